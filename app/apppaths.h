@@ -1,0 +1,22 @@
+#pragma once
+
+// The folders and files that the program keeps beside its executable.
+
+#include <QString>
+
+namespace AppPaths {
+
+// The folder that holds "conf", "tmp" and "download": the executable's own,
+// unless a test put another one in its place. Without a trailing slash.
+QString root();
+void setRoot(const QString &folder);
+
+QString configFile();   // conf/config.ini
+QString confFolder();   // conf
+QString tmpFolder();    // tmp: spool files of the running program
+
+// Makes "tmp", "download" and "conf" where they are missing. A folder that
+// cannot be made is left out; whoever writes there reports it.
+void makeFolders();
+
+} // namespace AppPaths

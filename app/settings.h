@@ -1,0 +1,62 @@
+#pragma once
+
+// The process-wide settings: one struct, loaded at start, changed by the
+// menus, the style dialog and the pages, and written one value at a time at
+// the moment of each change. Nothing is written at exit.
+
+#include <QColor>
+#include <QString>
+#include <QVariant>
+
+struct Settings {
+    struct SerialDefaults {
+        int baudRate = 115400;
+        int dataBits = 8;
+        int stopBits = 1; // the text of the stop-bits list's entry
+        int parity = 0;   // index into the parity list
+    };
+    struct NetworkDefaults {
+        int type = 0; // index into the protocol list
+        QString address = QStringLiteral("127.0.0.1");
+        int port = 8000;
+    };
+    struct ProbeSettings {
+        QString chip = QStringLiteral("STM32F103RC");
+        QString port = QStringLiteral("SW");
+        QString frequency = QStringLiteral("10MHz");
+        QString mode = QStringLiteral("default");
+        QString openUrl;
+    };
+    // What happens to unsaved received data when the program closes.
+    enum CloseBehaviour { Discard = 0, Ask = 1, AutoSave = 2 };
+
+    QColor recvBackground{0x4b, 0x4b, 0x4b};
+    QColor recvTextColor{0xf2, 0xf2, 0xf2};
+    QColor sendBackground{0x4b, 0x4b, 0x4b};
+    QColor sendTextColor{0xf2, 0xf2, 0xf2};
+    int textCodec = 1; // 0 UTF-8, 1 GB18030
+    int skin = 0;      // 0 dark, 1 light, 2 yellow
+    int closeBehaviour = Discard;
+    SerialDefaults serial;
+    NetworkDefaults network;
+    QString updateUrl;
+    ProbeSettings probe;
+
+    // The one instance. Readers read it when they need a value and keep no copy.
+    static Settings &instance();
+
+    // Writes the first-start values when the file holds no group yet.
+    static void writeDefaults();
+
+    // Fills the instance from the file. A value that is missing, out of range
+    // or not a colour becomes the reading default.
+    static void load();
+
+    // Writes one value to the file. False where the file cannot be written;
+    // the value in memory is then good for this run only.
+    static bool writeValue(const QString &group, const QString &key, const QVariant &value);
+
+    // Writes the first-start values over whatever the file holds, drops the
+    // close behaviour and loads again. The caller applies the skin.
+    static void restoreDefaults();
+};

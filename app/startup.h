@@ -1,0 +1,25 @@
+#pragma once
+
+// The steps between the creation of the application object and its window.
+
+#include <QFont>
+#include <QString>
+
+class QApplication;
+
+namespace Startup {
+
+// Attributes that must be set before the application object exists.
+void setAttributes();
+
+// Name, version, icon, font, translation, text codec, folders, settings, skin.
+void prepare(QApplication &application);
+
+// "Microsoft YaHei" where it is installed, otherwise the best CJK face present.
+QString uiFontFamily();
+
+// The monospaced face for received bytes, hexadecimal and addresses, at the
+// size of the application font.
+QFont monospaceFont();
+
+} // namespace Startup

@@ -1,0 +1,63 @@
+# The few ways in which a target comes to be. Every library, program and test
+# of ours is made by one of these functions, so that warnings, sanitizers and
+# include paths are decided here and nowhere else.
+
+include_guard(GLOBAL)
+
+add_library(korvex_flags INTERFACE)
+target_include_directories(korvex_flags INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_definitions(korvex_flags INTERFACE
+  QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS QT_NO_FOREACH
+  QT_DISABLE_DEPRECATED_BEFORE=0x050C00)
+if(MSVC)
+  target_compile_options(korvex_flags INTERFACE /W4 /WX /utf-8 /permissive-)
+else()
+  target_compile_options(korvex_flags INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wpedantic -Werror)
+endif()
+if(KORVEX_SANITIZE)
+  target_compile_options(korvex_flags INTERFACE -fsanitize=${KORVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(korvex_flags INTERFACE -fsanitize=${KORVEX_SANITIZE})
+endif()
+
+# korvex_library(<name> SOURCES ... LINKS ...)
+# A static library; LINKS is all that it may include.
+function(korvex_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE korvex_flags)
+  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+endfunction()
+
+# korvex_engine(<name> SOURCES ... [LINKS ...])
+# A library that knows bytes and values only: Qt5::Core and other engines at
+# most. Its sources are noted, so that a test can check what they include and
+# clang-tidy can be run on them.
+function(korvex_engine name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  korvex_library(${name} SOURCES ${ARG_SOURCES} LINKS Qt5::Core ${ARG_LINKS})
+  foreach(source ${ARG_SOURCES})
+    set_property(GLOBAL APPEND PROPERTY KORVEX_ENGINE_SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/${source})
+  endforeach()
+endfunction()
+
+# korvex_program(<name> SOURCES ... LINKS ...)
+function(korvex_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS} korvex_flags)
+endfunction()
+
+# korvex_test(<name> SOURCES ... LINKS ... [LABEL serial] [TIMEOUT 60] [ARGS ...])
+# A QtTest program, registered with CTest and run without a display.
+function(korvex_test name)
+  cmake_parse_arguments(ARG "" "LABEL;TIMEOUT" "SOURCES;LINKS;ARGS" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  korvex_program(${name} SOURCES ${ARG_SOURCES} LINKS ${ARG_LINKS} Qt5::Test)
+  # Each test keeps its own "conf" and "tmp" beside its executable.
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
+  add_test(NAME ${name} COMMAND ${name} ${ARG_ARGS})
+  set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABEL}" TIMEOUT ${ARG_TIMEOUT}
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0")
+endfunction()

@@ -1,0 +1,8 @@
+#include "resources/korvexresources.h"
+
+#include <QDir>
+
+void initKorvexResources()
+{
+    Q_INIT_RESOURCE(korvex);
+}
