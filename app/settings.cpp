@@ -1,0 +1,170 @@
+#include "app/settings.h"
+
+#include "app/apppaths.h"
+#include "app/settingskeys.h"
+
+#include <QDebug>
+#include <QSettings>
+
+namespace {
+
+const auto kColourDark = QStringLiteral("#4b4b4b");
+const auto kColourLight = QStringLiteral("#f2f2f2");
+const auto kUpdateUrl = QStringLiteral("https://www.orvane.example/firmware");
+
+struct Default {
+    QLatin1String group;
+    QLatin1String key;
+    QVariant value;
+};
+
+// Written on first start, in this order. The reading defaults in load()
+// differ on purpose in places (the baud rate, for one).
+const QList<Default> &firstStartValues()
+{
+    using namespace SettingsKeys;
+    static const QList<Default> values{
+        {Common::group, Common::recvBackground, kColourDark},
+        {Common::group, Common::recvTextColor, kColourLight},
+        {Common::group, Common::sendBackground, kColourDark},
+        {Common::group, Common::sendTextColor, kColourLight},
+        {Common::group, Common::textCodec, 1},
+        {Common::group, Common::skin, 0},
+        {Serialport::group, Serialport::baudRate, 115200},
+        {Serialport::group, Serialport::dataBit, 8},
+        {Serialport::group, Serialport::stopBitsRead, 1},
+        {Serialport::group, Serialport::parity, 0},
+        {NetTools::group, NetTools::netType, 0},
+        {NetTools::group, NetTools::ipAddr, QStringLiteral("127.0.0.1")},
+        {NetTools::group, NetTools::port, 8000},
+        {LoRaTool::group, LoRaTool::updateUrl, kUpdateUrl},
+        {DAPCfg::group, DAPCfg::openUrl, QString()},
+        {DAPCfg::group, DAPCfg::language, QStringLiteral("qt_app_zh.qm")},
+    };
+    return values;
+}
+
+// Reads the keys of one group with a default for what is missing or senseless.
+class GroupReader
+{
+public:
+    GroupReader(QSettings &file, QLatin1String group)
+        : m_file(file)
+    {
+        m_file.beginGroup(group);
+    }
+    ~GroupReader() { m_file.endGroup(); }
+    Q_DISABLE_COPY_MOVE(GroupReader)
+
+    int number(QLatin1String key, int fallback, int least, int most) const
+    {
+        bool isNumber = false;
+        const int value = m_file.value(key, fallback).toInt(&isNumber);
+        return isNumber && value >= least && value <= most ? value : fallback;
+    }
+    QString text(QLatin1String key, const QString &fallback) const
+    {
+        return m_file.value(key, fallback).toString();
+    }
+    QColor colour(QLatin1String key, const QString &fallback) const
+    {
+        const QColor value(text(key, fallback));
+        return value.isValid() ? value : QColor(fallback);
+    }
+
+private:
+    QSettings &m_file;
+};
+
+} // namespace
+
+Settings &Settings::instance()
+{
+    static Settings settings;
+    return settings;
+}
+
+void Settings::writeDefaults()
+{
+    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+    if (!file.childGroups().join(QString()).isEmpty())
+        return;
+    for (const Default &value : firstStartValues()) {
+        file.beginGroup(value.group);
+        file.setValue(value.key, value.value);
+        file.endGroup();
+    }
+}
+
+void Settings::load()
+{
+    using namespace SettingsKeys;
+    constexpr int anyInt = std::numeric_limits<int>::max();
+    Settings &s = instance();
+    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+    {
+        const GroupReader group(file, Common::group);
+        s.recvBackground = group.colour(Common::recvBackground, kColourDark);
+        s.recvTextColor = group.colour(Common::recvTextColor, kColourLight);
+        s.sendBackground = group.colour(Common::sendBackground, kColourDark);
+        s.sendTextColor = group.colour(Common::sendTextColor, kColourLight);
+        s.textCodec = group.number(Common::textCodec, 1, 0, 1);
+        // Any number passes: an unknown skin leaves the program unstyled.
+        s.skin = group.number(Common::skin, 0, -anyInt, anyInt);
+        s.closeBehaviour = group.number(Common::buffer, Discard, Discard, AutoSave);
+    }
+    {
+        const GroupReader group(file, Serialport::group);
+        s.serial.baudRate = group.number(Serialport::baudRate, 115400, 1, anyInt);
+        s.serial.dataBits = group.number(Serialport::dataBit, 8, 5, 8);
+        s.serial.stopBits = group.number(Serialport::stopBitsRead, 1, 0, 2);
+        s.serial.parity = group.number(Serialport::parity, 0, 0, 4);
+    }
+    {
+        const GroupReader group(file, NetTools::group);
+        s.network.type = group.number(NetTools::netType, 0, 0, 2);
+        s.network.address = group.text(NetTools::ipAddr, QStringLiteral("127.0.0.1"));
+        s.network.port = group.number(NetTools::port, 8000, 1, 65535);
+    }
+    {
+        const GroupReader group(file, LoRaTool::group);
+        s.updateUrl = group.text(LoRaTool::updateUrl, kUpdateUrl);
+    }
+    {
+        const GroupReader group(file, DAPCfg::group);
+        s.probe.chip = group.text(DAPCfg::chip, QStringLiteral("STM32F103RC"));
+        s.probe.port = group.text(DAPCfg::port, QStringLiteral("SWD"));
+        s.probe.frequency = group.text(DAPCfg::freq, QStringLiteral("10HMz"));
+        s.probe.mode = group.text(DAPCfg::mode, QStringLiteral("default"));
+        s.probe.openUrl = group.text(DAPCfg::openUrl, QStringLiteral("d:/"));
+    }
+}
+
+bool Settings::writeValue(const QString &group, const QString &key, const QVariant &value)
+{
+    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+    file.beginGroup(group);
+    file.setValue(key, value);
+    file.endGroup();
+    file.sync();
+    if (file.status() == QSettings::NoError)
+        return true;
+    qWarning() << "cannot write" << key << "to" << file.fileName();
+    return false;
+}
+
+void Settings::restoreDefaults()
+{
+    {
+        QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+        for (const Default &value : firstStartValues()) {
+            file.beginGroup(value.group);
+            file.setValue(value.key, value.value);
+            file.endGroup();
+        }
+        file.beginGroup(SettingsKeys::Common::group);
+        file.remove(SettingsKeys::Common::buffer);
+        file.endGroup();
+    }
+    load();
+}

@@ -1,0 +1,89 @@
+#include "app/startup.h"
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "app/skin.h"
+#include "resources/korvexresources.h"
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QIcon>
+#include <QTextCodec>
+#include <QTranslator>
+
+namespace {
+
+// The first of the families that is installed; empty when none is.
+QString firstInstalled(std::initializer_list<const char *> candidates, const QStringList &installed)
+{
+    for (const char *candidate : candidates) {
+        const QString family = QString::fromLatin1(candidate);
+        if (installed.contains(family, Qt::CaseInsensitive))
+            return family;
+    }
+    return {};
+}
+
+} // namespace
+
+namespace Startup {
+
+void setAttributes()
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
+    // 125 % and 150 % are common on Windows; rounding them clips or blows up.
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+}
+
+void prepare(QApplication &application)
+{
+    initKorvexResources();
+    QCoreApplication::setApplicationName(QStringLiteral("Korvex"));
+    QCoreApplication::setApplicationVersion(
+        QStringLiteral("%1.%2.%3.%4").arg(1, 0, 10).arg(0, 0, 10).arg(2, 0, 10).arg(6, 0, 10));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/resources/images/app_logo.png")));
+    QApplication::setFont(QFont(uiFontFamily(), 9));
+
+    auto *translator = new QTranslator(&application);
+    translator->load(QStringLiteral(":/resources/qm/qt_zh_CN.qm"));
+    QCoreApplication::installTranslator(translator);
+
+#ifdef Q_OS_WIN
+    // Elsewhere file names are bytes in the system's own encoding, and this
+    // would make Chinese ones unreadable; see docs/adr/0002.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("gb18030"));
+#endif
+    AppPaths::makeFolders();
+    Settings::writeDefaults();
+    Settings::load();
+    Skin::apply(Settings::instance().skin);
+}
+
+QString uiFontFamily()
+{
+    static const QString family = [] {
+        const QFontDatabase fonts;
+        const QStringList installed = fonts.families();
+        const QString known = firstInstalled({"Microsoft YaHei", "Noto Sans CJK SC", "Source Han Sans SC",
+                                              "PingFang SC", "WenQuanYi Micro Hei", "WenQuanYi Zen Hei", "SimHei"},
+                                             installed);
+        if (!known.isEmpty())
+            return known;
+        const QStringList chinese = fonts.families(QFontDatabase::SimplifiedChinese);
+        return chinese.isEmpty() ? QStringLiteral("Microsoft YaHei") : chinese.first();
+    }();
+    return family;
+}
+
+QFont monospaceFont()
+{
+    static const QString family =
+        firstInstalled({"Cascadia Mono", "Consolas", "Noto Sans Mono CJK SC"}, QFontDatabase().families());
+    QFont font = family.isEmpty() ? QFontDatabase::systemFont(QFontDatabase::FixedFont) : QFont(family);
+    font.setPointSize(QApplication::font().pointSize());
+    font.setStyleHint(QFont::Monospace);
+    font.setFixedPitch(true);
+    return font;
+}
+
+} // namespace Startup
