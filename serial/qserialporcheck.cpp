@@ -1,0 +1,8 @@
+#include "serial/qserialporcheck.h"
+
+QSerialPorCheck::QSerialPorCheck(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void QSerialPorCheck::start() {}
