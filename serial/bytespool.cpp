@@ -4,6 +4,15 @@
 #include <QDir>
 #include <QTemporaryFile>
 
+// Unbuffered: a byte that was handed over is the system's, and a full disk is
+// noticed at the write that it hits.
+class SpoolFile : public QTemporaryFile
+{
+public:
+    using QTemporaryFile::QTemporaryFile;
+    bool openUnbuffered() { return open(QIODevice::ReadWrite | QIODevice::Unbuffered); }
+};
+
 ByteSpool::ByteSpool(const QString &folder, const QString &stem, qint64 memoryBound)
     : m_folder(folder)
     , m_stem(stem)
@@ -18,11 +27,8 @@ bool ByteSpool::openFile()
     if (m_file)
         return m_file->isOpen();
     for (const QString &folder : {m_folder, QDir::tempPath()}) {
-        m_file = std::make_unique<QTemporaryFile>(folder + QLatin1Char('/') + m_stem
-                                                  + QStringLiteral("_XXXXXX"));
-        // Unbuffered: a byte that was handed over is the system's, and a full
-        // disk is noticed at the write that it hits.
-        if (m_file->open(QIODevice::ReadWrite | QIODevice::Unbuffered))
+        m_file = std::make_unique<SpoolFile>(folder + QLatin1Char('/') + m_stem + QStringLiteral("_XXXXXX"));
+        if (m_file->openUnbuffered())
             return true;
         qWarning() << "cannot make a spool file in" << folder << m_file->errorString();
     }

@@ -10,7 +10,7 @@
 #include <memory>
 
 class QIODevice;
-class QTemporaryFile;
+class SpoolFile;
 
 class ByteSpool
 {
@@ -50,7 +50,7 @@ private:
     QString m_folder;
     QString m_stem;
     qint64 m_memoryBound;
-    std::unique_ptr<QTemporaryFile> m_file;
+    std::unique_ptr<SpoolFile> m_file;
     qint64 m_fileSize = 0;
     QByteArray m_memory;
     State m_state = State::OnDisk;

@@ -428,9 +428,9 @@ QString QtTerminalWidget::Reader::next()
 QMimeData *QtTerminalWidget::createMimeDataFromSelection() const
 {
     const QTextCursor selection = textCursor();
-    auto *data = new QMimeData;
-    data->setText(textBetween(selection.selectionStart(), selection.selectionEnd()));
-    return data;
+    auto *copied = new QMimeData;
+    copied->setText(textBetween(selection.selectionStart(), selection.selectionEnd()));
+    return copied;
 }
 
 // ---- looks

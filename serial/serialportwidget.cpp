@@ -18,6 +18,7 @@
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/stateindicator.h"
 
+#include <QDebug>
 #include <QDir>
 #include <QGuiApplication>
 #include <QHBoxLayout>
