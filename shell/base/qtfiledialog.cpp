@@ -8,6 +8,7 @@
 
 #include <QEvent>
 #include <QFileInfo>
+#include <QListView>
 #include <QRegularExpression>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -65,6 +66,8 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
                            mode == SaveFile ? QStringLiteral("保存") : QStringLiteral("确定"));
     m_dialog->setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
     drawIcons();
+    if (auto *sidebar = m_dialog->findChild<QListView *>(QStringLiteral("sidebar")))
+        sidebar->setIconSize({16, 16});
 
     body()->setContentsMargins(4, 4, 4, 4);
     body()->addWidget(m_dialog);

@@ -7,18 +7,15 @@
 
 namespace {
 
-// At value 0 all is black; so that the field can still be used, it is never
-// painted darker than this.
-constexpr int darkestField = 96;
-
-QImage drawField(const QSize &size, int value)
+// Always at full value: a dark field shows nothing to choose from.
+QImage drawField(const QSize &size)
 {
     QImage image(size, QImage::Format_RGB32);
     for (int y = 0; y < size.height(); ++y) {
         auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
         const int saturation = 255 - y * 255 / qMax(1, size.height() - 1);
         for (int x = 0; x < size.width(); ++x)
-            line[x] = QColor::fromHsv(x * 359 / qMax(1, size.width() - 1), saturation, value).rgb();
+            line[x] = QColor::fromHsv(x * 359 / qMax(1, size.width() - 1), saturation, 255).rgb();
     }
     return image;
 }
@@ -34,13 +31,10 @@ HueSaturationField::HueSaturationField(QWidget *parent)
     setAccessibleName(QStringLiteral("色相和饱和度"));
 }
 
-void HueSaturationField::setColour(int hue, int saturation, int value)
+void HueSaturationField::setColour(int hue, int saturation)
 {
-    if (value != m_value)
-        m_field = QImage();
     m_hue = qBound(0, hue, 359);
     m_saturation = qBound(0, saturation, 255);
-    m_value = value;
     update();
 }
 
@@ -53,7 +47,7 @@ void HueSaturationField::paintEvent(QPaintEvent *)
 {
     const QRect area = rect().adjusted(1, 1, -1, -1);
     if (m_field.size() != area.size())
-        m_field = drawField(area.size(), qMax(darkestField, m_value));
+        m_field = drawField(area.size());
     QPainter painter(this);
     painter.drawImage(area.topLeft(), m_field);
     const SkinPalette &palette = Skin::palette();

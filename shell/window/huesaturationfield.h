@@ -1,7 +1,7 @@
 #pragma once
 
-// A field of all hues (left to right) and saturations (full at the top), at
-// the given value. Dragging or the arrow keys (with Shift ten steps) choose.
+// A field of all hues (left to right) and saturations (full at the top), painted
+// at full value. Dragging or the arrow keys (with Shift ten steps) choose.
 
 #include <QImage>
 #include <QWidget>
@@ -16,7 +16,7 @@ public:
     int hue() const { return m_hue; }               // 0 to 359
     int saturation() const { return m_saturation; } // 0 to 255
     // Emits nothing.
-    void setColour(int hue, int saturation, int value);
+    void setColour(int hue, int saturation);
 
     QSize sizeHint() const override;
 
@@ -36,6 +36,5 @@ private:
 
     int m_hue = 0;
     int m_saturation = 0;
-    int m_value = 255;
     QImage m_field;
 };

@@ -118,7 +118,7 @@ void QtColorPanel::take(const QColor &colour, Source source)
     m_colour = colour;
     if (source != Source::Field && source != Source::Slider) {
         const int hue = colour.hue() < 0 ? m_field->hue() : colour.hue();
-        m_field->setColour(hue, colour.saturation(), colour.value());
+        m_field->setColour(hue, colour.saturation());
         const QSignalBlocker blocker(m_value);
         m_value->setValue(colour.value());
     }
@@ -140,7 +140,6 @@ void QtColorPanel::takeFromField(int hue, int saturation)
 
 void QtColorPanel::takeFromSlider(int value)
 {
-    m_field->setColour(m_field->hue(), m_field->saturation(), value);
     take(QColor::fromHsv(m_field->hue(), m_field->saturation(), value), Source::Slider);
 }
 

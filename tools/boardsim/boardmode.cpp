@@ -1,0 +1,35 @@
+#include "tools/boardsim/boardmode.h"
+
+#include "tools/boardsim/burstmode.h"
+#include "tools/boardsim/echomode.h"
+#include "tools/boardsim/floodmode.h"
+#include "tools/boardsim/logmode.h"
+#include "tools/boardsim/shellmode.h"
+
+namespace Boardsim {
+
+BoardMode::BoardMode(VirtualPort &port)
+    : m_port(port)
+{
+}
+
+std::unique_ptr<BoardMode> BoardMode::create(const Options &options, VirtualPort &port)
+{
+    switch (options.mode) {
+    case Options::Mode::Log:
+        return std::make_unique<LogMode>(options, port);
+    case Options::Mode::Echo:
+        return std::make_unique<EchoMode>(port);
+    case Options::Mode::Shell:
+        return std::make_unique<ShellMode>(options, port);
+    case Options::Mode::Flood:
+        return std::make_unique<FloodMode>(options, port);
+    case Options::Mode::Burst:
+        return std::make_unique<BurstMode>(options, port);
+    case Options::Mode::Silent:
+        break;
+    }
+    return std::make_unique<BoardMode>(port);
+}
+
+} // namespace Boardsim

@@ -1,0 +1,43 @@
+#pragma once
+
+// What a board does with its port. A mode begins when the board starts to talk
+// to a host and ends when the host leaves; it may begin again with the next.
+
+#include "tools/boardsim/options.h"
+#include "tools/boardsim/virtualport.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace Boardsim {
+
+class BoardMode : public QObject {
+    Q_OBJECT
+
+public:
+    // The port must outlive the mode.
+    explicit BoardMode(VirtualPort &port);
+
+    // The mode that the options name.
+    static std::unique_ptr<BoardMode> create(const Options &options, VirtualPort &port);
+
+    virtual void start() { }
+    virtual void stop() { }
+    virtual void received(const QByteArray &) { }
+    virtual void outputEmpty() { }
+
+signals:
+    // The whole payload has been taken by the port.
+    void finished();
+    // The board wants its cable out for a while, in milliseconds.
+    void unplugRequested(int ms);
+
+protected:
+    VirtualPort &port() { return m_port; }
+
+private:
+    VirtualPort &m_port;
+};
+
+} // namespace Boardsim

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "tools/boardsim/boardmode.h"
+
+namespace Boardsim {
+
+// Returns what comes, byte for byte.
+class EchoMode : public BoardMode {
+    Q_OBJECT
+
+public:
+    using BoardMode::BoardMode;
+
+    void received(const QByteArray &bytes) override;
+    void outputEmpty() override;
+};
+
+} // namespace Boardsim

@@ -1,0 +1,40 @@
+#include "tools/boardsim/floodmode.h"
+
+namespace Boardsim {
+
+static constexpr qint64 chunkBytes = 16384;
+
+FloodMode::FloodMode(const Options &options, VirtualPort &port)
+    : BoardMode(port)
+    , m_payload(options.encoding, options.seed)
+    , m_left(options.totalBytes)
+{
+}
+
+void FloodMode::start()
+{
+    m_running = m_left != 0;
+    outputEmpty();
+}
+
+void FloodMode::stop()
+{
+    m_running = false;
+}
+
+void FloodMode::outputEmpty()
+{
+    if (!m_running)
+        return;
+    if (m_left == 0) {
+        m_running = false;
+        emit finished();
+        return;
+    }
+    const qint64 count = m_left < 0 ? chunkBytes : qMin(chunkBytes, m_left);
+    if (m_left > 0)
+        m_left -= count;
+    port().write(m_payload.take(int(count)));
+}
+
+} // namespace Boardsim

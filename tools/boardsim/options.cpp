@@ -1,0 +1,103 @@
+#include "tools/boardsim/options.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+#include <cstdlib>
+#include <limits>
+
+namespace Boardsim {
+
+namespace {
+
+[[noreturn]] void reject(const QString &message)
+{
+    std::fprintf(stderr, "boardsim: %s\n", qPrintable(message));
+    std::exit(2);
+}
+
+// The value of a numeric option, within limits; the default where not given.
+qint64 number(const QCommandLineParser &parser, const QString &name, qint64 byDefault, qint64 lowest, qint64 highest)
+{
+    if (!parser.isSet(name))
+        return byDefault;
+    bool ok = false;
+    const qint64 value = parser.value(name).toLongLong(&ok);
+    if (!ok || value < lowest || value > highest)
+        reject(QStringLiteral("--%1 takes a number from %2 to %3").arg(name).arg(lowest).arg(highest));
+    return value;
+}
+
+Options::Mode modeFromName(const QString &name)
+{
+    const struct { const char *name; Options::Mode mode; } modes[] = {
+        {"log", Options::Mode::Log},     {"echo", Options::Mode::Echo},     {"shell", Options::Mode::Shell},
+        {"flood", Options::Mode::Flood}, {"silent", Options::Mode::Silent}, {"burst", Options::Mode::Burst},
+    };
+    for (const auto &entry : modes) {
+        if (name == QLatin1String(entry.name))
+            return entry.mode;
+    }
+    reject(QStringLiteral("there is no mode '%1'").arg(name));
+}
+
+} // namespace
+
+Options Options::fromCommandLine(const QCoreApplication &application)
+{
+    Options options;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("A simulated board on a virtual serial port."));
+    parser.addHelpOption();
+    const auto option = [&parser](const char *name, const char *value, const char *help) {
+        parser.addOption({QLatin1String(name), QLatin1String(help), QLatin1String(value)});
+    };
+    option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
+    option("port", "COM<n>", "Name of the port (default: COM3).");
+    option("mode", "name", "log, echo, shell, flood, silent or burst (default: log).");
+    option("encoding", "name", "utf8, gb18030 or binary (default: utf8).");
+    option("rate", "n", "log: lines per second (default: 20).");
+    option("bytes-per-second", "n", "burst: mean rate (default: 92000).");
+    option("burst-pause", "ms", "burst: silence between bursts (default: 12).");
+    option("total", "bytes", "flood, burst: how much to send (default: without end).");
+    option("delay", "ms", "Begin so long after a host has opened the port (default: 200).");
+    parser.addOption({QStringLiteral("start-on-byte"), QStringLiteral("Begin with the first byte from the host instead.")});
+    option("unplug-after", "ms", "Vanish so long after a host first opened the port.");
+    option("replug-after", "ms", "Come back so long after vanishing.");
+    option("record", "file", "Write every byte from the host to this file.");
+    option("seed", "n", "Of the payload and the log (default: 1).");
+    parser.process(application);
+    if (!parser.positionalArguments().isEmpty())
+        reject(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
+
+    const int most = std::numeric_limits<int>::max();
+    options.folder = parser.isSet(QStringLiteral("folder")) ? parser.value(QStringLiteral("folder"))
+                                                            : qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
+    if (options.folder.isEmpty())
+        reject(QStringLiteral("name a folder with --folder or in KORVEX_VIRTUAL_PORTS"));
+    if (parser.isSet(QStringLiteral("port")))
+        options.port = parser.value(QStringLiteral("port"));
+    static const QRegularExpression portName(QStringLiteral("\\ACOM[1-9][0-9]{0,3}\\z"));
+    if (!options.port.contains(portName))
+        reject(QStringLiteral("--port takes a name like COM3"));
+    if (parser.isSet(QStringLiteral("mode")))
+        options.mode = modeFromName(parser.value(QStringLiteral("mode")));
+    if (parser.isSet(QStringLiteral("encoding"))
+        && !encodingFromName(parser.value(QStringLiteral("encoding")), &options.encoding))
+        reject(QStringLiteral("--encoding takes utf8, gb18030 or binary"));
+
+    options.linesPerSecond = int(number(parser, QStringLiteral("rate"), options.linesPerSecond, 1, 100000));
+    options.bytesPerSecond = int(number(parser, QStringLiteral("bytes-per-second"), options.bytesPerSecond, 1, 100000000));
+    options.burstPauseMs = int(number(parser, QStringLiteral("burst-pause"), options.burstPauseMs, 1, 60000));
+    options.totalBytes = number(parser, QStringLiteral("total"), options.totalBytes, 0, std::numeric_limits<qint64>::max());
+    options.startDelayMs = int(number(parser, QStringLiteral("delay"), options.startDelayMs, 0, most));
+    options.startOnByte = parser.isSet(QStringLiteral("start-on-byte"));
+    options.unplugAfterMs = int(number(parser, QStringLiteral("unplug-after"), options.unplugAfterMs, 0, most));
+    options.replugAfterMs = int(number(parser, QStringLiteral("replug-after"), options.replugAfterMs, 0, most));
+    options.recordFile = parser.value(QStringLiteral("record"));
+    options.seed = quint32(number(parser, QStringLiteral("seed"), options.seed, 0, std::numeric_limits<quint32>::max()));
+    return options;
+}
+
+} // namespace Boardsim
