@@ -121,9 +121,9 @@ void MainWindow::SltActionTrigger(QAction *action)
     Settings &settings = Settings::instance();
     const QString text = action->text();
     if (text == kRecvColours) {
-        chooseColours(0);
+        chooseColours(QtStyleDialog::ReceiveArea);
     } else if (text == kSendColours) {
-        chooseColours(1);
+        chooseColours(QtStyleDialog::SendArea);
     } else if (const int codec = kCodecs.indexOf(text); codec >= 0) {
         settings.textCodec = codec;
         Settings::writeValue(Common::group, Common::textCodec, codec);
@@ -289,8 +289,11 @@ void MainWindow::showChecks()
     check(m_closeBehaviours, settings.closeBehaviour);
 }
 
-void MainWindow::chooseColours(int)
+void MainWindow::chooseColours(QtStyleDialog::Area area)
 {
+    QtStyleDialog dialog(area, this);
+    if (dialog.exec() == 1)
+        Skin::apply(Settings::instance().skin);
 }
 
 void MainWindow::restoreDefaults()

@@ -5,6 +5,7 @@
 // serial ports to those who use it, and ends the program.
 
 #include "shell/base/qtmainwindow.h"
+#include "shell/window/qtstyledialog.h"
 
 #include <QVector>
 
@@ -58,7 +59,7 @@ private:
     QMenu *buildHelpMenu();
     QActionGroup *addChoices(QMenu *menu, const QString &title, const QStringList &choices);
     void showChecks();
-    void chooseColours(int area);
+    void chooseColours(QtStyleDialog::Area area);
     void restoreDefaults();
     void commitData(QSessionManager &manager);
     QtWidgetBase *currentPage() const;
