@@ -16,3 +16,5 @@ bool QtWidgetBase::prepareToClose()
 {
     return true;
 }
+
+void QtWidgetBase::reloadSettings() {}

@@ -24,4 +24,7 @@ public:
     // alive. False keeps the program open: the user wanted to save and could
     // not, or changed their mind.
     virtual bool prepareToClose();
+
+    // The settings were restored: shows what they are now.
+    virtual void reloadSettings();
 };

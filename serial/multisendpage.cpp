@@ -1,0 +1,149 @@
+#include "serial/multisendpage.h"
+
+#include "shell/base/qtmessagebox.h"
+#include "shell/base/qtpagebar.h"
+
+#include <QButtonGroup>
+#include <QFile>
+#include <QGridLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSaveFile>
+
+MultiSendPage::MultiSendPage(const QString &fileName, QWidget *parent)
+    : QWidget(parent)
+    , m_fileName(fileName)
+    , m_buttons(new QButtonGroup(this))
+    , m_pageBar(new QtPageBar(this))
+{
+    buildUi();
+    connect(m_buttons, QOverload<int>::of(&QButtonGroup::buttonClicked), this,
+            &MultiSendPage::SltMultiBtnClicked);
+    connect(m_pageBar, &QtPageBar::signalChangePage, this, &MultiSendPage::SltMultiChangePage);
+    connect(m_pageBar, &QtPageBar::addPage, this, [this](int count) { m_pageCount = count; });
+    connect(m_pageBar, &QtPageBar::deletePage, this, &MultiSendPage::onPageDeleted);
+    load();
+}
+
+MultiSendPage::~MultiSendPage()
+{
+    storeShownPage();
+}
+
+void MultiSendPage::buildUi()
+{
+    setObjectName(QStringLiteral("widgetMultiSend"));
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(8, 8, 8, 0);
+    grid->setHorizontalSpacing(8);
+    grid->setVerticalSpacing(4);
+    for (int i = 0; i < SendList::rowsPerPage; ++i) {
+        auto *edit = new QLineEdit(this);
+        edit->setObjectName(QStringLiteral("multiEdit%1").arg(i));
+        edit->setProperty("id", i);
+        edit->setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
+        connect(edit, &QLineEdit::editingFinished, this, &MultiSendPage::SltMultiEditFinished);
+        m_edits.append(edit);
+        auto *button = new QPushButton(QStringLiteral("%1").arg(i + 1), this);
+        button->setObjectName(QStringLiteral("multiSend%1").arg(i));
+        button->setToolTip(QStringLiteral("发送第%1项").arg(i + 1));
+        button->setFixedWidth(36);
+        m_buttons->addButton(button, i);
+        auto *row = new QHBoxLayout;
+        row->setSpacing(4);
+        row->addWidget(edit, 1);
+        row->addWidget(button);
+        grid->addLayout(row, i / 2, i % 2);
+    }
+    auto *clear = new QPushButton(QStringLiteral("清除重填"), this);
+    clear->setObjectName(QStringLiteral("btnClearMulti"));
+    clear->setToolTip(QStringLiteral("清除当前页的全部数据"));
+    connect(clear, &QPushButton::clicked, this, &MultiSendPage::SltClearMultiEdit);
+    auto *bottom = new QHBoxLayout;
+    bottom->addWidget(clear);
+    bottom->addWidget(m_pageBar, 1);
+    grid->addLayout(bottom, SendList::rowsPerPage / 2, 0, 1, 2);
+    grid->setRowStretch(SendList::rowsPerPage / 2 + 1, 1);
+}
+
+void MultiSendPage::load()
+{
+    QFile file(m_fileName);
+    if (file.open(QIODevice::ReadOnly))
+        m_rows.read(file.readAll());
+    m_pageCount = m_rows.pageCount();
+    m_pageBar->reset(m_pageCount);
+    showPage(1);
+}
+
+void MultiSendPage::save()
+{
+    // Written beside the old file and put in its place at the end: a full disk
+    // leaves the old rows.
+    QSaveFile file(m_fileName);
+    const QByteArray bytes = m_rows.write();
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        emit signalNotify(QStringLiteral("多项发送数据保存失败: %1").arg(file.errorString()), 255);
+}
+
+void MultiSendPage::showPage(int page)
+{
+    m_shownPage = page;
+    for (int i = 0; i < m_edits.size(); ++i)
+        m_edits.at(i)->setText(m_rows.row(SendList::index(page, i)));
+}
+
+void MultiSendPage::storeShownPage()
+{
+    bool changed = false;
+    for (int i = 0; i < m_edits.size(); ++i)
+        changed = m_rows.setRow(SendList::index(m_shownPage, i), m_edits.at(i)->text()) || changed;
+    if (changed)
+        save();
+}
+
+void MultiSendPage::SltMultiChangePage(int page)
+{
+    // The page bar turns before it tells that the last page was deleted.
+    if (m_pageBar->pageCount() < m_pageCount)
+        m_deletedPage = m_shownPage;
+    else
+        storeShownPage();
+    showPage(page);
+}
+
+void MultiSendPage::onPageDeleted(int current, int count)
+{
+    const int deleted = m_deletedPage > 0 ? m_deletedPage : current;
+    m_deletedPage = 0;
+    m_pageCount = count;
+    m_rows.removePage(deleted);
+    save();
+    showPage(current);
+}
+
+void MultiSendPage::SltMultiBtnClicked(int place)
+{
+    storeShownPage();
+    emit sendRow(m_edits.at(place)->text());
+}
+
+void MultiSendPage::SltMultiEditFinished()
+{
+    auto *edit = qobject_cast<QLineEdit *>(sender());
+    if (!edit)
+        return;
+    if (m_rows.setRow(SendList::index(m_shownPage, edit->property("id").toInt()), edit->text()))
+        save();
+}
+
+void MultiSendPage::SltClearMultiEdit()
+{
+    const QString question = QStringLiteral("确认清除当前页的全部数据吗?");
+    if (QtMessageBox::question(this, QStringLiteral("询问"), question) != 1)
+        return;
+    storeShownPage();
+    if (m_rows.clearPage(m_shownPage))
+        save();
+    showPage(m_shownPage);
+}

@@ -1,0 +1,235 @@
+#include "serial/qtsendboxwidget.h"
+
+#include "app/apppaths.h"
+#include "app/hextext.h"
+#include "app/settings.h"
+#include "app/textcodec.h"
+#include "serial/filesendpage.h"
+#include "serial/multisendpage.h"
+#include "serial/qttexteditinput.h"
+#include "serial/singlesendpage.h"
+#include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagetip.h"
+
+#include <QFile>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kDefaultAutoInterval = 1000;
+constexpr int kSaveDelayMs = 500;
+
+const QByteArray &newLine()
+{
+    static const QByteArray bytes("\x0D\x0A", 2);
+    return bytes;
+}
+
+QString confFile(QtSendBoxWidget::Owner owner, const char *serialName, const char *networkName)
+{
+    const char *name = owner == QtSendBoxWidget::Serial ? serialName : networkName;
+    return AppPaths::confFolder() + QLatin1Char('/') + QLatin1String(name);
+}
+
+QString listFile(QtSendBoxWidget::Owner owner)
+{
+    return confFile(owner, "ser_multi_conf.txt", "net_multi_conf.txt");
+}
+
+QString textFile(QtSendBoxWidget::Owner owner)
+{
+    return confFile(owner, "ser_send_data.txt", "net_send_data.txt");
+}
+
+} // namespace
+
+QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
+    : QWidget(parent)
+    , m_owner(owner)
+    , m_pages(new QStackedWidget(this))
+    , m_single(new SingleSendPage(this))
+    , m_multi(new MultiSendPage(listFile(owner), this))
+    , m_file(new FileSendPage(this))
+{
+    setObjectName(QStringLiteral("sendBox"));
+    m_pages->addWidget(m_single);
+    m_pages->addWidget(m_multi);
+    m_pages->addWidget(m_file);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_pages);
+    setCurrentPage(SinglePage);
+
+    m_autoTimer.setInterval(kDefaultAutoInterval);
+    m_autoTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_autoTimer, &QTimer::timeout, this, &QtSendBoxWidget::SltAutoSendData);
+    m_saveTimer.setSingleShot(true);
+    m_saveTimer.setInterval(kSaveDelayMs);
+    connect(&m_saveTimer, &QTimer::timeout, this, &QtSendBoxWidget::saveSingleText);
+
+    loadSingleText();
+    connect(m_single->editor(), &QTextEdit::textChanged, this, [this] {
+        m_textChanged = true;
+        m_ignoredTold = 0;
+        m_saveTimer.start();
+    });
+    connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
+    connect(m_single->editor(), &QtTextEditInput::pasteRefused, this, [this] {
+        QtMessageTip::showTip(QStringLiteral("粘贴的内容超过100万字符，请使用文件发送！"));
+    });
+    connect(m_single->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltSingleSendPage);
+    connect(m_single->loadButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltLoadDataFile);
+    connect(m_multi, &MultiSendPage::sendRow, this, [this](const QString &text) {
+        m_ignoredTold = 0;
+        if (deviceIsOpen() && !text.isEmpty())
+            sendText(text);
+    });
+    connect(m_multi, &MultiSendPage::signalNotify, this, &QtSendBoxWidget::signalNotify);
+    connect(m_file, &FileSendPage::signalSendFile, this, &QtSendBoxWidget::signalSendFile);
+}
+
+QtSendBoxWidget::~QtSendBoxWidget()
+{
+    if (m_textChanged)
+        saveSingleText();
+}
+
+void QtSendBoxWidget::setDeviceOpen(bool open)
+{
+    m_deviceOpen = open;
+    if (!open)
+        stopAutoSend();
+}
+
+bool QtSendBoxWidget::setAutoInterval(int milliseconds)
+{
+    if (milliseconds < leastAutoInterval)
+        return false;
+    m_autoTimer.setInterval(milliseconds);
+    return true;
+}
+
+// The box is as high as the page shown needs: the pages behind don't count.
+void QtSendBoxWidget::setCurrentPage(int index)
+{
+    for (int i = 0; i < m_pages->count(); ++i)
+        m_pages->widget(i)->setSizePolicy(QSizePolicy::Preferred,
+                                          i == index ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    m_pages->setCurrentIndex(index);
+}
+
+void QtSendBoxWidget::setNewline(bool bCheck)
+{
+    m_newline = bCheck;
+}
+
+void QtSendBoxWidget::setAutoSend(bool bCheck)
+{
+    m_ignoredTold = 0;
+    if (!bCheck)
+        m_autoTimer.stop();
+    else if (deviceIsOpen())
+        m_autoTimer.start();
+}
+
+void QtSendBoxWidget::setHexSend(bool bCheck)
+{
+    m_hexSend = bCheck;
+    m_ignoredTold = 0;
+    m_single->editor()->setHexMode(bCheck);
+}
+
+bool QtSendBoxWidget::deviceIsOpen()
+{
+    if (m_deviceOpen)
+        return true;
+    stopAutoSend();
+    QtMessageTip::showTip(QStringLiteral("请确认通信设备是否打开?"));
+    return false;
+}
+
+void QtSendBoxWidget::stopAutoSend()
+{
+    m_autoTimer.stop();
+    emit autoSendStopped();
+}
+
+void QtSendBoxWidget::SltSingleSendPage()
+{
+    m_ignoredTold = 0;
+    if (m_deviceOpen && m_single->text().isEmpty() && !m_newline) {
+        QtMessageTip::showTip(QStringLiteral("请输入需要发送的数据"));
+        return;
+    }
+    SltAutoSendData();
+}
+
+void QtSendBoxWidget::SltAutoSendData()
+{
+    if (deviceIsOpen())
+        sendText(m_single->text());
+}
+
+void QtSendBoxWidget::sendText(QString text)
+{
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    QByteArray bytes;
+    if (m_hexSend) {
+        const HexText::Parsed parsed = HexText::parse(text);
+        bytes = parsed.bytes;
+        // Told once for each text, not at every period.
+        if (parsed.ignored != m_ignoredTold && parsed.ignored > 0)
+            emit signalNotify(
+                QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(parsed.ignored), 255);
+        m_ignoredTold = parsed.ignored;
+    } else {
+        bytes = TextCodec::encode(text, Settings::instance().textCodec);
+    }
+    if (m_newline)
+        bytes += newLine();
+    if (!bytes.isEmpty())
+        emit signalSendData(bytes);
+}
+
+void QtSendBoxWidget::SltLoadDataFile()
+{
+    const QString name = QtFileDialog::getOpenFileName(this, QString(), QString(),
+                                                       QStringLiteral("文本文件(*.txt);;所有文件(*.*)"));
+    if (name.isEmpty())
+        return;
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly)) {
+        emit signalNotify(QStringLiteral("文件加载失败!"), 255);
+        return;
+    }
+    // A byte makes at most three characters of hexadecimal.
+    const int most = QtTextEditInput::mostCharacters / (m_hexSend ? 3 : 1);
+    const QByteArray content = file.read(most + 1);
+    if (file.error() != QFileDevice::NoError) {
+        emit signalNotify(QStringLiteral("文件加载失败!"), 255);
+    } else if (content.size() > most) {
+        emit signalNotify(QStringLiteral("文件超过%1字节，请使用文件发送！").arg(most), 255);
+    } else {
+        m_single->showFile(content);
+    }
+}
+
+void QtSendBoxWidget::loadSingleText()
+{
+    QFile file(textFile(m_owner));
+    if (file.open(QIODevice::ReadOnly))
+        m_single->setText(TextCodec::decodeFile(file.read(4 * QtTextEditInput::mostCharacters)));
+}
+
+void QtSendBoxWidget::saveSingleText()
+{
+    m_saveTimer.stop();
+    const QByteArray bytes = m_single->text().toUtf8();
+    QSaveFile file(textFile(m_owner));
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        m_textChanged = false;
+    else
+        emit signalNotify(QStringLiteral("发送数据保存失败: %1").arg(file.errorString()), 255);
+}

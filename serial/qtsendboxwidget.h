@@ -1,0 +1,74 @@
+#pragma once
+
+// The send area of the serial and the network page: single send, multi-send
+// and file send. It turns typed text into bytes and emits them; it knows no
+// device, only whether its page says that one is open.
+
+#include <QStackedWidget>
+#include <QTimer>
+
+class FileSendPage;
+class MultiSendPage;
+class SingleSendPage;
+
+class QtSendBoxWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum Owner { Serial, Network };
+    enum Page { SinglePage = 0, MultiPage = 1, FilePage = 2 };
+
+    static constexpr int leastAutoInterval = 10; // milliseconds
+
+    explicit QtSendBoxWidget(Owner owner, QWidget *parent = nullptr);
+    ~QtSendBoxWidget() override;
+
+    void setDeviceOpen(bool open);
+    bool isAutoSending() const { return m_autoTimer.isActive(); }
+
+    // Milliseconds between two sends; false when below leastAutoInterval.
+    bool setAutoInterval(int milliseconds);
+    int autoInterval() const { return m_autoTimer.interval(); }
+
+    FileSendPage *filePage() const { return m_file; }
+
+public slots:
+    void setCurrentPage(int index);
+    void setNewline(bool bCheck);
+    void setAutoSend(bool bCheck);
+    void setHexSend(bool bCheck);
+
+signals:
+    void signalSendData(QByteArray byCmd);
+    void showErrorHint();
+    void signalSendFile(int type, int size, QStringList fileName);
+    // The box stopped sending by itself or was refused to start.
+    void autoSendStopped();
+    void signalNotify(QString text, int kind);
+
+private slots:
+    void SltSingleSendPage();
+    void SltLoadDataFile();
+    void SltAutoSendData();
+
+private:
+    void sendText(QString text);
+    bool deviceIsOpen();
+    void stopAutoSend();
+    void loadSingleText();
+    void saveSingleText();
+
+    Owner m_owner;
+    QStackedWidget *m_pages;
+    SingleSendPage *m_single;
+    MultiSendPage *m_multi;
+    FileSendPage *m_file;
+    QTimer m_autoTimer;
+    QTimer m_saveTimer; // the typed text is written when typing pauses
+    bool m_deviceOpen = false;
+    bool m_hexSend = false;
+    bool m_newline = false;
+    bool m_textChanged = false;
+    int m_ignoredTold = 0; // characters that the user was told are not sent
+};

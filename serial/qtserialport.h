@@ -1,0 +1,39 @@
+#pragma once
+
+// One serial port behind a five-argument open call, a byte-array write and a
+// byte-array read signal. The link of the pages that only exchange frames.
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+
+class QSerialPort;
+
+class QtSerialPort : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit QtSerialPort(QObject *parent = nullptr);
+    ~QtSerialPort() override;
+
+    bool isOpen() const;
+    QString portName() const; // as given to open(); empty before
+
+public slots:
+    // (Re)opens the port. dataBits: 5 to 8. stopBits: 0 one, 1 one and a half,
+    // 2 two; other values are passed on. parity: the QSerialPort::Parity value.
+    // A failure rings the bell; isOpen() tells the outcome.
+    void open(QString portName, int baudRate, int dataBits, int stopBits, int parity);
+    void close();
+    void writeBytes(QByteArray data);
+    void SltReadFromSerialport();
+
+signals:
+    // All bytes that were waiting at one read notification.
+    void bytesRead(QByteArray byData);
+
+private:
+    QSerialPort *m_port;
+    QString m_name;
+};

@@ -1,0 +1,466 @@
+#include "serial/qtterminalwidget.h"
+
+#include "app/apppaths.h"
+#include "app/hextext.h"
+#include "app/settings.h"
+#include "app/startup.h"
+#include "serial/loglayout.h"
+
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTime>
+
+namespace {
+
+// Paragraphs above this length are stored as several blocks: drawing and
+// inserting cost by the block.
+constexpr int kLongestBlock = 2048;
+
+// The display is drawn at most so often, and no longer than so at a time.
+constexpr int kFlushIntervalMs = 40;
+constexpr int kFlushBudgetMs = 8;
+constexpr int kSliceBytes = 8 * 1024;
+
+constexpr int kMostCharacters = 16 * 1024 * 1024;
+constexpr int kMostParagraphs = 250 * 1000;
+
+constexpr int kHistoryPiece = 256 * 1024; // bytes read back at a time
+constexpr int kBlocksPerPiece = 500;
+
+} // namespace
+
+QtTerminalWidget::QtTerminalWidget(QWidget *parent)
+    : QTextBrowser(parent)
+    , m_history(AppPaths::tmpFolder(), QStringLiteral("text"))
+    , m_mostCharacters(kMostCharacters)
+    , m_mostParagraphs(kMostParagraphs)
+{
+    setObjectName(QStringLiteral("recvBrowser"));
+    auto *log = new QTextDocument(this);
+    log->setUndoRedoEnabled(false);
+    log->setDefaultFont(Startup::monospaceFont());
+    log->setDocumentLayout(new LogLayout(log));
+    setDocument(log);
+    setFont(Startup::monospaceFont());
+    setReadOnly(true);
+    setUndoRedoEnabled(false);
+    setOpenLinks(false);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // New text is inserted by a cursor of its own; the user's stays put even
+    // when it stands at the end.
+    QTextCursor users = textCursor();
+    users.setKeepPositionOnInsert(true);
+    setTextCursor(users);
+
+    m_flushTimer.setSingleShot(true);
+    connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
+}
+
+QtTerminalWidget::~QtTerminalWidget() = default;
+
+void QtTerminalWidget::setBounds(int characters, int paragraphs)
+{
+    m_mostCharacters = characters;
+    m_mostParagraphs = paragraphs;
+}
+
+// ---- what comes in
+
+void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &header, bool hexShow)
+{
+    m_queue.push_back({bytes, header, hexShow, 0});
+    if (m_flushTimer.isActive())
+        return;
+    const qint64 sinceLast = m_lastFlush.isValid() ? m_lastFlush.elapsed() : kFlushIntervalMs;
+    if (sinceLast >= kFlushIntervalMs)
+        flushSlice();
+    else
+        m_flushTimer.start(static_cast<int>(kFlushIntervalMs - sinceLast));
+}
+
+qint64 QtTerminalWidget::queuedBytes() const
+{
+    qint64 bytes = 0;
+    for (const Chunk &chunk : m_queue)
+        bytes += chunk.bytes.size() - chunk.shown;
+    return bytes;
+}
+
+// Renders the next bytes of the queue's first chunk. False when nothing waits.
+bool QtTerminalWidget::renderSlice(QString &text)
+{
+    if (m_queue.empty())
+        return false;
+    Chunk &chunk = m_queue.front();
+    if (chunk.shown == 0 && !chunk.header.isEmpty()) {
+        text += chunk.header;
+        m_pendingCarriageReturn = false;
+    }
+    const int count = qMin(kSliceBytes, chunk.bytes.size() - chunk.shown);
+    const char *bytes = chunk.bytes.constData() + chunk.shown;
+    if (chunk.hex) {
+        text += HexText::render(bytes, count);
+        m_decoder.reset();
+        m_pendingCarriageReturn = false;
+    } else {
+        QString decoded = m_decoder.decode(bytes, count, Settings::instance().textCodec);
+        // A line end that is cut between its two bytes is one line end.
+        if (m_pendingCarriageReturn && decoded.startsWith(QLatin1Char('\n')))
+            decoded.remove(0, 1);
+        if (count > 0)
+            m_pendingCarriageReturn = bytes[count - 1] == '\r';
+        text += ReceiveBuffer::withPlainLineEnds(decoded);
+    }
+    chunk.shown += count;
+    if (chunk.shown == chunk.bytes.size())
+        m_queue.pop_front();
+    return true;
+}
+
+void QtTerminalWidget::flushSlice()
+{
+    QElapsedTimer spent;
+    spent.start();
+    const bool wasAtEnd = atEnd();
+    bool more = true;
+    do {
+        QString text;
+        for (int size = 0; more && size < kSliceBytes; size = text.size())
+            more = renderSlice(text);
+        if (!text.isEmpty())
+            appendText(text);
+    } while (more && spent.elapsed() < kFlushBudgetMs);
+    trimFront();
+    followEnd(wasAtEnd);
+    m_lastFlush.start();
+    if (!m_queue.empty())
+        m_flushTimer.start(2); // lets input and painting in between
+}
+
+void QtTerminalWidget::flushAll()
+{
+    while (!m_queue.empty())
+        flushSlice();
+    m_flushTimer.stop();
+}
+
+void QtTerminalWidget::setTerminalText(QString strText)
+{
+    clearTerminal();
+    replaceText(ReceiveBuffer::withPlainLineEnds(strText));
+    followEnd(true);
+}
+
+void QtTerminalWidget::insertTerminalText(QString strText)
+{
+    flushAll();
+    const bool wasAtEnd = atEnd();
+    if (m_directInsert) {
+        appendText(ReceiveBuffer::withPlainLineEnds(strText));
+    } else {
+        // Each line keeps only what follows its last carriage return, as a
+        // terminal would show it.
+        m_pendingText += strText;
+        QStringList lines = m_pendingText.split(QStringLiteral("\r\n"));
+        for (QString &line : lines)
+            line = line.mid(line.lastIndexOf(QLatin1Char('\r')) + 1);
+        replaceText(ReceiveBuffer::withPlainLineEnds(lines.join(QLatin1Char('\n'))));
+    }
+    trimFront();
+    followEnd(wasAtEnd);
+}
+
+void QtTerminalWidget::insertRecvData(QByteArray byData, bool hexShow, bool showLog)
+{
+    const QString stamp = QTime::currentTime().toString(QStringLiteral("\n[hh:mm:ss.zzz]"));
+    if (hexShow) {
+        showReceived(byData, showLog ? stamp + QStringLiteral(" Hex >\n") : QString(), true);
+        return;
+    }
+    flushAll();
+    const bool wasAtEnd = atEnd();
+    if (showLog && m_receiveBuffer.atLineStart())
+        byData.prepend((stamp + QStringLiteral(" ASCII >\n")).toLatin1());
+    const ReceiveBuffer::Edit edit = m_receiveBuffer.append(byData, Settings::instance().textCodec);
+    if (m_bufferShown)
+        applyEdit(edit);
+    else
+        replaceText(m_receiveBuffer.text());
+    m_bufferShown = true;
+    followEnd(wasAtEnd);
+}
+
+void QtTerminalWidget::clearTerminal()
+{
+    m_queue.clear();
+    m_flushTimer.stop();
+    m_pendingText.clear();
+    m_receiveBuffer.clear();
+    m_bufferShown = false;
+    m_decoder.reset();
+    m_pendingCarriageReturn = false;
+    m_history.clear();
+    document()->clear();
+}
+
+// ---- the document
+
+bool QtTerminalWidget::atEnd() const
+{
+    const QScrollBar *bar = verticalScrollBar();
+    return bar->value() >= bar->maximum();
+}
+
+void QtTerminalWidget::followEnd(bool wasAtEnd)
+{
+    if (wasAtEnd)
+        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+// Appends text whose line ends are all "\n" as it stands, storing very long
+// paragraphs as several blocks.
+void QtTerminalWidget::appendText(const QString &text)
+{
+    m_bufferShown = false;
+    QTextCursor cursor(document());
+    cursor.movePosition(QTextCursor::End);
+    QTextBlock block = document()->lastBlock();
+    int inBlock = block.length() - 1;
+
+    // Cut at the block length first; the cuts' places are marked afterwards.
+    QString stored;
+    stored.reserve(text.size() + text.size() / kLongestBlock + 1);
+    QVector<int> cuts; // ordinal of the new blocks that continue a paragraph
+    int ordinal = 0;
+    int start = 0;
+    while (start < text.size()) {
+        int end = text.indexOf(QLatin1Char('\n'), start);
+        const bool lineEnds = end >= 0;
+        if (!lineEnds)
+            end = text.size();
+        while (inBlock + end - start > kLongestBlock) {
+            int piece = qMax(0, kLongestBlock - inBlock);
+            if (piece > 0 && text.at(start + piece - 1).isHighSurrogate())
+                --piece;
+            stored += text.midRef(start, piece);
+            stored += QLatin1Char('\n');
+            cuts.append(++ordinal);
+            start += piece;
+            inBlock = 0;
+        }
+        stored += text.midRef(start, end - start);
+        inBlock += end - start;
+        if (lineEnds) {
+            stored += QLatin1Char('\n');
+            ++ordinal;
+            inBlock = 0;
+        }
+        start = end + 1;
+    }
+
+    const int firstNew = block.blockNumber();
+    cursor.beginEditBlock();
+    cursor.insertText(stored);
+    cursor.endEditBlock();
+    for (const int cut : qAsConst(cuts))
+        LogLayout::setContinuation(document()->findBlockByNumber(firstNew + cut), true);
+}
+
+void QtTerminalWidget::applyEdit(const ReceiveBuffer::Edit &edit)
+{
+    QTextCursor cursor(document());
+    const int offset = verticalScrollBar()->value();
+    cursor.beginEditBlock();
+    cursor.movePosition(QTextCursor::End);
+    if (edit.backRemoved > 0) {
+        cursor.setPosition(document()->characterCount() - 1 - edit.backRemoved, QTextCursor::KeepAnchor);
+        cursor.removeSelectedText();
+    }
+    cursor.insertText(edit.backInserted);
+    cursor.endEditBlock();
+    const int linesAfterBack = document()->lineCount();
+    if (edit.frontRemoved > 0 || !edit.frontInserted.isEmpty()) {
+        cursor.beginEditBlock();
+        cursor.setPosition(0);
+        cursor.setPosition(edit.frontRemoved, QTextCursor::KeepAnchor);
+        cursor.removeSelectedText();
+        cursor.insertText(edit.frontInserted);
+        cursor.endEditBlock();
+    }
+    // Lines that left at the front must not move what the user is reading.
+    const int gone = linesAfterBack - document()->lineCount();
+    const auto *layout = static_cast<LogLayout *>(document()->documentLayout());
+    verticalScrollBar()->setValue(offset - static_cast<int>(gone * layout->lineHeight()));
+}
+
+void QtTerminalWidget::replaceText(const QString &text)
+{
+    m_bufferShown = false;
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    cursor.select(QTextCursor::Document);
+    cursor.removeSelectedText();
+    cursor.insertText(text);
+    cursor.endEditBlock();
+    LogLayout::setContinuation(document()->firstBlock(), false);
+}
+
+// Moves the oldest paragraphs to disk when more is held than the bounds allow.
+void QtTerminalWidget::trimFront()
+{
+    const int characters = document()->characterCount();
+    const int paragraphs = document()->blockCount();
+    if (m_readers > 0 || (characters <= m_mostCharacters && paragraphs <= m_mostParagraphs))
+        return;
+    // A sixteenth more than needed, so that it isn't done at every slice.
+    const int keepCharacters = m_mostCharacters - m_mostCharacters / 64;
+    const int keepParagraphs = m_mostParagraphs - m_mostParagraphs / 64;
+    QTextBlock first = document()->findBlock(qMax(0, characters - keepCharacters));
+    if (first.blockNumber() < paragraphs - keepParagraphs)
+        first = document()->findBlockByNumber(paragraphs - keepParagraphs);
+    if (first.blockNumber() == 0)
+        return;
+
+    const int cut = first.position();
+    const QByteArray old = textBetween(0, cut).toUtf8();
+    if (m_history.append(old.constData(), old.size()) == ByteSpool::State::Incomplete)
+        emit historyLost();
+
+    const int linesGone = first.firstLineNumber();
+    const bool continues = LogLayout::isContinuation(first);
+    const int offset = verticalScrollBar()->value();
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    cursor.setPosition(cut, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    cursor.endEditBlock();
+    LogLayout::setContinuation(document()->firstBlock(), continues);
+    const auto *layout = static_cast<LogLayout *>(document()->documentLayout());
+    verticalScrollBar()->setValue(offset - static_cast<int>(linesGone * layout->lineHeight()));
+}
+
+// ---- what goes out
+
+bool QtTerminalWidget::isEmpty() const
+{
+    return m_queue.empty() && document()->isEmpty() && m_history.size() == 0;
+}
+
+// The text between two positions; blocks that continue a paragraph follow
+// without a line end.
+QString QtTerminalWidget::textBetween(int start, int end) const
+{
+    QString text;
+    text.reserve(qMax(0, end - start));
+    for (QTextBlock block = document()->findBlock(start); block.isValid() && block.position() < end;
+         block = block.next()) {
+        if (block.position() > start && !LogLayout::isContinuation(block))
+            text += QLatin1Char('\n');
+        const QString line = block.text();
+        const int from = qMax(0, start - block.position());
+        text += line.midRef(from, qMin(line.size(), end - block.position()) - from);
+    }
+    // The end of the last paragraph belongs to the text when it is inside.
+    const QTextBlock last = document()->findBlock(end);
+    if (last.isValid() && last.position() == end && end > start && !LogLayout::isContinuation(last))
+        text += QLatin1Char('\n');
+    return text;
+}
+
+QString QtTerminalWidget::toPlainText()
+{
+    flushAll();
+    return textBetween(0, document()->characterCount() - 1);
+}
+
+QtTerminalWidget::Reader::Reader(QtTerminalWidget &terminal)
+    : m_terminal(terminal)
+{
+    m_terminal.flushAll();
+    ++m_terminal.m_readers;
+}
+
+QtTerminalWidget::Reader::~Reader()
+{
+    --m_terminal.m_readers;
+}
+
+QString QtTerminalWidget::Reader::nextFromHistory()
+{
+    QByteArray bytes = m_terminal.m_history.read(m_offset, kHistoryPiece, &m_failed);
+    m_offset += bytes.size();
+    bytes.prepend(m_partial);
+    int end = bytes.size();
+    if (m_offset < m_terminal.m_history.size()) {
+        // A piece ends before the character that it would cut.
+        const auto at = [&bytes](int i) { return static_cast<unsigned char>(bytes.at(i)); };
+        while (end > 0 && (at(end - 1) & 0xC0) == 0x80)
+            --end;
+        if (end > 0 && at(end - 1) >= 0xC0)
+            --end;
+    }
+    m_partial = bytes.mid(end);
+    return QString::fromUtf8(bytes.constData(), end);
+}
+
+QString QtTerminalWidget::Reader::next()
+{
+    if (m_offset < m_terminal.m_history.size() && !m_failed)
+        return nextFromHistory();
+    const QTextDocument *document = m_terminal.document();
+    QString text;
+    while (text.isEmpty()) {
+        const QTextBlock first = document->findBlockByNumber(m_block);
+        if (!first.isValid())
+            break;
+        m_block += kBlocksPerPiece;
+        const QTextBlock next = document->findBlockByNumber(m_block);
+        text = m_terminal.textBetween(first.position(),
+                                      next.isValid() ? next.position() : document->characterCount() - 1);
+    }
+    return text;
+}
+
+QMimeData *QtTerminalWidget::createMimeDataFromSelection() const
+{
+    const QTextCursor selection = textCursor();
+    auto *copied = new QMimeData;
+    copied->setText(textBetween(selection.selectionStart(), selection.selectionEnd()));
+    return copied;
+}
+
+// ---- looks
+
+void QtTerminalWidget::selectColorBrush(const QBrush &brush)
+{
+    QPalette colours = palette();
+    colours.setBrush(QPalette::Base, brush);
+    setPalette(colours);
+}
+
+void QtTerminalWidget::selectColorText(const QColor &colour)
+{
+    QPalette colours = palette();
+    colours.setColor(QPalette::Text, colour);
+    setPalette(colours);
+}
+
+void QtTerminalWidget::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu *menu = createStandardContextMenu();
+    menu->addSeparator();
+    menu->addAction(QStringLiteral("清空接收区"), this, &QtTerminalWidget::clearRequested);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(event->globalPos());
+}
+
+void QtTerminalWidget::changeEvent(QEvent *event)
+{
+    QTextBrowser::changeEvent(event);
+    if (event->type() == QEvent::FontChange && document()->defaultFont() != font())
+        document()->setDefaultFont(font());
+}

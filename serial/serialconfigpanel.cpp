@@ -1,0 +1,159 @@
+#include "serial/serialconfigpanel.h"
+
+#include "app/settings.h"
+
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QFontMetrics>
+#include <QIcon>
+#include <QIntValidator>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+
+namespace {
+
+const QStringList &baudRates()
+{
+    static const QStringList rates =
+        QStringLiteral("1200 2400 4800 9600 14400 19200 38400 57600 76800 115200 128000 230400 256000 460800 500000 "
+                       "576000 921600 1000000 1152000 1500000 2000000 2500000 3000000 3500000 4000000")
+            .split(QLatin1Char(' '));
+    return rates;
+}
+
+} // namespace
+
+SerialConfigPanel::SerialConfigPanel(QWidget *parent)
+    : FormGroup(QStringLiteral("串口配置"), parent)
+    , m_port(new QComboBox(this))
+    , m_baudRate(new QComboBox(this))
+    , m_parity(new QComboBox(this))
+    , m_dataBits(new QComboBox(this))
+    , m_stopBits(new QComboBox(this))
+    , m_open(new QPushButton(QStringLiteral("打开串口"), this))
+{
+    buildUi();
+    loadDefaults();
+    connect(m_open, &QPushButton::clicked, this, &SerialConfigPanel::openClicked);
+}
+
+void SerialConfigPanel::buildUi()
+{
+    m_port->setObjectName(QStringLiteral("comboPort"));
+    m_baudRate->setObjectName(QStringLiteral("comboBaudRate"));
+    m_parity->setObjectName(QStringLiteral("comboParity"));
+    m_dataBits->setObjectName(QStringLiteral("comboDataBits"));
+    m_stopBits->setObjectName(QStringLiteral("comboStopBits"));
+    m_open->setObjectName(QStringLiteral("btnOpen"));
+    m_open->setProperty("primary", true);
+
+    m_port->setEditable(true);
+    m_port->setInsertPolicy(QComboBox::NoInsert);
+    m_port->setCompleter(nullptr);
+    m_port->lineEdit()->setPlaceholderText(QStringLiteral("未检测到串口"));
+    m_baudRate->setEditable(true);
+    m_baudRate->setInsertPolicy(QComboBox::NoInsert);
+    m_baudRate->setValidator(new QIntValidator(1, 100 * 1000 * 1000, m_baudRate));
+    m_baudRate->addItems(baudRates());
+    m_baudRate->setToolTip(QStringLiteral("可直接输入任意波特率"));
+    m_dataBits->addItems({QStringLiteral("5"), QStringLiteral("6"), QStringLiteral("7"), QStringLiteral("8")});
+    m_stopBits->addItems({QStringLiteral("1"), QStringLiteral("1.5"), QStringLiteral("2")});
+    m_parity->addItems({QStringLiteral("无校验"), QStringLiteral("奇校验"), QStringLiteral("偶校验"),
+                        QStringLiteral("标志(1)"), QStringLiteral("空格(0)")});
+    // A long description must not widen the panel; the list shows it whole.
+    for (QComboBox *box : {m_port, m_baudRate, m_parity, m_dataBits, m_stopBits}) {
+        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        box->setMinimumContentsLength(6);
+    }
+
+    addRow(QStringLiteral("端口"), m_port);
+    addRow(QStringLiteral("波特率"), m_baudRate);
+    addRow(QStringLiteral("校验位"), m_parity);
+    addRow(QStringLiteral("数据位"), m_dataBits);
+    addRow(QStringLiteral("停止位"), m_stopBits);
+    addWide(m_open);
+}
+
+void SerialConfigPanel::loadDefaults()
+{
+    const Settings::SerialDefaults &defaults = Settings::instance().serial;
+    m_baudRate->setCurrentText(QString::number(defaults.baudRate));
+    // Stored numbers mean the entries with these texts; an unknown one leaves
+    // the list's usual choice.
+    const auto choose = [](QComboBox *box, int number, const QString &usual) {
+        const int index = box->findText(QString::number(number));
+        box->setCurrentIndex(index >= 0 ? index : box->findText(usual));
+    };
+    choose(m_dataBits, defaults.dataBits, QStringLiteral("8"));
+    choose(m_stopBits, defaults.stopBits, QStringLiteral("1"));
+    m_parity->setCurrentIndex(defaults.parity);
+}
+
+QString SerialConfigPanel::portText() const
+{
+    return m_port->currentText();
+}
+
+int SerialConfigPanel::baudRate() const
+{
+    return m_baudRate->currentText().toInt();
+}
+
+int SerialConfigPanel::dataBits() const
+{
+    return m_dataBits->currentText().toInt();
+}
+
+int SerialConfigPanel::stopBitsIndex() const
+{
+    return m_stopBits->currentIndex();
+}
+
+int SerialConfigPanel::parityIndex() const
+{
+    return m_parity->currentIndex();
+}
+
+QString SerialConfigPanel::stopBitsText() const
+{
+    return m_stopBits->currentText();
+}
+
+QString SerialConfigPanel::parityText() const
+{
+    return m_parity->currentText();
+}
+
+void SerialConfigPanel::setPorts(const QStringList &entries)
+{
+    const QString before = m_port->currentText();
+    const bool wasTyped = !before.isEmpty() && m_port->findText(before, Qt::MatchFixedString | Qt::MatchCaseSensitive) < 0;
+    m_port->clear();
+    for (const QString &entry : entries)
+        m_port->insertItem(m_port->count(), QIcon(), entry);
+
+    const QFontMetrics metrics(m_port->view()->font());
+    int widest = 0;
+    for (const QString &entry : entries)
+        widest = qMax(widest, metrics.horizontalAdvance(entry));
+    m_port->view()->setMinimumWidth(widest + m_port->view()->verticalScrollBar()->sizeHint().width());
+
+    if (!selectEntry(before) && wasTyped)
+        m_port->setEditText(before);
+}
+
+bool SerialConfigPanel::selectEntry(const QString &entry)
+{
+    const int index = m_port->findText(entry, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index >= 0)
+        m_port->setCurrentIndex(index);
+    return index >= 0;
+}
+
+void SerialConfigPanel::setOpenState(bool open)
+{
+    for (QComboBox *box : {m_port, m_baudRate, m_parity, m_dataBits, m_stopBits})
+        box->setEnabled(!open);
+    m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+// The serial page's port parameters: what is chosen, and the button that opens
+// and closes. Opens nothing itself.
+
+#include "shell/base/formpanel.h"
+
+class QComboBox;
+class QPushButton;
+
+class SerialConfigPanel : public FormGroup
+{
+    Q_OBJECT
+
+public:
+    // Chooses the defaults of the settings.
+    explicit SerialConfigPanel(QWidget *parent = nullptr);
+
+    QString portText() const; // an entry of the list, or what was typed
+    // A decimal integer; 0 where the text is none.
+    int baudRate() const;
+    int dataBits() const;
+    int stopBitsIndex() const; // 0: 1, 1: 1.5, 2: 2
+    int parityIndex() const;   // 0 none, 1 odd, 2 even, 3 mark, 4 space
+    QString stopBitsText() const;
+    QString parityText() const;
+
+    // Refills the list; what was chosen or typed stays when it can.
+    void setPorts(const QStringList &entries);
+    bool selectEntry(const QString &entry); // exact; false when not in the list
+
+    // Open: parameters are fixed and the button closes.
+    void setOpenState(bool open);
+
+    void loadDefaults();
+
+signals:
+    void openClicked();
+
+private:
+    void buildUi();
+
+    QComboBox *m_port;
+    QComboBox *m_baudRate;
+    QComboBox *m_parity;
+    QComboBox *m_dataBits;
+    QComboBox *m_stopBits;
+    QPushButton *m_open;
+};

@@ -1,0 +1,492 @@
+#include "serial/serialportwidget.h"
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "app/settingskeys.h"
+#include "serial/filesendpage.h"
+#include "serial/portname.h"
+#include "serial/qextserialport.h"
+#include "serial/qtsendboxwidget.h"
+#include "serial/qtterminalwidget.h"
+#include "serial/receivedfiles.h"
+#include "serial/recvoptions.h"
+#include "serial/sendoptions.h"
+#include "serial/serialconfigpanel.h"
+#include "shell/base/formpanel.h"
+#include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagebox.h"
+#include "shell/base/qtmessagetip.h"
+#include "shell/base/stateindicator.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSplitter>
+#include <QStandardPaths>
+#include <QTime>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+
+constexpr int kQuietMs = 10;       // reading waits until the line is quiet for so long
+constexpr int kCountPeriodMs = 100;
+
+// A line that never pauses is read when so much waits, so that memory is bounded.
+constexpr qint64 kMostWaiting = 64 * 1024 * 1024;
+// A device that takes nothing gets no more than this queued.
+constexpr qint64 kMostToWrite = 16 * 1024 * 1024;
+
+const auto kTextFilter = QStringLiteral("文本文件(*.txt)");
+const auto kBytesFilter = QStringLiteral("数据文件(*.bin)");
+
+} // namespace
+
+SerialportWidget::SerialportWidget(QWidget *parent)
+    : QtWidgetBase(parent)
+    , m_port(std::make_unique<QextSerialPort>(QextSerialPort::EventDriven))
+    , m_recvTimer(this)
+    , m_countTimer(this)
+    , m_spool(AppPaths::tmpFolder(), QStringLiteral("serial"))
+{
+    setObjectName(QStringLiteral("SerialportWidget"));
+    m_recvTimer.setSingleShot(true);
+    m_recvTimer.setInterval(kQuietMs);
+    m_recvTimer.setTimerType(Qt::PreciseTimer);
+    m_countTimer.setSingleShot(true);
+    buildUi();
+    connectParts();
+    setPortState(false);
+    showCounts();
+}
+
+SerialportWidget::~SerialportWidget()
+{
+    m_port->disconnect(this);
+    closePort();
+}
+
+// ---- building
+
+void SerialportWidget::buildUi()
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 8, 8, 8);
+    row->setSpacing(8);
+    QWidget *work = buildWorkArea(); // makes the send box that the panel's options drive
+    row->addWidget(buildPanel());
+    row->addWidget(work, 1);
+    setTabOrder(m_panel, work);
+}
+
+QWidget *SerialportWidget::buildPanel()
+{
+    m_panel = new FormPanel(this);
+    m_panel->setObjectName(QStringLiteral("configPanel"));
+    m_config = new SerialConfigPanel(m_panel);
+    m_recvOptions = new RecvOptions(m_panel);
+    m_sendOptions = new SendOptions(m_sendBox, m_panel);
+    m_panel->addWidget(m_config);
+    m_panel->addWidget(m_recvOptions);
+    m_panel->addWidget(m_sendOptions);
+    return m_panel;
+}
+
+QWidget *SerialportWidget::buildWorkArea()
+{
+    auto *area = new QWidget(this);
+    m_fold = new QPushButton(QStringLiteral("隐藏配置界面"), area);
+    m_fold->setObjectName(QStringLiteral("btnFold"));
+    m_state = new StateIndicator(area);
+    m_recvLabel = new QLabel(area);
+    m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
+    m_sendLabel = new QLabel(area);
+    m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
+    auto *top = new QHBoxLayout;
+    top->setSpacing(8);
+    top->addWidget(m_fold);
+    top->addStretch();
+    top->addWidget(m_sendLabel);
+    top->addSpacing(8);
+    top->addWidget(m_recvLabel);
+    top->addSpacing(8);
+    top->addWidget(m_state);
+
+    m_terminal = new QtTerminalWidget(area);
+    m_terminal->setPlaceholderText(QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"));
+    m_sendBox = new QtSendBoxWidget(QtSendBoxWidget::Serial, area);
+
+    auto *split = new QSplitter(Qt::Vertical, area);
+    split->setObjectName(QStringLiteral("splitRecvSend"));
+    split->setChildrenCollapsible(false);
+    split->addWidget(m_terminal);
+    split->addWidget(m_sendBox);
+    split->setStretchFactor(0, 1);
+    split->setStretchFactor(1, 0);
+    split->setSizes({300, 140});
+
+    auto *column = new QVBoxLayout(area);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addLayout(top);
+    column->addWidget(split, 1);
+    return area;
+}
+
+void SerialportWidget::connectParts()
+{
+    connect(m_port.get(), &QextSerialPort::readyRead, this, &SerialportWidget::sltInterruptDetection);
+    connect(&m_recvTimer, &QTimer::timeout, this, &SerialportWidget::SltRecvFromSerialport);
+    // Queued: the report comes from within the port's own reading.
+    connect(m_port.get(), &QextSerialPort::hungUp, this, &SerialportWidget::portVanished, Qt::QueuedConnection);
+    connect(&m_countTimer, &QTimer::timeout, this, &SerialportWidget::showCounts);
+
+    connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
+    connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
+    connect(m_recvOptions, &RecvOptions::saveClicked, this, &SerialportWidget::SltSaveDataToFile);
+    connect(m_recvOptions, &RecvOptions::delayChanged, this, &SerialportWidget::SltDelayChanged);
+    connect(m_sendOptions, &SendOptions::pageChosen, this, &SerialportWidget::SltChangeSendPage);
+    connect(m_sendOptions, &SendOptions::intervalEdited, this, &SerialportWidget::SltChangeAutoInterval);
+    connect(m_fold, &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
+    connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &SerialportWidget::SltWriteDataToSerialport);
+    connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
+    connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &SerialportWidget::signalNotify);
+    connect(m_terminal, &QtTerminalWidget::clearRequested, this, &SerialportWidget::clearRecv);
+    connect(m_terminal, &QtTerminalWidget::historyLost, this, [this] {
+        emit signalNotify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError);
+    });
+}
+
+// ---- the port
+
+void SerialportWidget::SltOpenSerialport()
+{
+    if (m_port->isOpen()) {
+        const QString name = m_port->portName();
+        closePort();
+        emit signalNotify(QStringLiteral("串口[%1]已关闭!!").arg(name), kInformation);
+        return;
+    }
+    const QString entry = m_config->portText();
+    if (entry.isEmpty()) {
+        emit signalNotify(QStringLiteral("当前系统未检测到任何串口，请重试!!!"), kError);
+        return;
+    }
+    const QString name = PortName::fromEntry(entry);
+    if (name.isEmpty()) {
+        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
+        return;
+    }
+    m_port->setPortName(name);
+    if (!m_port->open(QIODevice::ReadWrite)) {
+        qWarning().noquote() << "cannot open" << name << m_port->errorString();
+        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
+        return;
+    }
+    m_writeBlockedTold = false;
+    applyParameters();
+}
+
+// Sets the open port's parameters in order, tells the outcome and remembers
+// the choice. A parameter that the device refuses leaves the port open.
+void SerialportWidget::applyParameters()
+{
+    const QString name = m_port->portName();
+    QStringList refused;
+    if (!m_port->setBaudRate(m_config->baudRate()))
+        refused.append(QStringLiteral("波特率 %1").arg(m_config->baudRate()));
+    if (!m_port->setDataBits(m_config->dataBits()))
+        refused.append(QStringLiteral("数据位 %1").arg(m_config->dataBits()));
+    if (!m_port->setStopBits(m_config->stopBitsIndex()))
+        refused.append(QStringLiteral("停止位 %1").arg(m_config->stopBitsText()));
+    if (!m_port->setParity(m_config->parityIndex()))
+        refused.append(m_config->parityText());
+    m_port->setFlowControlOff();
+
+    setPortState(true);
+    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
+    if (!refused.isEmpty())
+        emit signalNotify(
+            QStringLiteral("串口[%1]不支持以下参数: %2").arg(name, refused.join(QStringLiteral("、"))), kError);
+
+    using namespace SettingsKeys;
+    Settings::writeValue(Serialport::group, Serialport::baudRate, m_config->baudRate());
+    Settings::writeValue(Serialport::group, Serialport::dataBit, m_config->dataBits());
+    Settings::writeValue(Serialport::group, Serialport::stopBitsWritten, m_config->stopBitsIndex());
+    Settings::writeValue(Serialport::group, Serialport::parity, m_config->parityIndex());
+}
+
+void SerialportWidget::setPortState(bool open)
+{
+    m_config->setOpenState(open);
+    m_sendBox->setDeviceOpen(open);
+    m_state->setOn(open);
+}
+
+// Takes in what has already arrived, then closes.
+void SerialportWidget::closePort()
+{
+    if (m_port->isOpen())
+        SltRecvFromSerialport();
+    m_recvTimer.stop();
+    m_port->close();
+    setPortState(false);
+}
+
+void SerialportWidget::portVanished()
+{
+    if (!m_port->isOpen())
+        return;
+    closePort();
+    emit signalNotify(QStringLiteral("当前串口已拔出，请重新打开!"), kError);
+}
+
+void SerialportWidget::SltSerialportChanged(QStringList serialports)
+{
+    m_config->setPorts(serialports);
+    if (!m_port->isOpen())
+        return;
+    // By the bare name against whole entries: an entry with a description
+    // never matches, so that any change of the list closes the port.
+    if (serialports.contains(m_port->portName(), Qt::CaseSensitive))
+        m_config->selectEntry(m_port->portName());
+    else
+        portVanished();
+}
+
+// ---- receiving
+
+void SerialportWidget::sltInterruptDetection()
+{
+    if (m_recvTimer.isActive())
+        m_recvTimer.stop();
+    m_recvTimer.start();
+    if (m_port->bytesAvailable() >= kMostWaiting)
+        SltRecvFromSerialport();
+}
+
+void SerialportWidget::SltDelayChanged()
+{
+    m_recvTimer.setInterval(m_recvOptions->quietTime());
+}
+
+void SerialportWidget::SltRecvFromSerialport()
+{
+    const QByteArray bytes = m_port->readAll();
+    if (!bytes.isEmpty())
+        handleReceived(bytes);
+}
+
+void SerialportWidget::handleReceived(const QByteArray &bytes)
+{
+    m_recvCount += static_cast<quint32>(bytes.size());
+    m_unsaved = true;
+    refreshCounts();
+    const ByteSpool::State spooled = m_spool.append(bytes.constData(), bytes.size());
+    if (spooled != m_spoolTold) {
+        m_spoolTold = spooled;
+        emit signalNotify(spooled == ByteSpool::State::InMemory
+                              ? QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！")
+                              : QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"),
+                          kError);
+    }
+    if (m_recvOptions->stopShow()) {
+        m_hidden = true;
+        return;
+    }
+    const bool hex = m_recvOptions->hexShow();
+    if (m_recvOptions->logMode()) {
+        m_hidden = true; // the log view keeps the newest bytes only
+        m_terminal->insertRecvData(bytes, hex, m_recvOptions->timeStamp());
+        return;
+    }
+    QString header;
+    if (m_recvOptions->timeStamp())
+        header = QTime::currentTime().toString(QStringLiteral("[hh:mm:ss.zzz]"))
+            + (hex ? QStringLiteral(" HEX >\n") : QStringLiteral(" ASCII >\n"));
+    m_terminal->showReceived(bytes, header, hex);
+}
+
+void SerialportWidget::clearRecv()
+{
+    m_terminal->clearTerminal();
+    m_unsaved = false;
+    m_hidden = false;
+}
+
+// ---- sending
+
+void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
+{
+    if (!m_port->isOpen())
+        return;
+    if (m_port->bytesToWrite() + byCmd.size() > kMostToWrite) {
+        if (!m_writeBlockedTold)
+            emit signalNotify(QStringLiteral("设备长时间未接收数据，本次数据未发送！"), kError);
+        m_writeBlockedTold = true;
+        return;
+    }
+    m_writeBlockedTold = false;
+    if (m_port->write(byCmd) < 0) {
+        emit signalNotify(QStringLiteral("数据发送失败: %1").arg(m_port->errorString()), kError);
+        return;
+    }
+    m_sendCount += static_cast<quint32>(byCmd.size());
+    refreshCounts();
+}
+
+void SerialportWidget::SltChangeSendPage(int index)
+{
+    m_sendBox->setCurrentPage(index);
+}
+
+void SerialportWidget::SltChangeAutoInterval()
+{
+    m_sendOptions->applyInterval();
+}
+
+void SerialportWidget::sltShowErrorHint()
+{
+    QtMessageTip::showTip(QStringLiteral("当前在十六进制输入模式下，只能输入十六进制的字符。"));
+}
+
+void SerialportWidget::sltTransmitProgress(int porgress, QString name)
+{
+    m_sendBox->filePage()->setProgress(porgress, name);
+}
+
+// ---- counts
+
+QStringList SerialportWidget::counts() const
+{
+    return {QString::number(m_sendCount), QString::number(m_recvCount)};
+}
+
+void SerialportWidget::clearCounts()
+{
+    m_sendCount = 0;
+    m_recvCount = 0;
+    showCounts();
+}
+
+// Shows changed counts at once, but not more often than the eye can follow.
+void SerialportWidget::refreshCounts()
+{
+    if (m_countTimer.isActive())
+        return;
+    const qint64 since = m_sinceCounts.isValid() ? m_sinceCounts.elapsed() : kCountPeriodMs;
+    if (since >= kCountPeriodMs)
+        showCounts();
+    else
+        m_countTimer.start(static_cast<int>(kCountPeriodMs - since));
+}
+
+void SerialportWidget::showCounts()
+{
+    m_countTimer.stop();
+    m_sinceCounts.start();
+    m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(m_sendCount));
+    m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(m_recvCount));
+    emit signalRefresCounts(pageIndex);
+}
+
+// ---- saving
+
+bool SerialportWidget::nothingToSave() const
+{
+    return m_terminal->isEmpty() && !(m_unsaved && m_hidden);
+}
+
+void SerialportWidget::SltSaveDataToFile()
+{
+    if (nothingToSave())
+        emit signalNotify(QStringLiteral("当前无数据需要保存！"), kInformation);
+    else
+        saveAll();
+}
+
+// Asks for a file and saves. False when cancelled or failed.
+bool SerialportWidget::saveAll()
+{
+    QString filter = kTextFilter;
+    const QString name = QtFileDialog::getSaveFileName(this, QString(), QString(),
+                                                       kTextFilter + QStringLiteral(";;") + kBytesFilter, &filter);
+    if (name.isEmpty())
+        return false;
+    const bool asBytes = filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive);
+    m_unsaved = false; // what comes while it is written is not in the file
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool saved = asBytes ? ReceivedFiles::saveBytes(m_spool, name)
+                               : ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec);
+    QGuiApplication::restoreOverrideCursor();
+    if (!saved)
+        m_unsaved = true;
+    if (saved && asBytes && m_spool.state() == ByteSpool::State::Incomplete)
+        emit signalNotify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
+    else
+        emit signalNotify(saved ? QStringLiteral("文件保存完成!") : QStringLiteral("文件保存失败!"),
+                          saved ? kInformation : kError);
+    return saved;
+}
+
+// Saves to dated files beside the program, or in the user's documents where
+// that folder cannot be written: the text shown, and the bytes as they came
+// when the display doesn't hold them all.
+bool SerialportWidget::autoSave()
+{
+    const QString beside = AppPaths::root() + QStringLiteral("/save");
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    for (const QString &folder : {beside, documents}) {
+        if (folder.isEmpty() || !QDir().mkpath(folder))
+            continue;
+        const QString name =
+            ReceivedFiles::datedName(folder, {QStringLiteral(".txt"), QStringLiteral(".bin")});
+        const bool textSaved = m_terminal->isEmpty()
+            || ReceivedFiles::saveText(*m_terminal, name + QStringLiteral(".txt"), Settings::instance().textCodec);
+        const bool bytesSaved = !m_hidden || ReceivedFiles::saveBytes(m_spool, name + QStringLiteral(".bin"));
+        if (textSaved && bytesSaved)
+            return true;
+    }
+    return false;
+}
+
+bool SerialportWidget::prepareToClose()
+{
+    if (m_port->isOpen())
+        SltRecvFromSerialport();
+    if (!m_unsaved || nothingToSave())
+        return true;
+    const QString title = QStringLiteral("询问");
+    switch (Settings::instance().closeBehaviour) {
+    case Settings::Ask:
+        if (QtMessageBox::question(this, title, QStringLiteral("当前有数据未保存，是否保存接收数据?")) == 1)
+            return saveAll();
+        return true;
+    case Settings::AutoSave:
+        if (autoSave()) {
+            m_unsaved = false;
+            return true;
+        }
+        return QtMessageBox::question(this, title, QStringLiteral("接收数据自动保存失败，是否仍然退出?")) == 1;
+    default:
+        return true;
+    }
+}
+
+void SerialportWidget::reloadSettings()
+{
+    if (!m_port->isOpen())
+        m_config->loadDefaults();
+}
+
+void SerialportWidget::SltBtnFoldClicked()
+{
+    const bool hide = m_panel->isVisibleTo(this);
+    m_panel->setVisible(!hide);
+    m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+// How well a text colour can be read on a background: the contrast ratio of
+// WCAG 2.1 ("relative luminance" and "contrast ratio"), 1 to 21. Text should
+// have 4.5 at least.
+
+#include <QColor>
+
+namespace Contrast {
+
+constexpr double readable = 4.5;
+
+double luminance(const QColor &colour);
+double ratio(const QColor &one, const QColor &other);
+
+} // namespace Contrast

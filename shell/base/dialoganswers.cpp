@@ -1,0 +1,7 @@
+#include "shell/base/dialoganswers.h"
+
+DialogAnswers &DialogAnswers::instance()
+{
+    static DialogAnswers answers;
+    return answers;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+// Answers given in the user's place, for tests and demonstrations: where a
+// function is set, no dialog opens and its result is taken. All are empty in
+// the program itself. Every modal dialog of shell/base asks here first.
+
+#include <QStringList>
+#include <functional>
+
+struct DialogAnswers {
+    enum class FileMode { Open, OpenMany, Save };
+
+    // The result of a message box: 1 for "确定", 0 for "取消".
+    std::function<int(const QString &title, const QString &text, int type)> message;
+
+    // The chosen paths, empty for "取消". The save form takes the first.
+    std::function<QStringList(FileMode mode, const QString &caption, const QString &folder,
+                              const QString &filter)>
+        fileNames;
+
+    static DialogAnswers &instance();
+};

@@ -1,0 +1,70 @@
+#include "shell/base/formpanel.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+FormGroup::FormGroup(const QString &title, QWidget *parent)
+    : QGroupBox(title, parent)
+    , m_grid(new QGridLayout(this))
+{
+    m_grid->setContentsMargins(8, 8, 8, 8);
+    m_grid->setHorizontalSpacing(4);
+    m_grid->setVerticalSpacing(8);
+    m_grid->setColumnStretch(1, 1);
+}
+
+QLabel *FormGroup::addRow(const QString &label, QWidget *field)
+{
+    const int row = m_grid->rowCount();
+    auto *caption = new QLabel(label, this);
+    caption->setBuddy(field);
+    m_grid->addWidget(caption, row, 0);
+    m_grid->addWidget(field, row, 1);
+    return caption;
+}
+
+void FormGroup::addWide(QWidget *widget)
+{
+    m_grid->addWidget(widget, m_grid->rowCount(), 0, 1, 2);
+}
+
+void FormGroup::addPair(QWidget *left, QWidget *right)
+{
+    auto *pair = new QHBoxLayout;
+    pair->setSpacing(8);
+    pair->addWidget(left, 1);
+    pair->addWidget(right, 1);
+    m_grid->addLayout(pair, m_grid->rowCount(), 0, 1, 2);
+}
+
+FormPanel::FormPanel(QWidget *parent)
+    : QScrollArea(parent)
+    , m_column(nullptr)
+{
+    setObjectName(QStringLiteral("formPanel"));
+    setFixedWidth(panelWidth);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus);
+    auto *content = new QWidget;
+    m_column = new QVBoxLayout(content);
+    m_column->setContentsMargins(8, 8, 8, 8);
+    m_column->setSpacing(8);
+    m_column->addStretch();
+    setWidget(content);
+}
+
+FormGroup *FormPanel::addGroup(const QString &title)
+{
+    auto *group = new FormGroup(title);
+    addWidget(group);
+    return group;
+}
+
+void FormPanel::addWidget(QWidget *widget)
+{
+    m_column->insertWidget(m_column->count() - 1, widget);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+// The configuration panel that every tool has on its left: a scrolling column
+// of groups, each a grid of labels and fields.
+
+#include <QGroupBox>
+#include <QScrollArea>
+
+class QGridLayout;
+class QLabel;
+class QVBoxLayout;
+
+// One group: label and field in columns, or widgets over both.
+class FormGroup : public QGroupBox
+{
+    Q_OBJECT
+
+public:
+    explicit FormGroup(const QString &title, QWidget *parent = nullptr);
+
+    // The label is the field's buddy; the field takes the rest of the row.
+    QLabel *addRow(const QString &label, QWidget *field);
+    // Over both columns.
+    void addWide(QWidget *widget);
+    // Side by side, equally wide.
+    void addPair(QWidget *left, QWidget *right);
+
+private:
+    QGridLayout *m_grid;
+};
+
+class FormPanel : public QScrollArea
+{
+    Q_OBJECT
+
+public:
+    static constexpr int panelWidth = 230;
+
+    explicit FormPanel(QWidget *parent = nullptr);
+
+    FormGroup *addGroup(const QString &title);
+    void addWidget(QWidget *widget);
+
+private:
+    QVBoxLayout *m_column;
+};

@@ -1,0 +1,166 @@
+#include "shell/base/qtfiledialog.h"
+
+#include "app/skin.h"
+#include "shell/base/dialoganswers.h"
+#include "shell/base/embeddedfiledialog.h"
+#include "shell/base/framelesshelper.h"
+#include "shell/base/iconfont.h"
+
+#include <QEvent>
+#include <QFileInfo>
+#include <QListView>
+#include <QRegularExpression>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+QString &lastFolder()
+{
+    static QString folder;
+    return folder;
+}
+
+void rememberFolderOf(const QStringList &files)
+{
+    if (!files.isEmpty())
+        lastFolder() = QFileInfo(files.first()).absolutePath();
+}
+
+} // namespace
+
+QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &folder, const QString &filter,
+                           QWidget *parent)
+    : QtFramelessDialog(caption.isEmpty() ? QStringLiteral("文件选择框") : caption, parent)
+    , m_dialog(new EmbeddedFileDialog(this))
+{
+    m_dialog->setAcceptMode(mode == SaveFile ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    m_dialog->setFileMode(mode == OpenFiles  ? QFileDialog::ExistingFiles
+                          : mode == OpenFile ? QFileDialog::ExistingFile
+                                             : QFileDialog::AnyFile);
+    if (!filter.isEmpty())
+        m_dialog->setNameFilter(filter);
+    if (mode == SaveFile) {
+        m_dialog->setDefaultSuffix(suffixOf(m_dialog->selectedNameFilter()));
+        connect(m_dialog, &QFileDialog::filterSelected, m_dialog,
+                [this](const QString &chosen) { m_dialog->setDefaultSuffix(suffixOf(chosen)); });
+    }
+
+    // A folder that also names a file proposes that file.
+    const QFileInfo proposed(folder);
+    if (folder.isEmpty()) {
+        if (!lastFolder().isEmpty())
+            m_dialog->setDirectory(lastFolder());
+    } else if (proposed.isDir()) {
+        m_dialog->setDirectory(folder);
+    } else {
+        const bool bareName = proposed.fileName() == folder;
+        m_dialog->setDirectory(bareName && !lastFolder().isEmpty() ? lastFolder() : proposed.path());
+        m_dialog->selectFile(proposed.fileName());
+    }
+
+    m_dialog->setLabelText(QFileDialog::LookIn, QStringLiteral("文件目录："));
+    m_dialog->setLabelText(QFileDialog::FileName, QStringLiteral("文件名："));
+    m_dialog->setLabelText(QFileDialog::FileType, QStringLiteral("文件类型："));
+    m_dialog->setLabelText(QFileDialog::Accept,
+                           mode == SaveFile ? QStringLiteral("保存") : QStringLiteral("确定"));
+    m_dialog->setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
+    drawIcons();
+    if (auto *sidebar = m_dialog->findChild<QListView *>(QStringLiteral("sidebar")))
+        sidebar->setIconSize({16, 16});
+
+    body()->setContentsMargins(4, 4, 4, 4);
+    body()->addWidget(m_dialog);
+    m_dialog->show();
+    frame()->setResizable(true);
+    setMinimumSize(560, 360);
+    resize(720, 440);
+    connect(m_dialog, &QFileDialog::finished, this, &QtFileDialog::onFileDialogFinished);
+}
+
+QStringList QtFileDialog::selectedFiles() const
+{
+    return m_dialog->selectedFiles();
+}
+
+QString QtFileDialog::selectedFilter() const
+{
+    return m_dialog->selectedNameFilter();
+}
+
+QString QtFileDialog::getOpenFileName(QWidget *parent, const QString &caption, const QString &dir,
+                                      const QString &filter, QString *selectedFilter)
+{
+    return run(OpenFile, parent, caption, dir, filter, selectedFilter).value(0);
+}
+
+QStringList QtFileDialog::getOpenFileNames(QWidget *parent, const QString &caption, const QString &dir,
+                                           const QString &filter, QString *selectedFilter)
+{
+    return run(OpenFiles, parent, caption, dir, filter, selectedFilter);
+}
+
+QString QtFileDialog::getSaveFileName(QWidget *parent, const QString &caption, const QString &dir,
+                                      const QString &filter, QString *selectedFilter)
+{
+    return run(SaveFile, parent, caption, dir, filter, selectedFilter).value(0);
+}
+
+QString QtFileDialog::suffixOf(const QString &filter)
+{
+    static const QRegularExpression pattern(QStringLiteral("\\*\\.([^\\s*?();]+)"));
+    return pattern.match(filter).captured(1);
+}
+
+void QtFileDialog::onFileDialogFinished(int result)
+{
+    done(result);
+}
+
+void QtFileDialog::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::StyleChange && m_dialog)
+        drawIcons();
+    QtFramelessDialog::changeEvent(event);
+}
+
+QStringList QtFileDialog::run(Mode mode, QWidget *parent, const QString &caption, const QString &dir,
+                              const QString &filter, QString *selectedFilter)
+{
+    if (const auto &answer = DialogAnswers::instance().fileNames) {
+        const auto answerMode = mode == OpenFile    ? DialogAnswers::FileMode::Open
+                                : mode == OpenFiles ? DialogAnswers::FileMode::OpenMany
+                                                    : DialogAnswers::FileMode::Save;
+        return answer(answerMode, caption, dir, filter);
+    }
+    QtFileDialog dialog(mode, caption, dir, filter, parent ? parent->window() : nullptr);
+    if (selectedFilter && !selectedFilter->isEmpty()) {
+        dialog.m_dialog->selectNameFilter(*selectedFilter);
+        if (mode == SaveFile)
+            dialog.m_dialog->setDefaultSuffix(suffixOf(*selectedFilter));
+    }
+    if (dialog.exec() != QDialog::Accepted)
+        return {};
+    const QStringList files = dialog.selectedFiles();
+    rememberFolderOf(files);
+    if (selectedFilter)
+        *selectedFilter = dialog.selectedFilter();
+    return files;
+}
+
+// Qt's own icons are dark and vanish on a dark skin.
+void QtFileDialog::drawIcons()
+{
+    const struct {
+        const char *objectName;
+        IconFont::Glyph glyph;
+    } buttons[] = {
+        {"backButton", IconFont::ChevronLeft},    {"forwardButton", IconFont::ChevronRight},
+        {"toParentButton", IconFont::ArrowUp},    {"newFolderButton", IconFont::FolderPlus},
+        {"listModeButton", IconFont::ViewList},   {"detailModeButton", IconFont::ViewDetail},
+    };
+    const QColor colour(Skin::palette().text);
+    for (const auto &button : buttons)
+        if (auto *toolButton = m_dialog->findChild<QToolButton *>(QLatin1String(button.objectName)))
+            toolButton->setIcon(IconFont::icon(button.glyph, colour));
+}

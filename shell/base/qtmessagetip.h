@@ -1,0 +1,55 @@
+#pragma once
+
+// A notice that goes away by itself. One for the whole process: another text
+// while one is showing takes its place.
+
+#include <QTimer>
+#include <QWidget>
+
+class QtMessageTip : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum Style {
+        Bubble = 0, // red, with a pointer on its top edge: a hint beside a widget
+        Notice = 1, // dark rounded box: a general notice
+    };
+
+    // A notice in the lower middle of the active window.
+    static void showTip(const QString &text, int milliseconds = 2000);
+
+    // At a position of the screen, which is the tip's top left corner.
+    static void showTipAt(const QString &text, const QPoint &position, int milliseconds = 2000,
+                          Style style = Bubble);
+
+    // The bubble below a widget, its pointer near the widget's left edge.
+    static void showBelow(const QWidget *widget, const QString &text, int milliseconds = 2000);
+
+    // The one instance, made on first use; null while there is none.
+    static QtMessageTip *current();
+
+    QString text() const { return m_text; }
+    Style tipStyle() const { return m_style; }
+    int remainingTime() const { return m_timer.remainingTime(); }
+
+public slots:
+    void sltTimeOut();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+
+private:
+    QtMessageTip();
+    static QtMessageTip *instance();
+    void present(const QString &text, Style style, int milliseconds);
+    void placeAt(const QPoint &position);
+
+    void paintBubble(QPainter &painter) const;
+    void paintNotice(QPainter &painter) const;
+
+    QString m_text;
+    Style m_style = Notice;
+    QTimer m_timer;
+};

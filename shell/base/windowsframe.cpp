@@ -1,0 +1,136 @@
+#include "shell/base/windowsframe.h"
+
+#include <QCoreApplication>
+#include <QWidget>
+
+#ifdef Q_OS_WIN
+
+#include "shell/base/framegeometry.h"
+#include "shell/base/framelesshelper.h"
+
+#include <QWindow>
+#include <qt_windows.h>
+
+namespace {
+
+// Windows animates, snaps and minimises by click in the task bar only what has
+// these styles; WM_NCCALCSIZE then takes their frame away again.
+void addFrameStyles(HWND handle, bool resizable)
+{
+    LONG_PTR style = GetWindowLongPtrW(handle, GWL_STYLE);
+    style |= WS_CAPTION | WS_MINIMIZEBOX | WS_SYSMENU;
+    if (resizable)
+        style |= WS_THICKFRAME | WS_MAXIMIZEBOX;
+    SetWindowLongPtrW(handle, GWL_STYLE, style);
+    SetWindowPos(handle, nullptr, 0, 0, 0, 0,
+                 SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+long hitTestFor(Qt::Edges edges)
+{
+    if (edges == (Qt::TopEdge | Qt::LeftEdge))
+        return HTTOPLEFT;
+    if (edges == (Qt::TopEdge | Qt::RightEdge))
+        return HTTOPRIGHT;
+    if (edges == (Qt::BottomEdge | Qt::LeftEdge))
+        return HTBOTTOMLEFT;
+    if (edges == (Qt::BottomEdge | Qt::RightEdge))
+        return HTBOTTOMRIGHT;
+    if (edges == Qt::LeftEdge)
+        return HTLEFT;
+    if (edges == Qt::RightEdge)
+        return HTRIGHT;
+    if (edges == Qt::TopEdge)
+        return HTTOP;
+    if (edges == Qt::BottomEdge)
+        return HTBOTTOM;
+    return HTCLIENT;
+}
+
+} // namespace
+
+WindowsFrame::WindowsFrame(QWidget *window)
+    : m_window(window)
+{
+    QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+WindowsFrame::~WindowsFrame()
+{
+    if (auto *application = QCoreApplication::instance())
+        application->removeNativeEventFilter(this);
+}
+
+bool WindowsFrame::nativeEventFilter(const QByteArray &eventType, void *message, long *result)
+{
+    if (eventType != "windows_generic_MSG" || !m_window->internalWinId())
+        return false;
+    const auto *msg = static_cast<const MSG *>(message);
+    const auto handle = reinterpret_cast<HWND>(m_window->internalWinId());
+    if (msg->hwnd != handle)
+        return false;
+
+    switch (msg->message) {
+    case WM_SHOWWINDOW:
+        if (!m_styled) {
+            m_styled = true;
+            addFrameStyles(handle, m_resizable);
+        }
+        return false;
+    case WM_NCCALCSIZE:
+        // The client area is the whole window. A maximised window has the size
+        // given for WM_GETMINMAXINFO and hangs over no edge.
+        if (msg->wParam == FALSE)
+            return false;
+        *result = 0;
+        return true;
+    case WM_NCHITTEST: {
+        if (!m_resizable || IsZoomed(handle))
+            return false;
+        RECT window;
+        GetWindowRect(handle, &window);
+        const POINTS screenPoint = MAKEPOINTS(msg->lParam);
+        const QPoint point(screenPoint.x - window.left, screenPoint.y - window.top);
+        const QSize size(window.right - window.left, window.bottom - window.top);
+        const int width = qRound(FramelessHelper::edgeWidth * m_window->devicePixelRatioF());
+        *result = hitTestFor(FrameGeometry::edgesAt(point, size, width));
+        return *result != HTCLIENT;
+    }
+    case WM_GETMINMAXINFO: {
+        MONITORINFO monitor = {};
+        monitor.cbSize = sizeof monitor;
+        if (!GetMonitorInfoW(MonitorFromWindow(handle, MONITOR_DEFAULTTONEAREST), &monitor))
+            return false;
+        auto *info = reinterpret_cast<MINMAXINFO *>(msg->lParam);
+        info->ptMaxPosition.x = monitor.rcWork.left - monitor.rcMonitor.left;
+        info->ptMaxPosition.y = monitor.rcWork.top - monitor.rcMonitor.top;
+        info->ptMaxSize.x = monitor.rcWork.right - monitor.rcWork.left;
+        info->ptMaxSize.y = monitor.rcWork.bottom - monitor.rcWork.top;
+        const QSizeF smallest = QSizeF(m_window->minimumSize()) * m_window->devicePixelRatioF();
+        info->ptMinTrackSize.x = qRound(smallest.width());
+        info->ptMinTrackSize.y = qRound(smallest.height());
+        *result = 0;
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
+#else
+
+WindowsFrame::WindowsFrame(QWidget *window)
+    : m_window(window)
+{
+}
+
+WindowsFrame::~WindowsFrame() = default;
+
+bool WindowsFrame::nativeEventFilter(const QByteArray &, void *, long *)
+{
+    Q_UNUSED(m_window);
+    Q_UNUSED(m_styled);
+    return false;
+}
+
+#endif

@@ -1,0 +1,130 @@
+#include "shell/window/colourswatches.h"
+
+#include "app/skin.h"
+
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QToolTip>
+
+namespace {
+constexpr int side = 22;
+constexpr int gap = 4;
+} // namespace
+
+ColourSwatches::ColourSwatches(int columns, int rows, QWidget *parent)
+    : QWidget(parent)
+    , m_columns(columns)
+    , m_rows(rows)
+{
+    setFocusPolicy(Qt::StrongFocus);
+    setFixedSize(sizeHint());
+}
+
+void ColourSwatches::setColours(const QVector<QColor> &colours)
+{
+    m_colours = colours.mid(0, m_columns * m_rows);
+    m_cursor = 0;
+    update();
+}
+
+void ColourSwatches::setCurrentColour(const QColor &colour)
+{
+    m_current = colour;
+    if (const int index = m_colours.indexOf(colour); index >= 0)
+        m_cursor = index;
+    update();
+}
+
+QRect ColourSwatches::cell(int index) const
+{
+    return {(index % m_columns) * (side + gap), (index / m_columns) * (side + gap), side, side};
+}
+
+QSize ColourSwatches::sizeHint() const
+{
+    return {m_columns * (side + gap) - gap, m_rows * (side + gap) - gap};
+}
+
+void ColourSwatches::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const SkinPalette &palette = Skin::palette();
+    for (int i = 0; i < m_columns * m_rows; ++i) {
+        const QRectF box = QRectF(cell(i)).adjusted(0.5, 0.5, -0.5, -0.5);
+        const bool filled = i < m_colours.size();
+        const bool current = filled && m_colours.at(i) == m_current;
+        const bool focused = filled && hasFocus() && i == m_cursor;
+        painter.setBrush(filled ? QBrush(m_colours.at(i)) : QBrush(Qt::NoBrush));
+        painter.setPen(QPen(QColor(current || focused ? palette.accent : palette.border), 1));
+        painter.drawRoundedRect(box, 3, 3);
+        if (!current && !focused)
+            continue;
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(QColor(palette.accent), 2, focused ? Qt::DotLine : Qt::SolidLine));
+        painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
+    }
+}
+
+void ColourSwatches::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        pick(indexAt(event->pos()));
+}
+
+void ColourSwatches::keyPressEvent(QKeyEvent *event)
+{
+    int step = 0;
+    switch (event->key()) {
+    case Qt::Key_Left:
+        step = -1;
+        break;
+    case Qt::Key_Right:
+        step = 1;
+        break;
+    case Qt::Key_Up:
+        step = -m_columns;
+        break;
+    case Qt::Key_Down:
+        step = m_columns;
+        break;
+    case Qt::Key_Space:
+        pick(m_cursor);
+        return;
+    default:
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    if (m_cursor + step >= 0 && m_cursor + step < m_colours.size())
+        m_cursor += step;
+    update();
+}
+
+bool ColourSwatches::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        auto *help = static_cast<QHelpEvent *>(event);
+        const int index = indexAt(help->pos());
+        QToolTip::showText(help->globalPos(), index < 0 ? QString() : m_colours.at(index).name(), this);
+        return true;
+    }
+    return QWidget::event(event);
+}
+
+int ColourSwatches::indexAt(const QPoint &point) const
+{
+    for (int i = 0; i < m_colours.size(); ++i)
+        if (cell(i).contains(point))
+            return i;
+    return -1;
+}
+
+void ColourSwatches::pick(int index)
+{
+    if (index < 0 || index >= m_colours.size())
+        return;
+    m_cursor = index;
+    setCurrentColour(m_colours.at(index));
+    emit picked(m_current);
+}

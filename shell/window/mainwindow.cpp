@@ -1,0 +1,324 @@
+#include "shell/window/mainwindow.h"
+
+#include "app/settings.h"
+#include "app/settingskeys.h"
+#include "app/skin.h"
+#include "camera/cameradebugwidget.h"
+#include "hexedit/hexeditwidget.h"
+#include "network/networktoolwidget.h"
+#include "pid/piddebugwidget.h"
+#include "serial/qserialporcheck.h"
+#include "serial/serialportwidget.h"
+#include "shell/base/iconfont.h"
+#include "shell/base/qtmessagebox.h"
+#include "shell/base/qtmessagetip.h"
+#include "shell/base/qttitlebar.h"
+#include "shell/window/helplinks.h"
+#include "shell/window/qtstatusbar.h"
+#include "shell/window/qttabbar.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QMenu>
+#include <QPushButton>
+#include <QSessionManager>
+#include <QStackedWidget>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace {
+
+const auto kRecvColours = QStringLiteral("接收区设置");
+const auto kSendColours = QStringLiteral("发送区设置");
+const auto kRestore = QStringLiteral("恢复默认设置");
+const auto kExit = QStringLiteral("退出");
+const QStringList kCodecs{QStringLiteral("UTF-8"), QStringLiteral("GB18030")};
+const QStringList kSkins{QStringLiteral("深色"), QStringLiteral("浅色"), QStringLiteral("黄色")};
+const QStringList kCloseBehaviours{QStringLiteral("关闭时不提醒"), QStringLiteral("关闭时提醒"),
+                                   QStringLiteral("自动保存")};
+const auto kCheckUpdate = QStringLiteral("检查版本更新");
+const auto kAboutMaker = QStringLiteral("关于Orvane科技");
+
+void check(QActionGroup *group, int index)
+{
+    const QList<QAction *> actions = group->actions();
+    for (int i = 0; i < actions.size(); ++i)
+        actions.at(i)->setChecked(i == index);
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QtMainWindow(parent)
+{
+    setObjectName(QStringLiteral("MainWindow"));
+    setWindowIcon(QIcon(QStringLiteral(":/resources/images/app_logo.png")));
+    setWindowTitle(QStringLiteral("Orvane多功能调试助手"));
+    buildUi();
+    connectPages();
+    m_portChecker->start();
+    buildMenus();
+
+    // The window decides when the program ends; a dialog or tip that happens
+    // to be the last one visible does not.
+    QApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setFallbackSessionManagementEnabled(false);
+    connect(qApp, &QGuiApplication::commitDataRequest, this, &MainWindow::commitData, Qt::DirectConnection);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWindow::prepareToQuit);
+}
+
+MainWindow::~MainWindow()
+{
+    while (!m_pages.isEmpty())
+        delete m_pages.takeLast();
+}
+
+bool MainWindow::prepareToQuit()
+{
+    if (m_quitting != Quitting::No)
+        return m_quitting == Quitting::Agreed;
+    m_quitting = Quitting::Asking;
+    for (QtWidgetBase *page : qAsConst(m_pages)) {
+        if (!page->prepareToClose()) {
+            m_quitting = Quitting::No;
+            return false;
+        }
+    }
+    m_quitting = Quitting::Agreed;
+    return true;
+}
+
+void MainWindow::closeApp()
+{
+    if (prepareToQuit())
+        QCoreApplication::quit();
+}
+
+void MainWindow::sltTabBarClicked(int index, QString)
+{
+    m_stack->setCurrentIndex(index);
+    SltRefreshCounts(index);
+}
+
+void MainWindow::SltRefreshCounts(int pageIndex)
+{
+    if (pageIndex == m_stack->currentIndex())
+        m_statusBar->showCounts(currentPage()->counts());
+}
+
+void MainWindow::SltClearCounts()
+{
+    currentPage()->clearCounts();
+    SltRefreshCounts(m_stack->currentIndex());
+}
+
+// An unknown text, "中文" and "English" included, does nothing.
+void MainWindow::SltActionTrigger(QAction *action)
+{
+    using namespace SettingsKeys;
+    Settings &settings = Settings::instance();
+    const QString text = action->text();
+    if (text == kRecvColours) {
+        chooseColours(QtStyleDialog::ReceiveArea);
+    } else if (text == kSendColours) {
+        chooseColours(QtStyleDialog::SendArea);
+    } else if (const int codec = kCodecs.indexOf(text); codec >= 0) {
+        settings.textCodec = codec;
+        Settings::writeValue(Common::group, Common::textCodec, codec);
+    } else if (const int skin = kSkins.indexOf(text); skin >= 0) {
+        settings.skin = skin;
+        Skin::apply(skin);
+    } else if (const int behaviour = kCloseBehaviours.indexOf(text); behaviour >= 0) {
+        settings.closeBehaviour = behaviour;
+        Settings::writeValue(Common::group, Common::buffer, behaviour);
+    } else if (text == kRestore) {
+        restoreDefaults();
+    } else if (text == kExit) {
+        closeApp();
+    }
+}
+
+void MainWindow::SltAboutMenuTrigger(QAction *action)
+{
+    if (action->text() == kCheckUpdate)
+        QtMessageBox::information(this, kCheckUpdate, QStringLiteral("版本更新检查将在后续版本提供。\n当前版本：%1")
+                                                          .arg(QCoreApplication::applicationVersion()));
+    else if (action->text() == kAboutMaker)
+        QDesktopServices::openUrl(QUrl(HelpLinks::makerSite));
+}
+
+void MainWindow::SltBtnHelpClicked()
+{
+    QDesktopServices::openUrl(QUrl(HelpLinks::helpPage));
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    event->ignore();
+    closeApp();
+}
+
+void MainWindow::buildUi()
+{
+    m_titleBar = new QtTitleBar(QtTitleBar::MainWindowButtons, this);
+    m_titleBar->setTitle(windowTitle());
+    m_titleBar->setIcon(windowIcon());
+    attachTitleBar(m_titleBar);
+    connect(m_titleBar, &QtTitleBar::signalCloseWindow, this, &MainWindow::closeApp);
+
+    m_tabBar = new QtTabBar(this);
+    m_tabBar->addTool(QStringLiteral("串口调试助手"), IconFont::SerialPort);
+    m_tabBar->addTool(QStringLiteral("摄像头调试助手"), IconFont::Camera);
+    m_tabBar->addTool(QStringLiteral("网络调试助手"), IconFont::Network);
+    m_tabBar->addTool(QStringLiteral("PID调试助手"), IconFont::Tune);
+    m_tabBar->addTool(QStringLiteral("二进制文件编辑器"), IconFont::BinaryFile);
+
+    m_stack = new QStackedWidget(this);
+    m_stack->setObjectName(QStringLiteral("pageStack"));
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(1, 1, 1, 1);
+    layout->setSpacing(0);
+    layout->addWidget(m_titleBar);
+    layout->addWidget(m_tabBar);
+    layout->addWidget(m_stack, 1);
+
+    m_serial = new SerialportWidget(this);
+    m_camera = new CameraDebugWidget(this);
+    m_network = new NetworkToolWidget(this);
+    m_pid = new PidDebugWidget(this);
+    m_hexEdit = new HexEditWidget(this);
+    m_pages = {m_serial, m_camera, m_network, m_pid, m_hexEdit};
+    for (QtWidgetBase *page : qAsConst(m_pages))
+        m_stack->addWidget(page);
+
+    m_statusBar = new QtStatusBar(this);
+    layout->addWidget(m_statusBar);
+    m_portChecker = new QSerialPorCheck(this);
+}
+
+void MainWindow::connectPages()
+{
+    connect(m_tabBar, &QtTabBar::clicked, this, &MainWindow::sltTabBarClicked);
+    connect(m_statusBar, &QtStatusBar::clearCount, this, &MainWindow::SltClearCounts);
+    connect(m_serial, &SerialportWidget::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
+    connect(m_serial, &SerialportWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
+    connect(m_camera, &CameraDebugWidget::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
+    connect(m_camera, &CameraDebugWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
+    connect(m_pid, &PidDebugWidget::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
+    connect(m_network, &NetworkToolWidget::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
+    connect(m_network, &NetworkToolWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
+    connect(m_hexEdit, &HexEditWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
+    connect(m_portChecker, &QSerialPorCheck::signalSerialChanged, m_serial,
+            &SerialportWidget::SltSerialportChanged);
+    connect(m_portChecker, &QSerialPorCheck::signalSerialChanged, m_camera,
+            &CameraDebugWidget::SltSerialportChanged);
+    connect(m_portChecker, &QSerialPorCheck::signalSerialChanged, m_pid,
+            &PidDebugWidget::SltSerialportChanged);
+    SltRefreshCounts(m_stack->currentIndex());
+}
+
+void MainWindow::buildMenus()
+{
+    QMenu *settingsMenu = buildSettingsMenu();
+    QMenu *helpMenu = buildHelpMenu();
+
+    auto *settingsButton = new QPushButton(QStringLiteral("设置"), m_titleBar);
+    settingsButton->setObjectName(QStringLiteral("btnSettings"));
+    settingsButton->setMenu(settingsMenu);
+    auto *helpButton = new QPushButton(QStringLiteral("帮助"), m_titleBar);
+    helpButton->setObjectName(QStringLiteral("btnHelpMenu"));
+    helpButton->setMenu(helpMenu);
+    auto *helpPageButton = new QPushButton(m_titleBar);
+    helpPageButton->setObjectName(QStringLiteral("btnHelp"));
+    helpPageButton->setIcon(IconFont::icon(IconFont::Help, QColor(0xff, 0xff, 0xff), 12, 16));
+    helpPageButton->setToolTip(QStringLiteral("打开帮助网页"));
+    helpPageButton->setAccessibleName(QStringLiteral("打开帮助网页"));
+    for (QPushButton *button : {settingsButton, helpButton, helpPageButton})
+        m_titleBar->addMenuWidget(button);
+
+    connect(settingsMenu, &QMenu::triggered, this, &MainWindow::SltActionTrigger);
+    connect(settingsMenu, &QMenu::aboutToShow, this, &MainWindow::showChecks);
+    connect(helpMenu, &QMenu::triggered, this, &MainWindow::SltAboutMenuTrigger);
+    connect(helpPageButton, &QPushButton::clicked, this, &MainWindow::SltBtnHelpClicked);
+}
+
+QMenu *MainWindow::buildSettingsMenu()
+{
+    auto *menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("settingsMenu"));
+    menu->addAction(kRecvColours);
+    menu->addAction(kSendColours);
+    m_codecs = addChoices(menu, QStringLiteral("编码设置"), kCodecs);
+    m_skins = addChoices(menu, QStringLiteral("主题"), kSkins);
+    m_closeBehaviours = addChoices(menu, QStringLiteral("数据缓存"), kCloseBehaviours);
+    menu->addAction(kRestore);
+    menu->addAction(kExit);
+    showChecks();
+    return menu;
+}
+
+QMenu *MainWindow::buildHelpMenu()
+{
+    auto *menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("helpMenu"));
+    menu->addAction(QStringLiteral("关于..."));
+    menu->addAction(kCheckUpdate);
+    menu->addAction(kAboutMaker);
+    return menu;
+}
+
+QActionGroup *MainWindow::addChoices(QMenu *menu, const QString &title, const QStringList &choices)
+{
+    QMenu *submenu = menu->addMenu(title);
+    auto *group = new QActionGroup(submenu);
+    for (const QString &choice : choices) {
+        QAction *action = submenu->addAction(choice);
+        action->setCheckable(true);
+        group->addAction(action);
+    }
+    return group;
+}
+
+void MainWindow::showChecks()
+{
+    const Settings &settings = Settings::instance();
+    check(m_codecs, settings.textCodec);
+    check(m_skins, settings.skin);
+    check(m_closeBehaviours, settings.closeBehaviour);
+}
+
+void MainWindow::chooseColours(QtStyleDialog::Area area)
+{
+    QtStyleDialog dialog(area, this);
+    if (dialog.exec() == 1)
+        Skin::apply(Settings::instance().skin);
+}
+
+void MainWindow::restoreDefaults()
+{
+    if (QtMessageBox::question(this, QStringLiteral("询问"), QStringLiteral("确认恢复默认设置吗?")) != 1)
+        return;
+    Settings::restoreDefaults();
+    Skin::apply(Settings::instance().skin);
+    showChecks();
+    for (QtWidgetBase *page : qAsConst(m_pages))
+        page->reloadSettings();
+    QtMessageTip::showTip(QStringLiteral("配置已恢复！"), 2000);
+}
+
+// The session ends: the question must be answered now or not at all.
+void MainWindow::commitData(QSessionManager &manager)
+{
+    if (!manager.allowsInteraction())
+        return;
+    if (!prepareToQuit())
+        manager.cancel();
+    manager.release();
+}
+
+QtWidgetBase *MainWindow::currentPage() const
+{
+    return m_pages.at(m_stack->currentIndex());
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+// The program's window: title bar with the menus, tab bar, the five tools and
+// the status bar. Routes the pages' notices and counts, feeds the list of
+// serial ports to those who use it, and ends the program.
+
+#include "shell/base/qtmainwindow.h"
+#include "shell/window/qtstyledialog.h"
+
+#include <QVector>
+
+class QAction;
+class QActionGroup;
+class QMenu;
+class QSessionManager;
+class QStackedWidget;
+class QSerialPorCheck;
+class QtStatusBar;
+class QtTabBar;
+class QtTitleBar;
+class QtWidgetBase;
+class CameraDebugWidget;
+class HexEditWidget;
+class NetworkToolWidget;
+class PidDebugWidget;
+class SerialportWidget;
+
+class MainWindow : public QtMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    // Asks every page whether the program may end, once on whatever way out
+    // the user takes. False keeps the program open.
+    bool prepareToQuit();
+
+public slots:
+    void closeApp();
+    void sltTabBarClicked(int index, QString text);
+    void SltRefreshCounts(int pageIndex);
+    void SltClearCounts();
+    void SltActionTrigger(QAction *action);
+    void SltAboutMenuTrigger(QAction *action);
+    void SltBtnHelpClicked();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    enum class Quitting { No, Asking, Agreed };
+
+    void buildUi();
+    void connectPages();
+    void buildMenus();
+    QMenu *buildSettingsMenu();
+    QMenu *buildHelpMenu();
+    QActionGroup *addChoices(QMenu *menu, const QString &title, const QStringList &choices);
+    void showChecks();
+    void chooseColours(QtStyleDialog::Area area);
+    void restoreDefaults();
+    void commitData(QSessionManager &manager);
+    QtWidgetBase *currentPage() const;
+
+    QtTitleBar *m_titleBar;
+    QtTabBar *m_tabBar;
+    QStackedWidget *m_stack;
+    SerialportWidget *m_serial;
+    CameraDebugWidget *m_camera;
+    NetworkToolWidget *m_network;
+    PidDebugWidget *m_pid;
+    HexEditWidget *m_hexEdit;
+    QVector<QtWidgetBase *> m_pages; // in order of creation
+    QtStatusBar *m_statusBar;
+    QSerialPorCheck *m_portChecker;
+    QActionGroup *m_codecs = nullptr;
+    QActionGroup *m_skins = nullptr;
+    QActionGroup *m_closeBehaviours = nullptr;
+    Quitting m_quitting = Quitting::No;
+};

@@ -1,0 +1,42 @@
+#pragma once
+
+// Decides which notice the status bar shows. An error is shown at once and
+// held for a while: information that comes meanwhile waits until the hold is
+// over. Keeps the recent notices. Knows no clock: the owner runs the hold.
+
+#include <QDateTime>
+#include <QVector>
+
+struct Notice {
+    enum Kind { Information = 0, Error = 255 };
+
+    QString text;
+    int kind = Information;
+    QDateTime time;
+
+    bool isError() const { return kind != Information; }
+};
+
+class NoticeLog
+{
+public:
+    static constexpr int remembered = 100;
+
+    // Takes a notice. True when it is now the one to show; the owner then
+    // starts the hold if it is an error.
+    bool add(const Notice &notice);
+
+    // The hold is over. True when a waiting notice is now the one to show.
+    bool endHold();
+
+    bool isHolding() const { return m_holding; }
+    const Notice &current() const { return m_current; }
+    const QVector<Notice> &recent() const { return m_recent; } // oldest first
+
+private:
+    Notice m_current;
+    Notice m_waiting;
+    bool m_holding = false;
+    bool m_hasWaiting = false;
+    QVector<Notice> m_recent;
+};

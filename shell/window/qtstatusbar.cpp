@@ -1,0 +1,90 @@
+#include "shell/window/qtstatusbar.h"
+
+#include "shell/window/noticelist.h"
+#include "shell/window/qtcountlabel.h"
+#include "shell/window/statuslabel.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyleOption>
+
+QtStatusBar::QtStatusBar(QWidget *parent)
+    : QWidget(parent)
+    , m_notice(new StatusLabel(this))
+    , m_sent(new QtCountLabel(QStringLiteral("发送字节数"), this))
+    , m_received(new QtCountLabel(QStringLiteral("接收字节数"), this))
+    , m_clear(new QPushButton(QStringLiteral("清空计数"), this))
+{
+    setObjectName(QStringLiteral("statusBar"));
+    setFixedHeight(32);
+    m_sent->setObjectName(QStringLiteral("sentCount"));
+    m_received->setObjectName(QStringLiteral("receivedCount"));
+    m_clear->setObjectName(QStringLiteral("btnClearCount"));
+    m_clear->setToolTip(QStringLiteral("将当前页面的收发字节数清零"));
+
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(8, 3, 8, 3);
+    layout->setSpacing(16);
+    layout->addWidget(m_notice, 1);
+    layout->addWidget(m_sent);
+    layout->addWidget(m_received);
+    layout->addWidget(m_clear);
+
+    m_errorHold.setSingleShot(true);
+    m_errorHold.setInterval(errorHoldMs);
+    connect(&m_errorHold, &QTimer::timeout, this, &QtStatusBar::sltEndErrorHold);
+    connect(m_notice, &StatusLabel::clicked, this, &QtStatusBar::sltShowRecent);
+    connect(m_clear, &QPushButton::clicked, this, &QtStatusBar::clearCount);
+}
+
+void QtStatusBar::showCounts(const QStringList &counts)
+{
+    QtCountLabel *labels[] = {m_sent, m_received};
+    for (int i = 0; i < 2; ++i) {
+        if (i < counts.size())
+            labels[i]->setCount(counts.at(i));
+        else
+            labels[i]->clearCount();
+    }
+}
+
+void QtStatusBar::showSystemNotify(const QString &text, int kind)
+{
+    if (m_log.add({text, kind, QDateTime::currentDateTime()}))
+        showCurrent();
+}
+
+void QtStatusBar::sltEndErrorHold()
+{
+    m_errorHold.stop();
+    if (m_log.endHold())
+        showCurrent();
+}
+
+void QtStatusBar::sltShowRecent()
+{
+    if (!m_log.recent().isEmpty())
+        NoticeList::showAbove(m_notice, m_log.recent());
+}
+
+void QtStatusBar::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    QStyleOption option;
+    option.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
+}
+
+void QtStatusBar::showCurrent()
+{
+    const Notice &notice = m_log.current();
+    m_notice->showNotice(notice.text, notice.isError());
+    m_notice->setToolTip(
+        QStringLiteral("<p>%1</p><p>%2 · 单击查看最近的提示</p>")
+            .arg(notice.text.toHtmlEscaped(), notice.time.toString(QStringLiteral("hh:mm:ss"))));
+    if (m_log.isHolding())
+        m_errorHold.start();
+    else
+        m_errorHold.stop();
+}

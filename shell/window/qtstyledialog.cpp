@@ -1,0 +1,134 @@
+#include "shell/window/qtstyledialog.h"
+
+#include "app/settings.h"
+#include "app/settingskeys.h"
+#include "app/startup.h"
+#include "shell/base/contrast.h"
+#include "shell/window/qtcolorpanel.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QStyle>
+#include <QTabWidget>
+#include <QVariant>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int mostRecent = 12;
+
+// The colours accepted in this run, newest first.
+QVector<QColor> &recentColours()
+{
+    static QVector<QColor> colours;
+    return colours;
+}
+
+void remember(const QColor &colour)
+{
+    recentColours().removeAll(colour);
+    recentColours().prepend(colour);
+    if (recentColours().size() > mostRecent)
+        recentColours().removeLast();
+}
+
+} // namespace
+
+QtStyleDialog::QtStyleDialog(Area area, QWidget *parent)
+    : QtFramelessDialog(area == ReceiveArea ? QStringLiteral("接收区设置") : QStringLiteral("发送区设置"), parent)
+    , m_area(area)
+    , m_background(new QtColorPanel(this))
+    , m_text(new QtColorPanel(this))
+    , m_preview(new QLabel(this))
+    , m_contrast(new QLabel(this))
+    , m_ok(new QPushButton(QStringLiteral("确定"), this))
+{
+    buildUi();
+    const Settings &settings = Settings::instance();
+    m_background->setColour(area == ReceiveArea ? settings.recvBackground : settings.sendBackground);
+    m_text->setColour(area == ReceiveArea ? settings.recvTextColor : settings.sendTextColor);
+    for (QtColorPanel *panel : {m_background, m_text}) {
+        panel->setRecentColours(recentColours());
+        connect(panel, &QtColorPanel::colourChanged, this, &QtStyleDialog::showPreview);
+    }
+    showPreview();
+}
+
+QColor QtStyleDialog::background() const
+{
+    return m_background->colour();
+}
+
+QColor QtStyleDialog::textColour() const
+{
+    return m_text->colour();
+}
+
+void QtStyleDialog::accept()
+{
+    using namespace SettingsKeys;
+    Settings &settings = Settings::instance();
+    if (m_area == ReceiveArea) {
+        settings.recvBackground = background();
+        settings.recvTextColor = textColour();
+        Settings::writeValue(Common::group, Common::recvBackground, background().name());
+        Settings::writeValue(Common::group, Common::recvTextColor, textColour().name());
+    } else {
+        settings.sendBackground = background();
+        settings.sendTextColor = textColour();
+        Settings::writeValue(Common::group, Common::sendBackground, background().name());
+        Settings::writeValue(Common::group, Common::sendTextColor, textColour().name());
+    }
+    remember(textColour());
+    remember(background());
+    QtFramelessDialog::accept();
+}
+
+void QtStyleDialog::buildUi()
+{
+    m_background->setObjectName(QStringLiteral("backgroundPanel"));
+    m_text->setObjectName(QStringLiteral("textPanel"));
+    auto *tabs = new QTabWidget(this);
+    tabs->addTab(m_background, QStringLiteral("背景颜色设置"));
+    tabs->addTab(m_text, QStringLiteral("字体颜色设置"));
+    body()->addWidget(tabs, 1);
+
+    m_preview->setObjectName(QStringLiteral("colourPreview"));
+    m_preview->setFont(Startup::monospaceFont());
+    m_preview->setText(QStringLiteral("[12:30:45.678] ASCII >\n串口调试 AT+VERSION 0A 1B FF"));
+    m_preview->setMargin(8);
+    body()->addWidget(m_preview);
+    m_contrast->setObjectName(QStringLiteral("contrastLabel"));
+
+    auto *cancel = new QPushButton(QStringLiteral("取消"), this);
+    m_ok->setObjectName(QStringLiteral("btnOk"));
+    m_ok->setProperty("primary", true);
+    m_ok->setDefault(true);
+    cancel->setObjectName(QStringLiteral("btnCancel"));
+    cancel->setAutoDefault(false);
+    for (QPushButton *button : {m_ok, cancel})
+        button->setMinimumWidth(80);
+    auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(8);
+    buttons->addWidget(m_contrast, 1);
+    buttons->addWidget(m_ok);
+    buttons->addWidget(cancel);
+    body()->addLayout(buttons);
+    connect(m_ok, &QPushButton::clicked, this, &QtStyleDialog::accept);
+    connect(cancel, &QPushButton::clicked, this, &QtStyleDialog::reject);
+}
+
+void QtStyleDialog::showPreview()
+{
+    m_preview->setStyleSheet(QStringLiteral("background-color: %1; color: %2; border: 1px solid #808080;")
+                                 .arg(background().name(), textColour().name()));
+    const double ratio = Contrast::ratio(background(), textColour());
+    const bool poor = ratio < Contrast::readable;
+    m_contrast->setText(QStringLiteral("对比度 %1 : 1%2")
+                            .arg(ratio, 0, 'f', 1)
+                            .arg(poor ? QStringLiteral("，不易辨认") : QString()));
+    m_contrast->setProperty("kind", poor ? QStringLiteral("error") : QStringLiteral("hint"));
+    m_contrast->style()->unpolish(m_contrast);
+    m_contrast->style()->polish(m_contrast);
+}

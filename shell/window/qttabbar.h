@@ -1,0 +1,34 @@
+#pragma once
+
+// The tabs of the tools. Ctrl+Tab, Ctrl+Shift+Tab and Ctrl+1 to Ctrl+9 change
+// the tool from anywhere in the window.
+
+#include "shell/base/iconfont.h"
+
+#include <QTabBar>
+
+class QtTabBar : public QTabBar
+{
+    Q_OBJECT
+
+public:
+    explicit QtTabBar(QWidget *parent = nullptr);
+
+    void addTool(const QString &text, IconFont::Glyph glyph);
+
+public slots:
+    void showNext();
+    void showPrevious();
+
+signals:
+    // The user changed to this tab, by mouse or keyboard.
+    void clicked(int index, const QString &text);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void drawIcons();
+
+    QVector<IconFont::Glyph> m_glyphs;
+};

@@ -1,0 +1,82 @@
+#include "shell/window/statuslabel.h"
+
+#include "shell/base/iconfont.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QStyleOption>
+#include <QVariant>
+
+namespace {
+constexpr int iconSide = 16;
+constexpr int gap = 6;
+} // namespace
+
+StatusLabel::StatusLabel(QWidget *parent)
+    : QLabel(parent)
+{
+    setObjectName(QStringLiteral("statusNotice"));
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    setFocusPolicy(Qt::TabFocus);
+    setCursor(Qt::PointingHandCursor);
+    setProperty("kind", "info");
+}
+
+void StatusLabel::showNotice(const QString &text, bool isError)
+{
+    // A notice is one line, whatever a port or a file is called.
+    m_fullText = text.simplified();
+    if (isError != m_isError) {
+        m_isError = isError;
+        setProperty("kind", isError ? "error" : "info");
+        style()->unpolish(this);
+        style()->polish(this);
+    }
+    setAccessibleName(m_fullText);
+    update();
+}
+
+QSize StatusLabel::minimumSizeHint() const
+{
+    return {0, fontMetrics().height() + 4};
+}
+
+QSize StatusLabel::sizeHint() const
+{
+    return minimumSizeHint();
+}
+
+void StatusLabel::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    QStyleOption option;
+    option.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
+    if (m_fullText.isEmpty())
+        return;
+    const QColor colour = palette().color(QPalette::WindowText);
+    const QPixmap icon = IconFont::pixmap(m_isError ? IconFont::AlertCircle : IconFont::Information, colour,
+                                          iconSide - 1, iconSide);
+    painter.drawPixmap(0, (height() - iconSide) / 2, icon);
+    const QRect area = rect().adjusted(iconSide + gap, 0, 0, 0);
+    painter.setPen(colour);
+    painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                     fontMetrics().elidedText(m_fullText, Qt::ElideRight, area.width()));
+    if (hasFocus())
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+}
+
+void StatusLabel::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && rect().contains(event->pos()))
+        emit clicked();
+}
+
+void StatusLabel::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Return)
+        emit clicked();
+    else
+        QLabel::keyPressEvent(event);
+}
