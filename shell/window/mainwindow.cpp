@@ -77,17 +77,7 @@ MainWindow::~MainWindow()
 
 bool MainWindow::prepareToQuit()
 {
-    if (m_quitting != Quitting::No)
-        return m_quitting == Quitting::Agreed;
-    m_quitting = Quitting::Asking;
-    for (QtWidgetBase *page : qAsConst(m_pages)) {
-        if (!page->prepareToClose()) {
-            m_quitting = Quitting::No;
-            return false;
-        }
-    }
-    m_quitting = Quitting::Agreed;
-    return true;
+    return m_quitGuard.mayQuit();
 }
 
 void MainWindow::closeApp()
@@ -192,6 +182,7 @@ void MainWindow::buildUi()
     m_pages = {m_serial, m_camera, m_network, m_pid, m_hexEdit};
     for (QtWidgetBase *page : qAsConst(m_pages))
         m_stack->addWidget(page);
+    m_quitGuard = QuitGuard(m_pages);
 
     m_statusBar = new QtStatusBar(this);
     layout->addWidget(m_statusBar);
