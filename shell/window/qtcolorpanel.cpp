@@ -115,7 +115,7 @@ void QtColorPanel::buildUi()
 // 0 keeps its hue, and a half-typed text is not written over.
 void QtColorPanel::take(const QColor &colour, Source source)
 {
-    m_colour = colour;
+    m_colour = colour.toRgb(); // one form, so that equal colours compare equal
     if (source != Source::Field && source != Source::Slider) {
         const int hue = colour.hue() < 0 ? m_field->hue() : colour.hue();
         m_field->setColour(hue, colour.saturation());
