@@ -23,8 +23,8 @@ FramelessHelper::FramelessHelper(QWidget *window)
     : QObject(window)
     , m_window(window)
 {
-    window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint
-                           | Qt::WindowMinMaxButtonsHint);
+    window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint |
+                           Qt::WindowMinMaxButtonsHint);
     window->installEventFilter(this);
 #ifdef Q_OS_WIN
     m_windowsFrame = std::make_unique<WindowsFrame>(window);
@@ -158,8 +158,7 @@ bool FramelessHelper::handleWindowMouse(QMouseEvent *event)
             m_drag = Drag::None;
         return true;
     }
-    if (!m_resizable || isMaximized() || m_window->isFullScreen()
-        || QApplication::activePopupWidget())
+    if (!m_resizable || isMaximized() || m_window->isFullScreen() || QApplication::activePopupWidget())
         return false;
     const Qt::Edges edges = FrameGeometry::edgesAt(event->pos(), m_window->size(), edgeWidth);
     switch (event->type()) {
@@ -185,9 +184,9 @@ bool FramelessHelper::handleTitleMouse(QMouseEvent *event)
         }
         return false;
     case QEvent::MouseMove:
-        if (m_drag == Drag::Pressed && (event->buttons() & Qt::LeftButton)
-            && (event->globalPos() - m_dragStart).manhattanLength()
-                   >= QGuiApplication::styleHints()->startDragDistance())
+        if (m_drag == Drag::Pressed && (event->buttons() & Qt::LeftButton) &&
+            (event->globalPos() - m_dragStart).manhattanLength() >=
+                QGuiApplication::styleHints()->startDragDistance())
             startMove(event->globalPos());
         return false;
     case QEvent::MouseButtonRelease:
@@ -208,7 +207,8 @@ void FramelessHelper::startMove(const QPoint &pointer)
 {
     m_drag = Drag::None;
     if (isMaximized()) {
-        const QSize normal = (m_normalGeometry.isValid() ? m_normalGeometry : m_window->normalGeometry()).size();
+        const QSize normal =
+            (m_normalGeometry.isValid() ? m_normalGeometry : m_window->normalGeometry()).size();
         restore(FrameGeometry::pulledOff(normal, m_window->geometry(), pointer));
         m_dragStart = pointer;
     }

@@ -75,7 +75,7 @@ private:
     Qt::Edges m_dragEdges;
     QPoint m_dragStart;
     QRect m_geometryAtStart;
-    QRect m_normalGeometry; // before maximising
-    bool m_fillsWorkArea = false; // maximised by us, not by a window manager
+    QRect m_normalGeometry;                       // before maximising
+    bool m_fillsWorkArea = false;                 // maximised by us, not by a window manager
     std::unique_ptr<WindowsFrame> m_windowsFrame; // on Windows only
 };

@@ -133,8 +133,9 @@ void MainWindow::SltActionTrigger(QAction *action)
 void MainWindow::SltAboutMenuTrigger(QAction *action)
 {
     if (action->text() == kCheckUpdate)
-        QtMessageBox::information(this, kCheckUpdate, QStringLiteral("版本更新检查将在后续版本提供。\n当前版本：%1")
-                                                          .arg(QCoreApplication::applicationVersion()));
+        QtMessageBox::information(this, kCheckUpdate,
+                                  QStringLiteral("版本更新检查将在后续版本提供。\n当前版本：%1")
+                                      .arg(QCoreApplication::applicationVersion()));
     else if (action->text() == kAboutMaker)
         QDesktopServices::openUrl(QUrl(HelpLinks::makerSite));
 }
@@ -228,6 +229,12 @@ void MainWindow::buildMenus()
     helpPageButton->setAccessibleName(QStringLiteral("打开帮助网页"));
     for (QPushButton *button : {settingsButton, helpButton, helpPageButton})
         m_titleBar->addMenuWidget(button);
+    // While a menu is open its button sees no mouse leave it.
+    for (QPushButton *button : {settingsButton, helpButton})
+        connect(button->menu(), &QMenu::aboutToHide, button, [button] {
+            button->setAttribute(Qt::WA_UnderMouse,
+                                 button->rect().contains(button->mapFromGlobal(QCursor::pos())));
+        });
 
     connect(settingsMenu, &QMenu::triggered, this, &MainWindow::SltActionTrigger);
     connect(settingsMenu, &QMenu::aboutToShow, this, &MainWindow::showChecks);

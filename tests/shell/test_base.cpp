@@ -26,10 +26,12 @@ class Record : public QObject
 public:
     explicit Record(QtPageBar &bar)
     {
-        connect(&bar, &QtPageBar::signalChangePage, this, [this](int page) { log += QStringLiteral("page %1;").arg(page); });
+        connect(&bar, &QtPageBar::signalChangePage, this,
+                [this](int page) { log += QStringLiteral("page %1;").arg(page); });
         connect(&bar, &QtPageBar::deletePage, this,
                 [this](int page, int count) { log += QStringLiteral("delete %1 %2;").arg(page).arg(count); });
-        connect(&bar, &QtPageBar::addPage, this, [this](int count) { log += QStringLiteral("add %1;").arg(count); });
+        connect(&bar, &QtPageBar::addPage, this,
+                [this](int count) { log += QStringLiteral("add %1;").arg(count); });
     }
     QString take() { return std::exchange(log, QString()); }
     QString log;
@@ -83,10 +85,11 @@ private slots:
             else
                 captions += widget ? widget->objectName() : QStringLiteral("stretch");
         }
-        QCOMPARE(captions, QStringList({QStringLiteral("stretch"), QStringLiteral("添加一页"),
-                                        QStringLiteral("删除当前页"), QStringLiteral("首页"), QStringLiteral("<"),
-                                        QStringLiteral("pageEdit"), QStringLiteral("pageCount"),
-                                        QStringLiteral(">"), QStringLiteral("尾页")}));
+        QCOMPARE(
+            captions,
+            QStringList({QStringLiteral("stretch"), QStringLiteral("添加一页"), QStringLiteral("删除当前页"),
+                         QStringLiteral("首页"), QStringLiteral("<"), QStringLiteral("pageEdit"),
+                         QStringLiteral("pageCount"), QStringLiteral(">"), QStringLiteral("尾页")}));
     }
 
     void pageBarNavigates()

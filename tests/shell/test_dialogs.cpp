@@ -87,10 +87,13 @@ private slots:
 
     void messageBoxAnswers()
     {
-        const auto ask = [] { return QtMessageBox::question(nullptr, QStringLiteral("询问"), QStringLiteral("继续?")); };
+        const auto ask = [] {
+            return QtMessageBox::question(nullptr, QStringLiteral("询问"), QStringLiteral("继续?"));
+        };
         whenModal([](QWidget *box) {
             QCOMPARE(box->windowTitle(), QStringLiteral("询问"));
-            QCOMPARE(box->findChild<QtTitleBar *>(QStringLiteral("msgBoxTitle"))->title(), QStringLiteral("询问"));
+            QCOMPARE(box->findChild<QtTitleBar *>(QStringLiteral("msgBoxTitle"))->title(),
+                     QStringLiteral("询问"));
             clickButton(box, "btnOk");
         });
         QCOMPARE(ask(), 1);
@@ -112,7 +115,8 @@ private slots:
     void messageBoxIcons()
     {
         // Type, side of the pixmap (0: no icon), colour.
-        const struct {
+        const struct
+        {
             int type;
             int side;
             const char *colour;
@@ -139,7 +143,8 @@ private slots:
     void longMessageWraps()
     {
         QtMessageBox box;
-        box.setMessage(QString(), QStringLiteral("/a-folder-name-without-spaces").repeated(30), QtMessageBox::Warning);
+        box.setMessage(QString(), QStringLiteral("/a-folder-name-without-spaces").repeated(30),
+                       QtMessageBox::Warning);
         box.show();
         QVERIFY(QTest::qWaitForWindowExposed(&box));
         QVERIFY(box.width() < 600);
@@ -163,8 +168,8 @@ private slots:
         };
         QCOMPARE(QtMessageBox::question(nullptr, QStringLiteral("询问"), QStringLiteral("a")), 1);
         QCOMPARE(QtMessageBox::warning(nullptr, QStringLiteral("询问"), QStringLiteral("a")), 0);
-        DialogAnswers::instance().fileNames = [](DialogAnswers::FileMode mode, const QString &, const QString &,
-                                                 const QString &) {
+        DialogAnswers::instance().fileNames = [](DialogAnswers::FileMode mode, const QString &,
+                                                 const QString &, const QString &) {
             return mode == DialogAnswers::FileMode::OpenMany
                        ? QStringList{QStringLiteral("/a"), QStringLiteral("/b")}
                        : QStringList();
@@ -182,7 +187,8 @@ private slots:
         QCOMPARE(inner->labelText(QFileDialog::LookIn), QStringLiteral("文件目录："));
         QCOMPARE(inner->labelText(QFileDialog::Accept), QStringLiteral("确定"));
         QCOMPARE(inner->labelText(QFileDialog::Reject), QStringLiteral("取消"));
-        for (const auto *name : {"lookInLabel", "fileTypeCombo", "lookInCombo", "fileNameEdit", "buttonBox", "listView"})
+        for (const auto *name :
+             {"lookInLabel", "fileTypeCombo", "lookInCombo", "fileNameEdit", "buttonBox", "listView"})
             QVERIFY2(inner->findChild<QWidget *>(QLatin1String(name)), name);
         QtFileDialog save(QtFileDialog::SaveFile, QStringLiteral("保存数据"), m_root->path(), QString());
         QCOMPARE(save.title(), QStringLiteral("保存数据"));
@@ -192,8 +198,10 @@ private slots:
     void fileDialogCancelled()
     {
         touch(m_root->filePath(QStringLiteral("a.txt")));
-        whenModal([](QWidget *dialog) { QTest::keyClick(dialog->findChild<QFileDialog *>(), Qt::Key_Escape); });
-        QVERIFY(QtFileDialog::getOpenFileName(nullptr, {}, m_root->filePath(QStringLiteral("a.txt"))).isEmpty());
+        whenModal(
+            [](QWidget *dialog) { QTest::keyClick(dialog->findChild<QFileDialog *>(), Qt::Key_Escape); });
+        QVERIFY(
+            QtFileDialog::getOpenFileName(nullptr, {}, m_root->filePath(QStringLiteral("a.txt"))).isEmpty());
         whenModal([](QWidget *dialog) { dialog->close(); });
         QVERIFY(QtFileDialog::getOpenFileNames(nullptr, {}, m_root->path()).isEmpty());
         whenModal([](QWidget *dialog) {
@@ -202,7 +210,8 @@ private slots:
                 if (button->text() == QStringLiteral("取消"))
                     button->click();
         });
-        QVERIFY(QtFileDialog::getSaveFileName(nullptr, {}, m_root->filePath(QStringLiteral("b.txt"))).isEmpty());
+        QVERIFY(
+            QtFileDialog::getSaveFileName(nullptr, {}, m_root->filePath(QStringLiteral("b.txt"))).isEmpty());
     }
 
     void fileDialogOpens()
@@ -364,7 +373,9 @@ private slots:
         QCOMPARE(stored(Common::recvTextColor), QStringLiteral("#f2f2f2"));
         // The next dialog of this run offers the colour.
         QtStyleDialog next(QtStyleDialog::ReceiveArea);
-        QVERIFY(next.findChild<ColourSwatches *>(QStringLiteral("recentColours"))->colours().contains(QColor("#505050")));
+        QVERIFY(next.findChild<ColourSwatches *>(QStringLiteral("recentColours"))
+                    ->colours()
+                    .contains(QColor("#505050")));
     }
 
     void contrastFigures()

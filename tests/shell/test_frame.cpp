@@ -38,7 +38,8 @@ void drag(QWidget *window, const QPoint &from, const QPoint &delta)
 {
     QWindow *handle = window->windowHandle();
     const QPoint start = handle->mapToGlobal(from);
-    const auto send = [&](QEvent::Type type, const QPoint &global, Qt::MouseButton button, Qt::MouseButtons held) {
+    const auto send = [&](QEvent::Type type, const QPoint &global, Qt::MouseButton button,
+                          Qt::MouseButtons held) {
         QMouseEvent event(type, window->mapFromGlobal(global), global, button, held, Qt::NoModifier);
         QCoreApplication::sendEvent(handle, &event);
     };

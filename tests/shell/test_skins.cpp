@@ -123,7 +123,8 @@ private slots:
         const QColor panel = colour("QMenu", "background-color");
         const QColor secondary = colour("QtStatusBar StatusLabel", "color");
         const QColor onAccent = colour("QPushButton[primary=\"true\"]", "color");
-        const struct {
+        const struct
+        {
             const char *what;
             QColor front;
             QColor back;
@@ -139,10 +140,14 @@ private slots:
             {"text on a pressed button", text, colour("QPushButton:pressed", "background-color")},
             {"text on a checked button", text, colour("QPushButton:checked", "background-color")},
             {"primary button", onAccent, colour("QPushButton[primary=\"true\"]", "background-color")},
-            {"hovered primary button", onAccent, colour("QPushButton[primary=\"true\"]:hover", "background-color")},
-            {"pressed primary button", onAccent, colour("QPushButton[primary=\"true\"]:pressed", "background-color")},
-            {"selection", colour("QWidget", "selection-color"), colour("QWidget", "selection-background-color")},
-            {"selection without focus", text, colour("QAbstractItemView::item:selected:!active", "background-color")},
+            {"hovered primary button", onAccent,
+             colour("QPushButton[primary=\"true\"]:hover", "background-color")},
+            {"pressed primary button", onAccent,
+             colour("QPushButton[primary=\"true\"]:pressed", "background-color")},
+            {"selection", colour("QWidget", "selection-color"),
+             colour("QWidget", "selection-background-color")},
+            {"selection without focus", text,
+             colour("QAbstractItemView::item:selected:!active", "background-color")},
             {"table header", text, colour("QHeaderView::section", "background-color")},
             {"second row", text, colour("QAbstractItemView", "alternate-background-color")},
             {"disabled text on the window", disabled, window},
@@ -154,7 +159,8 @@ private slots:
             {"disabled button", disabled, colour("QPushButton:disabled", "background-color")},
             {"error on the window", error, window},
             {"error in the status bar", colour("QtStatusBar StatusLabel[kind=\"error\"]", "color"), bar},
-            {"error in a hovered status bar", error, colour("QtStatusBar StatusLabel:hover", "background-color")},
+            {"error in a hovered status bar", error,
+             colour("QtStatusBar StatusLabel:hover", "background-color")},
             {"notice", secondary, bar},
             {"group title", colour("QGroupBox::title", "color"), window},
             {"tab", colour("QTabBar::tab", "color"), bar},
@@ -170,7 +176,8 @@ private slots:
                      qPrintable(QStringLiteral("%1: %2").arg(QLatin1String(pair.what)).arg(ratio)));
         }
         // The help button's white glyph, as a picture: 3 to 1.
-        QVERIFY(Contrast::ratio(Qt::white, colour("QtTitleBar QPushButton#btnHelp", "background-color")) >= 2.9);
+        QVERIFY(Contrast::ratio(Qt::white, colour("QtTitleBar QPushButton#btnHelp", "background-color")) >=
+                2.9);
         QCOMPARE(window, QColor(Skin::palette().window));
         QCOMPARE(text, QColor(Skin::palette().text));
     }

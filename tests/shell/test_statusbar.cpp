@@ -74,7 +74,8 @@ private slots:
         QCOMPARE(view->count(), NoticeLog::remembered);
         QVERIFY(view->item(0)->text().endsWith(QStringLiteral("第119条")));
         QVERIFY(view->item(9)->text().contains(QStringLiteral("[错误] 第110条")));
-        list->close();
+        QTest::keyClick(list, Qt::Key_Escape);
+        QVERIFY(!list->isVisible());
     }
 
     void longNoticeIsCut()
