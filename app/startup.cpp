@@ -31,8 +31,11 @@ namespace Startup {
 void setAttributes()
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
-    // 125 % and 150 % are common on Windows; rounding them clips or blows up.
+#ifdef Q_OS_WIN
+    // 125 % and 150 % are set by the user there; rounding them clips or blows
+    // up. X servers report odd resolutions, which would only blur.
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+#endif
 }
 
 void prepare(QApplication &application)

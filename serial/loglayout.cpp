@@ -1,9 +1,11 @@
 #include "serial/loglayout.h"
 
+#include <QGlyphRun>
 #include <QPainter>
 #include <QTextDocument>
 #include <QTextLayout>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -11,6 +13,14 @@ namespace {
 constexpr int kTabColumns = 8;
 constexpr int kContinuationBit = 1;
 constexpr int kForcedBreak = 1 << 16; // columns noted for a line separator: its block never fits one line
+
+constexpr char kFirstPlain = 0x20;
+constexpr char kLastPlain = 0x7E;
+
+inline bool isPlain(QChar character)
+{
+    return character.unicode() >= kFirstPlain && character.unicode() <= kLastPlain;
+}
 
 // Columns that a character takes. Everything that is not surely narrow counts
 // as wide: too early a break is harmless, too late a one hides text.
@@ -47,6 +57,40 @@ void LogLayout::updateMetrics()
     m_lineHeight = qMax<qreal>(1, m_ascent + std::ceil(metrics.descent()));
     const qreal room = m_width - 2 * document()->documentMargin();
     m_columns = m_width < 0 ? 1 << 20 : qMax(2, static_cast<int>(room / m_columnWidth));
+}
+
+void LogLayout::updatePlainGlyphs()
+{
+    const QFont font = document()->defaultFont();
+    if (m_glyphsFor == font)
+        return;
+    m_glyphsFor = font;
+    QString ascii;
+    for (char character = kFirstPlain; character <= kLastPlain; ++character)
+        ascii += QLatin1Char(character);
+    m_rawFont = QRawFont::fromFont(font);
+    m_asciiGlyphs = m_rawFont.glyphIndexesForString(ascii);
+    const QVector<QPointF> advances = m_rawFont.advancesForGlyphIndexes(m_asciiGlyphs);
+    m_plainUsable = m_asciiGlyphs.size() == ascii.size() && advances.size() == ascii.size()
+        && std::all_of(advances.begin(), advances.end(), [this](const QPointF &advance) {
+               return std::abs(advance.x() - m_columnWidth) < 0.01;
+           });
+}
+
+// Draws printable ASCII, one glyph to a column, without shaping it first.
+void LogLayout::drawPlainLine(QPainter *painter, const QChar *text, int size, const QPointF &position) const
+{
+    QVector<quint32> glyphs(size);
+    QVector<QPointF> positions(size);
+    for (int i = 0; i < size; ++i) {
+        glyphs[i] = m_asciiGlyphs.at(text[i].unicode() - kFirstPlain);
+        positions[i] = QPointF(i * m_columnWidth, 0);
+    }
+    QGlyphRun run;
+    run.setRawFont(m_rawFont);
+    run.setGlyphIndexes(glyphs);
+    run.setPositions(positions);
+    painter->drawGlyphRun(position + QPointF(0, m_ascent), run);
 }
 
 int LogLayout::lineEnd(const QChar *text, int size, int start, int columns)
@@ -110,6 +154,7 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     const bool widthChanged = !qFuzzyCompare(width, m_width);
     m_width = width;
     updateMetrics();
+    updatePlainGlyphs();
 
     QTextBlock block = widthChanged ? document()->firstBlock() : document()->findBlock(from);
     const int end = from + charsAdded;
@@ -226,7 +271,10 @@ void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const 
                     painter->fillRect(QRectF(x, y, m_columnWidth / 2, m_lineHeight), selection.format.background());
                 }
             }
-            if (end > start) {
+            const QChar *line = text.constData() + start;
+            if (end > start && m_plainUsable && selections.isEmpty() && std::all_of(line, line + (end - start), isPlain)) {
+                drawPlainLine(painter, line, end - start, QPointF(margin, y));
+            } else if (end > start) {
                 QTextLayout layout(text.mid(start, end - start), document()->defaultFont(), painter->device());
                 layOutLine(layout);
                 layout.draw(painter, QPointF(margin, y), selections);

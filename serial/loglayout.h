@@ -10,8 +10,11 @@
 // paragraphs are stored as several blocks, see QtTerminalWidget.
 
 #include <QAbstractTextDocumentLayout>
+#include <QFont>
 #include <QFontMetricsF>
+#include <QRawFont>
 #include <QTextBlock>
+#include <QVector>
 
 class QTextLayout;
 
@@ -44,9 +47,11 @@ protected:
 
 private:
     void updateMetrics();
+    void updatePlainGlyphs();
     void layOut(const QTextBlock &block) const;
     void layOutLine(QTextLayout &layout) const;
     void countLines(QTextBlock block, bool newText);
+    void drawPlainLine(QPainter *painter, const QChar *text, int size, const QPointF &position) const;
     void drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block, qreal top) const;
     qreal top(const QTextBlock &block) const;
 
@@ -55,4 +60,11 @@ private:
     qreal m_columnWidth = 1;
     qreal m_width = -1; // page width that the line counts are for
     int m_columns = 80; // of one line
+
+    // The face's glyphs of the printable ASCII characters, for lines that need
+    // no shaping; not usable when a character isn't one column wide.
+    QRawFont m_rawFont;
+    QVector<quint32> m_asciiGlyphs;
+    bool m_plainUsable = false;
+    QFont m_glyphsFor; // the face they are of
 };

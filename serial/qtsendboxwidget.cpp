@@ -60,6 +60,7 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_pages);
+    setCurrentPage(SinglePage);
 
     m_autoTimer.setInterval(kDefaultAutoInterval);
     m_autoTimer.setTimerType(Qt::PreciseTimer);
@@ -110,8 +111,12 @@ bool QtSendBoxWidget::setAutoInterval(int milliseconds)
     return true;
 }
 
+// The box is as high as the page shown needs: the pages behind don't count.
 void QtSendBoxWidget::setCurrentPage(int index)
 {
+    for (int i = 0; i < m_pages->count(); ++i)
+        m_pages->widget(i)->setSizePolicy(QSizePolicy::Preferred,
+                                          i == index ? QSizePolicy::Preferred : QSizePolicy::Ignored);
     m_pages->setCurrentIndex(index);
 }
 

@@ -19,6 +19,7 @@ SingleSendPage::SingleSendPage(QWidget *parent)
     setObjectName(QStringLiteral("widgetSingleSend"));
     setAttribute(Qt::WA_StyledBackground);
     m_editor->setFont(Startup::monospaceFont());
+    m_editor->setMinimumHeight(72);
     m_send->setObjectName(QStringLiteral("btnSingleSend"));
     m_send->setProperty("primary", true);
     m_send->setToolTip(QStringLiteral("发送编辑区的数据（Ctrl+Enter）"));

@@ -1,0 +1,10 @@
+#pragma once
+
+// What the system says about this process.
+
+namespace ProcessFigures {
+
+double cpuSeconds();        // user and system time used so far
+double residentMegabytes(); // resident set size now
+
+} // namespace ProcessFigures
