@@ -217,6 +217,8 @@ private slots:
         image = picture();
         QCOMPARE(image.pixelColor(6, image.height() / 2), QColor("#252526"));
         QCOMPARE(image.pixelColor(0, image.height() / 2).alpha(), 0);
+        const QRegion shape = QtMessageTip::current()->mask();
+        QVERIFY(shape.contains(image.rect().center()) && !shape.contains(QPoint(0, 0)));
         const QColor edge = image.pixelColor(image.width() / 2, 2);
         QVERIFY2(edge.red() > 0x30 && edge.red() <= 0x79, qPrintable(edge.name()));
     }
