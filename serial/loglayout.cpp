@@ -150,7 +150,6 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
     Q_UNUSED(charsRemoved)
     const qreal width = document()->pageSize().width();
-    const QSizeF sizeBefore = documentSize();
     const bool widthChanged = !qFuzzyCompare(width, m_width);
     m_width = width;
     updateMetrics();
@@ -165,7 +164,10 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
         block = block.next();
     }
 
+    // The document counts new blocks before it tells; what was told last counts.
     const QSizeF size = documentSize();
+    const QSizeF sizeBefore = m_sizeTold;
+    m_sizeTold = size;
     if (size != sizeBefore)
         emit documentSizeChanged(size);
     // What stands below moves when the height changes at the front.

@@ -60,6 +60,7 @@ private:
     qreal m_columnWidth = 1;
     qreal m_width = -1; // page width that the line counts are for
     int m_columns = 80; // of one line
+    QSizeF m_sizeTold;
 
     // The face's glyphs of the printable ASCII characters, for lines that need
     // no shaping; not usable when a character isn't one column wide.
