@@ -4,8 +4,9 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 
-BoardProcess::BoardProcess(const QString &port)
+BoardProcess::BoardProcess(const QString &port, const QString &sharedFolder)
     : m_port(port)
+    , m_folder(sharedFolder.isEmpty() ? m_ownFolder.path() : sharedFolder)
 {
     QObject::connect(&m_process, &QProcess::readyReadStandardOutput, &m_process, [this] {
         while (m_process.canReadLine())
