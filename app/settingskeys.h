@@ -8,45 +8,45 @@
 namespace SettingsKeys {
 
 namespace Common {
-constexpr QLatin1String group("Common");
-constexpr QLatin1String recvBackground("RecvBackground");
-constexpr QLatin1String recvTextColor("RecvTextColor");
-constexpr QLatin1String sendBackground("SendBackground");
-constexpr QLatin1String sendTextColor("SendTextColor");
-constexpr QLatin1String textCodec("TextCodec");
-constexpr QLatin1String skin("Skin");
-constexpr QLatin1String buffer("Buffer");
+const QLatin1String group("Common");
+const QLatin1String recvBackground("RecvBackground");
+const QLatin1String recvTextColor("RecvTextColor");
+const QLatin1String sendBackground("SendBackground");
+const QLatin1String sendTextColor("SendTextColor");
+const QLatin1String textCodec("TextCodec");
+const QLatin1String skin("Skin");
+const QLatin1String buffer("Buffer");
 } // namespace Common
 
 namespace Serialport {
-constexpr QLatin1String group("Serialport");
-constexpr QLatin1String baudRate("BaudRate");
-constexpr QLatin1String dataBit("DataBit");
-constexpr QLatin1String stopBitsRead("SotpBit");   // first start and reading
-constexpr QLatin1String stopBitsWritten("StopBit"); // written when a port opens, never read
-constexpr QLatin1String parity("Parity");
+const QLatin1String group("Serialport");
+const QLatin1String baudRate("BaudRate");
+const QLatin1String dataBit("DataBit");
+const QLatin1String stopBitsRead("SotpBit");   // first start and reading
+const QLatin1String stopBitsWritten("StopBit"); // written when a port opens, never read
+const QLatin1String parity("Parity");
 } // namespace Serialport
 
 namespace NetTools {
-constexpr QLatin1String group("NetTools");
-constexpr QLatin1String netType("NetType");
-constexpr QLatin1String ipAddr("IPAddr");
-constexpr QLatin1String port("Port");
+const QLatin1String group("NetTools");
+const QLatin1String netType("NetType");
+const QLatin1String ipAddr("IPAddr");
+const QLatin1String port("Port");
 } // namespace NetTools
 
 namespace LoRaTool {
-constexpr QLatin1String group("LoRaTool");
-constexpr QLatin1String updateUrl("UpdateUrl");
+const QLatin1String group("LoRaTool");
+const QLatin1String updateUrl("UpdateUrl");
 } // namespace LoRaTool
 
 namespace DAPCfg {
-constexpr QLatin1String group("DAPCfg");
-constexpr QLatin1String chip("Chip");
-constexpr QLatin1String port("Port");
-constexpr QLatin1String freq("Freq");
-constexpr QLatin1String mode("Mode");
-constexpr QLatin1String openUrl("OpenUrl");
-constexpr QLatin1String language("Language");
+const QLatin1String group("DAPCfg");
+const QLatin1String chip("Chip");
+const QLatin1String port("Port");
+const QLatin1String freq("Freq");
+const QLatin1String mode("Mode");
+const QLatin1String openUrl("OpenUrl");
+const QLatin1String language("Language");
 } // namespace DAPCfg
 
 } // namespace SettingsKeys

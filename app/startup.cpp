@@ -31,6 +31,7 @@ namespace Startup {
 void setAttributes()
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
 #ifdef Q_OS_WIN
     // 125 % and 150 % are set by the user there; rounding them clips or blows
     // up. X servers report odd resolutions, which would only blur.

@@ -9,7 +9,10 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
 {
     setObjectName(QStringLiteral("CameraDebugWidget"));
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(new EmptyState(IconFont::Camera, QStringLiteral("摄像头调试助手将在后续版本提供"), this));
+    layout->addWidget(
+        new EmptyState(IconFont::Camera, QStringLiteral("摄像头调试助手将在后续版本提供"), this));
 }
 
-void CameraDebugWidget::SltSerialportChanged(QStringList) {}
+void CameraDebugWidget::SltSerialportChanged(QStringList)
+{
+}

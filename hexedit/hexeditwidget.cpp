@@ -9,5 +9,6 @@ HexEditWidget::HexEditWidget(QWidget *parent)
 {
     setObjectName(QStringLiteral("HexEditWidget"));
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(new EmptyState(IconFont::BinaryFile, QStringLiteral("二进制文件编辑器将在后续版本提供"), this));
+    layout->addWidget(
+        new EmptyState(IconFont::BinaryFile, QStringLiteral("二进制文件编辑器将在后续版本提供"), this));
 }

@@ -9,5 +9,6 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
 {
     setObjectName(QStringLiteral("NetworkToolWidget"));
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(new EmptyState(IconFont::Network, QStringLiteral("网络调试助手将在后续版本提供"), this));
+    layout->addWidget(
+        new EmptyState(IconFont::Network, QStringLiteral("网络调试助手将在后续版本提供"), this));
 }

@@ -12,4 +12,6 @@ PidDebugWidget::PidDebugWidget(QWidget *parent)
     layout->addWidget(new EmptyState(IconFont::Tune, QStringLiteral("PID调试助手将在后续版本提供"), this));
 }
 
-void PidDebugWidget::SltSerialportChanged(QStringList) {}
+void PidDebugWidget::SltSerialportChanged(QStringList)
+{
+}

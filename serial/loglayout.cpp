@@ -14,12 +14,13 @@ constexpr int kTabColumns = 8;
 constexpr int kContinuationBit = 1;
 constexpr int kForcedBreak = 1 << 16; // columns noted for a line separator: its block never fits one line
 
-constexpr char kFirstPlain = 0x20;
-constexpr char kLastPlain = 0x7E;
-
+// Characters that are drawn as the glyph that the face has for them, whatever
+// stands beside them: printable ASCII, and Chinese with its punctuation.
 inline bool isPlain(QChar character)
 {
-    return character.unicode() >= kFirstPlain && character.unicode() <= kLastPlain;
+    const ushort unit = character.unicode();
+    return (unit >= 0x20 && unit <= 0x7E) || (unit >= 0x3001 && unit <= 0x3020) || (unit >= 0x4E00 && unit <= 0x9FFF)
+        || (unit >= 0xFF01 && unit <= 0xFF60);
 }
 
 // Columns that a character takes. Everything that is not surely narrow counts
@@ -51,7 +52,12 @@ void LogLayout::setContinuation(QTextBlock block, bool continues)
 
 void LogLayout::updateMetrics()
 {
-    const QFontMetricsF metrics(document()->defaultFont());
+    const QFont font = document()->defaultFont();
+    const QFontMetricsF metrics(font);
+    if (m_rawFontOf != font) {
+        m_rawFontOf = font;
+        m_rawFont = QRawFont::fromFont(font);
+    }
     m_columnWidth = qMax<qreal>(1, metrics.horizontalAdvance(QLatin1Char('0')));
     m_ascent = std::ceil(metrics.ascent());
     m_lineHeight = qMax<qreal>(1, m_ascent + std::ceil(metrics.descent()));
@@ -59,38 +65,25 @@ void LogLayout::updateMetrics()
     m_columns = m_width < 0 ? 1 << 20 : qMax(2, static_cast<int>(room / m_columnWidth));
 }
 
-void LogLayout::updatePlainGlyphs()
+// Draws a line whose characters each stand for one glyph in their columns,
+// without shaping it first. False when the face lacks one of them.
+bool LogLayout::drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const
 {
-    const QFont font = document()->defaultFont();
-    if (m_glyphsFor == font)
-        return;
-    m_glyphsFor = font;
-    QString ascii;
-    for (char character = kFirstPlain; character <= kLastPlain; ++character)
-        ascii += QLatin1Char(character);
-    m_rawFont = QRawFont::fromFont(font);
-    m_asciiGlyphs = m_rawFont.glyphIndexesForString(ascii);
-    const QVector<QPointF> advances = m_rawFont.advancesForGlyphIndexes(m_asciiGlyphs);
-    m_plainUsable = m_asciiGlyphs.size() == ascii.size() && advances.size() == ascii.size()
-        && std::all_of(advances.begin(), advances.end(), [this](const QPointF &advance) {
-               return std::abs(advance.x() - m_columnWidth) < 0.01;
-           });
-}
-
-// Draws printable ASCII, one glyph to a column, without shaping it first.
-void LogLayout::drawPlainLine(QPainter *painter, const QChar *text, int size, const QPointF &position) const
-{
-    QVector<quint32> glyphs(size);
-    QVector<QPointF> positions(size);
-    for (int i = 0; i < size; ++i) {
-        glyphs[i] = m_asciiGlyphs.at(text[i].unicode() - kFirstPlain);
-        positions[i] = QPointF(i * m_columnWidth, 0);
+    const QVector<quint32> glyphs = m_rawFont.glyphIndexesForString(line);
+    if (glyphs.size() != line.size() || glyphs.contains(0))
+        return false;
+    QVector<QPointF> positions(line.size());
+    int column = 0;
+    for (int i = 0; i < line.size(); ++i) {
+        positions[i] = QPointF(column * m_columnWidth, 0);
+        column += columnsOf(line.at(i).unicode());
     }
     QGlyphRun run;
     run.setRawFont(m_rawFont);
     run.setGlyphIndexes(glyphs);
     run.setPositions(positions);
     painter->drawGlyphRun(position + QPointF(0, m_ascent), run);
+    return true;
 }
 
 int LogLayout::lineEnd(const QChar *text, int size, int start, int columns)
@@ -150,11 +143,9 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
     Q_UNUSED(charsRemoved)
     const qreal width = document()->pageSize().width();
-    const QSizeF sizeBefore = documentSize();
     const bool widthChanged = !qFuzzyCompare(width, m_width);
     m_width = width;
     updateMetrics();
-    updatePlainGlyphs();
 
     QTextBlock block = widthChanged ? document()->firstBlock() : document()->findBlock(from);
     const int end = from + charsAdded;
@@ -165,7 +156,10 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
         block = block.next();
     }
 
+    // The document counts new blocks before it tells; what was told last counts.
     const QSizeF size = documentSize();
+    const QSizeF sizeBefore = m_sizeTold;
+    m_sizeTold = size;
     if (size != sizeBefore)
         emit documentSizeChanged(size);
     // What stands below moves when the height changes at the front.
@@ -271,11 +265,10 @@ void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const 
                     painter->fillRect(QRectF(x, y, m_columnWidth / 2, m_lineHeight), selection.format.background());
                 }
             }
-            const QChar *line = text.constData() + start;
-            if (end > start && m_plainUsable && selections.isEmpty() && std::all_of(line, line + (end - start), isPlain)) {
-                drawPlainLine(painter, line, end - start, QPointF(margin, y));
-            } else if (end > start) {
-                QTextLayout layout(text.mid(start, end - start), document()->defaultFont(), painter->device());
+            const QString line = text.mid(start, end - start);
+            const bool plain = selections.isEmpty() && std::all_of(line.begin(), line.end(), isPlain);
+            if (!line.isEmpty() && !(plain && drawPlainLine(painter, line, QPointF(margin, y)))) {
+                QTextLayout layout(line, document()->defaultFont(), painter->device());
                 layOutLine(layout);
                 layout.draw(painter, QPointF(margin, y), selections);
             }

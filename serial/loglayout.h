@@ -14,7 +14,6 @@
 #include <QFontMetricsF>
 #include <QRawFont>
 #include <QTextBlock>
-#include <QVector>
 
 class QTextLayout;
 
@@ -47,11 +46,10 @@ protected:
 
 private:
     void updateMetrics();
-    void updatePlainGlyphs();
     void layOut(const QTextBlock &block) const;
     void layOutLine(QTextLayout &layout) const;
     void countLines(QTextBlock block, bool newText);
-    void drawPlainLine(QPainter *painter, const QChar *text, int size, const QPointF &position) const;
+    bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const;
     void drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block, qreal top) const;
     qreal top(const QTextBlock &block) const;
 
@@ -60,11 +58,8 @@ private:
     qreal m_columnWidth = 1;
     qreal m_width = -1; // page width that the line counts are for
     int m_columns = 80; // of one line
+    QSizeF m_sizeTold;
 
-    // The face's glyphs of the printable ASCII characters, for lines that need
-    // no shaping; not usable when a character isn't one column wide.
-    QRawFont m_rawFont;
-    QVector<quint32> m_asciiGlyphs;
-    bool m_plainUsable = false;
-    QFont m_glyphsFor; // the face they are of
+    QRawFont m_rawFont; // of m_rawFontOf, for lines that need no shaping
+    QFont m_rawFontOf;
 };

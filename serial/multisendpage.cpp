@@ -1,5 +1,6 @@
 #include "serial/multisendpage.h"
 
+#include "app/safefile.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtpagebar.h"
 
@@ -8,7 +9,6 @@
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSaveFile>
 
 MultiSendPage::MultiSendPage(const QString &fileName, QWidget *parent)
     : QWidget(parent)
@@ -80,10 +80,9 @@ void MultiSendPage::save()
 {
     // Written beside the old file and put in its place at the end: a full disk
     // leaves the old rows.
-    QSaveFile file(m_fileName);
-    const QByteArray bytes = m_rows.write();
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        emit signalNotify(QStringLiteral("多项发送数据保存失败: %1").arg(file.errorString()), 255);
+    QString error;
+    if (!SafeFile::write(m_fileName, m_rows.write(), &error))
+        emit signalNotify(QStringLiteral("多项发送数据保存失败: %1").arg(error), 255);
 }
 
 void MultiSendPage::showPage(int page)

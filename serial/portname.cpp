@@ -37,7 +37,7 @@ QStringList virtualPorts()
     QStringList names;
     const QStringList links = QDir(folder).entryList(QDir::System | QDir::Files);
     for (const QString &name : links) {
-        if (exactName.match(name).hasMatch())
+        if (exactName.match(name).hasMatch() && QFileInfo::exists(folder + QLatin1Char('/') + name))
             names.append(name);
     }
     const auto number = [](const QString &name) { return name.mid(3).toULongLong(); };

@@ -55,13 +55,17 @@ bool QextSerialPort::setBaudRate(int baudRate)
 
 bool QextSerialPort::setDataBits(int bits)
 {
-    return m_port.setDataBits(static_cast<QSerialPort::DataBits>(bits));
+    return bits >= 5 && bits <= 8 && m_port.setDataBits(static_cast<QSerialPort::DataBits>(bits));
 }
 
 bool QextSerialPort::setStopBits(int index)
 {
     static const QSerialPort::StopBits values[] = {QSerialPort::OneStop, QSerialPort::OneAndHalfStop,
                                                    QSerialPort::TwoStop};
+#ifndef Q_OS_WIN
+    if (index == 1)
+        return false; // no such thing there, and the library would not say so
+#endif
     return index >= 0 && index < 3 && m_port.setStopBits(values[index]);
 }
 

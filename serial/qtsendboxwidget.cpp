@@ -2,6 +2,7 @@
 
 #include "app/apppaths.h"
 #include "app/hextext.h"
+#include "app/safefile.h"
 #include "app/settings.h"
 #include "app/textcodec.h"
 #include "serial/filesendpage.h"
@@ -13,7 +14,6 @@
 
 #include <QFile>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QVBoxLayout>
 
 namespace {
@@ -226,10 +226,9 @@ void QtSendBoxWidget::loadSingleText()
 void QtSendBoxWidget::saveSingleText()
 {
     m_saveTimer.stop();
-    const QByteArray bytes = m_single->text().toUtf8();
-    QSaveFile file(textFile(m_owner));
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+    QString error;
+    if (SafeFile::write(textFile(m_owner), m_single->text().toUtf8(), &error))
         m_textChanged = false;
     else
-        emit signalNotify(QStringLiteral("发送数据保存失败: %1").arg(file.errorString()), 255);
+        emit signalNotify(QStringLiteral("发送数据保存失败: %1").arg(error), 255);
 }

@@ -20,7 +20,7 @@ namespace {
 constexpr int kLongestBlock = 2048;
 
 // The display is drawn at most so often, and no longer than so at a time.
-constexpr int kFlushIntervalMs = 40;
+constexpr int kFlushIntervalMs = 50;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceBytes = 8 * 1024;
 
@@ -226,8 +226,6 @@ void QtTerminalWidget::followEnd(bool wasAtEnd)
 void QtTerminalWidget::appendText(const QString &text)
 {
     m_bufferShown = false;
-    QTextCursor cursor(document());
-    cursor.movePosition(QTextCursor::End);
     QTextBlock block = document()->lastBlock();
     int inBlock = block.length() - 1;
 
@@ -263,7 +261,9 @@ void QtTerminalWidget::appendText(const QString &text)
     }
 
     const int firstNew = block.blockNumber();
-    cursor.beginEditBlock();
+    QTextCursor cursor(document());
+    cursor.beginEditBlock(); // outside of one, moving a cursor lays out its block
+    cursor.movePosition(QTextCursor::End);
     cursor.insertText(stored);
     cursor.endEditBlock();
     for (const int cut : qAsConst(cuts))

@@ -1,5 +1,6 @@
 #include "serial/receivedfiles.h"
 
+#include "app/safefile.h"
 #include "app/textcodec.h"
 #include "serial/bytespool.h"
 #include "serial/qtterminalwidget.h"
@@ -55,7 +56,7 @@ bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecInde
             return false;
         breather.breathe();
     }
-    return !reader.failed() && file.commit();
+    return !reader.failed() && SafeFile::commit(file);
 }
 
 bool saveBytes(const ByteSpool &spool, const QString &fileName)
@@ -73,7 +74,7 @@ bool saveBytes(const ByteSpool &spool, const QString &fileName)
         offset += bytes.size();
         breather.breathe();
     }
-    return file.commit();
+    return SafeFile::commit(file);
 }
 
 QString datedName(const QString &folder, const QStringList &suffixes)

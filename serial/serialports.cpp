@@ -4,14 +4,53 @@
 
 #include <QSerialPortInfo>
 
+#ifdef Q_OS_LINUX
+#include <dirent.h>
+#endif
+
+namespace {
+
+// Something that changes whenever a device comes or goes; empty where there is
+// no cheap way to tell.
+QByteArray deviceListing()
+{
+    QByteArray names;
+#ifdef Q_OS_LINUX
+    if (DIR *folder = opendir("/sys/class/tty")) {
+        while (const dirent *item = readdir(folder)) {
+            names += item->d_name;
+            names += '/';
+        }
+        closedir(folder);
+    }
+#endif
+    return names;
+}
+
+// Asking the system takes several milliseconds, and the port watch asks once a
+// second: it is asked again only when a device has come or gone.
+QStringList systemEntries()
+{
+    static QByteArray known;
+    static QStringList list;
+    const QByteArray listing = deviceListing();
+    if (!listing.isEmpty() && listing == known)
+        return list;
+    known = listing;
+    list.clear();
+    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo &port : ports)
+        list.append(PortName::entry(port.portName(), port.description()));
+    return list;
+}
+
+} // namespace
+
 namespace SerialPorts {
 
 QStringList entries()
 {
-    QStringList list;
-    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
-    for (const QSerialPortInfo &port : ports)
-        list.append(PortName::entry(port.portName(), port.description()));
+    QStringList list = systemEntries();
     const QStringList virtualPorts = PortName::virtualPorts();
     for (const QString &name : virtualPorts)
         list.append(PortName::entry(name, QStringLiteral("虚拟串口")));

@@ -15,7 +15,8 @@ namespace Contrast {
 
 double luminance(const QColor &colour)
 {
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
 }
 
 double ratio(const QColor &one, const QColor &other)

@@ -7,7 +7,8 @@
 #include <QStringList>
 #include <functional>
 
-struct DialogAnswers {
+struct DialogAnswers
+{
     enum class FileMode { Open, OpenMany, Save };
 
     // The result of a message box: 1 for "确定", 0 for "取消".

@@ -27,8 +27,7 @@ bool EmbeddedFileDialog::mayOverwrite()
     if (files.isEmpty() || !target.exists() || target.isDir())
         return true;
     return QtMessageBox::question(this, QStringLiteral("询问"),
-                                  QStringLiteral("文件已存在，是否覆盖?\n%1").arg(target.fileName()))
-           == 1;
+                                  QStringLiteral("文件已存在，是否覆盖?\n%1").arg(target.fileName())) == 1;
 }
 
 bool EmbeddedFileDialog::allExist()
@@ -37,8 +36,9 @@ bool EmbeddedFileDialog::allExist()
     for (const QString &file : files) {
         if (QFileInfo::exists(file))
             continue;
-        QtMessageBox::warning(this, QStringLiteral("告警"),
-                              QStringLiteral("文件不存在，请重新选择!\n%1").arg(QDir::toNativeSeparators(file)));
+        QtMessageBox::warning(
+            this, QStringLiteral("告警"),
+            QStringLiteral("文件不存在，请重新选择!\n%1").arg(QDir::toNativeSeparators(file)));
         return false;
     }
     return true;

@@ -1,8 +1,10 @@
 #include "shell/base/formpanel.h"
 
+#include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 FormGroup::FormGroup(const QString &title, QWidget *parent)
@@ -51,10 +53,12 @@ FormPanel::FormPanel(QWidget *parent)
     setFocusPolicy(Qt::NoFocus);
     auto *content = new QWidget;
     m_column = new QVBoxLayout(content);
-    m_column->setContentsMargins(8, 8, 8, 8);
+    m_column->setContentsMargins(0, 0, 0, 0);
     m_column->setSpacing(8);
     m_column->addStretch();
     setWidget(content);
+    content->installEventFilter(this);
+    verticalScrollBar()->installEventFilter(this);
 }
 
 FormGroup *FormPanel::addGroup(const QString &title)
@@ -67,4 +71,29 @@ FormGroup *FormPanel::addGroup(const QString &title)
 void FormPanel::addWidget(QWidget *widget)
 {
     m_column->insertWidget(m_column->count() - 1, widget);
+}
+
+bool FormPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::Show:
+    case QEvent::Hide:
+    case QEvent::LayoutRequest:
+        fitWidth();
+        break;
+    default:
+        break;
+    }
+    return QScrollArea::eventFilter(watched, event);
+}
+
+void FormPanel::fitWidth()
+{
+    const QScrollBar *bar = verticalScrollBar();
+    const int barWidth = bar->isVisibleTo(this) ? bar->sizeHint().width() : 0;
+    // A little air between the groups and the bar.
+    m_column->setContentsMargins(0, 0, barWidth > 0 ? 4 : 0, 0);
+    const int content = qMax(panelWidth, widget()->minimumSizeHint().width());
+    if (const int needed = content + barWidth; needed != width())
+        setFixedWidth(needed);
 }

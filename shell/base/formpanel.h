@@ -34,6 +34,7 @@ class FormPanel : public QScrollArea
     Q_OBJECT
 
 public:
+    // Wider only by the scroll bar while it shows, or where a font needs it.
     static constexpr int panelWidth = 230;
 
     explicit FormPanel(QWidget *parent = nullptr);
@@ -41,6 +42,11 @@ public:
     FormGroup *addGroup(const QString &title);
     void addWidget(QWidget *widget);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
+    void fitWidth();
+
     QVBoxLayout *m_column;
 };

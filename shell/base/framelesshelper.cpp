@@ -23,8 +23,8 @@ FramelessHelper::FramelessHelper(QWidget *window)
     : QObject(window)
     , m_window(window)
 {
-    window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint
-                           | Qt::WindowMinMaxButtonsHint);
+    window->setWindowFlags(window->windowFlags() | Qt::FramelessWindowHint | Qt::WindowSystemMenuHint |
+                           Qt::WindowMinMaxButtonsHint);
     window->installEventFilter(this);
 #ifdef Q_OS_WIN
     m_windowsFrame = std::make_unique<WindowsFrame>(window);
@@ -68,15 +68,17 @@ void FramelessHelper::minimize()
     m_window->showMinimized();
 }
 
+bool FramelessHelper::isMaximized() const
+{
+    return m_fillsWorkArea || m_window->isMaximized();
+}
+
 void FramelessHelper::toggleMaximized()
 {
     if (!m_resizable)
         return;
-    if (m_window->isMaximized()) {
-        const QRect normal = m_normalGeometry;
-        m_window->showNormal();
-        if (normal.isValid())
-            m_window->setGeometry(normal);
+    if (isMaximized()) {
+        restore(m_normalGeometry);
     } else {
         m_normalGeometry = m_window->geometry();
         m_window->showMaximized();
@@ -84,6 +86,8 @@ void FramelessHelper::toggleMaximized()
     }
 }
 
+// Resizing a maximised widget makes it a normal one for Qt, so the state is
+// kept here.
 void FramelessHelper::sltFillWorkArea()
 {
     if (!m_window->isMaximized() || !m_window->screen())
@@ -91,8 +95,21 @@ void FramelessHelper::sltFillWorkArea()
     const QRect workArea = m_window->screen()->availableGeometry();
     // A window manager may leave out what its panels cover; that is still a
     // maximised window. One that did not grow at all was not maximised.
-    if (m_window->geometry() == m_normalGeometry && m_normalGeometry != workArea)
-        m_window->setGeometry(workArea);
+    if (m_window->geometry() != m_normalGeometry || m_normalGeometry == workArea)
+        return;
+    m_fillsWorkArea = true;
+    m_window->setGeometry(workArea);
+}
+
+// With an invalid rectangle the window manager decides.
+void FramelessHelper::restore(QRect normal)
+{
+    m_fillsWorkArea = false;
+    m_window->showNormal();
+    if (normal.isValid())
+        m_window->setGeometry(normal);
+    m_normalGeometry = QRect();
+    emit maximizedChanged(isMaximized());
 }
 
 bool FramelessHelper::eventFilter(QObject *watched, QEvent *event)
@@ -101,7 +118,7 @@ bool FramelessHelper::eventFilter(QObject *watched, QEvent *event)
         if (event->type() == QEvent::Show || event->type() == QEvent::WinIdChange)
             attachToHandle();
         else if (event->type() == QEvent::WindowStateChange)
-            emit maximizedChanged(m_window->isMaximized());
+            emit maximizedChanged(isMaximized());
         return false;
     }
     switch (event->type()) {
@@ -141,8 +158,7 @@ bool FramelessHelper::handleWindowMouse(QMouseEvent *event)
             m_drag = Drag::None;
         return true;
     }
-    if (!m_resizable || m_window->isMaximized() || m_window->isFullScreen()
-        || QApplication::activePopupWidget())
+    if (!m_resizable || isMaximized() || m_window->isFullScreen() || QApplication::activePopupWidget())
         return false;
     const Qt::Edges edges = FrameGeometry::edgesAt(event->pos(), m_window->size(), edgeWidth);
     switch (event->type()) {
@@ -168,9 +184,9 @@ bool FramelessHelper::handleTitleMouse(QMouseEvent *event)
         }
         return false;
     case QEvent::MouseMove:
-        if (m_drag == Drag::Pressed && (event->buttons() & Qt::LeftButton)
-            && (event->globalPos() - m_dragStart).manhattanLength()
-                   >= QGuiApplication::styleHints()->startDragDistance())
+        if (m_drag == Drag::Pressed && (event->buttons() & Qt::LeftButton) &&
+            (event->globalPos() - m_dragStart).manhattanLength() >=
+                QGuiApplication::styleHints()->startDragDistance())
             startMove(event->globalPos());
         return false;
     case QEvent::MouseButtonRelease:
@@ -190,17 +206,17 @@ bool FramelessHelper::handleTitleMouse(QMouseEvent *event)
 void FramelessHelper::startMove(const QPoint &pointer)
 {
     m_drag = Drag::None;
-    if (m_window->isMaximized()) {
-        const QRect maximised = m_window->geometry();
-        const QSize normal = m_normalGeometry.isValid() ? m_normalGeometry.size() : m_window->minimumSize();
-        m_window->showNormal();
-        m_window->setGeometry(FrameGeometry::pulledOff(normal, maximised, pointer));
+    if (isMaximized()) {
+        const QSize normal =
+            (m_normalGeometry.isValid() ? m_normalGeometry : m_window->normalGeometry()).size();
+        restore(FrameGeometry::pulledOff(normal, m_window->geometry(), pointer));
+        m_dragStart = pointer;
     }
     if (m_handle && m_handle->startSystemMove())
         return;
     m_drag = Drag::Move;
-    m_dragStart = pointer;
     m_geometryAtStart = m_window->geometry();
+    continueDrag(pointer);
 }
 
 bool FramelessHelper::startResize(Qt::Edges edges, const QPoint &pointer)

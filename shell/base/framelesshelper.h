@@ -35,6 +35,8 @@ public:
     void setResizable(bool resizable);
     bool isResizable() const { return m_resizable; }
 
+    bool isMaximized() const;
+
     // Background by style sheet and one pixel of the skin's outline colour.
     // For the window's paintEvent().
     static void paintOutline(QWidget *window);
@@ -57,6 +59,7 @@ private:
     void attachToHandle();
     bool handleWindowMouse(QMouseEvent *event);
     bool handleTitleMouse(QMouseEvent *event);
+    void restore(QRect normal);
     void startMove(const QPoint &pointer);
     bool startResize(Qt::Edges edges, const QPoint &pointer);
     void continueDrag(const QPoint &pointer);
@@ -72,6 +75,7 @@ private:
     Qt::Edges m_dragEdges;
     QPoint m_dragStart;
     QRect m_geometryAtStart;
-    QRect m_normalGeometry; // before maximising
+    QRect m_normalGeometry;                       // before maximising
+    bool m_fillsWorkArea = false;                 // maximised by us, not by a window manager
     std::unique_ptr<WindowsFrame> m_windowsFrame; // on Windows only
 };

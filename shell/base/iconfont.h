@@ -12,10 +12,10 @@ namespace IconFont {
 // The code points of the glyphs (resources/fonts/icons.txt lists them all).
 // Those up to AboutBubble are fixed by the message boxes.
 enum Glyph : ushort {
-    CheckCircle = 0xE614,  // message types 0, 3 and 5
+    CheckCircle = 0xE614,    // message types 0, 3 and 5
     QuestionCircle = 0xE622, // message type 1
-    AlertCircle = 0xE609,  // message type 2
-    Information = 0xE6AE,  // message type 4
+    AlertCircle = 0xE609,    // message type 2
+    Information = 0xE6AE,    // message type 4
     // window
     WindowMinimize = 0xE700,
     WindowMaximize = 0xE701,

@@ -151,13 +151,14 @@ QStringList QtFileDialog::run(Mode mode, QWidget *parent, const QString &caption
 // Qt's own icons are dark and vanish on a dark skin.
 void QtFileDialog::drawIcons()
 {
-    const struct {
+    const struct
+    {
         const char *objectName;
         IconFont::Glyph glyph;
     } buttons[] = {
-        {"backButton", IconFont::ChevronLeft},    {"forwardButton", IconFont::ChevronRight},
-        {"toParentButton", IconFont::ArrowUp},    {"newFolderButton", IconFont::FolderPlus},
-        {"listModeButton", IconFont::ViewList},   {"detailModeButton", IconFont::ViewDetail},
+        {"backButton", IconFont::ChevronLeft},  {"forwardButton", IconFont::ChevronRight},
+        {"toParentButton", IconFont::ArrowUp},  {"newFolderButton", IconFont::FolderPlus},
+        {"listModeButton", IconFont::ViewList}, {"detailModeButton", IconFont::ViewDetail},
     };
     const QColor colour(Skin::palette().text);
     for (const auto &button : buttons)

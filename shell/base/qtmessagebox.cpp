@@ -8,8 +8,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
-#include <QVariant>
 #include <QVBoxLayout>
+#include <QVariant>
 #include <optional>
 
 namespace {
@@ -17,7 +17,8 @@ namespace {
 constexpr int textWidth = 360;
 constexpr int longestTextHeight = 320;
 
-struct IconLook {
+struct IconLook
+{
     QColor colour;
     IconFont::Glyph glyph;
     int glyphSize;

@@ -4,6 +4,7 @@
 #include "shell/base/framegeometry.h"
 
 #include <QApplication>
+#include <QBitmap>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPointer>
@@ -94,6 +95,7 @@ void QtMessageTip::present(const QString &text, Style style, int milliseconds)
     m_text = text;
     m_style = style;
     resize(fontMetrics().horizontalAdvance(text) + 20, fontMetrics().height() + 25);
+    cutOut();
     m_timer.start(milliseconds);
     update();
 }
@@ -114,7 +116,17 @@ void QtMessageTip::placeAt(const QPoint &position)
 
 void QtMessageTip::paintEvent(QPaintEvent *)
 {
-    QPainter painter(this);
+    paintOn(this);
+}
+
+void QtMessageTip::mousePressEvent(QMouseEvent *)
+{
+    sltTimeOut();
+}
+
+void QtMessageTip::paintOn(QPaintDevice *device) const
+{
+    QPainter painter(device);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(font());
     if (m_style == Bubble)
@@ -123,9 +135,14 @@ void QtMessageTip::paintEvent(QPaintEvent *)
         paintNotice(painter);
 }
 
-void QtMessageTip::mousePressEvent(QMouseEvent *)
+// Where nothing blends translucent windows, what is not painted would be
+// black; the mask leaves it out.
+void QtMessageTip::cutOut()
 {
-    sltTimeOut();
+    QImage picture(size(), QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    paintOn(&picture);
+    setMask(QBitmap::fromImage(picture.createMaskFromColor(0, Qt::MaskInColor)));
 }
 
 void QtMessageTip::paintBubble(QPainter &painter) const

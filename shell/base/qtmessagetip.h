@@ -46,6 +46,8 @@ private:
     void present(const QString &text, Style style, int milliseconds);
     void placeAt(const QPoint &position);
 
+    void paintOn(QPaintDevice *device) const;
+    void cutOut();
     void paintBubble(QPainter &painter) const;
     void paintNotice(QPainter &painter) const;
 

@@ -39,7 +39,8 @@ QtPageBar::QtPageBar(QWidget *parent)
     m_countLabel->setAlignment(Qt::AlignCenter);
     layout->addWidget(m_countLabel);
 
-    QPushButton *next = addButton(QStringLiteral("btnNextPage"), QStringLiteral(">"), &QtPageBar::SltNextPage);
+    QPushButton *next =
+        addButton(QStringLiteral("btnNextPage"), QStringLiteral(">"), &QtPageBar::SltNextPage);
     next->setToolTip(QStringLiteral("下一页"));
     addButton(QStringLiteral("btnLastPage"), QStringLiteral("尾页"), &QtPageBar::SltJumpLastPage);
     reset(m_count);

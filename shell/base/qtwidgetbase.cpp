@@ -10,11 +10,15 @@ QStringList QtWidgetBase::counts() const
     return {};
 }
 
-void QtWidgetBase::clearCounts() {}
+void QtWidgetBase::clearCounts()
+{
+}
 
 bool QtWidgetBase::prepareToClose()
 {
     return true;
 }
 
-void QtWidgetBase::reloadSettings() {}
+void QtWidgetBase::reloadSettings()
+{
+}

@@ -77,17 +77,7 @@ MainWindow::~MainWindow()
 
 bool MainWindow::prepareToQuit()
 {
-    if (m_quitting != Quitting::No)
-        return m_quitting == Quitting::Agreed;
-    m_quitting = Quitting::Asking;
-    for (QtWidgetBase *page : qAsConst(m_pages)) {
-        if (!page->prepareToClose()) {
-            m_quitting = Quitting::No;
-            return false;
-        }
-    }
-    m_quitting = Quitting::Agreed;
-    return true;
+    return m_quitGuard.mayQuit();
 }
 
 void MainWindow::closeApp()
@@ -143,8 +133,9 @@ void MainWindow::SltActionTrigger(QAction *action)
 void MainWindow::SltAboutMenuTrigger(QAction *action)
 {
     if (action->text() == kCheckUpdate)
-        QtMessageBox::information(this, kCheckUpdate, QStringLiteral("版本更新检查将在后续版本提供。\n当前版本：%1")
-                                                          .arg(QCoreApplication::applicationVersion()));
+        QtMessageBox::information(this, kCheckUpdate,
+                                  QStringLiteral("版本更新检查将在后续版本提供。\n当前版本：%1")
+                                      .arg(QCoreApplication::applicationVersion()));
     else if (action->text() == kAboutMaker)
         QDesktopServices::openUrl(QUrl(HelpLinks::makerSite));
 }
@@ -192,6 +183,7 @@ void MainWindow::buildUi()
     m_pages = {m_serial, m_camera, m_network, m_pid, m_hexEdit};
     for (QtWidgetBase *page : qAsConst(m_pages))
         m_stack->addWidget(page);
+    m_quitGuard = QuitGuard(m_pages);
 
     m_statusBar = new QtStatusBar(this);
     layout->addWidget(m_statusBar);
@@ -237,6 +229,12 @@ void MainWindow::buildMenus()
     helpPageButton->setAccessibleName(QStringLiteral("打开帮助网页"));
     for (QPushButton *button : {settingsButton, helpButton, helpPageButton})
         m_titleBar->addMenuWidget(button);
+    // While a menu is open its button sees no mouse leave it.
+    for (QPushButton *button : {settingsButton, helpButton})
+        connect(button->menu(), &QMenu::aboutToHide, button, [button] {
+            button->setAttribute(Qt::WA_UnderMouse,
+                                 button->rect().contains(button->mapFromGlobal(QCursor::pos())));
+        });
 
     connect(settingsMenu, &QMenu::triggered, this, &MainWindow::SltActionTrigger);
     connect(settingsMenu, &QMenu::aboutToShow, this, &MainWindow::showChecks);

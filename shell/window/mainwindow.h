@@ -6,6 +6,7 @@
 
 #include "shell/base/qtmainwindow.h"
 #include "shell/window/qtstyledialog.h"
+#include "shell/window/quitguard.h"
 
 #include <QVector>
 
@@ -50,8 +51,6 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    enum class Quitting { No, Asking, Agreed };
-
     void buildUi();
     void connectPages();
     void buildMenus();
@@ -78,5 +77,5 @@ private:
     QActionGroup *m_codecs = nullptr;
     QActionGroup *m_skins = nullptr;
     QActionGroup *m_closeBehaviours = nullptr;
-    Quitting m_quitting = Quitting::No;
+    QuitGuard m_quitGuard;
 };

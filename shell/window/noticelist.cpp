@@ -2,7 +2,7 @@
 
 #include "shell/base/framegeometry.h"
 
-#include <QLabel>
+#include <QKeyEvent>
 #include <QListWidget>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -26,12 +26,12 @@ NoticeList::NoticeList(const QVector<Notice> &notices, QWidget *parent)
     for (int i = notices.size() - 1; i >= 0; --i) {
         const Notice &notice = notices.at(i);
         const QString mark = notice.isError() ? QStringLiteral("[错误] ") : QString();
-        list->addItem(notice.time.toString(QStringLiteral("hh:mm:ss")) + QStringLiteral("  ") + mark
-                      + notice.text.simplified());
+        list->addItem(notice.time.toString(QStringLiteral("hh:mm:ss")) + QStringLiteral("  ") + mark +
+                      notice.text.simplified());
     }
-    list->setCurrentRow(0);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
     layout->addWidget(list);
     ensurePolished();
     list->ensurePolished();
@@ -44,7 +44,16 @@ void NoticeList::showAbove(QWidget *anchor, const QVector<Notice> &notices)
 {
     auto *list = new NoticeList(notices, anchor);
     const QPoint corner = anchor->mapToGlobal({0, -list->height() - 4});
-    list->move(FrameGeometry::keptInside({corner, list->size()}, anchor->screen()->availableGeometry()).topLeft());
+    list->move(
+        FrameGeometry::keptInside({corner, list->size()}, anchor->screen()->availableGeometry()).topLeft());
     list->show();
     list->setFocus();
+}
+
+void NoticeList::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QFrame::keyPressEvent(event);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// The recent notices in a popup, newest first, errors marked. Deletes itself
-// when it is closed.
+// The recent notices in a popup, newest first, errors marked. Esc or a click
+// elsewhere closes it; it then deletes itself.
 
 #include "shell/window/noticelog.h"
 
@@ -13,6 +13,9 @@ class NoticeList : public QFrame
 
 public:
     static void showAbove(QWidget *anchor, const QVector<Notice> &notices);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     NoticeList(const QVector<Notice> &notices, QWidget *parent);

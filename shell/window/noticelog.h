@@ -7,7 +7,8 @@
 #include <QDateTime>
 #include <QVector>
 
-struct Notice {
+struct Notice
+{
     enum Kind { Information = 0, Error = 255 };
 
     QString text;

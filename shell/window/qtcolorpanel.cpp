@@ -19,12 +19,10 @@ constexpr int columns = 12;
 QVector<QColor> standardColours()
 {
     static const char *const names[] = {
-        "#000000", "#1e1e1e", "#302f2f", "#4b4b4b", "#666666", "#808080",
-        "#a6a6a6", "#c0c0c0", "#d9d9d9", "#f2f2f2", "#faf7ee", "#ffffff",
-        "#0c2233", "#263240", "#12312b", "#1f3a1f", "#3a2f12", "#3b1d1d",
-        "#2d1f3d", "#e8f4fb", "#e9f7ef", "#fff8e1", "#fdecea", "#f3e8fd",
-        "#02a1dd", "#5ec8f2", "#2ecc9a", "#7ddb6f", "#c3e64c", "#ffe066",
-        "#feba3b", "#ff8c42", "#ff6b5e", "#f06fb0", "#b48cf2", "#aebfc5",
+        "#000000", "#1e1e1e", "#302f2f", "#4b4b4b", "#666666", "#808080", "#a6a6a6", "#c0c0c0", "#d9d9d9",
+        "#f2f2f2", "#faf7ee", "#ffffff", "#0c2233", "#263240", "#12312b", "#1f3a1f", "#3a2f12", "#3b1d1d",
+        "#2d1f3d", "#e8f4fb", "#e9f7ef", "#fff8e1", "#fdecea", "#f3e8fd", "#02a1dd", "#5ec8f2", "#2ecc9a",
+        "#7ddb6f", "#c3e64c", "#ffe066", "#feba3b", "#ff8c42", "#ff6b5e", "#f06fb0", "#b48cf2", "#aebfc5",
     };
     QVector<QColor> colours;
     for (const char *name : names)
@@ -115,7 +113,7 @@ void QtColorPanel::buildUi()
 // 0 keeps its hue, and a half-typed text is not written over.
 void QtColorPanel::take(const QColor &colour, Source source)
 {
-    m_colour = colour;
+    m_colour = colour.toRgb(); // one form, so that equal colours compare equal
     if (source != Source::Field && source != Source::Slider) {
         const int hue = colour.hue() < 0 ? m_field->hue() : colour.hue();
         m_field->setColour(hue, colour.saturation());
@@ -128,7 +126,8 @@ void QtColorPanel::take(const QColor &colour, Source source)
     m_swatches->setCurrentColour(colour);
     m_recent->setCurrentColour(colour);
     m_sample->setStyleSheet(
-        QStringLiteral("background-color: %1; border: 1px solid #808080; border-radius: 3px;").arg(colour.name()));
+        QStringLiteral("background-color: %1; border: 1px solid #808080; border-radius: 3px;")
+            .arg(colour.name()));
     if (source != Source::Program)
         emit colourChanged(m_colour);
 }

@@ -11,8 +11,8 @@
 #include <QPushButton>
 #include <QStyle>
 #include <QTabWidget>
-#include <QVariant>
 #include <QVBoxLayout>
+#include <QVariant>
 
 namespace {
 
@@ -36,7 +36,8 @@ void remember(const QColor &colour)
 } // namespace
 
 QtStyleDialog::QtStyleDialog(Area area, QWidget *parent)
-    : QtFramelessDialog(area == ReceiveArea ? QStringLiteral("接收区设置") : QStringLiteral("发送区设置"), parent)
+    : QtFramelessDialog(area == ReceiveArea ? QStringLiteral("接收区设置") : QStringLiteral("发送区设置"),
+                        parent)
     , m_area(area)
     , m_background(new QtColorPanel(this))
     , m_text(new QtColorPanel(this))

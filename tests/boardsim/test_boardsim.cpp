@@ -31,12 +31,14 @@ QByteArray expectedPayload(const QString &encoding, quint32 seed, int count)
         }
         return bytes;
     }
-    const char *words[] = {"温度", "电压", "转速", "speed"};
+    const char *chinese[] = {"温度", "电压", "转速", "speed"};
+    const char *english[] = {"degree", "supply", "actual", "speed"};
+    const char *const *words = encoding == QLatin1String("ascii") ? english : chinese;
     for (quint32 line = 0; bytes.size() < count; ++line) {
         const quint32 value = step(step(seed ^ ((line + 1) * 2654435761U)));
         const QString text = QString::asprintf("%08u %s %08x\r\n", line, words[value % 4], value);
-        bytes += encoding == QLatin1String("utf8") ? text.toUtf8()
-                                                   : QTextCodec::codecForName("GB18030")->fromUnicode(text);
+        bytes += encoding == QLatin1String("gb18030") ? QTextCodec::codecForName("GB18030")->fromUnicode(text)
+                                                      : text.toUtf8();
     }
     return bytes.left(count);
 }
@@ -62,6 +64,7 @@ private slots:
         const QStringList burst{"--mode", "burst", "--bytes-per-second", "400000"};
         QTest::newRow("flood, utf8") << flood << "utf8" << 3000001;
         QTest::newRow("flood, gb18030") << flood << "gb18030" << 500000;
+        QTest::newRow("flood, ascii") << flood << "ascii" << 500000;
         QTest::newRow("flood, binary") << flood << "binary" << 2000003;
         QTest::newRow("burst, utf8") << burst << "utf8" << 100001;
         QTest::newRow("burst, binary") << burst << "binary" << 100000;

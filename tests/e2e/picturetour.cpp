@@ -30,17 +30,32 @@ void addSkins()
         QTest::newRow(skin.name) << QString::fromLatin1(skin.name) << skin.text;
 }
 
-// What the screen shows at a window's place, as soon as it has come to rest.
-QPixmap onScreen(const QWidget *widget)
+// Whether the screen shows the window, small things in front of it aside.
+bool shows(const QImage &screen, const QImage &window)
 {
-    const QWidget *window = widget->window();
-    const QRect place(window->mapToGlobal({0, 0}), window->size());
+    if (screen.size() != window.size())
+        return false;
+    int seen = 0;
+    int equal = 0;
+    for (int y = 0; y < window.height(); y += 7) {
+        for (int x = 0; x < window.width(); x += 7, ++seen)
+            equal += (screen.pixel(x, y) | 0xFF000000) == (window.pixel(x, y) | 0xFF000000);
+    }
+    return equal >= seen * 8 / 10;
+}
+
+// What the screen shows at a window's place, as soon as it has come to rest.
+// A new window takes a while to be placed and painted.
+QPixmap onScreen(QWidget *widget)
+{
+    QWidget *window = widget->window();
     QPixmap last;
     const bool rested = QTest::qWaitFor([&] {
+        const QRect place(window->mapToGlobal({0, 0}), window->size());
         const QPixmap now = window->screen()->grabWindow(0, place.x(), place.y(), place.width(), place.height());
         const bool still = !last.isNull() && now.toImage() == last.toImage();
         last = now;
-        return still;
+        return still && shows(now.toImage(), window->grab().toImage());
     });
     return rested ? last : QPixmap();
 }

@@ -86,8 +86,8 @@ QWidget *fields()
     auto *spin = new QSpinBox;
     spin->setRange(0, 5000);
     spin->setValue(1000);
-    for (QWidget *field : std::initializer_list<QWidget *>{line, readOnly, off, combo, editable, comboOff, spin,
-                                                           new QPushButton(QStringLiteral("按钮"))})
+    for (QWidget *field : std::initializer_list<QWidget *>{line, readOnly, off, combo, editable, comboOff,
+                                                           spin, new QPushButton(QStringLiteral("按钮"))})
         layout->addWidget(field);
     return row;
 }
@@ -129,9 +129,11 @@ QWidget *panel()
     open->setProperty("primary", true);
     port->addWide(open);
     FormGroup *receive = form->addGroup(QStringLiteral("接收区设置"));
-    receive->addPair(new QRadioButton(QStringLiteral("字符串显示")), new QRadioButton(QStringLiteral("十六进制显示")));
+    receive->addPair(new QRadioButton(QStringLiteral("字符串显示")),
+                     new QRadioButton(QStringLiteral("十六进制显示")));
     receive->addPair(new QCheckBox(QStringLiteral("停止显示")), new QCheckBox(QStringLiteral("日志模式")));
-    receive->addPair(new QPushButton(QStringLiteral("清空接收区")), new QPushButton(QStringLiteral("保存到文件")));
+    receive->addPair(new QPushButton(QStringLiteral("清空接收区")),
+                     new QPushButton(QStringLiteral("保存到文件")));
     return form;
 }
 
@@ -168,7 +170,7 @@ QWidget *gallery()
 {
     auto *page = new QWidget;
     auto *layout = new QHBoxLayout(page);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(8, 8, 8, 8);
     layout->addWidget(panel());
     auto *right = new QVBoxLayout;
     right->setSpacing(0);
@@ -236,13 +238,15 @@ int main(int argc, char *argv[])
         save(menu, path("menu"));
         save(menu->findChild<QMenu *>(), path("submenu"));
         QtMessageBox question;
-        question.setMessage(QStringLiteral("询问"), QStringLiteral("确认恢复默认设置吗?"), QtMessageBox::Question);
+        question.setMessage(QStringLiteral("询问"), QStringLiteral("确认恢复默认设置吗?"),
+                            QtMessageBox::Question);
         save(&question, path("question"));
         QtMessageBox warning;
-        warning.setMessage(QStringLiteral("告警"),
-                           QStringLiteral("文件保存失败：/home/user/very/long/path/that/does/not/fit/in/one/line/at/all/"
-                                          "data.bin，请检查磁盘空间后重试。"),
-                           QtMessageBox::Warning);
+        warning.setMessage(
+            QStringLiteral("告警"),
+            QStringLiteral("文件保存失败：/home/user/very/long/path/that/does/not/fit/in/one/line/at/all/"
+                           "data.bin，请检查磁盘空间后重试。"),
+            QtMessageBox::Warning);
         warning.setButtons(QtMessageBox::OkOnly);
         save(&warning, path("warning"));
         QtFileDialog open(QtFileDialog::SaveFile, QString(), QStringLiteral("/usr"),

@@ -56,7 +56,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
     option("port", "COM<n>", "Name of the port (default: COM3).");
     option("mode", "name", "log, echo, shell, flood, silent or burst (default: log).");
-    option("encoding", "name", "utf8, gb18030 or binary (default: utf8).");
+    option("encoding", "name", "utf8, gb18030, ascii (payload only) or binary (default: utf8).");
     option("rate", "n", "log: lines per second (default: 20).");
     option("bytes-per-second", "n", "burst: mean rate (default: 92000).");
     option("burst-pause", "ms", "burst: silence between bursts (default: 12).");
@@ -85,7 +85,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
         options.mode = modeFromName(parser.value(QStringLiteral("mode")));
     if (parser.isSet(QStringLiteral("encoding"))
         && !encodingFromName(parser.value(QStringLiteral("encoding")), &options.encoding))
-        reject(QStringLiteral("--encoding takes utf8, gb18030 or binary"));
+        reject(QStringLiteral("--encoding takes utf8, gb18030, ascii or binary"));
 
     options.linesPerSecond = int(number(parser, QStringLiteral("rate"), options.linesPerSecond, 1, 100000));
     options.bytesPerSecond = int(number(parser, QStringLiteral("bytes-per-second"), options.bytesPerSecond, 1, 100000000));

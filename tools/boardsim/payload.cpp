@@ -10,6 +10,8 @@ bool encodingFromName(const QString &name, Encoding *encoding)
         *encoding = Encoding::Utf8;
     else if (name == QLatin1String("gb18030"))
         *encoding = Encoding::Gb18030;
+    else if (name == QLatin1String("ascii"))
+        *encoding = Encoding::Ascii;
     else if (name == QLatin1String("binary"))
         *encoding = Encoding::Binary;
     else
@@ -45,14 +47,16 @@ Payload::Payload(Encoding encoding, quint32 seed)
 {
 }
 
-QString Payload::line(quint32 number, quint32 seed)
+QString Payload::line(quint32 number, quint32 seed, Encoding encoding)
 {
     static const QString words[] = {QStringLiteral("温度"), QStringLiteral("电压"),
                                     QStringLiteral("转速"), QStringLiteral("speed")};
+    static const QString asciiWords[] = {QStringLiteral("degree"), QStringLiteral("supply"),
+                                         QStringLiteral("actual"), QStringLiteral("speed")};
     const quint32 value = scrambled(seed, number);
     return QStringLiteral("%1 %2 %3\r\n")
         .arg(number, 8, 10, QLatin1Char('0'))
-        .arg(words[value % 4])
+        .arg(encoding == Encoding::Ascii ? asciiWords[value % 4] : words[value % 4])
         .arg(value, 8, 16, QLatin1Char('0'));
 }
 
@@ -67,7 +71,7 @@ QByteArray Payload::take(int count)
         return bytes;
     }
     while (m_rest.size() < count)
-        m_rest += encoded(line(m_nextLine++, m_seed), m_encoding);
+        m_rest += encoded(line(m_nextLine++, m_seed, m_encoding), m_encoding);
     const QByteArray bytes = m_rest.left(count);
     m_rest.remove(0, count);
     return bytes;

@@ -8,12 +8,12 @@
 
 namespace Boardsim {
 
-enum class Encoding { Utf8, Gb18030, Binary };
+enum class Encoding { Utf8, Gb18030, Ascii, Binary };
 
-// "utf8", "gb18030" or "binary"; false for anything else.
+// "utf8", "gb18030", "ascii" or "binary"; false for anything else.
 bool encodingFromName(const QString &name, Encoding *encoding);
 
-// Text in the encoding; Binary, which has none, counts as UTF-8.
+// Text in the encoding; Ascii and Binary count as UTF-8.
 QByteArray encoded(const QString &text, Encoding encoding);
 
 // One step of Marsaglia's xorshift32 (shifts 13, 17, 5). Zero stays zero.
@@ -29,7 +29,8 @@ quint32 scrambled(quint32 seed, quint32 index);
 // Text: lines without end, line n (from 0) being
 //     "<n as 8 decimal digits> <word> <value>\r\n"
 // with value = scrambled(seed, n), written in 8 lower-case hexadecimal digits,
-// and word = entry (value mod 4) of: 温度, 电压, 转速, speed.
+// and word = entry (value mod 4) of: 温度, 电压, 转速, speed; in ASCII:
+// degree, supply, actual, speed.
 class Payload {
 public:
     Payload(Encoding encoding, quint32 seed);
@@ -37,7 +38,7 @@ public:
     // The next count bytes; a line, and even a character, may be cut anywhere.
     QByteArray take(int count);
 
-    static QString line(quint32 number, quint32 seed);
+    static QString line(quint32 number, quint32 seed, Encoding encoding);
 
 private:
     Encoding m_encoding;

@@ -1,0 +1,108 @@
+// Text codec helpers and hexadecimal text.
+
+#include "app/hextext.h"
+#include "app/textcodec.h"
+
+#include <QtTest>
+
+class TestText : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void rendersBytesInOrder();
+    void parsesDigitPairs_data();
+    void parsesDigitPairs();
+    void namesCodecs();
+    void readsFilesOfEitherEncoding();
+    void decodesAnyCutOfAStream_data();
+    void decodesAnyCutOfAStream();
+    void startsAfreshWithAnotherCodec();
+};
+
+void TestText::rendersBytesInOrder()
+{
+    QCOMPARE(HexText::render(QByteArray("\x0A\x1B\xFF\x00\x9c", 5)), QStringLiteral("0A 1B FF 00 9C "));
+    QCOMPARE(HexText::render(QByteArray()), QString());
+}
+
+void TestText::parsesDigitPairs_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("ignored");
+    QTest::newRow("plain") << "01 02 fF" << QByteArray("\x01\x02\xff") << 0;
+    QTest::newRow("no spaces") << "0102AB" << QByteArray("\x01\x02\xab") << 0;
+    QTest::newRow("pair across a space") << "1 2 3 4" << QByteArray("\x12\x34") << 0;
+    QTest::newRow("stops at a letter") << "01 0G 03" << QByteArray("\x01") << 4;
+    QTest::newRow("stops at a line break") << "01\n02" << QByteArray("\x01") << 3;
+    QTest::newRow("odd last digit") << "01 2" << QByteArray("\x01") << 1;
+    QTest::newRow("odd digit before a stranger") << "01 2-" << QByteArray("\x01") << 2;
+    QTest::newRow("full-width digits are no digits") << QStringLiteral("０１") << QByteArray() << 2;
+    QTest::newRow("empty") << "   " << QByteArray() << 0;
+}
+
+void TestText::parsesDigitPairs()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, ignored);
+    const HexText::Parsed parsed = HexText::parse(text);
+    QCOMPARE(parsed.bytes, bytes);
+    QCOMPARE(parsed.ignored, ignored);
+}
+
+void TestText::namesCodecs()
+{
+    QCOMPARE(TextCodec::name(0), QByteArray("UTF-8"));
+    QCOMPARE(TextCodec::name(1), QByteArray("GB18030"));
+    QCOMPARE(TextCodec::encode(QStringLiteral("温"), 0), QByteArray("\xe6\xb8\xa9"));
+    QCOMPARE(TextCodec::encode(QStringLiteral("温"), 1), QByteArray("\xce\xc2"));
+    QCOMPARE(TextCodec::decode("\xce\xc2", 1), QStringLiteral("温"));
+}
+
+void TestText::readsFilesOfEitherEncoding()
+{
+    const QString text = QStringLiteral("0#温度\n");
+    QCOMPARE(TextCodec::decodeFile(text.toUtf8()), text);
+    QCOMPARE(TextCodec::decodeFile("\xEF\xBB\xBF" + text.toUtf8()), text);
+    QCOMPARE(TextCodec::decodeFile(TextCodec::encode(text, 1)), text);
+}
+
+void TestText::decodesAnyCutOfAStream_data()
+{
+    QTest::addColumn<int>("codec");
+    QTest::newRow("UTF-8") << 0;
+    QTest::newRow("GB18030") << 1;
+}
+
+void TestText::decodesAnyCutOfAStream()
+{
+    QFETCH(int, codec);
+    // Two, three and four bytes to a character, and one beyond the first plane.
+    const QString text = QStringLiteral("aé温度ÿ€") + QString::fromUcs4(U"\U0001F600\U00020000") + QStringLiteral("z");
+    const QByteArray bytes = TextCodec::encode(text, codec);
+    for (int cut = 0; cut <= bytes.size(); ++cut) {
+        StreamDecoder decoder;
+        const QString front = decoder.decode(bytes.constData(), cut, codec);
+        QCOMPARE(front + decoder.decode(bytes.constData() + cut, bytes.size() - cut, codec), text);
+    }
+    StreamDecoder decoder;
+    QString single;
+    for (const char byte : bytes)
+        single += decoder.decode(&byte, 1, codec);
+    QCOMPARE(single, text);
+}
+
+void TestText::startsAfreshWithAnotherCodec()
+{
+    StreamDecoder decoder;
+    QCOMPARE(decoder.decode("\xe6\xb8", 2, 0), QString()); // waits for the third byte
+    QCOMPARE(decoder.decode("\xce\xc2", 2, 1), QStringLiteral("温"));
+    QCOMPARE(decoder.decode("\xe6\xb8", 2, 0), QString());
+    decoder.reset();
+    QCOMPARE(decoder.decode("A", 1, 0), QStringLiteral("A"));
+}
+
+QTEST_GUILESS_MAIN(TestText)
+#include "test_text.moc"

@@ -1,0 +1,246 @@
+// Port names, the spool of received bytes, the multi-send list and the bounded
+// receive buffer.
+
+#include "app/textcodec.h"
+#include "serial/bytespool.h"
+#include "serial/portname.h"
+#include "serial/receivebuffer.h"
+#include "serial/sendlist.h"
+
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTextCodec>
+#include <QtTest>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+class TestSerialEngine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void namesThePortOfAnEntry();
+    void findsVirtualPorts();
+    void spoolsExactlyWhatCame();
+    void keepsBytesWhenTheDiskIsFull();
+    void readsListsOfOtherPrograms();
+    void writesTheListExactly();
+    void deletesPagesOfTheList();
+    void survivesHostileLists();
+    void editsLeadToTheWholeText_data();
+    void editsLeadToTheWholeText();
+    void editsAreSmall();
+};
+
+void TestSerialEngine::namesThePortOfAnEntry()
+{
+    QCOMPARE(PortName::fromEntry("COM12 USB-SERIAL CH340"), QStringLiteral("COM12"));
+    QCOMPARE(PortName::fromEntry("bridge (COM7) and COM8"), QStringLiteral("COM7"));
+    QCOMPARE(PortName::fromEntry("COM"), QString());
+    QCOMPARE(PortName::fromEntry("port 5"), QString());
+    QCOMPARE(PortName::fromEntry(""), QString());
+    QCOMPARE(PortName::entry("COM3", QString()), QStringLiteral("COM3 "));
+#ifndef Q_OS_WIN
+    QCOMPARE(PortName::fromEntry("ttyUSB0 FT232R"), QStringLiteral("ttyUSB0"));
+    QCOMPARE(PortName::fromEntry("/dev/pts/4"), QStringLiteral("/dev/pts/4"));
+    QCOMPARE(PortName::fromEntry("attyUSB0"), QString());
+#endif
+}
+
+void TestSerialEngine::findsVirtualPorts()
+{
+#ifdef Q_OS_UNIX
+    const QTemporaryDir folder;
+    qputenv("KORVEX_VIRTUAL_PORTS", folder.path().toLocal8Bit());
+    QVERIFY(QFile::link("/dev/null", folder.filePath("COM10")));
+    QVERIFY(QFile::link("/dev/zero", folder.filePath("COM9")));
+    QVERIFY(QFile::link("/dev/null", folder.filePath("other")));
+    QVERIFY(QFile::link("/no/such/device", folder.filePath("COM1")));
+    QCOMPARE(PortName::virtualPorts(), (QStringList{"COM9", "COM10"}));
+    QCOMPARE(PortName::device("COM9"), QStringLiteral("/dev/zero"));
+    QCOMPARE(PortName::device("COM77"), QStringLiteral("COM77"));
+    qunsetenv("KORVEX_VIRTUAL_PORTS");
+    QCOMPARE(PortName::virtualPorts(), QStringList());
+    QCOMPARE(PortName::device("COM9"), QStringLiteral("COM9"));
+#endif
+}
+
+void TestSerialEngine::spoolsExactlyWhatCame()
+{
+    const QTemporaryDir folder;
+    QString name;
+    {
+        ByteSpool spool(folder.path(), "serial");
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 0); // no file before the first byte
+        QByteArray all;
+        for (int i = 0; i < 300; ++i) {
+            const QByteArray piece(i * 7 % 251, static_cast<char>(i));
+            QCOMPARE(spool.append(piece.constData(), piece.size()), ByteSpool::State::OnDisk);
+            all += piece;
+            if (i % 50 == 0) // reading in between moves no writing
+                QCOMPARE(spool.read(3, 5), all.mid(3, 5));
+        }
+        QCOMPARE(spool.size(), qint64(all.size()));
+        QCOMPARE(spool.read(0, 1 << 20), all);
+        QCOMPARE(spool.read(spool.size(), 10), QByteArray());
+        name = spool.fileName();
+        QVERIFY(QFileInfo::exists(name));
+        spool.clear();
+        QCOMPARE(spool.size(), qint64(0));
+    }
+    QVERIFY(!QFileInfo::exists(name));
+
+    // A folder that cannot be written: the system's temporary folder serves.
+    ByteSpool elsewhere("/no/such/folder", "serial");
+    QCOMPARE(elsewhere.append("abc", 3), ByteSpool::State::OnDisk);
+    QCOMPARE(elsewhere.read(0, 9), QByteArray("abc"));
+}
+
+void TestSerialEngine::keepsBytesWhenTheDiskIsFull()
+{
+#ifdef Q_OS_UNIX
+    const QTemporaryDir folder;
+    ByteSpool spool(folder.path(), "serial", 3000);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit tight = before;
+    tight.rlim_cur = 1000; // the file takes no more than that
+    setrlimit(RLIMIT_FSIZE, &tight);
+    QByteArray all;
+    for (int i = 0; i < 15; ++i) {
+        const QByteArray piece(300, static_cast<char>('a' + i));
+        spool.append(piece.constData(), piece.size());
+        all += piece;
+        const ByteSpool::State expected = all.size() <= 1000 ? ByteSpool::State::OnDisk
+            : all.size() <= 4000                             ? ByteSpool::State::InMemory
+                                                             : ByteSpool::State::Incomplete;
+        QCOMPARE(spool.state(), expected);
+    }
+    setrlimit(RLIMIT_FSIZE, &before);
+    QCOMPARE(spool.size(), qint64(4000));
+    QCOMPARE(spool.read(0, 5000) + spool.read(1000, 5000), all.left(4000));
+#endif
+}
+
+void TestSerialEngine::readsListsOfOtherPrograms()
+{
+    SendList list;
+    list.read("\xEF\xBB\xBF" "0#AT+RST\r\n\r\n12#a#b#c\nnonsense\n3#first\n3#second\n-4#x\n1000#y\n999#last\nx#z\n7#");
+    QCOMPARE(list.row(0), QStringLiteral("AT+RST"));
+    QCOMPARE(list.row(12), QStringLiteral("a#b#c"));
+    QCOMPARE(list.row(3), QStringLiteral("second"));
+    QCOMPARE(list.row(999), QStringLiteral("last"));
+    QCOMPARE(list.row(1000), QString());
+    QCOMPARE(list.row(7), QString());
+    QCOMPARE(list.pageCount(), 100);
+
+    list.read(TextCodec::encode(QStringLiteral("1#温度\n"), 1));
+    QCOMPARE(list.row(1), QStringLiteral("温度"));
+    QCOMPARE(list.row(0), QString());
+    QCOMPARE(list.pageCount(), 5);
+}
+
+void TestSerialEngine::writesTheListExactly()
+{
+    SendList list;
+    QVERIFY(list.setRow(SendList::index(7, 3), "last"));
+    QVERIFY(list.setRow(2, QStringLiteral("温#")));
+    QVERIFY(!list.setRow(2, QStringLiteral("温#")));
+    QVERIFY(list.setRow(0, "x"));
+    QVERIFY(list.setRow(0, ""));
+    QCOMPARE(list.write(), QByteArray("2#\xe6\xb8\xa9#\n63#last\n"));
+    QCOMPARE(list.pageCount(), 7);
+    SendList again;
+    again.read(list.write());
+    QCOMPARE(again.write(), list.write());
+}
+
+void TestSerialEngine::deletesPagesOfTheList()
+{
+    SendList list;
+    list.setRow(SendList::index(1, 9), "one");
+    list.setRow(SendList::index(2, 0), "two");
+    list.setRow(SendList::index(3, 4), "three");
+    list.removePage(2);
+    QCOMPARE(list.write(), QByteArray("9#one\n14#three\n"));
+    QVERIFY(list.clearPage(1));
+    QVERIFY(!list.clearPage(1));
+    QCOMPARE(list.write(), QByteArray("14#three\n"));
+}
+
+void TestSerialEngine::survivesHostileLists()
+{
+    SendList list;
+    list.read(QByteArray("99999999999999999999#x\n4294967296#y\n# \n") + "5#" + QByteArray(10 * 1000 * 1000, 'z'));
+    QCOMPARE(list.row(5).size(), 32767); // what a row can hold
+    QCOMPARE(list.write().count('\n'), 1);
+}
+
+void TestSerialEngine::editsLeadToTheWholeText_data()
+{
+    QTest::addColumn<int>("codec");
+    QTest::addColumn<int>("kind"); // 0 log text, 1 random bytes, 2 Chinese without line ends, 3 one letter
+    for (int codec = 0; codec < 2; ++codec) {
+        for (int kind = 0; kind < 4; ++kind)
+            QTest::addRow("codec %d kind %d", codec, kind) << codec << kind;
+    }
+}
+
+void TestSerialEngine::editsLeadToTheWholeText()
+{
+    QFETCH(int, codec);
+    QFETCH(int, kind);
+    QRandomGenerator random(static_cast<quint32>(codec * 10 + kind));
+    ReceiveBuffer buffer;
+    QByteArray held;
+    QString shown;
+    for (int round = 0; round < 600; ++round) {
+        QByteArray bytes;
+        const int size = round % 100 == 0 ? 25000 : random.bounded(200);
+        while (bytes.size() < size) {
+            if (kind == 0)
+                bytes += TextCodec::encode(QStringLiteral("温度 %1\r\n").arg(random.generate()), codec);
+            else if (kind == 1)
+                bytes += static_cast<char>(random.bounded(256));
+            else if (kind == 2)
+                bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
+            else
+                bytes += random.bounded(50) == 0 ? '\r' : 'A';
+        }
+        bytes.truncate(size); // cuts characters and line ends anywhere
+        const ReceiveBuffer::Edit edit = buffer.append(bytes, codec);
+        QVERIFY(edit.frontRemoved + edit.backRemoved <= shown.size());
+        shown = edit.frontInserted + shown.mid(edit.frontRemoved, shown.size() - edit.frontRemoved - edit.backRemoved)
+            + edit.backInserted;
+
+        held = (held + bytes).right(20480);
+        QString whole = TextCodec::codec(codec)->toUnicode(held);
+        whole.replace("\r\n", "\n").replace('\r', '\n');
+        for (const ushort end : {ushort(0x2029), ushort(0xFDD0), ushort(0xFDD1)})
+            whole.replace(QChar(end), '\n');
+        QCOMPARE(shown, whole);
+        QCOMPARE(buffer.text(), whole);
+    }
+}
+
+void TestSerialEngine::editsAreSmall()
+{
+    for (int codec = 0; codec < 2; ++codec) {
+        ReceiveBuffer buffer;
+        for (int i = 0; i < 3000; ++i) {
+            const QByteArray line = TextCodec::encode(QStringLiteral("第%1行 温度\r\n").arg(i, 6), codec);
+            const ReceiveBuffer::Edit edit = buffer.append(line, codec);
+            if (i > 2000) {
+                QVERIFY2(edit.frontRemoved < 60 && edit.frontInserted.size() < 60, "the front is redone");
+                QVERIFY2(edit.backRemoved < 10 && edit.backInserted.size() < 60, "the end is redone");
+            }
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(TestSerialEngine)
+#include "test_serial_engine.moc"

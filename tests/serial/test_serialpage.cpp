@@ -1,0 +1,520 @@
+// The serial page from its buttons to the wire and back, against a
+// pseudo-terminal as the board.
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "resources/korvexresources.h"
+#include "serial/qtterminalwidget.h"
+#include "serial/qttexteditinput.h"
+#include "serial/serialportwidget.h"
+#include "shell/base/dialoganswers.h"
+#include "shell/base/stateindicator.h"
+#include "tests/support/ptypeer.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLabel>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <sys/resource.h>
+
+class TestSerialPage : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void opensAndClosesWithNotices();
+    void namesWhatCannotBeOpened();
+    void writesTheChosenParameters();
+    void showsTheStoredDefaults();
+    void keepsTheChoiceInANewList();
+    void aNewListClosesThePort();
+    void aHangUpClosesThePort();
+    void waitsForQuiet();
+    void showsHexAndText();
+    void putsTimeStamps();
+    void countsWhatItDoesNotShow();
+    void sendsAndCounts();
+    void savesTextAndBytes();
+    void savesEverythingOfAFlood();
+    void tellsAFullDisk();
+    void closingFollowsTheSetting_data();
+    void closingFollowsTheSetting();
+    void closingAsksOnlyForWhatIsUnsaved();
+    void foldsItsPanel();
+    void endsDuringAFlood();
+
+private:
+    template<class Widget> Widget *child(const char *name) const
+    {
+        return m_page->findChild<Widget *>(QLatin1String(name));
+    }
+    void click(const char *button) { child<QAbstractButton>(button)->click(); }
+    void openPort(const QString &text = QString());
+    QString shown() { return child<QtTerminalWidget>("recvBrowser")->toPlainText(); }
+    qint64 received() const { return m_page->counts().at(1).toLongLong(); }
+    QString lastNotice() const { return m_notices->isEmpty() ? QString() : m_notices->last().at(0).toString(); }
+    int lastKind() const { return m_notices->isEmpty() ? -1 : m_notices->last().at(1).toInt(); }
+    void receive(const QByteArray &bytes);
+    void chooseFile(const QString &name);
+    static QByteArray contentOf(const QString &name);
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<PtyPeer> m_board;
+    std::unique_ptr<SerialportWidget> m_page;
+    std::unique_ptr<QSignalSpy> m_notices;
+};
+
+void TestSerialPage::initTestCase()
+{
+    initKorvexResources();
+}
+
+void TestSerialPage::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    AppPaths::setRoot(m_root->path());
+    AppPaths::makeFolders();
+    Settings::instance() = Settings();
+    m_board = std::make_unique<PtyPeer>();
+    m_page = std::make_unique<SerialportWidget>();
+    m_page->resize(900, 500);
+    m_page->show();
+    m_notices = std::make_unique<QSignalSpy>(m_page.get(), &SerialportWidget::signalNotify);
+}
+
+void TestSerialPage::cleanup()
+{
+    DialogAnswers::instance() = DialogAnswers();
+    m_page.reset();
+    m_board.reset();
+}
+
+void TestSerialPage::openPort(const QString &text)
+{
+    child<QComboBox>("comboPort")->setEditText(text.isEmpty() ? m_board->device() : text);
+    click("btnOpen");
+}
+
+void TestSerialPage::receive(const QByteArray &bytes)
+{
+    const qint64 before = received();
+    QVERIFY(m_board->write(bytes));
+    QTRY_COMPARE_WITH_TIMEOUT(received(), before + bytes.size(), 20000);
+}
+
+void TestSerialPage::chooseFile(const QString &name)
+{
+    DialogAnswers::instance().fileNames = [name](auto, auto, auto, auto) {
+        return name.isEmpty() ? QStringList() : QStringList(name);
+    };
+}
+
+QByteArray TestSerialPage::contentOf(const QString &name)
+{
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+}
+
+void TestSerialPage::opensAndClosesWithNotices()
+{
+    openPort();
+    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
+    QCOMPARE(lastKind(), 0);
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("关闭串口"));
+    QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+    for (const char *box : {"comboPort", "comboBaudRate", "comboParity", "comboDataBits", "comboStopBits"})
+        QVERIFY(!child<QComboBox>(box)->isEnabled());
+    click("btnOpen");
+    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+    QVERIFY(child<QComboBox>("comboPort")->isEnabled());
+    QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+}
+
+void TestSerialPage::namesWhatCannotBeOpened()
+{
+    click("btnOpen");
+    QCOMPARE(lastNotice(), QStringLiteral("当前系统未检测到任何串口，请重试!!!"));
+    QCOMPARE(lastKind(), 255);
+    openPort("no port at all");
+    QCOMPARE(lastNotice(), QStringLiteral("串口[no port at all]打开失败!!!"));
+    QCOMPARE(lastKind(), 255);
+    openPort(QStringLiteral("COM98 适配器"));
+    QCOMPARE(lastNotice(), QStringLiteral("串口[COM98 适配器]打开失败!!!"));
+    QCOMPARE(lastKind(), 255);
+    QVERIFY(child<QComboBox>("comboPort")->isEnabled());
+
+    // A port that another program holds.
+    SerialportWidget other;
+    other.findChild<QComboBox *>("comboPort")->setEditText(m_board->device());
+    other.findChild<QAbstractButton *>("btnOpen")->click();
+    openPort();
+    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开失败!!!").arg(m_board->device()));
+}
+
+void TestSerialPage::writesTheChosenParameters()
+{
+    child<QComboBox>("comboBaudRate")->setEditText("250000");
+    child<QComboBox>("comboStopBits")->setCurrentIndex(2);
+    openPort();
+    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+    QCOMPARE(file.value("Serialport/BaudRate").toInt(), 250000);
+    QCOMPARE(file.value("Serialport/DataBit").toInt(), 8);
+    QCOMPARE(file.value("Serialport/StopBit").toInt(), 2);
+    QCOMPARE(file.value("Serialport/Parity").toInt(), 0);
+    QVERIFY(!file.contains("Serialport/SotpBit"));
+    click("btnOpen");
+
+    // One and a half stop bits are refused by the system; the port stays open
+    // and the user is told.
+    child<QComboBox>("comboStopBits")->setCurrentIndex(1);
+    openPort();
+    QCOMPARE(m_notices->at(m_notices->count() - 2).at(0).toString(),
+             QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
+    QVERIFY(lastNotice().contains(QStringLiteral("停止位 1.5")));
+    QCOMPARE(lastKind(), 255);
+    receive("works");
+    QCOMPARE(shown(), QStringLiteral("works"));
+}
+
+void TestSerialPage::showsTheStoredDefaults()
+{
+    const auto texts = [](SerialportWidget &page) {
+        QStringList list;
+        for (const char *box : {"comboBaudRate", "comboDataBits", "comboStopBits", "comboParity"})
+            list.append(page.findChild<QComboBox *>(QLatin1String(box))->currentText());
+        return list;
+    };
+    Settings::writeDefaults();
+    Settings::load();
+    SerialportWidget fresh;
+    QCOMPARE(texts(fresh), (QStringList{"115200", "8", "1", QStringLiteral("无校验")}));
+    Settings::instance().serial = {1234567, 7, 2, 2};
+    fresh.reloadSettings();
+    QCOMPARE(texts(fresh), (QStringList{"1234567", "7", "2", QStringLiteral("偶校验")}));
+    Settings::instance().serial.stopBits = 0; // no entry has that text
+    fresh.reloadSettings();
+    QCOMPARE(texts(fresh).at(2), QStringLiteral("1"));
+}
+
+void TestSerialPage::keepsTheChoiceInANewList()
+{
+    auto *box = child<QComboBox>("comboPort");
+    m_page->SltSerialportChanged({"COM1 a", "COM2 b"});
+    QCOMPARE(box->currentText(), QStringLiteral("COM1 a"));
+    box->setCurrentIndex(1);
+    m_page->SltSerialportChanged({"COM1 a", "COM2 b", "COM3 c"});
+    QCOMPARE(box->currentText(), QStringLiteral("COM2 b"));
+    m_page->SltSerialportChanged({"COM1 a", "COM3 c"});
+    QCOMPARE(box->currentText(), QStringLiteral("COM1 a"));
+    box->setEditText("/dev/pts/99");
+    m_page->SltSerialportChanged({"COM1 a"});
+    QCOMPARE(box->currentText(), QStringLiteral("/dev/pts/99"));
+    m_page->SltSerialportChanged({});
+    QCOMPARE(box->currentText(), QStringLiteral("/dev/pts/99"));
+}
+
+void TestSerialPage::aNewListClosesThePort()
+{
+    openPort();
+    const QString name = m_board->device();
+    m_page->SltSerialportChanged({"COM1 a", name});
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("关闭串口"));
+    QCOMPARE(child<QComboBox>("comboPort")->currentText(), name);
+    // What came before counts, even when the line was not quiet yet.
+    QVERIFY(m_board->write("tail"));
+    QTest::qWait(1);
+    m_page->SltSerialportChanged({"COM1 a", name + QStringLiteral(" 描述")});
+    QCOMPARE(lastNotice(), QStringLiteral("当前串口已拔出，请重新打开!"));
+    QCOMPARE(lastKind(), 255);
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+    m_page->SltSerialportChanged({"COM1 a"});
+    QCOMPARE(m_notices->count(), 2); // told once
+}
+
+void TestSerialPage::aHangUpClosesThePort()
+{
+    openPort();
+    child<QtTextEditInput>("textEditSend")->setPlainText("ping");
+    click("checkAutoSend");
+    m_board->hangUp();
+    QTRY_COMPARE(lastNotice(), QStringLiteral("当前串口已拔出，请重新打开!"));
+    QCOMPARE(lastKind(), 255);
+    QVERIFY(!child<QAbstractButton>("checkAutoSend")->isChecked());
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+    QTest::qWait(50);
+    QCOMPARE(m_notices->count(), 2);
+    m_board = std::make_unique<PtyPeer>(); // and another board works
+    openPort();
+    receive("back");
+    QCOMPARE(shown(), QStringLiteral("back"));
+}
+
+void TestSerialPage::waitsForQuiet()
+{
+    openPort();
+    // Stands in for a line that pauses for less than the quiet time: the timer
+    // starts anew with every arrival.
+    QVERIFY(m_board->write("first "));
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 100) {
+        m_page->sltInterruptDetection();
+        QCoreApplication::processEvents();
+        QCOMPARE(received(), qint64(0));
+    }
+    QVERIFY(m_board->write("second"));
+    QTRY_COMPARE(received(), qint64(12));
+    QCOMPARE(shown(), QStringLiteral("first second"));
+}
+
+void TestSerialPage::showsHexAndText()
+{
+    openPort();
+    click("radioRecvHex");
+    receive("\x0A\x1B\xFF");
+    QCOMPARE(shown(), QStringLiteral("0A 1B FF "));
+    click("radioRecvText");
+    receive("\xce\xc2"); // GB18030 is the default
+    QCOMPARE(shown(), QStringLiteral("0A 1B FF 温"));
+    click("btnClearRecv");
+    QCOMPARE(shown(), QString());
+    receive(QByteArray("\0\x1b[0m", 5));
+    QCOMPARE(shown(), QString::fromLatin1("\0\x1b[0m", 5));
+}
+
+void TestSerialPage::putsTimeStamps()
+{
+    openPort();
+    click("checkTimeStamp");
+    receive("one");
+    click("radioRecvHex");
+    receive("\x01");
+    const QString stamp = QStringLiteral("\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\]");
+    const QRegularExpression plain("^" + stamp + " ASCII >\none" + stamp + " HEX >\n01 $");
+    QVERIFY2(plain.match(shown()).hasMatch(), qPrintable(shown()));
+
+    click("btnClearRecv");
+    click("checkLogMode");
+    receive("\x02");
+    const QRegularExpression logHex("^\n" + stamp + " Hex >\n02 $");
+    QVERIFY2(logHex.match(shown()).hasMatch(), qPrintable(shown()));
+    click("radioRecvText");
+    receive("line\n");
+    receive("next");
+    const QRegularExpression log("^\n" + stamp + " ASCII >\nline\n\n" + stamp + " ASCII >\nnext$");
+    QVERIFY2(log.match(shown()).hasMatch(), qPrintable(shown()));
+}
+
+void TestSerialPage::countsWhatItDoesNotShow()
+{
+    openPort();
+    const QSignalSpy refreshes(m_page.get(), &SerialportWidget::signalRefresCounts);
+    click("checkStopShow");
+    receive("hidden");
+    QCOMPARE(shown(), QString());
+    QTRY_COMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 6"));
+    QTRY_VERIFY(!refreshes.isEmpty());
+    QCOMPARE(refreshes.last().at(0).toInt(), 0);
+    m_page->clearCounts();
+    QCOMPARE(m_page->counts(), (QStringList{"0", "0"}));
+    QCOMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 0"));
+    QCOMPARE(m_page->spool().read(0, 100), QByteArray("hidden"));
+}
+
+void TestSerialPage::sendsAndCounts()
+{
+    m_page->SltWriteDataToSerialport("dropped");
+    QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
+    openPort();
+    auto *editor = child<QtTextEditInput>("textEditSend");
+    editor->setPlainText("AT");
+    click("checkNewline");
+    click("btnSingleSend");
+    QCOMPARE(m_board->read(4), QByteArray("AT\r\n"));
+    click("radioSendHex");
+    editor->setPlainText("00 ff");
+    click("btnSingleSend");
+    QCOMPARE(m_board->read(4), QByteArray("\x00\xff\r\n", 4));
+    QTRY_COMPARE(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 8"));
+
+    // A board that takes nothing: what waits is bounded, and the user is told.
+    const QByteArray piece(4 * 1000 * 1000, 'x');
+    for (int i = 0; i < 10; ++i)
+        m_page->SltWriteDataToSerialport(piece);
+    QVERIFY(lastKind() == 255);
+    QVERIFY(m_page->counts().at(0).toLongLong() < 20 * 1000 * 1000);
+}
+
+void TestSerialPage::savesTextAndBytes()
+{
+    const QString text = m_root->filePath(QStringLiteral("记录.txt"));
+    const QString bytes = m_root->filePath("data.bin");
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("当前无数据需要保存！"));
+    openPort();
+    const QByteArray first("before\r\n");
+    const QByteArray second("\xce\xc2\x80\xff" "end\r\n");
+    receive(first);
+    click("btnClearRecv");
+    receive(second);
+    chooseFile(text);
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+    QVERIFY(contentOf(text).startsWith("\xce\xc2"));
+    QVERIFY(contentOf(text).endsWith("end\n"));
+    QVERIFY(!contentOf(text).contains("before"));
+    chooseFile(bytes);
+    click("btnSaveRecv");
+    QCOMPARE(contentOf(bytes), first + second); // the whole session, as it came
+    chooseFile(m_root->filePath("no/such/folder/x.txt"));
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存失败!"));
+    QCOMPARE(lastKind(), 255);
+    const int notices = m_notices->count();
+    chooseFile(QString()); // cancelled
+    click("btnSaveRecv");
+    QCOMPARE(m_notices->count(), notices);
+}
+
+void TestSerialPage::savesEverythingOfAFlood()
+{
+    openPort();
+    QByteArray all;
+    for (int i = 0; all.size() < 2 * 1000 * 1000; ++i)
+        all += "line " + QByteArray::number(i) + " \xce\xc2\n";
+    QVERIFY(m_board->write(all));
+    QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(all.size()), 20000);
+    for (const char *name : {"a.txt", "a.bin"}) {
+        chooseFile(m_root->filePath(QLatin1String(name)));
+        click("btnSaveRecv");
+        QVERIFY2(contentOf(m_root->filePath(QLatin1String(name))) == all, name);
+    }
+}
+
+void TestSerialPage::tellsAFullDisk()
+{
+    openPort();
+    receive(QByteArray(500, 'a'));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit tight = before;
+    tight.rlim_cur = 1000;
+    setrlimit(RLIMIT_FSIZE, &tight);
+    receive(QByteArray(800, 'b'));
+    const QString notice = lastNotice();
+    chooseFile(m_root->filePath("full.txt"));
+    click("btnSaveRecv");
+    const QString saved = lastNotice();
+    setrlimit(RLIMIT_FSIZE, &before);
+    QVERIFY2(notice.contains(QStringLiteral("磁盘空间")), qPrintable(notice));
+    QCOMPARE(saved, QStringLiteral("文件保存失败!"));
+    QCOMPARE(shown(), QString(500, 'a') + QString(800, 'b'));
+    QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
+    chooseFile(m_root->filePath("room.bin"));
+    click("btnSaveRecv"); // the user has made room
+    QCOMPARE(contentOf(m_root->filePath("room.bin")), QByteArray(500, 'a') + QByteArray(800, 'b'));
+}
+
+void TestSerialPage::closingFollowsTheSetting_data()
+{
+    QTest::addColumn<int>("behaviour");
+    QTest::addColumn<bool>("saves");
+    QTest::addColumn<bool>("closes");
+    QTest::addColumn<int>("questions");
+    QTest::newRow("discard") << int(Settings::Discard) << false << true << 0;
+    QTest::newRow("ask, no") << int(Settings::Ask) << false << true << 1;
+    QTest::newRow("ask, yes") << int(Settings::Ask) << true << true << 1;
+    QTest::newRow("ask, yes, cancelled") << int(Settings::Ask) << true << false << 1;
+    QTest::newRow("by itself") << int(Settings::AutoSave) << true << true << 0;
+}
+
+void TestSerialPage::closingFollowsTheSetting()
+{
+    QFETCH(int, behaviour);
+    QFETCH(bool, saves);
+    QFETCH(bool, closes);
+    QFETCH(int, questions);
+    openPort();
+    receive("data");
+    Settings::instance().closeBehaviour = behaviour;
+    QStringList asked;
+    DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+        asked.append(text);
+        return saves ? 1 : 0;
+    };
+    const QString name = m_root->filePath("asked.txt");
+    chooseFile(closes ? name : QString());
+    QCOMPARE(m_page->prepareToClose(), closes);
+    QCOMPARE(asked.size(), questions);
+    if (questions > 0)
+        QCOMPARE(asked.first(), QStringLiteral("当前有数据未保存，是否保存接收数据?"));
+    if (behaviour == Settings::Ask && saves && closes)
+        QCOMPARE(contentOf(name), QByteArray("data"));
+    if (behaviour == Settings::AutoSave) {
+        receive(" and more");
+        QVERIFY(m_page->prepareToClose()); // within the same second: another name
+        const QDir folder(m_root->filePath("save"));
+        const QStringList files = folder.entryList({"recv_*.txt"}, QDir::Files, QDir::Name);
+        QCOMPARE(files.size(), 2);
+        QCOMPARE(contentOf(folder.filePath(files.at(0))), QByteArray("data"));
+        QCOMPARE(contentOf(folder.filePath(files.at(1))), QByteArray("data and more"));
+    }
+}
+
+void TestSerialPage::closingAsksOnlyForWhatIsUnsaved()
+{
+    Settings::instance().closeBehaviour = Settings::Ask;
+    int asked = 0;
+    DialogAnswers::instance().message = [&](auto, auto, auto) {
+        ++asked;
+        return 0;
+    };
+    QVERIFY(m_page->prepareToClose());
+    openPort();
+    receive("data");
+    chooseFile(m_root->filePath("saved.txt"));
+    click("btnSaveRecv");
+    QVERIFY(m_page->prepareToClose());
+    receive("more");
+    click("btnClearRecv");
+    QVERIFY(m_page->prepareToClose());
+    QCOMPARE(asked, 0);
+    click("checkStopShow");
+    receive("not shown, not saved");
+    QVERIFY(m_page->prepareToClose());
+    QCOMPARE(asked, 1);
+}
+
+void TestSerialPage::foldsItsPanel()
+{
+    auto *fold = child<QAbstractButton>("btnFold");
+    QCOMPARE(fold->text(), QStringLiteral("隐藏配置界面"));
+    fold->click();
+    QCOMPARE(fold->text(), QStringLiteral("显示配置界面"));
+    QVERIFY(!child<QWidget>("configPanel")->isVisible());
+    fold->click();
+    QVERIFY(child<QWidget>("configPanel")->isVisible());
+}
+
+void TestSerialPage::endsDuringAFlood()
+{
+    openPort();
+    QVERIFY(m_board->write(QByteArray(3 * 1000 * 1000, 'x')));
+    QTRY_VERIFY(received() > 0);
+    click("btnClearRecv");
+    QVERIFY(m_board->write(QByteArray(3 * 1000 * 1000, 'y')));
+    m_page.reset();
+}
+
+QTEST_MAIN(TestSerialPage)
+#include "test_serialpage.moc"

@@ -1,0 +1,406 @@
+// The receive display: what it shows, what it hands out, and that the user's
+// selection and scroll position survive what comes in.
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "app/textcodec.h"
+#include "resources/korvexresources.h"
+#include "serial/loglayout.h"
+#include "serial/qtterminalwidget.h"
+
+#include <QClipboard>
+#include <QRandomGenerator>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestTerminal : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void logViewEqualsReplacingTheText_data();
+    void logViewEqualsReplacingTheText();
+    void logViewPutsHeadersBeforeLines();
+    void logViewBoundsTheText();
+    void logViewDropsHexadecimalAtTheNextText();
+    void showsChunksBehindHeaders();
+    void joinsWhatAChunkEndCut();
+    void changesCodecBetweenChunks();
+    void showsFloodsInSlices();
+    void directInsertAndLineMode();
+
+    void longParagraphsShowNoCuts();
+    void copiesWithoutCuts();
+    void keepsSelectionAndScrollPosition();
+    void followsOnlyAtTheEnd();
+    void movesOldTextToDisk();
+    void clearsEverything();
+    void breaksLinesByColumns();
+    void hitsTheCharacterUnderThePointer();
+    void survivesHostileText();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<QtTerminalWidget> m_terminal;
+};
+
+void TestTerminal::initTestCase()
+{
+    initKorvexResources();
+}
+
+void TestTerminal::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    AppPaths::setRoot(m_root->path());
+    AppPaths::makeFolders();
+    Settings::instance() = Settings();
+    m_terminal = std::make_unique<QtTerminalWidget>();
+    m_terminal->resize(600, 300);
+    m_terminal->show();
+}
+
+void TestTerminal::cleanup()
+{
+    m_terminal.reset();
+}
+
+void TestTerminal::logViewEqualsReplacingTheText_data()
+{
+    QTest::addColumn<int>("codec");
+    QTest::addColumn<bool>("hostile");
+    QTest::newRow("UTF-8 log") << 0 << false;
+    QTest::newRow("UTF-8 noise") << 0 << true;
+    QTest::newRow("GB18030 log") << 1 << false;
+    QTest::newRow("GB18030 noise") << 1 << true;
+}
+
+void TestTerminal::logViewEqualsReplacingTheText()
+{
+    QFETCH(int, codec);
+    QFETCH(bool, hostile);
+    Settings::instance().textCodec = codec;
+    QRandomGenerator random(7);
+    QByteArray held;
+    QTextEdit reference;
+    for (int round = 0; round < 400; ++round) {
+        QByteArray bytes;
+        const int size = round == 200 ? 30000 : random.bounded(300);
+        while (bytes.size() < size)
+            bytes += hostile ? QByteArray(1, static_cast<char>(random.bounded(256)))
+                             : TextCodec::encode(QStringLiteral("第%1行 \t温度=%2\r\n").arg(round).arg(bytes.size()), codec);
+        bytes.truncate(size);
+        m_terminal->insertRecvData(bytes, false, false);
+        held = (held + bytes).right(20480);
+        if (round % 20 == 0 || round > 390) {
+            reference.setPlainText(TextCodec::decode(held, codec));
+            // The reference hands out no-break spaces as spaces.
+            QCOMPARE(m_terminal->toPlainText().replace(QChar::Nbsp, ' ').replace(QChar::LineSeparator, '\n'),
+                     reference.toPlainText());
+            QCOMPARE(m_terminal->document()->blockCount(), reference.document()->blockCount());
+        }
+    }
+}
+
+void TestTerminal::logViewPutsHeadersBeforeLines()
+{
+    m_terminal->insertRecvData("ab", false, true);
+    m_terminal->insertRecvData("c\n", false, true);
+    m_terminal->insertRecvData("d", false, true);
+    const QRegularExpression form("^\n\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] ASCII >\nabc\n"
+                                  "\n\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] ASCII >\nd$");
+    QVERIFY2(form.match(m_terminal->toPlainText()).hasMatch(), qPrintable(m_terminal->toPlainText()));
+
+    m_terminal->clearTerminal();
+    m_terminal->insertRecvData("\x0A\xFF", true, true);
+    m_terminal->insertRecvData("\x01", true, false);
+    const QRegularExpression hexForm("^\n\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] Hex >\n0A FF 01 $");
+    QVERIFY2(hexForm.match(m_terminal->toPlainText()).hasMatch(), qPrintable(m_terminal->toPlainText()));
+}
+
+void TestTerminal::logViewBoundsTheText()
+{
+    QByteArray bytes;
+    for (int i = 0; bytes.size() < 30000; ++i)
+        bytes += QByteArray::number(i) + '\n';
+    for (int i = 0; i < bytes.size(); i += 1000)
+        m_terminal->insertRecvData(bytes.mid(i, 1000), false, false);
+    QCOMPARE(m_terminal->toPlainText(), QString::fromLatin1(bytes.right(20480)));
+}
+
+void TestTerminal::logViewDropsHexadecimalAtTheNextText()
+{
+    m_terminal->insertRecvData("text", false, false);
+    m_terminal->insertRecvData("\x01\x02", true, false);
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("text01 02 "));
+    m_terminal->insertRecvData("!", false, false);
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("text!"));
+}
+
+void TestTerminal::showsChunksBehindHeaders()
+{
+    m_terminal->showReceived(QByteArray("\x0A\x1B\xFF"), QString(), true);
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("0A 1B FF "));
+    m_terminal->clearTerminal();
+    m_terminal->showReceived("one", "[12:00:00.000] ASCII >\n", false);
+    m_terminal->showReceived("two\n", "[12:00:00.020] ASCII >\n", false);
+    m_terminal->showReceived(QByteArray("\x01"), "[12:00:00.040] HEX >\n", true);
+    QCOMPARE(m_terminal->toPlainText(),
+             QStringLiteral("[12:00:00.000] ASCII >\none[12:00:00.020] ASCII >\ntwo\n[12:00:00.040] HEX >\n01 "));
+}
+
+void TestTerminal::joinsWhatAChunkEndCut()
+{
+    for (int codec = 0; codec < 2; ++codec) {
+        Settings::instance().textCodec = codec;
+        const QString text = QStringLiteral("温度: 25\r\n湿度: 60\r\rend\n");
+        const QByteArray bytes = TextCodec::encode(text, codec);
+        for (int cut = 1; cut < bytes.size(); ++cut) {
+            m_terminal->clearTerminal();
+            m_terminal->showReceived(bytes.left(cut), QString(), false);
+            m_terminal->showReceived(bytes.mid(cut), QString(), false);
+            QCOMPARE(m_terminal->toPlainText(), QStringLiteral("温度: 25\n湿度: 60\n\nend\n"));
+        }
+    }
+}
+
+void TestTerminal::changesCodecBetweenChunks()
+{
+    Settings::instance().textCodec = 0;
+    m_terminal->showReceived("\xe6\xb8\xa9\xe6", QString(), false); // one and a third characters
+    m_terminal->toPlainText();
+    Settings::instance().textCodec = 1;
+    m_terminal->showReceived("\xce\xc2", QString(), false);
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("温温"));
+}
+
+void TestTerminal::showsFloodsInSlices()
+{
+    QByteArray bytes;
+    for (int i = 0; bytes.size() < 3 * 1000 * 1000; ++i)
+        bytes += QByteArray::number(i) + " 0123456789 abcdefghij\n";
+    QElapsedTimer clock;
+    clock.start();
+    m_terminal->showReceived(bytes, QString(), false);
+    QVERIFY(m_terminal->queuedBytes() > 0); // came back before all was shown
+    QVERIFY(m_terminal->document()->characterCount() > 1000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_terminal->queuedBytes(), qint64(0), 60000);
+    QCOMPARE(m_terminal->toPlainText(), QString::fromLatin1(bytes));
+}
+
+void TestTerminal::directInsertAndLineMode()
+{
+    m_terminal->insertTerminalText("abc");
+    m_terminal->insertTerminalText("def\n");
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("abcdef\n"));
+    m_terminal->clearTerminal();
+    m_terminal->setDirectInsert(false);
+    m_terminal->insertTerminalText("10%\r50%\r100%\r\nne");
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("100%\nne"));
+    m_terminal->insertTerminalText("xt\r\n");
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("100%\nnext\n"));
+}
+
+void TestTerminal::longParagraphsShowNoCuts()
+{
+    QByteArray bytes;
+    QRandomGenerator random(3);
+    for (int i = 0; i < 50; ++i) {
+        QByteArray piece;
+        for (int n = random.bounded(3000); n >= 0; --n)
+            piece += static_cast<char>(random.bounded(256));
+        bytes += piece;
+        m_terminal->showReceived(piece, QString(), true);
+    }
+    const QString expected = QString::fromLatin1(bytes.toHex(' ').toUpper()) + ' ';
+    QCOMPARE(m_terminal->toPlainText(), expected);
+    QVERIFY(m_terminal->document()->blockCount() > 10); // it was stored in pieces
+    // A character outside the first plane is never cut in two.
+    m_terminal->clearTerminal();
+    const QString smile = QString::fromUcs4(U"\U0001F600");
+    const QString many = QStringLiteral("x") + smile.repeated(3000);
+    m_terminal->insertTerminalText(many);
+    QCOMPARE(m_terminal->toPlainText(), many);
+    for (QTextBlock block = m_terminal->document()->firstBlock(); block.isValid(); block = block.next())
+        QVERIFY(!block.text().isEmpty() && !block.text().at(block.text().size() - 1).isHighSurrogate());
+}
+
+void TestTerminal::copiesWithoutCuts()
+{
+    const QString text = QStringLiteral("first\n") + QString(5000, 'x') + QStringLiteral("\nlast");
+    m_terminal->insertTerminalText(text);
+    m_terminal->selectAll();
+    m_terminal->copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), text);
+    QTextCursor some = m_terminal->textCursor();
+    some.setPosition(3);
+    some.setPosition(6 + 2048 + 1 + 10, QTextCursor::KeepAnchor); // ten characters behind the first cut
+    m_terminal->setTextCursor(some);
+    m_terminal->copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), text.mid(3, 3 + 2048 + 10));
+}
+
+void TestTerminal::keepsSelectionAndScrollPosition()
+{
+    QString lines;
+    for (int i = 0; i < 200; ++i)
+        lines += QStringLiteral("line %1\n").arg(i);
+    m_terminal->insertTerminalText(lines);
+    QTextCursor selection = m_terminal->textCursor();
+    selection.setPosition(5);
+    selection.setPosition(25, QTextCursor::KeepAnchor);
+    m_terminal->setTextCursor(selection);
+    const QString selected = selection.selectedText();
+    m_terminal->verticalScrollBar()->setValue(50);
+    m_terminal->showReceived(QByteArray(500, 'a') + '\n', QString(), false);
+    m_terminal->toPlainText();
+    QCOMPARE(m_terminal->textCursor().selectedText(), selected);
+    QCOMPARE(m_terminal->verticalScrollBar()->value(), 50);
+
+    // A selection that reaches the very end does not grow.
+    m_terminal->selectAll();
+    const int end = m_terminal->textCursor().selectionEnd();
+    m_terminal->insertTerminalText("more");
+    QCOMPARE(m_terminal->textCursor().selectionEnd(), end);
+    QCOMPARE(m_terminal->textCursor().selectionStart(), 0);
+}
+
+void TestTerminal::followsOnlyAtTheEnd()
+{
+    QScrollBar *bar = m_terminal->verticalScrollBar();
+    for (int i = 0; i < 100; ++i)
+        m_terminal->insertTerminalText("line\n");
+    QVERIFY(bar->maximum() > 0);
+    QCOMPARE(bar->value(), bar->maximum());
+    bar->setValue(bar->maximum() - 100);
+    const int before = bar->value();
+    m_terminal->insertTerminalText("line\nline\n");
+    QCOMPARE(bar->value(), before);
+    bar->setValue(bar->maximum());
+    m_terminal->insertTerminalText("line\nline\n");
+    QCOMPARE(bar->value(), bar->maximum());
+
+    // The log view drops lines at its front; the reader's lines stay in place.
+    m_terminal->clearTerminal();
+    QByteArray full;
+    for (int i = 0; full.size() < 20480; ++i)
+        full += QByteArray::number(100000 + i) + '\n';
+    m_terminal->insertRecvData(full.left(20475), false, false);
+    const auto lineOnTop = [this] { return m_terminal->cursorForPosition(QPoint(5, 10)).block().text(); };
+    bar->setValue(bar->maximum() / 2);
+    const QString top = lineOnTop();
+    for (int i = 0; i < 20; ++i)
+        m_terminal->insertRecvData("new line\nnew line\n", false, false);
+    QCOMPARE(lineOnTop(), top);
+}
+
+void TestTerminal::movesOldTextToDisk()
+{
+    m_terminal->setBounds(50 * 1000, 500);
+    QString all;
+    for (int i = 0; i < 60; ++i) {
+        QString piece;
+        for (int line = 0; line < 40; ++line)
+            piece += QStringLiteral("%1 温度 %2\n").arg(i * 40 + line).arg(QString(line * 3, 'x'));
+        piece += QString(2600, QChar(0x6E29)); // a paragraph that is stored in pieces
+        all += piece;
+        m_terminal->insertTerminalText(piece);
+    }
+    QVERIFY(m_terminal->document()->characterCount() <= 50 * 1000 + 6000);
+    QVERIFY(m_terminal->document()->blockCount() <= 500 + 50);
+    QVERIFY(all.endsWith(m_terminal->toPlainText()));
+    QString handedOut;
+    {
+        QtTerminalWidget::Reader reader(*m_terminal);
+        for (QString text = reader.next(); !text.isEmpty(); text = reader.next())
+            handedOut += text;
+        QVERIFY(!reader.failed());
+    }
+    QVERIFY(handedOut == all);
+}
+
+void TestTerminal::clearsEverything()
+{
+    m_terminal->setBounds(1000, 10);
+    m_terminal->showReceived(QByteArray(100 * 1000, '\n'), QString(), false);
+    QVERIFY(!m_terminal->isEmpty());
+    m_terminal->clearTerminal();
+    QVERIFY(m_terminal->isEmpty());
+    QCOMPARE(m_terminal->queuedBytes(), qint64(0));
+    QCOMPARE(m_terminal->toPlainText(), QString());
+    QtTerminalWidget::Reader reader(*m_terminal);
+    QCOMPARE(reader.next(), QString());
+}
+
+void TestTerminal::breaksLinesByColumns()
+{
+    const auto end = [](const QString &text, int start, int columns) {
+        return LogLayout::lineEnd(text.constData(), text.size(), start, columns);
+    };
+    QCOMPARE(end("abcdef", 0, 4), 4);
+    QCOMPARE(end("abcdef", 4, 4), 6);
+    QCOMPARE(end(QStringLiteral("ab温度"), 0, 5), 3);
+    QCOMPARE(end("a\tb", 0, 8), 2);
+    QCOMPARE(end("a\tb", 0, 9), 3);
+    QCOMPARE(end(QString::fromUcs4(U"\U0001F600\U0001F600"), 0, 3), 2);
+    QCOMPARE(end(QStringLiteral("温"), 0, 1), 1); // never an empty line
+
+    // The height is the number of such lines, for any width.
+    const QString text = QString(1000, 'x') + QStringLiteral("\n温度") + QString(500, QChar(0x6E29));
+    m_terminal->insertTerminalText(text);
+    const auto *layout = static_cast<LogLayout *>(m_terminal->document()->documentLayout());
+    for (const int width : {300, 600, 451}) {
+        m_terminal->resize(width, 300);
+        const qreal margin = m_terminal->document()->documentMargin();
+        const int columns = static_cast<int>((m_terminal->document()->pageSize().width() - 2 * margin)
+                                             / QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0'));
+        int lines = 0;
+        for (const QString &paragraph : text.split('\n')) {
+            for (int start = 0; start < paragraph.size(); ++lines)
+                start = end(paragraph, start, columns);
+        }
+        QCOMPARE(layout->documentSize().height(), lines * layout->lineHeight() + 2 * margin);
+    }
+}
+
+void TestTerminal::hitsTheCharacterUnderThePointer()
+{
+    QString text;
+    for (int i = 0; i < 30; ++i)
+        text += QStringLiteral("%1 %2温度 end\n").arg(i).arg(QString(i * 20, 'x'));
+    m_terminal->insertTerminalText(text);
+    m_terminal->verticalScrollBar()->setValue(0);
+    auto *layout = m_terminal->document()->documentLayout();
+    for (int position = 0; position < text.size(); position += 7) {
+        const QTextBlock block = m_terminal->document()->findBlock(position);
+        const QRectF rect = layout->blockBoundingRect(block);
+        const QTextLine line = block.layout()->lineForTextPosition(position - block.position());
+        QVERIFY(line.isValid());
+        const QPointF point(line.cursorToX(position - block.position()) + 1,
+                            rect.top() + line.position().y() + line.height() / 2);
+        QCOMPARE(layout->hitTest(point, Qt::FuzzyHit), position);
+    }
+    QCOMPARE(layout->hitTest(QPointF(5, -50), Qt::FuzzyHit), 0);
+    QCOMPARE(layout->hitTest(QPointF(5, 1e6), Qt::ExactHit), -1);
+}
+
+void TestTerminal::survivesHostileText()
+{
+    QByteArray bytes("nul \0 bell \a esc \x1b[31m red \x7f \xef\xbf\xbc \xe2\x80\xa8 separator", 50);
+    m_terminal->showReceived(bytes, QString(), false);
+    m_terminal->showReceived(QByteArray(), QString(), false);
+    m_terminal->grab(); // draws it
+    QVERIFY(m_terminal->toPlainText().startsWith(QString::fromLatin1("nul \0 bell", 10)));
+    for (int key : {Qt::Key_Down, Qt::Key_End, Qt::Key_PageDown, Qt::Key_Up, Qt::Key_Home})
+        QTest::keyClick(m_terminal.get(), static_cast<Qt::Key>(key), Qt::ShiftModifier);
+    m_terminal->resize(5, 5);
+    m_terminal->grab();
+}
+
+QTEST_MAIN(TestTerminal)
+#include "test_terminal.moc"

@@ -1,0 +1,402 @@
+// The main window with its real pages: routing of counts and notices, menus
+// and settings, the ways out. The serial page is fed through a pseudo-terminal
+// where the system has them.
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "app/settingskeys.h"
+#include "app/skin.h"
+#include "camera/cameradebugwidget.h"
+#include "hexedit/hexeditwidget.h"
+#include "network/networktoolwidget.h"
+#include "pid/piddebugwidget.h"
+#include "resources/korvexresources.h"
+#include "serial/serialportwidget.h"
+#include "shell/base/dialoganswers.h"
+#include "shell/base/emptystate.h"
+#include "shell/base/qtmessagetip.h"
+#include "shell/base/qttitlebar.h"
+#include "shell/window/mainwindow.h"
+#include "shell/window/qtcountlabel.h"
+#include "shell/window/qtstatusbar.h"
+#include "shell/window/qttabbar.h"
+#include "shell/window/statuslabel.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QFile>
+#include <QMenu>
+#include <QPushButton>
+#include <QSettings>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+QAction *actionOf(MainWindow &window, const QString &text)
+{
+    const auto menus = window.findChildren<QMenu *>();
+    for (QMenu *menu : menus) {
+        const auto actions = menu->actions();
+        for (QAction *action : actions)
+            if (action->text() == text)
+                return action;
+    }
+    return nullptr;
+}
+
+QStringList textsOf(const QMenu *menu)
+{
+    QStringList texts;
+    const auto actions = menu->actions();
+    for (const QAction *action : actions) {
+        texts += action->text();
+        if (action->menu())
+            texts += QLatin1Char('<') + textsOf(action->menu()).join(QLatin1Char(',')) + QLatin1Char('>');
+    }
+    return texts;
+}
+
+QByteArray configBytes()
+{
+    QFile file(AppPaths::configFile());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QVariant stored(const QLatin1String &key)
+{
+    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+    file.beginGroup(SettingsKeys::Common::group);
+    return file.value(key);
+}
+
+QString countText(MainWindow &window, const char *name)
+{
+    return window.findChild<QtCountLabel *>(QLatin1String(name))->text();
+}
+
+class AskingPage : public QtWidgetBase
+{
+public:
+    bool prepareToClose() override
+    {
+        ++asked;
+        if (whileAsked)
+            whileAsked();
+        return agrees;
+    }
+    int asked = 0;
+    bool agrees = true;
+    std::function<void()> whileAsked;
+};
+
+} // namespace
+
+class MainWindowTest : public QObject
+{
+    Q_OBJECT
+
+public slots:
+    void openUrl(const QUrl &url) { m_opened += url.toString(); }
+
+private slots:
+    void initTestCase()
+    {
+        initKorvexResources();
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "openUrl");
+    }
+    void init()
+    {
+        m_root.reset(new QTemporaryDir);
+        AppPaths::setRoot(m_root->path());
+        AppPaths::makeFolders();
+        Settings::writeDefaults();
+        Settings::load();
+        Skin::apply(Settings::instance().skin);
+        m_opened.clear();
+    }
+    void cleanup()
+    {
+        DialogAnswers::instance() = {};
+        if (QtMessageTip::current())
+            QtMessageTip::current()->close();
+    }
+
+    void structure()
+    {
+        MainWindow window;
+        QCOMPARE(window.objectName(), QStringLiteral("MainWindow"));
+        QCOMPARE(window.minimumSize(), QSize(800, 500));
+        QCOMPARE(window.layout()->contentsMargins(), QMargins(1, 1, 1, 1));
+        QCOMPARE(window.layout()->spacing(), 0);
+        QCOMPARE(window.layout()->count(), 4);
+        QCOMPARE(window.findChild<QtTitleBar *>()->title(), QStringLiteral("Orvane多功能调试助手"));
+        auto *tabs = window.findChild<QtTabBar *>();
+        QStringList texts;
+        for (int i = 0; i < tabs->count(); ++i)
+            texts += tabs->tabText(i);
+        QCOMPARE(texts.join(QLatin1Char('|')),
+                 QStringLiteral("串口调试助手|摄像头调试助手|网络调试助手|PID调试助手|二进制文件编辑器"));
+        auto *stack = window.findChild<QStackedWidget *>(QStringLiteral("pageStack"));
+        QVERIFY(qobject_cast<SerialportWidget *>(stack->widget(0)));
+        QVERIFY(qobject_cast<CameraDebugWidget *>(stack->widget(1)));
+        QVERIFY(qobject_cast<NetworkToolWidget *>(stack->widget(2)));
+        QVERIFY(qobject_cast<PidDebugWidget *>(stack->widget(3)));
+        QVERIFY(qobject_cast<HexEditWidget *>(stack->widget(4)));
+        // The tools that are to come say so and count nothing.
+        for (int i = 1; i < stack->count(); ++i) {
+            auto *empty = stack->widget(i)->findChild<EmptyState *>();
+            QVERIFY(empty && empty->text().endsWith(QStringLiteral("将在后续版本提供")));
+            QVERIFY(static_cast<QtWidgetBase *>(stack->widget(i))->counts().isEmpty());
+        }
+        window.show();
+        window.resize(800, 500);
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE(window.size(), QSize(800, 500));
+        QVERIFY(tabs->tabRect(4).right() < 800); // no tab out of reach
+    }
+
+    void tabsChangeTools()
+    {
+        MainWindow window;
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        auto *tabs = window.findChild<QtTabBar *>();
+        auto *stack = window.findChild<QStackedWidget *>(QStringLiteral("pageStack"));
+        QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(2).center());
+        QCOMPARE(stack->currentIndex(), 2);
+        const auto shortcut = [&window](Qt::Key key, Qt::KeyboardModifiers modifiers) {
+            QTest::keyClick(window.windowHandle(), key, modifiers);
+        };
+        shortcut(Qt::Key_Tab, Qt::ControlModifier);
+        QCOMPARE(stack->currentIndex(), 3);
+        shortcut(Qt::Key_5, Qt::ControlModifier);
+        QCOMPARE(stack->currentIndex(), 4);
+        shortcut(Qt::Key_Tab, Qt::ControlModifier);
+        QCOMPARE(stack->currentIndex(), 0);
+        shortcut(Qt::Key_Tab, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(stack->currentIndex(), 4);
+        QCOMPARE(tabs->currentIndex(), 4);
+    }
+
+    void menusAsStated()
+    {
+        MainWindow window;
+        QCOMPARE(textsOf(window.findChild<QMenu *>(QStringLiteral("settingsMenu"))).join(QLatin1Char(' ')),
+                 QStringLiteral("接收区设置 发送区设置 编码设置 <UTF-8,GB18030> 主题 <深色,浅色,黄色> "
+                                "数据缓存 <关闭时不提醒,关闭时提醒,自动保存> 恢复默认设置 退出"));
+        QCOMPARE(textsOf(window.findChild<QMenu *>(QStringLiteral("helpMenu"))).join(QLatin1Char(' ')),
+                 QStringLiteral("关于... 检查版本更新 关于Orvane科技"));
+    }
+
+    void checksFollowSettings()
+    {
+        Settings::instance().textCodec = 0;
+        Settings::instance().skin = 2;
+        Settings::instance().closeBehaviour = Settings::Ask;
+        MainWindow window;
+        const auto checked = [&window](const char *text) {
+            return actionOf(window, QString::fromUtf8(text))->isChecked();
+        };
+        QVERIFY(checked("UTF-8") && !checked("GB18030"));
+        QVERIFY(checked("黄色") && !checked("深色"));
+        QVERIFY(checked("关闭时提醒") && !checked("自动保存"));
+
+        actionOf(window, QStringLiteral("GB18030"))->trigger();
+        QCOMPARE(Settings::instance().textCodec, 1);
+        QCOMPARE(stored(SettingsKeys::Common::textCodec).toInt(), 1);
+        QVERIFY(checked("GB18030") && !checked("UTF-8"));
+        actionOf(window, QStringLiteral("浅色"))->trigger();
+        QCOMPARE(Settings::instance().skin, 1);
+        QCOMPARE(stored(SettingsKeys::Common::skin).toInt(), 1);
+        QCOMPARE(Skin::palette().name, QStringLiteral("white"));
+        actionOf(window, QStringLiteral("自动保存"))->trigger();
+        QCOMPARE(Settings::instance().closeBehaviour, 2);
+        QCOMPARE(stored(SettingsKeys::Common::buffer).toInt(), 2);
+    }
+
+    void unknownActionsDoNothing()
+    {
+        MainWindow window;
+        const QByteArray before = configBytes();
+        for (const auto *text : {"中文", "English", "别的"}) {
+            QAction action(QString::fromUtf8(text));
+            window.SltActionTrigger(&action);
+            window.SltAboutMenuTrigger(&action);
+        }
+        actionOf(window, QStringLiteral("关于..."))->trigger();
+        QCOMPARE(configBytes(), before);
+        QVERIFY(m_opened.isEmpty());
+    }
+
+    void restoreAsks()
+    {
+        Settings::writeValue(SettingsKeys::Common::group, SettingsKeys::Common::textCodec, 0);
+        Settings::writeValue(SettingsKeys::Common::group, SettingsKeys::Common::buffer, 2);
+        Settings::load();
+        Skin::apply(1);
+        Settings::instance().skin = 1;
+        MainWindow window;
+        const QByteArray before = configBytes();
+        QStringList asked;
+        int answer = 0;
+        DialogAnswers::instance().message = [&](const QString &title, const QString &text, int type) {
+            asked += title + text + QString::number(type);
+            return answer;
+        };
+        QAction *restore = actionOf(window, QStringLiteral("恢复默认设置"));
+        restore->trigger();
+        QCOMPARE(asked, QStringList{QStringLiteral("询问确认恢复默认设置吗?1")});
+        QCOMPARE(configBytes(), before);
+        QCOMPARE(Settings::instance().textCodec, 0);
+        QVERIFY(!QtMessageTip::current());
+
+        answer = 1;
+        restore->trigger();
+        QCOMPARE(Settings::instance().textCodec, 1);
+        QCOMPARE(Skin::palette().name, QStringLiteral("default"));
+        QCOMPARE(stored(SettingsKeys::Common::skin).toInt(), 0);
+        QVERIFY(!stored(SettingsKeys::Common::buffer).isValid());
+        QVERIFY(actionOf(window, QStringLiteral("关闭时不提醒"))->isChecked());
+        QVERIFY(actionOf(window, QStringLiteral("深色"))->isChecked());
+        QVERIFY(actionOf(window, QStringLiteral("GB18030"))->isChecked());
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("配置已恢复！"));
+        QCOMPARE(QtMessageTip::current()->tipStyle(), QtMessageTip::Notice);
+    }
+
+    void helpOpensPages()
+    {
+        MainWindow window;
+        QTest::mouseClick(window.findChild<QPushButton *>(QStringLiteral("btnHelp")), Qt::LeftButton);
+        QCOMPARE(m_opened.size(), 1);
+        actionOf(window, QStringLiteral("关于Orvane科技"))->trigger();
+        QCOMPARE(m_opened.size(), 2);
+        QVERIFY(m_opened.at(0) != m_opened.at(1));
+    }
+
+    void noticesReachStatusBar()
+    {
+        MainWindow window;
+        auto *label = window.findChild<StatusLabel *>();
+        emit window.findChild<PidDebugWidget *>()->signalNotify(QStringLiteral("来自PID"), 0);
+        QCOMPARE(label->fullText(), QStringLiteral("来自PID"));
+        emit window.findChild<SerialportWidget *>()->signalNotify(QStringLiteral("来自串口"), 255);
+        QCOMPARE(label->fullText(), QStringLiteral("来自串口"));
+        QVERIFY(label->isError());
+        emit window.findChild<CameraDebugWidget *>()->signalNotify(QStringLiteral("摄像头"), 255);
+        emit window.findChild<NetworkToolWidget *>()->signalNotify(QStringLiteral("来自网络"), 255);
+        QCOMPARE(label->fullText(), QStringLiteral("来自网络"));
+    }
+
+    void quitGuardAsksOnce()
+    {
+        AskingPage first, second;
+        second.agrees = false;
+        QuitGuard guard({&first, &second});
+        QVERIFY(!guard.mayQuit());
+        QCOMPARE(first.asked, 1);
+        QCOMPARE(second.asked, 1);
+        second.agrees = true;
+        // Another way out while a question is open: not asked again, stays open.
+        bool nested = true;
+        second.whileAsked = [&] { nested = guard.mayQuit(); };
+        QVERIFY(guard.mayQuit());
+        QVERIFY(!nested);
+        QCOMPARE(first.asked, 2);
+        QCOMPARE(second.asked, 2);
+        QVERIFY(guard.mayQuit());
+        QCOMPARE(second.asked, 2);
+    }
+
+#ifdef Q_OS_UNIX
+    // Bytes from the wire: counts only of the page on display, cleared by the
+    // button; then the ways out, with the question asked once.
+    void countsAndClosing()
+    {
+        const int master = posix_openpt(O_RDWR | O_NOCTTY);
+        QVERIFY(master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0);
+        const QString device = QString::fromLocal8Bit(ptsname(master));
+
+        Settings::instance().closeBehaviour = Settings::Ask;
+        auto window = std::make_unique<MainWindow>();
+        window->show();
+        QCOMPARE(countText(*window, "sentCount"), QStringLiteral("发送字节数: 0"));
+        auto *serial = window->findChild<SerialportWidget *>();
+        serial->SltSerialportChanged({device + QStringLiteral(" 测试")});
+        serial->SltOpenSerialport();
+        QCOMPARE(::write(master, "hello", 5), ssize_t(5));
+        QTRY_COMPARE(countText(*window, "receivedCount"), QStringLiteral("接收字节数: 5"));
+
+        auto *tabs = window->findChild<QtTabBar *>();
+        tabs->setCurrentIndex(3);
+        QVERIFY(countText(*window, "receivedCount").isEmpty());
+        QCOMPARE(::write(master, "more", 4), ssize_t(4));
+        QTRY_COMPARE(serial->counts().value(1), QStringLiteral("9"));
+        emit serial->signalRefresCounts(0);
+        QVERIFY(countText(*window, "receivedCount").isEmpty());
+        auto *clear = window->findChild<QPushButton *>(QStringLiteral("btnClearCount"));
+        QTest::mouseClick(clear, Qt::LeftButton); // clears the PID page, which counts nothing
+        QCOMPARE(serial->counts().value(1), QStringLiteral("9"));
+        tabs->setCurrentIndex(0);
+        QCOMPARE(countText(*window, "receivedCount"), QStringLiteral("接收字节数: 9"));
+        QTest::mouseClick(clear, Qt::LeftButton);
+        QCOMPARE(countText(*window, "receivedCount"), QStringLiteral("接收字节数: 0"));
+        QCOMPARE(serial->counts().value(1), QStringLiteral("0"));
+
+        // The data is unsaved: "确定" leads to the file dialog, and cancelling
+        // that keeps the program open.
+        int asked = 0;
+        int answer = 1;
+        DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+            asked += text == QStringLiteral("当前有数据未保存，是否保存接收数据?");
+            return answer;
+        };
+        DialogAnswers::instance().fileNames = [](DialogAnswers::FileMode, const QString &, const QString &,
+                                                 const QString &) { return QStringList(); };
+        window->close();
+        QCOMPARE(asked, 1);
+        QVERIFY(window->isVisible());
+        QVERIFY(!window->prepareToQuit());
+        QCOMPARE(asked, 2);
+
+        // Agreed: the event loop ends, and neither the session's end nor the
+        // end of the loop asks again.
+        answer = 0;
+        QTimer::singleShot(0, window.get(), &MainWindow::close);
+        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(asked, 3);
+        QVERIFY(window->prepareToQuit());
+        window.reset();
+        QCOMPARE(asked, 3);
+        ::close(master);
+    }
+#endif
+
+    void exitByMenuAndTitleBar()
+    {
+        MainWindow window;
+        QTimer::singleShot(0, &window, [&] { actionOf(window, QStringLiteral("退出"))->trigger(); });
+        QCOMPARE(QApplication::exec(), 0);
+        QTimer::singleShot(0, &window, [&] { emit window.findChild<QtTitleBar *>()->signalCloseWindow(); });
+        QCOMPARE(QApplication::exec(), 0);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_root;
+    QStringList m_opened;
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "test_mainwindow.moc"

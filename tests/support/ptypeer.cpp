@@ -1,0 +1,67 @@
+#include "tests/support/ptypeer.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
+
+PtyPeer::PtyPeer()
+{
+    termios raw{};
+    cfmakeraw(&raw);
+    raw.c_cflag |= CREAD | CLOCAL;
+    char name[64] = "";
+    if (openpty(&m_master, &m_slave, name, &raw, nullptr) != 0)
+        qFatal("no pseudo-terminal");
+    fcntl(m_master, F_SETFL, O_NONBLOCK);
+    m_device = QString::fromLatin1(name);
+}
+
+PtyPeer::~PtyPeer()
+{
+    hangUp();
+}
+
+bool PtyPeer::write(const QByteArray &bytes)
+{
+    QElapsedTimer clock;
+    clock.start();
+    for (int done = 0; done < bytes.size() && clock.elapsed() < 20000;) {
+        const ssize_t count = ::write(m_master, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (count > 0)
+            done += static_cast<int>(count);
+        QCoreApplication::processEvents();
+        if (done == bytes.size())
+            return true;
+    }
+    return bytes.isEmpty();
+}
+
+QByteArray PtyPeer::read(int count, int timeoutMs)
+{
+    (void)QTest::qWaitFor(
+        [&] {
+            char bytes[4096];
+            for (ssize_t got = 1; got > 0;) {
+                got = ::read(m_master, bytes, sizeof bytes);
+                if (got > 0)
+                    m_received.append(bytes, static_cast<int>(got));
+            }
+            return m_received.size() >= count;
+        },
+        timeoutMs);
+    return std::exchange(m_received, QByteArray());
+}
+
+void PtyPeer::hangUp()
+{
+    if (m_slave >= 0)
+        ::close(m_slave);
+    if (m_master >= 0)
+        ::close(m_master);
+    m_slave = m_master = -1;
+}
