@@ -1,12 +1,13 @@
+#include "serial/qtterminalwidget.h"
 #include "tests/e2e/stage.h"
 #include "tests/e2e/tours.h"
 #include "tests/e2e/userhand.h"
 #include "tools/boardsim/loglines.h"
 #include "tools/boardsim/payload.h"
 
-#include <QAbstractButton>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QTest>
 
 using Boardsim::Encoding;
@@ -37,7 +38,7 @@ QString sentText(int lines)
 {
     QString text;
     for (int line = 0; line < lines; ++line)
-        text += Boardsim::Payload::line(quint32(line), kSeed);
+        text += Boardsim::Payload::line(quint32(line), kSeed, Encoding::Utf8);
     return text;
 }
 
@@ -64,6 +65,12 @@ void ReceiveTour::showsTheLog()
     QVERIFY(stage().openPort(board));
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 60);
     QVERIFY(stage().closePort());
+
+    // The newest line is in sight, and nothing got selected.
+    const QScrollBar *bar = stage().terminal()->verticalScrollBar();
+    QVERIFY(bar->maximum() > 0);
+    WAIT_EQUAL(bar->value(), bar->maximum());
+    QVERIFY(!stage().terminal()->textCursor().hasSelection());
 
     const QString shown = stage().shownText();
     QString expected;

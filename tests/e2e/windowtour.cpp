@@ -27,7 +27,9 @@ bool endsProgram(const std::function<bool()> &action)
 {
     bool done = false;
     QTimer::singleShot(0, qApp, [&] { done = action(); });
-    QTimer::singleShot(60000, qApp, [] { QCoreApplication::exit(1); });
+    QTimer patience;
+    QObject::connect(&patience, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    patience.start(60000);
     return QApplication::exec() == 0 && done;
 }
 
