@@ -16,7 +16,8 @@ int main(int argc, char *argv[])
     QCommandLineParser parser;
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption demo(QStringLiteral("demo"), QStringLiteral("使用模拟开发板（COM3、COM4、COM5）"));
+    const QCommandLineOption demo(QStringLiteral("demo"),
+                                  QStringLiteral("使用模拟开发板（COM3、COM4、COM5）"));
     parser.addOption(demo);
     parser.process(application);
     const std::unique_ptr<DemoBoards> boards(parser.isSet(demo) ? new DemoBoards : nullptr);
@@ -26,8 +27,9 @@ int main(int argc, char *argv[])
     window.show();
     if (boards) {
         auto *statusBar = window.findChild<QtStatusBar *>();
-        QObject::connect(boards.get(), &DemoBoards::failed, statusBar,
-                         [statusBar](const QString &text) { statusBar->showSystemNotify(text, Notice::Error); });
+        QObject::connect(boards.get(), &DemoBoards::failed, statusBar, [statusBar](const QString &text) {
+            statusBar->showSystemNotify(text, Notice::Error);
+        });
         boards->start();
     }
     return QApplication::exec();

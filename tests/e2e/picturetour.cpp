@@ -15,11 +15,13 @@
 
 namespace {
 
-struct Skin {
+struct Skin
+{
     const char *name;
     QString text;
 };
-const Skin kSkins[] = {{"dark", QStringLiteral("深色")}, {"light", QStringLiteral("浅色")}, {"yellow", QStringLiteral("黄色")}};
+const Skin kSkins[] = {
+    {"dark", QStringLiteral("深色")}, {"light", QStringLiteral("浅色")}, {"yellow", QStringLiteral("黄色")}};
 const char *const kTools[] = {"serial", "camera", "network", "pid", "hexedit"};
 
 void addSkins()
@@ -52,7 +54,8 @@ QPixmap onScreen(QWidget *widget)
     QPixmap last;
     const bool rested = QTest::qWaitFor([&] {
         const QRect place(window->mapToGlobal({0, 0}), window->size());
-        const QPixmap now = window->screen()->grabWindow(0, place.x(), place.y(), place.width(), place.height());
+        const QPixmap now =
+            window->screen()->grabWindow(0, place.x(), place.y(), place.width(), place.height());
         const bool still = !last.isNull() && now.toImage() == last.toImage();
         last = now;
         return still && shows(now.toImage(), window->grab().toImage());
@@ -76,8 +79,8 @@ void PictureTour::save(const QString &name, const QPixmap &picture) const
 
 bool PictureTour::chooseSkin(const QString &skin)
 {
-    return stage().chooseSetting({QStringLiteral("主题"), skin})
-        && stage().chooseSetting({QStringLiteral("编码设置"), QStringLiteral("UTF-8")});
+    return stage().chooseSetting({QStringLiteral("主题"), skin}) &&
+           stage().chooseSetting({QStringLiteral("编码设置"), QStringLiteral("UTF-8")});
 }
 
 void PictureTour::tools_data()
@@ -94,7 +97,8 @@ void PictureTour::tools()
     QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("log"), QStringLiteral("--rate"),
                                    QStringLiteral("15")}));
     QVERIFY(stage().openPort(board));
-    QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
+    QVERIFY(
+        UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
     auto *tabs = stage().find<QTabBar>("toolTabs");
     for (int i = 0; i < tabs->count(); ++i) {
@@ -123,7 +127,8 @@ void PictureTour::sendPages()
                                 QStringLiteral("adc")};
     int place = 0;
     for (const QString &command : commands) {
-        QVERIFY(UserHand::typeInto(stage().find<QWidget>(qPrintable(QStringLiteral("multiEdit%1").arg(place))), command));
+        QVERIFY(UserHand::typeInto(
+            stage().find<QWidget>(qPrintable(QStringLiteral("multiEdit%1").arg(place))), command));
         const qint64 before = stage().receivedShown();
         QVERIFY(UserHand::click(stage().find<QWidget>(qPrintable(QStringLiteral("multiSend%1").arg(place)))));
         WAIT_FOR(stage().receivedShown() > before);
@@ -157,8 +162,10 @@ void PictureTour::menus()
             save(QStringLiteral("%1-%2").arg(QLatin1String(name), skin), onScreen(&stage().window()));
         };
     };
-    QVERIFY(UserHand::visitMenu(settings, {QStringLiteral("数据缓存"), QStringLiteral("自动保存")}, take("menu-settings")));
-    QVERIFY(UserHand::visitMenu(stage().find<QPushButton>("btnHelpMenu"), {QStringLiteral("检查版本更新")}, take("menu-help")));
+    QVERIFY(UserHand::visitMenu(settings, {QStringLiteral("数据缓存"), QStringLiteral("自动保存")},
+                                take("menu-settings")));
+    QVERIFY(UserHand::visitMenu(stage().find<QPushButton>("btnHelpMenu"), {QStringLiteral("检查版本更新")},
+                                take("menu-help")));
 }
 
 void PictureTour::dialogs_data()

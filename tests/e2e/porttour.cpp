@@ -50,7 +50,8 @@ void PortTour::remembersTheParameters()
     QCOMPARE(stage().find<QComboBox>("comboParity")->currentText(), QStringLiteral("无校验"));
     QCOMPARE(stage().find<QComboBox>("comboStopBits")->currentText(), QStringLiteral("1"));
 
-    QVERIFY(UserHand::typeInto(stage().find<QComboBox>("comboBaudRate")->lineEdit(), QStringLiteral("250000")));
+    QVERIFY(
+        UserHand::typeInto(stage().find<QComboBox>("comboBaudRate")->lineEdit(), QStringLiteral("250000")));
     QVERIFY(UserHand::choose(stage().find<QComboBox>("comboStopBits"), QStringLiteral("2")));
     QVERIFY(stage().openPort(board));
 

@@ -21,11 +21,10 @@ const auto kGb18030 = QStringLiteral("gb18030");
 // So many bytes in bursts, as the board sends them.
 QStringList bursts(int total, const QString &encoding, int pauseMs = 30)
 {
-    return {QStringLiteral("--mode"),        QStringLiteral("burst"),
-            QStringLiteral("--total"),       QString::number(total),
-            QStringLiteral("--encoding"),    encoding,
-            QStringLiteral("--seed"),        QString::number(kSeed),
-            QStringLiteral("--burst-pause"), QString::number(pauseMs)};
+    return {QStringLiteral("--mode"), QStringLiteral("burst"),      QStringLiteral("--total"),
+            QString::number(total),   QStringLiteral("--encoding"), encoding,
+            QStringLiteral("--seed"), QString::number(kSeed),       QStringLiteral("--burst-pause"),
+            QString::number(pauseMs)};
 }
 
 QByteArray sentBytes(int total, Encoding encoding)
@@ -120,8 +119,9 @@ void ReceiveTour::showsTimeStamps()
 {
     const QString text = sentText(300);
     BoardProcess board(QStringLiteral("COM3"), stage().portsFolder());
-    QVERIFY(stage().plugIn(board, bursts(text.toUtf8().size(), kUtf8, 100)
-                                      + QStringList{QStringLiteral("--bytes-per-second"), QStringLiteral("20000")}));
+    QVERIFY(stage().plugIn(board,
+                           bursts(text.toUtf8().size(), kUtf8, 100) +
+                               QStringList{QStringLiteral("--bytes-per-second"), QStringLiteral("20000")}));
     QVERIFY(stage().chooseSetting({QStringLiteral("编码设置"), QStringLiteral("UTF-8")}));
     QVERIFY(UserHand::click(stage().find<QWidget>("checkTimeStamp")));
     QVERIFY(stage().openPort(board));
@@ -146,7 +146,9 @@ void ReceiveTour::showsTheLatestInLogMode()
     QVERIFY(stage().openPort(board));
     WAIT_EQUAL(stage().receivedShown(), qint64(bytes.size()));
     // The newest 20480 bytes; what the cut left of a first line is set aside.
-    const auto wholeLines = [](const QString &shown) { return shown.mid(shown.indexOf(QLatin1Char('\n')) + 1); };
+    const auto wholeLines = [](const QString &shown) {
+        return shown.mid(shown.indexOf(QLatin1Char('\n')) + 1);
+    };
     const QString expected = asShown(QString::fromUtf8(bytes.right(20480)));
     WAIT_EQUAL(wholeLines(stage().shownText()), wholeLines(expected));
     QVERIFY(qAbs(stage().shownText().size() - expected.size()) <= 2);
@@ -191,19 +193,21 @@ void ReceiveTour::savesText()
                                    return UserHand::typeInto(field, name) && UserHand::press(Qt::Key_Return);
                                }));
     QVERIFY(stage().waitForNotice(QStringLiteral("文件保存完成!"), Notice::Information));
-    QCOMPARE(stage().content(QStringLiteral("接收.txt")), Boardsim::encoded(asShown(text), Encoding::Gb18030));
+    QCOMPARE(stage().content(QStringLiteral("接收.txt")),
+             Boardsim::encoded(asShown(text), Encoding::Gb18030));
 }
 
 void ReceiveTour::savesBytes()
 {
     constexpr int total = 20000;
     BoardProcess board(QStringLiteral("COM5"), stage().portsFolder());
-    QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("shell"), QStringLiteral("--encoding"),
-                                   QStringLiteral("binary"), QStringLiteral("--seed"), QString::number(kSeed)}));
+    QVERIFY(stage().plugIn(board,
+                           {QStringLiteral("--mode"), QStringLiteral("shell"), QStringLiteral("--encoding"),
+                            QStringLiteral("binary"), QStringLiteral("--seed"), QString::number(kSeed)}));
     QVERIFY(stage().openPort(board));
     const auto flood = [this] {
-        return UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("flood 20000\n"))
-            && UserHand::press(Qt::Key_Return, Qt::ControlModifier);
+        return UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("flood 20000\n")) &&
+               UserHand::press(Qt::Key_Return, Qt::ControlModifier);
     };
     QVERIFY(flood());
     WAIT_EQUAL(stage().receivedShown(), qint64(total));

@@ -161,7 +161,8 @@ void SendTour::turnsAndKeepsRows()
     const auto answer = [clear](const char *button) {
         return UserHand::inDialog([clear] { return UserHand::click(clear); },
                                   [button](QWidget *dialog) {
-                                      return UserHand::click(dialog->findChild<QWidget *>(QLatin1String(button)));
+                                      return UserHand::click(
+                                          dialog->findChild<QWidget *>(QLatin1String(button)));
                                   });
     };
     QVERIFY(answer("btnCancel"));
@@ -201,7 +202,8 @@ void SendTour::sendsByItself()
 void SendTour::talksToAShell()
 {
     BoardProcess board(QStringLiteral("COM5"), stage().portsFolder());
-    QVERIFY(stage().plugIn(board, {kMode, QStringLiteral("shell"), QStringLiteral("--encoding"), QStringLiteral("gb18030")}));
+    QVERIFY(stage().plugIn(
+        board, {kMode, QStringLiteral("shell"), QStringLiteral("--encoding"), QStringLiteral("gb18030")}));
     QVERIFY(stage().chooseSetting({QStringLiteral("编码设置"), QStringLiteral("GB18030")}));
     QVERIFY(stage().openPort(board));
     QVERIFY(UserHand::click(stage().find<QWidget>("checkNewline")));

@@ -70,8 +70,9 @@ bool Stage::plugIn(BoardProcess &board, const QStringList &options)
 bool Stage::openPort(const BoardProcess &board)
 {
     const QString text = QStringLiteral("串口[%1]打开成功!").arg(board.port());
-    return UserHand::choose(find<QComboBox>("comboPort"), board.port() + QStringLiteral(" 虚拟串口"))
-        && UserHand::click(find<QPushButton>("btnOpen")) && isOpenShown() && waitForNotice(text, Notice::Information);
+    return UserHand::choose(find<QComboBox>("comboPort"), board.port() + QStringLiteral(" 虚拟串口")) &&
+           UserHand::click(find<QPushButton>("btnOpen")) && isOpenShown() &&
+           waitForNotice(text, Notice::Information);
 }
 
 bool Stage::closePort()
@@ -112,10 +113,11 @@ Notice Stage::lastNotice()
 
 bool Stage::waitForNotice(const QString &text, int kind)
 {
-    const bool came = QTest::qWaitFor(
-        [&] { return lastNotice().text == text && lastNotice().kind == kind; }, kPatienceMs);
+    const bool came =
+        QTest::qWaitFor([&] { return lastNotice().text == text && lastNotice().kind == kind; }, kPatienceMs);
     if (!came)
-        qWarning().noquote() << "last notice:" << lastNotice().kind << lastNotice().text << "instead of" << text;
+        qWarning().noquote() << "last notice:" << lastNotice().kind << lastNotice().text << "instead of"
+                             << text;
     return came;
 }
 

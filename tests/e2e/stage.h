@@ -30,7 +30,7 @@ public:
     QString file(const QString &name) const { return m_surroundings.root.filePath(name); }
     QByteArray content(const QString &name) const; // of a file in the root folder
 
-    template<class Widget> Widget *find(const char *objectName)
+    template <class Widget> Widget *find(const char *objectName)
     {
         return m_window.findChild<Widget *>(QLatin1String(objectName));
     }
@@ -59,7 +59,8 @@ public:
 
 private:
     // Folders, paths and settings are in place before the window is made.
-    struct Surroundings {
+    struct Surroundings
+    {
         Surroundings();
         QTemporaryDir root;
         QTemporaryDir ports;

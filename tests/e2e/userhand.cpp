@@ -19,8 +19,8 @@ constexpr int kLookMs = 20;
 bool fail(const QString &why, const QWidget *widget = nullptr)
 {
     qWarning().noquote() << "the user could not go on:" << why
-                         << (widget ? QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ')
-                                     + widget->objectName()
+                         << (widget ? QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') +
+                                          widget->objectName()
                                     : QString());
     return false;
 }
@@ -93,7 +93,8 @@ namespace UserHand {
 
 bool click(QWidget *widget)
 {
-    return widget ? clickAt(widget, widget->rect().center()) : fail(QStringLiteral("there is no such widget"));
+    return widget ? clickAt(widget, widget->rect().center())
+                  : fail(QStringLiteral("there is no such widget"));
 }
 
 bool clickAt(QWidget *widget, const QPoint &place)
@@ -170,8 +171,8 @@ bool choose(QComboBox *box, const QString &entry)
         return fail(QStringLiteral("the entry could not be pointed at"), box);
     QTest::mouseClick(list, Qt::LeftButton, {}, place);
     return QTest::qWaitFor([view] { return !view->isVisible(); }, kPatienceMs) && box->currentIndex() == row
-        ? true
-        : fail(QStringLiteral("the entry was not taken"), box);
+               ? true
+               : fail(QStringLiteral("the entry was not taken"), box);
 }
 
 bool chooseFromMenu(QPushButton *button, const QStringList &path)

@@ -82,9 +82,9 @@ void WindowTour::restoresTheSettings()
     QCOMPARE(stored("Common/TextCodec"), 0);
     QVERIFY(UserHand::inDialog([this] { return stage().chooseSetting({QStringLiteral("恢复默认设置")}); },
                                [](QWidget *dialog) {
-                                   return dialog->findChild<QLabel *>(QStringLiteral("msgBoxText"))
-                                              ->text() == QStringLiteral("确认恢复默认设置吗?")
-                                       && UserHand::press(Qt::Key_Return);
+                                   return dialog->findChild<QLabel *>(QStringLiteral("msgBoxText"))->text() ==
+                                              QStringLiteral("确认恢复默认设置吗?") &&
+                                          UserHand::press(Qt::Key_Return);
                                }));
     QCOMPARE(Settings::instance().skin, 0);
     QCOMPARE(stored("Common/Skin"), 0);
@@ -118,9 +118,9 @@ void WindowTour::asksBeforeClosing()
         return UserHand::inDialog(
             [this] { return UserHand::click(stage().find<QWidget>("btnClose")); },
             [](QWidget *dialog) {
-                return dialog->findChild<QLabel *>(QStringLiteral("msgBoxText"))->text()
-                    == QStringLiteral("当前有数据未保存，是否保存接收数据?")
-                    && UserHand::click(dialog->findChild<QWidget *>(QStringLiteral("btnOk")));
+                return dialog->findChild<QLabel *>(QStringLiteral("msgBoxText"))->text() ==
+                           QStringLiteral("当前有数据未保存，是否保存接收数据?") &&
+                       UserHand::click(dialog->findChild<QWidget *>(QStringLiteral("btnOk")));
             });
     }));
     QVERIFY(!shown.isEmpty());
@@ -140,7 +140,8 @@ void WindowTour::savesWhenClosing()
 
     const QStringList saved = QDir(stage().file(QStringLiteral("save"))).entryList(QDir::Files);
     QCOMPARE(saved.size(), 1);
-    QVERIFY2(saved.first().startsWith(QStringLiteral("recv_")) && saved.first().endsWith(QStringLiteral(".txt")),
+    QVERIFY2(saved.first().startsWith(QStringLiteral("recv_")) &&
+                 saved.first().endsWith(QStringLiteral(".txt")),
              qPrintable(saved.first()));
     QCOMPARE(stage().content(QStringLiteral("save/") + saved.first()), shown.toUtf8());
 }

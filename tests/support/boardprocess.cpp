@@ -28,15 +28,16 @@ bool BoardProcess::start(const QStringList &options)
     m_events.clear();
     m_errors.clear();
     m_process.start(QStringLiteral(BOARDSIM_PATH),
-                    QStringList{QStringLiteral("--folder"), folder(), QStringLiteral("--port"), m_port} + options);
+                    QStringList{QStringLiteral("--folder"), folder(), QStringLiteral("--port"), m_port} +
+                        options);
     return waitForEvent(QStringLiteral("plugged"));
 }
 
 bool BoardProcess::stop()
 {
     m_process.terminate();
-    return m_process.waitForFinished(10000) && m_process.exitStatus() == QProcess::NormalExit
-        && m_process.exitCode() == 0;
+    return m_process.waitForFinished(10000) && m_process.exitStatus() == QProcess::NormalExit &&
+           m_process.exitCode() == 0;
 }
 
 bool BoardProcess::waitForEvent(const QString &text, int times, int timeoutMs)

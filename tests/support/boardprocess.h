@@ -1,15 +1,16 @@
 #pragma once
 
 // A simulated board (tools/boardsim) as a child process, with its link in a
-// temporary folder of its own or in one that several boards share. Every wait has a limit, runs the caller's event loop
-// and says whether what was waited for came.
+// temporary folder of its own or in one that several boards share. Every wait has a limit, runs the caller's
+// event loop and says whether what was waited for came.
 
 #include <QHash>
 #include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
 
-class BoardProcess {
+class BoardProcess
+{
 public:
     explicit BoardProcess(const QString &port = QStringLiteral("COM3"), const QString &sharedFolder = {});
     ~BoardProcess();
