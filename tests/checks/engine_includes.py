@@ -18,7 +18,7 @@ def is_qt_core(name, core_folders):
     return any((folder / name).is_file() for folder in core_folders)
 
 
-def check(root, sources + [header for header in headers if header.is_file()], core_folders):
+def check(root, sources, core_folders):
     """Returns the files seen and a message for each include that is not allowed."""
     wrong, seen, waiting = [], set(), list(sources)
     while waiting:

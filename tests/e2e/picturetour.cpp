@@ -15,21 +15,16 @@
 
 namespace {
 
-struct Skin
-{
-    const char *name;
-    QString text;
-};
-const Skin kSkins[] = {
-    {"dark", QStringLiteral("深色")}, {"light", QStringLiteral("浅色")}, {"yellow", QStringLiteral("黄色")}};
 const char *const kTools[] = {"serial", "camera", "network", "pid", "hexedit"};
 
+// Pictures of the first skin, which is the one of a fresh start, have plain names.
 void addSkins()
 {
-    QTest::addColumn<QString>("skin");
+    QTest::addColumn<QString>("suffix");
     QTest::addColumn<QString>("text");
-    for (const Skin &skin : kSkins)
-        QTest::newRow(skin.name) << QString::fromLatin1(skin.name) << skin.text;
+    QTest::newRow("dark") << QString() << QStringLiteral("深色");
+    QTest::newRow("light") << QStringLiteral("-light") << QStringLiteral("浅色");
+    QTest::newRow("yellow") << QStringLiteral("-yellow") << QStringLiteral("黄色");
 }
 
 // Whether the screen shows the window, small things in front of it aside.
@@ -90,7 +85,7 @@ void PictureTour::tools_data()
 
 void PictureTour::tools()
 {
-    QFETCH(QString, skin);
+    QFETCH(QString, suffix);
     QFETCH(QString, text);
     QVERIFY(chooseSkin(text));
     BoardProcess board(QStringLiteral("COM3"), stage().portsFolder());
@@ -103,9 +98,9 @@ void PictureTour::tools()
     auto *tabs = stage().find<QTabBar>("toolTabs");
     for (int i = 0; i < tabs->count(); ++i) {
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
-        save(QStringLiteral("%1-%2").arg(QLatin1String(kTools[i]), skin), onScreen(tabs));
+        save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));
     }
-    if (skin == QLatin1String("dark")) { // as a window is at the least
+    if (suffix.isEmpty()) { // as a window is at the least
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
         stage().window().resize(800, 500);
         WAIT_EQUAL(stage().window().size(), QSize(800, 500));
@@ -153,13 +148,13 @@ void PictureTour::menus_data()
 
 void PictureTour::menus()
 {
-    QFETCH(QString, skin);
+    QFETCH(QString, suffix);
     QFETCH(QString, text);
     QVERIFY(chooseSkin(text));
     auto *settings = stage().find<QPushButton>("btnSettings");
-    const auto take = [this, skin](const char *name) {
-        return [this, skin, name] {
-            save(QStringLiteral("%1-%2").arg(QLatin1String(name), skin), onScreen(&stage().window()));
+    const auto take = [this, suffix](const char *name) {
+        return [this, suffix, name] {
+            save(QStringLiteral("%1%2").arg(QLatin1String(name), suffix), onScreen(&stage().window()));
         };
     };
     QVERIFY(UserHand::visitMenu(settings, {QStringLiteral("数据缓存"), QStringLiteral("自动保存")},
@@ -175,19 +170,27 @@ void PictureTour::dialogs_data()
 
 void PictureTour::dialogs()
 {
-    QFETCH(QString, skin);
+    QFETCH(QString, suffix);
     QFETCH(QString, text);
     QVERIFY(chooseSkin(text));
-    const auto visit = [this, &skin](const char *name, const std::function<bool()> &opens) {
-        return UserHand::inDialog(opens, [this, &skin, name](QWidget *dialog) {
-            save(QStringLiteral("%1-%2").arg(QLatin1String(name), skin), onScreen(dialog));
+    const auto visit = [this, &suffix](const char *name, const std::function<bool()> &opens) {
+        return UserHand::inDialog(opens, [this, &suffix, name](QWidget *dialog) {
+            save(QStringLiteral("%1%2").arg(QLatin1String(name), suffix), onScreen(dialog));
             return UserHand::press(Qt::Key_Escape);
         });
     };
     QVERIFY(visit("messagebox", [this] { return stage().chooseSetting({QStringLiteral("恢复默认设置")}); }));
     QVERIFY(visit("style", [this] { return stage().chooseSetting({QStringLiteral("接收区设置")}); }));
-    QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("数据")));
+    // A folder as a user may have one.
+    QDir folder(stage().rootFolder());
+    QVERIFY(folder.mkpath(QStringLiteral("测试数据/固件")) && folder.cd(QStringLiteral("测试数据")));
+    for (const QString &name : {QStringLiteral("温度记录.txt"), QStringLiteral("AT指令.txt")}) {
+        QFile file(folder.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("AT\r\n") == 4);
+    }
+    QVERIFY(QDir::setCurrent(folder.path()));
     QVERIFY(visit("file", [this] { return UserHand::click(stage().find<QWidget>("btnLoadDataFile")); }));
+    QVERIFY(QDir::setCurrent(QDir::rootPath())); // the folder goes with the stage
 }
 
 void PictureTour::tips()
