@@ -41,20 +41,20 @@ bool shows(const QImage &screen, const QImage &window)
     return equal >= seen * 8 / 10;
 }
 
-// What the screen shows at a window's place, as soon as it has come to rest.
-// A new window takes a while to be placed and painted.
+// What the screen shows at a window's place, menus and tips in front of it
+// included, as soon as it has come to rest. A new window takes a while to be
+// placed and painted.
 QPixmap onScreen(QWidget *widget)
 {
     QWidget *window = widget->window();
     QPixmap last;
-    const bool rested = QTest::qWaitFor([&] {
-        const QRect place(window->mapToGlobal({0, 0}), window->size());
-        const QPixmap now =
-            window->screen()->grabWindow(0, place.x(), place.y(), place.width(), place.height());
+    const auto rests = [&] {
+        const QPixmap now = window->screen()->grabWindow(window->winId());
         const bool still = !last.isNull() && now.toImage() == last.toImage();
         last = now;
         return still && shows(now.toImage(), window->grab().toImage());
-    });
+    };
+    const bool rested = QTest::qWaitFor(rests, 30000);
     return rested ? last : QPixmap();
 }
 

@@ -124,7 +124,7 @@ void SendTour::sendsStoredRows()
     QVERIFY(stage().closePort());
     QVERIFY(UserHand::click(stage().find<QWidget>("multiSend0")));
     QVERIFY(tipShows(QStringLiteral("请确认通信设备是否打开?")));
-    QCOMPARE(stage().sentShown(), qint64(11));
+    WAIT_EQUAL(stage().sentShown(), qint64(11));
 }
 
 void SendTour::turnsAndKeepsRows()
