@@ -2,7 +2,7 @@
 """Compares what terminal programs cost while a simulated board sends to them.
 
     compare_terminals.py --build build/release [--seconds 10] [--pictures DIR]
-        [--only cutecom,gtkterm,korvex] [--korvex PROGRAM [--korvex-open COMMAND]]
+        [--only cutecom,gtkterm,korvex] [--korvex PROGRAM] [--korvex-open COMMAND]
 
 Every program runs on a display of its own (Xvfb, openbox), in an empty home
 folder, with the port of a board (bin/boardsim of the build) that sends bursts
@@ -397,8 +397,8 @@ def main():
     parser.add_argument("--seconds", type=float, default=10, help="length of a transfer at its rate")
     parser.add_argument("--only", default="", help="programs, separated by commas")
     parser.add_argument("--pictures", help="folder for a picture of the display after each transfer")
-    parser.add_argument("--korvex", help="our program")
-    parser.add_argument("--korvex-open", help="shell command that makes it open the port")
+    parser.add_argument("--korvex", help="our program (default: bin/Korvex of the build)")
+    parser.add_argument("--korvex-open", help="shell command that makes it open the port (default: open_port.sh)")
     options = parser.parse_args()
 
     boardsim = os.path.abspath(os.path.join(options.build, "bin", "boardsim"))
@@ -412,11 +412,9 @@ def main():
     if options.pictures:
         os.makedirs(options.pictures, exist_ok=True)
 
-    kinds = [CuteCom, GtkTerm]
-    if options.korvex:
-        Korvex.program = os.path.abspath(options.korvex)
-        Korvex.open_command = options.korvex_open
-        kinds.append(Korvex)
+    kinds = [CuteCom, GtkTerm, Korvex]
+    Korvex.program = os.path.abspath(options.korvex or os.path.join(options.build, "bin", "Korvex"))
+    Korvex.open_command = options.korvex_open or os.path.join(os.path.dirname(os.path.abspath(__file__)), "open_port.sh")
     if options.only:
         kinds = [kind for kind in kinds if kind.name in options.only.split(",")]
 
@@ -429,9 +427,6 @@ def main():
     for title, rate, encoding, hexadecimal in cases:
         for kind in kinds:
             if hexadecimal and not kind.hexadecimal:
-                continue
-            if kind is Korvex and not options.korvex_open:
-                print(f"{kind.name:8}  {title:18}  needs --korvex-open", flush=True)
                 continue
             measure_transfer(kind, shim, boardsim, title.replace("/", " per "), rate, options.seconds, encoding,
                              hexadecimal, options.pictures)

@@ -4,6 +4,10 @@
 #include <QDir>
 #include <QTemporaryFile>
 
+namespace {
+constexpr qint64 kPieceBytes = 64 * 1024; // collected before they are written
+}
+
 // Unbuffered: a byte that was handed over is the system's, and a full disk is
 // noticed at the write that it hits.
 class SpoolFile : public QTemporaryFile
@@ -37,7 +41,7 @@ bool ByteSpool::openFile()
 
 qint64 ByteSpool::appendToFile(const char *bytes, qint64 size)
 {
-    if (!openFile() || !m_file->seek(m_fileSize))
+    if (!openFile() || (m_file->pos() != m_fileSize && !m_file->seek(m_fileSize)))
         return 0;
     qint64 written = 0;
     while (written < size) {
@@ -50,15 +54,36 @@ qint64 ByteSpool::appendToFile(const char *bytes, qint64 size)
     return written;
 }
 
+ByteSpool::State ByteSpool::flush()
+{
+    if (m_state == State::OnDisk && !m_memory.isEmpty()) {
+        m_memory.remove(0, static_cast<int>(appendToFile(m_memory.constData(), m_memory.size())));
+        if (!m_memory.isEmpty())
+            refused();
+    }
+    return m_state;
+}
+
+void ByteSpool::refused()
+{
+    qWarning() << "spool file takes no more:" << (m_file ? m_file->errorString() : QString());
+    m_state = State::InMemory;
+}
+
 ByteSpool::State ByteSpool::append(const char *bytes, qint64 size)
 {
     qint64 done = 0;
     if (m_state == State::OnDisk) {
-        done = appendToFile(bytes, size);
-        if (done == size)
+        if (m_memory.size() + size < kPieceBytes) {
+            m_memory.append(bytes, static_cast<int>(size));
             return m_state;
-        qWarning() << "spool file takes no more:" << (m_file ? m_file->errorString() : QString());
-        m_state = State::InMemory;
+        }
+        if (flush() == State::OnDisk) {
+            done = appendToFile(bytes, size);
+            if (done == size)
+                return m_state;
+            refused();
+        }
     }
     const qint64 room = m_memoryBound - m_memory.size();
     const qint64 rest = size - done;

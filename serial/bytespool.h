@@ -29,13 +29,16 @@ public:
     ~ByteSpool();
     Q_DISABLE_COPY_MOVE(ByteSpool)
 
+    // Small amounts are collected in memory until flush(), which the owner
+    // calls some times a second, so that a busy line costs few writes.
     State append(const char *bytes, qint64 size);
+    State flush();
     State state() const { return m_state; }
 
     // Bytes that can be read back.
     qint64 size() const { return m_fileSize + m_memory.size(); }
 
-    // Up to `most` bytes from an offset. Empty at the end, or when the file
+    // Up to `most` bytes from an offset; fewer do not mean the end. Empty at the end, or when the file
     // cannot be read back (then `failed` is set).
     QByteArray read(qint64 offset, qint64 most, bool *failed = nullptr) const;
 
@@ -45,6 +48,7 @@ public:
 
 private:
     bool openFile();
+    void refused();
     qint64 appendToFile(const char *bytes, qint64 size);
 
     QString m_folder;

@@ -15,12 +15,48 @@
 
 namespace {
 
+// Keeps a selection that reaches the end of the document from growing with
+// what is inserted there.
+class SelectionKeeper
+{
+public:
+    explicit SelectionKeeper(QTextEdit *display)
+        : m_display(display)
+        , m_before(display->textCursor())
+        , m_anchor(m_before.anchor())
+        , m_position(m_before.position())
+        , m_atEnd(m_before.hasSelection()
+                  && m_before.selectionEnd() == display->document()->characterCount() - 1)
+    {
+    }
+    ~SelectionKeeper()
+    {
+        if (!m_atEnd)
+            return;
+        const int offset = m_display->verticalScrollBar()->value();
+        m_before.setPosition(m_anchor);
+        m_before.setPosition(m_position, QTextCursor::KeepAnchor);
+        m_display->setTextCursor(m_before); // scrolls to it
+        m_display->verticalScrollBar()->setValue(offset);
+    }
+    Q_DISABLE_COPY_MOVE(SelectionKeeper)
+
+private:
+    QTextEdit *m_display;
+    QTextCursor m_before;
+    int m_anchor;
+    int m_position;
+    bool m_atEnd;
+};
+
 // Paragraphs above this length are stored as several blocks: drawing and
 // inserting cost by the block.
 constexpr int kLongestBlock = 2048;
 
-// The display is drawn at most so often, and no longer than so at a time.
+// The display is drawn at most so often (less often while more than a screen
+// comes at a time, which nobody can read), and no longer than so at a time.
 constexpr int kFlushIntervalMs = 50;
+constexpr int kFloodIntervalMs = 100;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceBytes = 8 * 1024;
 
@@ -50,12 +86,6 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     setOpenLinks(false);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // New text is inserted by a cursor of its own; the user's stays put even
-    // when it stands at the end.
-    QTextCursor users = textCursor();
-    users.setKeepPositionOnInsert(true);
-    setTextCursor(users);
-
     m_flushTimer.setSingleShot(true);
     connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
 }
@@ -75,11 +105,11 @@ void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &head
     m_queue.push_back({bytes, header, hexShow, 0});
     if (m_flushTimer.isActive())
         return;
-    const qint64 sinceLast = m_lastFlush.isValid() ? m_lastFlush.elapsed() : kFlushIntervalMs;
-    if (sinceLast >= kFlushIntervalMs)
+    const qint64 sinceLast = m_lastFlush.isValid() ? m_lastFlush.elapsed() : m_flushInterval;
+    if (sinceLast >= m_flushInterval)
         flushSlice();
     else
-        m_flushTimer.start(static_cast<int>(kFlushIntervalMs - sinceLast));
+        m_flushTimer.start(static_cast<int>(m_flushInterval - sinceLast));
 }
 
 qint64 QtTerminalWidget::queuedBytes() const
@@ -126,6 +156,8 @@ void QtTerminalWidget::flushSlice()
     QElapsedTimer spent;
     spent.start();
     const bool wasAtEnd = atEnd();
+    const QScrollBar *bar = verticalScrollBar();
+    const int lengthBefore = bar->maximum();
     bool more = true;
     do {
         QString text;
@@ -134,6 +166,7 @@ void QtTerminalWidget::flushSlice()
         if (!text.isEmpty())
             appendText(text);
     } while (more && spent.elapsed() < kFlushBudgetMs);
+    m_flushInterval = bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
     trimFront();
     followEnd(wasAtEnd);
     m_lastFlush.start();
@@ -260,10 +293,11 @@ void QtTerminalWidget::appendText(const QString &text)
         start = end + 1;
     }
 
+    const SelectionKeeper keeper(this);
     const int firstNew = block.blockNumber();
     QTextCursor cursor(document());
     cursor.beginEditBlock(); // outside of one, moving a cursor lays out its block
-    cursor.movePosition(QTextCursor::End);
+    cursor.setPosition(document()->characterCount() - 1);
     cursor.insertText(stored);
     cursor.endEditBlock();
     for (const int cut : qAsConst(cuts))
@@ -274,14 +308,15 @@ void QtTerminalWidget::applyEdit(const ReceiveBuffer::Edit &edit)
 {
     QTextCursor cursor(document());
     const int offset = verticalScrollBar()->value();
-    cursor.beginEditBlock();
-    cursor.movePosition(QTextCursor::End);
-    if (edit.backRemoved > 0) {
-        cursor.setPosition(document()->characterCount() - 1 - edit.backRemoved, QTextCursor::KeepAnchor);
-        cursor.removeSelectedText();
+    {
+        const SelectionKeeper keeper(this);
+        const int end = document()->characterCount() - 1;
+        cursor.beginEditBlock();
+        cursor.setPosition(end - edit.backRemoved);
+        cursor.setPosition(end, QTextCursor::KeepAnchor);
+        cursor.insertText(edit.backInserted);
+        cursor.endEditBlock();
     }
-    cursor.insertText(edit.backInserted);
-    cursor.endEditBlock();
     const int linesAfterBack = document()->lineCount();
     if (edit.frontRemoved > 0 || !edit.frontInserted.isEmpty()) {
         cursor.beginEditBlock();

@@ -113,6 +113,7 @@ private:
     std::deque<Chunk> m_queue;
     QTimer m_flushTimer;
     QElapsedTimer m_lastFlush;
+    int m_flushInterval = 0; // milliseconds until the next one
     StreamDecoder m_decoder;
     bool m_pendingCarriageReturn = false;
 

@@ -35,7 +35,7 @@ constexpr int kInformation = 0;
 constexpr int kError = 255;
 
 constexpr int kQuietMs = 10;       // reading waits until the line is quiet for so long
-constexpr int kCountPeriodMs = 100;
+constexpr int kCountPeriodMs = 200;
 
 // A line that never pauses is read when so much waits, so that memory is bounded.
 constexpr qint64 kMostWaiting = 64 * 1024 * 1024;
@@ -286,15 +286,8 @@ void SerialportWidget::handleReceived(const QByteArray &bytes)
 {
     m_recvCount += static_cast<quint32>(bytes.size());
     m_unsaved = true;
+    m_spool.append(bytes.constData(), bytes.size());
     refreshCounts();
-    const ByteSpool::State spooled = m_spool.append(bytes.constData(), bytes.size());
-    if (spooled != m_spoolTold) {
-        m_spoolTold = spooled;
-        emit signalNotify(spooled == ByteSpool::State::InMemory
-                              ? QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！")
-                              : QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"),
-                          kError);
-    }
     if (m_recvOptions->stopShow()) {
         m_hidden = true;
         return;
@@ -374,6 +367,19 @@ void SerialportWidget::clearCounts()
     showCounts();
 }
 
+// Writes what was received and tells once when the disk refuses it.
+void SerialportWidget::flushSpool()
+{
+    const ByteSpool::State state = m_spool.flush();
+    if (state == m_spoolTold)
+        return;
+    m_spoolTold = state;
+    emit signalNotify(state == ByteSpool::State::InMemory
+                          ? QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！")
+                          : QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"),
+                      kError);
+}
+
 // Shows changed counts at once, but not more often than the eye can follow.
 void SerialportWidget::refreshCounts()
 {
@@ -390,6 +396,7 @@ void SerialportWidget::showCounts()
 {
     m_countTimer.stop();
     m_sinceCounts.start();
+    flushSpool();
     m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(m_sendCount));
     m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(m_recvCount));
     emit signalRefresCounts(pageIndex);

@@ -69,6 +69,7 @@ private:
     void closePort();
     void portVanished();
     void handleReceived(const QByteArray &bytes);
+    void flushSpool();
     void refreshCounts();
     void showCounts();
     bool saveAll();
@@ -88,7 +89,7 @@ private:
 
     std::unique_ptr<QextSerialPort> m_port;
     QTimer m_recvTimer;
-    QTimer m_countTimer; // counts are shown at most ten times a second
+    QTimer m_countTimer; // counts are shown at most five times a second, and the spool written
     QElapsedTimer m_sinceCounts;
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;

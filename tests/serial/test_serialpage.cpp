@@ -411,6 +411,7 @@ void TestSerialPage::tellsAFullDisk()
     tight.rlim_cur = 1000;
     setrlimit(RLIMIT_FSIZE, &tight);
     receive(QByteArray(800, 'b'));
+    QTRY_VERIFY(lastKind() == 255);
     const QString notice = lastNotice();
     chooseFile(m_root->filePath("full.txt"));
     click("btnSaveRecv");

@@ -268,6 +268,13 @@ void TestTerminal::keepsSelectionAndScrollPosition()
     m_terminal->insertTerminalText("more");
     QCOMPARE(m_terminal->textCursor().selectionEnd(), end);
     QCOMPARE(m_terminal->textCursor().selectionStart(), 0);
+
+    // And where nothing is selected, nothing becomes so.
+    m_terminal->clearTerminal();
+    m_terminal->insertTerminalText("one\n");
+    m_terminal->insertRecvData("two\n", false, false);
+    m_terminal->insertRecvData("three\n", false, false);
+    QVERIFY(!m_terminal->textCursor().hasSelection());
 }
 
 void TestTerminal::followsOnlyAtTheEnd()
