@@ -25,7 +25,7 @@ public:
     // The file is made in the folder at the first byte, or in the system's
     // folder for temporary files where that cannot be written. It is removed
     // with the object. memoryBound: bytes kept in memory when the disk refuses.
-    ByteSpool(const QString &folder, const QString &stem, qint64 memoryBound = 64 * 1024 * 1024);
+    ByteSpool(const QString &folder, const QString &stem, qint64 memoryBound = 64LL * 1024 * 1024);
     ~ByteSpool();
     Q_DISABLE_COPY_MOVE(ByteSpool)
 

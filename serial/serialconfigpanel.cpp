@@ -54,6 +54,7 @@ void SerialConfigPanel::buildUi()
     m_port->lineEdit()->setPlaceholderText(QStringLiteral("未检测到串口"));
     m_baudRate->setEditable(true);
     m_baudRate->setInsertPolicy(QComboBox::NoInsert);
+    m_baudRate->setCompleter(nullptr); // 250000 must not become 2500000
     m_baudRate->setValidator(new QIntValidator(1, 100 * 1000 * 1000, m_baudRate));
     m_baudRate->addItems(baudRates());
     m_baudRate->setToolTip(QStringLiteral("可直接输入任意波特率"));

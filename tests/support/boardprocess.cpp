@@ -4,8 +4,9 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 
-BoardProcess::BoardProcess(const QString &port)
+BoardProcess::BoardProcess(const QString &port, const QString &sharedFolder)
     : m_port(port)
+    , m_folder(sharedFolder.isEmpty() ? m_ownFolder.path() : sharedFolder)
 {
     QObject::connect(&m_process, &QProcess::readyReadStandardOutput, &m_process, [this] {
         while (m_process.canReadLine())
@@ -27,15 +28,16 @@ bool BoardProcess::start(const QStringList &options)
     m_events.clear();
     m_errors.clear();
     m_process.start(QStringLiteral(BOARDSIM_PATH),
-                    QStringList{QStringLiteral("--folder"), folder(), QStringLiteral("--port"), m_port} + options);
+                    QStringList{QStringLiteral("--folder"), folder(), QStringLiteral("--port"), m_port} +
+                        options);
     return waitForEvent(QStringLiteral("plugged"));
 }
 
 bool BoardProcess::stop()
 {
     m_process.terminate();
-    return m_process.waitForFinished(10000) && m_process.exitStatus() == QProcess::NormalExit
-        && m_process.exitCode() == 0;
+    return m_process.waitForFinished(10000) && m_process.exitStatus() == QProcess::NormalExit &&
+           m_process.exitCode() == 0;
 }
 
 bool BoardProcess::waitForEvent(const QString &text, int times, int timeoutMs)

@@ -1,17 +1,18 @@
 #pragma once
 
-// A simulated board (tools/boardsim) as a child process, with a temporary
-// folder for its links. Every wait has a limit, runs the caller's event loop
-// and says whether what was waited for came.
+// A simulated board (tools/boardsim) as a child process, with its link in a
+// temporary folder of its own or in one that several boards share. Every wait has a limit, runs the caller's
+// event loop and says whether what was waited for came.
 
 #include <QHash>
 #include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
 
-class BoardProcess {
+class BoardProcess
+{
 public:
-    explicit BoardProcess(const QString &port = QStringLiteral("COM3"));
+    explicit BoardProcess(const QString &port = QStringLiteral("COM3"), const QString &sharedFolder = {});
     ~BoardProcess();
 
     // Starts it with "--folder .. --port .." and the given options and waits
@@ -24,8 +25,9 @@ public:
     // given number of times since the start.
     bool waitForEvent(const QString &text, int times = 1, int timeoutMs = 10000);
 
-    QString folder() const { return m_folder.path(); }
-    QString link() const { return m_folder.filePath(m_port); }
+    QString folder() const { return m_folder; }
+    QString port() const { return m_port; }
+    QString link() const { return m_folder + QLatin1Char('/') + m_port; }
     QStringList events() const { return m_events; }
     // After stop(): "written", "read", "dropped" (bytes), "blocked_ms".
     QHash<QString, qint64> statistics() const;
@@ -34,7 +36,8 @@ public:
 
 private:
     QString m_port;
-    QTemporaryDir m_folder;
+    QTemporaryDir m_ownFolder;
+    QString m_folder;
     QProcess m_process;
     QStringList m_events;
     QByteArray m_errors;

@@ -6,7 +6,8 @@
 #include <QByteArray>
 #include <QString>
 
-class HostPort {
+class HostPort
+{
 public:
     // Opens the device in raw mode; see isOpen().
     explicit HostPort(const QString &path);

@@ -31,7 +31,8 @@ bool PtyPeer::write(const QByteArray &bytes)
     QElapsedTimer clock;
     clock.start();
     for (int done = 0; done < bytes.size() && clock.elapsed() < 20000;) {
-        const ssize_t count = ::write(m_master, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        const ssize_t count =
+            ::write(m_master, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
         if (count > 0)
             done += static_cast<int>(count);
         QCoreApplication::processEvents();

@@ -1,0 +1,31 @@
+#pragma once
+
+// Simulated boards on virtual ports, for trying the program out without any
+// hardware: a log on COM3, an echo on COM4 and a command line on COM5. Each is
+// a child process, a "boardsim" found beside the executable; all end with this
+// object.
+
+#include <QObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+class DemoBoards : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit DemoBoards(QObject *parent = nullptr);
+    ~DemoBoards() override;
+
+    // Plugs the boards in; call it when whoever shows failures is connected.
+    void start();
+
+signals:
+    // A board did not start, or ended by itself. Chinese, for the user.
+    void failed(QString text);
+
+private:
+    void startBoard(const QString &port, const QStringList &options);
+
+    QTemporaryDir m_folder; // of the virtual ports
+};

@@ -1,0 +1,208 @@
+#include "shell/base/qtmessagetip.h"
+#include "tests/e2e/stage.h"
+#include "tests/e2e/tours.h"
+#include "tests/e2e/userhand.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QPixmap>
+#include <QPushButton>
+#include <QScreen>
+#include <QTabBar>
+#include <QTest>
+
+namespace {
+
+const char *const kTools[] = {"serial", "camera", "network", "pid", "hexedit"};
+
+// Pictures of the first skin, which is the one of a fresh start, have plain names.
+void addSkins()
+{
+    QTest::addColumn<QString>("suffix");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("dark") << QString() << QStringLiteral("深色");
+    QTest::newRow("light") << QStringLiteral("-light") << QStringLiteral("浅色");
+    QTest::newRow("yellow") << QStringLiteral("-yellow") << QStringLiteral("黄色");
+}
+
+// Whether the screen shows the window, small things in front of it aside.
+bool shows(const QImage &screen, const QImage &window)
+{
+    if (screen.size() != window.size())
+        return false;
+    int seen = 0;
+    int equal = 0;
+    for (int y = 0; y < window.height(); y += 7) {
+        for (int x = 0; x < window.width(); x += 7, ++seen)
+            equal += (screen.pixel(x, y) | 0xFF000000) == (window.pixel(x, y) | 0xFF000000);
+    }
+    return equal >= seen * 8 / 10;
+}
+
+// What the screen shows at a window's place, menus and tips in front of it
+// included, as soon as it has come to rest. A new window takes a while to be
+// placed and painted.
+QPixmap onScreen(QWidget *widget)
+{
+    QWidget *window = widget->window();
+    QPixmap last;
+    const auto rests = [&] {
+        const QPixmap now = window->screen()->grabWindow(window->winId());
+        const bool still = !last.isNull() && now.toImage() == last.toImage();
+        last = now;
+        return still && shows(now.toImage(), window->grab().toImage());
+    };
+    const bool rested = QTest::qWaitFor(rests, 30000);
+    return rested ? last : QPixmap();
+}
+
+} // namespace
+
+PictureTour::PictureTour(const QString &folder)
+    : m_folder(folder)
+{
+    QDir().mkpath(folder);
+}
+
+void PictureTour::save(const QString &name, const QPixmap &picture) const
+{
+    QVERIFY(!picture.isNull());
+    QVERIFY(picture.save(QStringLiteral("%1/%2.png").arg(m_folder, name)));
+}
+
+bool PictureTour::chooseSkin(const QString &skin)
+{
+    return stage().chooseSetting({QStringLiteral("主题"), skin}) &&
+           stage().chooseSetting({QStringLiteral("编码设置"), QStringLiteral("UTF-8")});
+}
+
+void PictureTour::tools_data()
+{
+    addSkins();
+}
+
+void PictureTour::tools()
+{
+    QFETCH(QString, suffix);
+    QFETCH(QString, text);
+    QVERIFY(chooseSkin(text));
+    BoardProcess board(QStringLiteral("COM3"), stage().portsFolder());
+    QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("log"), QStringLiteral("--rate"),
+                                   QStringLiteral("15")}));
+    QVERIFY(stage().openPort(board));
+    QVERIFY(
+        UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
+    WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
+    auto *tabs = stage().find<QTabBar>("toolTabs");
+    for (int i = 0; i < tabs->count(); ++i) {
+        QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
+        save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));
+    }
+    if (suffix.isEmpty()) { // as a window is at the least
+        QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
+        stage().window().resize(800, 500);
+        WAIT_EQUAL(stage().window().size(), QSize(800, 500));
+        save(QStringLiteral("serial-small"), onScreen(tabs));
+    }
+}
+
+void PictureTour::sendPages()
+{
+    BoardProcess board(QStringLiteral("COM5"), stage().portsFolder());
+    QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("shell")}));
+    QVERIFY(chooseSkin(QStringLiteral("浅色")));
+    QVERIFY(UserHand::click(stage().find<QWidget>("checkTimeStamp")));
+    QVERIFY(UserHand::click(stage().find<QWidget>("checkNewline")));
+    QVERIFY(stage().openPort(board));
+    auto *pages = stage().find<QComboBox>("comboSendPage");
+    QVERIFY(UserHand::choose(pages, QStringLiteral("多项发送")));
+    const QString commands[] = {QStringLiteral("help"), QStringLiteral("version"), QStringLiteral("led on"),
+                                QStringLiteral("adc")};
+    int place = 0;
+    for (const QString &command : commands) {
+        QVERIFY(UserHand::typeInto(
+            stage().find<QWidget>(qPrintable(QStringLiteral("multiEdit%1").arg(place))), command));
+        const qint64 before = stage().receivedShown();
+        QVERIFY(UserHand::click(stage().find<QWidget>(qPrintable(QStringLiteral("multiSend%1").arg(place)))));
+        WAIT_FOR(stage().receivedShown() > before);
+        ++place;
+    }
+    save(QStringLiteral("multisend"), onScreen(pages));
+    QVERIFY(UserHand::choose(pages, QStringLiteral("发送文件")));
+    save(QStringLiteral("filesend"), onScreen(pages));
+    QVERIFY(UserHand::choose(pages, QStringLiteral("单项发送")));
+    QVERIFY(UserHand::click(stage().find<QWidget>("radioRecvHex")));
+    QVERIFY(UserHand::click(stage().find<QWidget>("radioSendHex")));
+    QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("61 64 63 0D 0A 7")));
+    QVERIFY(UserHand::click(stage().find<QWidget>("btnSingleSend")));
+    WAIT_FOR(stage().shownText().contains(QStringLiteral("HEX >")));
+    save(QStringLiteral("hexadecimal"), onScreen(pages));
+}
+
+void PictureTour::menus_data()
+{
+    addSkins();
+}
+
+void PictureTour::menus()
+{
+    QFETCH(QString, suffix);
+    QFETCH(QString, text);
+    QVERIFY(chooseSkin(text));
+    auto *settings = stage().find<QPushButton>("btnSettings");
+    const auto take = [this, suffix](const char *name) {
+        return [this, suffix, name] {
+            save(QStringLiteral("%1%2").arg(QLatin1String(name), suffix), onScreen(&stage().window()));
+        };
+    };
+    QVERIFY(UserHand::visitMenu(settings, {QStringLiteral("数据缓存"), QStringLiteral("自动保存")},
+                                take("menu-settings")));
+    QVERIFY(UserHand::visitMenu(stage().find<QPushButton>("btnHelpMenu"), {QStringLiteral("检查版本更新")},
+                                take("menu-help")));
+}
+
+void PictureTour::dialogs_data()
+{
+    addSkins();
+}
+
+void PictureTour::dialogs()
+{
+    QFETCH(QString, suffix);
+    QFETCH(QString, text);
+    QVERIFY(chooseSkin(text));
+    const auto visit = [this, &suffix](const char *name, const std::function<bool()> &opens) {
+        return UserHand::inDialog(opens, [this, &suffix, name](QWidget *dialog) {
+            save(QStringLiteral("%1%2").arg(QLatin1String(name), suffix), onScreen(dialog));
+            return UserHand::press(Qt::Key_Escape);
+        });
+    };
+    QVERIFY(visit("messagebox", [this] { return stage().chooseSetting({QStringLiteral("恢复默认设置")}); }));
+    QVERIFY(visit("style", [this] { return stage().chooseSetting({QStringLiteral("接收区设置")}); }));
+    // A folder as a user may have one.
+    QDir folder(stage().rootFolder());
+    QVERIFY(folder.mkpath(QStringLiteral("测试数据/固件")) && folder.cd(QStringLiteral("测试数据")));
+    for (const QString &name : {QStringLiteral("温度记录.txt"), QStringLiteral("AT指令.txt")}) {
+        QFile file(folder.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("AT\r\n") == 4);
+    }
+    QVERIFY(QDir::setCurrent(folder.path()));
+    QVERIFY(visit("file", [this] { return UserHand::click(stage().find<QWidget>("btnLoadDataFile")); }));
+    QVERIFY(QDir::setCurrent(QDir::rootPath())); // the folder goes with the stage
+}
+
+void PictureTour::tips()
+{
+    QVERIFY(chooseSkin(QStringLiteral("浅色")));
+    QVERIFY(UserHand::click(stage().find<QWidget>("btnSingleSend")));
+    QVERIFY(QtMessageTip::current() && QtMessageTip::current()->isVisible());
+    save(QStringLiteral("tip-notice"), onScreen(&stage().window()));
+
+    auto *period = stage().find<QLineEdit>("editAutoInterval");
+    QVERIFY(UserHand::typeInto(period, QStringLiteral("5")));
+    QVERIFY(UserHand::press(Qt::Key_Return));
+    QCOMPARE(QtMessageTip::current()->tipStyle(), QtMessageTip::Bubble);
+    save(QStringLiteral("tip-bubble"), onScreen(&stage().window()));
+}

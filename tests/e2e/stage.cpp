@@ -1,0 +1,133 @@
+#include "tests/e2e/stage.h"
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "app/skin.h"
+#include "serial/qtterminalwidget.h"
+#include "shell/base/dialoganswers.h"
+#include "shell/base/qtmessagetip.h"
+#include "shell/window/qtcountlabel.h"
+#include "shell/window/qtstatusbar.h"
+#include "tests/e2e/userhand.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QPushButton>
+#include <QTest>
+
+namespace {
+
+constexpr int kPatienceMs = 30000;
+
+qint64 numberIn(const QLabel *label, const QString &caption)
+{
+    return label->text().startsWith(caption) ? label->text().mid(caption.size()).toLongLong() : -1;
+}
+
+} // namespace
+
+Stage::Surroundings::Surroundings()
+{
+    qputenv("KORVEX_VIRTUAL_PORTS", ports.path().toLocal8Bit());
+    AppPaths::setRoot(root.path());
+    AppPaths::makeFolders();
+    Settings::writeDefaults();
+    Settings::load();
+    Skin::apply(Settings::instance().skin);
+}
+
+Stage::Stage()
+{
+    m_window.resize(1100, 760);
+    m_window.show();
+    m_ready = QTest::qWaitForWindowActive(&m_window, kPatienceMs);
+}
+
+Stage::~Stage()
+{
+    DialogAnswers::instance() = DialogAnswers();
+    if (QtMessageTip *tip = QtMessageTip::current())
+        tip->sltTimeOut();
+}
+
+QByteArray Stage::content(const QString &name) const
+{
+    QFile source(file(name));
+    return source.open(QIODevice::ReadOnly) ? source.readAll() : QByteArray();
+}
+
+bool Stage::plugIn(BoardProcess &board, const QStringList &options)
+{
+    if (!board.start(options)) {
+        qWarning().noquote() << "the board did not start:" << board.errors();
+        return false;
+    }
+    auto *ports = find<QComboBox>("comboPort");
+    const QString entry = board.port() + QStringLiteral(" 虚拟串口");
+    return QTest::qWaitFor([&] { return ports->findText(entry) >= 0; }, kPatienceMs);
+}
+
+bool Stage::openPort(const BoardProcess &board)
+{
+    const QString text = QStringLiteral("串口[%1]打开成功!").arg(board.port());
+    return UserHand::choose(find<QComboBox>("comboPort"), board.port() + QStringLiteral(" 虚拟串口")) &&
+           UserHand::click(find<QPushButton>("btnOpen")) && isOpenShown() &&
+           waitForNotice(text, Notice::Information);
+}
+
+bool Stage::closePort()
+{
+    return isOpenShown() && UserHand::click(find<QPushButton>("btnOpen")) && !isOpenShown();
+}
+
+bool Stage::isOpenShown()
+{
+    return find<QPushButton>("btnOpen")->text() == QStringLiteral("关闭串口");
+}
+
+QtTerminalWidget *Stage::terminal()
+{
+    return find<QtTerminalWidget>("recvBrowser");
+}
+
+QString Stage::shownText()
+{
+    return terminal()->toPlainText();
+}
+
+qint64 Stage::sentShown()
+{
+    return numberIn(find<QLabel>("sentCount"), QStringLiteral("发送字节数: "));
+}
+
+qint64 Stage::receivedShown()
+{
+    return numberIn(find<QLabel>("receivedCount"), QStringLiteral("接收字节数: "));
+}
+
+Notice Stage::lastNotice()
+{
+    const QVector<Notice> &notices = find<QtStatusBar>("statusBar")->notices().recent();
+    return notices.isEmpty() ? Notice() : notices.last();
+}
+
+bool Stage::waitForNotice(const QString &text, int kind)
+{
+    const bool came =
+        QTest::qWaitFor([&] { return lastNotice().text == text && lastNotice().kind == kind; }, kPatienceMs);
+    if (!came)
+        qWarning().noquote() << "last notice:" << lastNotice().kind << lastNotice().text << "instead of"
+                             << text;
+    return came;
+}
+
+bool Stage::chooseSetting(const QStringList &path)
+{
+    return UserHand::chooseFromMenu(find<QPushButton>("btnSettings"), path);
+}
+
+void Stage::answerFileDialogs(const QString &name)
+{
+    DialogAnswers::instance().fileNames = [name](DialogAnswers::FileMode, const QString &, const QString &,
+                                                 const QString &) { return QStringList{name}; };
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+// A window of the program with a folder of its own beside which nothing else
+// lives, virtual ports of its own, and short words for what a user looks at.
+
+#include "shell/window/mainwindow.h"
+#include "shell/window/noticelog.h"
+#include "tests/support/boardprocess.h"
+
+#include <QTemporaryDir>
+
+class QtTerminalWidget;
+
+// For waits on what has to come sooner or later, however slow the machine.
+#define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
+#define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
+
+class Stage
+{
+public:
+    // Shows the window and waits until it is active.
+    Stage();
+    ~Stage();
+    Q_DISABLE_COPY_MOVE(Stage)
+
+    bool isReady() const { return m_ready; }
+    MainWindow &window() { return m_window; }
+    QString rootFolder() const { return m_surroundings.root.path(); }
+    QString portsFolder() const { return m_surroundings.ports.path(); }
+    QString file(const QString &name) const { return m_surroundings.root.filePath(name); }
+    QByteArray content(const QString &name) const; // of a file in the root folder
+
+    template <class Widget> Widget *find(const char *objectName)
+    {
+        return m_window.findChild<Widget *>(QLatin1String(objectName));
+    }
+
+    // Starts the board and waits until the program lists its port.
+    bool plugIn(BoardProcess &board, const QStringList &options);
+    // Chooses the board's port from the list and opens it.
+    bool openPort(const BoardProcess &board);
+    bool closePort();
+    bool isOpenShown(); // by the open button
+
+    QtTerminalWidget *terminal();
+    QString shownText();
+
+    // What the status bar says.
+    qint64 sentShown();
+    qint64 receivedShown();
+    Notice lastNotice();
+    bool waitForNotice(const QString &text, int kind);
+
+    // Menus of the title bar.
+    bool chooseSetting(const QStringList &path);
+
+    // Enters the name in the place of the file dialog.
+    static void answerFileDialogs(const QString &name);
+
+private:
+    // Folders, paths and settings are in place before the window is made.
+    struct Surroundings
+    {
+        Surroundings();
+        QTemporaryDir root;
+        QTemporaryDir ports;
+    };
+    Surroundings m_surroundings;
+    MainWindow m_window;
+    bool m_ready = false;
+};
