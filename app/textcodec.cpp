@@ -41,14 +41,31 @@ StreamDecoder::~StreamDecoder() = default;
 
 QString StreamDecoder::decode(const char *bytes, int size, int codecIndex)
 {
-    if (!m_decoder || m_codecIndex != codecIndex) {
-        m_decoder.reset(TextCodec::codec(codecIndex)->makeDecoder());
+    if (m_codecIndex != codecIndex) {
+        reset();
         m_codecIndex = codecIndex;
     }
+    if (codecIndex == TextCodec::Utf8)
+        return decodeUtf8(QByteArray(bytes, size));
+    if (!m_decoder)
+        m_decoder.reset(TextCodec::codec(codecIndex)->makeDecoder(QTextCodec::IgnoreHeader));
     return m_decoder->toUnicode(bytes, size);
+}
+
+// Qt's own UTF-8 decoder forgets the bytes of a broken character that a chunk
+// end has cut: nothing is shown for them. Here they are decoded together with
+// what follows.
+QString StreamDecoder::decodeUtf8(const QByteArray &chunk)
+{
+    const QByteArray bytes = m_unfinished + chunk;
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    const QString text = TextCodec::codec(TextCodec::Utf8)->toUnicode(bytes.constData(), bytes.size(), &state);
+    m_unfinished = bytes.right(state.remainingChars);
+    return text;
 }
 
 void StreamDecoder::reset()
 {
     m_decoder.reset();
+    m_unfinished.clear();
 }

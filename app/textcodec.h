@@ -44,6 +44,9 @@ public:
     void reset();
 
 private:
-    std::unique_ptr<QTextDecoder> m_decoder;
+    QString decodeUtf8(const QByteArray &chunk);
+
+    std::unique_ptr<QTextDecoder> m_decoder; // GB18030
+    QByteArray m_unfinished;                 // UTF-8: of the character that the last chunk cut
     int m_codecIndex = -1;
 };

@@ -59,7 +59,7 @@ void SendList::read(const QByteArray &file)
             end = text.size();
         QStringRef line = text.midRef(start, end - start);
         start = end + 1;
-        if (line.endsWith(QLatin1Char('\r')))
+        while (line.endsWith(QLatin1Char('\r')))
             line.chop(1);
         const int separator = line.indexOf(QLatin1Char('#'));
         if (separator < 0)

@@ -87,6 +87,17 @@ void TestText::decodesAnyCutOfAStream()
         const QString front = decoder.decode(bytes.constData(), cut, codec);
         QCOMPARE(front + decoder.decode(bytes.constData() + cut, bytes.size() - cut, codec), text);
     }
+    // Nothing vanishes of broken characters, whatever the cut.
+    const QByteArray broken("a\xe6\xb8:b\xf0\x9f\x98 \xef\xbb\xbf\xc3(", 14);
+    StreamDecoder whole;
+    const QString expected = whole.decode(broken.constData(), broken.size(), codec);
+    QVERIFY(expected.contains(QChar::ReplacementCharacter));
+    for (int cut = 0; cut <= broken.size(); ++cut) {
+        StreamDecoder decoder;
+        const QString front = decoder.decode(broken.constData(), cut, codec);
+        QCOMPARE(front + decoder.decode(broken.constData() + cut, broken.size() - cut, codec), expected);
+    }
+
     StreamDecoder decoder;
     QString single;
     for (const char byte : bytes)

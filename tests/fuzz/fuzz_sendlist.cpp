@@ -1,0 +1,26 @@
+// A multi-send list of any bytes: what was read can be written and read again
+// without a change, and stays within the pages.
+
+#include "serial/sendlist.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    SendList list;
+    list.read(QByteArray(reinterpret_cast<const char *>(data), static_cast<int>(size)));
+    if (list.pageCount() < SendList::fewestPages || list.pageCount() > SendList::mostPages)
+        abort();
+    SendList again;
+    const QByteArray written = list.write();
+    again.read(written);
+    if (again.write() != written)
+        abort();
+    list.removePage(1 + (size > 0 ? data[0] % SendList::mostPages : 0));
+    for (int page = 1; page <= SendList::mostPages; ++page)
+        list.clearPage(page);
+    if (!list.write().isEmpty())
+        abort();
+    return 0;
+}
