@@ -12,7 +12,8 @@ const auto kColourDark = QStringLiteral("#4b4b4b");
 const auto kColourLight = QStringLiteral("#f2f2f2");
 const auto kUpdateUrl = QStringLiteral("https://www.orvane.example/firmware");
 
-struct Default {
+struct Default
+{
     QLatin1String group;
     QLatin1String key;
     QVariant value;
@@ -153,8 +154,9 @@ bool Settings::writeValue(const QString &group, const QString &key, const QVaria
     return false;
 }
 
-void Settings::restoreDefaults()
+bool Settings::restoreDefaults()
 {
+    bool written = false;
     {
         QSettings file(AppPaths::configFile(), QSettings::IniFormat);
         for (const Default &value : firstStartValues()) {
@@ -165,6 +167,9 @@ void Settings::restoreDefaults()
         file.beginGroup(SettingsKeys::Common::group);
         file.remove(SettingsKeys::Common::buffer);
         file.endGroup();
+        file.sync();
+        written = file.status() == QSettings::NoError;
     }
     load();
+    return written;
 }

@@ -8,19 +8,23 @@
 #include <QString>
 #include <QVariant>
 
-struct Settings {
-    struct SerialDefaults {
+struct Settings
+{
+    struct SerialDefaults
+    {
         int baudRate = 115400;
         int dataBits = 8;
         int stopBits = 1; // the text of the stop-bits list's entry
         int parity = 0;   // index into the parity list
     };
-    struct NetworkDefaults {
+    struct NetworkDefaults
+    {
         int type = 0; // index into the protocol list
         QString address = QStringLiteral("127.0.0.1");
         int port = 8000;
     };
-    struct ProbeSettings {
+    struct ProbeSettings
+    {
         QString chip = QStringLiteral("STM32F103RC");
         QString port = QStringLiteral("SW");
         QString frequency = QStringLiteral("10MHz");
@@ -57,6 +61,7 @@ struct Settings {
     static bool writeValue(const QString &group, const QString &key, const QVariant &value);
 
     // Writes the first-start values over whatever the file holds, drops the
-    // close behaviour and loads again. The caller applies the skin.
-    static void restoreDefaults();
+    // close behaviour and loads again. The caller applies the skin. False where
+    // the file cannot be written; the defaults are then good for this run only.
+    static bool restoreDefaults();
 };

@@ -48,13 +48,18 @@ void SendOptions::buildUi()
     addRow(QStringLiteral("自动发送周期(ms)"), m_interval);
 }
 
+QWidget *SendOptions::lastField() const
+{
+    return m_interval;
+}
+
 void SendOptions::applyInterval()
 {
     bool isNumber = false;
     const int milliseconds = m_interval->text().trimmed().toInt(&isNumber);
     if (isNumber && m_box->setAutoInterval(milliseconds))
         return;
-    QtMessageTip::showBelow(m_interval, QStringLiteral("自动发送周期不能小于%1毫秒！")
-                                            .arg(QtSendBoxWidget::leastAutoInterval));
+    QtMessageTip::showBelow(
+        m_interval, QStringLiteral("自动发送周期不能小于%1毫秒！").arg(QtSendBoxWidget::leastAutoInterval));
     m_interval->setText(QString::number(m_box->autoInterval()));
 }

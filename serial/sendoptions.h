@@ -23,6 +23,8 @@ public:
     // with a tip and the former period comes back.
     void applyInterval();
 
+    QWidget *lastField() const; // in tab order
+
 signals:
     void pageChosen(int index);
     void intervalEdited();

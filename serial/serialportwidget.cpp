@@ -34,7 +34,7 @@ namespace {
 constexpr int kInformation = 0;
 constexpr int kError = 255;
 
-constexpr int kQuietMs = 10;       // reading waits until the line is quiet for so long
+constexpr int kQuietMs = 10; // reading waits until the line is quiet for so long
 constexpr int kCountPeriodMs = 250;
 
 // A line that never pauses is read when so much waits, so that memory is bounded.
@@ -81,7 +81,16 @@ void SerialportWidget::buildUi()
     QWidget *work = buildWorkArea(); // makes the send box that the panel's options drive
     row->addWidget(buildPanel());
     row->addWidget(work, 1);
-    setTabOrder(m_panel, work);
+    // The work area was made first, but follows the panel.
+    QVector<QWidget *> parts;
+    for (QWidget *part = m_fold; work->isAncestorOf(part); part = part->nextInFocusChain())
+        if ((part->focusPolicy() & Qt::TabFocus) && !part->focusProxy())
+            parts.append(part);
+    QWidget *last = m_sendOptions->lastField();
+    for (QWidget *part : qAsConst(parts)) {
+        setTabOrder(last, part);
+        last = part;
+    }
 }
 
 QWidget *SerialportWidget::buildPanel()
@@ -143,7 +152,8 @@ void SerialportWidget::connectParts()
     connect(m_port.get(), &QextSerialPort::readyRead, this, &SerialportWidget::sltInterruptDetection);
     connect(&m_recvTimer, &QTimer::timeout, this, &SerialportWidget::SltRecvFromSerialport);
     // Queued: the report comes from within the port's own reading.
-    connect(m_port.get(), &QextSerialPort::hungUp, this, &SerialportWidget::portVanished, Qt::QueuedConnection);
+    connect(m_port.get(), &QextSerialPort::hungUp, this, &SerialportWidget::portVanished,
+            Qt::QueuedConnection);
     connect(&m_countTimer, &QTimer::timeout, this, &SerialportWidget::showCounts);
 
     connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
@@ -157,9 +167,8 @@ void SerialportWidget::connectParts()
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
     connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &SerialportWidget::signalNotify);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &SerialportWidget::clearRecv);
-    connect(m_terminal, &QtTerminalWidget::historyLost, this, [this] {
-        emit signalNotify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError);
-    });
+    connect(m_terminal, &QtTerminalWidget::historyLost, this,
+            [this] { emit signalNotify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError); });
 }
 
 // ---- the port
@@ -212,7 +221,8 @@ void SerialportWidget::applyParameters()
     emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
     if (!refused.isEmpty())
         emit signalNotify(
-            QStringLiteral("串口[%1]不支持以下参数: %2").arg(name, refused.join(QStringLiteral("、"))), kError);
+            QStringLiteral("串口[%1]不支持以下参数: %2").arg(name, refused.join(QStringLiteral("、"))),
+            kError);
 
     using namespace SettingsKeys;
     Settings::writeValue(Serialport::group, Serialport::baudRate, m_config->baudRate());
@@ -224,6 +234,8 @@ void SerialportWidget::applyParameters()
 void SerialportWidget::setPortState(bool open)
 {
     m_config->setOpenState(open);
+    if (!open && m_defaultsDue)
+        reloadSettings();
     m_sendBox->setDeviceOpen(open);
     m_state->setOn(open);
 }
@@ -300,8 +312,8 @@ void SerialportWidget::handleReceived(const QByteArray &bytes)
     }
     QString header;
     if (m_recvOptions->timeStamp())
-        header = QTime::currentTime().toString(QStringLiteral("[hh:mm:ss.zzz]"))
-            + (hex ? QStringLiteral(" HEX >\n") : QStringLiteral(" ASCII >\n"));
+        header = QTime::currentTime().toString(QStringLiteral("[hh:mm:ss.zzz]")) +
+                 (hex ? QStringLiteral(" HEX >\n") : QStringLiteral(" ASCII >\n"));
     m_terminal->showReceived(bytes, header, hex);
 }
 
@@ -420,12 +432,16 @@ void SerialportWidget::SltSaveDataToFile()
 // Asks for a file and saves. False when cancelled or failed.
 bool SerialportWidget::saveAll()
 {
-    QString filter = kTextFilter;
-    const QString name = QtFileDialog::getSaveFileName(this, QString(), QString(),
-                                                       kTextFilter + QStringLiteral(";;") + kBytesFilter, &filter);
+    // Without text shown, a text file would be an empty one.
+    const bool noText = m_terminal->isEmpty();
+    QString filter = noText ? kBytesFilter : kTextFilter;
+    const QString name = QtFileDialog::getSaveFileName(
+        this, QString(), QString(), noText ? kBytesFilter : kTextFilter + QStringLiteral(";;") + kBytesFilter,
+        &filter);
     if (name.isEmpty())
         return false;
-    const bool asBytes = filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive);
+    const bool asBytes =
+        noText || filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive);
     m_unsaved = false; // what comes while it is written is not in the file
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     const bool saved = asBytes ? ReceivedFiles::saveBytes(m_spool, name)
@@ -435,6 +451,8 @@ bool SerialportWidget::saveAll()
         m_unsaved = true;
     if (saved && asBytes && m_spool.state() == ByteSpool::State::Incomplete)
         emit signalNotify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
+    else if (saved && !asBytes && m_hidden)
+        emit signalNotify(QStringLiteral("文件保存完成! 全部接收数据请保存为数据文件(*.bin)"), kInformation);
     else
         emit signalNotify(saved ? QStringLiteral("文件保存完成!") : QStringLiteral("文件保存失败!"),
                           saved ? kInformation : kError);
@@ -453,8 +471,9 @@ bool SerialportWidget::autoSave()
             continue;
         const QString name =
             ReceivedFiles::datedName(folder, {QStringLiteral(".txt"), QStringLiteral(".bin")});
-        const bool textSaved = m_terminal->isEmpty()
-            || ReceivedFiles::saveText(*m_terminal, name + QStringLiteral(".txt"), Settings::instance().textCodec);
+        const bool textSaved =
+            m_terminal->isEmpty() || ReceivedFiles::saveText(*m_terminal, name + QStringLiteral(".txt"),
+                                                             Settings::instance().textCodec);
         const bool bytesSaved = !m_hidden || ReceivedFiles::saveBytes(m_spool, name + QStringLiteral(".bin"));
         if (textSaved && bytesSaved)
             return true;
@@ -479,7 +498,8 @@ bool SerialportWidget::prepareToClose()
             m_unsaved = false;
             return true;
         }
-        return QtMessageBox::question(this, title, QStringLiteral("接收数据自动保存失败，是否仍然退出?")) == 1;
+        return QtMessageBox::question(this, title, QStringLiteral("接收数据自动保存失败，是否仍然退出?")) ==
+               1;
     default:
         return true;
     }
@@ -487,7 +507,8 @@ bool SerialportWidget::prepareToClose()
 
 void SerialportWidget::reloadSettings()
 {
-    if (!m_port->isOpen())
+    m_defaultsDue = m_port->isOpen(); // whose parameters are the ones shown
+    if (!m_defaultsDue)
         m_config->loadDefaults();
 }
 

@@ -97,6 +97,7 @@ private:
     ByteSpool m_spool; // every byte received, for the whole session
     ByteSpool::State m_spoolTold = ByteSpool::State::OnDisk;
     bool m_writeBlockedTold = false;
-    bool m_unsaved = false; // something came since the last save or clearing
-    bool m_hidden = false;  // some of it was not shown, or is shown no more
+    bool m_defaultsDue = false; // settings were restored while the port was open
+    bool m_unsaved = false;     // something came since the last save or clearing
+    bool m_hidden = false;      // some of it was not shown, or is shown no more
 };

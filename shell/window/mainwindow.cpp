@@ -82,6 +82,10 @@ bool MainWindow::prepareToQuit()
 
 void MainWindow::closeApp()
 {
+    if (m_sessionEnds) { // it did not end after all
+        m_sessionEnds = false;
+        m_quitGuard = QuitGuard(m_pages);
+    }
     if (prepareToQuit())
         QCoreApplication::quit();
 }
@@ -298,12 +302,14 @@ void MainWindow::restoreDefaults()
 {
     if (QtMessageBox::question(this, QStringLiteral("询问"), QStringLiteral("确认恢复默认设置吗?")) != 1)
         return;
-    Settings::restoreDefaults();
+    const bool written = Settings::restoreDefaults();
     Skin::apply(Settings::instance().skin);
     showChecks();
     for (QtWidgetBase *page : qAsConst(m_pages))
         page->reloadSettings();
-    QtMessageTip::showTip(QStringLiteral("配置已恢复！"), 2000);
+    QtMessageTip::showTip(written ? QStringLiteral("配置已恢复！")
+                                  : QStringLiteral("配置文件无法写入，仅本次运行恢复默认设置！"),
+                          2000);
 }
 
 // The session ends: the question must be answered now or not at all.
@@ -311,7 +317,8 @@ void MainWindow::commitData(QSessionManager &manager)
 {
     if (!manager.allowsInteraction())
         return;
-    if (!prepareToQuit())
+    m_sessionEnds = prepareToQuit();
+    if (!m_sessionEnds)
         manager.cancel();
     manager.release();
 }

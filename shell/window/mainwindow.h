@@ -78,4 +78,5 @@ private:
     QActionGroup *m_skins = nullptr;
     QActionGroup *m_closeBehaviours = nullptr;
     QuitGuard m_quitGuard;
+    bool m_sessionEnds = false; // all agreed to that; another program may yet stop it
 };

@@ -67,13 +67,20 @@ void TestSettings::firstStartWritesTheTable()
         QVERIFY(QFileInfo(m_root->filePath(QLatin1String(folder))).isDir());
     Settings::writeDefaults();
     const QMap<QString, QString> expected{
-        {"Common/RecvBackground", "#4b4b4b"}, {"Common/RecvTextColor", "#f2f2f2"},
-        {"Common/SendBackground", "#4b4b4b"}, {"Common/SendTextColor", "#f2f2f2"},
-        {"Common/TextCodec", "1"},            {"Common/Skin", "0"},
-        {"Serialport/BaudRate", "115200"},    {"Serialport/DataBit", "8"},
-        {"Serialport/SotpBit", "1"},          {"Serialport/Parity", "0"},
-        {"NetTools/NetType", "0"},            {"NetTools/IPAddr", "127.0.0.1"},
-        {"NetTools/Port", "8000"},            {"DAPCfg/OpenUrl", ""},
+        {"Common/RecvBackground", "#4b4b4b"},
+        {"Common/RecvTextColor", "#f2f2f2"},
+        {"Common/SendBackground", "#4b4b4b"},
+        {"Common/SendTextColor", "#f2f2f2"},
+        {"Common/TextCodec", "1"},
+        {"Common/Skin", "0"},
+        {"Serialport/BaudRate", "115200"},
+        {"Serialport/DataBit", "8"},
+        {"Serialport/SotpBit", "1"},
+        {"Serialport/Parity", "0"},
+        {"NetTools/NetType", "0"},
+        {"NetTools/IPAddr", "127.0.0.1"},
+        {"NetTools/Port", "8000"},
+        {"DAPCfg/OpenUrl", ""},
         {"DAPCfg/Language", "qt_app_zh.qm"},
     };
     const QSettings file(AppPaths::configFile(), QSettings::IniFormat);
@@ -95,7 +102,8 @@ void TestSettings::leavesAFileWithGroupsAlone()
 {
     writeFile("[Serialport]\nDataBit=7\n");
     Settings::writeDefaults();
-    QCOMPARE(QSettings(AppPaths::configFile(), QSettings::IniFormat).allKeys(), QStringList("Serialport/DataBit"));
+    QCOMPARE(QSettings(AppPaths::configFile(), QSettings::IniFormat).allKeys(),
+             QStringList("Serialport/DataBit"));
     Settings::load();
     QCOMPARE(Settings::instance().serial.dataBits, 7);
     QCOMPARE(Settings::instance().serial.baudRate, 115400);
@@ -193,11 +201,14 @@ void TestSettings::restoresTheFirstStart()
     Settings::writeValue("Serialport", "BaudRate", 9600);
     Settings::load();
     QCOMPARE(Settings::instance().closeBehaviour, 2);
-    Settings::restoreDefaults();
+    QVERIFY(Settings::restoreDefaults());
     QCOMPARE(Settings::instance().skin, 0);
     QCOMPARE(Settings::instance().serial.baudRate, 115200);
     QCOMPARE(Settings::instance().closeBehaviour, 0);
     QVERIFY(!stored("Common/Buffer").isValid());
+
+    AppPaths::setRoot(AppPaths::configFile()); // a file: nothing can be written below it
+    QVERIFY(!Settings::restoreDefaults());
 }
 
 void TestSettings::buildsTheStyleSheetInOrder()
@@ -215,7 +226,8 @@ void TestSettings::buildsTheStyleSheetInOrder()
         const QByteArray bytes = file.readAll();
         QVERIFY(bytes.size() > 1000);
         // Stored as GB18030, read as UTF-8: only ASCII is the same in both.
-        QVERIFY(std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }));
+        QVERIFY(std::all_of(bytes.begin(), bytes.end(),
+                            [](char c) { return static_cast<unsigned char>(c) < 0x80; }));
         QVERIFY(sheet.contains(QString::fromLatin1(bytes)));
     }
     Skin::apply(2);

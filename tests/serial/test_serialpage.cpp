@@ -34,6 +34,7 @@ private slots:
     void namesWhatCannotBeOpened();
     void writesTheChosenParameters();
     void showsTheStoredDefaults();
+    void tabsFromThePanelToTheWork();
     void keepsTheChoiceInANewList();
     void aNewListClosesThePort();
     void aHangUpClosesThePort();
@@ -52,7 +53,7 @@ private slots:
     void endsDuringAFlood();
 
 private:
-    template<class Widget> Widget *child(const char *name) const
+    template <class Widget> Widget *child(const char *name) const
     {
         return m_page->findChild<Widget *>(QLatin1String(name));
     }
@@ -60,7 +61,10 @@ private:
     void openPort(const QString &text = QString());
     QString shown() { return child<QtTerminalWidget>("recvBrowser")->toPlainText(); }
     qint64 received() const { return m_page->counts().at(1).toLongLong(); }
-    QString lastNotice() const { return m_notices->isEmpty() ? QString() : m_notices->last().at(0).toString(); }
+    QString lastNotice() const
+    {
+        return m_notices->isEmpty() ? QString() : m_notices->last().at(0).toString();
+    }
     int lastKind() const { return m_notices->isEmpty() ? -1 : m_notices->last().at(1).toInt(); }
     void receive(const QByteArray &bytes);
     void chooseFile(const QString &name);
@@ -203,6 +207,28 @@ void TestSerialPage::showsTheStoredDefaults()
     Settings::instance().serial.stopBits = 0; // no entry has that text
     fresh.reloadSettings();
     QCOMPARE(texts(fresh).at(2), QStringLiteral("1"));
+
+    // An open port's parameters are shown until it closes.
+    openPort();
+    Settings::instance().serial = {9600, 7, 2, 1};
+    m_page->reloadSettings();
+    QCOMPARE(texts(*m_page).at(0), QStringLiteral("115400"));
+    click("btnOpen");
+    QCOMPARE(texts(*m_page), (QStringList{"9600", "7", "2", QStringLiteral("奇校验")}));
+}
+
+void TestSerialPage::tabsFromThePanelToTheWork()
+{
+    const QStringList places{"comboPort",   "editAutoInterval", "btnFold",
+                             "recvBrowser", "textEditSend",     "btnSingleSend"};
+    QStringList order;
+    QWidget *widget = child<QComboBox>("comboPort");
+    do {
+        if (places.contains(widget->objectName()))
+            order.append(widget->objectName());
+        widget = widget->nextInFocusChain();
+    } while (widget != child<QComboBox>("comboPort"));
+    QCOMPARE(order, places);
 }
 
 void TestSerialPage::keepsTheChoiceInANewList()
@@ -328,6 +354,17 @@ void TestSerialPage::countsWhatItDoesNotShow()
     QCOMPARE(m_page->counts(), (QStringList{"0", "0"}));
     QCOMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 0"));
     QCOMPARE(m_page->spool().read(0, 100), QByteArray("hidden"));
+
+    // Nothing is shown: what can be saved are the bytes, whatever the name.
+    QString filters;
+    const QString name = m_root->filePath("hidden.txt");
+    DialogAnswers::instance().fileNames = [&](auto, auto, auto, const QString &filter) {
+        filters = filter;
+        return QStringList(name);
+    };
+    click("btnSaveRecv");
+    QCOMPARE(filters, QStringLiteral("数据文件(*.bin)"));
+    QCOMPARE(contentOf(name), QByteArray("hidden"));
 }
 
 void TestSerialPage::sendsAndCounts()
@@ -362,7 +399,8 @@ void TestSerialPage::savesTextAndBytes()
     QCOMPARE(lastNotice(), QStringLiteral("当前无数据需要保存！"));
     openPort();
     const QByteArray first("before\r\n");
-    const QByteArray second("\xce\xc2\x80\xff" "end\r\n");
+    const QByteArray second("\xce\xc2\x80\xff"
+                            "end\r\n");
     receive(first);
     click("btnClearRecv");
     receive(second);
