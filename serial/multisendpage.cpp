@@ -47,7 +47,7 @@ void MultiSendPage::buildUi()
         auto *button = new QPushButton(QStringLiteral("%1").arg(i + 1), this);
         button->setObjectName(QStringLiteral("multiSend%1").arg(i));
         button->setToolTip(QStringLiteral("发送第%1项").arg(i + 1));
-        button->setFixedWidth(36);
+        button->setFixedWidth(44); // "10" and the style's padding
         m_buttons->addButton(button, i);
         auto *row = new QHBoxLayout;
         row->setSpacing(4);

@@ -76,16 +76,11 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
         m_saveTimer.start();
     });
     connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
-    connect(m_single->editor(), &QtTextEditInput::pasteRefused, this, [this] {
-        QtMessageTip::showTip(QStringLiteral("粘贴的内容超过100万字符，请使用文件发送！"));
-    });
+    connect(m_single->editor(), &QtTextEditInput::pasteRefused, this,
+            [this] { QtMessageTip::showTip(QStringLiteral("粘贴的内容超过100万字符，请使用文件发送！")); });
     connect(m_single->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltSingleSendPage);
     connect(m_single->loadButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltLoadDataFile);
-    connect(m_multi, &MultiSendPage::sendRow, this, [this](const QString &text) {
-        m_ignoredTold = 0;
-        if (deviceIsOpen() && !text.isEmpty())
-            sendText(text);
-    });
+    connect(m_multi, &MultiSendPage::sendRow, this, &QtSendBoxWidget::sendOnce);
     connect(m_multi, &MultiSendPage::signalNotify, this, &QtSendBoxWidget::signalNotify);
     connect(m_file, &FileSendPage::signalSendFile, this, &QtSendBoxWidget::signalSendFile);
 }
@@ -158,12 +153,19 @@ void QtSendBoxWidget::stopAutoSend()
 
 void QtSendBoxWidget::SltSingleSendPage()
 {
+    sendOnce(m_single->text());
+}
+
+// At the user's request: there, nothing to send is worth a word.
+void QtSendBoxWidget::sendOnce(const QString &text)
+{
     m_ignoredTold = 0;
-    if (m_deviceOpen && m_single->text().isEmpty() && !m_newline) {
-        QtMessageTip::showTip(QStringLiteral("请输入需要发送的数据"));
+    if (!deviceIsOpen())
         return;
-    }
-    SltAutoSendData();
+    if (text.isEmpty() && !m_newline)
+        QtMessageTip::showTip(QStringLiteral("请输入需要发送的数据"));
+    else
+        sendText(text);
 }
 
 void QtSendBoxWidget::SltAutoSendData()
@@ -182,7 +184,8 @@ void QtSendBoxWidget::sendText(QString text)
         // Told once for each text, not at every period.
         if (parsed.ignored != m_ignoredTold && parsed.ignored > 0)
             emit signalNotify(
-                QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(parsed.ignored), 255);
+                QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(parsed.ignored),
+                255);
         m_ignoredTold = parsed.ignored;
     } else {
         bytes = TextCodec::encode(text, Settings::instance().textCodec);

@@ -53,6 +53,7 @@ private slots:
     void SltAutoSendData();
 
 private:
+    void sendOnce(const QString &text);
     void sendText(QString text);
     bool deviceIsOpen();
     void stopAutoSend();

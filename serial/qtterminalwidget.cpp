@@ -56,7 +56,7 @@ constexpr int kLongestBlock = 2048;
 // The display is drawn at most so often (less often while more than a screen
 // comes at a time, which nobody can read), and no longer than so at a time.
 constexpr int kFlushIntervalMs = 50;
-constexpr int kFloodIntervalMs = 100;
+constexpr int kFloodIntervalMs = 125;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceBytes = 8 * 1024;
 
@@ -214,28 +214,48 @@ void QtTerminalWidget::insertRecvData(QByteArray byData, bool hexShow, bool show
         showReceived(byData, showLog ? stamp + QStringLiteral(" Hex >\n") : QString(), true);
         return;
     }
-    flushAll();
-    const bool wasAtEnd = atEnd();
     if (showLog && m_receiveBuffer.atLineStart())
         byData.prepend((stamp + QStringLiteral(" ASCII >\n")).toLatin1());
     const ReceiveBuffer::Edit edit = m_receiveBuffer.append(byData, Settings::instance().textCodec);
-    if (m_bufferShown)
+    if (m_readers > 0) { // what is being read stays until it was
+        m_bufferShown = false;
+        m_bufferWaits = true;
+        return;
+    }
+    dropQueue(); // would be replaced together with what is shown
+    if (m_bufferShown) {
+        const bool wasAtEnd = atEnd();
         applyEdit(edit);
-    else
-        replaceText(m_receiveBuffer.text());
+        followEnd(wasAtEnd);
+    } else {
+        showBuffer();
+    }
+}
+
+void QtTerminalWidget::showBuffer()
+{
+    const bool wasAtEnd = atEnd();
+    replaceText(m_receiveBuffer.text());
     m_bufferShown = true;
+    m_bufferWaits = false;
     followEnd(wasAtEnd);
+}
+
+void QtTerminalWidget::dropQueue()
+{
+    m_queue.clear();
+    m_flushTimer.stop();
+    m_decoder.reset();
+    m_pendingCarriageReturn = false;
 }
 
 void QtTerminalWidget::clearTerminal()
 {
-    m_queue.clear();
-    m_flushTimer.stop();
+    dropQueue();
     m_pendingText.clear();
     m_receiveBuffer.clear();
     m_bufferShown = false;
-    m_decoder.reset();
-    m_pendingCarriageReturn = false;
+    m_bufferWaits = false;
     m_history.clear();
     document()->clear();
 }
@@ -415,13 +435,13 @@ QString QtTerminalWidget::toPlainText()
 QtTerminalWidget::Reader::Reader(QtTerminalWidget &terminal)
     : m_terminal(terminal)
 {
-    m_terminal.flushAll();
     ++m_terminal.m_readers;
 }
 
 QtTerminalWidget::Reader::~Reader()
 {
-    --m_terminal.m_readers;
+    if (--m_terminal.m_readers == 0 && m_terminal.m_bufferWaits)
+        m_terminal.showBuffer();
 }
 
 QString QtTerminalWidget::Reader::nextFromHistory()

@@ -38,8 +38,10 @@ public:
     QString toPlainText();
 
     // Hands out everything shown since the last clearing, what the display no
-    // longer holds included, one piece after the other. What is shown while it
-    // is at work may or may not be part of it, but nothing is handed out twice.
+    // longer holds included, one piece after the other; what waits in the queue
+    // isn't shown yet. What is shown while it is at work may or may not be part
+    // of it, but nothing is handed out twice. The log view replaces nothing
+    // before the reading is over.
     class Reader
     {
     public:
@@ -47,7 +49,7 @@ public:
         ~Reader();
         Q_DISABLE_COPY_MOVE(Reader)
 
-        QString next(); // empty at the end
+        QString next();                          // empty at the end
         bool failed() const { return m_failed; } // the file could not be read back
 
     private:
@@ -93,7 +95,8 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    struct Chunk {
+    struct Chunk
+    {
         QByteArray bytes;
         QString header;
         bool hex = false;
@@ -108,6 +111,8 @@ private:
     void replaceText(const QString &text);
     void trimFront();
     void flushAll();
+    void dropQueue();
+    void showBuffer();
     QString textBetween(int start, int end) const;
 
     std::deque<Chunk> m_queue;
@@ -121,6 +126,7 @@ private:
     bool m_directInsert = true;
     ReceiveBuffer m_receiveBuffer;
     bool m_bufferShown = false; // the document holds the buffer's text and nothing else
+    bool m_bufferWaits = false; // it is to, as soon as no reader is at work
 
     ByteSpool m_history; // UTF-8 of the paragraphs that the display dropped
     int m_mostCharacters;

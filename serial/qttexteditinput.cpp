@@ -47,6 +47,9 @@ QtTextEditInput::QtTextEditInput(QWidget *parent)
     setObjectName(QStringLiteral("textEditSend"));
     setAcceptRichText(false);
     setTabChangesFocus(true);
+    // Looking for word ends costs with the square of a line's length: a minute
+    // for a pasted line of a million characters.
+    setWordWrapMode(QTextOption::WrapAnywhere);
     setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
 }
 
@@ -110,12 +113,13 @@ QString QtTextEditInput::hexTextOf(const QString &text, int *dropped)
     for (int i = 0; i < text.size(); ++i) {
         const QChar character = text.at(i);
         const ushort code = character.unicode();
-        const bool prefix = code == '0' && i + 1 < text.size()
-            && (text.at(i + 1) == QLatin1Char('x') || text.at(i + 1) == QLatin1Char('X'));
+        const bool prefix = code == '0' && i + 1 < text.size() &&
+                            (text.at(i + 1) == QLatin1Char('x') || text.at(i + 1) == QLatin1Char('X'));
         if (prefix) {
             space();
             ++i;
-        } else if ((code >= '0' && code <= '9') || (code >= 'A' && code <= 'F') || (code >= 'a' && code <= 'f')) {
+        } else if ((code >= '0' && code <= '9') || (code >= 'A' && code <= 'F') ||
+                   (code >= 'a' && code <= 'f')) {
             kept += character;
         } else if (character.isSpace() || code == ',' || code == ';' || code == ':') {
             space();

@@ -37,6 +37,18 @@ private:
     QElapsedTimer m_clock;
 };
 
+// Shows what waits to be shown at this moment; it belongs to the text.
+void showQueued(QtTerminalWidget &terminal, Breather &breather)
+{
+    qint64 waiting = terminal.queuedBytes();
+    for (qint64 due = waiting; due > 0 && waiting > 0;) {
+        terminal.flushSlice();
+        due -= waiting - terminal.queuedBytes();
+        breather.breathe();
+        waiting = terminal.queuedBytes();
+    }
+}
+
 } // namespace
 
 namespace ReceivedFiles {
@@ -49,6 +61,7 @@ bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecInde
     const std::unique_ptr<QTextEncoder> encoder(
         TextCodec::codec(codecIndex)->makeEncoder(QTextCodec::IgnoreHeader));
     Breather breather;
+    showQueued(terminal, breather);
     QtTerminalWidget::Reader reader(terminal);
     for (QString text = reader.next(); !text.isEmpty(); text = reader.next()) {
         const QByteArray bytes = encoder->fromUnicode(text);
@@ -79,8 +92,8 @@ bool saveBytes(const ByteSpool &spool, const QString &fileName)
 
 QString datedName(const QString &folder, const QStringList &suffixes)
 {
-    const QString base = folder + QStringLiteral("/recv_")
-        + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss"));
+    const QString base = folder + QStringLiteral("/recv_") +
+                         QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss"));
     const auto taken = [&suffixes](const QString &name) {
         return std::any_of(suffixes.begin(), suffixes.end(),
                            [&name](const QString &suffix) { return QFileInfo::exists(name + suffix); });

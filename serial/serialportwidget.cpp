@@ -35,7 +35,7 @@ constexpr int kInformation = 0;
 constexpr int kError = 255;
 
 constexpr int kQuietMs = 10;       // reading waits until the line is quiet for so long
-constexpr int kCountPeriodMs = 200;
+constexpr int kCountPeriodMs = 250;
 
 // A line that never pauses is read when so much waits, so that memory is bounded.
 constexpr qint64 kMostWaiting = 64 * 1024 * 1024;

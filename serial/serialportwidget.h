@@ -89,7 +89,7 @@ private:
 
     std::unique_ptr<QextSerialPort> m_port;
     QTimer m_recvTimer;
-    QTimer m_countTimer; // counts are shown at most five times a second, and the spool written
+    QTimer m_countTimer; // counts are shown at most four times a second, and the spool written
     QElapsedTimer m_sinceCounts;
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;

@@ -43,12 +43,15 @@ private slots:
     void listsFilesToSend();
 
 private:
-    template<class Widget> Widget *child(const char *name) const
+    template <class Widget> Widget *child(const char *name) const
     {
         return m_box->findChild<Widget *>(QLatin1String(name));
     }
     void press(const char *button) { child<QPushButton>(button)->click(); }
-    QByteArray lastSent() const { return m_sent->isEmpty() ? QByteArray() : m_sent->last().at(0).toByteArray(); }
+    QByteArray lastSent() const
+    {
+        return m_sent->isEmpty() ? QByteArray() : m_sent->last().at(0).toByteArray();
+    }
     QByteArray file(const char *name) const;
     void makeBox();
 
@@ -108,7 +111,8 @@ void TestSendBox::filtersKeysInHexMode()
     QCOMPARE(hints.count(), 0);
 
     QTest::keyClicks(m_editor, "g-");
-    for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Enter, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End})
+    for (const Qt::Key key :
+         {Qt::Key_Delete, Qt::Key_Enter, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End})
         QTest::keyClick(m_editor, key);
     QTest::keyClick(m_editor, Qt::Key_V, Qt::ControlModifier);
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \n9"));
@@ -144,6 +148,17 @@ void TestSendBox::reducesPastedText()
     m_editor->paste();
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("kept"));
     QVERIFY(clock.elapsed() < 10000);
+
+    // A long line without a space costs as much as one with spaces.
+    const auto costOf = [&](const QString &line) {
+        QGuiApplication::clipboard()->setText(line);
+        m_editor->clear();
+        clock.start();
+        m_editor->paste();
+        return clock.nsecsElapsed();
+    };
+    const qint64 words = costOf(QStringLiteral("ab cd ").repeated(20 * 1000));
+    QVERIFY(costOf(QStringLiteral("abcdef").repeated(20 * 1000)) < 6 * words);
 }
 
 void TestSendBox::sendsTypedText()
@@ -238,7 +253,8 @@ void TestSendBox::keepsTheTypedText()
 {
     QTest::keyClicks(m_editor, "hello");
     m_editor->append(QStringLiteral("温度#"));
-    QTRY_COMPARE(file("ser_send_data.txt"), QByteArray("hello\n\xe6\xb8\xa9\xe5\xba\xa6#")); // when typing pauses
+    QTRY_COMPARE(file("ser_send_data.txt"),
+                 QByteArray("hello\n\xe6\xb8\xa9\xe5\xba\xa6#")); // when typing pauses
     m_editor->append("end");
     makeBox(); // and when the box goes
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("hello\n温度#\nend"));
@@ -297,8 +313,11 @@ void TestSendBox::keepsAndSendsRows()
     third->setText("0102");
     press("multiSend2"); // typed but not finished counts
     QCOMPARE(lastSent(), QByteArray("\x01\x02\r\n"));
+    press("multiSend5"); // an empty row is the line end alone, or nothing
+    QCOMPARE(lastSent(), QByteArray("\r\n"));
+    m_box->setNewline(false);
     const int sent = m_sent->count();
-    press("multiSend5"); // an empty row sends nothing
+    press("multiSend5");
     QCOMPARE(m_sent->count(), sent);
 
     // Turning the page stores what is being typed.
@@ -360,7 +379,8 @@ void TestSendBox::clearingAPageAsksFirst()
 void TestSendBox::listsFilesToSend()
 {
     DialogAnswers::instance().fileNames = [](auto, auto, auto, const QString &filter) {
-        return filter == QStringLiteral("所有文件(*.*)") ? QStringList{"/tmp/a.bin", "/tmp/b.bin"} : QStringList();
+        return filter == QStringLiteral("所有文件(*.*)") ? QStringList{"/tmp/a.bin", "/tmp/b.bin"}
+                                                         : QStringList();
     };
     FileSendPage *page = m_box->filePage();
     press("btnOpenFiles");

@@ -39,6 +39,7 @@ private slots:
     void keepsSelectionAndScrollPosition();
     void followsOnlyAtTheEnd();
     void movesOldTextToDisk();
+    void logViewWaitsForReaders();
     void clearsEverything();
     void breaksLinesByColumns();
     void hitsTheCharacterUnderThePointer();
@@ -92,8 +93,10 @@ void TestTerminal::logViewEqualsReplacingTheText()
         QByteArray bytes;
         const int size = round == 200 ? 30000 : random.bounded(300);
         while (bytes.size() < size)
-            bytes += hostile ? QByteArray(1, static_cast<char>(random.bounded(256)))
-                             : TextCodec::encode(QStringLiteral("第%1行 \t温度=%2\r\n").arg(round).arg(bytes.size()), codec);
+            bytes += hostile
+                         ? QByteArray(1, static_cast<char>(random.bounded(256)))
+                         : TextCodec::encode(
+                               QStringLiteral("第%1行 \t温度=%2\r\n").arg(round).arg(bytes.size()), codec);
         bytes.truncate(size);
         m_terminal->insertRecvData(bytes, false, false);
         held = (held + bytes).right(20480);
@@ -150,8 +153,9 @@ void TestTerminal::showsChunksBehindHeaders()
     m_terminal->showReceived("one", "[12:00:00.000] ASCII >\n", false);
     m_terminal->showReceived("two\n", "[12:00:00.020] ASCII >\n", false);
     m_terminal->showReceived(QByteArray("\x01"), "[12:00:00.040] HEX >\n", true);
-    QCOMPARE(m_terminal->toPlainText(),
-             QStringLiteral("[12:00:00.000] ASCII >\none[12:00:00.020] ASCII >\ntwo\n[12:00:00.040] HEX >\n01 "));
+    QCOMPARE(
+        m_terminal->toPlainText(),
+        QStringLiteral("[12:00:00.000] ASCII >\none[12:00:00.020] ASCII >\ntwo\n[12:00:00.040] HEX >\n01 "));
 }
 
 void TestTerminal::joinsWhatAChunkEndCut()
@@ -331,6 +335,31 @@ void TestTerminal::movesOldTextToDisk()
     QVERIFY(handedOut == all);
 }
 
+void TestTerminal::logViewWaitsForReaders()
+{
+    QString all;
+    for (int i = 0; i < 2000; ++i)
+        all += QStringLiteral("line %1\n").arg(i);
+    m_terminal->insertTerminalText(all);
+    QString handedOut;
+    {
+        QtTerminalWidget::Reader reader(*m_terminal);
+        handedOut = reader.next();
+        m_terminal->insertRecvData("log\n", false, false);
+        for (QString text = reader.next(); !text.isEmpty(); text = reader.next())
+            handedOut += text;
+    }
+    QCOMPARE(handedOut, all);
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("log\n"));
+
+    // What still waits to be shown would be replaced: it isn't drawn first.
+    m_terminal->showReceived(QByteArray(4 * 1000 * 1000, 'x'), QString(), true);
+    QVERIFY(m_terminal->queuedBytes() > 0);
+    m_terminal->insertRecvData("more\n", false, false);
+    QCOMPARE(m_terminal->queuedBytes(), qint64(0));
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("log\nmore\n"));
+}
+
 void TestTerminal::clearsEverything()
 {
     m_terminal->setBounds(1000, 10);
@@ -364,8 +393,9 @@ void TestTerminal::breaksLinesByColumns()
     for (const int width : {300, 600, 451}) {
         m_terminal->resize(width, 300);
         const qreal margin = m_terminal->document()->documentMargin();
-        const int columns = static_cast<int>((m_terminal->document()->pageSize().width() - 2 * margin)
-                                             / QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0'));
+        const int columns =
+            static_cast<int>((m_terminal->document()->pageSize().width() - 2 * margin) /
+                             QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0'));
         int lines = 0;
         for (const QString &paragraph : text.split('\n')) {
             for (int start = 0; start < paragraph.size(); ++lines)
