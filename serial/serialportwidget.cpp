@@ -67,6 +67,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
 
 SerialportWidget::~SerialportWidget()
 {
+    blockSignals(true); // what still waits in the port is taken in, but told to nobody
     m_port->disconnect(this);
     closePort();
 }
