@@ -2,6 +2,7 @@
 #include "shell/window/mainwindow.h"
 
 #include <QApplication>
+#include <QScreen>
 
 int main(int argc, char *argv[])
 {
@@ -10,7 +11,7 @@ int main(int argc, char *argv[])
     Startup::prepare(application);
 
     MainWindow window;
-    window.resize(1000, 550);
+    window.resize(QSize(1000, 550).boundedTo(window.screen()->availableSize()));
     window.show();
     return QApplication::exec();
 }
