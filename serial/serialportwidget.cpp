@@ -13,6 +13,7 @@
 #include "serial/sendoptions.h"
 #include "serial/serialconfigpanel.h"
 #include "shell/base/formpanel.h"
+#include "shell/base/placeholdertext.h"
 #include "shell/base/qtfiledialog.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
@@ -67,6 +68,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
 
 SerialportWidget::~SerialportWidget()
 {
+    blockSignals(true); // what still waits in the port is taken in, but told to nobody
     m_port->disconnect(this);
     closePort();
 }
@@ -128,6 +130,7 @@ QWidget *SerialportWidget::buildWorkArea()
 
     m_terminal = new QtTerminalWidget(area);
     m_terminal->setPlaceholderText(QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"));
+    PlaceholderText::keepFaint(m_terminal);
     m_sendBox = new QtSendBoxWidget(QtSendBoxWidget::Serial, area);
 
     auto *split = new QSplitter(Qt::Vertical, area);
