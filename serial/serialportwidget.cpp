@@ -33,9 +33,9 @@ constexpr int kQuietMs = 10; // reading waits until the line is quiet for so lon
 constexpr int kCountPeriodMs = 250;
 
 // A line that never pauses is read when so much waits, so that memory is bounded.
-constexpr qint64 kMostWaiting = 64 * 1024 * 1024;
+constexpr qint64 kMostWaiting = 64LL * 1024 * 1024;
 // A device that takes nothing gets no more than this queued.
-constexpr qint64 kMostToWrite = 16 * 1024 * 1024;
+constexpr qint64 kMostToWrite = 16LL * 1024 * 1024;
 
 } // namespace
 
