@@ -2,6 +2,7 @@
 // pseudo-terminal as the board.
 
 #include "app/apppaths.h"
+#include "app/safefile.h"
 #include "app/settings.h"
 #include "app/skin.h"
 #include "resources/korvexresources.h"
@@ -20,6 +21,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
 
@@ -473,9 +475,13 @@ void TestSerialPage::tellsAFullDisk()
     chooseFile(m_root->filePath("full.txt"));
     click("btnSaveRecv");
     const QString saved = lastNotice();
+    QString reason;
+    const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
     setrlimit(RLIMIT_FSIZE, &before);
     QVERIFY2(notice.contains(QStringLiteral("磁盘空间")), qPrintable(notice));
     QCOMPARE(saved, QStringLiteral("文件保存失败!"));
+    QVERIFY(!written);
+    QCOMPARE(reason, qt_error_string(EFBIG));
     QCOMPARE(shown(), QString(500, 'a') + QString(800, 'b'));
     QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
     chooseFile(m_root->filePath("room.bin"));
