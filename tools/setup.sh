@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs what is missing for building and running the program (Debian 12,
-# Ubuntu 22.04 and later), and with "test" also what its tests need. Uses
+# Installs what is missing for building and running the program (Debian 12),
+# and with "test" also what its tests need. Uses
 # apt-get, as root or through sudo.
 #   tools/setup.sh [test]
 set -eu
@@ -9,7 +9,7 @@ program="build-essential cmake ninja-build ccache pkg-config git ca-certificates
   qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev libqcustomplot-dev fonts-noto-cjk"
 # Without a screen the program runs on a virtual one.
 display="xvfb xauth openbox"
-tests="clang clang-format clang-tidy python3 lrzsz socat"
+tests="clang libclang-rt-dev clang-format clang-tidy python3 lrzsz socat"
 
 wanted="$program $display"
 if [ "${1:-}" = test ]; then
