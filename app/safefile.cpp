@@ -9,7 +9,7 @@ bool commit(QSaveFile &file, QString *error)
     if (file.flush() && file.error() == QFileDevice::NoError && file.commit())
         return true;
     if (error)
-        *error = file.errorString(); // cancelling puts another one in its place
+        *error = QStringLiteral("磁盘空间不足或无法写入"); // the system gives none for a cut write
     file.cancelWriting();
     return false;
 }

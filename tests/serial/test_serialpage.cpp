@@ -21,7 +21,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
 
@@ -481,7 +480,7 @@ void TestSerialPage::tellsAFullDisk()
     QVERIFY2(notice.contains(QStringLiteral("磁盘空间")), qPrintable(notice));
     QCOMPARE(saved, QStringLiteral("文件保存失败!"));
     QVERIFY(!written);
-    QCOMPARE(reason, qt_error_string(EFBIG));
+    QVERIFY2(reason.contains(QStringLiteral("磁盘空间")), qPrintable(reason));
     QCOMPARE(shown(), QString(500, 'a') + QString(800, 'b'));
     QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
     chooseFile(m_root->filePath("room.bin"));
