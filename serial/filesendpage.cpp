@@ -3,7 +3,6 @@
 #include "shell/base/qtfiledialog.h"
 
 #include <QComboBox>
-#include <QDesktopServices>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
@@ -11,7 +10,6 @@
 #include <QLocale>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QUrl>
 
 FileSendPage::FileSendPage(QWidget *parent)
     : QWidget(parent)
@@ -26,10 +24,6 @@ FileSendPage::FileSendPage(QWidget *parent)
     , m_progress(new QProgressBar(this))
 {
     buildUi();
-    connect(m_open, &QPushButton::clicked, this, &FileSendPage::sltBorwserXYModemFile);
-    connect(m_send, &QPushButton::clicked, this, &FileSendPage::sltSendXYModemFile);
-    connect(m_clear, &QPushButton::clicked, this, &FileSendPage::sltClearXYModemFile);
-    connect(m_help, &QPushButton::clicked, this, &FileSendPage::sltOpenXYModemHelp);
     setSendingPossible(false);
 }
 
@@ -103,7 +97,7 @@ void FileSendPage::setProgress(int percent, const QString &name)
     m_progress->setFormat(QFileInfo(name).fileName() + QStringLiteral("  %p%"));
 }
 
-void FileSendPage::sltBorwserXYModemFile()
+void FileSendPage::chooseFiles()
 {
     const QStringList chosen = QtFileDialog::getOpenFileNames(this, QString(), QString(),
                                                               QStringLiteral("所有文件(*.*)"));
@@ -117,17 +111,7 @@ void FileSendPage::sltBorwserXYModemFile()
     m_hint->setVisible(m_files->count() == 0);
 }
 
-void FileSendPage::sltSendXYModemFile()
-{
-    emit signalSendFile(protocol(), packetLength(), files());
-}
-
-void FileSendPage::sltOpenXYModemHelp()
-{
-    QDesktopServices::openUrl(QUrl(QStringLiteral("https://www.orvane.example/help/ymodem")));
-}
-
-void FileSendPage::sltClearXYModemFile()
+void FileSendPage::clearFiles()
 {
     m_files->clear();
     m_hint->show();

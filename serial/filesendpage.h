@@ -1,7 +1,7 @@
 #pragma once
 
 // The send box's third page: the files to send and how the transfer goes.
-// Knows no protocol: the request and the stop go out as signals.
+// Knows no protocol; the box, whose slots its buttons reach, asks for the transfer.
 
 #include <QStringList>
 #include <QWidget>
@@ -29,14 +29,13 @@ public:
     // How a transfer goes: percent of the file of that name.
     void setProgress(int percent, const QString &name);
 
-public slots:
-    void sltBorwserXYModemFile();
-    void sltSendXYModemFile();
-    void sltOpenXYModemHelp();
-    void sltClearXYModemFile();
+    QPushButton *openButton() const { return m_open; }
+    QPushButton *sendButton() const { return m_send; }
+    QPushButton *clearButton() const { return m_clear; }
+    QPushButton *helpButton() const { return m_help; }
 
-signals:
-    void signalSendFile(int type, int size, QStringList fileName);
+    void chooseFiles(); // adds what the user picks
+    void clearFiles();
 
 private:
     void buildUi();

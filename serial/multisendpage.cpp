@@ -11,16 +11,18 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+namespace {
+constexpr qint64 kMostBytes = 64LL * 1024 * 1024; // a thousand rows of 32767 characters fit in
+} // namespace
+
 MultiSendPage::MultiSendPage(const QString &fileName, QWidget *parent)
     : QWidget(parent)
     , m_fileName(fileName)
     , m_buttons(new QButtonGroup(this))
+    , m_clear(new QPushButton(QStringLiteral("清除重填"), this))
     , m_pageBar(new QtPageBar(this))
 {
     buildUi();
-    connect(m_buttons, QOverload<int>::of(&QButtonGroup::buttonClicked), this,
-            &MultiSendPage::SltMultiBtnClicked);
-    connect(m_pageBar, &QtPageBar::signalChangePage, this, &MultiSendPage::SltMultiChangePage);
     connect(m_pageBar, &QtPageBar::addPage, this, [this](int count) { m_pageCount = count; });
     connect(m_pageBar, &QtPageBar::deletePage, this, &MultiSendPage::onPageDeleted);
     load();
@@ -44,7 +46,6 @@ void MultiSendPage::buildUi()
         edit->setProperty("id", i);
         edit->setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
         PlaceholderText::keepFaint(edit);
-        connect(edit, &QLineEdit::editingFinished, this, &MultiSendPage::SltMultiEditFinished);
         m_edits.append(edit);
         auto *button = new QPushButton(QStringLiteral("%1").arg(i + 1), this);
         button->setObjectName(QStringLiteral("multiSend%1").arg(i));
@@ -57,12 +58,10 @@ void MultiSendPage::buildUi()
         row->addWidget(button);
         grid->addLayout(row, i / 2, i % 2);
     }
-    auto *clear = new QPushButton(QStringLiteral("清除重填"), this);
-    clear->setObjectName(QStringLiteral("btnClearMulti"));
-    clear->setToolTip(QStringLiteral("清除当前页的全部数据"));
-    connect(clear, &QPushButton::clicked, this, &MultiSendPage::SltClearMultiEdit);
+    m_clear->setObjectName(QStringLiteral("btnClearMulti"));
+    m_clear->setToolTip(QStringLiteral("清除当前页的全部数据"));
     auto *bottom = new QHBoxLayout;
-    bottom->addWidget(clear);
+    bottom->addWidget(m_clear);
     bottom->addWidget(m_pageBar, 1);
     grid->addLayout(bottom, SendList::rowsPerPage / 2, 0, 1, 2);
     grid->setRowStretch(SendList::rowsPerPage / 2 + 1, 1);
@@ -72,7 +71,7 @@ void MultiSendPage::load()
 {
     QFile file(m_fileName);
     if (file.open(QIODevice::ReadOnly))
-        m_rows.read(file.readAll());
+        m_rows.read(file.read(kMostBytes));
     m_pageCount = m_rows.pageCount();
     m_pageBar->reset(m_pageCount);
     showPage(1);
@@ -103,7 +102,7 @@ void MultiSendPage::storeShownPage()
         save();
 }
 
-void MultiSendPage::SltMultiChangePage(int page)
+void MultiSendPage::turnTo(int page)
 {
     // The page bar turns before it tells that the last page was deleted.
     if (m_pageBar->pageCount() < m_pageCount)
@@ -123,22 +122,19 @@ void MultiSendPage::onPageDeleted(int current, int count)
     showPage(current);
 }
 
-void MultiSendPage::SltMultiBtnClicked(int place)
+QString MultiSendPage::rowToSend(int place)
 {
     storeShownPage();
-    emit sendRow(m_edits.at(place)->text());
+    return m_edits.at(place)->text();
 }
 
-void MultiSendPage::SltMultiEditFinished()
+void MultiSendPage::storeRow(int place)
 {
-    auto *edit = qobject_cast<QLineEdit *>(sender());
-    if (!edit)
-        return;
-    if (m_rows.setRow(SendList::index(m_shownPage, edit->property("id").toInt()), edit->text()))
+    if (m_rows.setRow(SendList::index(m_shownPage, place), m_edits.at(place)->text()))
         save();
 }
 
-void MultiSendPage::SltClearMultiEdit()
+void MultiSendPage::clearPage()
 {
     const QString question = QStringLiteral("确认清除当前页的全部数据吗?");
     if (QtMessageBox::question(this, QStringLiteral("询问"), question) != 1)

@@ -1,7 +1,7 @@
 #pragma once
 
 // The send box's second page: stored commands in numbered rows, ten to a page.
-// Keeps the rows and their file; which row is to be sent goes out as a signal.
+// Keeps the rows and their file; the box, whose slots these controls reach, sends.
 
 #include "serial/sendlist.h"
 
@@ -9,6 +9,7 @@
 
 class QButtonGroup;
 class QLineEdit;
+class QPushButton;
 class QtPageBar;
 
 class MultiSendPage : public QWidget
@@ -22,14 +23,19 @@ public:
 
     QtPageBar *pageBar() const { return m_pageBar; }
 
-public slots:
-    void SltClearMultiEdit();
-    void SltMultiChangePage(int page);
-    void SltMultiBtnClicked(int place);
-    void SltMultiEditFinished();
+    QButtonGroup *sendButtons() const { return m_buttons; } // ids 0 to 9
+    QPushButton *clearButton() const { return m_clear; }
+    const QVector<QLineEdit *> &edits() const { return m_edits; } // property "id"
+
+    // Asks, then empties the rows of the page shown.
+    void clearPage();
+    // Follows the page bar; what is being typed is stored first.
+    void turnTo(int page);
+    void storeRow(int place);
+    // The text of a row as it stands in its edit; stored before it is sent.
+    QString rowToSend(int place);
 
 signals:
-    void sendRow(QString text);
     void signalNotify(QString text, int kind);
 
 private:
@@ -45,6 +51,7 @@ private:
     SendList m_rows;
     QVector<QLineEdit *> m_edits;
     QButtonGroup *m_buttons;
+    QPushButton *m_clear;
     QtPageBar *m_pageBar;
     int m_shownPage = 1;
     int m_pageCount = SendList::fewestPages;

@@ -11,10 +11,15 @@
 #include "serial/singlesendpage.h"
 #include "shell/base/qtfiledialog.h"
 #include "shell/base/qtmessagetip.h"
+#include "shell/base/qtpagebar.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QButtonGroup>
+#include <QDesktopServices>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace {
@@ -79,11 +84,67 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
     connect(m_single->editor(), &QtTextEditInput::pasteRefused, this,
             [this] { QtMessageTip::showTip(QStringLiteral("粘贴的内容超过20万字符，请使用文件发送！")); });
+    connectPages();
+}
+
+void QtSendBoxWidget::connectPages()
+{
     connect(m_single->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltSingleSendPage);
     connect(m_single->loadButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltLoadDataFile);
-    connect(m_multi, &MultiSendPage::sendRow, this, &QtSendBoxWidget::sendOnce);
+
+    connect(m_multi->sendButtons(), QOverload<int>::of(&QButtonGroup::buttonClicked), this,
+            &QtSendBoxWidget::SltMultiBtnClicked);
+    for (const QLineEdit *edit : m_multi->edits())
+        connect(edit, &QLineEdit::editingFinished, this, &QtSendBoxWidget::SltMultiEditFinished);
+    connect(m_multi->clearButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltClearMultiEdit);
+    connect(m_multi->pageBar(), &QtPageBar::signalChangePage, this, &QtSendBoxWidget::SltMultiChangePage);
     connect(m_multi, &MultiSendPage::signalNotify, this, &QtSendBoxWidget::signalNotify);
-    connect(m_file, &FileSendPage::signalSendFile, this, &QtSendBoxWidget::signalSendFile);
+
+    connect(m_file->openButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltBorwserXYModemFile);
+    connect(m_file->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltSendXYModemFile);
+    connect(m_file->clearButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltClearXYModemFile);
+    connect(m_file->helpButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltOpenXYModemHelp);
+}
+
+void QtSendBoxWidget::SltClearMultiEdit()
+{
+    m_multi->clearPage();
+}
+
+void QtSendBoxWidget::SltMultiChangePage(int page)
+{
+    m_multi->turnTo(page);
+}
+
+void QtSendBoxWidget::SltMultiBtnClicked(int place)
+{
+    sendOnce(m_multi->rowToSend(place));
+}
+
+void QtSendBoxWidget::SltMultiEditFinished()
+{
+    if (const QObject *edit = sender())
+        m_multi->storeRow(edit->property("id").toInt());
+}
+
+void QtSendBoxWidget::sltBorwserXYModemFile()
+{
+    m_file->chooseFiles();
+}
+
+void QtSendBoxWidget::sltSendXYModemFile()
+{
+    emit signalSendFile(m_file->protocol(), m_file->packetLength(), m_file->files());
+}
+
+void QtSendBoxWidget::sltOpenXYModemHelp()
+{
+    QDesktopServices::openUrl(QUrl(QStringLiteral("https://www.orvane.example/help/ymodem")));
+}
+
+void QtSendBoxWidget::sltClearXYModemFile()
+{
+    m_file->clearFiles();
 }
 
 QtSendBoxWidget::~QtSendBoxWidget()

@@ -49,10 +49,19 @@ signals:
 
 private slots:
     void SltSingleSendPage();
+    void SltClearMultiEdit();
+    void SltMultiChangePage(int page);
+    void SltMultiBtnClicked(int place);
+    void SltMultiEditFinished();
     void SltLoadDataFile();
     void SltAutoSendData();
+    void sltBorwserXYModemFile();
+    void sltSendXYModemFile();
+    void sltOpenXYModemHelp();
+    void sltClearXYModemFile();
 
 private:
+    void connectPages();
     void sendOnce(const QString &text);
     void sendText(QString text);
     bool deviceIsOpen();

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int kAsksAfterChange = 3;
+
 // Something that changes whenever a device comes or goes; empty where there is
 // no cheap way to tell.
 QByteArray deviceListing()
@@ -28,14 +30,19 @@ QByteArray deviceListing()
 }
 
 // Asking the system takes several milliseconds, and the port watch asks once a
-// second: it is asked again only when a device has come or gone.
+// second: it is asked again only when a device has come or gone, and a few
+// times after that, because descriptions come later than devices.
 QStringList systemEntries()
 {
     static QByteArray known;
     static QStringList list;
+    static int asksLeft = 0;
     const QByteArray listing = deviceListing();
-    if (!listing.isEmpty() && listing == known)
+    if (listing != known)
+        asksLeft = kAsksAfterChange;
+    if (!listing.isEmpty() && asksLeft == 0)
         return list;
+    asksLeft = qMax(0, asksLeft - 1);
     known = listing;
     list.clear();
     const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
