@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QScreen>
 #include <memory>
 
 int main(int argc, char *argv[])
@@ -23,7 +24,7 @@ int main(int argc, char *argv[])
     const std::unique_ptr<DemoBoards> boards(parser.isSet(demo) ? new DemoBoards : nullptr);
 
     MainWindow window;
-    window.resize(1000, 550);
+    window.resize(QSize(1000, 550).boundedTo(window.screen()->availableSize()));
     window.show();
     if (boards) {
         auto *statusBar = window.findChild<QtStatusBar *>();

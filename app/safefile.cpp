@@ -4,10 +4,12 @@
 
 namespace SafeFile {
 
-bool commit(QSaveFile &file)
+bool commit(QSaveFile &file, QString *error)
 {
-    if (file.flush() && file.error() == QFileDevice::NoError)
-        return file.commit();
+    if (file.flush() && file.error() == QFileDevice::NoError && file.commit())
+        return true;
+    if (error)
+        *error = QStringLiteral("磁盘空间不足或无法写入"); // the system gives none for a cut write
     file.cancelWriting();
     return false;
 }
@@ -15,10 +17,11 @@ bool commit(QSaveFile &file)
 bool write(const QString &fileName, const QByteArray &content, QString *error)
 {
     QSaveFile file(fileName);
-    const bool done = file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && commit(file);
-    if (!done && error)
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size())
+        return commit(file, error);
+    if (error)
         *error = file.errorString();
-    return done;
+    return false;
 }
 
 } // namespace SafeFile

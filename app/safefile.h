@@ -11,8 +11,9 @@ namespace SafeFile {
 
 // Puts what was written in the old file's place. False when any of it did not
 // reach the disk; the old file then stays. (QSaveFile::commit() alone misses
-// an error of its last flush and would put a cut file in place.)
-bool commit(QSaveFile &file);
+// an error of its last flush and would put a cut file in place.) `error` (if
+// given) then holds the reason.
+bool commit(QSaveFile &file, QString *error = nullptr);
 
 // Replaces a file's content. On failure `error` (if given) holds the reason.
 bool write(const QString &fileName, const QByteArray &content, QString *error = nullptr);

@@ -5,7 +5,7 @@
 #include <QTemporaryFile>
 
 namespace {
-constexpr qint64 kPieceBytes = 64LL * 1024; // collected before they are written
+constexpr int kPieceBytes = 64 * 1024; // collected before they are written
 }
 
 // Unbuffered: a byte that was handed over is the system's, and a full disk is

@@ -1,6 +1,7 @@
 #include "serial/multisendpage.h"
 
 #include "app/safefile.h"
+#include "shell/base/placeholdertext.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtpagebar.h"
 
@@ -42,6 +43,7 @@ void MultiSendPage::buildUi()
         edit->setObjectName(QStringLiteral("multiEdit%1").arg(i));
         edit->setProperty("id", i);
         edit->setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
+        PlaceholderText::keepFaint(edit);
         connect(edit, &QLineEdit::editingFinished, this, &MultiSendPage::SltMultiEditFinished);
         m_edits.append(edit);
         auto *button = new QPushButton(QStringLiteral("%1").arg(i + 1), this);

@@ -13,6 +13,7 @@
 #include "shell/base/qtmessagetip.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -77,7 +78,7 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     });
     connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
     connect(m_single->editor(), &QtTextEditInput::pasteRefused, this,
-            [this] { QtMessageTip::showTip(QStringLiteral("粘贴的内容超过100万字符，请使用文件发送！")); });
+            [this] { QtMessageTip::showTip(QStringLiteral("粘贴的内容超过20万字符，请使用文件发送！")); });
     connect(m_single->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltSingleSendPage);
     connect(m_single->loadButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltLoadDataFile);
     connect(m_multi, &MultiSendPage::sendRow, this, &QtSendBoxWidget::sendOnce);
@@ -87,6 +88,9 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
 
 QtSendBoxWidget::~QtSendBoxWidget()
 {
+    // The page that listens is half gone, and so is this box for its rows.
+    blockSignals(true);
+    m_multi->blockSignals(true);
     if (m_textChanged)
         saveSingleText();
 }
@@ -203,7 +207,8 @@ void QtSendBoxWidget::SltLoadDataFile()
     if (name.isEmpty())
         return;
     QFile file(name);
-    if (!file.open(QIODevice::ReadOnly)) {
+    // Opening a named pipe would wait for whoever writes to it.
+    if (!QFileInfo(name).isFile() || !file.open(QIODevice::ReadOnly)) {
         emit signalNotify(QStringLiteral("文件加载失败!"), 255);
         return;
     }
@@ -223,7 +228,7 @@ void QtSendBoxWidget::loadSingleText()
 {
     QFile file(textFile(m_owner));
     if (file.open(QIODevice::ReadOnly))
-        m_single->setText(TextCodec::decodeFile(file.read(4 * QtTextEditInput::mostCharacters)));
+        m_single->setText(TextCodec::decodeFile(file.read(20 * QtTextEditInput::mostCharacters)));
 }
 
 void QtSendBoxWidget::saveSingleText()

@@ -1,10 +1,10 @@
 #include "serial/qtterminalwidget.h"
 
 #include "app/apppaths.h"
-#include "app/hextext.h"
 #include "app/settings.h"
 #include "app/startup.h"
 #include "serial/loglayout.h"
+#include "serial/selectionkeeper.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -15,40 +15,6 @@
 
 namespace {
 
-// Keeps a selection that reaches the end of the document from growing with
-// what is inserted there.
-class SelectionKeeper
-{
-public:
-    explicit SelectionKeeper(QTextEdit *display)
-        : m_display(display)
-        , m_before(display->textCursor())
-        , m_anchor(m_before.anchor())
-        , m_position(m_before.position())
-        , m_atEnd(m_before.hasSelection()
-                  && m_before.selectionEnd() == display->document()->characterCount() - 1)
-    {
-    }
-    ~SelectionKeeper()
-    {
-        if (!m_atEnd)
-            return;
-        const int offset = m_display->verticalScrollBar()->value();
-        m_before.setPosition(m_anchor);
-        m_before.setPosition(m_position, QTextCursor::KeepAnchor);
-        m_display->setTextCursor(m_before); // scrolls to it
-        m_display->verticalScrollBar()->setValue(offset);
-    }
-    Q_DISABLE_COPY_MOVE(SelectionKeeper)
-
-private:
-    QTextEdit *m_display;
-    QTextCursor m_before;
-    int m_anchor;
-    int m_position;
-    bool m_atEnd;
-};
-
 // Paragraphs above this length are stored as several blocks: drawing and
 // inserting cost by the block.
 constexpr int kLongestBlock = 2048;
@@ -58,13 +24,10 @@ constexpr int kLongestBlock = 2048;
 constexpr int kFlushIntervalMs = 50;
 constexpr int kFloodIntervalMs = 125;
 constexpr int kFlushBudgetMs = 8;
-constexpr int kSliceBytes = 8 * 1024;
+constexpr int kSliceCharacters = 8 * 1024;
 
 constexpr int kMostCharacters = 16 * 1024 * 1024;
 constexpr int kMostParagraphs = 250 * 1000;
-
-constexpr int kHistoryPiece = 256 * 1024; // bytes read back at a time
-constexpr int kBlocksPerPiece = 500;
 
 } // namespace
 
@@ -102,7 +65,7 @@ void QtTerminalWidget::setBounds(int characters, int paragraphs)
 
 void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &header, bool hexShow)
 {
-    m_queue.push_back({bytes, header, hexShow, 0});
+    m_queue.push(bytes, header, hexShow);
     if (m_flushTimer.isActive())
         return;
     const qint64 sinceLast = m_lastFlush.isValid() ? m_lastFlush.elapsed() : m_flushInterval;
@@ -114,41 +77,7 @@ void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &head
 
 qint64 QtTerminalWidget::queuedBytes() const
 {
-    qint64 bytes = 0;
-    for (const Chunk &chunk : m_queue)
-        bytes += chunk.bytes.size() - chunk.shown;
-    return bytes;
-}
-
-// Renders the next bytes of the queue's first chunk. False when nothing waits.
-bool QtTerminalWidget::renderSlice(QString &text)
-{
-    if (m_queue.empty())
-        return false;
-    Chunk &chunk = m_queue.front();
-    if (chunk.shown == 0 && !chunk.header.isEmpty()) {
-        text += chunk.header;
-        m_pendingCarriageReturn = false;
-    }
-    const int count = qMin(kSliceBytes, chunk.bytes.size() - chunk.shown);
-    const char *bytes = chunk.bytes.constData() + chunk.shown;
-    if (chunk.hex) {
-        text += HexText::render(bytes, count);
-        m_decoder.reset();
-        m_pendingCarriageReturn = false;
-    } else {
-        QString decoded = m_decoder.decode(bytes, count, Settings::instance().textCodec);
-        // A line end that is cut between its two bytes is one line end.
-        if (m_pendingCarriageReturn && decoded.startsWith(QLatin1Char('\n')))
-            decoded.remove(0, 1);
-        if (count > 0)
-            m_pendingCarriageReturn = bytes[count - 1] == '\r';
-        text += ReceiveBuffer::withPlainLineEnds(decoded);
-    }
-    chunk.shown += count;
-    if (chunk.shown == chunk.bytes.size())
-        m_queue.pop_front();
-    return true;
+    return m_queue.bytes();
 }
 
 void QtTerminalWidget::flushSlice()
@@ -158,25 +87,22 @@ void QtTerminalWidget::flushSlice()
     const bool wasAtEnd = atEnd();
     const QScrollBar *bar = verticalScrollBar();
     const int lengthBefore = bar->maximum();
-    bool more = true;
     do {
-        QString text;
-        for (int size = 0; more && size < kSliceBytes; size = text.size())
-            more = renderSlice(text);
+        const QString text = m_queue.take(kSliceCharacters, Settings::instance().textCodec);
         if (!text.isEmpty())
             appendText(text);
-    } while (more && spent.elapsed() < kFlushBudgetMs);
+    } while (!m_queue.isEmpty() && spent.elapsed() < kFlushBudgetMs);
     m_flushInterval = bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
     trimFront();
     followEnd(wasAtEnd);
     m_lastFlush.start();
-    if (!m_queue.empty())
+    if (!m_queue.isEmpty())
         m_flushTimer.start(2); // lets input and painting in between
 }
 
 void QtTerminalWidget::flushAll()
 {
-    while (!m_queue.empty())
+    while (!m_queue.isEmpty())
         flushSlice();
     m_flushTimer.stop();
 }
@@ -245,8 +171,6 @@ void QtTerminalWidget::dropQueue()
 {
     m_queue.clear();
     m_flushTimer.stop();
-    m_decoder.reset();
-    m_pendingCarriageReturn = false;
 }
 
 void QtTerminalWidget::clearTerminal()
@@ -402,7 +326,7 @@ void QtTerminalWidget::trimFront()
 
 bool QtTerminalWidget::isEmpty() const
 {
-    return m_queue.empty() && document()->isEmpty() && m_history.size() == 0;
+    return m_queue.isEmpty() && document()->isEmpty() && m_history.size() == 0;
 }
 
 // The text between two positions; blocks that continue a paragraph follow
@@ -430,54 +354,6 @@ QString QtTerminalWidget::toPlainText()
 {
     flushAll();
     return textBetween(0, document()->characterCount() - 1);
-}
-
-QtTerminalWidget::Reader::Reader(QtTerminalWidget &terminal)
-    : m_terminal(terminal)
-{
-    ++m_terminal.m_readers;
-}
-
-QtTerminalWidget::Reader::~Reader()
-{
-    if (--m_terminal.m_readers == 0 && m_terminal.m_bufferWaits)
-        m_terminal.showBuffer();
-}
-
-QString QtTerminalWidget::Reader::nextFromHistory()
-{
-    QByteArray bytes = m_terminal.m_history.read(m_offset, kHistoryPiece, &m_failed);
-    m_offset += bytes.size();
-    bytes.prepend(m_partial);
-    int end = bytes.size();
-    if (m_offset < m_terminal.m_history.size()) {
-        // A piece ends before the character that it would cut.
-        const auto at = [&bytes](int i) { return static_cast<unsigned char>(bytes.at(i)); };
-        while (end > 0 && (at(end - 1) & 0xC0) == 0x80)
-            --end;
-        if (end > 0 && at(end - 1) >= 0xC0)
-            --end;
-    }
-    m_partial = bytes.mid(end);
-    return QString::fromUtf8(bytes.constData(), end);
-}
-
-QString QtTerminalWidget::Reader::next()
-{
-    if (m_offset < m_terminal.m_history.size() && !m_failed)
-        return nextFromHistory();
-    const QTextDocument *document = m_terminal.document();
-    QString text;
-    while (text.isEmpty()) {
-        const QTextBlock first = document->findBlockByNumber(m_block);
-        if (!first.isValid())
-            break;
-        m_block += kBlocksPerPiece;
-        const QTextBlock next = document->findBlockByNumber(m_block);
-        text = m_terminal.textBetween(first.position(),
-                                      next.isValid() ? next.position() : document->characterCount() - 1);
-    }
-    return text;
 }
 
 QMimeData *QtTerminalWidget::createMimeDataFromSelection() const
@@ -511,6 +387,13 @@ void QtTerminalWidget::contextMenuEvent(QContextMenuEvent *event)
     menu->addAction(QStringLiteral("清空接收区"), this, &QtTerminalWidget::clearRequested);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->popup(event->globalPos());
+}
+
+void QtTerminalWidget::resizeEvent(QResizeEvent *event)
+{
+    const bool wasAtEnd = atEnd();
+    QTextBrowser::resizeEvent(event);
+    followEnd(wasAtEnd);
 }
 
 void QtTerminalWidget::changeEvent(QEvent *event)

@@ -11,15 +11,13 @@
 // What is held is bounded; the oldest paragraphs go to a file on disk, and
 // writeTextTo() hands out both.
 
-#include "app/textcodec.h"
 #include "serial/bytespool.h"
 #include "serial/receivebuffer.h"
+#include "serial/receivequeue.h"
 
 #include <QElapsedTimer>
 #include <QTextBrowser>
-#include <QTextCursor>
 #include <QTimer>
-#include <deque>
 
 class LogLayout;
 
@@ -92,20 +90,12 @@ signals:
 protected:
     QMimeData *createMimeDataFromSelection() const override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
-    struct Chunk
-    {
-        QByteArray bytes;
-        QString header;
-        bool hex = false;
-        int shown = 0; // bytes of it that are in the document
-    };
-
     bool atEnd() const;
     void followEnd(bool wasAtEnd);
-    bool renderSlice(QString &text);
     void appendText(const QString &text);
     void applyEdit(const ReceiveBuffer::Edit &edit);
     void replaceText(const QString &text);
@@ -115,12 +105,10 @@ private:
     void showBuffer();
     QString textBetween(int start, int end) const;
 
-    std::deque<Chunk> m_queue;
+    ReceiveQueue m_queue;
     QTimer m_flushTimer;
     QElapsedTimer m_lastFlush;
     int m_flushInterval = 0; // milliseconds until the next one
-    StreamDecoder m_decoder;
-    bool m_pendingCarriageReturn = false;
 
     QString m_pendingText;
     bool m_directInsert = true;

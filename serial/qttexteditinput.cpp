@@ -1,5 +1,7 @@
 #include "serial/qttexteditinput.h"
 
+#include "shell/base/placeholdertext.h"
+
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
@@ -51,6 +53,7 @@ QtTextEditInput::QtTextEditInput(QWidget *parent)
     // for a pasted line of a million characters.
     setWordWrapMode(QTextOption::WrapAnywhere);
     setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
+    PlaceholderText::keepFaint(this);
 }
 
 void QtTextEditInput::keyPressEvent(QKeyEvent *event)

@@ -15,7 +15,7 @@ public:
 
     // The most characters that a paste, a drop or a file may bring; laying out
     // more than that would hold up the window. Larger data belongs in a file.
-    static constexpr int mostCharacters = 1000 * 1000;
+    static constexpr int mostCharacters = 200 * 1000;
 
     void setHexMode(bool hex) { m_hexMode = hex; }
     bool hexMode() const { return m_hexMode; }

@@ -1,6 +1,7 @@
 #include "serial/serialconfigpanel.h"
 
 #include "app/settings.h"
+#include "shell/base/placeholdertext.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -16,8 +17,9 @@ namespace {
 const QStringList &baudRates()
 {
     static const QStringList rates =
-        QStringLiteral("1200 2400 4800 9600 14400 19200 38400 57600 76800 115200 128000 230400 256000 460800 500000 "
-                       "576000 921600 1000000 1152000 1500000 2000000 2500000 3000000 3500000 4000000")
+        QStringLiteral(
+            "1200 2400 4800 9600 14400 19200 38400 57600 76800 115200 128000 230400 256000 460800 500000 "
+            "576000 921600 1000000 1152000 1500000 2000000 2500000 3000000 3500000 4000000")
             .split(QLatin1Char(' '));
     return rates;
 }
@@ -52,13 +54,15 @@ void SerialConfigPanel::buildUi()
     m_port->setInsertPolicy(QComboBox::NoInsert);
     m_port->setCompleter(nullptr);
     m_port->lineEdit()->setPlaceholderText(QStringLiteral("未检测到串口"));
+    PlaceholderText::keepFaint(m_port->lineEdit());
     m_baudRate->setEditable(true);
     m_baudRate->setInsertPolicy(QComboBox::NoInsert);
     m_baudRate->setCompleter(nullptr); // 250000 must not become 2500000
     m_baudRate->setValidator(new QIntValidator(1, 100 * 1000 * 1000, m_baudRate));
     m_baudRate->addItems(baudRates());
     m_baudRate->setToolTip(QStringLiteral("可直接输入任意波特率"));
-    m_dataBits->addItems({QStringLiteral("5"), QStringLiteral("6"), QStringLiteral("7"), QStringLiteral("8")});
+    m_dataBits->addItems(
+        {QStringLiteral("5"), QStringLiteral("6"), QStringLiteral("7"), QStringLiteral("8")});
     m_stopBits->addItems({QStringLiteral("1"), QStringLiteral("1.5"), QStringLiteral("2")});
     m_parity->addItems({QStringLiteral("无校验"), QStringLiteral("奇校验"), QStringLiteral("偶校验"),
                         QStringLiteral("标志(1)"), QStringLiteral("空格(0)")});
@@ -129,7 +133,8 @@ QString SerialConfigPanel::parityText() const
 void SerialConfigPanel::setPorts(const QStringList &entries)
 {
     const QString before = m_port->currentText();
-    const bool wasTyped = !before.isEmpty() && m_port->findText(before, Qt::MatchFixedString | Qt::MatchCaseSensitive) < 0;
+    const bool wasTyped =
+        !before.isEmpty() && m_port->findText(before, Qt::MatchFixedString | Qt::MatchCaseSensitive) < 0;
     m_port->clear();
     for (const QString &entry : entries)
         m_port->insertItem(m_port->count(), QIcon(), entry);

@@ -1,6 +1,5 @@
 #include "serial/serialportwidget.h"
 
-#include "app/apppaths.h"
 #include "app/settings.h"
 #include "app/settingskeys.h"
 #include "serial/filesendpage.h"
@@ -8,24 +7,20 @@
 #include "serial/qextserialport.h"
 #include "serial/qtsendboxwidget.h"
 #include "serial/qtterminalwidget.h"
-#include "serial/receivedfiles.h"
+#include "serial/receivestore.h"
 #include "serial/recvoptions.h"
 #include "serial/sendoptions.h"
 #include "serial/serialconfigpanel.h"
 #include "shell/base/formpanel.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
+#include "shell/base/placeholdertext.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/stateindicator.h"
 
 #include <QDebug>
-#include <QDir>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QSplitter>
-#include <QStandardPaths>
 #include <QTime>
 #include <QVBoxLayout>
 
@@ -38,12 +33,9 @@ constexpr int kQuietMs = 10; // reading waits until the line is quiet for so lon
 constexpr int kCountPeriodMs = 250;
 
 // A line that never pauses is read when so much waits, so that memory is bounded.
-constexpr qint64 kMostWaiting = 64 * 1024 * 1024;
+constexpr qint64 kMostWaiting = 64LL * 1024 * 1024;
 // A device that takes nothing gets no more than this queued.
-constexpr qint64 kMostToWrite = 16 * 1024 * 1024;
-
-const auto kTextFilter = QStringLiteral("文本文件(*.txt)");
-const auto kBytesFilter = QStringLiteral("数据文件(*.bin)");
+constexpr qint64 kMostToWrite = 16LL * 1024 * 1024;
 
 } // namespace
 
@@ -52,7 +44,6 @@ SerialportWidget::SerialportWidget(QWidget *parent)
     , m_port(std::make_unique<QextSerialPort>(QextSerialPort::EventDriven))
     , m_recvTimer(this)
     , m_countTimer(this)
-    , m_spool(AppPaths::tmpFolder(), QStringLiteral("serial"))
 {
     setObjectName(QStringLiteral("SerialportWidget"));
     m_recvTimer.setSingleShot(true);
@@ -67,6 +58,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
 
 SerialportWidget::~SerialportWidget()
 {
+    blockSignals(true); // what still waits in the port is taken in, but told to nobody
     m_port->disconnect(this);
     closePort();
 }
@@ -128,6 +120,8 @@ QWidget *SerialportWidget::buildWorkArea()
 
     m_terminal = new QtTerminalWidget(area);
     m_terminal->setPlaceholderText(QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"));
+    PlaceholderText::keepFaint(m_terminal);
+    m_received = new ReceiveStore(m_terminal, QStringLiteral("serial"), this);
     m_sendBox = new QtSendBoxWidget(QtSendBoxWidget::Serial, area);
 
     auto *split = new QSplitter(Qt::Vertical, area);
@@ -167,6 +161,7 @@ void SerialportWidget::connectParts()
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
     connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &SerialportWidget::signalNotify);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &SerialportWidget::clearRecv);
+    connect(m_received, &ReceiveStore::notify, this, &SerialportWidget::signalNotify);
     connect(m_terminal, &QtTerminalWidget::historyLost, this,
             [this] { emit signalNotify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError); });
 }
@@ -297,16 +292,15 @@ void SerialportWidget::SltRecvFromSerialport()
 void SerialportWidget::handleReceived(const QByteArray &bytes)
 {
     m_recvCount += static_cast<quint32>(bytes.size());
-    m_unsaved = true;
-    m_spool.append(bytes.constData(), bytes.size());
+    m_received->add(bytes);
     refreshCounts();
     if (m_recvOptions->stopShow()) {
-        m_hidden = true;
+        m_received->setHidden();
         return;
     }
     const bool hex = m_recvOptions->hexShow();
     if (m_recvOptions->logMode()) {
-        m_hidden = true; // the log view keeps the newest bytes only
+        m_received->setHidden(); // the log view keeps the newest bytes only
         m_terminal->insertRecvData(bytes, hex, m_recvOptions->timeStamp());
         return;
     }
@@ -319,9 +313,7 @@ void SerialportWidget::handleReceived(const QByteArray &bytes)
 
 void SerialportWidget::clearRecv()
 {
-    m_terminal->clearTerminal();
-    m_unsaved = false;
-    m_hidden = false;
+    m_received->clear();
 }
 
 // ---- sending
@@ -379,19 +371,6 @@ void SerialportWidget::clearCounts()
     showCounts();
 }
 
-// Writes what was received and tells once when the disk refuses it.
-void SerialportWidget::flushSpool()
-{
-    const ByteSpool::State state = m_spool.flush();
-    if (state == m_spoolTold)
-        return;
-    m_spoolTold = state;
-    emit signalNotify(state == ByteSpool::State::InMemory
-                          ? QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！")
-                          : QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"),
-                      kError);
-}
-
 // Shows changed counts at once, but not more often than the eye can follow.
 void SerialportWidget::refreshCounts()
 {
@@ -408,101 +387,27 @@ void SerialportWidget::showCounts()
 {
     m_countTimer.stop();
     m_sinceCounts.start();
-    flushSpool();
+    m_received->flush();
     m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(m_sendCount));
     m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(m_recvCount));
     emit signalRefresCounts(pageIndex);
 }
 
-// ---- saving
-
-bool SerialportWidget::nothingToSave() const
-{
-    return m_terminal->isEmpty() && !(m_unsaved && m_hidden);
-}
-
 void SerialportWidget::SltSaveDataToFile()
 {
-    if (nothingToSave())
-        emit signalNotify(QStringLiteral("当前无数据需要保存！"), kInformation);
-    else
-        saveAll();
-}
-
-// Asks for a file and saves. False when cancelled or failed.
-bool SerialportWidget::saveAll()
-{
-    // Without text shown, a text file would be an empty one.
-    const bool noText = m_terminal->isEmpty();
-    QString filter = noText ? kBytesFilter : kTextFilter;
-    const QString name = QtFileDialog::getSaveFileName(
-        this, QString(), QString(), noText ? kBytesFilter : kTextFilter + QStringLiteral(";;") + kBytesFilter,
-        &filter);
-    if (name.isEmpty())
-        return false;
-    const bool asBytes =
-        noText || filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive);
-    m_unsaved = false; // what comes while it is written is not in the file
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool saved = asBytes ? ReceivedFiles::saveBytes(m_spool, name)
-                               : ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec);
-    QGuiApplication::restoreOverrideCursor();
-    if (!saved)
-        m_unsaved = true;
-    if (saved && asBytes && m_spool.state() == ByteSpool::State::Incomplete)
-        emit signalNotify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
-    else if (saved && !asBytes && m_hidden)
-        emit signalNotify(QStringLiteral("文件保存完成! 全部接收数据请保存为数据文件(*.bin)"), kInformation);
-    else
-        emit signalNotify(saved ? QStringLiteral("文件保存完成!") : QStringLiteral("文件保存失败!"),
-                          saved ? kInformation : kError);
-    return saved;
-}
-
-// Saves to dated files beside the program, or in the user's documents where
-// that folder cannot be written: the text shown, and the bytes as they came
-// when the display doesn't hold them all.
-bool SerialportWidget::autoSave()
-{
-    const QString beside = AppPaths::root() + QStringLiteral("/save");
-    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    for (const QString &folder : {beside, documents}) {
-        if (folder.isEmpty() || !QDir().mkpath(folder))
-            continue;
-        const QString name =
-            ReceivedFiles::datedName(folder, {QStringLiteral(".txt"), QStringLiteral(".bin")});
-        const bool textSaved =
-            m_terminal->isEmpty() || ReceivedFiles::saveText(*m_terminal, name + QStringLiteral(".txt"),
-                                                             Settings::instance().textCodec);
-        const bool bytesSaved = !m_hidden || ReceivedFiles::saveBytes(m_spool, name + QStringLiteral(".bin"));
-        if (textSaved && bytesSaved)
-            return true;
-    }
-    return false;
+    m_received->save();
 }
 
 bool SerialportWidget::prepareToClose()
 {
     if (m_port->isOpen())
         SltRecvFromSerialport();
-    if (!m_unsaved || nothingToSave())
-        return true;
-    const QString title = QStringLiteral("询问");
-    switch (Settings::instance().closeBehaviour) {
-    case Settings::Ask:
-        if (QtMessageBox::question(this, title, QStringLiteral("当前有数据未保存，是否保存接收数据?")) == 1)
-            return saveAll();
-        return true;
-    case Settings::AutoSave:
-        if (autoSave()) {
-            m_unsaved = false;
-            return true;
-        }
-        return QtMessageBox::question(this, title, QStringLiteral("接收数据自动保存失败，是否仍然退出?")) ==
-               1;
-    default:
-        return true;
-    }
+    return m_received->prepareToClose();
+}
+
+const ByteSpool &SerialportWidget::spool() const
+{
+    return m_received->spool();
 }
 
 void SerialportWidget::reloadSettings()

@@ -4,19 +4,20 @@
 // and counters. Owns the port that it opens; bytes that come in go to a spool
 // file and to the display.
 
-#include "serial/bytespool.h"
 #include "shell/base/qtwidgetbase.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
 #include <memory>
 
+class ByteSpool;
 class FormPanel;
 class QLabel;
 class QPushButton;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class QextSerialPort;
+class ReceiveStore;
 class RecvOptions;
 class SendOptions;
 class SerialConfigPanel;
@@ -37,7 +38,7 @@ public:
     bool prepareToClose() override;
     void reloadSettings() override;
 
-    const ByteSpool &spool() const { return m_spool; }
+    const ByteSpool &spool() const; // every byte of the session
 
 public slots:
     void SltSerialportChanged(QStringList serialports);
@@ -69,12 +70,8 @@ private:
     void closePort();
     void portVanished();
     void handleReceived(const QByteArray &bytes);
-    void flushSpool();
     void refreshCounts();
     void showCounts();
-    bool saveAll();
-    bool autoSave();
-    bool nothingToSave() const;
 
     SerialConfigPanel *m_config = nullptr;
     RecvOptions *m_recvOptions = nullptr;
@@ -85,6 +82,7 @@ private:
     QLabel *m_sendLabel = nullptr;
     QLabel *m_recvLabel = nullptr;
     QtTerminalWidget *m_terminal = nullptr;
+    ReceiveStore *m_received = nullptr;
     QtSendBoxWidget *m_sendBox = nullptr;
 
     std::unique_ptr<QextSerialPort> m_port;
@@ -94,10 +92,6 @@ private:
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;
 
-    ByteSpool m_spool; // every byte received, for the whole session
-    ByteSpool::State m_spoolTold = ByteSpool::State::OnDisk;
     bool m_writeBlockedTold = false;
     bool m_defaultsDue = false; // settings were restored while the port was open
-    bool m_unsaved = false;     // something came since the last save or clearing
-    bool m_hidden = false;      // some of it was not shown, or is shown no more
 };

@@ -2,7 +2,9 @@
 // pseudo-terminal as the board.
 
 #include "app/apppaths.h"
+#include "app/safefile.h"
 #include "app/settings.h"
+#include "app/skin.h"
 #include "resources/korvexresources.h"
 #include "serial/qtterminalwidget.h"
 #include "serial/qttexteditinput.h"
@@ -14,6 +16,7 @@
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -34,6 +37,7 @@ private slots:
     void namesWhatCannotBeOpened();
     void writesTheChosenParameters();
     void showsTheStoredDefaults();
+    void hintsAreFainterThanText();
     void tabsFromThePanelToTheWork();
     void keepsTheChoiceInANewList();
     void aNewListClosesThePort();
@@ -215,6 +219,22 @@ void TestSerialPage::showsTheStoredDefaults()
     QCOMPARE(texts(*m_page).at(0), QStringLiteral("115400"));
     click("btnOpen");
     QCOMPARE(texts(*m_page), (QStringList{"9600", "7", "2", QStringLiteral("奇校验")}));
+}
+
+void TestSerialPage::hintsAreFainterThanText()
+{
+    for (int skin = 0; skin < 3; ++skin) {
+        Skin::apply(skin);
+        QWidget *const fields[] = {child<QWidget>("recvBrowser"), child<QWidget>("textEditSend"),
+                                   child<QWidget>("multiEdit9"), child<QComboBox>("comboPort")->lineEdit()};
+        for (QWidget *field : fields) {
+            const QColor text = field->palette().color(QPalette::Text);
+            const QColor hint = field->palette().color(QPalette::PlaceholderText);
+            QCOMPARE(hint.rgb(), text.rgb());
+            QVERIFY2(hint.alpha() < 200, qPrintable(field->objectName()));
+        }
+    }
+    qApp->setStyleSheet(QString());
 }
 
 void TestSerialPage::tabsFromThePanelToTheWork()
@@ -454,9 +474,13 @@ void TestSerialPage::tellsAFullDisk()
     chooseFile(m_root->filePath("full.txt"));
     click("btnSaveRecv");
     const QString saved = lastNotice();
+    QString reason;
+    const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
     setrlimit(RLIMIT_FSIZE, &before);
     QVERIFY2(notice.contains(QStringLiteral("磁盘空间")), qPrintable(notice));
     QCOMPARE(saved, QStringLiteral("文件保存失败!"));
+    QVERIFY(!written);
+    QVERIFY2(reason.contains(QStringLiteral("磁盘空间")), qPrintable(reason));
     QCOMPARE(shown(), QString(500, 'a') + QString(800, 'b'));
     QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
     chooseFile(m_root->filePath("room.bin"));

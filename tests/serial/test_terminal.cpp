@@ -428,8 +428,8 @@ void TestTerminal::hitsTheCharacterUnderThePointer()
 
 void TestTerminal::survivesHostileText()
 {
-    QByteArray bytes("nul \0 bell \a esc \x1b[31m red \x7f \xef\xbf\xbc \xe2\x80\xa8 separator", 46);
-    m_terminal->showReceived(bytes, QString(), false);
+    static const char bytes[] = "nul \0 bell \a esc \x1b[31m red \x7f \xef\xbf\xbc \xe2\x80\xa8 separator";
+    m_terminal->showReceived(QByteArray(bytes, sizeof bytes - 1), QString(), false);
     m_terminal->showReceived(QByteArray(), QString(), false);
     m_terminal->grab(); // draws it
     QVERIFY(m_terminal->toPlainText().startsWith(QString::fromLatin1("nul \0 bell", 10)));

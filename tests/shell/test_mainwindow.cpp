@@ -29,6 +29,8 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QSettings>
+#include <QSignalSpy>
+#include <QSpinBox>
 #include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -378,7 +380,21 @@ private slots:
         QCOMPARE(QApplication::exec(), 0);
         QCOMPARE(asked, 3);
         QVERIFY(window->prepareToQuit());
+
+        // Bytes that wait in the port while the window goes reach nobody.
+        serial->findChild<QSpinBox *>(QStringLiteral("spinQuietTime"))->setValue(1000);
+        tabs->setCurrentIndex(0);
+        QCOMPARE(::write(master, "tail", 4), ssize_t(4));
+        QTRY_VERIFY([serial] {
+            const auto timers = serial->findChildren<QTimer *>();
+            return std::any_of(timers.begin(), timers.end(), [](const QTimer *timer) {
+                return timer->isActive() && timer->interval() == 1000;
+            });
+        }());
+        QTest::qWait(500); // so long after the last counts the next would be told at once
+        const QSignalSpy refreshes(serial, &SerialportWidget::signalRefresCounts);
         window.reset();
+        QCOMPARE(refreshes.count(), 0);
         QCOMPARE(asked, 3);
         ::close(master);
     }

@@ -1,0 +1,55 @@
+#pragma once
+
+// What a page has received: every byte of the session in a spool file, what of
+// it the display shows, and whether it was saved. Saves to files at the user's
+// wish and when the program closes.
+
+#include "serial/bytespool.h"
+
+#include <QObject>
+
+class QtTerminalWidget;
+class QWidget;
+
+class ReceiveStore : public QObject
+{
+    Q_OBJECT
+
+public:
+    // The dialogs belong to the page; the spool file's name begins with stem.
+    ReceiveStore(QtTerminalWidget *terminal, const QString &stem, QWidget *page);
+
+    void add(const QByteArray &bytes);
+    // Some of what came is not shown, or not for long.
+    void setHidden() { m_hidden = true; }
+    // To be called some times a second while bytes come.
+    void flush();
+    // The user has thrown away what is shown. The spool keeps the session.
+    void clear();
+
+    // Asks for a file and saves: the text shown since the last clearing, or
+    // the bytes of the whole session as they came. False when there is nothing
+    // to save, the user cancelled, or saving failed.
+    bool save();
+
+    // Follows the close behaviour of the settings. False: stay open.
+    bool prepareToClose();
+
+    const ByteSpool &spool() const { return m_spool; }
+
+signals:
+    void notify(QString text, int kind);
+
+private:
+    bool isEmpty() const;
+    bool askAndSave();
+    bool saveBesideProgram();
+    bool saveTo(const QString &folder);
+
+    QtTerminalWidget *m_terminal;
+    QWidget *m_page;
+    ByteSpool m_spool;
+    ByteSpool::State m_stateTold = ByteSpool::State::OnDisk;
+    bool m_unsaved = false; // something came since the last save or clearing
+    bool m_hidden = false;
+};
