@@ -1,7 +1,6 @@
 #!/bin/sh
-# Installs what is missing for building and running the program (Debian 12),
-# and with "test" also what its tests need. Uses
-# apt-get, as root or through sudo.
+# Installs what is missing for building and running the program (Debian 12), and
+# with "test" also what its tests need. Uses apt-get, as root or through sudo.
 #   tools/setup.sh [test]
 set -eu
 
