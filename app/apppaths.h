@@ -11,9 +11,9 @@ namespace AppPaths {
 QString root();
 void setRoot(const QString &folder);
 
-QString configFile();   // conf/config.ini
-QString confFolder();   // conf
-QString tmpFolder();    // tmp: spool files of the running program
+QString configFile(); // conf/config.ini
+QString confFolder(); // conf
+QString tmpFolder();  // tmp: spool files of the running program
 
 // Makes "tmp", "download" and "conf" where they are missing. A folder that
 // cannot be made is left out; whoever writes there reports it.

@@ -14,7 +14,8 @@ inline QString render(const QByteArray &bytes)
     return render(bytes.constData(), bytes.size());
 }
 
-struct Parsed {
+struct Parsed
+{
     QByteArray bytes;
     int ignored = 0; // characters from the first one that is no digit, or the odd last digit
 };

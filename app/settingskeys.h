@@ -22,7 +22,7 @@ namespace Serialport {
 const QLatin1String group("Serialport");
 const QLatin1String baudRate("BaudRate");
 const QLatin1String dataBit("DataBit");
-const QLatin1String stopBitsRead("SotpBit");   // first start and reading
+const QLatin1String stopBitsRead("SotpBit");    // first start and reading
 const QLatin1String stopBitsWritten("StopBit"); // written when a port opens, never read
 const QLatin1String parity("Parity");
 } // namespace Serialport

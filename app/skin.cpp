@@ -33,8 +33,9 @@ void choosePalette(int index)
                      text("#AEBFC5"), text("#302f2f"), text("#323232"), QColor(0, 0, 0)};
         break;
     case 1:
-        current() = {text("white"),   text("#333333"), text("#02a1dd"), text("#f0f0f0"), text("#cccccc"),
-                     text("#000000"), text("#ffffff"), text("#e1e1e1"), QColor(0x79, 0x79, 0x79)};
+        current() = {text("white"),   text("#333333"), text("#02a1dd"),
+                     text("#f0f0f0"), text("#cccccc"), text("#000000"),
+                     text("#ffffff"), text("#e1e1e1"), QColor(0x79, 0x79, 0x79)};
         break;
     case 2:
         current() = {text("yellow"),  text("#f2f2f2"), text("#feba3b"), text("#263240"), text("#212d3b"),
@@ -67,7 +68,8 @@ QString styleSheet()
     // The files are stored as GB18030 and hold ASCII only (other characters as
     // CSS escapes), so that reading them as UTF-8 gives the same text.
     sheet += QString::fromUtf8(file.readAll());
-    sheet += QStringLiteral("QWidget#widgetSingleSend {background-color:%1; }").arg(settings.sendBackground.name());
+    sheet += QStringLiteral("QWidget#widgetSingleSend {background-color:%1; }")
+                 .arg(settings.sendBackground.name());
     return sheet;
 }
 

@@ -8,7 +8,8 @@
 #include <QString>
 
 // Colours of the skin in force, for widgets that paint themselves.
-struct SkinPalette {
+struct SkinPalette
+{
     QString name;          // style sheet file without its suffix
     QString text;          // entry 1: text on the window
     QString accent;        // entry 2: primary buttons, selection, focus

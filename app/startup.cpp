@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QIcon>
+#include <QLocale>
 #include <QTextCodec>
 #include <QTranslator>
 
@@ -48,6 +49,7 @@ void prepare(QApplication &application)
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/resources/images/app_logo.png")));
     QApplication::setFont(QFont(uiFontFamily(), 9));
 
+    QLocale::setDefault(QLocale(QLocale::Chinese, QLocale::China));
     auto *translator = new QTranslator(&application);
     translator->load(QStringLiteral(":/resources/qm/qt_zh_CN.qm"));
     QCoreApplication::installTranslator(translator);
@@ -68,9 +70,10 @@ QString uiFontFamily()
     static const QString family = [] {
         const QFontDatabase fonts;
         const QStringList installed = fonts.families();
-        const QString known = firstInstalled({"Microsoft YaHei", "Noto Sans CJK SC", "Source Han Sans SC",
-                                              "PingFang SC", "WenQuanYi Micro Hei", "WenQuanYi Zen Hei", "SimHei"},
-                                             installed);
+        const QString known =
+            firstInstalled({"Microsoft YaHei", "Noto Sans CJK SC", "Source Han Sans SC", "PingFang SC",
+                            "WenQuanYi Micro Hei", "WenQuanYi Zen Hei", "SimHei"},
+                           installed);
         if (!known.isEmpty())
             return known;
         const QStringList chinese = fonts.families(QFontDatabase::SimplifiedChinese);

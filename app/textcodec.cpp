@@ -59,7 +59,8 @@ QString StreamDecoder::decodeUtf8(const QByteArray &chunk)
 {
     const QByteArray bytes = m_unfinished + chunk;
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    const QString text = TextCodec::codec(TextCodec::Utf8)->toUnicode(bytes.constData(), bytes.size(), &state);
+    const QString text =
+        TextCodec::codec(TextCodec::Utf8)->toUnicode(bytes.constData(), bytes.size(), &state);
     m_unfinished = bytes.right(state.remainingChars);
     return text;
 }

@@ -27,7 +27,8 @@ namespace {
 
 constexpr qint64 kMegabyte = 1000 * 1000;
 
-struct Sample {
+struct Sample
+{
     qint64 bytes = 0;
     double cpu = 0;
 };
@@ -67,7 +68,8 @@ int main(int argc, char *argv[])
     const qint64 total = parser.value(QStringLiteral("total")).toLongLong();
     Boardsim::Encoding encoding = Boardsim::Encoding::Utf8;
     Boardsim::encodingFromName(parser.value(QStringLiteral("encoding")), &encoding);
-    const quint32 seed = parser.isSet(QStringLiteral("seed")) ? parser.value(QStringLiteral("seed")).toUInt() : 1;
+    const quint32 seed =
+        parser.isSet(QStringLiteral("seed")) ? parser.value(QStringLiteral("seed")).toUInt() : 1;
 
     const QTemporaryDir root;
     AppPaths::setRoot(root.path());
@@ -83,7 +85,8 @@ int main(int argc, char *argv[])
         check(page, "checkTimeStamp");
     if (parser.isSet(QStringLiteral("log-mode")))
         check(page, "checkLogMode");
-    page->findChild<QComboBox *>(QStringLiteral("comboPort"))->setEditText(parser.value(QStringLiteral("port")));
+    page->findChild<QComboBox *>(QStringLiteral("comboPort"))
+        ->setEditText(parser.value(QStringLiteral("port")));
 
     QElapsedTimer beat;
     double worstStall = 0;
@@ -145,9 +148,10 @@ int main(int argc, char *argv[])
     const bool equal = spoolEqualsPayload(page->spool(), encoding, seed, total);
     std::printf("received %lld of %lld, spool %s, %.1f s, worst stall %.1f ms, cpu %.3f s/MB, "
                 "first MB %.0f us/KB, last MB %.0f us/KB, resident %.0f MB\n",
-                static_cast<long long>(received()), static_cast<long long>(total), equal ? "equal" : "DIFFERENT",
-                double(clock.elapsed()) / 1000, worstStall, cpu / (double(total) / kMegabyte),
-                cpuBetween(0, kMegabyte), cpuBetween(total - kMegabyte, total), ProcessFigures::residentMegabytes());
+                static_cast<long long>(received()), static_cast<long long>(total),
+                equal ? "equal" : "DIFFERENT", double(clock.elapsed()) / 1000, worstStall,
+                cpu / (double(total) / kMegabyte), cpuBetween(0, kMegabyte),
+                cpuBetween(total - kMegabyte, total), ProcessFigures::residentMegabytes());
     if (parser.isSet(QStringLiteral("picture")))
         window.grab().save(parser.value(QStringLiteral("picture")));
     return equal ? 0 : 1;

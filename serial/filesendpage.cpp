@@ -99,12 +99,13 @@ void FileSendPage::setProgress(int percent, const QString &name)
 
 void FileSendPage::chooseFiles()
 {
-    const QStringList chosen = QtFileDialog::getOpenFileNames(this, QString(), QString(),
-                                                              QStringLiteral("所有文件(*.*)"));
+    const QStringList chosen =
+        QtFileDialog::getOpenFileNames(this, QString(), QString(), QStringLiteral("所有文件(*.*)"));
     for (const QString &name : chosen) {
         const QFileInfo info(name);
         auto *item = new QListWidgetItem(
-            QStringLiteral("%1  (%2 字节)").arg(info.fileName(), QLocale::c().toString(info.size())), m_files);
+            QStringLiteral("%1  (%2 字节)").arg(info.fileName(), QLocale::c().toString(info.size())),
+            m_files);
         item->setData(Qt::UserRole, name);
         item->setToolTip(name);
     }

@@ -19,8 +19,8 @@ constexpr int kForcedBreak = 1 << 16; // columns noted for a line separator: its
 inline bool isPlain(QChar character)
 {
     const ushort unit = character.unicode();
-    return (unit >= 0x20 && unit <= 0x7E) || (unit >= 0x3001 && unit <= 0x3020) || (unit >= 0x4E00 && unit <= 0x9FFF)
-        || (unit >= 0xFF01 && unit <= 0xFF60);
+    return (unit >= 0x20 && unit <= 0x7E) || (unit >= 0x3001 && unit <= 0x3020) ||
+           (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0xFF01 && unit <= 0xFF60);
 }
 
 // Columns that a character takes. Everything that is not surely narrow counts
@@ -117,7 +117,9 @@ void LogLayout::countLines(QTextBlock block, bool newText)
         for (const QChar character : text) {
             const ushort unit = character.unicode();
             simple = simple && unit != '\t' && unit != QChar::LineSeparator && columnsOf(unit) == 1;
-            columns += unit == '\t' ? kTabColumns : unit == QChar::LineSeparator ? kForcedBreak : columnsOf(unit);
+            columns += unit == '\t'                   ? kTabColumns
+                       : unit == QChar::LineSeparator ? kForcedBreak
+                                                      : columnsOf(unit);
         }
         if (columns > m_columns) {
             if (simple) {
@@ -175,7 +177,8 @@ qreal LogLayout::top(const QTextBlock &block) const
 
 QSizeF LogLayout::documentSize() const
 {
-    return {qMax<qreal>(m_width, 0), document()->lineCount() * m_lineHeight + 2 * document()->documentMargin()};
+    return {qMax<qreal>(m_width, 0),
+            document()->lineCount() * m_lineHeight + 2 * document()->documentMargin()};
 }
 
 int LogLayout::pageCount() const
@@ -239,7 +242,8 @@ void LogLayout::layOutLine(QTextLayout &layout) const
     layout.endLayout();
 }
 
-void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block, qreal y) const
+void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block,
+                          qreal y) const
 {
     const QString text = block.text();
     const int blockStart = block.position();
@@ -247,8 +251,8 @@ void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const 
     int start = 0;
     do {
         const int end = lineEnd(text.constData(), text.size(), start, m_columns);
-        const bool visible = !context.clip.isValid()
-            || (y + m_lineHeight > context.clip.top() && y < context.clip.bottom());
+        const bool visible =
+            !context.clip.isValid() || (y + m_lineHeight > context.clip.top() && y < context.clip.bottom());
         if (visible) {
             const bool lastLine = end >= text.size();
             QVector<QTextLayout::FormatRange> selections;
@@ -258,11 +262,13 @@ void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const 
                 if (to > from)
                     selections.append({from, to - from, selection.format});
                 // A selected line end shows as half a column behind the text.
-                const bool endSelected = lastLine && selection.cursor.selectionEnd() > blockStart + text.size()
-                    && selection.cursor.selectionStart() <= blockStart + text.size();
+                const bool endSelected = lastLine &&
+                                         selection.cursor.selectionEnd() > blockStart + text.size() &&
+                                         selection.cursor.selectionStart() <= blockStart + text.size();
                 if (endSelected) {
                     const qreal x = margin + qMin(end - start, m_columns) * m_columnWidth;
-                    painter->fillRect(QRectF(x, y, m_columnWidth / 2, m_lineHeight), selection.format.background());
+                    painter->fillRect(QRectF(x, y, m_columnWidth / 2, m_lineHeight),
+                                      selection.format.background());
                 }
             }
             const QString line = text.mid(start, end - start);

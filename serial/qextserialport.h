@@ -35,9 +35,9 @@ public:
     // Each is applied to the open port at once. False when the device refuses;
     // the port stays open.
     bool setBaudRate(int baudRate);
-    bool setDataBits(int bits);     // 5 to 8
-    bool setStopBits(int index);    // 0: 1, 1: 1.5, 2: 2
-    bool setParity(int index);      // 0 none, 1 odd, 2 even, 3 mark, 4 space
+    bool setDataBits(int bits);  // 5 to 8
+    bool setStopBits(int index); // 0: 1, 1: 1.5, 2: 2
+    bool setParity(int index);   // 0 none, 1 odd, 2 even, 3 mark, 4 space
     bool setFlowControlOff();
 
     int baudRate() const;

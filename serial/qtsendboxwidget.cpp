@@ -13,10 +13,10 @@
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/qtpagebar.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QButtonGroup>
 #include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QUrl>

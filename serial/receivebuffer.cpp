@@ -15,7 +15,8 @@ bool isParagraphEnd(ushort unit)
     return unit == '\n' || unit == '\r' || unit == 0x2029 || unit == 0xFDD0 || unit == 0xFDD1;
 }
 
-struct Run {
+struct Run
+{
     int end = 0; // in `before`, exclusive
     int length = 0;
 };
@@ -97,9 +98,8 @@ ReceiveBuffer::Edit ReceiveBuffer::append(const QByteArray &bytes, int codecInde
     const QString after = withPlainLineEnds(TextCodec::decode(m_bytes, codecIndex));
     // As many characters as the new bytes make came in at the end; the rest of
     // the difference in length must have gone at the front.
-    const int added = bytes.size() >= limit
-        ? after.size()
-        : withPlainLineEnds(TextCodec::decode(bytes, codecIndex)).size();
+    const int added =
+        bytes.size() >= limit ? after.size() : withPlainLineEnds(TextCodec::decode(bytes, codecIndex)).size();
     const Edit edit = difference(m_text, after, m_text.size() + added - after.size());
     m_text = after;
     return edit;

@@ -18,7 +18,8 @@ public:
 
     // How the former text becomes the new one: frontRemoved characters at the
     // front give way to frontInserted, backRemoved at the end to backInserted.
-    struct Edit {
+    struct Edit
+    {
         int frontRemoved = 0;
         QString frontInserted;
         int backRemoved = 0;

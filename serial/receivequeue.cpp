@@ -31,10 +31,8 @@ QString ReceiveQueue::take(int characters, int codecIndex)
     QString text;
     while (!m_chunks.empty() && text.size() < characters) {
         Chunk &chunk = m_chunks.front();
-        if (chunk.taken == 0 && !chunk.header.isEmpty()) {
+        if (chunk.taken == 0)
             text += chunk.header;
-            m_afterCarriageReturn = false;
-        }
         const int count = qMin(characters, chunk.bytes.size() - chunk.taken);
         const char *bytes = chunk.bytes.constData() + chunk.taken;
         if (chunk.hex) {

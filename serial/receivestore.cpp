@@ -82,9 +82,8 @@ bool ReceiveStore::askAndSave()
         noText || filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive);
     m_unsaved = false; // what comes while it is written is not in the file
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool saved = asBytes
-                           ? ReceivedFiles::saveBytes(m_spool, name)
-                           : ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec);
+    const bool saved = asBytes ? ReceivedFiles::saveBytes(m_spool, name)
+                               : ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec);
     QGuiApplication::restoreOverrideCursor();
     if (!saved)
         m_unsaved = true;
@@ -129,8 +128,9 @@ bool ReceiveStore::prepareToClose()
         return askAndSave();
     case Settings::AutoSave:
         m_unsaved = !saveBesideProgram();
-        return !m_unsaved || QtMessageBox::question(m_page, kQuestion,
-                                                    QStringLiteral("接收数据自动保存失败，是否仍然退出?")) == 1;
+        return !m_unsaved ||
+               QtMessageBox::question(m_page, kQuestion,
+                                      QStringLiteral("接收数据自动保存失败，是否仍然退出?")) == 1;
     default:
         return true;
     }

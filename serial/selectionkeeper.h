@@ -14,8 +14,8 @@ public:
         , m_before(display->textCursor())
         , m_anchor(m_before.anchor())
         , m_position(m_before.position())
-        , m_atEnd(m_before.hasSelection()
-                  && m_before.selectionEnd() == display->document()->characterCount() - 1)
+        , m_atEnd(m_before.hasSelection() &&
+                  m_before.selectionEnd() == display->document()->characterCount() - 1)
     {
     }
     ~SelectionKeeper()

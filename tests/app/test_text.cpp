@@ -80,7 +80,8 @@ void TestText::decodesAnyCutOfAStream()
 {
     QFETCH(int, codec);
     // Two, three and four bytes to a character, and one beyond the first plane.
-    const QString text = QStringLiteral("aé温度ÿ€") + QString::fromUcs4(U"\U0001F600\U00020000") + QStringLiteral("z");
+    const QString text =
+        QStringLiteral("aé温度ÿ€") + QString::fromUcs4(U"\U0001F600\U00020000") + QStringLiteral("z");
     const QByteArray bytes = TextCodec::encode(text, codec);
     for (int cut = 0; cut <= bytes.size(); ++cut) {
         StreamDecoder decoder;

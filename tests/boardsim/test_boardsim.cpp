@@ -51,7 +51,8 @@ QByteArray allBytes(int count)
 
 } // namespace
 
-class TestBoardSim : public QObject {
+class TestBoardSim : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -121,7 +122,8 @@ private slots:
     void slowHostLosesNothing()
     {
         BoardProcess board;
-        QVERIFY(board.start({"--mode", "flood", "--encoding", "binary", "--delay", "0", "--total", "400000"}));
+        QVERIFY(
+            board.start({"--mode", "flood", "--encoding", "binary", "--delay", "0", "--total", "400000"}));
         HostPort host(board.link());
         QByteArray bytes = host.read(1000);
         QTest::qWait(300); // the pseudo-terminal is full long before
@@ -319,8 +321,9 @@ private slots:
 
         // A shell that starts a board, waits for its link and is gone.
         QProcess shell;
-        shell.start("sh", {"-c", "\"$0\" --folder \"$1\" --port COM5 --mode silent >/dev/null 2>&1 & "
-                                 "while ! [ -L \"$1/COM5\" ]; do sleep 0.05; done",
+        shell.start("sh", {"-c",
+                           "\"$0\" --folder \"$1\" --port COM5 --mode silent >/dev/null 2>&1 & "
+                           "while ! [ -L \"$1/COM5\" ]; do sleep 0.05; done",
                            program, folder});
         QVERIFY(shell.waitForFinished());
         QCOMPARE(shell.exitCode(), 0);

@@ -107,7 +107,8 @@ QMap<QString, ushort> enumerators()
 
 } // namespace
 
-class TestResources : public QObject {
+class TestResources : public QObject
+{
     Q_OBJECT
 
 private slots:
@@ -150,8 +151,10 @@ private slots:
             QVERIFY2(!box.isEmpty(), "nothing painted");
             QVERIFY(QRect(size / 2, size / 2, size, size).contains(box));
             const QPointF offset = QRectF(box).center() - QPointF(size, size);
-            QVERIFY2(qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1,
-                     qPrintable(QStringLiteral("at %1 px: off by %2, %3").arg(size).arg(offset.x()).arg(offset.y())));
+            QVERIFY2(
+                qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1,
+                qPrintable(
+                    QStringLiteral("at %1 px: off by %2, %3").arg(size).arg(offset.x()).arg(offset.y())));
         }
     }
 
@@ -163,12 +166,14 @@ private slots:
         const auto all = enumerators();
         for (auto it = all.begin(); it != all.end(); ++it) {
             const QImage image = IconFont::pixmap(IconFont::Glyph(it.value()), Qt::black, 32, 32).toImage();
-            pictures[QByteArray(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes()))] << it.key();
+            pictures[QByteArray(reinterpret_cast<const char *>(image.constBits()), int(image.sizeInBytes()))]
+                << it.key();
         }
         for (const QStringList &names : qAsConst(pictures)) {
             if (names.size() > 1)
-                QVERIFY2(names == QStringList({QStringLiteral("Close"), QStringLiteral("WindowClose")})
-                             || names == QStringList({QStringLiteral("Minus"), QStringLiteral("WindowMinimize")}),
+                QVERIFY2(names == QStringList({QStringLiteral("Close"), QStringLiteral("WindowClose")}) ||
+                             names ==
+                                 QStringList({QStringLiteral("Minus"), QStringLiteral("WindowMinimize")}),
                          qPrintable(names.join(QLatin1Char(' '))));
         }
     }
@@ -197,15 +202,28 @@ private slots:
         QFETCH(QColor, text);
         QFETCH(QColor, accent);
         const QColor disabled(0x80, 0x80, 0x80);
-        const struct { const char *name; QColor colour; } expected[] = {
-            {"arrow-down", text}, {"arrow-up", text}, {"arrow-left", text}, {"arrow-right", text},
-            {"arrow-down-accent", accent}, {"arrow-down-disabled", disabled},
-            {"arrow-up-disabled", disabled}, {"check-disabled", disabled},
-            {"radio", accent}, {"radio-disabled", disabled},
-            {"branch-open", text}, {"branch-closed", text}, {"check", QColor()},
+        const struct
+        {
+            const char *name;
+            QColor colour;
+        } expected[] = {
+            {"arrow-down", text},
+            {"arrow-up", text},
+            {"arrow-left", text},
+            {"arrow-right", text},
+            {"arrow-down-accent", accent},
+            {"arrow-down-disabled", disabled},
+            {"arrow-up-disabled", disabled},
+            {"check-disabled", disabled},
+            {"radio", accent},
+            {"radio-disabled", disabled},
+            {"branch-open", text},
+            {"branch-closed", text},
+            {"check", QColor()},
         };
         for (const auto &mark : expected) {
-            const QString stem = QStringLiteral(":/resources/images/%1/%2").arg(skin, QLatin1String(mark.name));
+            const QString stem =
+                QStringLiteral(":/resources/images/%1/%2").arg(skin, QLatin1String(mark.name));
             const QImage once(stem + QStringLiteral(".png"));
             const QImage twice(stem + QStringLiteral("@2x.png"));
             QVERIFY2(!inkBox(once).isEmpty(), qPrintable(stem));
@@ -306,7 +324,11 @@ private slots:
     void errorTexts()
     {
         // Of the classes whose errorString() the program shows.
-        const struct { const char *context; const char *text; } texts[] = {
+        const struct
+        {
+            const char *context;
+            const char *text;
+        } texts[] = {
             {"QSerialPort", "Device is already open"},
             {"QSerialPort", "Error writing to device"},
             {"QSerialPort", "Custom baud rate is not supported"},

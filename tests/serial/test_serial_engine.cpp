@@ -131,9 +131,9 @@ void TestSerialEngine::keepsBytesWhenTheDiskIsFull()
         spool.append(piece.constData(), piece.size());
         spool.flush();
         all += piece;
-        const ByteSpool::State expected = all.size() <= 1000 ? ByteSpool::State::OnDisk
-            : all.size() <= 4000                             ? ByteSpool::State::InMemory
-                                                             : ByteSpool::State::Incomplete;
+        const ByteSpool::State expected = all.size() <= 1000   ? ByteSpool::State::OnDisk
+                                          : all.size() <= 4000 ? ByteSpool::State::InMemory
+                                                               : ByteSpool::State::Incomplete;
         QCOMPARE(spool.state(), expected);
     }
     setrlimit(RLIMIT_FSIZE, &before);
@@ -145,7 +145,8 @@ void TestSerialEngine::keepsBytesWhenTheDiskIsFull()
 void TestSerialEngine::readsListsOfOtherPrograms()
 {
     SendList list;
-    list.read("\xEF\xBB\xBF" "0#AT+RST\r\n\r\n12#a#b#c\nnonsense\n3#first\n3#second\n-4#x\n1000#y\n999#last\nx#z\n7#");
+    list.read("\xEF\xBB\xBF"
+              "0#AT+RST\r\n\r\n12#a#b#c\nnonsense\n3#first\n3#second\n-4#x\n1000#y\n999#last\nx#z\n7#");
     QCOMPARE(list.row(0), QStringLiteral("AT+RST"));
     QCOMPARE(list.row(12), QStringLiteral("a#b#c"));
     QCOMPARE(list.row(3), QStringLiteral("second"));
@@ -191,7 +192,8 @@ void TestSerialEngine::deletesPagesOfTheList()
 void TestSerialEngine::survivesHostileLists()
 {
     SendList list;
-    list.read(QByteArray("99999999999999999999#x\n4294967296#y\n# \n") + "5#" + QByteArray(10 * 1000 * 1000, 'z'));
+    list.read(QByteArray("99999999999999999999#x\n4294967296#y\n# \n") + "5#" +
+              QByteArray(10 * 1000 * 1000, 'z'));
     QCOMPARE(list.row(5).size(), 32767); // what a row can hold
     QCOMPARE(list.write().count('\n'), 1);
 }
@@ -230,8 +232,9 @@ void TestSerialEngine::editsLeadToTheWholeText()
         bytes.truncate(size); // cuts characters and line ends anywhere
         const ReceiveBuffer::Edit edit = buffer.append(bytes, codec);
         QVERIFY(edit.frontRemoved + edit.backRemoved <= shown.size());
-        shown = edit.frontInserted + shown.mid(edit.frontRemoved, shown.size() - edit.frontRemoved - edit.backRemoved)
-            + edit.backInserted;
+        shown = edit.frontInserted +
+                shown.mid(edit.frontRemoved, shown.size() - edit.frontRemoved - edit.backRemoved) +
+                edit.backInserted;
 
         held = (held + bytes).right(20480);
         QString whole = TextCodec::codec(codec)->toUnicode(held);

@@ -160,6 +160,10 @@ void TestTerminal::showsChunksBehindHeaders()
 
 void TestTerminal::joinsWhatAChunkEndCut()
 {
+    // Also across the header of the second chunk.
+    m_terminal->showReceived("one\r", "[1]\n", false);
+    m_terminal->showReceived("\ntwo", "[2]\n", false);
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("[1]\none\n[2]\ntwo"));
     for (int codec = 0; codec < 2; ++codec) {
         Settings::instance().textCodec = codec;
         const QString text = QStringLiteral("温度: 25\r\n湿度: 60\r\rend\n");
@@ -283,6 +287,12 @@ void TestTerminal::keepsSelectionAndScrollPosition()
 
 void TestTerminal::followsOnlyAtTheEnd()
 {
+    // A smaller window still shows the end.
+    m_terminal->insertTerminalText(QStringLiteral("line\n").repeated(30));
+    m_terminal->resize(500, 150);
+    QCOMPARE(m_terminal->verticalScrollBar()->value(), m_terminal->verticalScrollBar()->maximum());
+    m_terminal->clearTerminal();
+
     QScrollBar *bar = m_terminal->verticalScrollBar();
     for (int i = 0; i < 100; ++i)
         m_terminal->insertTerminalText("line\n");

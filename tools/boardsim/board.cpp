@@ -38,8 +38,8 @@ Board::~Board()
 
 bool Board::begin(QString *error)
 {
-    if (!m_options.recordFile.isEmpty()
-        && !m_record.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+    if (!m_options.recordFile.isEmpty() &&
+        !m_record.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
         *error = QStringLiteral("cannot write %1: %2").arg(m_options.recordFile, m_record.errorString());
         return false;
     }

@@ -10,7 +10,8 @@
 
 namespace Boardsim {
 
-class Board : public QObject {
+class Board : public QObject
+{
     Q_OBJECT
 
 public:
@@ -46,8 +47,8 @@ private:
     QTimer m_startDelay;
     QTimer m_unplugDelay;
     QTimer m_replugDelay;
-    bool m_started = false;      // the mode, for the present host
-    bool m_unplugArmed;          // --unplug-after has not begun to count
+    bool m_started = false; // the mode, for the present host
+    bool m_unplugArmed;     // --unplug-after has not begun to count
 };
 
 } // namespace Boardsim

@@ -12,7 +12,8 @@
 
 namespace Boardsim {
 
-class BoardMode : public QObject {
+class BoardMode : public QObject
+{
     Q_OBJECT
 
 public:
@@ -22,10 +23,10 @@ public:
     // The mode that the options name.
     static std::unique_ptr<BoardMode> create(const Options &options, VirtualPort &port);
 
-    virtual void start() { }
-    virtual void stop() { }
-    virtual void received(const QByteArray &) { }
-    virtual void outputEmpty() { }
+    virtual void start() {}
+    virtual void stop() {}
+    virtual void received(const QByteArray &) {}
+    virtual void outputEmpty() {}
 
 signals:
     // The whole payload has been taken by the port.

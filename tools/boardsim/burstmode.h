@@ -10,7 +10,8 @@ namespace Boardsim {
 // Sends the payload in bursts at a mean rate, with a pause between the end of
 // one burst and the beginning of the next. A host that is slow in taking a
 // burst puts off the next one and gets no larger one for it.
-class BurstMode : public BoardMode {
+class BurstMode : public BoardMode
+{
     Q_OBJECT
 
 public:

@@ -5,7 +5,8 @@
 namespace Boardsim {
 
 // Returns what comes, byte for byte.
-class EchoMode : public BoardMode {
+class EchoMode : public BoardMode
+{
     Q_OBJECT
 
 public:

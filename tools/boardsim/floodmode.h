@@ -5,7 +5,8 @@
 namespace Boardsim {
 
 // Sends the payload as fast as the host takes it.
-class FloodMode : public BoardMode {
+class FloodMode : public BoardMode
+{
     Q_OBJECT
 
 public:

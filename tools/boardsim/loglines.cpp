@@ -32,7 +32,9 @@ QString logLine(quint32 number, qint64 timeMs, quint32 seed)
                    .arg(value, 8, 16, QLatin1Char('0'));
         break;
     case 5:
-        text = QStringLiteral("I/imu: roll=%1 pitch=%2").arg(around(0, 3), 0, 'f', 2).arg(around(1, 2), 0, 'f', 2);
+        text = QStringLiteral("I/imu: roll=%1 pitch=%2")
+                   .arg(around(0, 3), 0, 'f', 2)
+                   .arg(around(1, 2), 0, 'f', 2);
         break;
     case 6:
         text = QStringLiteral("I/flash: 已写入第 %1 页, 校验通过").arg(value % 256);

@@ -9,7 +9,8 @@ namespace Boardsim {
 
 // Prints log lines at a steady rate. A board has no flow control: lines that
 // find the host still busy with many earlier ones are lost.
-class LogMode : public BoardMode {
+class LogMode : public BoardMode
+{
     Q_OBJECT
 
 public:

@@ -21,7 +21,9 @@ int main(int argc, char **argv)
         std::printf("%s\n", qPrintable(text));
         std::fflush(stdout);
     });
-    const auto report = [](const QString &error) { std::fprintf(stderr, "boardsim: %s\n", qPrintable(error)); };
+    const auto report = [](const QString &error) {
+        std::fprintf(stderr, "boardsim: %s\n", qPrintable(error));
+    };
     QObject::connect(&board, &Boardsim::Board::failed, &application, [report](const QString &error) {
         report(error);
         QCoreApplication::exit(1);

@@ -18,7 +18,8 @@ namespace {
 }
 
 // The value of a numeric option, within limits; the default where not given.
-qint64 number(const QCommandLineParser &parser, const QString &name, qint64 byDefault, qint64 lowest, qint64 highest)
+qint64 number(const QCommandLineParser &parser, const QString &name, qint64 byDefault, qint64 lowest,
+              qint64 highest)
 {
     if (!parser.isSet(name))
         return byDefault;
@@ -31,7 +32,11 @@ qint64 number(const QCommandLineParser &parser, const QString &name, qint64 byDe
 
 Options::Mode modeFromName(const QString &name)
 {
-    const struct { const char *name; Options::Mode mode; } modes[] = {
+    const struct
+    {
+        const char *name;
+        Options::Mode mode;
+    } modes[] = {
         {"log", Options::Mode::Log},     {"echo", Options::Mode::Echo},     {"shell", Options::Mode::Shell},
         {"flood", Options::Mode::Flood}, {"silent", Options::Mode::Silent}, {"burst", Options::Mode::Burst},
     };
@@ -62,7 +67,8 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("burst-pause", "ms", "burst: silence between bursts (default: 12).");
     option("total", "bytes", "flood, burst: how much to send (default: without end).");
     option("delay", "ms", "Begin so long after a host has opened the port (default: 200).");
-    parser.addOption({QStringLiteral("start-on-byte"), QStringLiteral("Begin with the first byte from the host instead.")});
+    parser.addOption({QStringLiteral("start-on-byte"),
+                      QStringLiteral("Begin with the first byte from the host instead.")});
     option("unplug-after", "ms", "Vanish so long after a host first opened the port.");
     option("replug-after", "ms", "Come back so long after vanishing.");
     option("record", "file", "Write every byte from the host to this file.");
@@ -83,20 +89,25 @@ Options Options::fromCommandLine(const QCoreApplication &application)
         reject(QStringLiteral("--port takes a name like COM3"));
     if (parser.isSet(QStringLiteral("mode")))
         options.mode = modeFromName(parser.value(QStringLiteral("mode")));
-    if (parser.isSet(QStringLiteral("encoding"))
-        && !encodingFromName(parser.value(QStringLiteral("encoding")), &options.encoding))
+    if (parser.isSet(QStringLiteral("encoding")) &&
+        !encodingFromName(parser.value(QStringLiteral("encoding")), &options.encoding))
         reject(QStringLiteral("--encoding takes utf8, gb18030, ascii or binary"));
 
     options.linesPerSecond = int(number(parser, QStringLiteral("rate"), options.linesPerSecond, 1, 100000));
-    options.bytesPerSecond = int(number(parser, QStringLiteral("bytes-per-second"), options.bytesPerSecond, 1, 100000000));
+    options.bytesPerSecond =
+        int(number(parser, QStringLiteral("bytes-per-second"), options.bytesPerSecond, 1, 100000000));
     options.burstPauseMs = int(number(parser, QStringLiteral("burst-pause"), options.burstPauseMs, 1, 60000));
-    options.totalBytes = number(parser, QStringLiteral("total"), options.totalBytes, 0, std::numeric_limits<qint64>::max());
+    options.totalBytes =
+        number(parser, QStringLiteral("total"), options.totalBytes, 0, std::numeric_limits<qint64>::max());
     options.startDelayMs = int(number(parser, QStringLiteral("delay"), options.startDelayMs, 0, most));
     options.startOnByte = parser.isSet(QStringLiteral("start-on-byte"));
-    options.unplugAfterMs = int(number(parser, QStringLiteral("unplug-after"), options.unplugAfterMs, 0, most));
-    options.replugAfterMs = int(number(parser, QStringLiteral("replug-after"), options.replugAfterMs, 0, most));
+    options.unplugAfterMs =
+        int(number(parser, QStringLiteral("unplug-after"), options.unplugAfterMs, 0, most));
+    options.replugAfterMs =
+        int(number(parser, QStringLiteral("replug-after"), options.replugAfterMs, 0, most));
     options.recordFile = parser.value(QStringLiteral("record"));
-    options.seed = quint32(number(parser, QStringLiteral("seed"), options.seed, 0, std::numeric_limits<quint32>::max()));
+    options.seed =
+        quint32(number(parser, QStringLiteral("seed"), options.seed, 0, std::numeric_limits<quint32>::max()));
     return options;
 }
 

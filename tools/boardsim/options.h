@@ -10,21 +10,22 @@ class QCoreApplication;
 
 namespace Boardsim {
 
-struct Options {
+struct Options
+{
     enum class Mode { Log, Echo, Shell, Flood, Silent, Burst };
 
-    QString folder;                    // of the links
+    QString folder; // of the links
     QString port = QStringLiteral("COM3");
     Mode mode = Mode::Log;
     Encoding encoding = Encoding::Utf8;
-    int linesPerSecond = 20;           // log
-    int bytesPerSecond = 92000;        // burst
-    int burstPauseMs = 12;             // burst
-    qint64 totalBytes = -1;            // flood, burst; -1 without end
-    int startDelayMs = 200;            // from the host's arrival
-    bool startOnByte = false;          // instead of the delay
-    int unplugAfterMs = -1;            // from the host's first arrival; -1 never
-    int replugAfterMs = -1;            // from the unplugging; -1 never
+    int linesPerSecond = 20;    // log
+    int bytesPerSecond = 92000; // burst
+    int burstPauseMs = 12;      // burst
+    qint64 totalBytes = -1;     // flood, burst; -1 without end
+    int startDelayMs = 200;     // from the host's arrival
+    bool startOnByte = false;   // instead of the delay
+    int unplugAfterMs = -1;     // from the host's first arrival; -1 never
+    int replugAfterMs = -1;     // from the unplugging; -1 never
     QString recordFile;
     quint32 seed = 1;
 

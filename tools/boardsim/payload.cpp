@@ -49,8 +49,8 @@ Payload::Payload(Encoding encoding, quint32 seed)
 
 QString Payload::line(quint32 number, quint32 seed, Encoding encoding)
 {
-    static const QString words[] = {QStringLiteral("温度"), QStringLiteral("电压"),
-                                    QStringLiteral("转速"), QStringLiteral("speed")};
+    static const QString words[] = {QStringLiteral("温度"), QStringLiteral("电压"), QStringLiteral("转速"),
+                                    QStringLiteral("speed")};
     static const QString asciiWords[] = {QStringLiteral("degree"), QStringLiteral("supply"),
                                          QStringLiteral("actual"), QStringLiteral("speed")};
     const quint32 value = scrambled(seed, number);

@@ -31,7 +31,8 @@ quint32 scrambled(quint32 seed, quint32 index);
 // with value = scrambled(seed, n), written in 8 lower-case hexadecimal digits,
 // and word = entry (value mod 4) of: 温度, 电压, 转速, speed; in ASCII:
 // degree, supply, actual, speed.
-class Payload {
+class Payload
+{
 public:
     Payload(Encoding encoding, quint32 seed);
 
@@ -43,9 +44,9 @@ public:
 private:
     Encoding m_encoding;
     quint32 m_seed;
-    quint32 m_state;       // of the binary generator
+    quint32 m_state; // of the binary generator
     quint32 m_nextLine = 0;
-    QByteArray m_rest;     // of the line that was cut
+    QByteArray m_rest; // of the line that was cut
 };
 
 } // namespace Boardsim

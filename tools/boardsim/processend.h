@@ -8,7 +8,8 @@
 
 namespace Boardsim {
 
-class ProcessEnd : public QObject {
+class ProcessEnd : public QObject
+{
     Q_OBJECT
 
 public:

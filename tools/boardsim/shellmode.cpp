@@ -60,7 +60,8 @@ void ShellMode::execute(const QString &line)
     const QString &command = words.constFirst();
     qlonglong value = 0;
     if (line == QLatin1String("help")) {
-        answer(QStringLiteral("命令: help, version, led on|off, adc, stall <毫秒>, flood <字节>, unplug <毫秒>"));
+        answer(QStringLiteral(
+            "命令: help, version, led on|off, adc, stall <毫秒>, flood <字节>, unplug <毫秒>"));
     } else if (line == QLatin1String("version")) {
         answer(QStringLiteral("boardsim 1.0, 模拟开发板"));
     } else if (line == QLatin1String("led on")) {

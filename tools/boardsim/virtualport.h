@@ -18,11 +18,13 @@ class QSocketNotifier;
 
 namespace Boardsim {
 
-class VirtualPort : public QObject {
+class VirtualPort : public QObject
+{
     Q_OBJECT
 
 public:
-    struct Statistics {
+    struct Statistics
+    {
         qint64 written = 0;   // bytes that the port has taken
         qint64 read = 0;      // bytes that came from the host
         qint64 dropped = 0;   // bytes that were to be written when the host left

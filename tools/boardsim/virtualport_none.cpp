@@ -21,10 +21,21 @@ bool VirtualPort::plug(QString *error)
     return false;
 }
 
-void VirtualPort::unplug() { }
-void VirtualPort::write(const QByteArray &) { }
-void VirtualPort::setReading(bool) { }
-void VirtualPort::setStalled(bool) { }
-VirtualPort::Statistics VirtualPort::statistics() const { return m_statistics; }
+void VirtualPort::unplug()
+{
+}
+void VirtualPort::write(const QByteArray &)
+{
+}
+void VirtualPort::setReading(bool)
+{
+}
+void VirtualPort::setStalled(bool)
+{
+}
+VirtualPort::Statistics VirtualPort::statistics() const
+{
+    return m_statistics;
+}
 
 } // namespace Boardsim

@@ -44,7 +44,8 @@ bool resetHostEnd(const QByteArray &device)
     // Reading gets at all of it; tcflush() leaves what waits in front of the
     // line discipline.
     char unread[4096];
-    while (::read(slave, unread, sizeof unread) > 0) { }
+    while (::read(slave, unread, sizeof unread) > 0) {
+    }
     ::close(slave);
     return ok;
 }
@@ -136,8 +137,8 @@ bool VirtualPort::makeLink(QString *error)
     // By renaming, so that whoever lists the folder sees a whole link or none.
     const QString fresh = QDir(m_folder).filePath(QStringLiteral(".boardsim-%1").arg(::getpid()));
     QFile::remove(fresh);
-    if (!QFile::link(m_device, fresh)
-        || std::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(m_link).constData()) != 0) {
+    if (!QFile::link(m_device, fresh) ||
+        std::rename(QFile::encodeName(fresh).constData(), QFile::encodeName(m_link).constData()) != 0) {
         *error = systemError("cannot make the link");
         QFile::remove(fresh);
         return false;
