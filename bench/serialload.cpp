@@ -9,6 +9,7 @@
 #include "app/apppaths.h"
 #include "app/startup.h"
 #include "bench/processfigures.h"
+#include "serial/bytespool.h"
 #include "serial/serialportwidget.h"
 #include "shell/window/mainwindow.h"
 #include "tools/boardsim/payload.h"

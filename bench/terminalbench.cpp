@@ -1,0 +1,102 @@
+// What a chunk of 64 bytes costs the log view when its buffer is full, beside
+// replacing the whole text of a text browser, as codec 0 (UTF-8) or 1
+// (GB18030), for log lines, random bytes and Chinese without a line end.
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "app/textcodec.h"
+#include "resources/korvexresources.h"
+#include "serial/qtterminalwidget.h"
+
+#include <QApplication>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr int kChunk = 64;
+constexpr int kBuffer = 20480;
+
+QByteArray stream(int codec, int kind)
+{
+    QRandomGenerator random(1);
+    QByteArray bytes;
+    for (int i = 0; bytes.size() < 1000 * 1000; ++i) {
+        if (kind == 0)
+            bytes += TextCodec::encode(QStringLiteral("%1 温度 25.3 转速 1500\r\n").arg(i), codec);
+        else if (kind == 1)
+            bytes += static_cast<char>(random.bounded(256));
+        else
+            bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
+    }
+    return bytes;
+}
+
+// Hands out the stream in chunks, from the start again at its end.
+class Feed
+{
+public:
+    explicit Feed(const benchmark::State &state)
+        : m_bytes(stream(static_cast<int>(state.range(0)), static_cast<int>(state.range(1))))
+    {
+        Settings::instance().textCodec = static_cast<int>(state.range(0));
+    }
+    QByteArray full() { return m_bytes.left(m_at = kBuffer); }
+    QByteArray next()
+    {
+        m_at = m_at + kChunk > m_bytes.size() ? 0 : m_at;
+        m_at += kChunk;
+        return m_bytes.mid(m_at - kChunk, kChunk);
+    }
+
+private:
+    QByteArray m_bytes;
+    int m_at = 0;
+};
+
+void replaceWholeText(benchmark::State &state)
+{
+    Feed feed(state);
+    QTextBrowser browser;
+    browser.resize(760, 300);
+    browser.show();
+    QByteArray held = feed.full();
+    for (auto _ : state) {
+        held = (held + feed.next()).right(kBuffer);
+        browser.setPlainText(TextCodec::decode(held, Settings::instance().textCodec));
+        browser.moveCursor(QTextCursor::End);
+    }
+}
+
+void insertRecvData(benchmark::State &state)
+{
+    Feed feed(state);
+    QtTerminalWidget terminal;
+    terminal.resize(760, 300);
+    terminal.show();
+    terminal.insertRecvData(feed.full(), false, false);
+    for (auto _ : state)
+        terminal.insertRecvData(feed.next(), false, false);
+}
+
+void cases(benchmark::internal::Benchmark *benchmark)
+{
+    benchmark->ArgNames({"codec", "kind"})->ArgsProduct({{0, 1}, {0, 1, 2}})->Unit(benchmark::kMicrosecond);
+}
+
+BENCHMARK(replaceWholeText)->Apply(cases);
+BENCHMARK(insertRecvData)->Apply(cases);
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    initKorvexResources();
+    const QTemporaryDir root;
+    AppPaths::setRoot(root.path());
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
