@@ -26,8 +26,10 @@ constexpr int kFloodIntervalMs = 125;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceCharacters = 8 * 1024;
 
-constexpr int kMostCharacters = 16 * 1024 * 1024;
-constexpr int kMostParagraphs = 250 * 1000;
+// Some hundred thousand lines to scroll back in. More would make the document's
+// own clean-up (it copies all text now and then) a stall that is felt.
+constexpr int kMostCharacters = 8 * 1024 * 1024;
+constexpr int kMostParagraphs = 200 * 1000;
 
 } // namespace
 
@@ -295,7 +297,7 @@ void QtTerminalWidget::trimFront()
     const int paragraphs = document()->blockCount();
     if (m_readers > 0 || (characters <= m_mostCharacters && paragraphs <= m_mostParagraphs))
         return;
-    // A sixteenth more than needed, so that it isn't done at every slice.
+    // Somewhat more than needed, so that it isn't done at every slice.
     const int keepCharacters = m_mostCharacters - m_mostCharacters / 64;
     const int keepParagraphs = m_mostParagraphs - m_mostParagraphs / 64;
     QTextBlock first = document()->findBlock(qMax(0, characters - keepCharacters));
