@@ -23,6 +23,7 @@
 #include <QSplitter>
 #include <QTime>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace {
 
@@ -32,7 +33,9 @@ constexpr int kError = 255;
 constexpr int kQuietMs = 10; // reading waits until the line is quiet for so long
 constexpr int kCountPeriodMs = 250;
 
-// A line that never pauses is read when so much waits, so that memory is bounded.
+// A busy line is read in pieces of this size; what it brings is shown without a
+// pause when so much waits, so that memory is bounded.
+constexpr qint64 kPieceBytes = 256LL * 1024;
 constexpr qint64 kMostWaiting = 64LL * 1024 * 1024;
 // A device that takes nothing gets no more than this queued.
 constexpr qint64 kMostToWrite = 16LL * 1024 * 1024;
@@ -273,8 +276,23 @@ void SerialportWidget::sltInterruptDetection()
     if (m_recvTimer.isActive())
         m_recvTimer.stop();
     m_recvTimer.start();
-    if (m_port->bytesAvailable() >= kMostWaiting)
+    if (m_port->bytesAvailable() >= kPieceBytes)
+        takeFromPort();
+    if (m_waitingBytes >= kMostWaiting)
         SltRecvFromSerialport();
+}
+
+// Takes what the port has into the record. It counts, and is shown, when the
+// line is quiet; but a line that is busy for long must not leave all the work
+// to that moment.
+void SerialportWidget::takeFromPort()
+{
+    const QByteArray bytes = m_port->readAll();
+    if (bytes.isEmpty())
+        return;
+    m_received->add(bytes);
+    m_waiting.append(bytes);
+    m_waitingBytes += bytes.size();
 }
 
 void SerialportWidget::SltDelayChanged()
@@ -284,15 +302,14 @@ void SerialportWidget::SltDelayChanged()
 
 void SerialportWidget::SltRecvFromSerialport()
 {
-    const QByteArray bytes = m_port->readAll();
-    if (!bytes.isEmpty())
-        handleReceived(bytes);
+    takeFromPort();
+    if (!m_waiting.isEmpty())
+        handleReceived(std::exchange(m_waiting, {}), std::exchange(m_waitingBytes, 0));
 }
 
-void SerialportWidget::handleReceived(const QByteArray &bytes)
+void SerialportWidget::handleReceived(const QByteArrayList &pieces, qint64 size)
 {
-    m_recvCount += static_cast<quint32>(bytes.size());
-    m_received->add(bytes);
+    m_recvCount += static_cast<quint32>(size);
     refreshCounts();
     if (m_recvOptions->stopShow()) {
         m_received->setHidden();
@@ -301,14 +318,15 @@ void SerialportWidget::handleReceived(const QByteArray &bytes)
     const bool hex = m_recvOptions->hexShow();
     if (m_recvOptions->logMode()) {
         m_received->setHidden(); // the log view keeps the newest bytes only
-        m_terminal->insertRecvData(bytes, hex, m_recvOptions->timeStamp());
+        m_terminal->insertRecvData(pieces.join(), hex, m_recvOptions->timeStamp());
         return;
     }
     QString header;
     if (m_recvOptions->timeStamp())
         header = QTime::currentTime().toString(QStringLiteral("[hh:mm:ss.zzz]")) +
                  (hex ? QStringLiteral(" HEX >\n") : QStringLiteral(" ASCII >\n"));
-    m_terminal->showReceived(bytes, header, hex);
+    for (const QByteArray &piece : pieces)
+        m_terminal->showReceived(piece, std::exchange(header, QString()), hex);
 }
 
 void SerialportWidget::clearRecv()

@@ -6,6 +6,7 @@
 
 #include "shell/base/qtwidgetbase.h"
 
+#include <QByteArrayList>
 #include <QElapsedTimer>
 #include <QTimer>
 #include <memory>
@@ -69,7 +70,8 @@ private:
     void setPortState(bool open);
     void closePort();
     void portVanished();
-    void handleReceived(const QByteArray &bytes);
+    void takeFromPort();
+    void handleReceived(const QByteArrayList &pieces, qint64 size);
     void refreshCounts();
     void showCounts();
 
@@ -91,6 +93,8 @@ private:
     QElapsedTimer m_sinceCounts;
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;
+    QByteArrayList m_waiting; // taken from the port, not counted and shown yet
+    qint64 m_waitingBytes = 0;
 
     bool m_writeBlockedTold = false;
     bool m_defaultsDue = false; // settings were restored while the port was open

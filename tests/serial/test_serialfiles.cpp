@@ -1,0 +1,173 @@
+// What the serial page saves, when asked and when it closes.
+
+#include "tests/serial/serialpagetest.h"
+
+#include "app/safefile.h"
+#include "app/settings.h"
+#include "shell/base/dialoganswers.h"
+
+#include <csignal>
+#include <sys/resource.h>
+
+class TestSerialFiles : public SerialPageTest
+{
+    Q_OBJECT
+
+private slots:
+    void savesTextAndBytes();
+    void savesEverythingOfAFlood();
+    void tellsAFullDisk();
+    void closingFollowsTheSetting_data();
+    void closingFollowsTheSetting();
+    void closingAsksOnlyForWhatIsUnsaved();
+};
+
+void TestSerialFiles::savesTextAndBytes()
+{
+    const QString text = m_root->filePath(QStringLiteral("记录.txt"));
+    const QString bytes = m_root->filePath("data.bin");
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("当前无数据需要保存！"));
+    openPort();
+    const QByteArray first("before\r\n");
+    const QByteArray second("\xce\xc2\x80\xff"
+                            "end\r\n");
+    receive(first);
+    click("btnClearRecv");
+    receive(second);
+    chooseFile(text);
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+    QVERIFY(contentOf(text).startsWith("\xce\xc2"));
+    QVERIFY(contentOf(text).endsWith("end\n"));
+    QVERIFY(!contentOf(text).contains("before"));
+    chooseFile(bytes);
+    click("btnSaveRecv");
+    QCOMPARE(contentOf(bytes), first + second); // the whole session, as it came
+    chooseFile(m_root->filePath("no/such/folder/x.txt"));
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存失败!"));
+    QCOMPARE(lastKind(), 255);
+    const int notices = m_notices->count();
+    chooseFile(QString()); // cancelled
+    click("btnSaveRecv");
+    QCOMPARE(m_notices->count(), notices);
+}
+
+void TestSerialFiles::savesEverythingOfAFlood()
+{
+    openPort();
+    QByteArray all;
+    for (int i = 0; all.size() < 2 * 1000 * 1000; ++i)
+        all += "line " + QByteArray::number(i) + " \xce\xc2\n";
+    QVERIFY(m_board->write(all));
+    QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(all.size()), 20000);
+    for (const char *name : {"a.txt", "a.bin"}) {
+        chooseFile(m_root->filePath(QLatin1String(name)));
+        click("btnSaveRecv");
+        QVERIFY2(contentOf(m_root->filePath(QLatin1String(name))) == all, name);
+    }
+}
+
+void TestSerialFiles::tellsAFullDisk()
+{
+    openPort();
+    receive(QByteArray(500, 'a'));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit tight = before;
+    tight.rlim_cur = 1000;
+    setrlimit(RLIMIT_FSIZE, &tight);
+    receive(QByteArray(800, 'b'));
+    QTRY_VERIFY(lastKind() == 255);
+    const QString notice = lastNotice();
+    chooseFile(m_root->filePath("full.txt"));
+    click("btnSaveRecv");
+    const QString saved = lastNotice();
+    QString reason;
+    const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
+    setrlimit(RLIMIT_FSIZE, &before);
+    QVERIFY2(notice.contains(QStringLiteral("磁盘空间")), qPrintable(notice));
+    QCOMPARE(saved, QStringLiteral("文件保存失败!"));
+    QVERIFY(!written);
+    QVERIFY2(reason.contains(QStringLiteral("磁盘空间")), qPrintable(reason));
+    QCOMPARE(shown(), QString(500, 'a') + QString(800, 'b'));
+    QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
+    chooseFile(m_root->filePath("room.bin"));
+    click("btnSaveRecv"); // the user has made room
+    QCOMPARE(contentOf(m_root->filePath("room.bin")), QByteArray(500, 'a') + QByteArray(800, 'b'));
+}
+
+void TestSerialFiles::closingFollowsTheSetting_data()
+{
+    QTest::addColumn<int>("behaviour");
+    QTest::addColumn<bool>("saves");
+    QTest::addColumn<bool>("closes");
+    QTest::addColumn<int>("questions");
+    QTest::newRow("discard") << int(Settings::Discard) << false << true << 0;
+    QTest::newRow("ask, no") << int(Settings::Ask) << false << true << 1;
+    QTest::newRow("ask, yes") << int(Settings::Ask) << true << true << 1;
+    QTest::newRow("ask, yes, cancelled") << int(Settings::Ask) << true << false << 1;
+    QTest::newRow("by itself") << int(Settings::AutoSave) << true << true << 0;
+}
+
+void TestSerialFiles::closingFollowsTheSetting()
+{
+    QFETCH(int, behaviour);
+    QFETCH(bool, saves);
+    QFETCH(bool, closes);
+    QFETCH(int, questions);
+    openPort();
+    receive("data");
+    Settings::instance().closeBehaviour = behaviour;
+    QStringList asked;
+    DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+        asked.append(text);
+        return saves ? 1 : 0;
+    };
+    const QString name = m_root->filePath("asked.txt");
+    chooseFile(closes ? name : QString());
+    QCOMPARE(m_page->prepareToClose(), closes);
+    QCOMPARE(asked.size(), questions);
+    if (questions > 0)
+        QCOMPARE(asked.first(), QStringLiteral("当前有数据未保存，是否保存接收数据?"));
+    if (behaviour == Settings::Ask && saves && closes)
+        QCOMPARE(contentOf(name), QByteArray("data"));
+    if (behaviour == Settings::AutoSave) {
+        receive(" and more");
+        QVERIFY(m_page->prepareToClose()); // within the same second: another name
+        const QDir folder(m_root->filePath("save"));
+        const QStringList files = folder.entryList({"recv_*.txt"}, QDir::Files, QDir::Name);
+        QCOMPARE(files.size(), 2);
+        QCOMPARE(contentOf(folder.filePath(files.at(0))), QByteArray("data"));
+        QCOMPARE(contentOf(folder.filePath(files.at(1))), QByteArray("data and more"));
+    }
+}
+
+void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
+{
+    Settings::instance().closeBehaviour = Settings::Ask;
+    int asked = 0;
+    DialogAnswers::instance().message = [&](auto, auto, auto) {
+        ++asked;
+        return 0;
+    };
+    QVERIFY(m_page->prepareToClose());
+    openPort();
+    receive("data");
+    chooseFile(m_root->filePath("saved.txt"));
+    click("btnSaveRecv");
+    QVERIFY(m_page->prepareToClose());
+    receive("more");
+    click("btnClearRecv");
+    QVERIFY(m_page->prepareToClose());
+    QCOMPARE(asked, 0);
+    click("checkStopShow");
+    receive("not shown, not saved");
+    QVERIFY(m_page->prepareToClose());
+    QCOMPARE(asked, 1);
+}
+
+QTEST_MAIN(TestSerialFiles)
+#include "test_serialfiles.moc"
