@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QListView>
 #include <QRegularExpression>
+#include <QSplitter>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -68,6 +69,8 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     drawIcons();
     if (auto *sidebar = m_dialog->findChild<QListView *>(QStringLiteral("sidebar")))
         sidebar->setIconSize({16, 16});
+    if (auto *split = m_dialog->findChild<QSplitter *>(QStringLiteral("splitter")))
+        split->setSizes({130, 570}); // "计算机" whole
 
     body()->setContentsMargins(4, 4, 4, 4);
     body()->addWidget(m_dialog);

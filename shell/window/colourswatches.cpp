@@ -51,13 +51,15 @@ void ColourSwatches::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const SkinPalette &palette = Skin::palette();
+    QColor outline(palette.text); // seen on the window and around any colour
+    outline.setAlpha(80);
     for (int i = 0; i < m_columns * m_rows; ++i) {
         const QRectF box = QRectF(cell(i)).adjusted(0.5, 0.5, -0.5, -0.5);
         const bool filled = i < m_colours.size();
         const bool current = filled && m_colours.at(i) == m_current;
         const bool focused = filled && hasFocus() && i == m_cursor;
         painter.setBrush(filled ? QBrush(m_colours.at(i)) : QBrush(Qt::NoBrush));
-        painter.setPen(QPen(QColor(current || focused ? palette.accent : palette.border), 1));
+        painter.setPen(QPen(current || focused ? QColor(palette.accent) : outline, 1));
         painter.drawRoundedRect(box, 3, 3);
         if (!current && !focused)
             continue;
