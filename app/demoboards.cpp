@@ -1,5 +1,8 @@
 #include "app/demoboards.h"
 
+#include "app/settings.h"
+#include "app/textcodec.h"
+
 #include <QCoreApplication>
 #include <QDebug>
 
@@ -44,6 +47,11 @@ void DemoBoards::startBoard(const QString &port, const QStringList &options)
                 if (status == QProcess::NormalExit) // a crash is an error already
                     report();
             });
-    const QStringList place{QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), port};
-    board->start(QCoreApplication::applicationDirPath() + QStringLiteral("/boardsim"), place + options);
+    // In the encoding that the program decodes with, so that Chinese is readable.
+    const bool utf8 = Settings::instance().textCodec == TextCodec::Utf8;
+    const QStringList common{
+        QStringLiteral("--folder"),   m_folder.path(),
+        QStringLiteral("--port"),     port,
+        QStringLiteral("--encoding"), utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
+    board->start(QCoreApplication::applicationDirPath() + QStringLiteral("/boardsim"), common + options);
 }

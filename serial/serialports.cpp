@@ -57,11 +57,11 @@ namespace SerialPorts {
 
 QStringList entries()
 {
-    QStringList list = systemEntries();
+    QStringList list;
     const QStringList virtualPorts = PortName::virtualPorts();
     for (const QString &name : virtualPorts)
         list.append(PortName::entry(name, QStringLiteral("虚拟串口")));
-    return list;
+    return list + systemEntries();
 }
 
 } // namespace SerialPorts

@@ -6,8 +6,8 @@
 
 namespace SerialPorts {
 
-// One entry per port, name, space and description: the system's ports in its
-// own order, then the virtual ports by number.
+// One entry per port, name, space and description: the virtual ports by number,
+// then the system's ports in its own order.
 QStringList entries();
 
 } // namespace SerialPorts

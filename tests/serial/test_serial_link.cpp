@@ -156,7 +156,7 @@ void TestSerialLink::noticesChangesByCount()
     check.SltCheckSerialport();
     check.SltCheckSerialport();
     QCOMPARE(changes.count(), 1);
-    QCOMPARE(changes.last().at(0).toStringList().value(systemPorts), QStringLiteral("COM3 虚拟串口"));
+    QCOMPARE(changes.last().at(0).toStringList().value(0), QStringLiteral("COM3 虚拟串口"));
 
     // One port for another between two looks goes unnoticed.
     QVERIFY(QFile::rename(folder.filePath("COM3"), folder.filePath("COM4")));
