@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QSettings>
+#include <QSpinBox>
 
 class TestSerialPage : public SerialPageTest
 {
@@ -215,8 +216,10 @@ void TestSerialPage::aHangUpClosesThePort()
 void TestSerialPage::waitsForQuiet()
 {
     openPort();
-    // Stands in for a line that pauses for less than the quiet time: the timer
-    // starts anew with every arrival.
+    // A quiet time that no busy machine mistakes for a pause.
+    child<QSpinBox>("spinQuietTime")->setValue(500);
+    // Stands in for a line that pauses for less: the timer starts anew with
+    // every arrival.
     QVERIFY(m_board->write("first "));
     QElapsedTimer clock;
     clock.start();
