@@ -15,7 +15,7 @@ struct FakeBoard : YmodemReceiver::Board
 {
     void send(const QByteArray &bytes) override { sent += bytes; }
     void setTimer(int ms) override { timer = ms; }
-    bool beginFile(const QByteArray &fileName) override
+    bool beginFile(const QString &fileName) override
     {
         name = fileName;
         content.clear();
@@ -33,9 +33,10 @@ struct FakeBoard : YmodemReceiver::Board
         else
             ++dropped;
     }
-    void report(const QByteArray &event) override { events += QString::fromUtf8(event); }
+    void report(const QString &event) override { events += event; }
 
-    QByteArray sent, name, content;
+    QByteArray sent, content;
+    QString name;
     QStringList events;
     QList<QByteArray> kept; // contents
     int dropped = 0;
@@ -269,6 +270,7 @@ private slots:
         };
         row("a b.bin", "300 14717 0 0 1 300", "a b.bin");
         row("固件.bin", "", "固件.bin");
+        row("\xb9\xcc\xbc\xfe\x81\x5c.bin", "1", "固件乗.bin"); // GB18030, with a backslash in it
         row("../../etc/passwd", "1", "passwd");
         row("C:\\boot\\..\\x.bin", "1", "x.bin");
         row("a:b\n\x7f", "1", "a_b__");
@@ -293,7 +295,7 @@ private slots:
         board.sent.clear();
         receiver.received(header(name, fileSize).size() == 133 ? header(name, fileSize)
                                                                : packet(1, 0, name.left(128)));
-        QCOMPARE(board.name, stored);
+        QCOMPARE(board.name.toUtf8(), stored);
         QCOMPARE(board.sent.toHex(), QByteArray(stored.isEmpty() ? "1818" : "0643"));
         receiver.stop();
         QCOMPARE(board.dropped, stored.isEmpty() ? 0 : 1);

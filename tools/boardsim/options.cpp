@@ -55,6 +55,7 @@ void readYmodem(const QCommandLineParser &parser, Options *options)
                                  : QStringLiteral("received");
     YmodemReceiver::Settings &ymodem = options->ymodem;
     ymodem.seed = options->seed;
+    ymodem.encoding = options->encoding;
     ymodem.askMs = int(number(parser, QStringLiteral("ask-interval"), ymodem.askMs, 1, 600000));
     ymodem.packetMs = int(number(parser, QStringLiteral("packet-timeout"), ymodem.packetMs, 1, 600000));
     ymodem.nakFirstEot = parser.isSet(QStringLiteral("nak-first-eot"));
@@ -79,7 +80,8 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
     option("port", "COM<n>", "Name of the port (default: COM3).");
     option("mode", "name", "log, echo, shell, flood, silent, burst or ymodem (default: log).");
-    option("encoding", "name", "utf8, gb18030, ascii (payload only) or binary (default: utf8).");
+    option("encoding", "name",
+           "utf8, gb18030, ascii (payload only) or binary; of names, too (default: utf8).");
     option("rate", "n", "log: lines per second (default: 20).");
     option("bytes-per-second", "n", "burst: mean rate (default: 92000).");
     option("burst-pause", "ms", "burst: silence between bursts (default: 12).");

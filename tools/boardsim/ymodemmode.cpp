@@ -27,9 +27,9 @@ void YmodemMode::setTimer(int ms)
         m_timer.stop();
 }
 
-bool YmodemMode::beginFile(const QByteArray &name)
+bool YmodemMode::beginFile(const QString &name)
 {
-    m_file.setFileName(QDir(m_folder).filePath(QFile::decodeName(name)));
+    m_file.setFileName(QDir(m_folder).filePath(name));
     return QDir().mkpath(m_folder) && m_file.open(QIODevice::WriteOnly | QIODevice::Truncate);
 }
 
@@ -43,11 +43,6 @@ void YmodemMode::endFile(bool complete)
     m_file.close();
     if (!complete)
         m_file.remove();
-}
-
-void YmodemMode::report(const QByteArray &text)
-{
-    emit event(QFile::decodeName(text));
 }
 
 } // namespace Boardsim

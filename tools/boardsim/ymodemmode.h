@@ -23,10 +23,10 @@ public:
 private:
     void send(const QByteArray &bytes) override;
     void setTimer(int ms) override;
-    bool beginFile(const QByteArray &name) override;
+    bool beginFile(const QString &name) override;
     bool storeBytes(const QByteArray &bytes) override;
     void endFile(bool complete) override;
-    void report(const QByteArray &text) override;
+    void report(const QString &text) override { emit event(text); }
 
     QString m_folder;
     QFile m_file;

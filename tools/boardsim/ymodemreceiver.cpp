@@ -1,8 +1,7 @@
 #include "tools/boardsim/ymodemreceiver.h"
 
-#include "tools/boardsim/payload.h"
-
 #include <QList>
+#include <QTextCodec>
 
 namespace Boardsim {
 
@@ -43,15 +42,29 @@ bool isSound(const QByteArray &packet)
     return at(1) + at(2) == 0xff && crcOf(packet.mid(3, crcAt - 3)) == (at(crcAt) << 8 | at(crcAt + 1));
 }
 
-// What is left of a name once it can lead nowhere else.
-QByteArray plainName(QByteArray name)
+QString decoded(const QByteArray &name, Encoding encoding)
 {
-    name = name.mid(qMax(name.lastIndexOf('/'), name.lastIndexOf('\\')) + 1);
-    for (char &byte : name) {
-        if (quint8(byte) < 0x20 || byte == 0x7f || byte == ':')
-            byte = '_';
+    if (encoding != Encoding::Gb18030) {
+        QTextCodec::ConverterState state;
+        const QString text =
+            QTextCodec::codecForName("UTF-8")->toUnicode(name.constData(), name.size(), &state);
+        if (state.invalidChars == 0 && state.remainingChars == 0)
+            return text;
     }
-    return name == "." || name == ".." ? QByteArray() : name;
+    return QTextCodec::codecForName("GB18030")->toUnicode(name);
+}
+
+// What is left of a name once it can lead nowhere else.
+QString plainName(const QString &name)
+{
+    QString plain =
+        name.mid(qMax(name.lastIndexOf(QLatin1Char('/')), name.lastIndexOf(QLatin1Char('\\'))) + 1);
+    for (QChar &character : plain) {
+        if (!character.isPrint() && !character.isSurrogate())
+            character = QLatin1Char('_');
+    }
+    plain.replace(QLatin1Char(':'), QLatin1Char('_'));
+    return plain == QLatin1String(".") || plain == QLatin1String("..") ? QString() : plain;
 }
 
 // The number behind the name, -1 if there is none; false if it is something else.
@@ -83,7 +96,7 @@ void YmodemReceiver::stop()
 {
     if (m_state == State::Data) {
         leaveFile(false);
-        m_board.report("cancelled: the host is gone");
+        m_board.report(QStringLiteral("cancelled: the host is gone"));
     }
     m_state = State::Off;
     m_input.clear();
@@ -132,7 +145,7 @@ bool YmodemReceiver::consume()
         if (byte == eot)
             handleEot();
         else if (m_state == State::Data || m_files > 0)
-            cancel("by the sender", {});
+            cancel(QStringLiteral("by the sender"), {});
         return true;
     }
     m_input.clear();
@@ -143,7 +156,7 @@ void YmodemReceiver::handlePacket(const QByteArray &packet)
 {
     const int number = quint8(packet.at(1));
     if (!isSound(packet)) {
-        refuse("a broken block");
+        refuse(QStringLiteral("a broken block"));
         return;
     }
     m_timeOuts = 0;
@@ -153,12 +166,11 @@ void YmodemReceiver::handlePacket(const QByteArray &packet)
     } else if (number == quint8(m_next)) {
         handleData(field);
     } else if (number == quint8(m_next - 1)) {
-        m_board.report("repeated block " + QByteArray::number(m_next - 1));
+        m_board.report(QStringLiteral("repeated block %1").arg(m_next - 1));
         if (!misbehave(block(m_next - 1)))
             answer(block(m_next - 1), ackAlone);
     } else {
-        cancel("block " + QByteArray::number(number) + " instead of " + QByteArray::number(quint8(m_next)),
-               cancellation);
+        cancel(QStringLiteral("block %1 instead of %2").arg(number).arg(quint8(m_next)), cancellation);
     }
 }
 
@@ -171,7 +183,7 @@ void YmodemReceiver::handleHeader(const QByteArray &field)
     if (misbehave(block(0)))
         return;
     if (m_state == State::Data && field == m_header)
-        m_board.report("repeated block 0");
+        m_board.report(QStringLiteral("repeated block 0"));
     else if (!beginFile(field))
         return;
     answer(block(0), ackAndRequest);
@@ -181,10 +193,10 @@ bool YmodemReceiver::beginFile(const QByteArray &field)
 {
     leaveFile(false);
     const int nameSize = field.indexOf('\0');
-    m_name = plainName(field.left(nameSize));
+    m_name = plainName(decoded(field.left(nameSize), m_settings.encoding));
     if (nameSize < 0 || m_name.isEmpty() || !readSize(field.mid(nameSize + 1), &m_size) ||
         !m_board.beginFile(m_name)) {
-        cancel("no such file can be stored", cancellation);
+        cancel(QStringLiteral("no such file can be stored"), cancellation);
         return false;
     }
     m_header = field;
@@ -202,7 +214,7 @@ void YmodemReceiver::handleData(const QByteArray &field)
     const qint64 room = m_size < 0 ? field.size() : m_size - m_stored;
     const QByteArray wanted = field.left(int(qMin(room, qint64(field.size()))));
     if (!m_board.storeBytes(wanted)) {
-        cancel("the file cannot be written", cancellation);
+        cancel(QStringLiteral("the file cannot be written"), cancellation);
         return;
     }
     m_stored += wanted.size();
@@ -224,14 +236,14 @@ void YmodemReceiver::handleEot()
             m_board.send(nakAlone);
             return;
         }
-        QByteArray size = QByteArray::number(m_stored);
+        QString size = QString::number(m_stored);
         if (m_stored < m_size)
-            size += " of " + QByteArray::number(m_size);
+            size += QStringLiteral(" of %1").arg(m_size);
         leaveFile(true);
         ++m_files;
-        m_board.report("file " + m_name + ' ' + size + " bytes");
+        m_board.report(QStringLiteral("file %1 %2 bytes").arg(m_name, size));
     } else {
-        m_board.report("repeated EOT");
+        m_board.report(QStringLiteral("repeated EOT"));
     }
     answer(place, ackAndRequest);
 }
@@ -242,7 +254,7 @@ void YmodemReceiver::handleEnd()
     if (misbehave(place))
         return;
     leaveFile(false); // an end behind a header breaks the file off
-    m_board.report("batch end " + QByteArray::number(m_files) + " files");
+    m_board.report(QStringLiteral("batch end %1 files").arg(m_files));
     m_files = 0;
     answer(place, ackAlone);
 }
@@ -256,15 +268,15 @@ void YmodemReceiver::timeOut()
     }
     // The sender may have given up in the middle of a block.
     if (m_input.endsWith(QByteArray(cansThatCancel, can)) && m_state == State::Data) {
-        cancel("by the sender", {});
+        cancel(QStringLiteral("by the sender"), {});
     } else if (m_state == State::Data && ++m_timeOuts > mostTimeOuts) {
-        cancel("nothing comes", cancellation);
+        cancel(QStringLiteral("nothing comes"), cancellation);
     } else if (m_state == State::Data && !m_input.isEmpty()) {
-        refuse("a part of a block");
+        refuse(QStringLiteral("a part of a block"));
     } else if (isAsking()) {
         ask();
     } else {
-        refuse("silence");
+        refuse(QStringLiteral("silence"));
     }
     m_input.clear();
     setTimer();
@@ -280,19 +292,19 @@ void YmodemReceiver::ask()
         answer(place, requestAlone);
 }
 
-void YmodemReceiver::refuse(const QByteArray &what)
+void YmodemReceiver::refuse(const QString &what)
 {
-    m_board.report("refused " + what);
+    m_board.report(QStringLiteral("refused ") + what);
     m_board.send(nakAlone);
 }
 
-void YmodemReceiver::cancel(const QByteArray &reason, const QByteArray &bytes)
+void YmodemReceiver::cancel(const QString &reason, const QByteArray &bytes)
 {
     leaveFile(false);
     m_files = 0;
     m_input.clear();
     m_board.send(bytes);
-    m_board.report("cancelled: " + reason);
+    m_board.report(QStringLiteral("cancelled: ") + reason);
 }
 
 void YmodemReceiver::leaveFile(bool complete)
@@ -311,18 +323,18 @@ bool YmodemReceiver::misbehave(const YmodemPlace &place)
         m_silent = true;
         m_input.clear();
         m_specialMs = *ms;
-        m_board.report("silent");
+        m_board.report(QStringLiteral("silent"));
         return true;
     }
     if (faults.take(YmodemFaults::Nak, place)) {
         m_board.send(noise(place));
-        refuse("on purpose");
+        refuse(QStringLiteral("on purpose"));
         return true;
     }
     const bool byText = faults.take(YmodemFaults::CancelByText, place).has_value();
     if (byText || faults.take(YmodemFaults::Cancel, place)) {
         m_board.send(noise(place));
-        cancel("on purpose", byText ? "A" : cancellation);
+        cancel(QStringLiteral("on purpose"), byText ? "A" : cancellation);
         return true;
     }
     return false;

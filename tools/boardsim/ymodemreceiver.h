@@ -6,6 +6,7 @@
 // told what to do through YmodemReceiver::Board. What it does wrong on purpose
 // is in its settings.
 
+#include "tools/boardsim/payload.h"
 #include "tools/boardsim/ymodemfaults.h"
 
 #include <QByteArray>
@@ -26,13 +27,13 @@ public:
         virtual void setTimer(int ms) = 0;
         // A file by this plain name (not empty, no path) begins, afresh if there
         // is one. False if it cannot be stored; so with its bytes.
-        virtual bool beginFile(const QByteArray &name) = 0;
+        virtual bool beginFile(const QString &name) = 0;
         virtual bool storeBytes(const QByteArray &bytes) = 0;
         // Ends the file that was begun last; an incomplete one is of no use.
         virtual void endFile(bool complete) = 0;
         // "file a.bin 300 bytes", "file a.bin 200 of 300 bytes", "batch end 2 files",
         // "cancelled: why", "repeated block 2", "refused block 2".
-        virtual void report(const QByteArray &event) = 0;
+        virtual void report(const QString &event) = 0;
     };
 
     struct Settings
@@ -41,6 +42,8 @@ public:
         int packetMs = 10000;     // NAK after so long without a block within a file
         bool nakFirstEot = false; // of each file
         quint32 seed = 1;         // of noise
+        // Of the names; one that is no UTF-8 is read as GB18030 all the same.
+        Encoding encoding = Encoding::Utf8;
         YmodemFaults faults;
     };
 
@@ -63,8 +66,8 @@ private:
     void handleEnd();
     bool beginFile(const QByteArray &field);
     void ask();
-    void refuse(const QByteArray &what);
-    void cancel(const QByteArray &reason, const QByteArray &bytes);
+    void refuse(const QString &what);
+    void cancel(const QString &reason, const QByteArray &bytes);
     void leaveFile(bool complete);
     bool misbehave(const YmodemPlace &place);
     void answer(const YmodemPlace &place, QByteArray bytes);
@@ -79,7 +82,7 @@ private:
     State m_state = State::Off;
     QByteArray m_input;  // not yet consumed: at most one packet that is not whole
     QByteArray m_header; // of the file that is being received
-    QByteArray m_name;
+    QString m_name;
     qint64 m_size = -1;   // announced; -1 not
     qint64 m_stored = 0;  // bytes
     qint64 m_next = 0;    // block, counted on past 255
