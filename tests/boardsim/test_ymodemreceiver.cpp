@@ -199,8 +199,8 @@ private slots:
             "silent|file a.bin 300 bytes");
         row("silence at the start", "silence=700@start*3", "H>- T700>- T1000>- T700>- T>- T>- H>0643",
             "silent|silent|silent");
-        row("late request", "late-c=2500@0 late-c", "H>06 T2500>43 D1>06 e>06 T500>43 Z>06", done);
-        row("request instead of ACK", "only-c@eot", "H>0643 D1>06 e>43 Z>06", done);
+        row("late request", "late-c=2500@0 late-c", "T>43 H>06 T2500>43 D1>06 e>06 T500>43 Z>06", done);
+        row("request instead of ACK", "only-c@eot", "H>0643 D1>06 e>43 Z>06 T>43", done);
     }
 
     void transcript()

@@ -345,7 +345,7 @@ void YmodemReceiver::answer(const YmodemPlace &place, QByteArray bytes)
     YmodemFaults &faults = m_settings.faults;
     if (faults.take(YmodemFaults::LoseAnswer, place))
         return;
-    if (bytes.endsWith(request)) {
+    if (bytes == ackAndRequest) {
         if (const auto ms = faults.take(YmodemFaults::LateRequest, place)) {
             bytes.chop(1);
             m_specialMs = *ms;
