@@ -76,6 +76,9 @@ void FileSendPage::buildUi()
 
     m_progress->setObjectName(QStringLiteral("progressTransfer"));
     m_amount->setObjectName(QStringLiteral("labelTransferAmount"));
+    // The bar must not move with every digit.
+    m_amount->setMinimumWidth(m_amount->fontMetrics().horizontalAdvance(
+        QStringLiteral("000.0 KB / 000.0 KB   000.0 KB/s   剩余 00:00")));
     m_log->setObjectName(QStringLiteral("btnTransferLog"));
     m_log->setToolTip(QStringLiteral("查看最近一次传输的协议日志：时间、数据包和应答"));
     auto *row = new QHBoxLayout(m_progressRow);

@@ -57,7 +57,8 @@ void FileTransfer::start(const QStringList &files)
     const QString name = m_port->portName();
     const int baudRate = m_port->baudRate();
     m_port->close();
-    m_view->setSending(true);
+    m_view->setSending(true); // before the device counts as closed: the button keeps the focus
+    emit handedOver();
     m_endShown = false;
     m_driver->setFileList(files);
     m_driver->setPortName(PortName::device(name));
@@ -122,12 +123,12 @@ void FileTransfer::showEnd(Ymodem::Status status)
 
 void FileTransfer::takeBack()
 {
-    m_view->setSending(false);
     if (m_port->isOpen())
         qDebug() << "serial is opne";
     else if (!m_port->open(QIODevice::ReadWrite))
         qDebug() << "opne serial failure";
     emit returned(m_port->isOpen());
+    m_view->setSending(false);
 }
 
 void FileTransfer::showLog(QWidget *parent) const

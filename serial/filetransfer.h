@@ -38,6 +38,8 @@ public:
     void showLog(QWidget *parent) const;
 
 signals:
+    // The port is the driver's.
+    void handedOver();
     // The port is the page's again, open where it could be opened.
     void returned(bool open);
     void notify(const QString &text, int kind);

@@ -170,6 +170,7 @@ void SerialportWidget::connectParts()
     connect(m_sendBox, &QtSendBoxWidget::signalSendFile, this, &SerialportWidget::sltSendXYmodemFile);
     connect(m_sendBox->filePage()->logButton(), &QPushButton::clicked, this,
             [this] { m_transfer->showLog(this); });
+    connect(m_transfer, &FileTransfer::handedOver, this, &SerialportWidget::givePortAway);
     connect(m_transfer, &FileTransfer::returned, this, &SerialportWidget::takePortBack);
     connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::signalNotify);
     connect(m_received, &ReceiveStore::notify, this, &SerialportWidget::signalNotify);
@@ -402,8 +403,6 @@ void SerialportWidget::sltSendXYmodemFile(int, int, QStringList fileName)
         return;
     SltRecvFromSerialport(); // what came before is the page's own
     m_recvTimer.stop();
-    m_sendBox->setDeviceOpen(false);
-    m_config->setHandedOver(true);
     m_transfer->start(fileName);
 }
 
@@ -415,6 +414,12 @@ void SerialportWidget::sltTransmitProgress(int porgress, QString name)
 void SerialportWidget::sltTransmitStatus(YmodemFileTransmit::Status status, QString name)
 {
     m_transfer->takeStatus(status, name);
+}
+
+void SerialportWidget::givePortAway()
+{
+    m_sendBox->setDeviceOpen(false);
+    m_config->setHandedOver(true);
 }
 
 void SerialportWidget::takePortBack(bool open)

@@ -74,6 +74,7 @@ private:
     void rememberParameters();
     void setPortState(bool open);
     void closePort();
+    void givePortAway();
     void takePortBack(bool open);
     void portVanished();
     void takeFromPort();

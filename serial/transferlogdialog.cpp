@@ -6,9 +6,9 @@
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
 
+#include <QClipboard>
 #include <QDebug>
 #include <QGuiApplication>
-#include <QClipboard>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>

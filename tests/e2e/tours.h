@@ -77,6 +77,17 @@ private slots:
     void talksToAShell();
 };
 
+// Files go to a board by YModem.
+class TransferTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void sendsFiles();
+    void stops();
+    void explainsAFailure();
+};
+
 // The window around the tools, and its end.
 class WindowTour : public Tour
 {
@@ -103,6 +114,8 @@ private slots:
     void tools_data();
     void tools();
     void sendPages();
+    void fileSending_data();
+    void fileSending();
     void menus_data();
     void menus();
     void dialogs_data();
