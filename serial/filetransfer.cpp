@@ -112,7 +112,7 @@ void FileTransfer::showEnd(Ymodem::Status status)
         m_view->appendText(reason);
     const QStringList unsent = m_driver ? m_driver->unsentFiles() : QStringList();
     for (const QString &file : unsent)
-        m_view->appendText(QStringLiteral("未发送: %1").arg(file));
+        m_view->appendText(QStringLiteral("未完成: %1").arg(file));
     if (status == Ymodem::Finish && reason.isEmpty())
         emit notify(QStringLiteral("文件传输完成！"), kInformation);
     else if (status == Ymodem::Finish)

@@ -150,7 +150,7 @@ Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
     m_log.note(now, reason.isEmpty() ? QStringLiteral("传输完成") : reason);
     const QStringList unsent = unsentFiles();
     for (const QString &name : unsent)
-        m_log.note(now, QStringLiteral("未发送: %1").arg(name));
+        m_log.note(now, QStringLiteral("未完成: %1").arg(name));
     const qint64 drainMs = qBound<qint64>(0, m_lineFreeAtUs / 1000 - now, kLongestDrainMs);
     m_writeTimer.start(kLastWordsMs + static_cast<int>(drainMs));
     emit transmitStatus(status, QString());
@@ -227,6 +227,7 @@ Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, u
     case Transmit:
         return readNextData(buffer, length);
     case Finish:
+        m_completed = m_next;
         return end(Finish, unsentFiles().isEmpty()
                                ? QString()
                                : QStringLiteral("接收端提前结束了本批传输，部分文件未发送"));
@@ -245,6 +246,7 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
 {
     qDebug("length=%d, index=%d\n", m_files.size(), m_next);
     m_file.close();
+    m_completed = m_next; // a receiver that asks for the next file has taken the last one's end
     if (m_next >= m_files.size()) {
         m_status = Transmit;
         emit transmitStatus(Transmit, QString());
@@ -271,7 +273,6 @@ Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
 {
     const qint64 left = m_fileSize - m_sentBytes;
     if (left <= 0) {
-        m_completed = m_next;
         m_status = Transmit;
         emit transmitStatus(Transmit, QString());
         return Eot;

@@ -50,7 +50,7 @@ public:
 
     // Why the last transfer did not succeed, for the user; empty if it did.
     QString reason() const { return m_reason; }
-    // Files of the list that have not gone out completely.
+    // Files of the list whose end the receiver has not confirmed.
     QStringList unsentFiles() const { return m_files.mid(m_completed); }
     const TransferLog &log() const { return m_log; }
 
@@ -82,7 +82,7 @@ private:
 
     QStringList m_files;
     int m_next = 0;      // index of the next name
-    int m_completed = 0; // files that the receiver has acknowledged to their end
+    int m_completed = 0; // files whose end the receiver has confirmed
     QFile m_file;
     QSerialPort m_port;
     QSerialPort::StopBits m_stopBits = QSerialPort::OneStop;

@@ -133,7 +133,7 @@ void TestFileTransfer::endsInEveryWay()
     QVERIFY(waitForEnd());
     QVERIFY2(text().contains(words), qPrintable(text()));
     QCOMPARE(text().count(words), 1);
-    QVERIFY(text().endsWith(QStringLiteral("未发送: ") + name));
+    QVERIFY(text().endsWith(QStringLiteral("未完成: ") + name));
     QCOMPARE(lastKind(), 255);
     m_board->read(5);
     checkThePort();

@@ -237,8 +237,8 @@ void TestTransmit::namesWhatWasNotSent()
     QVERIFY(waitForEnd());
     QCOMPARE(statuses().last(), 3);
     QCOMPARE(m_transmit->unsentFiles(), QStringList{names.at(1)});
-    QVERIFY(m_transmit->log().text().contains(QStringLiteral("未发送: ") + names.at(1)));
-    QVERIFY(!m_transmit->log().text().contains(QStringLiteral("未发送: ") + names.at(0)));
+    QVERIFY(m_transmit->log().text().contains(QStringLiteral("未完成: ") + names.at(1)));
+    QVERIFY(!m_transmit->log().text().contains(QStringLiteral("未完成: ") + names.at(0)));
 }
 
 void TestTransmit::stopsAndSendsAgain()
