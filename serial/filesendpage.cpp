@@ -224,6 +224,13 @@ void FileSendPage::setAmount(qint64 sent, qint64 size)
     m_amount->setText(text);
 }
 
+void FileSendPage::setEnd(const QString &words, bool complete)
+{
+    if (complete)
+        m_progress->setValue(100);
+    m_progress->setFormat(words + QStringLiteral("  %p%"));
+}
+
 void FileSendPage::appendText(const QString &text)
 {
     m_text->appendPlainText(text);

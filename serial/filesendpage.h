@@ -41,6 +41,7 @@ public:
     void setProgress(int percent, const QString &name);
     void setAmount(qint64 sent, qint64 size);
     void appendText(const QString &text);
+    void setEnd(const QString &words, bool complete);
 
     QPushButton *openButton() const { return m_open; }
     QPushButton *sendButton() const { return m_send; }

@@ -107,6 +107,7 @@ void FileTransfer::takeStatus(Ymodem::Status status, const QString &name)
 void FileTransfer::showEnd(Ymodem::Status status)
 {
     m_view->appendText(endText(status));
+    m_view->setEnd(endText(status).trimmed(), status == Ymodem::Finish);
     const QString reason = m_driver ? m_driver->reason() : QString();
     if (!reason.isEmpty())
         m_view->appendText(reason);

@@ -99,7 +99,7 @@ void TestFileTransfer::sendsFiles()
     m_board->write("\x06");
     QVERIFY(waitForEnd());
     QVERIFY(text().endsWith(QStringLiteral("握手成功\n\n传输完成")));
-    QCOMPARE(child<QProgressBar>("progressTransfer")->value(), 100);
+    QCOMPARE(child<QProgressBar>("progressTransfer")->text(), QStringLiteral("传输完成  100%"));
     QCOMPARE(lastNotice(), QStringLiteral("文件传输完成！"));
     QCOMPARE(lastKind(), 0);
     checkThePort();
