@@ -29,8 +29,8 @@ QString makeFile(const Stage &stage, const QString &name, int size)
 // A boot loader that asks for files; what it gets goes to the folder "received".
 QStringList bootLoader(const Stage &stage, const QStringList &faults = {})
 {
-    QStringList options{QStringLiteral("--mode"),         QStringLiteral("ymodem"),
-                        QStringLiteral("--ask-interval"), QStringLiteral("200"),
+    QStringList options{QStringLiteral("--mode"),           QStringLiteral("ymodem"),
+                        QStringLiteral("--ask-interval"),   QStringLiteral("200"),
                         QStringLiteral("--receive-folder"), stage.file(QStringLiteral("received"))};
     for (const QString &fault : faults)
         options << QStringLiteral("--fault") << fault;
@@ -54,8 +54,10 @@ QString transferText(Stage &stage)
 void TransferTour::sendsFiles()
 {
     BoardProcess board(QStringLiteral("COM6"), stage().portsFolder());
-    QVERIFY(stage().plugIn(board, bootLoader(stage(), {QStringLiteral("lose@2"), QStringLiteral("nak@5*2")})));
-    const QStringList names{QStringLiteral("固件 v2.bin"), QStringLiteral("empty.cfg"), QStringLiteral("map.txt")};
+    QVERIFY(
+        stage().plugIn(board, bootLoader(stage(), {QStringLiteral("lose@2"), QStringLiteral("nak@5*2")})));
+    const QStringList names{QStringLiteral("固件 v2.bin"), QStringLiteral("empty.cfg"),
+                            QStringLiteral("map.txt")};
     QVERIFY(choose(stage(), {makeFile(stage(), names[0], 30000), makeFile(stage(), names[1], 0),
                              makeFile(stage(), names[2], 129)}));
     auto *send = stage().find<QPushButton>("btnSendFiles");

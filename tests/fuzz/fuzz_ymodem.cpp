@@ -97,6 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (size < 3)
         return 0;
     Sender sender(data, size);
-    while (sender.step()) { }
+    while (sender.step()) {
+    }
     return 0;
 }
