@@ -1,7 +1,7 @@
 #!/bin/sh
 # The figures of sending a file of 1 MB by YModem, over lines of several speeds
-# (0: one that takes no time): sb of lrzsz to rb, sb to the simulated board, and
-# the serial page to the simulated board. Rates of sb are its own account, from
+# (0: one that takes no time): sb of lrzsz to rb (not at 0), sb to the simulated
+# board, and the serial page to the simulated board. Rates of sb are its own account, from
 # its first answer to its last. Needs a display (tools/with-display.sh gives
 # one) and a quiet machine; 115200 baud takes a minute and a half for each.
 #   transfer_figures.sh build/release/bin [BAUD ...]
@@ -39,38 +39,57 @@ board() {
 }
 
 send_by_sb() {
-  (cd "$work" && sb -k firmware.bin) <"$work/ports/COM3" >"$work/ports/COM3" 2>"$work/sb.log"
+  (cd "$work" && timeout 300 sb -k firmware.bin) <"$work/ports/COM3" >"$work/ports/COM3" 2>"$work/sb.log"
+}
+
+compare() {
+  if cmp -s "$work/firmware.bin" "$work/received/firmware.bin"; then echo equal; else echo DIFFERENT; fi
 }
 
 report_sb() { # title, baud rate
   rate=$(tr '\r' '\n' <"$work/sb.log" | sed -n 's/.*BPS: *\([0-9]*\).*/\1/p' | head -1)
-  same=DIFFERENT
-  cmp -s "$work/firmware.bin" "$work/received/firmware.bin" && same=equal
-  awk -v title="$1" -v rate="${rate:-0}" -v baud="$2" -v same="$same" 'BEGIN {
+  awk -v title="$1" -v rate="${rate:-0}" -v baud="$2" -v same="$(compare)" 'BEGIN {
     line = baud ? sprintf(", %.1f %% of the line", rate * 1000 / baud) : ""
     printf "    %s: %.2f s, %d bytes/s%s, file %s\n", title, rate ? 1e6 / rate : 0, rate, line, same
   }'
 }
 
-for baud in "$@"; do
-  echo "## $baud baud"
-
-  # rb must find its port open when it ends, or its last ACK is lost with it.
-  relay "$baud" --far-port COM4
+# rb forgets what has come while it writes its ACK, so that a sender at the end
+# of a line that takes no time loses blocks to it. Its port must still be open
+# when it ends, or its last ACK is lost as well.
+sb_to_rb() { # baud rate
+  relay "$1" --far-port COM4
   mkdir -p "$work/received"
   exec 3<>"$work/ports/COM4"
   send_by_sb &
   sender=$!
   sleep 0.5
-  (cd "$work/received" && rb -q) <&3 >&3 2>>"$work/log"
+  (cd "$work/received" && timeout 300 rb -q) <&3 >&3 2>>"$work/log" || true
   wait "$sender" || true
   exec 3>&-
-  report_sb "sb to rb" "$baud"
+  report_sb "sb to rb" "$1"
   end_all
+}
+
+for baud in "$@"; do
+  echo "## $baud baud"
+
+  if [ "$baud" -gt 0 ]; then
+    sb_to_rb "$baud"
+  fi
 
   board
   relay "$baud" --far-device "$work/ports/COM4"
   send_by_sb || true
   report_sb "sb to boardsim" "$baud"
+  end_all
+
+  board
+  relay "$baud" --far-device "$work/ports/COM4"
+  set_baud=$baud
+  [ "$baud" -gt 0 ] || set_baud=921600
+  result=$("$bin/transferload" --port COM3 --file "$work/firmware.bin" --baud "$set_baud" --line "$baud" \
+    2>>"$work/log" | tail -1) || true
+  echo "    serial page to boardsim: $result, file $(compare)"
   end_all
 done
