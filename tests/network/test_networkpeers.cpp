@@ -276,7 +276,7 @@ void TestNetworkPeers::closesInABurst()
     const quint16 port = open(Server);
     BoardProcess board;
     QVERIFY(board.startOnNetwork(
-        "tcp-client", to(port, "127.0.0.1", {"--act", act, "--peers", "20", "--total", "50000000"})));
+        "tcp-client", to(port, "127.0.0.1", {"--act", act, "--peers", "20", "--total", "2000000"})));
     WAIT_FOR(wasTold(lastNotice(), 0) && (act == "vanish" ? m_notices->count() > 20 : received() > 100000));
     if (end == "destroy") {
         m_page.reset();

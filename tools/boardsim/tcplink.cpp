@@ -74,7 +74,7 @@ void TcpLink::readSome()
 // When the system has taken something: floods, or ends what was only to be sent.
 void TcpLink::sendMore()
 {
-    if (!m_sending)
+    if (!m_sending || m_socket->state() != QAbstractSocket::ConnectedState)
         return;
     if (m_options.act == Options::Act::HalfClose || m_options.act == Options::Act::Reset) {
         if (m_socket->bytesToWrite() == 0)
