@@ -65,7 +65,7 @@ for figure in "$@"; do
       timeout 60 socat -u "TCP:127.0.0.1:$(sed -n 's/^bound .* //p' "$folder/idle")" /dev/null &
       children+=("$!")
       until grep -q '^finished' "$folder/idle"; do sleep 0.1; done
-      ended "$last" idle | sed 's/idle/socat, in 10 s/'
+      ended "$last" idle
       ;;
     text) flood "text" "" ;;
     hexadecimal) flood "hexadecimal" "--hex" ;;

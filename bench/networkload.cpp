@@ -176,7 +176,7 @@ int main(int argc, char *argv[])
         const bool complete = isSet("expect") && bytes >= value("expect");
         const bool over = isSet("seconds") && clock.elapsed() > value("seconds") * 1000;
         const qint64 quiet = clock.elapsed() - lastCame;
-        if (over || quiet > (complete ? 1000 : 3000))
+        if (over || (!isSet("seconds") && quiet > (complete ? 1000 : 3000)))
             QCoreApplication::quit();
     });
 
@@ -208,5 +208,9 @@ int main(int argc, char *argv[])
     std::printf("\n");
     if (isSet("check"))
         check.report();
+    QElapsedTimer closing;
+    closing.start();
+    page->sltBtnOpenClicked();
+    std::printf("closing the link took %.1f ms\n", double(closing.nsecsElapsed()) * 1e-6);
     return 0;
 }

@@ -1,13 +1,24 @@
 #include "network/tcpserver.h"
 
+#include "network/listenqueue.h"
 #include "network/peeraddress.h"
 #include "network/tcpclient.h"
 
 #include <QDebug>
 
+namespace {
+
+// The base class accepts all that wait in one go; a thousand would be felt.
+constexpr int kMostAcceptedAtOnce = 50;
+
+} // namespace
+
 TcpServer::TcpServer(QObject *parent)
     : QTcpServer(parent)
+    , m_acceptTimer(this)
 {
+    m_acceptTimer.setSingleShot(true);
+    connect(&m_acceptTimer, &QTimer::timeout, this, &TcpServer::acceptMore);
 }
 
 TcpServer::~TcpServer()
@@ -15,8 +26,29 @@ TcpServer::~TcpServer()
     closeAll();
 }
 
+bool TcpServer::listen(const QHostAddress &address, quint16 port)
+{
+    if (!QTcpServer::listen(address, port))
+        return false;
+    lengthenListenQueue(socketDescriptor());
+    return true;
+}
+
+// Goes on accepting, after a full turn or for want of descriptors.
+void TcpServer::acceptMore()
+{
+    m_acceptedNow = 0;
+    setMaxPendingConnections(1);
+    if (isListening())
+        resumeAccepting();
+}
+
 void TcpServer::incomingConnection(qintptr descriptor)
 {
+    // No connection is ever pending, and none may be: the base class stops.
+    if (++m_acceptedNow >= kMostAcceptedAtOnce)
+        setMaxPendingConnections(0);
+    m_acceptTimer.start(0);
     auto *client = new TcpClient(this);
     client->setReading(m_reading);
     connect(client, &TcpClient::signalReadMessage, this, &TcpServer::signalReadMessage);
@@ -47,8 +79,7 @@ void TcpServer::SltClientDisconnected()
     client->disconnect(this);
     m_clients.remove(name);
     client->deleteLater();
-    if (isListening())
-        resumeAccepting(); // in case it had stopped for want of descriptors
+    m_acceptTimer.start(0); // a descriptor is free again
 }
 
 void TcpServer::drop(TcpClient *client)

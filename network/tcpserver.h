@@ -2,11 +2,11 @@
 
 // Listens and holds the peers that connect, each under a name: its address and
 // the number of its socket. Hands on what they send and sends to one or to all.
-// Owns the peers; knows no page and no setting. Listening itself is the base
-// class's.
+// Owns the peers; knows no page and no setting.
 
 #include <QMap>
 #include <QTcpServer>
+#include <QTimer>
 
 class TcpClient;
 
@@ -20,6 +20,10 @@ public:
 
     explicit TcpServer(QObject *parent = nullptr);
     ~TcpServer() override;
+
+    // Hides the base class's, whose queue of 50 connections that wait to be
+    // accepted is too short for boards that all start at once.
+    bool listen(const QHostAddress &address = QHostAddress::Any, quint16 port = 0);
 
     int clientCount() const { return m_clients.size(); }
 
@@ -54,9 +58,12 @@ protected:
 private:
     qint64 send(TcpClient *client, const QByteArray &data);
     void noticeTaken(TcpClient *client);
+    void acceptMore();
     void drop(TcpClient *client);
 
     QMap<QString, TcpClient *> m_clients;
+    QTimer m_acceptTimer;
+    int m_acceptedNow = 0; // in this turn of the event loop
     bool m_reading = true;
     QString m_lastResumed; // where the round of reading goes on
 };
