@@ -1,3 +1,4 @@
+#include "serial/qtterminalwidget.h"
 #include "shell/base/qtmessagetip.h"
 #include "tests/e2e/stage.h"
 #include "tests/e2e/tours.h"
@@ -96,6 +97,14 @@ void PictureTour::tools()
         UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
     auto *tabs = stage().find<QTabBar>("toolTabs");
+    QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(2).center()));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    BoardProcess onNetwork;
+    QVERIFY(onNetwork.startOnNetwork("tcp-client",
+                                     {"--net-port", "8000", "--act", "log", "--peers", "3", "--rate", "2"}));
+    WAIT_FOR(stage().find<QtTerminalWidget>("recvBrowser")->toPlainText().count(QLatin1Char('\n')) >= 12);
+    QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("查询状态")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnSingleSend")));
     for (int i = 0; i < tabs->count(); ++i) {
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
         save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));

@@ -77,6 +77,18 @@ private slots:
     void talksToAShell();
 };
 
+// Server, client and UDP with boards on the network.
+class NetworkTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void servesBoards();
+    void connectsToABoard();
+    void exchangesDatagrams();
+    void saysWhatIsWrong();
+};
+
 // The window around the tools, and its end.
 class WindowTour : public Tour
 {

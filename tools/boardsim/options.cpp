@@ -56,8 +56,8 @@ Options::Mode modeFromName(const QString &name)
 
 Options::Act actFromName(const QString &name)
 {
-    const char *const names[] = {"echo",       "silent", "flood",  "talk", "drip",
-                                 "half-close", "reset",  "vanish", "deaf"};
+    const char *const names[] = {"echo", "silent",     "flood", "log",    "talk",
+                                 "drip", "half-close", "reset", "vanish", "deaf"};
     int index = 0;
     for (const char *known : names) {
         if (name == QLatin1String(known))
@@ -98,8 +98,9 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("address", "ip", "Network: to listen on, to connect or to send to (default: 127.0.0.1).");
     option("net-port", "n", "Network: own port (default: any); tcp-client: the server's.");
     option("to-port", "n", "udp flood: the receiver's port.");
-    option("act", "name",
-           "Network: echo, silent, flood, talk, drip, half-close, reset, vanish or deaf (default: echo).");
+    option(
+        "act", "name",
+        "Network: echo, silent, flood, log, talk, drip, half-close, reset, vanish or deaf (default: echo).");
     option("peers", "n", "tcp-client: connections (default: 1).");
     option("message-bytes", "n", "talk, udp flood: size of a message (default: 100).");
     option("period", "ms", "talk, drip: pace; tcp-client: between attempts to connect (default: 100).");

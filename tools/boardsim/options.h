@@ -20,6 +20,7 @@ struct Options
         Echo,      // returns what comes
         Silent,    // reads and counts
         Flood,     // the first megabyte of the payload, over and over
+        Log,       // the log's lines at a rate, and what comes returned
         Talk,      // messages of the payload at a pace
         Drip,      // the payload byte by byte, at a pace
         HalfClose, // sends the payload, ends sending, and reads on

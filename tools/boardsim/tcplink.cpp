@@ -1,5 +1,7 @@
 #include "tools/boardsim/tcplink.h"
 
+#include "tools/boardsim/loglines.h"
+
 #include <QFile>
 
 #ifdef Q_OS_UNIX
@@ -46,6 +48,10 @@ void TcpLink::start()
         connect(&m_pace, &QTimer::timeout, this, &TcpLink::sendMessage);
         m_pace.start(m_options.periodMs);
         break;
+    case Options::Act::Log:
+        connect(&m_pace, &QTimer::timeout, this, &TcpLink::sendLogLine);
+        m_pace.start(qMax(1, 1000 / m_options.linesPerSecond));
+        break;
     case Options::Act::Flood:
         m_block = m_payload.take(blockBytes);
         sendMore();
@@ -67,7 +73,7 @@ void TcpLink::readSome()
     m_read += bytes.size();
     if (m_record->isOpen())
         m_record->write(bytes);
-    if (m_options.act == Options::Act::Echo)
+    if (m_options.act == Options::Act::Echo || m_options.act == Options::Act::Log)
         m_socket->write(bytes);
 }
 
@@ -108,6 +114,12 @@ void TcpLink::sendMessage()
         m_pace.stop();
         emit finished();
     }
+}
+
+void TcpLink::sendLogLine()
+{
+    const QString line = logLine(m_logLine++, m_clock.elapsed(), m_options.seed);
+    m_socket->write(encoded(line + QStringLiteral("\r\n"), m_options.encoding));
 }
 
 void TcpLink::endSending()

@@ -33,6 +33,7 @@ private:
     void readSome();
     void sendMore();
     void sendMessage();
+    void sendLogLine();
     void endSending();
 
     QTcpSocket *m_socket;
@@ -42,6 +43,7 @@ private:
     QByteArray m_block; // flood
     QTimer m_pace;
     QElapsedTimer m_clock;
+    quint32 m_logLine = 0;
     qint64 m_left;
     qint64 m_written = 0;
     qint64 m_read = 0;
