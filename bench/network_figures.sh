@@ -1,6 +1,6 @@
 #!/bin/bash
 # The figures of the network page. Needs a display (tools/with-display.sh gives
-# one) and a quiet machine; takes about three minutes, or less with the names
+# one) and a quiet machine; takes about three minutes, less with the names
 # of some figures: peers text hexadecimal hidden sink deaf udp.
 #   network_figures.sh build/release/bin [FIGURE ...]
 set -eu

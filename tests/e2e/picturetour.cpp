@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QPushButton>
@@ -148,6 +149,27 @@ void PictureTour::sendPages()
     QVERIFY(UserHand::click(stage().find<QWidget>("btnSingleSend")));
     WAIT_FOR(stage().shownText().contains(QStringLiteral("HEX >")));
     save(QStringLiteral("hexadecimal"), onScreen(pages));
+}
+
+// The other protocols, and what is said when something fails.
+void PictureTour::network()
+{
+    QVERIFY(chooseSkin(QStringLiteral("浅色")));
+    QVERIFY(stage().showTool(2));
+    auto *protocols = stage().find<QComboBox>("comboNetType");
+    QVERIFY(UserHand::choose(protocols, QStringLiteral("UDP")));
+    save(QStringLiteral("network-udp"), onScreen(protocols));
+    QVERIFY(UserHand::choose(protocols, QStringLiteral("TCP Client")));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("1")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    WAIT_EQUAL(stage().find<QLabel>("labelLinkState")->text(), QStringLiteral("连接失败: 对方拒绝连接"));
+    save(QStringLiteral("network-failed"), onScreen(protocols));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("70000")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    save(QStringLiteral("network-tip"), onScreen(protocols));
+    stage().window().resize(800, 500);
+    WAIT_EQUAL(stage().window().size(), QSize(800, 500));
+    save(QStringLiteral("network-small"), onScreen(protocols));
 }
 
 void PictureTour::menus_data()

@@ -115,6 +115,7 @@ private slots:
     void tools_data();
     void tools();
     void sendPages();
+    void network();
     void menus_data();
     void menus();
     void dialogs_data();

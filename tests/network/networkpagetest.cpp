@@ -36,6 +36,18 @@ void NetworkPageTest::cleanup()
     m_page.reset();
 }
 
+void NetworkPageTest::addFamilies()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("IPv4") << "127.0.0.1";
+    QTest::newRow("IPv6") << "::1";
+}
+
+QStringList NetworkPageTest::to(quint16 port, const QString &address, const QStringList &more)
+{
+    return QStringList{"--address", address, "--net-port", QString::number(port), "--delay", "0"} + more;
+}
+
 quint16 NetworkPageTest::freePort()
 {
     QTcpServer probe;

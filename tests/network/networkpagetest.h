@@ -50,6 +50,10 @@ protected:
     QString lastNotice() const;
     QStringList clients() const;
 
+    // Rows "IPv4" and "IPv6" with the loopback "address" of each.
+    static void addFamilies();
+    // Options of a board that talks at once.
+    static QStringList to(quint16 port, const QString &address, const QStringList &more);
     // A port that nobody has at the moment.
     static quint16 freePort();
 
