@@ -41,6 +41,18 @@ QString closeCaption(int type)
     }
 }
 
+QString idleText(int type)
+{
+    switch (type) {
+    case NetworkConfigPanel::TcpServer:
+        return QStringLiteral("未监听");
+    case NetworkConfigPanel::TcpClient:
+        return QStringLiteral("未连接");
+    default:
+        return QStringLiteral("未打开");
+    }
+}
+
 } // namespace
 
 void NetworkConfigPanel::Row::setVisible(bool visible)
@@ -178,7 +190,7 @@ void NetworkConfigPanel::setOpenState(bool open)
 
 void NetworkConfigPanel::showState(const QString &text, bool isError)
 {
-    m_state->setText(text);
+    m_state->setText(text.isEmpty() ? idleText(type()) : text);
     m_state->setProperty("kind", isError ? QStringLiteral("error") : QStringLiteral("hint"));
     m_state->style()->unpolish(m_state);
     m_state->style()->polish(m_state);

@@ -33,6 +33,7 @@ public:
 
     // Open: what the link is made of is fixed, and the button closes.
     void setOpenState(bool open);
+    // Without a text: that nothing is open.
     void showState(const QString &text, bool isError);
 
     // A bubble below the field that is wrong.

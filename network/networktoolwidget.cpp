@@ -113,7 +113,7 @@ QWidget *NetworkToolWidget::buildWorkArea()
     top->addWidget(m_state);
 
     m_terminal = new QtTerminalWidget(area);
-    m_terminal->setPlaceholderText(QStringLiteral("开始监听或建立连接后，接收到的数据将显示在这里"));
+    m_terminal->setPlaceholderText(QStringLiteral("选择协议并打开后，接收到的数据将显示在这里"));
     PlaceholderText::keepFaint(m_terminal);
     m_received = new ReceiveStore(m_terminal, QStringLiteral("network"), this);
     m_sendBox = new QtSendBoxWidget(QtSendBoxWidget::Network, area);

@@ -129,7 +129,7 @@ void TestNetworkClient::hearsOfTheServersEnd()
     QCOMPARE(caption(), QStringLiteral("建立连接"));
     QVERIFY(fieldsAreEnabled(true));
     QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
-    QVERIFY(!stateText().isEmpty());
+    QVERIFY(stateText() != QStringLiteral("未连接"));
     if (act == "half-close")
         QCOMPARE(received(), qint64(200000));
     // Sending while the link breaks is refused, not lost in silence.
@@ -166,7 +166,7 @@ void TestNetworkClient::takesDatagramsOfAllSizes()
 {
     const quint16 port = open(Udp);
     QUdpSocket peer;
-    QVERIFY(peer.bind(QHostAddress::LocalHost));
+    QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost)));
     const QString from = QStringLiteral("[Tcp client  UDP from 127.0.0.1:%1 ] ").arg(peer.localPort());
     QCOMPARE(peer.writeDatagram(QByteArray(), QHostAddress::LocalHost, port), qint64(0));
     WAIT_EQUAL(shown(), from);
@@ -187,7 +187,7 @@ void TestNetworkClient::takesDatagramsOfAllSizes()
 void TestNetworkClient::sendsBroadcasts()
 {
     QUdpSocket peer;
-    QVERIFY(peer.bind(QHostAddress::AnyIPv4));
+    QVERIFY(peer.bind(QHostAddress(QHostAddress::AnyIPv4)));
     QVERIFY(open(Udp) > 0);
     write("editDestinationAddress", "127.255.255.255"); // of the loopback network
     write("editDestinationPort", QString::number(peer.localPort()));

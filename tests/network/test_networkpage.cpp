@@ -155,7 +155,7 @@ void TestNetworkPage::refusesBadFields()
     QUdpSocket udpHolder;
     if (port == QLatin1String("taken")) {
         QVERIFY(holder.listen(QHostAddress::AnyIPv4));
-        QVERIFY(udpHolder.bind(QHostAddress::AnyIPv4));
+        QVERIFY(udpHolder.bind(QHostAddress(QHostAddress::AnyIPv4)));
         port = QString::number(type == Server ? holder.serverPort() : udpHolder.localPort());
     }
     choose(Type(type));
@@ -169,7 +169,6 @@ void TestNetworkPage::refusesBadFields()
     QCOMPARE(m_notices->last().at(1).toInt(), 255);
     QVERIFY(fieldsAreEnabled(true));
     QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
-    QVERIFY(!stateText().isEmpty());
     QVERIFY(child<StateIndicator>("stateIndicator")->toolTip().contains(stateText()));
     if (!tip.isEmpty())
         QCOMPARE(QtMessageTip::current()->text(), tip);
