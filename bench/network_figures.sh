@@ -60,12 +60,13 @@ for figure in "$@"; do
       ;;
     sink)
       echo "## the same flood into socat"
-      board idle --mode tcp-server --act flood --encoding ascii --duration 10000 --net-port 0
-      until grep -q '^bound' "$folder/idle"; do sleep 0.1; done
-      timeout 60 socat -u "TCP:127.0.0.1:$(sed -n 's/^bound .* //p' "$folder/idle")" /dev/null &
+      board socat --mode tcp-server --act flood --encoding ascii --duration 10000
+      until grep -q '^bound' "$folder/socat"; do sleep 0.1; done
+      timeout 60 socat -u "TCP:127.0.0.1:$(sed -n 's/^bound .* //p' "$folder/socat")" /dev/null &
       children+=("$!")
-      until grep -q '^finished' "$folder/idle"; do sleep 0.1; done
-      ended "$last" idle
+      until grep -q '^finished' "$folder/socat"; do sleep 0.1; done
+      ended "$last" socat
+      awk -F'[= ]' '{ printf "    %.1f MB/s\n", $2 / 1e7 }' "$folder/socat.end"
       ;;
     text) flood "text" "" ;;
     hexadecimal) flood "hexadecimal" "--hex" ;;

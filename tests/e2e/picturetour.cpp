@@ -106,6 +106,7 @@ void PictureTour::tools()
     WAIT_FOR(stage().find<QtTerminalWidget>("recvBrowser")->toPlainText().count(QLatin1Char('\n')) >= 12);
     QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("查询状态")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnSingleSend")));
+    WAIT_EQUAL(stage().find<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 36"));
     for (int i = 0; i < tabs->count(); ++i) {
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
         save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));
