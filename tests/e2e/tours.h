@@ -89,6 +89,17 @@ private slots:
     void saysWhatIsWrong();
 };
 
+// Files go to a board by YModem.
+class TransferTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void sendsFiles();
+    void stops();
+    void explainsAFailure();
+};
+
 // The window around the tools, and its end.
 class WindowTour : public Tour
 {
@@ -116,6 +127,8 @@ private slots:
     void tools();
     void sendPages();
     void network();
+    void fileSending_data();
+    void fileSending();
     void menus_data();
     void menus();
     void dialogs_data();

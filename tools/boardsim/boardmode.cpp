@@ -5,6 +5,7 @@
 #include "tools/boardsim/floodmode.h"
 #include "tools/boardsim/logmode.h"
 #include "tools/boardsim/shellmode.h"
+#include "tools/boardsim/ymodemmode.h"
 
 namespace Boardsim {
 
@@ -26,6 +27,8 @@ std::unique_ptr<BoardMode> BoardMode::create(const Options &options, VirtualPort
         return std::make_unique<FloodMode>(options, port);
     case Options::Mode::Burst:
         return std::make_unique<BurstMode>(options, port);
+    case Options::Mode::Ymodem:
+        return std::make_unique<YmodemMode>(options, port);
     case Options::Mode::Silent:
     case Options::Mode::TcpServer: // boards without a port
     case Options::Mode::TcpClient:

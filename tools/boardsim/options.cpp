@@ -46,6 +46,7 @@ Options::Mode modeFromName(const QString &name)
         {"tcp-server", Options::Mode::TcpServer},
         {"tcp-client", Options::Mode::TcpClient},
         {"udp", Options::Mode::Udp},
+        {"ymodem", Options::Mode::Ymodem},
     };
     for (const auto &entry : modes) {
         if (name == QLatin1String(entry.name))
@@ -67,6 +68,39 @@ Options::Act actFromName(const QString &name)
     reject(QStringLiteral("there is no act '%1'").arg(name));
 }
 
+void readYmodem(const QCommandLineParser &parser, Options *options)
+{
+    options->receiveFolder = parser.isSet(QStringLiteral("receive-folder"))
+                                 ? parser.value(QStringLiteral("receive-folder"))
+                                 : QStringLiteral("received");
+    YmodemReceiver::Settings &ymodem = options->ymodem;
+    ymodem.seed = options->seed;
+    ymodem.encoding = options->encoding;
+    ymodem.askMs = int(number(parser, QStringLiteral("ask-interval"), ymodem.askMs, 1, 600000));
+    ymodem.packetMs = int(number(parser, QStringLiteral("packet-timeout"), ymodem.packetMs, 1, 600000));
+    ymodem.nakFirstEot = parser.isSet(QStringLiteral("nak-first-eot"));
+    const QStringList faults = parser.values(QStringLiteral("fault"));
+    for (const QString &fault : faults) {
+        if (!ymodem.faults.add(fault))
+            reject(QStringLiteral("there is no fault '%1'").arg(fault));
+    }
+}
+
+void readNetwork(const QCommandLineParser &parser, Options *options)
+{
+    if (parser.isSet(QStringLiteral("address")))
+        options->address = parser.value(QStringLiteral("address"));
+    if (parser.isSet(QStringLiteral("act")))
+        options->act = actFromName(parser.value(QStringLiteral("act")));
+    options->netPort = int(number(parser, QStringLiteral("net-port"), options->netPort, 0, 65535));
+    options->toPort = int(number(parser, QStringLiteral("to-port"), options->toPort, 0, 65535));
+    options->peers = int(number(parser, QStringLiteral("peers"), options->peers, 1, 10000));
+    options->messageBytes =
+        int(number(parser, QStringLiteral("message-bytes"), options->messageBytes, 0, 65507));
+    options->periodMs = int(number(parser, QStringLiteral("period"), options->periodMs, 1, 60000));
+    options->durationMs = int(number(parser, QStringLiteral("duration"), options->durationMs, 0, 3600000));
+}
+
 } // namespace
 
 Options Options::fromCommandLine(const QCoreApplication &application)
@@ -82,8 +116,9 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
     option("port", "COM<n>", "Name of the port (default: COM3).");
     option("mode", "name",
-           "log, echo, shell, flood, silent, burst, tcp-server, tcp-client or udp (default: log).");
-    option("encoding", "name", "utf8, gb18030, ascii (payload only) or binary (default: utf8).");
+           "log, echo, shell, flood, silent, burst, ymodem, tcp-server, tcp-client or udp (default: log).");
+    option("encoding", "name",
+           "utf8, gb18030, ascii (payload only) or binary; of names, too (default: utf8).");
     option("rate", "n", "log: lines, udp flood: datagrams per second (default: 20).");
     option("bytes-per-second", "n", "burst: mean rate (default: 92000).");
     option("burst-pause", "ms", "burst: silence between bursts (default: 12).");
@@ -94,7 +129,6 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("unplug-after", "ms", "Vanish so long after a host first opened the port.");
     option("replug-after", "ms", "Come back so long after vanishing.");
     option("record", "file", "Write every byte from the host to this file.");
-    option("seed", "n", "Of the payload and the log (default: 1).");
     option("address", "ip", "Network: to listen on, to connect or to send to (default: 127.0.0.1).");
     option("net-port", "n", "Network: own port (default: any); tcp-client: the server's.");
     option("to-port", "n", "udp flood: the receiver's port.");
@@ -105,6 +139,15 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("message-bytes", "n", "talk, udp flood: size of a message (default: 100).");
     option("period", "ms", "talk, drip: pace; tcp-client: between attempts to connect (default: 100).");
     option("duration", "ms", "Network flood: ends after this (default: never).");
+    option("seed", "n", "Of the payload, the log and noise (default: 1).");
+    option("receive-folder", "path", "ymodem: keep the files here (default: a folder \"received\").");
+    option("ask-interval", "ms", "ymodem: between two 'C' (default: 1000).");
+    option("packet-timeout", "ms", "ymodem: NAK after so long without a block (default: 10000).");
+    parser.addOption({QStringLiteral("nak-first-eot"),
+                      QStringLiteral("ymodem: answer the first EOT of a file with NAK.")});
+    option("fault", "kind[=value][@place][*times]",
+           "ymodem: lose, double, nak, can, a, silence[=ms], noise[=bytes], wild-noise[=bytes], "
+           "late-c[=ms] or only-c, at a block's number, every<n>, start, eot or end. Repeatable.");
     parser.process(application);
     if (!parser.positionalArguments().isEmpty())
         reject(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
@@ -140,18 +183,8 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     options.recordFile = parser.value(QStringLiteral("record"));
     options.seed =
         quint32(number(parser, QStringLiteral("seed"), options.seed, 0, std::numeric_limits<quint32>::max()));
-
-    if (parser.isSet(QStringLiteral("address")))
-        options.address = parser.value(QStringLiteral("address"));
-    if (parser.isSet(QStringLiteral("act")))
-        options.act = actFromName(parser.value(QStringLiteral("act")));
-    options.netPort = int(number(parser, QStringLiteral("net-port"), options.netPort, 0, 65535));
-    options.toPort = int(number(parser, QStringLiteral("to-port"), options.toPort, 0, 65535));
-    options.peers = int(number(parser, QStringLiteral("peers"), options.peers, 1, 10000));
-    options.messageBytes =
-        int(number(parser, QStringLiteral("message-bytes"), options.messageBytes, 0, 65507));
-    options.periodMs = int(number(parser, QStringLiteral("period"), options.periodMs, 1, 60000));
-    options.durationMs = int(number(parser, QStringLiteral("duration"), options.durationMs, 0, most));
+    readNetwork(parser, &options);
+    readYmodem(parser, &options);
     return options;
 }
 

@@ -3,6 +3,7 @@
 // What can be asked for on the command line.
 
 #include "tools/boardsim/payload.h"
+#include "tools/boardsim/ymodemreceiver.h"
 
 #include <QString>
 
@@ -12,7 +13,7 @@ namespace Boardsim {
 
 struct Options
 {
-    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, TcpServer, TcpClient, Udp };
+    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, Ymodem, TcpServer, TcpClient, Udp };
 
     // What a board on the network does with each of its connections, or with
     // datagrams (of those: Echo, Flood, Silent).
@@ -52,6 +53,8 @@ struct Options
     int periodMs = 100;     // talk, drip: pace; tcp-client: between attempts to connect
     int durationMs = -1;    // flood: ends after this; -1 never
     quint32 seed = 1;
+    QString receiveFolder; // ymodem
+    YmodemReceiver::Settings ymodem;
 
     bool isOnNetwork() const { return mode >= Mode::TcpServer; }
 
