@@ -3,8 +3,8 @@
 // Simulated boards on virtual ports, for trying the program out without any
 // hardware: a log on COM3, an echo on COM4, a command line on COM5, and one on
 // the network that connects to this machine as soon as the network page listens
-// on the port of the settings. Each is a child process, a "boardsim" found beside the executable; all end
-// with this object.
+// on the port of the settings. Each is a child process, a "boardsim" found
+// beside the executable; all end with this object.
 
 #include <QObject>
 #include <QProcess>

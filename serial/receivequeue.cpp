@@ -6,14 +6,14 @@
 void ReceiveQueue::push(const QByteArray &bytes, const QString &header, bool hex)
 {
     m_chunks.push_back({bytes, header, QString(), Kind::Stream, hex, 0});
-    m_bytes += bytes.size();
+    m_bytes += bytes.size() + header.size();
 }
 
 void ReceiveQueue::pushMessage(const QByteArray &bytes, const QString &header, bool hex,
                                const QString &source)
 {
     m_chunks.push_back({bytes, header, source, Kind::Message, hex, 0});
-    m_bytes += bytes.size();
+    m_bytes += bytes.size() + header.size();
 }
 
 void ReceiveQueue::endSource(const QString &source)
@@ -66,8 +66,10 @@ QString ReceiveQueue::take(int characters, int codecIndex)
     QString text;
     while (!m_chunks.empty() && text.size() < characters) {
         Chunk &chunk = m_chunks.front();
-        if (chunk.taken == 0)
+        if (chunk.taken == 0) {
             text += beginning(chunk, text.isEmpty() ? m_atLineStart : text.endsWith(QLatin1Char('\n')));
+            m_bytes -= chunk.header.size();
+        }
         const bool whole = chunk.kind == Kind::Message && chunk.source.isEmpty();
         const int left = chunk.bytes.size() - chunk.taken;
         const int count = whole ? left : qMin(characters, left);

@@ -26,7 +26,7 @@ public:
     void endSource(const QString &source);
 
     bool isEmpty() const { return m_chunks.empty(); }
-    qint64 bytes() const { return m_bytes; } // that wait
+    qint64 bytes() const { return m_bytes; } // that wait, with the characters of their headers
 
     // The text of about so many characters' worth of what waits, decoded with
     // the codec of the index; every line end is "\n". Neither a character nor
