@@ -27,19 +27,28 @@ DemoBoards::~DemoBoards()
 
 void DemoBoards::start()
 {
-    startBoard(QStringLiteral("COM3"), {QStringLiteral("--mode"), QStringLiteral("log")});
-    startBoard(QStringLiteral("COM4"), {QStringLiteral("--mode"), QStringLiteral("echo")});
-    startBoard(QStringLiteral("COM5"), {QStringLiteral("--mode"), QStringLiteral("shell")});
+    const auto onPort = [this](const QString &port, const QString &mode) {
+        startBoard(port, {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), port,
+                          QStringLiteral("--mode"), mode});
+    };
+    onPort(QStringLiteral("COM3"), QStringLiteral("log"));
+    onPort(QStringLiteral("COM4"), QStringLiteral("echo"));
+    onPort(QStringLiteral("COM5"), QStringLiteral("shell"));
+    startBoard(QStringLiteral("TCP"),
+               {QStringLiteral("--mode"), QStringLiteral("tcp-client"), QStringLiteral("--net-port"),
+                QString::number(Settings::instance().network.port), QStringLiteral("--act"),
+                QStringLiteral("log"), QStringLiteral("--rate"), QStringLiteral("2"),
+                QStringLiteral("--period"), QStringLiteral("500")});
 }
 
-void DemoBoards::startBoard(const QString &port, const QStringList &options)
+void DemoBoards::startBoard(const QString &name, const QStringList &options)
 {
     auto *board = new QProcess(this);
     board->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     board->setStandardOutputFile(QProcess::nullDevice());
-    const auto report = [this, port, board] {
-        qWarning().noquote() << "simulated board" << port << "failed:" << board->errorString();
-        emit failed(QStringLiteral("模拟开发板[%1]无法运行，请检查程序目录下的boardsim！").arg(port));
+    const auto report = [this, name, board] {
+        qWarning().noquote() << "simulated board" << name << "failed:" << board->errorString();
+        emit failed(QStringLiteral("模拟开发板[%1]无法运行，请检查程序目录下的boardsim！").arg(name));
     };
     connect(board, &QProcess::errorOccurred, this, report);
     connect(board, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
@@ -49,9 +58,7 @@ void DemoBoards::startBoard(const QString &port, const QStringList &options)
             });
     // In the encoding that the program decodes with, so that Chinese is readable.
     const bool utf8 = Settings::instance().textCodec == TextCodec::Utf8;
-    const QStringList common{
-        QStringLiteral("--folder"),   m_folder.path(),
-        QStringLiteral("--port"),     port,
-        QStringLiteral("--encoding"), utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
+    const QStringList common{QStringLiteral("--encoding"),
+                             utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
     board->start(QCoreApplication::applicationDirPath() + QStringLiteral("/boardsim"), common + options);
 }

@@ -51,12 +51,13 @@ int main(int argc, char *argv[])
     PortTour ports;
     ReceiveTour receiving;
     SendTour sending;
+    NetworkTour network;
     TransferTour transferring;
     WindowTour window;
     PictureTour picturing(pictures);
     int failures = 0;
-    for (Tour *tour :
-         std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &window, &picturing}) {
+    for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network,
+                                                    &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);

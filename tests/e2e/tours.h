@@ -77,6 +77,18 @@ private slots:
     void talksToAShell();
 };
 
+// Server, client and UDP with boards on the network.
+class NetworkTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void servesBoards();
+    void connectsToABoard();
+    void exchangesDatagrams();
+    void saysWhatIsWrong();
+};
+
 // Files go to a board by YModem.
 class TransferTour : public Tour
 {
@@ -114,6 +126,7 @@ private slots:
     void tools_data();
     void tools();
     void sendPages();
+    void network();
     void fileSending_data();
     void fileSending();
     void menus_data();
