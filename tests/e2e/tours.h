@@ -100,6 +100,15 @@ private slots:
     void explainsAFailure();
 };
 
+// A newer version is found and fetched.
+class UpdateTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void downloadsAPackage();
+};
+
 // The window around the tools, and its end.
 class WindowTour : public Tour
 {
