@@ -491,7 +491,8 @@ const ByteSpool &SerialportWidget::spool() const
 
 void SerialportWidget::reloadSettings()
 {
-    m_defaultsDue = m_port->isOpen(); // whose parameters are the ones shown
+    // The parameters shown are those of the port, which a transfer gives back.
+    m_defaultsDue = m_port->isOpen() || m_transfer->isBusy();
     if (!m_defaultsDue)
         m_config->loadDefaults();
 }

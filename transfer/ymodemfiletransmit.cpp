@@ -177,6 +177,7 @@ void YmodemFileTransmit::handleError(QSerialPort::SerialPortError error)
     qWarning().noquote() << "lost" << m_port.portName() << m_port.errorString();
     m_readTimer.stop();
     resetTransfer();
+    m_lineFreeAtUs = 0; // nothing leaves any more
     end(Error, QStringLiteral("串口已断开"));
 }
 
@@ -233,6 +234,10 @@ Ymodem::uint32 YmodemFileTransmit::writeBytes(uint8 *buffer, uint32 length)
 
 Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, uint32 *length)
 {
+    // Who asks for more has the last packet: the line may be faster than its
+    // baud rate says, as that of a board with USB of its own is.
+    if (status <= Finish)
+        m_lineFreeAtUs = std::min(m_lineFreeAtUs, nowUs());
     switch (status) {
     case Establish:
         return openNextFile(buffer, length);

@@ -3,6 +3,7 @@
 
 #include "tests/serial/serialpagetest.h"
 
+#include "app/settings.h"
 #include "serial/filesendpage.h"
 #include "serial/qtsendboxwidget.h"
 #include "shell/base/dialoganswers.h"
@@ -23,6 +24,7 @@ private slots:
     void endsInEveryWay();
     void sendsAgainAfterAFailure();
     void keepsItsOwnBytesApart();
+    void keepsThePortsParameters();
     void losesThePort();
     void cannotStartWithoutTheDevice();
     void asksBeforeClosing();
@@ -164,6 +166,22 @@ void TestFileTransfer::keepsItsOwnBytesApart()
     QVERIFY(waitForEnd());
     QCOMPARE(shown(), QStringLiteral("before just before"));
     QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
+}
+
+// Settings restored during a transfer wait for the port to be closed.
+void TestFileTransfer::keepsThePortsParameters()
+{
+    openPort();
+    const QString before = child<QComboBox>("comboBaudRate")->currentText();
+    beginSending({makeFile("a.bin", 1)});
+    Settings::instance().serial.baudRate = 9600;
+    m_page->reloadSettings();
+    QCOMPARE(child<QComboBox>("comboBaudRate")->currentText(), before);
+    click("btnSendFiles");
+    QVERIFY(waitForEnd());
+    QCOMPARE(child<QComboBox>("comboBaudRate")->currentText(), before);
+    click("btnOpen");
+    QCOMPARE(child<QComboBox>("comboBaudRate")->currentText(), QStringLiteral("9600"));
 }
 
 void TestFileTransfer::losesThePort()
