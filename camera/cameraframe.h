@@ -1,0 +1,42 @@
+#pragma once
+
+// The packets of the camera link, in bytes:
+//   "ORVN" | device (1, only bit 0) | length of the packet (4) | command (1) |
+//   body | CRC-16/MODBUS of everything before it (2)
+// All numbers are little-endian. Knows no link and no clock.
+
+#include <QByteArray>
+
+namespace CameraFrame {
+
+constexpr char magic[] = {'O', 'R', 'V', 'N'};
+constexpr int magicSize = 4;
+constexpr int deviceAt = 4;
+constexpr int lengthAt = 5;
+constexpr int commandAt = 9;
+constexpr int bodyAt = 10;
+constexpr int overhead = 12; // of a packet without a body
+constexpr int registerOverhead = 15; // of a read reply without its value
+constexpr int longestValue = 4;      // bytes of a register's address or value
+
+// The longest packet that is waited for, and the largest picture: a length that
+// nobody means must not fill the memory.
+constexpr quint32 mostBytes = 64U * 1024 * 1024;
+
+enum Command { ImageFormat = 1, ImageData = 2, WriteRegister = 16, ReadRegister = 17 };
+
+quint16 readU16(const char *at);
+quint32 readU32(const char *at);
+
+// CRC-16/MODBUS (0x8005 reflected, begins with 0xFFFF, no final XOR). May be
+// taken in pieces: pass what came out of the piece before.
+constexpr quint16 crcStart = 0xFFFF;
+quint16 crc16(const char *bytes, qsizetype size, quint16 crc = crcStart);
+
+QByteArray build(quint8 device, quint8 command, const QByteArray &body);
+
+// Requests to the board; the lengths are 1 to 4 bytes, higher bytes are cut off.
+QByteArray readRequest(quint8 device, quint16 regId, quint32 address, int addressLength);
+QByteArray writeRequest(quint8 device, quint32 address, int addressLength, quint32 value, int valueLength);
+
+} // namespace CameraFrame

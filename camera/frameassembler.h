@@ -1,0 +1,58 @@
+#pragma once
+
+// Takes packets of the camera link out of a stream that arrives in chunks of
+// any size. The time it takes grows with the bytes, not with their cutting.
+// Knows no picture format beyond the announcement, no link and no clock.
+
+#include "camera/cameraframe.h"
+
+struct CameraEvent
+{
+    enum Kind {
+        ImageBegins,  // the header of an image packet has come
+        Image,        // a whole image packet: data, checksumRight
+        Format,       // an announcement: format, width, height
+        Register,     // a whole read reply: status, address, data (the value)
+        WrongLength,  // a read reply whose length does not fit the value length
+        NoHeader,     // what has come is no packet; data holds its first four bytes
+        ImpossibleLength // a length that no packet has; all that came is dropped
+    };
+    Kind kind = NoHeader;
+    quint8 device = 0; // 0 or 1
+    QByteArray data;
+    bool checksumRight = true;
+    quint8 format = 0;
+    quint16 width = 0;
+    quint16 height = 0;
+    quint8 status = 0;
+    quint16 address = 0;
+};
+
+class FrameAssembler
+{
+public:
+    // A chunk that begins with the magic wins over an unfinished packet.
+    void append(const QByteArray &chunk);
+    // The next event of what has come; false when more has to come first.
+    // valueLength: the bytes of a register's value, 1 to 4.
+    bool next(CameraEvent *event, int valueLength);
+    void clear();
+
+    qsizetype size() const { return m_buffer.size() - m_begin; }
+    qsizetype capacity() const { return m_buffer.capacity(); }
+
+private:
+    const char *front() const { return m_buffer.constData() + m_begin; }
+    void drop(qsizetype count);
+    void extendChecksum();
+    bool takeImage(CameraEvent *event);
+    bool takeHeader(CameraEvent *event, int valueLength, bool *isEvent);
+    bool takeReply(CameraEvent *event, int valueLength);
+
+    QByteArray m_buffer;
+    qsizetype m_begin = 0; // of what is not used up
+    bool m_receiving = false;
+    quint32 m_packetLength = 0;  // while receiving
+    qsizetype m_checked = 0;     // bytes of the packet that m_checksum covers
+    quint16 m_checksum = CameraFrame::crcStart;
+};

@@ -1,0 +1,127 @@
+#include "camera/frameshow.h"
+
+#include "camera/pixeldecoder.h"
+
+#include <QBuffer>
+#include <QImageReader>
+
+namespace {
+
+constexpr qint64 kShortestPauseMs = 15; // about sixty pictures a second
+
+const uchar *bytesOf(const QByteArray &data)
+{
+    return reinterpret_cast<const uchar *>(data.constData());
+}
+
+// A file's own size is looked at before anything is allocated for it.
+QImage decodeFile(const QByteArray &data)
+{
+    QBuffer buffer;
+    buffer.setData(data);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    const QSize size = reader.size();
+    return PixelDecoder::imageBytes(size.width(), size.height()) > 0 ? reader.read() : QImage();
+}
+
+} // namespace
+
+QString ImageRecord::formatName(int format)
+{
+    switch (format) {
+    case Bmp:
+        return QStringLiteral("*.bmp");
+    case Png:
+        return QStringLiteral("*.png");
+    case Rgb565:
+        return QStringLiteral("RGB565");
+    case Rgb888:
+        return QStringLiteral("RGB888");
+    case Yuv422:
+        return QStringLiteral("YUV422");
+    default:
+        return QStringLiteral("*.jpg");
+    }
+}
+
+FrameShow::FrameShow(QObject *parent)
+    : QObject(parent)
+    , m_timer(this)
+{
+    m_timer.setSingleShot(true);
+    m_timer.setTimerType(Qt::PreciseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &FrameShow::showNewest);
+}
+
+void FrameShow::add(int device, const CameraFrameData &frame)
+{
+    auto &waiting = m_waiting.at(device == 1 ? 1 : 0);
+    if (waiting)
+        ++m_skipped;
+    waiting = frame;
+    if (m_timer.isActive())
+        return;
+    const qint64 since = m_sinceShown.isValid() ? m_sinceShown.elapsed() : m_pauseMs;
+    m_timer.start(static_cast<int>(qMax<qint64>(0, m_pauseMs - since)));
+}
+
+void FrameShow::clear()
+{
+    m_timer.stop();
+    m_waiting = {};
+}
+
+void FrameShow::clearCounts()
+{
+    m_shown = 0;
+    m_skipped = 0;
+    m_unusable = 0;
+}
+
+// Decoding a large picture takes long; then as much time is left to the rest.
+void FrameShow::showNewest()
+{
+    QElapsedTimer cost;
+    cost.start();
+    for (int device = 0; device < 2; ++device) {
+        std::optional<CameraFrameData> frame;
+        frame.swap(m_waiting.at(static_cast<size_t>(device)));
+        if (!frame)
+            continue;
+        const QImage picture = decode(*frame);
+        if (picture.isNull()) {
+            ++m_unusable;
+            emit undecodable(device);
+        } else {
+            ++m_shown;
+            emit pictureReady(device, picture);
+        }
+    }
+    m_pauseMs = qMax(kShortestPauseMs, cost.elapsed());
+    m_sinceShown.start();
+}
+
+QImage FrameShow::decode(const CameraFrameData &frame)
+{
+    if (!frame.record)
+        return decodeFile(frame.data);
+    const ImageRecord &record = *frame.record;
+    const quint32 bytes = PixelDecoder::imageBytes(record.width, record.height);
+    const bool is565 = record.format == ImageRecord::Rgb565 || record.format == ImageRecord::Bmp;
+    const bool mayBeFile = record.format == ImageRecord::Jpg || record.format == ImageRecord::Png;
+    if (mayBeFile && (bytes == 0 || frame.data.size() < static_cast<qint64>(bytes)))
+        return decodeFile(frame.data);
+    if (bytes == 0 || !(is565 || mayBeFile || record.format == ImageRecord::Rgb888))
+        return {};
+    QImage picture(record.width, record.height, QImage::Format_RGB888);
+    if (picture.isNull())
+        return {};
+    if (is565)
+        PixelDecoder::rgb565(bytesOf(frame.data), frame.data.size(), record.width, record.height,
+                             frame.bigEndian, picture.bits(), picture.bytesPerLine());
+    else
+        PixelDecoder::rgb888(bytesOf(frame.data), frame.data.size(), record.width, record.height,
+                             picture.bits(), picture.bytesPerLine());
+    return picture;
+}
