@@ -30,6 +30,7 @@ void DemoBoards::start()
     startBoard(QStringLiteral("COM3"), {QStringLiteral("--mode"), QStringLiteral("log")});
     startBoard(QStringLiteral("COM4"), {QStringLiteral("--mode"), QStringLiteral("echo")});
     startBoard(QStringLiteral("COM5"), {QStringLiteral("--mode"), QStringLiteral("shell")});
+    startBoard(QStringLiteral("COM6"), {QStringLiteral("--mode"), QStringLiteral("pid")});
 }
 
 void DemoBoards::startBoard(const QString &port, const QStringList &options)

@@ -1,8 +1,8 @@
 #pragma once
 
 // Simulated boards on virtual ports, for trying the program out without any
-// hardware: a log on COM3, an echo on COM4 and a command line on COM5. Each is
-// a child process, a "boardsim" found beside the executable; all end with this
+// hardware: a log on COM3, an echo on COM4, a command line on COM5 and five
+// control loops on COM6. Each is a child process, a "boardsim" found beside the executable; all end with this
 // object.
 
 #include <QObject>

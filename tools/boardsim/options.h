@@ -12,7 +12,8 @@ namespace Boardsim {
 
 struct Options
 {
-    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst };
+    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, Pid };
+    enum class Fault { None, Garbage, Glued, Cut, Flood, Silence, Reset }; // of a pid board
 
     QString folder; // of the links
     QString port = QStringLiteral("COM3");
@@ -21,6 +22,9 @@ struct Options
     int linesPerSecond = 20;    // log
     int bytesPerSecond = 92000; // burst
     int burstPauseMs = 12;      // burst
+    int reportsPerSecond = 100; // pid: of each running loop
+    int noise = 2;              // pid: of the measurement, in units either way
+    Fault fault = Fault::None;  // pid
     qint64 totalBytes = -1;     // flood, burst; -1 without end
     int startDelayMs = 200;     // from the host's arrival
     bool startOnByte = false;   // instead of the delay
