@@ -51,10 +51,12 @@ int main(int argc, char *argv[])
     PortTour ports;
     ReceiveTour receiving;
     SendTour sending;
+    PidTour pid;
     WindowTour window;
     PictureTour picturing(pictures);
     int failures = 0;
-    for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &window, &picturing}) {
+    for (Tour *tour :
+         std::initializer_list<Tour *>{&ports, &receiving, &sending, &pid, &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);
