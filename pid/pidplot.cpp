@@ -10,6 +10,8 @@ constexpr double kRightMargin = 0.25; // seconds
 // Ten seconds of 20,000 points a second; what a flood brings beyond that is
 // dropped from the old end.
 constexpr int kMostPoints = 200000;
+// Smoothing doubles the cost of a picture, and can't be seen among many points.
+constexpr int kMostSmooth = 2000;
 
 // The palette entries of the skins: panel, secondary text, border, and a shade
 // between border and panel.
@@ -129,7 +131,9 @@ void PidPlot::recreateCurves()
 
 void PidPlot::setCurve(int graph, const QColor &colour, bool shown, const QString &name)
 {
-    this->graph(graph)->setPen(QPen(colour, 1.5));
+    // Exactly one pixel of the device: a polyline that is any wider takes a
+    // thousand times longer where noise fills the height (seconds a picture).
+    this->graph(graph)->setPen(QPen(colour, 0));
     this->graph(graph)->setVisible(shown);
     this->graph(graph)->setName(name);
     replot(rpQueuedReplot);
@@ -139,7 +143,8 @@ void PidPlot::addPoint(int channel, double t, int target, int actual)
 {
     const auto add = [this, t](int graph, double value) {
         QCPGraphDataContainer &points = *m_points.at(graph);
-        points.removeBefore(t - windowSeconds);
+        if (!points.isEmpty() && points.constBegin()->key < t - windowSeconds)
+            points.removeBefore(t - windowSeconds);
         points.add(QCPGraphData(t, value));
         if (points.size() > kMostPoints)
             points.removeBefore(points.at(points.size() - kMostPoints)->key);
@@ -211,8 +216,11 @@ void PidPlot::draw()
 {
     m_sinceDrawn.start();
     fitAxes();
-    if (m_follow != Held)
-        replot(rpQueuedReplot);
+    if (m_follow != Held) {
+        for (int i = 0; i < graphCount(); ++i)
+            graph(i)->setAntialiased(graph(i)->dataCount() < kMostSmooth);
+        replot();
+    }
     emit drawn();
 }
 

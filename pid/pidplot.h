@@ -59,6 +59,9 @@ public:
 
     int pictures() const { return m_pictures; } // drawn so far
 
+public slots:
+    void draw(); // now, what has come; called by itself soon after a point
+
 signals:
     void followChanged(PidPlot::Follow follow);
     void drawn(); // a picture of new points
@@ -74,7 +77,6 @@ private:
     void setFollow(Follow follow);
     void fitAxes();
     void requestPicture();
-    void draw();
 
     QVector<Points> m_points; // what comes; the graphs show it, or a copy while held
     QCPItemStraightLine *m_cursor;

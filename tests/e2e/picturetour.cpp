@@ -1,3 +1,4 @@
+#include "pid/pidplot.h"
 #include "shell/base/qtmessagetip.h"
 #include "tests/e2e/stage.h"
 #include "tests/e2e/tours.h"
@@ -58,6 +59,38 @@ QPixmap onScreen(QWidget *widget)
     return rested ? last : QPixmap();
 }
 
+// Starts three loops on the PID page, lets them settle and stops them, so that
+// the chart comes to rest.
+bool runControlLoops(Stage &stage, const BoardProcess &board)
+{
+    auto *tabs = stage.find<QTabBar>("toolTabs");
+    auto *start = stage.find<QPushButton>("btnPidStart");
+    const auto idle = QStringLiteral("启动");
+    const auto choose = [&stage](int channel) {
+        return UserHand::choose(stage.find<QComboBox>("comboPidChannel"),
+                                QStringLiteral("CH%1").arg(channel));
+    };
+    if (!UserHand::clickAt(tabs, tabs->tabRect(3).center()) ||
+        !UserHand::choose(stage.find<QComboBox>("comboPidPort"),
+                          board.port() + QStringLiteral(" 虚拟串口")) ||
+        !UserHand::click(stage.find<QWidget>("btnPidOpen")))
+        return false;
+    for (const auto &[channel, target] : {std::pair{3, "200"}, std::pair{1, "-150"}, std::pair{2, "400"}}) {
+        if (!choose(channel) ||
+            !UserHand::typeInto(stage.find<QWidget>("editTarget"), QString::fromLatin1(target)) ||
+            !UserHand::press(Qt::Key_Return) || (start->text() != idle && !UserHand::click(start)) ||
+            !UserHand::click(start))
+            return false;
+    }
+    auto *plot = stage.find<PidPlot>("pidPlot");
+    if (!QTest::qWaitFor([plot] { return plot->graph(6)->dataCount() > 400; }, 30000))
+        return false;
+    for (int channel : {3, 1, 2})
+        if (!choose(channel) || (start->text() == idle && !UserHand::click(start)) || !UserHand::click(start))
+            return false;
+    return true;
+}
+
 } // namespace
 
 PictureTour::PictureTour(const QString &folder)
@@ -95,6 +128,9 @@ void PictureTour::tools()
     QVERIFY(
         UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
+    BoardProcess loops(QStringLiteral("COM6"), stage().portsFolder());
+    QVERIFY(stage().plugIn(loops, {QStringLiteral("--mode"), QStringLiteral("pid")}));
+    QVERIFY(runControlLoops(stage(), loops));
     auto *tabs = stage().find<QTabBar>("toolTabs");
     for (int i = 0; i < tabs->count(); ++i) {
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
@@ -105,6 +141,8 @@ void PictureTour::tools()
         stage().window().resize(800, 500);
         WAIT_EQUAL(stage().window().size(), QSize(800, 500));
         save(QStringLiteral("serial-small"), onScreen(tabs));
+        QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
+        save(QStringLiteral("pid-small"), onScreen(tabs));
     }
 }
 

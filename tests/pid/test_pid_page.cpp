@@ -233,7 +233,7 @@ void TestPidPage::sendsWhatIsStored()
     select(2);
     select(1);
     QCOMPARE(text("editP") + '/' + text("editI") + '/' + text("editD"), "0.123/-0.000/1000000.063");
-    QCOMPARE(child<QLineEdit>("editP")->toolTip(), "0.123456784");
+    QCOMPARE(child<QLineEdit>("editP")->toolTip(), "0.12345678");
     type("editD", "0.5");
     QTest::keyClick(child<QLineEdit>("editI"), Qt::Key_Return); // shown by us, not typed
     QCOMPARE(m_board->read(23).mid(10, 12), hex("e9d6fc3d95bfd6b30000003f"));

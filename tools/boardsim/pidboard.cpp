@@ -132,9 +132,11 @@ void PidBoard::act(const orvn_pid_command &command)
 
 void PidBoard::advance(qint64 milliseconds)
 {
-    for (; milliseconds > 0; --milliseconds)
-        for (quint8 channel = 1; channel <= m_loops.size(); ++channel)
-            stepLoop(channel, m_loops.at(channel - 1U));
+    for (; milliseconds > 0; --milliseconds) {
+        quint8 channel = 0;
+        for (Loop &loop : m_loops)
+            stepLoop(++channel, loop);
+    }
 }
 
 // One millisecond of one loop.
