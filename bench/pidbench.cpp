@@ -4,11 +4,13 @@
 // its fitting and drawing is measured apart, for it does not come with every
 // report.
 
+#include "pid/pidexport.h"
 #include "pid/pidparser.h"
 #include "pid/pidplot.h"
 #include "resources/korvexresources.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -117,6 +119,18 @@ void memchrHopping(benchmark::State &state)
     state.SetBytesProcessed(state.iterations() * bytes.size());
 }
 BENCHMARK(memchrHopping);
+
+// All that five channels at 1,000 points a second hold.
+void exportTables(benchmark::State &state)
+{
+    const PidExport::Channel channel{10000, [](int) { return 500.0; }, [](int k) { return k * 7 % 1000; }};
+    for (auto _ : state) {
+        QBuffer file;
+        file.open(QIODevice::WriteOnly);
+        benchmark::DoNotOptimize(PidExport::write(&file, QVector<PidExport::Channel>(5, channel)));
+    }
+}
+BENCHMARK(exportTables)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

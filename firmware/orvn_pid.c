@@ -100,8 +100,8 @@ static int may_be_frame(const uint8_t *bytes, uint8_t count)
         return 0;
     if (count <= CODE)
         return 1;
-    length = get_u32(bytes + LENGTH);
-    if (length != length_of(bytes[CODE]))
+    length = length_of(bytes[CODE]);
+    if (length == 0 || length != get_u32(bytes + LENGTH))
         return 0;
     return count < length || bytes[length - 1] == sum(bytes, length - 1);
 }

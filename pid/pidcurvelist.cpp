@@ -48,13 +48,44 @@ QIcon swatchIcon(const QColor &colour, const QColor &outline)
 
 } // namespace
 
+// As wide as its place, however long the number; the whole number is in the
+// tool tip. One that was cut off would be another number.
+class PidCurveList::NumberLabel : public QLabel
+{
+public:
+    explicit NumberLabel(QWidget *parent)
+        : QLabel(parent)
+    {
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        setNumber(QString());
+    }
+
+    void setNumber(const QString &number)
+    {
+        m_number = number;
+        const bool fits = fontMetrics().horizontalAdvance(number) <= contentsRect().width();
+        setText(fits ? number : QStringLiteral("…"));
+        setToolTip(QStringLiteral("当前值: ") + (number.isEmpty() ? QStringLiteral("无") : number));
+    }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        QLabel::resizeEvent(event);
+        setNumber(m_number);
+    }
+
+private:
+    QString m_number;
+};
+
 PidCurveList::PidCurveList(QWidget *parent)
     : QWidget(parent)
 {
     setObjectName(QStringLiteral("pidCurveList"));
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(0, 0, 0, 0);
-    grid->setHorizontalSpacing(8);
+    grid->setHorizontalSpacing(4);
     grid->setVerticalSpacing(0);
     grid->addWidget(new QLabel(QStringLiteral("目标值"), this), 0, 0);
     grid->addWidget(new QLabel(QStringLiteral("实际值"), this), 1, 0);
@@ -77,17 +108,14 @@ void PidCurveList::addCell(QGridLayout *grid, int graph, Curve &curve)
     curve.swatch = new QToolButton(this);
     curve.swatch->setObjectName(QStringLiteral("curveColour%1").arg(graph));
     curve.swatch->setToolTip(QStringLiteral("单击选择颜色"));
-    curve.value = new QLabel(this);
+    curve.value = new NumberLabel(this);
     curve.value->setObjectName(QStringLiteral("curveValue%1").arg(graph));
-    curve.value->setToolTip(QStringLiteral("当前值"));
-    // As wide as its place, however long the number.
-    curve.value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     connect(curve.shown, &QCheckBox::toggled, this,
             [this, graph](bool shown) { emit signalGraphClicked(graph, shown); });
     connect(curve.swatch, &QToolButton::clicked, this, [this, graph] { offerColours(graph); });
 
     auto *cell = new QHBoxLayout;
-    cell->setSpacing(4);
+    cell->setSpacing(2);
     cell->addWidget(curve.swatch);
     cell->addWidget(curve.shown);
     cell->addWidget(curve.value, 1);
@@ -127,17 +155,13 @@ QString PidCurveList::name(int graph) const
 
 void PidCurveList::setValue(int graph, int value)
 {
-    QLabel *label = m_curves.at(static_cast<size_t>(graph)).value;
-    label->setText(QString::number(value));
-    label->setToolTip(QStringLiteral("当前值: %1").arg(value));
+    m_curves.at(static_cast<size_t>(graph)).value->setNumber(QString::number(value));
 }
 
 void PidCurveList::clearValues()
 {
-    for (const Curve &curve : m_curves) {
-        curve.value->clear();
-        curve.value->setToolTip(QStringLiteral("当前值"));
-    }
+    for (const Curve &curve : m_curves)
+        curve.value->setNumber(QString());
 }
 
 void PidCurveList::setColour(int graph, const QColor &colour)

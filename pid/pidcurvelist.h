@@ -11,7 +11,6 @@
 
 class QCheckBox;
 class QGridLayout;
-class QLabel;
 class QToolButton;
 
 class PidCurveList : public QWidget
@@ -41,6 +40,7 @@ signals:
     void colourChanged(int index);
 
 private:
+    class NumberLabel;
     struct Curve
     {
         int key = 0;
@@ -48,7 +48,7 @@ private:
         QColor colour;
         QCheckBox *shown = nullptr;
         QToolButton *swatch = nullptr;
-        QLabel *value = nullptr;
+        NumberLabel *value = nullptr;
     };
 
     void addCell(QGridLayout *grid, int graph, Curve &curve);

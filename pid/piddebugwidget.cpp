@@ -15,6 +15,7 @@
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/stateindicator.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDebug>
 #include <QHBoxLayout>
@@ -104,6 +105,9 @@ QWidget *PidDebugWidget::buildWorkArea()
     m_zoom->setObjectName(QStringLiteral("comboPidZoom"));
     m_zoom->addItems({QStringLiteral("X轴缩放"), QStringLiteral("Y轴缩放")});
     m_zoom->setToolTip(QStringLiteral("滚轮缩放哪个坐标轴；在曲线上单击右键可切换"));
+    m_fitAll = new QCheckBox(QStringLiteral("适应全部曲线"), area);
+    m_fitAll->setObjectName(QStringLiteral("checkPidFitAll"));
+    m_fitAll->setToolTip(QStringLiteral("幅度轴包括所有显示的曲线；不勾选时只适应最近上报的通道的实际值"));
     m_follow = new QLabel(area);
     m_follow->setObjectName(QStringLiteral("labelPidFollow"));
     m_follow->setProperty("kind", "hint");
@@ -116,6 +120,7 @@ QWidget *PidDebugWidget::buildWorkArea()
     top->addSpacing(8);
     top->addWidget(new QLabel(QStringLiteral("曲线缩放"), area));
     top->addWidget(m_zoom);
+    top->addWidget(m_fitAll);
     top->addStretch();
     top->addWidget(m_follow);
     top->addWidget(m_live);
@@ -163,6 +168,7 @@ void PidDebugWidget::connectParts()
     connect(m_plot, &QCustomPlot::mouseMove, this, &PidDebugWidget::SltPlotMoveEvent);
     connect(m_plot, &PidPlot::followChanged, this, &PidDebugWidget::showFollow);
     connect(m_plot, &PidPlot::drawn, this, &PidDebugWidget::showValues);
+    connect(m_fitAll, &QCheckBox::toggled, m_plot, &PidPlot::setFitAll);
     connect(m_live, &QPushButton::clicked, m_plot, &PidPlot::returnToLive);
     connect(m_fold, &QPushButton::clicked, this, &PidDebugWidget::fold);
     connect(m_curves, &PidCurveList::signalGraphClicked, this, &PidDebugWidget::SltGraphClicked);
@@ -490,6 +496,9 @@ void PidDebugWidget::showValues()
         m_curves->setValue(channel + PidFrame::channels, m_actual.at(static_cast<size_t>(channel)));
     }
     m_fresh = 0;
+    // The curves move on below a mouse that rests.
+    if (m_plot->underMouse() && QToolTip::isVisible())
+        showReadOut(m_plot->mapFromGlobal(QCursor::pos()));
 }
 
 void PidDebugWidget::SltComboPidChanged(int index)
@@ -539,16 +548,21 @@ void PidDebugWidget::SltRightButtonPoltScale(QMouseEvent *event)
 
 void PidDebugWidget::SltPlotMoveEvent(QMouseEvent *event)
 {
-    const double key = m_plot->xAxis->pixelToCoord(event->pos().x());
-    const bool inside = m_plot->axisRect()->rect().contains(event->pos()) && event->buttons() == Qt::NoButton;
-    const QString text = inside ? m_plot->readOut(key) : QString();
+    showReadOut(event->buttons() == Qt::NoButton ? event->pos() : QPoint(-1, -1));
+}
+
+// The values below a place on the chart; none outside the axes.
+void PidDebugWidget::showReadOut(const QPoint &place)
+{
+    const double key = m_plot->xAxis->pixelToCoord(place.x());
+    const QString text = m_plot->axisRect()->rect().contains(place) ? m_plot->readOut(key) : QString();
     if (text.isEmpty()) {
         m_plot->hideCursor();
         QToolTip::hideText();
         return;
     }
     m_plot->setCursorAt(key);
-    QToolTip::showText(event->globalPos() + QPoint(12, 12), text, m_plot);
+    QToolTip::showText(m_plot->mapToGlobal(place) + QPoint(12, 12), text, m_plot);
 }
 
 void PidDebugWidget::showFollow()

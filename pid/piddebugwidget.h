@@ -19,6 +19,7 @@ class PidOperations;
 class PidPanel;
 class PidPlot;
 class PidPortPanel;
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QMouseEvent;
@@ -98,6 +99,7 @@ private:
     void applyCurves();
     void savePicture();
     void showFollow();
+    void showReadOut(const QPoint &place);
     void showValues();
     void fold();
 
@@ -107,6 +109,7 @@ private:
     FormPanel *m_panel = nullptr;
     QPushButton *m_fold = nullptr;
     QComboBox *m_zoom = nullptr;
+    QCheckBox *m_fitAll = nullptr;
     QLabel *m_follow = nullptr;
     QPushButton *m_live = nullptr;
     StateIndicator *m_state = nullptr;

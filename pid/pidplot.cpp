@@ -105,6 +105,7 @@ void PidPlot::setPlotStyle(const QString &style)
             axis->grid()->setZeroLinePen(QPen(colour(known.axis)));
             axis->grid()->setSubGridPen(QPen(colour(known.subGrid), 1, Qt::DotLine));
         }
+        xAxis->grid()->setZeroLinePen(Qt::NoPen);
         m_hint->setColor(colour(known.text));
         m_hint->setBrush(colour(known.ground));
         m_cursor->setPen(QPen(colour(known.text), 1, Qt::DashLine));
@@ -152,8 +153,15 @@ void PidPlot::addPoint(int channel, double t, int target, int actual)
     add(channel, target);
     add(channel + channels, actual);
     m_lastTime = t;
-    m_lastGraph = channel + channels;
+    if (m_lastGraph < 0 || graph(channel + channels)->visible())
+        m_lastGraph = channel + channels;
     m_hint->setVisible(false);
+    requestPicture();
+}
+
+void PidPlot::setFitAll(bool fitAll)
+{
+    m_fitAll = fitAll;
     requestPicture();
 }
 
@@ -197,8 +205,12 @@ void PidPlot::fitAxes()
     if (m_follow == Held || m_lastGraph < 0)
         return;
     m_fitting = true;
-    if (m_follow == Live)
+    if (m_follow == Live && m_fitAll) {
+        yAxis->rescale(true);
+        yAxis->scaleRange(1.1);
+    } else if (m_follow == Live) {
         graph(m_lastGraph)->rescaleValueAxis(false);
+    }
     xAxis->setRange(m_lastTime + kRightMargin, windowSeconds, Qt::AlignRight);
     m_fitting = false;
 }

@@ -42,6 +42,10 @@ public:
     // A new actual value of a channel (0 to 4) and its target at t seconds.
     void addPoint(int channel, double t, int target, int actual);
 
+    // The value axis takes in all shown curves, instead of the actual values of
+    // the channel that reported last.
+    void setFitAll(bool fitAll);
+
     // Shown time is absolute (local) or counted from a start.
     void setTimeAbsolute(bool absolute);
 
@@ -84,7 +88,8 @@ private:
     QTimer m_frame;
     QElapsedTimer m_sinceDrawn;
     double m_lastTime = 0;
-    int m_lastGraph = -1; // that the value axis is fitted to
+    int m_lastGraph = -1; // that the value axis is fitted to, if it is shown
+    bool m_fitAll = false;
     bool m_fitting = false;
     Follow m_follow = Live;
     int m_pictures = 0;

@@ -13,6 +13,7 @@
 #include <QScreen>
 #include <QTabBar>
 #include <QTest>
+#include <QToolTip>
 
 namespace {
 
@@ -73,7 +74,8 @@ bool runControlLoops(Stage &stage, const BoardProcess &board)
     if (!UserHand::clickAt(tabs, tabs->tabRect(3).center()) ||
         !UserHand::choose(stage.find<QComboBox>("comboPidPort"),
                           board.port() + QStringLiteral(" 虚拟串口")) ||
-        !UserHand::click(stage.find<QWidget>("btnPidOpen")))
+        !UserHand::click(stage.find<QWidget>("btnPidOpen")) ||
+        !UserHand::click(stage.find<QWidget>("checkPidFitAll")))
         return false;
     for (const auto &[channel, target] : {std::pair{3, "200"}, std::pair{1, "-150"}, std::pair{2, "400"}}) {
         if (!choose(channel) ||
@@ -124,18 +126,27 @@ void PictureTour::tools()
     BoardProcess board(QStringLiteral("COM3"), stage().portsFolder());
     QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("log"), QStringLiteral("--rate"),
                                    QStringLiteral("15")}));
+    // Before any port is open: a change of the list closes the serial page's.
+    BoardProcess loops(QStringLiteral("COM6"), stage().portsFolder());
+    QVERIFY(stage().plugIn(loops, {QStringLiteral("--mode"), QStringLiteral("pid")}));
     QVERIFY(stage().openPort(board));
     QVERIFY(
         UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
-    BoardProcess loops(QStringLiteral("COM6"), stage().portsFolder());
-    QVERIFY(stage().plugIn(loops, {QStringLiteral("--mode"), QStringLiteral("pid")}));
     QVERIFY(runControlLoops(stage(), loops));
     auto *tabs = stage().find<QTabBar>("toolTabs");
     for (int i = 0; i < tabs->count(); ++i) {
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
         save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));
     }
+    QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
+    auto *plot = stage().find<PidPlot>("pidPlot");
+    QWindow *window = plot->window()->windowHandle();
+    const QPoint place = plot->mapTo(plot->window(), plot->rect().center() + QPoint(150, -60));
+    QTest::mouseMove(window, place - QPoint(3, 0));
+    QTest::mouseMove(window, place);
+    WAIT_FOR(QToolTip::isVisible());
+    save(QStringLiteral("pid-readout%1").arg(suffix), onScreen(tabs));
     if (suffix.isEmpty()) { // as a window is at the least
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
         stage().window().resize(800, 500);

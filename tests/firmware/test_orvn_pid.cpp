@@ -90,6 +90,7 @@ void TestOrvnPid::skipsWhatIsNoCommand_data()
     QTest::newRow("channel 255") << withSum("4f52564eff0b00000012");
     QTest::newRow("command 0x0f") << withSum("4f52564e010b0000000f");
     QTest::newRow("command 0x16") << withSum("4f52564e010b00000016");
+    QTest::newRow("nothing at all") << withSum("4f52564e010000000000");
     for (const char *length : {"00000000", "0a000000", "0c000000", "0f000000", "ffffff7f", "f5ffffff"})
         QTest::newRow(length) << withSum(QByteArray("4f52564e01") + length + "12");
     QTest::newRow("not a number") << withSum("4f52564e0117000000100000c07f0000000000000000");

@@ -111,7 +111,7 @@ void TestPidPage::init()
     AppPaths::setRoot(m_root->path());
     m_board = std::make_unique<PtyPeer>();
     m_page = std::make_unique<PidDebugWidget>();
-    m_page->resize(900, 460);
+    m_page->resize(1200, 460);
     m_page->show();
     QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
     m_notices = std::make_unique<QSignalSpy>(m_page.get(), &PidDebugWidget::signalNotify);

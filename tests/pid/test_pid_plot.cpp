@@ -77,6 +77,12 @@ void TestPidPlot::fitsToTheCurveThatReported()
     QTRY_COMPARE(plot.yAxis->range(), QCPRange(7000, 8000));
     plot.addPoint(0, 1.4, 1000, 20);
     QTRY_COMPARE(plot.yAxis->range(), QCPRange(-5, 25)); // smaller again
+    plot.graph(7)->setVisible(false);
+    plot.addPoint(2, 1.5, 0, 9000); // out of sight
+    QTRY_COMPARE(plot.xAxis->range().upper, 1.75);
+    QCOMPARE(plot.yAxis->range(), QCPRange(-5, 25));
+    plot.setFitAll(true); // with a little room above and below -5 and 1000
+    QTRY_VERIFY(plot.yAxis->range().contains(1000) && plot.yAxis->range().size() < 1200);
 }
 
 void TestPidPlot::drawsOnceForManyPoints()
