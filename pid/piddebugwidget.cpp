@@ -1,8 +1,7 @@
 #include "pid/piddebugwidget.h"
 
-#include "app/safefile.h"
+#include "pid/pidchart.h"
 #include "pid/pidcurvelist.h"
-#include "pid/pidexport.h"
 #include "pid/pidgainfield.h"
 #include "pid/pidoperations.h"
 #include "pid/pidpanel.h"
@@ -15,14 +14,10 @@
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/stateindicator.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDebug>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
-#include <QSaveFile>
-#include <QToolTip>
 #include <QVBoxLayout>
 
 namespace {
@@ -30,14 +25,6 @@ namespace {
 constexpr int kInformation = 0;
 constexpr int kError = 255;
 constexpr int kDrainMs = 200;
-constexpr int kUnblockMs = 1000;
-
-// A run ends at a bad frame, and while display is stopped at each actual value;
-// what follows waits for the next arrival. A board that sends several frames
-// at a time would fill the memory with them and be plotted late, so with more
-// than this waiting the next run follows at once.
-constexpr int kMostBacklog = 256;
-
 const auto kWarning = QStringLiteral("告警");
 const auto kCannotSave = QStringLiteral("文件保存失败!");
 
@@ -51,19 +38,15 @@ quint32 bit(int channel)
 PidDebugWidget::PidDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_link(new QtSerialPort(this))
-    , m_unblock(this)
+    , m_receiver([this](const PidReport &report, bool late) { return act(report, late); }, this)
     , m_epoch(QDateTime::currentMSecsSinceEpoch())
 {
     setObjectName(QStringLiteral("PidDebugWidget"));
     m_sinceEpoch.start();
-    m_unblock.setSingleShot(true);
-    m_unblock.setInterval(kUnblockMs);
     buildUi();
     connectParts();
-    applyCurves();
     setPlotStyle(QStringLiteral("black"));
     setPortState(false);
-    showFollow();
 }
 
 PidDebugWidget::~PidDebugWidget()
@@ -99,43 +82,12 @@ QWidget *PidDebugWidget::buildPanel()
 QWidget *PidDebugWidget::buildWorkArea()
 {
     auto *area = new QWidget(this);
-    m_fold = new QPushButton(QStringLiteral("隐藏配置界面"), area);
-    m_fold->setObjectName(QStringLiteral("btnFold"));
-    m_zoom = new QComboBox(area);
-    m_zoom->setObjectName(QStringLiteral("comboPidZoom"));
-    m_zoom->addItems({QStringLiteral("X轴缩放"), QStringLiteral("Y轴缩放")});
-    m_zoom->setToolTip(QStringLiteral("滚轮缩放哪个坐标轴；在曲线上单击右键可切换"));
-    m_fitAll = new QCheckBox(QStringLiteral("适应全部曲线"), area);
-    m_fitAll->setObjectName(QStringLiteral("checkPidFitAll"));
-    m_fitAll->setToolTip(QStringLiteral("幅度轴包括所有显示的曲线；不勾选时只适应最近上报的通道的实际值"));
-    m_follow = new QLabel(area);
-    m_follow->setObjectName(QStringLiteral("labelPidFollow"));
-    m_follow->setProperty("kind", "hint");
-    m_live = new QPushButton(QStringLiteral("返回实时"), area);
-    m_live->setObjectName(QStringLiteral("btnPidLive"));
-    m_state = new StateIndicator(area);
-    auto *top = new QHBoxLayout;
-    top->setSpacing(8);
-    top->addWidget(m_fold);
-    top->addSpacing(8);
-    top->addWidget(new QLabel(QStringLiteral("曲线缩放"), area));
-    top->addWidget(m_zoom);
-    top->addWidget(m_fitAll);
-    top->addStretch();
-    top->addWidget(m_follow);
-    top->addWidget(m_live);
-    top->addWidget(m_state);
-
-    m_plot = new PidPlot(area);
-    m_curves = new PidCurveList(area);
+    m_chart = new PidChart(area);
     m_operations = new PidOperations(area);
-
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
-    column->addLayout(top);
-    column->addWidget(m_plot, 1);
-    column->addWidget(m_curves);
+    column->addWidget(m_chart, 1);
     column->addWidget(m_operations);
     return area;
 }
@@ -145,7 +97,8 @@ void PidDebugWidget::connectParts()
     connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
     // Queued: the report comes from within the port's own reading.
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
-    connect(&m_unblock, &QTimer::timeout, this, &PidDebugWidget::unblock);
+    connect(&m_receiver, &PidReceiver::lengthGivenUp, this,
+            [this] { emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError); });
     connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
 
     connect(m_pid->channelBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
@@ -162,30 +115,26 @@ void PidDebugWidget::connectParts()
     connect(m_operations->clearButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnClearClicked);
     connect(m_operations->exportButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnExportClicked);
     connect(m_operations->pictureButton(), &QPushButton::clicked, this, &PidDebugWidget::savePicture);
-    connect(m_zoom, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &PidDebugWidget::SltPoltScale);
+    connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &PidDebugWidget::SltPoltScale);
 
-    connect(m_plot, &QCustomPlot::mousePress, this, &PidDebugWidget::SltRightButtonPoltScale);
-    connect(m_plot, &QCustomPlot::mouseMove, this, &PidDebugWidget::SltPlotMoveEvent);
-    connect(m_plot, &PidPlot::followChanged, this, &PidDebugWidget::showFollow);
-    connect(m_plot, &PidPlot::drawn, this, &PidDebugWidget::showValues);
-    connect(m_fitAll, &QCheckBox::toggled, m_plot, &PidPlot::setFitAll);
-    connect(m_live, &QPushButton::clicked, m_plot, &PidPlot::returnToLive);
-    connect(m_fold, &QPushButton::clicked, this, &PidDebugWidget::fold);
-    connect(m_curves, &PidCurveList::signalGraphClicked, this, &PidDebugWidget::SltGraphClicked);
-    connect(m_curves, &PidCurveList::colourChanged, this, &PidDebugWidget::applyCurve);
+    connect(m_chart->plot(), &QCustomPlot::mousePress, this, &PidDebugWidget::SltRightButtonPoltScale);
+    connect(m_chart->plot(), &QCustomPlot::mouseMove, this, &PidDebugWidget::SltPlotMoveEvent);
+    connect(m_chart->curveList(), &PidCurveList::signalGraphClicked, this, &PidDebugWidget::SltGraphClicked);
+    connect(m_chart->foldButton(), &QPushButton::clicked, this, &PidDebugWidget::fold);
 }
 
 void PidDebugWidget::setPlotStyle(const QString &style)
 {
     m_plotStyle = style;
-    m_plot->setPlotStyle(style);
+    m_chart->plot()->setPlotStyle(style);
 }
 
 void PidDebugWidget::fold()
 {
     const bool hide = m_panel->isVisibleTo(this);
     m_panel->setVisible(!hide);
-    m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+    m_chart->foldButton()->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
 }
 
 // ---- the port
@@ -218,7 +167,7 @@ void PidDebugWidget::SltOpenSerialport()
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
         return;
     }
-    m_parser.clear(); // or a length that never ends would block the link for good
+    m_receiver.clear(); // or a length that never ends would block the link for good
     m_link->open(name, m_portPanel->baudRate(), 8, 0, 0);
     if (!m_link->isOpen()) {
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name), kError);
@@ -231,7 +180,7 @@ void PidDebugWidget::SltOpenSerialport()
 void PidDebugWidget::setPortState(bool open)
 {
     m_portPanel->setOpenState(open);
-    m_state->setOn(open);
+    m_chart->state()->setOn(open);
 }
 
 void PidDebugWidget::closePort()
@@ -377,53 +326,17 @@ void PidDebugWidget::SltBtnResetClicked()
 
 void PidDebugWidget::SltRecvFromSerialport(QByteArray byData)
 {
-    m_parser.append(byData);
+    m_receiver.append(byData);
     ParsePidFrames();
 }
 
 void PidDebugWidget::ParsePidFrames()
 {
-    for (int before = m_parser.size(); !parseRun() && m_parser.size() > kMostBacklog;) {
-        if (m_parser.size() == before)
-            break; // a length of 0 or less stays where it is
-        before = m_parser.size();
-    }
-    if (m_parser.isBlocked() && !m_unblock.isActive())
-        m_unblock.start();
-}
-
-// A length that can't be true has kept everything waiting for long enough. What
-// has come since is used, but its actual values are too old to be plotted now.
-void PidDebugWidget::unblock()
-{
-    if (!m_parser.isBlocked())
-        return;
-    m_parser.skipHead();
-    m_late = true;
-    ParsePidFrames();
-    m_late = false;
-    emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError);
-}
-
-// True when everything whole has been used.
-bool PidDebugWidget::parseRun()
-{
-    PidReport report;
-    for (;;) {
-        switch (m_parser.next(&report)) {
-        case PidParser::Outcome::Waiting:
-            return true;
-        case PidParser::Outcome::Dropped:
-            return false;
-        case PidParser::Outcome::Report:
-            if (!act(report))
-                return false;
-        }
-    }
+    m_receiver.parse();
 }
 
 // False when the run ends with this report.
-bool PidDebugWidget::act(const PidReport &report)
+bool PidDebugWidget::act(const PidReport &report, bool late)
 {
     const int channel = report.channel - 1;
     const bool isSelected = channel == m_pid->channel();
@@ -437,7 +350,7 @@ bool PidDebugWidget::act(const PidReport &report)
     case PidFrame::Actual:
         if (m_operations->stopShow())
             return false;
-        if (!m_late)
+        if (!late)
             actOnActual(report);
         break;
     case PidFrame::Pid:
@@ -472,33 +385,16 @@ void PidDebugWidget::actOnStarted()
     if (m_timeOrigin != -1)
         return;
     m_timeOrigin = now();
-    m_plot->setTimeAbsolute(false);
+    m_chart->plot()->setTimeAbsolute(false);
     SltBtnClearClicked(); // keys so far are absolute and would be far away
 }
 
 void PidDebugWidget::actOnActual(const PidReport &report)
 {
     const int channel = report.channel - 1;
-    const auto index = static_cast<size_t>(channel);
     const double t = static_cast<double>(now() - m_timeOrigin) / 1000.0;
-    m_plot->addPoint(channel, t, m_params.at(index).target, report.value);
-    m_actual.at(index) = report.value;
-    m_fresh |= bit(channel);
+    m_chart->addValue(channel, t, m_params.at(static_cast<size_t>(channel)).target, report.value);
     ++m_actualReports;
-}
-
-void PidDebugWidget::showValues()
-{
-    for (int channel = 0; channel < PidFrame::channels; ++channel) {
-        if (!(m_fresh & bit(channel)))
-            continue;
-        m_curves->setValue(channel, m_params.at(static_cast<size_t>(channel)).target);
-        m_curves->setValue(channel + PidFrame::channels, m_actual.at(static_cast<size_t>(channel)));
-    }
-    m_fresh = 0;
-    // The curves move on below a mouse that rests.
-    if (m_plot->underMouse() && QToolTip::isVisible())
-        showReadOut(m_plot->mapFromGlobal(QCursor::pos()));
 }
 
 void PidDebugWidget::SltComboPidChanged(int index)
@@ -508,73 +404,30 @@ void PidDebugWidget::SltComboPidChanged(int index)
 
 // ---- the chart
 
-void PidDebugWidget::applyCurve(int graph)
-{
-    const int key = PidCurveList::keyOf(graph);
-    m_plot->setCurve(graph, m_curves->colour(key), m_curves->isShown(key), m_curves->name(graph));
-}
-
-void PidDebugWidget::applyCurves()
-{
-    for (int graph = 0; graph < PidCurveList::curves; ++graph)
-        applyCurve(graph);
-}
-
 void PidDebugWidget::SltGraphClicked(int index, bool bShow)
 {
-    if (QCPGraph *curve = m_plot->graph(index))
-        curve->setVisible(bShow);
-    m_plot->replot(QCustomPlot::rpQueuedReplot);
+    m_chart->showCurve(index, bShow);
 }
 
 void PidDebugWidget::SltBtnClearClicked()
 {
-    m_plot->recreateCurves();
-    applyCurves();
-    m_curves->clearValues();
-    m_fresh = 0;
+    m_chart->clear();
 }
 
 void PidDebugWidget::SltPoltScale(int index)
 {
-    m_plot->axisRect()->setRangeZoom(index == 0 ? Qt::Horizontal : Qt::Vertical);
+    m_chart->setZoomAxis(index);
 }
 
 void PidDebugWidget::SltRightButtonPoltScale(QMouseEvent *event)
 {
     if (event->button() == Qt::RightButton)
-        m_zoom->setCurrentIndex(1 - m_zoom->currentIndex());
+        m_chart->flipZoomAxis();
 }
 
 void PidDebugWidget::SltPlotMoveEvent(QMouseEvent *event)
 {
-    showReadOut(event->buttons() == Qt::NoButton ? event->pos() : QPoint(-1, -1));
-}
-
-// The values below a place on the chart; none outside the axes.
-void PidDebugWidget::showReadOut(const QPoint &place)
-{
-    const double key = m_plot->xAxis->pixelToCoord(place.x());
-    const QString text = m_plot->axisRect()->rect().contains(place) ? m_plot->readOut(key) : QString();
-    if (text.isEmpty()) {
-        m_plot->hideCursor();
-        QToolTip::hideText();
-        return;
-    }
-    m_plot->setCursorAt(key);
-    QToolTip::showText(m_plot->mapToGlobal(place) + QPoint(12, 12), text, m_plot);
-}
-
-void PidDebugWidget::showFollow()
-{
-    const PidPlot::Follow follow = m_plot->follow();
-    m_live->setVisible(follow != PidPlot::Live);
-    if (follow == PidPlot::Live)
-        m_follow->setText(QStringLiteral("实时"));
-    else if (follow == PidPlot::ValueFixed)
-        m_follow->setText(QStringLiteral("幅度已固定"));
-    else
-        m_follow->setText(QStringLiteral("已停住"));
+    m_chart->showReadOut(event->buttons() == Qt::NoButton ? event->pos() : QPoint(-1, -1));
 }
 
 // ---- files
@@ -585,15 +438,7 @@ void PidDebugWidget::SltBtnExportClicked()
         QtFileDialog::getSaveFileName(this, QStringLiteral("导出数据"), QString(), QStringLiteral("*.csv"));
     if (fileName.isEmpty())
         return;
-    QVector<PidExport::Channel> channels;
-    for (int c = 0; c < PidFrame::channels; ++c) {
-        const auto targets = m_plot->graph(c)->data();
-        const auto actuals = m_plot->graph(c + PidFrame::channels)->data();
-        channels.append({targets->size(), [targets](int k) { return targets->at(k)->value; },
-                         [actuals](int k) { return actuals->at(qMin(k, actuals->size() - 1))->value; }});
-    }
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly) || !PidExport::write(&file, channels) || !SafeFile::commit(file))
+    if (!m_chart->exportTables(fileName))
         QtMessageBox::warning(this, kWarning, kCannotSave);
     else
         emit signalNotify(QStringLiteral("文件已导出：") + fileName, kInformation);
@@ -605,7 +450,7 @@ void PidDebugWidget::savePicture()
                                                            QStringLiteral("PNG图片(*.png);;PDF文档(*.pdf)"));
     if (fileName.isEmpty())
         return;
-    if (!m_plot->savePicture(fileName))
+    if (!m_chart->savePicture(fileName))
         QtMessageBox::warning(this, kWarning, kCannotSave);
     else
         emit signalNotify(QStringLiteral("图片已保存：") + fileName, kInformation);

@@ -5,27 +5,20 @@
 // frames are pid_link's, the chart is PidPlot's.
 
 #include "pid/pidchannelparams.h"
-#include "pid/pidparser.h"
+#include "pid/pidreceiver.h"
 #include "shell/base/qtwidgetbase.h"
 
 #include <QElapsedTimer>
-#include <QTimer>
 
 #include <array>
 
 class FormPanel;
-class PidCurveList;
+class PidChart;
 class PidOperations;
 class PidPanel;
-class PidPlot;
 class PidPortPanel;
-class QCheckBox;
-class QComboBox;
-class QLabel;
 class QMouseEvent;
-class QPushButton;
 class QtSerialPort;
-class StateIndicator;
 
 class PidDebugWidget : public QtWidgetBase
 {
@@ -85,9 +78,8 @@ private:
     void portVanished();
     void stopRunning();
 
-    bool parseRun();
-    void unblock();
-    bool act(const PidReport &report);
+    // False when the run of the parser ends with this report.
+    bool act(const PidReport &report, bool late);
     void actOnActual(const PidReport &report);
     void actOnStarted();
 
@@ -95,37 +87,21 @@ private:
     PidChannelParams &selected();
     void sendCommand(PidFrame::Command command, const QByteArray &payload = {});
     void sayNotSent(const QString &what);
-    void applyCurve(int graph);
-    void applyCurves();
     void savePicture();
-    void showFollow();
-    void showReadOut(const QPoint &place);
-    void showValues();
     void fold();
 
     PidPortPanel *m_portPanel = nullptr;
     PidPanel *m_pid = nullptr;
     PidOperations *m_operations = nullptr;
     FormPanel *m_panel = nullptr;
-    QPushButton *m_fold = nullptr;
-    QComboBox *m_zoom = nullptr;
-    QCheckBox *m_fitAll = nullptr;
-    QLabel *m_follow = nullptr;
-    QPushButton *m_live = nullptr;
-    StateIndicator *m_state = nullptr;
-    PidPlot *m_plot = nullptr;
-    PidCurveList *m_curves = nullptr;
+    PidChart *m_chart = nullptr;
 
     QtSerialPort *m_link;
-    PidParser m_parser;
-    QTimer m_unblock;    // a false length is given up
-    bool m_late = false; // what is being parsed came long ago
+    PidReceiver m_receiver;
     std::array<PidChannelParams, PidFrame::channels> m_params;
-    std::array<qint32, PidFrame::channels> m_actual{}; // as last plotted
     QString m_plotStyle;
     quint64 m_actualReports = 0;
     quint32 m_startedHere = 0; // bit per channel: start was sent, and no stop since
-    quint32 m_fresh = 0;       // bit per channel: values that are not shown yet
 
     // Milliseconds since the epoch, counted on from the start of the page so
     // that setting the clock does not tear the curves.
