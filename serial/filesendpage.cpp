@@ -1,5 +1,6 @@
 #include "serial/filesendpage.h"
 
+#include "shell/base/placeholdertext.h"
 #include "shell/base/qtfiledialog.h"
 
 #include <QComboBox>
@@ -8,62 +9,129 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QLocale>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+
+namespace {
+
+constexpr int kMostLines = 2000;     // of the transfer's text
+constexpr int kAmountPeriodMs = 250; // numbers that change faster cannot be read
+constexpr qint64 kSpeedOverMs = 3000;
+
+QString amountText(qint64 bytes)
+{
+    if (bytes < 1024)
+        return QStringLiteral("%1 B").arg(bytes);
+    if (bytes < 1024 * 1024)
+        return QStringLiteral("%1 KB").arg(static_cast<double>(bytes) / 1024.0, 0, 'f', 1);
+    return QStringLiteral("%1 MB").arg(static_cast<double>(bytes) / (1024.0 * 1024.0), 0, 'f', 2);
+}
+
+QString timeText(qint64 seconds)
+{
+    const QString text = QStringLiteral("%1:%2")
+                             .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
+                             .arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    return seconds < 3600 ? text : QStringLiteral("%1:").arg(seconds / 3600) + text;
+}
+
+} // namespace
 
 FileSendPage::FileSendPage(QWidget *parent)
     : QWidget(parent)
     , m_files(new QListWidget(this))
+    , m_text(new QPlainTextEdit(this))
     , m_protocol(new QComboBox(this))
     , m_length(new QComboBox(this))
     , m_open(new QPushButton(QStringLiteral("打开文件"), this))
-    , m_send(new QPushButton(QStringLiteral("发送文件"), this))
+    , m_send(new QPushButton(this))
     , m_clear(new QPushButton(QStringLiteral("清空文件"), this))
     , m_help(new QPushButton(QStringLiteral("协议详解"), this))
+    , m_log(new QPushButton(QStringLiteral("传输日志"), this))
     , m_hint(new QLabel(QStringLiteral("点击“打开文件”选择需要发送的文件"), m_files))
     , m_progress(new QProgressBar(this))
+    , m_amount(new QLabel(this))
+    , m_progressRow(new QWidget(this))
 {
     buildUi();
-    setSendingPossible(false);
+    updateButtons();
 }
 
 void FileSendPage::buildUi()
 {
     setObjectName(QStringLiteral("widgetFileSend"));
     m_files->setObjectName(QStringLiteral("listFiles"));
+    m_hint->setProperty("kind", QStringLiteral("hint"));
+    m_hint->setWordWrap(true);
+    m_hint->setAlignment(Qt::AlignCenter);
+    auto *hintLayout = new QVBoxLayout(m_files);
+    hintLayout->addWidget(m_hint);
+
+    m_text->setObjectName(QStringLiteral("textTransfer"));
+    m_text->setReadOnly(true);
+    m_text->setMaximumBlockCount(kMostLines);
+    m_text->setPlaceholderText(QStringLiteral("传输过程将显示在这里"));
+    PlaceholderText::keepFaint(m_text);
+
+    m_progress->setObjectName(QStringLiteral("progressTransfer"));
+    m_amount->setObjectName(QStringLiteral("labelTransferAmount"));
+    // The bar must not move with every digit.
+    m_amount->setMinimumWidth(m_amount->fontMetrics().horizontalAdvance(
+        QStringLiteral("000.0 KB / 000.0 KB   000.0 KB/s   剩余 00:00")));
+    m_log->setObjectName(QStringLiteral("btnTransferLog"));
+    m_log->setToolTip(QStringLiteral("查看最近一次传输的协议日志：时间、数据包和应答"));
+    auto *row = new QHBoxLayout(m_progressRow);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(8);
+    row->addWidget(m_progress, 1);
+    row->addWidget(m_amount);
+    row->addWidget(m_log);
+    m_progressRow->hide(); // until something is sent
+
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(8, 8, 8, 8);
+    grid->setSpacing(8);
+    grid->addWidget(m_files, 0, 0);
+    grid->addWidget(m_text, 0, 1);
+    grid->addWidget(buildButtons(), 0, 2);
+    grid->addWidget(m_progressRow, 1, 0, 1, 3);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(1, 1);
+}
+
+QWidget *FileSendPage::buildButtons()
+{
+    auto *buttons = new QWidget(this);
     m_protocol->setObjectName(QStringLiteral("comboProtocol"));
     m_length->setObjectName(QStringLiteral("comboPacketLength"));
     m_open->setObjectName(QStringLiteral("btnOpenFiles"));
     m_send->setObjectName(QStringLiteral("btnSendFiles"));
     m_clear->setObjectName(QStringLiteral("btnClearFiles"));
     m_help->setObjectName(QStringLiteral("btnProtocolHelp"));
-    m_hint->setProperty("kind", QStringLiteral("hint"));
     m_protocol->addItems({QStringLiteral("XModem"), QStringLiteral("YModem")});
     m_protocol->setCurrentIndex(1);
     m_length->addItem(QStringLiteral("128字节"), 128);
     m_length->addItem(QStringLiteral("1024字节"), 1024);
     m_length->setCurrentIndex(1);
+    m_protocol->setToolTip(QStringLiteral("所有文件都按YModem批量协议（CRC-16）发送，此选项不影响传输"));
+    m_length->setToolTip(QStringLiteral("数据包长度由文件剩余字节数自动决定：不超过128字节时用128字节包，"
+                                        "否则用1024字节包；此选项不影响传输"));
     m_send->setProperty("primary", true);
 
-    auto *hintLayout = new QVBoxLayout(m_files);
-    hintLayout->addWidget(m_hint, 0, Qt::AlignCenter);
-
-    auto *grid = new QGridLayout(this);
-    grid->setContentsMargins(8, 8, 8, 8);
+    auto *grid = new QGridLayout(buttons);
+    grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(8);
-    grid->addWidget(m_files, 0, 0, 5, 1);
-    grid->addWidget(new QLabel(QStringLiteral("传输协议:"), this), 0, 1);
-    grid->addWidget(m_protocol, 0, 2);
-    grid->addWidget(new QLabel(QStringLiteral("发送长度:"), this), 1, 1);
-    grid->addWidget(m_length, 1, 2);
-    grid->addWidget(m_open, 2, 1);
-    grid->addWidget(m_clear, 2, 2);
-    grid->addWidget(m_send, 3, 1);
-    grid->addWidget(m_help, 3, 2);
-    grid->addWidget(m_progress, 5, 0, 1, 3);
-    m_progress->hide(); // until something is sent
+    grid->addWidget(new QLabel(QStringLiteral("传输协议:"), buttons), 0, 0);
+    grid->addWidget(m_protocol, 0, 1);
+    grid->addWidget(new QLabel(QStringLiteral("发送长度:"), buttons), 1, 0);
+    grid->addWidget(m_length, 1, 1);
+    grid->addWidget(m_open, 2, 0);
+    grid->addWidget(m_clear, 2, 1);
+    grid->addWidget(m_send, 3, 0);
+    grid->addWidget(m_help, 3, 1);
     grid->setRowStretch(4, 1);
-    grid->setColumnStretch(0, 1);
+    return buttons;
 }
 
 QStringList FileSendPage::files() const
@@ -84,18 +152,91 @@ int FileSendPage::packetLength() const
     return m_length->currentData().toInt();
 }
 
+// ---- what can be done now
+
 void FileSendPage::setSendingPossible(bool possible)
 {
-    m_send->setEnabled(possible);
-    m_send->setToolTip(possible ? QString() : QStringLiteral("文件传输功能将在后续版本提供"));
+    m_possible = possible;
+    updateButtons();
 }
+
+void FileSendPage::setDeviceOpen(bool open)
+{
+    m_deviceOpen = open;
+    updateButtons();
+}
+
+void FileSendPage::setSending(bool sending)
+{
+    m_sending = sending;
+    if (sending) {
+        m_text->clear();
+        m_progress->setValue(0);
+        m_progress->setFormat(QStringLiteral("等待接收端…"));
+        m_amount->clear();
+        m_progressRow->show();
+        m_recent.clear();
+        m_clock.start();
+    }
+    updateButtons();
+}
+
+void FileSendPage::updateButtons()
+{
+    m_send->setText(m_sending ? QStringLiteral("停止发送") : QStringLiteral("发送文件"));
+    m_send->setEnabled(m_sending || (m_possible && m_deviceOpen));
+    if (!m_possible)
+        m_send->setToolTip(QStringLiteral("文件传输只能通过串口进行"));
+    else
+        m_send->setToolTip(m_send->isEnabled() ? QString() : QStringLiteral("请先打开串口"));
+    for (QWidget *widget : {static_cast<QWidget *>(m_open), static_cast<QWidget *>(m_clear),
+                            static_cast<QWidget *>(m_protocol), static_cast<QWidget *>(m_length)})
+        widget->setEnabled(!m_sending);
+}
+
+// ---- how it goes
 
 void FileSendPage::setProgress(int percent, const QString &name)
 {
-    m_progress->show();
-    m_progress->setValue(percent);
+    m_progressRow->show();
     m_progress->setFormat(QFileInfo(name).fileName() + QStringLiteral("  %p%"));
+    m_progress->setValue(percent);
 }
+
+// The speed is that of the last seconds.
+void FileSendPage::setAmount(qint64 sent, qint64 size)
+{
+    const qint64 now = m_clock.elapsed();
+    if (!m_recent.empty() && sent < m_recent.back().second)
+        m_recent.clear(); // the next file
+    m_recent.emplace_back(now, sent);
+    while (m_recent.size() > 2 && now - m_recent.front().first > kSpeedOverMs)
+        m_recent.pop_front();
+    if (sent < size && m_recent.size() > 1 && now - m_amountShownAt < kAmountPeriodMs)
+        return;
+    m_amountShownAt = now;
+    const qint64 ms = now - m_recent.front().first;
+    const qint64 bytes = sent - m_recent.front().second;
+    QString text = QStringLiteral("%1 / %2").arg(amountText(sent), amountText(size));
+    if (ms > 0 && bytes > 0)
+        text += QStringLiteral("   %1/s   剩余 %2")
+                    .arg(amountText(bytes * 1000 / ms), timeText((size - sent) * ms / bytes / 1000));
+    m_amount->setText(text);
+}
+
+void FileSendPage::setEnd(const QString &words, bool complete)
+{
+    if (complete)
+        m_progress->setValue(100);
+    m_progress->setFormat(words + QStringLiteral("  %p%"));
+}
+
+void FileSendPage::appendText(const QString &text)
+{
+    m_text->appendPlainText(text);
+}
+
+// ---- the files
 
 void FileSendPage::chooseFiles()
 {

@@ -1,14 +1,19 @@
 #pragma once
 
 // The send box's third page: the files to send and how the transfer goes.
-// Knows no protocol; the box, whose slots its buttons reach, asks for the transfer.
+// Knows no protocol; the box, whose slots its buttons reach, asks for the
+// transfer, and the box's owner says how it goes.
 
+#include <QElapsedTimer>
 #include <QStringList>
 #include <QWidget>
+#include <deque>
+#include <utility>
 
 class QComboBox;
 class QLabel;
 class QListWidget;
+class QPlainTextEdit;
 class QProgressBar;
 class QPushButton;
 
@@ -23,30 +28,53 @@ public:
     int protocol() const;     // index: XModem, YModem
     int packetLength() const; // bytes: 128 or 1024
 
-    // Whether the owner can send files at all; the button says why not.
+    // Whether the owner can send files at all, and whether its device is open.
     void setSendingPossible(bool possible);
+    void setDeviceOpen(bool open);
 
-    // How a transfer goes: percent of the file of that name.
+    // While files are being sent the button stops them and the list is fixed.
+    void setSending(bool sending);
+    bool isSending() const { return m_sending; }
+
+    // How a transfer goes: percent of the file of that name; bytes of it, from
+    // which speed and remaining time follow; and in words.
     void setProgress(int percent, const QString &name);
+    void setAmount(qint64 sent, qint64 size);
+    void appendText(const QString &text);
+    void setEnd(const QString &words, bool complete);
 
     QPushButton *openButton() const { return m_open; }
     QPushButton *sendButton() const { return m_send; }
     QPushButton *clearButton() const { return m_clear; }
     QPushButton *helpButton() const { return m_help; }
+    QPushButton *logButton() const { return m_log; }
 
     void chooseFiles(); // adds what the user picks
     void clearFiles();
 
 private:
     void buildUi();
+    QWidget *buildButtons();
+    void updateButtons();
+
+    bool m_possible = false;
+    bool m_deviceOpen = false;
+    bool m_sending = false;
+    QElapsedTimer m_clock;                          // of the transfer
+    std::deque<std::pair<qint64, qint64>> m_recent; // milliseconds, bytes: of the last seconds
+    qint64 m_amountShownAt = 0;
 
     QListWidget *m_files;
+    QPlainTextEdit *m_text;
     QComboBox *m_protocol;
     QComboBox *m_length;
     QPushButton *m_open;
     QPushButton *m_send;
     QPushButton *m_clear;
     QPushButton *m_help;
+    QPushButton *m_log;
     QLabel *m_hint;
     QProgressBar *m_progress;
+    QLabel *m_amount;
+    QWidget *m_progressRow;
 };

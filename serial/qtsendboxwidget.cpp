@@ -63,6 +63,7 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     m_pages->addWidget(m_single);
     m_pages->addWidget(m_multi);
     m_pages->addWidget(m_file);
+    m_file->setSendingPossible(owner == Serial);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_pages);
@@ -132,9 +133,14 @@ void QtSendBoxWidget::sltBorwserXYModemFile()
     m_file->chooseFiles();
 }
 
+// An empty list stops the transfer that is running.
 void QtSendBoxWidget::sltSendXYModemFile()
 {
-    emit signalSendFile(m_file->protocol(), m_file->packetLength(), m_file->files());
+    const QStringList files = m_file->isSending() ? QStringList() : m_file->files();
+    if (files.isEmpty() && !m_file->isSending())
+        QtMessageTip::showTip(QStringLiteral("请先打开需要发送的文件"));
+    else
+        emit signalSendFile(m_file->protocol(), m_file->packetLength(), files);
 }
 
 void QtSendBoxWidget::sltOpenXYModemHelp()
@@ -159,6 +165,7 @@ QtSendBoxWidget::~QtSendBoxWidget()
 void QtSendBoxWidget::setDeviceOpen(bool open)
 {
     m_deviceOpen = open;
+    m_file->setDeviceOpen(open);
     if (!open)
         stopAutoSend();
 }

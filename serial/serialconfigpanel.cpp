@@ -137,3 +137,9 @@ void SerialConfigPanel::setOpenState(bool open)
         box->setEnabled(!open);
     m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
 }
+
+void SerialConfigPanel::setHandedOver(bool handedOver)
+{
+    m_open->setEnabled(!handedOver);
+    m_open->setToolTip(handedOver ? QStringLiteral("正在传输文件，停止发送后才能关闭串口") : QString());
+}

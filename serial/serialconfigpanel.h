@@ -32,6 +32,8 @@ public:
 
     // Open: parameters are fixed and the button closes.
     void setOpenState(bool open);
+    // Somebody else has the open port for a while: it cannot be closed here.
+    void setHandedOver(bool handedOver);
 
     void loadDefaults();
 

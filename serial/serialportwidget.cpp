@@ -3,6 +3,7 @@
 #include "app/settings.h"
 #include "app/settingskeys.h"
 #include "serial/filesendpage.h"
+#include "serial/filetransfer.h"
 #include "serial/portname.h"
 #include "serial/qextserialport.h"
 #include "serial/qtsendboxwidget.h"
@@ -13,6 +14,7 @@
 #include "serial/serialconfigpanel.h"
 #include "shell/base/formpanel.h"
 #include "shell/base/placeholdertext.h"
+#include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/stateindicator.h"
 
@@ -54,6 +56,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
     m_recvTimer.setTimerType(Qt::PreciseTimer);
     m_countTimer.setSingleShot(true);
     buildUi();
+    m_transfer = new FileTransfer(m_port.get(), m_config, m_sendBox->filePage(), this);
     connectParts();
     setPortState(false);
     showCounts();
@@ -164,6 +167,12 @@ void SerialportWidget::connectParts()
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
     connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &SerialportWidget::signalNotify);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &SerialportWidget::clearRecv);
+    connect(m_sendBox, &QtSendBoxWidget::signalSendFile, this, &SerialportWidget::sltSendXYmodemFile);
+    connect(m_sendBox->filePage()->logButton(), &QPushButton::clicked, this,
+            [this] { m_transfer->showLog(this); });
+    connect(m_transfer, &FileTransfer::handedOver, this, &SerialportWidget::givePortAway);
+    connect(m_transfer, &FileTransfer::returned, this, &SerialportWidget::takePortBack);
+    connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::signalNotify);
     connect(m_received, &ReceiveStore::notify, this, &SerialportWidget::signalNotify);
     connect(m_terminal, &QtTerminalWidget::historyLost, this,
             [this] { emit signalNotify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError); });
@@ -173,6 +182,8 @@ void SerialportWidget::connectParts()
 
 void SerialportWidget::SltOpenSerialport()
 {
+    if (m_transfer->isBusy())
+        return; // the driver has the port
     if (m_port->isOpen()) {
         const QString name = m_port->portName();
         closePort();
@@ -195,15 +206,21 @@ void SerialportWidget::SltOpenSerialport()
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
         return;
     }
-    m_writeBlockedTold = false;
-    applyParameters();
+    const QStringList refused = applyParameters();
+    setPortState(true);
+    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
+    if (!refused.isEmpty())
+        emit signalNotify(
+            QStringLiteral("串口[%1]不支持以下参数: %2").arg(name, refused.join(QStringLiteral("、"))),
+            kError);
+    rememberParameters();
 }
 
-// Sets the open port's parameters in order, tells the outcome and remembers
-// the choice. A parameter that the device refuses leaves the port open.
-void SerialportWidget::applyParameters()
+// Sets the open port's parameters in order; those that the device refuses
+// leave the port open and are named.
+QStringList SerialportWidget::applyParameters()
 {
-    const QString name = m_port->portName();
+    m_writeBlockedTold = false;
     QStringList refused;
     if (!m_port->setBaudRate(m_config->baudRate()))
         refused.append(QStringLiteral("波特率 %1").arg(m_config->baudRate()));
@@ -214,14 +231,11 @@ void SerialportWidget::applyParameters()
     if (!m_port->setParity(m_config->parityIndex()))
         refused.append(m_config->parityText());
     m_port->setFlowControlOff();
+    return refused;
+}
 
-    setPortState(true);
-    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
-    if (!refused.isEmpty())
-        emit signalNotify(
-            QStringLiteral("串口[%1]不支持以下参数: %2").arg(name, refused.join(QStringLiteral("、"))),
-            kError);
-
+void SerialportWidget::rememberParameters()
+{
     using namespace SettingsKeys;
     Settings::writeValue(Serialport::group, Serialport::baudRate, m_config->baudRate());
     Settings::writeValue(Serialport::group, Serialport::dataBit, m_config->dataBits());
@@ -370,9 +384,52 @@ void SerialportWidget::sltShowErrorHint()
     QtMessageTip::showTip(QStringLiteral("当前在十六进制输入模式下，只能输入十六进制的字符。"));
 }
 
+// ---- sending files
+
+// Protocol and packet length change nothing: every transfer is a YModem batch
+// whose block sizes follow from the files.
+void SerialportWidget::sltSendXYmodemFile(int, int, QStringList fileName)
+{
+    if (fileName.isEmpty()) {
+        m_transfer->stop();
+        return;
+    }
+    if (!m_transfer->driver()) {
+        const YmodemFileTransmit *driver = m_transfer->create(this);
+        connect(driver, &YmodemFileTransmit::transmitProgress, this, &SerialportWidget::sltTransmitProgress);
+        connect(driver, &YmodemFileTransmit::transmitStatus, this, &SerialportWidget::sltTransmitStatus);
+    }
+    if (m_transfer->isBusy() || !m_port->isOpen())
+        return;
+    SltRecvFromSerialport(); // what came before is the page's own
+    m_recvTimer.stop();
+    m_transfer->start(fileName);
+}
+
 void SerialportWidget::sltTransmitProgress(int porgress, QString name)
 {
-    m_sendBox->filePage()->setProgress(porgress, name);
+    m_transfer->showProgress(porgress, name);
+}
+
+void SerialportWidget::sltTransmitStatus(YmodemFileTransmit::Status status, QString name)
+{
+    m_transfer->takeStatus(status, name);
+}
+
+void SerialportWidget::givePortAway()
+{
+    m_sendBox->setDeviceOpen(false);
+    m_config->setHandedOver(true);
+}
+
+void SerialportWidget::takePortBack(bool open)
+{
+    m_config->setHandedOver(false);
+    if (open)
+        applyParameters(); // a refusal was told when the port was first opened
+    setPortState(open);
+    if (!open)
+        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(m_port->portName()), kError);
 }
 
 // ---- counts
@@ -420,6 +477,10 @@ bool SerialportWidget::prepareToClose()
 {
     if (m_port->isOpen())
         SltRecvFromSerialport();
+    if (m_transfer->isBusy() &&
+        QtMessageBox::question(this, QStringLiteral("询问"),
+                               QStringLiteral("正在传输文件，是否终止传输并退出?")) == 0)
+        return false;
     return m_received->prepareToClose();
 }
 

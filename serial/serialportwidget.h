@@ -5,6 +5,7 @@
 // file and to the display.
 
 #include "shell/base/qtwidgetbase.h"
+#include "transfer/ymodemfiletransmit.h"
 
 #include <QByteArrayList>
 #include <QElapsedTimer>
@@ -12,6 +13,7 @@
 #include <memory>
 
 class ByteSpool;
+class FileTransfer;
 class FormPanel;
 class QLabel;
 class QPushButton;
@@ -54,7 +56,9 @@ public slots:
     void SltSaveDataToFile();
     void sltShowErrorHint();
     void sltInterruptDetection();
+    void sltSendXYmodemFile(int type, int size, QStringList fileName);
     void sltTransmitProgress(int porgress, QString name);
+    void sltTransmitStatus(YmodemFileTransmit::Status status, QString name);
 
 signals:
     void signalNotify(QString text, int kind);
@@ -66,9 +70,12 @@ private:
     QWidget *buildWorkArea();
     void connectParts();
 
-    void applyParameters();
+    QStringList applyParameters();
+    void rememberParameters();
     void setPortState(bool open);
     void closePort();
+    void givePortAway();
+    void takePortBack(bool open);
     void portVanished();
     void takeFromPort();
     void handleReceived(const QByteArrayList &pieces, qint64 size);
@@ -86,6 +93,7 @@ private:
     QtTerminalWidget *m_terminal = nullptr;
     ReceiveStore *m_received = nullptr;
     QtSendBoxWidget *m_sendBox = nullptr;
+    FileTransfer *m_transfer = nullptr;
 
     std::unique_ptr<QextSerialPort> m_port;
     QTimer m_recvTimer;

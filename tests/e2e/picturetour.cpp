@@ -1,4 +1,5 @@
 #include "pid/pidplot.h"
+#include "shell/base/dialoganswers.h"
 #include "shell/base/qtmessagetip.h"
 #include "tests/e2e/stage.h"
 #include "tests/e2e/tours.h"
@@ -9,6 +10,7 @@
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QPixmap>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
 #include <QTabBar>
@@ -179,8 +181,6 @@ void PictureTour::sendPages()
         ++place;
     }
     save(QStringLiteral("multisend"), onScreen(pages));
-    QVERIFY(UserHand::choose(pages, QStringLiteral("发送文件")));
-    save(QStringLiteral("filesend"), onScreen(pages));
     QVERIFY(UserHand::choose(pages, QStringLiteral("单项发送")));
     QVERIFY(UserHand::click(stage().find<QWidget>("radioRecvHex")));
     QVERIFY(UserHand::click(stage().find<QWidget>("radioSendHex")));
@@ -188,6 +188,49 @@ void PictureTour::sendPages()
     QVERIFY(UserHand::click(stage().find<QWidget>("btnSingleSend")));
     WAIT_FOR(stage().shownText().contains(QStringLiteral("HEX >")));
     save(QStringLiteral("hexadecimal"), onScreen(pages));
+}
+
+void PictureTour::fileSending_data()
+{
+    addSkins();
+}
+
+void PictureTour::fileSending()
+{
+    QFETCH(QString, suffix);
+    QFETCH(QString, text);
+    QVERIFY(chooseSkin(text));
+    BoardProcess board(QStringLiteral("COM6"), stage().portsFolder());
+    QVERIFY(stage().plugIn(board,
+                           {QStringLiteral("--mode"), QStringLiteral("ymodem"),
+                            QStringLiteral("--ask-interval"), QStringLiteral("200"),
+                            QStringLiteral("--receive-folder"), stage().file(QStringLiteral("received"))}));
+    QStringList names;
+    for (const QString &name : {QStringLiteral("启动参数.cfg"), QStringLiteral("firmware_v1.2.bin")}) {
+        names.append(stage().file(name));
+        QFile file(names.last());
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(names.size() == 1 ? 300 : 100000));
+    }
+    DialogAnswers::instance().fileNames = [&names](auto, auto, auto, auto) { return names; };
+    auto *pages = stage().find<QComboBox>("comboSendPage");
+    QVERIFY(UserHand::choose(pages, QStringLiteral("发送文件")));
+    QVERIFY(stage().openPort(board));
+    if (suffix.isEmpty())
+        save(QStringLiteral("filesend-empty"), onScreen(pages));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpenFiles")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnSendFiles")));
+    WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->text().startsWith(QStringLiteral("firmware")));
+    WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->value() >= 60);
+    save(QStringLiteral("filesend%1").arg(suffix), onScreen(pages));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnSendFiles")));
+    QVERIFY(stage().waitForNotice(QStringLiteral("传输终止: 用户停止了传输"), Notice::Error));
+    WAIT_EQUAL(stage().find<QPushButton>("btnSendFiles")->text(), QStringLiteral("发送文件"));
+    QVERIFY(
+        UserHand::inDialog([this] { return UserHand::click(stage().find<QPushButton>("btnTransferLog")); },
+                           [this, &suffix](QWidget *dialog) {
+                               save(QStringLiteral("transferlog%1").arg(suffix), onScreen(dialog));
+                               return UserHand::press(Qt::Key_Escape);
+                           }));
 }
 
 void PictureTour::menus_data()

@@ -238,7 +238,7 @@ void PidTour::livesWithBadBoards()
 {
     QFETCH(QString, fault);
     BoardProcess board(QStringLiteral("COM6"), stage().portsFolder());
-    QVERIFY(runLoop(stage(), board, {QStringLiteral("--fault"), fault}));
+    QVERIFY(runLoop(stage(), board, {QStringLiteral("--pid-fault"), fault}));
     WAIT_FOR(latest(stage(), 6) < 1e6 && valuesOf(stage(), 6).upper >= 300);
     QVERIFY(valuesOf(stage(), 6).upper < 2000 && valuesOf(stage(), 6).lower > -2000); // no false values
     QVERIFY(UserHand::click(stage().find<QWidget>("btnPidStart")));
@@ -250,7 +250,7 @@ void PidTour::livesWithBadBoards()
 void PidTour::noticesAResetBoard()
 {
     BoardProcess board(QStringLiteral("COM6"), stage().portsFolder());
-    QVERIFY(runLoop(stage(), board, {QStringLiteral("--fault"), QStringLiteral("reset")}));
+    QVERIFY(runLoop(stage(), board, {QStringLiteral("--pid-fault"), QStringLiteral("reset")}));
     WAIT_FOR(points(stage(), 6)->size() > 10);
     // After the crash it says that it stands still, with its first target.
     WAIT_EQUAL(stage().find<QPushButton>("btnPidStart")->text(), QStringLiteral("启动"));

@@ -94,6 +94,17 @@ private slots:
     void stopsTheMotorWhenQuitting();
 };
 
+// Files go to a board by YModem.
+class TransferTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void sendsFiles();
+    void stops();
+    void explainsAFailure();
+};
+
 // The window around the tools, and its end.
 class WindowTour : public Tour
 {
@@ -120,6 +131,8 @@ private slots:
     void tools_data();
     void tools();
     void sendPages();
+    void fileSending_data();
+    void fileSending();
     void menus_data();
     void menus();
     void dialogs_data();

@@ -385,15 +385,26 @@ void TestSendBox::listsFilesToSend()
     FileSendPage *page = m_box->filePage();
     press("btnOpenFiles");
     QCOMPARE(page->files(), (QStringList{"/tmp/a.bin", "/tmp/b.bin"}));
+    m_box->setDeviceOpen(false);
     QVERIFY(!child<QPushButton>("btnSendFiles")->isEnabled());
-    page->setSendingPossible(true);
+    m_box->setDeviceOpen(true);
     QSignalSpy requests(m_box.get(), &QtSendBoxWidget::signalSendFile);
     press("btnSendFiles");
     QCOMPARE(requests.last().at(0).toInt(), 1);
     QCOMPARE(requests.last().at(1).toInt(), 1024);
     QCOMPARE(requests.last().at(2).toStringList().size(), 2);
+
+    // While files are on their way the button stops them.
+    page->setSending(true);
+    QCOMPARE(child<QPushButton>("btnSendFiles")->text(), QStringLiteral("停止发送"));
+    QVERIFY(!child<QPushButton>("btnClearFiles")->isEnabled());
+    press("btnSendFiles");
+    QCOMPARE(requests.last().at(2).toStringList(), QStringList());
+    page->setSending(false);
     press("btnClearFiles");
     QCOMPARE(page->files(), QStringList());
+    press("btnSendFiles"); // nothing to send, and nothing to stop
+    QCOMPARE(requests.size(), 2);
 }
 
 QTEST_MAIN(TestSendBox)

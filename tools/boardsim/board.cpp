@@ -15,6 +15,7 @@ Board::Board(const Options &options, QObject *parent)
     connect(&m_port, &VirtualPort::received, this, &Board::onReceived);
     connect(&m_port, &VirtualPort::outputEmpty, m_mode.get(), &BoardMode::outputEmpty);
     connect(m_mode.get(), &BoardMode::finished, this, [this] { emit event(QStringLiteral("finished")); });
+    connect(m_mode.get(), &BoardMode::event, this, &Board::event);
     connect(m_mode.get(), &BoardMode::unplugRequested, this, &Board::unplug);
 
     for (QTimer *timer : {&m_startDelay, &m_unplugDelay, &m_replugDelay}) {

@@ -26,8 +26,8 @@ public:
     QString statistics() const;
 
 signals:
-    // "plugged COM3 /dev/pts/4", "unplugged COM3", "host arrived", "host left"
-    // or "finished", for whoever follows the board's doings.
+    // "plugged COM3 /dev/pts/4", "unplugged COM3", "host arrived", "host left",
+    // "finished" or what the mode reports, for whoever follows the board's doings.
     void event(const QString &text);
     // The port could not come back.
     void failed(const QString &error);

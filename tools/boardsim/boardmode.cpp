@@ -6,6 +6,7 @@
 #include "tools/boardsim/logmode.h"
 #include "tools/boardsim/pidmode.h"
 #include "tools/boardsim/shellmode.h"
+#include "tools/boardsim/ymodemmode.h"
 
 namespace Boardsim {
 
@@ -29,6 +30,8 @@ std::unique_ptr<BoardMode> BoardMode::create(const Options &options, VirtualPort
         return std::make_unique<BurstMode>(options, port);
     case Options::Mode::Pid:
         return std::make_unique<PidMode>(options, port);
+    case Options::Mode::Ymodem:
+        return std::make_unique<YmodemMode>(options, port);
     case Options::Mode::Silent:
         break;
     }

@@ -35,6 +35,8 @@ signals:
     void finished();
     // The board wants its cable out for a while, in milliseconds.
     void unplugRequested(int ms);
+    // Something that whoever follows the board may want to know.
+    void event(const QString &text);
 
 protected:
     VirtualPort &port() { return m_port; }

@@ -37,9 +37,9 @@ Options::Mode modeFromName(const QString &name)
         const char *name;
         Options::Mode mode;
     } modes[] = {
-        {"log", Options::Mode::Log},     {"echo", Options::Mode::Echo},     {"shell", Options::Mode::Shell},
-        {"flood", Options::Mode::Flood}, {"silent", Options::Mode::Silent}, {"burst", Options::Mode::Burst},
-        {"pid", Options::Mode::Pid},
+        {"log", Options::Mode::Log},       {"echo", Options::Mode::Echo},     {"shell", Options::Mode::Shell},
+        {"flood", Options::Mode::Flood},   {"silent", Options::Mode::Silent}, {"burst", Options::Mode::Burst},
+        {"ymodem", Options::Mode::Ymodem}, {"pid", Options::Mode::Pid},
     };
     for (const auto &entry : modes) {
         if (name == QLatin1String(entry.name))
@@ -67,6 +67,24 @@ Options::Fault faultFromName(const QString &name)
     reject(QStringLiteral("there is no fault '%1'").arg(name));
 }
 
+void readYmodem(const QCommandLineParser &parser, Options *options)
+{
+    options->receiveFolder = parser.isSet(QStringLiteral("receive-folder"))
+                                 ? parser.value(QStringLiteral("receive-folder"))
+                                 : QStringLiteral("received");
+    YmodemReceiver::Settings &ymodem = options->ymodem;
+    ymodem.seed = options->seed;
+    ymodem.encoding = options->encoding;
+    ymodem.askMs = int(number(parser, QStringLiteral("ask-interval"), ymodem.askMs, 1, 600000));
+    ymodem.packetMs = int(number(parser, QStringLiteral("packet-timeout"), ymodem.packetMs, 1, 600000));
+    ymodem.nakFirstEot = parser.isSet(QStringLiteral("nak-first-eot"));
+    const QStringList faults = parser.values(QStringLiteral("fault"));
+    for (const QString &fault : faults) {
+        if (!ymodem.faults.add(fault))
+            reject(QStringLiteral("there is no fault '%1'").arg(fault));
+    }
+}
+
 } // namespace
 
 Options Options::fromCommandLine(const QCoreApplication &application)
@@ -80,14 +98,15 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     };
     option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
     option("port", "COM<n>", "Name of the port (default: COM3).");
-    option("mode", "name", "log, echo, shell, flood, silent, burst or pid (default: log).");
-    option("encoding", "name", "utf8, gb18030, ascii (payload only) or binary (default: utf8).");
+    option("mode", "name", "log, echo, shell, flood, silent, burst, pid or ymodem (default: log).");
+    option("encoding", "name",
+           "utf8, gb18030, ascii (payload only) or binary; of names, too (default: utf8).");
     option("rate", "n", "log: lines per second (default: 20).");
     option("bytes-per-second", "n", "burst: mean rate (default: 92000).");
     option("burst-pause", "ms", "burst: silence between bursts (default: 12).");
     option("report-rate", "n", "pid: actual values per second of each running loop (default: 100).");
     option("noise", "units", "pid: noise of the measurement, either way (default: 2).");
-    option("fault", "name", "pid: garbage, glued, cut, flood, silence or reset (default: none).");
+    option("pid-fault", "name", "pid: garbage, glued, cut, flood, silence or reset (default: none).");
     option("total", "bytes", "flood, burst: how much to send (default: without end).");
     option("delay", "ms", "Begin so long after a host has opened the port (default: 200).");
     parser.addOption({QStringLiteral("start-on-byte"),
@@ -95,7 +114,15 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("unplug-after", "ms", "Vanish so long after a host first opened the port.");
     option("replug-after", "ms", "Come back so long after vanishing.");
     option("record", "file", "Write every byte from the host to this file.");
-    option("seed", "n", "Of the payload and the log (default: 1).");
+    option("seed", "n", "Of the payload, the log and noise (default: 1).");
+    option("receive-folder", "path", "ymodem: keep the files here (default: a folder \"received\").");
+    option("ask-interval", "ms", "ymodem: between two 'C' (default: 1000).");
+    option("packet-timeout", "ms", "ymodem: NAK after so long without a block (default: 10000).");
+    parser.addOption({QStringLiteral("nak-first-eot"),
+                      QStringLiteral("ymodem: answer the first EOT of a file with NAK.")});
+    option("fault", "kind[=value][@place][*times]",
+           "ymodem: lose, double, nak, can, a, silence[=ms], noise[=bytes], wild-noise[=bytes], "
+           "late-c[=ms] or only-c, at a block's number, every<n>, start, eot or end. Repeatable.");
     parser.process(application);
     if (!parser.positionalArguments().isEmpty())
         reject(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
@@ -123,8 +150,8 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     options.reportsPerSecond =
         int(number(parser, QStringLiteral("report-rate"), options.reportsPerSecond, 1, 100000));
     options.noise = int(number(parser, QStringLiteral("noise"), options.noise, 0, 1000));
-    if (parser.isSet(QStringLiteral("fault")))
-        options.fault = faultFromName(parser.value(QStringLiteral("fault")));
+    if (parser.isSet(QStringLiteral("pid-fault")))
+        options.fault = faultFromName(parser.value(QStringLiteral("pid-fault")));
     options.totalBytes =
         number(parser, QStringLiteral("total"), options.totalBytes, 0, std::numeric_limits<qint64>::max());
     options.startDelayMs = int(number(parser, QStringLiteral("delay"), options.startDelayMs, 0, most));
@@ -136,6 +163,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     options.recordFile = parser.value(QStringLiteral("record"));
     options.seed =
         quint32(number(parser, QStringLiteral("seed"), options.seed, 0, std::numeric_limits<quint32>::max()));
+    readYmodem(parser, &options);
     return options;
 }
 

@@ -3,6 +3,7 @@
 // What can be asked for on the command line.
 
 #include "tools/boardsim/payload.h"
+#include "tools/boardsim/ymodemreceiver.h"
 
 #include <QString>
 
@@ -12,7 +13,7 @@ namespace Boardsim {
 
 struct Options
 {
-    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, Pid };
+    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, Pid, Ymodem };
     enum class Fault { None, Garbage, Glued, Cut, Flood, Silence, Reset }; // of a pid board
 
     QString folder; // of the links
@@ -32,6 +33,8 @@ struct Options
     int replugAfterMs = -1;     // from the unplugging; -1 never
     QString recordFile;
     quint32 seed = 1;
+    QString receiveFolder; // ymodem
+    YmodemReceiver::Settings ymodem;
 
     // Reads the command line; shows help and ends the program, or ends it with
     // an English message, where that is due.

@@ -6,9 +6,9 @@
 // While no program has the port open nothing can be sent, as on a wire with
 // nobody at the other end; hostArrived() and hostLeft() tell.
 
-#include <QByteArray>
+#include "tools/boardsim/serialend.h"
+
 #include <QElapsedTimer>
-#include <QObject>
 #include <QString>
 #include <QTimer>
 
@@ -18,7 +18,7 @@ class QSocketNotifier;
 
 namespace Boardsim {
 
-class VirtualPort : public QObject
+class VirtualPort : public SerialEnd
 {
     Q_OBJECT
 
@@ -47,12 +47,12 @@ public:
     QString device() const { return m_device; }
 
     // Queues bytes. Without a host they are dropped.
-    void write(const QByteArray &bytes);
-    qsizetype queued() const { return m_output.size() - m_outputAt; }
+    void write(const QByteArray &bytes) override;
+    qsizetype queued() const override { return m_output.size() - m_outputAt; }
 
     // While not reading, the host's bytes stay where they are and the host
     // blocks in the end; stalled, the board does not send either.
-    void setReading(bool reading);
+    void setReading(bool reading) override;
     void setStalled(bool stalled);
 
     Statistics statistics() const;
@@ -60,7 +60,6 @@ public:
 signals:
     void hostArrived();
     void hostLeft();
-    void received(const QByteArray &bytes);
     // The port has taken everything that was queued.
     void outputEmpty();
 

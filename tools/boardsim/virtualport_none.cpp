@@ -7,7 +7,7 @@
 namespace Boardsim {
 
 VirtualPort::VirtualPort(const QString &folder, const QString &name, QObject *parent)
-    : QObject(parent)
+    : SerialEnd(parent)
     , m_folder(folder)
     , m_link(name)
 {

@@ -53,7 +53,7 @@ bool resetHostEnd(const QByteArray &device)
 } // namespace
 
 VirtualPort::VirtualPort(const QString &folder, const QString &name, QObject *parent)
-    : QObject(parent)
+    : SerialEnd(parent)
     , m_folder(folder)
     , m_link(QDir(folder).filePath(name))
 {

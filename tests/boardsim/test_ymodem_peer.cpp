@@ -1,0 +1,128 @@
+// The simulated boot loader with a sender that others have written: sb of
+// lrzsz, on the board's port.
+
+#include "tests/support/boardprocess.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+// Bytes of no regular order, the control characters of the protocol among them.
+QByteArray contentOf(int size)
+{
+    QByteArray bytes;
+    quint32 state = quint32(size) + 1;
+    while (bytes.size() < size) {
+        state = state * 1664525U + 1013904223U;
+        bytes += char(state >> 24);
+    }
+    return bytes;
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be read");
+}
+
+} // namespace
+
+class TestYmodemPeer : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_sent.isValid());
+        for (auto file = m_sizes.cbegin(); file != m_sizes.cend(); ++file) {
+            QFile out(m_sent.filePath(file.key()));
+            QVERIFY(out.open(QIODevice::WriteOnly));
+            QCOMPARE(out.write(contentOf(file.value())), qint64(file.value()));
+        }
+    }
+
+    void files_data()
+    {
+        QTest::addColumn<QStringList>("senderOptions");
+        QTest::addColumn<QStringList>("boardOptions");
+        QTest::addColumn<QString>("event");
+        QTest::newRow("128") << QStringList{} << QStringList{} << "batch end 8 files";
+        QTest::newRow("1024") << QStringList{"-k"} << QStringList{} << "batch end 8 files";
+        QTest::newRow("names with their folders") << QStringList{"-k", "-f"} << QStringList{} << "batch end";
+        const QStringList impatient{"--packet-timeout", "200", "--ask-interval", "200"};
+        QTest::newRow("refused") << QStringList{"-k"}
+                                 << QStringList{"--nak-first-eot", "--fault", "nak@0", "--fault",
+                                                "nak@every3"}
+                                 << "refused on purpose";
+        QTest::newRow("lost answers")
+            << QStringList{"-k"} << impatient + QStringList{"--fault", "lose@0", "--fault", "lose@every30*2"}
+            << "repeated block";
+        QTest::newRow("late") << QStringList{"-k"} << QStringList{"--fault", "late-c=600@0"} << "batch end";
+    }
+
+    void files()
+    {
+        QFETCH(QStringList, senderOptions);
+        QFETCH(QStringList, boardOptions);
+        QFETCH(QString, event);
+        BoardProcess board;
+        QVERIFY(board.start(bootLoader(board) + boardOptions));
+        QCOMPARE(send(board, senderOptions, m_sizes.keys()), 0);
+        QVERIFY2(board.waitForEvent("batch end 8 files"), qPrintable(board.events().join('\n')));
+        QVERIFY(board.waitForEvent(event));
+        QVERIFY(board.stop());
+        for (auto file = m_sizes.cbegin(); file != m_sizes.cend(); ++file)
+            QVERIFY2(readFile(received(board) + file.key()) == contentOf(file.value()),
+                     qPrintable(file.key()));
+    }
+
+    void nextBatchAfterCancelling()
+    {
+        BoardProcess board;
+        QVERIFY(board.start(bootLoader(board) + QStringList{"--fault", "can@5"}));
+        QVERIFY(send(board, {"-k"}, {"large.bin"}) != 0);
+        QVERIFY(board.waitForEvent("cancelled: on purpose"));
+        QVERIFY(board.waitForEvent("host left"));
+        QVERIFY(!QFile::exists(received(board) + "large.bin")); // a half is of no use
+        QCOMPARE(send(board, {"-k"}, {"large.bin"}), 0);
+        QVERIFY(board.waitForEvent("file large.bin 102400 bytes"));
+        QVERIFY(board.stop());
+        QVERIFY(readFile(received(board) + "large.bin") == contentOf(102400));
+    }
+
+private:
+    static QString received(const BoardProcess &board) { return board.folder() + "/received/"; }
+    static QStringList bootLoader(const BoardProcess &board)
+    {
+        return {"--mode", "ymodem", "--delay", "0", "--receive-folder", received(board)};
+    }
+
+    // The exit code of the sender, which has its standard input and output on
+    // the port; -1 if it does not end.
+    int send(const BoardProcess &board, const QStringList &options, const QStringList &names)
+    {
+        QProcess sender;
+        sender.setWorkingDirectory(m_sent.path());
+        sender.setStandardInputFile(board.link());
+        sender.setStandardOutputFile(board.link(), QIODevice::Append); // a device is not cut
+        QStringList files;
+        for (const QString &name : names)
+            files += options.contains("-f") ? m_sent.filePath(name) : name;
+        sender.start("sb", QStringList{"-q"} + options + files);
+        return sender.waitForFinished(60000) && sender.exitStatus() == QProcess::NormalExit
+                   ? sender.exitCode()
+                   : -1;
+    }
+
+    QTemporaryDir m_sent;
+    const QMap<QString, int> m_sizes{
+        {"nothing", 0},     {"one", 1},         {"127.bin", 127},       {"128.bin", 128},
+        {"129 b.bin", 129}, {"1024.bin", 1024}, {"固件 升级.bin", 300}, {"large.bin", 102400},
+    };
+};
+
+QTEST_GUILESS_MAIN(TestYmodemPeer)
+#include "test_ymodem_peer.moc"

@@ -1,0 +1,341 @@
+// The boot loader's side of YModem, byte for byte, without a port: what it
+// answers to good and to bad senders, and the faults that it can be told to have.
+
+#include "tools/boardsim/ymodemreceiver.h"
+
+#include <QTest>
+
+using Boardsim::YmodemReceiver;
+
+namespace {
+
+constexpr int size = 300; // of the file that "H" announces
+
+struct FakeBoard : YmodemReceiver::Board
+{
+    void send(const QByteArray &bytes) override { sent += bytes; }
+    void setTimer(int ms) override { timer = ms; }
+    bool beginFile(const QString &fileName) override
+    {
+        name = fileName;
+        content.clear();
+        return !full;
+    }
+    bool storeBytes(const QByteArray &bytes) override
+    {
+        content += bytes;
+        return true;
+    }
+    void endFile(bool complete) override
+    {
+        if (complete)
+            kept += content;
+        else
+            ++dropped;
+    }
+    void report(const QString &event) override { events += event; }
+
+    QByteArray sent, content;
+    QString name;
+    QStringList events;
+    QList<QByteArray> kept; // contents
+    int dropped = 0;
+    int timer = -1;
+    bool full = false;
+};
+
+QByteArray packet(char first, int number, const QByteArray &content)
+{
+    const QByteArray field = content.leftJustified(first == 1 ? 128 : 1024, '\0');
+    quint16 crc = 0;
+    for (const char byte : field) { // a byte at a time
+        crc = quint16(crc >> 8 | crc << 8);
+        crc = quint16(crc ^ quint8(byte));
+        crc = quint16(crc ^ (crc & 0xff) >> 4);
+        crc = quint16(crc ^ crc << 12);
+        crc = quint16(crc ^ (crc & 0xff) << 5);
+    }
+    return QByteArray(1, first) + char(number) + char(0xff - number) + field + char(crc >> 8) + char(crc);
+}
+
+QByteArray header(const QByteArray &name, const QByteArray &fileSize)
+{
+    return packet(1, 0, name + '\0' + fileSize + '\0');
+}
+
+// What a sender sends: H header of a.bin, D<n> and d<n> block n of 1024 and
+// 128 bytes, e EOT, Z empty block 0, X five CAN, x one, g a user's text with
+// control characters; with ! a wrong CRC, with ~ a wrong complement, with / the
+// first half.
+QByteArray wire(QString token)
+{
+    const auto takes = [&token](char mark) {
+        const bool marked = token.startsWith(QLatin1Char(mark));
+        token = token.mid(marked ? 1 : 0);
+        return marked;
+    };
+    const bool wrongCrc = takes('!');
+    const bool wrongComplement = takes('~');
+    const bool half = takes('/');
+    const int number = token.mid(1).toInt();
+    QByteArray bytes;
+    switch (token.at(0).toLatin1()) {
+    case 'H':
+        bytes = header("a.bin", QByteArray::number(size));
+        break;
+    case 'D':
+        bytes = packet(2, number, QByteArray(1024, char('A' + number)));
+        break;
+    case 'd':
+        bytes = packet(1, number, QByteArray(128, char('A' + number)));
+        break;
+    case 'e':
+        bytes = "\x04";
+        break;
+    case 'Z':
+        bytes = packet(1, 0, {});
+        break;
+    case 'X':
+        bytes = "\x18\x18\x18\x18\x18";
+        break;
+    case 'x':
+        bytes = "\x18";
+        break;
+    case 'g':
+        bytes = "reboot\x01\r\n\x02\x18\x06\x15";
+        break;
+    }
+    if (wrongCrc)
+        bytes[bytes.size() - 1] = char(bytes.back() ^ 1);
+    if (wrongComplement)
+        bytes[2] = char(bytes.at(2) ^ 0x80);
+    return half ? bytes.left(bytes.size() / 2) : bytes;
+}
+
+} // namespace
+
+class TestYmodemReceiver : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void knownBytes()
+    {
+        FakeBoard board;
+        YmodemReceiver receiver({}, board);
+        receiver.start();
+        receiver.received(QByteArray("\x01\x00\xff"
+                                     "a.bin\0005",
+                                     10) +
+                          QByteArray(121, '\0') + QByteArray::fromHex("1d32"));
+        receiver.received(QByteArray::fromHex("0101fe") + "hello" + QByteArray(123, '\0') +
+                          QByteArray::fromHex("a546"));
+        receiver.received("\x04");
+        receiver.received(QByteArray::fromHex("0100ff") + QByteArray(130, '\0'));
+        QCOMPARE(board.sent.toHex(), QByteArray("43"
+                                                "0643"
+                                                "06"
+                                                "0643"
+                                                "06"));
+        QCOMPARE(board.kept, QList<QByteArray>{"hello"});
+    }
+
+    void transcript_data()
+    {
+        QTest::addColumn<QString>("faults");
+        // What comes > what is answered (hexadecimal, - for nothing), in turn.
+        // T: the time is up; T500: it was 500 ms.
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("events");
+        const auto row = [](const char *name, const char *faults, const char *steps, const char *events) {
+            QTest::newRow(name) << faults << steps << events;
+        };
+        const char *const done = "file a.bin 300 bytes|batch end 1 files";
+
+        row("plain", "", "H>0643 D1>06 e>0643 Z>06 T1000>43", done);
+        row("small blocks", "", "H>0643 d1>06 d2>06 d3>06 e>0643 Z>06", done);
+        row("more than announced", "", "H>0643 D1>06 D2>06 e>0643 Z>06", done);
+        row("less than announced", "", "H>0643 d1>06 e>0643", "file a.bin 128 of 300 bytes");
+        row("two files, two batches", "",
+            "H>0643 D1>06 e>0643 H>0643 D1>06 e>0643 Z>06 H>0643 D1>06 e>0643 Z>06",
+            "file a.bin 300 bytes|file a.bin 300 bytes|batch end 2 files|file a.bin 300 bytes|batch end 1 "
+            "files");
+        row("no file at all", "", "Z>06", "batch end 0 files");
+        row("everything repeated", "", "H>0643 H>0643 d1>06 d1>06 d2>06 d2>06 d3>06 e>0643 e>0643 Z>06",
+            "repeated block 0|repeated block 1|repeated block 2|file a.bin 300 bytes|repeated EOT|batch end "
+            "1 files");
+        row("broken blocks", "", "!H>15 H>0643 !D1>15 ~D1>15 D1>06 e>0643 Z>06",
+            "refused a broken block|refused a broken block|refused a broken block|file a.bin 300 bytes|batch "
+            "end 1 files");
+        row("out of sequence", "", "H>0643 d1>06 d3>1818 T1000>43", "cancelled: block 3 instead of 2");
+        row("cancelled by the sender", "", "X>- H>0643 x>- d1>06 x>- e>0643 X>- e>- H>0643 X>- D1>- H>0643",
+            "file a.bin 128 of 300 bytes|cancelled: by the sender|cancelled: by the sender");
+        row("cancelled within a block", "", "H>0643 d1>06 /D2>- X>- T1000>-", "cancelled: by the sender");
+        row("nothing that concerns it", "", "g>- T1000>43 e>- d1>- x>- g>- H>0643 D1>06 e>0643 Z>06", done);
+        row("half a block", "", "H>0643 T1000>43 /D1>- T1000>15 D1>06 T10000>15 e>0643 Z>06",
+            "refused a part of a block|refused silence|file a.bin 300 bytes|batch end 1 files");
+        row("sender gone", "",
+            "H>0643 d1>06 T>15 T>15 T>15 T>15 T>15 d1>06 T>15 T>15 T>15 T>15 T>15 "
+            "T>15 T>15 T>15 T>15 T>15 T>1818 T1000>43",
+            "refused silence|refused silence|refused silence|refused silence|refused silence|repeated block "
+            "1|"
+            "refused silence|refused silence|refused silence|refused silence|refused silence|refused silence|"
+            "refused silence|refused silence|refused silence|refused silence|cancelled: nothing comes");
+
+        row("lose", "lose@0 lose@1*2 lose@eot lose@end", "H>- H>0643 D1>- D1>- D1>06 e>- e>0643 Z>- Z>06",
+            "repeated block 0|repeated block 1|repeated block 1|file a.bin 300 bytes|repeated EOT|"
+            "batch end 1 files|batch end 0 files");
+        row("double", "double", "H>060643 D1>0606 e>060643 Z>0606", done);
+        row("nak", "nak@0 nak@1*2 nak@eot nak@end", "H>15 H>0643 D1>15 D1>15 D1>06 e>15 e>0643 Z>15 Z>06",
+            "refused on purpose|refused on purpose|refused on purpose|refused on purpose|file a.bin 300 "
+            "bytes|"
+            "refused on purpose|batch end 1 files");
+        row("nak every", "nak@every2", "H>0643 d1>06 d2>15 d2>06 d3>06 d4>15 d4>06 e>0643",
+            "refused on purpose|refused on purpose|file a.bin 300 bytes");
+        row("can", "can@0 can@2", "H>1818 H>0643 d1>06 d2>1818 e>-",
+            "cancelled: on purpose|cancelled: on purpose");
+        row("a at the end", "a@eot", "H>0643 D1>06 e>41", "cancelled: on purpose");
+        row("silence", "silence=700@2", "H>0643 d1>06 d2>- d2>- e>- X>- T>- d2>06 d3>06 e>0643",
+            "silent|file a.bin 300 bytes");
+        row("silence at the start", "silence=700@start*3", "H>- T700>- T1000>- T700>- T>- T>- H>0643",
+            "silent|silent|silent");
+        row("late request", "late-c=2500@0 late-c", "T>43 H>06 T2500>43 D1>06 e>06 T500>43 Z>06", done);
+        row("request instead of ACK", "only-c@eot", "H>0643 D1>06 e>43 Z>06 T>43", done);
+    }
+
+    void transcript()
+    {
+        QFETCH(QString, faults);
+        QFETCH(QString, steps);
+        QFETCH(QString, events);
+        for (const bool inOne : {true, false}) {
+            FakeBoard board;
+            YmodemReceiver::Settings settings;
+            for (const QString &fault : faults.split(' ', Qt::SkipEmptyParts))
+                QVERIFY2(settings.faults.add(fault), qPrintable(fault));
+            YmodemReceiver receiver(settings, board);
+            receiver.received("before it starts\x01");
+            receiver.start();
+            for (const QString &step : steps.split(' ')) {
+                const QString token = step.section('>', 0, 0);
+                board.sent.clear();
+                if (token.startsWith('T')) {
+                    if (token.size() > 1)
+                        QCOMPARE(board.timer, token.mid(1).toInt());
+                    receiver.timeOut();
+                } else if (inOne) {
+                    receiver.received(wire(token));
+                } else {
+                    for (const char byte : wire(token))
+                        receiver.received(QByteArray(1, byte));
+                }
+                const QByteArray answer = board.sent.isEmpty() ? QByteArray("-") : board.sent.toHex();
+                QVERIFY2(answer == step.section('>', 1).toLatin1(), qPrintable(step + " not " + answer));
+            }
+            QCOMPARE(board.events.join('|'), events);
+            const bool large = steps.contains("D1");
+            const QByteArray content =
+                large ? QByteArray(300, 'B')
+                      : QByteArray(128, 'B') + QByteArray(128, 'C') + QByteArray(44, 'D');
+            QCOMPARE(board.kept.size(), events.count("file a.bin"));
+            for (const QByteArray &file : qAsConst(board.kept))
+                QVERIFY(file == content || (events.contains("128 of 300") && file == content.left(128)));
+        }
+    }
+
+    void blockNumbersWrap()
+    {
+        FakeBoard board;
+        YmodemReceiver receiver({}, board);
+        receiver.start();
+        receiver.received(header("long", "100000"));
+        QByteArray content;
+        for (int block = 1; block <= 800; ++block) {
+            const QByteArray field(128, char(block * 7));
+            content += field;
+            receiver.received(packet(1, block & 0xff, field) + packet(1, block & 0xff, field));
+        }
+        receiver.received("\x04");
+        QCOMPARE(board.kept.size(), 1);
+        QVERIFY(board.kept.first() == content.left(100000));
+    }
+
+    void headers_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QByteArray>("fileSize");
+        QTest::addColumn<QByteArray>("stored"); // name; empty: refused
+        const auto row = [](const QByteArray &name, const QByteArray &fileSize, const QByteArray &stored) {
+            QTest::addRow("%s, %s", name.constData(), fileSize.constData()) << name << fileSize << stored;
+        };
+        row("a b.bin", "300 14717 0 0 1 300", "a b.bin");
+        row("固件.bin", "", "固件.bin");
+        row("\xb9\xcc\xbc\xfe\x81\x5c.bin", "1", "固件乗.bin"); // GB18030, with a backslash in it
+        row("../../etc/passwd", "1", "passwd");
+        row("C:\\boot\\..\\x.bin", "1", "x.bin");
+        row("a:b\n\x7f", "1", "a_b__");
+        row("..", "1", "");
+        row("boot/", "1", "");
+        row("/", "1", "");
+        row("a.bin", "-1", "");
+        row("a.bin", "12x", "");
+        row("a.bin", "99999999999999999999", "");
+        row("a.bin", "9223372036854775807", "a.bin"); // nothing is reserved for it
+        row(QByteArray(128, 'n'), "", "");            // without an end
+    }
+
+    void headers()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(QByteArray, fileSize);
+        QFETCH(QByteArray, stored);
+        FakeBoard board;
+        YmodemReceiver receiver({}, board);
+        receiver.start();
+        board.sent.clear();
+        receiver.received(header(name, fileSize).size() == 133 ? header(name, fileSize)
+                                                               : packet(1, 0, name.left(128)));
+        QCOMPARE(board.name.toUtf8(), stored);
+        QCOMPARE(board.sent.toHex(), QByteArray(stored.isEmpty() ? "1818" : "0643"));
+        receiver.stop();
+        QCOMPARE(board.dropped, stored.isEmpty() ? 0 : 1);
+        QCOMPARE(board.timer, -1);
+
+        board.full = true; // as a board may be
+        receiver.start();
+        board.sent.clear();
+        receiver.received(header("a.bin", "1"));
+        QCOMPARE(board.sent.toHex(), QByteArray("1818"));
+    }
+
+    void noise()
+    {
+        YmodemReceiver::Settings settings;
+        QVERIFY(settings.faults.add("noise=200@1"));
+        QVERIFY(settings.faults.add("wild-noise=5@eot"));
+        FakeBoard board;
+        YmodemReceiver receiver(settings, board);
+        receiver.start();
+        receiver.received(wire("H"));
+        board.sent.clear();
+        receiver.received(wire("D1"));
+        QCOMPARE(board.sent.size(), 201);
+        QVERIFY(board.sent.endsWith('\x06'));
+        for (const char meaningful : QByteArray("\x01\x02\x04\x06\x15\x18"
+                                                "CAa"))
+            QVERIFY(!board.sent.chopped(1).contains(meaningful));
+        receiver.received(wire("e"));
+        QCOMPARE(board.sent.size(), 201 + 7);
+    }
+
+    void refusesUnknownFaults()
+    {
+        Boardsim::YmodemFaults faults;
+        for (const char *text :
+             {"", "nak@", "nap@3", "nak@-1", "nak@every0", "nak@x", "nak3", "nak@3*", "silence=@3", "nak@3 "})
+            QVERIFY2(!faults.add(text), text);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestYmodemReceiver)
+#include "test_ymodemreceiver.moc"

@@ -1,0 +1,221 @@
+// Sending files from the serial page: the port goes to the driver and comes
+// back after every outcome, and the page says what happens.
+
+#include "tests/serial/serialpagetest.h"
+
+#include "serial/filesendpage.h"
+#include "serial/qtsendboxwidget.h"
+#include "shell/base/dialoganswers.h"
+#include "shell/base/stateindicator.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+
+class TestFileTransfer : public SerialPageTest
+{
+    Q_OBJECT
+
+private slots:
+    void sendsFiles();
+    void endsInEveryWay_data();
+    void endsInEveryWay();
+    void sendsAgainAfterAFailure();
+    void keepsItsOwnBytesApart();
+    void losesThePort();
+    void cannotStartWithoutTheDevice();
+    void asksBeforeClosing();
+
+private:
+    QString makeFile(const QString &name, int size);
+    void beginSending(const QStringList &files);
+    QByteArray answered(const char *answer, int count);
+    QString text() { return child<QPlainTextEdit>("textTransfer")->toPlainText(); }
+    QString sendButton() { return child<QAbstractButton>("btnSendFiles")->text(); }
+    bool waitForEnd()
+    {
+        return QTest::qWaitFor([this] { return sendButton() == QStringLiteral("发送文件"); }, 20000);
+    }
+    // The page has its port again: what the board says is shown.
+    void checkThePort();
+};
+
+QString TestFileTransfer::makeFile(const QString &name, int size)
+{
+    QFile file(m_root->filePath(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(size, 'x')) != size)
+        qFatal("cannot make a file");
+    return file.fileName();
+}
+
+void TestFileTransfer::beginSending(const QStringList &files)
+{
+    DialogAnswers::instance().fileNames = [files](auto, auto, auto, auto) { return files; };
+    click("btnClearFiles");
+    click("btnOpenFiles");
+    click("btnSendFiles");
+}
+
+QByteArray TestFileTransfer::answered(const char *answer, int count)
+{
+    m_board->write(answer);
+    return m_board->read(count, 20000);
+}
+
+void TestFileTransfer::checkThePort()
+{
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("关闭串口"));
+    QVERIFY(child<QAbstractButton>("btnOpen")->isEnabled());
+    QVERIFY(child<QAbstractButton>("btnClearFiles")->isEnabled());
+    receive("back again");
+    QTRY_VERIFY(shown().endsWith("back again"));
+}
+
+void TestFileTransfer::sendsFiles()
+{
+    openPort();
+    const QString name = makeFile("a.bin", 3000);
+    beginSending({name});
+    QCOMPARE(sendButton(), QStringLiteral("停止发送"));
+    QVERIFY(!child<QAbstractButton>("btnOpen")->isEnabled());
+    QVERIFY(!child<QComboBox>("comboPort")->isEnabled());
+    QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+
+    QCOMPARE(answered("C", 133).size(), 133);
+    QCOMPARE(text(), QStringLiteral("\n开始传输文件->\n%1\n握手成功").arg(name));
+    m_board->write("\x06");
+    QCOMPARE(answered("C", 1029).size(), 1029);
+    QCOMPARE(child<QProgressBar>("progressTransfer")->value(), 34); // 1024 of 3000
+    QCOMPARE(child<QProgressBar>("progressTransfer")->text(), QStringLiteral("a.bin  34%"));
+    QVERIFY(child<QLabel>("labelTransferAmount")->text().startsWith("1.0 KB / 2.9 KB"));
+    // Another adapter comes: no reason to end anything.
+    m_page->SltSerialportChanged({"COM7 other"});
+    answered("\x06", 1029);
+    answered("\x06", 1029);
+    answered("\x06", 1);
+    m_board->write("\x06");
+    answered("C", 133);
+    m_board->write("\x06");
+    QVERIFY(waitForEnd());
+    QVERIFY(text().endsWith(QStringLiteral("握手成功\n\n传输完成")));
+    QCOMPARE(child<QProgressBar>("progressTransfer")->text(), QStringLiteral("传输完成  100%"));
+    QCOMPARE(lastNotice(), QStringLiteral("文件传输完成！"));
+    QCOMPARE(lastKind(), 0);
+    checkThePort();
+    QCOMPARE(m_page->counts().at(0), QStringLiteral("0")); // the page itself sent nothing
+}
+
+void TestFileTransfer::endsInEveryWay_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("the receiver cancels") << "cancel" << QStringLiteral("传输终止\n接收端取消了传输\n");
+    QTest::newRow("the user stops") << "stop" << QStringLiteral("传输终止\n用户停止了传输\n");
+    QTest::newRow("the file has gone") << "vanish" << QStringLiteral("传输错误\n文件不存在");
+}
+
+void TestFileTransfer::endsInEveryWay()
+{
+    QFETCH(QString, how);
+    QFETCH(QString, words);
+    openPort();
+    const QString name = makeFile("a.bin", 3000);
+    beginSending({name});
+    if (how == "vanish")
+        QVERIFY(QFile::remove(name));
+    else
+        answered("C", 133);
+    if (how == "stop")
+        click("btnSendFiles");
+    else
+        m_board->write(how == "cancel" ? "\x18" : "C");
+    QVERIFY(waitForEnd());
+    QVERIFY2(text().contains(words), qPrintable(text()));
+    QCOMPARE(text().count(words), 1);
+    QVERIFY(text().endsWith(QStringLiteral("未完成: ") + name));
+    QCOMPARE(lastKind(), 255);
+    m_board->read(5);
+    checkThePort();
+}
+
+void TestFileTransfer::sendsAgainAfterAFailure()
+{
+    openPort();
+    beginSending({m_root->filePath("missing")});
+    QCOMPARE(answered("C", 5), QByteArray("\x18\x18\x18\x18\x18"));
+    QVERIFY(waitForEnd());
+    beginSending({makeFile("b.bin", 1)});
+    QCOMPARE(answered("C", 133).mid(3, 6), QByteArray("b.bin\0", 6));
+    QVERIFY(!text().contains(QStringLiteral("传输错误"))); // of the first
+}
+
+void TestFileTransfer::keepsItsOwnBytesApart()
+{
+    openPort();
+    receive("before ");
+    m_board->write("just before");
+    beginSending({makeFile("a.bin", 1)});
+    answered("C", 133);
+    m_page->SltWriteDataToSerialport("not for the receiver");
+    m_board->write("...C"); // noise, and block 0 once more
+    QCOMPARE(m_board->read(133, 20000).mid(3, 6), QByteArray("a.bin\0", 6));
+    click("btnSendFiles");
+    QVERIFY(waitForEnd());
+    QCOMPARE(shown(), QStringLiteral("before just before"));
+    QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
+}
+
+void TestFileTransfer::losesThePort()
+{
+    openPort();
+    beginSending({makeFile("a.bin", 3000)});
+    answered("C", 133);
+    m_board->hangUp();
+    QVERIFY(waitForEnd());
+    QVERIFY(text().contains(QStringLiteral("传输错误\n串口已断开")));
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+    QVERIFY(child<QAbstractButton>("btnOpen")->isEnabled());
+    QVERIFY(!child<QAbstractButton>("btnSendFiles")->isEnabled());
+    QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开失败!!!").arg(m_board->device()));
+}
+
+// The device has gone, and the page has not noticed yet.
+void TestFileTransfer::cannotStartWithoutTheDevice()
+{
+    const QString link = m_root->filePath("COM9");
+    QVERIFY(QFile::link(m_board->device(), link));
+    qputenv("KORVEX_VIRTUAL_PORTS", QFile::encodeName(m_root->path()));
+    openPort("COM9");
+    qunsetenv("KORVEX_VIRTUAL_PORTS");
+    QVERIFY(QFile::remove(link));
+    beginSending({makeFile("a.bin", 1)});
+    QCOMPARE(sendButton(), QStringLiteral("发送文件"));
+    QVERIFY2(text().startsWith(QStringLiteral("传输错误\n串口打开失败\n")), qPrintable(text()));
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+}
+
+void TestFileTransfer::asksBeforeClosing()
+{
+    openPort();
+    beginSending({makeFile("a.bin", 3000)});
+    answered("C", 133);
+    int answer = 0;
+    QString asked;
+    DialogAnswers::instance().message = [&](auto, const QString &question, auto) {
+        asked = question;
+        return answer;
+    };
+    QVERIFY(!m_page->prepareToClose());
+    QCOMPARE(asked, QStringLiteral("正在传输文件，是否终止传输并退出?"));
+    QCOMPARE(sendButton(), QStringLiteral("停止发送")); // it goes on
+    answer = 1;
+    QVERIFY(m_page->prepareToClose());
+    m_notices.reset();
+    m_page.reset();
+    QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18")); // the board is told
+}
+
+QTEST_MAIN(TestFileTransfer)
+#include "test_filetransfer.moc"

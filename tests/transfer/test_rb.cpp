@@ -1,0 +1,134 @@
+// A batch received by rb of lrzsz: another program's idea of the protocol.
+
+#include "tests/support/ptypeer.h"
+#include "transfer/ymodemfiletransmit.h"
+
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTextCodec>
+#include <QtTest>
+
+#include <cstdio>
+#include <random>
+
+namespace {
+
+QByteArray randomBytes(int size)
+{
+    std::minstd_rand generator(static_cast<unsigned>(size) + 1);
+    QByteArray bytes(size, '\0');
+    for (char &byte : bytes)
+        byte = static_cast<char>(generator() >> 8);
+    return bytes;
+}
+
+// The received name is a row of bytes, whatever the system's encoding.
+QByteArray contentOf(const QByteArray &path)
+{
+    QByteArray content;
+    if (FILE *file = std::fopen(path.constData(), "rb")) {
+        char part[4096];
+        for (size_t got = sizeof part; got == sizeof part;) {
+            got = std::fread(part, 1, sizeof part, file);
+            content.append(part, static_cast<int>(got));
+        }
+        std::fclose(file);
+    } else {
+        content = "(no file)";
+    }
+    return content;
+}
+
+// Joins the line that the program opens to the terminal that rb reads. What rb
+// says comes through a pipe: on the terminal its last word would be lost when
+// it ends.
+class Cable : public QObject
+{
+public:
+    Cable(PtyPeer &line, PtyPeer &terminal, QProcess &rb)
+    {
+        connect(&m_poll, &QTimer::timeout, this, [&] {
+            if (std::exchange(m_busy, true))
+                return; // writing runs the event loop
+            terminal.write(line.read(0));
+            line.write(rb.readAllStandardOutput());
+            m_busy = false;
+        });
+        m_poll.start(1);
+    }
+
+private:
+    QTimer m_poll;
+    bool m_busy = false;
+};
+
+} // namespace
+
+class TestRb : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void receivesABatch();
+};
+
+void TestRb::receivesABatch()
+{
+    const QVector<QPair<QString, int>> files{
+        {"empty.bin", 0},       {"one.bin", 1},
+        {"b127.bin", 127},      {"b128.bin", 128},
+        {"b129.bin", 129},      {"two words 300.bin", 300},
+        {"b1024.bin", 1024},    {QStringLiteral("固件升级包 v1.0.bin"), 5000},
+        {"large.bin", 1 << 20},
+    };
+    QTemporaryDir from;
+    QTemporaryDir to;
+    QStringList names;
+    for (const auto &file : files) {
+        names.append(from.filePath(file.first));
+        QFile out(names.last());
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        QCOMPARE(out.write(randomBytes(file.second)), qint64(file.second));
+    }
+
+    PtyPeer line;
+    PtyPeer terminal;
+    QProcess rb;
+    rb.setWorkingDirectory(to.path());
+    rb.setStandardInputFile(terminal.device());
+    rb.start(QStringLiteral("rb"), {QStringLiteral("--binary")});
+    QVERIFY2(rb.waitForStarted(), "rb (package lrzsz) is missing");
+    Cable cable(line, terminal, rb);
+
+    YmodemFileTransmit transmit;
+    QSignalSpy statuses(&transmit, &YmodemFileTransmit::transmitStatus);
+    transmit.setFileList(names);
+    transmit.setPortName(line.device());
+    transmit.setBaudRate(115200);
+    QVERIFY(transmit.startTransmit());
+    // An event loop of its own: the waits of the test library sleep in between.
+    QEventLoop loop;
+    connect(&transmit, &YmodemFileTransmit::transmitStatus, &loop, [&] {
+        if (!transmit.isBusy())
+            loop.quit();
+    });
+    QTimer::singleShot(110000, &loop, &QEventLoop::quit);
+    loop.exec();
+    QVERIFY(!transmit.isBusy());
+    QVERIFY2(transmit.reason().isEmpty(), qPrintable(transmit.log().text().right(2000)));
+    QCOMPARE(statuses.last().at(0).value<Ymodem::Status>(), Ymodem::Finish);
+    QTRY_COMPARE_WITH_TIMEOUT(rb.state(), QProcess::NotRunning, 20000);
+    QCOMPARE(rb.exitCode(), 0);
+
+    QTextCodec *codec = QTextCodec::codecForName("GB18030");
+    for (const auto &file : files) {
+        const QByteArray name = codec->fromUnicode(file.first);
+        const QByteArray path = QFile::encodeName(to.path()) + '/' + name;
+        QVERIFY2(contentOf(path) == randomBytes(file.second), name);
+        std::remove(path); // the folder's own cleaning cannot name it
+    }
+}
+
+QTEST_GUILESS_MAIN(TestRb)
+#include "test_rb.moc"

@@ -1,0 +1,314 @@
+#include "transfer/ymodemfiletransmit.h"
+
+#include "app/textcodec.h"
+
+#include <QDebug>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+// Steps of 10 ms: a repeat every 5 s, giving up after 30 s of silence.
+constexpr Ymodem::uint32 kRepeatDivider = 499;
+constexpr Ymodem::uint32 kSilenceLimit = 5;
+constexpr Ymodem::uint32 kErrorLimit = 999;
+
+constexpr int kStepMs = 10;
+constexpr int kLastWordsMs = 100; // between an end and the closing of the port
+// Steps that were held up are caught up on, but not more than this.
+constexpr qint64 kMostBehindUs = 50 * 1000;
+// How long the last packet of a slow line is waited for.
+constexpr qint64 kLongestDrainMs = 10 * 1000;
+constexpr qint64 kBitsPerByte = 10;
+
+// What arrives is read slowly; the rest of a flood stays with the system.
+constexpr qint64 kReadBufferBytes = 64 * 1024;
+
+// A block of fewer than 129 bytes goes out as a small one.
+constexpr qint64 kSmallBlock = 128;
+constexpr qint64 kLargeBlock = 1024;
+
+QString whyNotReadable(const QString &name)
+{
+    const QFileInfo info(name);
+    if (!info.exists())
+        return QStringLiteral("文件不存在: %1").arg(name);
+    if (info.isDir())
+        return QStringLiteral("不能传输文件夹: %1").arg(name);
+    return QStringLiteral("文件无法读取: %1").arg(name);
+}
+
+} // namespace
+
+YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
+    : QObject(parent)
+    , Ymodem(kRepeatDivider, kSilenceLimit, kErrorLimit)
+    , m_readTimer(this)
+    , m_writeTimer(this)
+{
+    qRegisterMetaType<YmodemFileTransmit::Status>("YmodemFileTransmit::Status");
+    m_port.setPortName(QStringLiteral("COM1"));
+    m_port.setReadBufferSize(kReadBufferBytes);
+    m_readTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_readTimer, &QTimer::timeout, this, &YmodemFileTransmit::readTimeOut);
+    connect(&m_writeTimer, &QTimer::timeout, this, &YmodemFileTransmit::writeTimeOut);
+    // Queued: the report may come from within the engine's own writing.
+    connect(&m_port, &QSerialPort::errorOccurred, this, &YmodemFileTransmit::handleError,
+            Qt::QueuedConnection);
+}
+
+YmodemFileTransmit::~YmodemFileTransmit()
+{
+    blockSignals(true);
+    if (isRunning()) {
+        abortTransfer();
+        m_port.waitForBytesWritten(kLastWordsMs);
+    }
+}
+
+void YmodemFileTransmit::setFileList(const QStringList &files)
+{
+    m_files = files;
+    m_next = 0;
+    m_completed = 0;
+    m_file.close();
+    m_file.setFileName(files.value(0));
+}
+
+void YmodemFileTransmit::setPortName(const QString &name)
+{
+    m_port.setPortName(name);
+}
+
+void YmodemFileTransmit::setBaudRate(qint32 baudRate)
+{
+    m_port.setBaudRate(baudRate);
+}
+
+void YmodemFileTransmit::setFrame(QSerialPort::StopBits stopBits, QSerialPort::Parity parity)
+{
+    m_stopBits = stopBits;
+    m_parity = parity;
+}
+
+// ---- start and end
+
+bool YmodemFileTransmit::startTransmit()
+{
+    if (isBusy())
+        return false;
+    m_progress = 0;
+    m_status = Establish;
+    m_reason.clear();
+    m_fileSize = 0;
+    m_sentBytes = 0;
+    m_log.clear();
+    m_clock.start();
+    m_log.note(0, QStringLiteral("开始传输 %1个文件, 端口 %2, 波特率 %3")
+                      .arg(m_files.size())
+                      .arg(m_port.portName())
+                      .arg(m_port.baudRate()));
+    // The frame of an earlier transfer, or one that the device refuses, must
+    // not keep the port from opening.
+    m_port.setStopBits(QSerialPort::OneStop);
+    m_port.setParity(QSerialPort::NoParity);
+    if (!m_port.open(QIODevice::ReadWrite)) {
+        qWarning().noquote() << "cannot open" << m_port.portName() << m_port.errorString();
+        m_reason = QStringLiteral("串口打开失败");
+        m_log.note(m_clock.elapsed(), m_reason);
+        return false;
+    }
+    if (m_stopBits != QSerialPort::OneStop)
+        m_port.setStopBits(m_stopBits);
+    if (m_parity != QSerialPort::NoParity)
+        m_port.setParity(m_parity);
+    resetTransfer();
+    m_lineFreeAtUs = 0;
+    m_nextStepAtUs = m_clock.nsecsElapsed() / 1000 + kStepMs * 1000;
+    m_readTimer.start(kStepMs);
+    return true;
+}
+
+void YmodemFileTransmit::stopTransmit()
+{
+    if (!isRunning())
+        return;
+    m_readTimer.stop();
+    abortTransfer();
+    end(Abort, QStringLiteral("用户停止了传输"));
+}
+
+// Puts the end on record and reports it; the port closes when the last bytes
+// have left. Answers for the engine.
+Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
+{
+    m_file.close();
+    m_status = status;
+    m_reason = reason;
+    const qint64 now = m_clock.elapsed();
+    m_log.note(now, reason.isEmpty() ? QStringLiteral("传输完成") : reason);
+    const QStringList unsent = unsentFiles();
+    for (const QString &name : unsent)
+        m_log.note(now, QStringLiteral("未完成: %1").arg(name));
+    const qint64 drainMs = qBound<qint64>(0, m_lineFreeAtUs / 1000 - now, kLongestDrainMs);
+    m_writeTimer.start(kLastWordsMs + static_cast<int>(drainMs));
+    emit transmitStatus(status, QString());
+    return status == Finish ? Ack : Can;
+}
+
+void YmodemFileTransmit::writeTimeOut()
+{
+    m_file.close();
+    m_writeTimer.stop();
+    m_port.close();
+    emit transmitStatus(m_status, QString());
+}
+
+void YmodemFileTransmit::handleError(QSerialPort::SerialPortError error)
+{
+    const bool gone = error == QSerialPort::ResourceError || error == QSerialPort::ReadError ||
+                      error == QSerialPort::WriteError;
+    if (!gone || !isRunning())
+        return;
+    qWarning().noquote() << "lost" << m_port.portName() << m_port.errorString();
+    m_readTimer.stop();
+    resetTransfer();
+    end(Error, QStringLiteral("串口已断开"));
+}
+
+// ---- steps
+
+void YmodemFileTransmit::readTimeOut()
+{
+    m_readTimer.stop();
+    // While a packet is still leaving on a slow line nobody can have answered
+    // it; that is no silence.
+    if (m_port.bytesAvailable() > 0 || m_clock.nsecsElapsed() / 1000 >= m_lineFreeAtUs)
+        transmitStep();
+    if (isRunning())
+        scheduleStep();
+}
+
+// Every 10 ms by the clock, however long a step or the window's drawing took.
+void YmodemFileTransmit::scheduleStep()
+{
+    const qint64 now = m_clock.nsecsElapsed() / 1000;
+    m_nextStepAtUs = std::max(m_nextStepAtUs + kStepMs * 1000, now - kMostBehindUs);
+    const qint64 wait = std::max<qint64>(m_nextStepAtUs - now, 0);
+    m_readTimer.start(static_cast<int>((wait + 999) / 1000));
+}
+
+Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
+{
+    const qint64 count = m_port.read(reinterpret_cast<char *>(buffer), length);
+    if (count <= 0)
+        return 0;
+    m_log.received(m_clock.elapsed(),
+                   QByteArray(reinterpret_cast<const char *>(buffer), static_cast<int>(count)));
+    return static_cast<uint32>(count);
+}
+
+Ymodem::uint32 YmodemFileTransmit::writeBytes(uint8 *buffer, uint32 length)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(buffer), static_cast<int>(length));
+    m_log.sent(m_clock.elapsed(), bytes);
+    const qint64 count = m_port.write(bytes);
+    const qint64 lineUs = m_port.baudRate() > 0 ? length * kBitsPerByte * 1000000 / m_port.baudRate() : 0;
+    m_lineFreeAtUs = std::max(m_lineFreeAtUs, m_clock.nsecsElapsed() / 1000) + lineUs;
+    return count > 0 ? static_cast<uint32>(count) : 0;
+}
+
+Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, uint32 *length)
+{
+    switch (status) {
+    case Establish:
+        return openNextFile(buffer, length);
+    case Transmit:
+        return readNextData(buffer, length);
+    case Finish:
+        m_completed = m_next;
+        return end(Finish, unsentFiles().isEmpty()
+                               ? QString()
+                               : QStringLiteral("接收端提前结束了本批传输，部分文件未发送"));
+    case Abort:
+        return end(Abort, QStringLiteral("接收端取消了传输"));
+    case Timeout:
+        return end(Timeout, QStringLiteral("接收端没有请求文件，请确认它已进入YModem接收状态"));
+    default:
+        return end(Error, QStringLiteral("接收端没有应答或反复要求重发"));
+    }
+}
+
+// ---- files
+
+Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
+{
+    qDebug("length=%d, index=%d\n", m_files.size(), m_next);
+    m_file.close();
+    m_completed = m_next; // a receiver that asks for the next file has taken the last one's end
+    if (m_next >= m_files.size()) {
+        m_status = Transmit;
+        emit transmitStatus(Transmit, QString());
+        return Eot;
+    }
+    const QString name = m_files.at(m_next);
+    m_file.setFileName(name);
+    // Anything but a regular file could block or never end.
+    if (!QFileInfo(name).isFile() || !m_file.open(QIODevice::ReadOnly))
+        return end(Error, whyNotReadable(name));
+    ++m_next;
+    m_fileSize = m_file.size();
+    m_sentBytes = 0;
+    const QByteArray header = fileHeader(name, m_fileSize);
+    std::copy(header.begin(), header.end(), buffer);
+    *length = blockZeroSize;
+    m_log.note(m_clock.elapsed(), QStringLiteral("文件 %1, %2字节").arg(name).arg(m_fileSize));
+    m_status = Establish;
+    emit transmitStatus(Establish, name);
+    return Ack;
+}
+
+Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
+{
+    const qint64 left = m_fileSize - m_sentBytes;
+    if (left <= 0) {
+        m_status = Transmit;
+        emit transmitStatus(Transmit, QString());
+        return Eot;
+    }
+    // The rest of the block stays zero; bytes beyond the announced size, of a
+    // file that has grown, are not read.
+    const qint64 block = left <= kSmallBlock ? kSmallBlock : kLargeBlock;
+    const qint64 wanted = std::min(block, left);
+    if (m_file.read(reinterpret_cast<char *>(buffer), wanted) != wanted)
+        return end(Error, QStringLiteral("文件在传输过程中变短或无法读取: %1").arg(m_file.fileName()));
+    *length = static_cast<uint32>(block);
+    m_sentBytes += wanted;
+    m_progress = static_cast<int>(m_sentBytes * 100 / m_fileSize);
+    emit transmitProgress(m_progress, m_file.fileName());
+    m_status = Transmit;
+    emit transmitStatus(Transmit, QString());
+    return Ack;
+}
+
+QByteArray YmodemFileTransmit::fileHeader(const QString &fileName, qint64 size)
+{
+    const auto encode = [](const QString &text) { return TextCodec::encode(text, TextCodec::Gb18030); };
+    const QByteArray number = QByteArray::number(size);
+    const int room = static_cast<int>(blockZeroSize) - number.size() - 2; // two zeros
+    const QFileInfo info(fileName);
+    QString stem = info.completeBaseName();
+    QString suffix = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
+    if (encode(suffix).size() > room / 2) { // not a suffix that names a kind of file
+        stem = info.fileName();
+        suffix.clear();
+    }
+    QByteArray name = encode(info.fileName());
+    while (name.size() > room) {
+        const bool pair = stem.size() > 1 && stem.at(stem.size() - 1).isLowSurrogate();
+        stem.chop(pair ? 2 : 1);
+        name = encode(stem + suffix);
+    }
+    return name + '\0' + number + '\0';
+}
