@@ -170,5 +170,8 @@ bool PidChart::exportTables(const QString &fileName) const
 
 bool PidChart::savePicture(const QString &fileName) const
 {
-    return m_plot->savePicture(fileName);
+    const bool pdf = fileName.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive);
+    QSaveFile file(fileName);
+    return file.open(QIODevice::WriteOnly) &&
+           m_plot->writePicture(&file, pdf ? PidPlot::Pdf : PidPlot::Png) && SafeFile::commit(file);
 }

@@ -365,6 +365,7 @@ bool PidDebugWidget::act(const PidReport &report, bool late)
         break;
     case PidFrame::Stopped:
         m_operations->setIdle(true);
+        m_startedHere &= ~bit(channel);
         break;
     case PidFrame::Period:
         params.period = report.value;

@@ -1,6 +1,7 @@
 #include "pid/pidplot.h"
 
-#include <QFileInfo>
+#include <QPageSize>
+#include <QPdfWriter>
 
 namespace {
 
@@ -289,7 +290,7 @@ void PidPlot::leaveEvent(QEvent *event)
 
 // ---- pictures
 
-bool PidPlot::savePicture(const QString &fileName)
+bool PidPlot::writePicture(QIODevice *device, Format format)
 {
     hideCursor();
     // A legend in a row of its own, where it hides nothing, for this once.
@@ -309,11 +310,26 @@ bool PidPlot::savePicture(const QString &fileName)
         if (graph(i)->visible())
             names->addItem(new QCPPlottableLegendItem(names, graph(i)));
 
-    const bool pdf = QFileInfo(fileName).suffix().compare(QLatin1String("pdf"), Qt::CaseInsensitive) == 0;
-    const bool saved = pdf ? savePdf(fileName, width(), height()) : savePng(fileName, width(), height(), 2.0);
+    const bool written =
+        format == Pdf ? writePdf(device) : toPixmap(width(), height(), 2.0).save(device, "PNG");
 
     plotLayout()->remove(row);
     plotLayout()->simplify();
     replot(rpQueuedReplot);
-    return saved;
+    return written;
+}
+
+bool PidPlot::writePdf(QIODevice *device)
+{
+    constexpr int dotsPerInch = 96;
+    QPdfWriter writer(device);
+    writer.setResolution(dotsPerInch);
+    writer.setPageSize(QPageSize(QSizeF(size()) / dotsPerInch, QPageSize::Inch));
+    writer.setPageMargins({0, 0, 0, 0});
+    QCPPainter painter;
+    if (!painter.begin(&writer))
+        return false;
+    painter.setMode(QCPPainter::pmVectorized);
+    toPainter(&painter, width(), height());
+    return painter.end();
 }

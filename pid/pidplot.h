@@ -58,8 +58,9 @@ public:
     void setCursorAt(double key); // a line across the chart
     void hideCursor();
 
-    // The chart with a legend below it. PDF where the name says so, else PNG.
-    bool savePicture(const QString &fileName);
+    // The chart with a legend below it.
+    enum Format { Png, Pdf };
+    bool writePicture(QIODevice *device, Format format);
 
     int pictures() const { return m_pictures; } // drawn so far
 
@@ -81,6 +82,7 @@ private:
     void setFollow(Follow follow);
     void fitAxes();
     void requestPicture();
+    bool writePdf(QIODevice *device);
 
     QVector<Points> m_points; // what comes; the graphs show it, or a copy while held
     QCPItemStraightLine *m_cursor;

@@ -149,6 +149,11 @@ void PictureTour::tools()
     QTest::mouseMove(window, place);
     WAIT_FOR(QToolTip::isVisible());
     save(QStringLiteral("pid-readout%1").arg(suffix), onScreen(tabs));
+    for (const char *type : {"png", "pdf"}) {
+        Stage::answerFileDialogs(
+            QStringLiteral("%1/pid-saved%2.%3").arg(m_folder, suffix, QLatin1String(type)));
+        QVERIFY(UserHand::click(stage().find<QWidget>("btnPidPicture")));
+    }
     if (suffix.isEmpty()) { // as a window is at the least
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
         stage().window().resize(800, 500);

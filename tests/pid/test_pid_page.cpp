@@ -459,9 +459,13 @@ void TestPidPage::reportsWhatCannotBeSaved()
     setrlimit(RLIMIT_FSIZE, &tight);
     answer(old.fileName());
     click("btnPidExport");
+    click("btnPidPicture");
+    answer(m_root->filePath("new.pdf"));
+    click("btnPidPicture");
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    QCOMPARE(m_warnings, failure);
+    QCOMPARE(m_warnings, failure + failure + failure);
+    QVERIFY(!QFile::exists(m_root->filePath("new.pdf")));
     QVERIFY(old.open(QIODevice::ReadOnly));
     QCOMPARE(old.readAll(), QByteArray("old"));
 }
