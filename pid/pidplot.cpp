@@ -46,7 +46,7 @@ PidPlot::PidPlot(QWidget *parent)
     , m_frame(this)
 {
     setObjectName(QStringLiteral("pidPlot"));
-    setMinimumHeight(120);
+    setMinimumSize(200, 120); // whatever the legend of a saved picture asks for
     setUpAxes();
     m_cursor->setVisible(false);
     m_hint->setText(QStringLiteral("打开串口并启动后，目标值和实际值的曲线将显示在这里"));
