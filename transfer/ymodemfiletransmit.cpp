@@ -15,6 +15,9 @@ constexpr Ymodem::uint32 kSilenceLimit = 5;
 constexpr Ymodem::uint32 kErrorLimit = 999;
 
 constexpr int kStepMs = 10;
+constexpr qint64 kStepUs = kStepMs * 1000;
+// From a packet's last bit on the line to the answer's arrival here, at best.
+constexpr qint64 kAnswerUs = 700;
 constexpr int kLastWordsMs = 100; // between an end and the closing of the port
 // Steps that were held up are caught up on, but not more than this.
 constexpr qint64 kMostBehindUs = 50 * 1000;
@@ -125,7 +128,7 @@ bool YmodemFileTransmit::startTransmit()
         m_port.setParity(m_parity);
     resetTransfer();
     m_lineFreeAtUs = 0;
-    m_nextStepAtUs = m_clock.nsecsElapsed() / 1000 + kStepMs * 1000;
+    m_nextStepAtUs = nowUs() + kStepUs;
     m_readTimer.start(kStepMs);
     return true;
 }
@@ -182,21 +185,29 @@ void YmodemFileTransmit::handleError(QSerialPort::SerialPortError error)
 void YmodemFileTransmit::readTimeOut()
 {
     m_readTimer.stop();
-    // While a packet is still leaving on a slow line nobody can have answered
-    // it; that is no silence.
-    if (m_port.bytesAvailable() > 0 || m_clock.nsecsElapsed() / 1000 >= m_lineFreeAtUs)
-        transmitStep();
+    // Before the last packet can have left and been answered a step would find
+    // nothing, take that for silence, and be followed by the next one too late.
+    const qint64 answerAt = m_lineFreeAtUs + kAnswerUs;
+    if (m_port.bytesAvailable() == 0 && nowUs() < answerAt) {
+        scheduleStep(std::min(answerAt, nowUs() + kStepUs));
+        return;
+    }
+    transmitStep();
+    // Every 10 ms by the clock, however long a step or the window's drawing took.
     if (isRunning())
-        scheduleStep();
+        scheduleStep(std::max(m_nextStepAtUs + kStepUs, nowUs() - kMostBehindUs));
 }
 
-// Every 10 ms by the clock, however long a step or the window's drawing took.
-void YmodemFileTransmit::scheduleStep()
+void YmodemFileTransmit::scheduleStep(qint64 atUs)
 {
-    const qint64 now = m_clock.nsecsElapsed() / 1000;
-    m_nextStepAtUs = std::max(m_nextStepAtUs + kStepMs * 1000, now - kMostBehindUs);
-    const qint64 wait = std::max<qint64>(m_nextStepAtUs - now, 0);
+    m_nextStepAtUs = atUs;
+    const qint64 wait = std::max<qint64>(atUs - nowUs(), 0);
     m_readTimer.start(static_cast<int>((wait + 999) / 1000));
+}
+
+qint64 YmodemFileTransmit::nowUs() const
+{
+    return m_clock.nsecsElapsed() / 1000;
 }
 
 Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
@@ -214,8 +225,9 @@ Ymodem::uint32 YmodemFileTransmit::writeBytes(uint8 *buffer, uint32 length)
     const QByteArray bytes(reinterpret_cast<const char *>(buffer), static_cast<int>(length));
     m_log.sent(m_clock.elapsed(), bytes);
     const qint64 count = m_port.write(bytes);
+    m_port.flush(); // before the window draws the progress that this packet means
     const qint64 lineUs = m_port.baudRate() > 0 ? length * kBitsPerByte * 1000000 / m_port.baudRate() : 0;
-    m_lineFreeAtUs = std::max(m_lineFreeAtUs, m_clock.nsecsElapsed() / 1000) + lineUs;
+    m_lineFreeAtUs = std::max(m_lineFreeAtUs, nowUs()) + lineUs;
     return count > 0 ? static_cast<uint32>(count) : 0;
 }
 

@@ -78,7 +78,8 @@ private:
     uint8 end(Status status, const QString &reason);
     void handleError(QSerialPort::SerialPortError error);
     bool isRunning() const { return isBusy() && (m_status == Establish || m_status == Transmit); }
-    void scheduleStep();
+    void scheduleStep(qint64 atUs);
+    qint64 nowUs() const;
 
     QStringList m_files;
     int m_next = 0;      // index of the next name

@@ -1,4 +1,5 @@
 #include "pid/pidplot.h"
+#include "serial/qtterminalwidget.h"
 #include "shell/base/dialoganswers.h"
 #include "shell/base/qtmessagetip.h"
 #include "tests/e2e/stage.h"
@@ -8,6 +9,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QProgressBar>
@@ -137,6 +139,15 @@ void PictureTour::tools()
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
     QVERIFY(runControlLoops(stage(), loops));
     auto *tabs = stage().find<QTabBar>("toolTabs");
+    QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(2).center()));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    BoardProcess onNetwork;
+    QVERIFY(onNetwork.startOnNetwork("tcp-client",
+                                     {"--net-port", "8000", "--act", "log", "--peers", "3", "--rate", "2"}));
+    WAIT_FOR(stage().find<QtTerminalWidget>("recvBrowser")->toPlainText().count(QLatin1Char('\n')) >= 12);
+    QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("查询状态")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnSingleSend")));
+    WAIT_EQUAL(stage().find<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 36"));
     for (int i = 0; i < tabs->count(); ++i) {
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
         save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));
@@ -193,6 +204,27 @@ void PictureTour::sendPages()
     QVERIFY(UserHand::click(stage().find<QWidget>("btnSingleSend")));
     WAIT_FOR(stage().shownText().contains(QStringLiteral("HEX >")));
     save(QStringLiteral("hexadecimal"), onScreen(pages));
+}
+
+// The other protocols, and what is said when something fails.
+void PictureTour::network()
+{
+    QVERIFY(chooseSkin(QStringLiteral("浅色")));
+    QVERIFY(stage().showTool(2));
+    auto *protocols = stage().find<QComboBox>("comboNetType");
+    QVERIFY(UserHand::choose(protocols, QStringLiteral("UDP")));
+    save(QStringLiteral("network-udp"), onScreen(protocols));
+    QVERIFY(UserHand::choose(protocols, QStringLiteral("TCP Client")));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("1")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    WAIT_EQUAL(stage().find<QLabel>("labelLinkState")->text(), QStringLiteral("连接失败: 对方拒绝连接"));
+    save(QStringLiteral("network-failed"), onScreen(protocols));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("70000")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    save(QStringLiteral("network-tip"), onScreen(protocols));
+    stage().window().resize(800, 500);
+    WAIT_EQUAL(stage().window().size(), QSize(800, 500));
+    save(QStringLiteral("network-small"), onScreen(protocols));
 }
 
 void PictureTour::fileSending_data()

@@ -94,6 +94,18 @@ private slots:
     void stopsTheMotorWhenQuitting();
 };
 
+// Server, client and UDP with boards on the network.
+class NetworkTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void servesBoards();
+    void connectsToABoard();
+    void exchangesDatagrams();
+    void saysWhatIsWrong();
+};
+
 // Files go to a board by YModem.
 class TransferTour : public Tour
 {
@@ -103,6 +115,15 @@ private slots:
     void sendsFiles();
     void stops();
     void explainsAFailure();
+};
+
+// A newer version is found and fetched.
+class UpdateTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void downloadsAPackage();
 };
 
 // The window around the tools, and its end.
@@ -131,6 +152,7 @@ private slots:
     void tools_data();
     void tools();
     void sendPages();
+    void network();
     void fileSending_data();
     void fileSending();
     void menus_data();

@@ -3,7 +3,7 @@
 namespace Boardsim {
 
 Board::Board(const Options &options, QObject *parent)
-    : QObject(parent)
+    : BoardBase(parent)
     , m_options(options)
     , m_record(options.recordFile)
     , m_port(options.folder, options.port)

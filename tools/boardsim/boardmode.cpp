@@ -33,6 +33,9 @@ std::unique_ptr<BoardMode> BoardMode::create(const Options &options, VirtualPort
     case Options::Mode::Ymodem:
         return std::make_unique<YmodemMode>(options, port);
     case Options::Mode::Silent:
+    case Options::Mode::TcpServer: // boards without a port
+    case Options::Mode::TcpClient:
+    case Options::Mode::Udp:
         break;
     }
     return std::make_unique<BoardMode>(port);
