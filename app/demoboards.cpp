@@ -34,6 +34,7 @@ void DemoBoards::start()
     onPort(QStringLiteral("COM3"), QStringLiteral("log"));
     onPort(QStringLiteral("COM4"), QStringLiteral("echo"));
     onPort(QStringLiteral("COM5"), QStringLiteral("shell"));
+    onPort(QStringLiteral("COM6"), QStringLiteral("pid"));
     startBoard(QStringLiteral("COM7"),
                {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), QStringLiteral("COM7"),
                 QStringLiteral("--mode"), QStringLiteral("ymodem"), QStringLiteral("--receive-folder"),

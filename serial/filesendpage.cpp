@@ -13,11 +13,14 @@
 #include <QProgressBar>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kMostLines = 2000;     // of the transfer's text
 constexpr int kAmountPeriodMs = 250; // numbers that change faster cannot be read
 constexpr qint64 kSpeedOverMs = 3000;
+constexpr int kLeastNameWidth = 120; // in the progress bar, before it has its place
 
 QString amountText(qint64 bytes)
 {
@@ -62,6 +65,9 @@ void FileSendPage::buildUi()
 {
     setObjectName(QStringLiteral("widgetFileSend"));
     m_files->setObjectName(QStringLiteral("listFiles"));
+    // A long name gives way to the size behind it.
+    m_files->setTextElideMode(Qt::ElideMiddle);
+    m_files->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_hint->setProperty("kind", QStringLiteral("hint"));
     m_hint->setWordWrap(true);
     m_hint->setAlignment(Qt::AlignCenter);
@@ -170,6 +176,7 @@ void FileSendPage::setSending(bool sending)
 {
     m_sending = sending;
     if (sending) {
+        describeFiles();
         m_text->clear();
         m_progress->setValue(0);
         m_progress->setFormat(QStringLiteral("等待接收端…"));
@@ -199,7 +206,17 @@ void FileSendPage::updateButtons()
 void FileSendPage::setProgress(int percent, const QString &name)
 {
     m_progressRow->show();
-    m_progress->setFormat(QFileInfo(name).fileName() + QStringLiteral("  %p%"));
+    if (name != m_name)
+        m_recent.clear(); // the next file
+    m_name = name;
+    // Of a long name both ends are shown, and the percentage in any case. A
+    // name's own '%' must not begin one of the bar's placeholders.
+    const QFontMetrics metrics = m_progress->fontMetrics();
+    const int room = m_progress->width() - metrics.horizontalAdvance(QStringLiteral("    100%"));
+    QString shown =
+        metrics.elidedText(QFileInfo(name).fileName(), Qt::ElideMiddle, std::max(room, kLeastNameWidth));
+    shown.replace(QLatin1Char('%'), QStringLiteral("%\u2060"));
+    m_progress->setFormat(shown + QStringLiteral("  %p%"));
     m_progress->setValue(percent);
 }
 
@@ -207,8 +224,6 @@ void FileSendPage::setProgress(int percent, const QString &name)
 void FileSendPage::setAmount(qint64 sent, qint64 size)
 {
     const qint64 now = m_clock.elapsed();
-    if (!m_recent.empty() && sent < m_recent.back().second)
-        m_recent.clear(); // the next file
     m_recent.emplace_back(now, sent);
     while (m_recent.size() > 2 && now - m_recent.front().first > kSpeedOverMs)
         m_recent.pop_front();
@@ -243,14 +258,26 @@ void FileSendPage::chooseFiles()
     const QStringList chosen =
         QtFileDialog::getOpenFileNames(this, QString(), QString(), QStringLiteral("所有文件(*.*)"));
     for (const QString &name : chosen) {
-        const QFileInfo info(name);
-        auto *item = new QListWidgetItem(
-            QStringLiteral("%1  (%2 字节)").arg(info.fileName(), QLocale::c().toString(info.size())),
-            m_files);
+        if (files().contains(name))
+            continue;
+        auto *item = new QListWidgetItem(m_files);
         item->setData(Qt::UserRole, name);
         item->setToolTip(name);
     }
+    describeFiles();
     m_hint->setVisible(m_files->count() == 0);
+}
+
+// Files that were chosen earlier may have been made anew since.
+void FileSendPage::describeFiles()
+{
+    for (int i = 0; i < m_files->count(); ++i) {
+        QListWidgetItem *item = m_files->item(i);
+        const QFileInfo info(item->data(Qt::UserRole).toString());
+        const QString size = info.exists() ? QStringLiteral("%1 字节").arg(QLocale::c().toString(info.size()))
+                                           : QStringLiteral("文件不存在");
+        item->setText(QStringLiteral("%1  (%2)").arg(info.fileName(), size));
+    }
 }
 
 void FileSendPage::clearFiles()

@@ -104,6 +104,7 @@ bool YmodemFileTransmit::startTransmit()
     m_progress = 0;
     m_status = Establish;
     m_reason.clear();
+    m_changed.clear();
     m_fileSize = 0;
     m_sentBytes = 0;
     m_log.clear();
@@ -158,6 +159,17 @@ Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
     m_writeTimer.start(kLastWordsMs + static_cast<int>(drainMs));
     emit transmitStatus(status, QString());
     return status == Finish ? Ack : Can;
+}
+
+// What the user must know of a batch that the receiver has confirmed.
+QString YmodemFileTransmit::blemish() const
+{
+    if (!m_changed.isEmpty())
+        return QStringLiteral("文件在传输过程中被修改，收到的内容可能是旧的或新旧混杂: %1")
+            .arg(m_changed.join(QStringLiteral("、")));
+    if (!unsentFiles().isEmpty())
+        return QStringLiteral("接收端提前结束了本批传输，部分文件未发送");
+    return {};
 }
 
 void YmodemFileTransmit::writeTimeOut()
@@ -245,9 +257,7 @@ Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, u
         return readNextData(buffer, length);
     case Finish:
         m_completed = m_next;
-        return end(Finish, unsentFiles().isEmpty()
-                               ? QString()
-                               : QStringLiteral("接收端提前结束了本批传输，部分文件未发送"));
+        return end(Finish, blemish());
     case Abort:
         return end(Abort, QStringLiteral("接收端取消了传输"));
     case Timeout:
@@ -276,6 +286,7 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
         return end(Error, whyNotReadable(name));
     ++m_next;
     m_fileSize = m_file.size();
+    m_fileTime = QFileInfo(name).lastModified();
     m_sentBytes = 0;
     const QByteArray header = fileHeader(name, m_fileSize);
     std::copy(header.begin(), header.end(), buffer);
@@ -290,6 +301,9 @@ Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
 {
     const qint64 left = m_fileSize - m_sentBytes;
     if (left <= 0) {
+        const QFileInfo info(m_file.fileName());
+        if (info.exists() && info.lastModified() != m_fileTime)
+            m_changed.append(m_file.fileName());
         m_status = Transmit;
         emit transmitStatus(Transmit, QString());
         return Eot;

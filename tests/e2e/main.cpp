@@ -51,6 +51,7 @@ int main(int argc, char *argv[])
     PortTour ports;
     ReceiveTour receiving;
     SendTour sending;
+    PidTour pid;
     NetworkTour network;
     TransferTour transferring;
     UpdateTour updating;
@@ -58,7 +59,7 @@ int main(int argc, char *argv[])
     PictureTour picturing(pictures);
     int failures = 0;
     for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network,
-                                                    &updating, &window, &picturing}) {
+                                                    &pid, &updating, &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);

@@ -11,6 +11,7 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 
@@ -19,6 +20,7 @@ class TestFileTransfer : public SerialPageTest
     Q_OBJECT
 
 private slots:
+    void listsFilesOnce();
     void sendsFiles();
     void endsInEveryWay_data();
     void endsInEveryWay();
@@ -72,6 +74,33 @@ void TestFileTransfer::checkThePort()
     QVERIFY(child<QAbstractButton>("btnClearFiles")->isEnabled());
     receive("back again");
     QTRY_VERIFY(shown().endsWith("back again"));
+}
+
+void TestFileTransfer::listsFilesOnce()
+{
+    const QString name = makeFile("50%version.bin", 3000);
+    const QString longName = makeFile(QString(200, 'n'), 3000);
+    DialogAnswers::instance().fileNames = [&](auto, auto, auto, auto) { return QStringList{name, longName}; };
+    click("btnOpenFiles");
+    makeFile("50%version.bin", 4000);
+    click("btnOpenFiles");
+    const auto *list = child<QListWidget>("listFiles");
+    QCOMPARE(list->count(), 2);
+    QCOMPARE(list->item(0)->text(), QStringLiteral("50%version.bin  (4000 字节)"));
+    QFile::remove(longName);
+    openPort();
+    click("btnSendFiles");
+    QCOMPARE(list->item(1)->text(), QString(200, 'n') + QStringLiteral("  (文件不存在)"));
+
+    m_page->findChild<QtSendBoxWidget *>()->setCurrentPage(QtSendBoxWidget::FilePage);
+    auto *page = m_page->findChild<FileSendPage *>();
+    const auto *bar = child<QProgressBar>("progressTransfer");
+    page->setProgress(20, name);
+    QCOMPARE(bar->text().remove(QChar(0x2060)), QStringLiteral("50%version.bin  20%"));
+    QTRY_VERIFY(bar->width() > 200);
+    page->setProgress(20, longName);
+    QVERIFY(bar->text().endsWith(QStringLiteral("  20%")));
+    QVERIFY(bar->fontMetrics().horizontalAdvance(bar->text()) <= bar->width());
 }
 
 void TestFileTransfer::sendsFiles()

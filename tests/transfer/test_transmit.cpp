@@ -177,6 +177,12 @@ void TestTransmit::neverReadsBeyondTheAnnouncedSize()
     m_board->write("\x06");
     QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(5, 'b') + QByteArray(123, '\0'));
     QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
+    m_board->write("\x06");
+    answered("C", 133);
+    m_board->write("\x06");
+    QVERIFY(waitForEnd());
+    QCOMPARE(statuses().last(), 3);
+    QVERIFY(m_transmit->reason().contains(name)); // some of it may be old, some new
 }
 
 void TestTransmit::endsWithAFileThatShrinks()
