@@ -128,6 +128,11 @@ void Settings::load()
         s.network.port = group.number(NetTools::port, 8000, 1, 65535);
     }
     {
+        const GroupReader group(file, Camera::group);
+        s.camera.addressLength = group.number(Camera::addressLength, 2, 1, 4);
+        s.camera.valueLength = group.number(Camera::valueLength, 1, 1, 4);
+    }
+    {
         const GroupReader group(file, LoRaTool::group);
         s.updateUrl = group.text(LoRaTool::updateUrl, kUpdateUrl);
     }
@@ -167,6 +172,7 @@ bool Settings::restoreDefaults()
         file.beginGroup(SettingsKeys::Common::group);
         file.remove(SettingsKeys::Common::buffer);
         file.endGroup();
+        file.remove(SettingsKeys::Camera::group);
         file.sync();
         written = file.status() == QSettings::NoError;
     }

@@ -23,6 +23,11 @@ struct Settings
         QString address = QStringLiteral("127.0.0.1");
         int port = 8000;
     };
+    struct CameraDefaults
+    {
+        int addressLength = 2; // bytes of a register's address, 1 to 4
+        int valueLength = 1;   // bytes of its value, 1 to 4
+    };
     struct ProbeSettings
     {
         QString chip = QStringLiteral("STM32F103RC");
@@ -43,6 +48,7 @@ struct Settings
     int closeBehaviour = Discard;
     SerialDefaults serial;
     NetworkDefaults network;
+    CameraDefaults camera;
     QString updateUrl;
     ProbeSettings probe;
 
@@ -61,7 +67,7 @@ struct Settings
     static bool writeValue(const QString &group, const QString &key, const QVariant &value);
 
     // Writes the first-start values over whatever the file holds, drops the
-    // close behaviour and loads again. The caller applies the skin. False where
+    // close behaviour and the camera's values and loads again. The caller applies the skin. False where
     // the file cannot be written; the defaults are then good for this run only.
     static bool restoreDefaults();
 };

@@ -34,6 +34,12 @@ const QLatin1String ipAddr("IPAddr");
 const QLatin1String port("Port");
 } // namespace NetTools
 
+namespace Camera { // not written on first start
+const QLatin1String group("Camera");
+const QLatin1String addressLength("AddrLength");
+const QLatin1String valueLength("ValueLength");
+} // namespace Camera
+
 namespace LoRaTool {
 const QLatin1String group("LoRaTool");
 const QLatin1String updateUrl("UpdateUrl");

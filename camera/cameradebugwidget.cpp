@@ -1,18 +1,442 @@
 #include "camera/cameradebugwidget.h"
 
-#include "shell/base/emptystate.h"
+#include "app/safefile.h"
+#include "camera/cameralinkpanel.h"
+#include "camera/camerastatusrow.h"
+#include "camera/frameshow.h"
+#include "camera/imageformatconfig.h"
+#include "camera/imageviewer.h"
+#include "network/readgate.h"
+#include "network/tcpserver.h"
+#include "serial/qtserialport.h"
+#include "shell/base/formpanel.h"
+#include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagebox.h"
+#include "shell/base/qtmessagetip.h"
 
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDebug>
+#include <QHBoxLayout>
+#include <QImageWriter>
+#include <QLabel>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QTcpSocket>
+#include <QUdpSocket>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+constexpr int kRatePeriodMs = 1000;
+constexpr int kTipMs = 2000;
+constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
+
+// Senders whose unfinished frames are kept; of datagrams anybody may be one.
+constexpr int kMostStreams = 16;
+
+const auto kWarning = QStringLiteral("告警");
+
+} // namespace
 
 CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
+    , m_server(new TcpServer(this))
+    , m_socket(new QTcpSocket(this))
+    , m_udp(new QUdpSocket(this))
+    , m_serial(new QtSerialPort(this))
+    , m_gate(new ReadGate([] { return qint64(0); }, this)) // what can't be shown is skipped
+    , m_show(new FrameShow(this))
+    , m_rateTimer(this)
 {
     setObjectName(QStringLiteral("CameraDebugWidget"));
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(
-        new EmptyState(IconFont::Camera, QStringLiteral("摄像头调试助手将在后续版本提供"), this));
+    buildUi();
+    connectParts();
+    connectLinks();
+    showClosed();
+    m_sinceRate.start();
+    m_rateTimer.start(kRatePeriodMs);
 }
 
-void CameraDebugWidget::SltSerialportChanged(QStringList)
+CameraDebugWidget::~CameraDebugWidget()
 {
+    blockSignals(true); // nobody is to be told any more
+    // They outlive this part of the page, and talk when they end.
+    for (QObject *link : std::initializer_list<QObject *>{m_server, m_socket, m_udp, m_serial})
+        link->disconnect(this);
+}
+
+// ---- building
+
+void CameraDebugWidget::buildUi()
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 8, 8, 8);
+    row->setSpacing(8);
+    row->addWidget(buildPanel());
+    row->addWidget(buildWorkArea(), 1);
+}
+
+QWidget *CameraDebugWidget::buildPanel()
+{
+    m_panel = new FormPanel(this);
+    m_panel->setObjectName(QStringLiteral("cameraConfigPanel"));
+    m_link = new CameraLinkPanel(m_panel);
+    m_config = new ImageFormatConfig(m_panel);
+    m_panel->addWidget(m_link);
+    m_panel->addWidget(buildDisplay(m_panel));
+    m_panel->addWidget(m_config);
+    return m_panel;
+}
+
+FormGroup *CameraDebugWidget::buildDisplay(QWidget *parent)
+{
+    auto *group = new FormGroup(QStringLiteral("显示配置"), parent);
+    m_deviceCount = new QComboBox(group);
+    m_deviceCount->setObjectName(QStringLiteral("comboDeviceCount"));
+    m_deviceCount->addItems({QStringLiteral("1"), QStringLiteral("2")});
+    m_jpegData = new QCheckBox(QStringLiteral("JPEG数据"), group);
+    m_jpegData->setObjectName(QStringLiteral("checkJpegData"));
+    m_jpegData->setToolTip(QStringLiteral("数据是不带数据包头的JPEG图像流"));
+    m_checkCrc = new QCheckBox(QStringLiteral("CRC-16"), group);
+    m_checkCrc->setObjectName(QStringLiteral("checkCrc16"));
+    m_checkCrc->setToolTip(QStringLiteral("勾选后丢弃校验错误的图像，否则仍然显示"));
+    m_bigEndian = new QCheckBox(QStringLiteral("数据大端"), group);
+    m_bigEndian->setObjectName(QStringLiteral("checkBigEndian"));
+    m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前"));
+    group->addRow(QStringLiteral("设备数:"), m_deviceCount);
+    group->addPair(m_jpegData, m_checkCrc);
+    group->addWide(m_bigEndian);
+    return group;
+}
+
+QWidget *CameraDebugWidget::buildWorkArea()
+{
+    auto *area = new QWidget(this);
+    m_status = new CameraStatusRow(area);
+    m_viewer = new ImageViewer(area);
+    auto *column = new QVBoxLayout(area);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addWidget(m_status);
+    column->addWidget(m_viewer, 1);
+    column->addWidget(buildActions());
+    return area;
+}
+
+QWidget *CameraDebugWidget::buildActions()
+{
+    auto *actions = new QWidget(this);
+    m_picture = new QComboBox(actions);
+    m_picture->setObjectName(QStringLiteral("comboPicture"));
+    m_picture->addItems({QStringLiteral("图像1"), QStringLiteral("图像2")});
+    m_picture->setVisible(false);
+    m_save = new QPushButton(QStringLiteral("保存图像"), actions);
+    m_save->setObjectName(QStringLiteral("btnSaveImage"));
+    m_copy = new QPushButton(QStringLiteral("复制图像"), actions);
+    m_copy->setObjectName(QStringLiteral("btnCopyImage"));
+    auto *row = new QHBoxLayout(actions);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(8);
+    row->addStretch();
+    for (QWidget *part : std::initializer_list<QWidget *>{m_picture, m_save, m_copy})
+        row->addWidget(part);
+    return actions;
+}
+
+void CameraDebugWidget::connectParts()
+{
+    connect(m_status->foldButton(), &QPushButton::clicked, this, &CameraDebugWidget::fold);
+    connect(m_deviceCount, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &CameraDebugWidget::SltChangeImageShow);
+    connect(m_jpegData, &QCheckBox::toggled, this, &CameraDebugWidget::clearStreams);
+    connect(m_save, &QPushButton::clicked, this, &CameraDebugWidget::SltSaveImage);
+    connect(m_copy, &QPushButton::clicked, this, &CameraDebugWidget::SltCopyImage);
+    connect(m_config, &ImageFormatConfig::signalReadWriteRegister, this,
+            &CameraDebugWidget::SltReadWriteRegister);
+    connect(m_config, &ImageFormatConfig::signalNotify, this, &CameraDebugWidget::signalNotify);
+    connect(m_show, &FrameShow::pictureReady, this, [this](int device, const QImage &picture) {
+        m_viewer->setImage(device, QPixmap::fromImage(picture));
+    });
+    connect(m_show, &FrameShow::undecodable, this, [this](int device) {
+        raiseError(QStringLiteral("设备[%1]的数据无法按当前格式解码").arg(device + 1));
+    });
+    connect(&m_rateTimer, &QTimer::timeout, this, &CameraDebugWidget::SltCalculationRate);
+}
+
+void CameraDebugWidget::fold()
+{
+    const bool hide = m_panel->isVisibleTo(this);
+    m_panel->setVisible(!hide);
+    m_status->foldButton()->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+}
+
+void CameraDebugWidget::SltChangeImageShow(int index)
+{
+    m_viewer->setDisplayCount(index + 1);
+    m_picture->setVisible(index == 1);
+}
+
+// ---- receiving
+
+// Beyond so many senders, the one that has been silent for longest is forgotten.
+CameraDebugWidget::Stream &CameraDebugWidget::streamOf(const QString &name)
+{
+    if (!m_streams.contains(name) && m_streams.size() >= kMostStreams) {
+        auto oldest = m_streams.begin();
+        for (auto stream = m_streams.begin(); stream != m_streams.end(); ++stream)
+            if (stream->lastUse < oldest->lastUse)
+                oldest = stream;
+        m_streams.erase(oldest);
+    }
+    Stream &stream = m_streams[name];
+    stream.lastUse = ++m_streamUses;
+    return stream;
+}
+
+void CameraDebugWidget::clearStreams()
+{
+    m_streams.clear();
+    m_show->clear();
+}
+
+void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
+{
+    m_recvCount += byData.size();
+    m_gate->taken(byData.size());
+    Stream &stream = streamOf(name);
+    if (m_jpegData->isChecked()) {
+        stream.jpeg.append(byData);
+        takeJpegs(stream);
+    } else {
+        stream.packets.append(byData);
+        takePackets(stream);
+    }
+}
+
+void CameraDebugWidget::takePackets(Stream &stream)
+{
+    CameraEvent event;
+    while (stream.packets.next(&event, m_config->valueLength())) {
+        switch (event.kind) {
+        case CameraEvent::ImageBegins:
+            startElapsed();
+            break;
+        case CameraEvent::Image:
+            actOnImage(event);
+            break;
+        case CameraEvent::Format:
+            actOnFormat(event);
+            break;
+        case CameraEvent::Register:
+            actOnRegister(event);
+            break;
+        case CameraEvent::WrongLength:
+            QtMessageTip::showTip(QStringLiteral("当前数据长度与配置不符合！"), kTipMs);
+            break;
+        case CameraEvent::NoHeader:
+            qDebug().noquote() << "head" << QByteArray(CameraFrame::magic, CameraFrame::magicSize).toHex()
+                               << event.data.toHex();
+            break;
+        case CameraEvent::ImpossibleLength:
+            raiseError(QStringLiteral("数据包长度异常，已丢弃"));
+            break;
+        }
+    }
+}
+
+void CameraDebugWidget::takeJpegs(Stream &stream)
+{
+    QByteArray picture;
+    bool more = true;
+    while (more) {
+        more = stream.jpeg.next(&picture);
+        if (stream.jpeg.takeOverflow())
+            raiseError(QStringLiteral("JPEG图像没有结束标记，已丢弃"));
+        if (more || stream.jpeg.hasStart())
+            startElapsed();
+        if (!more)
+            break;
+        m_show->add(0, {picture, std::nullopt, false});
+        countFrame();
+    }
+}
+
+void CameraDebugWidget::startElapsed()
+{
+    if (m_frames == 0 && !m_sinceFirst.isValid())
+        m_sinceFirst.start();
+}
+
+void CameraDebugWidget::actOnImage(const CameraEvent &event)
+{
+    if (!event.checksumRight) {
+        raiseError(QStringLiteral("设备[%1]的图像数据校验错误").arg(event.device + 1));
+        if (m_checkCrc->isChecked())
+            return;
+    }
+    const ImageRecord &record = m_config->record(event.device);
+    if (m_frames == kTimedFrame &&
+        (record.format == ImageRecord::Rgb565 || record.format == ImageRecord::Bmp))
+        qDebug() << m_sinceFirst.elapsed() << "ms";
+    m_show->add(event.device, {event.data, record, m_bigEndian->isChecked()});
+    countFrame();
+}
+
+void CameraDebugWidget::countFrame()
+{
+    ++m_frames;
+}
+
+void CameraDebugWidget::actOnFormat(const CameraEvent &event)
+{
+    m_config->setRecord(event.device, {event.format, event.width, event.height});
+    emit signalNotify(QStringLiteral("设备[%1]修改图像格式[%2]成功: 宽度: %3像素,高度：%4像素.")
+                          .arg(event.device + 1)
+                          .arg(ImageRecord::formatName(event.format))
+                          .arg(event.width)
+                          .arg(event.height),
+                      kInformation);
+}
+
+void CameraDebugWidget::actOnRegister(const CameraEvent &event)
+{
+    quint32 value = 0;
+    for (int i = event.data.size() - 1; i >= 0; --i)
+        value = value << 8 | static_cast<uchar>(event.data.at(i));
+    m_config->takeReply(event.address, event.status, value, event.data.size());
+    QString text;
+    if (event.status == 1)
+        text = QStringLiteral("数据包接收错误!");
+    else if (event.status == 2)
+        text = QStringLiteral("没有这个寄存器!");
+    else if (event.status != 0)
+        text = QStringLiteral("寄存器读取错误，错误代码[%1]!").arg(event.status);
+    if (!text.isEmpty())
+        QtMessageTip::showTip(text, kTipMs);
+}
+
+void CameraDebugWidget::raiseError(const QString &why)
+{
+    m_status->showErrors(++m_errors, why);
+}
+
+// ---- registers
+
+void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, int regId)
+{
+    const int addressLength = m_config->addressLength();
+    const int valueLength = m_config->valueLength();
+    if (addressLength < 1 || addressLength > CameraFrame::longestValue) {
+        QtMessageTip::showTip(QStringLiteral("寄存器地址长度设置错误[1~4]"), kTipMs);
+        return;
+    }
+    if (!strValue.isEmpty() && (valueLength < 1 || valueLength > CameraFrame::longestValue)) {
+        QtMessageTip::showTip(QStringLiteral("寄存器值长度设置错误[1~4]"), kTipMs);
+        return;
+    }
+    bool isAddress = false;
+    bool isValue = true;
+    const quint32 address = strAddr.toUInt(&isAddress, 16);
+    const quint32 value = strValue.isEmpty() ? 0 : strValue.toUInt(&isValue, 16);
+    if (!isAddress || !isValue)
+        return;
+    const auto device = static_cast<quint8>(m_config->device());
+    m_sendCount +=
+        send(strValue.isEmpty()
+                 ? CameraFrame::readRequest(device, static_cast<quint16>(regId), address, addressLength)
+                 : CameraFrame::writeRequest(device, address, addressLength, value, valueLength));
+    emit signalRefresCounts(pageIndex);
+}
+
+// ---- pictures
+
+int CameraDebugWidget::chosenPicture() const
+{
+    return m_viewer->displayCount() == 2 ? m_picture->currentIndex() : 0;
+}
+
+void CameraDebugWidget::SltSaveImage()
+{
+    const QPixmap picture = m_viewer->image(chosenPicture()); // the one that was there at the click
+    if (picture.isNull()) {
+        emit signalNotify(QStringLiteral("还没有图像，无法保存！"), kError);
+        return;
+    }
+    const QString fileName = QtFileDialog::getSaveFileName(this, QStringLiteral("保存图像"), QString(),
+                                                           QStringLiteral("PNG图片(*.png);;JPEG图片(*.jpg)"));
+    if (fileName.isEmpty())
+        return;
+    const bool isJpeg = fileName.endsWith(QStringLiteral(".jpg"), Qt::CaseInsensitive) ||
+                        fileName.endsWith(QStringLiteral(".jpeg"), Qt::CaseInsensitive);
+    QSaveFile file(fileName);
+    bool saved = file.open(QIODevice::WriteOnly);
+    if (saved) {
+        QImageWriter writer(&file, isJpeg ? "jpg" : "png");
+        if (isJpeg)
+            writer.setQuality(95);
+        saved = writer.write(picture.toImage()) && SafeFile::commit(file);
+    }
+    if (saved)
+        emit signalNotify(QStringLiteral("图像已保存：") + fileName, kInformation);
+    else
+        QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
+}
+
+void CameraDebugWidget::SltCopyImage()
+{
+    const QPixmap picture = m_viewer->image(chosenPicture());
+    if (picture.isNull()) {
+        emit signalNotify(QStringLiteral("还没有图像，无法复制！"), kError);
+        return;
+    }
+    QApplication::clipboard()->setImage(picture.toImage());
+    emit signalNotify(QStringLiteral("图像已复制到剪贴板。"), kInformation);
+}
+
+// ---- counts
+
+void CameraDebugWidget::SltCalculationRate()
+{
+    const double seconds = static_cast<double>(qMax<qint64>(1, m_sinceRate.restart())) / 1000;
+    m_status->showRates(static_cast<double>(m_frames - m_framesAtRate) / seconds,
+                        static_cast<double>(m_recvCount - m_recvAtRate) / seconds);
+    m_framesAtRate = m_frames;
+    m_recvAtRate = m_recvCount;
+    showCounts();
+}
+
+void CameraDebugWidget::showCounts()
+{
+    m_status->showFrames(m_frames, m_show->skipped(), m_show->unusable());
+    emit signalRefresCounts(pageIndex);
+}
+
+QStringList CameraDebugWidget::counts() const
+{
+    return {QString::number(m_sendCount), QString::number(m_recvCount)};
+}
+
+// The rates go on from the numbers of the last period.
+void CameraDebugWidget::clearCounts()
+{
+    m_framesAtRate -= m_frames;
+    m_recvAtRate -= m_recvCount;
+    m_frames = 0;
+    m_recvCount = 0;
+    m_sendCount = 0;
+    m_errors = 0;
+    m_sinceFirst.invalidate();
+    m_show->clearCounts();
+    m_status->showErrors(0, {});
+    showCounts();
+}
+
+void CameraDebugWidget::reloadSettings()
+{
+    m_config->loadDefaults();
 }

@@ -1,21 +1,157 @@
 #pragma once
 
-// The camera assistant: images and registers of a camera board.
-// Not built yet: says so and counts nothing.
+// The camera assistant: takes the packets of a camera board, or raw JPEG
+// pictures, from a serial port or the network, shows the pictures and reads and
+// writes the board's registers. Owns the links and the streams; what a picture
+// is made of is FrameShow's, the registers are ImageFormatConfig's.
 
+#include "camera/frameassembler.h"
+#include "camera/jpegscanner.h"
 #include "shell/base/qtwidgetbase.h"
+
+#include <QAbstractSocket>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QTimer>
+
+class CameraLinkPanel;
+class CameraStatusRow;
+class FormGroup;
+class FormPanel;
+class FrameShow;
+class ImageFormatConfig;
+class ImageViewer;
+class QCheckBox;
+class QComboBox;
+class QPushButton;
+class QTcpSocket;
+class QUdpSocket;
+class QtSerialPort;
+class ReadGate;
+class TcpServer;
 
 class CameraDebugWidget : public QtWidgetBase
 {
     Q_OBJECT
 
 public:
+    static constexpr int pageIndex = 1; // in the window's stack
+
     explicit CameraDebugWidget(QWidget *parent = nullptr);
+    ~CameraDebugWidget() override;
+
+    QStringList counts() const override;
+    void clearCounts() override;
+    void reloadSettings() override;
+
+    qint64 frames() const { return m_frames; } // counted, shown or not
+    const FrameShow &frameShow() const { return *m_show; }
 
 public slots:
     void SltSerialportChanged(QStringList serialports);
+    void SltChangeProtocol(int index);
+    void SltOpenLink();
+    void SltChangeImageShow(int index); // of the device-count control
+
+    // The one way of everything that comes in; the name tells the streams apart.
+    void SltRecvImageData(QString name, QByteArray byData);
+    void SltRecvSerialportData(QByteArray byData);
+    void SltReadFromTcpSocket();
+    void SltReadyFromUdp();
+    void SltTcpError(QAbstractSocket::SocketError error);
+
+    // An empty value reads; texts are hexadecimal.
+    void SltReadWriteRegister(QString strAddr, QString strValue, int regId);
+    void SltCalculationRate();
+
+    void SltSaveImage();
+    void SltCopyImage();
 
 signals:
     void signalNotify(QString text, int kind);
     void signalRefresCounts(int pageIndex);
+
+private:
+    // One sender's bytes, which must not mix with another's.
+    struct Stream
+    {
+        FrameAssembler packets;
+        JpegScanner jpeg;
+        qint64 lastUse = 0;
+    };
+
+    void buildUi();
+    QWidget *buildPanel();
+    QWidget *buildWorkArea();
+    QWidget *buildActions();
+    FormGroup *buildDisplay(QWidget *parent);
+    void connectParts();
+
+    // The links (cameralinks.cpp).
+    void connectLinks();
+    bool isLinkOpen() const;
+    void closeLink();
+    bool hasValidFields();
+    void openServer();
+    void openClient();
+    void openUdp();
+    void openSerial();
+    void showOpened(const QString &state);
+    void showClosed(const QString &state = {});
+    void showFailed(const QString &why);
+    void clientConnected();
+    void clientDisconnected();
+    void clientFailed();
+    void serialVanished();
+    void takeFromHost();
+    void showPeers();
+    qint64 send(const QByteArray &packet);
+    qint64 sendDatagram(const QByteArray &packet);
+
+    // What came (cameradebugwidget.cpp).
+    Stream &streamOf(const QString &name);
+    void clearStreams();
+    void takePackets(Stream &stream);
+    void takeJpegs(Stream &stream);
+    void actOnImage(const CameraEvent &event);
+    void actOnFormat(const CameraEvent &event);
+    void actOnRegister(const CameraEvent &event);
+    void countFrame();
+    void startElapsed();
+    void raiseError(const QString &why);
+    void showCounts();
+    int chosenPicture() const;
+    void fold();
+
+    FormPanel *m_panel = nullptr;
+    CameraLinkPanel *m_link = nullptr;
+    ImageFormatConfig *m_config = nullptr;
+    QComboBox *m_deviceCount = nullptr;
+    QCheckBox *m_jpegData = nullptr;
+    QCheckBox *m_checkCrc = nullptr;
+    QCheckBox *m_bigEndian = nullptr;
+    CameraStatusRow *m_status = nullptr;
+    ImageViewer *m_viewer = nullptr;
+    QComboBox *m_picture = nullptr; // which one is saved and copied
+    QPushButton *m_save = nullptr;
+    QPushButton *m_copy = nullptr;
+
+    TcpServer *m_server;
+    QTcpSocket *m_socket;
+    QUdpSocket *m_udp;
+    QtSerialPort *m_serial;
+    ReadGate *m_gate;
+    FrameShow *m_show;
+
+    QHash<QString, Stream> m_streams;
+    qint64 m_streamUses = 0;
+    QElapsedTimer m_sinceFirst; // since the first frame began
+    QElapsedTimer m_sinceRate;
+    QTimer m_rateTimer;
+    qint64 m_frames = 0;
+    qint64 m_framesAtRate = 0;
+    qint64 m_errors = 0;
+    qint64 m_sendCount = 0;
+    qint64 m_recvCount = 0;
+    qint64 m_recvAtRate = 0;
 };

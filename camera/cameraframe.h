@@ -15,7 +15,7 @@ constexpr int deviceAt = 4;
 constexpr int lengthAt = 5;
 constexpr int commandAt = 9;
 constexpr int bodyAt = 10;
-constexpr int overhead = 12; // of a packet without a body
+constexpr int overhead = 12;         // of a packet without a body
 constexpr int registerOverhead = 15; // of a read reply without its value
 constexpr int longestValue = 4;      // bytes of a register's address or value
 

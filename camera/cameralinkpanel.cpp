@@ -77,8 +77,8 @@ void CameraLinkPanel::buildUi()
     m_protocol->addItems({QStringLiteral("TCP Server"), QStringLiteral("TCP Client"), QStringLiteral("UDP"),
                           QStringLiteral("串口")});
     m_baudRate->setEditable(true);
-    m_baudRate->addItems(
-        QStringLiteral("9600 115200 230400 460800 921600 1000000 1500000 2000000 3000000").split(QLatin1Char(' ')));
+    m_baudRate->addItems(QStringLiteral("9600 115200 230400 460800 921600 1000000 1500000 2000000 3000000")
+                             .split(QLatin1Char(' ')));
     m_baudRate->setValidator(new QIntValidator(1, 100000000, m_baudRate));
     m_baudRate->setCurrentText(QStringLiteral("921600"));
     m_baudRate->setToolTip(QStringLiteral("8位数据位，无校验，1位停止位；可输入其它波特率"));
@@ -164,7 +164,8 @@ void CameraLinkPanel::setSerialPorts(const QStringList &entries)
 void CameraLinkPanel::setOpenState(bool open)
 {
     m_isOpen = open;
-    for (QWidget *field : std::initializer_list<QWidget *>{m_local, m_server, m_port, m_serial, m_baudRate})
+    for (QWidget *field :
+         std::initializer_list<QWidget *>{m_protocol, m_local, m_server, m_port, m_serial, m_baudRate})
         field->setEnabled(!open);
     const Captions captions = captionsOf(protocol());
     m_open->setText(open ? captions.close : captions.open);

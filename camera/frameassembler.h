@@ -9,12 +9,12 @@
 struct CameraEvent
 {
     enum Kind {
-        ImageBegins,  // the header of an image packet has come
-        Image,        // a whole image packet: data, checksumRight
-        Format,       // an announcement: format, width, height
-        Register,     // a whole read reply: status, address, data (the value)
-        WrongLength,  // a read reply whose length does not fit the value length
-        NoHeader,     // what has come is no packet; data holds its first four bytes
+        ImageBegins,     // the header of an image packet has come
+        Image,           // a whole image packet: data, checksumRight
+        Format,          // an announcement: format, width, height
+        Register,        // a whole read reply: status, address, data (the value)
+        WrongLength,     // a read reply whose length does not fit the value length
+        NoHeader,        // what has come is no packet; data holds its first four bytes
         ImpossibleLength // a length that no packet has; all that came is dropped
     };
     Kind kind = NoHeader;
@@ -52,7 +52,7 @@ private:
     QByteArray m_buffer;
     qsizetype m_begin = 0; // of what is not used up
     bool m_receiving = false;
-    quint32 m_packetLength = 0;  // while receiving
-    qsizetype m_checked = 0;     // bytes of the packet that m_checksum covers
+    quint32 m_packetLength = 0; // while receiving
+    qsizetype m_checked = 0;    // bytes of the packet that m_checksum covers
     quint16 m_checksum = CameraFrame::crcStart;
 };

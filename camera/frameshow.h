@@ -41,7 +41,7 @@ public:
     void clear(); // forgets what waits
 
     qint64 shown() const { return m_shown; }
-    qint64 skipped() const { return m_skipped; } // came too fast
+    qint64 skipped() const { return m_skipped; }   // came too fast
     qint64 unusable() const { return m_unusable; } // no picture could be made of them
     void clearCounts();
 

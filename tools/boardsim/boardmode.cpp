@@ -1,6 +1,7 @@
 #include "tools/boardsim/boardmode.h"
 
 #include "tools/boardsim/burstmode.h"
+#include "tools/boardsim/cameramode.h"
 #include "tools/boardsim/echomode.h"
 #include "tools/boardsim/floodmode.h"
 #include "tools/boardsim/logmode.h"
@@ -32,6 +33,8 @@ std::unique_ptr<BoardMode> BoardMode::create(const Options &options, VirtualPort
         return std::make_unique<PidMode>(options, port);
     case Options::Mode::Ymodem:
         return std::make_unique<YmodemMode>(options, port);
+    case Options::Mode::Camera:
+        return std::make_unique<CameraMode>(options, port);
     case Options::Mode::Silent:
     case Options::Mode::TcpServer: // boards without a port
     case Options::Mode::TcpClient:

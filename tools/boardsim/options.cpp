@@ -48,6 +48,7 @@ Options::Mode modeFromName(const QString &name)
         {"udp", Options::Mode::Udp},
         {"ymodem", Options::Mode::Ymodem},
         {"pid", Options::Mode::Pid},
+        {"camera", Options::Mode::Camera},
     };
     for (const auto &entry : modes) {
         if (name == QLatin1String(entry.name))
@@ -77,8 +78,8 @@ Options::Fault faultFromName(const QString &name)
 
 Options::Act actFromName(const QString &name)
 {
-    const char *const names[] = {"echo", "silent",     "flood", "log",    "talk",
-                                 "drip", "half-close", "reset", "vanish", "deaf"};
+    const char *const names[] = {"echo",       "silent", "flood",  "log",  "talk",  "drip",
+                                 "half-close", "reset",  "vanish", "deaf", "camera"};
     int index = 0;
     for (const char *known : names) {
         if (name == QLatin1String(known))
@@ -104,6 +105,45 @@ void readYmodem(const QCommandLineParser &parser, Options *options)
         if (!ymodem.faults.add(fault))
             reject(QStringLiteral("there is no fault '%1'").arg(fault));
     }
+}
+
+CameraSettings::Fault cameraFaultFromName(const QString &name)
+{
+    const char *const names[] = {"none", "crc", "truncate", "garbage"};
+    int index = 0;
+    for (const char *known : names) {
+        if (name == QLatin1String(known))
+            return CameraSettings::Fault(index);
+        ++index;
+    }
+    reject(QStringLiteral("there is no camera fault '%1'").arg(name));
+}
+
+void readCamera(const QCommandLineParser &parser, CameraSettings *camera)
+{
+    const auto whole = [&parser](const char *name, int byDefault, qint64 lowest, qint64 highest) {
+        return int(number(parser, QLatin1String(name), byDefault, lowest, highest));
+    };
+    camera->format = whole("format", camera->format, 0, 255);
+    camera->width = whole("width", camera->width, 1, 65535);
+    camera->height = whole("height", camera->height, 1, 65535);
+    camera->firstDevice = whole("first-device", camera->firstDevice, 0, 255);
+    camera->devices = whole("devices", camera->devices, 1, 2);
+    camera->framesPerSecond = whole("fps", camera->framesPerSecond, 0, 1000);
+    camera->chunkBytes = whole("chunk", camera->chunkBytes, 0, 1 << 20);
+    camera->addressLength = whole("address-length", camera->addressLength, 1, 4);
+    camera->valueLength = whole("value-length", camera->valueLength, 1, 4);
+    camera->frames =
+        number(parser, QStringLiteral("frames"), camera->frames, 1, std::numeric_limits<int>::max());
+    camera->folder = parser.value(QStringLiteral("picture-folder"));
+    camera->bigEndian = parser.isSet(QStringLiteral("big-endian"));
+    camera->rawJpeg = parser.isSet(QStringLiteral("raw-jpeg"));
+    if (parser.isSet(QStringLiteral("test-pattern")))
+        camera->picture = CameraSettings::Picture::Pattern;
+    if (parser.isSet(QStringLiteral("camera-fault")))
+        camera->fault = cameraFaultFromName(parser.value(QStringLiteral("camera-fault")));
+    if (camera->rawJpeg && camera->folder.isEmpty())
+        reject(QStringLiteral("--raw-jpeg needs a --picture-folder"));
 }
 
 void readNetwork(const QCommandLineParser &parser, Options *options)
@@ -135,9 +175,9 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     };
     option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
     option("port", "COM<n>", "Name of the port (default: COM3).");
-    option(
-        "mode", "name",
-        "log, echo, shell, flood, silent, burst, pid, ymodem, tcp-server, tcp-client or udp (default: log).");
+    option("mode", "name",
+           "log, echo, shell, flood, silent, burst, pid, ymodem, camera, tcp-server, tcp-client or udp "
+           "(default: log).");
     option("encoding", "name",
            "utf8, gb18030, ascii (payload only) or binary; of names, too (default: utf8).");
     option("rate", "n", "log: lines, udp flood: datagrams per second (default: 20).");
@@ -156,9 +196,9 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("address", "ip", "Network: to listen on, to connect or to send to (default: 127.0.0.1).");
     option("net-port", "n", "Network: own port (default: any); tcp-client: the server's.");
     option("to-port", "n", "udp flood: the receiver's port.");
-    option(
-        "act", "name",
-        "Network: echo, silent, flood, log, talk, drip, half-close, reset, vanish or deaf (default: echo).");
+    option("act", "name",
+           "Network: echo, silent, flood, log, talk, drip, half-close, reset, vanish, deaf or camera "
+           "(default: echo).");
     option("peers", "n", "tcp-client: connections (default: 1).");
     option("message-bytes", "n", "talk, udp flood: size of a message (default: 100).");
     option("period", "ms", "talk, drip: pace; tcp-client: between attempts to connect (default: 100).");
@@ -172,6 +212,21 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("fault", "kind[=value][@place][*times]",
            "ymodem: lose, double, nak, can, a, silence[=ms], noise[=bytes], wild-noise[=bytes], "
            "late-c[=ms] or only-c, at a block's number, every<n>, start, eot or end. Repeatable.");
+    option("format", "n", "camera: 1 jpg, 2 bmp, 3 png, 4 RGB565 or 5 RGB888 (default: 4).");
+    option("width", "pixels", "camera: of its pictures (default: 320).");
+    option("height", "pixels", "camera: of its pictures (default: 240).");
+    option("first-device", "n", "camera: number of its first picture, 0 or 1 (default: 0).");
+    option("devices", "n", "camera: pictures in turn, 1 or 2 (default: 1).");
+    option("fps", "n", "camera: frames per second of each; 0 as fast as the line takes them (default: 10).");
+    option("frames", "n", "camera: then it is over (default: never).");
+    option("picture-folder", "path", "camera: sends the JPEG files of this folder (default: colour bars).");
+    option("chunk", "bytes", "camera: writes in pieces of this size (default: whole packets).");
+    option("camera-fault", "name", "camera: crc, truncate or garbage, every fifth frame (default: none).");
+    option("address-length", "bytes", "camera: of register addresses (default: 2).");
+    option("value-length", "bytes", "camera: of register values (default: 1).");
+    parser.addOption({QStringLiteral("test-pattern"), QStringLiteral("camera: the bars stand still.")});
+    parser.addOption({QStringLiteral("big-endian"), QStringLiteral("camera: RGB565 high byte first.")});
+    parser.addOption({QStringLiteral("raw-jpeg"), QStringLiteral("camera: files without packets.")});
     parser.process(application);
     if (!parser.positionalArguments().isEmpty())
         reject(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
@@ -214,6 +269,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
         quint32(number(parser, QStringLiteral("seed"), options.seed, 0, std::numeric_limits<quint32>::max()));
     readNetwork(parser, &options);
     readYmodem(parser, &options);
+    readCamera(parser, &options.camera);
     return options;
 }
 

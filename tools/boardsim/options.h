@@ -2,6 +2,7 @@
 
 // What can be asked for on the command line.
 
+#include "tools/boardsim/cameraboard.h"
 #include "tools/boardsim/payload.h"
 #include "tools/boardsim/ymodemreceiver.h"
 
@@ -13,10 +14,23 @@ namespace Boardsim {
 
 struct Options
 {
-    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, Pid, Ymodem, TcpServer, TcpClient, Udp };
+    enum class Mode {
+        Log,
+        Echo,
+        Shell,
+        Flood,
+        Silent,
+        Burst,
+        Pid,
+        Ymodem,
+        Camera,
+        TcpServer,
+        TcpClient,
+        Udp
+    };
 
     // What a board on the network does with each of its connections, or with
-    // datagrams (of those: Echo, Flood, Silent).
+    // datagrams (of those: Echo, Flood, Silent, Camera).
     enum class Act {
         Echo,      // returns what comes
         Silent,    // reads and counts
@@ -27,7 +41,8 @@ struct Options
         HalfClose, // sends the payload, ends sending, and reads on
         Reset,     // sends the payload and resets the connection
         Vanish,    // closes at once
-        Deaf       // never reads
+        Deaf,      // never reads
+        Camera     // sends pictures and answers register requests
     };
     enum class Fault { None, Garbage, Glued, Cut, Flood, Silence, Reset }; // of a pid board
 
@@ -59,6 +74,7 @@ struct Options
     quint32 seed = 1;
     QString receiveFolder; // ymodem
     YmodemReceiver::Settings ymodem;
+    CameraSettings camera;
 
     bool isOnNetwork() const { return mode >= Mode::TcpServer; }
 

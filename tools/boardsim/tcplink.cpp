@@ -29,6 +29,8 @@ TcpLink::TcpLink(QTcpSocket *socket, const Options &options, QFile *record, QObj
     connect(m_socket, &QTcpSocket::disconnected, this, &TcpLink::closed);
     connect(m_socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) {
         m_written += bytes;
+        if (m_camera)
+            m_camera->sendDue();
         sendMore();
     });
     QTimer::singleShot(options.startDelayMs, this, &TcpLink::start);
@@ -52,6 +54,17 @@ void TcpLink::start()
         connect(&m_pace, &QTimer::timeout, this, &TcpLink::sendLogLine);
         m_pace.start(qMax(1, 1000 / m_options.linesPerSecond));
         break;
+    case Options::Act::Camera:
+        m_camera = new CameraStream(m_options.camera,
+                                    {[this](const QByteArray &bytes) {
+                                         m_socket->write(bytes);
+                                         m_socket->flush();
+                                     },
+                                     [this] { return m_socket->bytesToWrite(); }},
+                                    this);
+        connect(m_camera, &CameraStream::finished, this, &TcpLink::finished);
+        m_camera->start();
+        break;
     case Options::Act::Flood:
         m_block = m_payload.take(blockBytes);
         sendMore();
@@ -73,6 +86,8 @@ void TcpLink::readSome()
     m_read += bytes.size();
     if (m_record->isOpen())
         m_record->write(bytes);
+    if (m_camera)
+        m_camera->receive(bytes);
     if (m_options.act == Options::Act::Echo || m_options.act == Options::Act::Log)
         m_socket->write(bytes);
 }

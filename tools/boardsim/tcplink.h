@@ -2,6 +2,7 @@
 
 // One connection of a board on the network, and what the board does with it.
 
+#include "tools/boardsim/camerastream.h"
 #include "tools/boardsim/options.h"
 
 #include <QElapsedTimer>
@@ -41,6 +42,7 @@ private:
     QFile *m_record;
     Payload m_payload;
     QByteArray m_block; // flood
+    CameraStream *m_camera = nullptr;
     QTimer m_pace;
     QElapsedTimer m_clock;
     quint32 m_logLine = 0;

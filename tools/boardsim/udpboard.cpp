@@ -4,6 +4,8 @@
 
 namespace Boardsim {
 
+static constexpr int cameraDatagram = 1400;
+
 UdpBoard::UdpBoard(const Options &options, QObject *parent)
     : BoardBase(parent)
     , m_options(options)
@@ -29,6 +31,8 @@ bool UdpBoard::begin(QString *error)
         return false;
     }
     emit event(QStringLiteral("bound %1 %2").arg(own.toString()).arg(m_socket.localPort()));
+    if (m_options.act == Options::Act::Camera)
+        startCamera();
     if (sends) {
         QTimer::singleShot(m_options.startDelayMs, this, [this] {
             m_clock.start();
@@ -36,6 +40,20 @@ bool UdpBoard::begin(QString *error)
         });
     }
     return true;
+}
+
+// Each piece is a datagram.
+void UdpBoard::startCamera()
+{
+    if (m_options.camera.chunkBytes == 0)
+        m_options.camera.chunkBytes = cameraDatagram;
+    const auto write = [this](const QByteArray &bytes) {
+        m_written += qMax<qint64>(
+            0, m_socket.writeDatagram(bytes, QHostAddress(m_options.address), quint16(m_options.toPort)));
+    };
+    m_camera = new CameraStream(m_options.camera, {write, [] { return qint64(0); }}, this);
+    connect(m_camera, &CameraStream::finished, this, [this] { emit event(QStringLiteral("finished")); });
+    QTimer::singleShot(m_options.startDelayMs, m_camera, &CameraStream::start);
 }
 
 void UdpBoard::readSome()
@@ -46,6 +64,8 @@ void UdpBoard::readSome()
         m_read += datagram.data().size();
         if (m_record.isOpen())
             m_record.write(datagram.data());
+        if (m_camera)
+            m_camera->receive(datagram.data());
         if (m_options.act == Options::Act::Echo)
             m_written += qMax<qint64>(0, m_socket.writeDatagram(datagram.makeReply(datagram.data())));
     }

@@ -1,9 +1,11 @@
 #pragma once
 
 // A board that speaks datagrams: returns them to their senders, counts them,
-// or sends the payload in datagrams at a rate.
+// sends the payload in datagrams at a rate,
+// or is a camera.
 
 #include "tools/boardsim/boardbase.h"
+#include "tools/boardsim/camerastream.h"
 #include "tools/boardsim/options.h"
 
 #include <QElapsedTimer>
@@ -27,11 +29,13 @@ public:
 private:
     void readSome();
     void sendDue();
+    void startCamera();
 
     Options m_options;
     QFile m_record;
     Payload m_payload;
     QUdpSocket m_socket;
+    CameraStream *m_camera = nullptr;
     QTimer m_pace;
     QElapsedTimer m_clock;
     qint64 m_written = 0;

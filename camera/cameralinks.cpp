@@ -1,0 +1,350 @@
+// The camera page's four links: opening, closing, sending and what they report.
+
+#include "camera/cameradebugwidget.h"
+#include "camera/cameralinkpanel.h"
+#include "camera/camerastatusrow.h"
+#include "camera/imageformatconfig.h"
+#include "network/peeraddress.h"
+#include "network/readgate.h"
+#include "network/socketerror.h"
+#include "network/tcpclient.h"
+#include "network/tcpserver.h"
+#include "serial/portname.h"
+#include "serial/qtserialport.h"
+#include "shell/base/stateindicator.h"
+
+#include <QDebug>
+#include <QNetworkDatagram>
+#include <QUdpSocket>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+constexpr int kDatagramBufferBytes = 8 * 1024 * 1024; // asked of the system, which may give less
+
+const auto kFromServer = QStringLiteral("server");
+const auto kFromSerial = QStringLiteral("serial");
+
+} // namespace
+
+void CameraDebugWidget::connectLinks()
+{
+    connect(m_link, &CameraLinkPanel::openClicked, this, &CameraDebugWidget::SltOpenLink);
+    connect(m_link, &CameraLinkPanel::protocolChanged, this, &CameraDebugWidget::SltChangeProtocol);
+
+    connect(m_server, &TcpServer::signalReadMessage, this, &CameraDebugWidget::SltRecvImageData);
+    connect(m_server, &TcpServer::signalClientConnected, this, [this](const QString &name) {
+        emit signalNotify(QStringLiteral("新客户端[%1]已连接:").arg(name), kInformation);
+        showPeers();
+    });
+    connect(m_server, &TcpServer::signalClientDisconnected, this, [this](const QString &name) {
+        m_streams.remove(name);
+        emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
+        showPeers();
+    });
+
+    m_socket->setReadBufferSize(TcpClient::readBufferBytes);
+    connect(m_socket, &QTcpSocket::connected, this, &CameraDebugWidget::clientConnected);
+    connect(m_socket, &QTcpSocket::disconnected, this, &CameraDebugWidget::clientDisconnected);
+    connect(m_socket, &QTcpSocket::readyRead, this, &CameraDebugWidget::SltReadFromTcpSocket);
+    connect(m_socket, &QAbstractSocket::errorOccurred, this, &CameraDebugWidget::SltTcpError);
+    connect(m_udp, &QUdpSocket::readyRead, this, &CameraDebugWidget::SltReadyFromUdp);
+    connect(m_serial, &QtSerialPort::bytesRead, this, &CameraDebugWidget::SltRecvSerialportData);
+    // Queued: the report comes from within the port's own reading.
+    connect(m_serial, &QtSerialPort::hungUp, this, &CameraDebugWidget::serialVanished, Qt::QueuedConnection);
+
+    connect(m_gate, &ReadGate::closed, m_server, [this] { m_server->setReading(false); });
+    connect(m_gate, &ReadGate::opened, this, [this] {
+        m_server->setReading(true);
+        SltReadFromTcpSocket();
+        SltReadyFromUdp();
+    });
+}
+
+// ---- opening and closing
+
+bool CameraDebugWidget::isLinkOpen() const
+{
+    return m_server->isListening() || m_socket->isOpen() || m_udp->state() == QAbstractSocket::BoundState ||
+           m_serial->isOpen();
+}
+
+void CameraDebugWidget::SltChangeProtocol(int)
+{
+    closeLink();
+    showClosed();
+}
+
+// Half a frame belongs to the link that it came over.
+void CameraDebugWidget::closeLink()
+{
+    m_server->closeAll();
+    m_socket->abort();
+    m_udp->abort();
+    m_serial->close();
+    clearStreams();
+    m_config->stopBatch();
+}
+
+void CameraDebugWidget::SltOpenLink()
+{
+    if (isLinkOpen()) {
+        closeLink();
+        showClosed();
+        emit signalNotify(QStringLiteral("摄像头连接已关闭!"), kInformation);
+        return;
+    }
+    if (m_link->protocol() == CameraLinkPanel::Serial)
+        return openSerial();
+    if (!hasValidFields())
+        return;
+    switch (m_link->protocol()) {
+    case CameraLinkPanel::TcpServer:
+        return openServer();
+    case CameraLinkPanel::TcpClient:
+        return openClient();
+    default:
+        return openUdp();
+    }
+}
+
+// The fields that every socket needs; what is wrong is pointed at.
+bool CameraDebugWidget::hasValidFields()
+{
+    const bool isClient = m_link->protocol() == CameraLinkPanel::TcpClient;
+    const bool hasAddress = isClient ? !m_link->serverAddress().isEmpty() : !m_link->localAddress().isNull();
+    if (m_link->port() == 0) {
+        m_link->hintPort();
+        showFailed(QStringLiteral("端口无效，范围为1到65535"));
+    } else if (!hasAddress) {
+        m_link->hintAddress();
+        showFailed(QStringLiteral("IP地址无效"));
+    }
+    return m_link->port() != 0 && hasAddress;
+}
+
+void CameraDebugWidget::openServer()
+{
+    const quint16 port = m_link->port();
+    if (m_server->listen(m_link->localAddress(), port)) {
+        showOpened(QString());
+        showPeers();
+        emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        return;
+    }
+    showFailed(socketErrorText(m_server->serverError(), m_server->errorString()));
+    emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+}
+
+void CameraDebugWidget::openClient()
+{
+    const QString connecting = QStringLiteral("正在连接，再次点击可取消");
+    m_link->setOpenState(true);
+    m_link->showState(connecting);
+    m_status->state()->setState(StateIndicator::Busy, connecting);
+    m_socket->connectToHost(m_link->serverAddress(), m_link->port());
+}
+
+void CameraDebugWidget::openUdp()
+{
+    const quint16 port = m_link->port();
+    // Not shared: of two programs on one port, the system would choose who hears.
+    if (m_udp->bind(m_link->localAddress(), port, QAbstractSocket::DontShareAddress)) {
+        m_udp->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, kDatagramBufferBytes);
+        showOpened(QStringLiteral("正在接收端口%1的数据").arg(port));
+        emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        return;
+    }
+    showFailed(socketErrorText(m_udp->error(), m_udp->errorString()));
+    m_udp->abort();
+    emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+}
+
+void CameraDebugWidget::openSerial()
+{
+    const QString entry = m_link->serialPort();
+    if (entry.isEmpty()) {
+        emit signalNotify(QStringLiteral("当前系统未检测到任何串口，请重试!!!"), kError);
+        return;
+    }
+    const QString name = PortName::fromEntry(entry);
+    if (!name.isEmpty() && m_link->baudRate() > 0)
+        m_serial->open(name, m_link->baudRate(), 8, 0, 0);
+    if (!m_serial->isOpen()) {
+        showFailed(QStringLiteral("串口打开失败"));
+        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name.isEmpty() ? entry : name), kError);
+        return;
+    }
+    showOpened(QStringLiteral("串口[%1]已打开").arg(name));
+    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
+}
+
+void CameraDebugWidget::showOpened(const QString &state)
+{
+    m_errors = 0;
+    m_status->showErrors(0, {});
+    m_link->setOpenState(true);
+    m_link->showState(state);
+    m_status->state()->setOn(true);
+}
+
+void CameraDebugWidget::showClosed(const QString &state)
+{
+    m_link->setOpenState(false);
+    m_link->showState(state);
+    m_status->state()->setOn(false);
+}
+
+void CameraDebugWidget::showFailed(const QString &why)
+{
+    m_link->setOpenState(false);
+    m_link->showState(why, true);
+    m_status->state()->setState(StateIndicator::Failed, QStringLiteral("上次错误: %1").arg(why));
+}
+
+void CameraDebugWidget::showPeers()
+{
+    if (m_server->isListening())
+        m_link->showState(QStringLiteral("正在监听端口%1，已连接%2个客户端")
+                              .arg(m_server->serverPort())
+                              .arg(m_server->clientCount()));
+}
+
+// ---- the client's socket
+
+void CameraDebugWidget::clientConnected()
+{
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    showOpened(QStringLiteral("已连接到%1:%2")
+                   .arg(PeerAddress::text(m_socket->peerAddress()))
+                   .arg(m_socket->peerPort()));
+    emit signalNotify(QStringLiteral("[TCP Client]与服务器连接成功！！！"), kInformation);
+}
+
+void CameraDebugWidget::clientDisconnected()
+{
+    const bool byServer = m_socket->isOpen();
+    if (byServer) {
+        takeFromHost(); // what was held back
+        m_socket->close();
+        clearStreams();
+        m_config->stopBatch();
+        showClosed(QStringLiteral("服务器已断开连接"));
+    }
+    emit signalNotify(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), kInformation);
+}
+
+void CameraDebugWidget::SltReadFromTcpSocket()
+{
+    if (m_gate->isOpen())
+        takeFromHost();
+}
+
+void CameraDebugWidget::takeFromHost()
+{
+    if (m_socket->bytesAvailable() > 0)
+        SltRecvImageData(kFromServer, m_socket->readAll());
+}
+
+void CameraDebugWidget::SltTcpError(QAbstractSocket::SocketError error)
+{
+    qDebug() << m_socket->errorString() << "Socket error" << error;
+    // Later: the socket is still at work on its failure, and may try the next
+    // address of a host.
+    QMetaObject::invokeMethod(this, &CameraDebugWidget::clientFailed, Qt::QueuedConnection);
+}
+
+// A refused socket stays open; closed, the next press connects again.
+void CameraDebugWidget::clientFailed()
+{
+    if (m_socket->state() != QAbstractSocket::UnconnectedState || !m_socket->isOpen())
+        return;
+    const QString why = socketErrorText(m_socket->error(), m_socket->errorString());
+    m_socket->close();
+    showFailed(QStringLiteral("连接失败: %1").arg(why));
+    emit signalNotify(QStringLiteral("[TCP Client]连接失败: %1").arg(why), kError);
+}
+
+// ---- datagrams
+
+void CameraDebugWidget::SltReadyFromUdp()
+{
+    if (m_udp->state() != QAbstractSocket::BoundState)
+        return;
+    while (m_gate->isOpen() && m_udp->hasPendingDatagrams()) {
+        const QNetworkDatagram datagram = m_udp->receiveDatagram();
+        if (!datagram.isValid())
+            return;
+        SltRecvImageData(QStringLiteral("%1:%2")
+                             .arg(datagram.senderAddress().toString())
+                             .arg(datagram.senderPort()),
+                         datagram.data());
+    }
+}
+
+// ---- the serial port
+
+void CameraDebugWidget::SltRecvSerialportData(QByteArray byData)
+{
+    SltRecvImageData(kFromSerial, byData);
+}
+
+void CameraDebugWidget::SltSerialportChanged(QStringList serialports)
+{
+    m_link->setSerialPorts(serialports);
+    if (!m_serial->isOpen())
+        return;
+    for (const QString &entry : qAsConst(serialports))
+        if (PortName::fromEntry(entry) == m_serial->portName())
+            return;
+    serialVanished();
+}
+
+void CameraDebugWidget::serialVanished()
+{
+    if (!m_serial->isOpen())
+        return;
+    closeLink();
+    showClosed();
+    emit signalNotify(QStringLiteral("当前串口已拔出，请重新打开!"), kError);
+}
+
+// ---- sending
+
+// The bytes handed over; 0, after a notice, where nobody is there to take them.
+qint64 CameraDebugWidget::send(const QByteArray &packet)
+{
+    qint64 sent = 0;
+    switch (m_link->protocol()) {
+    case CameraLinkPanel::TcpServer:
+        sent = m_server->SltSendMsgToAllClient(packet);
+        break;
+    case CameraLinkPanel::TcpClient:
+        if (m_socket->state() == QAbstractSocket::ConnectedState &&
+            m_socket->bytesToWrite() + packet.size() <= TcpServer::mostQueued)
+            sent = m_socket->write(packet);
+        break;
+    case CameraLinkPanel::Udp:
+        sent = sendDatagram(packet);
+        break;
+    default:
+        if (m_serial->isOpen()) {
+            m_serial->writeBytes(packet);
+            sent = packet.size();
+        }
+        break;
+    }
+    if (sent <= 0)
+        emit signalNotify(QStringLiteral("没有已连接的摄像头，数据未发送！"), kError);
+    return qMax<qint64>(0, sent);
+}
+
+qint64 CameraDebugWidget::sendDatagram(const QByteArray &packet)
+{
+    const QHostAddress address = m_link->destinationAddress();
+    const bool isOpen = m_udp->state() == QAbstractSocket::BoundState;
+    if (!isOpen || address.isNull() || m_link->destinationPort() == 0)
+        return 0;
+    return m_udp->writeDatagram(packet, address, m_link->destinationPort());
+}

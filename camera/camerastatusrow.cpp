@@ -1,0 +1,74 @@
+#include "camera/camerastatusrow.h"
+
+#include "shell/base/stateindicator.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVariant>
+
+namespace {
+
+QString rateText(double bytesPerSecond)
+{
+    if (bytesPerSecond < 1000)
+        return QStringLiteral("%1 B/s").arg(bytesPerSecond, 0, 'f', 0);
+    if (bytesPerSecond < 1e6)
+        return QStringLiteral("%1 KB/s").arg(bytesPerSecond / 1e3, 0, 'f', 1);
+    return QStringLiteral("%1 MB/s").arg(bytesPerSecond / 1e6, 0, 'f', 2);
+}
+
+} // namespace
+
+CameraStatusRow::CameraStatusRow(QWidget *parent)
+    : QWidget(parent)
+    , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
+    , m_fps(new QLabel(this))
+    , m_rate(new QLabel(this))
+    , m_number(new QLabel(this))
+    , m_skipped(new QLabel(this))
+    , m_error(new QLabel(this))
+    , m_state(new StateIndicator(this))
+{
+    m_fold->setObjectName(QStringLiteral("btnFold"));
+    m_fps->setObjectName(QStringLiteral("labelFrameRate"));
+    m_rate->setObjectName(QStringLiteral("labelDataRate"));
+    m_number->setObjectName(QStringLiteral("labelFrameNumber"));
+    m_skipped->setObjectName(QStringLiteral("labelSkipped"));
+    m_error->setObjectName(QStringLiteral("labelImageError"));
+    m_error->setProperty("kind", QStringLiteral("error"));
+
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(16);
+    row->addWidget(m_fold);
+    row->addStretch();
+    for (QLabel *label : {m_error, m_skipped, m_fps, m_rate, m_number})
+        row->addWidget(label);
+    row->addWidget(m_state);
+    showRates(0, 0);
+    showFrames(0, 0, 0);
+    showErrors(0, {});
+}
+
+void CameraStatusRow::showRates(double framesPerSecond, double bytesPerSecond)
+{
+    m_fps->setText(QStringLiteral("接收帧率: %1 FPS").arg(framesPerSecond, 0, 'f', 1));
+    m_rate->setText(QStringLiteral("接收速率: %1").arg(rateText(bytesPerSecond)));
+}
+
+void CameraStatusRow::showFrames(qint64 number, qint64 skipped, qint64 unusable)
+{
+    m_number->setText(QStringLiteral("帧编号: %1").arg(number));
+    m_skipped->setText(QStringLiteral("未显示: %1").arg(skipped + unusable));
+    m_skipped->setToolTip(
+        QStringLiteral("来得太快而跳过的帧: %1\n无法解码的帧: %2").arg(skipped).arg(unusable));
+    m_skipped->setVisible(skipped + unusable > 0);
+}
+
+void CameraStatusRow::showErrors(qint64 count, const QString &lastReason)
+{
+    m_error->setText(QStringLiteral("数据错误: %1").arg(count));
+    m_error->setToolTip(lastReason);
+    m_error->setVisible(count > 0);
+}

@@ -1,0 +1,268 @@
+// The engines of the camera link. Packets are written out.
+
+#include "camera/frameassembler.h"
+#include "camera/jpegscanner.h"
+#include "camera/pixeldecoder.h"
+
+#include <QtTest>
+
+namespace {
+
+QByteArray hex(const char *text)
+{
+    return QByteArray::fromHex(text);
+}
+
+const QByteArray kImage = hex("4f52564e00140000000210111213141516174e6e");
+const QByteArray kFormat = hex("4f52564e0111000000010502000300a552"); // device 1: RGB888, 2 x 3
+const QByteArray kReply = hex("4f52564e0010000000110008305aaf47"); // device 0: address 3008, value 5A
+
+// One letter for each event; images with their size, in small where the checksum is wrong.
+QString events(FrameAssembler &assembler, int valueLength = 1)
+{
+    QString seen;
+    CameraEvent event;
+    while (assembler.next(&event, valueLength)) {
+        switch (event.kind) {
+        case CameraEvent::ImageBegins:
+            break;
+        case CameraEvent::Image:
+            seen += event.checksumRight ? QStringLiteral("I%1 ") : QStringLiteral("i%1 ");
+            seen = seen.arg(event.data.size());
+            break;
+        case CameraEvent::Format:
+            seen += QStringLiteral("F%1:%2:%3x%4 ")
+                        .arg(event.device).arg(event.format).arg(event.width).arg(event.height);
+            break;
+        case CameraEvent::Register:
+            seen += QStringLiteral("R%1:%2=%3 ")
+                        .arg(event.status)
+                        .arg(event.address, 0, 16)
+                        .arg(QLatin1String(event.data.toHex()));
+            break;
+        case CameraEvent::WrongLength:
+            seen += QStringLiteral("W ");
+            break;
+        case CameraEvent::NoHeader:
+            seen += QStringLiteral("N ");
+            break;
+        case CameraEvent::ImpossibleLength:
+            seen += QStringLiteral("L ");
+            break;
+        }
+    }
+    return seen.trimmed();
+}
+
+QByteArray damaged(QByteArray bytes, int at)
+{
+    bytes[at] = char(bytes.at(at) ^ 1);
+    return bytes;
+}
+
+// A header with any length and command.
+QByteArray header(const char *length, const char *command)
+{
+    return "ORVN" + QByteArray(1, '\0') + hex(length) + hex(command);
+}
+
+} // namespace
+
+class TestCameraLink : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void buildsRequests();
+    void takesChunks_data();
+    void takesChunks();
+    void takesBytesOneByOne();
+    void keepsMemorySmall();
+    void findsJpegs_data();
+    void findsJpegs();
+    void givesUpEndlessJpegs();
+    void decodesRgb565_data();
+    void decodesRgb565();
+    void decodesRgb888();
+    void refusesSizes();
+};
+
+void TestCameraLink::buildsRequests()
+{
+    QCOMPARE(CameraFrame::crc16("123456789", 9), quint16(0x4B37));
+    QCOMPARE(CameraFrame::readRequest(1, 0x1234, 0x3008, 2), hex("4f52564e01100000001134120830429a"));
+    QCOMPARE(CameraFrame::writeRequest(0, 0x3008, 2, 0x5A, 1), hex("4f52564e000f0000001008305afdf2"));
+}
+
+void TestCameraLink::takesChunks_data()
+{
+    QTest::addColumn<QList<QByteArray>>("chunks");
+    QTest::addColumn<QString>("seen");
+    using Chunks = QList<QByteArray>;
+
+    QTest::newRow("whole") << Chunks{kImage} << "I8";
+    QTest::newRow("several in a chunk") << Chunks{kFormat + kImage + kReply + kImage} << "F1:5:2x3 I8 R0:3008=5a I8";
+    QTest::newRow("two halves") << Chunks{kImage.left(13), kImage.mid(13)} << "I8";
+    QTest::newRow("a header wins") << Chunks{kImage.left(13), kImage} << "I8";
+    QTest::newRow("a header inside does not") << Chunks{kImage.left(11), "x" + kImage} << "i8 N";
+    QTest::newRow("wrong checksum") << Chunks{damaged(kImage, 12)} << "i8";
+    QTest::newRow("garbage drops all") << Chunks{"garbage" + kImage} << "N";
+    QTest::newRow("garbage, then a chunk") << Chunks{"garbage", kImage} << "I8";
+    QTest::newRow("announcement of 15 bytes")
+        << Chunks{hex("4f52564e010f00000001050200" "0300") + kImage} << "F1:5:2x3 I8";
+    QTest::newRow("short announcement is dropped") << Chunks{kFormat.left(16), kFormat.mid(16) + kImage} << "N";
+    QTest::newRow("announcement without room") << Chunks{header("0c000000", "01") + "\1\2" + kImage} << "I8";
+    QTest::newRow("unknown command") << Chunks{header("0e000000", "63") + "abcd" + kImage} << "I8";
+    QTest::newRow("device 255") << Chunks{"ORVN\xff" + kFormat.mid(5)} << "F1:5:2x3";
+    QTest::newRow("reply in pieces") << Chunks{kReply.left(14), kReply.mid(14)} << "R0:3008=5a";
+    QTest::newRow("reply too long") << Chunks{hex("4f52564e00110000001100083012340000") + kImage} << "W I8";
+    QTest::newRow("length 0") << Chunks{header("00000000", "02") + "ab"} << "L";
+    QTest::newRow("length 10") << Chunks{header("0a000000", "02") + kImage} << "i0 I8";
+    QTest::newRow("length 11") << Chunks{header("0b000000", "02") + "x" + kImage} << "i0 I8";
+    QTest::newRow("length 12") << Chunks{header("0c000000", "02") + "xy" + kImage} << "i0 I8";
+    QTest::newRow("length 2^32-1") << Chunks{header("ffffffff", "02") + "ab", kImage} << "L I8";
+    QTest::newRow("reply of 2^32-1") << Chunks{header("ffffffff", "11") + "ab"} << "L";
+    QTest::newRow("reply of 64 MB") << Chunks{header("00000004", "11") + "ab", kImage} << "W I8";
+}
+
+void TestCameraLink::takesChunks()
+{
+    QFETCH(QList<QByteArray>, chunks);
+    QFETCH(QString, seen);
+    FrameAssembler assembler;
+    QStringList all;
+    for (const QByteArray &chunk : qAsConst(chunks)) {
+        assembler.append(chunk);
+        const QString now = events(assembler);
+        if (!now.isEmpty())
+            all += now;
+    }
+    QCOMPARE(all.join(QLatin1Char(' ')), seen);
+}
+
+void TestCameraLink::takesBytesOneByOne()
+{
+    FrameAssembler assembler;
+    QString seen;
+    const QByteArray stream = kImage + kReply + kImage;
+    for (const char byte : stream) {
+        assembler.append(QByteArray(1, byte));
+        seen += events(assembler);
+    }
+    QCOMPARE(seen, QStringLiteral("I8R0:3008=5aI8"));
+    QCOMPARE(assembler.size(), 0);
+}
+
+// What is announced is not allocated before it comes, and a stream of frames
+// leaves nothing behind.
+void TestCameraLink::keepsMemorySmall()
+{
+    FrameAssembler assembler;
+    assembler.append(header("00000004", "02") + QByteArray(100, 'x'));
+    QCOMPARE(events(assembler), QString());
+    QVERIFY(assembler.capacity() < 4096);
+    assembler.append(kImage.left(11));
+    for (int i = 0; i < 10000; ++i) {
+        assembler.append(kImage.mid(11) + kImage.left(11));
+        QCOMPARE(events(assembler), QStringLiteral("I8"));
+    }
+    QVERIFY(assembler.capacity() < 64 * 1024);
+}
+
+void TestCameraLink::findsJpegs_data()
+{
+    QTest::addColumn<QList<QByteArray>>("chunks");
+    QTest::addColumn<QStringList>("pictures");
+    using Chunks = QList<QByteArray>;
+    QTest::newRow("one") << Chunks{hex("ffd801ffd9")} << QStringList{"ffd801ffd9"};
+    QTest::newRow("two and a beginning")
+        << Chunks{hex("ffd801ffd9ffd802ffd9ffd8"), hex("03ffd9")} << QStringList{"ffd801ffd9", "ffd802ffd9", "ffd803ffd9"};
+    QTest::newRow("garbage before") << Chunks{hex("0102ff"), hex("d805ffd9")} << QStringList{"ffd805ffd9"};
+    QTest::newRow("markers cut") << Chunks{hex("ff"), hex("d8ff"), hex("d9")} << QStringList{"ffd8ffd9"};
+    QTest::newRow("an end before the start, together") << Chunks{hex("ffd9ffd801ffd9")} << QStringList{"ffd801ffd9"};
+    QTest::newRow("an end alone") << Chunks{hex("01ffd9"), hex("ffd801ffd9")} << QStringList{"01ffd9", "ffd801ffd9"};
+    QTest::newRow("no end") << Chunks{hex("ffd8010203"), hex("ffff")} << QStringList{};
+}
+
+void TestCameraLink::findsJpegs()
+{
+    QFETCH(QList<QByteArray>, chunks);
+    QFETCH(QStringList, pictures);
+    JpegScanner scanner;
+    QStringList seen;
+    QByteArray picture;
+    for (const QByteArray &chunk : qAsConst(chunks)) {
+        scanner.append(chunk);
+        while (scanner.next(&picture))
+            seen += QLatin1String(picture.toHex());
+    }
+    QCOMPARE(seen, pictures);
+}
+
+void TestCameraLink::givesUpEndlessJpegs()
+{
+    JpegScanner scanner;
+    QByteArray picture;
+    const QByteArray megabyte(1 << 20, '\xFF');
+    scanner.append(hex("ffd8"));
+    bool overflow = false;
+    for (int i = 0; i < 70; ++i) {
+        scanner.append(megabyte);
+        QVERIFY(!scanner.next(&picture));
+        overflow = overflow || scanner.takeOverflow();
+        QVERIFY(scanner.size() <= 64 << 20);
+    }
+    QVERIFY(overflow);
+    scanner.append(hex("ffd801ffd9"));
+    QVERIFY(scanner.next(&picture));
+}
+
+void TestCameraLink::decodesRgb565_data()
+{
+    QTest::addColumn<QByteArray>("source");
+    QTest::addColumn<bool>("bigEndian");
+    QTest::addColumn<QByteArray>("output"); // 3 x 2, padded rows
+    // Source pixels 0 to 6; output row 0 takes 6 5 4, row 1 takes 9 8 7.
+    const QByteArray source = hex("0000" "0000" "0000" "0000" "e007" "1f00" "00f8" "1234" "5678" "ffff");
+    QTest::newRow("little") << source << false << hex("f80000" "0000f8" "00fc00" "aaaa" "f8fcf8" "7808b0" "308090" "aaaa");
+    QTest::newRow("exact payload") << source.left(12) << false << hex("000000" "0000f8" "00fc00" "aaaa" "000000" "000000" "000000" "aaaa");
+    QTest::newRow("odd bytes") << source.left(11) << false << hex("000000" "0000f8" "00fc00" "aaaa" "000000" "000000" "000000" "aaaa");
+    QTest::newRow("nothing") << QByteArray() << true << hex("000000" "000000" "000000" "aaaa" "000000" "000000" "000000" "aaaa");
+    QTest::newRow("big") << hex("0000" "0000" "0000" "0000" "07e0" "001f" "f800") << true
+                         << hex("f80000" "0000f8" "00fc00" "aaaa" "000000" "000000" "000000" "aaaa");
+}
+
+void TestCameraLink::decodesRgb565()
+{
+    QFETCH(QByteArray, source);
+    QFETCH(bool, bigEndian);
+    QFETCH(QByteArray, output);
+    QByteArray picture(output.size(), '\xaa');
+    PixelDecoder::rgb565(reinterpret_cast<const uchar *>(source.constData()), source.size(), 3, 2, bigEndian,
+                         reinterpret_cast<uchar *>(picture.data()), 11);
+    QCOMPARE(picture.toHex(), output.toHex());
+}
+
+void TestCameraLink::decodesRgb888()
+{
+    const QByteArray source("abcdefgh"); // of nine bytes
+    QByteArray picture(2 * 8, '.');
+    PixelDecoder::rgb888(reinterpret_cast<const uchar *>(source.constData()), source.size(), 1, 2,
+                         reinterpret_cast<uchar *>(picture.data()), 8);
+    QCOMPARE(picture, QByteArray("abc.....def....."));
+    picture.fill('.');
+    PixelDecoder::rgb888(reinterpret_cast<const uchar *>(source.constData()), source.size(), 2, 2,
+                         reinterpret_cast<uchar *>(picture.data()), 8);
+    QCOMPARE(picture, QByteArray("abcdef..gh\0\0\0\0..", 16));
+}
+
+void TestCameraLink::refusesSizes()
+{
+    QCOMPARE(PixelDecoder::imageBytes(0, 240), 0U);
+    QCOMPARE(PixelDecoder::imageBytes(320, 0), 0U);
+    QCOMPARE(PixelDecoder::imageBytes(65535, 65535), 0U);
+    QCOMPARE(PixelDecoder::imageBytes(640, 480), 921600U);
+}
+
+QTEST_GUILESS_MAIN(TestCameraLink)
+#include "test_camera_link.moc"
