@@ -39,6 +39,10 @@ void DemoBoards::start()
                {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), QStringLiteral("COM7"),
                 QStringLiteral("--mode"), QStringLiteral("ymodem"), QStringLiteral("--receive-folder"),
                 m_folder.filePath(QStringLiteral("received"))});
+    startBoard(QStringLiteral("COM8"),
+               {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), QStringLiteral("COM8"),
+                QStringLiteral("--mode"), QStringLiteral("camera"), QStringLiteral("--devices"),
+                QStringLiteral("2")});
     startUpdateServer();
     startBoard(QStringLiteral("TCP"),
                {QStringLiteral("--mode"), QStringLiteral("tcp-client"), QStringLiteral("--net-port"),

@@ -333,10 +333,12 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
     const int valueLength = m_config->valueLength();
     if (addressLength < 1 || addressLength > CameraFrame::longestValue) {
         QtMessageTip::showTip(QStringLiteral("寄存器地址长度设置错误[1~4]"), kTipMs);
+        m_config->stopBatch();
         return;
     }
     if (!strValue.isEmpty() && (valueLength < 1 || valueLength > CameraFrame::longestValue)) {
         QtMessageTip::showTip(QStringLiteral("寄存器值长度设置错误[1~4]"), kTipMs);
+        m_config->stopBatch();
         return;
     }
     bool isAddress = false;
@@ -346,10 +348,13 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
     if (!isAddress || !isValue)
         return;
     const auto device = static_cast<quint8>(m_config->device());
-    m_sendCount +=
+    const qint64 sent =
         send(strValue.isEmpty()
                  ? CameraFrame::readRequest(device, static_cast<quint16>(regId), address, addressLength)
                  : CameraFrame::writeRequest(device, address, addressLength, value, valueLength));
+    if (sent == 0)
+        m_config->stopBatch();
+    m_sendCount += sent;
     emit signalRefresCounts(pageIndex);
 }
 

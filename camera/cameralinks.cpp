@@ -276,10 +276,9 @@ void CameraDebugWidget::SltReadyFromUdp()
         const QNetworkDatagram datagram = m_udp->receiveDatagram();
         if (!datagram.isValid())
             return;
-        SltRecvImageData(QStringLiteral("%1:%2")
-                             .arg(datagram.senderAddress().toString())
-                             .arg(datagram.senderPort()),
-                         datagram.data());
+        SltRecvImageData(
+            QStringLiteral("%1:%2").arg(datagram.senderAddress().toString()).arg(datagram.senderPort()),
+            datagram.data());
     }
 }
 

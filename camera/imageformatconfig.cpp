@@ -2,6 +2,7 @@
 
 #include "app/settings.h"
 #include "app/settingskeys.h"
+#include "register/datamanagerwidget.h"
 #include "shell/base/qtmessagetip.h"
 
 #include <QComboBox>
@@ -14,6 +15,9 @@
 #include <QVBoxLayout>
 
 namespace {
+
+constexpr int kError = 255;
+constexpr int kFewestDigits = 2;
 
 constexpr int kFormats[] = {ImageRecord::Jpg,    ImageRecord::Bmp,    ImageRecord::Png,
                             ImageRecord::Rgb565, ImageRecord::Rgb888, ImageRecord::Yuv422};
@@ -33,6 +37,9 @@ ImageFormatConfig::ImageFormatConfig(QWidget *parent)
     , m_value(new QLineEdit(this))
     , m_read(new QPushButton(QStringLiteral("读取"), this))
     , m_write(new QPushButton(QStringLiteral("写入"), this))
+    , m_readTable(new QPushButton(QStringLiteral("读管理"), this))
+    , m_writeTable(new QPushButton(QStringLiteral("写管理"), this))
+    , m_batch(new RegisterBatch(this))
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -44,7 +51,11 @@ ImageFormatConfig::ImageFormatConfig(QWidget *parent)
     connectParts();
 }
 
-ImageFormatConfig::~ImageFormatConfig() = default;
+// Its tables are deleted after it, and talk when they end.
+ImageFormatConfig::~ImageFormatConfig()
+{
+    m_batch->disconnect(this);
+}
 
 FormGroup *ImageFormatConfig::buildFormat()
 {
@@ -79,6 +90,10 @@ FormGroup *ImageFormatConfig::buildRegister()
     m_value->setObjectName(QStringLiteral("editRegisterValue"));
     m_read->setObjectName(QStringLiteral("btnReadRegister"));
     m_write->setObjectName(QStringLiteral("btnWriteRegister"));
+    m_readTable->setObjectName(QStringLiteral("btnReadTable"));
+    m_writeTable->setObjectName(QStringLiteral("btnWriteTable"));
+    m_readTable->setToolTip(QStringLiteral("按寄存器表批量读取"));
+    m_writeTable->setToolTip(QStringLiteral("按寄存器表批量写入"));
     for (QSpinBox *length : {m_addressLength, m_valueLength}) {
         length->setRange(0, 8);
         length->setToolTip(QStringLiteral("字节数，1到4"));
@@ -96,6 +111,7 @@ FormGroup *ImageFormatConfig::buildRegister()
     group->addRow(QStringLiteral("地址(HEX)"), m_address);
     group->addRow(QStringLiteral("值(HEX)"), m_value);
     group->addPair(m_read, m_write);
+    group->addPair(m_readTable, m_writeTable);
     return group;
 }
 
@@ -119,6 +135,14 @@ void ImageFormatConfig::connectParts()
     keep(m_valueLength, &Settings::CameraDefaults::valueLength, SettingsKeys::Camera::valueLength);
     connect(m_read, &QPushButton::clicked, this, [this] { request(false); });
     connect(m_write, &QPushButton::clicked, this, [this] { request(true); });
+    connect(m_readTable, &QPushButton::clicked, this, &ImageFormatConfig::openReadTable);
+    connect(m_writeTable, &QPushButton::clicked, this, &ImageFormatConfig::openWriteTable);
+    connect(m_batch, &RegisterBatch::request, this, [this](const RegisterBatch::Item &item) {
+        emit signalReadWriteRegister(item.addressText, item.value, m_regId->value());
+    });
+    connect(m_batch, &RegisterBatch::ended, this, &ImageFormatConfig::endRow);
+    connect(m_batch, &RegisterBatch::progressed, this, [this] { showProgress(false); });
+    connect(m_batch, &RegisterBatch::finished, this, [this] { showProgress(true); });
 }
 
 void ImageFormatConfig::loadDefaults()
@@ -174,13 +198,17 @@ void ImageFormatConfig::takeRecord()
 
 // ---- registers
 
+bool ImageFormatConfig::fits(quint32 number, int length) const
+{
+    return length < 1 || length >= 4 || number >> (8 * length) == 0; // a wrong length is said elsewhere
+}
+
 bool ImageFormatConfig::checkHex(QLineEdit *field, int length)
 {
     const QString text = field->text();
-    const int fewest = 2;
-    if (text.size() < fewest)
+    if (text.size() < kFewestDigits)
         QtMessageTip::showBelow(field, QStringLiteral("请输入2到8位十六进制数！"));
-    else if (length >= 1 && length < 4 && text.toUInt(nullptr, 16) >> (8 * length) != 0)
+    else if (!fits(text.toUInt(nullptr, 16), length))
         QtMessageTip::showBelow(field, QStringLiteral("数值超出设置的长度！"));
     else
         return true;
@@ -192,16 +220,161 @@ void ImageFormatConfig::request(bool write)
 {
     if (!checkHex(m_address, addressLength()) || (write && !checkHex(m_value, valueLength())))
         return;
+    if (!write)
+        m_asked = m_address->text().toUInt(nullptr, 16);
     emit signalReadWriteRegister(m_address->text(), write ? m_value->text() : QString(), m_regId->value());
 }
 
+// A reply tells 16 bits of the address only: whoever has asked comes first.
 void ImageFormatConfig::takeReply(quint16 address, quint8 status, quint32 value, int valueLength)
 {
-    const bool isAsked = (m_address->text().toUInt(nullptr, 16) & 0xFFFF) == address;
-    if (status == 0 && isAsked && !m_address->text().isEmpty())
-        m_value->setText(QStringLiteral("%1").arg(value, 2 * valueLength, 16, QLatin1Char('0')).toUpper());
+    const QString text = QStringLiteral("%1").arg(value, 2 * valueLength, 16, QLatin1Char('0')).toUpper();
+    const bool good = status == 0;
+    if (const int row = m_batch->waitingRow(address); row >= 0) {
+        if (good)
+            m_tables.at(DataManagerWidget::Read).widget->setValue(row, text);
+        m_batch->takeReply(good);
+        return;
+    }
+    if (m_asked && (*m_asked & 0xFFFF) == address) {
+        m_asked.reset();
+        if (good)
+            m_value->setText(text);
+        return;
+    }
+    if (good)
+        giveToRows(address, text);
+}
+
+// A reply that came too late, or that nobody asked for.
+void ImageFormatConfig::giveToRows(quint16 address, const QString &value)
+{
+    Table &table = m_tables.at(DataManagerWidget::Read);
+    if (!table.widget)
+        return;
+    for (int row = 0; row < table.widget->rows().size(); ++row) {
+        quint32 number = 0;
+        if (!table.widget->rows().at(row).addressNumber(&number) || (number & 0xFFFF) != address)
+            continue;
+        table.widget->setValue(row, value);
+        table.outcomes.insert(row, RegisterBatch::Answered);
+        showOutcome(table, row);
+        return;
+    }
 }
 
 void ImageFormatConfig::stopBatch()
 {
+    m_batch->stop();
+}
+
+// ---- register tables
+
+void ImageFormatConfig::openReadTable()
+{
+    openTable(DataManagerWidget::Read);
+}
+
+void ImageFormatConfig::openWriteTable()
+{
+    openTable(DataManagerWidget::Write);
+}
+
+void ImageFormatConfig::openTable(int mode)
+{
+    DataManagerWidget *&widget = m_tables.at(static_cast<size_t>(mode)).widget;
+    if (!widget) {
+        widget = new DataManagerWidget(static_cast<DataManagerWidget::Mode>(mode), this);
+        connect(widget, &DataManagerWidget::confirmed, this, [this, mode] { startBatch(mode); });
+        connect(widget, &DataManagerWidget::stopRequested, this, [this, mode] {
+            if (m_running == mode)
+                m_batch->stop();
+        });
+        connect(widget, &DataManagerWidget::signalRefreshData, this,
+                [this, mode](int page) { refreshPage(mode, page); });
+        connect(widget, &DataManagerWidget::rowsMoved, this,
+                [this, mode] { m_tables.at(static_cast<size_t>(mode)).outcomes.clear(); });
+    }
+    widget->show();
+    widget->raise();
+    widget->activateWindow();
+}
+
+// Rows that are no register, titles for one, are left out; those that do not
+// fit the lengths would be cut and are marked instead.
+void ImageFormatConfig::startBatch(int mode)
+{
+    if (m_batch->isRunning()) {
+        emit signalNotify(QStringLiteral("另一个寄存器表正在读写，请稍候！"), kError);
+        return;
+    }
+    m_running = mode;
+    Table &table = m_tables.at(static_cast<size_t>(mode));
+    const bool write = mode == DataManagerWidget::Write;
+    const QVector<RegisterRow> &rows = table.widget->rows();
+    QVector<RegisterBatch::Item> items;
+    for (int i = 0; i < rows.size(); ++i) {
+        if (table.outcomes.remove(i) > 0)
+            showOutcome(table, i);
+        quint32 address = 0;
+        quint32 value = 0;
+        const RegisterRow &row = rows.at(i);
+        if (!row.addressNumber(&address))
+            continue;
+        if ((write && !row.valueNumber(&value)) || !fits(address, addressLength()) ||
+            (write && !fits(value, valueLength()))) {
+            table.outcomes.insert(i, RegisterBatch::Refused);
+            showOutcome(table, i);
+            continue;
+        }
+        items.append({i, address, row.address, write ? row.value : QString()});
+    }
+    table.widget->setBusy(true);
+    m_batch->start(items);
+}
+
+void ImageFormatConfig::endRow(int row, RegisterBatch::Outcome outcome)
+{
+    Table &table = m_tables.at(static_cast<size_t>(m_running));
+    table.outcomes.insert(row, outcome);
+    showOutcome(table, row);
+}
+
+void ImageFormatConfig::showOutcome(const Table &table, int row) const
+{
+    const auto outcome = table.outcomes.find(row);
+    if (outcome == table.outcomes.end())
+        table.widget->showMark(row, DataManagerWidget::NoMark);
+    else if (*outcome == RegisterBatch::Unanswered)
+        table.widget->showMark(row, DataManagerWidget::Unanswered, QStringLiteral("开发板没有应答"));
+    else if (*outcome == RegisterBatch::Refused)
+        table.widget->showMark(row, DataManagerWidget::Refused,
+                               QStringLiteral("开发板报告错误，或地址、值与设置的长度不符"));
+    else
+        table.widget->showMark(row, DataManagerWidget::Answered);
+}
+
+void ImageFormatConfig::refreshPage(int mode, int page)
+{
+    const Table &table = m_tables.at(static_cast<size_t>(mode));
+    const int first = (page - 1) * DataManagerWidget::rowsPerPage;
+    for (int row = first; row < first + DataManagerWidget::rowsPerPage; ++row)
+        if (table.outcomes.contains(row))
+            showOutcome(table, row);
+}
+
+void ImageFormatConfig::showProgress(bool finished)
+{
+    DataManagerWidget *const widget = m_tables.at(static_cast<size_t>(m_running)).widget;
+    if (finished)
+        widget->setBusy(false);
+    QString text = QStringLiteral("%1/%2").arg(m_batch->done()).arg(m_batch->total());
+    if (m_running == DataManagerWidget::Read)
+        text += QStringLiteral("，无应答 %1，错误 %2")
+                    .arg(m_batch->count(RegisterBatch::Unanswered))
+                    .arg(m_batch->count(RegisterBatch::Refused));
+    const QString state = !finished                            ? QStringLiteral("正在进行 ")
+                          : m_batch->done() < m_batch->total() ? QStringLiteral("已停止 ")
+                                                               : QStringLiteral("已完成 ");
+    widget->showProgress(state + text);
 }

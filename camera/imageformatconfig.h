@@ -5,8 +5,10 @@
 // itself: asks for each request by a signal and is told the answers.
 
 #include "camera/frameshow.h"
+#include "camera/registerbatch.h"
 #include "shell/base/formpanel.h"
 
+class DataManagerWidget;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -32,8 +34,13 @@ public:
     // A read reply: the address's low 16 bits, the status, and the value of a
     // good one.
     void takeReply(quint16 address, quint8 status, quint32 value, int valueLength);
-    // Nothing can be sent any more.
+    // Nothing can be sent any more, or something can't.
     void stopBatch();
+
+public slots:
+    // Open the register table.
+    void openReadTable();
+    void openWriteTable();
 
 signals:
     // An empty value reads.
@@ -48,6 +55,21 @@ private:
     void takeRecord();
     bool checkHex(QLineEdit *field, int length);
     void request(bool write);
+    bool fits(quint32 number, int length) const;
+
+    // Register tables, one for reading and one for writing.
+    struct Table
+    {
+        DataManagerWidget *widget = nullptr;         // made when first opened
+        QHash<int, RegisterBatch::Outcome> outcomes; // by row, of the last run
+    };
+    void openTable(int mode);
+    void startBatch(int mode);
+    void endRow(int row, RegisterBatch::Outcome outcome);
+    void showOutcome(const Table &table, int row) const;
+    void refreshPage(int mode, int page);
+    void showProgress(bool finished);
+    void giveToRows(quint16 address, const QString &value);
 
     std::array<ImageRecord, 2> m_records;
     QComboBox *m_device;
@@ -61,4 +83,10 @@ private:
     QLineEdit *m_value;
     QPushButton *m_read;
     QPushButton *m_write;
+    QPushButton *m_readTable;
+    QPushButton *m_writeTable;
+    std::array<Table, 2> m_tables;
+    int m_running = 0; // whose rows the batch has
+    RegisterBatch *m_batch;
+    std::optional<quint32> m_asked; // by the panel's read button, not answered yet
 };

@@ -22,8 +22,8 @@
 extern "C" {
 #endif
 
-#define ORVN_CAMERA_HEADER 10u     /* bytes before the body */
-#define ORVN_CAMERA_TRAILER 2u     /* bytes after it */
+#define ORVN_CAMERA_HEADER 10u /* bytes before the body */
+#define ORVN_CAMERA_TRAILER 2u /* bytes after it */
 #define ORVN_CAMERA_ANNOUNCEMENT 17u
 #define ORVN_CAMERA_REPLY_MAX 19u
 #define ORVN_CAMERA_REQUEST_MAX 20u
@@ -45,8 +45,7 @@ enum { ORVN_CAMERA_OK = 0, ORVN_CAMERA_BAD_PACKET = 1, ORVN_CAMERA_NO_REGISTER =
 uint16_t orvn_camera_crc(uint16_t crc, const uint8_t *bytes, size_t count);
 
 /* Tells the host what the pictures of a device (0 or 1) are. Returns the length. */
-size_t orvn_camera_announce(uint8_t *packet, uint8_t device, uint8_t format, uint16_t width,
-                            uint16_t height);
+size_t orvn_camera_announce(uint8_t *packet, uint8_t device, uint8_t format, uint16_t width, uint16_t height);
 
 /*
  * A picture: send the header of ORVN_CAMERA_HEADER bytes, then the data in

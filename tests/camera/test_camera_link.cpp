@@ -15,7 +15,7 @@ QByteArray hex(const char *text)
 
 const QByteArray kImage = hex("4f52564e00140000000210111213141516174e6e");
 const QByteArray kFormat = hex("4f52564e0111000000010502000300a552"); // device 1: RGB888, 2 x 3
-const QByteArray kReply = hex("4f52564e0010000000110008305aaf47"); // device 0: address 3008, value 5A
+const QByteArray kReply = hex("4f52564e0010000000110008305aaf47");    // device 0: address 3008, value 5A
 
 // One letter for each event; images with their size, in small where the checksum is wrong.
 QString events(FrameAssembler &assembler, int valueLength = 1)
@@ -32,7 +32,10 @@ QString events(FrameAssembler &assembler, int valueLength = 1)
             break;
         case CameraEvent::Format:
             seen += QStringLiteral("F%1:%2:%3x%4 ")
-                        .arg(event.device).arg(event.format).arg(event.width).arg(event.height);
+                        .arg(event.device)
+                        .arg(event.format)
+                        .arg(event.width)
+                        .arg(event.height);
             break;
         case CameraEvent::Register:
             seen += QStringLiteral("R%1:%2=%3 ")
@@ -101,16 +104,20 @@ void TestCameraLink::takesChunks_data()
     using Chunks = QList<QByteArray>;
 
     QTest::newRow("whole") << Chunks{kImage} << "I8";
-    QTest::newRow("several in a chunk") << Chunks{kFormat + kImage + kReply + kImage} << "F1:5:2x3 I8 R0:3008=5a I8";
+    QTest::newRow("several in a chunk")
+        << Chunks{kFormat + kImage + kReply + kImage} << "F1:5:2x3 I8 R0:3008=5a I8";
     QTest::newRow("two halves") << Chunks{kImage.left(13), kImage.mid(13)} << "I8";
     QTest::newRow("a header wins") << Chunks{kImage.left(13), kImage} << "I8";
     QTest::newRow("a header inside does not") << Chunks{kImage.left(11), "x" + kImage} << "i8 N";
     QTest::newRow("wrong checksum") << Chunks{damaged(kImage, 12)} << "i8";
     QTest::newRow("garbage drops all") << Chunks{"garbage" + kImage} << "N";
     QTest::newRow("garbage, then a chunk") << Chunks{"garbage", kImage} << "I8";
-    QTest::newRow("announcement of 15 bytes")
-        << Chunks{hex("4f52564e010f00000001050200" "0300") + kImage} << "F1:5:2x3 I8";
-    QTest::newRow("short announcement is dropped") << Chunks{kFormat.left(16), kFormat.mid(16) + kImage} << "N";
+    QTest::newRow("announcement of 15 bytes") << Chunks{hex("4f52564e010f00000001050200"
+                                                            "0300") +
+                                                        kImage}
+                                              << "F1:5:2x3 I8";
+    QTest::newRow("short announcement is dropped")
+        << Chunks{kFormat.left(16), kFormat.mid(16) + kImage} << "N";
     QTest::newRow("announcement without room") << Chunks{header("0c000000", "01") + "\1\2" + kImage} << "I8";
     QTest::newRow("unknown command") << Chunks{header("0e000000", "63") + "abcd" + kImage} << "I8";
     QTest::newRow("device 255") << Chunks{"ORVN\xff" + kFormat.mid(5)} << "F1:5:2x3";
@@ -175,12 +182,14 @@ void TestCameraLink::findsJpegs_data()
     QTest::addColumn<QStringList>("pictures");
     using Chunks = QList<QByteArray>;
     QTest::newRow("one") << Chunks{hex("ffd801ffd9")} << QStringList{"ffd801ffd9"};
-    QTest::newRow("two and a beginning")
-        << Chunks{hex("ffd801ffd9ffd802ffd9ffd8"), hex("03ffd9")} << QStringList{"ffd801ffd9", "ffd802ffd9", "ffd803ffd9"};
+    QTest::newRow("two and a beginning") << Chunks{hex("ffd801ffd9ffd802ffd9ffd8"), hex("03ffd9")}
+                                         << QStringList{"ffd801ffd9", "ffd802ffd9", "ffd803ffd9"};
     QTest::newRow("garbage before") << Chunks{hex("0102ff"), hex("d805ffd9")} << QStringList{"ffd805ffd9"};
     QTest::newRow("markers cut") << Chunks{hex("ff"), hex("d8ff"), hex("d9")} << QStringList{"ffd8ffd9"};
-    QTest::newRow("an end before the start, together") << Chunks{hex("ffd9ffd801ffd9")} << QStringList{"ffd801ffd9"};
-    QTest::newRow("an end alone") << Chunks{hex("01ffd9"), hex("ffd801ffd9")} << QStringList{"01ffd9", "ffd801ffd9"};
+    QTest::newRow("an end before the start, together")
+        << Chunks{hex("ffd9ffd801ffd9")} << QStringList{"ffd801ffd9"};
+    QTest::newRow("an end alone") << Chunks{hex("01ffd9"), hex("ffd801ffd9")}
+                                  << QStringList{"01ffd9", "ffd801ffd9"};
     QTest::newRow("no end") << Chunks{hex("ffd8010203"), hex("ffff")} << QStringList{};
 }
 
@@ -223,13 +232,68 @@ void TestCameraLink::decodesRgb565_data()
     QTest::addColumn<bool>("bigEndian");
     QTest::addColumn<QByteArray>("output"); // 3 x 2, padded rows
     // Source pixels 0 to 6; output row 0 takes 6 5 4, row 1 takes 9 8 7.
-    const QByteArray source = hex("0000" "0000" "0000" "0000" "e007" "1f00" "00f8" "1234" "5678" "ffff");
-    QTest::newRow("little") << source << false << hex("f80000" "0000f8" "00fc00" "aaaa" "f8fcf8" "7808b0" "308090" "aaaa");
-    QTest::newRow("exact payload") << source.left(12) << false << hex("000000" "0000f8" "00fc00" "aaaa" "000000" "000000" "000000" "aaaa");
-    QTest::newRow("odd bytes") << source.left(11) << false << hex("000000" "0000f8" "00fc00" "aaaa" "000000" "000000" "000000" "aaaa");
-    QTest::newRow("nothing") << QByteArray() << true << hex("000000" "000000" "000000" "aaaa" "000000" "000000" "000000" "aaaa");
-    QTest::newRow("big") << hex("0000" "0000" "0000" "0000" "07e0" "001f" "f800") << true
-                         << hex("f80000" "0000f8" "00fc00" "aaaa" "000000" "000000" "000000" "aaaa");
+    const QByteArray source = hex("0000"
+                                  "0000"
+                                  "0000"
+                                  "0000"
+                                  "e007"
+                                  "1f00"
+                                  "00f8"
+                                  "1234"
+                                  "5678"
+                                  "ffff");
+    QTest::newRow("little") << source << false
+                            << hex("f80000"
+                                   "0000f8"
+                                   "00fc00"
+                                   "aaaa"
+                                   "f8fcf8"
+                                   "7808b0"
+                                   "308090"
+                                   "aaaa");
+    QTest::newRow("exact payload") << source.left(12) << false
+                                   << hex("000000"
+                                          "0000f8"
+                                          "00fc00"
+                                          "aaaa"
+                                          "000000"
+                                          "000000"
+                                          "000000"
+                                          "aaaa");
+    QTest::newRow("odd bytes") << source.left(11) << false
+                               << hex("000000"
+                                      "0000f8"
+                                      "00fc00"
+                                      "aaaa"
+                                      "000000"
+                                      "000000"
+                                      "000000"
+                                      "aaaa");
+    QTest::newRow("nothing") << QByteArray() << true
+                             << hex("000000"
+                                    "000000"
+                                    "000000"
+                                    "aaaa"
+                                    "000000"
+                                    "000000"
+                                    "000000"
+                                    "aaaa");
+    QTest::newRow("big") << hex("0000"
+                                "0000"
+                                "0000"
+                                "0000"
+                                "07e0"
+                                "001f"
+                                "f800")
+                         << true
+                         << hex("f80000"
+                                "0000f8"
+                                "00fc00"
+                                "aaaa"
+                                "000000"
+                                "000000"
+                                "000000"
+                                "aaaa");
 }
 
 void TestCameraLink::decodesRgb565()

@@ -68,8 +68,9 @@ QByteArray CameraBoard::pixels(qint64 number) const
     const int width = m_settings.width;
     const int height = m_settings.height;
     const bool is565 = m_settings.format == ORVN_CAMERA_RGB565 || m_settings.format == ORVN_CAMERA_BMP;
-    const int moved =
-        m_settings.picture == CameraSettings::Picture::Bars ? int(number * barsMovePixels % qMax(1, width)) : 0;
+    const int moved = m_settings.picture == CameraSettings::Picture::Bars
+                          ? int(number * barsMovePixels % qMax(1, width))
+                          : 0;
     QByteArray bytes;
     bytes.reserve(width * height * (is565 ? 2 : 3));
     for (int row = 0; row < height; ++row) {
@@ -160,8 +161,9 @@ QByteArray CameraBoard::reply(const orvn_camera_request &request)
     if (request.address == brokenRegister)
         status = brokenStatus;
     uint8_t packet[ORVN_CAMERA_REPLY_MAX];
-    const size_t length = orvn_camera_reply(packet, request.device, status, request.address,
-                                            m_registers.value(request.address), quint8(m_settings.valueLength));
+    const size_t length =
+        orvn_camera_reply(packet, request.device, status, request.address, m_registers.value(request.address),
+                          quint8(m_settings.valueLength));
     return QByteArray(reinterpret_cast<const char *>(packet), int(length));
 }
 

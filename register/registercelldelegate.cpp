@@ -1,0 +1,16 @@
+#include "register/registercelldelegate.h"
+
+#include <QLineEdit>
+#include <QRegularExpressionValidator>
+
+QWidget *RegisterCellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,
+                                            const QModelIndex &index) const
+{
+    static const QRegularExpression hex(QStringLiteral("|[0-9A-Fa-f]{2,8}"));
+    static const QRegularExpression text(QStringLiteral("[^,\\r\\n]*"));
+    const bool isHex = index.column() == Address || index.column() == Value;
+    auto *editor = new QLineEdit(parent);
+    editor->setFrame(false);
+    editor->setValidator(new QRegularExpressionValidator(isHex ? hex : text, editor));
+    return editor;
+}

@@ -1,0 +1,96 @@
+#include "register/registercsv.h"
+
+#include "app/textcodec.h"
+
+#include <QStringList>
+
+#include <cstring>
+
+namespace {
+
+constexpr int kColumns = 4;
+constexpr int kMostDigits = 8;
+
+} // namespace
+
+bool RegisterRow::isEmpty() const
+{
+    return number.isEmpty() && address.isEmpty() && value.isEmpty() && description.isEmpty();
+}
+
+bool RegisterRow::parse(const QString &text, quint32 *result)
+{
+    if (text.isEmpty() || text.size() > kMostDigits)
+        return false;
+    for (const QChar c : text) {
+        const ushort code = c.toLower().unicode();
+        if (!(code >= '0' && code <= '9') && !(code >= 'a' && code <= 'f'))
+            return false;
+    }
+    *result = text.toUInt(nullptr, 16);
+    return true;
+}
+
+namespace RegisterCsv {
+
+QStringList titles()
+{
+    return {QStringLiteral("寄存器编号"), QStringLiteral("寄存器地址"), QStringLiteral("寄存器值"),
+            QStringLiteral("描述")};
+}
+
+QByteArray write(const QVector<RegisterRow> &rows)
+{
+    QString text = titles().join(QLatin1Char(',')) + QLatin1Char('\n');
+    for (const RegisterRow &row : rows)
+        text += row.number + QLatin1Char(',') + row.address + QLatin1Char(',') + row.value +
+                QLatin1Char(',') + row.description + QLatin1Char('\n');
+    return TextCodec::encode(text, TextCodec::Gb18030);
+}
+
+Reader::Reader(const QByteArray &content, int mostRows)
+    : m_content(content)
+    , m_codec(TextCodec::Gb18030)
+    , m_mostRows(mostRows)
+{
+    if (m_content.startsWith("\xEF\xBB\xBF")) {
+        m_at = 3;
+        m_codec = TextCodec::Utf8;
+    }
+}
+
+// In both encodings a line end or a comma is never part of another character.
+bool Reader::read(int lines)
+{
+    for (; lines > 0 && m_at < m_content.size(); --lines) {
+        const char *const line = m_content.constData() + m_at;
+        const int left = m_content.size() - m_at;
+        const void *const end = std::memchr(line, '\n', static_cast<size_t>(left));
+        const int size = end ? static_cast<int>(static_cast<const char *>(end) - line) : left;
+        m_at += size + (end ? 1 : 0);
+        readLine(line, size > 0 && line[size - 1] == '\r' ? size - 1 : size);
+    }
+    return m_at < m_content.size();
+}
+
+void Reader::readLine(const char *line, int size)
+{
+    QString cells[kColumns];
+    int column = 0;
+    int begin = 0;
+    const bool hasRoom = m_rows.size() < m_mostRows;
+    for (int at = 0; at <= size && column < kColumns; ++at) {
+        if (at < size && line[at] != ',')
+            continue;
+        if (hasRoom)
+            cells[column] = TextCodec::decode(QByteArray::fromRawData(line + begin, at - begin), m_codec);
+        ++column;
+        begin = at + 1;
+    }
+    if (column == kColumns && hasRoom)
+        m_rows.append({cells[0], cells[1], cells[2], cells[3]});
+    else if (size > 0)
+        ++m_skipped;
+}
+
+} // namespace RegisterCsv

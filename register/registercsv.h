@@ -1,0 +1,57 @@
+#pragma once
+
+// The register table's file: GB18030 text, one register per line, four cells
+// separated by commas: number, address, value, description. Bytes in, rows out.
+
+#include <QByteArray>
+#include <QStringList>
+#include <QVector>
+
+struct RegisterRow
+{
+    QString number;
+    QString address; // hexadecimal
+    QString value;   // hexadecimal
+    QString description;
+
+    bool isEmpty() const;
+    // The address or value as a number; false where it is not hexadecimal.
+    bool addressNumber(quint32 *result) const { return parse(address, result); }
+    bool valueNumber(quint32 *result) const { return parse(value, result); }
+
+private:
+    static bool parse(const QString &text, quint32 *result);
+};
+
+namespace RegisterCsv {
+
+// The header line that every exported file begins with.
+QStringList titles();
+
+QByteArray write(const QVector<RegisterRow> &rows);
+
+// Reads a file a slice at a time. Lines with fewer than four cells are
+// skipped, and everything beyond the most rows.
+class Reader
+{
+public:
+    // A byte order mark makes it UTF-8.
+    Reader(const QByteArray &content, int mostRows);
+
+    // Reads up to so many lines more; false when that was the end.
+    bool read(int lines);
+    const QVector<RegisterRow> &rows() const { return m_rows; }
+    int skipped() const { return m_skipped; }
+
+private:
+    void readLine(const char *line, int size);
+
+    QByteArray m_content;
+    int m_at = 0;
+    int m_codec;
+    int m_mostRows;
+    int m_skipped = 0;
+    QVector<RegisterRow> m_rows;
+};
+
+} // namespace RegisterCsv
