@@ -38,7 +38,7 @@ quint32 bit(int channel)
 PidDebugWidget::PidDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_link(new QtSerialPort(this))
-    , m_receiver([this](const PidReport &report, bool late) { return act(report, late); }, this)
+    , m_receiver([this](const PidReport &report) { return act(report); }, this)
     , m_epoch(QDateTime::currentMSecsSinceEpoch())
 {
     setObjectName(QStringLiteral("PidDebugWidget"));
@@ -97,8 +97,9 @@ void PidDebugWidget::connectParts()
     connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
     // Queued: the report comes from within the port's own reading.
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
-    connect(&m_receiver, &PidReceiver::lengthGivenUp, this,
-            [this] { emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError); });
+    connect(&m_receiver, &PidReceiver::blocked, this, [this] {
+        emit signalNotify(QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"), kError);
+    });
     connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
 
     connect(m_pid->channelBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
@@ -336,7 +337,7 @@ void PidDebugWidget::ParsePidFrames()
 }
 
 // False when the run ends with this report.
-bool PidDebugWidget::act(const PidReport &report, bool late)
+bool PidDebugWidget::act(const PidReport &report)
 {
     const int channel = report.channel - 1;
     const bool isSelected = channel == m_pid->channel();
@@ -350,8 +351,7 @@ bool PidDebugWidget::act(const PidReport &report, bool late)
     case PidFrame::Actual:
         if (m_operations->stopShow())
             return false;
-        if (!late)
-            actOnActual(report);
+        actOnActual(report);
         break;
     case PidFrame::Pid:
         params.p = report.p;

@@ -11,7 +11,8 @@ constexpr int kChannelAt = 4;
 constexpr int kLengthAt = 5;
 constexpr int kCommandAt = 9;
 constexpr int kPayloadAt = 10;
-constexpr int kLongestSensible = 256; // far beyond any frame of the protocol
+constexpr int kLongestSensible = 256;     // far beyond any frame of the protocol
+constexpr int kMostBlocked = 1024 * 1024; // bytes kept behind a length that can't be true
 
 bool startsWithMagic(const char *at)
 {
@@ -62,6 +63,8 @@ PidReport decode(const Frame &frame)
 
 void PidParser::append(const QByteArray &bytes)
 {
+    if (isBlocked() && size() > kMostBlocked)
+        return;
     compact();
     m_buffer += bytes;
 }
@@ -96,11 +99,6 @@ bool PidParser::isBlocked() const
 {
     return size() >= PidFrame::overhead && startsWithMagic(m_buffer.constData() + m_at) &&
            (length() <= 0 || length() > kLongestSensible);
-}
-
-void PidParser::skipHead()
-{
-    m_at += qMin(1, size());
 }
 
 // Drops bytes until the magic is in front. Three bytes may be its beginning

@@ -5,8 +5,8 @@
 //
 // Deliberately lenient: the checksum is not looked at and the length is
 // believed. A length of 0 or less, or one that is never reached, therefore
-// keeps everything waiting behind it; isBlocked() tells so, and when to give it
-// up is the caller's to decide.
+// keeps everything waiting behind it until the buffer is cleared; isBlocked()
+// tells so. What waits is bounded then: the rest is thrown away.
 
 #include "pid/pidframe.h"
 
@@ -41,7 +41,6 @@ public:
     // What is in front is announced as something that no frame of the protocol
     // is, as after a board's reset in the middle of a length.
     bool isBlocked() const;
-    void skipHead(); // takes what is in front for garbage
 
 private:
     qint32 length() const; // as announced by the frame in front

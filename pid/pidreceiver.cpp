@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr int kUnblockMs = 1000;
+constexpr int kPatienceMs = 1000;
 
 // A run ends at a bad frame, and while display is stopped at each actual value;
 // what follows waits for the next arrival. A board that sends several frames
@@ -15,11 +15,18 @@ constexpr int kMostBacklog = 256;
 PidReceiver::PidReceiver(const Handler &handler, QObject *parent)
     : QObject(parent)
     , m_handler(handler)
-    , m_unblock(this)
+    , m_patience(this)
 {
-    m_unblock.setSingleShot(true);
-    m_unblock.setInterval(kUnblockMs);
-    connect(&m_unblock, &QTimer::timeout, this, &PidReceiver::unblock);
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(kPatienceMs);
+    connect(&m_patience, &QTimer::timeout, this, &PidReceiver::tellBlocked);
+}
+
+void PidReceiver::clear()
+{
+    m_parser.clear();
+    m_patience.stop();
+    m_blockedTold = false;
 }
 
 void PidReceiver::parse()
@@ -29,8 +36,8 @@ void PidReceiver::parse()
             break; // a length of 0 or less stays where it is
         before = m_parser.size();
     }
-    if (m_parser.isBlocked() && !m_unblock.isActive())
-        m_unblock.start();
+    if (m_parser.isBlocked() && !m_patience.isActive() && !m_blockedTold)
+        m_patience.start();
 }
 
 // True when everything whole has been used.
@@ -44,20 +51,16 @@ bool PidReceiver::run()
         case PidParser::Outcome::Dropped:
             return false;
         case PidParser::Outcome::Report:
-            if (!m_handler(report, m_late))
+            if (!m_handler(report))
                 return false;
         }
     }
 }
 
-// A false length has kept everything waiting for long enough.
-void PidReceiver::unblock()
+void PidReceiver::tellBlocked()
 {
     if (!m_parser.isBlocked())
         return;
-    m_parser.skipHead();
-    m_late = true;
-    parse();
-    m_late = false;
-    emit lengthGivenUp();
+    m_blockedTold = true;
+    emit blocked();
 }
