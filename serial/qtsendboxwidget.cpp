@@ -84,7 +84,7 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     });
     connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
     connect(m_single->editor(), &QtTextEditInput::pasteRefused, this,
-            [this] { QtMessageTip::showTip(QStringLiteral("粘贴的内容超过20万字符，请使用文件发送！")); });
+            [this] { QtMessageTip::showTip(tooLong(QStringLiteral("粘贴的内容超过20万字符"))); });
     connectPages();
 }
 
@@ -268,6 +268,11 @@ void QtSendBoxWidget::sendText(QString text)
         emit signalSendData(bytes);
 }
 
+QString QtSendBoxWidget::tooLong(const QString &what) const
+{
+    return what + (offersFiles() ? QStringLiteral("，请使用文件发送！") : QStringLiteral("，无法发送！"));
+}
+
 void QtSendBoxWidget::SltLoadDataFile()
 {
     const QString name = QtFileDialog::getOpenFileName(this, QString(), QString(),
@@ -286,7 +291,7 @@ void QtSendBoxWidget::SltLoadDataFile()
     if (file.error() != QFileDevice::NoError) {
         emit signalNotify(QStringLiteral("文件加载失败!"), 255);
     } else if (content.size() > most) {
-        emit signalNotify(QStringLiteral("文件超过%1字节，请使用文件发送！").arg(most), 255);
+        emit signalNotify(tooLong(QStringLiteral("文件超过%1字节").arg(most)), 255);
     } else {
         m_single->showFile(content);
     }

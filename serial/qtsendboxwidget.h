@@ -24,6 +24,9 @@ public:
     explicit QtSendBoxWidget(Owner owner, QWidget *parent = nullptr);
     ~QtSendBoxWidget() override;
 
+    // Over sockets no file transfer is spoken.
+    bool offersFiles() const { return m_owner == Serial; }
+
     void setDeviceOpen(bool open);
     bool isAutoSending() const { return m_autoTimer.isActive(); }
 
@@ -38,6 +41,7 @@ public slots:
     void setNewline(bool bCheck);
     void setAutoSend(bool bCheck);
     void setHexSend(bool bCheck);
+    void stopAutoSend();
 
 signals:
     void signalSendData(QByteArray byCmd);
@@ -65,7 +69,7 @@ private:
     void sendOnce(const QString &text);
     void sendText(QString text);
     bool deviceIsOpen();
-    void stopAutoSend();
+    QString tooLong(const QString &what) const;
     void loadSingleText();
     void saveSingleText();
 

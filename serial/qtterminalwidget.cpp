@@ -68,6 +68,24 @@ void QtTerminalWidget::setBounds(int characters, int paragraphs)
 void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &header, bool hexShow)
 {
     m_queue.push(bytes, header, hexShow);
+    flushSoon();
+}
+
+void QtTerminalWidget::showMessage(const QByteArray &bytes, const QString &header, bool hexShow,
+                                   const QString &source)
+{
+    m_queue.pushMessage(bytes, header, hexShow, source);
+    flushSoon();
+}
+
+void QtTerminalWidget::endSource(const QString &source)
+{
+    m_queue.endSource(source);
+    flushSoon();
+}
+
+void QtTerminalWidget::flushSoon()
+{
     if (m_flushTimer.isActive())
         return;
     const qint64 sinceLast = m_lastFlush.isValid() ? m_lastFlush.elapsed() : m_flushInterval;

@@ -32,6 +32,10 @@ public:
     // Queues received bytes for display behind a header (which may be empty).
     void showReceived(const QByteArray &bytes, const QString &header, bool hexShow);
 
+    // Queues a message among those of several sources, see ReceiveQueue.
+    void showMessage(const QByteArray &bytes, const QString &header, bool hexShow, const QString &source);
+    void endSource(const QString &source);
+
     // The text held, everything queued included; paragraphs end with "\n".
     QString toPlainText();
 
@@ -101,6 +105,7 @@ private:
     void replaceText(const QString &text);
     void trimFront();
     void flushAll();
+    void flushSoon();
     void dropQueue();
     void showBuffer();
     QString textBetween(int start, int end) const;

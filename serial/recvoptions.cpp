@@ -1,11 +1,12 @@
 #include "serial/recvoptions.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
 
-RecvOptions::RecvOptions(QWidget *parent)
+RecvOptions::RecvOptions(QWidget *parent, Kind kind)
     : FormGroup(QStringLiteral("接收区设置"), parent)
     , m_text(new QRadioButton(QStringLiteral("字符串显示"), this))
     , m_hex(new QRadioButton(QStringLiteral("十六进制显示"), this))
@@ -40,7 +41,10 @@ RecvOptions::RecvOptions(QWidget *parent)
     addPair(m_text, m_hex);
     addPair(m_stop, m_log);
     addWide(m_stamp);
-    addRow(QStringLiteral("断帧间隔(ms)"), m_quiet);
+    QLabel *quietLabel = addRow(QStringLiteral("断帧间隔(ms)"), m_quiet);
+    for (QWidget *ofStreams :
+         {static_cast<QWidget *>(m_log), static_cast<QWidget *>(m_quiet), static_cast<QWidget *>(quietLabel)})
+        ofStreams->setVisible(kind == Stream);
     addPair(clear, save);
 }
 

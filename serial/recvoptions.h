@@ -15,7 +15,11 @@ class RecvOptions : public FormGroup
     Q_OBJECT
 
 public:
-    explicit RecvOptions(QWidget *parent = nullptr);
+    // Messages: what comes is in pieces already, so that there is no pause to
+    // wait for and no log view.
+    enum Kind { Stream, Messages };
+
+    explicit RecvOptions(QWidget *parent = nullptr, Kind kind = Stream);
 
     bool hexShow() const;
     bool stopShow() const;

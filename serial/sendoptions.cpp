@@ -35,7 +35,9 @@ void SendOptions::buildUi()
     m_newline->setObjectName(QStringLiteral("checkNewline"));
     m_auto->setObjectName(QStringLiteral("checkAutoSend"));
     m_interval->setObjectName(QStringLiteral("editAutoInterval"));
-    m_page->addItems({QStringLiteral("单项发送"), QStringLiteral("多项发送"), QStringLiteral("发送文件")});
+    m_page->addItems({QStringLiteral("单项发送"), QStringLiteral("多项发送")});
+    if (m_box->offersFiles())
+        m_page->addItem(QStringLiteral("发送文件"));
     m_text->setChecked(true);
     m_newline->setToolTip(QStringLiteral("在数据末尾自动追加换行符"));
     m_auto->setToolTip(QStringLiteral("按周期发送编辑区的数据"));

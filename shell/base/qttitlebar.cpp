@@ -115,9 +115,15 @@ QToolButton *QtTitleBar::addButton(const QString &objectName, const QString &too
     return button;
 }
 
+void QtTitleBar::setIconColour(const QColor &colour)
+{
+    m_iconColour = colour;
+    drawIcons();
+}
+
 void QtTitleBar::drawIcons()
 {
-    const QColor colour(Skin::palette().text);
+    const QColor colour = m_iconColour.isValid() ? m_iconColour : QColor(Skin::palette().text);
     if (m_minimize)
         m_minimize->setIcon(IconFont::icon(IconFont::WindowMinimize, colour));
     if (m_maximize)

@@ -4,6 +4,7 @@
 // buttons and the window's buttons. It only tells what was pressed; the
 // window's FramelessHelper acts.
 
+#include <QColor>
 #include <QWidget>
 
 class QHBoxLayout;
@@ -28,6 +29,10 @@ public:
 
     // Puts a widget to the left of the window's buttons.
     void addMenuWidget(QWidget *widget);
+
+    // Of the window's buttons, instead of the skin's text colour: for a window
+    // whose ground is not the skin's.
+    void setIconColour(const QColor &colour);
 
     // The close button can be hidden where there is nothing to cancel.
     void setClosable(bool closable);
@@ -56,4 +61,5 @@ private:
     QToolButton *m_maximize = nullptr;
     QToolButton *m_close = nullptr;
     bool m_maximized = false;
+    QColor m_iconColour; // invalid: the skin's
 };

@@ -10,11 +10,16 @@ StateIndicator::StateIndicator(QWidget *parent)
     setOn(false);
 }
 
+void StateIndicator::setState(State state, const QString &toolTip)
+{
+    m_state = state;
+    setToolTip(toolTip);
+    update();
+}
+
 void StateIndicator::setOn(bool on)
 {
-    m_on = on;
-    setToolTip(on ? QStringLiteral("已打开") : QStringLiteral("已关闭"));
-    update();
+    setState(on ? On : Off, on ? QStringLiteral("已打开") : QStringLiteral("已关闭"));
 }
 
 QSize StateIndicator::sizeHint() const
@@ -28,8 +33,15 @@ void StateIndicator::paintEvent(QPaintEvent *event)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF disc = QRectF(rect()).adjusted(3, 3, -3, -3);
-    const QColor colour = m_on ? QColor(0x34, 0xc3, 0x88) : QColor(0x8a, 0x8a, 0x8a);
+    static const QColor colours[] = {
+        {0x8a, 0x8a, 0x8a}, {0x34, 0xc3, 0x88}, {0xf8, 0x9a, 0x34}, {0xf0, 0x3e, 0x10}};
+    const QColor colour = colours[m_state];
     painter.setPen(QPen(colour, 2));
-    painter.setBrush(m_on ? QBrush(colour) : QBrush(Qt::NoBrush));
+    if (m_state == Failed) {
+        painter.drawLine(disc.topLeft(), disc.bottomRight());
+        painter.drawLine(disc.bottomLeft(), disc.topRight());
+        return;
+    }
+    painter.setBrush(m_state == On ? QBrush(colour) : QBrush(Qt::NoBrush));
     painter.drawEllipse(disc);
 }

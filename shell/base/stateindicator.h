@@ -1,7 +1,8 @@
 #pragma once
 
 // A small dot that tells whether a device is open, by colour and by shape: a
-// filled green disc when it is, a grey ring when it isn't.
+// filled green disc when it is, a grey ring when it isn't, an orange ring while
+// it is being opened and a red cross when that failed.
 
 #include <QWidget>
 
@@ -12,7 +13,13 @@ class StateIndicator : public QWidget
 public:
     explicit StateIndicator(QWidget *parent = nullptr);
 
-    bool isOn() const { return m_on; }
+    enum State { Off, On, Busy, Failed };
+
+    State state() const { return m_state; }
+    // The tool tip says more.
+    void setState(State state, const QString &toolTip);
+
+    bool isOn() const { return m_state == On; }
     void setOn(bool on);
 
     QSize sizeHint() const override;
@@ -21,5 +28,5 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    bool m_on = false;
+    State m_state = Off;
 };

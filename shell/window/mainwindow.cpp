@@ -16,6 +16,7 @@
 #include "shell/window/helplinks.h"
 #include "shell/window/qtstatusbar.h"
 #include "shell/window/qttabbar.h"
+#include "update/qtupdatedialog.h"
 
 #include <QActionGroup>
 #include <QApplication>
@@ -136,12 +137,13 @@ void MainWindow::SltActionTrigger(QAction *action)
 
 void MainWindow::SltAboutMenuTrigger(QAction *action)
 {
-    if (action->text() == kCheckUpdate)
-        QtMessageBox::information(this, kCheckUpdate,
-                                  QStringLiteral("版本更新检查将在后续版本提供。\n当前版本：%1")
-                                      .arg(QCoreApplication::applicationVersion()));
-    else if (action->text() == kAboutMaker)
+    if (action->text() == kCheckUpdate) {
+        QtUpdateDialog dialog(this);
+        dialog.setQuitQuestion([this] { return prepareToQuit(); });
+        dialog.exec();
+    } else if (action->text() == kAboutMaker) {
         QDesktopServices::openUrl(QUrl(HelpLinks::makerSite));
+    }
 }
 
 void MainWindow::SltBtnHelpClicked()

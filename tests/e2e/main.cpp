@@ -51,12 +51,15 @@ int main(int argc, char *argv[])
     PortTour ports;
     ReceiveTour receiving;
     SendTour sending;
+    PidTour pid;
+    NetworkTour network;
     TransferTour transferring;
+    UpdateTour updating;
     WindowTour window;
     PictureTour picturing(pictures);
     int failures = 0;
-    for (Tour *tour :
-         std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &window, &picturing}) {
+    for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network,
+                                                    &pid, &updating, &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);

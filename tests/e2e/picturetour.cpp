@@ -1,3 +1,5 @@
+#include "pid/pidplot.h"
+#include "serial/qtterminalwidget.h"
 #include "shell/base/dialoganswers.h"
 #include "shell/base/qtmessagetip.h"
 #include "tests/e2e/stage.h"
@@ -7,6 +9,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QProgressBar>
@@ -14,6 +17,7 @@
 #include <QScreen>
 #include <QTabBar>
 #include <QTest>
+#include <QToolTip>
 
 namespace {
 
@@ -60,6 +64,39 @@ QPixmap onScreen(QWidget *widget)
     return rested ? last : QPixmap();
 }
 
+// Starts three loops on the PID page, lets them settle and stops them, so that
+// the chart comes to rest.
+bool runControlLoops(Stage &stage, const BoardProcess &board)
+{
+    auto *tabs = stage.find<QTabBar>("toolTabs");
+    auto *start = stage.find<QPushButton>("btnPidStart");
+    const auto idle = QStringLiteral("启动");
+    const auto choose = [&stage](int channel) {
+        return UserHand::choose(stage.find<QComboBox>("comboPidChannel"),
+                                QStringLiteral("CH%1").arg(channel));
+    };
+    if (!UserHand::clickAt(tabs, tabs->tabRect(3).center()) ||
+        !UserHand::choose(stage.find<QComboBox>("comboPidPort"),
+                          board.port() + QStringLiteral(" 虚拟串口")) ||
+        !UserHand::click(stage.find<QWidget>("btnPidOpen")) ||
+        !UserHand::click(stage.find<QWidget>("checkPidFitAll")))
+        return false;
+    for (const auto &[channel, target] : {std::pair{3, "200"}, std::pair{1, "-150"}, std::pair{2, "400"}}) {
+        if (!choose(channel) ||
+            !UserHand::typeInto(stage.find<QWidget>("editTarget"), QString::fromLatin1(target)) ||
+            !UserHand::press(Qt::Key_Return) || (start->text() != idle && !UserHand::click(start)) ||
+            !UserHand::click(start))
+            return false;
+    }
+    auto *plot = stage.find<PidPlot>("pidPlot");
+    if (!QTest::qWaitFor([plot] { return plot->graph(6)->dataCount() > 400; }, 30000))
+        return false;
+    for (int channel : {3, 1, 2})
+        if (!choose(channel) || (start->text() == idle && !UserHand::click(start)) || !UserHand::click(start))
+            return false;
+    return true;
+}
+
 } // namespace
 
 PictureTour::PictureTour(const QString &folder)
@@ -93,20 +130,48 @@ void PictureTour::tools()
     BoardProcess board(QStringLiteral("COM3"), stage().portsFolder());
     QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("log"), QStringLiteral("--rate"),
                                    QStringLiteral("15")}));
+    // Before any port is open: a change of the list closes the serial page's.
+    BoardProcess loops(QStringLiteral("COM6"), stage().portsFolder());
+    QVERIFY(stage().plugIn(loops, {QStringLiteral("--mode"), QStringLiteral("pid")}));
     QVERIFY(stage().openPort(board));
     QVERIFY(
         UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
+    QVERIFY(runControlLoops(stage(), loops));
     auto *tabs = stage().find<QTabBar>("toolTabs");
+    QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(2).center()));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    BoardProcess onNetwork;
+    QVERIFY(onNetwork.startOnNetwork("tcp-client",
+                                     {"--net-port", "8000", "--act", "log", "--peers", "3", "--rate", "2"}));
+    WAIT_FOR(stage().find<QtTerminalWidget>("recvBrowser")->toPlainText().count(QLatin1Char('\n')) >= 12);
+    QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("查询状态")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnSingleSend")));
+    WAIT_EQUAL(stage().find<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 36"));
     for (int i = 0; i < tabs->count(); ++i) {
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
         save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));
+    }
+    QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
+    auto *plot = stage().find<PidPlot>("pidPlot");
+    QWindow *window = plot->window()->windowHandle();
+    const QPoint place = plot->mapTo(plot->window(), plot->rect().center() + QPoint(150, -60));
+    QTest::mouseMove(window, place - QPoint(3, 0));
+    QTest::mouseMove(window, place);
+    WAIT_FOR(QToolTip::isVisible());
+    save(QStringLiteral("pid-readout%1").arg(suffix), onScreen(tabs));
+    for (const char *type : {"png", "pdf"}) {
+        Stage::answerFileDialogs(
+            QStringLiteral("%1/pid-saved%2.%3").arg(m_folder, suffix, QLatin1String(type)));
+        QVERIFY(UserHand::click(stage().find<QWidget>("btnPidPicture")));
     }
     if (suffix.isEmpty()) { // as a window is at the least
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
         stage().window().resize(800, 500);
         WAIT_EQUAL(stage().window().size(), QSize(800, 500));
         save(QStringLiteral("serial-small"), onScreen(tabs));
+        QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
+        save(QStringLiteral("pid-small"), onScreen(tabs));
     }
 }
 
@@ -139,6 +204,27 @@ void PictureTour::sendPages()
     QVERIFY(UserHand::click(stage().find<QWidget>("btnSingleSend")));
     WAIT_FOR(stage().shownText().contains(QStringLiteral("HEX >")));
     save(QStringLiteral("hexadecimal"), onScreen(pages));
+}
+
+// The other protocols, and what is said when something fails.
+void PictureTour::network()
+{
+    QVERIFY(chooseSkin(QStringLiteral("浅色")));
+    QVERIFY(stage().showTool(2));
+    auto *protocols = stage().find<QComboBox>("comboNetType");
+    QVERIFY(UserHand::choose(protocols, QStringLiteral("UDP")));
+    save(QStringLiteral("network-udp"), onScreen(protocols));
+    QVERIFY(UserHand::choose(protocols, QStringLiteral("TCP Client")));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("1")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    WAIT_EQUAL(stage().find<QLabel>("labelLinkState")->text(), QStringLiteral("连接失败: 对方拒绝连接"));
+    save(QStringLiteral("network-failed"), onScreen(protocols));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("70000")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
+    save(QStringLiteral("network-tip"), onScreen(protocols));
+    stage().window().resize(800, 500);
+    WAIT_EQUAL(stage().window().size(), QSize(800, 500));
+    save(QStringLiteral("network-small"), onScreen(protocols));
 }
 
 void PictureTour::fileSending_data()

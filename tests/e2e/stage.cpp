@@ -13,6 +13,8 @@
 #include <QComboBox>
 #include <QFile>
 #include <QPushButton>
+#include <QStackedWidget>
+#include <QTabBar>
 #include <QTest>
 
 namespace {
@@ -48,6 +50,17 @@ Stage::~Stage()
     DialogAnswers::instance() = DialogAnswers();
     if (QtMessageTip *tip = QtMessageTip::current())
         tip->sltTimeOut();
+}
+
+QWidget *Stage::shownPage()
+{
+    return m_window.findChild<QStackedWidget *>(QStringLiteral("pageStack"))->currentWidget();
+}
+
+bool Stage::showTool(int index)
+{
+    auto *tabs = find<QTabBar>("toolTabs");
+    return UserHand::clickAt(tabs, tabs->tabRect(index).center()) && tabs->currentIndex() == index;
 }
 
 QByteArray Stage::content(const QString &name) const

@@ -30,10 +30,13 @@ public:
     QString file(const QString &name) const { return m_surroundings.root.filePath(name); }
     QByteArray content(const QString &name) const; // of a file in the root folder
 
+    // On the page shown, or else anywhere in the window.
     template <class Widget> Widget *find(const char *objectName)
     {
-        return m_window.findChild<Widget *>(QLatin1String(objectName));
+        auto *onPage = shownPage()->findChild<Widget *>(QLatin1String(objectName));
+        return onPage ? onPage : m_window.findChild<Widget *>(QLatin1String(objectName));
     }
+    bool showTool(int index); // by its tab
 
     // Starts the board and waits until the program lists its port.
     bool plugIn(BoardProcess &board, const QStringList &options);
@@ -65,6 +68,8 @@ private:
         QTemporaryDir root;
         QTemporaryDir ports;
     };
+    QWidget *shownPage();
+
     Surroundings m_surroundings;
     MainWindow m_window;
     bool m_ready = false;

@@ -77,6 +77,35 @@ private slots:
     void talksToAShell();
 };
 
+// A control loop is tuned against a board that has five.
+class PidTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void tunesALoop();
+    void holdsTheViewAndReturns();
+    void choosesCurves();
+    void livesWithBadBoards_data();
+    void livesWithBadBoards();
+    void noticesAResetBoard();
+    void noticesAPulledBoard();
+    void leavesAPortThatTheSerialPageHolds();
+    void stopsTheMotorWhenQuitting();
+};
+
+// Server, client and UDP with boards on the network.
+class NetworkTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void servesBoards();
+    void connectsToABoard();
+    void exchangesDatagrams();
+    void saysWhatIsWrong();
+};
+
 // Files go to a board by YModem.
 class TransferTour : public Tour
 {
@@ -86,6 +115,15 @@ private slots:
     void sendsFiles();
     void stops();
     void explainsAFailure();
+};
+
+// A newer version is found and fetched.
+class UpdateTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void downloadsAPackage();
 };
 
 // The window around the tools, and its end.
@@ -114,6 +152,7 @@ private slots:
     void tools_data();
     void tools();
     void sendPages();
+    void network();
     void fileSending_data();
     void fileSending();
     void menus_data();

@@ -33,6 +33,20 @@ bool BoardProcess::start(const QStringList &options)
     return waitForEvent(QStringLiteral("plugged"));
 }
 
+bool BoardProcess::startOnNetwork(const QString &mode, const QStringList &options)
+{
+    m_events.clear();
+    m_errors.clear();
+    m_process.start(QStringLiteral(BOARDSIM_PATH), QStringList{QStringLiteral("--mode"), mode} + options);
+    return mode == QLatin1String("tcp-client") ? m_process.waitForStarted()
+                                               : waitForEvent(QStringLiteral("bound"));
+}
+
+quint16 BoardProcess::netPort() const
+{
+    return m_events.value(0).section(QLatin1Char(' '), -1).toUShort();
+}
+
 bool BoardProcess::stop()
 {
     m_process.terminate();

@@ -18,6 +18,9 @@ public:
     // Starts it with "--folder .. --port .." and the given options and waits
     // until its port is there.
     bool start(const QStringList &options);
+    // A board on the network; one that is reached there is waited for.
+    bool startOnNetwork(const QString &mode, const QStringList &options);
+    quint16 netPort() const; // its own, where it has one
     // Ends it by SIGTERM and waits; true if it ended with code 0.
     bool stop();
 

@@ -3,6 +3,7 @@
 // A board: its port, what it does there, when its cable is pulled, and the
 // record of what it was sent.
 
+#include "tools/boardsim/boardbase.h"
 #include "tools/boardsim/boardmode.h"
 
 #include <QFile>
@@ -10,7 +11,7 @@
 
 namespace Boardsim {
 
-class Board : public QObject
+class Board : public BoardBase
 {
     Q_OBJECT
 
@@ -19,18 +20,11 @@ public:
     ~Board() override;
 
     // Opens the record and plugs the port in; on failure false and an English text.
-    bool begin(QString *error);
+    bool begin(QString *error) override;
 
-    // "written=.. read=.. dropped=.. blocked_ms=..": bytes, and the
+    // Also "dropped=.. blocked_ms=..": bytes, and the
     // milliseconds during which output waited for the host.
-    QString statistics() const;
-
-signals:
-    // "plugged COM3 /dev/pts/4", "unplugged COM3", "host arrived", "host left",
-    // "finished" or what the mode reports, for whoever follows the board's doings.
-    void event(const QString &text);
-    // The port could not come back.
-    void failed(const QString &error);
+    QString statistics() const override;
 
 private:
     bool plug(QString *error);

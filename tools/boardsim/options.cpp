@@ -37,15 +37,55 @@ Options::Mode modeFromName(const QString &name)
         const char *name;
         Options::Mode mode;
     } modes[] = {
-        {"log", Options::Mode::Log},       {"echo", Options::Mode::Echo},     {"shell", Options::Mode::Shell},
-        {"flood", Options::Mode::Flood},   {"silent", Options::Mode::Silent}, {"burst", Options::Mode::Burst},
+        {"log", Options::Mode::Log},
+        {"echo", Options::Mode::Echo},
+        {"shell", Options::Mode::Shell},
+        {"flood", Options::Mode::Flood},
+        {"silent", Options::Mode::Silent},
+        {"burst", Options::Mode::Burst},
+        {"tcp-server", Options::Mode::TcpServer},
+        {"tcp-client", Options::Mode::TcpClient},
+        {"udp", Options::Mode::Udp},
         {"ymodem", Options::Mode::Ymodem},
+        {"pid", Options::Mode::Pid},
     };
     for (const auto &entry : modes) {
         if (name == QLatin1String(entry.name))
             return entry.mode;
     }
     reject(QStringLiteral("there is no mode '%1'").arg(name));
+}
+
+Options::Fault faultFromName(const QString &name)
+{
+    const struct
+    {
+        const char *name;
+        Options::Fault fault;
+    } faults[] = {
+        {"none", Options::Fault::None},   {"garbage", Options::Fault::Garbage},
+        {"glued", Options::Fault::Glued}, {"cut", Options::Fault::Cut},
+        {"flood", Options::Fault::Flood}, {"silence", Options::Fault::Silence},
+        {"reset", Options::Fault::Reset},
+    };
+    for (const auto &entry : faults) {
+        if (name == QLatin1String(entry.name))
+            return entry.fault;
+    }
+    reject(QStringLiteral("there is no fault '%1'").arg(name));
+}
+
+Options::Act actFromName(const QString &name)
+{
+    const char *const names[] = {"echo", "silent",     "flood", "log",    "talk",
+                                 "drip", "half-close", "reset", "vanish", "deaf"};
+    int index = 0;
+    for (const char *known : names) {
+        if (name == QLatin1String(known))
+            return Options::Act(index);
+        ++index;
+    }
+    reject(QStringLiteral("there is no act '%1'").arg(name));
 }
 
 void readYmodem(const QCommandLineParser &parser, Options *options)
@@ -66,25 +106,46 @@ void readYmodem(const QCommandLineParser &parser, Options *options)
     }
 }
 
+void readNetwork(const QCommandLineParser &parser, Options *options)
+{
+    if (parser.isSet(QStringLiteral("address")))
+        options->address = parser.value(QStringLiteral("address"));
+    if (parser.isSet(QStringLiteral("act")))
+        options->act = actFromName(parser.value(QStringLiteral("act")));
+    options->netPort = int(number(parser, QStringLiteral("net-port"), options->netPort, 0, 65535));
+    options->toPort = int(number(parser, QStringLiteral("to-port"), options->toPort, 0, 65535));
+    options->peers = int(number(parser, QStringLiteral("peers"), options->peers, 1, 10000));
+    options->messageBytes =
+        int(number(parser, QStringLiteral("message-bytes"), options->messageBytes, 0, 65507));
+    options->periodMs = int(number(parser, QStringLiteral("period"), options->periodMs, 1, 60000));
+    options->durationMs = int(number(parser, QStringLiteral("duration"), options->durationMs, 0, 3600000));
+}
+
 } // namespace
 
 Options Options::fromCommandLine(const QCoreApplication &application)
 {
     Options options;
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("A simulated board on a virtual serial port."));
+    parser.setApplicationDescription(
+        QStringLiteral("A simulated board on a virtual serial port or on the network."));
     parser.addHelpOption();
     const auto option = [&parser](const char *name, const char *value, const char *help) {
         parser.addOption({QLatin1String(name), QLatin1String(help), QLatin1String(value)});
     };
     option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
     option("port", "COM<n>", "Name of the port (default: COM3).");
-    option("mode", "name", "log, echo, shell, flood, silent, burst or ymodem (default: log).");
+    option(
+        "mode", "name",
+        "log, echo, shell, flood, silent, burst, pid, ymodem, tcp-server, tcp-client or udp (default: log).");
     option("encoding", "name",
            "utf8, gb18030, ascii (payload only) or binary; of names, too (default: utf8).");
-    option("rate", "n", "log: lines per second (default: 20).");
+    option("rate", "n", "log: lines, udp flood: datagrams per second (default: 20).");
     option("bytes-per-second", "n", "burst: mean rate (default: 92000).");
     option("burst-pause", "ms", "burst: silence between bursts (default: 12).");
+    option("report-rate", "n", "pid: actual values per second of each running loop (default: 100).");
+    option("noise", "units", "pid: noise of the measurement, either way (default: 2).");
+    option("pid-fault", "name", "pid: garbage, glued, cut, flood, silence or reset (default: none).");
     option("total", "bytes", "flood, burst: how much to send (default: without end).");
     option("delay", "ms", "Begin so long after a host has opened the port (default: 200).");
     parser.addOption({QStringLiteral("start-on-byte"),
@@ -92,6 +153,16 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("unplug-after", "ms", "Vanish so long after a host first opened the port.");
     option("replug-after", "ms", "Come back so long after vanishing.");
     option("record", "file", "Write every byte from the host to this file.");
+    option("address", "ip", "Network: to listen on, to connect or to send to (default: 127.0.0.1).");
+    option("net-port", "n", "Network: own port (default: any); tcp-client: the server's.");
+    option("to-port", "n", "udp flood: the receiver's port.");
+    option(
+        "act", "name",
+        "Network: echo, silent, flood, log, talk, drip, half-close, reset, vanish or deaf (default: echo).");
+    option("peers", "n", "tcp-client: connections (default: 1).");
+    option("message-bytes", "n", "talk, udp flood: size of a message (default: 100).");
+    option("period", "ms", "talk, drip: pace; tcp-client: between attempts to connect (default: 100).");
+    option("duration", "ms", "Network flood: ends after this (default: never).");
     option("seed", "n", "Of the payload, the log and noise (default: 1).");
     option("receive-folder", "path", "ymodem: keep the files here (default: a folder \"received\").");
     option("ask-interval", "ms", "ymodem: between two 'C' (default: 1000).");
@@ -108,15 +179,15 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     const int most = std::numeric_limits<int>::max();
     options.folder = parser.isSet(QStringLiteral("folder")) ? parser.value(QStringLiteral("folder"))
                                                             : qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
-    if (options.folder.isEmpty())
+    if (parser.isSet(QStringLiteral("mode")))
+        options.mode = modeFromName(parser.value(QStringLiteral("mode")));
+    if (options.folder.isEmpty() && !options.isOnNetwork())
         reject(QStringLiteral("name a folder with --folder or in KORVEX_VIRTUAL_PORTS"));
     if (parser.isSet(QStringLiteral("port")))
         options.port = parser.value(QStringLiteral("port"));
     static const QRegularExpression portName(QStringLiteral("\\ACOM[1-9][0-9]{0,3}\\z"));
     if (!options.port.contains(portName))
         reject(QStringLiteral("--port takes a name like COM3"));
-    if (parser.isSet(QStringLiteral("mode")))
-        options.mode = modeFromName(parser.value(QStringLiteral("mode")));
     if (parser.isSet(QStringLiteral("encoding")) &&
         !encodingFromName(parser.value(QStringLiteral("encoding")), &options.encoding))
         reject(QStringLiteral("--encoding takes utf8, gb18030, ascii or binary"));
@@ -125,6 +196,11 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     options.bytesPerSecond =
         int(number(parser, QStringLiteral("bytes-per-second"), options.bytesPerSecond, 1, 100000000));
     options.burstPauseMs = int(number(parser, QStringLiteral("burst-pause"), options.burstPauseMs, 1, 60000));
+    options.reportsPerSecond =
+        int(number(parser, QStringLiteral("report-rate"), options.reportsPerSecond, 1, 100000));
+    options.noise = int(number(parser, QStringLiteral("noise"), options.noise, 0, 1000));
+    if (parser.isSet(QStringLiteral("pid-fault")))
+        options.fault = faultFromName(parser.value(QStringLiteral("pid-fault")));
     options.totalBytes =
         number(parser, QStringLiteral("total"), options.totalBytes, 0, std::numeric_limits<qint64>::max());
     options.startDelayMs = int(number(parser, QStringLiteral("delay"), options.startDelayMs, 0, most));
@@ -136,6 +212,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     options.recordFile = parser.value(QStringLiteral("record"));
     options.seed =
         quint32(number(parser, QStringLiteral("seed"), options.seed, 0, std::numeric_limits<quint32>::max()));
+    readNetwork(parser, &options);
     readYmodem(parser, &options);
     return options;
 }

@@ -1,0 +1,65 @@
+#include "network/clientlistpanel.h"
+
+#include <QComboBox>
+#include <QPushButton>
+
+ClientListPanel::ClientListPanel(QWidget *parent)
+    : FormGroup(QStringLiteral("客户端列表"), parent)
+    , m_list(new QComboBox(this))
+    , m_disconnect(new QPushButton(QStringLiteral("断开"), this))
+{
+    m_list->setObjectName(QStringLiteral("comboClients"));
+    m_list->addItem(QStringLiteral("All Clients"));
+    m_list->setPlaceholderText(QStringLiteral("请选择客户端"));
+    m_list->setToolTip(QStringLiteral("数据发送到所选的客户端"));
+    m_list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_list->setMinimumContentsLength(6);
+    m_disconnect->setObjectName(QStringLiteral("btnDisconnect"));
+    m_disconnect->setToolTip(QStringLiteral("断开所选的客户端"));
+    addWide(m_list);
+    addWide(m_disconnect);
+    connect(m_disconnect, &QPushButton::clicked, this, &ClientListPanel::disconnectClicked);
+}
+
+void ClientListPanel::add(const QString &name)
+{
+    if (m_list->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive) < 0)
+        m_list->addItem(name);
+}
+
+bool ClientListPanel::remove(const QString &name)
+{
+    const int index = m_list->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index < 1)
+        return false;
+    const bool wasChosen = m_list->currentIndex() == index;
+    if (wasChosen)
+        m_list->setCurrentIndex(-1);
+    m_list->removeItem(index);
+    return wasChosen;
+}
+
+int ClientListPanel::count() const
+{
+    return m_list->count();
+}
+
+void ClientListPanel::chooseAll()
+{
+    m_list->setCurrentIndex(0);
+}
+
+bool ClientListPanel::allChosen() const
+{
+    return m_list->currentIndex() == 0;
+}
+
+QString ClientListPanel::chosen() const
+{
+    return m_list->currentIndex() > 0 ? m_list->currentText() : QString();
+}
+
+QWidget *ClientListPanel::lastField() const
+{
+    return m_disconnect;
+}

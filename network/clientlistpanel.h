@@ -1,0 +1,36 @@
+#pragma once
+
+// The server's peers: whom sending goes to, and the button that disconnects.
+// Holds names only.
+
+#include "shell/base/formpanel.h"
+
+class QComboBox;
+class QPushButton;
+
+class ClientListPanel : public FormGroup
+{
+    Q_OBJECT
+
+public:
+    explicit ClientListPanel(QWidget *parent = nullptr);
+
+    void add(const QString &name);
+    // True when it was the chosen one; then none is chosen, so that nothing
+    // goes to another peer unasked.
+    bool remove(const QString &name);
+
+    int count() const; // of entries, the one for all included
+    void chooseAll();
+    bool allChosen() const;
+    QString chosen() const; // empty for none and for all
+
+    QWidget *lastField() const; // in tab order
+
+signals:
+    void disconnectClicked();
+
+private:
+    QComboBox *m_list;
+    QPushButton *m_disconnect;
+};

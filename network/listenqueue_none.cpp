@@ -1,0 +1,5 @@
+#include "network/listenqueue.h"
+
+void lengthenListenQueue(qintptr)
+{
+}

@@ -1,0 +1,417 @@
+// The network page's three links: opening, closing, sending and what their
+// sockets report.
+
+#include "app/settings.h"
+#include "app/settingskeys.h"
+#include "network/clientlistpanel.h"
+#include "network/networkconfigpanel.h"
+#include "network/networktoolwidget.h"
+#include "network/peeraddress.h"
+#include "network/readgate.h"
+#include "network/socketerror.h"
+#include "network/tcpclient.h"
+#include "network/tcpserver.h"
+#include "serial/qtterminalwidget.h"
+#include "serial/workarea.h"
+#include "shell/base/qtmessagebox.h"
+#include "shell/base/stateindicator.h"
+
+#include <QDebug>
+#include <QNetworkDatagram>
+#include <QUdpSocket>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+
+const auto kQuestion = QStringLiteral("询问");
+const auto kFromServer = QStringLiteral(" 来自服务端消息 ");
+
+// A connection is held up while so much waits to be shown; datagrams that are
+// not read are lost, so that more of them may wait.
+constexpr qint64 kMostStreamBacklog = 2LL * 1024 * 1024;
+constexpr qint64 kMostDatagramBacklog = 32LL * 1024 * 1024;
+constexpr int kDatagramBufferBytes = 8 * 1024 * 1024; // asked of the system, which may give less
+constexpr int kLargestDatagram = 65507;
+
+} // namespace
+
+void NetworkToolWidget::connectSockets()
+{
+    connect(m_server, &TcpServer::signalClientConnected, this, &NetworkToolWidget::sltNewClientConnected);
+    connect(m_server, &TcpServer::signalClientDisconnected, this, &NetworkToolWidget::sltClientDisconnected);
+    connect(m_server, &TcpServer::signalReadMessage, this, &NetworkToolWidget::sltRecvSocketMessage);
+    connect(m_server, &TcpServer::clientBlocked, this, [this](const QString &name, bool blocked) {
+        emit signalNotify(blocked ? QStringLiteral("客户端[%1]长时间未接收数据，已暂停向其发送！").arg(name)
+                                  : QStringLiteral("客户端[%1]已恢复接收数据。").arg(name),
+                          blocked ? kError : kInformation);
+    });
+    connect(m_server, &QTcpServer::acceptError, this, [this](QAbstractSocket::SocketError error) {
+        emit signalNotify(
+            QStringLiteral("无法接受新的客户端: %1").arg(socketErrorText(error, m_server->errorString())),
+            kError);
+    });
+
+    m_socket->setReadBufferSize(TcpClient::readBufferBytes);
+    connect(m_socket, &QTcpSocket::connected, this, &NetworkToolWidget::sltConnectedToHost);
+    connect(m_socket, &QTcpSocket::disconnected, this, &NetworkToolWidget::sltDisConnectedToHost);
+    connect(m_socket, &QTcpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromHost);
+    connect(m_socket, &QAbstractSocket::errorOccurred, this, &NetworkToolWidget::sltTcpError);
+    connect(m_udp, &QUdpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromUdp);
+
+    connect(m_gate, &ReadGate::closed, m_server, [this] { m_server->setReading(false); });
+    connect(m_gate, &ReadGate::opened, this, [this] {
+        m_server->setReading(true);
+        sltReadyFromHost();
+        sltReadyFromUdp();
+    });
+}
+
+// ---- opening and closing
+
+void NetworkToolWidget::sltBtnOpenClicked()
+{
+    switch (m_config->type()) {
+    case NetworkConfigPanel::TcpServer:
+        return toggleServer();
+    case NetworkConfigPanel::TcpClient:
+        return toggleClient();
+    default:
+        return toggleUdp();
+    }
+}
+
+void NetworkToolWidget::sltChangeNetType(int index)
+{
+    closeLink();
+    m_clients->setVisible(index == NetworkConfigPanel::TcpServer);
+    m_gate->setMostBacklog(index == NetworkConfigPanel::Udp ? kMostDatagramBacklog : kMostStreamBacklog);
+    showClosed(QString());
+}
+
+bool NetworkToolWidget::isLinkOpen() const
+{
+    return m_server->isListening() || m_socket->isOpen() || m_udp->state() == QAbstractSocket::BoundState;
+}
+
+// What has already arrived is taken in first.
+void NetworkToolWidget::closeLink()
+{
+    m_server->closeAll();
+    m_clients->chooseAll();
+    if (m_socket->isOpen()) {
+        takeFromHost();
+        m_socket->flush();
+        m_socket->abort();
+    }
+    sltReadyFromUdp();
+    m_udp->abort();
+}
+
+// The fields that every link needs; what is wrong is pointed at.
+bool NetworkToolWidget::hasValidFields()
+{
+    const bool isClient = m_config->type() == NetworkConfigPanel::TcpClient;
+    const bool addressIsValid =
+        isClient ? !m_config->serverAddress().isEmpty() : !m_config->localAddress().isNull();
+    if (m_config->port() == 0)
+        m_config->hintPort();
+    else if (!addressIsValid)
+        m_config->hintAddress();
+    else
+        return true;
+    showFailed(m_config->port() == 0 ? QStringLiteral("端口无效，范围为1到65535")
+                                     : QStringLiteral("IP地址无效"));
+    return false;
+}
+
+void NetworkToolWidget::toggleServer()
+{
+    if (m_server->isListening()) {
+        const quint16 port = m_server->serverPort();
+        closeLink();
+        showClosed(QString());
+        emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]已关闭!!").arg(port), kInformation);
+        return;
+    }
+    const QString port = m_config->portText();
+    const bool valid = hasValidFields();
+    if (valid && m_server->listen(m_config->localAddress(), m_config->port())) {
+        showOpened(QString());
+        saveSettings();
+        emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        return;
+    }
+    if (valid)
+        showFailed(socketErrorText(m_server->serverError(), m_server->errorString()));
+    emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+}
+
+void NetworkToolWidget::toggleUdp()
+{
+    if (m_udp->state() == QAbstractSocket::BoundState) {
+        closeLink();
+        showClosed(QString());
+        return;
+    }
+    const QString port = m_config->portText();
+    const bool valid = hasValidFields();
+    // Not shared: of two programs on one port, the system would choose who hears.
+    if (valid && m_udp->bind(m_config->localAddress(), m_config->port(), QAbstractSocket::DontShareAddress)) {
+        m_udp->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, kDatagramBufferBytes);
+        showOpened(QStringLiteral("正在接收端口%1的数据").arg(port));
+        saveSettings();
+        emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        return;
+    }
+    if (valid)
+        showFailed(socketErrorText(m_udp->error(), m_udp->errorString()));
+    m_udp->abort();
+    emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+}
+
+void NetworkToolWidget::toggleClient()
+{
+    if (m_socket->isOpen()) {
+        closeLink();
+        showClosed(QString());
+        emit signalNotify(QStringLiteral("[ TCP Client ] 已断开连接！"), kInformation);
+        return;
+    }
+    if (!hasValidFields())
+        return;
+    emit signalNotify(QStringLiteral("正在与服务器建立连接...."), kInformation);
+    const QString connecting = QStringLiteral("正在连接，再次点击可取消");
+    m_state->setState(StateIndicator::Busy, connecting);
+    m_config->showState(connecting, false);
+    m_socket->connectToHost(m_config->serverAddress(), m_config->port(), QIODevice::ReadWrite,
+                            QAbstractSocket::AnyIPProtocol);
+}
+
+void NetworkToolWidget::showOpened(const QString &state)
+{
+    m_notSentTold.clear();
+    m_config->setOpenState(true);
+    m_config->showState(state, false);
+    m_sendBox->setDeviceOpen(true);
+    m_state->setOn(true);
+    showCounts();
+}
+
+void NetworkToolWidget::showClosed(const QString &state)
+{
+    m_config->setOpenState(false);
+    m_config->showState(state, false);
+    m_sendBox->setDeviceOpen(false);
+    m_state->setOn(false);
+    if (m_defaultsDue) {
+        m_defaultsDue = false;
+        m_config->loadDefaults();
+    }
+}
+
+void NetworkToolWidget::showFailed(const QString &why)
+{
+    showClosed(QString());
+    m_config->showState(why, true);
+    m_state->setState(StateIndicator::Failed, QStringLiteral("上次错误: %1").arg(why));
+}
+
+void NetworkToolWidget::saveSettings()
+{
+    using namespace SettingsKeys;
+    const QHostAddress local = m_config->localAddress();
+    const bool isClient = m_config->type() == NetworkConfigPanel::TcpClient;
+    const QString address = isClient                     ? m_config->serverAddress()
+                            : local == QHostAddress::Any ? QStringLiteral("0.0.0.0")
+                                                         : local.toString();
+    Settings::writeValue(NetTools::group, NetTools::netType, m_config->type());
+    Settings::writeValue(NetTools::group, NetTools::ipAddr, address);
+    Settings::writeValue(NetTools::group, NetTools::port, m_config->port());
+}
+
+// ---- the server's clients
+
+void NetworkToolWidget::sltNewClientConnected(QString name)
+{
+    m_notSentTold.clear();
+    m_clients->add(name);
+    emit signalNotify(QStringLiteral("新客户端[%1]已连接:").arg(name), kInformation);
+    m_area->refreshCounts();
+}
+
+void NetworkToolWidget::sltClientDisconnected(QString name)
+{
+    m_terminal->endSource(name);
+    const bool wasChosen = m_clients->remove(name);
+    emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
+    m_area->refreshCounts();
+    if (!wasChosen || !m_server->isListening())
+        return;
+    m_sendBox->stopAutoSend();
+    emit signalNotify(QStringLiteral("发送对象[%1]已断开连接，请重新选择客户端！").arg(name), kError);
+}
+
+void NetworkToolWidget::sltDisconnectClient()
+{
+    if (m_clients->count() < 2)
+        return;
+    // By name: while the question is open, others may come and go.
+    const bool all = m_clients->allChosen();
+    const QString name = m_clients->chosen();
+    if (!all && name.isEmpty()) {
+        emit signalNotify(QStringLiteral("请先选择需要断开的客户端！"), kInformation);
+        return;
+    }
+    const QString text =
+        all ? QStringLiteral("是否确认断开所有连接?") : QStringLiteral("是否确认断开当前客户端?");
+    if (QtMessageBox::question(this, kQuestion, text) == 1)
+        m_server->closeClient(name);
+}
+
+// ---- the client's socket
+
+void NetworkToolWidget::sltConnectedToHost()
+{
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    showOpened(QStringLiteral("已连接到%1:%2")
+                   .arg(PeerAddress::text(m_socket->peerAddress()))
+                   .arg(m_socket->peerPort()));
+    saveSettings();
+    emit signalNotify(QStringLiteral("[TCP Client]与服务器连接成功！！！"), kInformation);
+}
+
+void NetworkToolWidget::sltDisConnectedToHost()
+{
+    const bool byServer = m_socket->isOpen();
+    if (byServer) {
+        takeFromHost(); // what was held back
+        m_socket->close();
+    }
+    m_terminal->endSource(kFromServer);
+    if (byServer && m_socket->error() != QAbstractSocket::RemoteHostClosedError)
+        showFailed(socketErrorText(m_socket->error(), m_socket->errorString()));
+    else
+        showClosed(byServer ? QStringLiteral("服务器已断开连接") : QString());
+    emit signalNotify(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), kInformation);
+}
+
+void NetworkToolWidget::sltReadyFromHost()
+{
+    if (m_gate->isOpen())
+        takeFromHost();
+}
+
+void NetworkToolWidget::takeFromHost()
+{
+    if (m_socket->bytesAvailable() > 0)
+        sltRecvSocketMessage(kFromServer, m_socket->readAll());
+}
+
+void NetworkToolWidget::sltTcpError(QAbstractSocket::SocketError error)
+{
+    qDebug() << m_socket->errorString() << "Socket error" << error;
+    // Later: the socket is still at work on its failure, and may try the next
+    // address of a host.
+    QMetaObject::invokeMethod(this, &NetworkToolWidget::clientFailed, Qt::QueuedConnection);
+}
+
+// A refused socket stays open; closed, the next press connects again.
+void NetworkToolWidget::clientFailed()
+{
+    if (m_socket->state() != QAbstractSocket::UnconnectedState || !m_socket->isOpen())
+        return;
+    const QString why = socketErrorText(m_socket->error(), m_socket->errorString());
+    m_socket->close();
+    showFailed(QStringLiteral("连接失败: %1").arg(why));
+}
+
+// ---- datagrams
+
+void NetworkToolWidget::sltReadyFromUdp()
+{
+    if (m_udp->state() != QAbstractSocket::BoundState)
+        return;
+    while (m_gate->isOpen() && m_udp->hasPendingDatagrams()) {
+        const QNetworkDatagram datagram = m_udp->receiveDatagram();
+        if (!datagram.isValid())
+            return;
+        sltRecvSocketMessage(QStringLiteral(" UDP from %1:%2 ")
+                                 .arg(PeerAddress::text(datagram.senderAddress()))
+                                 .arg(datagram.senderPort()),
+                             datagram.data());
+    }
+}
+
+// ---- sending
+
+void NetworkToolWidget::sltSendData(QByteArray byData)
+{
+    qint64 sent = 0;
+    if (m_server->isListening())
+        sent = sendToClients(byData);
+    else if (m_socket->state() == QAbstractSocket::ConnectedState)
+        sent = sendToHost(byData);
+    else if (m_udp->state() == QAbstractSocket::BoundState)
+        sent = sendDatagram(byData);
+    if (sent <= 0)
+        return;
+    m_notSentTold.clear();
+    m_sendCount += sent;
+    m_area->refreshCounts();
+}
+
+void NetworkToolWidget::tellNotSent(const QString &text)
+{
+    if (text != m_notSentTold || !m_sendBox->isAutoSending())
+        emit signalNotify(text, kError);
+    m_notSentTold = text;
+}
+
+qint64 NetworkToolWidget::sendToClients(const QByteArray &bytes)
+{
+    const QString name = m_clients->chosen();
+    if (!m_clients->allChosen() && name.isEmpty()) {
+        tellNotSent(QStringLiteral("未选择客户端，数据未发送！"));
+        return 0;
+    }
+    if (m_server->clientCount() == 0) {
+        tellNotSent(QStringLiteral("没有已连接的客户端，数据未发送！"));
+        return 0;
+    }
+    const qint64 sent =
+        name.isEmpty() ? m_server->SltSendMsgToAllClient(bytes) : m_server->SltSendMsgToClient(name, bytes);
+    if (sent == 0)
+        tellNotSent(QStringLiteral("客户端长时间未接收数据，本次数据未发送！"));
+    return sent;
+}
+
+qint64 NetworkToolWidget::sendToHost(const QByteArray &bytes)
+{
+    if (m_socket->bytesToWrite() + bytes.size() > TcpServer::mostQueued) {
+        tellNotSent(QStringLiteral("服务器长时间未接收数据，本次数据未发送！"));
+        return 0;
+    }
+    return m_socket->write(bytes);
+}
+
+qint64 NetworkToolWidget::sendDatagram(const QByteArray &bytes)
+{
+    const QHostAddress address = m_config->destinationAddress();
+    const quint16 port = m_config->destinationPort();
+    if (address.isNull() || address == QHostAddress::AnyIPv4 || address == QHostAddress::AnyIPv6) {
+        tellNotSent(QStringLiteral("UDP目的地址配置错误！"));
+    } else if (port == 0) {
+        tellNotSent(QStringLiteral("UDP目的端口配置错误！"));
+    } else if (bytes.size() > kLargestDatagram) {
+        tellNotSent(QStringLiteral("数据超过%1字节，无法作为一个UDP数据报发送！").arg(kLargestDatagram));
+    } else {
+        const qint64 sent = m_udp->writeDatagram(bytes, address, port);
+        if (sent < 0)
+            tellNotSent(QStringLiteral("数据发送失败: %1")
+                            .arg(socketErrorText(m_udp->error(), m_udp->errorString())));
+        return sent;
+    }
+    return 0;
+}

@@ -1,0 +1,7 @@
+#pragma once
+
+// A socket's error in the user's words; the system's own where it is a rare one.
+
+#include <QAbstractSocket>
+
+QString socketErrorText(QAbstractSocket::SocketError error, const QString &systemText);

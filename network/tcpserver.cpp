@@ -1,0 +1,160 @@
+#include "network/tcpserver.h"
+
+#include "network/listenqueue.h"
+#include "network/peeraddress.h"
+#include "network/tcpclient.h"
+
+#include <QDebug>
+
+namespace {
+
+// The base class accepts all that wait in one go; a thousand would be felt.
+constexpr int kMostAcceptedAtOnce = 50;
+
+} // namespace
+
+TcpServer::TcpServer(QObject *parent)
+    : QTcpServer(parent)
+    , m_acceptTimer(this)
+{
+    m_acceptTimer.setSingleShot(true);
+    connect(&m_acceptTimer, &QTimer::timeout, this, &TcpServer::acceptMore);
+}
+
+TcpServer::~TcpServer()
+{
+    closeAll();
+}
+
+bool TcpServer::listen(const QHostAddress &address, quint16 port)
+{
+    if (!QTcpServer::listen(address, port))
+        return false;
+    lengthenListenQueue(socketDescriptor());
+    return true;
+}
+
+// Goes on accepting, after a full turn or for want of descriptors.
+void TcpServer::acceptMore()
+{
+    m_acceptedNow = 0;
+    setMaxPendingConnections(1);
+    if (isListening())
+        resumeAccepting();
+}
+
+void TcpServer::incomingConnection(qintptr descriptor)
+{
+    // No connection is ever pending, and none may be: the base class stops.
+    if (++m_acceptedNow >= kMostAcceptedAtOnce)
+        setMaxPendingConnections(0);
+    m_acceptTimer.start(0);
+    auto *client = new TcpClient(this);
+    client->setReading(m_reading);
+    connect(client, &TcpClient::signalReadMessage, this, &TcpServer::signalReadMessage);
+    connect(client, &TcpClient::disconnected, this, &TcpServer::SltClientDisconnected);
+    connect(client, &TcpClient::bytesWritten, this, [this, client] { noticeTaken(client); });
+    if (!client->setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite)) {
+        qWarning().noquote() << "cannot adopt a connection:" << client->errorString();
+        client->deleteLater();
+        return;
+    }
+    client->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    const QString name =
+        QStringLiteral("%1 %2").arg(PeerAddress::text(client->peerAddress())).arg(descriptor);
+    client->setName(name);
+    m_clients.insert(name, client);
+    emit signalClientConnected(name);
+}
+
+void TcpServer::SltClientDisconnected()
+{
+    auto *client = qobject_cast<TcpClient *>(sender());
+    if (!client)
+        return;
+    client->setReading(true);
+    client->SltReadMessage(); // what was held back
+    const QString name = client->name();
+    emit signalClientDisconnected(name);
+    client->disconnect(this);
+    m_clients.remove(name);
+    client->deleteLater();
+    m_acceptTimer.start(0); // a descriptor is free again
+}
+
+void TcpServer::drop(TcpClient *client)
+{
+    client->setReading(true);
+    client->SltReadMessage();
+    client->flush();
+    client->abort();
+}
+
+void TcpServer::closeAll()
+{
+    if (isListening())
+        close();
+    closeClient(QString());
+}
+
+void TcpServer::closeClient(const QString &name)
+{
+    // A copy: each one that goes takes itself out of the table.
+    const QList<TcpClient *> clients = name.isEmpty() ? m_clients.values() : m_clients.values(name);
+    for (TcpClient *client : clients)
+        drop(client);
+}
+
+qint64 TcpServer::SltSendMsgToAllClient(QByteArray data)
+{
+    qint64 sum = 0;
+    const QList<TcpClient *> clients = m_clients.values();
+    for (TcpClient *client : clients)
+        sum += send(client, data);
+    return sum;
+}
+
+qint64 TcpServer::SltSendMsgToClient(QString name, QByteArray data)
+{
+    TcpClient *client = m_clients.value(name);
+    return client ? send(client, data) : 0;
+}
+
+qint64 TcpServer::send(TcpClient *client, const QByteArray &data)
+{
+    if (!client->isBlocked() && client->bytesToWrite() + data.size() > mostQueued) {
+        client->setBlocked(true);
+        emit clientBlocked(client->name(), true);
+    }
+    return client->isBlocked() ? 0 : qMax<qint64>(0, client->write(data));
+}
+
+// A peer that reads again is written to again when half of what waited is gone.
+void TcpServer::noticeTaken(TcpClient *client)
+{
+    if (!client->isBlocked() || client->bytesToWrite() > mostQueued / 2)
+        return;
+    client->setBlocked(false);
+    emit clientBlocked(client->name(), false);
+}
+
+void TcpServer::setReading(bool reading)
+{
+    m_reading = reading;
+    for (TcpClient *client : qAsConst(m_clients))
+        client->setReading(reading);
+    if (!reading)
+        return;
+    // Round from where the last one ended, until whoever takes has enough.
+    QList<TcpClient *> round;
+    for (auto it = m_clients.upperBound(m_lastResumed); it != m_clients.end(); ++it)
+        round.append(it.value());
+    for (auto it = m_clients.begin(); it != m_clients.end() && round.size() < m_clients.size(); ++it)
+        round.append(it.value());
+    for (TcpClient *client : qAsConst(round)) {
+        if (!m_reading)
+            return;
+        m_lastResumed = client->name();
+        client->SltReadMessage();
+    }
+}

@@ -1,0 +1,112 @@
+#include "tests/network/networkpagetest.h"
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "resources/korvexresources.h"
+#include "serial/qttexteditinput.h"
+#include "shell/base/dialoganswers.h"
+#include "shell/base/qtmessagetip.h"
+
+#include <QLabel>
+#include <QTcpServer>
+
+void NetworkPageTest::initTestCase()
+{
+    initKorvexResources();
+}
+
+void NetworkPageTest::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    AppPaths::setRoot(m_root->path());
+    AppPaths::makeFolders();
+    Settings::instance() = Settings();
+    Settings::instance().textCodec = 0;
+    m_page = std::make_unique<NetworkToolWidget>();
+    m_page->resize(900, 600);
+    m_page->show();
+    m_notices = std::make_unique<QSignalSpy>(m_page.get(), &NetworkToolWidget::signalNotify);
+}
+
+void NetworkPageTest::cleanup()
+{
+    DialogAnswers::instance() = DialogAnswers();
+    if (QtMessageTip::current())
+        QtMessageTip::current()->close();
+    m_page.reset();
+}
+
+void NetworkPageTest::addFamilies()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("IPv4") << "127.0.0.1";
+    QTest::newRow("IPv6") << "::1";
+}
+
+QStringList NetworkPageTest::to(quint16 port, const QString &address, const QStringList &more)
+{
+    return QStringList{"--address", address, "--net-port", QString::number(port), "--delay", "0"} + more;
+}
+
+quint16 NetworkPageTest::freePort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::Any);
+    return probe.serverPort();
+}
+
+quint16 NetworkPageTest::open(Type type, quint16 port)
+{
+    choose(type);
+    // Another program may take a free port before the page does.
+    for (int attempt = 0; attempt < 20; ++attempt) {
+        const quint16 tried = port ? port : freePort();
+        write("editPort", QString::number(tried));
+        click("btnOpen");
+        if (type == Client || !fieldsAreEnabled(true))
+            return tried;
+    }
+    return 0;
+}
+
+void NetworkPageTest::send(const QString &text)
+{
+    child<QtTextEditInput>("textEditSend")->setPlainText(text);
+    click("btnSingleSend");
+}
+
+bool NetworkPageTest::fieldsAreEnabled(bool enabled) const
+{
+    for (const char *name : {"comboNetType", "comboLocalAddress", "editServerAddress", "editPort"}) {
+        if (child<QWidget>(name)->isEnabled() != enabled)
+            return false;
+    }
+    return true;
+}
+
+QString NetworkPageTest::stateText() const
+{
+    return child<QLabel>("labelLinkState")->text();
+}
+
+bool NetworkPageTest::wasTold(const QString &text, int kind) const
+{
+    for (const QList<QVariant> &notice : qAsConst(*m_notices)) {
+        if (notice.at(0).toString() == text && notice.at(1).toInt() == kind)
+            return true;
+    }
+    return false;
+}
+
+QString NetworkPageTest::lastNotice() const
+{
+    return m_notices->isEmpty() ? QString() : m_notices->last().at(0).toString();
+}
+
+QStringList NetworkPageTest::clients() const
+{
+    QStringList names;
+    for (int i = 0; i < child<QComboBox>("comboClients")->count(); ++i)
+        names.append(child<QComboBox>("comboClients")->itemText(i));
+    return names;
+}

@@ -1,0 +1,163 @@
+// The server class without a page: names, sending, dropping, holding back.
+
+#include "network/peeraddress.h"
+#include "network/tcpclient.h"
+#include "network/tcpserver.h"
+#include "tests/support/boardprocess.h"
+
+#include <QtTest>
+
+#define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
+#define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
+
+class TestNetworkLink : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void readsAddressesAndPorts();
+    void namesPeers_data();
+    void namesPeers();
+    void sendsAndDrops();
+    void holdsBackWhatIsNotRead();
+    void endsWithPeers();
+
+private:
+    static QStringList options(const TcpServer &server, const QString &address, const QStringList &more)
+    {
+        return QStringList{"--address", address, "--net-port", QString::number(server.serverPort()),
+                           "--delay",   "0"} +
+               more;
+    }
+};
+
+void TestNetworkLink::readsAddressesAndPorts()
+{
+    const QPair<const char *, const char *> addresses[] = {{"192.168.1.7", "192.168.1.7"},
+                                                           {" ::1 ", "::1"},
+                                                           {"255.255.255.255", "255.255.255.255"},
+                                                           {"fe80::1%1", "fe80::1%1"},
+                                                           {"", ""},
+                                                           {"8000", ""},
+                                                           {"192.168.1", ""},
+                                                           {"1.2.3.256", ""},
+                                                           {"board.local", ""},
+                                                           {"1.2.3.4:80", ""},
+                                                           {":", ""}};
+    for (const auto &pair : addresses)
+        QCOMPARE(PeerAddress::fromText(pair.first).isNull(), *pair.second == '\0');
+    QCOMPARE(PeerAddress::fromText(" ::1 "), QHostAddress(QHostAddress::LocalHostIPv6));
+
+    const QPair<const char *, int> ports[] = {
+        {"1", 1}, {" 65535 ", 65535}, {"0", 0},   {"65536", 0}, {"70000", 0},
+        {"", 0},  {"-1", 0},          {"80a", 0}, {"8 0", 0},   {"99999999999", 0}};
+    for (const auto &pair : ports)
+        QCOMPARE(int(PeerAddress::portFromText(pair.first)), pair.second);
+}
+
+void TestNetworkLink::namesPeers_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("IPv4") << "127.0.0.1";
+    QTest::newRow("IPv6") << "::1";
+}
+
+void TestNetworkLink::namesPeers()
+{
+    QFETCH(QString, address);
+    TcpServer server;
+    QVERIFY(server.listen(QHostAddress::Any));
+    const QSignalSpy came(&server, &TcpServer::signalClientConnected);
+    const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
+    BoardProcess board;
+    QVERIFY(
+        board.startOnNetwork("tcp-client", options(server, address, {"--peers", "2", "--act", "silent"})));
+    WAIT_EQUAL(came.count(), 2);
+    // The address, a space, and the number of the socket.
+    QStringList names{came.at(0).at(0).toString(), came.at(1).at(0).toString()};
+    QSet<qintptr> descriptors;
+    for (const TcpClient *client : server.findChildren<TcpClient *>()) {
+        QVERIFY(names.contains(QStringLiteral("%1 %2").arg(address).arg(client->socketDescriptor())));
+        descriptors.insert(client->socketDescriptor());
+    }
+    QCOMPARE(descriptors.size(), 2);
+    QVERIFY(board.stop());
+    WAIT_EQUAL(left.count(), 2);
+    QCOMPARE(server.clientCount(), 0);
+}
+
+void TestNetworkLink::sendsAndDrops()
+{
+    TcpServer server;
+    QCOMPARE(server.SltSendMsgToAllClient("nobody"), qint64(0));
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    const QSignalSpy came(&server, &TcpServer::signalClientConnected);
+    const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
+    QHash<QString, QByteArray> echoes;
+    connect(&server, &TcpServer::signalReadMessage, this,
+            [&echoes](const QString &name, const QByteArray &data) { echoes[name] += data; });
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("tcp-client",
+                                 options(server, "127.0.0.1", {"--peers", "3", "--period", "60000"})));
+    WAIT_EQUAL(came.count(), 3);
+    const QString first = came.at(0).at(0).toString();
+    const QString second = came.at(1).at(0).toString();
+    const QString third = came.at(2).at(0).toString();
+
+    QCOMPARE(server.SltSendMsgToAllClient("all "), qint64(12));
+    QCOMPARE(server.SltSendMsgToClient(second, "two"), qint64(3));
+    QCOMPARE(server.SltSendMsgToClient("10.0.0.1 7", "?"), qint64(0));
+    WAIT_EQUAL(echoes.value(second), QByteArray("all two"));
+    WAIT_EQUAL(echoes.value(first) + echoes.value(third), QByteArray("all all "));
+
+    server.closeClient("10.0.0.1 7");
+    QCOMPARE(left.count(), 0);
+    server.closeClient(first);
+    QCOMPARE(left.count(), 1);
+    QCOMPARE(left.at(0).at(0).toString(), first);
+    server.closeClient(QString());
+    QCOMPARE(left.count(), 3);
+    QCOMPARE(server.clientCount(), 0);
+    QVERIFY(server.isListening());
+    WAIT_FOR(board.waitForEvent("disconnected 0"));
+}
+
+void TestNetworkLink::holdsBackWhatIsNotRead()
+{
+    TcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    qint64 sum = 0;
+    QByteArray bytes;
+    connect(&server, &TcpServer::signalReadMessage, this, [&](const QString &, const QByteArray &data) {
+        QVERIFY(data.size() <= 65536);
+        sum += data.size();
+    });
+    server.setReading(false);
+    const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork(
+        "tcp-client", options(server, "127.0.0.1", {"--act", "half-close", "--total", "30000000"})));
+    WAIT_FOR(server.clientCount() == 1 && server.findChild<TcpClient *>()->bytesAvailable() == 65536);
+    QCOMPARE(sum, qint64(0));
+    // All of it comes when reading goes on, what was in the socket at the end included.
+    server.setReading(true);
+    WAIT_EQUAL(left.count(), 1);
+    QCOMPARE(sum, qint64(30000000));
+}
+
+void TestNetworkLink::endsWithPeers()
+{
+    BoardProcess board;
+    {
+        TcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        const QSignalSpy came(&server, &TcpServer::signalClientConnected);
+        QVERIFY(board.startOnNetwork("tcp-client",
+                                     options(server, "127.0.0.1", {"--act", "flood", "--peers", "5"})));
+        WAIT_EQUAL(came.count(), 5);
+    }
+    QVERIFY(board.waitForEvent("disconnected 0"));
+}
+
+QTEST_GUILESS_MAIN(TestNetworkLink)
+#include "test_network_link.moc"

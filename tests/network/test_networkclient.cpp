@@ -1,0 +1,226 @@
+// The network page as a client and over UDP, with peers in processes of their own.
+
+#include "tests/network/networkpagetest.h"
+
+#include "shell/base/stateindicator.h"
+
+#include <QNetworkDatagram>
+#include <QTcpServer>
+#include <QUdpSocket>
+
+class TestNetworkClient : public NetworkPageTest
+{
+    Q_OBJECT
+
+private slots:
+    void connects_data();
+    void connects();
+    void connectsAfterARefusal_data();
+    void connectsAfterARefusal();
+    void cancelsConnecting();
+    void hearsOfTheServersEnd_data();
+    void hearsOfTheServersEnd();
+    void exchangesDatagrams_data();
+    void exchangesDatagrams();
+    void takesDatagramsOfAllSizes();
+    void sendsBroadcasts();
+    void checksTheDestination_data();
+    void checksTheDestination();
+};
+
+void TestNetworkClient::connects_data()
+{
+    addFamilies();
+    QTest::newRow("name") << "localhost";
+}
+
+void TestNetworkClient::connects()
+{
+    QFETCH(QString, address);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("tcp-server", to(0, address == "localhost" ? "127.0.0.1" : address, {})));
+    write("editServerAddress", address);
+    open(Client, board.netPort());
+    QCOMPARE(m_notices->at(0).at(0).toString(), QStringLiteral("正在与服务器建立连接...."));
+    QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
+    WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
+    QVERIFY(wasTold(QStringLiteral("[TCP Client]与服务器连接成功！！！"), 0));
+    QVERIFY(fieldsAreEnabled(false));
+    QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+    send("ping\n");
+    WAIT_EQUAL(shown(), QStringLiteral("[Tcp client  来自服务端消息 ] ping\n"));
+    QCOMPARE(m_page->counts(), (QStringList{"5", "5"}));
+    click("btnOpen");
+    QVERIFY(wasTold(QStringLiteral("[ TCP Client ] 已断开连接！"), 0));
+    QCOMPARE(caption(), QStringLiteral("建立连接"));
+    QVERIFY(fieldsAreEnabled(true));
+    QVERIFY(board.waitForEvent("disconnected"));
+}
+
+void TestNetworkClient::connectsAfterARefusal_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("state");
+    QTest::newRow("refused") << "127.0.0.1" << QStringLiteral("连接失败: 对方拒绝连接");
+    QTest::newRow("no such host") << "no-such-host.invalid" << QStringLiteral("连接失败: 找不到该主机");
+    QTest::newRow("nonsense") << "a b c" << QString();
+    QTest::newRow("unreachable") << "255.255.255.255" << QString();
+}
+
+void TestNetworkClient::connectsAfterARefusal()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, state);
+    write("editServerAddress", address);
+    open(Client, freePort());
+    WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
+    QVERIFY(stateText().startsWith(QStringLiteral("连接失败: ")));
+    if (!state.isEmpty())
+        QCOMPARE(stateText(), state);
+    QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(), QStringLiteral("上次错误: ") + stateText());
+    QCOMPARE(lastNotice(), QStringLiteral("正在与服务器建立连接....")); // nothing else is posted
+    QCOMPARE(caption(), QStringLiteral("建立连接"));
+    QVERIFY(fieldsAreEnabled(true));
+
+    QTcpServer host;
+    QVERIFY(host.listen(QHostAddress::LocalHost));
+    write("editServerAddress", "127.0.0.1");
+    open(Client, host.serverPort()); // one press is enough
+    WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
+}
+
+void TestNetworkClient::cancelsConnecting()
+{
+    // Documentation addresses answer nobody; where the system says at once that
+    // there is no way, there is nothing to cancel.
+    write("editServerAddress", "192.0.2.1");
+    open(Client, 9);
+    click("btnOpen");
+    QCOMPARE(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
+    QVERIFY(fieldsAreEnabled(true));
+    for (const char *port : {"0", "70000", ""}) { // nothing is opened
+        m_notices->clear();
+        write("editPort", port);
+        click("btnOpen");
+        QVERIFY(m_notices->isEmpty());
+        QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
+    }
+    write("editServerAddress", QString());
+    write("editPort", "9");
+    click("btnOpen");
+    QVERIFY(m_notices->isEmpty());
+}
+
+void TestNetworkClient::hearsOfTheServersEnd_data()
+{
+    QTest::addColumn<QString>("act");
+    QTest::newRow("half-close") << "half-close";
+    QTest::newRow("reset") << "reset";
+    QTest::newRow("vanish") << "vanish";
+}
+
+void TestNetworkClient::hearsOfTheServersEnd()
+{
+    QFETCH(QString, act);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("tcp-server", to(0, "127.0.0.1", {"--act", act, "--total", "200000"})));
+    open(Client, board.netPort());
+    WAIT_FOR(wasTold(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), 0));
+    QCOMPARE(caption(), QStringLiteral("建立连接"));
+    QVERIFY(fieldsAreEnabled(true));
+    QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+    QVERIFY(stateText() != QStringLiteral("未连接"));
+    if (act == "half-close")
+        QCOMPARE(received(), qint64(200000));
+    // Sending while the link breaks is refused, not lost in silence.
+    send("late");
+    QCOMPARE(sent(), qint64(0));
+    open(Client, board.netPort());
+    QVERIFY(board.waitForEvent("connected", 2, 30000));
+}
+
+void TestNetworkClient::exchangesDatagrams_data()
+{
+    addFamilies();
+}
+
+void TestNetworkClient::exchangesDatagrams()
+{
+    QFETCH(QString, address);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("udp", to(0, address, {})));
+    QVERIFY(open(Udp) > 0);
+    write("editDestinationAddress", address);
+    write("editDestinationPort", QString::number(board.netPort()));
+    send("datagram\r\n");
+    const QString from = QStringLiteral("[Tcp client  UDP from %1:%2 ] ").arg(address).arg(board.netPort());
+    WAIT_EQUAL(shown(), from + "datagram\n");
+    send("next");
+    WAIT_EQUAL(shown(), from + "datagram\n" + from + "next");
+    QCOMPARE(m_page->counts(), (QStringList{"13", "13"}));
+    QVERIFY(board.stop());
+    QCOMPARE(board.statistics().value("datagrams"), qint64(2));
+}
+
+void TestNetworkClient::takesDatagramsOfAllSizes()
+{
+    const quint16 port = open(Udp);
+    QUdpSocket peer;
+    QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost)));
+    const QString from = QStringLiteral("[Tcp client  UDP from 127.0.0.1:%1 ] ").arg(peer.localPort());
+    QCOMPARE(peer.writeDatagram(QByteArray(), QHostAddress::LocalHost, port), qint64(0));
+    WAIT_EQUAL(shown(), from);
+    QCOMPARE(peer.writeDatagram(QByteArray(65507, 'x'), QHostAddress::LocalHost, port), qint64(65507));
+    WAIT_EQUAL(received(), qint64(65507));
+    QCOMPARE(shown(), from + '\n' + from + QString(65507, 'x'));
+
+    write("editDestinationPort", QString::number(peer.localPort()));
+    m_page->sltSendData(QByteArray(65507, 'y'));
+    WAIT_FOR(peer.hasPendingDatagrams());
+    QCOMPARE(peer.receiveDatagram().data(), QByteArray(65507, 'y'));
+    QCOMPARE(sent(), qint64(65507));
+    m_page->sltSendData(QByteArray(65508, 'y'));
+    QCOMPARE(m_notices->last().at(1).toInt(), 255);
+    QCOMPARE(sent(), qint64(65507));
+}
+
+void TestNetworkClient::sendsBroadcasts()
+{
+    QUdpSocket peer;
+    QVERIFY(peer.bind(QHostAddress(QHostAddress::AnyIPv4)));
+    QVERIFY(open(Udp) > 0);
+    write("editDestinationAddress", "127.255.255.255"); // of the loopback network
+    write("editDestinationPort", QString::number(peer.localPort()));
+    send("everybody");
+    QCOMPARE(sent(), qint64(9));
+    WAIT_FOR(peer.hasPendingDatagrams());
+    QCOMPARE(peer.receiveDatagram().data(), QByteArray("everybody"));
+}
+
+void TestNetworkClient::checksTheDestination_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<QString>("notice");
+    for (const char *address : {"", "nonsense", "1.2.3", "0.0.0.0", "::", "256.1.1.1"})
+        QTest::addRow("address '%s'", address) << address << "9" << QStringLiteral("UDP目的地址配置错误！");
+    for (const char *port : {"", "0", "65536", "70000", "x"})
+        QTest::addRow("port '%s'", port) << "127.0.0.1" << port << QStringLiteral("UDP目的端口配置错误！");
+}
+
+void TestNetworkClient::checksTheDestination()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, port);
+    QFETCH(QString, notice);
+    QVERIFY(open(Udp) > 0);
+    write("editDestinationAddress", address);
+    write("editDestinationPort", port);
+    send("x");
+    QCOMPARE(lastNotice(), notice);
+    QCOMPARE(m_notices->last().at(1).toInt(), 255);
+    QCOMPARE(sent(), qint64(0));
+}
+
+QTEST_MAIN(TestNetworkClient)
+#include "test_networkclient.moc"

@@ -1,0 +1,365 @@
+// The network page by itself: what its controls say and refuse, how it shows
+// messages, and what it remembers.
+
+#include "tests/network/networkpagetest.h"
+
+#include "app/apppaths.h"
+#include "app/settings.h"
+#include "serial/bytespool.h"
+#include "shell/base/dialoganswers.h"
+#include "shell/base/qtmessagetip.h"
+#include "shell/base/stateindicator.h"
+
+#include <QLabel>
+#include <QNetworkInterface>
+#include <QSettings>
+#include <QTcpServer>
+#include <QUdpSocket>
+
+class TestNetworkPage : public NetworkPageTest
+{
+    Q_OBJECT
+
+private slots:
+    void controlsFollowTheMode_data();
+    void controlsFollowTheMode();
+    void opensAndCloses_data();
+    void opensAndCloses();
+    void refusesBadFields_data();
+    void refusesBadFields();
+    void offersThisMachinesAddresses();
+    void remembersWhatOpened();
+    void showsMessages();
+    void keepsCharactersWhole();
+    void stopsShowing();
+    void savesAndClears();
+    void needsAnOpenLink();
+};
+
+void TestNetworkPage::controlsFollowTheMode_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<QString>("caption");
+    QTest::addColumn<QStringList>("hidden");
+    QTest::newRow("TCP Server") << QStringLiteral("2.本地IP地址") << QStringLiteral("3.服务器端口")
+                                << QStringLiteral("开始监听")
+                                << QStringList{"editServerAddress", "editDestinationAddress",
+                                               "editDestinationPort"};
+    QTest::newRow("TCP Client") << QStringLiteral("2.服务器IP地址") << QStringLiteral("3.服务器端口")
+                                << QStringLiteral("建立连接")
+                                << QStringList{"comboLocalAddress", "editDestinationAddress",
+                                               "editDestinationPort", "comboClients", "btnDisconnect"};
+    QTest::newRow("UDP") << QStringLiteral("2.本地IP地址") << QStringLiteral("2.本地端口")
+                         << QStringLiteral("打开")
+                         << QStringList{"editServerAddress", "comboClients", "btnDisconnect"};
+}
+
+void TestNetworkPage::controlsFollowTheMode()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, port);
+    QFETCH(QString, caption);
+    QFETCH(QStringList, hidden);
+    child<QComboBox>("comboNetType")->setCurrentText(QTest::currentDataTag());
+    QCOMPARE(this->caption(), caption);
+    click("btnFold");
+    QVERIFY(!child<QWidget>("configPanel")->isVisible());
+    QCOMPARE(child<QAbstractButton>("btnFold")->text(), QStringLiteral("显示配置界面"));
+    click("btnFold");
+    QStringList labels;
+    for (const QLabel *label : m_page->findChildren<QLabel *>()) {
+        if (label->isVisible())
+            labels.append(label->text());
+    }
+    QVERIFY(labels.contains(QStringLiteral("1. 协议类型")));
+    QVERIFY(labels.contains(address) && labels.contains(port));
+    QCOMPARE(labels.contains(QStringLiteral("目的地址:")), !hidden.contains("editDestinationAddress"));
+    for (const char *name : {"comboLocalAddress", "editServerAddress", "editPort", "editDestinationAddress",
+                             "editDestinationPort", "comboClients", "btnDisconnect"})
+        QCOMPARE(child<QWidget>(name)->isVisible(), !hidden.contains(name));
+    // Nothing of the serial page that has no sense here.
+    for (const char *name : {"checkLogMode", "spinQuietTime"})
+        QVERIFY(!child<QWidget>(name)->isVisible());
+    QVERIFY(child<QComboBox>("comboSendPage")->findText(QStringLiteral("发送文件")) < 0);
+}
+
+void TestNetworkPage::opensAndCloses_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("caption");
+    QTest::addColumn<QString>("idle");
+    QTest::addColumn<QString>("opened");
+    QTest::addColumn<QString>("closed");
+    QTest::newRow("server") << int(Server) << QStringLiteral("停止监听") << QStringLiteral("开始监听")
+                            << QStringLiteral("TCP服务监听[端口:%1]已启动!!")
+                            << QStringLiteral("TCP服务监听[端口:%1]已关闭!!");
+    QTest::newRow("udp") << int(Udp) << QStringLiteral("关闭") << QStringLiteral("打开")
+                         << QStringLiteral("UDP服务监听[端口:%1]已启动!!") << QString();
+}
+
+void TestNetworkPage::opensAndCloses()
+{
+    QFETCH(int, type);
+    QFETCH(QString, caption);
+    QFETCH(QString, idle);
+    QFETCH(QString, opened);
+    QFETCH(QString, closed);
+    for (int round = 0; round < 2; ++round) {
+        m_notices->clear();
+        const quint16 port = open(Type(type));
+        QVERIFY(port > 0);
+        QCOMPARE(lastNotice(), opened.arg(port));
+        QCOMPARE(m_notices->last().at(1).toInt(), 0);
+        QCOMPARE(this->caption(), caption);
+        QVERIFY(fieldsAreEnabled(false));
+        QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+        QVERIFY(stateText().contains(QString::number(port)));
+        click("btnOpen");
+        if (!closed.isEmpty())
+            QCOMPARE(lastNotice(), closed.arg(port));
+        QCOMPARE(this->caption(), idle);
+        QVERIFY(fieldsAreEnabled(true));
+        QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+    }
+}
+
+void TestNetworkPage::refusesBadFields_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<QString>("tip");
+    const auto portTip = QStringLiteral("端口范围为1到65535！");
+    const auto addressTip = QStringLiteral("IP地址无效！");
+    for (const int type : {int(Server), int(Udp)}) {
+        for (const char *port : {"0", "", "65536", "70000", "-5", "http"})
+            QTest::addRow("port '%s' of %d", port, type) << type << QString() << QString(port) << portTip;
+        for (const char *address : {"nonsense", "1.2.3", "300.1.1.1", "::g"})
+            QTest::addRow("address %s of %d", address, type)
+                << type << QString(address) << "8000" << addressTip;
+        // An address that is another machine's.
+        QTest::addRow("foreign address of %d", type) << type << "192.0.2.1"
+                                                     << "8000" << QString();
+        QTest::addRow("port in use by %d", type) << type << QString() << "taken" << QString();
+    }
+}
+
+void TestNetworkPage::refusesBadFields()
+{
+    QFETCH(int, type);
+    QFETCH(QString, address);
+    QFETCH(QString, port);
+    QFETCH(QString, tip);
+    QTcpServer holder;
+    QUdpSocket udpHolder;
+    if (port == QLatin1String("taken")) {
+        QVERIFY(holder.listen(QHostAddress::AnyIPv4));
+        QVERIFY(udpHolder.bind(QHostAddress(QHostAddress::AnyIPv4)));
+        port = QString::number(type == Server ? holder.serverPort() : udpHolder.localPort());
+    }
+    choose(Type(type));
+    child<QComboBox>("comboLocalAddress")->setEditText(address);
+    write("editPort", port);
+    click("btnOpen");
+    QCOMPARE(lastNotice(),
+             (type == Server ? QStringLiteral("TCP服务监听[端口:%1]失败，请确认该端口是否可用!!")
+                             : QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!"))
+                 .arg(port));
+    QCOMPARE(m_notices->last().at(1).toInt(), 255);
+    QVERIFY(fieldsAreEnabled(true));
+    QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
+    QVERIFY(child<StateIndicator>("stateIndicator")->toolTip().contains(stateText()));
+    if (!tip.isEmpty())
+        QCOMPARE(QtMessageTip::current()->text(), tip);
+    QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("NetTools/Port"));
+
+    // And after that a good port opens.
+    child<QComboBox>("comboLocalAddress")->setEditText(QString());
+    QVERIFY(open(Type(type)) > 0);
+    QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+}
+
+void TestNetworkPage::offersThisMachinesAddresses()
+{
+    auto *box = child<QComboBox>("comboLocalAddress");
+    QCOMPARE(box->itemText(0), QStringLiteral("所有网络接口"));
+    QCOMPARE(box->currentText(), QStringLiteral("所有网络接口")); // though 127.0.0.1 is stored
+    for (const QHostAddress &address : QNetworkInterface::allAddresses())
+        QVERIFY(box->findText(address.toString()) > 0);
+    // The chosen one alone is listened on.
+    box->setEditText("127.0.0.1");
+    const quint16 port = open(Server);
+    QTcpSocket other;
+    other.connectToHost("::1", port);
+    QVERIFY(!other.waitForConnected(5000));
+    other.connectToHost("127.0.0.1", port);
+    QVERIFY(other.waitForConnected(5000));
+}
+
+void TestNetworkPage::remembersWhatOpened()
+{
+    const auto stored = [] {
+        const QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+        return QStringList{file.value("NetTools/NetType").toString(),
+                           file.value("NetTools/IPAddr").toString(), file.value("NetTools/Port").toString()};
+    };
+    const auto fields = [](const NetworkToolWidget &page) {
+        return QStringList{page.findChild<QComboBox *>("comboNetType")->currentText(),
+                           page.findChild<QComboBox *>("comboLocalAddress")->currentText(),
+                           page.findChild<QLineEdit *>("editServerAddress")->text(),
+                           page.findChild<QLineEdit *>("editPort")->text()};
+    };
+    const auto all = QStringLiteral("所有网络接口");
+    const QString server = QString::number(open(Server));
+    QCOMPARE(stored(), (QStringList{"0", "0.0.0.0", server}));
+    click("btnOpen");
+    child<QComboBox>("comboLocalAddress")->setEditText("::1");
+    const QString udp = QString::number(open(Udp));
+    QCOMPARE(stored(), (QStringList{"2", "::1", udp}));
+    Settings::load();
+    QCOMPARE(fields(NetworkToolWidget()), (QStringList{"UDP", "::1", "127.0.0.1", udp}));
+    click("btnOpen");
+
+    QTcpServer host;
+    QVERIFY(host.listen(QHostAddress::LocalHost));
+    write("editServerAddress", "localhost");
+    open(Client, host.serverPort());
+    QCOMPARE(stored().at(0), QString("2")); // not before it is connected
+    WAIT_EQUAL(stored(), (QStringList{"1", "localhost", QString::number(host.serverPort())}));
+    Settings::load();
+    QCOMPARE(fields(NetworkToolWidget()),
+             (QStringList{"TCP Client", all, "localhost", QString::number(host.serverPort())}));
+
+    // Restored settings wait for an open link to close.
+    Settings::instance().network = {0, "127.0.0.1", 8000};
+    m_page->reloadSettings();
+    QCOMPARE(fields(*m_page).at(0), QString("TCP Client"));
+    click("btnOpen");
+    QCOMPARE(fields(*m_page), (QStringList{"TCP Server", all, "127.0.0.1", "8000"}));
+    QCOMPARE(caption(), QStringLiteral("开始监听"));
+}
+
+void TestNetworkPage::showsMessages()
+{
+    const auto receive = [this](const char *name, const QByteArray &data) {
+        m_page->sltRecvSocketMessage(name, data);
+        return shown();
+    };
+    QCOMPARE(receive("10.0.0.1 7", "one"), QString("[Tcp client 10.0.0.1 7] one"));
+    QCOMPARE(receive("b", "two\r\n"), QString("[Tcp client 10.0.0.1 7] one\n[Tcp client b] two"));
+    QVERIFY(receive("b", "three\n").endsWith("\n[Tcp client b] two\n[Tcp client b] three\n"));
+    QVERIFY(receive("b", "four\r\n\r\n").endsWith("\n[Tcp client b] three\n[Tcp client b] four\n"));
+    QVERIFY(receive("b", "\n\r").endsWith("\n[Tcp client b] four\n[Tcp client b] \n\n"));
+    QVERIFY(receive("b", "").endsWith("\n\n[Tcp client b] "));
+    QVERIFY(receive("c", "\r\n").endsWith("\n[Tcp client b] \n[Tcp client c] "));
+    QCOMPARE(received(), qint64(3 + 5 + 6 + 8 + 2 + 2));
+    // Hexadecimal has no headers and drops nothing.
+    click("radioRecvHex");
+    receive("c", "\x0a\xff");
+    QVERIFY(receive("d", "\r\n").endsWith("\n[Tcp client c] \n0A FF 0D 0A "));
+    click("radioRecvText");
+    QVERIFY(receive("d", "x").endsWith("0D 0A \n[Tcp client d] x"));
+
+    click("btnClearRecv");
+    click("checkTimeStamp");
+    receive("d", "one");
+    click("radioRecvHex");
+    const QRegularExpression stamped("^\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] \\[Tcp client d\\] "
+                                     "one\n\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] \\[Tcp client d\\] 02 $");
+    QVERIFY2(stamped.match(receive("d", "\x02")).hasMatch(), qPrintable(shown()));
+}
+
+// Peers are streams of their own: the halves of a character belong together,
+// whatever came from others between them. Datagrams have nothing before them.
+void TestNetworkPage::keepsCharactersWhole()
+{
+    const QByteArray bytes = QStringLiteral("温度").toUtf8();
+    m_page->sltRecvSocketMessage("a", bytes.left(4));
+    m_page->sltRecvSocketMessage("b", bytes);
+    m_page->sltRecvSocketMessage("a", bytes.mid(4));
+    QCOMPARE(shown(), QStringLiteral("[Tcp client a] 温\n[Tcp client b] 温度\n[Tcp client a] 度"));
+    // A peer that comes again under the same name begins anew.
+    m_page->sltRecvSocketMessage("a", bytes.left(2));
+    m_page->sltClientDisconnected("a");
+    m_page->sltRecvSocketMessage("a", "new");
+    QVERIFY(shown().endsWith(QStringLiteral("\n[Tcp client a] new")));
+
+    choose(Udp);
+    click("btnClearRecv");
+    m_page->sltRecvSocketMessage(" UDP from ::1:9 ", bytes.left(4));
+    m_page->sltRecvSocketMessage(" UDP from ::1:9 ", "next");
+    QVERIFY2(shown().startsWith(QStringLiteral("[Tcp client  UDP from ::1:9 ] 温\uFFFD")),
+             qPrintable(shown()));
+    QVERIFY(shown().endsWith(QStringLiteral("\n[Tcp client  UDP from ::1:9 ] next")));
+}
+
+void TestNetworkPage::stopsShowing()
+{
+    click("checkStopShow");
+    m_page->sltRecvSocketMessage("a", "hidden");
+    QCOMPARE(shown(), QString());
+    QCOMPARE(received(), qint64(6));
+    QCOMPARE(m_page->spool().read(0, 100), QByteArray("hidden"));
+    WAIT_EQUAL(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 6"));
+    m_page->clearCounts();
+    QCOMPARE(m_page->counts(), (QStringList{"0", "0"}));
+}
+
+void TestNetworkPage::savesAndClears()
+{
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("当前无数据需要保存！"));
+    QString filters;
+    const QString name = m_root->filePath("saved.txt");
+    DialogAnswers::instance().fileNames = [&](auto, auto, auto, const QString &filter) {
+        filters = filter;
+        return QStringList(name);
+    };
+    m_page->sltRecvSocketMessage("a", "text\r\n");
+    click("btnSaveRecv");
+    QCOMPARE(filters, QStringLiteral("文本文件(*.txt);;数据文件(*.bin)"));
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains("[Tcp client a] text"));
+    DialogAnswers::instance().fileNames = [](auto, auto, auto, auto) {
+        return QStringList("/nowhere/at/all.txt");
+    };
+    click("btnSaveRecv");
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存失败!"));
+
+    // Something new came: closing asks.
+    Settings::instance().closeBehaviour = Settings::Ask;
+    int asked = 0;
+    DialogAnswers::instance().message = [&asked](auto, auto, auto) {
+        ++asked;
+        return 0;
+    };
+    m_page->sltRecvSocketMessage("a", "more");
+    QVERIFY(m_page->prepareToClose());
+    QCOMPARE(asked, 1);
+    click("btnClearRecv");
+    QCOMPARE(shown(), QString());
+    QVERIFY(m_page->prepareToClose());
+    QCOMPARE(asked, 1);
+}
+
+void TestNetworkPage::needsAnOpenLink()
+{
+    for (const Type type : {Server, Client, Udp}) {
+        choose(type);
+        send("dropped");
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请确认通信设备是否打开?"));
+        QCOMPARE(sent(), qint64(0));
+    }
+    open(Server);
+    send("to nobody");
+    QCOMPARE(lastNotice(), QStringLiteral("没有已连接的客户端，数据未发送！"));
+    m_notices->clear();
+    click("btnDisconnect"); // with nobody there
+    QVERIFY(m_notices->isEmpty());
+}
+
+QTEST_MAIN(TestNetworkPage)
+#include "test_networkpage.moc"

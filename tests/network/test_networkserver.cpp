@@ -1,0 +1,268 @@
+// The network page as a server, with peers in processes of their own:
+// well-behaved ones, and those that flood, drip, reset, vanish or never read.
+
+#include "tests/network/networkpagetest.h"
+
+#include "network/tcpserver.h"
+#include "serial/bytespool.h"
+#include "shell/base/dialoganswers.h"
+
+#include <QTcpSocket>
+
+class TestNetworkServer : public NetworkPageTest
+{
+    Q_OBJECT
+
+private slots:
+    void serves_data();
+    void serves();
+    void disconnectsOneAndAll();
+    void losesTheChosenPeer();
+    void takesWhatPeersDo_data();
+    void takesWhatPeersDo();
+    void takesAFloodWhole_data();
+    void takesAFloodWhole();
+    void tellsOfAPeerThatNeverReads();
+    void closesInABurst_data();
+    void closesInABurst();
+
+private:
+    void answer(int result)
+    {
+        m_questions.clear();
+        DialogAnswers::instance().message = [this, result](const QString &title, const QString &text, int) {
+            m_questions.append(title + '|' + text);
+            return result;
+        };
+    }
+    QStringList m_questions;
+};
+
+void TestNetworkServer::serves_data()
+{
+    addFamilies();
+}
+
+void TestNetworkServer::serves()
+{
+    QFETCH(QString, address);
+    const quint16 port = open(Server);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("tcp-client", to(port, address, {"--peers", "2"})));
+    WAIT_EQUAL(clients().size(), 3);
+    QCOMPARE(clients().at(0), QString("All Clients"));
+    for (const QString &name : clients().mid(1)) {
+        QVERIFY(
+            QRegularExpression('^' + QRegularExpression::escape(address) + " \\d+$").match(name).hasMatch());
+        QVERIFY(wasTold(QStringLiteral("新客户端[%1]已连接:").arg(name), 0));
+    }
+    send("hello");
+    QCOMPARE(sent(), qint64(10)); // to both
+    WAIT_EQUAL(received(), qint64(10));
+    for (const QString &name : clients().mid(1))
+        QCOMPARE(shown().count(QStringLiteral("[Tcp client %1] hello").arg(name)), 1);
+
+    child<QComboBox>("comboClients")->setCurrentIndex(2);
+    send("you");
+    QCOMPARE(sent(), qint64(13));
+    WAIT_EQUAL(received(), qint64(13));
+    QVERIFY(shown().endsWith(QStringLiteral("\n[Tcp client %1] you").arg(clients().at(2))));
+
+    const QStringList names = clients().mid(1);
+    QVERIFY(board.stop());
+    WAIT_EQUAL(clients().size(), 1);
+    for (const QString &name : names)
+        QVERIFY(wasTold(QStringLiteral("客户端[%1]已断开连接:").arg(name), 0));
+    QCOMPARE(board.statistics().value("read"), qint64(13));
+}
+
+void TestNetworkServer::disconnectsOneAndAll()
+{
+    const quint16 port = open(Server);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("tcp-client", to(port, "127.0.0.1", {"--peers", "3", "--period", "60000"})));
+    WAIT_EQUAL(clients().size(), 4);
+    child<QComboBox>("comboClients")->setCurrentIndex(2);
+    const QString chosen = clients().at(2);
+    answer(0);
+    click("btnDisconnect");
+    QCOMPARE(m_questions, QStringList(QStringLiteral("询问|是否确认断开当前客户端?")));
+    QCOMPARE(clients().size(), 4);
+    answer(1);
+    click("btnDisconnect");
+    QCOMPARE(clients().size(), 3);
+    QVERIFY(!clients().contains(chosen));
+    QVERIFY(board.waitForEvent("disconnected 2"));
+
+    child<QComboBox>("comboClients")->setCurrentIndex(0);
+    click("btnDisconnect");
+    QCOMPARE(m_questions.last(), QStringLiteral("询问|是否确认断开所有连接?"));
+    QCOMPARE(clients(), QStringList("All Clients"));
+    QVERIFY(board.waitForEvent("disconnected 0"));
+    QCOMPARE(caption(), QStringLiteral("停止监听"));
+    click("btnDisconnect");
+    QCOMPARE(m_questions.size(), 2);
+}
+
+void TestNetworkServer::losesTheChosenPeer()
+{
+    const quint16 port = open(Server);
+    BoardProcess leaving;
+    QVERIFY(leaving.startOnNetwork("tcp-client", to(port, "127.0.0.1", {})));
+    WAIT_EQUAL(clients().size(), 2);
+    BoardProcess staying;
+    QVERIFY(staying.startOnNetwork("tcp-client", to(port, "127.0.0.1", {})));
+    WAIT_EQUAL(clients().size(), 3);
+    child<QComboBox>("comboClients")->setCurrentIndex(1);
+    send("x");
+    click("checkAutoSend");
+    QVERIFY(leaving.stop());
+    WAIT_EQUAL(clients().size(), 2);
+    // None is chosen, and nothing goes to the neighbour.
+    QCOMPARE(child<QComboBox>("comboClients")->currentIndex(), -1);
+    QVERIFY(!child<QAbstractButton>("checkAutoSend")->isChecked());
+    QVERIFY(m_notices->last().at(1).toInt() == 255);
+    const qint64 before = sent();
+    send("y");
+    QCOMPARE(sent(), before);
+    QCOMPARE(lastNotice(), QStringLiteral("未选择客户端，数据未发送！"));
+    QVERIFY(staying.stop());
+    QCOMPARE(staying.statistics().value("read"), qint64(0));
+}
+
+void TestNetworkServer::takesWhatPeersDo_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<int>("total");
+    QTest::newRow("drip") << QStringList{"--act", "drip", "--period", "2", "--total", "200"} << 200;
+    QTest::newRow("half-close") << QStringList{"--act", "half-close", "--total", "500000"} << 500000;
+    QTest::newRow("talk") << QStringList{"--act", "talk", "--peers", "5", "--period", "3", "--total", "1000"}
+                          << 5000;
+}
+
+// All bytes come, in hexadecimal and as text, and in order.
+void TestNetworkServer::takesWhatPeersDo()
+{
+    QFETCH(QStringList, options);
+    QFETCH(int, total);
+    const quint16 port = open(Server);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("tcp-client", to(port, "127.0.0.1", options)));
+    WAIT_EQUAL(received(), qint64(total));
+    if (options.contains("half-close"))
+        WAIT_EQUAL(clients().size(), 1);
+    if (!options.contains("--peers")) {
+        const QByteArray bytes = m_page->spool().read(0, total);
+        QVERIFY(bytes.startsWith("00000000 "));
+        // Line n begins with its number.
+        const QList<QByteArray> lines = bytes.split('\n');
+        for (int n = 0; n + 1 < lines.size(); ++n)
+            QCOMPARE(lines.at(n).left(8).toInt(), n);
+    }
+    if (options.contains("drip")) { // byte by byte, and yet no character is broken
+        QVERIFY(shown().count("[Tcp client ") > 1);
+        QVERIFY(!shown().contains(QChar(0xFFFD)));
+        QVERIFY(shown().contains(QRegularExpression(QStringLiteral("[温电转]"))));
+    }
+    QVERIFY(board.stop());
+}
+
+void TestNetworkServer::takesAFloodWhole_data()
+{
+    QTest::addColumn<QStringList>("ticked");
+    QTest::newRow("text") << QStringList();
+    QTest::newRow("hexadecimal") << QStringList{"radioRecvHex"};
+    QTest::newRow("not shown") << QStringList{"checkStopShow"};
+}
+
+void TestNetworkServer::takesAFloodWhole()
+{
+    QFETCH(QStringList, ticked);
+    for (const QString &name : ticked)
+        click(qPrintable(name));
+    const quint16 port = open(Server);
+    BoardProcess board;
+    const qint64 total = 6000000;
+    QVERIFY(board.startOnNetwork(
+        "tcp-client", to(port, "127.0.0.1", {"--act", "flood", "--total", QString::number(total)})));
+    qint64 mostQueued = 0;
+    const auto *terminal = child<QtTerminalWidget>("recvBrowser");
+    const auto all = [&] {
+        mostQueued = qMax(mostQueued, terminal->queuedBytes());
+        return received() == total && terminal->queuedBytes() == 0;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(all(), 60000);
+    QVERIFY(mostQueued < 3000000); // held up instead of hoarded
+    QCOMPARE(m_page->spool().size(), total);
+}
+
+void TestNetworkServer::tellsOfAPeerThatNeverReads()
+{
+    const quint16 port = open(Server);
+    BoardProcess deaf;
+    QVERIFY(deaf.startOnNetwork("tcp-client", to(port, "127.0.0.1", {"--act", "deaf"})));
+    WAIT_EQUAL(clients().size(), 2);
+    BoardProcess hearing;
+    QVERIFY(hearing.startOnNetwork("tcp-client", to(port, "127.0.0.1", {"--act", "silent"})));
+    WAIT_EQUAL(clients().size(), 3);
+    const QString blocked =
+        QStringLiteral("客户端[%1]长时间未接收数据，已暂停向其发送！").arg(clients().at(1));
+    const QByteArray piece(1000000, 'x');
+    int pieces = 0;
+    for (; pieces < 100 && !wasTold(blocked, 255); ++pieces) {
+        const qint64 before = sent();
+        m_page->sltSendData(piece);
+        QVERIFY(sent() > before);
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(wasTold(blocked, 255));
+    const qint64 before = sent();
+    m_page->sltSendData(piece);
+    QCOMPARE(sent(), before + piece.size()); // to the other one alone
+    ++pieces;
+    // When the deaf one is gone there is one left, which has got everything.
+    QVERIFY(deaf.stop());
+    WAIT_EQUAL(clients().size(), 2);
+    const auto *server = m_page->findChild<TcpServer *>();
+    WAIT_FOR(server->findChildren<QTcpSocket *>().size() == 1 &&
+             server->findChild<QTcpSocket *>()->bytesToWrite() == 0);
+    click("btnOpen");
+    QVERIFY(hearing.waitForEvent("disconnected"));
+    QVERIFY(hearing.stop());
+    QCOMPARE(hearing.statistics().value("read"), qint64(pieces) * piece.size());
+}
+
+void TestNetworkServer::closesInABurst_data()
+{
+    QTest::addColumn<QString>("act");
+    QTest::addColumn<QString>("end");
+    for (const char *act : {"flood", "vanish", "reset"}) {
+        for (const char *end : {"close", "destroy"})
+            QTest::addRow("%s, %s", act, end) << act << end;
+    }
+}
+
+void TestNetworkServer::closesInABurst()
+{
+    QFETCH(QString, act);
+    QFETCH(QString, end);
+    const quint16 port = open(Server);
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork(
+        "tcp-client", to(port, "127.0.0.1", {"--act", act, "--peers", "20", "--total", "2000000"})));
+    WAIT_FOR(wasTold(lastNotice(), 0) && (act == "vanish" ? m_notices->count() > 20 : received() > 100000));
+    if (end == "destroy") {
+        m_page.reset();
+        return;
+    }
+    if (act == "flood")
+        QVERIFY(clients().size() > 1);
+    click("btnOpen");
+    QCOMPARE(clients(), QStringList("All Clients"));
+    QVERIFY(fieldsAreEnabled(true));
+    QCOMPARE(m_page->spool().size(), received());
+    QVERIFY(open(Server, port) == port); // and listens again at once
+}
+
+QTEST_MAIN(TestNetworkServer)
+#include "test_networkserver.moc"

@@ -1,0 +1,141 @@
+#include "tools/boardsim/tcplink.h"
+
+#include "tools/boardsim/loglines.h"
+
+#include <QFile>
+
+#ifdef Q_OS_UNIX
+#include <sys/socket.h>
+#endif
+
+namespace Boardsim {
+
+static constexpr int blockBytes = 1 << 20;
+static constexpr qint64 mostQueued = 1 << 20;
+
+TcpLink::TcpLink(QTcpSocket *socket, const Options &options, QFile *record, QObject *parent)
+    : QObject(parent)
+    , m_socket(socket)
+    , m_options(options)
+    , m_record(record)
+    , m_payload(options.encoding, options.seed)
+    , m_left(options.totalBytes)
+{
+    m_socket->setParent(this);
+    m_pace.setTimerType(Qt::PreciseTimer);
+    if (options.act == Options::Act::Deaf)
+        m_socket->setReadBufferSize(1); // the rest stays with the system, and then with the sender
+    connect(m_socket, &QTcpSocket::readyRead, this, &TcpLink::readSome);
+    connect(m_socket, &QTcpSocket::disconnected, this, &TcpLink::closed);
+    connect(m_socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) {
+        m_written += bytes;
+        sendMore();
+    });
+    QTimer::singleShot(options.startDelayMs, this, &TcpLink::start);
+}
+
+void TcpLink::start()
+{
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    m_clock.start();
+    m_sending = true;
+    switch (m_options.act) {
+    case Options::Act::Vanish:
+        m_socket->abort();
+        break;
+    case Options::Act::Talk:
+    case Options::Act::Drip:
+        connect(&m_pace, &QTimer::timeout, this, &TcpLink::sendMessage);
+        m_pace.start(m_options.periodMs);
+        break;
+    case Options::Act::Log:
+        connect(&m_pace, &QTimer::timeout, this, &TcpLink::sendLogLine);
+        m_pace.start(qMax(1, 1000 / m_options.linesPerSecond));
+        break;
+    case Options::Act::Flood:
+        m_block = m_payload.take(blockBytes);
+        sendMore();
+        break;
+    case Options::Act::HalfClose:
+    case Options::Act::Reset:
+        m_socket->write(m_payload.take(int(qMax<qint64>(0, m_left))));
+        break;
+    default: // answers only
+        break;
+    }
+}
+
+void TcpLink::readSome()
+{
+    if (m_options.act == Options::Act::Deaf)
+        return;
+    const QByteArray bytes = m_socket->readAll();
+    m_read += bytes.size();
+    if (m_record->isOpen())
+        m_record->write(bytes);
+    if (m_options.act == Options::Act::Echo || m_options.act == Options::Act::Log)
+        m_socket->write(bytes);
+}
+
+// When the system has taken something: floods, or ends what was only to be sent.
+void TcpLink::sendMore()
+{
+    if (!m_sending || m_socket->state() != QAbstractSocket::ConnectedState)
+        return;
+    if (m_options.act == Options::Act::HalfClose || m_options.act == Options::Act::Reset) {
+        if (m_socket->bytesToWrite() == 0)
+            endSending();
+        return;
+    }
+    if (m_options.act != Options::Act::Flood)
+        return;
+    const bool over = m_options.durationMs >= 0 && m_clock.hasExpired(m_options.durationMs);
+    while (m_left != 0 && !over && m_socket->bytesToWrite() < mostQueued) {
+        const qint64 size = m_left < 0 ? blockBytes : qMin<qint64>(blockBytes, m_left);
+        m_socket->write(size == blockBytes ? m_block : m_block.left(int(size)));
+        if (m_left > 0)
+            m_left -= size;
+    }
+    if ((m_left == 0 || over) && m_socket->bytesToWrite() == 0) {
+        m_sending = false;
+        emit finished();
+    }
+}
+
+void TcpLink::sendMessage()
+{
+    const int size = m_options.act == Options::Act::Drip ? 1 : m_options.messageBytes;
+    const qint64 now = m_left < 0 ? size : qMin<qint64>(size, m_left);
+    if (now > 0)
+        m_socket->write(m_payload.take(int(now)));
+    if (m_left > 0)
+        m_left -= now;
+    if (m_left == 0) {
+        m_pace.stop();
+        emit finished();
+    }
+}
+
+void TcpLink::sendLogLine()
+{
+    const QString line = logLine(m_logLine++, m_clock.elapsed(), m_options.seed);
+    m_socket->write(encoded(line + QStringLiteral("\r\n"), m_options.encoding));
+}
+
+void TcpLink::endSending()
+{
+    m_sending = false;
+    emit finished();
+#ifdef Q_OS_UNIX
+    const int descriptor = int(m_socket->socketDescriptor());
+    if (m_options.act == Options::Act::HalfClose) {
+        ::shutdown(descriptor, SHUT_WR);
+        return;
+    }
+    const linger now = {1, 0}; // closing resets
+    ::setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &now, sizeof now);
+#endif
+    m_socket->abort();
+}
+
+} // namespace Boardsim

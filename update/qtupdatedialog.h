@@ -1,0 +1,66 @@
+#pragma once
+
+// Asks the update server for the newest version, shows its notes, fetches the
+// package into "download" and hands it to the unpacker, which replaces the
+// installation once the program has quit. Modal; owns its requests and the
+// package until it is complete.
+
+#include "shell/base/qtframelessdialog.h"
+#include "update/packagefile.h"
+
+#include <functional>
+
+class QLabel;
+class QNetworkAccessManager;
+class QNetworkReply;
+class QProgressBar;
+class QPushButton;
+class QTextEdit;
+class QUrl;
+
+class QtUpdateDialog : public QtFramelessDialog
+{
+    Q_OBJECT
+
+public:
+    explicit QtUpdateDialog(QWidget *parent = nullptr);
+    ~QtUpdateDialog() override;
+
+    // Asked before the program is closed for the update; it stays open where
+    // the answer is false. Without one it closes.
+    void setQuitQuestion(const std::function<bool()> &mayQuit) { m_mayQuit = mayQuit; }
+
+public slots:
+    void SltCheckVersion();
+    void SltNetworkReply(QNetworkReply *reply);
+    void SltDownloadFile();
+    void SltReadFiles();
+    void downloadProgress(qint64 received, qint64 total);
+
+    void done(int result) override;
+
+private:
+    void buildUi();
+    QUrl serverUrl(const QString &path) const;
+    QNetworkReply *get(const QString &path);
+    void showVersion(const QByteArray &body);
+    void finishDownload();
+    void failDownload(const QString &status, const QString &reason);
+    void handOver();
+    void setStatus(const QString &text, const QString &toolTip = {});
+    void endRequests();
+
+    QProgressBar *m_progress;
+    QLabel *m_status;
+    QTextEdit *m_notes;
+    QWidget *m_splitLine;
+    QPushButton *m_update;
+    QPushButton *m_cancel;
+    QNetworkAccessManager *m_manager;
+    QNetworkReply *m_check = nullptr;
+    QNetworkReply *m_download = nullptr;
+    QString m_downloadFolder;
+    QString m_strFileName; // full path of the package; empty before its first bytes
+    PackageFile m_package;
+    std::function<bool()> m_mayQuit;
+};
