@@ -181,6 +181,7 @@ void FileSendPage::setSending(bool sending)
         m_progress->setValue(0);
         m_progress->setFormat(QStringLiteral("等待接收端…"));
         m_amount->clear();
+        m_sizes.clear();
         m_progressRow->show();
         m_recent.clear();
         m_clock.start();
@@ -230,9 +231,10 @@ void FileSendPage::setAmount(qint64 sent, qint64 size)
     if (sent < size && m_recent.size() > 1 && now - m_amountShownAt < kAmountPeriodMs)
         return;
     m_amountShownAt = now;
+    m_sizes = QStringLiteral("%1 / %2").arg(amountText(sent), amountText(size));
     const qint64 ms = now - m_recent.front().first;
     const qint64 bytes = sent - m_recent.front().second;
-    QString text = QStringLiteral("%1 / %2").arg(amountText(sent), amountText(size));
+    QString text = m_sizes;
     if (ms > 0 && bytes > 0)
         text += QStringLiteral("   %1/s   剩余 %2")
                     .arg(amountText(bytes * 1000 / ms), timeText((size - sent) * ms / bytes / 1000));
@@ -241,6 +243,7 @@ void FileSendPage::setAmount(qint64 sent, qint64 size)
 
 void FileSendPage::setEnd(const QString &words, bool complete)
 {
+    m_amount->setText(m_sizes); // nothing remains to be waited for
     if (complete)
         m_progress->setValue(100);
     m_progress->setFormat(words + QStringLiteral("  %p%"));

@@ -65,6 +65,7 @@ private:
     QElapsedTimer m_clock;                          // of the transfer
     std::deque<std::pair<qint64, qint64>> m_recent; // milliseconds, bytes: of the last seconds
     qint64 m_amountShownAt = 0;
+    QString m_sizes; // as shown: sent, of how much
 
     QListWidget *m_files;
     QPlainTextEdit *m_text;
