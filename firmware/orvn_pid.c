@@ -144,12 +144,20 @@ void orvn_pid_receiver_reset(orvn_pid_receiver *receiver)
 
 int orvn_pid_receive(orvn_pid_receiver *receiver, uint8_t byte, orvn_pid_command *command)
 {
+    const uint8_t *frame;
+    size_t left;
     receiver->bytes[receiver->count++] = byte;
     resynchronise(receiver);
-    if (receiver->count <= CODE || receiver->count < length_of(receiver->bytes[CODE]))
-        return 0;
-    receiver->count = 0;
-    return decode(receiver->bytes, command);
+    /* A whole frame that ends here counts, also behind the torn beginning of
+       another: a stop must not wait until that has got its length. */
+    frame = receiver->bytes;
+    for (left = receiver->count; left >= OVERHEAD; --left, ++frame) {
+        if (left == length_of(frame[CODE]) && may_be_frame(frame, (uint8_t)left)) {
+            receiver->count = 0;
+            return decode(frame, command);
+        }
+    }
+    return 0;
 }
 
 /* ---- reports */

@@ -99,6 +99,9 @@ void PidDebugWidget::connectParts()
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
     connect(&m_receiver, &PidReceiver::lengthGivenUp, this,
             [this] { emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError); });
+    connect(&m_receiver, &PidReceiver::blocked, this, [this] {
+        emit signalNotify(QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"), kError);
+    });
     connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
 
     connect(m_pid->channelBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,

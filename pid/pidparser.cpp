@@ -11,7 +11,8 @@ constexpr int kChannelAt = 4;
 constexpr int kLengthAt = 5;
 constexpr int kCommandAt = 9;
 constexpr int kPayloadAt = 10;
-constexpr int kLongestSensible = 256; // far beyond any frame of the protocol
+constexpr int kLongestSensible = 256;   // far beyond any frame of the protocol
+constexpr int kMostBlocked = 64 * 1024; // bytes kept behind a length of 0 or less
 
 bool startsWithMagic(const char *at)
 {
@@ -62,6 +63,8 @@ PidReport decode(const Frame &frame)
 
 void PidParser::append(const QByteArray &bytes)
 {
+    if (isBlocked() && size() > kMostBlocked)
+        return;
     compact();
     m_buffer += bytes;
 }
@@ -92,10 +95,19 @@ qint32 PidParser::length() const
     return qFromLittleEndian<qint32>(m_buffer.constData() + m_at + kLengthAt);
 }
 
+bool PidParser::hasHead() const
+{
+    return size() >= PidFrame::overhead && startsWithMagic(m_buffer.constData() + m_at);
+}
+
 bool PidParser::isBlocked() const
 {
-    return size() >= PidFrame::overhead && startsWithMagic(m_buffer.constData() + m_at) &&
-           (length() <= 0 || length() > kLongestSensible);
+    return hasHead() && length() <= 0;
+}
+
+bool PidParser::isOverlong() const
+{
+    return hasHead() && length() > kLongestSensible;
 }
 
 void PidParser::skipHead()

@@ -3,6 +3,8 @@
 #include <QPageSize>
 #include <QPdfWriter>
 
+#include <cmath>
+
 namespace {
 
 constexpr int kFrameMs = 33;
@@ -30,6 +32,17 @@ constexpr Style kStyles[] = {
     {"black", "#302f2f", "#AEBFC5", "#AEBFC5", "#5a5958", "#454443"},
     {"white", "#ffffff", "#000000", "#797979", "#cccccc", "#e9e9e9"},
     {"yellow", "#263240", "#AEBFC5", "#AEBFC5", "#4d6075", "#34465a"},
+};
+
+// Before the start there is no 59th minute but a time below zero.
+class TimeTicker : public QCPAxisTickerDateTime
+{
+protected:
+    QString getTickLabel(double tick, const QLocale &locale, QChar format, int precision) override
+    {
+        const QString label = QCPAxisTickerDateTime::getTickLabel(std::abs(tick), locale, format, precision);
+        return tick < -0.0005 ? QLatin1Char('-') + label : label;
+    }
 };
 
 QColor colour(const char *name)
@@ -67,7 +80,7 @@ void PidPlot::setUpAxes()
     axisRect()->setRangeZoom(Qt::Horizontal);
     setNoAntialiasingOnDrag(true);
 
-    const QSharedPointer<QCPAxisTickerDateTime> time(new QCPAxisTickerDateTime);
+    const QSharedPointer<QCPAxisTickerDateTime> time(new TimeTicker);
     time->setDateTimeFormat(QStringLiteral("mm:ss:zzz"));
     time->setTickCount(5);
     xAxis->setTicker(time);

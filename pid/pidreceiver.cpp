@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr int kUnblockMs = 1000;
+constexpr int kPatienceMs = 1000;
 
 // A run ends at a bad frame, and while display is stopped at each actual value;
 // what follows waits for the next arrival. A board that sends several frames
@@ -15,11 +15,11 @@ constexpr int kMostBacklog = 256;
 PidReceiver::PidReceiver(const Handler &handler, QObject *parent)
     : QObject(parent)
     , m_handler(handler)
-    , m_unblock(this)
+    , m_patience(this)
 {
-    m_unblock.setSingleShot(true);
-    m_unblock.setInterval(kUnblockMs);
-    connect(&m_unblock, &QTimer::timeout, this, &PidReceiver::unblock);
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(kPatienceMs);
+    connect(&m_patience, &QTimer::timeout, this, &PidReceiver::losePatience);
 }
 
 void PidReceiver::parse()
@@ -29,8 +29,9 @@ void PidReceiver::parse()
             break; // a length of 0 or less stays where it is
         before = m_parser.size();
     }
-    if (m_parser.isBlocked() && !m_unblock.isActive())
-        m_unblock.start();
+    const bool stands = m_parser.isOverlong() || (m_parser.isBlocked() && !m_blockedTold);
+    if (stands && !m_patience.isActive())
+        m_patience.start();
 }
 
 // True when everything whole has been used.
@@ -50,14 +51,23 @@ bool PidReceiver::run()
     }
 }
 
-// A false length has kept everything waiting for long enough.
-void PidReceiver::unblock()
+void PidReceiver::losePatience()
 {
-    if (!m_parser.isBlocked())
-        return;
-    m_parser.skipHead();
-    m_late = true;
-    parse();
-    m_late = false;
-    emit lengthGivenUp();
+    if (m_parser.isBlocked()) {
+        m_blockedTold = true;
+        emit blocked();
+    } else if (m_parser.isOverlong()) {
+        m_parser.skipHead();
+        m_late = true;
+        parse();
+        m_late = false;
+        emit lengthGivenUp();
+    }
+}
+
+void PidReceiver::clear()
+{
+    m_parser.clear();
+    m_patience.stop();
+    m_blockedTold = false;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-// Drives the parser: when a run goes on, and when a length that can't be true
-// is given up (docs/adr/0010). What a report means is the owner's affair.
+// Drives the parser: when a run goes on, when an overlong frame is given up, and
+// when the user should know that nothing comes through (docs/adr/0010). What a
+// report means is the owner's affair.
 
 #include "pid/pidparser.h"
 
@@ -23,17 +24,20 @@ public:
 
     void append(const QByteArray &bytes) { m_parser.append(bytes); }
     void parse(); // uses up what has been received, as far as it goes
-    void clear() { m_parser.clear(); }
+    void clear();
 
 signals:
     void lengthGivenUp();
+    // Nothing can come through any more until clear().
+    void blocked();
 
 private:
     bool run();
-    void unblock();
+    void losePatience();
 
     PidParser m_parser;
     Handler m_handler;
-    QTimer m_unblock;
+    QTimer m_patience;
     bool m_late = false;
+    bool m_blockedTold = false;
 };

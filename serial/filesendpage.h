@@ -65,6 +65,7 @@ private:
     QElapsedTimer m_clock;                          // of the transfer
     std::deque<std::pair<qint64, qint64>> m_recent; // milliseconds, bytes: of the last seconds
     qint64 m_amountShownAt = 0;
+    QString m_sizes; // as shown: sent, of how much
 
     QListWidget *m_files;
     QPlainTextEdit *m_text;
@@ -78,5 +79,4 @@ private:
     QLabel *m_hint;
     QProgressBar *m_progress;
     QLabel *m_amount;
-    QWidget *m_progressRow;
 };

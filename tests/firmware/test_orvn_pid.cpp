@@ -68,8 +68,11 @@ void TestOrvnPid::takesCommands()
     QFETCH(QByteArray, bytes);
     QFETCH(float, p);
     // Also glued to another, and behind everything that a line can leave there.
-    const QByteArray before[] = {"", "\r\nok", "O", "ORV", "ORVORVN", "ORVN\x01\x0f", bytes.left(9), kStop};
+    const QByteArray before[] = {
+        "", "\r\nok", "O", "ORV", "ORVORVN", "ORVN\x01\x0f", bytes.left(9), kGains.left(10), kStop};
     for (const QByteArray &garbage : before) {
+        // Taken with its last byte, whatever an end that is missing would still ask for.
+        QCOMPARE(receive(garbage + bytes).size(), garbage == kStop ? 2 : 1);
         const QVector<orvn_pid_command> commands = receive(garbage + bytes + kStop);
         QCOMPARE(commands.size(), garbage == kStop ? 3 : 2);
         const orvn_pid_command &command = commands.at(commands.size() - 2);

@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     if (found != expected)
         abort();
-    if (whole.isBlocked()) {
+    if (whole.isOverlong()) {
         const int before = whole.size();
         whole.skipHead();
         (void)runs(whole);

@@ -332,7 +332,10 @@ void TestPidPage::startsAfreshWhenOpened()
 {
     receive(hex("4f52564e010000000000000000")); // a length of 0
     receive(report(1, 1, "09000000"));
-    QCOMPARE(text("editTarget"), "");
+    const auto told = QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！");
+    QTRY_VERIFY(!m_notices->isEmpty() && m_notices->last().at(0).toString() == told);
+    receive(report(1, 1, "09000000"));
+    QCOMPARE(text("editTarget"), ""); // it stays in front
     open();
     receive(report(1, 1, "09000000"));
     QCOMPARE(text("editTarget"), "9");

@@ -131,6 +131,7 @@ void TestFileTransfer::sendsFiles()
     QVERIFY(waitForEnd());
     QVERIFY(text().endsWith(QStringLiteral("握手成功\n\n传输完成")));
     QCOMPARE(child<QProgressBar>("progressTransfer")->text(), QStringLiteral("传输完成  100%"));
+    QCOMPARE(child<QLabel>("labelTransferAmount")->text(), QStringLiteral("2.9 KB / 2.9 KB"));
     QCOMPARE(lastNotice(), QStringLiteral("文件传输完成！"));
     QCOMPARE(lastKind(), 0);
     checkThePort();
