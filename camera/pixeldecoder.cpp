@@ -2,6 +2,8 @@
 
 #include "camera/cameraframe.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <cstring>
 
@@ -21,10 +23,33 @@ template <bool bigEndian> quint32 wordAt(const uchar *at)
     return bigEndian ? static_cast<quint32>(at[0] << 8 | at[1]) : static_cast<quint32>(at[1] << 8 | at[0]);
 }
 
-// A row whose source lies before `source`, in falling order.
+// Two pixels, each in the lower half of 32 bits, become R, G and B in the lower
+// three bytes.
+quint64 expanded(quint64 pixels)
+{
+    return (pixels >> 8 & 0x000000F8000000F8) | (pixels << 5 & 0x0000FC000000FC00) |
+           (pixels << 19 & 0x00F8000000F80000);
+}
+
+// A row whose source runs backwards. Four pixels at a time: one load, and no
+// byte is touched by itself.
 template <bool bigEndian> void wholeRow(const uchar *source, int width, uchar *output)
 {
-    for (int i = 0; i < width; ++i, source -= 2, output += 3)
+    constexpr quint64 lowBytes = 0x00FF00FF00FF00FF;
+    constexpr quint64 lowHalves = 0x0000FFFF0000FFFF;
+    int i = 0;
+    for (; i + 4 <= width; i += 4, source -= 8, output += 12) {
+        quint64 pixels = qFromLittleEndian<quint64>(source - 6);
+        if (bigEndian)
+            pixels = (pixels & lowBytes) << 8 | (pixels >> 8 & lowBytes);
+        const quint64 fourthAndSecond = expanded(pixels & lowHalves);
+        const quint64 thirdAndFirst = expanded(pixels >> 16 & lowHalves);
+        qToLittleEndian<quint64>(thirdAndFirst >> 32 | fourthAndSecond >> 32 << 24 | thirdAndFirst << 48,
+                                 output);
+        qToLittleEndian<quint32>(static_cast<quint32>((thirdAndFirst >> 16 & 0xFF) | fourthAndSecond << 8),
+                                 output + 8);
+    }
+    for (; i < width; ++i, source -= 2, output += 3)
         putPixel(wordAt<bigEndian>(source), output);
 }
 

@@ -62,7 +62,7 @@ private:
     void deletePage();
     void takeEdit(QStandardItem *item);
     void setRows(const QVector<RegisterRow> &rows);
-    int usedRows() const; // up to the last one that is not empty
+    int usedRows() const;        // up to the last one that is not empty
     int shownRow(int row) const; // in the page shown, or -1
     void exportTable();
     void importTable();

@@ -45,10 +45,13 @@ void TestRegister::readsFiles_data()
     QTest::newRow("three and five cells") << QByteArray("1,2,3\n1,2,3,4,5\n\n") << "1|2|3|4" << 1;
     QTest::newRow("no last line end") << QByteArray("1,2,3,4") << "1|2|3|4" << 0;
     QTest::newRow("GB18030") << QByteArray("1,2,3,\xc6\xd8\xb9\xe2\n") << QStringLiteral("1|2|3|曝光") << 0;
-    QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbf" "1,2,3,\xe6\x9b\x9d") << QStringLiteral("1|2|3|曝") << 0;
+    QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbf"
+                                                   "1,2,3,\xe6\x9b\x9d")
+                                     << QStringLiteral("1|2|3|曝") << 0;
     QTest::newRow("quotes stay") << QByteArray("\"1\",\"30\",4,5") << "\"1\"|\"30\"|4|5" << 0;
     QTest::newRow("cut character") << QByteArray("1,2,3,\xc6") << QStringLiteral("1|2|3|") << 0;
-    QTest::newRow("no room") << QByteArray("1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n") << "1|2|3|4/5|6|7|8/9|||" << 2;
+    QTest::newRow("no room") << QByteArray("1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n")
+                             << "1|2|3|4/5|6|7|8/9|||" << 2;
 }
 
 void TestRegister::readsFiles()
@@ -74,7 +77,7 @@ void TestRegister::knowsHexadecimal()
         bool valid;
         quint32 number;
     } cases[] = {{"3008", true, 0x3008}, {"fFfFfFfF", true, 0xFFFFFFFF}, {"", false, 0},
-                 {"0x30", false, 0},     {"123456789", false, 0},         {"-1", false, 0}};
+                 {"0x30", false, 0},     {"123456789", false, 0},        {"-1", false, 0}};
     for (const auto &entry : cases) {
         quint32 number = 0;
         RegisterRow row;
@@ -102,12 +105,14 @@ void TestRegister::exportsAndImports()
     click(table, "btnExport");
     QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("文件导出成功！"));
     QVERIFY(before.open(QIODevice::ReadOnly));
-    const QByteArray title = TextCodec::encode(QStringLiteral("寄存器编号,寄存器地址,寄存器值,描述\n"), TextCodec::Gb18030);
+    const QByteArray title =
+        TextCodec::encode(QStringLiteral("寄存器编号,寄存器地址,寄存器值,描述\n"), TextCodec::Gb18030);
     QCOMPARE(before.readAll(), title + "1,3008,5A,\xc6\xd8\xb9\xe2\n");
 
     // Appended, the titles as a row of their own.
     click(table, "btnImport");
-    QTRY_COMPARE(table.findChild<QLabel *>("labelRegisterProgress")->text(), QStringLiteral("读取 2 行，跳过 0 行"));
+    QTRY_COMPARE(table.findChild<QLabel *>("labelRegisterProgress")->text(),
+                 QStringLiteral("读取 2 行，跳过 0 行"));
     QCOMPARE(table.rows().at(1).address, QStringLiteral("寄存器地址"));
     QCOMPARE(table.rows().at(2).description, QStringLiteral("曝光"));
 
@@ -120,7 +125,9 @@ void TestRegister::exportsAndImports()
         warned = text;
         return 1;
     };
-    DialogAnswers::instance().fileNames = [](auto...) { return QStringList{QStringLiteral("/nowhere/x.csv")}; };
+    DialogAnswers::instance().fileNames = [](auto...) {
+        return QStringList{QStringLiteral("/nowhere/x.csv")};
+    };
     for (const char *button : {"btnImport", "btnExport"}) {
         warned.clear();
         click(table, button);

@@ -1,0 +1,113 @@
+// The camera page's engines beside memcpy: decoding, and taking frames apart in
+// chunks of several sizes.
+
+#include "camera/frameassembler.h"
+#include "camera/jpegscanner.h"
+#include "camera/pixeldecoder.h"
+
+#include <QList>
+
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr int kFrameBytes = 2 * 1024 * 1024;
+
+QByteArray noise(int size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    quint32 state = 1;
+    for (char &byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}
+
+void copyPixels(benchmark::State &state)
+{
+    const qsizetype size = state.range(0) * state.range(1) * 3;
+    const QByteArray source = noise(static_cast<int>(size));
+    std::vector<uchar> output(static_cast<size_t>(size));
+    for (auto _ : state) {
+        std::memcpy(output.data(), source.constData(), output.size());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * size);
+}
+
+void decode(benchmark::State &state)
+{
+    const int width = static_cast<int>(state.range(0));
+    const int height = static_cast<int>(state.range(1));
+    const QByteArray source = noise(width * height * 2);
+    std::vector<uchar> output(static_cast<size_t>(width * height * 3));
+    for (auto _ : state) {
+        PixelDecoder::rgb565(reinterpret_cast<const uchar *>(source.constData()), source.size(), width, height,
+                             state.range(2) != 0, output.data(), width * 3);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<qint64>(output.size()));
+}
+
+QList<QByteArray> inChunks(const QByteArray &bytes, int chunk)
+{
+    QList<QByteArray> chunks;
+    for (int at = 0; at < bytes.size(); at += chunk)
+        chunks.append(bytes.mid(at, chunk));
+    return chunks;
+}
+
+void assemble(benchmark::State &state)
+{
+    const QByteArray packet = CameraFrame::build(0, CameraFrame::ImageData, noise(kFrameBytes));
+    const QList<QByteArray> chunks = inChunks(packet, static_cast<int>(state.range(0)));
+    FrameAssembler assembler;
+    CameraEvent event;
+    qint64 images = 0;
+    for (auto _ : state) {
+        for (const QByteArray &chunk : chunks) {
+            assembler.append(chunk);
+            while (assembler.next(&event, 1))
+                images += event.kind == CameraEvent::Image && event.checksumRight;
+        }
+    }
+    if (images != state.iterations())
+        state.SkipWithError("frames were lost");
+    state.SetBytesProcessed(state.iterations() * packet.size());
+}
+
+void scanJpeg(benchmark::State &state)
+{
+    QByteArray picture = noise(kFrameBytes);
+    for (int i = 0; i + 1 < picture.size(); ++i) // as in a picture, where 0 follows FF
+        if (picture.at(i) == '\xFF')
+            picture[i + 1] = '\0';
+    picture = "\xFF\xD8" + picture + "\xFF\xD9";
+    const QList<QByteArray> chunks = inChunks(picture, static_cast<int>(state.range(0)));
+    JpegScanner scanner;
+    QByteArray found;
+    qint64 pictures = 0;
+    for (auto _ : state) {
+        for (const QByteArray &chunk : chunks) {
+            scanner.append(chunk);
+            while (scanner.next(&found))
+                ++pictures;
+        }
+    }
+    if (pictures != state.iterations())
+        state.SkipWithError("pictures were lost");
+    state.SetBytesProcessed(state.iterations() * picture.size());
+}
+
+BENCHMARK(copyPixels)->Args({640, 480})->Args({1920, 1080});
+BENCHMARK(decode)->ArgNames({"w", "h", "big"})->Args({640, 480, 0})->Args({640, 480, 1})->Args({1920, 1080, 0})->Args({1920, 1080, 1});
+BENCHMARK(assemble)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
+BENCHMARK(scanJpeg)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
+
+} // namespace
+
+BENCHMARK_MAIN();

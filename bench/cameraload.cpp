@@ -1,0 +1,111 @@
+// Runs the real window with its camera page shown, listening, and takes frames
+// from a board in another process. Prints what came, what was shown, how long
+// the user-interface thread was held up at worst, and what memory it took. The
+// port goes to standard output first: "port 4711".
+//
+//   cameraload [--frames N] [--seconds S]
+//
+// --frames: ends when so many have come, or nothing has come for three seconds.
+
+#include "app/apppaths.h"
+#include "app/startup.h"
+#include "bench/processfigures.h"
+#include "camera/cameradebugwidget.h"
+#include "camera/frameshow.h"
+#include "shell/window/mainwindow.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QTabBar>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <cstdio>
+
+int main(int argc, char *argv[])
+{
+    Startup::setAttributes();
+    QApplication application(argc, argv);
+    QCommandLineParser parser;
+    for (const char *name : {"frames", "seconds"})
+        parser.addOption({QLatin1String(name), QString(), QStringLiteral("value")});
+    parser.process(application);
+    const qint64 expected = parser.value(QStringLiteral("frames")).toLongLong();
+    const qint64 seconds = parser.value(QStringLiteral("seconds")).toLongLong();
+
+    const QTemporaryDir root;
+    AppPaths::setRoot(root.path());
+    Startup::prepare(application);
+    MainWindow window;
+    window.resize(1000, 550);
+    window.show();
+    window.findChild<QTabBar *>(QStringLiteral("toolTabs"))->setCurrentIndex(CameraDebugWidget::pageIndex);
+    window.sltTabBarClicked(CameraDebugWidget::pageIndex, QString());
+    auto *page = window.findChild<CameraDebugWidget *>();
+    QTcpServer probe;
+    probe.listen();
+    const quint16 port = probe.serverPort();
+    probe.close();
+    page->findChild<QLineEdit *>(QStringLiteral("editCameraPort"))->setText(QString::number(port));
+
+    QTimer beat;
+    beat.setTimerType(Qt::PreciseTimer);
+    QElapsedTimer sinceBeat;
+    double worst = 0;
+    QObject::connect(&beat, &QTimer::timeout, [&] {
+        if (sinceBeat.isValid())
+            worst = qMax(worst, double(sinceBeat.nsecsElapsed()) * 1e-6 - beat.interval());
+        sinceBeat.start();
+    });
+
+    QElapsedTimer clock; // from the first frame
+    qint64 lastFrame = 0;
+    qint64 before = 0;
+    double cpuBefore = 0;
+    double resident = 0;
+    double firstResident = 0;
+    QTimer sampler;
+    QObject::connect(&sampler, &QTimer::timeout, [&] {
+        const qint64 frames = page->frames();
+        resident = qMax(resident, ProcessFigures::residentMegabytes());
+        if (!clock.isValid() && frames > 0) {
+            clock.start();
+            cpuBefore = ProcessFigures::cpuSeconds();
+        }
+        if (!clock.isValid())
+            return;
+        if (firstResident == 0 && clock.elapsed() > 1000)
+            firstResident = ProcessFigures::residentMegabytes();
+        if (frames != before)
+            lastFrame = clock.elapsed();
+        before = frames;
+        const bool over = seconds > 0 ? clock.elapsed() > seconds * 1000
+                                      : frames >= expected || clock.elapsed() - lastFrame > 3000;
+        if (over)
+            QCoreApplication::quit();
+    });
+    QTimer::singleShot(1500, [&] {
+        page->SltOpenLink();
+        std::printf("port %d\n", int(port));
+        std::fflush(stdout);
+        beat.start(5);
+        sampler.start(20);
+    });
+    QApplication::exec();
+
+    const double time = double(qMax<qint64>(1, lastFrame)) / 1000;
+    const FrameShow &show = page->frameShow();
+    std::printf("frames received: %lld in %.2f s (%.1f a second)", page->frames(), time, double(page->frames()) / time);
+    if (expected > 0)
+        std::printf(", lost: %lld", expected - page->frames());
+    std::printf("\nshown: %lld (%.1f a second), skipped: %lld, unusable: %lld\n", show.shown(),
+                double(show.shown()) / time, show.skipped(), show.unusable());
+    std::printf("data: %.1f MB/s, heartbeat held up at worst: %.1f ms\n",
+                page->counts().value(1).toDouble() / time / 1e6, worst);
+    std::printf("memory: %.1f MB after a second, %.1f MB at most; %.2f CPU seconds a second\n", firstResident, resident,
+                (ProcessFigures::cpuSeconds() - cpuBefore) / time);
+    return 0;
+}
