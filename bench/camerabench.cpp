@@ -46,8 +46,8 @@ void decode(benchmark::State &state)
     const QByteArray source = noise(width * height * 2);
     std::vector<uchar> output(static_cast<size_t>(width * height * 3));
     for (auto _ : state) {
-        PixelDecoder::rgb565(reinterpret_cast<const uchar *>(source.constData()), source.size(), width, height,
-                             state.range(2) != 0, output.data(), width * 3);
+        PixelDecoder::rgb565(reinterpret_cast<const uchar *>(source.constData()), source.size(), width,
+                             height, state.range(2) != 0, output.data(), width * 3);
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(state.iterations() * static_cast<qint64>(output.size()));
@@ -104,7 +104,12 @@ void scanJpeg(benchmark::State &state)
 }
 
 BENCHMARK(copyPixels)->Args({640, 480})->Args({1920, 1080});
-BENCHMARK(decode)->ArgNames({"w", "h", "big"})->Args({640, 480, 0})->Args({640, 480, 1})->Args({1920, 1080, 0})->Args({1920, 1080, 1});
+BENCHMARK(decode)
+    ->ArgNames({"w", "h", "big"})
+    ->Args({640, 480, 0})
+    ->Args({640, 480, 1})
+    ->Args({1920, 1080, 0})
+    ->Args({1920, 1080, 1});
 BENCHMARK(assemble)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
 BENCHMARK(scanJpeg)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
 

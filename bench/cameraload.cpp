@@ -98,14 +98,15 @@ int main(int argc, char *argv[])
 
     const double time = double(qMax<qint64>(1, lastFrame)) / 1000;
     const FrameShow &show = page->frameShow();
-    std::printf("frames received: %lld in %.2f s (%.1f a second)", page->frames(), time, double(page->frames()) / time);
+    std::printf("frames received: %lld in %.2f s (%.1f a second)", page->frames(), time,
+                double(page->frames()) / time);
     if (expected > 0)
         std::printf(", lost: %lld", expected - page->frames());
     std::printf("\nshown: %lld (%.1f a second), skipped: %lld, unusable: %lld\n", show.shown(),
                 double(show.shown()) / time, show.skipped(), show.unusable());
     std::printf("data: %.1f MB/s, heartbeat held up at worst: %.1f ms\n",
                 page->counts().value(1).toDouble() / time / 1e6, worst);
-    std::printf("memory: %.1f MB after a second, %.1f MB at most; %.2f CPU seconds a second\n", firstResident, resident,
-                (ProcessFigures::cpuSeconds() - cpuBefore) / time);
+    std::printf("memory: %.1f MB after a second, %.1f MB at most; %.2f CPU seconds a second\n", firstResident,
+                resident, (ProcessFigures::cpuSeconds() - cpuBefore) / time);
     return 0;
 }

@@ -18,7 +18,8 @@ int main(int argc, char *argv[])
             for (int x = 0; x < picture.width(); ++x) {
                 noise = noise * 1664525 + 1013904223;
                 const int grain = int(noise >> 28);
-                picture.setPixel(x, y, qRgb((x + k * 40 + grain) & 255, (y + grain) & 255, (x + y) / 2 & 255));
+                picture.setPixel(x, y,
+                                 qRgb((x + k * 40 + grain) & 255, (y + grain) & 255, (x + y) / 2 & 255));
             }
         if (!picture.save(folder.filePath(QStringLiteral("%1.jpg").arg(k)), "jpg", 85))
             return 1;

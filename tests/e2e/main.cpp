@@ -53,13 +53,14 @@ int main(int argc, char *argv[])
     SendTour sending;
     PidTour pid;
     NetworkTour network;
+    CameraTour camera;
     TransferTour transferring;
     UpdateTour updating;
     WindowTour window;
     PictureTour picturing(pictures);
     int failures = 0;
     for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network,
-                                                    &pid, &updating, &window, &picturing}) {
+                                                    &camera, &pid, &updating, &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);

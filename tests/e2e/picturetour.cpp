@@ -15,7 +15,9 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QTabBar>
+#include <QTableView>
 #include <QTest>
 #include <QToolTip>
 
@@ -225,6 +227,46 @@ void PictureTour::network()
     stage().window().resize(800, 500);
     WAIT_EQUAL(stage().window().size(), QSize(800, 500));
     save(QStringLiteral("network-small"), onScreen(protocols));
+}
+
+void PictureTour::camera_data()
+{
+    addSkins();
+}
+
+void PictureTour::camera()
+{
+    QFETCH(QString, suffix);
+    QFETCH(QString, text);
+    QVERIFY(chooseSkin(text));
+    BoardProcess board(QStringLiteral("COM8"), stage().portsFolder());
+    QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("camera"),
+                                   QStringLiteral("--devices"), QStringLiteral("2")}));
+    QVERIFY(stage().showTool(1));
+    auto *protocols = stage().find<QComboBox>("comboCameraProtocol");
+    QVERIFY(UserHand::choose(protocols, QStringLiteral("串口")));
+    QVERIFY(UserHand::choose(stage().find<QComboBox>("comboDeviceCount"), QStringLiteral("2")));
+    QVERIFY(UserHand::click(stage().find<QPushButton>("btnCameraOpen")));
+    auto *number = stage().find<QLabel>("labelFrameNumber");
+    WAIT_FOR(number->text().section(QLatin1Char(' '), -1).toInt() >= 20);
+    save(QStringLiteral("camera") + suffix, onScreen(protocols));
+    auto *button = stage().find<QPushButton>("btnReadTable");
+    stage().find<QScrollArea>("cameraConfigPanel")->ensureWidgetVisible(button);
+    QVERIFY(UserHand::click(button));
+    auto *table = stage().window().findChild<QDialog *>(QStringLiteral("DataManagerWidget"));
+    WAIT_FOR(table->isActiveWindow());
+    auto *model = table->findChild<QTableView *>()->model();
+    const QStringList addresses{"3008", "3009", "00DD", "300A"};
+    for (int row = 0; row < addresses.size(); ++row) {
+        model->setData(model->index(row, 0), QString::number(row + 1));
+        model->setData(model->index(row, 1), addresses.at(row));
+        model->setData(model->index(row, 3), QStringLiteral("曝光时间"));
+    }
+    QVERIFY(UserHand::click(table->findChild<QPushButton *>(QStringLiteral("btnConfirm"))));
+    WAIT_FOR(table->findChild<QLabel *>(QStringLiteral("labelRegisterProgress"))
+                 ->text()
+                 .startsWith(QStringLiteral("已完成")));
+    save(QStringLiteral("registers") + suffix, onScreen(table));
 }
 
 void PictureTour::fileSending_data()

@@ -106,6 +106,16 @@ private slots:
     void saysWhatIsWrong();
 };
 
+// Pictures and registers of camera boards.
+class CameraTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void showsTwoCameras();
+    void setsRegisters();
+};
+
 // Files go to a board by YModem.
 class TransferTour : public Tour
 {
@@ -153,6 +163,8 @@ private slots:
     void tools();
     void sendPages();
     void network();
+    void camera_data();
+    void camera();
     void fileSending_data();
     void fileSending();
     void menus_data();

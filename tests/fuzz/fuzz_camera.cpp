@@ -1,0 +1,73 @@
+// Any bytes from a camera, in pieces of any size: assembler and scanner end,
+// hand out no more than came, and never hold more memory than twice what came
+// and a little. What is announced is decoded into a picture of its size.
+
+#include "camera/frameassembler.h"
+#include "camera/jpegscanner.h"
+#include "camera/pixeldecoder.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+constexpr int kAlwaysThere = 8192;
+
+void require(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+void decode(const CameraEvent &image, quint16 width, quint16 height)
+{
+    const quint32 bytes = PixelDecoder::imageBytes(width, height);
+    require(bytes <= 64u * 1024 * 1024);
+    if (bytes == 0 || bytes > 100000)
+        return;
+    std::vector<uchar> output(bytes);
+    const auto *source = reinterpret_cast<const uchar *>(image.data.constData());
+    PixelDecoder::rgb565(source, image.data.size(), width, height, image.device != 0, output.data(), width * 3);
+    PixelDecoder::rgb888(source, image.data.size(), width, height, output.data(), width * 3);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size < 1)
+        return 0;
+    const QByteArray bytes(reinterpret_cast<const char *>(data + 1), static_cast<int>(size - 1));
+    const int piece = 1 + data[0];
+    FrameAssembler assembler;
+    JpegScanner scanner;
+    qint64 handedOut = 0;
+    qint64 scanned = 0;
+    quint16 width = 7;
+    quint16 height = 5;
+    for (int at = 0; at < bytes.size(); at += piece) {
+        const QByteArray chunk = bytes.mid(at, piece);
+        assembler.append(chunk);
+        CameraEvent event;
+        while (assembler.next(&event, 1 + data[0] % 4)) {
+            require(event.device < 2);
+            if (event.kind == CameraEvent::Format) {
+                width = event.width;
+                height = event.height;
+            } else if (event.kind == CameraEvent::Image) {
+                handedOut += event.data.size();
+                decode(event, width, height);
+            }
+        }
+        scanner.append(chunk);
+        QByteArray picture;
+        while (scanner.next(&picture))
+            scanned += picture.size();
+        const int came = at + chunk.size();
+        require(handedOut <= came && scanned <= came);
+        require(assembler.size() <= came && scanner.size() <= came);
+        require(assembler.capacity() <= 2 * came + kAlwaysThere && scanner.capacity() <= 2 * came + kAlwaysThere);
+    }
+    return 0;
+}
