@@ -70,7 +70,7 @@ void decode(const uchar *source, qsizetype pixels, bool hasHalfPixel, int width,
                 word = wordAt<bigEndian>(source + 2 * at);
             else if (at == pixels && hasHalfPixel)
                 word = bigEndian ? static_cast<quint32>(source[2 * at] << 8) : source[2 * at];
-            putPixel(word, output + 3 * i);
+            putPixel(word, output + static_cast<qsizetype>(3) * i);
         }
     }
 }

@@ -142,7 +142,6 @@ int orvn_camera_receive(orvn_camera_receiver *receiver, uint8_t byte, orvn_camer
     length = length_of(receiver, packet[COMMAND]);
     if (receiver->count < length)
         return 0;
-    receiver->count = 0;
     memset(request, 0, sizeof *request);
     request->device = packet[DEVICE] & 1u;
     request->write = packet[COMMAND] == WRITE_REGISTER;
@@ -155,5 +154,11 @@ int orvn_camera_receive(orvn_camera_receiver *receiver, uint8_t byte, orvn_camer
     }
     if (get(packet + length - 2, 2) != orvn_camera_crc(ORVN_CAMERA_CRC_START, packet, length - 2u))
         request->status = ORVN_CAMERA_BAD_PACKET;
+    if (request->status == ORVN_CAMERA_OK) {
+        receiver->count = 0;
+    } else { /* it may have been cut, and the next one may have begun in it */
+        receiver->bytes[0] = 0;
+        resynchronise(receiver);
+    }
     return 1;
 }

@@ -61,8 +61,8 @@ void CameraTour::showsTwoCameras()
     BoardProcess first;
     BoardProcess second;
     QVERIFY(first.startOnNetwork("tcp-client", common + QStringList{"--format", "4"}));
-    QVERIFY(second.startOnNetwork("tcp-client",
-                                  common + QStringList{"--format", "5", "--first-device", "1"}));
+    QVERIFY(
+        second.startOnNetwork("tcp-client", common + QStringList{"--format", "5", "--first-device", "1"}));
     auto *viewer = stage().find<ImageViewer>("imageViewer");
     const int width = viewer->width();
     // Bars: white, yellow, cyan, green, magenta, red, blue, black; RGB565 has fewer shades.

@@ -28,7 +28,8 @@ void decode(const CameraEvent &image, quint16 width, quint16 height)
         return;
     std::vector<uchar> output(bytes);
     const auto *source = reinterpret_cast<const uchar *>(image.data.constData());
-    PixelDecoder::rgb565(source, image.data.size(), width, height, image.device != 0, output.data(), width * 3);
+    PixelDecoder::rgb565(source, image.data.size(), width, height, image.device != 0, output.data(),
+                         width * 3);
     PixelDecoder::rgb888(source, image.data.size(), width, height, output.data(), width * 3);
 }
 
@@ -67,7 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const int came = at + chunk.size();
         require(handedOut <= came && scanned <= came);
         require(assembler.size() <= came && scanner.size() <= came);
-        require(assembler.capacity() <= 2 * came + kAlwaysThere && scanner.capacity() <= 2 * came + kAlwaysThere);
+        require(assembler.capacity() <= 2 * came + kAlwaysThere &&
+                scanner.capacity() <= 2 * came + kAlwaysThere);
     }
     return 0;
 }

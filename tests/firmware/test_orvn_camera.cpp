@@ -1,0 +1,85 @@
+// The board's side of the camera link, byte by byte. Packets are written out.
+
+#include "firmware/orvn_camera.h"
+
+#include <QtTest>
+
+namespace {
+
+QByteArray hex(const char *text)
+{
+    return QByteArray::fromHex(text);
+}
+
+QByteArray taken(const uint8_t *bytes, size_t size)
+{
+    return QByteArray(reinterpret_cast<const char *>(bytes), static_cast<int>(size));
+}
+
+} // namespace
+
+class TestOrvnCamera : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void buildsPackets();
+    void takesRequests_data();
+    void takesRequests();
+};
+
+void TestOrvnCamera::buildsPackets()
+{
+    uint8_t packet[ORVN_CAMERA_REPLY_MAX];
+    QCOMPARE(taken(packet, orvn_camera_announce(packet, 1, ORVN_CAMERA_RGB888, 2, 3)),
+             hex("4f52564e0111000000010502000300a552"));
+    QCOMPARE(taken(packet, orvn_camera_reply(packet, 0, ORVN_CAMERA_OK, 0x3008, 0x5A, 1)),
+             hex("4f52564e0010000000110008305aaf47"));
+    QCOMPARE(orvn_camera_reply(packet, 0, ORVN_CAMERA_OK, 0x3008, 0x5A, 4), size_t(ORVN_CAMERA_REPLY_MAX));
+
+    uint8_t header[ORVN_CAMERA_HEADER];
+    uint8_t trailer[ORVN_CAMERA_TRAILER];
+    const QByteArray data = hex("1011121314151617");
+    uint16_t crc = orvn_camera_image_begin(header, 0, 8);
+    for (const char byte : data)
+        crc = orvn_camera_crc(crc, reinterpret_cast<const uint8_t *>(&byte), 1);
+    orvn_camera_image_end(trailer, crc);
+    QCOMPARE(taken(header, sizeof header) + data + taken(trailer, sizeof trailer),
+             hex("4f52564e00140000000210111213141516174e6e"));
+}
+
+void TestOrvnCamera::takesRequests_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("requests");
+    const QByteArray read = hex("4f52564e01100000001134120830429a");
+    const QByteArray write = hex("4f52564e000f0000001008305afdf2");
+    QTest::newRow("read") << read << "r1:1234:3008:0:0 ";
+    QTest::newRow("write") << write << "w0:0:3008:5a:0 ";
+    QTest::newRow("both, with noise") << "OROR" + read + "x" + write << "r1:1234:3008:0:0 w0:0:3008:5a:0 ";
+    QTest::newRow("cut, then whole") << read.left(12) + write << "r1:1234:524f:0:1 w0:0:3008:5a:0 ";
+    QTest::newRow("wrong checksum") << read.left(15) + "x" << "r1:1234:3008:0:1 ";
+    QTest::newRow("wrong length") << hex("4f52564e01ffffffff1134120830429a") << "";
+}
+
+void TestOrvnCamera::takesRequests()
+{
+    QFETCH(QByteArray, bytes);
+    orvn_camera_receiver receiver;
+    orvn_camera_receiver_init(&receiver, 2, 1);
+    orvn_camera_request request;
+    QString seen;
+    for (const char byte : qAsConst(bytes))
+        if (orvn_camera_receive(&receiver, static_cast<uint8_t>(byte), &request))
+            seen += QStringLiteral("%1%2:%3:%4:%5:%6 ")
+                        .arg(QLatin1Char(request.write ? 'w' : 'r'))
+                        .arg(request.device)
+                        .arg(request.reg_id, 0, 16)
+                        .arg(request.address, 0, 16)
+                        .arg(request.value, 0, 16)
+                        .arg(request.status);
+    QTEST(seen, "requests");
+}
+
+QTEST_APPLESS_MAIN(TestOrvnCamera)
+#include "test_orvn_camera.moc"
