@@ -38,7 +38,7 @@ quint32 bit(int channel)
 PidDebugWidget::PidDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_link(new QtSerialPort(this))
-    , m_receiver([this](const PidReport &report) { return act(report); }, this)
+    , m_receiver([this](const PidReport &report, bool late) { return act(report, late); }, this)
     , m_epoch(QDateTime::currentMSecsSinceEpoch())
 {
     setObjectName(QStringLiteral("PidDebugWidget"));
@@ -97,6 +97,8 @@ void PidDebugWidget::connectParts()
     connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
     // Queued: the report comes from within the port's own reading.
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
+    connect(&m_receiver, &PidReceiver::lengthGivenUp, this,
+            [this] { emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError); });
     connect(&m_receiver, &PidReceiver::blocked, this, [this] {
         emit signalNotify(QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"), kError);
     });
@@ -337,7 +339,7 @@ void PidDebugWidget::ParsePidFrames()
 }
 
 // False when the run ends with this report.
-bool PidDebugWidget::act(const PidReport &report)
+bool PidDebugWidget::act(const PidReport &report, bool late)
 {
     const int channel = report.channel - 1;
     const bool isSelected = channel == m_pid->channel();
@@ -351,7 +353,8 @@ bool PidDebugWidget::act(const PidReport &report)
     case PidFrame::Actual:
         if (m_operations->stopShow())
             return false;
-        actOnActual(report);
+        if (!late)
+            actOnActual(report);
         break;
     case PidFrame::Pid:
         params.p = report.p;

@@ -79,7 +79,7 @@ private:
     void stopRunning();
 
     // False when the run of the parser ends with this report.
-    bool act(const PidReport &report);
+    bool act(const PidReport &report, bool late);
     void actOnActual(const PidReport &report);
     void actOnStarted();
 

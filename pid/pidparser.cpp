@@ -11,8 +11,8 @@ constexpr int kChannelAt = 4;
 constexpr int kLengthAt = 5;
 constexpr int kCommandAt = 9;
 constexpr int kPayloadAt = 10;
-constexpr int kLongestSensible = 256;     // far beyond any frame of the protocol
-constexpr int kMostBlocked = 1024 * 1024; // bytes kept behind a length that can't be true
+constexpr int kLongestSensible = 256;   // far beyond any frame of the protocol
+constexpr int kMostBlocked = 64 * 1024; // bytes kept behind a length of 0 or less
 
 bool startsWithMagic(const char *at)
 {
@@ -95,10 +95,24 @@ qint32 PidParser::length() const
     return qFromLittleEndian<qint32>(m_buffer.constData() + m_at + kLengthAt);
 }
 
+bool PidParser::hasHead() const
+{
+    return size() >= PidFrame::overhead && startsWithMagic(m_buffer.constData() + m_at);
+}
+
 bool PidParser::isBlocked() const
 {
-    return size() >= PidFrame::overhead && startsWithMagic(m_buffer.constData() + m_at) &&
-           (length() <= 0 || length() > kLongestSensible);
+    return hasHead() && length() <= 0;
+}
+
+bool PidParser::isOverlong() const
+{
+    return hasHead() && length() > kLongestSensible;
+}
+
+void PidParser::skipHead()
+{
+    m_at += qMin(1, size());
 }
 
 // Drops bytes until the magic is in front. Three bytes may be its beginning

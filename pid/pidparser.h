@@ -4,9 +4,9 @@
 // bytes that are not used yet; it knows no clock and no page.
 //
 // Deliberately lenient: the checksum is not looked at and the length is
-// believed. A length of 0 or less, or one that is never reached, therefore
-// keeps everything waiting behind it until the buffer is cleared; isBlocked()
-// tells so. What waits is bounded then: the rest is thrown away.
+// believed. A length of 0 or less keeps everything waiting behind it until the
+// buffer is cleared, and so does one that is never reached until the caller
+// gives it up.
 
 #include "pid/pidframe.h"
 
@@ -38,12 +38,16 @@ public:
 
     int size() const { return m_buffer.size() - m_at; } // bytes not used yet
 
-    // What is in front is announced as something that no frame of the protocol
-    // is, as after a board's reset in the middle of a length.
+    // In front is a length of 0 or less; what waits behind it is bounded.
     bool isBlocked() const;
+    // In front is a length far beyond any frame of the protocol, as after a
+    // board's reset in the middle of a length.
+    bool isOverlong() const;
+    void skipHead(); // takes what is in front for garbage
 
 private:
-    qint32 length() const; // as announced by the frame in front
+    bool hasHead() const;  // a frame up to its command is in front
+    qint32 length() const; // as announced by it
     void resynchronise();
     void compact();
 

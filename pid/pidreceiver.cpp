@@ -19,14 +19,7 @@ PidReceiver::PidReceiver(const Handler &handler, QObject *parent)
 {
     m_patience.setSingleShot(true);
     m_patience.setInterval(kPatienceMs);
-    connect(&m_patience, &QTimer::timeout, this, &PidReceiver::tellBlocked);
-}
-
-void PidReceiver::clear()
-{
-    m_parser.clear();
-    m_patience.stop();
-    m_blockedTold = false;
+    connect(&m_patience, &QTimer::timeout, this, &PidReceiver::losePatience);
 }
 
 void PidReceiver::parse()
@@ -36,7 +29,8 @@ void PidReceiver::parse()
             break; // a length of 0 or less stays where it is
         before = m_parser.size();
     }
-    if (m_parser.isBlocked() && !m_patience.isActive() && !m_blockedTold)
+    const bool stands = m_parser.isOverlong() || (m_parser.isBlocked() && !m_blockedTold);
+    if (stands && !m_patience.isActive())
         m_patience.start();
 }
 
@@ -51,16 +45,29 @@ bool PidReceiver::run()
         case PidParser::Outcome::Dropped:
             return false;
         case PidParser::Outcome::Report:
-            if (!m_handler(report))
+            if (!m_handler(report, m_late))
                 return false;
         }
     }
 }
 
-void PidReceiver::tellBlocked()
+void PidReceiver::losePatience()
 {
-    if (!m_parser.isBlocked())
-        return;
-    m_blockedTold = true;
-    emit blocked();
+    if (m_parser.isBlocked()) {
+        m_blockedTold = true;
+        emit blocked();
+    } else if (m_parser.isOverlong()) {
+        m_parser.skipHead();
+        m_late = true;
+        parse();
+        m_late = false;
+        emit lengthGivenUp();
+    }
+}
+
+void PidReceiver::clear()
+{
+    m_parser.clear();
+    m_patience.stop();
+    m_blockedTold = false;
 }

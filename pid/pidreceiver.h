@@ -1,8 +1,8 @@
 #pragma once
 
-// Drives the parser: when a run goes on, and when the user should know that a
-// length can't be true (docs/adr/0010). What a report means is the owner's
-// affair.
+// Drives the parser: when a run goes on, when an overlong frame is given up, and
+// when the user should know that nothing comes through (docs/adr/0010). What a
+// report means is the owner's affair.
 
 #include "pid/pidparser.h"
 
@@ -16,8 +16,9 @@ class PidReceiver : public QObject
     Q_OBJECT
 
 public:
-    // Gets each report; false ends the run.
-    using Handler = std::function<bool(const PidReport &report)>;
+    // Gets each report; false ends the run. late: it came so long ago that a
+    // measured value does not belong to the present any more.
+    using Handler = std::function<bool(const PidReport &report, bool late)>;
 
     explicit PidReceiver(const Handler &handler, QObject *parent = nullptr);
 
@@ -26,15 +27,17 @@ public:
     void clear();
 
 signals:
+    void lengthGivenUp();
     // Nothing can come through any more until clear().
     void blocked();
 
 private:
     bool run();
-    void tellBlocked();
+    void losePatience();
 
     PidParser m_parser;
     Handler m_handler;
     QTimer m_patience;
+    bool m_late = false;
     bool m_blockedTold = false;
 };

@@ -55,7 +55,6 @@ FileSendPage::FileSendPage(QWidget *parent)
     , m_hint(new QLabel(QStringLiteral("点击“打开文件”选择需要发送的文件"), m_files))
     , m_progress(new QProgressBar(this))
     , m_amount(new QLabel(this))
-    , m_progressRow(new QWidget(this))
 {
     buildUi();
     updateButtons();
@@ -87,13 +86,13 @@ void FileSendPage::buildUi()
         QStringLiteral("000.0 KB / 000.0 KB   000.0 KB/s   剩余 00:00")));
     m_log->setObjectName(QStringLiteral("btnTransferLog"));
     m_log->setToolTip(QStringLiteral("查看最近一次传输的协议日志：时间、数据包和应答"));
-    auto *row = new QHBoxLayout(m_progressRow);
-    row->setContentsMargins(0, 0, 0, 0);
+    m_progress->setFormat(QString());
+    m_log->setEnabled(false); // until something is sent
+    auto *row = new QHBoxLayout;
     row->setSpacing(8);
     row->addWidget(m_progress, 1);
     row->addWidget(m_amount);
     row->addWidget(m_log);
-    m_progressRow->hide(); // until something is sent
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(8, 8, 8, 8);
@@ -101,7 +100,7 @@ void FileSendPage::buildUi()
     grid->addWidget(m_files, 0, 0);
     grid->addWidget(m_text, 0, 1);
     grid->addWidget(buildButtons(), 0, 2);
-    grid->addWidget(m_progressRow, 1, 0, 1, 3);
+    grid->addLayout(row, 1, 0, 1, 3);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(1, 1);
 }
@@ -182,7 +181,7 @@ void FileSendPage::setSending(bool sending)
         m_progress->setFormat(QStringLiteral("等待接收端…"));
         m_amount->clear();
         m_sizes.clear();
-        m_progressRow->show();
+        m_log->setEnabled(true);
         m_recent.clear();
         m_clock.start();
     }
@@ -206,7 +205,6 @@ void FileSendPage::updateButtons()
 
 void FileSendPage::setProgress(int percent, const QString &name)
 {
-    m_progressRow->show();
     if (name != m_name)
         m_recent.clear(); // the next file
     m_name = name;

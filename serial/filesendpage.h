@@ -79,5 +79,4 @@ private:
     QLabel *m_hint;
     QProgressBar *m_progress;
     QLabel *m_amount;
-    QWidget *m_progressRow;
 };

@@ -246,7 +246,7 @@ void PictureTour::fileSending()
     for (const QString &name : {QStringLiteral("启动参数.cfg"), QStringLiteral("firmware_v1.2.bin")}) {
         names.append(stage().file(name));
         QFile file(names.last());
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(names.size() == 1 ? 300 : 100000));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(names.size() == 1 ? 300 : 1000000));
     }
     DialogAnswers::instance().fileNames = [&names](auto, auto, auto, auto) { return names; };
     auto *pages = stage().find<QComboBox>("comboSendPage");
@@ -257,7 +257,7 @@ void PictureTour::fileSending()
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpenFiles")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnSendFiles")));
     WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->text().startsWith(QStringLiteral("firmware")));
-    WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->value() >= 60);
+    WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->value() >= 20); // with time left for a picture
     save(QStringLiteral("filesend%1").arg(suffix), onScreen(pages));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnSendFiles")));
     QVERIFY(stage().waitForNotice(QStringLiteral("传输终止: 用户停止了传输"), Notice::Error));

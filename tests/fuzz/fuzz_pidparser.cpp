@@ -48,5 +48,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     if (found != expected)
         abort();
+    if (whole.isOverlong()) {
+        const int before = whole.size();
+        whole.skipHead();
+        (void)runs(whole);
+        if (whole.size() >= before)
+            abort();
+    }
     return 0;
 }

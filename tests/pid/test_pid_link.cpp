@@ -186,14 +186,20 @@ void TestPidLink::believesLengths()
     if (length > 0 && length < bytes.size())
         bytes.truncate(qMax(10, length)); // with the whole of the length in it
     QTEST(run(parser, bytes + good), "first");
-    QCOMPARE(parser.isBlocked(), blocks);
-    if (blocks) {
-        for (int i = 0; i < 100; ++i)
-            QVERIFY(!run(parser, good.repeated(1000)).contains("2:2:9"));
-        QVERIFY(parser.size() < 1100000); // what waits is bounded
-        parser.clear();
-        QCOMPARE(run(parser, good), (QStringList{"2:2:9", "waiting"}));
+    QCOMPARE(parser.isBlocked() || parser.isOverlong(), blocks);
+    if (!blocks)
+        return;
+    QVERIFY(!run(parser, good).contains("2:2:9"));
+    if (parser.isOverlong()) {
+        parser.skipHead();
+        QCOMPARE(run(parser), (QStringList{"2:2:9", "2:2:9", "waiting"}));
+        return;
     }
+    for (int i = 0; i < 100; ++i)
+        QVERIFY(!run(parser, good.repeated(1000)).contains("2:2:9"));
+    QVERIFY(parser.size() < 100000); // what waits is bounded
+    parser.clear();
+    QCOMPARE(run(parser, good), (QStringList{"2:2:9", "waiting"}));
 }
 
 void TestPidLink::readsGains()

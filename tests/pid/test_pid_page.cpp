@@ -59,6 +59,7 @@ private slots:
     void plotsActualValues();
     void addsNothingWhileStopped();
     void startsAfreshWhenOpened();
+    void skipsAFalseLength();
     void refusesWithoutAPort();
     void stopsBeforeClosing();
     void closesBesideADeafBoard();
@@ -339,6 +340,16 @@ void TestPidPage::startsAfreshWhenOpened()
     open();
     receive(report(1, 1, "09000000"));
     QCOMPARE(text("editTarget"), "9");
+}
+
+void TestPidPage::skipsAFalseLength()
+{
+    receive(hex("4f52564e01ffffff7f0200000000") + report(1, 2, "07000000") + report(1, 1, "09000000"));
+    QCOMPARE(text("editTarget"), "");
+    QTRY_COMPARE(text("editTarget"), "9");
+    QCOMPARE(points(5), 0); // too late to be now
+    receive(report(1, 2, "07000000"));
+    QCOMPARE(points(5), 1);
 }
 
 void TestPidPage::refusesWithoutAPort()
