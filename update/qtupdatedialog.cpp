@@ -249,8 +249,7 @@ void QtUpdateDialog::finishDownload()
     if (!reply)
         return;
     const QVariant announced = reply->header(QNetworkRequest::ContentLengthHeader);
-    const bool whole = reply->error() == QNetworkReply::NoError && isSuccess(reply) &&
-                       m_package.size() > 0 &&
+    const bool whole = reply->error() == QNetworkReply::NoError && isSuccess(reply) && m_package.size() > 0 &&
                        (!announced.isValid() || announced.toLongLong() == m_package.size());
     if (!whole) {
         failDownload(kCheckFailed, reply->error() != QNetworkReply::NoError

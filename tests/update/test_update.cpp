@@ -53,10 +53,7 @@ private:
         QFile file(path("download/" + name));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
     }
-    QStringList downloads() const
-    {
-        return QDir(path("download")).entryList(QDir::Files | QDir::Hidden);
-    }
+    QStringList downloads() const { return QDir(path("download")).entryList(QDir::Files | QDir::Hidden); }
     void makeUnpacker();
     void offerVersion();
     void startDownload(const UpdateServer::Reply &package);
@@ -99,7 +96,8 @@ void TestUpdate::makeUnpacker()
 {
     QFile script(path("unzip.exe"));
     QVERIFY(script.open(QIODevice::WriteOnly));
-    script.write("#!/bin/sh\nprintf '%s\\n' \"$#\" \"$1\" \"$2\" \"$(wc -c <\"$1\")\" >\"$(dirname \"$0\")/out.part\"\n"
+    script.write("#!/bin/sh\nprintf '%s\\n' \"$#\" \"$1\" \"$2\" \"$(wc -c <\"$1\")\" >\"$(dirname "
+                 "\"$0\")/out.part\"\n"
                  "mv \"$(dirname \"$0\")/out.part\" \"$(dirname \"$0\")/out\"\n");
     script.setPermissions(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser);
 }

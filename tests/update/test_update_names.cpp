@@ -71,7 +71,8 @@ void TestUpdateNames::takesPlainNames_data()
     row("com1.tar.zip", none);
     row("LPT9 .zip", none);
     row("CONSOLE.zip", "CONSOLE.zip");
-    QTest::newRow("zero") << QStringLiteral("filename=a") + QChar(0) + "b\n.zip" << "a_b_.zip";
+    QTest::newRow("zero") << QStringLiteral("filename=a") + QChar(0) + "b\n.zip"
+                          << "a_b_.zip";
     QTest::newRow("long") << "filename=" + QString(147, 'n') + ".zip" << none;
     QTest::newRow("no header") << QString() << none;
     QTest::newRow("no name") << "attachment" << none;

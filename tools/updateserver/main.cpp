@@ -15,11 +15,12 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     QCommandLineParser parser;
-    parser.addOptions({{QStringLiteral("port"), QString(), QStringLiteral("number"), QStringLiteral("0")},
-                       {QStringLiteral("version"), QString(), QStringLiteral("text"), QStringLiteral("1.0.2.7")},
-                       {QStringLiteral("notes"), QString(), QStringLiteral("text")},
-                       {QStringLiteral("name"), QString(), QStringLiteral("name"), QStringLiteral("korvex.zip")},
-                       {QStringLiteral("package"), QString(), QStringLiteral("file")}});
+    parser.addOptions(
+        {{QStringLiteral("port"), QString(), QStringLiteral("number"), QStringLiteral("0")},
+         {QStringLiteral("version"), QString(), QStringLiteral("text"), QStringLiteral("1.0.2.7")},
+         {QStringLiteral("notes"), QString(), QStringLiteral("text")},
+         {QStringLiteral("name"), QString(), QStringLiteral("name"), QStringLiteral("korvex.zip")},
+         {QStringLiteral("package"), QString(), QStringLiteral("file")}});
     parser.process(application);
     const auto value = [&parser](const char *name) { return parser.value(QLatin1String(name)).toUtf8(); };
 

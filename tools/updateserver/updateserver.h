@@ -21,7 +21,7 @@ public:
         qint64 announced = -1; // Content-Length; -1: the body's, -2: none
         qint64 cutAfter = -1;  // the connection ends after so many bytes of the body
         bool silent = false;   // accepts, and never answers
-    bool stuck = false;    // answers, and does not end the connection
+        bool stuck = false;    // answers, and does not end the connection
     };
 
     // At a free port, or at the given one.
@@ -32,7 +32,7 @@ public:
     static Reply version(const QByteArray &number, const QByteArray &notes);
     static Reply package(const QByteArray &name, const QByteArray &body);
 
-    QByteArray address() const; // "127.0.0.1:port"
+    QByteArray address() const;                               // "127.0.0.1:port"
     QList<QByteArray> requests() const { return m_requests; } // heads, in order
 
 private:
