@@ -44,6 +44,23 @@ const QVector<ToolButton> &toolButtons()
     return buttons;
 }
 
+// A button whose shortcut acts at once. Qt's own presses the button for a tenth
+// of a second first, and takes what is typed faster than that for one press.
+class PromptButton : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    bool event(QEvent *event) override
+    {
+        if (event->type() != QEvent::Shortcut)
+            return QPushButton::event(event);
+        click();
+        return true;
+    }
+};
+
 QLabel *addLabel(QWidget *parent, const char *name)
 {
     auto *label = new QLabel(parent);
@@ -109,7 +126,7 @@ QLayout *HexEditWidget::buildToolRow(QWidget *area)
     m_buttons = new QButtonGroup(this);
     int id = 0;
     for (const ToolButton &tool : toolButtons()) {
-        auto *button = new QPushButton(area);
+        auto *button = new PromptButton(area);
         button->setObjectName(QLatin1String(tool.name));
         button->setProperty("iconOnly", true);
         button->setFocusPolicy(Qt::TabFocus); // a click leaves the caret where it is

@@ -78,19 +78,19 @@ bool QHexEdit::moveByKey(const QKeyEvent *event)
     case Qt::Key_End:
         to = control ? size() : qMin(rowStart + row - 1, size());
         break;
-    case Qt::Key_Tab:
-    case Qt::Key_Backtab: {
-        // The two columns come first, then the next widget.
-        const bool into = event->key() == Qt::Key_Tab;
-        if (control || m_inText == into)
-            return false;
-        setInText(into);
-        return true;
-    }
     default:
         return false;
     }
     moveCaret(to, shift);
+    return true;
+}
+
+// The two columns come first, then the next widget.
+bool QHexEdit::focusNextPrevChild(bool next)
+{
+    if (next == m_inText)
+        return QAbstractScrollArea::focusNextPrevChild(next);
+    setInText(next);
     return true;
 }
 

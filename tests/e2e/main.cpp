@@ -53,11 +53,12 @@ int main(int argc, char *argv[])
     SendTour sending;
     NetworkTour network;
     TransferTour transferring;
+    HexTour editing;
     WindowTour window;
     PictureTour picturing(pictures);
     int failures = 0;
     for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network,
-                                                    &window, &picturing}) {
+                                                    &editing, &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);
