@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QWindow>
 
 #include <algorithm>
 #include <cstdio>
@@ -62,7 +63,7 @@ int main(int argc, char **argv)
     HexEditWidget page;
     page.resize(1000, 600);
     page.show();
-    QCoreApplication::processEvents();
+    runUntil([&page] { return page.windowHandle()->isExposed(); });
     auto *edit = page.findChild<QHexEdit *>();
     const double fileMegabytes = static_cast<double>(QFileInfo(name).size()) / 1048576.0;
     const double before = ProcessFigures::residentMegabytes();
@@ -112,6 +113,7 @@ int main(int argc, char **argv)
     press(edit, Qt::Key_5, QStringLiteral("5"));
     clock.start();
     page.sltToolBtnsClicked(HexEditWidget::SaveFile);
-    std::printf("           save %.0f ms, %s\n", milliseconds(clock), edit->isModified() ? "FAILED" : "saved");
+    std::printf("           save %.0f ms, %s\n", milliseconds(clock),
+                edit->isModified() ? "FAILED" : "saved");
     return 0;
 }

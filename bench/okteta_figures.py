@@ -19,7 +19,7 @@ import time
 
 TICK = os.sysconf("SC_CLK_TCK")
 STILL = 0.25  # seconds without any work
-PATIENCE = 110
+PATIENCE = 60
 
 
 def xdotool(*arguments):
@@ -57,37 +57,36 @@ def rest(process):
     return since
 
 
-def start(arguments, title):
+def title():
+    window = xdotool("search", "--onlyvisible", "--class", "okteta").split()
+    return xdotool("getwindowname", window[0]) if window else ""
+
+
+def start(arguments, wanted):
     begin = time.monotonic()
     process = subprocess.Popen(["okteta", *arguments], stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL)
-    wait_for("the window", lambda: xdotool("search", "--onlyvisible", "--name", title))
+    wait_for("the window", lambda: title() and wanted in title())
     return process, rest(process) - begin
-
-
-def title_of(window):
-    return xdotool("getwindowname", window)
 
 
 def main():
     file = pathlib.Path(sys.argv[1])
     with tempfile.TemporaryDirectory() as home:
         os.environ["HOME"] = home
-        process, empty = start([], "Okteta")
+        process, empty = start([], "")
         process.kill()
         process.wait()
         process, opened = start([str(file)], file.name)
         try:
-            window = xdotool("search", "--onlyvisible", "--name", file.name).split()[0]
             memory = resident(process)
-            xdotool("windowactivate", "--sync", window)
-            before = title_of(window)
-            xdotool("key", "--window", window, "5", "5")
-            wait_for("the edit", lambda: title_of(window) != before)
+            before = title()
+            xdotool("key", "5", "5")
+            wait_for("the edit", lambda: title() != before)
             rest(process)
             begin = time.monotonic()
-            xdotool("key", "--window", window, "ctrl+s")
-            wait_for("the save", lambda: title_of(window) == before)
+            xdotool("key", "ctrl+s")
+            wait_for("the save", lambda: title() == before)
             saved = rest(process) - begin
         finally:
             process.kill()
