@@ -34,6 +34,12 @@ void DemoBoards::start()
     onPort(QStringLiteral("COM3"), QStringLiteral("log"));
     onPort(QStringLiteral("COM4"), QStringLiteral("echo"));
     onPort(QStringLiteral("COM5"), QStringLiteral("shell"));
+    onPort(QStringLiteral("COM6"), QStringLiteral("pid"));
+    startBoard(QStringLiteral("COM7"),
+               {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), QStringLiteral("COM7"),
+                QStringLiteral("--mode"), QStringLiteral("ymodem"), QStringLiteral("--receive-folder"),
+                m_folder.filePath(QStringLiteral("received"))});
+    startUpdateServer();
     startBoard(QStringLiteral("TCP"),
                {QStringLiteral("--mode"), QStringLiteral("tcp-client"), QStringLiteral("--net-port"),
                 QString::number(Settings::instance().network.port), QStringLiteral("--act"),
@@ -43,12 +49,38 @@ void DemoBoards::start()
 
 void DemoBoards::startBoard(const QString &name, const QStringList &options)
 {
+    // In the encoding that the program decodes with, so that Chinese is readable.
+    const bool utf8 = Settings::instance().textCodec == TextCodec::Utf8;
+    const QStringList common{QStringLiteral("--encoding"),
+                             utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
+    QProcess *board = makeProcess(name, QStringLiteral("boardsim"));
+    board->setStandardOutputFile(QProcess::nullDevice());
+    board->setArguments(common + options);
+    board->start();
+}
+
+// The dialog that asks for updates finds it when its address is known.
+void DemoBoards::startUpdateServer()
+{
+    const auto notes =
+        QStringLiteral("1. 这是演示用的更新服务，不会修改程序\n2. 下载的升级包是一个空的压缩文件");
+    QProcess *server = makeProcess(QStringLiteral("更新服务"), QStringLiteral("updateserver"));
+    server->setArguments({QStringLiteral("--notes"), notes});
+    connect(server, &QProcess::readyReadStandardOutput, this, [server] {
+        if (server->canReadLine())
+            qputenv("KORVEX_UPDATE_SERVER", server->readLine().trimmed());
+    });
+    server->start();
+}
+
+// A program beside the executable whose failures are told; not started yet.
+QProcess *DemoBoards::makeProcess(const QString &name, const QString &program)
+{
     auto *board = new QProcess(this);
     board->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    board->setStandardOutputFile(QProcess::nullDevice());
-    const auto report = [this, name, board] {
+    const auto report = [this, name, program, board] {
         qWarning().noquote() << "simulated board" << name << "failed:" << board->errorString();
-        emit failed(QStringLiteral("模拟开发板[%1]无法运行，请检查程序目录下的boardsim！").arg(name));
+        emit failed(QStringLiteral("模拟开发板[%1]无法运行，请检查程序目录下的%2！").arg(name, program));
     };
     connect(board, &QProcess::errorOccurred, this, report);
     connect(board, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
@@ -56,9 +88,6 @@ void DemoBoards::startBoard(const QString &name, const QStringList &options)
                 if (status == QProcess::NormalExit) // a crash is an error already
                     report();
             });
-    // In the encoding that the program decodes with, so that Chinese is readable.
-    const bool utf8 = Settings::instance().textCodec == TextCodec::Utf8;
-    const QStringList common{QStringLiteral("--encoding"),
-                             utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
-    board->start(QCoreApplication::applicationDirPath() + QStringLiteral("/boardsim"), common + options);
+    board->setProgram(QCoreApplication::applicationDirPath() + QLatin1Char('/') + program);
+    return board;
 }

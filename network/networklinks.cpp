@@ -11,8 +11,8 @@
 #include "network/socketerror.h"
 #include "network/tcpclient.h"
 #include "network/tcpserver.h"
-#include "serial/qtsendboxwidget.h"
 #include "serial/qtterminalwidget.h"
+#include "serial/workarea.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/stateindicator.h"
 
@@ -238,7 +238,7 @@ void NetworkToolWidget::sltNewClientConnected(QString name)
     m_notSentTold.clear();
     m_clients->add(name);
     emit signalNotify(QStringLiteral("新客户端[%1]已连接:").arg(name), kInformation);
-    refreshCounts();
+    m_area->refreshCounts();
 }
 
 void NetworkToolWidget::sltClientDisconnected(QString name)
@@ -246,7 +246,7 @@ void NetworkToolWidget::sltClientDisconnected(QString name)
     m_terminal->endSource(name);
     const bool wasChosen = m_clients->remove(name);
     emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
-    refreshCounts();
+    m_area->refreshCounts();
     if (!wasChosen || !m_server->isListening())
         return;
     m_sendBox->stopAutoSend();
@@ -359,7 +359,7 @@ void NetworkToolWidget::sltSendData(QByteArray byData)
         return;
     m_notSentTold.clear();
     m_sendCount += sent;
-    refreshCounts();
+    m_area->refreshCounts();
 }
 
 void NetworkToolWidget::tellNotSent(const QString &text)

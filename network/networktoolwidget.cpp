@@ -4,41 +4,27 @@
 #include "network/networkconfigpanel.h"
 #include "network/readgate.h"
 #include "network/tcpserver.h"
-#include "serial/qtsendboxwidget.h"
 #include "serial/qtterminalwidget.h"
 #include "serial/receivestore.h"
 #include "serial/recvoptions.h"
 #include "serial/sendoptions.h"
+#include "serial/workarea.h"
 #include "shell/base/formpanel.h"
-#include "shell/base/placeholdertext.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/stateindicator.h"
 
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
-#include <QSplitter>
 #include <QTcpSocket>
 #include <QTime>
 #include <QUdpSocket>
-#include <QVBoxLayout>
-
-namespace {
-
-constexpr int kError = 255;
-constexpr int kCountPeriodMs = 250;
-
-} // namespace
 
 NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_server(new TcpServer(this))
     , m_socket(new QTcpSocket(this))
     , m_udp(new QUdpSocket(this))
-    , m_countTimer(this)
 {
     setObjectName(QStringLiteral("NetworkToolWidget"));
-    m_countTimer.setSingleShot(true);
     buildUi();
     m_gate = new ReadGate([this] { return m_terminal->queuedBytes(); }, this);
     connectParts();
@@ -60,26 +46,13 @@ NetworkToolWidget::~NetworkToolWidget()
 
 void NetworkToolWidget::buildUi()
 {
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(8, 8, 8, 8);
-    row->setSpacing(8);
-    QWidget *work = buildWorkArea(); // makes the send box that the panel's options drive
-    row->addWidget(buildPanel());
-    row->addWidget(work, 1);
-    // The work area was made first, but follows the panel.
-    QVector<QWidget *> parts;
-    for (QWidget *part = m_fold; work->isAncestorOf(part); part = part->nextInFocusChain())
-        if ((part->focusPolicy() & Qt::TabFocus) && !part->focusProxy())
-            parts.append(part);
-    QWidget *last = m_sendOptions->lastField();
-    for (QWidget *part : qAsConst(parts)) {
-        setTabOrder(last, part);
-        last = part;
-    }
-}
+    m_area = new WorkArea(QtSendBoxWidget::Network, QStringLiteral("network"),
+                          QStringLiteral("选择协议并打开后，接收到的数据将显示在这里"), this);
+    m_terminal = m_area->terminal();
+    m_received = m_area->received();
+    m_sendBox = m_area->sendBox();
+    m_state = m_area->state();
 
-QWidget *NetworkToolWidget::buildPanel()
-{
     m_panel = new FormPanel(this);
     m_panel->setObjectName(QStringLiteral("configPanel"));
     m_config = new NetworkConfigPanel(m_panel);
@@ -89,50 +62,7 @@ QWidget *NetworkToolWidget::buildPanel()
     for (QWidget *group : {static_cast<QWidget *>(m_config), static_cast<QWidget *>(m_clients),
                            static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions)})
         m_panel->addWidget(group);
-    return m_panel;
-}
-
-QWidget *NetworkToolWidget::buildWorkArea()
-{
-    auto *area = new QWidget(this);
-    m_fold = new QPushButton(QStringLiteral("隐藏配置界面"), area);
-    m_fold->setObjectName(QStringLiteral("btnFold"));
-    m_state = new StateIndicator(area);
-    m_recvLabel = new QLabel(area);
-    m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
-    m_sendLabel = new QLabel(area);
-    m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
-    auto *top = new QHBoxLayout;
-    top->setSpacing(8);
-    top->addWidget(m_fold);
-    top->addStretch();
-    top->addWidget(m_sendLabel);
-    top->addSpacing(8);
-    top->addWidget(m_recvLabel);
-    top->addSpacing(8);
-    top->addWidget(m_state);
-
-    m_terminal = new QtTerminalWidget(area);
-    m_terminal->setPlaceholderText(QStringLiteral("选择协议并打开后，接收到的数据将显示在这里"));
-    PlaceholderText::keepFaint(m_terminal);
-    m_received = new ReceiveStore(m_terminal, QStringLiteral("network"), this);
-    m_sendBox = new QtSendBoxWidget(QtSendBoxWidget::Network, area);
-
-    auto *split = new QSplitter(Qt::Vertical, area);
-    split->setObjectName(QStringLiteral("splitRecvSend"));
-    split->setChildrenCollapsible(false);
-    split->addWidget(m_terminal);
-    split->addWidget(m_sendBox);
-    split->setStretchFactor(0, 1);
-    split->setStretchFactor(1, 0);
-    split->setSizes({300, 140});
-
-    auto *column = new QVBoxLayout(area);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    column->addLayout(top);
-    column->addWidget(split, 1);
-    return area;
+    m_area->placeBeside(m_panel, m_sendOptions->lastField());
 }
 
 void NetworkToolWidget::connectParts()
@@ -144,15 +74,12 @@ void NetworkToolWidget::connectParts()
     connect(m_recvOptions, &RecvOptions::saveClicked, this, &NetworkToolWidget::sltSaveDataToFile);
     connect(m_sendOptions, &SendOptions::pageChosen, this, &NetworkToolWidget::sltChangeSendPage);
     connect(m_sendOptions, &SendOptions::intervalEdited, this, &NetworkToolWidget::sltChangeAutoInterval);
-    connect(m_fold, &QPushButton::clicked, this, &NetworkToolWidget::sltBtnFoldClicked);
+    connect(m_area->foldButton(), &QPushButton::clicked, this, &NetworkToolWidget::sltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &NetworkToolWidget::sltSendData);
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &NetworkToolWidget::sltShowErrorHint);
-    connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &NetworkToolWidget::signalNotify);
-    connect(m_terminal, &QtTerminalWidget::clearRequested, this, &NetworkToolWidget::clearRecv);
-    connect(m_received, &ReceiveStore::notify, this, &NetworkToolWidget::signalNotify);
-    connect(m_terminal, &QtTerminalWidget::historyLost, this,
-            [this] { emit signalNotify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError); });
-    connect(&m_countTimer, &QTimer::timeout, this, &NetworkToolWidget::showCounts);
+    connect(m_area, &WorkArea::notify, this, &NetworkToolWidget::signalNotify);
+    connect(m_area, &WorkArea::clearRequested, this, &NetworkToolWidget::clearRecv);
+    connect(m_area, &WorkArea::countsDue, this, &NetworkToolWidget::showCounts);
 }
 
 // ---- receiving
@@ -162,7 +89,7 @@ void NetworkToolWidget::connectParts()
 void NetworkToolWidget::sltRecvSocketMessage(QString name, QByteArray byData)
 {
     m_recvCount += byData.size();
-    refreshCounts();
+    m_area->refreshCounts();
     m_received->add(byData);
     m_gate->taken(byData.size());
     if (m_recvOptions->stopShow()) {
@@ -210,25 +137,9 @@ void NetworkToolWidget::clearCounts()
     showCounts();
 }
 
-// Shows changed counts at once, but not more often than the eye can follow.
-void NetworkToolWidget::refreshCounts()
-{
-    if (m_countTimer.isActive())
-        return;
-    const qint64 since = m_sinceCounts.isValid() ? m_sinceCounts.elapsed() : kCountPeriodMs;
-    if (since >= kCountPeriodMs)
-        showCounts();
-    else
-        m_countTimer.start(static_cast<int>(kCountPeriodMs - since));
-}
-
 void NetworkToolWidget::showCounts()
 {
-    m_countTimer.stop();
-    m_sinceCounts.start();
-    m_received->flush();
-    m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(m_sendCount));
-    m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(m_recvCount));
+    m_area->showCounts(m_sendCount, m_recvCount);
     if (m_server->isListening())
         m_config->showState(QStringLiteral("正在监听端口%1，已连接%2个客户端")
                                 .arg(m_server->serverPort())
@@ -256,9 +167,7 @@ void NetworkToolWidget::sltShowErrorHint()
 
 void NetworkToolWidget::sltBtnFoldClicked()
 {
-    const bool hide = m_panel->isVisibleTo(this);
-    m_panel->setVisible(!hide);
-    m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+    m_area->fold();
 }
 
 void NetworkToolWidget::reloadSettings()

@@ -7,15 +7,11 @@
 #include "shell/base/qtwidgetbase.h"
 
 #include <QAbstractSocket>
-#include <QElapsedTimer>
-#include <QTimer>
 
 class ByteSpool;
 class ClientListPanel;
 class FormPanel;
 class NetworkConfigPanel;
-class QLabel;
-class QPushButton;
 class QTcpSocket;
 class QUdpSocket;
 class QtSendBoxWidget;
@@ -26,6 +22,7 @@ class RecvOptions;
 class SendOptions;
 class StateIndicator;
 class TcpServer;
+class WorkArea;
 
 class NetworkToolWidget : public QtWidgetBase
 {
@@ -70,8 +67,6 @@ signals:
 
 private:
     void buildUi();
-    QWidget *buildPanel();
-    QWidget *buildWorkArea();
     void connectParts();
     void connectSockets();
 
@@ -95,7 +90,6 @@ private:
     // Says so once in a row: a box that sends by itself would repeat it.
     void tellNotSent(const QString &text);
 
-    void refreshCounts();
     void showCounts();
 
     NetworkConfigPanel *m_config = nullptr;
@@ -103,10 +97,8 @@ private:
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
     FormPanel *m_panel = nullptr;
-    QPushButton *m_fold = nullptr;
+    WorkArea *m_area = nullptr; // owns the four below
     StateIndicator *m_state = nullptr;
-    QLabel *m_sendLabel = nullptr;
-    QLabel *m_recvLabel = nullptr;
     QtTerminalWidget *m_terminal = nullptr;
     ReceiveStore *m_received = nullptr;
     QtSendBoxWidget *m_sendBox = nullptr;
@@ -116,8 +108,6 @@ private:
     QUdpSocket *m_udp;
     ReadGate *m_gate = nullptr;
 
-    QTimer m_countTimer; // counts are shown at most four times a second, and the spool written
-    QElapsedTimer m_sinceCounts;
     qint64 m_sendCount = 0;
     qint64 m_recvCount = 0;
     QString m_notSentTold;      // why the last bytes were not sent

@@ -1,17 +1,461 @@
 #include "pid/piddebugwidget.h"
 
-#include "shell/base/emptystate.h"
+#include "pid/pidchart.h"
+#include "pid/pidcurvelist.h"
+#include "pid/pidgainfield.h"
+#include "pid/pidoperations.h"
+#include "pid/pidpanel.h"
+#include "pid/pidplot.h"
+#include "pid/pidportpanel.h"
+#include "serial/portname.h"
+#include "serial/qtserialport.h"
+#include "shell/base/formpanel.h"
+#include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagebox.h"
+#include "shell/base/stateindicator.h"
 
+#include <QComboBox>
+#include <QDebug>
+#include <QHBoxLayout>
+#include <QPushButton>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+constexpr int kDrainMs = 200;
+const auto kWarning = QStringLiteral("告警");
+const auto kCannotSave = QStringLiteral("文件保存失败!");
+
+quint32 bit(int channel)
+{
+    return 1U << channel;
+}
+
+} // namespace
 
 PidDebugWidget::PidDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
+    , m_link(new QtSerialPort(this))
+    , m_receiver([this](const PidReport &report, bool late) { return act(report, late); }, this)
+    , m_epoch(QDateTime::currentMSecsSinceEpoch())
 {
     setObjectName(QStringLiteral("PidDebugWidget"));
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(new EmptyState(IconFont::Tune, QStringLiteral("PID调试助手将在后续版本提供"), this));
+    m_sinceEpoch.start();
+    buildUi();
+    connectParts();
+    setPlotStyle(QStringLiteral("black"));
+    setPortState(false);
 }
 
-void PidDebugWidget::SltSerialportChanged(QStringList)
+PidDebugWidget::~PidDebugWidget()
 {
+    blockSignals(true); // nobody is to be told any more
+    m_link->disconnect(this);
+    if (m_link->isOpen())
+        closePort();
+}
+
+// ---- building
+
+void PidDebugWidget::buildUi()
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 8, 8, 8);
+    row->setSpacing(8);
+    row->addWidget(buildPanel());
+    row->addWidget(buildWorkArea(), 1);
+}
+
+QWidget *PidDebugWidget::buildPanel()
+{
+    m_panel = new FormPanel(this);
+    m_panel->setObjectName(QStringLiteral("pidConfigPanel"));
+    m_portPanel = new PidPortPanel(m_panel);
+    m_pid = new PidPanel(m_panel);
+    m_panel->addWidget(m_portPanel);
+    m_panel->addWidget(m_pid);
+    return m_panel;
+}
+
+QWidget *PidDebugWidget::buildWorkArea()
+{
+    auto *area = new QWidget(this);
+    m_chart = new PidChart(area);
+    m_operations = new PidOperations(area);
+    auto *column = new QVBoxLayout(area);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addWidget(m_chart, 1);
+    column->addWidget(m_operations);
+    return area;
+}
+
+void PidDebugWidget::connectParts()
+{
+    connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
+    // Queued: the report comes from within the port's own reading.
+    connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
+    connect(&m_receiver, &PidReceiver::lengthGivenUp, this,
+            [this] { emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError); });
+    connect(&m_receiver, &PidReceiver::blocked, this, [this] {
+        emit signalNotify(QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"), kError);
+    });
+    connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
+
+    connect(m_pid->channelBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &PidDebugWidget::SltComboPidChanged);
+    connect(m_pid->sendGains(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendPidClicked);
+    connect(m_pid->sendTarget(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendValueClicked);
+    connect(m_pid->sendPeriod(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendIntervalClicked);
+    for (const PidGainField *field : m_pid->gainFields())
+        connect(field, &QLineEdit::returnPressed, this, &PidDebugWidget::SltBtnSendPidClicked);
+    connect(m_pid->targetField(), &QLineEdit::returnPressed, this, &PidDebugWidget::SltBtnSendValueClicked);
+
+    connect(m_operations->startButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnStartClicked);
+    connect(m_operations->resetButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnResetClicked);
+    connect(m_operations->clearButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnClearClicked);
+    connect(m_operations->exportButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnExportClicked);
+    connect(m_operations->pictureButton(), &QPushButton::clicked, this, &PidDebugWidget::savePicture);
+    connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &PidDebugWidget::SltPoltScale);
+
+    connect(m_chart->plot(), &QCustomPlot::mousePress, this, &PidDebugWidget::SltRightButtonPoltScale);
+    connect(m_chart->plot(), &QCustomPlot::mouseMove, this, &PidDebugWidget::SltPlotMoveEvent);
+    connect(m_chart->curveList(), &PidCurveList::signalGraphClicked, this, &PidDebugWidget::SltGraphClicked);
+    connect(m_chart->foldButton(), &QPushButton::clicked, this, &PidDebugWidget::fold);
+}
+
+void PidDebugWidget::setPlotStyle(const QString &style)
+{
+    m_plotStyle = style;
+    m_chart->plot()->setPlotStyle(style);
+}
+
+void PidDebugWidget::fold()
+{
+    const bool hide = m_panel->isVisibleTo(this);
+    m_panel->setVisible(!hide);
+    m_chart->foldButton()->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+}
+
+// ---- the port
+
+void PidDebugWidget::SltSerialportChanged(QStringList serialports)
+{
+    m_portPanel->setPorts(serialports);
+    if (!m_link->isOpen())
+        return;
+    for (const QString &entry : qAsConst(serialports))
+        if (PortName::fromEntry(entry) == m_link->portName())
+            return;
+    portVanished();
+}
+
+void PidDebugWidget::SltOpenSerialport()
+{
+    if (m_link->isOpen()) {
+        closePort();
+        emit signalNotify(QStringLiteral("串口[%1]已关闭!!").arg(m_link->portName()), kInformation);
+        return;
+    }
+    const QString entry = m_portPanel->portText();
+    if (entry.isEmpty()) {
+        emit signalNotify(QStringLiteral("当前系统未检测到任何串口，请重试!!!"), kError);
+        return;
+    }
+    const QString name = PortName::fromEntry(entry);
+    if (name.isEmpty()) {
+        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
+        return;
+    }
+    m_receiver.clear(); // or a length that never ends would block the link for good
+    m_link->open(name, m_portPanel->baudRate(), 8, 0, 0);
+    if (!m_link->isOpen()) {
+        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name), kError);
+        return;
+    }
+    setPortState(true);
+    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
+}
+
+void PidDebugWidget::setPortState(bool open)
+{
+    m_portPanel->setOpenState(open);
+    m_chart->state()->setOn(open);
+}
+
+void PidDebugWidget::closePort()
+{
+    stopRunning();
+    m_link->close();
+    setPortState(false);
+}
+
+void PidDebugWidget::portVanished()
+{
+    if (!m_link->isOpen())
+        return;
+    m_link->close();
+    m_operations->setIdle(true);
+    m_startedHere = 0;
+    setPortState(false);
+    emit signalNotify(QStringLiteral("当前串口已拔出，请重新打开!"), kError);
+}
+
+// Sends stop for the selected channel where the button says that it runs, and
+// for every other channel that was started from here; returns when that has
+// left.
+void PidDebugWidget::stopRunning()
+{
+    const int current = m_pid->channel();
+    quint32 running = m_startedHere;
+    if (!m_operations->isIdle())
+        running |= bit(current);
+    if (running == 0)
+        return;
+    m_operations->setIdle(true);
+    for (int channel = 0; channel < PidFrame::channels; ++channel)
+        if (channel != current && (running & bit(channel)))
+            SendPidFrame(PidFrame::Stop, static_cast<quint8>(channel + 1), {});
+    if (running & bit(current))
+        SendPidFrame(PidFrame::Stop, static_cast<quint8>(current + 1), {});
+    m_startedHere = 0;
+    m_link->drain(kDrainMs);
+    m_operations->setIdle(true); // whatever came meanwhile
+}
+
+bool PidDebugWidget::prepareToClose()
+{
+    if (m_link->isOpen())
+        stopRunning();
+    return true;
+}
+
+// ---- sending
+
+void PidDebugWidget::SendPidFrame(quint8 command, quint8 channel, const QByteArray &payload)
+{
+    if (!m_link->isOpen())
+        return;
+    const QByteArray frame = PidFrame::build(command, channel, payload);
+    qDebug().noquote() << "PID command" << command << "channel" << channel << "size" << frame.size()
+                       << frame.toHex(' ') << "payload" << payload.size();
+    m_link->writeBytes(frame);
+}
+
+quint8 PidDebugWidget::channelByte() const
+{
+    return static_cast<quint8>(m_pid->channel() + 1);
+}
+
+PidChannelParams &PidDebugWidget::selected()
+{
+    return m_params.at(static_cast<size_t>(m_pid->channel()));
+}
+
+void PidDebugWidget::sendCommand(PidFrame::Command command, const QByteArray &payload)
+{
+    SendPidFrame(command, channelByte(), payload);
+}
+
+void PidDebugWidget::sayNotSent(const QString &what)
+{
+    emit signalNotify(QStringLiteral("%1为空或超出范围，未发送！").arg(what), kError);
+}
+
+void PidDebugWidget::SltBtnSendPidClicked()
+{
+    if (auto *field = qobject_cast<QLineEdit *>(sender()))
+        field->selectAll();
+    const std::optional<std::array<float, 3>> gains = m_pid->takeGains();
+    if (!gains) {
+        sayNotSent(QStringLiteral("P、I、D值"));
+        return;
+    }
+    PidChannelParams &params = selected();
+    params.p = (*gains)[0];
+    params.i = (*gains)[1];
+    params.d = (*gains)[2];
+    sendCommand(PidFrame::SetPid, FloatToBytes(params.p) + FloatToBytes(params.i) + FloatToBytes(params.d));
+}
+
+void PidDebugWidget::SltBtnSendValueClicked()
+{
+    if (auto *field = qobject_cast<QLineEdit *>(sender()))
+        field->selectAll();
+    const std::optional<qint32> target = m_pid->takeTarget();
+    if (!target) {
+        sayNotSent(QStringLiteral("目标值"));
+        return;
+    }
+    selected().target = *target;
+    sendCommand(PidFrame::SetTarget, Int32ToBytes(*target));
+}
+
+// The period is the board's to tell: only its report is stored.
+void PidDebugWidget::SltBtnSendIntervalClicked()
+{
+    const std::optional<qint32> period = m_pid->takePeriod();
+    if (!period)
+        sayNotSent(QStringLiteral("周期"));
+    else
+        sendCommand(PidFrame::SetPeriod, Int32ToBytes(*period));
+}
+
+void PidDebugWidget::SltBtnStartClicked()
+{
+    if (!m_link->isOpen()) {
+        QtMessageBox::warning(this, kWarning, QStringLiteral("请确认是否打开串口！"));
+        return;
+    }
+    const bool start = m_operations->isIdle();
+    m_operations->setIdle(!start);
+    if (start)
+        m_startedHere |= bit(m_pid->channel());
+    else
+        m_startedHere &= ~bit(m_pid->channel());
+    sendCommand(start ? PidFrame::Start : PidFrame::Stop);
+}
+
+void PidDebugWidget::SltBtnResetClicked()
+{
+    SltBtnClearClicked();
+    sendCommand(PidFrame::Reset);
+}
+
+// ---- receiving
+
+void PidDebugWidget::SltRecvFromSerialport(QByteArray byData)
+{
+    m_receiver.append(byData);
+    ParsePidFrames();
+}
+
+void PidDebugWidget::ParsePidFrames()
+{
+    m_receiver.parse();
+}
+
+// False when the run ends with this report.
+bool PidDebugWidget::act(const PidReport &report, bool late)
+{
+    const int channel = report.channel - 1;
+    const bool isSelected = channel == m_pid->channel();
+    PidChannelParams &params = m_params.at(static_cast<size_t>(channel));
+    switch (report.command) {
+    case PidFrame::Target:
+        params.target = report.value;
+        if (isSelected)
+            m_pid->showReportedTarget(report.value);
+        break;
+    case PidFrame::Actual:
+        if (m_operations->stopShow())
+            return false;
+        if (!late)
+            actOnActual(report);
+        break;
+    case PidFrame::Pid:
+        params.p = report.p;
+        params.i = report.i;
+        params.d = report.d;
+        if (isSelected)
+            m_pid->showReportedGains(params);
+        break;
+    case PidFrame::Started:
+        actOnStarted();
+        break;
+    case PidFrame::Stopped:
+        m_operations->setIdle(true);
+        m_startedHere &= ~bit(channel);
+        break;
+    case PidFrame::Period:
+        params.period = report.value;
+        if (isSelected)
+            m_pid->showReportedPeriod(report.value);
+        break;
+    default:
+        break;
+    }
+    return true;
+}
+
+void PidDebugWidget::actOnStarted()
+{
+    if (!m_operations->isIdle())
+        return;
+    m_operations->setIdle(false);
+    if (m_timeOrigin != -1)
+        return;
+    m_timeOrigin = now();
+    m_chart->plot()->setTimeAbsolute(false);
+    SltBtnClearClicked(); // keys so far are absolute and would be far away
+}
+
+void PidDebugWidget::actOnActual(const PidReport &report)
+{
+    const int channel = report.channel - 1;
+    const double t = static_cast<double>(now() - m_timeOrigin) / 1000.0;
+    m_chart->addValue(channel, t, m_params.at(static_cast<size_t>(channel)).target, report.value);
+    ++m_actualReports;
+}
+
+void PidDebugWidget::SltComboPidChanged(int index)
+{
+    m_pid->showChannel(m_params.at(static_cast<size_t>(index)));
+}
+
+// ---- the chart
+
+void PidDebugWidget::SltGraphClicked(int index, bool bShow)
+{
+    m_chart->showCurve(index, bShow);
+}
+
+void PidDebugWidget::SltBtnClearClicked()
+{
+    m_chart->clear();
+}
+
+void PidDebugWidget::SltPoltScale(int index)
+{
+    m_chart->setZoomAxis(index);
+}
+
+void PidDebugWidget::SltRightButtonPoltScale(QMouseEvent *event)
+{
+    if (event->button() == Qt::RightButton)
+        m_chart->flipZoomAxis();
+}
+
+void PidDebugWidget::SltPlotMoveEvent(QMouseEvent *event)
+{
+    m_chart->showReadOut(event->buttons() == Qt::NoButton ? event->pos() : QPoint(-1, -1));
+}
+
+// ---- files
+
+void PidDebugWidget::SltBtnExportClicked()
+{
+    const QString fileName =
+        QtFileDialog::getSaveFileName(this, QStringLiteral("导出数据"), QString(), QStringLiteral("*.csv"));
+    if (fileName.isEmpty())
+        return;
+    if (!m_chart->exportTables(fileName))
+        QtMessageBox::warning(this, kWarning, kCannotSave);
+    else
+        emit signalNotify(QStringLiteral("文件已导出：") + fileName, kInformation);
+}
+
+void PidDebugWidget::savePicture()
+{
+    const QString fileName = QtFileDialog::getSaveFileName(this, QStringLiteral("保存图片"), QString(),
+                                                           QStringLiteral("PNG图片(*.png);;PDF文档(*.pdf)"));
+    if (fileName.isEmpty())
+        return;
+    if (!m_chart->savePicture(fileName))
+        QtMessageBox::warning(this, kWarning, kCannotSave);
+    else
+        emit signalNotify(QStringLiteral("图片已保存：") + fileName, kInformation);
 }

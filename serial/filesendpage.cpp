@@ -13,11 +13,14 @@
 #include <QProgressBar>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kMostLines = 2000;     // of the transfer's text
 constexpr int kAmountPeriodMs = 250; // numbers that change faster cannot be read
 constexpr qint64 kSpeedOverMs = 3000;
+constexpr int kLeastNameWidth = 120; // in the progress bar, before it has its place
 
 QString amountText(qint64 bytes)
 {
@@ -52,7 +55,6 @@ FileSendPage::FileSendPage(QWidget *parent)
     , m_hint(new QLabel(QStringLiteral("点击“打开文件”选择需要发送的文件"), m_files))
     , m_progress(new QProgressBar(this))
     , m_amount(new QLabel(this))
-    , m_progressRow(new QWidget(this))
 {
     buildUi();
     updateButtons();
@@ -62,6 +64,9 @@ void FileSendPage::buildUi()
 {
     setObjectName(QStringLiteral("widgetFileSend"));
     m_files->setObjectName(QStringLiteral("listFiles"));
+    // A long name gives way to the size behind it.
+    m_files->setTextElideMode(Qt::ElideMiddle);
+    m_files->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_hint->setProperty("kind", QStringLiteral("hint"));
     m_hint->setWordWrap(true);
     m_hint->setAlignment(Qt::AlignCenter);
@@ -81,13 +86,13 @@ void FileSendPage::buildUi()
         QStringLiteral("000.0 KB / 000.0 KB   000.0 KB/s   剩余 00:00")));
     m_log->setObjectName(QStringLiteral("btnTransferLog"));
     m_log->setToolTip(QStringLiteral("查看最近一次传输的协议日志：时间、数据包和应答"));
-    auto *row = new QHBoxLayout(m_progressRow);
-    row->setContentsMargins(0, 0, 0, 0);
+    m_progress->setFormat(QString());
+    m_log->setEnabled(false); // until something is sent
+    auto *row = new QHBoxLayout;
     row->setSpacing(8);
     row->addWidget(m_progress, 1);
     row->addWidget(m_amount);
     row->addWidget(m_log);
-    m_progressRow->hide(); // until something is sent
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(8, 8, 8, 8);
@@ -95,7 +100,7 @@ void FileSendPage::buildUi()
     grid->addWidget(m_files, 0, 0);
     grid->addWidget(m_text, 0, 1);
     grid->addWidget(buildButtons(), 0, 2);
-    grid->addWidget(m_progressRow, 1, 0, 1, 3);
+    grid->addLayout(row, 1, 0, 1, 3);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(1, 1);
 }
@@ -170,11 +175,13 @@ void FileSendPage::setSending(bool sending)
 {
     m_sending = sending;
     if (sending) {
+        describeFiles();
         m_text->clear();
         m_progress->setValue(0);
         m_progress->setFormat(QStringLiteral("等待接收端…"));
         m_amount->clear();
-        m_progressRow->show();
+        m_sizes.clear();
+        m_log->setEnabled(true);
         m_recent.clear();
         m_clock.start();
     }
@@ -198,8 +205,17 @@ void FileSendPage::updateButtons()
 
 void FileSendPage::setProgress(int percent, const QString &name)
 {
-    m_progressRow->show();
-    m_progress->setFormat(QFileInfo(name).fileName() + QStringLiteral("  %p%"));
+    if (name != m_name)
+        m_recent.clear(); // the next file
+    m_name = name;
+    // Of a long name both ends are shown, and the percentage in any case. A
+    // name's own '%' must not begin one of the bar's placeholders.
+    const QFontMetrics metrics = m_progress->fontMetrics();
+    const int room = m_progress->width() - metrics.horizontalAdvance(QStringLiteral("    100%"));
+    QString shown =
+        metrics.elidedText(QFileInfo(name).fileName(), Qt::ElideMiddle, std::max(room, kLeastNameWidth));
+    shown.replace(QLatin1Char('%'), QStringLiteral("%\u2060"));
+    m_progress->setFormat(shown + QStringLiteral("  %p%"));
     m_progress->setValue(percent);
 }
 
@@ -207,17 +223,16 @@ void FileSendPage::setProgress(int percent, const QString &name)
 void FileSendPage::setAmount(qint64 sent, qint64 size)
 {
     const qint64 now = m_clock.elapsed();
-    if (!m_recent.empty() && sent < m_recent.back().second)
-        m_recent.clear(); // the next file
     m_recent.emplace_back(now, sent);
     while (m_recent.size() > 2 && now - m_recent.front().first > kSpeedOverMs)
         m_recent.pop_front();
     if (sent < size && m_recent.size() > 1 && now - m_amountShownAt < kAmountPeriodMs)
         return;
     m_amountShownAt = now;
+    m_sizes = QStringLiteral("%1 / %2").arg(amountText(sent), amountText(size));
     const qint64 ms = now - m_recent.front().first;
     const qint64 bytes = sent - m_recent.front().second;
-    QString text = QStringLiteral("%1 / %2").arg(amountText(sent), amountText(size));
+    QString text = m_sizes;
     if (ms > 0 && bytes > 0)
         text += QStringLiteral("   %1/s   剩余 %2")
                     .arg(amountText(bytes * 1000 / ms), timeText((size - sent) * ms / bytes / 1000));
@@ -226,6 +241,7 @@ void FileSendPage::setAmount(qint64 sent, qint64 size)
 
 void FileSendPage::setEnd(const QString &words, bool complete)
 {
+    m_amount->setText(m_sizes); // nothing remains to be waited for
     if (complete)
         m_progress->setValue(100);
     m_progress->setFormat(words + QStringLiteral("  %p%"));
@@ -243,14 +259,26 @@ void FileSendPage::chooseFiles()
     const QStringList chosen =
         QtFileDialog::getOpenFileNames(this, QString(), QString(), QStringLiteral("所有文件(*.*)"));
     for (const QString &name : chosen) {
-        const QFileInfo info(name);
-        auto *item = new QListWidgetItem(
-            QStringLiteral("%1  (%2 字节)").arg(info.fileName(), QLocale::c().toString(info.size())),
-            m_files);
+        if (files().contains(name))
+            continue;
+        auto *item = new QListWidgetItem(m_files);
         item->setData(Qt::UserRole, name);
         item->setToolTip(name);
     }
+    describeFiles();
     m_hint->setVisible(m_files->count() == 0);
+}
+
+// Files that were chosen earlier may have been made anew since.
+void FileSendPage::describeFiles()
+{
+    for (int i = 0; i < m_files->count(); ++i) {
+        QListWidgetItem *item = m_files->item(i);
+        const QFileInfo info(item->data(Qt::UserRole).toString());
+        const QString size = info.exists() ? QStringLiteral("%1 字节").arg(QLocale::c().toString(info.size()))
+                                           : QStringLiteral("文件不存在");
+        item->setText(QStringLiteral("%1  (%2)").arg(info.fileName(), size));
+    }
 }
 
 void FileSendPage::clearFiles()

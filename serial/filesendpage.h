@@ -49,20 +49,23 @@ public:
     QPushButton *helpButton() const { return m_help; }
     QPushButton *logButton() const { return m_log; }
 
-    void chooseFiles(); // adds what the user picks
+    void chooseFiles(); // adds what the user picks and is not there yet
     void clearFiles();
 
 private:
     void buildUi();
     QWidget *buildButtons();
     void updateButtons();
+    void describeFiles();
 
     bool m_possible = false;
     bool m_deviceOpen = false;
     bool m_sending = false;
+    QString m_name;                                 // of the file that is being sent
     QElapsedTimer m_clock;                          // of the transfer
     std::deque<std::pair<qint64, qint64>> m_recent; // milliseconds, bytes: of the last seconds
     qint64 m_amountShownAt = 0;
+    QString m_sizes; // as shown: sent, of how much
 
     QListWidget *m_files;
     QPlainTextEdit *m_text;
@@ -76,5 +79,4 @@ private:
     QLabel *m_hint;
     QProgressBar *m_progress;
     QLabel *m_amount;
-    QWidget *m_progressRow;
 };

@@ -3,8 +3,10 @@
 #include "serial/portname.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QSerialPort>
+#include <QThread>
 
 namespace {
 
@@ -29,10 +31,12 @@ QtSerialPort::QtSerialPort(QObject *parent)
     , m_port(new QSerialPort(this))
 {
     connect(m_port, &QSerialPort::readyRead, this, &QtSerialPort::SltReadFromSerialport);
+    connect(m_port, &QSerialPort::errorOccurred, this, &QtSerialPort::handleError);
 }
 
 QtSerialPort::~QtSerialPort()
 {
+    m_port->disconnect(this);
     close();
 }
 
@@ -49,6 +53,7 @@ QString QtSerialPort::portName() const
 void QtSerialPort::open(QString portName, int baudRate, int dataBits, int stopBits, int parity)
 {
     close();
+    m_hungUp = false;
     m_name = portName;
     m_port->setPortName(PortName::device(portName));
     m_port->setBaudRate(baudRate, QSerialPort::AllDirections);
@@ -74,4 +79,30 @@ void QtSerialPort::writeBytes(QByteArray data)
 void QtSerialPort::SltReadFromSerialport()
 {
     emit bytesRead(m_port->readAll());
+}
+
+void QtSerialPort::drain(int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    const qint64 waiting = m_port->bytesToWrite();
+    while (m_port->bytesToWrite() > 0 && !deadline.hasExpired()) {
+        if (!m_port->waitForBytesWritten(static_cast<int>(deadline.remainingTime())))
+            return;
+    }
+    // The system has them; the line needs ten bit times for each, and closing
+    // may cut it off.
+    const qint64 lineMs = waiting * 10 * 1000 / qMax(1, m_port->baudRate()) + 1;
+    QThread::msleep(static_cast<unsigned long>(qMin(lineMs, deadline.remainingTime())));
+}
+
+// A line that hung up stays readable with nothing to read, so that the error
+// comes again and again.
+void QtSerialPort::handleError()
+{
+    const QSerialPort::SerialPortError error = m_port->error();
+    const bool gone = error == QSerialPort::ResourceError || error == QSerialPort::ReadError;
+    if (!gone || m_hungUp || !m_port->isOpen())
+        return;
+    m_hungUp = true;
+    emit hungUp();
 }

@@ -20,6 +20,10 @@ public:
     bool isOpen() const;
     QString portName() const; // as given to open(); empty before
 
+    // Waits until what was written has left, as far as that can be told, but
+    // not longer than the given time. For last words before closing.
+    void drain(int timeoutMs);
+
 public slots:
     // (Re)opens the port. dataBits: 5 to 8. stopBits: 0 one, 1 one and a half,
     // 2 two; other values are passed on. parity: the QSerialPort::Parity value.
@@ -32,8 +36,14 @@ public slots:
 signals:
     // All bytes that were waiting at one read notification.
     void bytesRead(QByteArray byData);
+    // The device went away (adapter unplugged, pseudo-terminal gone). Told once;
+    // the owner closes the port then.
+    void hungUp();
 
 private:
+    void handleError();
+
     QSerialPort *m_port;
     QString m_name;
+    bool m_hungUp = false;
 };

@@ -1,16 +1,10 @@
 #include "serial/serialconfigpanel.h"
 
 #include "app/settings.h"
-#include "shell/base/placeholdertext.h"
+#include "shell/base/portcombobox.h"
 
-#include <QAbstractItemView>
-#include <QComboBox>
-#include <QFontMetrics>
-#include <QIcon>
 #include <QIntValidator>
-#include <QLineEdit>
 #include <QPushButton>
-#include <QScrollBar>
 
 namespace {
 
@@ -28,7 +22,7 @@ const QStringList &baudRates()
 
 SerialConfigPanel::SerialConfigPanel(QWidget *parent)
     : FormGroup(QStringLiteral("串口配置"), parent)
-    , m_port(new QComboBox(this))
+    , m_port(new PortComboBox(this))
     , m_baudRate(new QComboBox(this))
     , m_parity(new QComboBox(this))
     , m_dataBits(new QComboBox(this))
@@ -50,11 +44,6 @@ void SerialConfigPanel::buildUi()
     m_open->setObjectName(QStringLiteral("btnOpen"));
     m_open->setProperty("primary", true);
 
-    m_port->setEditable(true);
-    m_port->setInsertPolicy(QComboBox::NoInsert);
-    m_port->setCompleter(nullptr);
-    m_port->lineEdit()->setPlaceholderText(QStringLiteral("未检测到串口"));
-    PlaceholderText::keepFaint(m_port->lineEdit());
     m_baudRate->setEditable(true);
     m_baudRate->setInsertPolicy(QComboBox::NoInsert);
     m_baudRate->setCompleter(nullptr); // 250000 must not become 2500000
@@ -67,7 +56,8 @@ void SerialConfigPanel::buildUi()
     m_parity->addItems({QStringLiteral("无校验"), QStringLiteral("奇校验"), QStringLiteral("偶校验"),
                         QStringLiteral("标志(1)"), QStringLiteral("空格(0)")});
     // A long description must not widen the panel; the list shows it whole.
-    for (QComboBox *box : {m_port, m_baudRate, m_parity, m_dataBits, m_stopBits}) {
+    for (QComboBox *box :
+         std::initializer_list<QComboBox *>{m_port, m_baudRate, m_parity, m_dataBits, m_stopBits}) {
         box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
         box->setMinimumContentsLength(6);
     }
@@ -132,34 +122,18 @@ QString SerialConfigPanel::parityText() const
 
 void SerialConfigPanel::setPorts(const QStringList &entries)
 {
-    const QString before = m_port->currentText();
-    const bool wasTyped =
-        !before.isEmpty() && m_port->findText(before, Qt::MatchFixedString | Qt::MatchCaseSensitive) < 0;
-    m_port->clear();
-    for (const QString &entry : entries)
-        m_port->insertItem(m_port->count(), QIcon(), entry);
-
-    const QFontMetrics metrics(m_port->view()->font());
-    int widest = 0;
-    for (const QString &entry : entries)
-        widest = qMax(widest, metrics.horizontalAdvance(entry));
-    m_port->view()->setMinimumWidth(widest + m_port->view()->verticalScrollBar()->sizeHint().width());
-
-    if (!selectEntry(before) && wasTyped)
-        m_port->setEditText(before);
+    m_port->setPorts(entries);
 }
 
 bool SerialConfigPanel::selectEntry(const QString &entry)
 {
-    const int index = m_port->findText(entry, Qt::MatchExactly | Qt::MatchCaseSensitive);
-    if (index >= 0)
-        m_port->setCurrentIndex(index);
-    return index >= 0;
+    return m_port->selectEntry(entry);
 }
 
 void SerialConfigPanel::setOpenState(bool open)
 {
-    for (QComboBox *box : {m_port, m_baudRate, m_parity, m_dataBits, m_stopBits})
+    for (QComboBox *box :
+         std::initializer_list<QComboBox *>{m_port, m_baudRate, m_parity, m_dataBits, m_stopBits})
         box->setEnabled(!open);
     m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
 }

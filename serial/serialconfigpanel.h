@@ -5,6 +5,7 @@
 
 #include "shell/base/formpanel.h"
 
+class PortComboBox;
 class QComboBox;
 class QPushButton;
 
@@ -42,7 +43,7 @@ signals:
 private:
     void buildUi();
 
-    QComboBox *m_port;
+    PortComboBox *m_port;
     QComboBox *m_baudRate;
     QComboBox *m_parity;
     QComboBox *m_dataBits;

@@ -6,25 +6,20 @@
 #include "serial/filetransfer.h"
 #include "serial/portname.h"
 #include "serial/qextserialport.h"
-#include "serial/qtsendboxwidget.h"
 #include "serial/qtterminalwidget.h"
 #include "serial/receivestore.h"
 #include "serial/recvoptions.h"
 #include "serial/sendoptions.h"
 #include "serial/serialconfigpanel.h"
+#include "serial/workarea.h"
 #include "shell/base/formpanel.h"
-#include "shell/base/placeholdertext.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/stateindicator.h"
 
 #include <QDebug>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
-#include <QSplitter>
 #include <QTime>
-#include <QVBoxLayout>
 #include <utility>
 
 namespace {
@@ -33,7 +28,6 @@ constexpr int kInformation = 0;
 constexpr int kError = 255;
 
 constexpr int kQuietMs = 10; // reading waits until the line is quiet for so long
-constexpr int kCountPeriodMs = 250;
 
 // A busy line is read in pieces of this size; what it brings is shown without a
 // pause when so much waits, so that memory is bounded.
@@ -48,13 +42,11 @@ SerialportWidget::SerialportWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_port(std::make_unique<QextSerialPort>(QextSerialPort::EventDriven))
     , m_recvTimer(this)
-    , m_countTimer(this)
 {
     setObjectName(QStringLiteral("SerialportWidget"));
     m_recvTimer.setSingleShot(true);
     m_recvTimer.setInterval(kQuietMs);
     m_recvTimer.setTimerType(Qt::PreciseTimer);
-    m_countTimer.setSingleShot(true);
     buildUi();
     m_transfer = new FileTransfer(m_port.get(), m_config, m_sendBox->filePage(), this);
     connectParts();
@@ -73,26 +65,13 @@ SerialportWidget::~SerialportWidget()
 
 void SerialportWidget::buildUi()
 {
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(8, 8, 8, 8);
-    row->setSpacing(8);
-    QWidget *work = buildWorkArea(); // makes the send box that the panel's options drive
-    row->addWidget(buildPanel());
-    row->addWidget(work, 1);
-    // The work area was made first, but follows the panel.
-    QVector<QWidget *> parts;
-    for (QWidget *part = m_fold; work->isAncestorOf(part); part = part->nextInFocusChain())
-        if ((part->focusPolicy() & Qt::TabFocus) && !part->focusProxy())
-            parts.append(part);
-    QWidget *last = m_sendOptions->lastField();
-    for (QWidget *part : qAsConst(parts)) {
-        setTabOrder(last, part);
-        last = part;
-    }
-}
+    m_area = new WorkArea(QtSendBoxWidget::Serial, QStringLiteral("serial"),
+                          QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"), this);
+    m_terminal = m_area->terminal();
+    m_received = m_area->received();
+    m_sendBox = m_area->sendBox();
+    m_state = m_area->state();
 
-QWidget *SerialportWidget::buildPanel()
-{
     m_panel = new FormPanel(this);
     m_panel->setObjectName(QStringLiteral("configPanel"));
     m_config = new SerialConfigPanel(m_panel);
@@ -101,50 +80,7 @@ QWidget *SerialportWidget::buildPanel()
     m_panel->addWidget(m_config);
     m_panel->addWidget(m_recvOptions);
     m_panel->addWidget(m_sendOptions);
-    return m_panel;
-}
-
-QWidget *SerialportWidget::buildWorkArea()
-{
-    auto *area = new QWidget(this);
-    m_fold = new QPushButton(QStringLiteral("隐藏配置界面"), area);
-    m_fold->setObjectName(QStringLiteral("btnFold"));
-    m_state = new StateIndicator(area);
-    m_recvLabel = new QLabel(area);
-    m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
-    m_sendLabel = new QLabel(area);
-    m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
-    auto *top = new QHBoxLayout;
-    top->setSpacing(8);
-    top->addWidget(m_fold);
-    top->addStretch();
-    top->addWidget(m_sendLabel);
-    top->addSpacing(8);
-    top->addWidget(m_recvLabel);
-    top->addSpacing(8);
-    top->addWidget(m_state);
-
-    m_terminal = new QtTerminalWidget(area);
-    m_terminal->setPlaceholderText(QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"));
-    PlaceholderText::keepFaint(m_terminal);
-    m_received = new ReceiveStore(m_terminal, QStringLiteral("serial"), this);
-    m_sendBox = new QtSendBoxWidget(QtSendBoxWidget::Serial, area);
-
-    auto *split = new QSplitter(Qt::Vertical, area);
-    split->setObjectName(QStringLiteral("splitRecvSend"));
-    split->setChildrenCollapsible(false);
-    split->addWidget(m_terminal);
-    split->addWidget(m_sendBox);
-    split->setStretchFactor(0, 1);
-    split->setStretchFactor(1, 0);
-    split->setSizes({300, 140});
-
-    auto *column = new QVBoxLayout(area);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    column->addLayout(top);
-    column->addWidget(split, 1);
-    return area;
+    m_area->placeBeside(m_panel, m_sendOptions->lastField());
 }
 
 void SerialportWidget::connectParts()
@@ -154,7 +90,7 @@ void SerialportWidget::connectParts()
     // Queued: the report comes from within the port's own reading.
     connect(m_port.get(), &QextSerialPort::hungUp, this, &SerialportWidget::portVanished,
             Qt::QueuedConnection);
-    connect(&m_countTimer, &QTimer::timeout, this, &SerialportWidget::showCounts);
+    connect(m_area, &WorkArea::countsDue, this, &SerialportWidget::showCounts);
 
     connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
@@ -162,20 +98,17 @@ void SerialportWidget::connectParts()
     connect(m_recvOptions, &RecvOptions::delayChanged, this, &SerialportWidget::SltDelayChanged);
     connect(m_sendOptions, &SendOptions::pageChosen, this, &SerialportWidget::SltChangeSendPage);
     connect(m_sendOptions, &SendOptions::intervalEdited, this, &SerialportWidget::SltChangeAutoInterval);
-    connect(m_fold, &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
+    connect(m_area->foldButton(), &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &SerialportWidget::SltWriteDataToSerialport);
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
-    connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &SerialportWidget::signalNotify);
-    connect(m_terminal, &QtTerminalWidget::clearRequested, this, &SerialportWidget::clearRecv);
+    connect(m_area, &WorkArea::notify, this, &SerialportWidget::signalNotify);
+    connect(m_area, &WorkArea::clearRequested, this, &SerialportWidget::clearRecv);
     connect(m_sendBox, &QtSendBoxWidget::signalSendFile, this, &SerialportWidget::sltSendXYmodemFile);
     connect(m_sendBox->filePage()->logButton(), &QPushButton::clicked, this,
             [this] { m_transfer->showLog(this); });
     connect(m_transfer, &FileTransfer::handedOver, this, &SerialportWidget::givePortAway);
     connect(m_transfer, &FileTransfer::returned, this, &SerialportWidget::takePortBack);
     connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::signalNotify);
-    connect(m_received, &ReceiveStore::notify, this, &SerialportWidget::signalNotify);
-    connect(m_terminal, &QtTerminalWidget::historyLost, this,
-            [this] { emit signalNotify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError); });
 }
 
 // ---- the port
@@ -324,7 +257,7 @@ void SerialportWidget::SltRecvFromSerialport()
 void SerialportWidget::handleReceived(const QByteArrayList &pieces, qint64 size)
 {
     m_recvCount += static_cast<quint32>(size);
-    refreshCounts();
+    m_area->refreshCounts();
     if (m_recvOptions->stopShow()) {
         m_received->setHidden();
         return;
@@ -366,7 +299,7 @@ void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
         return;
     }
     m_sendCount += static_cast<quint32>(byCmd.size());
-    refreshCounts();
+    m_area->refreshCounts();
 }
 
 void SerialportWidget::SltChangeSendPage(int index)
@@ -446,25 +379,9 @@ void SerialportWidget::clearCounts()
     showCounts();
 }
 
-// Shows changed counts at once, but not more often than the eye can follow.
-void SerialportWidget::refreshCounts()
-{
-    if (m_countTimer.isActive())
-        return;
-    const qint64 since = m_sinceCounts.isValid() ? m_sinceCounts.elapsed() : kCountPeriodMs;
-    if (since >= kCountPeriodMs)
-        showCounts();
-    else
-        m_countTimer.start(static_cast<int>(kCountPeriodMs - since));
-}
-
 void SerialportWidget::showCounts()
 {
-    m_countTimer.stop();
-    m_sinceCounts.start();
-    m_received->flush();
-    m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(m_sendCount));
-    m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(m_recvCount));
+    m_area->showCounts(m_sendCount, m_recvCount);
     emit signalRefresCounts(pageIndex);
 }
 
@@ -491,14 +408,13 @@ const ByteSpool &SerialportWidget::spool() const
 
 void SerialportWidget::reloadSettings()
 {
-    m_defaultsDue = m_port->isOpen(); // whose parameters are the ones shown
+    // The parameters shown are those of the port, which a transfer gives back.
+    m_defaultsDue = m_port->isOpen() || m_transfer->isBusy();
     if (!m_defaultsDue)
         m_config->loadDefaults();
 }
 
 void SerialportWidget::SltBtnFoldClicked()
 {
-    const bool hide = m_panel->isVisibleTo(this);
-    m_panel->setVisible(!hide);
-    m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+    m_area->fold();
 }

@@ -8,15 +8,12 @@
 #include "transfer/ymodemfiletransmit.h"
 
 #include <QByteArrayList>
-#include <QElapsedTimer>
 #include <QTimer>
 #include <memory>
 
 class ByteSpool;
 class FileTransfer;
 class FormPanel;
-class QLabel;
-class QPushButton;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class QextSerialPort;
@@ -25,6 +22,7 @@ class RecvOptions;
 class SendOptions;
 class SerialConfigPanel;
 class StateIndicator;
+class WorkArea;
 
 class SerialportWidget : public QtWidgetBase
 {
@@ -66,8 +64,6 @@ signals:
 
 private:
     void buildUi();
-    QWidget *buildPanel();
-    QWidget *buildWorkArea();
     void connectParts();
 
     QStringList applyParameters();
@@ -79,17 +75,14 @@ private:
     void portVanished();
     void takeFromPort();
     void handleReceived(const QByteArrayList &pieces, qint64 size);
-    void refreshCounts();
     void showCounts();
 
     SerialConfigPanel *m_config = nullptr;
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
     FormPanel *m_panel = nullptr;
-    QPushButton *m_fold = nullptr;
+    WorkArea *m_area = nullptr; // owns the four below
     StateIndicator *m_state = nullptr;
-    QLabel *m_sendLabel = nullptr;
-    QLabel *m_recvLabel = nullptr;
     QtTerminalWidget *m_terminal = nullptr;
     ReceiveStore *m_received = nullptr;
     QtSendBoxWidget *m_sendBox = nullptr;
@@ -97,8 +90,6 @@ private:
 
     std::unique_ptr<QextSerialPort> m_port;
     QTimer m_recvTimer;
-    QTimer m_countTimer; // counts are shown at most four times a second, and the spool written
-    QElapsedTimer m_sinceCounts;
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;
     QByteArrayList m_waiting; // taken from the port, not counted and shown yet

@@ -104,6 +104,7 @@ bool YmodemFileTransmit::startTransmit()
     m_progress = 0;
     m_status = Establish;
     m_reason.clear();
+    m_changed.clear();
     m_fileSize = 0;
     m_sentBytes = 0;
     m_log.clear();
@@ -160,6 +161,17 @@ Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
     return status == Finish ? Ack : Can;
 }
 
+// What the user must know of a batch that the receiver has confirmed.
+QString YmodemFileTransmit::blemish() const
+{
+    if (!m_changed.isEmpty())
+        return QStringLiteral("文件在传输过程中被修改，收到的内容可能是旧的或新旧混杂: %1")
+            .arg(m_changed.join(QStringLiteral("、")));
+    if (!unsentFiles().isEmpty())
+        return QStringLiteral("接收端提前结束了本批传输，部分文件未发送");
+    return {};
+}
+
 void YmodemFileTransmit::writeTimeOut()
 {
     m_file.close();
@@ -177,6 +189,7 @@ void YmodemFileTransmit::handleError(QSerialPort::SerialPortError error)
     qWarning().noquote() << "lost" << m_port.portName() << m_port.errorString();
     m_readTimer.stop();
     resetTransfer();
+    m_lineFreeAtUs = 0; // nothing leaves any more
     end(Error, QStringLiteral("串口已断开"));
 }
 
@@ -233,6 +246,10 @@ Ymodem::uint32 YmodemFileTransmit::writeBytes(uint8 *buffer, uint32 length)
 
 Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, uint32 *length)
 {
+    // Who asks for more has the last packet: the line may be faster than its
+    // baud rate says, as that of a board with USB of its own is.
+    if (status <= Finish)
+        m_lineFreeAtUs = std::min(m_lineFreeAtUs, nowUs());
     switch (status) {
     case Establish:
         return openNextFile(buffer, length);
@@ -240,9 +257,7 @@ Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, u
         return readNextData(buffer, length);
     case Finish:
         m_completed = m_next;
-        return end(Finish, unsentFiles().isEmpty()
-                               ? QString()
-                               : QStringLiteral("接收端提前结束了本批传输，部分文件未发送"));
+        return end(Finish, blemish());
     case Abort:
         return end(Abort, QStringLiteral("接收端取消了传输"));
     case Timeout:
@@ -271,6 +286,7 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
         return end(Error, whyNotReadable(name));
     ++m_next;
     m_fileSize = m_file.size();
+    m_fileTime = QFileInfo(name).lastModified();
     m_sentBytes = 0;
     const QByteArray header = fileHeader(name, m_fileSize);
     std::copy(header.begin(), header.end(), buffer);
@@ -285,6 +301,9 @@ Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
 {
     const qint64 left = m_fileSize - m_sentBytes;
     if (left <= 0) {
+        const QFileInfo info(m_file.fileName());
+        if (info.exists() && info.lastModified() != m_fileTime)
+            m_changed.append(m_file.fileName());
         m_status = Transmit;
         emit transmitStatus(Transmit, QString());
         return Eot;

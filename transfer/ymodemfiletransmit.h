@@ -9,6 +9,7 @@
 #include "transfer/transferlog.h"
 #include "transfer/ymodem.h"
 
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QObject>
@@ -48,7 +49,7 @@ public:
     qint64 bytesSent() const { return m_sentBytes; }
     qint64 fileSize() const { return m_fileSize; }
 
-    // Why the last transfer did not succeed, for the user; empty if it did.
+    // What went wrong in the last transfer, for the user; empty if nothing did.
     QString reason() const { return m_reason; }
     // Files of the list whose end the receiver has not confirmed.
     QStringList unsentFiles() const { return m_files.mid(m_completed); }
@@ -76,6 +77,7 @@ private:
     uint8 openNextFile(uint8 *buffer, uint32 *length);
     uint8 readNextData(uint8 *buffer, uint32 *length);
     uint8 end(Status status, const QString &reason);
+    QString blemish() const;
     void handleError(QSerialPort::SerialPortError error);
     bool isRunning() const { return isBusy() && (m_status == Establish || m_status == Transmit); }
     void scheduleStep(qint64 atUs);
@@ -91,6 +93,8 @@ private:
     QTimer m_readTimer;
     QTimer m_writeTimer;
     qint64 m_fileSize = 0;
+    QDateTime m_fileTime;  // of its last change, when it was opened
+    QStringList m_changed; // files that were written to while they were sent
     qint64 m_sentBytes = 0;
     int m_progress = 0; // percent, as last emitted
     Status m_status = Abort;

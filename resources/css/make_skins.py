@@ -16,6 +16,7 @@ SKINS = {
     "default": {
         "TITLE": "dark skin",
         "folder": "dark",
+        "plot_style": "black",
         # palette
         "text": "#f2f2f2",
         "accent": "#02a1dd",
@@ -58,6 +59,7 @@ SKINS = {
     "white": {
         "TITLE": "light skin",
         "folder": "white",
+        "plot_style": "white",
         # palette
         "text": "#333333",
         "accent": "#02a1dd",
@@ -100,6 +102,7 @@ SKINS = {
     "yellow": {
         "TITLE": "yellow skin",
         "folder": "yellow",
+        "plot_style": "yellow",
         # palette
         "text": "#f2f2f2",
         "accent": "#feba3b",

@@ -16,41 +16,48 @@ private slots:
     void plugsBoardsInAndTakesThemAway();
 
 private:
-    static QString beside() { return QCoreApplication::applicationDirPath() + QStringLiteral("/boardsim"); }
+    static QString beside(const QString &program)
+    {
+        return QCoreApplication::applicationDirPath() + QLatin1Char('/') + program;
+    }
 };
 
 void TestDemoBoards::init()
 {
-    QFile::remove(beside());
+    QFile::remove(beside("boardsim"));
+    QFile::remove(beside("updateserver"));
 }
 
 void TestDemoBoards::reportsAMissingBoardsim()
 {
     DemoBoards boards;
     const QSignalSpy failures(&boards, &DemoBoards::failed);
-    for (int i = 0; i < 4; ++i)
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^simulated board (COM[345]|TCP) failed:"));
+    for (int i = 0; i < 7; ++i)
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^simulated board .* failed:"));
     boards.start();
-    QTRY_COMPARE(failures.count(), 4);
+    QTRY_COMPARE(failures.count(), 7);
     QVERIFY(failures.first().at(0).toString().contains("[COM3]"));
 }
 
 void TestDemoBoards::plugsBoardsInAndTakesThemAway()
 {
-    QVERIFY(QFile::link(BOARDSIM_PATH, beside()));
+    QVERIFY(QFile::link(BOARDSIM_PATH, beside("boardsim")));
+    QVERIFY(QFile::link(UPDATESERVER_PATH, beside("updateserver")));
     QString folder;
     {
         DemoBoards boards;
         const QSignalSpy failures(&boards, &DemoBoards::failed);
         boards.start();
         folder = qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
-        QTRY_COMPARE(QDir(folder).entryList(QDir::System, QDir::Name), (QStringList{"COM3", "COM4", "COM5"}));
+        QTRY_COMPARE(QDir(folder).entryList(QDir::System, QDir::Name),
+                     (QStringList{"COM3", "COM4", "COM5", "COM6", "COM7"}));
+        QTRY_VERIFY(qEnvironmentVariable("KORVEX_UPDATE_SERVER").startsWith("127.0.0.1:"));
         QCOMPARE(failures.count(), 0);
 
         // In the encoding that the program starts with, or Chinese is garbled.
         QCOMPARE(Settings::instance().textCodec, 1);
         for (const QProcess *board : boards.findChildren<QProcess *>())
-            QVERIFY(board->arguments().contains("gb18030"));
+            QVERIFY(board->arguments().contains("gb18030") || board->program().endsWith("updateserver"));
     }
     QVERIFY(!QFileInfo::exists(folder));
 }

@@ -1,3 +1,4 @@
+#include "pid/pidplot.h"
 #include "serial/qtterminalwidget.h"
 #include "shell/base/dialoganswers.h"
 #include "shell/base/qtmessagetip.h"
@@ -16,6 +17,7 @@
 #include <QScreen>
 #include <QTabBar>
 #include <QTest>
+#include <QToolTip>
 
 namespace {
 
@@ -62,6 +64,39 @@ QPixmap onScreen(QWidget *widget)
     return rested ? last : QPixmap();
 }
 
+// Starts three loops on the PID page, lets them settle and stops them, so that
+// the chart comes to rest.
+bool runControlLoops(Stage &stage, const BoardProcess &board)
+{
+    auto *tabs = stage.find<QTabBar>("toolTabs");
+    auto *start = stage.find<QPushButton>("btnPidStart");
+    const auto idle = QStringLiteral("启动");
+    const auto choose = [&stage](int channel) {
+        return UserHand::choose(stage.find<QComboBox>("comboPidChannel"),
+                                QStringLiteral("CH%1").arg(channel));
+    };
+    if (!UserHand::clickAt(tabs, tabs->tabRect(3).center()) ||
+        !UserHand::choose(stage.find<QComboBox>("comboPidPort"),
+                          board.port() + QStringLiteral(" 虚拟串口")) ||
+        !UserHand::click(stage.find<QWidget>("btnPidOpen")) ||
+        !UserHand::click(stage.find<QWidget>("checkPidFitAll")))
+        return false;
+    for (const auto &[channel, target] : {std::pair{3, "200"}, std::pair{1, "-150"}, std::pair{2, "400"}}) {
+        if (!choose(channel) ||
+            !UserHand::typeInto(stage.find<QWidget>("editTarget"), QString::fromLatin1(target)) ||
+            !UserHand::press(Qt::Key_Return) || (start->text() != idle && !UserHand::click(start)) ||
+            !UserHand::click(start))
+            return false;
+    }
+    auto *plot = stage.find<PidPlot>("pidPlot");
+    if (!QTest::qWaitFor([plot] { return plot->graph(6)->dataCount() > 400; }, 30000))
+        return false;
+    for (int channel : {3, 1, 2})
+        if (!choose(channel) || (start->text() == idle && !UserHand::click(start)) || !UserHand::click(start))
+            return false;
+    return true;
+}
+
 } // namespace
 
 PictureTour::PictureTour(const QString &folder)
@@ -95,10 +130,14 @@ void PictureTour::tools()
     BoardProcess board(QStringLiteral("COM3"), stage().portsFolder());
     QVERIFY(stage().plugIn(board, {QStringLiteral("--mode"), QStringLiteral("log"), QStringLiteral("--rate"),
                                    QStringLiteral("15")}));
+    // Before any port is open: a change of the list closes the serial page's.
+    BoardProcess loops(QStringLiteral("COM6"), stage().portsFolder());
+    QVERIFY(stage().plugIn(loops, {QStringLiteral("--mode"), QStringLiteral("pid")}));
     QVERIFY(stage().openPort(board));
     QVERIFY(
         UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("AT+VERSION\n读取温度")));
     WAIT_FOR(stage().shownText().count(QLatin1Char('\n')) >= 30);
+    QVERIFY(runControlLoops(stage(), loops));
     auto *tabs = stage().find<QTabBar>("toolTabs");
     QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(2).center()));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
@@ -113,11 +152,26 @@ void PictureTour::tools()
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
         save(QStringLiteral("%1%2").arg(QLatin1String(kTools[i]), suffix), onScreen(tabs));
     }
+    QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
+    auto *plot = stage().find<PidPlot>("pidPlot");
+    QWindow *window = plot->window()->windowHandle();
+    const QPoint place = plot->mapTo(plot->window(), plot->rect().center() + QPoint(150, -60));
+    QTest::mouseMove(window, place - QPoint(3, 0));
+    QTest::mouseMove(window, place);
+    WAIT_FOR(QToolTip::isVisible());
+    save(QStringLiteral("pid-readout%1").arg(suffix), onScreen(tabs));
+    for (const char *type : {"png", "pdf"}) {
+        Stage::answerFileDialogs(
+            QStringLiteral("%1/pid-saved%2.%3").arg(m_folder, suffix, QLatin1String(type)));
+        QVERIFY(UserHand::click(stage().find<QWidget>("btnPidPicture")));
+    }
     if (suffix.isEmpty()) { // as a window is at the least
         QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
         stage().window().resize(800, 500);
         WAIT_EQUAL(stage().window().size(), QSize(800, 500));
         save(QStringLiteral("serial-small"), onScreen(tabs));
+        QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
+        save(QStringLiteral("pid-small"), onScreen(tabs));
     }
 }
 
@@ -231,7 +285,7 @@ void PictureTour::fileSending()
     for (const QString &name : {QStringLiteral("启动参数.cfg"), QStringLiteral("firmware_v1.2.bin")}) {
         names.append(stage().file(name));
         QFile file(names.last());
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(names.size() == 1 ? 300 : 100000));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(names.size() == 1 ? 300 : 1000000));
     }
     DialogAnswers::instance().fileNames = [&names](auto, auto, auto, auto) { return names; };
     auto *pages = stage().find<QComboBox>("comboSendPage");
@@ -242,7 +296,7 @@ void PictureTour::fileSending()
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpenFiles")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnSendFiles")));
     WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->text().startsWith(QStringLiteral("firmware")));
-    WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->value() >= 60);
+    WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->value() >= 20); // with time left for a picture
     save(QStringLiteral("filesend%1").arg(suffix), onScreen(pages));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnSendFiles")));
     QVERIFY(stage().waitForNotice(QStringLiteral("传输终止: 用户停止了传输"), Notice::Error));

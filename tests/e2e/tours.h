@@ -77,6 +77,23 @@ private slots:
     void talksToAShell();
 };
 
+// A control loop is tuned against a board that has five.
+class PidTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void tunesALoop();
+    void holdsTheViewAndReturns();
+    void choosesCurves();
+    void livesWithBadBoards_data();
+    void livesWithBadBoards();
+    void noticesAResetBoard();
+    void noticesAPulledBoard();
+    void leavesAPortThatTheSerialPageHolds();
+    void stopsTheMotorWhenQuitting();
+};
+
 // Server, client and UDP with boards on the network.
 class NetworkTour : public Tour
 {
@@ -110,6 +127,15 @@ private slots:
     void sendsFiles();
     void stops();
     void explainsAFailure();
+};
+
+// A newer version is found and fetched.
+class UpdateTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void downloadsAPackage();
 };
 
 // The window around the tools, and its end.

@@ -3,6 +3,7 @@
 
 #include "tests/serial/serialpagetest.h"
 
+#include "app/settings.h"
 #include "serial/filesendpage.h"
 #include "serial/qtsendboxwidget.h"
 #include "shell/base/dialoganswers.h"
@@ -10,6 +11,7 @@
 
 #include <QComboBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 
@@ -18,11 +20,13 @@ class TestFileTransfer : public SerialPageTest
     Q_OBJECT
 
 private slots:
+    void listsFilesOnce();
     void sendsFiles();
     void endsInEveryWay_data();
     void endsInEveryWay();
     void sendsAgainAfterAFailure();
     void keepsItsOwnBytesApart();
+    void keepsThePortsParameters();
     void losesThePort();
     void cannotStartWithoutTheDevice();
     void asksBeforeClosing();
@@ -72,6 +76,33 @@ void TestFileTransfer::checkThePort()
     QTRY_VERIFY(shown().endsWith("back again"));
 }
 
+void TestFileTransfer::listsFilesOnce()
+{
+    const QString name = makeFile("50%version.bin", 3000);
+    const QString longName = makeFile(QString(200, 'n'), 3000);
+    DialogAnswers::instance().fileNames = [&](auto, auto, auto, auto) { return QStringList{name, longName}; };
+    click("btnOpenFiles");
+    makeFile("50%version.bin", 4000);
+    click("btnOpenFiles");
+    const auto *list = child<QListWidget>("listFiles");
+    QCOMPARE(list->count(), 2);
+    QCOMPARE(list->item(0)->text(), QStringLiteral("50%version.bin  (4000 字节)"));
+    QFile::remove(longName);
+    openPort();
+    click("btnSendFiles");
+    QCOMPARE(list->item(1)->text(), QString(200, 'n') + QStringLiteral("  (文件不存在)"));
+
+    m_page->findChild<QtSendBoxWidget *>()->setCurrentPage(QtSendBoxWidget::FilePage);
+    auto *page = m_page->findChild<FileSendPage *>();
+    const auto *bar = child<QProgressBar>("progressTransfer");
+    page->setProgress(20, name);
+    QCOMPARE(bar->text().remove(QChar(0x2060)), QStringLiteral("50%version.bin  20%"));
+    QTRY_VERIFY(bar->width() > 200);
+    page->setProgress(20, longName);
+    QVERIFY(bar->text().endsWith(QStringLiteral("  20%")));
+    QVERIFY(bar->fontMetrics().horizontalAdvance(bar->text()) <= bar->width());
+}
+
 void TestFileTransfer::sendsFiles()
 {
     openPort();
@@ -100,6 +131,7 @@ void TestFileTransfer::sendsFiles()
     QVERIFY(waitForEnd());
     QVERIFY(text().endsWith(QStringLiteral("握手成功\n\n传输完成")));
     QCOMPARE(child<QProgressBar>("progressTransfer")->text(), QStringLiteral("传输完成  100%"));
+    QCOMPARE(child<QLabel>("labelTransferAmount")->text(), QStringLiteral("2.9 KB / 2.9 KB"));
     QCOMPARE(lastNotice(), QStringLiteral("文件传输完成！"));
     QCOMPARE(lastKind(), 0);
     checkThePort();
@@ -164,6 +196,22 @@ void TestFileTransfer::keepsItsOwnBytesApart()
     QVERIFY(waitForEnd());
     QCOMPARE(shown(), QStringLiteral("before just before"));
     QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
+}
+
+// Settings restored during a transfer wait for the port to be closed.
+void TestFileTransfer::keepsThePortsParameters()
+{
+    openPort();
+    const QString before = child<QComboBox>("comboBaudRate")->currentText();
+    beginSending({makeFile("a.bin", 1)});
+    Settings::instance().serial.baudRate = 9600;
+    m_page->reloadSettings();
+    QCOMPARE(child<QComboBox>("comboBaudRate")->currentText(), before);
+    click("btnSendFiles");
+    QVERIFY(waitForEnd());
+    QCOMPARE(child<QComboBox>("comboBaudRate")->currentText(), before);
+    click("btnOpen");
+    QCOMPARE(child<QComboBox>("comboBaudRate")->currentText(), QStringLiteral("9600"));
 }
 
 void TestFileTransfer::losesThePort()

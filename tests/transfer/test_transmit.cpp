@@ -29,13 +29,14 @@ private slots:
     void namesWhatWasNotSent();
     void stopsAndSendsAgain();
     void endsWithThePort();
+    void knowsThatALineCanBeFaster();
     void needsAPort();
     void survivesAFlood();
     void logsBeginningAndEnd();
 
 private:
     QString makeFile(const QString &name, const QByteArray &content) const;
-    bool start(const QStringList &files);
+    bool start(const QStringList &files, int baudRate = 115200);
     // Sends the answer and reads so many bytes.
     QByteArray answered(const char *answer, int count);
     QVector<int> statuses() const;
@@ -74,11 +75,11 @@ QString TestTransmit::makeFile(const QString &name, const QByteArray &content) c
     return path;
 }
 
-bool TestTransmit::start(const QStringList &files)
+bool TestTransmit::start(const QStringList &files, int baudRate)
 {
     m_transmit->setFileList(files);
     m_transmit->setPortName(m_board->device());
-    m_transmit->setBaudRate(115200);
+    m_transmit->setBaudRate(baudRate);
     return m_transmit->startTransmit();
 }
 
@@ -176,6 +177,12 @@ void TestTransmit::neverReadsBeyondTheAnnouncedSize()
     m_board->write("\x06");
     QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(5, 'b') + QByteArray(123, '\0'));
     QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
+    m_board->write("\x06");
+    answered("C", 133);
+    m_board->write("\x06");
+    QVERIFY(waitForEnd());
+    QCOMPARE(statuses().last(), 3);
+    QVERIFY(m_transmit->reason().contains(name)); // some of it may be old, some new
 }
 
 void TestTransmit::endsWithAFileThatShrinks()
@@ -272,6 +279,24 @@ void TestTransmit::endsWithThePort()
     QVERIFY(waitForEnd());
     QCOMPARE(statuses(), (QVector<int>{0, 6, 6}));
     QCOMPARE(m_transmit->reason(), QStringLiteral("串口已断开"));
+}
+
+// A board with USB of its own answers long before 1200 baud could have carried
+// a packet. The time that they would have taken must not add up.
+void TestTransmit::knowsThatALineCanBeFaster()
+{
+    QVERIFY(start({makeFile("a.bin", QByteArray(3000, 'a'))}, 1200));
+    answered("C", 133);
+    m_board->write("\x06");
+    answered("C", 1029);
+    answered("\x06", 1029);
+    answered("\x06", 1029);
+    answered("\x06", 1);
+    m_board->write("\x06");
+    answered("C", 133);
+    m_board->write("\x06");
+    QVERIFY(QTest::qWaitFor([this] { return !m_transmit->isBusy(); }, 5000));
+    QCOMPARE(statuses().last(), 3);
 }
 
 void TestTransmit::needsAPort()

@@ -14,7 +14,9 @@
 #include <QTextEdit>
 #include <QtTest>
 
+#include <csignal>
 #include <memory>
+#include <sys/resource.h>
 
 class TestUpdate : public QObject
 {
@@ -250,11 +252,24 @@ void TestUpdate::refusesBadDownloads()
 
 void TestUpdate::saysWhenItCannotWrite()
 {
-    QVERIFY(QDir(path("download")).removeRecursively());
-    QVERIFY(QFile::link("/dev/full", path("full")) && QDir().mkpath(path("download/korvex.zip")));
+    const auto failed = QStringLiteral("升级文件写入失败，请检查磁盘空间！");
+    QVERIFY(QDir().mkpath(path("download/korvex.zip"))); // a folder is in the way
     startDownload(UpdateServer::package("korvex.zip", "PK"));
-    QTRY_COMPARE(status(), QStringLiteral("升级文件写入失败，请检查磁盘空间！")); // a folder is in the way
+    QTRY_COMPARE(status(), failed);
     QVERIFY(updateButton()->isEnabled());
+
+    // The disk is full: here, files may grow no further.
+    QVERIFY(QDir(path("download")).removeRecursively());
+    ::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit small = before;
+    small.rlim_cur = 100000;
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    startDownload(UpdateServer::package("korvex.zip", QByteArray(500000, 'x')));
+    QTRY_COMPARE(status(), failed);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+    QCOMPARE(downloads(), QStringList());
 }
 
 void TestUpdate::followsRedirects()

@@ -101,10 +101,11 @@ QString Board::statistics() const
 {
     const VirtualPort::Statistics numbers = m_port.statistics();
     return QStringLiteral("written=%1 read=%2 dropped=%3 blocked_ms=%4")
-        .arg(numbers.written)
-        .arg(numbers.read)
-        .arg(numbers.dropped)
-        .arg(numbers.blockedMs);
+               .arg(numbers.written)
+               .arg(numbers.read)
+               .arg(numbers.dropped)
+               .arg(numbers.blockedMs) +
+           m_mode->statistics();
 }
 
 } // namespace Boardsim

@@ -4,6 +4,7 @@
 #include "tools/boardsim/echomode.h"
 #include "tools/boardsim/floodmode.h"
 #include "tools/boardsim/logmode.h"
+#include "tools/boardsim/pidmode.h"
 #include "tools/boardsim/shellmode.h"
 #include "tools/boardsim/ymodemmode.h"
 
@@ -27,6 +28,8 @@ std::unique_ptr<BoardMode> BoardMode::create(const Options &options, VirtualPort
         return std::make_unique<FloodMode>(options, port);
     case Options::Mode::Burst:
         return std::make_unique<BurstMode>(options, port);
+    case Options::Mode::Pid:
+        return std::make_unique<PidMode>(options, port);
     case Options::Mode::Ymodem:
         return std::make_unique<YmodemMode>(options, port);
     case Options::Mode::Silent:

@@ -27,6 +27,8 @@ public:
     virtual void stop() {}
     virtual void received(const QByteArray &) {}
     virtual void outputEmpty() {}
+    // More " name=number", for the statistics of the whole run.
+    virtual QString statistics() const { return {}; }
 
 signals:
     // The whole payload has been taken by the port.

@@ -47,12 +47,32 @@ Options::Mode modeFromName(const QString &name)
         {"tcp-client", Options::Mode::TcpClient},
         {"udp", Options::Mode::Udp},
         {"ymodem", Options::Mode::Ymodem},
+        {"pid", Options::Mode::Pid},
     };
     for (const auto &entry : modes) {
         if (name == QLatin1String(entry.name))
             return entry.mode;
     }
     reject(QStringLiteral("there is no mode '%1'").arg(name));
+}
+
+Options::Fault faultFromName(const QString &name)
+{
+    const struct
+    {
+        const char *name;
+        Options::Fault fault;
+    } faults[] = {
+        {"none", Options::Fault::None},   {"garbage", Options::Fault::Garbage},
+        {"glued", Options::Fault::Glued}, {"cut", Options::Fault::Cut},
+        {"flood", Options::Fault::Flood}, {"silence", Options::Fault::Silence},
+        {"reset", Options::Fault::Reset},
+    };
+    for (const auto &entry : faults) {
+        if (name == QLatin1String(entry.name))
+            return entry.fault;
+    }
+    reject(QStringLiteral("there is no fault '%1'").arg(name));
 }
 
 Options::Act actFromName(const QString &name)
@@ -115,13 +135,17 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     };
     option("folder", "path", "Folder of the port links (default: $KORVEX_VIRTUAL_PORTS).");
     option("port", "COM<n>", "Name of the port (default: COM3).");
-    option("mode", "name",
-           "log, echo, shell, flood, silent, burst, ymodem, tcp-server, tcp-client or udp (default: log).");
+    option(
+        "mode", "name",
+        "log, echo, shell, flood, silent, burst, pid, ymodem, tcp-server, tcp-client or udp (default: log).");
     option("encoding", "name",
            "utf8, gb18030, ascii (payload only) or binary; of names, too (default: utf8).");
     option("rate", "n", "log: lines, udp flood: datagrams per second (default: 20).");
     option("bytes-per-second", "n", "burst: mean rate (default: 92000).");
     option("burst-pause", "ms", "burst: silence between bursts (default: 12).");
+    option("report-rate", "n", "pid: actual values per second of each running loop (default: 100).");
+    option("noise", "units", "pid: noise of the measurement, either way (default: 2).");
+    option("pid-fault", "name", "pid: garbage, glued, cut, flood, silence or reset (default: none).");
     option("total", "bytes", "flood, burst: how much to send (default: without end).");
     option("delay", "ms", "Begin so long after a host has opened the port (default: 200).");
     parser.addOption({QStringLiteral("start-on-byte"),
@@ -172,6 +196,11 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     options.bytesPerSecond =
         int(number(parser, QStringLiteral("bytes-per-second"), options.bytesPerSecond, 1, 100000000));
     options.burstPauseMs = int(number(parser, QStringLiteral("burst-pause"), options.burstPauseMs, 1, 60000));
+    options.reportsPerSecond =
+        int(number(parser, QStringLiteral("report-rate"), options.reportsPerSecond, 1, 100000));
+    options.noise = int(number(parser, QStringLiteral("noise"), options.noise, 0, 1000));
+    if (parser.isSet(QStringLiteral("pid-fault")))
+        options.fault = faultFromName(parser.value(QStringLiteral("pid-fault")));
     options.totalBytes =
         number(parser, QStringLiteral("total"), options.totalBytes, 0, std::numeric_limits<qint64>::max());
     options.startDelayMs = int(number(parser, QStringLiteral("delay"), options.startDelayMs, 0, most));

@@ -13,7 +13,7 @@ namespace Boardsim {
 
 struct Options
 {
-    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, Ymodem, TcpServer, TcpClient, Udp };
+    enum class Mode { Log, Echo, Shell, Flood, Silent, Burst, Pid, Ymodem, TcpServer, TcpClient, Udp };
 
     // What a board on the network does with each of its connections, or with
     // datagrams (of those: Echo, Flood, Silent).
@@ -29,6 +29,7 @@ struct Options
         Vanish,    // closes at once
         Deaf       // never reads
     };
+    enum class Fault { None, Garbage, Glued, Cut, Flood, Silence, Reset }; // of a pid board
 
     QString folder; // of the links
     QString port = QStringLiteral("COM3");
@@ -37,6 +38,9 @@ struct Options
     int linesPerSecond = 20;    // log
     int bytesPerSecond = 92000; // burst
     int burstPauseMs = 12;      // burst
+    int reportsPerSecond = 100; // pid: of each running loop
+    int noise = 2;              // pid: of the measurement, in units either way
+    Fault fault = Fault::None;  // pid
     qint64 totalBytes = -1;     // flood, burst; -1 without end
     int startDelayMs = 200;     // from the host's arrival
     bool startOnByte = false;   // instead of the delay

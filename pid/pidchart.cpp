@@ -1,0 +1,177 @@
+#include "pid/pidchart.h"
+
+#include "app/safefile.h"
+#include "pid/pidcurvelist.h"
+#include "pid/pidexport.h"
+#include "pid/pidplot.h"
+#include "shell/base/stateindicator.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QToolTip>
+
+PidChart::PidChart(QWidget *parent)
+    : QWidget(parent)
+    , m_plot(new PidPlot(this))
+    , m_curves(new PidCurveList(this))
+    , m_zoom(new QComboBox(this))
+    , m_fitAll(new QCheckBox(QStringLiteral("适应全部曲线"), this))
+    , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
+    , m_follow(new QLabel(this))
+    , m_live(new QPushButton(QStringLiteral("返回实时"), this))
+    , m_state(new StateIndicator(this))
+{
+    buildUi();
+    connect(m_plot, &PidPlot::followChanged, this, &PidChart::showFollow);
+    connect(m_plot, &PidPlot::drawn, this, &PidChart::showValues);
+    connect(m_live, &QPushButton::clicked, m_plot, &PidPlot::returnToLive);
+    connect(m_fitAll, &QCheckBox::toggled, m_plot, &PidPlot::setFitAll);
+    connect(m_curves, &PidCurveList::colourChanged, this, &PidChart::applyCurve);
+    applyCurves();
+    showFollow();
+}
+
+void PidChart::buildUi()
+{
+    m_zoom->setObjectName(QStringLiteral("comboPidZoom"));
+    m_zoom->addItems({QStringLiteral("X轴缩放"), QStringLiteral("Y轴缩放")});
+    m_zoom->setToolTip(QStringLiteral("滚轮缩放哪个坐标轴；在曲线上单击右键可切换"));
+    m_fitAll->setObjectName(QStringLiteral("checkPidFitAll"));
+    m_fitAll->setToolTip(QStringLiteral("幅度轴包括所有显示的曲线；不勾选时只适应最近上报的通道的实际值"));
+    m_fold->setObjectName(QStringLiteral("btnFold"));
+    m_follow->setObjectName(QStringLiteral("labelPidFollow"));
+    m_follow->setProperty("kind", "hint");
+    m_live->setObjectName(QStringLiteral("btnPidLive"));
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addLayout(buildTopRow());
+    column->addWidget(m_plot, 1);
+    column->addWidget(m_curves);
+}
+
+QLayout *PidChart::buildTopRow()
+{
+    auto *row = new QHBoxLayout;
+    row->setSpacing(8);
+    row->addWidget(m_fold);
+    row->addSpacing(8);
+    row->addWidget(new QLabel(QStringLiteral("曲线缩放"), this));
+    row->addWidget(m_zoom);
+    row->addWidget(m_fitAll);
+    row->addStretch();
+    row->addWidget(m_follow);
+    row->addWidget(m_live);
+    row->addWidget(m_state);
+    return row;
+}
+
+void PidChart::addValue(int channel, double t, qint32 target, qint32 actual)
+{
+    m_values.at(static_cast<size_t>(channel)) = {target, actual, true};
+    m_plot->addPoint(channel, t, target, actual);
+}
+
+void PidChart::clear()
+{
+    m_plot->recreateCurves();
+    applyCurves();
+    m_curves->clearValues();
+    m_values.fill({});
+}
+
+void PidChart::applyCurve(int graph)
+{
+    const int key = PidCurveList::keyOf(graph);
+    m_plot->setCurve(graph, m_curves->colour(key), m_curves->isShown(key), m_curves->name(graph));
+}
+
+void PidChart::applyCurves()
+{
+    for (int graph = 0; graph < PidCurveList::curves; ++graph)
+        applyCurve(graph);
+}
+
+void PidChart::showCurve(int graph, bool shown)
+{
+    if (QCPGraph *curve = m_plot->graph(graph))
+        curve->setVisible(shown);
+    m_plot->replot(QCustomPlot::rpQueuedReplot);
+}
+
+// Numbers change with the picture, not with each report.
+void PidChart::showValues()
+{
+    for (int channel = 0; channel < channels; ++channel) {
+        Value &value = m_values.at(static_cast<size_t>(channel));
+        if (!value.isNew)
+            continue;
+        value.isNew = false;
+        m_curves->setValue(channel, value.target);
+        m_curves->setValue(channel + channels, value.actual);
+    }
+    // The curves move on below a mouse that rests.
+    if (m_plot->underMouse() && QToolTip::isVisible())
+        showReadOut(m_plot->mapFromGlobal(QCursor::pos()));
+}
+
+void PidChart::setZoomAxis(int index)
+{
+    m_plot->axisRect()->setRangeZoom(index == 0 ? Qt::Horizontal : Qt::Vertical);
+}
+
+void PidChart::flipZoomAxis()
+{
+    m_zoom->setCurrentIndex(1 - m_zoom->currentIndex());
+}
+
+void PidChart::showReadOut(const QPoint &place)
+{
+    const double key = m_plot->xAxis->pixelToCoord(place.x());
+    const QString text = m_plot->axisRect()->rect().contains(place) ? m_plot->readOut(key) : QString();
+    if (text.isEmpty()) {
+        m_plot->hideCursor();
+        QToolTip::hideText();
+        return;
+    }
+    m_plot->setCursorAt(key);
+    QToolTip::showText(m_plot->mapToGlobal(place) + QPoint(12, 12), text, m_plot);
+}
+
+void PidChart::showFollow()
+{
+    const PidPlot::Follow follow = m_plot->follow();
+    m_live->setVisible(follow != PidPlot::Live);
+    if (follow == PidPlot::Live)
+        m_follow->setText(QStringLiteral("实时"));
+    else if (follow == PidPlot::ValueFixed)
+        m_follow->setText(QStringLiteral("幅度已固定"));
+    else
+        m_follow->setText(QStringLiteral("已停住"));
+}
+
+bool PidChart::exportTables(const QString &fileName) const
+{
+    QVector<PidExport::Channel> tables;
+    for (int channel = 0; channel < channels; ++channel) {
+        const auto targets = m_plot->graph(channel)->data();
+        const auto actuals = m_plot->graph(channel + channels)->data();
+        tables.append({targets->size(), [targets](int k) { return targets->at(k)->value; },
+                       [actuals](int k) { return actuals->at(qMin(k, actuals->size() - 1))->value; }});
+    }
+    QSaveFile file(fileName);
+    return file.open(QIODevice::WriteOnly) && PidExport::write(&file, tables) && SafeFile::commit(file);
+}
+
+bool PidChart::savePicture(const QString &fileName) const
+{
+    const bool pdf = fileName.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive);
+    QSaveFile file(fileName);
+    return file.open(QIODevice::WriteOnly) &&
+           m_plot->writePicture(&file, pdf ? PidPlot::Pdf : PidPlot::Png) && SafeFile::commit(file);
+}

@@ -1,0 +1,189 @@
+#include "pid/pidcurvelist.h"
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QToolButton>
+
+namespace {
+
+struct Default
+{
+    int key;
+    const char *label;
+    const char *colour;
+};
+
+constexpr Default kDefaults[PidCurveList::curves] = {
+    {0x101, "CH1", "#D9001B"}, {0x102, "CH2", "#bfbf00"}, {0x103, "CH3", "#00ffff"},
+    {0x104, "CH4", "#015478"}, {0x105, "CH5", "#c280ff"}, {0x201, "CH1", "#b8741a"},
+    {0x202, "CH2", "#70b603"}, {0x203, "CH3", "#02a7f0"}, {0x204, "CH4", "#0000bf"},
+    {0x205, "CH5", "#420080"},
+};
+
+// Offered beside a curve's own colour; each can be told from light and from
+// dark grounds.
+const struct
+{
+    const char *colour;
+    const char *name;
+} kOffered[] = {
+    {"#e5484d", "红色"}, {"#e07b00", "橙色"}, {"#a38a00", "黄色"}, {"#3c9a3c", "绿色"},
+    {"#0a9a9a", "青色"}, {"#3d8bff", "蓝色"}, {"#a066ff", "紫色"}, {"#8a8a8a", "灰色"},
+};
+
+QIcon swatchIcon(const QColor &colour, const QColor &outline)
+{
+    QPixmap pixmap(14, 14);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setPen(outline);
+    painter.setBrush(colour);
+    painter.drawRect(0, 3, 13, 7);
+    return QIcon(pixmap);
+}
+
+} // namespace
+
+// As wide as its place, however long the number; the whole number is in the
+// tool tip. One that was cut off would be another number.
+class PidCurveList::NumberLabel : public QLabel
+{
+public:
+    explicit NumberLabel(QWidget *parent)
+        : QLabel(parent)
+    {
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        setNumber(QString());
+    }
+
+    void setNumber(const QString &number)
+    {
+        m_number = number;
+        const bool fits = fontMetrics().horizontalAdvance(number) <= contentsRect().width();
+        setText(fits ? number : QStringLiteral("…"));
+        setToolTip(QStringLiteral("当前值: ") + (number.isEmpty() ? QStringLiteral("无") : number));
+    }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        QLabel::resizeEvent(event);
+        setNumber(m_number);
+    }
+
+private:
+    QString m_number;
+};
+
+PidCurveList::PidCurveList(QWidget *parent)
+    : QWidget(parent)
+{
+    setObjectName(QStringLiteral("pidCurveList"));
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setHorizontalSpacing(4);
+    grid->setVerticalSpacing(0);
+    grid->addWidget(new QLabel(QStringLiteral("目标值"), this), 0, 0);
+    grid->addWidget(new QLabel(QStringLiteral("实际值"), this), 1, 0);
+    for (int graph = 0; graph < curves; ++graph) {
+        Curve &curve = m_curves.at(static_cast<size_t>(graph));
+        curve.key = kDefaults[graph].key;
+        curve.label = QLatin1String(kDefaults[graph].label);
+        addCell(grid, graph, curve);
+        setColour(graph, QColor(QLatin1String(kDefaults[graph].colour)));
+    }
+    for (int channel = 0; channel < channels; ++channel)
+        grid->setColumnStretch(1 + channel, 1);
+}
+
+void PidCurveList::addCell(QGridLayout *grid, int graph, Curve &curve)
+{
+    curve.shown = new QCheckBox(curve.label, this);
+    curve.shown->setObjectName(QStringLiteral("checkCurve%1").arg(graph));
+    curve.shown->setChecked(true);
+    curve.swatch = new QToolButton(this);
+    curve.swatch->setObjectName(QStringLiteral("curveColour%1").arg(graph));
+    curve.swatch->setToolTip(QStringLiteral("单击选择颜色"));
+    curve.value = new NumberLabel(this);
+    curve.value->setObjectName(QStringLiteral("curveValue%1").arg(graph));
+    connect(curve.shown, &QCheckBox::toggled, this,
+            [this, graph](bool shown) { emit signalGraphClicked(graph, shown); });
+    connect(curve.swatch, &QToolButton::clicked, this, [this, graph] { offerColours(graph); });
+
+    auto *cell = new QHBoxLayout;
+    cell->setSpacing(2);
+    cell->addWidget(curve.swatch);
+    cell->addWidget(curve.shown);
+    cell->addWidget(curve.value, 1);
+    grid->addLayout(cell, graph / channels, 1 + graph % channels);
+}
+
+int PidCurveList::keyOf(int graph)
+{
+    return graph / 5 * 251 + 257 + graph;
+}
+
+const PidCurveList::Curve *PidCurveList::find(int key) const
+{
+    for (const Curve &curve : m_curves)
+        if (curve.key == key)
+            return &curve;
+    return nullptr;
+}
+
+QColor PidCurveList::colour(int key) const
+{
+    const Curve *curve = find(key);
+    return curve ? curve->colour : QColor(0xff, 0, 0);
+}
+
+bool PidCurveList::isShown(int key) const
+{
+    const Curve *curve = find(key);
+    return !curve || curve->shown->isChecked();
+}
+
+QString PidCurveList::name(int graph) const
+{
+    return m_curves.at(static_cast<size_t>(graph)).label +
+           (graph < channels ? QStringLiteral(" 目标值") : QStringLiteral(" 实际值"));
+}
+
+void PidCurveList::setValue(int graph, int value)
+{
+    m_curves.at(static_cast<size_t>(graph)).value->setNumber(QString::number(value));
+}
+
+void PidCurveList::clearValues()
+{
+    for (const Curve &curve : m_curves)
+        curve.value->setNumber(QString());
+}
+
+void PidCurveList::setColour(int graph, const QColor &colour)
+{
+    Curve &curve = m_curves.at(static_cast<size_t>(graph));
+    curve.colour = colour;
+    curve.swatch->setIcon(swatchIcon(colour, palette().color(QPalette::Mid)));
+    emit colourChanged(graph);
+}
+
+void PidCurveList::offerColours(int graph)
+{
+    QMenu menu(this);
+    const QColor outline = palette().color(QPalette::Mid);
+    const auto offer = [&](const QColor &colour, const QString &name) {
+        menu.addAction(swatchIcon(colour, outline), name)->setData(colour);
+    };
+    offer(QColor(QLatin1String(kDefaults[graph].colour)), QStringLiteral("默认颜色"));
+    menu.addSeparator();
+    for (const auto &entry : kOffered)
+        offer(QColor(QLatin1String(entry.colour)), QString::fromUtf8(entry.name));
+    const QToolButton *swatch = m_curves.at(static_cast<size_t>(graph)).swatch;
+    if (const QAction *chosen = menu.exec(swatch->mapToGlobal(QPoint(0, 0))))
+        setColour(graph, chosen->data().value<QColor>());
+}

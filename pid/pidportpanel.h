@@ -1,0 +1,32 @@
+#pragma once
+
+// The port and the baud rate of the PID page, and the button that opens and
+// closes. Opens nothing itself.
+
+#include "shell/base/formpanel.h"
+
+class PortComboBox;
+class QComboBox;
+class QPushButton;
+
+class PidPortPanel : public FormGroup
+{
+    Q_OBJECT
+
+public:
+    explicit PidPortPanel(QWidget *parent = nullptr);
+
+    QString portText() const; // an entry of the list, or what was typed
+    int baudRate() const;
+    void setPorts(const QStringList &entries);
+    // Open: port and rate are fixed and the button closes.
+    void setOpenState(bool open);
+
+signals:
+    void openClicked();
+
+private:
+    PortComboBox *m_port;
+    QComboBox *m_baudRate;
+    QPushButton *m_open;
+};

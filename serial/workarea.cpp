@@ -1,0 +1,125 @@
+#include "serial/workarea.h"
+
+#include "serial/qtterminalwidget.h"
+#include "serial/receivestore.h"
+#include "shell/base/formpanel.h"
+#include "shell/base/placeholdertext.h"
+#include "shell/base/stateindicator.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSplitter>
+
+namespace {
+
+constexpr int kError = 255;
+constexpr int kCountPeriodMs = 250;
+
+} // namespace
+
+WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &hint, QWidget *page)
+    : QWidget(page)
+    , m_page(page)
+    , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
+    , m_state(new StateIndicator(this))
+    , m_sendLabel(new QLabel(this))
+    , m_recvLabel(new QLabel(this))
+    , m_terminal(new QtTerminalWidget(this))
+    , m_received(new ReceiveStore(m_terminal, stem, page))
+    , m_sendBox(new QtSendBoxWidget(owner, this))
+    , m_countTimer(this)
+{
+    buildUi(hint);
+    m_countTimer.setSingleShot(true);
+    connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::countsDue);
+    connect(m_terminal, &QtTerminalWidget::clearRequested, this, &WorkArea::clearRequested);
+    connect(m_terminal, &QtTerminalWidget::historyLost, this,
+            [this] { emit notify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError); });
+    connect(m_received, &ReceiveStore::notify, this, &WorkArea::notify);
+    connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &WorkArea::notify);
+}
+
+void WorkArea::buildUi(const QString &hint)
+{
+    m_terminal->setPlaceholderText(hint);
+    PlaceholderText::keepFaint(m_terminal);
+
+    auto *split = new QSplitter(Qt::Vertical, this);
+    split->setObjectName(QStringLiteral("splitRecvSend"));
+    split->setChildrenCollapsible(false);
+    split->addWidget(m_terminal);
+    split->addWidget(m_sendBox);
+    split->setStretchFactor(0, 1);
+    split->setStretchFactor(1, 0);
+    split->setSizes({300, 140});
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addLayout(buildTop());
+    column->addWidget(split, 1);
+}
+
+QLayout *WorkArea::buildTop()
+{
+    m_fold->setObjectName(QStringLiteral("btnFold"));
+    m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
+    m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
+    auto *top = new QHBoxLayout;
+    top->setSpacing(8);
+    top->addWidget(m_fold);
+    top->addStretch();
+    top->addWidget(m_sendLabel);
+    top->addSpacing(8);
+    top->addWidget(m_recvLabel);
+    top->addSpacing(8);
+    top->addWidget(m_state);
+    return top;
+}
+
+void WorkArea::placeBeside(FormPanel *panel, QWidget *lastField)
+{
+    m_panel = panel;
+    auto *row = new QHBoxLayout(m_page);
+    row->setContentsMargins(8, 8, 8, 8);
+    row->setSpacing(8);
+    row->addWidget(panel);
+    row->addWidget(this, 1);
+    // The area was made first, but follows the panel.
+    QVector<QWidget *> parts;
+    for (QWidget *part = m_fold; isAncestorOf(part); part = part->nextInFocusChain())
+        if ((part->focusPolicy() & Qt::TabFocus) && !part->focusProxy())
+            parts.append(part);
+    for (QWidget *part : qAsConst(parts)) {
+        setTabOrder(lastField, part);
+        lastField = part;
+    }
+}
+
+void WorkArea::fold()
+{
+    const bool hide = m_panel->isVisibleTo(m_page);
+    m_panel->setVisible(!hide);
+    m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+}
+
+void WorkArea::refreshCounts()
+{
+    if (m_countTimer.isActive())
+        return;
+    const qint64 since = m_sinceCounts.isValid() ? m_sinceCounts.elapsed() : kCountPeriodMs;
+    if (since >= kCountPeriodMs)
+        emit countsDue();
+    else
+        m_countTimer.start(static_cast<int>(kCountPeriodMs - since));
+}
+
+void WorkArea::showCounts(qint64 sent, qint64 received)
+{
+    m_countTimer.stop();
+    m_sinceCounts.start();
+    m_received->flush();
+    m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(sent));
+    m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(received));
+}

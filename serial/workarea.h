@@ -1,0 +1,66 @@
+#pragma once
+
+// What the serial and the network page have beside their panel: the button
+// that folds the panel, byte counts and state on top, the receive display, and
+// the send box below it. Also lays the page out. Knows no device.
+
+#include "serial/qtsendboxwidget.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QWidget>
+
+class FormPanel;
+class QLabel;
+class QPushButton;
+class QtTerminalWidget;
+class ReceiveStore;
+class StateIndicator;
+
+class WorkArea : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // The spool file's name begins with stem; the empty display says hint.
+    WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &hint, QWidget *page);
+
+    // The page: panel, then this. The keyboard goes from the panel's last field
+    // to what is here.
+    void placeBeside(FormPanel *panel, QWidget *lastField);
+
+    QPushButton *foldButton() const { return m_fold; }
+    void fold(); // or unfold
+
+    StateIndicator *state() const { return m_state; }
+    QtTerminalWidget *terminal() const { return m_terminal; }
+    ReceiveStore *received() const { return m_received; }
+    QtSendBoxWidget *sendBox() const { return m_sendBox; }
+
+    // Counts have changed: countsDue() comes at once, but not more often than
+    // the eye can follow.
+    void refreshCounts();
+    // Bytes; also writes what was received to the spool file.
+    void showCounts(qint64 sent, qint64 received);
+
+signals:
+    void countsDue();
+    void clearRequested();
+    void notify(QString text, int kind);
+
+private:
+    QLayout *buildTop();
+    void buildUi(const QString &hint);
+
+    QWidget *m_page;
+    FormPanel *m_panel = nullptr;
+    QPushButton *m_fold;
+    StateIndicator *m_state;
+    QLabel *m_sendLabel;
+    QLabel *m_recvLabel;
+    QtTerminalWidget *m_terminal;
+    ReceiveStore *m_received;
+    QtSendBoxWidget *m_sendBox;
+    QTimer m_countTimer;
+    QElapsedTimer m_sinceCounts;
+};

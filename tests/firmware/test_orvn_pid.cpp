@@ -1,0 +1,127 @@
+// The board's side of the PID link. Bytes are written out; sums are computed
+// here.
+
+#include "firmware/orvn_pid.h"
+
+#include <QtTest>
+
+#include <cmath>
+
+namespace {
+
+QByteArray withSum(const char *hex)
+{
+    QByteArray frame = QByteArray::fromHex(hex);
+    int sum = 0;
+    for (const char byte : qAsConst(frame))
+        sum += static_cast<unsigned char>(byte);
+    return frame + static_cast<char>(sum % 256);
+}
+
+QVector<orvn_pid_command> receive(const QByteArray &bytes)
+{
+    orvn_pid_receiver receiver{};
+    QVector<orvn_pid_command> commands;
+    orvn_pid_command command;
+    for (const char byte : bytes)
+        if (orvn_pid_receive(&receiver, static_cast<uint8_t>(byte), &command))
+            commands.append(command);
+    return commands;
+}
+
+const QByteArray kGains = QByteArray::fromHex("4f52564e02170000001000 00c03f 0000000000000000 6d");
+const QByteArray kStop = withSum("4f52564e050b00000013");
+
+} // namespace
+
+class TestOrvnPid : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void takesCommands_data();
+    void takesCommands();
+    void skipsWhatIsNoCommand_data();
+    void skipsWhatIsNoCommand();
+    void buildsReports();
+};
+
+void TestOrvnPid::takesCommands_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<int>("channel");
+    QTest::addColumn<float>("p");
+    QTest::addColumn<int>("value");
+    QTest::newRow("gains") << kGains << 0x10 << 2 << 1.5F << 0;
+    QTest::newRow("lowest target") << withSum("4f52564e010f0000001100000080") << 0x11 << 1 << 0.0F << INT_MIN;
+    QTest::newRow("highest target") << withSum("4f52564e050f00000011ffffff7f") << 0x11 << 5 << 0.0F
+                                    << INT_MAX;
+    QTest::newRow("start") << withSum("4f52564e030b00000012") << 0x12 << 3 << 0.0F << 0;
+    QTest::newRow("stop") << kStop << 0x13 << 5 << 0.0F << 0;
+    QTest::newRow("reset") << withSum("4f52564e010b00000014") << 0x14 << 1 << 0.0F << 0;
+    QTest::newRow("period") << withSum("4f52564e040f00000015feffffff") << 0x15 << 4 << 0.0F << -2;
+}
+
+void TestOrvnPid::takesCommands()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(float, p);
+    // Also glued to another, and behind everything that a line can leave there.
+    const QByteArray before[] = {
+        "", "\r\nok", "O", "ORV", "ORVORVN", "ORVN\x01\x0f", bytes.left(9), kGains.left(10), kStop};
+    for (const QByteArray &garbage : before) {
+        // Taken with its last byte, whatever an end that is missing would still ask for.
+        QCOMPARE(receive(garbage + bytes).size(), garbage == kStop ? 2 : 1);
+        const QVector<orvn_pid_command> commands = receive(garbage + bytes + kStop);
+        QCOMPARE(commands.size(), garbage == kStop ? 3 : 2);
+        const orvn_pid_command &command = commands.at(commands.size() - 2);
+        QTEST(int(command.code), "code");
+        QTEST(int(command.channel), "channel");
+        QTEST(command.value, "value");
+        QCOMPARE(command.p, p);
+        QCOMPARE(int(commands.last().code), 0x13);
+    }
+}
+
+void TestOrvnPid::skipsWhatIsNoCommand_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("wrong sum") << QByteArray(kGains).replace(22, 1, "\x6e");
+    QTest::newRow("channel 0") << withSum("4f52564e000b00000012");
+    QTest::newRow("channel 6") << withSum("4f52564e060b00000012");
+    QTest::newRow("channel 255") << withSum("4f52564eff0b00000012");
+    QTest::newRow("command 0x0f") << withSum("4f52564e010b0000000f");
+    QTest::newRow("command 0x16") << withSum("4f52564e010b00000016");
+    QTest::newRow("nothing at all") << withSum("4f52564e010000000000");
+    for (const char *length : {"00000000", "0a000000", "0c000000", "0f000000", "ffffff7f", "f5ffffff"})
+        QTest::newRow(length) << withSum(QByteArray("4f52564e01") + length + "12");
+    QTest::newRow("not a number") << withSum("4f52564e0117000000100000c07f0000000000000000");
+    QTest::newRow("infinite D") << withSum("4f52564e0117000000100000c03f000000000000807f");
+}
+
+void TestOrvnPid::skipsWhatIsNoCommand()
+{
+    QFETCH(QByteArray, bytes);
+    const QVector<orvn_pid_command> commands = receive(bytes + kGains);
+    QCOMPARE(commands.size(), 1);
+    QCOMPARE(int(commands.first().channel), 2);
+}
+
+void TestOrvnPid::buildsReports()
+{
+    uint8_t frame[ORVN_PID_FRAME_MAX];
+    const auto bytes = [&frame](size_t length) {
+        return QByteArray(reinterpret_cast<const char *>(frame), static_cast<int>(length));
+    };
+    QCOMPARE(bytes(orvn_pid_report_target(frame, 1, -1)), withSum("4f52564e010f00000001ffffffff"));
+    QCOMPARE(bytes(orvn_pid_report_actual(frame, 5, INT32_MIN)), withSum("4f52564e050f0000000200000080"));
+    QCOMPARE(bytes(orvn_pid_report_gains(frame, 2, 1.5F, -0.0F, INFINITY)),
+             withSum("4f52564e02170000000 30000c03f000000800000807f"));
+    QCOMPARE(bytes(orvn_pid_report_started(frame, 3)), withSum("4f52564e030b00000004"));
+    QCOMPARE(bytes(orvn_pid_report_stopped(frame, 4)), withSum("4f52564e040b00000005"));
+    QCOMPARE(bytes(orvn_pid_report_period(frame, 1, 0x01020304)), withSum("4f52564e010f0000000604030201"));
+}
+
+QTEST_APPLESS_MAIN(TestOrvnPid)
+#include "test_orvn_pid.moc"

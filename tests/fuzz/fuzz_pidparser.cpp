@@ -1,0 +1,59 @@
+// Any bytes from a board, in one piece or in several: the same reports come
+// out, each within bounds, and nothing is used twice.
+
+#include "pid/pidparser.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+QByteArray runs(PidParser &parser)
+{
+    QByteArray found;
+    PidReport report;
+    for (int before = -1; before != parser.size();) {
+        before = parser.size();
+        for (;;) {
+            const PidParser::Outcome outcome = parser.next(&report);
+            if (parser.size() > before)
+                abort();
+            if (outcome != PidParser::Outcome::Report)
+                break;
+            if (report.channel < 1 || report.channel > 5 || report.command > 6)
+                abort();
+            found += PidFrame::build(report.command, report.channel,
+                                     PidFrame::int32ToBytes(report.value) + PidFrame::floatToBytes(report.p) +
+                                         PidFrame::floatToBytes(report.i) + PidFrame::floatToBytes(report.d));
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    PidParser whole;
+    whole.append(bytes);
+    const QByteArray expected = runs(whole);
+
+    PidParser pieces;
+    QByteArray found;
+    const int piece = size > 0 ? 1 + data[size - 1] % 40 : 1;
+    for (int at = 0; at < bytes.size(); at += piece) {
+        pieces.append(bytes.mid(at, piece));
+        found += runs(pieces);
+    }
+    if (found != expected)
+        abort();
+    if (whole.isOverlong()) {
+        const int before = whole.size();
+        whole.skipHead();
+        (void)runs(whole);
+        if (whole.size() >= before)
+            abort();
+    }
+    return 0;
+}
