@@ -74,10 +74,12 @@ def main():
     file = pathlib.Path(sys.argv[1])
     with tempfile.TemporaryDirectory() as home:
         os.environ["HOME"] = home
-        for _ in range(3):  # the first ones fill the caches
-            process, empty = start([], "")
+        empty = PATIENCE
+        for _ in range(3):  # the first one fills the caches
+            process, once = start([], "")
             process.kill()
             process.wait()
+            empty = min(empty, once)
         process, opened = start([str(file)], file.name)
         try:
             memory = resident(process)

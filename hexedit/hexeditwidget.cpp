@@ -194,6 +194,7 @@ void HexEditWidget::save()
     if (!mayOverwrite())
         return;
     m_saving = true;
+    m_savedSlices = 0;
     m_edit->setReadOnly(true);
     showWork(QStringLiteral("正在保存"));
     m_stop->hide(); // half of a save is none
@@ -225,7 +226,6 @@ bool HexEditWidget::writeTo(QIODevice &device)
     for (qint64 at = 0; at < size; at += kWriteSlice) {
         if (!m_edit->write(device, at, kWriteSlice))
             return false;
-        m_progress->setValue(static_cast<int>(at * 500 / size));
         pause();
     }
     return true;
@@ -235,7 +235,9 @@ bool HexEditWidget::writeTo(QIODevice &device)
 // hand has to wait.
 void HexEditWidget::pause()
 {
-    m_progress->setValue(m_progress->value() + 1);
+    // All is written twice: into the temporary file and from there.
+    const qint64 done = ++m_savedSlices * kWriteSlice;
+    m_progress->setValue(static_cast<int>(qMin<qint64>(1000, done * 500 / qMax<qint64>(m_edit->size(), 1))));
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

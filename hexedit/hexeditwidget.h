@@ -99,6 +99,7 @@ private:
     HexSaver m_saver;
     SlicedTask m_task;
     bool m_saving = false;
+    qint64 m_savedSlices = 0;
     qint64 m_size = 0;
     qint64 m_address = 0;
 

@@ -94,6 +94,13 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
     outcome.reason = refusal(target, size);
     if (!outcome.reason.isEmpty())
         return outcome;
+    // What an earlier save could not copy is all that the disk has of the file:
+    // it becomes the file that it was meant to be before it is written over.
+    if (!QFileInfo::exists(target) && QFileInfo::exists(temporaryOf(target)) &&
+        !QFile::rename(temporaryOf(target), target)) {
+        outcome.reason = QStringLiteral("无法使用上次保留的临时文件");
+        return outcome;
+    }
     QFile temporary(temporaryOf(target));
     if (!temporary.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         outcome.reason = QStringLiteral("无法创建临时文件");

@@ -4,6 +4,7 @@
 #include "hexedit/qhexedit.h"
 #include "shell/base/contrast.h"
 
+#include <QApplication>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -42,7 +43,7 @@ void QHexEdit::paintEvent(QPaintEvent *)
     painter.fillRect(viewport()->rect(), QColor(skin.panel));
     if (size() == 0 && m_readOnly) {
         painter.setPen(QColor(skin.secondaryText));
-        painter.setFont(parentWidget()->font());
+        painter.setFont(QApplication::font());
         painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap,
                          m_placeholder);
         return;

@@ -1,10 +1,9 @@
 #include "hexedit/slicedtask.h"
 
-#include <QElapsedTimer>
-
 namespace {
-constexpr qint64 kSliceMs = 10;
-}
+constexpr qint64 kSliceMs = 12;
+constexpr qint64 kProgressMs = 100; // drawing it costs as much as it tells
+} // namespace
 
 SlicedTask::SlicedTask(QObject *parent)
     : QObject(parent)
@@ -19,6 +18,7 @@ bool SlicedTask::start(const Work &work)
         return false;
     m_work = work;
     m_running = true;
+    m_sinceProgress.start();
     emit started(m_work.name);
     runSlice();
     if (m_running)
@@ -42,7 +42,10 @@ void SlicedTask::runSlice()
             return;
         }
     } while (clock.elapsed() < kSliceMs);
-    emit progressed(m_work.permille());
+    if (m_sinceProgress.hasExpired(kProgressMs)) {
+        m_sinceProgress.start();
+        emit progressed(m_work.permille());
+    }
 }
 
 void SlicedTask::finish(bool done)

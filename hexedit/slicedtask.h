@@ -3,6 +3,7 @@
 // Work of unknown size, done in slices between the events, one piece of work at
 // a time. What fits into one slice is done at once.
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 #include <functional>
@@ -40,5 +41,6 @@ private:
 
     Work m_work;
     QTimer m_timer;
+    QElapsedTimer m_sinceProgress;
     bool m_running = false;
 };

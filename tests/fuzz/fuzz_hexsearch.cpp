@@ -9,8 +9,7 @@
 
 namespace {
 
-qint64 found(const HexDocument &document, const QByteArray &pattern, int from,
-             HexSearch::Direction direction)
+qint64 found(const HexDocument &document, const QByteArray &pattern, int from, HexSearch::Direction direction)
 {
     HexSearch search(document, pattern, from, direction);
     HexSearch::State state = HexSearch::State::Running;

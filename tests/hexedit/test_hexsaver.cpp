@@ -130,6 +130,9 @@ void TestHexSaver::keepsTheNewBytesWhenTheCopyFails()
     QCOMPARE(to, path("rom.bin"));
     QCOMPARE(content("rom.bin.~tmp"), QByteArray("new"));
     QCOMPARE(files(), QStringList{"rom.bin.~tmp"});
+    // It is not written over by the next try, which may fail as well.
+    QVERIFY(!m_saver->save(path("rom.bin"), 100, [](QIODevice &) { return false; }).saved);
+    QCOMPARE(content("rom.bin.~bak"), QByteArray("new"));
 }
 
 void TestHexSaver::resolvesLinksAndKeepsPermissions()
