@@ -13,6 +13,7 @@ for megabytes; do
   file="$work/dump$megabytes.bin"
   head -c "${megabytes}M" /dev/urandom | head -c -8 >"$file"
   printf 'pattern!' >>"$file"
+  sync "$file" # or its way to the disk is measured as well
   "$bin/hexload" "$file" 2>/dev/null
   "$here/okteta_figures.py" "$file"
   rm "$file"
