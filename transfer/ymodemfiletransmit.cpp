@@ -56,6 +56,10 @@ YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
     m_readTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_readTimer, &QTimer::timeout, this, &YmodemFileTransmit::readTimeOut);
     connect(&m_writeTimer, &QTimer::timeout, this, &YmodemFileTransmit::writeTimeOut);
+    connect(&m_port, &QSerialPort::readyRead, this, [this] {
+        if (m_stepPutOff && isRunning())
+            readTimeOut(); // what it waits for
+    });
     // Queued: the report may come from within the engine's own writing.
     connect(&m_port, &QSerialPort::errorOccurred, this, &YmodemFileTransmit::handleError,
             Qt::QueuedConnection);
@@ -129,6 +133,7 @@ bool YmodemFileTransmit::startTransmit()
         m_port.setParity(m_parity);
     resetTransfer();
     m_lineFreeAtUs = 0;
+    m_stepPutOff = false;
     m_nextStepAtUs = nowUs() + kStepUs;
     m_readTimer.start(kStepMs);
     return true;
@@ -201,7 +206,8 @@ void YmodemFileTransmit::readTimeOut()
     // Before the last packet can have left and been answered a step would find
     // nothing, take that for silence, and be followed by the next one too late.
     const qint64 answerAt = m_lineFreeAtUs + kAnswerUs;
-    if (m_port.bytesAvailable() == 0 && nowUs() < answerAt) {
+    m_stepPutOff = m_port.bytesAvailable() == 0 && nowUs() < answerAt;
+    if (m_stepPutOff) {
         scheduleStep(std::min(answerAt, nowUs() + kStepUs));
         return;
     }

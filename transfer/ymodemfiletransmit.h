@@ -101,6 +101,7 @@ private:
     QString m_reason;
     TransferLog m_log;
     QElapsedTimer m_clock;     // since the start
+    bool m_stepPutOff = false; // a step is due, and waits for the answer
     qint64 m_nextStepAtUs = 0; // microseconds on it
     qint64 m_lineFreeAtUs = 0; // microseconds on it: what was written has left by then
 };
