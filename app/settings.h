@@ -6,6 +6,7 @@
 
 #include <QColor>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 struct Settings
@@ -45,6 +46,7 @@ struct Settings
     NetworkDefaults network;
     QString updateUrl;
     ProbeSettings probe;
+    QStringList recentFiles; // of the binary editor, newest first
 
     // The one instance. Readers read it when they need a value and keep no copy.
     static Settings &instance();

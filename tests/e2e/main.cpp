@@ -54,12 +54,13 @@ int main(int argc, char *argv[])
     PidTour pid;
     NetworkTour network;
     TransferTour transferring;
+    HexTour editing;
     UpdateTour updating;
     WindowTour window;
     PictureTour picturing(pictures);
     int failures = 0;
     for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network,
-                                                    &pid, &updating, &window, &picturing}) {
+                                                    &pid, &updating, &editing, &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);

@@ -106,6 +106,18 @@ private slots:
     void saysWhatIsWrong();
 };
 
+// Binary files are opened, searched, changed and saved.
+class HexTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void editsAndSaves();
+    void findsAndReplaces();
+    void warnsBeforeEditsAreLost();
+    void saysWhatCannotBeOpened();
+};
+
 // Files go to a board by YModem.
 class TransferTour : public Tour
 {
@@ -153,6 +165,8 @@ private slots:
     void tools();
     void sendPages();
     void network();
+    void binaryFile_data();
+    void binaryFile();
     void fileSending_data();
     void fileSending();
     void menus_data();
