@@ -144,6 +144,7 @@ void Settings::load()
         s.probe.mode = group.text(DAPCfg::mode, QStringLiteral("default"));
         s.probe.openUrl = group.text(DAPCfg::openUrl, QStringLiteral("d:/"));
     }
+    s.recentFiles = file.value(HexEdit::group + QLatin1Char('/') + HexEdit::recentFiles).toStringList();
 }
 
 bool Settings::writeValue(const QString &group, const QString &key, const QVariant &value)

@@ -6,6 +6,7 @@
 
 #include <QColor>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 struct Settings
@@ -51,6 +52,7 @@ struct Settings
     CameraDefaults camera;
     QString updateUrl;
     ProbeSettings probe;
+    QStringList recentFiles; // of the binary editor, newest first
 
     // The one instance. Readers read it when they need a value and keep no copy.
     static Settings &instance();

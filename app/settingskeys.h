@@ -45,6 +45,11 @@ const QLatin1String group("LoRaTool");
 const QLatin1String updateUrl("UpdateUrl");
 } // namespace LoRaTool
 
+namespace HexEdit {
+const QLatin1String group("HexEdit");
+const QLatin1String recentFiles("RecentFiles"); // newest first; written when a file is opened
+} // namespace HexEdit
+
 namespace DAPCfg {
 const QLatin1String group("DAPCfg");
 const QLatin1String chip("Chip");

@@ -1,14 +1,255 @@
 #include "hexedit/hexeditwidget.h"
 
-#include "shell/base/emptystate.h"
+#include "app/settings.h"
+#include "app/settingskeys.h"
+#include "hexedit/hexreader.h"
+#include "hexedit/qhexedit.h"
+#include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagebox.h"
+#include "shell/base/qtmessagetip.h"
 
-#include <QVBoxLayout>
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QUrl>
+#include <memory>
+
+namespace {
+
+constexpr int kMostRecent = 10;
+constexpr int kTipMs = 2000;
+constexpr qint64 kLargeFile = qint64(4) << 30;
+constexpr qint64 kWriteSlice = 4 << 20;
+
+QString onlyFileOf(const QMimeData *data)
+{
+    const QList<QUrl> urls = data->urls();
+    return urls.size() == 1 ? urls.first().toLocalFile() : QString();
+}
+
+} // namespace
 
 HexEditWidget::HexEditWidget(QWidget *parent)
     : QtWidgetBase(parent)
+    , m_task(this)
 {
     setObjectName(QStringLiteral("HexEditWidget"));
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(
-        new EmptyState(IconFont::BinaryFile, QStringLiteral("二进制文件编辑器将在后续版本提供"), this));
+    setAcceptDrops(true);
+    buildUi();
+    connectParts();
+    m_saver.pause = [this] { pause(); };
+    endWork();
+    setAddress(0);
+    setSize(0);
+}
+
+HexEditWidget::~HexEditWidget()
+{
+    m_task.disconnect(this);
+    m_edit->disconnect(this);
+}
+
+QStringList HexEditWidget::counts() const
+{
+    return {QStringLiteral("Address: %1").arg(m_address), QStringLiteral("Size: %1").arg(m_size)};
+}
+
+bool HexEditWidget::prepareToClose()
+{
+    return !m_saving && mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并退出吗?"));
+}
+
+void HexEditWidget::sltToolBtnsClicked(int id)
+{
+    if (m_saving || m_task.isRunning())
+        return;
+    switch (id) {
+    case OpenFile:
+        chooseFile();
+        break;
+    case SaveFile:
+        save();
+        break;
+    case Undo:
+        m_edit->undo();
+        break;
+    case Redo:
+        m_edit->redo();
+        break;
+    case CloseFile:
+        closeFile();
+        break;
+    default:
+        break;
+    }
+}
+
+// ---- opening and closing
+
+HexEditWidget::Stamp HexEditWidget::Stamp::of(const QString &fileName)
+{
+    const QFileInfo file(HexSaver::targetOf(fileName));
+    return {file.exists(), file.size(), file.lastModified()};
+}
+
+void HexEditWidget::chooseFile()
+{
+    const QString name =
+        QtFileDialog::getOpenFileName(this, QStringLiteral("打开文件"), QString(),
+                                      QStringLiteral("固件和数据(*.bin *.img *.rom *.dat);;所有文件(*)"));
+    if (!name.isEmpty())
+        openFile(name);
+}
+
+void HexEditWidget::openFile(const QString &fileName)
+{
+    if (m_saving || m_task.isRunning() ||
+        !mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并打开其他文件吗?")))
+        return;
+    const Stamp stamp = Stamp::of(fileName);
+    const auto reader = std::make_shared<HexReader>();
+    if (!reader->open(fileName)) {
+        QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
+        return;
+    }
+    if (stamp.size > kLargeFile &&
+        QtMessageBox::question(this, QString(),
+                               QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗?")
+                                   .arg(double(stamp.size) / double(1 << 30), 0, 'f', 1)) != 1)
+        return;
+    const auto state = std::make_shared<HexReader::State>(HexReader::State::Running);
+    m_task.start({QStringLiteral("正在打开"),
+                  [reader, state] { return (*state = reader->step()) != HexReader::State::Running; },
+                  [reader] { return reader->permille(); },
+                  [this, reader, state, fileName, stamp](bool) {
+                      if (*state == HexReader::State::Done)
+                          takeOver(fileName, stamp, reader->bytes());
+                      else if (*state == HexReader::State::Failed)
+                          QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
+                  }});
+}
+
+void HexEditWidget::takeOver(const QString &fileName, const Stamp &stamp, const ByteStore &bytes)
+{
+    m_fileName = fileName;
+    m_stamp = stamp;
+    m_edit->setData(bytes);
+    m_edit->setReadOnly(false);
+    m_edit->setFocus();
+    remember(fileName);
+}
+
+void HexEditWidget::remember(const QString &fileName)
+{
+    QStringList &names = Settings::instance().recentFiles;
+    const QString name = QFileInfo(fileName).absoluteFilePath();
+    names.removeAll(name);
+    names.prepend(name);
+    while (names.size() > kMostRecent)
+        names.removeLast();
+    Settings::writeValue(SettingsKeys::HexEdit::group, SettingsKeys::HexEdit::recentFiles, names);
+}
+
+void HexEditWidget::closeFile()
+{
+    if (!mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并关闭吗?")))
+        return;
+    m_fileName.clear();
+    m_stamp = Stamp();
+    m_edit->setData(QByteArray());
+    m_edit->setReadOnly(true);
+}
+
+bool HexEditWidget::mayDiscard(const QString &question)
+{
+    return !m_edit->isModified() || QtMessageBox::question(this, QString(), question) == 1;
+}
+
+void HexEditWidget::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!onlyFileOf(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void HexEditWidget::dropEvent(QDropEvent *event)
+{
+    event->acceptProposedAction();
+    // The question must not keep the program waiting that the file comes from.
+    const QString name = onlyFileOf(event->mimeData());
+    QTimer::singleShot(0, this, [this, name] { openFile(name); });
+}
+
+// ---- saving
+
+void HexEditWidget::save()
+{
+    if (m_fileName.isEmpty()) {
+        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
+        return;
+    }
+    if (!mayOverwrite())
+        return;
+    m_saving = true;
+    m_savedSlices = 0;
+    m_edit->setReadOnly(true);
+    showWork(QStringLiteral("正在保存"));
+    m_stop->hide(); // half of a save is none
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const HexSaver::Outcome outcome =
+        m_saver.save(m_fileName, m_edit->size(), [this](QIODevice &device) { return writeTo(device); });
+    QApplication::restoreOverrideCursor();
+    endWork();
+    m_saving = false;
+    m_edit->setReadOnly(false);
+    if (outcome.saved) {
+        m_stamp = Stamp::of(m_fileName);
+        m_edit->setSaved();
+    }
+    showOutcome(outcome);
+}
+
+bool HexEditWidget::mayOverwrite()
+{
+    const Stamp now = Stamp::of(m_fileName);
+    return !now.exists || now == m_stamp ||
+           QtMessageBox::question(this, QStringLiteral("告警"),
+                                  QStringLiteral("文件打开之后已被其他程序修改，确定用当前内容覆盖吗?")) == 1;
+}
+
+bool HexEditWidget::writeTo(QIODevice &device)
+{
+    const qint64 size = m_edit->size();
+    for (qint64 at = 0; at < size; at += kWriteSlice) {
+        if (!m_edit->write(device, at, kWriteSlice))
+            return false;
+        pause();
+    }
+    return true;
+}
+
+// The window goes on drawing and the other tools go on receiving; the user's
+// hand has to wait.
+void HexEditWidget::pause()
+{
+    // All is written twice: into the temporary file and from there.
+    const qint64 done = ++m_savedSlices * kWriteSlice;
+    m_progress->setValue(static_cast<int>(qMin<qint64>(1000, done * 500 / qMax<qint64>(m_edit->size(), 1))));
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome)
+{
+    if (outcome.saved) {
+        QtMessageTip::showTip(QStringLiteral("  文件已保存  "), kTipMs);
+        return;
+    }
+    QString text = QStringLiteral("Cannot write file %1.").arg(m_fileName);
+    if (!outcome.kept.isEmpty())
+        text += QLatin1Char('\n') + outcome.kept;
+    m_selectionLabel->setText(QStringLiteral("保存失败: %1").arg(outcome.reason));
+    QtMessageBox::warning(this, QStringLiteral("QHexEdit"), text);
 }

@@ -118,6 +118,8 @@ void PidChart::showValues()
     // The curves move on below a mouse that rests.
     if (m_plot->underMouse() && QToolTip::isVisible())
         showReadOut(m_plot->mapFromGlobal(QCursor::pos()));
+    else
+        m_plot->hideCursor(); // without values it would only drift away
 }
 
 void PidChart::setZoomAxis(int index)

@@ -13,6 +13,8 @@ constexpr double kRightMargin = 0.25; // seconds
 // Ten seconds of 20,000 points a second; what a flood brings beyond that is
 // dropped from the old end.
 constexpr int kMostPoints = 200000;
+// Read out, a curve reaches so far beyond its ends: channels report in turns.
+constexpr double kCurveEnd = 0.5; // seconds
 // Smoothing doubles the cost of a picture, and can't be seen among many points.
 constexpr int kMostSmooth = 2000;
 
@@ -44,6 +46,15 @@ protected:
         return tick < -0.0005 ? QLatin1Char('-') + label : label;
     }
 };
+
+QCPGraphData nearestPoint(const QCPGraphDataContainer &points, double key)
+{
+    auto nearest = points.findBegin(key); // the last point before the key
+    const auto following = nearest + 1;
+    if (following != points.constEnd() && qAbs(following->key - key) < qAbs(nearest->key - key))
+        nearest = following;
+    return *nearest;
+}
 
 QColor colour(const char *name)
 {
@@ -254,29 +265,34 @@ void PidPlot::draw()
 
 QString PidPlot::readOut(double key) const
 {
-    QString rows;
-    double nearestKey = 0;
+    QVector<const QCPGraph *> shown;
+    double time = 0; // of the point nearest to the key, of all curves
     for (int i = 0; i < graphCount(); ++i) {
         const QCPGraph *curve = graph(i);
-        const QSharedPointer<QCPGraphDataContainer> points = curve->data();
-        if (!curve->visible() || points->isEmpty())
+        if (!curve->visible() || curve->data()->isEmpty())
             continue;
-        auto nearest = points->findBegin(key); // the last point before the key
-        const auto following = nearest + 1;
-        if (following != points->constEnd() && qAbs(following->key - key) < qAbs(nearest->key - key))
-            nearest = following;
-        nearestKey = nearest->key;
+        const double nearest = nearestPoint(*curve->data(), key).key;
+        if (shown.isEmpty() || qAbs(nearest - key) < qAbs(time - key))
+            time = nearest;
+        shown.append(curve);
+    }
+    QString rows;
+    for (const QCPGraph *curve : qAsConst(shown)) {
+        const QCPGraphData point = nearestPoint(*curve->data(), key);
+        const bool begunAndNotEnded = curve->data()->constBegin()->key <= time + kCurveEnd &&
+                                      (curve->data()->constEnd() - 1)->key >= time - kCurveEnd;
+        if (!begunAndNotEnded)
+            continue;
         rows += QStringLiteral("<tr><td style=\"color:%1\">■&nbsp;</td><td>%2&nbsp;&nbsp;</td>"
                                "<td align=\"right\">%3</td></tr>")
-                    .arg(curve->pen().color().name(), curve->name(), QString::number(nearest->value, 'f', 0));
+                    .arg(curve->pen().color().name(), curve->name(), QString::number(point.value, 'f', 0));
     }
     if (rows.isEmpty())
         return {};
     const auto ticker = xAxis->ticker().staticCast<QCPAxisTickerDateTime>();
-    const QDateTime time =
-        QCPAxisTickerDateTime::keyToDateTime(nearestKey).toTimeSpec(ticker->dateTimeSpec());
+    const QDateTime moment = QCPAxisTickerDateTime::keyToDateTime(time).toTimeSpec(ticker->dateTimeSpec());
     return QStringLiteral("<table><tr><td colspan=\"3\">%1</td></tr>%2</table>")
-        .arg(time.toString(ticker->dateTimeFormat()), rows);
+        .arg(moment.toString(ticker->dateTimeFormat()), rows);
 }
 
 void PidPlot::setCursorAt(double key)

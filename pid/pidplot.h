@@ -52,8 +52,9 @@ public:
     Follow follow() const { return m_follow; }
     void returnToLive();
 
-    // Time and the values of the shown curves nearest to it, as rich text;
-    // empty where there is nothing to tell.
+    // The time of the point nearest to the key, and the values there of the
+    // shown curves that reach it, as rich text; empty where there is nothing to
+    // tell.
     QString readOut(double key) const;
     void setCursorAt(double key); // a line across the chart
     void hideCursor();

@@ -1,8 +1,8 @@
 #!/bin/sh
-# Installs what only bench/compare_terminals.py needs: the terminal programs
+# Installs what only the comparisons in bench/ need: the programs
 # to compare with, and a display to run them on. Debian; run as root.
 set -eu
 
 apt-get update
 DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
-    cutecom gtkterm xvfb openbox xdotool imagemagick libx11-6 python3
+    cutecom gtkterm okteta xvfb openbox xdotool imagemagick libx11-6 python3

@@ -16,6 +16,7 @@ PortComboBox::PortComboBox(QWidget *parent)
     setCompleter(nullptr);
     lineEdit()->setPlaceholderText(QStringLiteral("未检测到串口"));
     PlaceholderText::keepFaint(lineEdit());
+    connect(this, QOverload<int>::of(&QComboBox::activated), this, [this] { m_vanished.clear(); });
 }
 
 void PortComboBox::setPorts(const QStringList &entries)
@@ -23,6 +24,8 @@ void PortComboBox::setPorts(const QStringList &entries)
     const QString before = currentText();
     const bool wasTyped =
         !before.isEmpty() && findText(before, Qt::MatchFixedString | Qt::MatchCaseSensitive) < 0;
+    if (!isEnabled() || before != m_instead) // another is open, or chosen
+        m_vanished.clear();
     clear();
     for (const QString &entry : entries)
         insertItem(count(), QIcon(), entry);
@@ -33,8 +36,16 @@ void PortComboBox::setPorts(const QStringList &entries)
         widest = qMax(widest, metrics.horizontalAdvance(entry));
     view()->setMinimumWidth(widest + view()->verticalScrollBar()->sizeHint().width());
 
-    if (!selectEntry(before) && wasTyped)
+    const QString wanted = m_vanished.isEmpty() ? before : m_vanished;
+    m_vanished.clear();
+    if (selectEntry(wanted))
+        return;
+    if (wasTyped) {
         setEditText(before);
+    } else {
+        m_vanished = wanted;
+        m_instead = currentText();
+    }
 }
 
 bool PortComboBox::selectEntry(const QString &entry)

@@ -1,7 +1,9 @@
 #pragma once
 
 // A list of serial ports that can also be typed into. Refilling keeps what was
-// chosen or typed. Knows only the entries' texts, not what they stand for.
+// chosen or typed; what was chosen and vanished is chosen again when it is back,
+// unless the user has chosen or opened another. Knows only the entries' texts,
+// not what they stand for.
 
 #include <QComboBox>
 
@@ -14,4 +16,8 @@ public:
 
     void setPorts(const QStringList &entries);
     bool selectEntry(const QString &entry); // exact; false when not in the list
+
+private:
+    QString m_vanished; // was chosen
+    QString m_instead;  // what the list fell back to
 };

@@ -11,7 +11,9 @@ QtCountLabel::QtCountLabel(const QString &caption, QWidget *parent)
 // counts, so that the bar keeps still.
 void QtCountLabel::setCount(const QString &count)
 {
-    setText(m_caption + QStringLiteral(": ") + count);
+    // What is no number says by itself what it is.
+    const bool isNumber = !count.isEmpty() && count.at(0).isDigit();
+    setText(isNumber ? m_caption + QStringLiteral(": ") + count : count);
     const int width = sizeHint().width();
     if (width > minimumWidth())
         setMinimumWidth(width);

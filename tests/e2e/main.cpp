@@ -55,12 +55,14 @@ int main(int argc, char *argv[])
     NetworkTour network;
     CameraTour camera;
     TransferTour transferring;
+    HexTour editing;
     UpdateTour updating;
     WindowTour window;
     PictureTour picturing(pictures);
     int failures = 0;
-    for (Tour *tour : std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network,
-                                                    &camera, &pid, &updating, &window, &picturing}) {
+    for (Tour *tour :
+         std::initializer_list<Tour *>{&ports, &receiving, &sending, &transferring, &network, &camera, &pid,
+                                       &updating, &editing, &window, &picturing}) {
         const QStringList own = argumentsFor(*tour, arguments);
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);

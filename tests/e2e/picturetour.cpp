@@ -229,6 +229,45 @@ void PictureTour::network()
     save(QStringLiteral("network-small"), onScreen(protocols));
 }
 
+void PictureTour::binaryFile_data()
+{
+    addSkins();
+}
+
+void PictureTour::binaryFile()
+{
+    QFETCH(QString, suffix);
+    QFETCH(QString, text);
+    QVERIFY(chooseSkin(text));
+    QByteArray image("KVX1\x01\x00\x02\x06 boot loader, ready\r\n", 30);
+    image += QStringLiteral("温度过高").toUtf8() + QByteArray(40, '\0') + QByteArray(60, '\xFF');
+    for (int i = 0; i < 3000; ++i)
+        image += static_cast<char>(i * i / 7);
+    QFile file(stage().file(QStringLiteral("firmware_v1.2.bin")));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(image) == image.size());
+    file.close();
+    DialogAnswers::instance().fileNames = [&file](auto, auto, auto, auto) {
+        return QStringList(file.fileName());
+    };
+    QVERIFY(stage().showTool(4));
+    QVERIFY(UserHand::press(Qt::Key_O, Qt::ControlModifier));
+    auto *edit = stage().find<QWidget>("hexEdit");
+    WAIT_EQUAL(stage().find<QLabel>("labelSize")->text(), QStringLiteral("Size: %1").arg(image.size()));
+    QVERIFY(UserHand::type(QStringLiteral("4B56583203")));
+    QVERIFY(UserHand::click(stage().find<QWidget>("btnChecksum")));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editFind"), QStringLiteral("6C 6F 61 64")));
+    QVERIFY(UserHand::press(Qt::Key_Return));
+    save(QStringLiteral("hexeditor%1").arg(suffix), onScreen(edit));
+    if (!suffix.isEmpty())
+        return;
+    stage().window().resize(1000, 790);
+    WAIT_EQUAL(stage().window().height(), 790);
+    save(QStringLiteral("hexeditor-large"), onScreen(edit));
+    stage().window().resize(800, 500);
+    WAIT_EQUAL(stage().window().size(), QSize(800, 500));
+    save(QStringLiteral("hexeditor-small"), onScreen(edit));
+}
+
 void PictureTour::camera_data()
 {
     addSkins();

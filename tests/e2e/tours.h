@@ -106,6 +106,18 @@ private slots:
     void saysWhatIsWrong();
 };
 
+// Binary files are opened, searched, changed and saved.
+class HexTour : public Tour
+{
+    Q_OBJECT
+
+private slots:
+    void editsAndSaves();
+    void findsAndReplaces();
+    void warnsBeforeEditsAreLost();
+    void saysWhatCannotBeOpened();
+};
+
 // Pictures and registers of camera boards.
 class CameraTour : public Tour
 {
@@ -165,6 +177,8 @@ private slots:
     void network();
     void camera_data();
     void camera();
+    void binaryFile_data();
+    void binaryFile();
     void fileSending_data();
     void fileSending();
     void menus_data();

@@ -58,7 +58,8 @@ void TestOrvnCamera::takesRequests_data()
     QTest::newRow("write") << write << "w0:0:3008:5a:0 ";
     QTest::newRow("both, with noise") << "OROR" + read + "x" + write << "r1:1234:3008:0:0 w0:0:3008:5a:0 ";
     QTest::newRow("cut, then whole") << read.left(12) + write << "r1:1234:524f:0:1 w0:0:3008:5a:0 ";
-    QTest::newRow("wrong checksum") << read.left(15) + "x" << "r1:1234:3008:0:1 ";
+    QTest::newRow("wrong checksum") << read.left(15) + "x"
+                                    << "r1:1234:3008:0:1 ";
     QTest::newRow("wrong length") << hex("4f52564e01ffffffff1134120830429a") << "";
 }
 

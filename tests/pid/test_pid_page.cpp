@@ -64,6 +64,7 @@ private slots:
     void stopsBeforeClosing();
     void closesBesideADeafBoard();
     void noticesAVanishedPort();
+    void choosesAPortAgainThatIsBack();
     void exportsAndSaves();
     void reportsWhatCannotBeSaved();
 
@@ -416,6 +417,26 @@ void TestPidPage::noticesAVanishedPort()
     QTRY_VERIFY(!isOpen());
     QCOMPARE(startText(), kIdle);
     QCOMPARE(lastNotice(), vanished);
+}
+
+void TestPidPage::choosesAPortAgainThatIsBack()
+{
+    const QStringList without{"COM1 ", "COM2 modem"};
+    const QStringList with = without + QStringList("COM6 board");
+    auto *ports = child<QComboBox>("comboPidPort");
+    m_page->SltSerialportChanged(with);
+    ports->setCurrentIndex(2);
+    for (const QStringList &none : {without, QStringList()}) {
+        m_page->SltSerialportChanged(none);
+        m_page->SltSerialportChanged(with);
+        QCOMPARE(ports->currentText(), "COM6 board");
+    }
+    // Not where the user has taken another, be it the one the list fell back to.
+    m_page->SltSerialportChanged(without);
+    QTest::keyClick(ports, Qt::Key_Down);
+    QTest::keyClick(ports, Qt::Key_Up);
+    m_page->SltSerialportChanged(with);
+    QCOMPARE(ports->currentText(), "COM1 ");
 }
 
 void TestPidPage::exportsAndSaves()

@@ -143,6 +143,10 @@ void TestPidPlot::readsOut()
     QVERIFY(plot.readOut(99).contains("<6>") && plot.readOut(99).contains("-2147483647"));
     QVERIFY(!plot.readOut(99).contains("<1>") && !plot.readOut(99).contains("<0>")); // hidden, empty
     QVERIFY(plot.readOut(-99).contains(">10<"));
+    // A channel that is not there at that time has no value, and sets no time.
+    plot.addPoint(3, 65.000, 300, 8);
+    QVERIFY(plot.readOut(61.2).contains("01:01:000") && !plot.readOut(61.2).contains("<8>"));
+    QVERIFY(plot.readOut(64.9).contains("<8>") && !plot.readOut(64.9).contains("<6>"));
 }
 
 void TestPidPlot::isReadableInEveryStyle_data()

@@ -1,0 +1,20 @@
+#!/bin/sh
+# The figures of the binary editor at 16 MB, 256 MB and 1 GB, and Okteta's with
+# the same files (tools/setup-bench.sh installs it).
+#   tools/with-display.sh bench/hex_figures.sh build/release/bin [MEGABYTES...]
+set -eu
+bin=$(cd "$1" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
+shift
+[ $# -gt 0 ] || set -- 16 256 1024
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+for megabytes; do
+  file="$work/dump$megabytes.bin"
+  head -c "${megabytes}M" /dev/urandom | head -c -8 >"$file"
+  printf 'pattern!' >>"$file"
+  sync "$file" # or its way to the disk is measured as well
+  "$bin/hexload" "$file" 2>/dev/null
+  "$here/okteta_figures.py" "$file"
+  rm "$file"
+done

@@ -1,0 +1,81 @@
+#pragma once
+
+// The bytes of an open file and every edit since: read, replace, undo, redo.
+// An edit costs by itself and by the number of edits before it, never by the
+// size of the file. Addresses count from 0. Knows no widget and no file.
+
+#include "hexedit/bytestore.h"
+#include "hexedit/piecetable.h"
+
+#include <QByteArray>
+
+class HexDocument
+{
+public:
+    // Whether an edit may join the one before it into one step of undo.
+    enum class Step { Alone, Typing };
+
+    void setContent(const ByteStore &content);
+
+    qint64 size() const { return m_table.size(); }
+
+    // The bytes at an address inside the document, and how many follow in a
+    // row. Good until the next edit.
+    const char *span(qint64 address, qint64 *inRow) const;
+
+    // At most `count` bytes; fewer at the end.
+    QByteArray read(qint64 address, int count) const;
+
+    // One for each byte of a range inside the document: whether it was put
+    // there since the file was opened or saved.
+    std::vector<bool> changes(qint64 address, int count) const;
+
+    // Puts bytes in the place of a range. What reaches beyond the end is cut.
+    void replace(qint64 address, qint64 length, const QByteArray &bytes, Step step = Step::Alone);
+    // Typing goes on at another place: the next edit begins a step.
+    void endTyping() { m_typing = false; }
+
+    // Many replacements that are one step of undo, from lower addresses to
+    // higher ones that don't overlap. Nothing changes before applyMany().
+    class Many
+    {
+        friend class HexDocument;
+        qint64 m_begin = -1;
+        qint64 m_end = -1;
+        Pieces m_pieces;
+        bool m_anything = false;
+    };
+    void addToMany(Many &many, qint64 address, qint64 length, const QByteArray &bytes);
+    void applyMany(const Many &many);
+
+    bool canUndo() const { return m_done > 0; }
+    bool canRedo() const { return m_done < m_edits.size(); }
+    // Each returns the address behind (or at) what changed, -1 when there is nothing to do.
+    qint64 undo();
+    qint64 redo();
+
+    bool isModified() const { return m_done != m_savedAt; }
+    // What it holds now is in the file.
+    void setSaved();
+
+private:
+    struct Edit
+    {
+        qint64 address;
+        Pieces before;
+        Pieces after;
+    };
+
+    Pieces keep(const QByteArray &bytes);
+    void put(Edit edit, Step step);
+    static bool join(Edit &last, const Edit &edit);
+
+    ByteStore m_original;
+    ByteStore m_added;
+    PieceTable m_table;
+    std::vector<Edit> m_edits;
+    size_t m_done = 0;       // edits that are in force; the rest can be redone
+    size_t m_savedAt = 0;    // m_done of the file's content
+    qint64 m_savedAdded = 0; // added bytes from here on are changes
+    bool m_typing = false;
+};

@@ -1,0 +1,182 @@
+#include "hexedit/hexfindpanel.h"
+
+#include "app/textcodec.h"
+#include "hexedit/hexparse.h"
+#include "hexedit/qhexedit.h"
+#include "hexedit/slicedtask.h"
+#include "shell/base/qtmessagetip.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <memory>
+
+HexFindPanel::HexFindPanel(QHexEdit *edit, SlicedTask *task, QWidget *parent)
+    : FormGroup(QStringLiteral("查找与替换"), parent)
+    , m_edit(edit)
+    , m_task(task)
+    , m_kind(new QComboBox(this))
+    , m_find(new QLineEdit(this))
+    , m_replace(new QLineEdit(this))
+{
+    m_kind->setObjectName(QStringLiteral("comboFindKind"));
+    m_kind->addItems(
+        {QStringLiteral("十六进制"), QStringLiteral("文本 UTF-8"), QStringLiteral("文本 GB18030")});
+    m_find->setObjectName(QStringLiteral("editFind"));
+    m_find->setToolTip(QStringLiteral("要查找的内容（Ctrl+F）"));
+    m_replace->setObjectName(QStringLiteral("editReplace"));
+    m_find->setMaxLength(4000);
+    addRow(QStringLiteral("类型"), m_kind);
+    addRow(QStringLiteral("查找"), m_find);
+    addRow(QStringLiteral("替换为"), m_replace);
+    const auto button = [this](const QString &text, const char *name, const QString &tip,
+                               void (HexFindPanel::*slot)()) {
+        auto *made = new QPushButton(text, this);
+        made->setObjectName(QLatin1String(name));
+        made->setToolTip(tip);
+        connect(made, &QPushButton::clicked, this, slot);
+        return made;
+    };
+    addPair(button(QStringLiteral("上一个"), "btnFindPrevious", QStringLiteral("向前查找（Shift+F3）"),
+                   &HexFindPanel::findPrevious),
+            button(QStringLiteral("下一个"), "btnFindNext", QStringLiteral("向后查找（F3）"),
+                   &HexFindPanel::findNext));
+    addPair(button(QStringLiteral("替换"), "btnReplace", QStringLiteral("替换选中的内容并查找下一个"),
+                   &HexFindPanel::replace),
+            button(QStringLiteral("全部替换"), "btnReplaceAll",
+                   QStringLiteral("替换整个文件中的所有内容，可一次撤销"), &HexFindPanel::replaceAll));
+    connect(m_find, &QLineEdit::returnPressed, this, &HexFindPanel::findNext);
+    const auto hint = [this](int kind) {
+        m_find->setPlaceholderText(kind == 0 ? QStringLiteral("如 55 AA 01") : QStringLiteral("文本"));
+    };
+    connect(m_kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this, hint);
+    hint(0);
+}
+
+void HexFindPanel::begin()
+{
+    m_find->setFocus(Qt::ShortcutFocusReason);
+    m_find->selectAll();
+}
+
+void HexFindPanel::findNext()
+{
+    find(HexSearch::Forward);
+}
+
+void HexFindPanel::findPrevious()
+{
+    find(HexSearch::Backward);
+}
+
+std::optional<QByteArray> HexFindPanel::bytesOf(QLineEdit *field) const
+{
+    if (m_kind->currentIndex() > 0)
+        return TextCodec::encode(field->text(),
+                                 m_kind->currentIndex() == 1 ? TextCodec::Utf8 : TextCodec::Gb18030);
+    const auto bytes = HexParse::bytes(field->text());
+    if (!bytes)
+        QtMessageTip::showBelow(field, QStringLiteral("请输入成对的十六进制字符"));
+    return bytes;
+}
+
+std::optional<QByteArray> HexFindPanel::pattern() const
+{
+    const auto bytes = bytesOf(m_find);
+    if (bytes && bytes->isEmpty()) {
+        QtMessageTip::showBelow(m_find, QStringLiteral("请输入要查找的内容"));
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+void HexFindPanel::find(HexSearch::Direction direction)
+{
+    const auto wanted = pattern();
+    if (!wanted || m_task->isRunning())
+        return;
+    qint64 from = m_edit->selectionBegin();
+    if (direction == HexSearch::Forward && m_edit->selectionLength() > 0)
+        ++from;
+    const auto search = std::make_shared<HexSearch>(m_edit->document(), *wanted, from, direction);
+    const auto state = std::make_shared<HexSearch::State>(HexSearch::State::Running);
+    m_task->start({QStringLiteral("正在查找"),
+                   [search, state] { return (*state = search->step()) != HexSearch::State::Running; },
+                   [search] { return search->permille(); },
+                   [this, search, state, direction, length = wanted->size()](bool) {
+                       if (*state == HexSearch::State::NotFound)
+                           QtMessageTip::showTip(QStringLiteral("未找到要查找的内容"));
+                       if (*state != HexSearch::State::Found)
+                           return;
+                       m_edit->select(search->position(), length);
+                       if (search->wentRound())
+                           QtMessageTip::showTip(direction == HexSearch::Forward
+                                                     ? QStringLiteral("已到末尾，从开头继续查找")
+                                                     : QStringLiteral("已到开头，从末尾继续查找"));
+                   }});
+}
+
+// Bytes that move to other addresses are rarely wanted in an image: that takes
+// the insert mode.
+bool HexFindPanel::mayReplace(const std::optional<QByteArray> &old, const std::optional<QByteArray> &with)
+{
+    if (!old || !with || m_task->isRunning() || m_edit->isReadOnly())
+        return false;
+    if (!m_edit->isOverwrite() || old->size() == with->size())
+        return true;
+    QtMessageTip::showBelow(m_replace, QStringLiteral("改写模式下须等长替换，按Insert键切换到插入模式"),
+                            3000);
+    return false;
+}
+
+void HexFindPanel::replace()
+{
+    const auto old = pattern();
+    const auto with = old ? bytesOf(m_replace) : std::nullopt;
+    if (!mayReplace(old, with))
+        return;
+    const bool isThere = m_edit->selectionLength() == old->size() &&
+                         m_edit->document().read(m_edit->selectionBegin(), old->size()) == *old;
+    if (isThere)
+        m_edit->replaceSelection(*with);
+    findNext();
+}
+
+void HexFindPanel::replaceAll()
+{
+    struct Replacing
+    {
+        HexSearch search;
+        HexDocument::Many many;
+        qint64 count = 0;
+    };
+    const auto old = pattern();
+    const auto with = old ? bytesOf(m_replace) : std::nullopt;
+    if (!mayReplace(old, with))
+        return;
+    const auto job = std::shared_ptr<Replacing>(
+        new Replacing{{m_edit->document(), *old, 0, HexSearch::Forward, HexSearch::StopAtEnd}, {}, 0});
+    m_task->start({QStringLiteral("正在替换"),
+                   [this, job, old = *old, with = *with] {
+                       const HexSearch::State state = job->search.step();
+                       if (state == HexSearch::State::Found) {
+                           const qint64 at = job->search.position();
+                           m_edit->document().addToMany(job->many, at, old.size(), with);
+                           job->search.goOn(at + old.size());
+                           ++job->count;
+                       }
+                       return state == HexSearch::State::NotFound;
+                   },
+                   [job] { return job->search.permille(); },
+                   [this, job](bool done) {
+                       if (!done) {
+                           QtMessageTip::showTip(QStringLiteral("已停止，没有替换任何内容"));
+                           return;
+                       }
+                       if (job->count > 0) {
+                           m_edit->document().applyMany(job->many);
+                           m_edit->contentEdited(m_edit->address());
+                       }
+                       QtMessageTip::showTip(QStringLiteral("已替换%1处").arg(job->count));
+                   }});
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+// Finds and replaces bytes, given as hexadecimal or as text in either codec.
+
+#include "hexedit/hexsearch.h"
+#include "shell/base/formpanel.h"
+
+#include <optional>
+
+class QComboBox;
+class QHexEdit;
+class QLineEdit;
+class SlicedTask;
+
+class HexFindPanel : public FormGroup
+{
+    Q_OBJECT
+
+public:
+    HexFindPanel(QHexEdit *edit, SlicedTask *task, QWidget *parent = nullptr);
+
+public slots:
+    void begin(); // typing what to look for
+    void findNext();
+    void findPrevious();
+    void replace(); // what is selected, if it is what is looked for, and find the next one
+    void replaceAll();
+
+private:
+    std::optional<QByteArray> bytesOf(QLineEdit *field) const;
+    std::optional<QByteArray> pattern() const;
+    bool mayReplace(const std::optional<QByteArray> &old, const std::optional<QByteArray> &with);
+    void find(HexSearch::Direction direction);
+
+    QHexEdit *m_edit;
+    SlicedTask *m_task;
+    QComboBox *m_kind;
+    QLineEdit *m_find;
+    QLineEdit *m_replace;
+};

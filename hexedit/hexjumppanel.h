@@ -1,0 +1,24 @@
+#pragma once
+
+// Goes to an address that the user types.
+
+#include "shell/base/formpanel.h"
+
+class QHexEdit;
+class QLineEdit;
+
+class HexJumpPanel : public FormGroup
+{
+    Q_OBJECT
+
+public:
+    explicit HexJumpPanel(QHexEdit *edit, QWidget *parent = nullptr);
+
+public slots:
+    void begin(); // typing an address
+    void jump();
+
+private:
+    QHexEdit *m_edit;
+    QLineEdit *m_address;
+};

@@ -1,0 +1,47 @@
+#include "hexedit/hexreader.h"
+
+#include <QFileInfo>
+#include <algorithm>
+#include <new>
+
+namespace {
+constexpr int kBlock = 4 << 20;
+}
+
+bool HexReader::open(const QString &fileName)
+{
+    // A pipe or a device may never end, or block.
+    if (!QFileInfo(fileName).isFile())
+        return false;
+    m_file.setFileName(fileName);
+    return m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
+HexReader::State HexReader::step()
+{
+    // What a file says of its size may be wrong; its end is where no more comes.
+    const qint64 left = m_file.size() - m_bytes.size();
+    try {
+        QByteArray block(static_cast<int>(std::clamp<qint64>(left, 1 << 16, kBlock)), Qt::Uninitialized);
+        const qint64 count = m_file.read(block.data(), block.size());
+        if (count < 0)
+            return State::Failed;
+        if (count == 0)
+            return State::Done;
+        if (count < block.size()) {
+            block.truncate(static_cast<int>(count));
+            block.squeeze();
+        }
+        m_bytes.addBlock(block);
+    } catch (const std::bad_alloc &) {
+        m_bytes = ByteStore();
+        return State::Failed;
+    }
+    return State::Running;
+}
+
+int HexReader::permille() const
+{
+    return static_cast<int>(
+        std::min<qint64>(1000, m_bytes.size() * 1000 / std::max<qint64>(m_file.size(), 1)));
+}

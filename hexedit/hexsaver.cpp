@@ -1,0 +1,139 @@
+#include "hexedit/hexsaver.h"
+
+#include <QFileInfo>
+#include <QStorageInfo>
+#include <algorithm>
+
+namespace {
+
+constexpr int kSlice = 4 << 20;
+constexpr qint64 kMargin = 64 << 10; // directories and the file system's own
+
+// Where the old file goes when its successor could not be written.
+QString rescueNameOf(const QString &fileName)
+{
+    QString name = fileName + QStringLiteral(".~bak");
+    for (int i = 1; QFileInfo::exists(name); ++i)
+        name = fileName + QStringLiteral(".~bak%1").arg(i);
+    return name;
+}
+
+} // namespace
+
+HexSaver::HexSaver()
+    : pause([] {})
+    , freeBytes([](const QString &folder) { return QStorageInfo(folder).bytesAvailable(); })
+    , copy([this](const QString &from, const QString &to) { return copySlices(from, to); })
+{
+}
+
+bool HexSaver::copySlices(const QString &from, const QString &to) const
+{
+    QFile source(from);
+    QFile target(to);
+    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
+        !target.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return false;
+    QByteArray slice(kSlice, Qt::Uninitialized);
+    qint64 count = 0;
+    while ((count = source.read(slice.data(), slice.size())) > 0) {
+        if (target.write(slice.constData(), count) != count) {
+            count = -1;
+            break;
+        }
+        pause();
+    }
+    if (count == 0 && target.size() == source.size())
+        return true;
+    target.remove(); // a part of a file helps nobody
+    return false;
+}
+
+QString HexSaver::targetOf(const QString &fileName)
+{
+    QString target = fileName;
+    // A link to a file that is gone has no canonical path.
+    for (int depth = 0; depth < 40 && QFileInfo(target).isSymLink(); ++depth)
+        target = QFileInfo(target).symLinkTarget();
+    const QString canonical = QFileInfo(target).canonicalFilePath();
+    return canonical.isEmpty() ? target : canonical;
+}
+
+QString HexSaver::temporaryOf(const QString &fileName)
+{
+    return fileName + QStringLiteral(".~tmp");
+}
+
+QString HexSaver::refusal(const QString &target, qint64 size) const
+{
+    const QFileInfo old(target);
+    const QFileInfo temporary(temporaryOf(target));
+    const QString folder = old.absolutePath();
+    if (old.isSymLink() || (old.exists() && !old.isFile()))
+        return QStringLiteral("目标不是普通文件");
+    if (old.exists() && !old.isWritable())
+        return QStringLiteral("文件为只读");
+    if (!QFileInfo(folder).isWritable())
+        return QStringLiteral("文件夹不可写入");
+    if (temporary.isSymLink() || (temporary.exists() && !temporary.isFile()))
+        return QStringLiteral("临时文件的名称已被占用");
+    // The temporary file stands beside the old one, and then beside its copy.
+    const qint64 freed = temporary.exists() ? temporary.size() : 0;
+    const qint64 oldSize = old.exists() ? old.size() : 0;
+    const qint64 available = freeBytes(folder);
+    if (available >= 0 && available + freed < std::max(size, 2 * size - oldSize) + kMargin)
+        return QStringLiteral("磁盘空间不足");
+    return QString();
+}
+
+HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
+                                 const std::function<bool(QIODevice &)> &write) const
+{
+    Outcome outcome;
+    const QString target = targetOf(fileName);
+    outcome.reason = refusal(target, size);
+    if (!outcome.reason.isEmpty())
+        return outcome;
+    // What an earlier save could not copy is all that the disk has of the file:
+    // it becomes the file that it was meant to be before it is written over.
+    if (!QFileInfo::exists(target) && QFileInfo::exists(temporaryOf(target)) &&
+        !QFile::rename(temporaryOf(target), target)) {
+        outcome.reason = QStringLiteral("无法使用上次保留的临时文件");
+        return outcome;
+    }
+    QFile temporary(temporaryOf(target));
+    if (!temporary.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        outcome.reason = QStringLiteral("无法创建临时文件");
+        return outcome;
+    }
+    const bool replaces = QFileInfo::exists(target);
+    const QFile::Permissions permissions = QFile::permissions(target);
+    if (replaces)
+        temporary.setPermissions(permissions | QFile::ReadOwner | QFile::WriteOwner);
+    bool done = write(temporary) && temporary.size() == size && temporary.error() == QFile::NoError;
+    temporary.close();
+
+    if (!done) {
+        // The stated removal, by another name: the old bytes are all there is
+        // on the disk. What was written of the new ones is of no use.
+        outcome.reason = QStringLiteral("写入失败");
+        const QString rescue = rescueNameOf(target);
+        if (replaces)
+            outcome.kept =
+                QStringLiteral("原文件保留在: ") + (QFile::rename(target, rescue) ? rescue : target);
+        temporary.remove();
+        return outcome;
+    }
+    if (replaces && !QFile::remove(target)) {
+        outcome.reason = QStringLiteral("无法替换原文件");
+        return outcome;
+    }
+    if (!copy(temporary.fileName(), target)) {
+        outcome.reason = QStringLiteral("复制失败，内容保留在 ") + temporary.fileName();
+        return outcome;
+    }
+    if (replaces)
+        QFile::setPermissions(target, permissions);
+    outcome.saved = temporary.remove();
+    return outcome;
+}

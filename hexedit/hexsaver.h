@@ -1,0 +1,43 @@
+#pragma once
+
+// Puts bytes in a file's place by way of a temporary file beside it: write,
+// remove the old one, copy, remove the temporary one. At no moment are the
+// old and the new bytes both missing from the disk. Shows nothing.
+
+#include <QFile>
+#include <QString>
+#include <functional>
+
+class HexSaver
+{
+public:
+    struct Outcome
+    {
+        bool saved = false;
+        QString reason; // why not, in the user's language
+        QString kept;   // what the user must be told: where the old bytes are now
+    };
+
+    // Called between the slices of the copy.
+    std::function<void()> pause;
+
+    // What a test can make fail.
+    std::function<qint64(const QString &folder)> freeBytes;
+    std::function<bool(const QString &from, const QString &to)> copy;
+
+    HexSaver();
+    Q_DISABLE_COPY_MOVE(HexSaver)
+
+    // `write` puts `size` bytes into the device, false when it couldn't.
+    Outcome save(const QString &fileName, qint64 size, const std::function<bool(QIODevice &)> &write) const;
+
+    // Behind all links; the name itself where there is no such file yet.
+    static QString targetOf(const QString &fileName);
+
+    // The given name's temporary file.
+    static QString temporaryOf(const QString &fileName);
+
+private:
+    bool copySlices(const QString &from, const QString &to) const;
+    QString refusal(const QString &target, qint64 size) const;
+};

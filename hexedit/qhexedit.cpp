@@ -1,0 +1,251 @@
+#include "hexedit/qhexedit.h"
+
+#include "app/startup.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QIODevice>
+#include <QScrollBar>
+#include <QStyleHints>
+#include <QTimerEvent>
+#include <limits>
+
+namespace {
+constexpr int kMostZoom = 16;
+constexpr int kLeastZoom = -4;
+} // namespace
+
+QHexEdit::QHexEdit(QWidget *parent)
+    : QAbstractScrollArea(parent)
+{
+    setObjectName(QStringLiteral("hexEdit"));
+    setFocusPolicy(Qt::StrongFocus);
+    setFont(Startup::monospaceFont());
+    viewport()->setCursor(Qt::IBeamCursor);
+    setAttribute(Qt::WA_InputMethodEnabled, false); // until the caret is in the text column
+    verticalScrollBar()->setSingleStep(1);
+    updateLayout();
+}
+
+void QHexEdit::setData(const QByteArray &bytes)
+{
+    ByteStore store;
+    store.addBlock(bytes);
+    setData(store);
+}
+
+void QHexEdit::setData(const ByteStore &bytes)
+{
+    m_document.setContent(bytes);
+    m_caret = m_anchor = 0;
+    m_lowDigit = false;
+    m_dragFrom = -1;
+    updateLayout();
+    verticalScrollBar()->setValue(0);
+    showState();
+    emit contentChanged();
+}
+
+bool QHexEdit::write(QIODevice &device, qint64 position, qint64 count) const
+{
+    const qint64 end = count < 0 ? size() : qMin(size(), position + count);
+    while (position < end) {
+        qint64 inRow = 0;
+        const char *bytes = m_document.span(position, &inRow);
+        inRow = qMin(inRow, end - position);
+        if (device.write(bytes, inRow) != inRow)
+            return false;
+        position += inRow;
+    }
+    return true;
+}
+
+void QHexEdit::setSaved()
+{
+    m_document.setSaved();
+    showState();
+}
+
+void QHexEdit::goTo(qint64 address)
+{
+    moveCaret(address, false);
+}
+
+void QHexEdit::select(qint64 address, qint64 length)
+{
+    moveCaret(address, false);
+    moveCaret(address + length, true);
+}
+
+void QHexEdit::replaceSelection(const QByteArray &bytes)
+{
+    const qint64 begin = selectionBegin();
+    edit(begin, selectionLength(), bytes, HexDocument::Step::Alone, begin + bytes.size());
+}
+
+void QHexEdit::setReadOnly(bool readOnly)
+{
+    m_readOnly = readOnly;
+    showState();
+}
+
+void QHexEdit::setOverwrite(bool overwrite)
+{
+    m_overwrite = overwrite;
+    m_document.endTyping();
+    showState();
+}
+
+void QHexEdit::setPlaceholderText(const QString &text)
+{
+    m_placeholder = text;
+    viewport()->update();
+}
+
+void QHexEdit::zoom(int steps)
+{
+    const int zoom = steps == 0 ? 0 : qBound(kLeastZoom, m_zoom + steps, kMostZoom);
+    if (zoom == m_zoom)
+        return;
+    m_zoom = zoom;
+    QFont font = Startup::monospaceFont();
+    font.setPointSizeF(font.pointSizeF() + m_zoom);
+    setFont(font); // leads to changeEvent()
+}
+
+void QHexEdit::undo()
+{
+    if (refuseEdit() || !m_document.canUndo())
+        return;
+    contentEdited(m_document.undo());
+}
+
+void QHexEdit::redo()
+{
+    if (refuseEdit() || !m_document.canRedo())
+        return;
+    contentEdited(m_document.redo());
+}
+
+void QHexEdit::contentEdited(qint64 address)
+{
+    m_lowDigit = false;
+    m_caret = m_anchor = qBound<qint64>(0, address, size());
+    updateLayout();
+    ensureVisible();
+    showState();
+    emit contentChanged();
+}
+
+void QHexEdit::edit(qint64 address, qint64 length, const QByteArray &bytes, HexDocument::Step step,
+                    qint64 caret)
+{
+    m_document.replace(address, length, bytes, step);
+    contentEdited(caret);
+}
+
+void QHexEdit::moveCaret(qint64 address, bool keepAnchor)
+{
+    m_document.endTyping();
+    m_lowDigit = false;
+    m_caret = qBound<qint64>(0, address, size());
+    if (!keepAnchor)
+        m_anchor = m_caret;
+    ensureVisible();
+    showState();
+}
+
+void QHexEdit::showState()
+{
+    m_caretOn = true;
+    viewport()->update();
+    if (size() != m_shownSize) {
+        m_shownSize = size();
+        emit currentSizeChanged(m_shownSize);
+    }
+    if (m_caret != m_shownAddress) {
+        m_shownAddress = m_caret;
+        emit currentAddressChanged(m_shownAddress);
+    }
+    updateMicroFocus();
+    emit stateChanged();
+}
+
+void QHexEdit::ensureVisible()
+{
+    const qint64 row = m_caret / HexLayout::bytesPerRow;
+    if (row < topRow())
+        verticalScrollBar()->setValue(static_cast<int>(row));
+    else if (row >= topRow() + visibleRows())
+        verticalScrollBar()->setValue(static_cast<int>(row - visibleRows() + 1));
+}
+
+int QHexEdit::visibleRows() const
+{
+    return qMax(1, viewport()->height() / m_layout.rowHeight() - 1); // one is the header
+}
+
+qint64 QHexEdit::topRow() const
+{
+    return verticalScrollBar()->value();
+}
+
+void QHexEdit::updateLayout()
+{
+    m_layout.update(fontMetrics(), size());
+    const qint64 rows = size() / HexLayout::bytesPerRow + 1;
+    verticalScrollBar()->setPageStep(visibleRows());
+    verticalScrollBar()->setRange(
+        0, static_cast<int>(qBound<qint64>(0, rows - visibleRows(), std::numeric_limits<int>::max())));
+    horizontalScrollBar()->setPageStep(viewport()->width());
+    horizontalScrollBar()->setRange(0, qMax(0, m_layout.width() - viewport()->width()));
+    horizontalScrollBar()->setSingleStep(m_layout.cellWidth());
+    viewport()->update();
+}
+
+void QHexEdit::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    updateLayout();
+}
+
+void QHexEdit::changeEvent(QEvent *event)
+{
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        updateLayout();
+}
+
+void QHexEdit::scrollContentsBy(int, int)
+{
+    viewport()->update();
+}
+
+void QHexEdit::focusInEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusInEvent(event);
+    const int flash = QGuiApplication::styleHints()->cursorFlashTime();
+    if (flash > 0)
+        m_blink.start(flash / 2, this);
+    m_caretOn = true;
+    viewport()->update();
+}
+
+void QHexEdit::focusOutEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusOutEvent(event);
+    m_blink.stop();
+    viewport()->update();
+}
+
+void QHexEdit::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == m_blink.timerId()) {
+        m_caretOn = !m_caretOn;
+        viewport()->update();
+    } else if (event->timerId() == m_dragScroll.timerId()) {
+        dragTo(m_dragPoint);
+    } else {
+        QAbstractScrollArea::timerEvent(event);
+    }
+}

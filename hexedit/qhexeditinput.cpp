@@ -1,0 +1,369 @@
+// Keyboard, mouse, clipboard and input method of QHexEdit.
+
+#include "app/textcodec.h"
+#include "hexedit/hexparse.h"
+#include "hexedit/qhexedit.h"
+#include "shell/base/qtmessagetip.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QScrollBar>
+
+namespace {
+
+constexpr qint64 kMostCopied = 16 << 20; // bytes; the clipboard holds text
+constexpr int kMostPasted = 64 << 20;    // characters
+constexpr int kDragScrollMs = 30;
+
+} // namespace
+
+// ---- keyboard
+
+void QHexEdit::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::Copy))
+        copy();
+    else if (event->matches(QKeySequence::Cut))
+        cut();
+    else if (event->matches(QKeySequence::Paste))
+        paste();
+    else if (event->matches(QKeySequence::SelectAll))
+        selectAll();
+    else if (event->matches(QKeySequence::ZoomIn) ||
+             (event->key() == Qt::Key_Equal && event->modifiers() == Qt::ControlModifier))
+        zoom(1);
+    else if (event->matches(QKeySequence::ZoomOut))
+        zoom(-1);
+    else if (event->key() == Qt::Key_0 && event->modifiers() == Qt::ControlModifier)
+        zoom(0);
+    else if (!moveByKey(event) && !editByKey(event))
+        QAbstractScrollArea::keyPressEvent(event);
+}
+
+bool QHexEdit::moveByKey(const QKeyEvent *event)
+{
+    constexpr int row = HexLayout::bytesPerRow;
+    const bool shift = event->modifiers() & Qt::ShiftModifier;
+    const bool control = event->modifiers() & Qt::ControlModifier;
+    const qint64 rowStart = m_caret / row * row;
+    const qint64 page = qint64(visibleRows()) * row;
+    qint64 to = m_caret;
+    switch (event->key()) {
+    case Qt::Key_Left:
+        to = m_caret - 1;
+        break;
+    case Qt::Key_Right:
+        to = m_caret + 1;
+        break;
+    case Qt::Key_Up:
+        to = m_caret >= row ? m_caret - row : m_caret;
+        break;
+    case Qt::Key_Down:
+        to = m_caret + row <= size() ? m_caret + row : m_caret;
+        break;
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown: {
+        const bool up = event->key() == Qt::Key_PageUp;
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + (up ? -visibleRows() : visibleRows()));
+        to = up ? (m_caret >= page ? m_caret - page : m_caret % row)
+                : (m_caret + page <= size() ? m_caret + page : size());
+        break;
+    }
+    case Qt::Key_Home:
+        to = control ? 0 : rowStart;
+        break;
+    case Qt::Key_End:
+        to = control ? size() : qMin(rowStart + row - 1, size());
+        break;
+    default:
+        return false;
+    }
+    moveCaret(to, shift);
+    return true;
+}
+
+// The two columns come first, then the next widget.
+bool QHexEdit::focusNextPrevChild(bool next)
+{
+    if (next == m_inText)
+        return QAbstractScrollArea::focusNextPrevChild(next);
+    setInText(next);
+    return true;
+}
+
+bool QHexEdit::editByKey(const QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Insert && event->modifiers() == Qt::NoModifier) {
+        setOverwrite(!m_overwrite);
+        return true;
+    }
+    if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
+        if (selectionLength() > 0)
+            deleteSelection();
+        else
+            deleteByte(event->key() == Qt::Key_Delete ? m_caret : m_caret - 1);
+        return true;
+    }
+    const QString text = event->text();
+    if (text.isEmpty() || !text.at(0).isPrint() ||
+        (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
+        return false;
+    typeText(text);
+    return true;
+}
+
+bool QHexEdit::refuseEdit()
+{
+    return m_readOnly;
+}
+
+void QHexEdit::typeText(const QString &text)
+{
+    if (refuseEdit())
+        return;
+    if (m_inText) {
+        putBytes(TextCodec::encode(text, m_codec), HexDocument::Step::Typing);
+        return;
+    }
+    for (const QChar character : text) {
+        bool isDigit = false;
+        const int digit = QString(character).toInt(&isDigit, 16);
+        if (isDigit)
+            typeDigit(digit);
+    }
+}
+
+void QHexEdit::typeDigit(int digit)
+{
+    if (selectionLength() > 0) {
+        if (m_overwrite)
+            moveCaret(selectionBegin(), false);
+        else
+            deleteSelection();
+    }
+    const qint64 at = m_caret;
+    const bool present = at < size();
+    const int old = present ? static_cast<quint8>(m_document.read(at, 1).at(0)) : 0;
+    if (m_lowDigit && present) {
+        edit(at, 1, QByteArray(1, static_cast<char>((old & 0xF0) | digit)), HexDocument::Step::Typing,
+             at + 1);
+        return;
+    }
+    const int kept = m_overwrite ? old & 0x0F : 0;
+    edit(at, m_overwrite && present ? 1 : 0, QByteArray(1, static_cast<char>((digit << 4) | kept)),
+         HexDocument::Step::Typing, at);
+    m_lowDigit = true;
+}
+
+void QHexEdit::putBytes(const QByteArray &bytes, HexDocument::Step step)
+{
+    if (bytes.isEmpty())
+        return;
+    const qint64 begin = selectionBegin();
+    const qint64 replaced = m_overwrite ? bytes.size() : selectionLength();
+    if (selectionLength() > 0)
+        step = HexDocument::Step::Alone;
+    edit(begin, replaced, bytes, step, begin + bytes.size());
+}
+
+void QHexEdit::deleteByte(qint64 address)
+{
+    if (!refuseEdit() && address >= 0 && address < size())
+        edit(address, 1, QByteArray(), HexDocument::Step::Typing, address);
+}
+
+void QHexEdit::inputMethodEvent(QInputMethodEvent *event)
+{
+    if (!event->commitString().isEmpty())
+        typeText(event->commitString());
+    event->accept();
+}
+
+QVariant QHexEdit::inputMethodQuery(Qt::InputMethodQuery query) const
+{
+    if (query == Qt::ImCursorRectangle) {
+        const int row =
+            static_cast<int>(qBound<qint64>(0, m_caret / HexLayout::bytesPerRow - topRow(), visibleRows()));
+        const int column = static_cast<int>(m_caret % HexLayout::bytesPerRow);
+        return (m_inText ? m_layout.text(row, column) : m_layout.hex(row, column))
+            .translated(contentOrigin());
+    }
+    if (query == Qt::ImEnabled)
+        return m_inText && !m_readOnly;
+    return QAbstractScrollArea::inputMethodQuery(query);
+}
+
+void QHexEdit::setInText(bool inText)
+{
+    m_inText = inText;
+    m_lowDigit = false;
+    m_document.endTyping();
+    setAttribute(Qt::WA_InputMethodEnabled, inText); // digits must not open a list of candidates
+    showState();
+}
+
+// ---- clipboard
+
+bool QHexEdit::copyAs(bool text)
+{
+    const qint64 length = selectionLength();
+    if (length == 0)
+        return false;
+    if (length > kMostCopied) {
+        QtMessageTip::showTip(QStringLiteral("选中的内容超过16 MB，不能复制"));
+        return false;
+    }
+    const QByteArray bytes = m_document.read(selectionBegin(), static_cast<int>(length));
+    QApplication::clipboard()->setText(text ? TextCodec::decode(bytes, m_codec) : HexParse::text(bytes));
+    return true;
+}
+
+void QHexEdit::copy()
+{
+    copyAs(m_inText);
+}
+
+void QHexEdit::copyHex()
+{
+    copyAs(false);
+}
+
+void QHexEdit::copyText()
+{
+    copyAs(true);
+}
+
+void QHexEdit::cut()
+{
+    if (!refuseEdit() && copyAs(m_inText))
+        deleteSelection();
+}
+
+void QHexEdit::paste()
+{
+    const QString text = QApplication::clipboard()->text();
+    if (refuseEdit() || text.isEmpty())
+        return;
+    if (text.size() > kMostPasted) {
+        QtMessageTip::showTip(QStringLiteral("粘贴的内容过长"));
+        return;
+    }
+    const auto bytes = m_inText ? TextCodec::encode(text, m_codec) : HexParse::bytes(text);
+    if (!bytes) {
+        QtMessageTip::showTip(QStringLiteral("剪贴板的内容不是十六进制数据，可在文本列中粘贴为文本"));
+        return;
+    }
+    putBytes(*bytes, HexDocument::Step::Alone);
+}
+
+void QHexEdit::deleteSelection()
+{
+    if (!refuseEdit() && selectionLength() > 0)
+        replaceSelection(QByteArray());
+}
+
+void QHexEdit::selectAll()
+{
+    const int row = verticalScrollBar()->value();
+    select(0, size());
+    verticalScrollBar()->setValue(row);
+}
+
+void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu menu(this);
+    const bool some = selectionLength() > 0;
+    const auto add = [&menu, this](const QString &text, void (QHexEdit::*slot)(), bool enabled) {
+        menu.addAction(text, this, slot)->setEnabled(enabled);
+    };
+    add(QStringLiteral("剪切"), &QHexEdit::cut, some && !m_readOnly);
+    add(QStringLiteral("复制为十六进制"), &QHexEdit::copyHex, some);
+    add(QStringLiteral("复制为文本"), &QHexEdit::copyText, some);
+    add(QStringLiteral("粘贴"), &QHexEdit::paste, !m_readOnly);
+    add(QStringLiteral("删除"), &QHexEdit::deleteSelection, some && !m_readOnly);
+    menu.addSeparator();
+    add(QStringLiteral("全选"), &QHexEdit::selectAll, size() > 0);
+    menu.exec(event->globalPos());
+}
+
+// ---- mouse
+
+HexLayout::Place QHexEdit::placeAt(const QPoint &point) const
+{
+    HexLayout::Place place = m_layout.placeAt(point - contentOrigin());
+    place.row += topRow();
+    return place;
+}
+
+qint64 QHexEdit::addressOf(const HexLayout::Place &place) const
+{
+    return qBound<qint64>(0, place.row * HexLayout::bytesPerRow + place.column, size());
+}
+
+void QHexEdit::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || event->pos().y() < contentOrigin().y())
+        return;
+    const HexLayout::Place place = placeAt(event->pos());
+    setInText(place.inText);
+    const qint64 address = addressOf(place);
+    if (event->modifiers() & Qt::ShiftModifier) {
+        m_dragFrom = m_anchor;
+        dragTo(event->pos());
+        return;
+    }
+    m_dragFrom = address;
+    moveCaret(address, false);
+    m_lowDigit = place.lowDigit && address < size();
+}
+
+void QHexEdit::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_dragFrom < 0 || !(event->buttons() & Qt::LeftButton))
+        return;
+    m_dragPoint = event->pos();
+    const bool outside = m_dragPoint.y() < contentOrigin().y() || m_dragPoint.y() >= viewport()->height();
+    if (outside && !m_dragScroll.isActive())
+        m_dragScroll.start(kDragScrollMs, this);
+    else if (!outside)
+        m_dragScroll.stop();
+    // A hand that trembles selects nothing.
+    if (selectionLength() > 0 || addressOf(placeAt(m_dragPoint)) != m_dragFrom)
+        dragTo(m_dragPoint);
+}
+
+// Both ends are part of the selection, whichever way it is dragged.
+void QHexEdit::dragTo(const QPoint &point)
+{
+    const qint64 to = addressOf(placeAt(point));
+    const bool back = to < m_dragFrom;
+    m_anchor = qMin(size(), back ? m_dragFrom + 1 : m_dragFrom);
+    moveCaret(back ? to : to + 1, true);
+}
+
+void QHexEdit::mouseReleaseEvent(QMouseEvent *)
+{
+    m_dragFrom = -1;
+    m_dragScroll.stop();
+}
+
+// Selects the byte.
+void QHexEdit::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && event->pos().y() >= contentOrigin().y())
+        select(addressOf(placeAt(event->pos())), 1);
+}
+
+void QHexEdit::wheelEvent(QWheelEvent *event)
+{
+    if (event->modifiers() & Qt::ControlModifier) {
+        if (event->angleDelta().y() != 0)
+            zoom(event->angleDelta().y() > 0 ? 1 : -1);
+        event->accept();
+        return;
+    }
+    QAbstractScrollArea::wheelEvent(event);
+}

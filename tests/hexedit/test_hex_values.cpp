@@ -1,0 +1,115 @@
+// Hexadecimal text, addresses, checksums and the meanings of bytes.
+
+#include "hexedit/hexchecksum.h"
+#include "hexedit/hexinspector.h"
+#include "hexedit/hexparse.h"
+
+#include <QtTest>
+
+class TestHexValues : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void parsesBytes_data();
+    void parsesBytes();
+    void parsesAddresses_data();
+    void parsesAddresses();
+    void computesChecksums();
+    void explainsBytes_data();
+    void explainsBytes();
+};
+
+void TestHexValues::parsesBytes_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("bytes"); // null where it is refused
+    const QByteArray three("\x01\xAB\xff", 3);
+    for (const char *text : {"01 AB FF", "01abFF", "0x01, 0xAB, 0xff", "{0x1,0xAB,0xFF}", "\\x01\\xab\\xff",
+                             "01-AB-FF", "01:ab:ff", "01\r\nAB\tFF\n", "0x01ABFF", "0x010xAB0xFF"})
+        QTest::newRow(text) << QString::fromLatin1(text) << three;
+    QTest::newRow("empty") << QString() << QByteArray("");
+    for (const char *text : {"1", "01 2", "0x", "01 xyz", "012", "0x123", "hello", "01 AB 汉"})
+        QTest::newRow(text) << QString::fromUtf8(text) << QByteArray();
+}
+
+void TestHexValues::parsesBytes()
+{
+    QFETCH(QString, text);
+    QFETCH(QByteArray, bytes);
+    const auto parsed = HexParse::bytes(text);
+    QCOMPARE(parsed.has_value(), !bytes.isNull());
+    if (parsed)
+        QCOMPARE(*parsed, bytes);
+}
+
+void TestHexValues::parsesAddresses_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<qint64>("address"); // with the caret at 100 in 1000 bytes; -1 where it is refused
+    const std::pair<const char *, qint64> rows[] = {
+        {"0", 0},    {"1000", 1000}, {" 0x1F ", 31}, {"1fh", 31},  {"+0x10", 116},
+        {"-100", 0}, {"1001", -1},   {"-101", -1},   {"+901", -1}, {"", -1},
+        {"12z", -1}, {"--1", -1},    {"0x", -1},     {"1F", -1},   {"99999999999999999999", -1}};
+    for (const auto &row : rows)
+        QTest::newRow(row.first) << QString::fromLatin1(row.first) << row.second;
+}
+
+void TestHexValues::parsesAddresses()
+{
+    QFETCH(QString, text);
+    QTEST(HexParse::address(text, 100, 1000).value_or(-1), "address");
+}
+
+// The check values that the definitions give for "123456789".
+void TestHexValues::computesChecksums()
+{
+    HexChecksum sums;
+    QCOMPARE(sums.crc32(), quint32(0));
+    QCOMPARE(sums.crc16Modbus(), quint16(0xFFFF));
+    sums.add("1234", 4);
+    sums.add("56789", 5);
+    QCOMPARE(sums.crc32(), quint32(0xCBF43926));
+    QCOMPARE(sums.crc16Modbus(), quint16(0x4B37));
+    QCOMPARE(sums.sum(), quint64(477));
+    QCOMPARE(sums.md5().toHex(), QByteArray("25f9e794323b453885f5181f1b624d0b"));
+    QCOMPARE(sums.sha256().toHex(),
+             QByteArray("15e2b0d3c33891ebb0f1ef609ec419420c20e320ce94c65fbc8c3312448eb225"));
+}
+
+void TestHexValues::explainsBytes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("bigEndian");
+    QTest::addColumn<QString>("expected"); // name=text of those looked at
+    QTest::newRow("signs") << QByteArray::fromHex("FEFFFFFFFFFFFFFF") << false
+                           << "uint8=254 int8=-2 uint16=65534 int16=-2 uint32=4294967294 int32=-2 "
+                              "uint64=18446744073709551614 int64=-2";
+    QTest::newRow("big endian") << QByteArray::fromHex("0102030405060708") << true
+                                << "uint16=258 uint32=16909060 uint64=72623859790382856";
+    QTest::newRow("little endian") << QByteArray::fromHex("0102030405060708") << false
+                                   << "uint16=513 uint32=67305985 uint64=578437695752307201";
+    QTest::newRow("float") << QByteArray::fromHex("0000C03F") << false << "float=1.5 double= uint64=";
+    QTest::newRow("double") << QByteArray::fromHex("BFF8000000000000") << true << "double=-1.5";
+    QTest::newRow("UTF-8") << QByteArray("\xE4\xB8\xAD!") << false << "UTF-8=\xE4\xB8\xAD";
+    QTest::newRow("GB18030") << QByteArray("\xD6\xD0!") << false << "GB18030=\xE4\xB8\xAD UTF-8=";
+    QTest::newRow("time") << QByteArray::fromHex("6553F100") << true << "uint32=1700000000";
+    QTest::newRow("nothing") << QByteArray() << false << "uint8= int64= float= time32= UTF-8=";
+}
+
+void TestHexValues::explainsBytes()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, bigEndian);
+    QFETCH(QString, expected);
+    QHash<QString, QString> values;
+    for (const HexInspector::Value &value : HexInspector::values(bytes, bigEndian))
+        values.insert(value.name, value.text);
+    for (const QString &pair : expected.split(QLatin1Char(' ')))
+        QCOMPARE(values.value(pair.section('=', 0, 0), QStringLiteral("(none)")), pair.section('=', 1));
+    if (qstrcmp(QTest::currentDataTag(), "time") == 0)
+        QCOMPARE(values.value(QStringLiteral("time32")), QStringLiteral("2023-11-14 22:13:20"));
+}
+
+QTEST_APPLESS_MAIN(TestHexValues)
+#include "test_hex_values.moc"

@@ -1,0 +1,222 @@
+// Saving where it works and where it can't: full disks, copies that fail,
+// links, permissions.
+
+#include "hexedit/hexreader.h"
+#include "hexedit/hexsaver.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#ifdef Q_OS_LINUX
+#include <sys/mount.h>
+#include <sys/stat.h>
+#endif
+
+class TestHexSaver : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void replacesAFile();
+    void makesAFileThatIsGone();
+    void refusesBeforeTouching();
+    void keepsTheOldBytesWhenWritingFails();
+    void keepsTheNewBytesWhenTheCopyFails();
+    void resolvesLinksAndKeepsPermissions();
+    void survivesAFullDisk();
+    void readsOrdinaryFilesOnly();
+
+private:
+    QString path(const QString &name) const { return m_root->filePath(name); }
+    void put(const QString &name, const QByteArray &bytes)
+    {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    }
+    QByteArray content(const QString &name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+    }
+    QStringList files() const
+    {
+        return QDir(m_root->path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+    HexSaver::Outcome save(const QString &name, const QByteArray &bytes)
+    {
+        return m_saver->save(path(name), bytes.size(),
+                             [&bytes](QIODevice &device) { return device.write(bytes) == bytes.size(); });
+    }
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<HexSaver> m_saver;
+};
+
+void TestHexSaver::init()
+{
+    m_root = std::make_unique<QTemporaryDir>();
+    m_saver = std::make_unique<HexSaver>();
+    put("rom.bin", "old bytes");
+}
+
+void TestHexSaver::replacesAFile()
+{
+    const QByteArray large(9 << 20, 'n'); // several slices
+    QVERIFY(save("rom.bin", large).saved);
+    QCOMPARE(content("rom.bin"), large);
+    QVERIFY(save("rom.bin", QByteArray()).saved);
+    QCOMPARE(content("rom.bin"), QByteArray());
+    put("rom.bin.~tmp", "left over");
+    QVERIFY(save("rom.bin", "new").saved);
+    QCOMPARE(content("rom.bin"), QByteArray("new"));
+    QCOMPARE(files(), QStringList{"rom.bin"});
+}
+
+void TestHexSaver::makesAFileThatIsGone()
+{
+    QVERIFY(QFile::remove(path("rom.bin")));
+    QVERIFY(save("rom.bin", "new").saved);
+    QCOMPARE(content("rom.bin"), QByteArray("new"));
+    QCOMPARE(files(), QStringList{"rom.bin"});
+}
+
+void TestHexSaver::refusesBeforeTouching()
+{
+    // Room for the temporary file but not for the copy.
+    m_saver->freeBytes = [](const QString &) { return qint64(1500000); };
+    const HexSaver::Outcome full = save("rom.bin", QByteArray(1000000, 'n'));
+    QVERIFY(!full.saved && full.kept.isEmpty() && !full.reason.isEmpty());
+    QVERIFY(save("rom.bin", "small").saved);
+    put("rom.bin", "old bytes");
+    m_saver = std::make_unique<HexSaver>();
+    QVERIFY(QDir(m_root->path()).mkdir("rom.bin.~tmp"));
+    QVERIFY(!save("rom.bin", "new").saved);
+    QVERIFY(QDir(m_root->path()).mkdir("folder"));
+    QVERIFY(!save("folder", "new").saved);
+    QVERIFY(!save("missing/rom.bin", "new").saved);
+    QCOMPARE(content("rom.bin"), QByteArray("old bytes"));
+    QCOMPARE(files(), QStringList{"rom.bin"});
+}
+
+void TestHexSaver::keepsTheOldBytesWhenWritingFails()
+{
+    put("rom.bin.~bak", "another's");
+    const auto half = [](QIODevice &device) { return device.write("half") == 4 && false; };
+    const HexSaver::Outcome outcome = m_saver->save(path("rom.bin"), 100, half);
+    QVERIFY(!outcome.saved);
+    QVERIFY2(outcome.kept.contains(path("rom.bin.~bak1")), qPrintable(outcome.kept));
+    QCOMPARE(content("rom.bin.~bak1"), QByteArray("old bytes"));
+    QCOMPARE(content("rom.bin.~bak"), QByteArray("another's"));
+    // Less than was announced is a failure, whatever the writer says.
+    put("rom.bin", "newer");
+    QVERIFY(!m_saver->save(path("rom.bin"), 100, [](QIODevice &device) { return device.write("half") == 4; })
+                 .saved);
+    QCOMPARE(content("rom.bin.~bak2"), QByteArray("newer"));
+    QCOMPARE(files(), (QStringList{"rom.bin.~bak", "rom.bin.~bak1", "rom.bin.~bak2"}));
+}
+
+void TestHexSaver::keepsTheNewBytesWhenTheCopyFails()
+{
+    QString from, to;
+    m_saver->copy = [&](const QString &source, const QString &target) {
+        from = source;
+        to = target;
+        return false;
+    };
+    const HexSaver::Outcome outcome = save("rom.bin", "new");
+    QVERIFY(!outcome.saved);
+    QCOMPARE(from, path("rom.bin.~tmp"));
+    QCOMPARE(to, path("rom.bin"));
+    QCOMPARE(content("rom.bin.~tmp"), QByteArray("new"));
+    QCOMPARE(files(), QStringList{"rom.bin.~tmp"});
+    // It is not written over by the next try, which may fail as well.
+    QVERIFY(!m_saver->save(path("rom.bin"), 100, [](QIODevice &) { return false; }).saved);
+    QCOMPARE(content("rom.bin.~bak"), QByteArray("new"));
+}
+
+void TestHexSaver::resolvesLinksAndKeepsPermissions()
+{
+#ifdef Q_OS_UNIX
+    QVERIFY(QDir(m_root->path()).mkdir("real"));
+    put("real/rom.bin", "old");
+    const auto permissions = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup;
+    QVERIFY(QFile::setPermissions(path("real/rom.bin"), permissions));
+    QVERIFY(QFile::link("real/rom.bin", path("link.bin")));
+    QVERIFY(QFile::link("link.bin", path("twice.bin")));
+    QVERIFY(save("twice.bin", "new").saved);
+    QVERIFY(QFileInfo(path("twice.bin")).isSymLink() && QFileInfo(path("link.bin")).isSymLink());
+    QCOMPARE(content("real/rom.bin"), QByteArray("new"));
+    const auto users = QFile::ReadUser | QFile::WriteUser | QFile::ExeUser; // who we are, not who may
+    QCOMPARE(QFile::permissions(path("real/rom.bin")) & ~users, QFile::Permissions(permissions));
+    // To a file that is gone.
+    QVERIFY(QFile::remove(path("real/rom.bin")));
+    QVERIFY(save("twice.bin", "again").saved);
+    QCOMPARE(content("real/rom.bin"), QByteArray("again"));
+    QVERIFY(QFileInfo(path("link.bin")).isSymLink());
+    QVERIFY(QFile::link("loop.bin", path("loop.bin")));
+    QVERIFY(!save("loop.bin", "new").saved);
+#endif
+}
+
+// A disk that really runs full: in the middle of the temporary file, and of
+// the copy. Where nothing may be mounted, the tests above have to do.
+void TestHexSaver::survivesAFullDisk()
+{
+#ifdef Q_OS_LINUX
+    if (mount("none", qPrintable(m_root->path()), "tmpfs", 0, "size=1m") != 0)
+        QSKIP("a small disk can be mounted by root only");
+    const auto leave = qScopeGuard([this] { umount2(qPrintable(m_root->path()), MNT_DETACH); });
+    const QByteArray old(300000, 'o');
+    const QByteArray larger(500000, 'n');
+    put("rom.bin", old);
+    QVERIFY(save("rom.bin", larger).reason == QStringLiteral("磁盘空间不足"));
+    QCOMPARE(content("rom.bin"), old);
+    QCOMPARE(files(), QStringList{"rom.bin"});
+
+    m_saver->freeBytes = [](const QString &) { return qint64(1) << 40; }; // it was there a moment ago
+    const QByteArray huge(900000, 'n');
+    QVERIFY(save("rom.bin", huge).kept.contains(path("rom.bin.~bak")));
+    QCOMPARE(content("rom.bin.~bak"), old);
+    QCOMPARE(files(), QStringList{"rom.bin.~bak"});
+
+    QVERIFY(QFile::rename(path("rom.bin.~bak"), path("rom.bin")));
+    QVERIFY(!save("rom.bin", QByteArray(650000, 'n')).saved); // written, but no room for the copy
+    QCOMPARE(content("rom.bin.~tmp"), QByteArray(650000, 'n'));
+    QCOMPARE(files(), QStringList{"rom.bin.~tmp"});
+
+    QVERIFY(QFile::rename(path("rom.bin.~tmp"), path("rom.bin")));
+    QCOMPARE(mount("none", qPrintable(m_root->path()), "tmpfs", MS_REMOUNT | MS_RDONLY, "size=1m"), 0);
+    m_saver = std::make_unique<HexSaver>();
+    QVERIFY(!save("rom.bin", "new").saved);
+    QCOMPARE(content("rom.bin").size(), 650000);
+#endif
+}
+
+void TestHexSaver::readsOrdinaryFilesOnly()
+{
+    const auto read = [](const QString &name) {
+        HexReader reader;
+        if (!reader.open(name))
+            return qint64(-1);
+        while (reader.step() == HexReader::State::Running) {
+        }
+        return reader.bytes().size();
+    };
+    QCOMPARE(read(path("rom.bin")), qint64(9));
+    put("empty", QByteArray());
+    QCOMPARE(read(path("empty")), qint64(0));
+    put("large", QByteArray(9000001, 'x'));
+    QCOMPARE(read(path("large")), qint64(9000001));
+    QCOMPARE(read(path("missing")), qint64(-1));
+    QCOMPARE(read(m_root->path()), qint64(-1));
+#ifdef Q_OS_LINUX
+    QCOMPARE(read("/dev/zero"), qint64(-1));
+    QCOMPARE(mkfifo(qPrintable(path("pipe")), 0600), 0);
+    QCOMPARE(read(path("pipe")), qint64(-1));
+    QVERIFY(read("/proc/self/maps") > 0); // says that it is empty
+#endif
+}
+
+QTEST_GUILESS_MAIN(TestHexSaver)
+#include "test_hexsaver.moc"
