@@ -6,6 +6,7 @@
 #include "camera/frameshow.h"
 #include "camera/imageformatconfig.h"
 #include "camera/imageviewer.h"
+#include "network/clientsocket.h"
 #include "network/readgate.h"
 #include "network/tcpserver.h"
 #include "serial/qtserialport.h"
@@ -24,7 +25,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSaveFile>
-#include <QTcpSocket>
 #include <QUdpSocket>
 #include <QVBoxLayout>
 
@@ -46,7 +46,7 @@ const auto kWarning = QStringLiteral("告警");
 CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_server(new TcpServer(this))
-    , m_socket(new QTcpSocket(this))
+    , m_socket(new ClientSocket(this))
     , m_udp(new QUdpSocket(this))
     , m_serial(new QtSerialPort(this))
     , m_gate(new ReadGate([] { return qint64(0); }, this)) // what can't be shown is skipped

@@ -16,6 +16,7 @@
 
 class CameraLinkPanel;
 class CameraStatusRow;
+class ClientSocket;
 class FormGroup;
 class FormPanel;
 class FrameShow;
@@ -24,7 +25,6 @@ class ImageViewer;
 class QCheckBox;
 class QComboBox;
 class QPushButton;
-class QTcpSocket;
 class QUdpSocket;
 class QtSerialPort;
 class ReadGate;
@@ -101,9 +101,8 @@ private:
     void showFailed(const QString &why);
     void clientConnected();
     void clientDisconnected();
-    void clientFailed();
+    void clientFailed(const QString &why);
     void serialVanished();
-    void takeFromHost();
     void showPeers();
     qint64 send(const QByteArray &packet);
     qint64 sendDatagram(const QByteArray &packet);
@@ -137,7 +136,7 @@ private:
     QPushButton *m_copy = nullptr;
 
     TcpServer *m_server;
-    QTcpSocket *m_socket;
+    ClientSocket *m_socket;
     QUdpSocket *m_udp;
     QtSerialPort *m_serial;
     ReadGate *m_gate;
