@@ -22,9 +22,9 @@ class FormPanel;
 class FrameShow;
 class ImageFormatConfig;
 class ImageViewer;
+class PictureActions;
 class QCheckBox;
 class QComboBox;
-class QPushButton;
 class QUdpSocket;
 class QtSerialPort;
 class ReadGate;
@@ -64,9 +64,6 @@ public slots:
     void SltReadWriteRegister(QString strAddr, QString strValue, int regId);
     void SltCalculationRate();
 
-    void SltSaveImage();
-    void SltCopyImage();
-
 signals:
     void signalNotify(QString text, int kind);
     void signalRefresCounts(int pageIndex);
@@ -83,7 +80,6 @@ private:
     void buildUi();
     QWidget *buildPanel();
     QWidget *buildWorkArea();
-    QWidget *buildActions();
     FormGroup *buildDisplay(QWidget *parent);
     void connectParts();
 
@@ -119,7 +115,6 @@ private:
     void startElapsed();
     void raiseError(const QString &why);
     void showCounts();
-    int chosenPicture() const;
     void fold();
 
     FormPanel *m_panel = nullptr;
@@ -131,9 +126,7 @@ private:
     QCheckBox *m_bigEndian = nullptr;
     CameraStatusRow *m_status = nullptr;
     ImageViewer *m_viewer = nullptr;
-    QComboBox *m_picture = nullptr; // which one is saved and copied
-    QPushButton *m_save = nullptr;
-    QPushButton *m_copy = nullptr;
+    PictureActions *m_actions = nullptr;
 
     TcpServer *m_server;
     ClientSocket *m_socket;
