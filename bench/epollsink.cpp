@@ -71,7 +71,8 @@ int main()
     Clock::time_point end;
     long long bytes = 0;
     for (;;) {
-        const int count = epoll_wait(epoll, ready.data(), static_cast<int>(ready.size()), bytes > 0 ? 1000 : -1);
+        const int count =
+            epoll_wait(epoll, ready.data(), static_cast<int>(ready.size()), bytes > 0 ? 1000 : -1);
         if (count == 0)
             break;
         for (int i = 0; i < count; ++i) {
