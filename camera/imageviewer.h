@@ -22,7 +22,6 @@ public:
     int displayCount() const { return m_displayCount; }
     void setDisplayCount(int count); // 1 or 2
 
-
     QSize sizeHint() const override { return {640, 360}; }
 
 protected:
