@@ -70,7 +70,7 @@ def serial(build):
 
 
 def ymodem(build):
-    for baud in ("115200", "921600"):
+    for baud in ("921600",):
         text = output_of(HERE / "transfer_figures.sh", build / "bin", baud)
         ours = number(r"serial page to boardsim: [\d.]+ s, (\d+) bytes/s", text)
         for sender, receiver in (("sb", "boardsim"), ("sb", "rb")):
@@ -88,7 +88,7 @@ def network(build):
 def camera(build):
     text = output_of(HERE / "camera_figures.sh", build / "bin", "decoder")
     speed = {}
-    for name, value, unit in re.findall(r"^(\S+)\s.*bytes_per_second=([\d.]+)([GM])", text, re.MULTILINE):
+    for name, value, unit in re.findall(r"^(\S+) .*bytes_per_second=([\d.]+)([GM])", text, re.MULTILINE):
         speed[name] = float(value) * (1024 if unit == "G" else 1)
     for name, value in speed.items():
         size = re.match(r"decode/w:(\d+)/h:(\d+)", name)
