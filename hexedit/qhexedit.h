@@ -20,7 +20,9 @@ public:
 
     // Both forget all edits.
     void setData(const QByteArray &bytes);
-    void setData(const ByteStore &bytes);
+    void setDocument(HexDocument document, qint64 address = 0);
+    // More of the data, before the first edit.
+    void appendData(const QByteArray &block);
 
     // Writes a range, to the end where no length is given. False when the
     // device took less.
@@ -92,8 +94,10 @@ private:
     void edit(qint64 address, qint64 length, const QByteArray &bytes, HexDocument::Step step, qint64 caret);
     void moveCaret(qint64 address, bool keepAnchor);
     void showState(); // tells what has changed since the last time
+    void showSize();
     void ensureVisible();
     void updateLayout();
+    void updateScrollBars();
     int visibleRows() const;
     qint64 topRow() const;
 
