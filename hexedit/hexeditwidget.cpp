@@ -43,6 +43,7 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     connectParts();
     m_saver.pause = [this] { pause(); };
     endWork();
+    reloadCodec();
     setAddress(0);
     setSize(0);
 }

@@ -37,6 +37,7 @@ public:
 
     QStringList counts() const override;
     bool prepareToClose() override;
+    void reloadCodec() override;
 
     // Asks where edits would be lost, then shows the file, a large one while it
     // is being read. What was open before comes back where that fails.

@@ -112,6 +112,12 @@ void QHexEdit::setOverwrite(bool overwrite)
     showState();
 }
 
+void QHexEdit::setTextCodec(int index)
+{
+    m_codec = index;
+    viewport()->update();
+}
+
 void QHexEdit::setPlaceholderText(const QString &text)
 {
     m_placeholder = text;

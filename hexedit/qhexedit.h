@@ -47,8 +47,8 @@ public:
     void setReadOnly(bool readOnly);
     bool isOverwrite() const { return m_overwrite; }
     void setOverwrite(bool overwrite);
-    // How typed, pasted and copied text becomes bytes and back.
-    void setTextCodec(int index) { m_codec = index; }
+    // How text that is typed, pasted, copied and shown becomes bytes and back.
+    void setTextCodec(int index);
     void setPlaceholderText(const QString &text);
     void zoom(int steps); // 0 goes back to the beginning
 
@@ -119,6 +119,9 @@ private:
     void paintHeader(QPainter &painter) const;
     void paintRow(QPainter &painter, int row, qint64 address) const;
     void paintByte(QPainter &painter, int row, qint64 address, quint8 byte, bool changed) const;
+    void paintText(QPainter &painter, int row, qint64 address) const;
+    bool isSelected(qint64 address) const;
+    QColor colorOf(qint64 address) const;
     void paintCaret(QPainter &painter) const;
     QPoint contentOrigin() const; // of the first row
 
