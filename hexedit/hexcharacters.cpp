@@ -30,7 +30,7 @@ bool standsAlone(quint8 byte)
 // a place that all rows of the page have in common.
 qint64 placeBefore(const HexDocument &document, qint64 address, int codec)
 {
-    if (codec == TextCodec::Utf8)
+    if (codec != TextCodec::Gb18030)
         return std::max<qint64>(0, address - (kLongest - 1));
     const qint64 begin = std::max<qint64>(0, address / kPage * kPage - kPage);
     const QByteArray before = document.read(begin, static_cast<int>(address - begin));
@@ -42,7 +42,9 @@ qint64 placeBefore(const HexDocument &document, qint64 address, int codec)
 // Bytes of the character at the place, 1 where no longer one is there.
 int utf8Length(const QByteArray &bytes, int at)
 {
-    const auto byte = [&](int i) { return at + i < bytes.size() ? static_cast<quint8>(bytes.at(at + i)) : 0; };
+    const auto byte = [&](int i) {
+        return at + i < bytes.size() ? static_cast<quint8>(bytes.at(at + i)) : 0;
+    };
     const int lead = byte(0);
     const int length = lead < 0xC2 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 1;
     // Of all codes, those too short for their length, of surrogates and beyond Unicode are none.
@@ -66,6 +68,11 @@ int gb18030Length(const QByteArray &bytes, int at)
     if (isBetween(byte(1), 0x40, 0x7E) || isBetween(byte(1), 0x80, 0xFE))
         return 2;
     return isDigit(1) && isLead(2) && isDigit(3) ? 4 : 1;
+}
+
+int lengthOf(const QByteArray &bytes, int at, int codec)
+{
+    return codec == ascii ? 1 : codec == TextCodec::Utf8 ? utf8Length(bytes, at) : gb18030Length(bytes, at);
 }
 
 bool canBeShown(const QString &text)
@@ -99,7 +106,7 @@ std::vector<Cell> cells(const HexDocument &document, qint64 address, int count, 
     std::vector<std::pair<int, int>> longer; // where each begins, and its length
     std::vector<Cell> cells(static_cast<size_t>(end - skipped), Cell{QStringLiteral("."), 1});
     for (int at = 0; at < end;) {
-        const int length = codec == TextCodec::Utf8 ? utf8Length(bytes, at) : gb18030Length(bytes, at);
+        const int length = lengthOf(bytes, at, codec);
         const char byte = bytes.at(at);
         if (length == 1 && at >= skipped && byte >= 0x20 && byte < 0x7F) {
             cells[static_cast<size_t>(at - skipped)].text = QLatin1Char(byte);

@@ -17,6 +17,8 @@ struct Cell
     int bytes = 1; // of the character that begins with it
 };
 
+constexpr int ascii = -1; // in the place of a codec: no longer characters
+
 // Of at most `count` bytes, fewer at the end. The codec is an index of TextCodec.
 std::vector<Cell> cells(const HexDocument &document, qint64 address, int count, int codec);
 

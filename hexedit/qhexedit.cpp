@@ -118,6 +118,12 @@ void QHexEdit::setTextCodec(int index)
     viewport()->update();
 }
 
+void QHexEdit::setAsciiOnly(bool asciiOnly)
+{
+    m_asciiOnly = asciiOnly;
+    viewport()->update();
+}
+
 void QHexEdit::setPlaceholderText(const QString &text)
 {
     m_placeholder = text;

@@ -49,6 +49,7 @@ public:
     void setOverwrite(bool overwrite);
     // How text that is typed, pasted, copied and shown becomes bytes and back.
     void setTextCodec(int index);
+    void setAsciiOnly(bool asciiOnly); // shows nothing else as text
     void setPlaceholderText(const QString &text);
     void zoom(int steps); // 0 goes back to the beginning
 
@@ -136,6 +137,7 @@ private:
     bool m_readOnly = false;
     bool m_caretOn = true;
     int m_codec = 0;
+    bool m_asciiOnly = false;
     int m_zoom = 0;
     qint64 m_shownAddress = 0;
     qint64 m_shownSize = 0;

@@ -139,7 +139,8 @@ void QHexEdit::paintByte(QPainter &painter, int row, qint64 address, quint8 byte
 // what cells its bytes have beyond stay blank.
 void QHexEdit::paintText(QPainter &painter, int row, qint64 address) const
 {
-    const auto cells = HexCharacters::cells(m_document, address, HexLayout::bytesPerRow, m_codec);
+    const auto cells = HexCharacters::cells(m_document, address, HexLayout::bytesPerRow,
+                                            m_asciiOnly ? HexCharacters::ascii : m_codec);
     for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
         const HexCharacters::Cell &cell = cells[static_cast<size_t>(column)];
         if (cell.text.isEmpty())
@@ -148,17 +149,17 @@ void QHexEdit::paintText(QPainter &painter, int row, qint64 address) const
         const bool wide = cell.bytes > 1 && cell.text.at(0).unicode() >= kFirstWide;
         const QRect place = m_layout.text(row, column, wide ? 2 : 1);
         painter.setPen(colorOf(at));
-        if (wide && isSelected(at) != isSelected(at + 1)) { // each half as its byte
+        painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
+        // The other half as its byte, or as what is behind the last cell.
+        const bool beyond = column + 1 == HexLayout::bytesPerRow;
+        const QColor other = beyond ? QColor(Skin::palette().text) : colorOf(at + 1);
+        if (wide && other != colorOf(at)) {
             painter.save();
-            painter.setClipRect(m_layout.text(row, column));
-            painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
             painter.setClipRect(m_layout.text(row, column + 1));
-            painter.setPen(colorOf(at + 1));
+            painter.setPen(other);
             painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
             painter.restore();
-            continue;
         }
-        painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
     }
 }
 

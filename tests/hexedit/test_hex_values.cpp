@@ -94,6 +94,7 @@ void TestHexValues::readsCharacters_data()
     QTest::newRow("GB18030") << hex("41 CEC2 42 81308130 43") << 1 << "A温_B....C"; // U+0080 is a control
     QTest::newRow("GB18030, four bytes") << hex("9439DA33 3A") << 1 << "💩___:";
     QTest::newRow("GB18030, cut") << hex("CEC2 CE 0A C2 81 30 81 41") << 1 << "温_..聛_0丄_";
+    QTest::newRow("ASCII only") << hex("41 CEC2 E6B8A9") << -1 << "A.....";
     QTest::newRow("controls") << hex("00 1F 20 7E 7F E2808B EFBBBF CC81 EE8080") << 0 << ".. ~............";
 }
 
