@@ -46,6 +46,7 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     reloadCodec();
     setAddress(0);
     setSize(0);
+    showState();
 }
 
 HexEditWidget::~HexEditWidget()

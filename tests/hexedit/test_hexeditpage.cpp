@@ -114,6 +114,9 @@ void TestHexEditPage::hasTheToolButtons()
     }
     QCOMPARE(m_page->counts(), (QStringList{"Address: 0", "Size: 0"}));
     QCOMPARE(child<QLabel>("labelAddress")->text(), QStringLiteral("Address: 0"));
+    QVERIFY(!child<QLabel>("labelFile")->text().isEmpty() &&
+            !child<QPushButton>("btnMode")->text().isEmpty());
+    QVERIFY(!group->button(HexEditWidget::Undo)->isEnabled());
 }
 
 void TestHexEditPage::opensEditsAndSaves()
