@@ -75,6 +75,39 @@ int lengthOf(const QByteArray &bytes, int at, int codec)
     return codec == ascii ? 1 : codec == TextCodec::Utf8 ? utf8Length(bytes, at) : gb18030Length(bytes, at);
 }
 
+// A character of several bytes.
+struct Longer
+{
+    int place; // of its first byte in the cells
+    QByteArray bytes;
+    bool common;
+};
+
+// Most pairs of bytes are a character in GB18030, and most of these are rare
+// ones. GB 2312's punctuation and its 3755 most used characters are common.
+bool isCommon(const QByteArray &bytes, int at, int length, int codec)
+{
+    const auto lead = static_cast<quint8>(bytes.at(at));
+    return codec != TextCodec::Gb18030 ||
+           (length == 2 && (isBetween(lead, 0xA1, 0xA3) || isBetween(lead, 0xB0, 0xD7)) &&
+            static_cast<quint8>(bytes.at(at + 1)) >= 0xA1);
+}
+
+// A rare character stands beside a common one in a text; alone, it is bytes of
+// something else.
+void dropChance(std::vector<Longer> &longer)
+{
+    const auto touch = [](const Longer &left, const Longer &right) {
+        return left.place + left.bytes.size() == right.place;
+    };
+    std::vector<Longer> meant;
+    for (size_t i = 0; i < longer.size(); ++i)
+        if (longer[i].common || (i > 0 && longer[i - 1].common && touch(longer[i - 1], longer[i])) ||
+            (i + 1 < longer.size() && longer[i + 1].common && touch(longer[i], longer[i + 1])))
+            meant.push_back(longer[i]);
+    longer.swap(meant);
+}
+
 bool canBeShown(const QString &text)
 {
     const QVector<uint> codes = text.toUcs4();
@@ -98,31 +131,35 @@ std::vector<Cell> cells(const HexDocument &document, qint64 address, int count, 
 {
     const qint64 start = placeBefore(document, address, codec);
     const int skipped = static_cast<int>(address - start);
-    const int end = skipped + static_cast<int>(std::min<qint64>(count, document.size() - address));
-    const QByteArray bytes = document.read(start, end + kLongest - 1);
-
-    // All characters of several bytes are decoded at once, a line each.
-    QByteArray lines;
-    std::vector<std::pair<int, int>> longer; // where each begins, and its length
-    std::vector<Cell> cells(static_cast<size_t>(end - skipped), Cell{QStringLiteral("."), 1});
-    for (int at = 0; at < end;) {
+    count = static_cast<int>(std::min<qint64>(count, document.size() - address));
+    // With one character more on either side.
+    const QByteArray bytes = document.read(start, skipped + count + 2 * kLongest - 1);
+    std::vector<Cell> cells(static_cast<size_t>(count), Cell{QStringLiteral("."), 1});
+    std::vector<Longer> longer;
+    for (int at = 0; at < std::min(bytes.size(), skipped + count + kLongest);) {
         const int length = lengthOf(bytes, at, codec);
+        const int place = at - skipped;
         const char byte = bytes.at(at);
-        if (length == 1 && at >= skipped && byte >= 0x20 && byte < 0x7F) {
-            cells[static_cast<size_t>(at - skipped)].text = QLatin1Char(byte);
-        } else if (length > 1 && at + length > skipped) {
-            longer.emplace_back(at - skipped, length);
-            lines += bytes.mid(at, length) + '\n';
-        }
+        if (length > 1 && place >= -2 * kLongest)
+            longer.push_back({place, bytes.mid(at, length), isCommon(bytes, at, length, codec)});
+        else if (length == 1 && place >= 0 && place < count && byte >= 0x20 && byte < 0x7F)
+            cells[static_cast<size_t>(place)].text = QLatin1Char(byte);
         at += length;
     }
+    dropChance(longer);
+
+    // All are decoded at once, a line each.
+    QByteArray lines;
+    for (const Longer &character : longer)
+        lines += character.bytes + '\n';
     const QStringList texts = TextCodec::decode(lines, codec).split(QLatin1Char('\n'));
     for (size_t i = 0; i < longer.size(); ++i) {
         const QString text = texts.value(static_cast<int>(i));
         if (!canBeShown(text))
             continue;
-        const auto [first, length] = longer[i];
-        for (int at = std::max(first, 0); at < std::min(first + length, end - skipped); ++at)
+        const int first = longer[i].place;
+        const int length = longer[i].bytes.size();
+        for (int at = std::max(first, 0); at < std::min(first + length, count); ++at)
             cells[static_cast<size_t>(at)] = at == first ? Cell{text, length} : Cell{QString(), 1};
     }
     return cells;

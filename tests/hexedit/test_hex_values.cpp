@@ -92,8 +92,9 @@ void TestHexValues::readsCharacters_data()
     QTest::newRow("UTF-8, none such")
         << hex("C080 E09FBF EDA080 F08FBFBF F4908080 F5 FF") << 0 << "..................";
     QTest::newRow("GB18030") << hex("41 CEC2 42 81308130 43") << 1 << "A温_B....C"; // U+0080 is a control
-    QTest::newRow("GB18030, four bytes") << hex("9439DA33 3A") << 1 << "💩___:";
-    QTest::newRow("GB18030, cut") << hex("CEC2 CE 0A C2 81 30 81 41") << 1 << "温_..聛_0丄_";
+    QTest::newRow("GB18030, four bytes") << hex("CEC2 9439DA33 3A 9439DA33") << 1 << "温_💩___:....";
+    QTest::newRow("GB18030, cut") << hex("CEC2 CE 0A C2 81 30 81 41") << 1 << "温_....0..";
+    QTest::newRow("GB18030, rare ones") << hex("8141 CEC2 8141 8141 20 8141") << 1 << "丄_温_丄_.. ..";
     QTest::newRow("ASCII only") << hex("41 CEC2 E6B8A9") << -1 << "A.....";
     QTest::newRow("controls") << hex("00 1F 20 7E 7F E2808B EFBBBF CC81 EE8080") << 0 << ".. ~............";
 }
