@@ -18,7 +18,7 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption demo(QStringLiteral("demo"),
-                                  QStringLiteral("使用模拟开发板（COM3至COM7和网络）"));
+                                  QStringLiteral("使用模拟开发板（COM3至COM8和网络）"));
     parser.addOption(demo);
     parser.process(application);
     const std::unique_ptr<DemoBoards> boards(parser.isSet(demo) ? new DemoBoards : nullptr);
