@@ -28,6 +28,7 @@ private slots:
     void selectsByMouse();
     void copiesAndPastes();
     void takesChineseInTheTextColumn();
+    void drawsCharactersOfTheCodec();
     void refusesWhenReadOnly();
     void drawsOnlyWhatIsVisible();
 
@@ -255,6 +256,25 @@ void TestQHexEdit::takesChineseInTheTextColumn()
     commit(QStringLiteral("中"));
     QCOMPARE(content(), QByteArray("\xD6\xD0\xE4\xB8\xAD."));
     QVERIFY(m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect().contains(at(5, true)));
+}
+
+// Over two cells, at the first byte's, far from the caret.
+void TestQHexEdit::drawsCharactersOfTheCodec()
+{
+    showData("..\xCE\xC2\xCE\xC2..");
+    const auto cells = [this](qint64 address) {
+        const int width = at(address + 1, true).x() - at(address, true).x();
+        const QPoint corner(at(address, true).x() - width / 2, at(address, true).y() - 8);
+        return m_edit->viewport()->grab({corner, QSize(2 * width, 16)}).toImage();
+    };
+    const QImage dots = cells(6);
+    m_edit->setTextCodec(0);
+    QCOMPARE(cells(2), dots);
+    m_edit->setTextCodec(1);
+    QVERIFY(cells(2) != dots);
+    QCOMPARE(cells(2), cells(4));
+    m_edit->setAsciiOnly(true);
+    QCOMPARE(cells(2), dots);
 }
 
 void TestQHexEdit::refusesWhenReadOnly()
