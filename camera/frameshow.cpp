@@ -8,19 +8,37 @@
 namespace {
 
 constexpr qint64 kShortestPauseMs = 15; // about sixty pictures a second
+constexpr int kMostScans = 32;          // encoders make about ten, or one of a plain picture
 
 const uchar *bytesOf(const QByteArray &data)
 {
     return reinterpret_cast<const uchar *>(data.constData());
 }
 
-// A file's own size is looked at before anything is allocated for it.
+// Each scan of a progressive JPEG goes over the whole picture, and a file of a few
+// kilobytes may have thousands.
+bool hasFewScans(const QByteArray &data)
+{
+    int at = -2;
+    for (int scans = 0; scans <= kMostScans; ++scans) {
+        at = data.indexOf("\xFF\xDA", at + 2);
+        if (at < 0)
+            return true;
+    }
+    return false;
+}
+
+// What a file would cost is looked at before it is decoded. Drawings, which may
+// take any time, are no pictures of a camera.
 QImage decodeFile(const QByteArray &data)
 {
     QBuffer buffer;
     buffer.setData(data);
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer);
+    const QByteArray format = reader.format();
+    if (format.startsWith("svg") || (format == "jpeg" && !hasFewScans(data)))
+        return {};
     const QSize size = reader.size();
     return PixelDecoder::imageBytes(size.width(), size.height()) > 0 ? reader.read() : QImage();
 }

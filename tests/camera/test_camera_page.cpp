@@ -92,6 +92,9 @@ void TestCameraPage::decodesFormats_data()
     QTest::newRow("jpg code, longer than raw") << 1 << 2 << QByteArray(99, 'x') << QSize(2, 2);
     QTest::newRow("short and no file") << 1 << 100 << QByteArray(10, 'x') << QSize();
     QTest::newRow("corrupt jpg") << 1 << 100 << file.left(20) + QByteArray(400, 'z') << QSize();
+    const QByteArray scans = QByteArray::fromHex("ffda0008010100013f0000").repeated(33);
+    QTest::newRow("jpg of too many scans") << 1 << 100 << file.chopped(2) + scans + file.right(2) << QSize();
+    QTest::newRow("drawing") << 1 << 100 << QByteArray("<svg width='9' height='9'/>") << QSize();
     QTest::newRow("bmp code is RGB565") << 2 << 2 << QByteArray(8, 'x') << QSize(2, 2);
     QTest::newRow("RGB565, short") << 4 << 64 << QByteArray(8, 'x') << QSize(64, 64);
     QTest::newRow("RGB565, nothing") << 4 << 64 << QByteArray() << QSize(64, 64);

@@ -158,8 +158,14 @@ void TestRegister::turnsPages()
     QCOMPARE(table.rows().size(), 100);
     QCOMPARE(model->index(0, 1).data().toString(), QStringLiteral("02"));
     QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("AA"));
+    const QSignalSpy stops(&table, &DataManagerWidget::stopRequested);
+    QHideEvent minimise;
+    QSpontaneKeyEvent::setSpontaneous(&minimise);
+    qApp->notify(&table, &minimise);
+    QCOMPARE(stops.size(), 0);
     click(table, "btnCancel");
     QVERIFY(!table.isVisible());
+    QCOMPARE(stops.size(), 1);
 }
 
 void TestRegister::limitsCells()
