@@ -1,6 +1,7 @@
 // The camera page fed with bytes.
 
 #include "camera/frameshow.h"
+#include "serial/qtserialport.h"
 #include "shell/base/dialoganswers.h"
 #include "tests/camera/camerapagetest.h"
 
@@ -35,6 +36,7 @@ class TestCameraPage : public CameraPageTest
 private slots:
     void toleratesChecksums();
     void announces();
+    void gathersFromASlowLine();
     void showsOnlyTheNewest();
     void decodesFormats_data();
     void decodesFormats();
@@ -73,6 +75,19 @@ void TestCameraPage::announces()
     QCOMPARE(child<QSpinBox>("spinImageWidth")->value(), 640);
     child<QComboBox>("comboCameraDevice")->setCurrentIndex(0);
     QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 240);
+}
+
+// The line hands over byte after byte; two announcements have to arrive whole.
+void TestCameraPage::gathersFromASlowLine()
+{
+    auto *port = m_page->findChild<QtSerialPort *>();
+    const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
+                             QByteArray::fromHex("00110000000105040005000000");
+    for (const char byte : bytes)
+        emit port->bytesRead(QByteArray(1, byte));
+    QTRY_COMPARE(child<QSpinBox>("spinImageHeight")->value(), 5);
+    child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
+    QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 3);
 }
 
 void TestCameraPage::showsOnlyTheNewest()
