@@ -76,8 +76,14 @@ void TestRegister::knowsHexadecimal()
         const char *text;
         bool valid;
         quint32 number;
-    } cases[] = {{"3008", true, 0x3008}, {"fFfFfFfF", true, 0xFFFFFFFF}, {"", false, 0},
-                 {"0x30", false, 0},     {"123456789", false, 0},        {"-1", false, 0}};
+    } cases[] = {{"3008", true, 0x3008},
+                 {"fFfFfFfF", true, 0xFFFFFFFF},
+                 {"", false, 0},
+                 {" 0x30", true, 0x30},
+                 {"0x123456789", false, 0},
+                 {"0x", false, 0},
+                 {"30 08", false, 0},
+                 {"-1", false, 0}};
     for (const auto &entry : cases) {
         quint32 number = 0;
         RegisterRow row;
