@@ -97,27 +97,30 @@ void FrameShow::clearCounts()
     m_unusable = 0;
 }
 
-// Decoding a large picture takes long; then as much time is left to the rest.
+// Decoding a large picture takes long; then as much time is left to the rest,
+// the other device's picture included: one in a turn of the event loop.
 void FrameShow::showNewest()
 {
+    m_device = m_waiting.at(1 - m_device) ? 1 - m_device : m_device;
+    std::optional<CameraFrameData> frame;
+    frame.swap(m_waiting.at(m_device));
+    if (!frame)
+        return;
     QElapsedTimer cost;
     cost.start();
-    for (int device = 0; device < 2; ++device) {
-        std::optional<CameraFrameData> frame;
-        frame.swap(m_waiting.at(static_cast<size_t>(device)));
-        if (!frame)
-            continue;
-        const QImage picture = decode(*frame);
-        if (picture.isNull()) {
-            ++m_unusable;
-            emit undecodable(device);
-        } else {
-            ++m_shown;
-            emit pictureReady(device, picture);
-        }
+    const int device = static_cast<int>(m_device);
+    const QImage picture = decode(*frame);
+    if (picture.isNull()) {
+        ++m_unusable;
+        emit undecodable(device);
+    } else {
+        ++m_shown;
+        emit pictureReady(device, picture);
     }
     m_pauseMs = qMax(kShortestPauseMs, cost.elapsed());
     m_sinceShown.start();
+    if (m_waiting.at(1 - m_device))
+        m_timer.start(m_pauseMs > kShortestPauseMs ? static_cast<int>(m_pauseMs) : 0);
 }
 
 QImage FrameShow::decode(const CameraFrameData &frame)
