@@ -19,6 +19,14 @@ if(KORVEX_SANITIZE)
   target_link_options(korvex_flags INTERFACE -fsanitize=${KORVEX_SANITIZE})
 endif()
 
+# Notes what a target is made of and links, for the check of what it includes.
+function(korvex_note name sources links)
+  list(JOIN sources "," sources)
+  list(JOIN links "," links)
+  file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  set_property(GLOBAL APPEND PROPERTY KORVEX_TARGETS "${name} ${folder} [${sources}] [${links}]")
+endfunction()
+
 # korvex_library(<name> SOURCES ... LINKS ...)
 # A static library; LINKS is all that it may include.
 function(korvex_library name)
@@ -26,6 +34,7 @@ function(korvex_library name)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE korvex_flags)
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+  korvex_note(${name} "${ARG_SOURCES}" "${ARG_LINKS}")
 endfunction()
 
 # korvex_engine(<name> SOURCES ... [LINKS ...])
@@ -45,6 +54,7 @@ function(korvex_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} korvex_flags)
+  korvex_note(${name} "${ARG_SOURCES}" "${ARG_LINKS}")
 endfunction()
 
 # korvex_test(<name> SOURCES ... LINKS ... [LABEL serial] [TIMEOUT 60] [ARGS ...])

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Draws the program's pictures: the logo and the small marks of the style sheets.
+"""Draws the program's pictures: the logo, the small marks of the style sheets
+and the icon of the Windows executable.
 
-    make_images.py <resources/images>
+    make_images.py <resources/images> <packaging/windows>
 
 Style sheets can show image files only (no glyphs) for check marks, radio
 dots, arrows and tree branches; each skin has its own set in its own colours,
@@ -71,10 +72,10 @@ def colour(text):
     return tuple(int(text[i:i + 2], 16) for i in (1, 3, 5))
 
 
-def png(path, side, scale, layers):
+def png_bytes(side, scale, layers):
     """Paints (shape, colour) layers, lowest first, on a transparent square.
     Shapes are in units of which the picture has side; scale pixels per unit."""
-    pixels = side * scale
+    pixels = round(side * scale)
     layers = [(shape, colour(text)) for shape, text in layers]
     rows = bytearray()
     for row in range(pixels):
@@ -98,24 +99,38 @@ def png(path, side, scale, layers):
         body = kind + data
         return struct.pack(">I", len(data)) + body + struct.pack(">I", zlib.crc32(body))
 
+    return (b"\x89PNG\r\n\x1a\n"
+            + chunk(b"IHDR", struct.pack(">IIBBBBB", pixels, pixels, 8, 6, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(bytes(rows), 9))
+            + chunk(b"IEND", b""))
+
+
+def png(path, side, scale, layers):
     with open(path, "wb") as file:
-        file.write(b"\x89PNG\r\n\x1a\n"
-                   + chunk(b"IHDR", struct.pack(">IIBBBBB", pixels, pixels, 8, 6, 0, 0, 0))
-                   + chunk(b"IDAT", zlib.compress(bytes(rows), 9))
-                   + chunk(b"IEND", b""))
+        file.write(png_bytes(side, scale, layers))
 
 
-def logo(folder):
-    """A nine-way connector, seen from the front, with a pulse train inside."""
+def logo_layers(stroke=1.0):
+    """A nine-way connector, seen from the front, with a pulse train inside, on
+    a field of 256. Small sizes want thicker strokes."""
     tile = convex([(56, 56), (200, 56), (200, 200), (56, 200)], 48)
-    shell = ring(convex([(50, 84), (206, 84), (188, 172), (68, 172)], 16), 12)
+    shell = ring(convex([(50, 84), (206, 84), (188, 172), (68, 172)], 16), 12 * stroke)
     pulses = polyline([(76, 150), (92, 150), (92, 106), (116, 106), (116, 150),
-                       (140, 150), (140, 106), (164, 106), (164, 150), (180, 150)], 11)
-    png(os.path.join(folder, "app_logo.png"), 256, 1, [
-        (tile, "#1e1e1e"),
-        (shell, "#02a1dd"),
-        (pulses, "#f2f2f2"),
-    ])
+                       (140, 150), (140, 106), (164, 106), (164, 150), (180, 150)], 11 * stroke)
+    return [(tile, "#1e1e1e"), (shell, "#02a1dd"), (pulses, "#f2f2f2")]
+
+
+def icon(path):
+    """The logo in the sizes that Windows asks for, each a PNG in the .ico."""
+    sizes = (16, 20, 24, 32, 40, 48, 64, 256)
+    pictures = [png_bytes(256, size / 256, logo_layers(stroke=1.5 if size < 40 else 1.0)) for size in sizes]
+    offset = 6 + 16 * len(sizes)
+    directory = struct.pack("<HHH", 0, 1, len(sizes))
+    for size, picture in zip(sizes, pictures):
+        directory += struct.pack("<BBBBHHII", size % 256, size % 256, 0, 0, 1, 32, len(picture), offset)
+        offset += len(picture)
+    with open(path, "wb") as file:
+        file.write(directory + b"".join(pictures))
 
 
 def marks(folder, skin):
@@ -152,9 +167,10 @@ def marks(folder, skin):
 
 
 def main():
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 3:
         sys.exit(__doc__)
-    logo(sys.argv[1])
+    png(os.path.join(sys.argv[1], "app_logo.png"), 256, 1, logo_layers())
+    icon(os.path.join(sys.argv[2], "korvex.ico"))
     for skin in TEXT:
         marks(sys.argv[1], skin)
 

@@ -4,8 +4,9 @@ namespace Boardsim {
 
 BurstMode::BurstMode(const Options &options, VirtualPort &port)
     : BoardMode(port)
-    , m_payload(options.encoding, options.seed)
-    , m_left(options.totalBytes)
+    , m_fresh(options.encoding, options.seed)
+    , m_total(options.totalBytes)
+    , m_payload(m_fresh)
     , m_bytesPerSecond(options.bytesPerSecond)
     , m_pauseMs(options.burstPauseMs)
 {
@@ -16,6 +17,8 @@ BurstMode::BurstMode(const Options &options, VirtualPort &port)
 
 void BurstMode::start()
 {
+    m_payload = m_fresh;
+    m_left = m_total;
     if (m_left == 0)
         return;
     m_sinceBurst.start();

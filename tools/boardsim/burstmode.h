@@ -24,8 +24,10 @@ public:
 private:
     void send();
 
+    const Payload m_fresh;
+    const qint64 m_total; // bytes for each host, or -1 without end
     Payload m_payload;
-    qint64 m_left; // bytes, or -1 without end
+    qint64 m_left = 0;
     int m_bytesPerSecond;
     int m_pauseMs;
     qint64 m_owed = 0; // what the last burst left over, in millionths of a byte

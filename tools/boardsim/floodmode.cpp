@@ -6,13 +6,16 @@ static constexpr qint64 chunkBytes = 16384;
 
 FloodMode::FloodMode(const Options &options, VirtualPort &port)
     : BoardMode(port)
-    , m_payload(options.encoding, options.seed)
-    , m_left(options.totalBytes)
+    , m_fresh(options.encoding, options.seed)
+    , m_total(options.totalBytes)
+    , m_payload(m_fresh)
 {
 }
 
 void FloodMode::start()
 {
+    m_payload = m_fresh;
+    m_left = m_total;
     m_running = m_left != 0;
     outputEmpty();
 }

@@ -17,8 +17,10 @@ public:
     void outputEmpty() override;
 
 private:
+    const Payload m_fresh;
+    const qint64 m_total; // bytes for each host, or -1 without end
     Payload m_payload;
-    qint64 m_left; // bytes, or -1 without end
+    qint64 m_left = 0;
     bool m_running = false;
 };
 

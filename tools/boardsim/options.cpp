@@ -186,7 +186,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     option("report-rate", "n", "pid: actual values per second of each running loop (default: 100).");
     option("noise", "units", "pid: noise of the measurement, either way (default: 2).");
     option("pid-fault", "name", "pid: garbage, glued, cut, flood, silence or reset (default: none).");
-    option("total", "bytes", "flood, burst: how much to send (default: without end).");
+    option("total", "bytes", "flood, burst: how much to send to each host (default: without end).");
     option("delay", "ms", "Begin so long after a host has opened the port (default: 200).");
     parser.addOption({QStringLiteral("start-on-byte"),
                       QStringLiteral("Begin with the first byte from the host instead.")});

@@ -56,7 +56,7 @@ struct Options
     int reportsPerSecond = 100; // pid: of each running loop
     int noise = 2;              // pid: of the measurement, in units either way
     Fault fault = Fault::None;  // pid
-    qint64 totalBytes = -1;     // flood, burst; -1 without end
+    qint64 totalBytes = -1;     // flood, burst: for each host; -1 without end
     int startDelayMs = 200;     // from the host's arrival
     bool startOnByte = false;   // instead of the delay
     int unplugAfterMs = -1;     // from the host's first arrival; -1 never

@@ -1,0 +1,55 @@
+# Copies what the executable needs into the package: Qt's plugins, and every
+# library that they and the executable load and that Windows does not have. Works
+# the same for MSVC and MinGW, and when cross-building, where Qt's own tool for it
+# cannot be had.
+
+set(KORVEX_LIBRARY_FOLDERS "" CACHE STRING "Further folders with libraries (*.dll) that the package needs")
+
+set(plugins)
+macro(korvex_plugin target folder)
+  if(NOT TARGET Qt5::${target})
+    message(FATAL_ERROR "This Qt has no plugin ${target}, without which the program does not run on Windows.")
+  endif()
+  get_target_property(plugin Qt5::${target} IMPORTED_LOCATION_RELEASE)
+  install(FILES ${plugin} DESTINATION ${folder})
+  list(APPEND plugins ${plugin})
+endmacro()
+korvex_plugin(QWindowsIntegrationPlugin platforms)
+korvex_plugin(QWindowsVistaStylePlugin styles)
+korvex_plugin(QJpegPlugin imageformats)
+
+get_target_property(qt_core Qt5::Core IMPORTED_LOCATION_RELEASE)
+get_filename_component(qt_libraries ${qt_core} DIRECTORY)
+set(library_folders ${qt_libraries} ${KORVEX_LIBRARY_FOLDERS})
+if(MINGW)
+  # The compiler's own run-time libraries.
+  foreach(library libstdc++-6.dll libwinpthread-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}
+      OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
+    get_filename_component(folder ${path} DIRECTORY)
+    list(APPEND library_folders ${folder})
+  endforeach()
+endif()
+
+if(MINGW)
+  install(CODE "
+    set(CMAKE_GET_RUNTIME_DEPENDENCIES_PLATFORM windows+pe)
+    set(CMAKE_GET_RUNTIME_DEPENDENCIES_TOOL objdump)
+    set(CMAKE_GET_RUNTIME_DEPENDENCIES_COMMAND ${CMAKE_OBJDUMP})")
+endif()
+install(CODE "
+  file(GET_RUNTIME_DEPENDENCIES
+    EXECUTABLES \"\$<TARGET_FILE:Korvex>\"
+    MODULES ${plugins}
+    DIRECTORIES ${library_folders}
+    PRE_EXCLUDE_REGEXES \"^(api|ext)-ms-.*\"
+    POST_EXCLUDE_REGEXES \".*[/\\\\\\\\][Ss]ystem32[/\\\\\\\\].*\"
+    RESOLVED_DEPENDENCIES_VAR libraries
+    UNRESOLVED_DEPENDENCIES_VAR unresolved)
+  file(INSTALL DESTINATION \"\${CMAKE_INSTALL_PREFIX}\" TYPE SHARED_LIBRARY FILES \${libraries})
+  # Cross-building, the libraries of Windows itself are nowhere to be found.
+  foreach(name \${unresolved})
+    if(name MATCHES \"^(Qt5|lib|qcustomplot)\")
+      message(FATAL_ERROR \"The package would lack \${name}; name its folder in KORVEX_LIBRARY_FOLDERS.\")
+    endif()
+  endforeach()")
