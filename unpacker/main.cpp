@@ -41,8 +41,8 @@ int restart(const fs::path &program, const std::string &problem)
 int giveUp(const Installation &installation, const std::string &problem)
 {
     if (!installation.isHalfway())
-        return restart(installation.executablePath(), "升级失败，程序仍为原来的版本！" + problem);
-    Platform::showMessage("升级没有完成！" + problem +
+        return restart(installation.executablePath(), "升级失败，程序仍为原来的版本: " + problem);
+    Platform::showMessage("升级没有完成: " + problem +
                           "\n请关闭正在使用程序目录的其他程序，然后再次启动本程序，升级会自动处理完毕。");
     return 1;
 }

@@ -34,8 +34,7 @@ qint64 counted(qint64 bytes)
 }
 
 // A page that listens, and a process that connects to it.
-template<typename Page>
-class ServerDuty : public Duty
+template <typename Page> class ServerDuty : public Duty
 {
 public:
     ServerDuty(MainWindow &window, const char *portField)
@@ -143,7 +142,8 @@ public:
         return compare(QStringLiteral("PID reports of five channels"),
                        static_cast<qint64>(m_page->actualReports()),
                        m_board.counted(QStringLiteral("reports"))) +
-               QStringLiteral("    pictures of the chart %1\n").arg(m_page->findChild<PidPlot *>()->pictures());
+               QStringLiteral("    pictures of the chart %1\n")
+                   .arg(m_page->findChild<PidPlot *>()->pictures());
     }
 
 private:

@@ -83,8 +83,7 @@ public:
 
     QString result() override
     {
-        return compare(QStringLiteral("serial bytes, as expected"), m_rightBytes,
-                       m_runs * kTotal) +
+        return compare(QStringLiteral("serial bytes, as expected"), m_rightBytes, m_runs * kTotal) +
                compare(QStringLiteral("YModem files, as sent"), m_rightFiles, m_files);
     }
 
