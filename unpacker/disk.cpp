@@ -42,13 +42,6 @@ std::error_code Disk::syncFolder(const fs::path &folder)
     return Platform::syncFolder(folder);
 }
 
-std::error_code Disk::removeFile(const fs::path &path)
-{
-    std::error_code error;
-    fs::remove(path, error);
-    return error;
-}
-
 std::error_code Disk::removeTree(const fs::path &folder)
 {
     std::error_code error;

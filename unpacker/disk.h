@@ -23,7 +23,6 @@ public:
                                      const Producer &produce);
     virtual std::error_code move(const std::filesystem::path &from, const std::filesystem::path &to);
     virtual std::error_code syncFolder(const std::filesystem::path &folder);
-    virtual std::error_code removeFile(const std::filesystem::path &path);
     virtual std::error_code removeTree(const std::filesystem::path &folder); // as far as it goes
 
     std::error_code copy(const std::filesystem::path &from, const std::filesystem::path &to, bool executable);

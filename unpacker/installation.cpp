@@ -242,14 +242,13 @@ bool Installation::readJournal()
 
 bool Installation::finish(std::string &problem)
 {
-    const bool turned = isThere(m_work / "back");
     if (!readJournal()) {
         problem = "升级记录已损坏";
         return false;
     }
-    if (!turned && goForward())
+    if (goForward())
         return true;
-    problem = turned ? "上次升级没有完成" : "无法替换文件: " + m_detail;
+    problem = "无法替换文件: " + m_detail;
     goBack();
     return false;
 }
@@ -279,14 +278,10 @@ bool Installation::goForward()
     return true;
 }
 
-// The same the other way round. Having turned is noted first, so that what is
-// begun again goes the same way.
+// The same the other way round. Interrupted, it may as well be gone on with
+// forward: the new files are all in "new" or in their places.
 bool Installation::goBack()
 {
-    const fs::path mark = m_work / "back";
-    const auto nothing = [](const Disk::Sink &) { return true; };
-    if ((!isThere(mark) && !succeeded(m_disk.writeNew(mark, false, nothing), mark)) || !sync())
-        return false;
     for (const std::string &file : m_files)
         if (!isThere(pathOf(Part::New, file)) && isThere(pathOf(Part::Current, file)) &&
             !move(pathOf(Part::Current, file), pathOf(Part::New, file)))
@@ -303,11 +298,7 @@ bool Installation::goBack()
     return true;
 }
 
-// The journal goes first: without it nobody takes the rest for an update.
 bool Installation::clean()
 {
-    if (!isThere(m_work))
-        return true;
-    return succeeded(m_disk.removeFile(journalIn(m_work)), m_work) &&
-           succeeded(m_disk.removeTree(m_work), m_work);
+    return !isThere(m_work) || succeeded(m_disk.removeTree(m_work), m_work);
 }
