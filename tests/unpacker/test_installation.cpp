@@ -108,8 +108,8 @@ bool TestInstallation::update(Disk &disk)
 {
     const QByteArray archive = makeZip({{"App", "new application", 0100755},
                                         {"lib/a", "new a"},
-                                        {"unzip.exe", "new unpacker"},
                                         {"plugins/deep/new.txt", "new file"},
+                                        {"unzip.exe", "new unpacker"},
                                         {"conf/config.ini", "not these"},
                                         {"lib/new", "another", 0100755}});
     std::istringstream stream(archive.toStdString());
