@@ -47,23 +47,30 @@ int giveUp(const Installation &installation, const std::string &problem)
     return 1;
 }
 
+bool exchangeFiles(Installation &installation, const fs::path &packagePath, const fs::path &self,
+                   std::string &problem)
+{
+    if (installation.isHalfway() && !installation.finish(problem))
+        return false;
+    std::ifstream file(packagePath, std::ios::binary);
+    if (!file) {
+        problem = "未找到升级包: " + packagePath.u8string();
+        return false;
+    }
+    ZipReader reader(file);
+    Package package;
+    return reader.open(problem) &&
+           package.check(reader, installation.executablePath().filename().u8string(), problem) &&
+           installation.update(reader, package, self, problem);
+}
+
 int update(Installation &installation, const fs::path &packagePath, const fs::path &self)
 {
     const fs::path program = installation.executablePath();
-    if (!waitFor([&program] { return !Platform::isRunning(program); }, kWaitForEndMs)) {
-        Platform::showMessage("升级已取消: 程序没有退出，或还有另一个窗口在运行。请全部关闭后重新检查更新。");
-        return 1;
-    }
+    if (!waitFor([&program] { return !Platform::isRunning(program); }, kWaitForEndMs))
+        return restart(program, "升级已取消: 程序没有退出，或还有另一个窗口在运行，请全部关闭后重新检查更新");
     std::string problem;
-    if (installation.isHalfway() && !installation.finish(problem))
-        return giveUp(installation, problem);
-    std::ifstream file(packagePath, std::ios::binary);
-    if (!file)
-        return giveUp(installation, "未找到升级包: " + packagePath.u8string());
-    ZipReader reader(file);
-    Package package;
-    if (!reader.open(problem) || !package.check(reader, program.filename().u8string(), problem) ||
-        !installation.update(reader, package, self, problem))
+    if (!exchangeFiles(installation, packagePath, self, problem))
         return giveUp(installation, problem);
     installation.clean(); // but for this program itself on Windows; the new version sees to that
     return restart(program, {});
@@ -80,6 +87,11 @@ int finish(Installation &installation)
     return restart(program, {});
 }
 
+bool isName(const std::string &text)
+{
+    return PackageNames::isSafe(text) && text.find('/') == std::string::npos;
+}
+
 int run(const std::vector<std::string> &arguments)
 {
     const fs::path self = Platform::executablePath();
@@ -90,9 +102,12 @@ int run(const std::vector<std::string> &arguments)
     Disk disk;
     if (!isFinisher && begun == self.filename().u8string()) {
         const Installation halfway(folder, begun, disk);
-        return Platform::start(halfway.finisher(), {}) ? 0 : restart(halfway.finisher(), {});
+        if (Platform::start(halfway.finisher(), {}))
+            return 0;
+        Platform::showMessage("上次升级没有完成，请重新解压升级包！");
+        return 1;
     }
-    if (!isFinisher && (arguments.size() != 2 || !PackageNames::isSafe(arguments[1]))) {
+    if (!isFinisher && (arguments.size() != 2 || !isName(arguments[1]))) {
         Platform::showMessage("本程序由“检查版本更新”启动，用于解压升级包。");
         return 2;
     }
