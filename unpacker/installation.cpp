@@ -83,13 +83,14 @@ bool Installation::isHalfway() const
 bool Installation::succeeded(const std::error_code &error, const fs::path &path)
 {
     if (error)
-        m_detail = path.u8string() + ": " + error.message();
+        m_detail = path.lexically_relative(m_folder).generic_u8string() + ": " + Platform::reason(error);
     return !error;
 }
 
 bool Installation::move(const fs::path &from, const fs::path &to)
 {
-    return succeeded(m_disk.move(from, to), to);
+    const bool isTakenAway = *from.lexically_relative(m_folder).begin() != Package::workFolder();
+    return succeeded(m_disk.move(from, to), isTakenAway ? from : to);
 }
 
 bool Installation::makeFolderFor(const fs::path &file)

@@ -32,6 +32,10 @@ void sleep(int milliseconds);
 // no way to do so without the application's help.
 bool showMessage(const std::string &text);
 
+// Why something failed, in Chinese; the system's own texts may be in any
+// encoding.
+std::string reason(const std::error_code &error);
+
 // Moves a file, replacing another one in one step. Where the system refuses
 // because a process has a file open, it is tried again for some seconds.
 std::error_code replace(const std::filesystem::path &from, const std::filesystem::path &to);

@@ -106,6 +106,18 @@ bool showMessage(const std::string &text)
     return false;
 }
 
+std::string reason(const std::error_code &error)
+{
+    if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted ||
+        error == std::errc::read_only_file_system)
+        return "没有写入权限";
+    if (error == std::errc::no_space_on_device || error == std::errc::file_too_large)
+        return "磁盘空间不足";
+    if (error == std::errc::file_exists)
+        return "文件已存在";
+    return "错误 " + std::to_string(error.value());
+}
+
 std::error_code replace(const fs::path &from, const fs::path &to)
 {
     return ::rename(from.c_str(), to.c_str()) == 0 ? std::error_code() : lastError();

@@ -121,6 +121,27 @@ bool showMessage(const std::string &text)
            0;
 }
 
+std::string reason(const std::error_code &error)
+{
+    switch (error.value()) {
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+    case ERROR_USER_MAPPED_FILE:
+        return "文件正在使用";
+    case ERROR_ACCESS_DENIED:
+    case ERROR_WRITE_PROTECT:
+        return "没有写入权限，或文件正在使用";
+    case ERROR_DISK_FULL:
+    case ERROR_HANDLE_DISK_FULL:
+        return "磁盘空间不足";
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+        return "文件已存在";
+    default:
+        return "错误 " + std::to_string(error.value());
+    }
+}
+
 std::error_code replace(const fs::path &from, const fs::path &to)
 {
     std::error_code error;
