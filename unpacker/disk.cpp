@@ -55,7 +55,7 @@ std::error_code Disk::copy(const fs::path &from, const fs::path &to, bool execut
     if (!source)
         return std::make_error_code(std::errc::io_error);
     return writeNew(to, executable, [&source](const Sink &sink) {
-        std::array<char, 64 * 1024> piece{};
+        std::array<char, 65536> piece{};
         do {
             source.read(piece.data(), piece.size());
             if (!sink(piece.data(), static_cast<std::size_t>(source.gcount())))

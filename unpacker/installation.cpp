@@ -151,7 +151,8 @@ bool Installation::hasRoom(const Package &package) const
     std::error_code error;
     const fs::space_info space = fs::space(m_folder, error);
     const std::uintmax_t old = fs::file_size(executablePath(), error);
-    constexpr std::uintmax_t kReserve = 16 * 1024 * 1024; // the unpacker twice, and what files take up
+    constexpr std::uintmax_t kReserve =
+        std::uintmax_t{16} * 1024 * 1024; // the unpacker twice, and what files take up
     return error || space.available > package.size() + old + kReserve;
 }
 

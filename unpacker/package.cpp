@@ -45,7 +45,7 @@ private:
 
 bool isModest(const ZipEntry &entry)
 {
-    return entry.size <= 64 * 1024 + Package::kMostRatio * entry.packed;
+    return entry.size <= 65536 + Package::kMostRatio * entry.packed;
 }
 
 // "Korvex-1.0.2.7/" where everything is in that folder, the executable too;

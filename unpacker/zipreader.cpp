@@ -12,8 +12,8 @@ constexpr std::uint32_t kEndSignature = 0x06054b50;
 constexpr std::size_t kEntryHeader = 30;
 constexpr std::size_t kDirectoryHeader = 46;
 constexpr std::size_t kEndHeader = 22;
-constexpr std::size_t kMostDirectoryBytes = 16 * 1024 * 1024;
-constexpr std::size_t kPiece = 64 * 1024;
+constexpr std::size_t kMostDirectoryBytes = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t kPiece = 65536;
 
 constexpr std::uint16_t kEncryptedFlags = 1 | 1 << 6 | 1 << 13;
 constexpr std::uint16_t kSizesBehindFlag = 1 << 3;
