@@ -17,7 +17,11 @@ DemoBoards::~DemoBoards()
     const QList<QProcess *> boards = findChildren<QProcess *>();
     for (QProcess *board : boards) {
         board->disconnect(this);
+#ifdef Q_OS_WIN
+        board->kill(); // a program without a window can't be asked there
+#else
         board->terminate();
+#endif
     }
     for (QProcess *board : boards) {
         if (!board->waitForFinished(2000))
@@ -27,6 +31,7 @@ DemoBoards::~DemoBoards()
 
 void DemoBoards::start()
 {
+#ifndef Q_OS_WIN // where there are no virtual ports without a driver
     const auto onPort = [this](const QString &port, const QString &mode) {
         startBoard(port, {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), port,
                           QStringLiteral("--mode"), mode});
@@ -43,6 +48,7 @@ void DemoBoards::start()
                {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), QStringLiteral("COM8"),
                 QStringLiteral("--mode"), QStringLiteral("camera"), QStringLiteral("--devices"),
                 QStringLiteral("2")});
+#endif
     startUpdateServer();
     startBoard(QStringLiteral("TCP"),
                {QStringLiteral("--mode"), QStringLiteral("tcp-client"), QStringLiteral("--net-port"),

@@ -18,7 +18,7 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption demo(QStringLiteral("demo"),
-                                  QStringLiteral("使用模拟开发板（COM3至COM7和网络）"));
+                                  QStringLiteral("使用模拟开发板（COM3至COM8和网络）"));
     const QCommandLineOption notice(QStringLiteral("notice"), QStringLiteral("启动后显示的错误提示"),
                                     QStringLiteral("text")); // the unpacker's, where an update failed
     parser.addOption(demo);

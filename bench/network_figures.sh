@@ -7,6 +7,7 @@ set -eu
 bin=$1
 shift
 [ $# -gt 0 ] || set -- peers sink text hexadecimal hidden deaf udp
+page_program=networkload
 folder=$(mktemp -d)
 children=()
 finish() {
@@ -17,7 +18,7 @@ trap finish EXIT
 
 # Starts the page; $port is then what it has opened.
 page() { # options of networkload
-  "$bin/networkload" "$@" >"$folder/page" 2>/dev/null &
+  "$bin/$page_program" "$@" >"$folder/page" 2>/dev/null &
   page=$!
   children+=("$page")
   until grep -q '^port' "$folder/page"; do sleep 0.1; done
@@ -41,7 +42,7 @@ results() {
 }
 
 flood() { # title, options of networkload
-  echo "## one peer as fast as it can, for 10 s, $1"
+  [ -z "$1" ] || echo "## one peer as fast as it can, for 10 s, $1"
   page $2
   board flood --mode tcp-client --net-port "$port" --act flood --encoding ascii --duration 10000
   results
@@ -59,14 +60,10 @@ for figure in "$@"; do
       ended "$last" peers
       ;;
     sink)
-      echo "## the same flood into socat"
-      board socat --mode tcp-server --act flood --encoding ascii --duration 10000
-      until grep -q '^bound' "$folder/socat"; do sleep 0.1; done
-      timeout 60 socat -u "TCP:127.0.0.1:$(sed -n 's/^bound .* //p' "$folder/socat")" /dev/null &
-      children+=("$!")
-      until grep -q '^finished' "$folder/socat"; do sleep 0.1; done
-      ended "$last" socat
-      awk -F'[= ]' '{ printf "    %.1f MB/s\n", $2 / 1e7 }' "$folder/socat.end"
+      echo "## the same flood into one thread that only waits and reads"
+      page_program=epollsink
+      flood "" ""
+      page_program=networkload
       ;;
     text) flood "text" "" ;;
     hexadecimal) flood "hexadecimal" "--hex" ;;
