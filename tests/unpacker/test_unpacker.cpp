@@ -13,6 +13,8 @@
 #include <memory>
 #include <unistd.h>
 
+constexpr int kPatienceMs = 60000;
+
 class TestUnpacker : public QObject
 {
     Q_OBJECT
@@ -103,7 +105,7 @@ void TestUnpacker::waitsForTheApplication()
     QVERIFY(old.waitForFinished());
     QVERIFY(unpacker.waitForFinished());
     QCOMPARE(unpacker.exitCode(), 0);
-    QTRY_COMPARE(content("started"), "new\n" + path("app").toUtf8() + "\n");
+    QTRY_COMPARE_WITH_TIMEOUT(content("started"), "new\n" + path("app").toUtf8() + "\n", kPatienceMs);
     QCOMPARE(content("app/conf/config.ini"), QByteArray("settings"));
     QVERIFY(QFile::exists(path("app/download/包 1.zip")));
     QVERIFY(!QFile::exists(path("app/_update")));
@@ -137,7 +139,7 @@ void TestUnpacker::saysWhatWentWrong()
                 {"-c", before + "; " + how + " ./unzip.exe \"$@\"", "sh", arguments()[0], arguments()[1]});
     QVERIFY(shell.waitForFinished());
     QCOMPARE(shell.exitCode(), 1);
-    QTRY_VERIFY(QFile::exists(path("started")));
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kPatienceMs);
     const QString told = content("started");
     const QString said = QStringLiteral("升级失败，程序仍为原来的版本: ") + says;
     QVERIFY2(told.startsWith("old\n" + path("app") + "\n--notice\n" + said), qPrintable(told));
@@ -170,7 +172,7 @@ void TestUnpacker::survivesBeingKilled()
     unpacker.kill();
     unpacker.waitForFinished();
     QVERIFY(QProcess::startDetached(path("app/App"), {}));
-    QTRY_VERIFY(QFile::exists(path("started")));
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kPatienceMs);
     const QByteArray version = content("started").split('\n').first();
     QVERIFY(version == "old" || version == "new");
     QCOMPARE(content("app/App"), application(version));
