@@ -9,6 +9,7 @@
 
 #include "app/apppaths.h"
 #include "app/startup.h"
+#include "bench/heartbeat.h"
 #include "bench/processfigures.h"
 #include "camera/cameradebugwidget.h"
 #include "camera/frameshow.h"
@@ -51,15 +52,7 @@ int main(int argc, char *argv[])
     probe.close();
     page->findChild<QLineEdit *>(QStringLiteral("editCameraPort"))->setText(QString::number(port));
 
-    QTimer beat;
-    beat.setTimerType(Qt::PreciseTimer);
-    QElapsedTimer sinceBeat;
-    double worst = 0;
-    QObject::connect(&beat, &QTimer::timeout, [&] {
-        if (sinceBeat.isValid())
-            worst = qMax(worst, double(sinceBeat.nsecsElapsed()) * 1e-6 - beat.interval());
-        sinceBeat.start();
-    });
+    Heartbeat heartbeat;
 
     QElapsedTimer clock; // from the first frame
     qint64 lastFrame = 0;
@@ -91,7 +84,7 @@ int main(int argc, char *argv[])
         page->SltOpenLink();
         std::printf("port %d\n", int(port));
         std::fflush(stdout);
-        beat.start(5);
+        heartbeat.start();
         sampler.start(20);
     });
     QApplication::exec();
@@ -105,7 +98,7 @@ int main(int argc, char *argv[])
     std::printf("\nshown: %lld (%.1f a second), skipped: %lld, unusable: %lld\n", show.shown(),
                 double(show.shown()) / time, show.skipped(), show.unusable());
     std::printf("data: %.1f MB/s, heartbeat held up at worst: %.1f ms\n",
-                page->counts().value(1).toDouble() / time / 1e6, worst);
+                page->counts().value(1).toDouble() / time / 1e6, heartbeat.worst());
     std::printf("memory: %.1f MB after a second, %.1f MB at most; %.2f CPU seconds a second\n", firstResident,
                 resident, (ProcessFigures::cpuSeconds() - cpuBefore) / time);
     return 0;

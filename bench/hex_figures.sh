@@ -1,6 +1,6 @@
 #!/bin/sh
-# The figures of the binary editor at 16 MB, 256 MB and 1 GB, and Okteta's with
-# the same files (tools/setup-bench.sh installs it).
+# The figures of the binary editor at 16 MB, 256 MB and 1 GB, and those of
+# Okteta and wxHexEditor with the same files (tools/setup-bench.sh installs them).
 #   tools/with-display.sh bench/hex_figures.sh build/release/bin [MEGABYTES...]
 set -eu
 bin=$(cd "$1" && pwd)
@@ -14,7 +14,13 @@ for megabytes; do
   head -c "${megabytes}M" /dev/urandom | head -c -8 >"$file"
   printf 'pattern!' >>"$file"
   sync "$file" # or its way to the disk is measured as well
+  # A virtual machine gets its memory when it is first touched; whoever came
+  # first would pay for that.
+  cp "$file" "$work/warm.bin"
+  "$bin/hexload" "$work/warm.bin" >"$work/warm.log" 2>&1
+  rm "$work/warm.bin"
   "$bin/hexload" "$file" 2>/dev/null
-  "$here/okteta_figures.py" "$file"
+  "$here/editor_figures.py" okteta "$file"
+  "$here/editor_figures.py" wxHexEditor "$file"
   rm "$file"
 done

@@ -13,6 +13,7 @@
 
 #include "app/apppaths.h"
 #include "app/startup.h"
+#include "bench/heartbeat.h"
 #include "bench/processfigures.h"
 #include "network/networktoolwidget.h"
 #include "network/tcpserver.h"
@@ -35,28 +36,6 @@
 #include <cstdio>
 
 namespace {
-
-// The longest time between two beats of a timer, less its period.
-class Heartbeat
-{
-public:
-    Heartbeat()
-    {
-        m_timer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            if (m_since.isValid())
-                m_worst = qMax(m_worst, double(m_since.nsecsElapsed()) * 1e-6 - m_timer.interval());
-            m_since.start();
-        });
-    }
-    void start() { m_timer.start(5); }
-    double worst() const { return m_worst; }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_since;
-    double m_worst = 0;
-};
 
 // Compares what each peer sends with what it must send.
 class PeerCheck

@@ -8,6 +8,7 @@
 
 #include "app/apppaths.h"
 #include "app/startup.h"
+#include "bench/heartbeat.h"
 #include "bench/processfigures.h"
 #include "pid/piddebugwidget.h"
 #include "pid/pidplot.h"
@@ -25,7 +26,6 @@
 
 namespace {
 
-constexpr int kBeatMs = 5;
 constexpr int kSampleMs = 10000;
 constexpr quint8 kChannels = 5;
 
@@ -63,16 +63,7 @@ int main(int argc, char *argv[])
     page->findChild<QComboBox *>(QStringLiteral("comboPidPort"))
         ->setEditText(parser.value(QStringLiteral("port")));
 
-    QElapsedTimer beat;
-    double worstStall = 0;
-    QTimer heartbeat;
-    heartbeat.setTimerType(Qt::PreciseTimer);
-    heartbeat.setInterval(kBeatMs);
-    QObject::connect(&heartbeat, &QTimer::timeout, [&] {
-        if (beat.isValid())
-            worstStall = qMax(worstStall, double(beat.nsecsElapsed()) * 1e-6 - kBeatMs);
-        beat.start();
-    });
+    Heartbeat heartbeat;
 
     // The longest time without a picture, once points come.
     QElapsedTimer sinceDrawn;
@@ -132,7 +123,7 @@ int main(int argc, char *argv[])
     QApplication::exec();
 
     std::printf("received %llu reports, worst stall %.1f ms, longest time without a picture %.1f ms\n",
-                static_cast<unsigned long long>(page->actualReports()), worstStall, longestGap);
+                static_cast<unsigned long long>(page->actualReports()), heartbeat.worst(), longestGap);
     if (parser.isSet(QStringLiteral("picture")))
         window.grab().save(parser.value(QStringLiteral("picture")));
     return 0;

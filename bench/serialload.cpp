@@ -8,6 +8,7 @@
 
 #include "app/apppaths.h"
 #include "app/startup.h"
+#include "bench/heartbeat.h"
 #include "bench/processfigures.h"
 #include "serial/bytespool.h"
 #include "serial/qtterminalwidget.h"
@@ -91,16 +92,7 @@ int main(int argc, char *argv[])
     page->findChild<QComboBox *>(QStringLiteral("comboPort"))
         ->setEditText(parser.value(QStringLiteral("port")));
 
-    QElapsedTimer beat;
-    double worstStall = 0;
-    QTimer heartbeat;
-    heartbeat.setTimerType(Qt::PreciseTimer);
-    heartbeat.setInterval(5);
-    QObject::connect(&heartbeat, &QTimer::timeout, [&] {
-        if (beat.isValid())
-            worstStall = qMax(worstStall, static_cast<double>(beat.nsecsElapsed()) * 1e-6 - 5);
-        beat.start();
-    });
+    Heartbeat heartbeat;
 
     QVector<Sample> samples;
     QElapsedTimer clock;
@@ -153,7 +145,7 @@ int main(int argc, char *argv[])
     std::printf("received %lld of %lld, spool %s, %.1f s, worst stall %.1f ms, cpu %.3f s/MB, "
                 "first MB %.0f us/KB, last MB %.0f us/KB, resident %.0f MB\n",
                 static_cast<long long>(received()), static_cast<long long>(total),
-                equal ? "equal" : "DIFFERENT", double(clock.elapsed()) / 1000, worstStall,
+                equal ? "equal" : "DIFFERENT", double(clock.elapsed()) / 1000, heartbeat.worst(),
                 cpu / (double(total) / kMegabyte), cpuBetween(0, kMegabyte),
                 cpuBetween(total - kMegabyte, total), ProcessFigures::residentMegabytes());
     if (parser.isSet(QStringLiteral("picture")))

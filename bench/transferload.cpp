@@ -10,6 +10,7 @@
 
 #include "app/apppaths.h"
 #include "app/startup.h"
+#include "bench/heartbeat.h"
 #include "bench/processfigures.h"
 #include "serial/qtsendboxwidget.h"
 #include "serial/serialportwidget.h"
@@ -100,16 +101,7 @@ int main(int argc, char *argv[])
             ->setCurrentText(parser.value(QStringLiteral("baud")));
     DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
 
-    QElapsedTimer beat;
-    double worstStall = 0;
-    QTimer heartbeat;
-    heartbeat.setTimerType(Qt::PreciseTimer);
-    heartbeat.setInterval(5);
-    QObject::connect(&heartbeat, &QTimer::timeout, [&] {
-        if (beat.isValid())
-            worstStall = qMax(worstStall, static_cast<double>(beat.nsecsElapsed()) * 1e-6 - 5);
-        beat.start();
-    });
+    Heartbeat heartbeat;
 
     Run run;
     double cpu = 0;
@@ -124,7 +116,7 @@ int main(int argc, char *argv[])
     if (parser.isSet(QStringLiteral("picture"))) {
         QTimer::singleShot(5000, [&] {
             window.grab().save(parser.value(QStringLiteral("picture")));
-            beat.invalidate(); // taking it is no stall of the program's
+            heartbeat.skip();
         });
     }
     QApplication::exec();
@@ -136,7 +128,7 @@ int main(int argc, char *argv[])
                 rate / ceiling(line) * 100, ceiling(line));
     if (line > 0)
         std::printf(", %.1f %% of the line", rate / line * 1000);
-    std::printf(", worst stall %.1f ms, cpu %.2f s, %s\n", worstStall, cpu,
+    std::printf(", worst stall %.1f ms, cpu %.2f s, %s\n", heartbeat.worst(), cpu,
                 run.status == Ymodem::Finish ? "finished" : "FAILED");
     return run.status == Ymodem::Finish ? 0 : 1;
 }

@@ -1,37 +1,29 @@
 #include "camera/cameradebugwidget.h"
 
-#include "app/safefile.h"
 #include "camera/cameralinkpanel.h"
 #include "camera/camerastatusrow.h"
 #include "camera/frameshow.h"
 #include "camera/imageformatconfig.h"
 #include "camera/imageviewer.h"
+#include "camera/pictureactions.h"
+#include "network/clientsocket.h"
 #include "network/readgate.h"
 #include "network/tcpserver.h"
 #include "serial/qtserialport.h"
 #include "shell/base/formpanel.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QClipboard>
 #include <QComboBox>
 #include <QDebug>
 #include <QHBoxLayout>
-#include <QImageWriter>
-#include <QLabel>
 #include <QPushButton>
-#include <QSaveFile>
-#include <QTcpSocket>
 #include <QUdpSocket>
 #include <QVBoxLayout>
 
 namespace {
 
 constexpr int kInformation = 0;
-constexpr int kError = 255;
 constexpr int kRatePeriodMs = 1000;
 constexpr int kTipMs = 2000;
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
@@ -39,14 +31,12 @@ constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
 // Senders whose unfinished frames are kept; of datagrams anybody may be one.
 constexpr int kMostStreams = 16;
 
-const auto kWarning = QStringLiteral("告警");
-
 } // namespace
 
 CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_server(new TcpServer(this))
-    , m_socket(new QTcpSocket(this))
+    , m_socket(new ClientSocket(this))
     , m_udp(new QUdpSocket(this))
     , m_serial(new QtSerialPort(this))
     , m_gate(new ReadGate([] { return qint64(0); }, this)) // what can't be shown is skipped
@@ -119,33 +109,14 @@ QWidget *CameraDebugWidget::buildWorkArea()
     auto *area = new QWidget(this);
     m_status = new CameraStatusRow(area);
     m_viewer = new ImageViewer(area);
+    m_actions = new PictureActions(m_viewer, area);
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addWidget(m_status);
     column->addWidget(m_viewer, 1);
-    column->addWidget(buildActions());
+    column->addWidget(m_actions);
     return area;
-}
-
-QWidget *CameraDebugWidget::buildActions()
-{
-    auto *actions = new QWidget(this);
-    m_picture = new QComboBox(actions);
-    m_picture->setObjectName(QStringLiteral("comboPicture"));
-    m_picture->addItems({QStringLiteral("图像1"), QStringLiteral("图像2")});
-    m_picture->setVisible(false);
-    m_save = new QPushButton(QStringLiteral("保存图像"), actions);
-    m_save->setObjectName(QStringLiteral("btnSaveImage"));
-    m_copy = new QPushButton(QStringLiteral("复制图像"), actions);
-    m_copy->setObjectName(QStringLiteral("btnCopyImage"));
-    auto *row = new QHBoxLayout(actions);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(8);
-    row->addStretch();
-    for (QWidget *part : std::initializer_list<QWidget *>{m_picture, m_save, m_copy})
-        row->addWidget(part);
-    return actions;
 }
 
 void CameraDebugWidget::connectParts()
@@ -154,8 +125,7 @@ void CameraDebugWidget::connectParts()
     connect(m_deviceCount, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &CameraDebugWidget::SltChangeImageShow);
     connect(m_jpegData, &QCheckBox::toggled, this, &CameraDebugWidget::clearStreams);
-    connect(m_save, &QPushButton::clicked, this, &CameraDebugWidget::SltSaveImage);
-    connect(m_copy, &QPushButton::clicked, this, &CameraDebugWidget::SltCopyImage);
+    connect(m_actions, &PictureActions::signalNotify, this, &CameraDebugWidget::signalNotify);
     connect(m_config, &ImageFormatConfig::signalReadWriteRegister, this,
             &CameraDebugWidget::SltReadWriteRegister);
     connect(m_config, &ImageFormatConfig::signalNotify, this, &CameraDebugWidget::signalNotify);
@@ -178,7 +148,7 @@ void CameraDebugWidget::fold()
 void CameraDebugWidget::SltChangeImageShow(int index)
 {
     m_viewer->setDisplayCount(index + 1);
-    m_picture->setVisible(index == 1);
+    m_actions->setTwo(index == 1);
 }
 
 // ---- receiving
@@ -356,51 +326,6 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
         m_config->stopBatch();
     m_sendCount += sent;
     emit signalRefresCounts(pageIndex);
-}
-
-// ---- pictures
-
-int CameraDebugWidget::chosenPicture() const
-{
-    return m_viewer->displayCount() == 2 ? m_picture->currentIndex() : 0;
-}
-
-void CameraDebugWidget::SltSaveImage()
-{
-    const QPixmap picture = m_viewer->image(chosenPicture()); // the one that was there at the click
-    if (picture.isNull()) {
-        emit signalNotify(QStringLiteral("还没有图像，无法保存！"), kError);
-        return;
-    }
-    const QString fileName = QtFileDialog::getSaveFileName(this, QStringLiteral("保存图像"), QString(),
-                                                           QStringLiteral("PNG图片(*.png);;JPEG图片(*.jpg)"));
-    if (fileName.isEmpty())
-        return;
-    const bool isJpeg = fileName.endsWith(QStringLiteral(".jpg"), Qt::CaseInsensitive) ||
-                        fileName.endsWith(QStringLiteral(".jpeg"), Qt::CaseInsensitive);
-    QSaveFile file(fileName);
-    bool saved = file.open(QIODevice::WriteOnly);
-    if (saved) {
-        QImageWriter writer(&file, isJpeg ? "jpg" : "png");
-        if (isJpeg)
-            writer.setQuality(95);
-        saved = writer.write(picture.toImage()) && SafeFile::commit(file);
-    }
-    if (saved)
-        emit signalNotify(QStringLiteral("图像已保存：") + fileName, kInformation);
-    else
-        QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
-}
-
-void CameraDebugWidget::SltCopyImage()
-{
-    const QPixmap picture = m_viewer->image(chosenPicture());
-    if (picture.isNull()) {
-        emit signalNotify(QStringLiteral("还没有图像，无法复制！"), kError);
-        return;
-    }
-    QApplication::clipboard()->setImage(picture.toImage());
-    emit signalNotify(QStringLiteral("图像已复制到剪贴板。"), kInformation);
 }
 
 // ---- counts

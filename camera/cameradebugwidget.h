@@ -16,15 +16,15 @@
 
 class CameraLinkPanel;
 class CameraStatusRow;
+class ClientSocket;
 class FormGroup;
 class FormPanel;
 class FrameShow;
 class ImageFormatConfig;
 class ImageViewer;
+class PictureActions;
 class QCheckBox;
 class QComboBox;
-class QPushButton;
-class QTcpSocket;
 class QUdpSocket;
 class QtSerialPort;
 class ReadGate;
@@ -64,9 +64,6 @@ public slots:
     void SltReadWriteRegister(QString strAddr, QString strValue, int regId);
     void SltCalculationRate();
 
-    void SltSaveImage();
-    void SltCopyImage();
-
 signals:
     void signalNotify(QString text, int kind);
     void signalRefresCounts(int pageIndex);
@@ -83,7 +80,6 @@ private:
     void buildUi();
     QWidget *buildPanel();
     QWidget *buildWorkArea();
-    QWidget *buildActions();
     FormGroup *buildDisplay(QWidget *parent);
     void connectParts();
 
@@ -101,9 +97,8 @@ private:
     void showFailed(const QString &why);
     void clientConnected();
     void clientDisconnected();
-    void clientFailed();
+    void clientFailed(const QString &why);
     void serialVanished();
-    void takeFromHost();
     void showPeers();
     qint64 send(const QByteArray &packet);
     qint64 sendDatagram(const QByteArray &packet);
@@ -120,7 +115,6 @@ private:
     void startElapsed();
     void raiseError(const QString &why);
     void showCounts();
-    int chosenPicture() const;
     void fold();
 
     FormPanel *m_panel = nullptr;
@@ -132,12 +126,10 @@ private:
     QCheckBox *m_bigEndian = nullptr;
     CameraStatusRow *m_status = nullptr;
     ImageViewer *m_viewer = nullptr;
-    QComboBox *m_picture = nullptr; // which one is saved and copied
-    QPushButton *m_save = nullptr;
-    QPushButton *m_copy = nullptr;
+    PictureActions *m_actions = nullptr;
 
     TcpServer *m_server;
-    QTcpSocket *m_socket;
+    ClientSocket *m_socket;
     QUdpSocket *m_udp;
     QtSerialPort *m_serial;
     ReadGate *m_gate;

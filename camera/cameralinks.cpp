@@ -4,10 +4,10 @@
 #include "camera/cameralinkpanel.h"
 #include "camera/camerastatusrow.h"
 #include "camera/imageformatconfig.h"
+#include "network/clientsocket.h"
 #include "network/peeraddress.h"
 #include "network/readgate.h"
 #include "network/socketerror.h"
-#include "network/tcpclient.h"
 #include "network/tcpserver.h"
 #include "serial/portname.h"
 #include "serial/qtserialport.h"
@@ -44,11 +44,13 @@ void CameraDebugWidget::connectLinks()
         showPeers();
     });
 
-    m_socket->setReadBufferSize(TcpClient::readBufferBytes);
     connect(m_socket, &QTcpSocket::connected, this, &CameraDebugWidget::clientConnected);
     connect(m_socket, &QTcpSocket::disconnected, this, &CameraDebugWidget::clientDisconnected);
     connect(m_socket, &QTcpSocket::readyRead, this, &CameraDebugWidget::SltReadFromTcpSocket);
     connect(m_socket, &QAbstractSocket::errorOccurred, this, &CameraDebugWidget::SltTcpError);
+    connect(m_socket, &ClientSocket::received, this,
+            [this](const QByteArray &bytes) { SltRecvImageData(kFromServer, bytes); });
+    connect(m_socket, &ClientSocket::failed, this, &CameraDebugWidget::clientFailed);
     connect(m_udp, &QUdpSocket::readyRead, this, &CameraDebugWidget::SltReadyFromUdp);
     connect(m_serial, &QtSerialPort::bytesRead, this, &CameraDebugWidget::SltRecvSerialportData);
     // Queued: the report comes from within the port's own reading.
@@ -215,55 +217,39 @@ void CameraDebugWidget::showPeers()
 
 void CameraDebugWidget::clientConnected()
 {
-    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    showOpened(QStringLiteral("已连接到%1:%2")
-                   .arg(PeerAddress::text(m_socket->peerAddress()))
-                   .arg(m_socket->peerPort()));
+    showOpened(QStringLiteral("已连接到%1").arg(m_socket->peerText()));
     emit signalNotify(QStringLiteral("[TCP Client]与服务器连接成功！！！"), kInformation);
 }
 
 void CameraDebugWidget::clientDisconnected()
 {
-    const bool byServer = m_socket->isOpen();
-    if (byServer) {
-        takeFromHost(); // what was held back
-        m_socket->close();
+    QString error;
+    if (m_socket->takeEnd(&error)) {
         clearStreams();
         m_config->stopBatch();
-        showClosed(QStringLiteral("服务器已断开连接"));
+        if (error.isEmpty())
+            showClosed(QStringLiteral("服务器已断开连接"));
+        else
+            showFailed(error);
     }
     emit signalNotify(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), kInformation);
+}
+
+void CameraDebugWidget::clientFailed(const QString &why)
+{
+    showFailed(QStringLiteral("连接失败: %1").arg(why));
+    emit signalNotify(QStringLiteral("[TCP Client]连接失败: %1").arg(why), kError);
 }
 
 void CameraDebugWidget::SltReadFromTcpSocket()
 {
     if (m_gate->isOpen())
-        takeFromHost();
-}
-
-void CameraDebugWidget::takeFromHost()
-{
-    if (m_socket->bytesAvailable() > 0)
-        SltRecvImageData(kFromServer, m_socket->readAll());
+        m_socket->takeAll();
 }
 
 void CameraDebugWidget::SltTcpError(QAbstractSocket::SocketError error)
 {
     qDebug() << m_socket->errorString() << "Socket error" << error;
-    // Later: the socket is still at work on its failure, and may try the next
-    // address of a host.
-    QMetaObject::invokeMethod(this, &CameraDebugWidget::clientFailed, Qt::QueuedConnection);
-}
-
-// A refused socket stays open; closed, the next press connects again.
-void CameraDebugWidget::clientFailed()
-{
-    if (m_socket->state() != QAbstractSocket::UnconnectedState || !m_socket->isOpen())
-        return;
-    const QString why = socketErrorText(m_socket->error(), m_socket->errorString());
-    m_socket->close();
-    showFailed(QStringLiteral("连接失败: %1").arg(why));
-    emit signalNotify(QStringLiteral("[TCP Client]连接失败: %1").arg(why), kError);
 }
 
 // ---- datagrams
@@ -276,9 +262,10 @@ void CameraDebugWidget::SltReadyFromUdp()
         const QNetworkDatagram datagram = m_udp->receiveDatagram();
         if (!datagram.isValid())
             return;
-        SltRecvImageData(
-            QStringLiteral("%1:%2").arg(datagram.senderAddress().toString()).arg(datagram.senderPort()),
-            datagram.data());
+        SltRecvImageData(QStringLiteral("%1:%2")
+                             .arg(PeerAddress::text(datagram.senderAddress()))
+                             .arg(datagram.senderPort()),
+                         datagram.data());
     }
 }
 
@@ -320,9 +307,7 @@ qint64 CameraDebugWidget::send(const QByteArray &packet)
         sent = m_server->SltSendMsgToAllClient(packet);
         break;
     case CameraLinkPanel::TcpClient:
-        if (m_socket->state() == QAbstractSocket::ConnectedState &&
-            m_socket->bytesToWrite() + packet.size() <= TcpServer::mostQueued)
-            sent = m_socket->write(packet);
+        sent = m_socket->send(packet);
         break;
     case CameraLinkPanel::Udp:
         sent = sendDatagram(packet);

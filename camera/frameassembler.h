@@ -4,6 +4,7 @@
 // any size. The time it takes grows with the bytes, not with their cutting.
 // Knows no picture format beyond the announcement, no link and no clock.
 
+#include "camera/bytequeue.h"
 #include "camera/cameraframe.h"
 
 struct CameraEvent
@@ -38,19 +39,16 @@ public:
     bool next(CameraEvent *event, int valueLength);
     void clear();
 
-    qsizetype size() const { return m_buffer.size() - m_begin; }
+    qsizetype size() const { return m_buffer.size(); }
     qsizetype capacity() const { return m_buffer.capacity(); }
 
 private:
-    const char *front() const { return m_buffer.constData() + m_begin; }
-    void drop(qsizetype count);
     void extendChecksum();
     bool takeImage(CameraEvent *event);
     bool takeHeader(CameraEvent *event, int valueLength, bool *isEvent);
     bool takeReply(CameraEvent *event, int valueLength);
 
-    QByteArray m_buffer;
-    qsizetype m_begin = 0; // of what is not used up
+    ByteQueue m_buffer;
     bool m_receiving = false;
     quint32 m_packetLength = 0; // while receiving
     qsizetype m_checked = 0;    // bytes of the packet that m_checksum covers

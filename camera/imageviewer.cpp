@@ -25,21 +25,10 @@ void ImageViewer::setImage(int device, const QPixmap &image)
     update();
 }
 
-void ImageViewer::clearImages()
-{
-    m_images = {};
-    update();
-}
-
 void ImageViewer::setDisplayCount(int count)
 {
     m_displayCount = count == 2 ? 2 : 1;
     update();
-}
-
-int ImageViewer::deviceAt(const QPoint &place) const
-{
-    return m_displayCount == 2 && place.x() >= width() / 2 ? 1 : 0;
 }
 
 void ImageViewer::paintEvent(QPaintEvent *)

@@ -18,13 +18,9 @@ public:
     // A null pixmap is ignored; device 1 is the second picture, any other the first.
     void setImage(int device, const QPixmap &image);
     const QPixmap &image(int device) const { return m_images.at(device == 1 ? 1 : 0); }
-    void clearImages();
 
     int displayCount() const { return m_displayCount; }
     void setDisplayCount(int count); // 1 or 2
-
-    // The picture whose place that is.
-    int deviceAt(const QPoint &place) const;
 
     QSize sizeHint() const override { return {640, 360}; }
 

@@ -3,30 +3,93 @@
 #include "camera/cameraframe.h"
 
 #include <cstring>
+#include <utility>
+
+#if defined(__SSE2__) || defined(_M_X64)
+#define KORVEX_SSE2
+#include <emmintrin.h>
+#endif
 
 namespace {
 
 constexpr char kPrefix = '\xFF';
 constexpr char kStart = '\xD8';
 constexpr char kEnd = '\xD9';
-constexpr qsizetype kCompactBytes = 4096;
+
+// The place of a marker's first byte; -1 for none.
+int find(char second, const char *bytes, int size, int from = 0)
+{
+    const char *const last = bytes + size - 1; // a marker's second byte at most
+    for (const char *at = bytes + from; at < last; ++at) {
+        at = static_cast<const char *>(std::memchr(at, kPrefix, static_cast<size_t>(last - at)));
+        if (!at)
+            return -1;
+        if (at[1] == second)
+            return static_cast<int>(at - bytes);
+    }
+    return -1;
+}
+
+#ifdef KORVEX_SSE2
+
+constexpr int kPlaces = 16; // looked at together
+constexpr int kFewBytes = 256;
+
+// Quicker than a search where there are few bytes, of which hardly any hold a
+// marker: there is no way out before the end.
+bool fewHoldEnd(const char *bytes, int size)
+{
+    const __m128i prefix = _mm_set1_epi8(kPrefix);
+    const __m128i second = _mm_set1_epi8(kEnd);
+    __m128i found = _mm_setzero_si128();
+    const auto look = [&](const char *at) {
+        const __m128i firsts = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+        const __m128i seconds = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at + 1));
+        found = _mm_or_si128(found,
+                             _mm_and_si128(_mm_cmpeq_epi8(firsts, prefix), _mm_cmpeq_epi8(seconds, second)));
+    };
+    const char *const last = bytes + size - 1 - kPlaces;
+    for (; bytes < last; bytes += kPlaces)
+        look(bytes);
+    look(last);
+    return _mm_movemask_epi8(found) != 0;
+}
+
+#endif
+
+bool holdsEnd(const char *bytes, int size)
+{
+#ifdef KORVEX_SSE2
+    if (size > kPlaces && size <= kFewBytes)
+        return fewHoldEnd(bytes, size);
+#endif
+    return find(kEnd, bytes, size) >= 0;
+}
 
 } // namespace
 
 void JpegScanner::clear()
 {
-    m_buffer.clear();
-    m_begin = 0;
-    m_start = -1;
-    m_scanned = 0;
+    *this = JpegScanner();
 }
 
 void JpegScanner::append(const QByteArray &chunk)
 {
-    if (size() + chunk.size() > static_cast<qsizetype>(CameraFrame::mostBytes)) {
+    if (chunk.size() > static_cast<int>(CameraFrame::mostBytes) - size()) {
         clear();
         m_overflow = true;
     }
+    if (chunk.isEmpty())
+        return;
+    // Looked at before it is copied: a processor is slow to read what it has only
+    // just written, and of small chunks that is all.
+    const char *const bytes = chunk.constData();
+    if (!m_mayHold &&
+        (m_start < 0 || (m_endsInPrefix && bytes[0] == kEnd) || holdsEnd(bytes, chunk.size()))) {
+        m_mayHold = true;
+        m_scanned = qMax(0, size() - 1);
+    }
+    m_endsInPrefix = bytes[chunk.size() - 1] == kPrefix;
     m_buffer.append(chunk);
 }
 
@@ -35,57 +98,23 @@ bool JpegScanner::takeOverflow()
     return std::exchange(m_overflow, false);
 }
 
-// The place of a marker's first byte, counted from the front; -1 for none.
-qsizetype JpegScanner::find(char second, qsizetype from) const
-{
-    const char *const front = m_buffer.constData() + m_begin;
-    const char *const last = front + size() - 1; // a marker's second byte at most
-    for (const char *at = front + from; at < last; ++at) {
-        at = static_cast<const char *>(std::memchr(at, kPrefix, static_cast<size_t>(last - at)));
-        if (!at)
-            return -1;
-        if (at[1] == second)
-            return at - front;
-    }
-    return -1;
-}
-
-void JpegScanner::drop(qsizetype count)
-{
-    m_begin += count;
-    if (m_begin == m_buffer.size()) {
-        m_buffer.resize(0);
-        m_begin = 0;
-    } else if (m_begin >= kCompactBytes && m_begin >= size()) {
-        m_buffer.remove(0, static_cast<int>(m_begin));
-        m_begin = 0;
-    }
-}
-
-bool JpegScanner::next(QByteArray *picture)
+bool JpegScanner::take(QByteArray *picture)
 {
     if (m_start < 0) {
-        m_start = find(kStart, 0);
-        if (m_start > 0) {
-            drop(m_start);
-            m_scanned = 0;
-        }
+        m_start = find(kStart, m_buffer.front(), size());
+        if (m_start > 0)
+            m_buffer.drop(m_start);
     }
-    const qsizetype end = find(kEnd, m_scanned);
+    const int end = find(kEnd, m_buffer.front(), size(), m_scanned);
     if (end >= 0) {
-        *picture = QByteArray(m_buffer.constData() + m_begin, static_cast<int>(end + 2));
-        drop(end + 2);
+        *picture = QByteArray(m_buffer.front(), end + 2);
+        m_buffer.drop(end + 2);
         m_start = -1;
         m_scanned = 0;
         return true;
     }
-    if (m_start < 0) {
-        // Of what precedes a picture only half a marker may matter.
-        const bool isHalf = size() > 0 && m_buffer.at(m_buffer.size() - 1) == kPrefix;
-        drop(size() - (isHalf ? 1 : 0));
-        m_scanned = 0;
-    } else {
-        m_scanned = qMax<qsizetype>(0, size() - 1);
-    }
+    m_mayHold = false;
+    if (m_start < 0) // of what precedes a picture only half a marker may matter
+        m_buffer.drop(size() - (size() > 0 && m_endsInPrefix ? 1 : 0));
     return false;
 }

@@ -3,7 +3,7 @@
 // Takes JPEG pictures out of a stream without any framing, by their start and
 // end markers. The time it takes grows with the bytes, not with their cutting.
 
-#include <QByteArray>
+#include "camera/bytequeue.h"
 
 class JpegScanner
 {
@@ -11,23 +11,23 @@ public:
     void append(const QByteArray &chunk);
     // The next picture: everything up to an end marker, whether or not it is
     // one. False when more has to come first.
-    bool next(QByteArray *picture);
+    bool next(QByteArray *picture) { return m_mayHold && take(picture); }
     void clear();
 
     bool hasStart() const { return m_start >= 0; }
     // Asked once: a picture had no end for so long that it was given up.
     bool takeOverflow();
 
-    qsizetype size() const { return m_buffer.size() - m_begin; }
-    qsizetype capacity() const { return m_buffer.capacity(); }
+    int size() const { return m_buffer.size(); }
+    int capacity() const { return m_buffer.capacity(); }
 
 private:
-    qsizetype find(char second, qsizetype from) const;
-    void drop(qsizetype count);
+    bool take(QByteArray *picture);
 
-    QByteArray m_buffer;
-    qsizetype m_begin = 0;
-    qsizetype m_start = -1;  // of the image; -1 when not yet found
-    qsizetype m_scanned = 0; // bytes without an end marker
+    ByteQueue m_buffer;
+    int m_start = -1;            // of the image; -1 when not yet found
+    int m_scanned = 0;           // bytes before which no end marker begins
+    bool m_mayHold = false;      // there is something that next() has not seen
+    bool m_endsInPrefix = false; // the last byte may be half a marker
     bool m_overflow = false;
 };

@@ -15,11 +15,10 @@ constexpr qint64 kNear = 256;
 
 } // namespace
 
-void HexDocument::setContent(const ByteStore &content)
+void HexDocument::appendContent(const QByteArray &block)
 {
-    *this = HexDocument();
-    m_original = content;
-    m_table.reset(content.size());
+    m_original.addBlock(block);
+    m_table.reset(m_original.size());
 }
 
 const char *HexDocument::span(qint64 address, qint64 *inRow) const

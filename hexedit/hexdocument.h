@@ -15,7 +15,8 @@ public:
     // Whether an edit may join the one before it into one step of undo.
     enum class Step { Alone, Typing };
 
-    void setContent(const ByteStore &content);
+    // What the file holds, block by block, before the first edit.
+    void appendContent(const QByteArray &block);
 
     qint64 size() const { return m_table.size(); }
 

@@ -219,7 +219,6 @@ void HexEditWidget::setAddress(qint64 address)
 
 void HexEditWidget::showState()
 {
-    m_edit->setTextCodec(Settings::instance().textCodec);
     const bool open = !m_fileName.isEmpty();
     const QString name = open ? QFileInfo(m_fileName).fileName() : QStringLiteral("未打开文件");
     m_fileLabel->setText(m_edit->isModified() ? name + QStringLiteral(" *（未保存）") : name);
@@ -232,6 +231,11 @@ void HexEditWidget::showState()
     m_mode->setText(m_edit->isOverwrite() ? QStringLiteral("改写") : QStringLiteral("插入"));
     m_buttons->button(Undo)->setEnabled(m_edit->document().canUndo());
     m_buttons->button(Redo)->setEnabled(m_edit->document().canRedo());
+}
+
+void HexEditWidget::reloadCodec()
+{
+    m_edit->setTextCodec(Settings::instance().textCodec);
 }
 
 void HexEditWidget::showWork(const QString &name)

@@ -2,7 +2,6 @@
 
 #include "app/settings.h"
 #include "app/settingskeys.h"
-#include "hexedit/hexreader.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtfiledialog.h"
 #include "shell/base/qtmessagebox.h"
@@ -16,12 +15,13 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QUrl>
-#include <memory>
+#include <utility>
 
 namespace {
 
 constexpr int kMostRecent = 10;
 constexpr int kTipMs = 2000;
+constexpr int kLongTipMs = 5000; // more to read
 constexpr qint64 kLargeFile = qint64(4) << 30;
 constexpr qint64 kWriteSlice = 4 << 20;
 
@@ -43,8 +43,10 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     connectParts();
     m_saver.pause = [this] { pause(); };
     endWork();
+    reloadCodec();
     setAddress(0);
     setSize(0);
+    showState();
 }
 
 HexEditWidget::~HexEditWidget()
@@ -121,26 +123,45 @@ void HexEditWidget::openFile(const QString &fileName)
                                QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗?")
                                    .arg(double(stamp.size) / double(1 << 30), 0, 'f', 1)) != 1)
         return;
+    const auto before = std::make_shared<Opened>(
+        Opened{m_fileName, m_stamp, std::move(m_edit->document()), m_edit->address()});
+    showFile({fileName, stamp, HexDocument(), 0});
+    m_edit->setFocus();
     const auto state = std::make_shared<HexReader::State>(HexReader::State::Running);
     m_task.start({QStringLiteral("正在打开"),
-                  [reader, state] { return (*state = reader->step()) != HexReader::State::Running; },
+                  [this, reader, state] {
+                      QByteArray block;
+                      *state = reader->step(&block);
+                      if (*state == HexReader::State::Running)
+                          m_edit->appendData(block);
+                      return *state != HexReader::State::Running;
+                  },
                   [reader] { return reader->permille(); },
-                  [this, reader, state, fileName, stamp](bool) {
-                      if (*state == HexReader::State::Done)
-                          takeOver(fileName, stamp, reader->bytes());
-                      else if (*state == HexReader::State::Failed)
-                          QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
-                  }});
+                  [this, state, before](bool) { finishOpening(*state, before); }});
 }
 
-void HexEditWidget::takeOver(const QString &fileName, const Stamp &stamp, const ByteStore &bytes)
+void HexEditWidget::showFile(Opened opened)
 {
-    m_fileName = fileName;
-    m_stamp = stamp;
-    m_edit->setData(bytes);
-    m_edit->setReadOnly(false);
-    m_edit->setFocus();
-    remember(fileName);
+    m_fileName = opened.fileName;
+    m_stamp = opened.stamp;
+    m_edit->setDocument(std::move(opened.document), opened.address);
+    m_edit->setReadOnly(m_fileName.isEmpty());
+}
+
+void HexEditWidget::finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before)
+{
+    if (state == HexReader::State::Done) {
+        remember(m_fileName);
+        if (!(Stamp::of(m_fileName) == m_stamp))
+            QtMessageTip::showTip(
+                QStringLiteral("文件在打开期间已被其他程序修改，内容可能不完整，请重新打开"), kLongTipMs);
+        return;
+    }
+    showFile(std::move(*before));
+    if (state == HexReader::State::Failed)
+        QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
+    else if (state == HexReader::State::OutOfMemory)
+        QtMessageTip::showTip(QStringLiteral("打开文件失败! 内存不足"), kLongTipMs);
 }
 
 void HexEditWidget::remember(const QString &fileName)
@@ -158,10 +179,7 @@ void HexEditWidget::closeFile()
 {
     if (!mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并关闭吗?")))
         return;
-    m_fileName.clear();
-    m_stamp = Stamp();
-    m_edit->setData(QByteArray());
-    m_edit->setReadOnly(true);
+    showFile(Opened());
 }
 
 bool HexEditWidget::mayDiscard(const QString &question)

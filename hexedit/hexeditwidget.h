@@ -3,13 +3,15 @@
 // The editor for binary files: opens one file into memory, lets it be edited,
 // and puts it back without ever losing the bytes that were there.
 
+#include "hexedit/hexdocument.h"
+#include "hexedit/hexreader.h"
 #include "hexedit/hexsaver.h"
 #include "hexedit/slicedtask.h"
 #include "shell/base/qtwidgetbase.h"
 
 #include <QDateTime>
+#include <memory>
 
-class ByteStore;
 class FormPanel;
 class HexChecksumPanel;
 class HexFindPanel;
@@ -35,9 +37,10 @@ public:
 
     QStringList counts() const override;
     bool prepareToClose() override;
+    void reloadCodec() override;
 
-    // Asks where edits would be lost, then reads the file, a large one in
-    // slices. It takes the old one's place when all of it is there.
+    // Asks where edits would be lost, then shows the file, a large one while it
+    // is being read. What was open before comes back where that fails.
     void openFile(const QString &fileName);
     QString fileName() const { return m_fileName; }
 
@@ -70,6 +73,14 @@ private:
         static Stamp of(const QString &fileName);
     };
 
+    struct Opened
+    {
+        QString fileName; // empty while no file is open
+        Stamp stamp;
+        HexDocument document;
+        qint64 address = 0;
+    };
+
     // hexeditpage.cpp: what it is made of
     void buildUi();
     QWidget *buildPanel();
@@ -81,7 +92,8 @@ private:
     void fillRecent();
 
     void chooseFile();
-    void takeOver(const QString &fileName, const Stamp &stamp, const ByteStore &bytes);
+    void showFile(Opened opened);
+    void finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before);
     void remember(const QString &fileName);
     void save();
     void closeFile();

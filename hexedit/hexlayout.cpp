@@ -12,7 +12,8 @@ void HexLayout::update(const QFontMetrics &font, qint64 size)
     m_hexLeft = 2 * kMargin + m_digits * m_cell + m_cell;
     // Three cells for a byte, and a gap in the middle.
     m_textLeft = m_hexLeft + (bytesPerRow * 3 + 1) * m_cell + m_cell;
-    m_width = m_textLeft + bytesPerRow * m_cell + kMargin;
+    // A wide character may begin in the last cell.
+    m_width = m_textLeft + (bytesPerRow + 1) * m_cell + kMargin;
 }
 
 QRect HexLayout::address(int row) const
@@ -26,9 +27,9 @@ QRect HexLayout::hex(int row, int column) const
     return {m_hexLeft + (column * 3 + gap) * m_cell, row * m_rowHeight, 2 * m_cell, m_rowHeight};
 }
 
-QRect HexLayout::text(int row, int column) const
+QRect HexLayout::text(int row, int column, int cells) const
 {
-    return {m_textLeft + column * m_cell, row * m_rowHeight, m_cell, m_rowHeight};
+    return {m_textLeft + column * m_cell, row * m_rowHeight, cells * m_cell, m_rowHeight};
 }
 
 HexLayout::Place HexLayout::placeAt(const QPoint &point) const

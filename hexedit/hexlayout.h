@@ -28,8 +28,8 @@ public:
     int width() const { return m_width; }
     int addressDigits() const { return m_digits; }
     QRect address(int row) const;
-    QRect hex(int row, int column) const;  // both digits
-    QRect text(int row, int column) const; // one character
+    QRect hex(int row, int column) const; // both digits
+    QRect text(int row, int column, int cells = 1) const;
 
     // The byte nearest to a point.
     Place placeAt(const QPoint &point) const;

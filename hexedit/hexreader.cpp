@@ -5,7 +5,7 @@
 #include <new>
 
 namespace {
-constexpr int kBlock = 4 << 20;
+constexpr int kBlock = 1 << 20; // also what a slow disk delivers without a felt pause
 }
 
 bool HexReader::open(const QString &fileName)
@@ -17,31 +17,29 @@ bool HexReader::open(const QString &fileName)
     return m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
-HexReader::State HexReader::step()
+HexReader::State HexReader::step(QByteArray *block)
 {
     // What a file says of its size may be wrong; its end is where no more comes.
-    const qint64 left = m_file.size() - m_bytes.size();
+    const qint64 left = m_file.size() - m_read;
     try {
-        QByteArray block(static_cast<int>(std::clamp<qint64>(left, 1 << 16, kBlock)), Qt::Uninitialized);
-        const qint64 count = m_file.read(block.data(), block.size());
+        *block = QByteArray(static_cast<int>(std::clamp<qint64>(left, 1 << 16, kBlock)), Qt::Uninitialized);
+        const qint64 count = m_file.read(block->data(), block->size());
         if (count < 0)
             return State::Failed;
         if (count == 0)
             return State::Done;
-        if (count < block.size()) {
-            block.truncate(static_cast<int>(count));
-            block.squeeze();
+        if (count < block->size()) {
+            block->truncate(static_cast<int>(count));
+            block->squeeze();
         }
-        m_bytes.addBlock(block);
+        m_read += count;
     } catch (const std::bad_alloc &) {
-        m_bytes = ByteStore();
-        return State::Failed;
+        return State::OutOfMemory;
     }
     return State::Running;
 }
 
 int HexReader::permille() const
 {
-    return static_cast<int>(
-        std::min<qint64>(1000, m_bytes.size() * 1000 / std::max<qint64>(m_file.size(), 1)));
+    return static_cast<int>(std::min<qint64>(1000, m_read * 1000 / std::max<qint64>(m_file.size(), 1)));
 }

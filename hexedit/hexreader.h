@@ -1,10 +1,10 @@
 #pragma once
 
-// Reads a file into memory, a slice at a time. Reading and not mapping: another
-// program that cuts a mapped file would end ours.
+// Reads a file block by block, so that what has come can be shown while the
+// rest is on its way. Reading and not mapping: another program that cuts a
+// mapped file would end ours.
 
-#include "hexedit/bytestore.h"
-
+#include <QByteArray>
 #include <QFile>
 
 class HexReader
@@ -13,13 +13,13 @@ public:
     // False where it is no ordinary file or can't be opened for reading.
     bool open(const QString &fileName);
 
-    enum class State { Running, Done, Failed };
-    State step();
+    enum class State { Running, Done, Failed, OutOfMemory };
+    // Hands out the next bytes, while it is running.
+    State step(QByteArray *block);
 
     int permille() const;
-    const ByteStore &bytes() const { return m_bytes; }
 
 private:
     QFile m_file;
-    ByteStore m_bytes;
+    qint64 m_read = 0;
 };

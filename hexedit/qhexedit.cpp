@@ -9,6 +9,7 @@
 #include <QStyleHints>
 #include <QTimerEvent>
 #include <limits>
+#include <utility>
 
 namespace {
 constexpr int kMostZoom = 16;
@@ -29,21 +30,36 @@ QHexEdit::QHexEdit(QWidget *parent)
 
 void QHexEdit::setData(const QByteArray &bytes)
 {
-    ByteStore store;
-    store.addBlock(bytes);
-    setData(store);
+    HexDocument document;
+    document.appendContent(bytes);
+    setDocument(std::move(document));
 }
 
-void QHexEdit::setData(const ByteStore &bytes)
+void QHexEdit::setDocument(HexDocument document, qint64 address)
 {
-    m_document.setContent(bytes);
-    m_caret = m_anchor = 0;
+    m_document = std::move(document);
+    m_caret = m_anchor = qBound<qint64>(0, address, size());
     m_lowDigit = false;
     m_dragFrom = -1;
     updateLayout();
     verticalScrollBar()->setValue(0);
+    ensureVisible();
     showState();
     emit contentChanged();
+}
+
+// Only the scroll bar changes where the rows on display are complete.
+void QHexEdit::appendData(const QByteArray &block)
+{
+    const qint64 before = size();
+    const int width = m_layout.width();
+    m_document.appendContent(block);
+    m_layout.update(fontMetrics(), size());
+    updateScrollBars();
+    if (before <= (topRow() + visibleRows() + 1) * HexLayout::bytesPerRow || width != m_layout.width())
+        showState();
+    else
+        showSize();
 }
 
 bool QHexEdit::write(QIODevice &device, qint64 position, qint64 count) const
@@ -94,6 +110,18 @@ void QHexEdit::setOverwrite(bool overwrite)
     m_overwrite = overwrite;
     m_document.endTyping();
     showState();
+}
+
+void QHexEdit::setTextCodec(int index)
+{
+    m_codec = index;
+    viewport()->update();
+}
+
+void QHexEdit::setAsciiOnly(bool asciiOnly)
+{
+    m_asciiOnly = asciiOnly;
+    viewport()->update();
 }
 
 void QHexEdit::setPlaceholderText(const QString &text)
@@ -159,16 +187,21 @@ void QHexEdit::showState()
 {
     m_caretOn = true;
     viewport()->update();
-    if (size() != m_shownSize) {
-        m_shownSize = size();
-        emit currentSizeChanged(m_shownSize);
-    }
+    showSize();
     if (m_caret != m_shownAddress) {
         m_shownAddress = m_caret;
         emit currentAddressChanged(m_shownAddress);
     }
     updateMicroFocus();
     emit stateChanged();
+}
+
+void QHexEdit::showSize()
+{
+    if (size() == m_shownSize)
+        return;
+    m_shownSize = size();
+    emit currentSizeChanged(m_shownSize);
 }
 
 void QHexEdit::ensureVisible()
@@ -193,6 +226,12 @@ qint64 QHexEdit::topRow() const
 void QHexEdit::updateLayout()
 {
     m_layout.update(fontMetrics(), size());
+    updateScrollBars();
+    viewport()->update();
+}
+
+void QHexEdit::updateScrollBars()
+{
     const qint64 rows = size() / HexLayout::bytesPerRow + 1;
     verticalScrollBar()->setPageStep(visibleRows());
     verticalScrollBar()->setRange(
@@ -200,7 +239,6 @@ void QHexEdit::updateLayout()
     horizontalScrollBar()->setPageStep(viewport()->width());
     horizontalScrollBar()->setRange(0, qMax(0, m_layout.width() - viewport()->width()));
     horizontalScrollBar()->setSingleStep(m_layout.cellWidth());
-    viewport()->update();
 }
 
 void QHexEdit::resizeEvent(QResizeEvent *event)

@@ -20,7 +20,9 @@ public:
 
     // Both forget all edits.
     void setData(const QByteArray &bytes);
-    void setData(const ByteStore &bytes);
+    void setDocument(HexDocument document, qint64 address = 0);
+    // More of the data, before the first edit.
+    void appendData(const QByteArray &block);
 
     // Writes a range, to the end where no length is given. False when the
     // device took less.
@@ -45,8 +47,9 @@ public:
     void setReadOnly(bool readOnly);
     bool isOverwrite() const { return m_overwrite; }
     void setOverwrite(bool overwrite);
-    // How typed, pasted and copied text becomes bytes and back.
-    void setTextCodec(int index) { m_codec = index; }
+    // How text that is typed, pasted, copied and shown becomes bytes and back.
+    void setTextCodec(int index);
+    void setAsciiOnly(bool asciiOnly); // shows nothing else as text
     void setPlaceholderText(const QString &text);
     void zoom(int steps); // 0 goes back to the beginning
 
@@ -92,8 +95,10 @@ private:
     void edit(qint64 address, qint64 length, const QByteArray &bytes, HexDocument::Step step, qint64 caret);
     void moveCaret(qint64 address, bool keepAnchor);
     void showState(); // tells what has changed since the last time
+    void showSize();
     void ensureVisible();
     void updateLayout();
+    void updateScrollBars();
     int visibleRows() const;
     qint64 topRow() const;
 
@@ -115,6 +120,9 @@ private:
     void paintHeader(QPainter &painter) const;
     void paintRow(QPainter &painter, int row, qint64 address) const;
     void paintByte(QPainter &painter, int row, qint64 address, quint8 byte, bool changed) const;
+    void paintText(QPainter &painter, int row, qint64 address) const;
+    bool isSelected(qint64 address) const;
+    QColor colorOf(qint64 address) const;
     void paintCaret(QPainter &painter) const;
     QPoint contentOrigin() const; // of the first row
 
@@ -129,6 +137,7 @@ private:
     bool m_readOnly = false;
     bool m_caretOn = true;
     int m_codec = 0;
+    bool m_asciiOnly = false;
     int m_zoom = 0;
     qint64 m_shownAddress = 0;
     qint64 m_shownSize = 0;

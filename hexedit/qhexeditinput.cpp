@@ -286,6 +286,11 @@ void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
     add(QStringLiteral("删除"), &QHexEdit::deleteSelection, some && !m_readOnly);
     menu.addSeparator();
     add(QStringLiteral("全选"), &QHexEdit::selectAll, size() > 0);
+    // In what is no text, chance makes characters.
+    QAction *ascii = menu.addAction(QStringLiteral("文本列仅显示ASCII"));
+    ascii->setCheckable(true);
+    ascii->setChecked(m_asciiOnly);
+    connect(ascii, &QAction::toggled, this, &QHexEdit::setAsciiOnly);
     menu.exec(event->globalPos());
 }
 

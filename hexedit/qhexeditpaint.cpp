@@ -1,6 +1,7 @@
 // What QHexEdit draws.
 
 #include "app/skin.h"
+#include "hexedit/hexcharacters.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/contrast.h"
 
@@ -10,6 +11,8 @@
 #include <QScrollBar>
 
 namespace {
+
+constexpr ushort kFirstWide = 0x0250; // Latin letters are narrow
 
 QColor mixed(const QColor &over, const QColor &ground, double share)
 {
@@ -96,6 +99,17 @@ void QHexEdit::paintRow(QPainter &painter, int row, qint64 address) const
     for (int i = 0; i < bytes.size(); ++i)
         paintByte(painter, row, address + i, static_cast<quint8>(bytes.at(i)),
                   changed[static_cast<size_t>(i)]);
+    paintText(painter, row, address);
+}
+
+bool QHexEdit::isSelected(qint64 address) const
+{
+    return address >= selectionBegin() && address < selectionBegin() + selectionLength();
+}
+
+QColor QHexEdit::colorOf(qint64 address) const
+{
+    return isSelected(address) ? onAccent(QColor(Skin::palette().accent)) : QColor(Skin::palette().text);
 }
 
 void QHexEdit::paintByte(QPainter &painter, int row, qint64 address, quint8 byte, bool changed) const
@@ -103,27 +117,50 @@ void QHexEdit::paintByte(QPainter &painter, int row, qint64 address, quint8 byte
     const SkinPalette &skin = Skin::palette();
     const QColor accent(skin.accent);
     const int column = static_cast<int>(address % HexLayout::bytesPerRow);
-    const bool selected = address >= selectionBegin() && address < selectionBegin() + selectionLength();
+    const bool selected = isSelected(address);
     QRect hex = m_layout.hex(row, column);
     const QRect text = m_layout.text(row, column);
-    painter.setPen(QColor(skin.text));
+    painter.setPen(colorOf(address));
     if (selected || changed) {
         const QColor ground = selected ? accent : mixed(accent, QColor(skin.panel), 0.3);
-        const bool goesOn = selected && address + 1 < selectionBegin() + selectionLength() &&
-                            column + 1 < HexLayout::bytesPerRow;
+        const bool goesOn = selected && isSelected(address + 1) && column + 1 < HexLayout::bytesPerRow;
         const int right = goesOn ? m_layout.hex(row, column + 1).left() : hex.right() + 1;
         painter.fillRect(hex.left(), hex.top(), right - hex.left(), hex.height(), ground);
         painter.fillRect(text, ground);
-        if (selected)
-            painter.setPen(onAccent(accent));
     }
     if (selected && changed) { // still told apart
         painter.drawLine(hex.bottomLeft(), hex.bottomRight());
         painter.drawLine(text.bottomLeft(), text.bottomRight());
     }
     painter.drawText(hex, Qt::AlignCenter, pairOf(byte));
-    const bool printable = byte >= 0x20 && byte < 0x7F;
-    painter.drawText(text, Qt::AlignCenter, QString(QLatin1Char(printable ? static_cast<char>(byte) : '.')));
+}
+
+// A character stands at its first byte, over two cells where it is a wide one;
+// what cells its bytes have beyond stay blank.
+void QHexEdit::paintText(QPainter &painter, int row, qint64 address) const
+{
+    const auto cells = HexCharacters::cells(m_document, address, HexLayout::bytesPerRow,
+                                            m_asciiOnly ? HexCharacters::ascii : m_codec);
+    for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
+        const HexCharacters::Cell &cell = cells[static_cast<size_t>(column)];
+        if (cell.text.isEmpty())
+            continue;
+        const qint64 at = address + column;
+        const bool wide = cell.bytes > 1 && cell.text.at(0).unicode() >= kFirstWide;
+        const QRect place = m_layout.text(row, column, wide ? 2 : 1);
+        painter.setPen(colorOf(at));
+        painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
+        // The other half as its byte, or as what is behind the last cell.
+        const bool beyond = column + 1 == HexLayout::bytesPerRow;
+        const QColor other = beyond ? QColor(Skin::palette().text) : colorOf(at + 1);
+        if (wide && other != colorOf(at)) {
+            painter.save();
+            painter.setClipRect(m_layout.text(row, column + 1));
+            painter.setPen(other);
+            painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
+            painter.restore();
+        }
+    }
 }
 
 void QHexEdit::paintCaret(QPainter &painter) const

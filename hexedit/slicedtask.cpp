@@ -1,7 +1,7 @@
 #include "hexedit/slicedtask.h"
 
 namespace {
-constexpr qint64 kSliceMs = 12;
+constexpr qint64 kSliceMs = 8;      // and as much for drawing make a frame
 constexpr qint64 kProgressMs = 100; // drawing it costs as much as it tells
 } // namespace
 

@@ -4,12 +4,12 @@
 #include "app/settings.h"
 #include "app/settingskeys.h"
 #include "network/clientlistpanel.h"
+#include "network/clientsocket.h"
 #include "network/networkconfigpanel.h"
 #include "network/networktoolwidget.h"
 #include "network/peeraddress.h"
 #include "network/readgate.h"
 #include "network/socketerror.h"
-#include "network/tcpclient.h"
 #include "network/tcpserver.h"
 #include "serial/qtterminalwidget.h"
 #include "serial/workarea.h"
@@ -53,11 +53,14 @@ void NetworkToolWidget::connectSockets()
             kError);
     });
 
-    m_socket->setReadBufferSize(TcpClient::readBufferBytes);
     connect(m_socket, &QTcpSocket::connected, this, &NetworkToolWidget::sltConnectedToHost);
     connect(m_socket, &QTcpSocket::disconnected, this, &NetworkToolWidget::sltDisConnectedToHost);
     connect(m_socket, &QTcpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromHost);
     connect(m_socket, &QAbstractSocket::errorOccurred, this, &NetworkToolWidget::sltTcpError);
+    connect(m_socket, &ClientSocket::received, this,
+            [this](const QByteArray &bytes) { sltRecvSocketMessage(kFromServer, bytes); });
+    connect(m_socket, &ClientSocket::failed, this,
+            [this](const QString &why) { showFailed(QStringLiteral("连接失败: %1").arg(why)); });
     connect(m_udp, &QUdpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromUdp);
 
     connect(m_gate, &ReadGate::closed, m_server, [this] { m_server->setReading(false); });
@@ -101,7 +104,7 @@ void NetworkToolWidget::closeLink()
     m_server->closeAll();
     m_clients->chooseAll();
     if (m_socket->isOpen()) {
-        takeFromHost();
+        m_socket->takeAll();
         m_socket->flush();
         m_socket->abort();
     }
@@ -274,24 +277,18 @@ void NetworkToolWidget::sltDisconnectClient()
 
 void NetworkToolWidget::sltConnectedToHost()
 {
-    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    showOpened(QStringLiteral("已连接到%1:%2")
-                   .arg(PeerAddress::text(m_socket->peerAddress()))
-                   .arg(m_socket->peerPort()));
+    showOpened(QStringLiteral("已连接到%1").arg(m_socket->peerText()));
     saveSettings();
     emit signalNotify(QStringLiteral("[TCP Client]与服务器连接成功！！！"), kInformation);
 }
 
 void NetworkToolWidget::sltDisConnectedToHost()
 {
-    const bool byServer = m_socket->isOpen();
-    if (byServer) {
-        takeFromHost(); // what was held back
-        m_socket->close();
-    }
+    QString error;
+    const bool byServer = m_socket->takeEnd(&error);
     m_terminal->endSource(kFromServer);
-    if (byServer && m_socket->error() != QAbstractSocket::RemoteHostClosedError)
-        showFailed(socketErrorText(m_socket->error(), m_socket->errorString()));
+    if (!error.isEmpty())
+        showFailed(error);
     else
         showClosed(byServer ? QStringLiteral("服务器已断开连接") : QString());
     emit signalNotify(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), kInformation);
@@ -300,31 +297,12 @@ void NetworkToolWidget::sltDisConnectedToHost()
 void NetworkToolWidget::sltReadyFromHost()
 {
     if (m_gate->isOpen())
-        takeFromHost();
-}
-
-void NetworkToolWidget::takeFromHost()
-{
-    if (m_socket->bytesAvailable() > 0)
-        sltRecvSocketMessage(kFromServer, m_socket->readAll());
+        m_socket->takeAll();
 }
 
 void NetworkToolWidget::sltTcpError(QAbstractSocket::SocketError error)
 {
     qDebug() << m_socket->errorString() << "Socket error" << error;
-    // Later: the socket is still at work on its failure, and may try the next
-    // address of a host.
-    QMetaObject::invokeMethod(this, &NetworkToolWidget::clientFailed, Qt::QueuedConnection);
-}
-
-// A refused socket stays open; closed, the next press connects again.
-void NetworkToolWidget::clientFailed()
-{
-    if (m_socket->state() != QAbstractSocket::UnconnectedState || !m_socket->isOpen())
-        return;
-    const QString why = socketErrorText(m_socket->error(), m_socket->errorString());
-    m_socket->close();
-    showFailed(QStringLiteral("连接失败: %1").arg(why));
 }
 
 // ---- datagrams
@@ -389,11 +367,10 @@ qint64 NetworkToolWidget::sendToClients(const QByteArray &bytes)
 
 qint64 NetworkToolWidget::sendToHost(const QByteArray &bytes)
 {
-    if (m_socket->bytesToWrite() + bytes.size() > TcpServer::mostQueued) {
+    const qint64 sent = m_socket->send(bytes);
+    if (sent < 0)
         tellNotSent(QStringLiteral("服务器长时间未接收数据，本次数据未发送！"));
-        return 0;
-    }
-    return m_socket->write(bytes);
+    return sent;
 }
 
 qint64 NetworkToolWidget::sendDatagram(const QByteArray &bytes)

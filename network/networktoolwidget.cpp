@@ -1,6 +1,7 @@
 #include "network/networktoolwidget.h"
 
 #include "network/clientlistpanel.h"
+#include "network/clientsocket.h"
 #include "network/networkconfigpanel.h"
 #include "network/readgate.h"
 #include "network/tcpserver.h"
@@ -14,14 +15,13 @@
 #include "shell/base/stateindicator.h"
 
 #include <QPushButton>
-#include <QTcpSocket>
 #include <QTime>
 #include <QUdpSocket>
 
 NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_server(new TcpServer(this))
-    , m_socket(new QTcpSocket(this))
+    , m_socket(new ClientSocket(this))
     , m_udp(new QUdpSocket(this))
 {
     setObjectName(QStringLiteral("NetworkToolWidget"));
@@ -182,7 +182,7 @@ bool NetworkToolWidget::prepareToClose()
     if (!m_gate->isOpen()) { // what was held back belongs to the record
         m_server->setReading(true);
         m_server->setReading(false);
-        takeFromHost();
+        m_socket->takeAll();
     }
     return m_received->prepareToClose();
 }

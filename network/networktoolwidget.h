@@ -10,9 +10,9 @@
 
 class ByteSpool;
 class ClientListPanel;
+class ClientSocket;
 class FormPanel;
 class NetworkConfigPanel;
-class QTcpSocket;
 class QUdpSocket;
 class QtSendBoxWidget;
 class QtTerminalWidget;
@@ -80,9 +80,7 @@ private:
     void showOpened(const QString &state);
     void showClosed(const QString &state);
     void showFailed(const QString &why);
-    void clientFailed();
     void saveSettings();
-    void takeFromHost();
 
     qint64 sendToClients(const QByteArray &bytes);
     qint64 sendToHost(const QByteArray &bytes);
@@ -104,7 +102,7 @@ private:
     QtSendBoxWidget *m_sendBox = nullptr;
 
     TcpServer *m_server;
-    QTcpSocket *m_socket;
+    ClientSocket *m_socket;
     QUdpSocket *m_udp;
     ReadGate *m_gate = nullptr;
 

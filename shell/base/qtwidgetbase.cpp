@@ -22,3 +22,7 @@ bool QtWidgetBase::prepareToClose()
 void QtWidgetBase::reloadSettings()
 {
 }
+
+void QtWidgetBase::reloadCodec()
+{
+}

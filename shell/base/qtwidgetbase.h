@@ -27,4 +27,7 @@ public:
 
     // The settings were restored: shows what they are now.
     virtual void reloadSettings();
+
+    // Another text codec was chosen: what is decoded when it is drawn is drawn anew.
+    virtual void reloadCodec();
 };

@@ -122,6 +122,8 @@ void MainWindow::SltActionTrigger(QAction *action)
     } else if (const int codec = kCodecs.indexOf(text); codec >= 0) {
         settings.textCodec = codec;
         Settings::writeValue(Common::group, Common::textCodec, codec);
+        for (QtWidgetBase *page : qAsConst(m_pages))
+            page->reloadCodec();
     } else if (const int skin = kSkins.indexOf(text); skin >= 0) {
         settings.skin = skin;
         Skin::apply(skin);
@@ -307,8 +309,10 @@ void MainWindow::restoreDefaults()
     const bool written = Settings::restoreDefaults();
     Skin::apply(Settings::instance().skin);
     showChecks();
-    for (QtWidgetBase *page : qAsConst(m_pages))
+    for (QtWidgetBase *page : qAsConst(m_pages)) {
         page->reloadSettings();
+        page->reloadCodec();
+    }
     QtMessageTip::showTip(written ? QStringLiteral("配置已恢复！")
                                   : QStringLiteral("配置文件无法写入，仅本次运行恢复默认设置！"),
                           2000);

@@ -3,6 +3,7 @@
 #include "camera/frameassembler.h"
 #include "camera/jpegscanner.h"
 #include "camera/pixeldecoder.h"
+#include "camera/pixelrow.h"
 
 #include <QtTest>
 
@@ -71,6 +72,8 @@ QByteArray header(const char *length, const char *command)
 
 } // namespace
 
+Q_DECLARE_METATYPE(PixelRow::Decode)
+
 class TestCameraLink : public QObject
 {
     Q_OBJECT
@@ -83,9 +86,12 @@ private slots:
     void keepsMemorySmall();
     void findsJpegs_data();
     void findsJpegs();
+    void findsJpegsHoweverCut();
     void givesUpEndlessJpegs();
     void decodesRgb565_data();
     void decodesRgb565();
+    void decodesEveryPixel_data();
+    void decodesEveryPixel();
     void decodesRgb888();
     void refusesSizes();
 };
@@ -208,6 +214,27 @@ void TestCameraLink::findsJpegs()
     QCOMPARE(seen, pictures);
 }
 
+// Two pictures full of half markers behind noise, in chunks of every size.
+void TestCameraLink::findsJpegsHoweverCut()
+{
+    QByteArray picture = hex("ffd8");
+    for (int i = 0; i < 1500; ++i)
+        picture += i % 7 == 0 ? hex("ff00") : i % 11 == 0 ? hex("ffff00") : hex("d9");
+    picture += hex("00ffd9");
+    for (int chunk = 1; chunk < 400; ++chunk) {
+        const QByteArray stream = hex("0001ff") + picture + picture.left(100) + hex("ffd9");
+        JpegScanner scanner;
+        QList<QByteArray> seen;
+        QByteArray found;
+        for (int at = 0; at < stream.size(); at += chunk) {
+            scanner.append(stream.mid(at, chunk));
+            while (scanner.next(&found))
+                seen += found;
+        }
+        QCOMPARE(seen, (QList<QByteArray>{picture, picture.left(100) + hex("ffd9")}));
+    }
+}
+
 void TestCameraLink::givesUpEndlessJpegs()
 {
     JpegScanner scanner;
@@ -305,6 +332,44 @@ void TestCameraLink::decodesRgb565()
     PixelDecoder::rgb565(reinterpret_cast<const uchar *>(source.constData()), source.size(), 3, 2, bigEndian,
                          reinterpret_cast<uchar *>(picture.data()), 11);
     QCOMPARE(picture.toHex(), output.toHex());
+}
+
+void TestCameraLink::decodesEveryPixel_data()
+{
+    QTest::addColumn<PixelRow::Decode>("decode");
+    QTest::newRow("portable") << &PixelRow::portable;
+    if (const PixelRow::Decode vectorised = PixelRow::vectorised()) // this processor may have none
+        QTest::newRow("vectorised") << vectorised;
+}
+
+// Every value in rows of every remainder, at every alignment; beside the row
+// nothing is written.
+void TestCameraLink::decodesEveryPixel()
+{
+    QFETCH(PixelRow::Decode, decode);
+    QByteArray words;
+    for (int value = 0; value < 65536; ++value)
+        words.append(char(value)).append(char(value >> 8));
+    QList<QSize> rows{QSize(65536, 0)}; // pixels, and bytes before them
+    for (int width = 0; width < 40; ++width)
+        rows.append(QSize(width, width % 17));
+    for (const QSize &row : qAsConst(rows)) {
+        for (const bool bigEndian : {false, true}) {
+            const QByteArray source = QByteArray(row.height(), '.') + words.right(2 * row.width());
+            QByteArray expected(row.height(), '.');
+            for (int at = source.size() - 2; at >= row.height(); at -= 2) {
+                const int high = uchar(source.at(bigEndian ? at : at + 1));
+                const int low = uchar(source.at(bigEndian ? at + 1 : at));
+                const int word = high << 8 | low;
+                expected.append(char(high & 0xF8)).append(char(word >> 3 & 0xFC)).append(char(low << 3));
+            }
+            expected.append(64, '.');
+            QByteArray output(expected.size(), '.');
+            decode(reinterpret_cast<const uchar *>(source.constData()) + source.size() - 2, row.width(),
+                   bigEndian, reinterpret_cast<uchar *>(output.data()) + row.height());
+            QVERIFY2(output == expected, qPrintable(QString::number(row.width())));
+        }
+    }
 }
 
 void TestCameraLink::decodesRgb888()

@@ -25,7 +25,8 @@ bool openFile(Stage &stage, const QString &name, const QByteArray &bytes)
     file.close();
     Stage::answerFileDialogs(stage.file(name));
     return stage.showTool(kHexEdit) && UserHand::press(Qt::Key_O, Qt::ControlModifier) &&
-           QTest::qWaitFor([&] { return stage.find<QHexEdit>("hexEdit")->size() == bytes.size(); }, 30000);
+           QTest::qWaitFor([&] { return stage.find<QPushButton>("btnStopWork")->isHidden(); }, 30000) &&
+           stage.find<QHexEdit>("hexEdit")->size() == bytes.size();
 }
 
 bool answers(const std::function<bool()> &opens, const QString &question, int key)

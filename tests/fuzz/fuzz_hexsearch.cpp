@@ -26,11 +26,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     QByteArray bytes(reinterpret_cast<const char *>(data) + 2, static_cast<int>(size) - 2);
     const QByteArray pattern = bytes.left(1 + data[0] % 16);
-    ByteStore store;
-    for (int at = 0; at < bytes.size(); at += 7)
-        store.addBlock(bytes.mid(at, 7));
     HexDocument document;
-    document.setContent(store);
+    for (int at = 0; at < bytes.size(); at += 7)
+        document.appendContent(bytes.mid(at, 7));
     document.replace(bytes.size() / 2, 1, "ab");
     bytes.replace(bytes.size() / 2, 1, "ab");
     const int from = data[1] % (bytes.size() + 1);

@@ -9,8 +9,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QString text =
-        QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    const QString text = QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<int>(size));
     VersionNumber::fromText(text);
 
     const QString name = PackageName::fromHeader(QStringLiteral("attachment; filename=") + text);

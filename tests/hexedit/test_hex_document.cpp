@@ -22,11 +22,9 @@ private slots:
 private:
     static HexDocument documentOf(const QByteArray &bytes, int block)
     {
-        ByteStore store;
-        for (int at = 0; at < bytes.size(); at += block)
-            store.addBlock(bytes.mid(at, block));
         HexDocument document;
-        document.setContent(store);
+        for (int at = 0; at < bytes.size(); at += block)
+            document.appendContent(bytes.mid(at, block));
         return document;
     }
     static QByteArray all(const HexDocument &document)

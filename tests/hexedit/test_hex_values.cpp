@@ -1,5 +1,6 @@
 // Hexadecimal text, addresses, checksums and the meanings of bytes.
 
+#include "hexedit/hexcharacters.h"
 #include "hexedit/hexchecksum.h"
 #include "hexedit/hexinspector.h"
 #include "hexedit/hexparse.h"
@@ -16,6 +17,9 @@ private slots:
     void parsesAddresses_data();
     void parsesAddresses();
     void computesChecksums();
+    void readsCharacters_data();
+    void readsCharacters();
+    void readsTheSameFromEveryRow();
     void explainsBytes_data();
     void explainsBytes();
 };
@@ -75,6 +79,58 @@ void TestHexValues::computesChecksums()
     QCOMPARE(sums.md5().toHex(), QByteArray("25f9e794323b453885f5181f1b624d0b"));
     QCOMPARE(sums.sha256().toHex(),
              QByteArray("15e2b0d3c33891ebb0f1ef609ec419420c20e320ce94c65fbc8c3312448eb225"));
+}
+
+void TestHexValues::readsCharacters_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("codec");
+    QTest::addColumn<QString>("cells"); // '_' for one inside a character
+    const auto hex = [](const char *text) { return QByteArray::fromHex(text); };
+    QTest::newRow("UTF-8") << hex("41 C3A9 E6B8A9 F09F9880 42") << 0 << "Aé_温__😀___B";
+    QTest::newRow("UTF-8, cut") << hex("E6B8 41 B8A9 E6") << 0 << "..A...";
+    QTest::newRow("UTF-8, none such")
+        << hex("C080 E09FBF EDA080 F08FBFBF F4908080 F5 FF") << 0 << "..................";
+    QTest::newRow("GB18030") << hex("41 CEC2 42 81308130 43") << 1 << "A温_B....C"; // U+0080 is a control
+    QTest::newRow("GB18030, four bytes") << hex("CEC2 9439DA33 3A 9439DA33") << 1 << "温_💩___:....";
+    QTest::newRow("GB18030, cut") << hex("CEC2 CE 0A C2 81 30 81 41") << 1 << "温_....0..";
+    QTest::newRow("GB18030, rare ones") << hex("8141 CEC2 8141 8141 20 8141") << 1 << "丄_温_丄_.. ..";
+    QTest::newRow("ASCII only") << hex("41 CEC2 E6B8A9") << -1 << "A.....";
+    QTest::newRow("controls") << hex("00 1F 20 7E 7F E2808B EFBBBF CC81 EE8080") << 0 << ".. ~............";
+}
+
+void TestHexValues::readsCharacters()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, codec);
+    HexDocument document;
+    document.appendContent(bytes);
+    QString shown;
+    for (const HexCharacters::Cell &cell : HexCharacters::cells(document, 0, 100, codec))
+        shown += cell.text.isEmpty() ? QStringLiteral("_") : cell.text;
+    QTEST(shown, "cells");
+}
+
+// A byte reads the same whichever row is first on display, also far behind the
+// last byte that ends all doubt.
+void TestHexValues::readsTheSameFromEveryRow()
+{
+    const QByteArray words = QByteArray::fromHex("CEC2B6C8"); // each half of a character could begin one
+    HexDocument document;
+    document.appendContent("\n" + words.repeated(2500) + "\n" + words);
+    const auto read = [&document](int rowLength) {
+        QString shown;
+        for (qint64 at = 0; at < document.size(); at += rowLength)
+            for (const HexCharacters::Cell &cell : HexCharacters::cells(document, at, rowLength, 1))
+                shown += cell.text.isEmpty() ? QStringLiteral("_") : cell.text;
+        return shown;
+    };
+    const QString rows = read(16);
+    QCOMPARE(rows.size(), 10006);
+    QCOMPARE(rows.mid(1, 8), QStringLiteral("温_度_温_度_"));
+    QCOMPARE(rows.mid(8000, 4), QStringLiteral("_温_度"));
+    QCOMPARE(rows.right(5), QStringLiteral(".温_度_"));
+    QCOMPARE(read(512), rows);
 }
 
 void TestHexValues::explainsBytes_data()

@@ -35,6 +35,7 @@ private slots:
     void opensDroppedFiles();
     void findsAndReplaces();
     void jumpsAndSums();
+    void showsWhatHasBeenRead();
     void stopsLongWork();
 
 private:
@@ -44,6 +45,7 @@ private:
     }
     void click(const char *name) { child<QAbstractButton>(name)->click(); }
     void tool(int id) { m_page->sltToolBtnsClicked(id); }
+    bool isWorking() const { return !child<QPushButton>("btnStopWork")->isHidden(); }
     QHexEdit *edit() const { return m_page->findChild<QHexEdit *>(); }
     QString path(const QString &name) const { return m_root->filePath(name); }
     void put(const QString &name, const QByteArray &bytes)
@@ -112,6 +114,9 @@ void TestHexEditPage::hasTheToolButtons()
     }
     QCOMPARE(m_page->counts(), (QStringList{"Address: 0", "Size: 0"}));
     QCOMPARE(child<QLabel>("labelAddress")->text(), QStringLiteral("Address: 0"));
+    QVERIFY(!child<QLabel>("labelFile")->text().isEmpty() &&
+            !child<QPushButton>("btnMode")->text().isEmpty());
+    QVERIFY(!group->button(HexEditWidget::Undo)->isEnabled());
 }
 
 void TestHexEditPage::opensEditsAndSaves()
@@ -313,23 +318,50 @@ void TestHexEditPage::jumpsAndSums()
     QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty()); // of bytes that are gone
 }
 
+// What has been read is there at once; stopping brings back what was open.
+void TestHexEditPage::showsWhatHasBeenRead()
+{
+    const qint64 size = qint64(200) << 20;
+    QFile file(path("large.bin"));
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.write("begin") == 5 && file.resize(size));
+    open(path("rom.bin"));
+    QTest::keyClicks(edit(), "41");
+    open(path("large.bin"));
+    QVERIFY(isWorking());
+    QCOMPARE(edit()->document().read(0, 5), QByteArray("begin"));
+    QVERIFY(edit()->size() < size);
+    QTest::keyClicks(edit(), "42");
+    tool(HexEditWidget::CloseFile); // not while it is being opened
+    QCOMPARE(edit()->document().read(0, 5), QByteArray("begin"));
+    click("btnStopWork");
+    QCOMPARE(m_page->fileName(), path("rom.bin"));
+    QCOMPARE(shown(), QByteArray("A123456789"));
+    QVERIFY(edit()->isModified() && !edit()->isReadOnly());
+
+    QtMessageTip::showTip(QString());
+    open(path("large.bin"));
+    QTRY_VERIFY_WITH_TIMEOUT(!isWorking(), 60000);
+    QCOMPARE(edit()->size(), size);
+    QCOMPARE(m_page->counts().at(1), QStringLiteral("Size: %1").arg(size));
+    QVERIFY(tip().isEmpty() && !edit()->isModified() && !edit()->isReadOnly());
+    open(path("large.bin"));
+    QVERIFY(file.resize(3 << 20)); // by another program
+    QTRY_VERIFY_WITH_TIMEOUT(!isWorking(), 60000);
+    QVERIFY(edit()->size() < size && !tip().isEmpty());
+}
+
 void TestHexEditPage::stopsLongWork()
 {
     QFile file(path("large.bin"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(qint64(200) << 20));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(qint64(100) << 20));
     open(path("large.bin"));
-    QVERIFY(child<QPushButton>("btnStopWork")->isVisible());
-    tool(HexEditWidget::CloseFile); // not while it is being opened
-    QTRY_COMPARE_WITH_TIMEOUT(m_page->fileName(), path("large.bin"), 60000);
-    QCOMPARE(edit()->size(), qint64(200) << 20);
+    QTRY_VERIFY_WITH_TIMEOUT(!isWorking(), 60000);
     click("btnChecksum");
     QTest::keyClicks(edit(), "41"); // the bytes keep still meanwhile
     click("btnStopWork");
-    QVERIFY(child<QPushButton>("btnStopWork")->isHidden());
+    QVERIFY(!isWorking());
     QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty());
     QVERIFY(!edit()->isModified() && !edit()->isReadOnly());
-    open(path("rom.bin"));
-    QCOMPARE(shown(), QByteArray("0123456789"));
 }
 
 QTEST_MAIN(TestHexEditPage)

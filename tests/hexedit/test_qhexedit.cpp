@@ -28,6 +28,7 @@ private slots:
     void selectsByMouse();
     void copiesAndPastes();
     void takesChineseInTheTextColumn();
+    void drawsCharactersOfTheCodec();
     void refusesWhenReadOnly();
     void drawsOnlyWhatIsVisible();
 
@@ -257,6 +258,25 @@ void TestQHexEdit::takesChineseInTheTextColumn()
     QVERIFY(m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect().contains(at(5, true)));
 }
 
+// Over two cells, at the first byte's, far from the caret.
+void TestQHexEdit::drawsCharactersOfTheCodec()
+{
+    showData("..\xCE\xC2\xCE\xC2..");
+    const auto cells = [this](qint64 address) {
+        const int width = at(address + 1, true).x() - at(address, true).x();
+        const QPoint corner(at(address, true).x() - width / 2, at(address, true).y() - 8);
+        return m_edit->viewport()->grab({corner, QSize(2 * width, 16)}).toImage();
+    };
+    const QImage dots = cells(6);
+    m_edit->setTextCodec(0);
+    QCOMPARE(cells(2), dots);
+    m_edit->setTextCodec(1);
+    QVERIFY(cells(2) != dots);
+    QCOMPARE(cells(2), cells(4));
+    m_edit->setAsciiOnly(true);
+    QCOMPARE(cells(2), dots);
+}
+
 void TestQHexEdit::refusesWhenReadOnly()
 {
     showData("0123");
@@ -271,11 +291,9 @@ void TestQHexEdit::refusesWhenReadOnly()
 // Scrolling and drawing cost by the rows on display, at any size.
 void TestQHexEdit::drawsOnlyWhatIsVisible()
 {
-    ByteStore store;
     const QByteArray block(64 << 20, 'x'); // shared: three gigabytes cost 64 MB
     for (int i = 0; i < 48; ++i)
-        store.addBlock(block);
-    m_edit->setData(store);
+        m_edit->appendData(block);
     QCOMPARE(m_edit->size(), qint64(48) * (64 << 20));
     keys("Ctrl+End PgUp 41");
     QVERIFY(m_edit->address() > (qint64(3) << 30) - 1000);

@@ -30,64 +30,64 @@ qint64 number(const QCommandLineParser &parser, const QString &name, qint64 byDe
     return value;
 }
 
-Options::Mode modeFromName(const QString &name)
+template <class Value> struct Named
 {
-    const struct
-    {
-        const char *name;
-        Options::Mode mode;
-    } modes[] = {
-        {"log", Options::Mode::Log},
-        {"echo", Options::Mode::Echo},
-        {"shell", Options::Mode::Shell},
-        {"flood", Options::Mode::Flood},
-        {"silent", Options::Mode::Silent},
-        {"burst", Options::Mode::Burst},
-        {"tcp-server", Options::Mode::TcpServer},
-        {"tcp-client", Options::Mode::TcpClient},
-        {"udp", Options::Mode::Udp},
-        {"ymodem", Options::Mode::Ymodem},
-        {"pid", Options::Mode::Pid},
-        {"camera", Options::Mode::Camera},
-    };
-    for (const auto &entry : modes) {
+    const char *name;
+    Value value;
+};
+
+template <class Value, std::size_t count>
+Value fromName(const Named<Value> (&known)[count], const char *what, const QString &name)
+{
+    for (const Named<Value> &entry : known) {
         if (name == QLatin1String(entry.name))
-            return entry.mode;
+            return entry.value;
     }
-    reject(QStringLiteral("there is no mode '%1'").arg(name));
+    reject(QStringLiteral("there is no %1 '%2'").arg(QLatin1String(what), name));
 }
 
-Options::Fault faultFromName(const QString &name)
-{
-    const struct
-    {
-        const char *name;
-        Options::Fault fault;
-    } faults[] = {
-        {"none", Options::Fault::None},   {"garbage", Options::Fault::Garbage},
-        {"glued", Options::Fault::Glued}, {"cut", Options::Fault::Cut},
-        {"flood", Options::Fault::Flood}, {"silence", Options::Fault::Silence},
-        {"reset", Options::Fault::Reset},
-    };
-    for (const auto &entry : faults) {
-        if (name == QLatin1String(entry.name))
-            return entry.fault;
-    }
-    reject(QStringLiteral("there is no fault '%1'").arg(name));
-}
+constexpr Named<Options::Mode> modes[] = {
+    {"log", Options::Mode::Log},
+    {"echo", Options::Mode::Echo},
+    {"shell", Options::Mode::Shell},
+    {"flood", Options::Mode::Flood},
+    {"silent", Options::Mode::Silent},
+    {"burst", Options::Mode::Burst},
+    {"tcp-server", Options::Mode::TcpServer},
+    {"tcp-client", Options::Mode::TcpClient},
+    {"udp", Options::Mode::Udp},
+    {"ymodem", Options::Mode::Ymodem},
+    {"pid", Options::Mode::Pid},
+    {"camera", Options::Mode::Camera},
+};
 
-Options::Act actFromName(const QString &name)
-{
-    const char *const names[] = {"echo",       "silent", "flood",  "log",  "talk",  "drip",
-                                 "half-close", "reset",  "vanish", "deaf", "camera"};
-    int index = 0;
-    for (const char *known : names) {
-        if (name == QLatin1String(known))
-            return Options::Act(index);
-        ++index;
-    }
-    reject(QStringLiteral("there is no act '%1'").arg(name));
-}
+constexpr Named<Options::Fault> pidFaults[] = {
+    {"none", Options::Fault::None},   {"garbage", Options::Fault::Garbage},
+    {"glued", Options::Fault::Glued}, {"cut", Options::Fault::Cut},
+    {"flood", Options::Fault::Flood}, {"silence", Options::Fault::Silence},
+    {"reset", Options::Fault::Reset},
+};
+
+constexpr Named<Options::Act> acts[] = {
+    {"echo", Options::Act::Echo},
+    {"silent", Options::Act::Silent},
+    {"flood", Options::Act::Flood},
+    {"log", Options::Act::Log},
+    {"talk", Options::Act::Talk},
+    {"drip", Options::Act::Drip},
+    {"half-close", Options::Act::HalfClose},
+    {"reset", Options::Act::Reset},
+    {"vanish", Options::Act::Vanish},
+    {"deaf", Options::Act::Deaf},
+    {"camera", Options::Act::Camera},
+};
+
+constexpr Named<CameraSettings::Fault> cameraFaults[] = {
+    {"none", CameraSettings::Fault::None},
+    {"crc", CameraSettings::Fault::Crc},
+    {"truncate", CameraSettings::Fault::Truncate},
+    {"garbage", CameraSettings::Fault::Garbage},
+};
 
 void readYmodem(const QCommandLineParser &parser, Options *options)
 {
@@ -105,18 +105,6 @@ void readYmodem(const QCommandLineParser &parser, Options *options)
         if (!ymodem.faults.add(fault))
             reject(QStringLiteral("there is no fault '%1'").arg(fault));
     }
-}
-
-CameraSettings::Fault cameraFaultFromName(const QString &name)
-{
-    const char *const names[] = {"none", "crc", "truncate", "garbage"};
-    int index = 0;
-    for (const char *known : names) {
-        if (name == QLatin1String(known))
-            return CameraSettings::Fault(index);
-        ++index;
-    }
-    reject(QStringLiteral("there is no camera fault '%1'").arg(name));
 }
 
 void readCamera(const QCommandLineParser &parser, CameraSettings *camera)
@@ -141,7 +129,7 @@ void readCamera(const QCommandLineParser &parser, CameraSettings *camera)
     if (parser.isSet(QStringLiteral("test-pattern")))
         camera->picture = CameraSettings::Picture::Pattern;
     if (parser.isSet(QStringLiteral("camera-fault")))
-        camera->fault = cameraFaultFromName(parser.value(QStringLiteral("camera-fault")));
+        camera->fault = fromName(cameraFaults, "camera fault", parser.value(QStringLiteral("camera-fault")));
     if (camera->rawJpeg && camera->folder.isEmpty())
         reject(QStringLiteral("--raw-jpeg needs a --picture-folder"));
 }
@@ -151,7 +139,7 @@ void readNetwork(const QCommandLineParser &parser, Options *options)
     if (parser.isSet(QStringLiteral("address")))
         options->address = parser.value(QStringLiteral("address"));
     if (parser.isSet(QStringLiteral("act")))
-        options->act = actFromName(parser.value(QStringLiteral("act")));
+        options->act = fromName(acts, "act", parser.value(QStringLiteral("act")));
     options->netPort = int(number(parser, QStringLiteral("net-port"), options->netPort, 0, 65535));
     options->toPort = int(number(parser, QStringLiteral("to-port"), options->toPort, 0, 65535));
     options->peers = int(number(parser, QStringLiteral("peers"), options->peers, 1, 10000));
@@ -235,7 +223,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
     options.folder = parser.isSet(QStringLiteral("folder")) ? parser.value(QStringLiteral("folder"))
                                                             : qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
     if (parser.isSet(QStringLiteral("mode")))
-        options.mode = modeFromName(parser.value(QStringLiteral("mode")));
+        options.mode = fromName(modes, "mode", parser.value(QStringLiteral("mode")));
     if (options.folder.isEmpty() && !options.isOnNetwork())
         reject(QStringLiteral("name a folder with --folder or in KORVEX_VIRTUAL_PORTS"));
     if (parser.isSet(QStringLiteral("port")))
@@ -255,7 +243,7 @@ Options Options::fromCommandLine(const QCoreApplication &application)
         int(number(parser, QStringLiteral("report-rate"), options.reportsPerSecond, 1, 100000));
     options.noise = int(number(parser, QStringLiteral("noise"), options.noise, 0, 1000));
     if (parser.isSet(QStringLiteral("pid-fault")))
-        options.fault = faultFromName(parser.value(QStringLiteral("pid-fault")));
+        options.fault = fromName(pidFaults, "fault", parser.value(QStringLiteral("pid-fault")));
     options.totalBytes =
         number(parser, QStringLiteral("total"), options.totalBytes, 0, std::numeric_limits<qint64>::max());
     options.startDelayMs = int(number(parser, QStringLiteral("delay"), options.startDelayMs, 0, most));

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Opens a file in Okteta, types a byte and saves, and prints how long the
-program was busy with each and what memory it held.
+"""Opens a file in another editor, and prints how long the program was busy with
+it and what memory it held; in Okteta also types a byte and saves.
 
-    okteta_figures.py FILE        on a display, the file is changed
+    editor_figures.py okteta|wxHexEditor FILE        on a display, the file is changed
 
-Okteta tells nobody when it is done, so a step counts as over when the window
-names the file (opened) or no longer marks it as changed (saved) and the
+The programs tell nobody when they are done, so a step counts as over when the
+window says so (Okteta's title names the file, and marks it as changed) and the
 program's CPU time has stood still. The start of the program with an empty
 window is measured first and taken off the time to open.
 """
@@ -41,7 +41,7 @@ def wait_for(what, condition):
     end = time.monotonic() + PATIENCE
     while not condition():
         if time.monotonic() > end:
-            sys.exit(f"okteta: {what} did not happen")
+            sys.exit(f"{what} did not happen")
         time.sleep(0.01)
 
 
@@ -57,45 +57,55 @@ def rest(process):
     return since
 
 
-def title():
-    window = xdotool("search", "--onlyvisible", "--class", "okteta").split()
+def title(program):
+    window = xdotool("search", "--onlyvisible", "--class", program).split()
     return xdotool("getwindowname", window[0]) if window else ""
 
 
-def start(arguments, wanted):
+def start(program, arguments, wanted):
     begin = time.monotonic()
-    process = subprocess.Popen(["okteta", *arguments], stdout=subprocess.DEVNULL,
+    process = subprocess.Popen([program, *arguments], stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL)
-    wait_for("the window", lambda: title() and wanted in title())
+    wait_for("the window", lambda: title(program) and wanted in title(program))
     return process, rest(process) - begin
 
 
+def stop(process):
+    process.kill()
+    process.wait()
+
+
+def time_to_save(program, process):
+    before = title(program)
+    xdotool("key", "5", "5")
+    wait_for("the edit", lambda: title(program) != before)
+    rest(process)
+    begin = time.monotonic()
+    xdotool("key", "ctrl+s")
+    wait_for("the save", lambda: title(program) == before)
+    return rest(process) - begin
+
+
 def main():
-    file = pathlib.Path(sys.argv[1])
+    program, file = sys.argv[1], pathlib.Path(sys.argv[2])
+    is_okteta = program == "okteta"
     with tempfile.TemporaryDirectory() as home:
         os.environ["HOME"] = home
+        (pathlib.Path(home) / ".config").mkdir()
         empty = PATIENCE
         for _ in range(3):  # the first one fills the caches
-            process, once = start([], "")
-            process.kill()
-            process.wait()
+            process, once = start(program, [], "")
+            stop(process)
             empty = min(empty, once)
-        process, opened = start([str(file)], file.name)
+        process, opened = start(program, [str(file)], file.name if is_okteta else "")
         try:
-            memory = resident(process)
-            before = title()
-            xdotool("key", "5", "5")
-            wait_for("the edit", lambda: title() != before)
-            rest(process)
-            begin = time.monotonic()
-            xdotool("key", "ctrl+s")
-            wait_for("the save", lambda: title() == before)
-            saved = rest(process) - begin
+            figures = (f"open {max(0, opened - empty) * 1000:.0f} ms (and {empty * 1000:.0f} to start), "
+                       f"memory {resident(process):.0f} MB")
+            if is_okteta:
+                figures += f", save {time_to_save(program, process) * 1000:.0f} ms"
         finally:
-            process.kill()
-            process.wait()
-    print(f"   Okteta: open {max(0, opened - empty) * 1000:.0f} ms (and {empty * 1000:.0f} to start), "
-          f"memory {memory:.0f} MB, save {saved * 1000:.0f} ms")
+            stop(process)
+    print(f"   {program}: {figures}")
 
 
 main()

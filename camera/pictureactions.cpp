@@ -1,0 +1,98 @@
+#include "camera/pictureactions.h"
+
+#include "app/safefile.h"
+#include "camera/imageviewer.h"
+#include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagebox.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QImageWriter>
+#include <QPushButton>
+#include <QSaveFile>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+constexpr int kJpegQuality = 95;
+
+const auto kWarning = QStringLiteral("告警");
+
+bool write(const QPixmap &picture, const QString &fileName)
+{
+    const bool isJpeg = fileName.endsWith(QStringLiteral(".jpg"), Qt::CaseInsensitive) ||
+                        fileName.endsWith(QStringLiteral(".jpeg"), Qt::CaseInsensitive);
+    QSaveFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    QImageWriter writer(&file, isJpeg ? "jpg" : "png");
+    if (isJpeg)
+        writer.setQuality(kJpegQuality);
+    return writer.write(picture.toImage()) && SafeFile::commit(file);
+}
+
+} // namespace
+
+PictureActions::PictureActions(const ImageViewer *viewer, QWidget *parent)
+    : QWidget(parent)
+    , m_viewer(viewer)
+    , m_choice(new QComboBox(this))
+{
+    m_choice->setObjectName(QStringLiteral("comboPicture"));
+    m_choice->addItems({QStringLiteral("图像1"), QStringLiteral("图像2")});
+    m_choice->setVisible(false);
+    auto *save = new QPushButton(QStringLiteral("保存图像"), this);
+    save->setObjectName(QStringLiteral("btnSaveImage"));
+    auto *copy = new QPushButton(QStringLiteral("复制图像"), this);
+    copy->setObjectName(QStringLiteral("btnCopyImage"));
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(8);
+    row->addStretch();
+    row->addWidget(m_choice);
+    row->addWidget(save);
+    row->addWidget(copy);
+    connect(save, &QPushButton::clicked, this, &PictureActions::save);
+    connect(copy, &QPushButton::clicked, this, &PictureActions::copy);
+}
+
+void PictureActions::setTwo(bool two)
+{
+    m_choice->setVisible(two);
+}
+
+QPixmap PictureActions::chosen() const
+{
+    return m_viewer->image(m_viewer->displayCount() == 2 ? m_choice->currentIndex() : 0);
+}
+
+void PictureActions::save()
+{
+    const QPixmap picture = chosen(); // the one that was there at the click
+    if (picture.isNull()) {
+        emit signalNotify(QStringLiteral("还没有图像，无法保存！"), kError);
+        return;
+    }
+    const QString fileName = QtFileDialog::getSaveFileName(this, QStringLiteral("保存图像"), QString(),
+                                                           QStringLiteral("PNG图片(*.png);;JPEG图片(*.jpg)"));
+    if (fileName.isEmpty())
+        return;
+    if (write(picture, fileName))
+        emit signalNotify(QStringLiteral("图像已保存：") + fileName, kInformation);
+    else
+        QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
+}
+
+void PictureActions::copy()
+{
+    const QPixmap picture = chosen();
+    if (picture.isNull()) {
+        emit signalNotify(QStringLiteral("还没有图像，无法复制！"), kError);
+        return;
+    }
+    QApplication::clipboard()->setImage(picture.toImage());
+    emit signalNotify(QStringLiteral("图像已复制到剪贴板。"), kInformation);
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+// The row below the pictures: saves the one that is shown to a file and copies it
+// to the clipboard. Knows the viewer, not where pictures come from.
+
+#include <QPixmap>
+#include <QWidget>
+
+class ImageViewer;
+class QComboBox;
+
+class PictureActions : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit PictureActions(const ImageViewer *viewer, QWidget *parent = nullptr);
+
+    void setTwo(bool two); // of two pictures, one is chosen
+
+signals:
+    void signalNotify(QString text, int kind);
+
+private:
+    QPixmap chosen() const;
+    void save();
+    void copy();
+
+    const ImageViewer *m_viewer;
+    QComboBox *m_choice;
+};
