@@ -48,7 +48,8 @@ bool QHexEdit::moveByKey(const QKeyEvent *event)
     constexpr int row = HexLayout::bytesPerRow;
     const bool shift = event->modifiers() & Qt::ShiftModifier;
     const bool control = event->modifiers() & Qt::ControlModifier;
-    const qint64 rowStart = m_caret / row * row;
+    // Behind the last byte of a selected row one is still in that row.
+    const qint64 rowStart = (shift && m_caret > m_anchor ? m_caret - 1 : m_caret) / row * row;
     const qint64 page = qint64(visibleRows()) * row;
     qint64 to = m_caret;
     switch (event->key()) {
@@ -76,7 +77,7 @@ bool QHexEdit::moveByKey(const QKeyEvent *event)
         to = control ? 0 : rowStart;
         break;
     case Qt::Key_End:
-        to = control ? size() : qMin(rowStart + row - 1, size());
+        to = control ? size() : qMin(rowStart + row - (shift ? 0 : 1), size());
         break;
     default:
         return false;
@@ -103,6 +104,8 @@ bool QHexEdit::editByKey(const QKeyEvent *event)
     if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
         if (selectionLength() > 0)
             deleteSelection();
+        else if (event->key() == Qt::Key_Backspace && m_lowDigit && m_beforeDigit)
+            takeDigitBack();
         else
             deleteByte(event->key() == Qt::Key_Delete ? m_caret : m_caret - 1);
         return true;
@@ -153,9 +156,16 @@ void QHexEdit::typeDigit(int digit)
         return;
     }
     const int kept = m_overwrite ? old & 0x0F : 0;
-    edit(at, m_overwrite && present ? 1 : 0, QByteArray(1, static_cast<char>((digit << 4) | kept)),
-         HexDocument::Step::Typing, at);
+    const int replaced = m_overwrite && present ? 1 : 0;
+    m_beforeDigit = m_document.read(at, replaced);
+    edit(at, replaced, QByteArray(1, static_cast<char>((digit << 4) | kept)), HexDocument::Step::Typing, at);
     m_lowDigit = true;
+}
+
+void QHexEdit::takeDigitBack()
+{
+    if (!refuseEdit())
+        edit(m_caret, 1, *m_beforeDigit, HexDocument::Step::Typing, m_caret);
 }
 
 void QHexEdit::putBytes(const QByteArray &bytes, HexDocument::Step step)
@@ -316,13 +326,14 @@ void QHexEdit::mousePressEvent(QMouseEvent *event)
     setInText(place.inText);
     const qint64 address = addressOf(place);
     if (event->modifiers() & Qt::ShiftModifier) {
-        m_dragFrom = m_anchor;
+        m_dragFrom = m_caret < m_anchor ? m_anchor - 1 : m_anchor; // the byte
         dragTo(event->pos());
         return;
     }
     m_dragFrom = address;
     moveCaret(address, false);
     m_lowDigit = place.lowDigit && address < size();
+    m_beforeDigit.reset();
 }
 
 void QHexEdit::mouseMoveEvent(QMouseEvent *event)
