@@ -116,6 +116,7 @@ private:
     HexLayout::Place placeAt(const QPoint &point) const;
     qint64 addressOf(const HexLayout::Place &place) const;
     bool copyAs(bool text);
+    bool isInsideCharacter(qint64 address) const; // not at its first byte
     void setInText(bool inText);
 
     // qhexeditpaint.cpp

@@ -1,6 +1,7 @@
 // Keyboard, mouse, clipboard and input method of QHexEdit.
 
 #include "app/textcodec.h"
+#include "hexedit/hexcharacters.h"
 #include "hexedit/hexparse.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtmessagetip.h"
@@ -217,6 +218,12 @@ void QHexEdit::setInText(bool inText)
 
 // ---- clipboard
 
+bool QHexEdit::isInsideCharacter(qint64 address) const
+{
+    const auto cells = HexCharacters::cells(m_document, address, 1, m_codec);
+    return !cells.empty() && cells.front().text.isEmpty();
+}
+
 bool QHexEdit::copyAs(bool text)
 {
     const qint64 length = selectionLength();
@@ -226,7 +233,15 @@ bool QHexEdit::copyAs(bool text)
         QtMessageTip::showTip(QStringLiteral("选中的内容超过16 MB，不能复制"));
         return false;
     }
-    const QByteArray bytes = m_document.read(selectionBegin(), static_cast<int>(length));
+    qint64 begin = selectionBegin();
+    qint64 end = begin + length;
+    if (text) { // characters of which a part is selected are copied as they are shown
+        while (isInsideCharacter(begin))
+            --begin;
+        while (isInsideCharacter(end))
+            ++end;
+    }
+    const QByteArray bytes = m_document.read(begin, static_cast<int>(end - begin));
     QApplication::clipboard()->setText(text ? TextCodec::decode(bytes, m_codec) : HexParse::text(bytes));
     return true;
 }

@@ -229,6 +229,14 @@ void TestQHexEdit::copiesAndPastes()
     m_edit->select(2, 2);
     m_edit->copyText();
     QCOMPARE(clipboard->text(), QStringLiteral("cd"));
+    showData("a\xCE\xC2\xB6\xC8"
+             "bcd");
+    m_edit->setTextCodec(1);
+    m_edit->select(2, 2); // halves of both
+    m_edit->copyText();
+    QCOMPARE(clipboard->text(), QStringLiteral("温度"));
+    showData("\x01\xAB"
+             "cd");
     clipboard->setText(QStringLiteral("0x31, 0x32"));
     m_edit->goTo(0);
     keys("Ctrl+V");
