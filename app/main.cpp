@@ -19,19 +19,25 @@ int main(int argc, char *argv[])
     parser.addVersionOption();
     const QCommandLineOption demo(QStringLiteral("demo"),
                                   QStringLiteral("使用模拟开发板（COM3至COM8和网络）"));
+    const QCommandLineOption notice(QStringLiteral("notice"), QStringLiteral("启动后显示的错误提示"),
+                                    QStringLiteral("text")); // the unpacker's, where an update failed
     parser.addOption(demo);
+    parser.addOption(notice);
     parser.process(application);
     const std::unique_ptr<DemoBoards> boards(parser.isSet(demo) ? new DemoBoards : nullptr);
 
     MainWindow window;
     window.resize(QSize(1000, 550).boundedTo(window.screen()->availableSize()));
     window.show();
+    auto *statusBar = window.findChild<QtStatusBar *>();
+    if (parser.isSet(notice))
+        statusBar->showSystemNotify(parser.value(notice), Notice::Error);
     if (boards) {
-        auto *statusBar = window.findChild<QtStatusBar *>();
         QObject::connect(boards.get(), &DemoBoards::failed, statusBar, [statusBar](const QString &text) {
             statusBar->showSystemNotify(text, Notice::Error);
         });
         boards->start();
     }
+    Startup::removeUpdateRemains();
     return QApplication::exec();
 }

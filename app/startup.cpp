@@ -6,9 +6,11 @@
 #include "resources/korvexresources.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QIcon>
 #include <QLocale>
+#include <QProcess>
 #include <QTextCodec>
 #include <QTranslator>
 
@@ -67,6 +69,13 @@ void prepare(QApplication &application)
     Settings::writeDefaults();
     Settings::load();
     Skin::apply(Settings::instance().skin);
+}
+
+void removeUpdateRemains()
+{
+    const QString unpacker = AppPaths::root() + QStringLiteral("/unzip.exe");
+    if (QFileInfo::exists(AppPaths::root() + QStringLiteral("/_update")) && QFileInfo(unpacker).isFile())
+        QProcess::startDetached(unpacker, {QStringLiteral("--clean"), QCoreApplication::applicationName()});
 }
 
 QString uiFontFamily()

@@ -15,6 +15,10 @@ void setAttributes();
 // Name, version, icon, font, translation, text codec, folders, settings, skin.
 void prepare(QApplication &application);
 
+// Lets the unpacker remove what an update left: on Windows it can't remove the
+// program that it is itself.
+void removeUpdateRemains();
+
 // "Microsoft YaHei" where it is installed, otherwise the best CJK face present.
 QString uiFontFamily();
 

@@ -37,13 +37,16 @@ function(korvex_library name)
   korvex_note(${name} "${ARG_SOURCES}" "${ARG_LINKS}")
 endfunction()
 
-# korvex_engine(<name> SOURCES ... [LINKS ...])
+# korvex_engine(<name> [WITHOUT_QT] SOURCES ... [LINKS ...])
 # A library that knows bytes and values only: Qt5::Core and other engines at
 # most. Its sources are noted, so that a test can check what they include and
 # clang-tidy can be run on them.
 function(korvex_engine name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
-  korvex_library(${name} SOURCES ${ARG_SOURCES} LINKS Qt5::Core ${ARG_LINKS})
+  cmake_parse_arguments(ARG "WITHOUT_QT" "" "SOURCES;LINKS" ${ARGN})
+  if(NOT ARG_WITHOUT_QT)
+    list(PREPEND ARG_LINKS Qt5::Core)
+  endif()
+  korvex_library(${name} SOURCES ${ARG_SOURCES} LINKS ${ARG_LINKS})
   foreach(source ${ARG_SOURCES})
     set_property(GLOBAL APPEND PROPERTY KORVEX_ENGINE_SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/${source})
   endforeach()

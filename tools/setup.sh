@@ -5,10 +5,12 @@
 set -eu
 
 program="build-essential cmake ninja-build ccache pkg-config git ca-certificates
-  qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev libqcustomplot-dev fonts-noto-cjk"
+  qtbase5-dev qtbase5-dev-tools libqt5serialport5-dev libqcustomplot-dev zlib1g-dev
+  fonts-noto-cjk"
 # Without a screen the program runs on a virtual one.
 display="xvfb xauth openbox"
-tests="clang libclang-rt-dev clang-format clang-tidy python3 lrzsz socat"
+tests="clang libclang-rt-dev clang-format clang-tidy python3 lrzsz socat zip
+  g++-mingw-w64-x86-64-posix libz-mingw-w64-dev"
 
 wanted="$program $display"
 if [ "${1:-}" = test ]; then

@@ -1,0 +1,135 @@
+// Replaces the installation that it lies in, once the application has ended,
+// and starts the application again:
+//   unzip.exe PACKAGE APPLICATION     puts the package's files in place
+//   unzip.exe --clean APPLICATION     removes what an update could not remove
+// Under the application's name, and in "_update", a copy of it finishes an
+// update that was ended in the middle.
+
+#include "unpacker/installation.h"
+
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kWaitForEndMs = 60000;
+constexpr int kWaitForOthersMs = 15000;
+constexpr int kLookEveryMs = 50;
+
+template <class Condition> bool waitFor(const Condition &condition, int milliseconds)
+{
+    for (int waited = 0; !condition(); waited += kLookEveryMs) {
+        if (waited >= milliseconds)
+            return false;
+        Platform::sleep(kLookEveryMs);
+    }
+    return true;
+}
+
+// Tells what went wrong, here or in the application that is started again.
+int restart(const fs::path &program, const std::string &problem)
+{
+    const bool told = problem.empty() || Platform::showMessage(problem);
+    if (!Platform::start(program,
+                         told ? std::vector<std::string>() : std::vector<std::string>{"--notice", problem}))
+        Platform::showMessage("无法启动程序: " + program.u8string());
+    return problem.empty() ? 0 : 1;
+}
+
+// After an update that did not succeed.
+int giveUp(const Installation &installation, const std::string &problem)
+{
+    if (!installation.isHalfway())
+        return restart(installation.executablePath(), "升级失败，程序仍为原来的版本: " + problem);
+    Platform::showMessage("升级没有完成: " + problem +
+                          "\n请关闭正在使用程序目录的其他程序，然后再次启动本程序，升级会自动处理完毕。");
+    return 1;
+}
+
+bool exchangeFiles(Installation &installation, const fs::path &packagePath, const fs::path &self,
+                   std::string &problem)
+{
+    if (installation.isHalfway() && !installation.finish(problem))
+        return false;
+    std::ifstream file(packagePath, std::ios::binary);
+    if (!file) {
+        problem = "未找到升级包: " + packagePath.u8string();
+        return false;
+    }
+    ZipReader reader(file);
+    Package package;
+    return reader.open(problem) &&
+           package.check(reader, installation.executablePath().filename().u8string(), problem) &&
+           installation.update(reader, package, self, problem);
+}
+
+int update(Installation &installation, const fs::path &packagePath, const fs::path &self)
+{
+    const fs::path program = installation.executablePath();
+    if (!waitFor([&program] { return !Platform::isRunning(program); }, kWaitForEndMs))
+        return restart(program, "升级已取消: 程序没有退出，或还有另一个窗口在运行，请全部关闭后重新检查更新");
+    std::string problem;
+    if (!exchangeFiles(installation, packagePath, self, problem))
+        return giveUp(installation, problem);
+    installation.clean(); // but for this program itself on Windows; the new version sees to that
+    return restart(program, {});
+}
+
+int finish(Installation &installation)
+{
+    const fs::path program = installation.executablePath();
+    std::string problem;
+    waitFor([&program] { return !Platform::isRunning(program); }, kWaitForOthersMs);
+    if (installation.isHalfway() && !installation.finish(problem))
+        return giveUp(installation, problem);
+    installation.clean();
+    return restart(program, {});
+}
+
+bool isName(const std::string &text)
+{
+    return PackageNames::isSafe(text) && text.find('/') == std::string::npos;
+}
+
+int run(const std::vector<std::string> &arguments)
+{
+    const fs::path self = Platform::executablePath();
+    const fs::path own = self.parent_path();
+    const bool isFinisher = own.filename() == Package::workFolder();
+    const fs::path folder = isFinisher ? own.parent_path() : own;
+    const std::string begun = Installation::begunFor(folder);
+    Disk disk;
+    if (!isFinisher && begun == self.filename().u8string()) {
+        const Installation halfway(folder, begun, disk);
+        if (Platform::start(halfway.finisher(), {}))
+            return 0;
+        Platform::showMessage("上次升级没有完成，请重新解压升级包！");
+        return 1;
+    }
+    if (!isFinisher && (arguments.size() != 2 || !isName(arguments[1]))) {
+        Platform::showMessage("本程序由“检查版本更新”启动，用于解压升级包。");
+        return 2;
+    }
+    const bool cleanOnly = !isFinisher && arguments[0] == "--clean";
+    Installation installation(folder, isFinisher ? begun : Platform::executableName(arguments[1]), disk);
+    Platform::FolderLock lock;
+    if (!waitFor([&] { return lock.acquire(folder); }, isFinisher ? 0 : kWaitForOthersMs)) {
+        if (!isFinisher && !cleanOnly) // otherwise the other one does it
+            Platform::showMessage("另一个升级正在进行，请稍候。");
+        return 1;
+    }
+    if (cleanOnly)
+        return installation.isHalfway() || waitFor([&] { return installation.clean(); }, kWaitForOthersMs)
+                   ? 0
+                   : 1;
+    return isFinisher ? finish(installation) : update(installation, fs::u8path(arguments[0]), self);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Platform::prepare();
+    return run(Platform::arguments(argc, argv));
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+// What the systems do differently: one implementation in platform_windows.cpp
+// and one in platform_posix.cpp. Texts are UTF-8.
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace Platform {
+
+// Once, before anything else.
+void prepare();
+// Without the program's own name.
+std::vector<std::string> arguments(int argc, char **argv);
+// The program that is running, with its folder; links are resolved.
+std::filesystem::path executablePath();
+// The file name of the program with that name.
+std::string executableName(const std::string &application);
+
+// Whether any process runs this file. Knows it from the system, which does not
+// let such a file be opened for writing.
+bool isRunning(const std::filesystem::path &program);
+// Starts it in its own folder, independent of this process.
+bool start(const std::filesystem::path &program, const std::vector<std::string> &arguments);
+void sleep(int milliseconds);
+
+// Shows it to the user and waits until it has been read; false where there is
+// no way to do so without the application's help.
+bool showMessage(const std::string &text);
+
+// Why something failed, in Chinese; the system's own texts may be in any
+// encoding.
+std::string reason(const std::error_code &error);
+
+// Moves a file, replacing another one in one step. Where the system refuses
+// because a process has a file open, it is tried again for some seconds.
+std::error_code replace(const std::filesystem::path &from, const std::filesystem::path &to);
+// Returns when the names in the folder are on the disk.
+std::error_code syncFolder(const std::filesystem::path &folder);
+
+// A new file that is on the disk when close() has returned without an error.
+class NewFile
+{
+public:
+    // Fails where something of that name exists.
+    std::error_code open(const std::filesystem::path &path, bool executable);
+    std::error_code write(const char *data, std::size_t size);
+    std::error_code close();
+
+    NewFile() = default;
+    ~NewFile();
+    NewFile(const NewFile &) = delete;
+    NewFile &operator=(const NewFile &) = delete;
+
+private:
+    std::intptr_t m_handle = -1;
+};
+
+// Held by one process for a folder, at most; ends with the process. Leaves
+// nothing behind in the folder.
+class FolderLock
+{
+public:
+    bool acquire(const std::filesystem::path &folder);
+
+    FolderLock() = default;
+    ~FolderLock();
+    FolderLock(const FolderLock &) = delete;
+    FolderLock &operator=(const FolderLock &) = delete;
+
+private:
+    std::intptr_t m_handle = -1;
+};
+
+} // namespace Platform
