@@ -149,6 +149,7 @@ QLayout *HexEditWidget::buildStateRow(QWidget *area)
     m_fileLabel = addLabel(area, "labelFile");
     m_fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_selectionLabel = addLabel(area, "labelSelection");
+    m_selectionLabel->setMinimumWidth(1); // a long path must not widen the window
     m_progress = new QProgressBar(area);
     m_progress->setObjectName(QStringLiteral("progressHex"));
     m_progress->setRange(0, 1000);
@@ -228,6 +229,7 @@ void HexEditWidget::showState()
                                                  .arg(QString::number(m_edit->selectionBegin(), 16).toUpper())
                                                  .arg(selected)
                                            : QString());
+    m_selectionLabel->setToolTip(QString());
     m_mode->setText(m_edit->isOverwrite() ? QStringLiteral("改写") : QStringLiteral("插入"));
     m_buttons->button(Undo)->setEnabled(m_edit->document().canUndo());
     m_buttons->button(Redo)->setEnabled(m_edit->document().canRedo());
