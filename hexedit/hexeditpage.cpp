@@ -34,12 +34,14 @@ struct ToolButton
 const QVector<ToolButton> &toolButtons()
 {
     static const QVector<ToolButton> buttons{
-        {"btnOpenFile", QStringLiteral("打开文件 快捷键 Ctrl+O"), Qt::CTRL + Qt::Key_O, IconFont::FolderOpen},
-        {"btnSaveFile", QStringLiteral("保存文件 快捷键 Ctrl+S"), Qt::CTRL + Qt::Key_S, IconFont::Save},
-        {"btnUndo", QStringLiteral("撤销 快捷键 Ctrl+Z"), Qt::CTRL + Qt::Key_Z, IconFont::Undo},
-        {"btnRedo", QStringLiteral("恢复撤销 快捷键 Ctrl+Shift+Z"), Qt::CTRL + Qt::SHIFT + Qt::Key_Z,
+        {"btnOpenFile", QStringLiteral("打开文件 快捷键 Ctrl+O"), int(Qt::CTRL) + Qt::Key_O,
+         IconFont::FolderOpen},
+        {"btnSaveFile", QStringLiteral("保存文件 快捷键 Ctrl+S"), int(Qt::CTRL) + Qt::Key_S, IconFont::Save},
+        {"btnUndo", QStringLiteral("撤销 快捷键 Ctrl+Z"), int(Qt::CTRL) + Qt::Key_Z, IconFont::Undo},
+        {"btnRedo", QStringLiteral("恢复撤销 快捷键 Ctrl+Shift+Z"), int(Qt::CTRL) + Qt::SHIFT + Qt::Key_Z,
          IconFont::Redo},
-        {"btnCloseFile", QStringLiteral("关闭文件 快捷键 Ctrl+W"), Qt::CTRL + Qt::Key_W, IconFont::Close},
+        {"btnCloseFile", QStringLiteral("关闭文件 快捷键 Ctrl+W"), int(Qt::CTRL) + Qt::Key_W,
+         IconFont::Close},
     };
     return buttons;
 }
@@ -198,10 +200,10 @@ void HexEditWidget::connectParts()
         auto *made = new QShortcut(keys, this);
         connect(made, &QShortcut::activated, receiver, slot);
     };
-    shortcut(Qt::CTRL + Qt::Key_F, m_find, &HexFindPanel::begin);
-    shortcut(Qt::CTRL + Qt::Key_G, m_jump, &HexJumpPanel::begin);
+    shortcut(int(Qt::CTRL) + Qt::Key_F, m_find, &HexFindPanel::begin);
+    shortcut(int(Qt::CTRL) + Qt::Key_G, m_jump, &HexJumpPanel::begin);
     shortcut(Qt::Key_F3, m_find, &HexFindPanel::findNext);
-    shortcut(Qt::SHIFT + Qt::Key_F3, m_find, &HexFindPanel::findPrevious);
+    shortcut(int(Qt::SHIFT) + Qt::Key_F3, m_find, &HexFindPanel::findPrevious);
 }
 
 void HexEditWidget::setSize(qint64 size)

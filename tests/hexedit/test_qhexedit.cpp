@@ -75,9 +75,11 @@ void TestQHexEdit::keys(const QString &names)
 {
     for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         const QKeySequence sequence(name);
-        if ((name.size() > 2 || name == "Up") && sequence[0] != Qt::Key_unknown)
-            QTest::keyClick(m_edit.get(), Qt::Key(sequence[0] & ~Qt::KeyboardModifierMask),
-                            Qt::KeyboardModifiers(sequence[0] & static_cast<int>(Qt::KeyboardModifierMask)));
+        const int code = static_cast<int>(sequence[0]);
+        const int modifiers = static_cast<int>(Qt::KeyboardModifierMask);
+        if ((name.size() > 2 || name == "Up") && code != Qt::Key_unknown)
+            QTest::keyClick(m_edit.get(), Qt::Key(code & ~modifiers),
+                            Qt::KeyboardModifiers(code & modifiers));
         else
             QTest::keyClicks(m_edit.get(), name);
     }
