@@ -27,8 +27,8 @@ TcpLink::TcpLink(QTcpSocket *socket, const Options &options, QFile *record, QObj
         m_socket->setReadBufferSize(1); // the rest stays with the system, and then with the sender
     connect(m_socket, &QTcpSocket::readyRead, this, &TcpLink::readSome);
     connect(m_socket, &QTcpSocket::disconnected, this, &TcpLink::closed);
-    connect(m_socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) {
-        m_written += bytes;
+    connect(m_socket, &QTcpSocket::bytesWritten, this, [this] {
+        countWritten();
         if (m_camera)
             m_camera->sendDue();
         sendMore();
@@ -57,8 +57,9 @@ void TcpLink::start()
     case Options::Act::Camera:
         m_camera = new CameraStream(m_options.camera,
                                     {[this](const QByteArray &bytes) {
-                                         m_socket->write(bytes);
+                                         put(bytes);
                                          m_socket->flush();
+                                         countWritten();
                                      },
                                      [this] { return m_socket->bytesToWrite(); }},
                                     this);
@@ -71,11 +72,23 @@ void TcpLink::start()
         break;
     case Options::Act::HalfClose:
     case Options::Act::Reset:
-        m_socket->write(m_payload.take(int(qMax<qint64>(0, m_left))));
+        put(m_payload.take(int(qMax<qint64>(0, m_left))));
         break;
     default: // answers only
         break;
     }
+}
+
+void TcpLink::put(const QByteArray &bytes)
+{
+    m_handed += qMax<qint64>(0, m_socket->write(bytes)); // -1 when the link has gone
+}
+
+// Not by the number that the socket tells: of what is written while it tells of
+// something before, it says nothing.
+void TcpLink::countWritten()
+{
+    m_written = m_handed - m_socket->bytesToWrite();
 }
 
 void TcpLink::readSome()
@@ -89,7 +102,7 @@ void TcpLink::readSome()
     if (m_camera)
         m_camera->receive(bytes);
     if (m_options.act == Options::Act::Echo || m_options.act == Options::Act::Log)
-        m_socket->write(bytes);
+        put(bytes);
 }
 
 // When the system has taken something: floods, or ends what was only to be sent.
@@ -107,7 +120,7 @@ void TcpLink::sendMore()
     const bool over = m_options.durationMs >= 0 && m_clock.hasExpired(m_options.durationMs);
     while (m_left != 0 && !over && m_socket->bytesToWrite() < mostQueued) {
         const qint64 size = m_left < 0 ? blockBytes : qMin<qint64>(blockBytes, m_left);
-        m_socket->write(size == blockBytes ? m_block : m_block.left(int(size)));
+        put(size == blockBytes ? m_block : m_block.left(int(size)));
         if (m_left > 0)
             m_left -= size;
     }
@@ -122,7 +135,7 @@ void TcpLink::sendMessage()
     const int size = m_options.act == Options::Act::Drip ? 1 : m_options.messageBytes;
     const qint64 now = m_left < 0 ? size : qMin<qint64>(size, m_left);
     if (now > 0)
-        m_socket->write(m_payload.take(int(now)));
+        put(m_payload.take(int(now)));
     if (m_left > 0)
         m_left -= now;
     if (m_left == 0) {
@@ -134,7 +147,7 @@ void TcpLink::sendMessage()
 void TcpLink::sendLogLine()
 {
     const QString line = logLine(m_logLine++, m_clock.elapsed(), m_options.seed);
-    m_socket->write(encoded(line + QStringLiteral("\r\n"), m_options.encoding));
+    put(encoded(line + QStringLiteral("\r\n"), m_options.encoding));
 }
 
 void TcpLink::endSending()

@@ -31,6 +31,8 @@ signals:
 
 private:
     void start();
+    void put(const QByteArray &bytes);
+    void countWritten();
     void readSome();
     void sendMore();
     void sendMessage();
@@ -47,6 +49,7 @@ private:
     QElapsedTimer m_clock;
     quint32 m_logLine = 0;
     qint64 m_left;
+    qint64 m_handed = 0; // to the socket
     qint64 m_written = 0;
     qint64 m_read = 0;
     bool m_sending = false;
