@@ -103,14 +103,14 @@ QWidget *HexEditWidget::buildPanel()
 
 QWidget *HexEditWidget::buildWorkArea()
 {
-    auto *area = new QWidget(this);
-    m_edit = new QHexEdit(area);
-    m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
-    m_edit->setReadOnly(true);
+    auto *area = new QWidget; // goes to the page's layout after the panel, and so does the Tab key
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addLayout(buildToolRow(area));
+    m_edit = new QHexEdit(area);
+    m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
+    m_edit->setReadOnly(true);
     column->addWidget(m_edit, 1);
     column->addLayout(buildStateRow(area));
     return area;
