@@ -8,10 +8,12 @@
 
 #include <QEvent>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QListView>
 #include <QRegularExpression>
 #include <QSplitter>
 #include <QToolButton>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace {
@@ -75,6 +77,8 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     body()->setContentsMargins(4, 4, 4, 4);
     body()->addWidget(m_dialog);
     m_dialog->show();
+    if (auto *details = m_dialog->findChild<QTreeView *>(QStringLiteral("treeView")))
+        details->header()->setSectionResizeMode(0, QHeaderView::Stretch); // the date whole
     frame()->setResizable(true);
     setMinimumSize(560, 360);
     resize(720, 440);
