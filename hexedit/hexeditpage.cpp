@@ -16,9 +16,11 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QShortcut>
+#include <QStyle>
 
 namespace {
 
@@ -58,6 +60,21 @@ protected:
             return QPushButton::event(event);
         click();
         return true;
+    }
+};
+
+// A long name is cut in its middle; that it is not saved stays in sight.
+class NameLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        style()->drawItemText(&painter, rect(), Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(),
+                              fontMetrics().elidedText(text(), Qt::ElideMiddle, width()), foregroundRole());
     }
 };
 
@@ -146,7 +163,8 @@ QLayout *HexEditWidget::buildToolRow(QWidget *area)
 
 QLayout *HexEditWidget::buildStateRow(QWidget *area)
 {
-    m_fileLabel = addLabel(area, "labelFile");
+    m_fileLabel = new NameLabel(area);
+    m_fileLabel->setObjectName(QStringLiteral("labelFile"));
     m_fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_selectionLabel = addLabel(area, "labelSelection");
     m_progress = new QProgressBar(area);
