@@ -33,11 +33,10 @@ namespace Startup {
 
 void setAttributes()
 {
-    // The X11 plug-in loads the OpenGL driver at start, though nothing here is
-    // drawn by it: where that is a software renderer, half of the program's
-    // memory. Who wants it can say so; other platforms don't look at this.
-    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // Otherwise the X11 plug-in loads the OpenGL driver with the first window,
+    // though nothing here is drawn by it: where that is a software renderer,
+    // half of the program's memory.
+    QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets, true);
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
 #ifdef Q_OS_WIN

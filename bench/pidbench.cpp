@@ -70,7 +70,7 @@ void fitAndDraw(benchmark::State &state)
         for (int channel = 0; channel < PidPlot::channels; ++channel)
             plot.addPoint(channel, double(i) * step, 2, static_cast<int>(i * 7 % 5));
     for (auto _ : state)
-        plot.draw();
+        plot.drawNew();
 }
 BENCHMARK(fitAndDraw)->Arg(100)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 

@@ -39,6 +39,7 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     , m_socket(new ClientSocket(this))
     , m_udp(new QUdpSocket(this))
     , m_serial(new QtSerialPort(this))
+    , m_serialPause(this)
     , m_gate(new ReadGate([] { return qint64(0); }, this)) // what can't be shown is skipped
     , m_show(new FrameShow(this))
     , m_rateTimer(this)

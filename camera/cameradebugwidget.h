@@ -92,6 +92,8 @@ private:
     void openClient();
     void openUdp();
     void openSerial();
+    void gatherSerial(const QByteArray &bytes);
+    void passSerialOn();
     void showOpened(const QString &state);
     void showClosed(const QString &state = {});
     void showFailed(const QString &why);
@@ -132,6 +134,8 @@ private:
     ClientSocket *m_socket;
     QUdpSocket *m_udp;
     QtSerialPort *m_serial;
+    QByteArray m_serialBytes; // gathered, until the line pauses
+    QTimer m_serialPause;
     ReadGate *m_gate;
     FrameShow *m_show;
 

@@ -17,11 +17,19 @@
 #include <QNetworkDatagram>
 #include <QUdpSocket>
 
+#include <utility>
+
 namespace {
 
 constexpr int kInformation = 0;
 constexpr int kError = 255;
 constexpr int kDatagramBufferBytes = 8 * 1024 * 1024; // asked of the system, which may give less
+
+// A line hands over a few bytes at a time, and what tells packets apart is how
+// bytes come: an announcement that is cut is not waited for. So they are gathered
+// until the line pauses, but not for longer than anybody would notice.
+constexpr int kSerialPauseMs = 3;
+constexpr int kMostGathered = 256;
 
 const auto kFromServer = QStringLiteral("server");
 const auto kFromSerial = QStringLiteral("serial");
@@ -52,7 +60,10 @@ void CameraDebugWidget::connectLinks()
             [this](const QByteArray &bytes) { SltRecvImageData(kFromServer, bytes); });
     connect(m_socket, &ClientSocket::failed, this, &CameraDebugWidget::clientFailed);
     connect(m_udp, &QUdpSocket::readyRead, this, &CameraDebugWidget::SltReadyFromUdp);
-    connect(m_serial, &QtSerialPort::bytesRead, this, &CameraDebugWidget::SltRecvSerialportData);
+    connect(m_serial, &QtSerialPort::bytesRead, this, &CameraDebugWidget::gatherSerial);
+    m_serialPause.setSingleShot(true);
+    m_serialPause.setTimerType(Qt::PreciseTimer);
+    connect(&m_serialPause, &QTimer::timeout, this, &CameraDebugWidget::passSerialOn);
     // Queued: the report comes from within the port's own reading.
     connect(m_serial, &QtSerialPort::hungUp, this, &CameraDebugWidget::serialVanished, Qt::QueuedConnection);
 
@@ -85,6 +96,8 @@ void CameraDebugWidget::closeLink()
     m_socket->abort();
     m_udp->abort();
     m_serial->close();
+    m_serialPause.stop();
+    m_serialBytes.clear();
     clearStreams();
     m_config->stopBatch();
 }
@@ -270,6 +283,21 @@ void CameraDebugWidget::SltReadyFromUdp()
 }
 
 // ---- the serial port
+
+void CameraDebugWidget::gatherSerial(const QByteArray &bytes)
+{
+    m_serialBytes += bytes;
+    if (m_serialBytes.size() >= kMostGathered)
+        passSerialOn();
+    else
+        m_serialPause.start(kSerialPauseMs);
+}
+
+void CameraDebugWidget::passSerialOn()
+{
+    m_serialPause.stop();
+    SltRecvSerialportData(std::exchange(m_serialBytes, {}));
+}
 
 void CameraDebugWidget::SltRecvSerialportData(QByteArray byData)
 {

@@ -13,20 +13,44 @@ bool beginsWithMagic(const char *bytes, qsizetype size)
     return size >= magicSize && std::memcmp(bytes, magic, magicSize) == 0;
 }
 
+// How many bytes of the magic there are when the chunk follows some of them; 0
+// where it does not go on so.
+int magicReached(const QByteArray &chunk, int before)
+{
+    const int compared = qMin(chunk.size(), magicSize - before);
+    return std::memcmp(chunk.constData(), magic + before, static_cast<size_t>(compared)) == 0
+               ? before + compared
+               : 0;
+}
+
 } // namespace
 
 void FrameAssembler::clear()
 {
-    m_buffer.clear();
-    m_receiving = false;
+    *this = FrameAssembler();
+}
+
+// Looks for a magic that begins with a chunk.
+void FrameAssembler::lookForHeader(const QByteArray &chunk)
+{
+    if (m_begun > m_buffer.size()) // of these, some have been used up
+        m_begun = 0;
+    int matched = magicReached(chunk, m_begun);
+    if (matched == 0) {
+        m_begun = 0;
+        matched = magicReached(chunk, 0);
+    }
+    if (matched == magicSize) {
+        m_buffer.drop(m_buffer.size() - m_begun);
+        m_receiving = false;
+    }
+    m_begun = matched == magicSize || m_receiving ? 0 : matched;
 }
 
 void FrameAssembler::append(const QByteArray &chunk)
 {
-    if (beginsWithMagic(chunk.constData(), chunk.size())) {
-        m_buffer.drop(m_buffer.size());
-        m_receiving = false;
-    }
+    if (m_begun > 0 || chunk.startsWith(magic[0]))
+        lookForHeader(chunk);
     m_buffer.append(chunk);
     if (m_receiving)
         extendChecksum();
@@ -85,7 +109,7 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
     if (!beginsWithMagic(m_buffer.front(), m_buffer.size())) {
         event->kind = CameraEvent::NoHeader;
         event->data = QByteArray(m_buffer.front(), magicSize);
-        m_buffer.drop(m_buffer.size());
+        m_buffer.drop(m_buffer.size() - m_begun);
         return true;
     }
     const quint32 length = readU32(m_buffer.front() + lengthAt);

@@ -32,7 +32,9 @@ struct CameraEvent
 class FrameAssembler
 {
 public:
-    // A chunk that begins with the magic wins over an unfinished packet.
+    // A chunk that begins with the magic wins over an unfinished packet. So does
+    // a magic that begins a chunk and ends in a later one, unless an image is
+    // awaited: a line that hands over single bytes is found again.
     void append(const QByteArray &chunk);
     // The next event of what has come; false when more has to come first.
     // valueLength: the bytes of a register's value, 1 to 4.
@@ -43,12 +45,14 @@ public:
     qsizetype capacity() const { return m_buffer.capacity(); }
 
 private:
+    void lookForHeader(const QByteArray &chunk);
     void extendChecksum();
     bool takeImage(CameraEvent *event);
     bool takeHeader(CameraEvent *event, int valueLength, bool *isEvent);
     bool takeReply(CameraEvent *event, int valueLength);
 
     ByteQueue m_buffer;
+    int m_begun = 0; // bytes at the back that may become a magic, of which the first began a chunk
     bool m_receiving = false;
     quint32 m_packetLength = 0; // while receiving
     qsizetype m_checked = 0;    // bytes of the packet that m_checksum covers

@@ -8,19 +8,37 @@
 namespace {
 
 constexpr qint64 kShortestPauseMs = 15; // about sixty pictures a second
+constexpr int kMostScans = 32;          // encoders make about ten, or one of a plain picture
 
 const uchar *bytesOf(const QByteArray &data)
 {
     return reinterpret_cast<const uchar *>(data.constData());
 }
 
-// A file's own size is looked at before anything is allocated for it.
+// Each scan of a progressive JPEG goes over the whole picture, and a file of a few
+// kilobytes may have thousands.
+bool hasFewScans(const QByteArray &data)
+{
+    int at = -2;
+    for (int scans = 0; scans <= kMostScans; ++scans) {
+        at = data.indexOf("\xFF\xDA", at + 2);
+        if (at < 0)
+            return true;
+    }
+    return false;
+}
+
+// What a file would cost is looked at before it is decoded. Drawings, which may
+// take any time, are no pictures of a camera.
 QImage decodeFile(const QByteArray &data)
 {
     QBuffer buffer;
     buffer.setData(data);
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer);
+    const QByteArray format = reader.format();
+    if (format.startsWith("svg") || (format == "jpeg" && !hasFewScans(data)))
+        return {};
     const QSize size = reader.size();
     return PixelDecoder::imageBytes(size.width(), size.height()) > 0 ? reader.read() : QImage();
 }
@@ -79,27 +97,30 @@ void FrameShow::clearCounts()
     m_unusable = 0;
 }
 
-// Decoding a large picture takes long; then as much time is left to the rest.
+// Decoding a large picture takes long; then as much time is left to the rest,
+// the other device's picture included: one in a turn of the event loop.
 void FrameShow::showNewest()
 {
+    m_device = m_waiting.at(1 - m_device) ? 1 - m_device : m_device;
+    std::optional<CameraFrameData> frame;
+    frame.swap(m_waiting.at(m_device));
+    if (!frame)
+        return;
     QElapsedTimer cost;
     cost.start();
-    for (int device = 0; device < 2; ++device) {
-        std::optional<CameraFrameData> frame;
-        frame.swap(m_waiting.at(static_cast<size_t>(device)));
-        if (!frame)
-            continue;
-        const QImage picture = decode(*frame);
-        if (picture.isNull()) {
-            ++m_unusable;
-            emit undecodable(device);
-        } else {
-            ++m_shown;
-            emit pictureReady(device, picture);
-        }
+    const int device = static_cast<int>(m_device);
+    const QImage picture = decode(*frame);
+    if (picture.isNull()) {
+        ++m_unusable;
+        emit undecodable(device);
+    } else {
+        ++m_shown;
+        emit pictureReady(device, picture);
     }
     m_pauseMs = qMax(kShortestPauseMs, cost.elapsed());
     m_sinceShown.start();
+    if (m_waiting.at(1 - m_device))
+        m_timer.start(m_pauseMs > kShortestPauseMs ? static_cast<int>(m_pauseMs) : 0);
 }
 
 QImage FrameShow::decode(const CameraFrameData &frame)

@@ -56,6 +56,7 @@ private:
     void showNewest();
 
     std::array<std::optional<CameraFrameData>, 2> m_waiting;
+    size_t m_device = 0; // shown last
     QTimer m_timer;
     QElapsedTimer m_sinceShown;
     qint64 m_pauseMs = 0;

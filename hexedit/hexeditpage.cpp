@@ -36,12 +36,14 @@ struct ToolButton
 const QVector<ToolButton> &toolButtons()
 {
     static const QVector<ToolButton> buttons{
-        {"btnOpenFile", QStringLiteral("打开文件 快捷键 Ctrl+O"), Qt::CTRL + Qt::Key_O, IconFont::FolderOpen},
-        {"btnSaveFile", QStringLiteral("保存文件 快捷键 Ctrl+S"), Qt::CTRL + Qt::Key_S, IconFont::Save},
-        {"btnUndo", QStringLiteral("撤销 快捷键 Ctrl+Z"), Qt::CTRL + Qt::Key_Z, IconFont::Undo},
-        {"btnRedo", QStringLiteral("恢复撤销 快捷键 Ctrl+Shift+Z"), Qt::CTRL + Qt::SHIFT + Qt::Key_Z,
+        {"btnOpenFile", QStringLiteral("打开文件 快捷键 Ctrl+O"), int(Qt::CTRL) + Qt::Key_O,
+         IconFont::FolderOpen},
+        {"btnSaveFile", QStringLiteral("保存文件 快捷键 Ctrl+S"), int(Qt::CTRL) + Qt::Key_S, IconFont::Save},
+        {"btnUndo", QStringLiteral("撤销 快捷键 Ctrl+Z"), int(Qt::CTRL) + Qt::Key_Z, IconFont::Undo},
+        {"btnRedo", QStringLiteral("恢复撤销 快捷键 Ctrl+Shift+Z"), int(Qt::CTRL) + Qt::SHIFT + Qt::Key_Z,
          IconFont::Redo},
-        {"btnCloseFile", QStringLiteral("关闭文件 快捷键 Ctrl+W"), Qt::CTRL + Qt::Key_W, IconFont::Close},
+        {"btnCloseFile", QStringLiteral("关闭文件 快捷键 Ctrl+W"), int(Qt::CTRL) + Qt::Key_W,
+         IconFont::Close},
     };
     return buttons;
 }
@@ -167,6 +169,7 @@ QLayout *HexEditWidget::buildStateRow(QWidget *area)
     m_fileLabel->setObjectName(QStringLiteral("labelFile"));
     m_fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_selectionLabel = addLabel(area, "labelSelection");
+    m_selectionLabel->setMinimumWidth(1); // a long path must not widen the window
     m_progress = new QProgressBar(area);
     m_progress->setObjectName(QStringLiteral("progressHex"));
     m_progress->setRange(0, 1000);
@@ -215,10 +218,10 @@ void HexEditWidget::connectParts()
         auto *made = new QShortcut(keys, this);
         connect(made, &QShortcut::activated, receiver, slot);
     };
-    shortcut(Qt::CTRL + Qt::Key_F, m_find, &HexFindPanel::begin);
-    shortcut(Qt::CTRL + Qt::Key_G, m_jump, &HexJumpPanel::begin);
+    shortcut(int(Qt::CTRL) + Qt::Key_F, m_find, &HexFindPanel::begin);
+    shortcut(int(Qt::CTRL) + Qt::Key_G, m_jump, &HexJumpPanel::begin);
     shortcut(Qt::Key_F3, m_find, &HexFindPanel::findNext);
-    shortcut(Qt::SHIFT + Qt::Key_F3, m_find, &HexFindPanel::findPrevious);
+    shortcut(int(Qt::SHIFT) + Qt::Key_F3, m_find, &HexFindPanel::findPrevious);
 }
 
 void HexEditWidget::setSize(qint64 size)
@@ -246,6 +249,7 @@ void HexEditWidget::showState()
                                                  .arg(QString::number(m_edit->selectionBegin(), 16).toUpper())
                                                  .arg(selected)
                                            : QString());
+    m_selectionLabel->setToolTip(QString());
     m_mode->setText(m_edit->isOverwrite() ? QStringLiteral("改写") : QStringLiteral("插入"));
     m_buttons->button(Undo)->setEnabled(m_edit->document().canUndo());
     m_buttons->button(Redo)->setEnabled(m_edit->document().canRedo());

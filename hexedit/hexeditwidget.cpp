@@ -269,5 +269,6 @@ void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome)
     if (!outcome.kept.isEmpty())
         text += QLatin1Char('\n') + outcome.kept;
     m_selectionLabel->setText(QStringLiteral("保存失败: %1").arg(outcome.reason));
+    m_selectionLabel->setToolTip(outcome.reason);
     QtMessageBox::warning(this, QStringLiteral("QHexEdit"), text);
 }

@@ -1,5 +1,7 @@
 #include "hexedit/hexreader.h"
 
+#include "hexedit/hexsaver.h"
+
 #include <QFileInfo>
 #include <algorithm>
 #include <new>
@@ -10,10 +12,13 @@ constexpr int kBlock = 1 << 20; // also what a slow disk delivers without a felt
 
 bool HexReader::open(const QString &fileName)
 {
+    // Where saving will put it. A shortcut on Windows is a link and also a file
+    // of its own, whose bytes must not end up in the file that it leads to.
+    const QString target = HexSaver::targetOf(fileName);
     // A pipe or a device may never end, or block.
-    if (!QFileInfo(fileName).isFile())
+    if (!QFileInfo(target).isFile())
         return false;
-    m_file.setFileName(fileName);
+    m_file.setFileName(target);
     return m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 

@@ -2,12 +2,35 @@
 
 #include <QFileInfo>
 #include <QStorageInfo>
+#include <QTemporaryFile>
 #include <algorithm>
 
 namespace {
 
 constexpr int kSlice = 4 << 20;
 constexpr qint64 kMargin = 64 << 10; // directories and the file system's own
+
+// What the copy is called until it is whole. A part of a file under the file's
+// own name would be taken for the file, and saved over the whole bytes.
+QString partOf(const QString &fileName)
+{
+    return fileName + QStringLiteral(".~part");
+}
+
+// A file can be made there. Attributes don't tell: Windows marks the desktop
+// as read-only for reasons of its own, and says nothing of access rights.
+bool takesFiles(const QString &folder)
+{
+    QTemporaryFile probe(folder + QStringLiteral("/.~XXXXXX"));
+    return probe.open();
+}
+
+// Some file systems report only now that they couldn't keep what was written.
+bool closes(QFile &file)
+{
+    file.close();
+    return file.error() == QFile::NoError;
+}
 
 // Where the old file goes when its successor could not be written.
 QString rescueNameOf(const QString &fileName)
@@ -30,22 +53,24 @@ HexSaver::HexSaver()
 bool HexSaver::copySlices(const QString &from, const QString &to) const
 {
     QFile source(from);
-    QFile target(to);
+    QFile part(partOf(to));
     if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
-        !target.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        !part.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
         return false;
+    part.setPermissions(source.permissions());
     QByteArray slice(kSlice, Qt::Uninitialized);
     qint64 count = 0;
     while ((count = source.read(slice.data(), slice.size())) > 0) {
-        if (target.write(slice.constData(), count) != count) {
+        if (part.write(slice.constData(), count) != count) {
             count = -1;
             break;
         }
         pause();
     }
-    if (count == 0 && target.size() == source.size())
+    const bool whole = count == 0 && part.size() == source.size();
+    if (closes(part) && whole && part.rename(to))
         return true;
-    target.remove(); // a part of a file helps nobody
+    part.remove();
     return false;
 }
 
@@ -67,18 +92,21 @@ QString HexSaver::temporaryOf(const QString &fileName)
 QString HexSaver::refusal(const QString &target, qint64 size) const
 {
     const QFileInfo old(target);
-    const QFileInfo temporary(temporaryOf(target));
     const QString folder = old.absolutePath();
     if (old.isSymLink() || (old.exists() && !old.isFile()))
         return QStringLiteral("目标不是普通文件");
     if (old.exists() && !old.isWritable())
         return QStringLiteral("文件为只读");
-    if (!QFileInfo(folder).isWritable())
+    if (!takesFiles(folder))
         return QStringLiteral("文件夹不可写入");
-    if (temporary.isSymLink() || (temporary.exists() && !temporary.isFile()))
-        return QStringLiteral("临时文件的名称已被占用");
+    qint64 freed = 0; // by what an earlier save left behind
+    for (const QString &name : {temporaryOf(target), partOf(target)}) {
+        const QFileInfo left(name);
+        if (left.isSymLink() || (left.exists() && !left.isFile()))
+            return QStringLiteral("临时文件的名称已被占用");
+        freed += left.exists() ? left.size() : 0;
+    }
     // The temporary file stands beside the old one, and then beside its copy.
-    const qint64 freed = temporary.exists() ? temporary.size() : 0;
     const qint64 oldSize = old.exists() ? old.size() : 0;
     const qint64 available = freeBytes(folder);
     if (available >= 0 && available + freed < std::max(size, 2 * size - oldSize) + kMargin)
@@ -101,6 +129,7 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
         outcome.reason = QStringLiteral("无法使用上次保留的临时文件");
         return outcome;
     }
+    QFile::remove(partOf(target));
     QFile temporary(temporaryOf(target));
     if (!temporary.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         outcome.reason = QStringLiteral("无法创建临时文件");
@@ -110,18 +139,17 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
     const QFile::Permissions permissions = QFile::permissions(target);
     if (replaces)
         temporary.setPermissions(permissions | QFile::ReadOwner | QFile::WriteOwner);
-    bool done = write(temporary) && temporary.size() == size && temporary.error() == QFile::NoError;
-    temporary.close();
-
-    if (!done) {
+    const bool written = write(temporary) && temporary.size() == size;
+    if (!closes(temporary) || !written) {
         // The stated removal, by another name: the old bytes are all there is
-        // on the disk. What was written of the new ones is of no use.
+        // on the disk. What was written of the new ones is of no use, and may
+        // leave no room for a longer name.
         outcome.reason = QStringLiteral("写入失败");
+        temporary.remove();
         const QString rescue = rescueNameOf(target);
         if (replaces)
             outcome.kept =
                 QStringLiteral("原文件保留在: ") + (QFile::rename(target, rescue) ? rescue : target);
-        temporary.remove();
         return outcome;
     }
     if (replaces && !QFile::remove(target)) {

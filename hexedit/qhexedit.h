@@ -8,6 +8,7 @@
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
+#include <optional>
 
 class QIODevice;
 
@@ -107,6 +108,7 @@ private:
     bool editByKey(const QKeyEvent *event);
     bool refuseEdit();
     void typeDigit(int digit);
+    void takeDigitBack();
     void typeText(const QString &text);
     void putBytes(const QByteArray &bytes, HexDocument::Step step);
     void deleteByte(qint64 address);
@@ -114,6 +116,7 @@ private:
     HexLayout::Place placeAt(const QPoint &point) const;
     qint64 addressOf(const HexLayout::Place &place) const;
     bool copyAs(bool text);
+    bool isInsideCharacter(qint64 address) const; // not at its first byte
     void setInText(bool inText);
 
     // qhexeditpaint.cpp
@@ -132,6 +135,7 @@ private:
     qint64 m_caret = 0;
     qint64 m_anchor = 0;
     bool m_lowDigit = false;
+    std::optional<QByteArray> m_beforeDigit; // what the first digit of a byte was typed over
     bool m_inText = false;
     bool m_overwrite = true;
     bool m_readOnly = false;

@@ -1,6 +1,7 @@
 // Keyboard, mouse, clipboard and input method of QHexEdit.
 
 #include "app/textcodec.h"
+#include "hexedit/hexcharacters.h"
 #include "hexedit/hexparse.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtmessagetip.h"
@@ -48,7 +49,8 @@ bool QHexEdit::moveByKey(const QKeyEvent *event)
     constexpr int row = HexLayout::bytesPerRow;
     const bool shift = event->modifiers() & Qt::ShiftModifier;
     const bool control = event->modifiers() & Qt::ControlModifier;
-    const qint64 rowStart = m_caret / row * row;
+    // Behind the last byte of a selected row one is still in that row.
+    const qint64 rowStart = (shift && m_caret > m_anchor ? m_caret - 1 : m_caret) / row * row;
     const qint64 page = qint64(visibleRows()) * row;
     qint64 to = m_caret;
     switch (event->key()) {
@@ -76,7 +78,7 @@ bool QHexEdit::moveByKey(const QKeyEvent *event)
         to = control ? 0 : rowStart;
         break;
     case Qt::Key_End:
-        to = control ? size() : qMin(rowStart + row - 1, size());
+        to = control ? size() : qMin(rowStart + row - (shift ? 0 : 1), size());
         break;
     default:
         return false;
@@ -103,6 +105,8 @@ bool QHexEdit::editByKey(const QKeyEvent *event)
     if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
         if (selectionLength() > 0)
             deleteSelection();
+        else if (event->key() == Qt::Key_Backspace && m_lowDigit && m_beforeDigit)
+            takeDigitBack();
         else
             deleteByte(event->key() == Qt::Key_Delete ? m_caret : m_caret - 1);
         return true;
@@ -153,9 +157,16 @@ void QHexEdit::typeDigit(int digit)
         return;
     }
     const int kept = m_overwrite ? old & 0x0F : 0;
-    edit(at, m_overwrite && present ? 1 : 0, QByteArray(1, static_cast<char>((digit << 4) | kept)),
-         HexDocument::Step::Typing, at);
+    const int replaced = m_overwrite && present ? 1 : 0;
+    m_beforeDigit = m_document.read(at, replaced);
+    edit(at, replaced, QByteArray(1, static_cast<char>((digit << 4) | kept)), HexDocument::Step::Typing, at);
     m_lowDigit = true;
+}
+
+void QHexEdit::takeDigitBack()
+{
+    if (!refuseEdit())
+        edit(m_caret, 1, *m_beforeDigit, HexDocument::Step::Typing, m_caret);
 }
 
 void QHexEdit::putBytes(const QByteArray &bytes, HexDocument::Step step)
@@ -207,6 +218,12 @@ void QHexEdit::setInText(bool inText)
 
 // ---- clipboard
 
+bool QHexEdit::isInsideCharacter(qint64 address) const
+{
+    const auto cells = HexCharacters::cells(m_document, address, 1, m_codec);
+    return !cells.empty() && cells.front().text.isEmpty();
+}
+
 bool QHexEdit::copyAs(bool text)
 {
     const qint64 length = selectionLength();
@@ -216,7 +233,15 @@ bool QHexEdit::copyAs(bool text)
         QtMessageTip::showTip(QStringLiteral("选中的内容超过16 MB，不能复制"));
         return false;
     }
-    const QByteArray bytes = m_document.read(selectionBegin(), static_cast<int>(length));
+    qint64 begin = selectionBegin();
+    qint64 end = begin + length;
+    if (text) { // characters of which a part is selected are copied as they are shown
+        while (isInsideCharacter(begin))
+            --begin;
+        while (isInsideCharacter(end))
+            ++end;
+    }
+    const QByteArray bytes = m_document.read(begin, static_cast<int>(end - begin));
     QApplication::clipboard()->setText(text ? TextCodec::decode(bytes, m_codec) : HexParse::text(bytes));
     return true;
 }
@@ -316,13 +341,14 @@ void QHexEdit::mousePressEvent(QMouseEvent *event)
     setInText(place.inText);
     const qint64 address = addressOf(place);
     if (event->modifiers() & Qt::ShiftModifier) {
-        m_dragFrom = m_anchor;
+        m_dragFrom = m_caret < m_anchor ? m_anchor - 1 : m_anchor; // the byte
         dragTo(event->pos());
         return;
     }
     m_dragFrom = address;
     moveCaret(address, false);
     m_lowDigit = place.lowDigit && address < size();
+    m_beforeDigit.reset();
 }
 
 void QHexEdit::mouseMoveEvent(QMouseEvent *event)

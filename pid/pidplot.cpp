@@ -79,7 +79,7 @@ PidPlot::PidPlot(QWidget *parent)
     m_hint->setPadding({8, 4, 8, 4});
     m_frame.setSingleShot(true);
     m_frame.setTimerType(Qt::PreciseTimer);
-    connect(&m_frame, &QTimer::timeout, this, &PidPlot::draw);
+    connect(&m_frame, &QTimer::timeout, this, &PidPlot::drawNew);
     connect(this, &QCustomPlot::mouseDoubleClick, this, &PidPlot::returnToLive);
     connect(this, &QCustomPlot::afterReplot, this, [this] { ++m_pictures; });
     recreateCurves();
@@ -249,7 +249,7 @@ void PidPlot::requestPicture()
     m_frame.start(static_cast<int>(qMax<qint64>(0, kFrameMs - since)));
 }
 
-void PidPlot::draw()
+void PidPlot::drawNew()
 {
     m_sinceDrawn.start();
     fitAxes();

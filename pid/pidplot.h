@@ -66,7 +66,7 @@ public:
     int pictures() const { return m_pictures; } // drawn so far
 
 public slots:
-    void draw(); // now, what has come; called by itself soon after a point
+    void drawNew(); // now, what has come; called by itself soon after a point
 
 signals:
     void followChanged(PidPlot::Follow follow);

@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QHideEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QStandardItemModel>
@@ -211,7 +212,8 @@ void DataManagerWidget::showProgress(const QString &text)
 void DataManagerWidget::hideEvent(QHideEvent *event)
 {
     QtFramelessDialog::hideEvent(event);
-    emit stopRequested();
+    if (!event->spontaneous()) // minimised, it goes on
+        emit stopRequested();
 }
 
 // ---- buttons

@@ -18,16 +18,20 @@ bool RegisterRow::isEmpty() const
     return number.isEmpty() && address.isEmpty() && value.isEmpty() && description.isEmpty();
 }
 
+// As tables of other programs have them: with blanks and "0x" before them, too.
 bool RegisterRow::parse(const QString &text, quint32 *result)
 {
-    if (text.isEmpty() || text.size() > kMostDigits)
+    QString digits = text.trimmed();
+    if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+        digits.remove(0, 2);
+    if (digits.isEmpty() || digits.size() > kMostDigits)
         return false;
-    for (const QChar c : text) {
+    for (const QChar c : qAsConst(digits)) {
         const ushort code = c.toLower().unicode();
         if (!(code >= '0' && code <= '9') && !(code >= 'a' && code <= 'f'))
             return false;
     }
-    *result = text.toUInt(nullptr, 16);
+    *result = digits.toUInt(nullptr, 16);
     return true;
 }
 

@@ -27,7 +27,7 @@ SingleSendPage::SingleSendPage(QWidget *parent)
     m_load->setToolTip(QStringLiteral("将文件内容加载到编辑区"));
     m_clear->setObjectName(QStringLiteral("btnClearSend"));
     m_clear->setToolTip(QStringLiteral("清空编辑区"));
-    m_send->setShortcut(QKeySequence(Qt::CTRL + Qt::Key_Return));
+    m_send->setShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_Return));
     connect(m_clear, &QPushButton::clicked, m_editor, [this] {
         // An edit of the document, so that undo brings the text back.
         QTextCursor cursor(m_editor->document());

@@ -3,8 +3,10 @@
 // worst, memory, open files and processor share; at the end what was lost.
 // Nothing must be lost, and nothing must grow once the displays are full.
 //
-//   tools/with-display.sh build/release/bin/endurance [MINUTES]
+//   tools/with-display.sh build/release/bin/endurance [MINUTES [TOOL ...]]
 //
+// Tools: serial, network, camera, pid, hex (default: all), to see which one does
+// what the figures show.
 // The exit code is 1 where anything was lost.
 
 #include "app/apppaths.h"
@@ -93,12 +95,17 @@ int main(int argc, char *argv[])
     window.resize(1000, 550);
     window.show();
 
+    const QStringList tools = QCoreApplication::arguments().mid(2);
     std::vector<std::unique_ptr<Duty>> duties;
-    duties.push_back(makeSerialDuty(window, work.path()));
-    duties.push_back(makeNetworkDuty(window));
-    duties.push_back(makeCameraDuty(window));
-    duties.push_back(makePidDuty(window));
-    duties.push_back(makeHexDuty(window, work.path()));
+    const auto add = [&](const char *tool, const auto &make) {
+        if (tools.isEmpty() || tools.contains(QLatin1String(tool)))
+            duties.push_back(make());
+    };
+    add("serial", [&] { return makeSerialDuty(window, work.path()); });
+    add("network", [&] { return makeNetworkDuty(window); });
+    add("camera", [&] { return makeCameraDuty(window); });
+    add("pid", [&] { return makePidDuty(window); });
+    add("hex", [&] { return makeHexDuty(window, work.path()); });
     for (const auto &duty : duties)
         duty->prepare();
 

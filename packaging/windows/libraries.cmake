@@ -18,9 +18,20 @@ korvex_plugin(QWindowsIntegrationPlugin platforms)
 korvex_plugin(QWindowsVistaStylePlugin styles)
 korvex_plugin(QJpegPlugin imageformats)
 
+# Qt's libraries by name: the search below looks for names in lower case, which
+# are other names on a machine that cross-builds.
+set(qt_libraries)
+foreach(module Core Gui Widgets Network SerialPort PrintSupport)
+  get_target_property(library Qt5::${module} IMPORTED_LOCATION_RELEASE)
+  if(library MATCHES "\\.dll$")
+    list(APPEND qt_libraries ${library})
+  endif()
+endforeach()
+install(FILES ${qt_libraries} DESTINATION .)
+
 get_target_property(qt_core Qt5::Core IMPORTED_LOCATION_RELEASE)
-get_filename_component(qt_libraries ${qt_core} DIRECTORY)
-set(library_folders ${qt_libraries} ${KORVEX_LIBRARY_FOLDERS})
+get_filename_component(qt_folder ${qt_core} DIRECTORY)
+set(library_folders ${qt_folder} ${KORVEX_LIBRARY_FOLDERS})
 if(MINGW)
   # The compiler's own run-time libraries.
   foreach(library libstdc++-6.dll libwinpthread-1.dll)
@@ -40,6 +51,7 @@ endif()
 install(CODE "
   file(GET_RUNTIME_DEPENDENCIES
     EXECUTABLES \"\$<TARGET_FILE:Korvex>\"
+    LIBRARIES ${qt_libraries}
     MODULES ${plugins}
     DIRECTORIES ${library_folders}
     PRE_EXCLUDE_REGEXES \"^(api|ext)-ms-.*\"
@@ -48,8 +60,10 @@ install(CODE "
     UNRESOLVED_DEPENDENCIES_VAR unresolved)
   file(INSTALL DESTINATION \"\${CMAKE_INSTALL_PREFIX}\" TYPE SHARED_LIBRARY FILES \${libraries})
   # Cross-building, the libraries of Windows itself are nowhere to be found.
+  string(TOLOWER \"${qt_libraries}\" installed)
   foreach(name \${unresolved})
-    if(name MATCHES \"^(Qt5|lib|qcustomplot)\")
+    string(TOLOWER \"\${name}\" name)
+    if(name MATCHES \"^(qt5|lib|qcustomplot)\" AND NOT installed MATCHES \"/\${name}(;|$)\")
       message(FATAL_ERROR \"The package would lack \${name}; name its folder in KORVEX_LIBRARY_FOLDERS.\")
     endif()
   endforeach()")

@@ -18,9 +18,9 @@ QtTabBar::QtTabBar(QWidget *parent)
         if (index >= 0)
             emit clicked(index, tabText(index));
     });
-    auto *next = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_Tab), this);
+    auto *next = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_Tab), this);
     connect(next, &QShortcut::activated, this, &QtTabBar::showNext);
-    auto *previous = new QShortcut(QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_Tab), this);
+    auto *previous = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::SHIFT + Qt::Key_Tab), this);
     connect(previous, &QShortcut::activated, this, &QtTabBar::showPrevious);
 }
 
@@ -31,7 +31,7 @@ void QtTabBar::addTool(const QString &text, IconFont::Glyph glyph)
     drawIcons();
     if (index >= 9)
         return;
-    auto *direct = new QShortcut(QKeySequence(Qt::CTRL + Qt::Key_1 + index), this);
+    auto *direct = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_1 + index), this);
     connect(direct, &QShortcut::activated, this, [this, index] { setCurrentIndex(index); });
     setTabToolTip(index, QStringLiteral("%1 (Ctrl+%2)").arg(text).arg(index + 1));
 }

@@ -112,6 +112,10 @@ void TestCameraLink::takesChunks_data()
     QTest::newRow("whole") << Chunks{kImage} << "I8";
     QTest::newRow("several in a chunk")
         << Chunks{kFormat + kImage + kReply + kImage} << "F1:5:2x3 I8 R0:3008=5a I8";
+    QTest::newRow("garbage, then a header in pieces")
+        << Chunks{"garbage12", "ORV", kImage.mid(3, 5), kImage.mid(8)} << "N I8";
+    QTest::newRow("a header after a used-up half")
+        << Chunks{kFormat.left(11), "O", "RVN" + kImage.mid(4)} << "N";
     QTest::newRow("two halves") << Chunks{kImage.left(13), kImage.mid(13)} << "I8";
     QTest::newRow("a header wins") << Chunks{kImage.left(13), kImage} << "I8";
     QTest::newRow("a header inside does not") << Chunks{kImage.left(11), "x" + kImage} << "i8 N";
@@ -158,12 +162,23 @@ void TestCameraLink::takesBytesOneByOne()
     FrameAssembler assembler;
     QString seen;
     const QByteArray stream = kImage + kReply + kImage;
-    for (const char byte : stream) {
-        assembler.append(QByteArray(1, byte));
-        seen += events(assembler);
-    }
+    const auto send = [&](const QByteArray &bytes) {
+        for (const char byte : bytes) {
+            assembler.append(QByteArray(1, byte));
+            seen += events(assembler);
+        }
+    };
+    send(stream);
     QCOMPARE(seen, QStringLiteral("I8R0:3008=5aI8"));
     QCOMPARE(assembler.size(), 0);
+
+    // Out of step, by noise of any length or half an announcement, until the next
+    // header, which may lie across the place where the noise is dropped.
+    for (int noise = 0; noise < 30; ++noise) {
+        seen.clear();
+        send(QByteArray(noise, 'O') + kImage + kFormat + kImage);
+        QCOMPARE(seen.remove('N'), QStringLiteral("I8I8"));
+    }
 }
 
 // What is announced is not allocated before it comes, and a stream of frames

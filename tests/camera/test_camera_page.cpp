@@ -1,6 +1,7 @@
 // The camera page fed with bytes.
 
 #include "camera/frameshow.h"
+#include "serial/qtserialport.h"
 #include "shell/base/dialoganswers.h"
 #include "tests/camera/camerapagetest.h"
 
@@ -10,6 +11,24 @@
 #include <QLabel>
 #include <QSpinBox>
 
+namespace {
+
+// A grey JPEG of 8 x 8 pixels in so many scans: one of the block's mean, the rest
+// of its remainder, of which there is none.
+QByteArray progressive(int scans)
+{
+    return QByteArray::fromHex("ffd8ffdb004300") + QByteArray(64, 1) +
+           QByteArray::fromHex("ffc2000b080008000801011100" // 8 x 8, one colour
+                               "ffc400140001000000000000000000000000000000"
+                               "00" // mean: code 0
+                               "ffc400141001000000000000000000000000000000"
+                               "00" // end of block: code 0
+                               "ffda000801010000000000") +
+           QByteArray::fromHex("ffda0008010100013f0000").repeated(scans - 1) + QByteArray::fromHex("ffd9");
+}
+
+} // namespace
+
 class TestCameraPage : public CameraPageTest
 {
     Q_OBJECT
@@ -17,6 +36,7 @@ class TestCameraPage : public CameraPageTest
 private slots:
     void toleratesChecksums();
     void announces();
+    void gathersFromASlowLine();
     void showsOnlyTheNewest();
     void decodesFormats_data();
     void decodesFormats();
@@ -57,6 +77,19 @@ void TestCameraPage::announces()
     QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 240);
 }
 
+// The line hands over byte after byte; two announcements have to arrive whole.
+void TestCameraPage::gathersFromASlowLine()
+{
+    auto *port = m_page->findChild<QtSerialPort *>();
+    const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
+                             QByteArray::fromHex("00110000000105040005000000");
+    for (const char byte : bytes)
+        emit port->bytesRead(QByteArray(1, byte));
+    QTRY_COMPARE(child<QSpinBox>("spinImageHeight")->value(), 5);
+    child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
+    QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 3);
+}
+
 void TestCameraPage::showsOnlyTheNewest()
 {
     child<QSpinBox>("spinImageWidth")->setValue(1);
@@ -92,6 +125,9 @@ void TestCameraPage::decodesFormats_data()
     QTest::newRow("jpg code, longer than raw") << 1 << 2 << QByteArray(99, 'x') << QSize(2, 2);
     QTest::newRow("short and no file") << 1 << 100 << QByteArray(10, 'x') << QSize();
     QTest::newRow("corrupt jpg") << 1 << 100 << file.left(20) + QByteArray(400, 'z') << QSize();
+    QTest::newRow("jpg of 32 scans") << 1 << 100 << progressive(32) << QSize(8, 8);
+    QTest::newRow("jpg of 33 scans") << 1 << 100 << progressive(33) << QSize();
+    QTest::newRow("drawing") << 1 << 100 << QByteArray("<svg width='9' height='9'/>") << QSize();
     QTest::newRow("bmp code is RGB565") << 2 << 2 << QByteArray(8, 'x') << QSize(2, 2);
     QTest::newRow("RGB565, short") << 4 << 64 << QByteArray(8, 'x') << QSize(64, 64);
     QTest::newRow("RGB565, nothing") << 4 << 64 << QByteArray() << QSize(64, 64);

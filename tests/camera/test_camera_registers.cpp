@@ -98,7 +98,7 @@ void TestCameraRegisters::readsTables()
     // The third never answers, the fourth is refused, the fifth is no address.
     fillTable(
         table,
-        {{"3001", ""}, {"3002", "old"}, {"00DD", "old"}, {"4000", ""}, {"寄存器地址", "x"}, {"0010", ""}});
+        {{"3001", ""}, {"3002", "old"}, {"00DD", "old"}, {"4000", ""}, {"寄存器地址", "x"}, {" 0x0010", ""}});
     QTest::mouseClick(table->findChild<QPushButton *>("btnConfirm"), Qt::LeftButton);
     auto *progress = table->findChild<QLabel *>("labelRegisterProgress");
     QTRY_COMPARE_WITH_TIMEOUT(progress->text(), QStringLiteral("已完成 5/5，无应答 1，错误 1"), 20000);

@@ -75,9 +75,11 @@ void TestQHexEdit::keys(const QString &names)
 {
     for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         const QKeySequence sequence(name);
-        if ((name.size() > 2 || name == "Up") && sequence[0] != Qt::Key_unknown)
-            QTest::keyClick(m_edit.get(), Qt::Key(sequence[0] & ~Qt::KeyboardModifierMask),
-                            Qt::KeyboardModifiers(sequence[0] & static_cast<int>(Qt::KeyboardModifierMask)));
+        const int code = static_cast<int>(sequence[0]);
+        const int modifiers = static_cast<int>(Qt::KeyboardModifierMask);
+        if ((name.size() > 2 || name == "Up") && code != Qt::Key_unknown)
+            QTest::keyClick(m_edit.get(), Qt::Key(code & ~modifiers),
+                            Qt::KeyboardModifiers(code & modifiers));
         else
             QTest::keyClicks(m_edit.get(), name);
     }
@@ -107,6 +109,8 @@ void TestQHexEdit::types_data()
     QTest::addColumn<int>("address");
     QTest::newRow("overwrites") << "4142" << QByteArray("AB23") << 2;
     QTest::newRow("half a byte") << "4" << QByteArray("@123") << 0;
+    QTest::newRow("takes half a byte back") << "41 5 Backspace 42" << QByteArray("AB23") << 2;
+    QTest::newRow("takes an inserted half back") << "Ins 41 5 Backspace" << QByteArray("A0123") << 1;
     QTest::newRow("inserts") << "Ins 4142" << QByteArray("AB0123") << 2;
     QTest::newRow("appends") << "Ctrl+End 4142" << QByteArray("0123AB") << 6;
     QTest::newRow("no digits") << "xyz" << QByteArray("0123") << 0;
@@ -156,6 +160,7 @@ void TestQHexEdit::movesAndSelects_data()
     QTest::addColumn<int>("length");
     QTest::newRow("home") << "Home" << 96 << 0;
     QTest::newRow("end") << "End" << 111 << 0;
+    QTest::newRow("the rest of the row") << "Shift+End Shift+End" << 100 << 12;
     QTest::newRow("start") << "Ctrl+Home" << 0 << 0;
     QTest::newRow("very end") << "Ctrl+End" << 1000 << 0;
     QTest::newRow("up, down") << "Up Up Down" << 84 << 0;
@@ -203,9 +208,16 @@ void TestQHexEdit::selectsByMouse()
     keys("b");
     QCOMPARE(content().mid(8, 3), QByteArray("x[x"));
     click(2, false);
-    click(6, false, Qt::ShiftModifier);
-    QCOMPARE(m_edit->selectionBegin(), qint64(2));
-    QCOMPARE(m_edit->selectionLength(), qint64(5));
+    for (int i = 0; i < 2; ++i) { // the first byte stays, whichever way and how often
+        click(6, false, Qt::ShiftModifier);
+        QCOMPARE(m_edit->selectionBegin(), qint64(2));
+        QCOMPARE(m_edit->selectionLength(), qint64(5));
+        for (const qint64 before : {1, 0}) {
+            click(before, false, Qt::ShiftModifier);
+            QCOMPARE(m_edit->selectionBegin(), before);
+            QCOMPARE(m_edit->selectionLength(), 3 - before);
+        }
+    }
 }
 
 void TestQHexEdit::copiesAndPastes()
@@ -219,6 +231,14 @@ void TestQHexEdit::copiesAndPastes()
     m_edit->select(2, 2);
     m_edit->copyText();
     QCOMPARE(clipboard->text(), QStringLiteral("cd"));
+    showData("a\xCE\xC2\xB6\xC8"
+             "bcd");
+    m_edit->setTextCodec(1);
+    m_edit->select(2, 2); // halves of both
+    m_edit->copyText();
+    QCOMPARE(clipboard->text(), QStringLiteral("温度"));
+    showData("\x01\xAB"
+             "cd");
     clipboard->setText(QStringLiteral("0x31, 0x32"));
     m_edit->goTo(0);
     keys("Ctrl+V");

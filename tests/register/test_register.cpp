@@ -76,8 +76,14 @@ void TestRegister::knowsHexadecimal()
         const char *text;
         bool valid;
         quint32 number;
-    } cases[] = {{"3008", true, 0x3008}, {"fFfFfFfF", true, 0xFFFFFFFF}, {"", false, 0},
-                 {"0x30", false, 0},     {"123456789", false, 0},        {"-1", false, 0}};
+    } cases[] = {{"3008", true, 0x3008},
+                 {"fFfFfFfF", true, 0xFFFFFFFF},
+                 {"", false, 0},
+                 {" 0x30", true, 0x30},
+                 {"0x123456789", false, 0},
+                 {"0x", false, 0},
+                 {"30 08", false, 0},
+                 {"-1", false, 0}};
     for (const auto &entry : cases) {
         quint32 number = 0;
         RegisterRow row;
@@ -158,8 +164,14 @@ void TestRegister::turnsPages()
     QCOMPARE(table.rows().size(), 100);
     QCOMPARE(model->index(0, 1).data().toString(), QStringLiteral("02"));
     QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("AA"));
+    const QSignalSpy stops(&table, &DataManagerWidget::stopRequested);
+    QHideEvent minimise;
+    QSpontaneKeyEvent::setSpontaneous(&minimise);
+    qApp->notify(&table, &minimise);
+    QCOMPARE(stops.size(), 0);
     click(table, "btnCancel");
     QVERIFY(!table.isVisible());
+    QCOMPARE(stops.size(), 1);
 }
 
 void TestRegister::limitsCells()

@@ -14,8 +14,8 @@ Board::Board(const Options &options, QObject *parent)
     connect(&m_port, &VirtualPort::hostLeft, this, &Board::onHostLeft);
     connect(&m_port, &VirtualPort::received, this, &Board::onReceived);
     connect(&m_port, &VirtualPort::outputEmpty, m_mode.get(), &BoardMode::outputEmpty);
-    connect(m_mode.get(), &BoardMode::finished, this, [this] { emit event(QStringLiteral("finished")); });
-    connect(m_mode.get(), &BoardMode::event, this, &Board::event);
+    connect(m_mode.get(), &BoardMode::finished, this, [this] { emit happened(QStringLiteral("finished")); });
+    connect(m_mode.get(), &BoardMode::happened, this, &Board::happened);
     connect(m_mode.get(), &BoardMode::unplugRequested, this, &Board::unplug);
 
     for (QTimer *timer : {&m_startDelay, &m_unplugDelay, &m_replugDelay}) {
@@ -51,21 +51,21 @@ bool Board::plug(QString *error)
 {
     if (!m_port.plug(error))
         return false;
-    emit event(QStringLiteral("plugged %1 %2").arg(m_options.port, m_port.device()));
+    emit happened(QStringLiteral("plugged %1 %2").arg(m_options.port, m_port.device()));
     return true;
 }
 
 void Board::unplug(int replugAfterMs)
 {
     m_port.unplug();
-    emit event(QStringLiteral("unplugged %1").arg(m_options.port));
+    emit happened(QStringLiteral("unplugged %1").arg(m_options.port));
     if (replugAfterMs >= 0)
         m_replugDelay.start(replugAfterMs);
 }
 
 void Board::onHostArrived()
 {
-    emit event(QStringLiteral("host arrived"));
+    emit happened(QStringLiteral("host arrived"));
     if (m_unplugArmed) {
         m_unplugArmed = false;
         m_unplugDelay.start(m_options.unplugAfterMs);
@@ -79,7 +79,7 @@ void Board::onHostLeft()
     m_startDelay.stop();
     m_started = false;
     m_mode->stop();
-    emit event(QStringLiteral("host left"));
+    emit happened(QStringLiteral("host left"));
 }
 
 void Board::onReceived(const QByteArray &bytes)

@@ -24,7 +24,7 @@ signals:
     // /dev/pts/4", "unplugged COM3", "host arrived", "host left"; on the network
     // "bound 127.0.0.1 4711", "connected 3", "disconnected 2" (and how many
     // are); "finished", or what a mode reports.
-    void event(const QString &text);
+    void happened(const QString &text);
     // The board cannot go on.
     void failed(const QString &error);
 };

@@ -36,7 +36,7 @@ signals:
     // The board wants its cable out for a while, in milliseconds.
     void unplugRequested(int ms);
     // Something that whoever follows the board may want to know.
-    void event(const QString &text);
+    void happened(const QString &text);
 
 protected:
     VirtualPort &port() { return m_port; }

@@ -30,7 +30,7 @@ int main(int argc, char **argv)
     const std::unique_ptr<Boardsim::BoardBase> board = makeBoard(options);
     Boardsim::ProcessEnd end;
     QObject::connect(&end, &Boardsim::ProcessEnd::requested, &application, [] { QCoreApplication::exit(0); });
-    QObject::connect(board.get(), &Boardsim::BoardBase::event, &application, [](const QString &text) {
+    QObject::connect(board.get(), &Boardsim::BoardBase::happened, &application, [](const QString &text) {
         std::printf("%s\n", qPrintable(text));
         std::fflush(stdout);
     });

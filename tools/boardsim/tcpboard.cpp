@@ -37,7 +37,7 @@ bool TcpBoard::begin(QString *error)
         *error = QStringLiteral("cannot listen: %1").arg(m_server.errorString());
         return false;
     }
-    emit event(QStringLiteral("bound %1 %2").arg(m_options.address).arg(m_server.serverPort()));
+    emit happened(QStringLiteral("bound %1 %2").arg(m_options.address).arg(m_server.serverPort()));
     return true;
 }
 
@@ -69,11 +69,11 @@ void TcpBoard::add(QTcpSocket *socket)
     m_links.append(link);
     ++m_connected;
     ++m_all;
-    emit event(QStringLiteral("connected %1").arg(m_connected));
+    emit happened(QStringLiteral("connected %1").arg(m_connected));
     connect(link, &TcpLink::closed, this, [this, link] { closed(link); });
     connect(link, &TcpLink::finished, this, [this] {
         if (++m_finished % m_options.peers == 0)
-            emit event(QStringLiteral("finished"));
+            emit happened(QStringLiteral("finished"));
     });
 }
 
@@ -83,7 +83,7 @@ void TcpBoard::closed(TcpLink *link)
     m_read += link->read();
     m_links.removeOne(link);
     link->deleteLater();
-    emit event(QStringLiteral("disconnected %1").arg(--m_connected));
+    emit happened(QStringLiteral("disconnected %1").arg(--m_connected));
     const bool once = m_options.act == Options::Act::Vanish || m_options.act == Options::Act::Reset ||
                       m_options.act == Options::Act::HalfClose;
     if (m_options.mode == Options::Mode::TcpClient && !once)

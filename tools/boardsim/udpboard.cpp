@@ -30,7 +30,7 @@ bool UdpBoard::begin(QString *error)
         *error = QStringLiteral("cannot bind: %1").arg(m_socket.errorString());
         return false;
     }
-    emit event(QStringLiteral("bound %1 %2").arg(own.toString()).arg(m_socket.localPort()));
+    emit happened(QStringLiteral("bound %1 %2").arg(own.toString()).arg(m_socket.localPort()));
     if (m_options.act == Options::Act::Camera)
         startCamera();
     if (sends) {
@@ -52,7 +52,7 @@ void UdpBoard::startCamera()
             0, m_socket.writeDatagram(bytes, QHostAddress(m_options.address), quint16(m_options.toPort)));
     };
     m_camera = new CameraStream(m_options.camera, {write, [] { return qint64(0); }}, this);
-    connect(m_camera, &CameraStream::finished, this, [this] { emit event(QStringLiteral("finished")); });
+    connect(m_camera, &CameraStream::finished, this, [this] { emit happened(QStringLiteral("finished")); });
     QTimer::singleShot(m_options.startDelayMs, m_camera, &CameraStream::start);
 }
 
@@ -83,7 +83,7 @@ void UdpBoard::sendDue()
     }
     if (m_written == m_options.totalBytes) {
         m_pace.stop();
-        emit event(QStringLiteral("finished"));
+        emit happened(QStringLiteral("finished"));
     }
 }
 

@@ -26,7 +26,7 @@ private:
     bool beginFile(const QString &name) override;
     bool storeBytes(const QByteArray &bytes) override;
     void endFile(bool complete) override;
-    void report(const QString &text) override { emit event(text); }
+    void report(const QString &text) override { emit happened(text); }
 
     QString m_folder;
     QFile m_file;
