@@ -76,10 +76,11 @@ QWidget *CameraDebugWidget::buildPanel()
 {
     m_panel = new FormPanel(this);
     m_panel->setObjectName(QStringLiteral("cameraConfigPanel"));
+    // Made in the order in which the Tab key goes through them.
     m_link = new CameraLinkPanel(m_panel);
-    m_config = new ImageFormatConfig(m_panel);
     m_panel->addWidget(m_link);
     m_panel->addWidget(buildDisplay(m_panel));
+    m_config = new ImageFormatConfig(m_panel);
     m_panel->addWidget(m_config);
     return m_panel;
 }

@@ -107,7 +107,7 @@ FormGroup *ImageFormatConfig::buildRegister()
     }
     group->addRow(QStringLiteral("寄存器地址长度"), m_addressLength);
     group->addRow(QStringLiteral("寄存器值长度"), m_valueLength);
-    group->addRow(QStringLiteral("regId"), m_regId);
+    group->addRow(QStringLiteral("寄存器组编号"), m_regId);
     group->addRow(QStringLiteral("地址(HEX)"), m_address);
     group->addRow(QStringLiteral("值(HEX)"), m_value);
     group->addPair(m_read, m_write);

@@ -42,7 +42,6 @@ HexChecksumPanel::HexChecksumPanel(QHexEdit *edit, SlicedTask *task, QWidget *pa
     addWide(m_range);
     m_crc32 = addResult(QStringLiteral("CRC-32"), "editCrc32");
     m_crc16 = addResult(QStringLiteral("MODBUS"), "editCrc16");
-    m_crc16->setPlaceholderText(QStringLiteral("CRC-16/MODBUS"));
     m_sum = addResult(QStringLiteral("累加和"), "editSum");
     m_md5 = addResult(QStringLiteral("MD5"), "editMd5");
     m_sha256 = addResult(QStringLiteral("SHA-256"), "editSha256");

@@ -16,9 +16,11 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QShortcut>
+#include <QStyle>
 
 namespace {
 
@@ -60,6 +62,21 @@ protected:
             return QPushButton::event(event);
         click();
         return true;
+    }
+};
+
+// A long name is cut in its middle; that it is not saved stays in sight.
+class NameLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        style()->drawItemText(&painter, rect(), Qt::AlignLeft | Qt::AlignVCenter, palette(), isEnabled(),
+                              fontMetrics().elidedText(text(), Qt::ElideMiddle, width()), foregroundRole());
     }
 };
 
@@ -105,14 +122,14 @@ QWidget *HexEditWidget::buildPanel()
 
 QWidget *HexEditWidget::buildWorkArea()
 {
-    auto *area = new QWidget(this);
-    m_edit = new QHexEdit(area);
-    m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
-    m_edit->setReadOnly(true);
+    auto *area = new QWidget; // goes to the page's layout after the panel, and so does the Tab key
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addLayout(buildToolRow(area));
+    m_edit = new QHexEdit(area);
+    m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
+    m_edit->setReadOnly(true);
     column->addWidget(m_edit, 1);
     column->addLayout(buildStateRow(area));
     return area;
@@ -148,7 +165,8 @@ QLayout *HexEditWidget::buildToolRow(QWidget *area)
 
 QLayout *HexEditWidget::buildStateRow(QWidget *area)
 {
-    m_fileLabel = addLabel(area, "labelFile");
+    m_fileLabel = new NameLabel(area);
+    m_fileLabel->setObjectName(QStringLiteral("labelFile"));
     m_fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_selectionLabel = addLabel(area, "labelSelection");
     m_selectionLabel->setMinimumWidth(1); // a long path must not widen the window

@@ -21,6 +21,20 @@ QColor mixed(const QColor &over, const QColor &ground, double share)
                             over.blueF() * share + ground.blueF() * (1 - share));
 }
 
+// Under the column numbers and the addresses: a shade of what is beside it, as
+// the headers of tables are.
+QColor headerGround(bool current)
+{
+    const SkinPalette &skin = Skin::palette();
+    const QColor ground = mixed(QColor(skin.secondaryText), QColor(skin.panel), 0.12);
+    return current ? mixed(QColor(skin.accent), ground, 0.3) : ground;
+}
+
+QColor headerText(bool current)
+{
+    return QColor(current ? Skin::palette().text : Skin::palette().secondaryText);
+}
+
 QColor onAccent(const QColor &accent)
 {
     return Contrast::ratio(Qt::black, accent) >= Contrast::ratio(Qt::white, accent) ? Qt::black : Qt::white;
@@ -65,31 +79,30 @@ void QHexEdit::paintEvent(QPaintEvent *)
 
 void QHexEdit::paintHeader(QPainter &painter) const
 {
-    const SkinPalette &skin = Skin::palette();
     painter.save();
-    painter.fillRect(0, 0, viewport()->width(), m_layout.rowHeight(), QColor(skin.header));
-    painter.setPen(QColor(skin.secondaryText));
+    painter.fillRect(0, 0, viewport()->width(), m_layout.rowHeight(), headerGround(false));
+    painter.setPen(headerText(false));
     painter.translate(contentOrigin().x(), 0);
     painter.drawText(m_layout.address(0), Qt::AlignCenter, QStringLiteral("地址"));
     const qint64 column = m_caret % HexLayout::bytesPerRow;
     for (int i = 0; i < HexLayout::bytesPerRow; ++i) {
         if (i == column)
-            painter.fillRect(m_layout.hex(0, i), mixed(QColor(skin.accent), QColor(skin.header), 0.3));
+            painter.fillRect(m_layout.hex(0, i), headerGround(true));
+        painter.setPen(headerText(i == column));
         painter.drawText(m_layout.hex(0, i), Qt::AlignCenter, pairOf(static_cast<quint8>(i)));
     }
     const QRect text = m_layout.text(0, 0).united(m_layout.text(0, HexLayout::bytesPerRow - 1));
+    painter.setPen(headerText(false));
     painter.drawText(text, Qt::AlignCenter, QStringLiteral("文本"));
     painter.restore();
 }
 
 void QHexEdit::paintRow(QPainter &painter, int row, qint64 address) const
 {
-    const SkinPalette &skin = Skin::palette();
     const QRect place = m_layout.address(row);
     const bool current = m_caret / HexLayout::bytesPerRow == address / HexLayout::bytesPerRow;
-    painter.fillRect(place,
-                     current ? mixed(QColor(skin.accent), QColor(skin.header), 0.3) : QColor(skin.header));
-    painter.setPen(QColor(skin.secondaryText));
+    painter.fillRect(place, headerGround(current));
+    painter.setPen(headerText(current));
     painter.drawText(
         place, Qt::AlignCenter,
         QStringLiteral("%1").arg(address, m_layout.addressDigits(), 16, QLatin1Char('0')).toUpper());

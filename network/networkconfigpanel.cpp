@@ -3,7 +3,6 @@
 #include "app/settings.h"
 #include "network/localaddressbox.h"
 #include "network/peeraddress.h"
-#include "shell/base/placeholdertext.h"
 #include "shell/base/qtmessagetip.h"
 
 #include <QComboBox>
@@ -99,7 +98,6 @@ void NetworkConfigPanel::buildUi()
     m_local->setToolTip(QStringLiteral("可选择或输入本机的一个地址，只在该地址上接收"));
     m_server->setToolTip(QStringLiteral("IP地址或主机名"));
     m_server->setPlaceholderText(QStringLiteral("IP地址或主机名"));
-    PlaceholderText::keepFaint(m_server);
     m_destination->setToolTip(QStringLiteral("IPv4或IPv6地址，可以是广播地址"));
     for (QLineEdit *port : {m_port, m_destinationPort})
         port->setToolTip(QStringLiteral("1到65535"));

@@ -77,6 +77,8 @@ void PidPanel::buildUi()
     addRow(QStringLiteral("    目标值"), m_target);
     addRow(QStringLiteral("    周期"), m_period);
     addPair(m_sendTarget, m_sendPeriod);
+    setTabOrder(m_gains[2], m_sendGains);
+    setTabOrder(m_sendGains, m_target);
     // Everything in sight in a window of the first size.
     qobject_cast<QGridLayout *>(layout())->setVerticalSpacing(4);
 }

@@ -24,8 +24,8 @@ SKINS = {
         "line": "#454443",
         "secondary": "#aebfc5",
         "panel": "#302f2f",
-        "header": "#323232",
         # shades
+        "header": "#3f4041",
         "bar": "#323232",
         "bar_hover": "#454443",
         "bar_pressed": "#1e1e1e",
@@ -67,8 +67,8 @@ SKINS = {
         "line": "#cccccc",
         "secondary": "#000000",
         "panel": "#ffffff",
-        "header": "#e1e1e1",
         # shades
+        "header": "#e0e0e0",
         "bar": "#e1e1e1",
         "bar_hover": "#cfcfcf",
         "bar_pressed": "#bfbfbf",
@@ -110,8 +110,8 @@ SKINS = {
         "line": "#3b4b5d",
         "secondary": "#aebfc5",
         "panel": "#263240",
-        "header": "#323232",
         # shades
+        "header": "#364350",
         "bar": "#212d3b",
         "bar_hover": "#34465a",
         "bar_pressed": "#1a2430",

@@ -1,9 +1,12 @@
 #include "shell/base/formpanel.h"
 
+#include "shell/base/placeholdertext.h"
+
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
@@ -22,6 +25,8 @@ QLabel *FormGroup::addRow(const QString &label, QWidget *field)
     const int row = m_grid->rowCount();
     auto *caption = new QLabel(label, this);
     caption->setBuddy(field);
+    if (qobject_cast<QLineEdit *>(field))
+        PlaceholderText::keepFaint(field);
     m_grid->addWidget(caption, row, 0);
     m_grid->addWidget(field, row, 1);
     return caption;

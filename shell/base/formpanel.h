@@ -18,7 +18,8 @@ class FormGroup : public QGroupBox
 public:
     explicit FormGroup(const QString &title, QWidget *parent = nullptr);
 
-    // The label is the field's buddy; the field takes the rest of the row.
+    // The label is the field's buddy; the field takes the rest of the row. A hint
+    // in a line of text is kept faint.
     QLabel *addRow(const QString &label, QWidget *field);
     // Over both columns.
     void addWide(QWidget *widget);

@@ -47,7 +47,12 @@ QPixmap pixmap(Glyph glyph, const QColor &colour, int glyphSize, int side)
 
 QIcon icon(Glyph glyph, const QColor &colour, int glyphSize, int side)
 {
-    return QIcon(pixmap(glyph, colour, glyphSize, side));
+    QIcon result(pixmap(glyph, colour, glyphSize, side));
+    // The style's own way hardly dims a light icon on a dark ground.
+    QColor dimmed = colour;
+    dimmed.setAlphaF(colour.alphaF() * 0.4);
+    result.addPixmap(pixmap(glyph, dimmed, glyphSize, side), QIcon::Disabled);
+    return result;
 }
 
 } // namespace IconFont

@@ -16,6 +16,10 @@ PortComboBox::PortComboBox(QWidget *parent)
     setCompleter(nullptr);
     lineEdit()->setPlaceholderText(QStringLiteral("未检测到串口"));
     PlaceholderText::keepFaint(lineEdit());
+    // A long entry shows its beginning, which is the port's name.
+    const auto showBeginning = [this] { lineEdit()->setCursorPosition(0); };
+    connect(this, QOverload<int>::of(&QComboBox::currentIndexChanged), lineEdit(), showBeginning);
+    connect(lineEdit(), &QLineEdit::editingFinished, lineEdit(), showBeginning);
     connect(this, QOverload<int>::of(&QComboBox::activated), this, [this] { m_vanished.clear(); });
 }
 

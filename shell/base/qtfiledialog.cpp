@@ -6,12 +6,18 @@
 #include "shell/base/framelesshelper.h"
 #include "shell/base/iconfont.h"
 
+#include <QAbstractItemView>
+#include <QCompleter>
 #include <QEvent>
 #include <QFileInfo>
+#include <QHeaderView>
+#include <QLineEdit>
 #include <QListView>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSplitter>
 #include <QToolButton>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace {
@@ -66,6 +72,9 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     m_dialog->setLabelText(QFileDialog::Accept,
                            mode == SaveFile ? QStringLiteral("保存") : QStringLiteral("确定"));
     m_dialog->setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
+    m_name = m_dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+    if (m_name && m_name->completer())
+        m_name->completer()->popup()->installEventFilter(this);
     drawIcons();
     if (auto *sidebar = m_dialog->findChild<QListView *>(QStringLiteral("sidebar")))
         sidebar->setIconSize({16, 16});
@@ -75,6 +84,8 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     body()->setContentsMargins(4, 4, 4, 4);
     body()->addWidget(m_dialog);
     m_dialog->show();
+    if (auto *details = m_dialog->findChild<QTreeView *>(QStringLiteral("treeView")))
+        details->header()->setSectionResizeMode(0, QHeaderView::Stretch); // the date whole
     frame()->setResizable(true);
     setMinimumSize(560, 360);
     resize(720, 440);
@@ -125,6 +136,20 @@ void QtFileDialog::changeEvent(QEvent *event)
     if (event->type() == QEvent::StyleChange && m_dialog)
         drawIcons();
     QtFramelessDialog::changeEvent(event);
+}
+
+// The list of names that go on like the typed one: Qt places it for the field,
+// X11 shows it as if the dialog were in the screen's corner, until it is moved.
+bool QtFileDialog::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Show || event->type() == QEvent::Move) {
+        auto *list = static_cast<QWidget *>(watched);
+        QRect place(m_name->mapToGlobal({0, m_name->height()}), list->size());
+        if (place.bottom() > screen()->availableGeometry().bottom())
+            place.moveBottom(m_name->mapToGlobal({0, 0}).y() - 1);
+        list->move(place.topLeft());
+    }
+    return QtFramelessDialog::eventFilter(watched, event);
 }
 
 QStringList QtFileDialog::run(Mode mode, QWidget *parent, const QString &caption, const QString &dir,

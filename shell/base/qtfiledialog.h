@@ -9,6 +9,7 @@
 #include <QStringList>
 
 class EmbeddedFileDialog;
+class QLineEdit;
 
 class QtFileDialog : public QtFramelessDialog
 {
@@ -47,6 +48,7 @@ public slots:
 
 protected:
     void changeEvent(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     static QStringList run(Mode mode, QWidget *parent, const QString &caption, const QString &dir,
@@ -54,4 +56,5 @@ private:
     void drawIcons();
 
     EmbeddedFileDialog *m_dialog;
+    QLineEdit *m_name = nullptr;
 };

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QBitmap>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPointer>
@@ -34,7 +35,8 @@ QWidget *frontWindow()
 } // namespace
 
 QtMessageTip::QtMessageTip()
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus)
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus |
+                           Qt::WindowTransparentForInput) // a bubble may lie over the next thing to click on
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -87,6 +89,7 @@ void QtMessageTip::showBelow(const QWidget *widget, const QString &text, int mil
 void QtMessageTip::sltTimeOut()
 {
     m_timer.stop();
+    qApp->removeEventFilter(this);
     hide();
 }
 
@@ -97,6 +100,7 @@ void QtMessageTip::present(const QString &text, Style style, int milliseconds)
     resize(fontMetrics().horizontalAdvance(text) + 20, fontMetrics().height() + 25);
     cutOut();
     m_timer.start(milliseconds);
+    qApp->installEventFilter(this);
     update();
 }
 
@@ -119,9 +123,12 @@ void QtMessageTip::paintEvent(QPaintEvent *)
     paintOn(this);
 }
 
-void QtMessageTip::mousePressEvent(QMouseEvent *)
+bool QtMessageTip::eventFilter(QObject *watched, QEvent *event)
 {
-    sltTimeOut();
+    if (event->type() == QEvent::MouseButtonPress &&
+        (m_style == Bubble || geometry().contains(static_cast<QMouseEvent *>(event)->globalPos())))
+        sltTimeOut();
+    return QWidget::eventFilter(watched, event);
 }
 
 void QtMessageTip::paintOn(QPaintDevice *device) const

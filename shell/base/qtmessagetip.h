@@ -1,7 +1,8 @@
 #pragma once
 
 // A notice that goes away by itself. One for the whole process: another text
-// while one is showing takes its place.
+// while one is showing takes its place. It is in nobody's way: a press goes to
+// what is below it, and takes a bubble away wherever it is.
 
 #include <QTimer>
 #include <QWidget>
@@ -38,7 +39,7 @@ public slots:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void mousePressEvent(QMouseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     QtMessageTip();

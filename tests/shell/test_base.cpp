@@ -191,6 +191,12 @@ private slots:
         QtMessageTip::showTip(QStringLiteral("再来"), 1);
         QCOMPARE(QtMessageTip::current(), first.data());
         QTRY_VERIFY(!first->isVisible()); // by its own timer
+        QWidget elsewhere;
+        for (const auto style : {QtMessageTip::Notice, QtMessageTip::Bubble}) {
+            QtMessageTip::showTipAt(QStringLiteral("挡住"), {40, 50}, 60000, style);
+            QTest::mousePress(&elsewhere, Qt::LeftButton, {}, {700, 500});
+            QCOMPARE(first->isVisible(), style == QtMessageTip::Notice);
+        }
 
         first->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
