@@ -12,6 +12,7 @@
 #include "app/apppaths.h"
 #include "app/startup.h"
 #include "bench/endurance/duty.h"
+#include "bench/heartbeat.h"
 #include "bench/processfigures.h"
 #include "shell/base/dialoganswers.h"
 #include "shell/window/mainwindow.h"
@@ -36,19 +37,13 @@ int openFiles()
     return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
 }
 
-// The minute's figures, and the worst of the whole run.
+// The figures of each minute.
 class Minutes
 {
 public:
     void begin()
     {
-        m_beat.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_beat, &QTimer::timeout, [this] {
-            m_worst = qMax(m_worst, double(m_sinceBeat.nsecsElapsed()) * 1e-6 - m_beat.interval());
-            m_sinceBeat.start();
-        });
-        m_sinceBeat.start();
-        m_beat.start(5);
+        m_beat.start();
         m_clock.start();
         m_cpu = ProcessFigures::cpuSeconds();
         std::printf("minute  worst stall  resident  open files  processor\n");
@@ -56,20 +51,17 @@ public:
     void end(int minute)
     {
         const double cpu = ProcessFigures::cpuSeconds();
-        std::printf("%6d  %8.1f ms  %5.0f MB  %10d  %7.1f %%\n", minute, m_worst,
+        std::printf("%6d  %8.1f ms  %5.0f MB  %10d  %7.1f %%\n", minute, m_beat.takeWorst(),
                     ProcessFigures::residentMegabytes(), openFiles(),
                     (cpu - m_cpu) / (double(m_clock.restart()) / 1000) * 100);
         std::fflush(stdout);
         m_cpu = cpu;
-        m_worst = 0;
     }
     void stop() { m_beat.stop(); }
 
 private:
-    QTimer m_beat;
-    QElapsedTimer m_sinceBeat;
+    Heartbeat m_beat;
     QElapsedTimer m_clock;
-    double m_worst = 0;
     double m_cpu = 0;
 };
 
