@@ -5,10 +5,8 @@
 
 #include <QByteArray>
 #include <QString>
-#include <memory>
 
 class QTextCodec;
-class QTextDecoder;
 
 namespace TextCodec {
 
@@ -20,13 +18,17 @@ QTextCodec *codec(int index);
 
 QByteArray encode(const QString &text, int index);
 
-// Decodes a whole byte sequence, incomplete characters included (they become
-// replacement characters or are dropped, as the codec does it).
+// Decodes a whole byte sequence; what is no character becomes a replacement
+// character. Half a GB18030 character at the end is left out.
 QString decode(const QByteArray &bytes, int index);
 
 // Text of a file whose encoding is not known: UTF-8 where the bytes are valid
 // UTF-8 (a byte order mark is dropped), GB18030 otherwise.
 QString decodeFile(const QByteArray &bytes);
+
+// Bytes of the GB18030 character at the place: 1, 2 or 4; 0 where there is none,
+// -1 where the bytes end inside of it.
+int gb18030Length(const QByteArray &bytes, int at);
 
 } // namespace TextCodec
 
@@ -35,18 +37,12 @@ QString decodeFile(const QByteArray &bytes);
 class StreamDecoder
 {
 public:
-    StreamDecoder();
-    ~StreamDecoder();
-
     // Decodes the next chunk. A codec index other than the last one's starts
     // afresh; bytes kept from before are dropped.
     QString decode(const char *bytes, int size, int codecIndex);
     void reset();
 
 private:
-    QString decodeUtf8(const QByteArray &chunk);
-
-    std::unique_ptr<QTextDecoder> m_decoder; // GB18030
-    QByteArray m_unfinished;                 // UTF-8: of the character that the last chunk cut
+    QByteArray m_unfinished; // of the character that the last chunk cut
     int m_codecIndex = -1;
 };

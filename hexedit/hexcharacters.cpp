@@ -56,23 +56,11 @@ int utf8Length(const QByteArray &bytes, int at)
     return length;
 }
 
-int gb18030Length(const QByteArray &bytes, int at)
-{
-    const auto byte = [&](int i) {
-        return at + i < bytes.size() ? static_cast<quint8>(bytes.at(at + i)) : quint8(0);
-    };
-    const auto isLead = [&](int i) { return isBetween(byte(i), 0x81, 0xFE); };
-    const auto isDigit = [&](int i) { return isBetween(byte(i), '0', '9'); };
-    if (!isLead(0))
-        return 1;
-    if (isBetween(byte(1), 0x40, 0x7E) || isBetween(byte(1), 0x80, 0xFE))
-        return 2;
-    return isDigit(1) && isLead(2) && isDigit(3) ? 4 : 1;
-}
-
 int lengthOf(const QByteArray &bytes, int at, int codec)
 {
-    return codec == ascii ? 1 : codec == TextCodec::Utf8 ? utf8Length(bytes, at) : gb18030Length(bytes, at);
+    return codec == ascii             ? 1
+           : codec == TextCodec::Utf8 ? utf8Length(bytes, at)
+                                      : std::max(1, TextCodec::gb18030Length(bytes, at));
 }
 
 // A character of several bytes.

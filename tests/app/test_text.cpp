@@ -59,6 +59,9 @@ void TestText::namesCodecs()
     QCOMPARE(TextCodec::encode(QStringLiteral("温"), 0), QByteArray("\xe6\xb8\xa9"));
     QCOMPARE(TextCodec::encode(QStringLiteral("温"), 1), QByteArray("\xce\xc2"));
     QCOMPARE(TextCodec::decode("\xce\xc2", 1), QStringLiteral("温"));
+    // Beyond the first plane, and half characters before a line end and at the end.
+    QCOMPARE(TextCodec::decode("\x94\x39\xfc\x36\xad\n\x81\x30\x81", 1),
+             QString::fromUcs4(U"\U0001F600\uFFFD\n"));
 }
 
 void TestText::readsFilesOfEitherEncoding()

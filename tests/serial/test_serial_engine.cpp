@@ -237,7 +237,7 @@ void TestSerialEngine::editsLeadToTheWholeText()
                 edit.backInserted;
 
         held = (held + bytes).right(20480);
-        QString whole = TextCodec::codec(codec)->toUnicode(held);
+        QString whole = TextCodec::decode(held, codec);
         whole.replace("\r\n", "\n").replace('\r', '\n');
         for (const ushort end : {ushort(0x2029), ushort(0xFDD0), ushort(0xFDD1)})
             whole.replace(QChar(end), '\n');
