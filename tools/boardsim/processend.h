@@ -1,10 +1,10 @@
 #pragma once
 
-// Says when the process is to end: on the usual signals, and when the process
-// that started it is gone.
+// Says when the process is to end: on the usual signals where there are any, and
+// when the process that started it is gone. In processend_posix.cpp and
+// processend_windows.cpp.
 
 #include <QObject>
-#include <QTimer>
 
 namespace Boardsim {
 
@@ -13,15 +13,11 @@ class ProcessEnd : public QObject
     Q_OBJECT
 
 public:
-    // At most one at a time. On systems without POSIX signals it never speaks.
+    // At most one at a time.
     explicit ProcessEnd(QObject *parent = nullptr);
 
 signals:
     void requested();
-
-private:
-    qint64 m_parent = 0;
-    QTimer m_parentWatch;
 };
 
 } // namespace Boardsim

@@ -1,8 +1,8 @@
 #include "tools/boardsim/processend.h"
 
 #include <QSocketNotifier>
+#include <QTimer>
 
-#ifdef Q_OS_UNIX
 #include <csignal>
 #include <unistd.h>
 
@@ -17,14 +17,12 @@ static void onSignal(int)
     (void)ignored;
 }
 }
-#endif
 
 namespace Boardsim {
 
 ProcessEnd::ProcessEnd(QObject *parent)
     : QObject(parent)
 {
-#ifdef Q_OS_UNIX
     if (::pipe(signalPipe) == 0) {
         auto *notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, this);
         connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
@@ -39,13 +37,12 @@ ProcessEnd::ProcessEnd(QObject *parent)
     }
     ::signal(SIGPIPE, SIG_IGN); // whoever read our messages may have gone
 
-    m_parent = ::getppid();
-    connect(&m_parentWatch, &QTimer::timeout, this, [this] {
-        if (::getppid() != m_parent)
+    auto *watch = new QTimer(this);
+    connect(watch, &QTimer::timeout, this, [this, starter = ::getppid()] {
+        if (::getppid() != starter)
             emit requested();
     });
-    m_parentWatch.start(500);
-#endif
+    watch->start(500);
 }
 
 } // namespace Boardsim
