@@ -1,33 +1,13 @@
 #include "serial/serialports.h"
 
+#include "serial/devicelisting.h"
 #include "serial/portname.h"
 
 #include <QSerialPortInfo>
 
-#ifdef Q_OS_LINUX
-#include <dirent.h>
-#endif
-
 namespace {
 
 constexpr int kAsksAfterChange = 3;
-
-// Something that changes whenever a device comes or goes; empty where there is
-// no cheap way to tell.
-QByteArray deviceListing()
-{
-    QByteArray names;
-#ifdef Q_OS_LINUX
-    if (DIR *folder = opendir("/sys/class/tty")) {
-        while (const dirent *item = readdir(folder)) {
-            names += item->d_name;
-            names += '/';
-        }
-        closedir(folder);
-    }
-#endif
-    return names;
-}
 
 // Asking the system takes several milliseconds, and the port watch asks once a
 // second: it is asked again only when a device has come or gone, and a few

@@ -1,0 +1,6 @@
+#include "serial/devicelisting.h"
+
+QByteArray deviceListing()
+{
+    return {};
+}
