@@ -20,7 +20,7 @@ namespace {
 QString firstInstalled(std::initializer_list<const char *> candidates, const QStringList &installed)
 {
     for (const char *candidate : candidates) {
-        const QString family = QString::fromLatin1(candidate);
+        const QString family = QString::fromUtf8(candidate);
         if (installed.contains(family, Qt::CaseInsensitive))
             return family;
     }
@@ -83,9 +83,10 @@ QString uiFontFamily()
     static const QString family = [] {
         const QFontDatabase fonts;
         const QStringList installed = fonts.families();
+        // A Chinese Windows lists its fonts under their Chinese names only.
         const QString known =
-            firstInstalled({"Microsoft YaHei", "Noto Sans CJK SC", "Source Han Sans SC", "PingFang SC",
-                            "WenQuanYi Micro Hei", "WenQuanYi Zen Hei", "SimHei"},
+            firstInstalled({"Microsoft YaHei", "微软雅黑", "Noto Sans CJK SC", "Source Han Sans SC",
+                            "PingFang SC", "WenQuanYi Micro Hei", "WenQuanYi Zen Hei", "SimHei", "黑体"},
                            installed);
         if (!known.isEmpty())
             return known;
