@@ -11,6 +11,8 @@
 #include <QWindow>
 #include <qt_windows.h>
 
+#include <shellapi.h>
+
 namespace {
 
 // Windows animates, snaps and minimises by click in the task bar only what has
@@ -45,6 +47,32 @@ long hitTestFor(Qt::Edges edges)
     if (edges == Qt::BottomEdge)
         return HTBOTTOM;
     return HTCLIENT;
+}
+
+// What a maximised window may cover. A task bar that hides takes no room from
+// the work area, but comes out only where a line at its edge is left to it.
+RECT workAreaOf(HMONITOR monitor, POINT *monitorOrigin)
+{
+    constexpr DWORD getHidingBar = 0x0b; // ABM_GETAUTOHIDEBAREX, since Windows 8
+    MONITORINFO info = {};
+    info.cbSize = sizeof info;
+    GetMonitorInfoW(monitor, &info);
+    *monitorOrigin = {info.rcMonitor.left, info.rcMonitor.top};
+    RECT area = info.rcWork;
+    const auto hasHidingBar = [&info](UINT edge) {
+        APPBARDATA bar = {};
+        bar.cbSize = sizeof bar;
+        bar.uEdge = edge;
+        bar.rc = info.rcMonitor;
+        return SHAppBarMessage(getHidingBar, &bar) != 0;
+    };
+    if (EqualRect(&area, &info.rcMonitor)) {
+        area.left += hasHidingBar(ABE_LEFT);
+        area.top += hasHidingBar(ABE_TOP);
+        area.right -= hasHidingBar(ABE_RIGHT);
+        area.bottom -= hasHidingBar(ABE_BOTTOM);
+    }
+    return area;
 }
 
 } // namespace
@@ -96,16 +124,33 @@ bool WindowsFrame::nativeEventFilter(const QByteArray &eventType, void *message,
         *result = hitTestFor(FrameGeometry::edgesAt(point, size, width));
         return *result != HTCLIENT;
     }
-    case WM_GETMINMAXINFO: {
-        MONITORINFO monitor = {};
-        monitor.cbSize = sizeof monitor;
-        if (!GetMonitorInfoW(MonitorFromWindow(handle, MONITOR_DEFAULTTONEAREST), &monitor))
+    case WM_WINDOWPOSCHANGING: {
+        // Of a monitor that is larger than the primary one, Windows makes the
+        // size given for WM_GETMINMAXINFO larger still by the difference.
+        auto *place = reinterpret_cast<WINDOWPOS *>(msg->lParam);
+        if (!IsZoomed(handle) || IsIconic(handle) || (place->flags & (SWP_NOSIZE | SWP_NOMOVE)))
             return false;
+        const RECT wanted = {place->x, place->y, place->x + place->cx, place->y + place->cy};
+        POINT origin = {};
+        const RECT area = workAreaOf(MonitorFromRect(&wanted, MONITOR_DEFAULTTONEAREST), &origin);
+        const int width = area.right - area.left;
+        const int height = area.bottom - area.top;
+        if (place->cx > width || place->cy > height) {
+            place->x = area.left;
+            place->y = area.top;
+            place->cx = width;
+            place->cy = height;
+        }
+        return false;
+    }
+    case WM_GETMINMAXINFO: {
+        POINT origin = {};
+        const RECT area = workAreaOf(MonitorFromWindow(handle, MONITOR_DEFAULTTONEAREST), &origin);
         auto *info = reinterpret_cast<MINMAXINFO *>(msg->lParam);
-        info->ptMaxPosition.x = monitor.rcWork.left - monitor.rcMonitor.left;
-        info->ptMaxPosition.y = monitor.rcWork.top - monitor.rcMonitor.top;
-        info->ptMaxSize.x = monitor.rcWork.right - monitor.rcWork.left;
-        info->ptMaxSize.y = monitor.rcWork.bottom - monitor.rcWork.top;
+        info->ptMaxPosition.x = area.left - origin.x;
+        info->ptMaxPosition.y = area.top - origin.y;
+        info->ptMaxSize.x = area.right - area.left;
+        info->ptMaxSize.y = area.bottom - area.top;
         const QSizeF smallest = QSizeF(m_window->minimumSize()) * m_window->devicePixelRatioF();
         info->ptMinTrackSize.x = qRound(smallest.width());
         info->ptMinTrackSize.y = qRound(smallest.height());
