@@ -26,6 +26,9 @@ bool QextSerialPort::open(QIODevice::OpenMode mode)
 {
     m_hungUp = false;
     m_port.setPortName(PortName::device(m_name));
+    // Windows refuses 1.5 stop bits with more than five data bits, even for the
+    // moment between setting the one and the other.
+    m_port.setStopBits(QSerialPort::OneStop);
     return m_port.open(mode);
 }
 
