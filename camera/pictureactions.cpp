@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
+#include <QDir>
 #include <QHBoxLayout>
 #include <QImageWriter>
 #include <QPushButton>
@@ -81,7 +82,7 @@ void PictureActions::save()
     if (fileName.isEmpty())
         return;
     if (write(picture, fileName))
-        emit signalNotify(QStringLiteral("图像已保存：") + fileName, kInformation);
+        emit signalNotify(QStringLiteral("图像已保存：") + QDir::toNativeSeparators(fileName), kInformation);
     else
         QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
 }

@@ -11,6 +11,7 @@
 #include "shell/base/iconfont.h"
 
 #include <QButtonGroup>
+#include <QDir>
 #include <QEvent>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -243,7 +244,7 @@ void HexEditWidget::showState()
     const bool open = !m_fileName.isEmpty();
     const QString name = open ? QFileInfo(m_fileName).fileName() : QStringLiteral("未打开文件");
     m_fileLabel->setText(m_edit->isModified() ? name + QStringLiteral(" *（未保存）") : name);
-    m_fileLabel->setToolTip(m_fileName);
+    m_fileLabel->setToolTip(QDir::toNativeSeparators(m_fileName));
     const qint64 selected = m_edit->selectionLength();
     m_selectionLabel->setText(selected > 0 ? QStringLiteral("选中: 0x%1起%2字节")
                                                  .arg(QString::number(m_edit->selectionBegin(), 16).toUpper())
@@ -280,7 +281,7 @@ void HexEditWidget::fillRecent()
     for (const QString &name : qAsConst(Settings::instance().recentFiles)) {
         QAction *action = m_recentMenu->addAction(
             QFileInfo(name).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
-        action->setToolTip(name);
+        action->setToolTip(QDir::toNativeSeparators(name));
         connect(action, &QAction::triggered, this, [this, name] { openFile(name); });
     }
     m_recentMenu->setToolTipsVisible(true);

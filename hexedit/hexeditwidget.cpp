@@ -8,6 +8,7 @@
 #include "shell/base/qtmessagetip.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QLabel>
@@ -265,7 +266,7 @@ void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome)
         QtMessageTip::showTip(QStringLiteral("  文件已保存  "), kTipMs);
         return;
     }
-    QString text = QStringLiteral("Cannot write file %1.").arg(m_fileName);
+    QString text = QStringLiteral("Cannot write file %1.").arg(QDir::toNativeSeparators(m_fileName));
     if (!outcome.kept.isEmpty())
         text += QLatin1Char('\n') + outcome.kept;
     m_selectionLabel->setText(QStringLiteral("保存失败: %1").arg(outcome.reason));

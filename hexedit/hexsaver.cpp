@@ -1,5 +1,6 @@
 #include "hexedit/hexsaver.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <QTemporaryFile>
@@ -148,8 +149,8 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
         temporary.remove();
         const QString rescue = rescueNameOf(target);
         if (replaces)
-            outcome.kept =
-                QStringLiteral("原文件保留在: ") + (QFile::rename(target, rescue) ? rescue : target);
+            outcome.kept = QStringLiteral("原文件保留在: ") +
+                           QDir::toNativeSeparators(QFile::rename(target, rescue) ? rescue : target);
         return outcome;
     }
     if (replaces && !QFile::remove(target)) {
@@ -157,7 +158,8 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
         return outcome;
     }
     if (!copy(temporary.fileName(), target)) {
-        outcome.reason = QStringLiteral("复制失败，内容保留在 ") + temporary.fileName();
+        outcome.reason =
+            QStringLiteral("复制失败，内容保留在 ") + QDir::toNativeSeparators(temporary.fileName());
         return outcome;
     }
     if (replaces)

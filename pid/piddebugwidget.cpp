@@ -16,6 +16,7 @@
 
 #include <QComboBox>
 #include <QDebug>
+#include <QDir>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -445,7 +446,7 @@ void PidDebugWidget::SltBtnExportClicked()
     if (!m_chart->exportTables(fileName))
         QtMessageBox::warning(this, kWarning, kCannotSave);
     else
-        emit signalNotify(QStringLiteral("文件已导出：") + fileName, kInformation);
+        emit signalNotify(QStringLiteral("文件已导出：") + QDir::toNativeSeparators(fileName), kInformation);
 }
 
 void PidDebugWidget::savePicture()
@@ -457,5 +458,5 @@ void PidDebugWidget::savePicture()
     if (!m_chart->savePicture(fileName))
         QtMessageBox::warning(this, kWarning, kCannotSave);
     else
-        emit signalNotify(QStringLiteral("图片已保存：") + fileName, kInformation);
+        emit signalNotify(QStringLiteral("图片已保存：") + QDir::toNativeSeparators(fileName), kInformation);
 }

@@ -4,6 +4,7 @@
 #include "shell/base/qtfiledialog.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
@@ -263,7 +264,7 @@ void FileSendPage::chooseFiles()
             continue;
         auto *item = new QListWidgetItem(m_files);
         item->setData(Qt::UserRole, name);
-        item->setToolTip(name);
+        item->setToolTip(QDir::toNativeSeparators(name));
     }
     describeFiles();
     m_hint->setVisible(m_files->count() == 0);

@@ -3,6 +3,7 @@
 #include "app/textcodec.h"
 
 #include <QDebug>
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -35,11 +36,12 @@ constexpr qint64 kLargeBlock = 1024;
 QString whyNotReadable(const QString &name)
 {
     const QFileInfo info(name);
+    const QString shown = QDir::toNativeSeparators(name);
     if (!info.exists())
-        return QStringLiteral("文件不存在: %1").arg(name);
+        return QStringLiteral("文件不存在: %1").arg(shown);
     if (info.isDir())
-        return QStringLiteral("不能传输文件夹: %1").arg(name);
-    return QStringLiteral("文件无法读取: %1").arg(name);
+        return QStringLiteral("不能传输文件夹: %1").arg(shown);
+    return QStringLiteral("文件无法读取: %1").arg(shown);
 }
 
 } // namespace
