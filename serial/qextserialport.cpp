@@ -29,7 +29,13 @@ bool QextSerialPort::open(QIODevice::OpenMode mode)
     // Windows refuses 1.5 stop bits with more than five data bits, even for the
     // moment between setting the one and the other.
     m_port.setStopBits(QSerialPort::OneStop);
-    return m_port.open(mode);
+    if (!m_port.open(mode))
+        return false;
+    // Boards that are USB devices themselves keep silent until they see it. Where
+    // Windows leaves it down, other systems raise it at opening; a port without
+    // modem lines refuses, which is no failure.
+    m_port.setDataTerminalReady(true);
+    return true;
 }
 
 void QextSerialPort::close()

@@ -60,7 +60,9 @@ void QtSerialPort::open(QString portName, int baudRate, int dataBits, int stopBi
     m_port->setDataBits(static_cast<QSerialPort::DataBits>(dataBits));
     m_port->setStopBits(stopBitsOf(stopBits));
     m_port->setParity(static_cast<QSerialPort::Parity>(parity));
-    if (!m_port->open(QIODevice::ReadWrite))
+    if (m_port->open(QIODevice::ReadWrite))
+        m_port->setDataTerminalReady(true); // see QextSerialPort
+    else
         QApplication::beep();
 }
 

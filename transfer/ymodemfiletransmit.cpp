@@ -129,6 +129,7 @@ bool YmodemFileTransmit::startTransmit()
         m_log.note(m_clock.elapsed(), m_reason);
         return false;
     }
+    m_port.setDataTerminalReady(true); // or a board that is a USB device keeps silent
     if (m_stopBits != QSerialPort::OneStop)
         m_port.setStopBits(m_stopBits);
     if (m_parity != QSerialPort::NoParity)
