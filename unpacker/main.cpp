@@ -100,9 +100,7 @@ int run(const std::vector<std::string> &arguments)
     const fs::path folder = isFinisher ? own.parent_path() : own;
     const std::string begun = Installation::begunFor(folder);
     Disk disk;
-    // Windows starts the application under any spelling of its name.
-    if (!isFinisher && !begun.empty() &&
-        PackageNames::folded(begun) == PackageNames::folded(self.filename().u8string())) {
+    if (!isFinisher && begun == self.filename().u8string()) {
         const Installation halfway(folder, begun, disk);
         if (Platform::start(halfway.finisher(), {}))
             return 0;
