@@ -7,6 +7,7 @@
 #include "camera/imageviewer.h"
 #include "camera/pictureactions.h"
 #include "network/clientsocket.h"
+#include "network/datagramsocket.h"
 #include "network/readgate.h"
 #include "network/tcpserver.h"
 #include "serial/qtserialport.h"
@@ -18,7 +19,6 @@
 #include <QDebug>
 #include <QHBoxLayout>
 #include <QPushButton>
-#include <QUdpSocket>
 #include <QVBoxLayout>
 
 namespace {
@@ -37,7 +37,7 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_server(new TcpServer(this))
     , m_socket(new ClientSocket(this))
-    , m_udp(new QUdpSocket(this))
+    , m_udp(new DatagramSocket(this))
     , m_serial(new QtSerialPort(this))
     , m_serialPause(this)
     , m_gate(new ReadGate([] { return qint64(0); }, this)) // what can't be shown is skipped

@@ -17,6 +17,7 @@
 class CameraLinkPanel;
 class CameraStatusRow;
 class ClientSocket;
+class DatagramSocket;
 class FormGroup;
 class FormPanel;
 class FrameShow;
@@ -25,7 +26,6 @@ class ImageViewer;
 class PictureActions;
 class QCheckBox;
 class QComboBox;
-class QUdpSocket;
 class QtSerialPort;
 class ReadGate;
 class TcpServer;
@@ -132,7 +132,7 @@ private:
 
     TcpServer *m_server;
     ClientSocket *m_socket;
-    QUdpSocket *m_udp;
+    DatagramSocket *m_udp;
     QtSerialPort *m_serial;
     QByteArray m_serialBytes; // gathered, until the line pauses
     QTimer m_serialPause;

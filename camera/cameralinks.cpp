@@ -5,7 +5,7 @@
 #include "camera/camerastatusrow.h"
 #include "camera/imageformatconfig.h"
 #include "network/clientsocket.h"
-#include "network/peeraddress.h"
+#include "network/datagramsocket.h"
 #include "network/readgate.h"
 #include "network/socketerror.h"
 #include "network/tcpserver.h"
@@ -14,8 +14,6 @@
 #include "shell/base/stateindicator.h"
 
 #include <QDebug>
-#include <QNetworkDatagram>
-#include <QUdpSocket>
 
 #include <utility>
 
@@ -23,7 +21,6 @@ namespace {
 
 constexpr int kInformation = 0;
 constexpr int kError = 255;
-constexpr int kDatagramBufferBytes = 8 * 1024 * 1024; // asked of the system, which may give less
 
 // A line hands over a few bytes at a time, and what tells packets apart is how
 // bytes come: an announcement that is cut is not waited for. So they are gathered
@@ -60,6 +57,7 @@ void CameraDebugWidget::connectLinks()
             [this](const QByteArray &bytes) { SltRecvImageData(kFromServer, bytes); });
     connect(m_socket, &ClientSocket::failed, this, &CameraDebugWidget::clientFailed);
     connect(m_udp, &QUdpSocket::readyRead, this, &CameraDebugWidget::SltReadyFromUdp);
+    connect(m_udp, &DatagramSocket::received, this, &CameraDebugWidget::SltRecvImageData);
     connect(m_serial, &QtSerialPort::bytesRead, this, &CameraDebugWidget::gatherSerial);
     m_serialPause.setSingleShot(true);
     m_serialPause.setTimerType(Qt::PreciseTimer);
@@ -79,8 +77,7 @@ void CameraDebugWidget::connectLinks()
 
 bool CameraDebugWidget::isLinkOpen() const
 {
-    return m_server->isListening() || m_socket->isOpen() || m_udp->state() == QAbstractSocket::BoundState ||
-           m_serial->isOpen();
+    return m_server->isListening() || m_socket->isOpen() || m_udp->isListening() || m_serial->isOpen();
 }
 
 void CameraDebugWidget::SltChangeProtocol(int)
@@ -124,19 +121,12 @@ void CameraDebugWidget::SltOpenLink()
     }
 }
 
-// The fields that every socket needs; what is wrong is pointed at.
 bool CameraDebugWidget::hasValidFields()
 {
-    const bool isClient = m_link->protocol() == CameraLinkPanel::TcpClient;
-    const bool hasAddress = isClient ? !m_link->serverAddress().isEmpty() : !m_link->localAddress().isNull();
-    if (m_link->port() == 0) {
-        m_link->hintPort();
-        showFailed(QStringLiteral("端口无效，范围为1到65535"));
-    } else if (!hasAddress) {
-        m_link->hintAddress();
-        showFailed(QStringLiteral("IP地址无效"));
-    }
-    return m_link->port() != 0 && hasAddress;
+    const QString fault = m_link->checkFields();
+    if (!fault.isEmpty())
+        showFailed(fault);
+    return fault.isEmpty();
 }
 
 void CameraDebugWidget::openServer()
@@ -164,9 +154,7 @@ void CameraDebugWidget::openClient()
 void CameraDebugWidget::openUdp()
 {
     const quint16 port = m_link->port();
-    // Not shared: of two programs on one port, the system would choose who hears.
-    if (m_udp->bind(m_link->localAddress(), port, QAbstractSocket::DontShareAddress)) {
-        m_udp->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, kDatagramBufferBytes);
+    if (m_udp->listen(m_link->localAddress(), port)) {
         showOpened(QStringLiteral("正在接收端口%1的数据").arg(port));
         emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port), kInformation);
         return;
@@ -269,17 +257,7 @@ void CameraDebugWidget::SltTcpError(QAbstractSocket::SocketError error)
 
 void CameraDebugWidget::SltReadyFromUdp()
 {
-    if (m_udp->state() != QAbstractSocket::BoundState)
-        return;
-    while (m_gate->isOpen() && m_udp->hasPendingDatagrams()) {
-        const QNetworkDatagram datagram = m_udp->receiveDatagram();
-        if (!datagram.isValid())
-            return;
-        SltRecvImageData(QStringLiteral("%1:%2")
-                             .arg(PeerAddress::text(datagram.senderAddress()))
-                             .arg(datagram.senderPort()),
-                         datagram.data());
-    }
+    m_udp->takeAll(*m_gate);
 }
 
 // ---- the serial port
@@ -355,7 +333,7 @@ qint64 CameraDebugWidget::send(const QByteArray &packet)
 qint64 CameraDebugWidget::sendDatagram(const QByteArray &packet)
 {
     const QHostAddress address = m_link->destinationAddress();
-    const bool isOpen = m_udp->state() == QAbstractSocket::BoundState;
+    const bool isOpen = m_udp->isListening();
     if (!isOpen || address.isNull() || m_link->destinationPort() == 0)
         return 0;
     return m_udp->writeDatagram(packet, address, m_link->destinationPort());

@@ -5,9 +5,9 @@
 #include "app/settingskeys.h"
 #include "network/clientlistpanel.h"
 #include "network/clientsocket.h"
+#include "network/datagramsocket.h"
 #include "network/networkconfigpanel.h"
 #include "network/networktoolwidget.h"
-#include "network/peeraddress.h"
 #include "network/readgate.h"
 #include "network/socketerror.h"
 #include "network/tcpserver.h"
@@ -17,8 +17,6 @@
 #include "shell/base/stateindicator.h"
 
 #include <QDebug>
-#include <QNetworkDatagram>
-#include <QUdpSocket>
 
 namespace {
 
@@ -32,7 +30,6 @@ const auto kFromServer = QStringLiteral(" 来自服务端消息 ");
 // not read are lost, so that more of them may wait.
 constexpr qint64 kMostStreamBacklog = 2LL * 1024 * 1024;
 constexpr qint64 kMostDatagramBacklog = 32LL * 1024 * 1024;
-constexpr int kDatagramBufferBytes = 8 * 1024 * 1024; // asked of the system, which may give less
 constexpr int kLargestDatagram = 65507;
 
 } // namespace
@@ -62,6 +59,9 @@ void NetworkToolWidget::connectSockets()
     connect(m_socket, &ClientSocket::failed, this,
             [this](const QString &why) { showFailed(QStringLiteral("连接失败: %1").arg(why)); });
     connect(m_udp, &QUdpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromUdp);
+    connect(m_udp, &DatagramSocket::received, this, [this](const QString &sender, const QByteArray &bytes) {
+        sltRecvSocketMessage(QStringLiteral(" UDP from %1 ").arg(sender), bytes);
+    });
 
     connect(m_gate, &ReadGate::closed, m_server, [this] { m_server->setReading(false); });
     connect(m_gate, &ReadGate::opened, this, [this] {
@@ -75,7 +75,7 @@ void NetworkToolWidget::connectSockets()
 
 void NetworkToolWidget::sltBtnOpenClicked()
 {
-    switch (m_config->type()) {
+    switch (m_config->protocol()) {
     case NetworkConfigPanel::TcpServer:
         return toggleServer();
     case NetworkConfigPanel::TcpClient:
@@ -95,7 +95,7 @@ void NetworkToolWidget::sltChangeNetType(int index)
 
 bool NetworkToolWidget::isLinkOpen() const
 {
-    return m_server->isListening() || m_socket->isOpen() || m_udp->state() == QAbstractSocket::BoundState;
+    return m_server->isListening() || m_socket->isOpen() || m_udp->isListening();
 }
 
 // What has already arrived is taken in first.
@@ -112,21 +112,12 @@ void NetworkToolWidget::closeLink()
     m_udp->abort();
 }
 
-// The fields that every link needs; what is wrong is pointed at.
 bool NetworkToolWidget::hasValidFields()
 {
-    const bool isClient = m_config->type() == NetworkConfigPanel::TcpClient;
-    const bool addressIsValid =
-        isClient ? !m_config->serverAddress().isEmpty() : !m_config->localAddress().isNull();
-    if (m_config->port() == 0)
-        m_config->hintPort();
-    else if (!addressIsValid)
-        m_config->hintAddress();
-    else
-        return true;
-    showFailed(m_config->port() == 0 ? QStringLiteral("端口无效，范围为1到65535")
-                                     : QStringLiteral("IP地址无效"));
-    return false;
+    const QString fault = m_config->checkFields();
+    if (!fault.isEmpty())
+        showFailed(fault);
+    return fault.isEmpty();
 }
 
 void NetworkToolWidget::toggleServer()
@@ -153,16 +144,14 @@ void NetworkToolWidget::toggleServer()
 
 void NetworkToolWidget::toggleUdp()
 {
-    if (m_udp->state() == QAbstractSocket::BoundState) {
+    if (m_udp->isListening()) {
         closeLink();
         showClosed(QString());
         return;
     }
     const QString port = m_config->portText();
     const bool valid = hasValidFields();
-    // Not shared: of two programs on one port, the system would choose who hears.
-    if (valid && m_udp->bind(m_config->localAddress(), m_config->port(), QAbstractSocket::DontShareAddress)) {
-        m_udp->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, kDatagramBufferBytes);
+    if (valid && m_udp->listen(m_config->localAddress(), m_config->port())) {
         showOpened(QStringLiteral("正在接收端口%1的数据").arg(port));
         saveSettings();
         emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port), kInformation);
@@ -225,11 +214,11 @@ void NetworkToolWidget::saveSettings()
 {
     using namespace SettingsKeys;
     const QHostAddress local = m_config->localAddress();
-    const bool isClient = m_config->type() == NetworkConfigPanel::TcpClient;
+    const bool isClient = m_config->protocol() == NetworkConfigPanel::TcpClient;
     const QString address = isClient                     ? m_config->serverAddress()
                             : local == QHostAddress::Any ? QStringLiteral("0.0.0.0")
                                                          : local.toString();
-    Settings::writeValue(NetTools::group, NetTools::netType, m_config->type());
+    Settings::writeValue(NetTools::group, NetTools::netType, m_config->protocol());
     Settings::writeValue(NetTools::group, NetTools::ipAddr, address);
     Settings::writeValue(NetTools::group, NetTools::port, m_config->port());
 }
@@ -309,17 +298,7 @@ void NetworkToolWidget::sltTcpError(QAbstractSocket::SocketError error)
 
 void NetworkToolWidget::sltReadyFromUdp()
 {
-    if (m_udp->state() != QAbstractSocket::BoundState)
-        return;
-    while (m_gate->isOpen() && m_udp->hasPendingDatagrams()) {
-        const QNetworkDatagram datagram = m_udp->receiveDatagram();
-        if (!datagram.isValid())
-            return;
-        sltRecvSocketMessage(QStringLiteral(" UDP from %1:%2 ")
-                                 .arg(PeerAddress::text(datagram.senderAddress()))
-                                 .arg(datagram.senderPort()),
-                             datagram.data());
-    }
+    m_udp->takeAll(*m_gate);
 }
 
 // ---- sending
@@ -331,7 +310,7 @@ void NetworkToolWidget::sltSendData(QByteArray byData)
         sent = sendToClients(byData);
     else if (m_socket->state() == QAbstractSocket::ConnectedState)
         sent = sendToHost(byData);
-    else if (m_udp->state() == QAbstractSocket::BoundState)
+    else if (m_udp->isListening())
         sent = sendDatagram(byData);
     if (sent <= 0)
         return;

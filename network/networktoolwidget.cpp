@@ -2,6 +2,7 @@
 
 #include "network/clientlistpanel.h"
 #include "network/clientsocket.h"
+#include "network/datagramsocket.h"
 #include "network/networkconfigpanel.h"
 #include "network/readgate.h"
 #include "network/tcpserver.h"
@@ -16,20 +17,19 @@
 
 #include <QPushButton>
 #include <QTime>
-#include <QUdpSocket>
 
 NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_server(new TcpServer(this))
     , m_socket(new ClientSocket(this))
-    , m_udp(new QUdpSocket(this))
+    , m_udp(new DatagramSocket(this))
 {
     setObjectName(QStringLiteral("NetworkToolWidget"));
     buildUi();
     m_gate = new ReadGate([this] { return m_terminal->queuedBytes(); }, this);
     connectParts();
     connectSockets();
-    sltChangeNetType(m_config->type());
+    sltChangeNetType(m_config->protocol());
     showCounts();
 }
 
@@ -67,7 +67,7 @@ void NetworkToolWidget::buildUi()
 
 void NetworkToolWidget::connectParts()
 {
-    connect(m_config, &NetworkConfigPanel::typeChanged, this, &NetworkToolWidget::sltChangeNetType);
+    connect(m_config, &NetworkConfigPanel::protocolChanged, this, &NetworkToolWidget::sltChangeNetType);
     connect(m_config, &NetworkConfigPanel::openClicked, this, &NetworkToolWidget::sltBtnOpenClicked);
     connect(m_clients, &ClientListPanel::disconnectClicked, this, &NetworkToolWidget::sltDisconnectClient);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &NetworkToolWidget::clearRecv);
@@ -104,7 +104,7 @@ void NetworkToolWidget::sltRecvSocketMessage(QString name, QByteArray byData)
         header += QStringLiteral("[Tcp client %1] ").arg(name);
     if (!hex && byData.endsWith("\r\n"))
         byData.chop(2); // the next message begins a line anyway
-    const bool isStream = m_config->type() != NetworkConfigPanel::Udp;
+    const bool isStream = m_config->protocol() != NetworkConfigPanel::Udp;
     m_terminal->showMessage(byData, header, hex, isStream ? name : QString());
 }
 

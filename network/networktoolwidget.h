@@ -11,9 +11,9 @@
 class ByteSpool;
 class ClientListPanel;
 class ClientSocket;
+class DatagramSocket;
 class FormPanel;
 class NetworkConfigPanel;
-class QUdpSocket;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class ReadGate;
@@ -103,7 +103,7 @@ private:
 
     TcpServer *m_server;
     ClientSocket *m_socket;
-    QUdpSocket *m_udp;
+    DatagramSocket *m_udp;
     ReadGate *m_gate = nullptr;
 
     qint64 m_sendCount = 0;
