@@ -7,49 +7,26 @@
 //
 // --frames: ends when so many have come, or nothing has come for three seconds.
 
-#include "app/apppaths.h"
-#include "app/startup.h"
 #include "bench/heartbeat.h"
+#include "bench/loadrun.h"
 #include "bench/processfigures.h"
 #include "camera/cameradebugwidget.h"
 #include "camera/frameshow.h"
-#include "shell/window/mainwindow.h"
 
-#include <QApplication>
-#include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QLineEdit>
-#include <QTabBar>
-#include <QTcpServer>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
 
 int main(int argc, char *argv[])
 {
-    Startup::setAttributes();
-    QApplication application(argc, argv);
-    QCommandLineParser parser;
-    for (const char *name : {"frames", "seconds"})
-        parser.addOption({QLatin1String(name), QString(), QStringLiteral("value")});
-    parser.process(application);
-    const qint64 expected = parser.value(QStringLiteral("frames")).toLongLong();
-    const qint64 seconds = parser.value(QStringLiteral("seconds")).toLongLong();
-
-    const QTemporaryDir root;
-    AppPaths::setRoot(root.path());
-    Startup::prepare(application);
-    MainWindow window;
-    window.resize(1000, 550);
-    window.show();
-    window.findChild<QTabBar *>(QStringLiteral("toolTabs"))->setCurrentIndex(CameraDebugWidget::pageIndex);
-    window.sltTabBarClicked(CameraDebugWidget::pageIndex, QString());
-    auto *page = window.findChild<CameraDebugWidget *>();
-    QTcpServer probe;
-    probe.listen();
-    const quint16 port = probe.serverPort();
-    probe.close();
+    LoadRun run(argc, argv, {"frames", "seconds"});
+    const qint64 expected = run.number("frames");
+    const qint64 seconds = run.number("seconds");
+    run.showPage(CameraDebugWidget::pageIndex);
+    auto *page = run.window().findChild<CameraDebugWidget *>();
+    const quint16 port = LoadRun::freePort();
     page->findChild<QLineEdit *>(QStringLiteral("editCameraPort"))->setText(QString::number(port));
 
     Heartbeat heartbeat;

@@ -11,26 +11,19 @@
 // --broadcast: when all peers are there, and again at the end, sends so many bytes to all.
 // --auto-send: sends 100 KB to all at this period for the seconds given.
 
-#include "app/apppaths.h"
-#include "app/startup.h"
 #include "bench/heartbeat.h"
+#include "bench/loadrun.h"
 #include "bench/processfigures.h"
 #include "network/networktoolwidget.h"
 #include "network/tcpserver.h"
 #include "serial/bytespool.h"
 #include "serial/qtterminalwidget.h"
-#include "shell/window/mainwindow.h"
 #include "tools/boardsim/payload.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
-#include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QLineEdit>
-#include <QTabBar>
-#include <QTcpServer>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -65,48 +58,25 @@ private:
     int m_wrong = 0;
 };
 
-quint16 freePort()
-{
-    QTcpServer probe;
-    probe.listen();
-    return probe.serverPort();
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    Startup::setAttributes();
-    QApplication application(argc, argv);
-    QCommandLineParser parser;
-    for (const char *name : {"expect", "peers", "broadcast", "auto-send", "seconds"})
-        parser.addOption({QLatin1String(name), QString(), QStringLiteral("value")});
-    for (const char *name : {"udp", "hex", "stop-show", "check"})
-        parser.addOption(QCommandLineOption(QLatin1String(name)));
-    parser.process(application);
-    const auto value = [&parser](const char *name) { return parser.value(QLatin1String(name)).toLongLong(); };
-    const auto isSet = [&parser](const char *name) { return parser.isSet(QLatin1String(name)); };
-
-    const QTemporaryDir root;
-    AppPaths::setRoot(root.path());
-    Startup::prepare(application);
-    MainWindow window;
-    window.resize(1000, 550);
-    window.show();
-    window.findChild<QTabBar *>(QStringLiteral("toolTabs"))->setCurrentIndex(NetworkToolWidget::pageIndex);
-    window.sltTabBarClicked(NetworkToolWidget::pageIndex, QString());
-    auto *page = window.findChild<NetworkToolWidget *>();
+    LoadRun run(argc, argv, {"expect", "peers", "broadcast", "auto-send", "seconds"},
+                {"udp", "hex", "stop-show", "check"});
+    run.showPage(NetworkToolWidget::pageIndex);
+    auto *page = run.window().findChild<NetworkToolWidget *>();
     auto *terminal = page->findChild<QtTerminalWidget *>();
     auto *server = page->findChild<TcpServer *>();
-    page->findChild<QAbstractButton *>(QStringLiteral("radioRecvHex"))->setChecked(isSet("hex"));
-    page->findChild<QAbstractButton *>(QStringLiteral("checkStopShow"))->setChecked(isSet("stop-show"));
-    page->findChild<QComboBox *>(QStringLiteral("comboNetType"))->setCurrentIndex(isSet("udp") ? 2 : 0);
-    const quint16 port = freePort();
+    page->findChild<QAbstractButton *>(QStringLiteral("radioRecvHex"))->setChecked(run.isSet("hex"));
+    page->findChild<QAbstractButton *>(QStringLiteral("checkStopShow"))->setChecked(run.isSet("stop-show"));
+    page->findChild<QComboBox *>(QStringLiteral("comboNetType"))->setCurrentIndex(run.isSet("udp") ? 2 : 0);
+    const quint16 port = LoadRun::freePort();
     page->findChild<QLineEdit *>(QStringLiteral("editPort"))->setText(QString::number(port));
 
     PeerCheck check;
-    if (isSet("check")) {
-        check.expectUpTo(value("expect") / value("peers"));
+    if (run.isSet("check")) {
+        check.expectUpTo(run.number("expect") / run.number("peers"));
         QObject::connect(server, &TcpServer::signalReadMessage, page,
                          [&check](const QString &name, const QByteArray &data) { check.take(name, data); });
     }
@@ -118,7 +88,7 @@ int main(int argc, char *argv[])
     Heartbeat heartbeat;
     const auto received = [page] { return page->counts().value(1).toLongLong(); };
     const auto broadcast = [&] {
-        page->sltSendData(QByteArray(int(value("broadcast")), 'b'));
+        page->sltSendData(QByteArray(int(run.number("broadcast")), 'b'));
         std::printf("sent to all: %s bytes in all\n", qPrintable(page->counts().value(0)));
     };
     QElapsedTimer clock; // from the first byte, or from the first sending
@@ -134,28 +104,28 @@ int main(int argc, char *argv[])
     QObject::connect(&sampler, &QTimer::timeout, [&] {
         const qint64 bytes = received();
         mostResident = qMax(mostResident, ProcessFigures::residentMegabytes());
-        const bool allThere = isSet("peers") && server->clientCount() >= value("peers");
-        if (!clock.isValid() && (bytes > 0 || (isSet("auto-send") && allThere))) {
+        const bool allThere = run.isSet("peers") && server->clientCount() >= run.number("peers");
+        if (!clock.isValid() && (bytes > 0 || (run.isSet("auto-send") && allThere))) {
             clock.start();
             cpuBefore = ProcessFigures::cpuSeconds();
-            if (isSet("auto-send"))
-                sender.start(int(value("auto-send")));
+            if (run.isSet("auto-send"))
+                sender.start(int(run.number("auto-send")));
         }
         if (!clock.isValid())
             return;
         if (clock.elapsed() / 1000 >= residents.size())
             residents.append(ProcessFigures::residentMegabytes());
-        if (isSet("broadcast") && allThere && !broadcastDone) {
+        if (run.isSet("broadcast") && allThere && !broadcastDone) {
             broadcastDone = true;
             broadcast();
         }
         if (bytes != before || terminal->queuedBytes() > 0)
             lastCame = clock.elapsed();
         before = bytes;
-        const bool complete = isSet("expect") && bytes >= value("expect");
-        const bool over = isSet("seconds") && clock.elapsed() > value("seconds") * 1000;
+        const bool complete = run.isSet("expect") && bytes >= run.number("expect");
+        const bool over = run.isSet("seconds") && clock.elapsed() > run.number("seconds") * 1000;
         const qint64 quiet = clock.elapsed() - lastCame;
-        if (over || (!isSet("seconds") && quiet > (complete ? 1000 : 3000)))
+        if (over || (!run.isSet("seconds") && quiet > (complete ? 1000 : 3000)))
             QCoreApplication::quit();
     });
 
@@ -168,7 +138,7 @@ int main(int argc, char *argv[])
     });
     QApplication::exec();
 
-    if (isSet("broadcast")) {
+    if (run.isSet("broadcast")) {
         broadcast();
         for (QElapsedTimer wait; !wait.isValid() || !wait.hasExpired(1000);) {
             if (!wait.isValid())
@@ -176,7 +146,7 @@ int main(int argc, char *argv[])
             QCoreApplication::processEvents();
         }
     }
-    const double seconds = double(qMax<qint64>(1, isSet("seconds") ? clock.elapsed() : lastCame)) / 1000;
+    const double seconds = double(qMax<qint64>(1, run.isSet("seconds") ? clock.elapsed() : lastCame)) / 1000;
     std::printf("received %lld, recorded %lld, sent %s, %.1f s, %.1f MB/s, worst stall %.1f ms, "
                 "cpu %.1f s, resident at most %.0f MB; each second:",
                 static_cast<long long>(received()), static_cast<long long>(page->spool().size()),
@@ -185,7 +155,7 @@ int main(int argc, char *argv[])
     for (const double resident : qAsConst(residents))
         std::printf(" %.0f", resident);
     std::printf("\n");
-    if (isSet("check"))
+    if (run.isSet("check"))
         check.report();
     QElapsedTimer closing;
     closing.start();

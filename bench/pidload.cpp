@@ -6,20 +6,14 @@
 //
 //   pidload --port COM3 --seconds 60 [--picture FILE]
 
-#include "app/apppaths.h"
-#include "app/startup.h"
 #include "bench/heartbeat.h"
+#include "bench/loadrun.h"
 #include "bench/processfigures.h"
 #include "pid/piddebugwidget.h"
 #include "pid/pidplot.h"
-#include "shell/window/mainwindow.h"
-#include "shell/window/qttabbar.h"
 
-#include <QApplication>
 #include <QComboBox>
-#include <QCommandLineParser>
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -42,26 +36,12 @@ struct Sample
 
 int main(int argc, char *argv[])
 {
-    Startup::setAttributes();
-    QApplication application(argc, argv);
-    QCommandLineParser parser;
-    for (const char *name : {"port", "seconds", "picture"})
-        parser.addOption({QLatin1String(name), QString(), QStringLiteral("value")});
-    parser.process(application);
-    const int seconds = parser.value(QStringLiteral("seconds")).toInt();
-
-    const QTemporaryDir root;
-    AppPaths::setRoot(root.path());
-    Startup::prepare(application);
-    MainWindow window;
-    window.resize(1000, 550);
-    window.show();
-    auto *tabs = window.findChild<QtTabBar *>();
-    emit tabs->clicked(3, QString());
-    auto *page = window.findChild<PidDebugWidget *>();
+    LoadRun run(argc, argv, {"port", "seconds", "picture"});
+    const int seconds = static_cast<int>(run.number("seconds"));
+    run.showPage(3); // in the window's stack
+    auto *page = run.window().findChild<PidDebugWidget *>();
     auto *plot = page->findChild<PidPlot *>();
-    page->findChild<QComboBox *>(QStringLiteral("comboPidPort"))
-        ->setEditText(parser.value(QStringLiteral("port")));
+    page->findChild<QComboBox *>(QStringLiteral("comboPidPort"))->setEditText(run.text("port"));
 
     Heartbeat heartbeat;
 
@@ -124,7 +104,6 @@ int main(int argc, char *argv[])
 
     std::printf("received %llu reports, worst stall %.1f ms, longest time without a picture %.1f ms\n",
                 static_cast<unsigned long long>(page->actualReports()), heartbeat.worst(), longestGap);
-    if (parser.isSet(QStringLiteral("picture")))
-        window.grab().save(parser.value(QStringLiteral("picture")));
+    run.savePicture();
     return 0;
 }

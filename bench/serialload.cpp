@@ -6,22 +6,17 @@
 //   serialload --port COM3 --total BYTES [--hex] [--stamp] [--log-mode]
 //              [--encoding utf8] [--seed 1] [--no-heartbeat] [--picture FILE]
 
-#include "app/apppaths.h"
-#include "app/startup.h"
 #include "bench/heartbeat.h"
+#include "bench/loadrun.h"
 #include "bench/processfigures.h"
 #include "serial/bytespool.h"
 #include "serial/qtterminalwidget.h"
 #include "serial/serialportwidget.h"
-#include "shell/window/mainwindow.h"
 #include "tools/boardsim/payload.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
-#include <QCommandLineParser>
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -60,37 +55,22 @@ bool spoolEqualsPayload(const ByteSpool &spool, Boardsim::Encoding encoding, qui
 
 int main(int argc, char *argv[])
 {
-    Startup::setAttributes();
-    QApplication application(argc, argv);
-    QCommandLineParser parser;
-    for (const char *name : {"port", "total", "encoding", "seed", "picture"})
-        parser.addOption({QLatin1String(name), QString(), QStringLiteral("value")});
-    for (const char *name : {"hex", "stamp", "log-mode", "no-heartbeat"})
-        parser.addOption(QCommandLineOption(QLatin1String(name)));
-    parser.process(application);
-    const qint64 total = parser.value(QStringLiteral("total")).toLongLong();
+    LoadRun run(argc, argv, {"port", "total", "encoding", "seed", "picture"},
+                {"hex", "stamp", "log-mode", "no-heartbeat"});
+    const qint64 total = run.number("total");
     Boardsim::Encoding encoding = Boardsim::Encoding::Utf8;
-    Boardsim::encodingFromName(parser.value(QStringLiteral("encoding")), &encoding);
-    const quint32 seed =
-        parser.isSet(QStringLiteral("seed")) ? parser.value(QStringLiteral("seed")).toUInt() : 1;
+    Boardsim::encodingFromName(run.text("encoding"), &encoding);
+    const quint32 seed = run.isSet("seed") ? static_cast<quint32>(run.number("seed")) : 1;
 
-    const QTemporaryDir root;
-    AppPaths::setRoot(root.path());
-    Startup::prepare(application);
-    MainWindow window;
-    window.resize(1000, 550);
-    window.show();
-
-    auto *page = window.findChild<SerialportWidget *>();
+    auto *page = run.window().findChild<SerialportWidget *>();
     auto *terminal = page->findChild<QtTerminalWidget *>();
-    if (parser.isSet(QStringLiteral("hex")))
+    if (run.isSet("hex"))
         check(page, "radioRecvHex");
-    if (parser.isSet(QStringLiteral("stamp")))
+    if (run.isSet("stamp"))
         check(page, "checkTimeStamp");
-    if (parser.isSet(QStringLiteral("log-mode")))
+    if (run.isSet("log-mode"))
         check(page, "checkLogMode");
-    page->findChild<QComboBox *>(QStringLiteral("comboPort"))
-        ->setEditText(parser.value(QStringLiteral("port")));
+    page->findChild<QComboBox *>(QStringLiteral("comboPort"))->setEditText(run.text("port"));
 
     Heartbeat heartbeat;
 
@@ -118,7 +98,7 @@ int main(int argc, char *argv[])
     // open port) is out, before the port is opened.
     QTimer::singleShot(1500, [&] {
         page->SltOpenSerialport();
-        if (!parser.isSet(QStringLiteral("no-heartbeat")))
+        if (!run.isSet("no-heartbeat"))
             heartbeat.start();
         samples.append({0, ProcessFigures::cpuSeconds()});
         sampler.start(50);
@@ -148,7 +128,6 @@ int main(int argc, char *argv[])
                 equal ? "equal" : "DIFFERENT", double(clock.elapsed()) / 1000, heartbeat.worst(),
                 cpu / (double(total) / kMegabyte), cpuBetween(0, kMegabyte),
                 cpuBetween(total - kMegabyte, total), ProcessFigures::residentMegabytes());
-    if (parser.isSet(QStringLiteral("picture")))
-        window.grab().save(parser.value(QStringLiteral("picture")));
+    run.savePicture();
     return equal ? 0 : 1;
 }

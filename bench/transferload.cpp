@@ -8,23 +8,18 @@
 // "--baud" is what the page sets, "--line" the speed that the line really has
 // (0, the default: it takes no time).
 
-#include "app/apppaths.h"
-#include "app/startup.h"
 #include "bench/heartbeat.h"
+#include "bench/loadrun.h"
 #include "bench/processfigures.h"
 #include "serial/qtsendboxwidget.h"
 #include "serial/serialportwidget.h"
 #include "shell/base/dialoganswers.h"
-#include "shell/window/mainwindow.h"
 #include "transfer/ymodemfiletransmit.h"
 
-#include <QApplication>
 #include <QComboBox>
-#include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cmath>
@@ -43,7 +38,7 @@ double ceiling(double lineBaud)
     return kBlockBytes / (kStepSeconds * std::max(1.0, std::ceil(onTheWire / kStepSeconds)));
 }
 
-struct Run
+struct Sending
 {
     QElapsedTimer clock; // since block 0
     double seconds = 0;  // until the batch's end was acknowledged
@@ -51,7 +46,7 @@ struct Run
 };
 
 // Begins to send as a user does, with the port open and the file page shown.
-void send(SerialportWidget *page, Run *run)
+void send(SerialportWidget *page, Sending *sending)
 {
     page->findChild<QPushButton *>(QStringLiteral("btnOpenFiles"))->click();
     page->findChild<QPushButton *>(QStringLiteral("btnSendFiles"))->click();
@@ -60,16 +55,16 @@ void send(SerialportWidget *page, Run *run)
         QCoreApplication::quit();
         return;
     }
-    QObject::connect(driver, &YmodemFileTransmit::transmitStatus, page, [run](Ymodem::Status status) {
-        if (status == Ymodem::Establish && !run->clock.isValid())
-            run->clock.start();
+    QObject::connect(driver, &YmodemFileTransmit::transmitStatus, page, [sending](Ymodem::Status status) {
+        if (status == Ymodem::Establish && !sending->clock.isValid())
+            sending->clock.start();
         if (status < Ymodem::Finish)
             return;
-        if (run->status >= 0) // the port is free again
+        if (sending->status >= 0) // the port is free again
             QCoreApplication::quit();
-        else if (run->clock.isValid())
-            run->seconds = double(run->clock.nsecsElapsed()) * 1e-9;
-        run->status = status;
+        else if (sending->clock.isValid())
+            sending->seconds = double(sending->clock.nsecsElapsed()) * 1e-9;
+        sending->status = status;
     });
 }
 
@@ -77,33 +72,19 @@ void send(SerialportWidget *page, Run *run)
 
 int main(int argc, char *argv[])
 {
-    Startup::setAttributes();
-    QApplication application(argc, argv);
-    QCommandLineParser parser;
-    for (const char *name : {"port", "file", "baud", "line", "picture"})
-        parser.addOption({QLatin1String(name), QString(), QStringLiteral("value")});
-    parser.process(application);
-    const QString file = QFileInfo(parser.value(QStringLiteral("file"))).absoluteFilePath();
+    LoadRun run(argc, argv, {"port", "file", "baud", "line", "picture"});
+    const QString file = QFileInfo(run.text("file")).absoluteFilePath();
 
-    const QTemporaryDir root;
-    AppPaths::setRoot(root.path());
-    Startup::prepare(application);
-    MainWindow window;
-    window.resize(1000, 550);
-    window.show();
-
-    auto *page = window.findChild<SerialportWidget *>();
+    auto *page = run.window().findChild<SerialportWidget *>();
     page->findChild<QtSendBoxWidget *>()->setCurrentPage(QtSendBoxWidget::FilePage);
-    page->findChild<QComboBox *>(QStringLiteral("comboPort"))
-        ->setEditText(parser.value(QStringLiteral("port")));
-    if (parser.isSet(QStringLiteral("baud")))
-        page->findChild<QComboBox *>(QStringLiteral("comboBaudRate"))
-            ->setCurrentText(parser.value(QStringLiteral("baud")));
+    page->findChild<QComboBox *>(QStringLiteral("comboPort"))->setEditText(run.text("port"));
+    if (run.isSet("baud"))
+        page->findChild<QComboBox *>(QStringLiteral("comboBaudRate"))->setCurrentText(run.text("baud"));
     DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
 
     Heartbeat heartbeat;
 
-    Run run;
+    Sending sending;
     double cpu = 0;
     // The window is up and idle, and the first list of ports (which closes an
     // open port) is out, before the port is opened.
@@ -111,24 +92,24 @@ int main(int argc, char *argv[])
     QTimer::singleShot(2000, [&] {
         heartbeat.start();
         cpu = ProcessFigures::cpuSeconds();
-        send(page, &run);
+        send(page, &sending);
     });
-    if (parser.isSet(QStringLiteral("picture"))) {
+    if (run.isSet("picture")) {
         QTimer::singleShot(5000, [&] {
-            window.grab().save(parser.value(QStringLiteral("picture")));
+            run.savePicture();
             heartbeat.skip();
         });
     }
     QApplication::exec();
 
     cpu = ProcessFigures::cpuSeconds() - cpu;
-    const double line = parser.value(QStringLiteral("line")).toDouble();
-    const double rate = run.seconds > 0 ? double(QFileInfo(file).size()) / run.seconds : 0;
-    std::printf("%.2f s, %.0f bytes/s, %.1f %% of the %.0f that 10 ms a step allow", run.seconds, rate,
+    const double line = run.text("line").toDouble();
+    const double rate = sending.seconds > 0 ? double(QFileInfo(file).size()) / sending.seconds : 0;
+    std::printf("%.2f s, %.0f bytes/s, %.1f %% of the %.0f that 10 ms a step allow", sending.seconds, rate,
                 rate / ceiling(line) * 100, ceiling(line));
     if (line > 0)
         std::printf(", %.1f %% of the line", rate / line * 1000);
     std::printf(", worst stall %.1f ms, cpu %.2f s, %s\n", heartbeat.worst(), cpu,
-                run.status == Ymodem::Finish ? "finished" : "FAILED");
-    return run.status == Ymodem::Finish ? 0 : 1;
+                sending.status == Ymodem::Finish ? "finished" : "FAILED");
+    return sending.status == Ymodem::Finish ? 0 : 1;
 }
