@@ -284,6 +284,14 @@ void TestCameraLink::decodesRgb565_data()
                                   "1234"
                                   "5678"
                                   "ffff");
+    const QByteArray firstRow = hex("000000"
+                                    "0000f8"
+                                    "00fc00"
+                                    "aaaa"
+                                    "000000"
+                                    "000000"
+                                    "000000"
+                                    "aaaa");
     QTest::newRow("little") << source << false
                             << hex("f80000"
                                    "0000f8"
@@ -293,24 +301,8 @@ void TestCameraLink::decodesRgb565_data()
                                    "7808b0"
                                    "308090"
                                    "aaaa");
-    QTest::newRow("exact payload") << source.left(12) << false
-                                   << hex("000000"
-                                          "0000f8"
-                                          "00fc00"
-                                          "aaaa"
-                                          "000000"
-                                          "000000"
-                                          "000000"
-                                          "aaaa");
-    QTest::newRow("odd bytes") << source.left(11) << false
-                               << hex("000000"
-                                      "0000f8"
-                                      "00fc00"
-                                      "aaaa"
-                                      "000000"
-                                      "000000"
-                                      "000000"
-                                      "aaaa");
+    QTest::newRow("exact payload") << source.left(12) << false << firstRow;
+    QTest::newRow("odd bytes") << source.left(11) << false << firstRow;
     QTest::newRow("nothing") << QByteArray() << true
                              << hex("000000"
                                     "000000"
