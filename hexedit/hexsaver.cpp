@@ -1,6 +1,5 @@
 #include "hexedit/hexsaver.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <QTemporaryFile>
