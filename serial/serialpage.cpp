@@ -1,0 +1,62 @@
+// What SerialportWidget is made of.
+
+#include "serial/filesendpage.h"
+#include "serial/filetransfer.h"
+#include "serial/qextserialport.h"
+#include "serial/qtterminalwidget.h"
+#include "serial/recvoptions.h"
+#include "serial/sendoptions.h"
+#include "serial/serialconfigpanel.h"
+#include "serial/serialportwidget.h"
+#include "serial/workarea.h"
+#include "shell/base/formpanel.h"
+
+#include <QPushButton>
+
+void SerialportWidget::buildUi()
+{
+    m_area = new WorkArea(QtSendBoxWidget::Serial, QStringLiteral("serial"),
+                          QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"), this);
+    m_terminal = m_area->terminal();
+    m_received = m_area->received();
+    m_sendBox = m_area->sendBox();
+    m_state = m_area->state();
+
+    m_panel = new FormPanel(this);
+    m_panel->setObjectName(QStringLiteral("configPanel"));
+    m_config = new SerialConfigPanel(m_panel);
+    m_recvOptions = new RecvOptions(m_panel);
+    m_sendOptions = new SendOptions(m_sendBox, m_panel);
+    m_panel->addWidget(m_config);
+    m_panel->addWidget(m_recvOptions);
+    m_panel->addWidget(m_sendOptions);
+    m_area->placeBeside(m_panel, m_sendOptions->lastField());
+}
+
+void SerialportWidget::connectParts()
+{
+    connect(m_port.get(), &QextSerialPort::readyRead, this, &SerialportWidget::sltInterruptDetection);
+    connect(&m_recvTimer, &QTimer::timeout, this, &SerialportWidget::SltRecvFromSerialport);
+    // Queued: the report comes from within the port's own reading.
+    connect(m_port.get(), &QextSerialPort::hungUp, this, &SerialportWidget::portVanished,
+            Qt::QueuedConnection);
+    connect(m_area, &WorkArea::countsDue, this, &SerialportWidget::showCounts);
+
+    connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
+    connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
+    connect(m_recvOptions, &RecvOptions::saveClicked, this, &SerialportWidget::SltSaveDataToFile);
+    connect(m_recvOptions, &RecvOptions::delayChanged, this, &SerialportWidget::SltDelayChanged);
+    connect(m_sendOptions, &SendOptions::pageChosen, this, &SerialportWidget::SltChangeSendPage);
+    connect(m_sendOptions, &SendOptions::intervalEdited, this, &SerialportWidget::SltChangeAutoInterval);
+    connect(m_area->foldButton(), &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
+    connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &SerialportWidget::SltWriteDataToSerialport);
+    connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
+    connect(m_area, &WorkArea::notify, this, &SerialportWidget::signalNotify);
+    connect(m_area, &WorkArea::clearRequested, this, &SerialportWidget::clearRecv);
+    connect(m_sendBox, &QtSendBoxWidget::signalSendFile, this, &SerialportWidget::sltSendXYmodemFile);
+    connect(m_sendBox->filePage()->logButton(), &QPushButton::clicked, this,
+            [this] { m_transfer->showLog(this); });
+    connect(m_transfer, &FileTransfer::handedOver, this, &SerialportWidget::givePortAway);
+    connect(m_transfer, &FileTransfer::returned, this, &SerialportWidget::takePortBack);
+    connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::signalNotify);
+}
