@@ -1,142 +1,7 @@
 // The engine against scripted receivers: whole sessions as the bytes that go
 // each way, and the rules for silence, errors and cancelling by count of steps.
 
-#include "transfer/ymodem.h"
-
-#include <QByteArray>
-#include <QVector>
-#include <QtTest>
-
-namespace {
-
-const QByteArray kCancel("\x18\x18\x18\x18\x18");
-
-// Bit by bit from the definition, on a message followed by 16 zero bits.
-QByteArray crc(const QByteArray &data)
-{
-    quint32 remainder = 0;
-    for (const char byte : data + QByteArray(2, '\0'))
-        for (int bit = 7; bit >= 0; --bit) {
-            remainder = remainder << 1 | (static_cast<uchar>(byte) >> bit & 1u);
-            if (remainder & 0x10000)
-                remainder ^= 0x11021;
-        }
-    return QByteArray(1, static_cast<char>(remainder >> 8)) + static_cast<char>(remainder & 0xFF);
-}
-
-QByteArray packet(int number, const QByteArray &content, int size)
-{
-    const QByteArray data = content + QByteArray(size - content.size(), '\0');
-    return QByteArray(1, size == 128 ? '\x01' : '\x02') + static_cast<char>(number) +
-           static_cast<char>(255 - number) + data + crc(data);
-}
-
-QByteArray content(int size)
-{
-    QByteArray bytes(size, '\0');
-    for (int i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>(i * 7 + i / 251);
-    return bytes;
-}
-
-// Files from memory; what is written is kept, what is "received" is fed.
-class Sender : public Ymodem
-{
-public:
-    Sender(uint32 divider = 9, uint32 silence = 3, uint32 errors = 4)
-        : Ymodem(divider, silence, errors)
-    {
-    }
-
-    // One step with these bytes waiting; what was written in it.
-    QByteArray step(const QByteArray &received = {})
-    {
-        input += received;
-        output.clear();
-        transmitStep();
-        return output;
-    }
-    // Steps until something is written or an end is reported; how many.
-    int silentSteps(int most)
-    {
-        output.clear();
-        for (int i = 1; i <= most; ++i) {
-            transmitStep();
-            if (!output.isEmpty() || !reported.isEmpty())
-                return i;
-        }
-        return -1;
-    }
-
-    QVector<QByteArray> files;
-    int index = 0;
-    int offset = 0;
-    bool refuses = false;
-    QByteArray input;
-    QByteArray output;
-    QVector<int> reported; // statuses 3 to 6
-    int fetches = 0;
-
-protected:
-    uint8 statusCallback(Status status, uint8 *buffer, uint32 *length) override
-    {
-        if (status == Establish) {
-            if (refuses)
-                return 0x18;
-            if (index == files.size())
-                return 0x04;
-            const QByteArray name = "f" + QByteArray::number(index);
-            std::copy(name.begin(), name.end(), buffer);
-            offset = 0;
-            ++index;
-            return 0x06;
-        }
-        if (status != Transmit) {
-            reported.append(status);
-            return 0x18;
-        }
-        ++fetches;
-        if (refuses)
-            return 0x18;
-        const QByteArray &file = files.at(index - 1);
-        if (offset == file.size())
-            return 0x04;
-        const int size = file.size() - offset < 129 ? 128 : 1024;
-        const QByteArray part = file.mid(offset, size);
-        std::copy(part.begin(), part.end(), buffer);
-        offset += part.size();
-        *length = static_cast<uint32>(size);
-        return 0x06;
-    }
-    uint32 readBytes(uint8 *buffer, uint32 length) override
-    {
-        const int count = qMin(input.size(), static_cast<int>(length));
-        std::copy_n(input.begin(), count, buffer);
-        input.remove(0, count);
-        return static_cast<uint32>(count);
-    }
-    uint32 writeBytes(uint8 *buffer, uint32 length) override
-    {
-        output.append(reinterpret_cast<const char *>(buffer), static_cast<int>(length));
-        return length;
-    }
-};
-
-// A sender whose block 0 has been sent, or whose first packet has.
-void establish(Sender &sender)
-{
-    QCOMPARE(sender.step("C"), QByteArray()); // wakes up only
-    QCOMPARE(sender.step(), packet(0, "f0", 128));
-}
-
-void transmit(Sender &sender)
-{
-    establish(sender);
-    QCOMPARE(sender.step("\x06"), QByteArray());
-    QVERIFY(!sender.step("C").isEmpty());
-}
-
-} // namespace
+#include "tests/transfer/memorysender.h"
 
 class TestYmodem : public QObject
 {
@@ -170,7 +35,7 @@ void TestYmodem::computesTheCheck()
 // Two files, one of them empty, to the end of the batch: each step's bytes.
 void TestYmodem::sendsABatch()
 {
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(300), QByteArray()};
     const QByteArray block = packet(1, content(300), 1024);
     QCOMPARE(block.left(3), QByteArray("\x02\x01\xFE"));
@@ -210,7 +75,7 @@ void TestYmodem::cutsFilesIntoBlocks()
 {
     QFETCH(int, size);
     QFETCH(QVector<int>, blocks);
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(size)};
     establish(sender);
     QCOMPARE(sender.step("\x06"), QByteArray());
@@ -225,7 +90,7 @@ void TestYmodem::cutsFilesIntoBlocks()
 
 void TestYmodem::wrapsSequenceNumbers()
 {
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(258 * 1024)};
     transmit(sender);
     for (int number = 2; number <= 258; ++number)
@@ -235,7 +100,7 @@ void TestYmodem::wrapsSequenceNumbers()
 
 void TestYmodem::repeatsWhatIsAskedFor()
 {
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(1)};
     establish(sender);
     QCOMPARE(sender.step("\x15"), packet(0, "f0", 128));
@@ -257,7 +122,7 @@ void TestYmodem::repeatsWhatIsAskedFor()
 
 void TestYmodem::keepsAFetchedPacketUntilAsked()
 {
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(3000)};
     establish(sender);
     QCOMPARE(sender.step("\x06\x06\x06"), QByteArray());
@@ -270,7 +135,7 @@ void TestYmodem::keepsAFetchedPacketUntilAsked()
 
 void TestYmodem::anEarlyRequestDoesNotSkipTheNextFile()
 {
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(2000), content(1)};
     transmit(sender);
     sender.step("\x06");
@@ -285,7 +150,7 @@ void TestYmodem::anEarlyRequestDoesNotSkipTheNextFile()
 // With a divider of 9 a period is ten steps.
 void TestYmodem::repeatsAfterSilence()
 {
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(1)};
     sender.step();
     QCOMPARE(sender.silentSteps(35), -1); // nothing to repeat before the first request
@@ -329,7 +194,7 @@ void TestYmodem::givesUpAfterSilence()
 {
     QFETCH(QByteArray, answers);
     QFETCH(int, status);
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(1)};
     sender.step();
     for (const char answer : answers)
@@ -353,7 +218,7 @@ void TestYmodem::givesUpAfterErrors()
                                       QByteArray("C\x06"
                                                  "C\x06\x06"
                                                  "C")}) {
-        Sender sender;
+        MemorySender sender;
         sender.files = {content(1)};
         sender.step();
         for (const char answer : answers)
@@ -375,7 +240,7 @@ void TestYmodem::endsWhenCancelled()
 {
     QFETCH(QByteArray, answers);
     for (const char cancel : {'\x18', 'A', 'a'}) {
-        Sender sender;
+        MemorySender sender;
         sender.files = {content(1)};
         sender.step();
         for (const char answer : answers)
@@ -387,13 +252,13 @@ void TestYmodem::endsWhenCancelled()
 
 void TestYmodem::cancelsWhenTheSourceRefuses()
 {
-    Sender atBlockZero;
+    MemorySender atBlockZero;
     atBlockZero.refuses = true;
     atBlockZero.step();
     QCOMPARE(atBlockZero.step("C"), kCancel);
 
     for (const bool first : {true, false}) {
-        Sender sender;
+        MemorySender sender;
         sender.files = {content(3000)};
         first ? establish(sender) : transmit(sender);
         sender.refuses = true;
@@ -407,7 +272,7 @@ void TestYmodem::cancelsWhenTheSourceRefuses()
 
 void TestYmodem::abortsAndStartsAgain()
 {
-    Sender sender;
+    MemorySender sender;
     sender.files = {content(3000)};
     transmit(sender);
     sender.step(QByteArray("\x01half", 5)); // of a packet
@@ -423,7 +288,7 @@ void TestYmodem::abortsAndStartsAgain()
 void TestYmodem::takesPacketsApart()
 {
     for (const int size : {128, 1024}) {
-        Sender sender(499);
+        MemorySender sender(499);
         sender.files = {content(3000)};
         transmit(sender);
         const QByteArray odd = packet(1, QByteArray(size, '\x06'), size);
