@@ -15,7 +15,9 @@
 #include <QClipboard>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -402,6 +404,19 @@ void TestSendBox::listsFilesToSend()
     QVERIFY(!child<QPushButton>("btnClearFiles")->isEnabled());
     press("btnSendFiles");
     QCOMPARE(requests.last().at(2).toStringList(), QStringList());
+    // What is said last is seen, however the lines before it break.
+    m_box->setCurrentPage(QtSendBoxWidget::FilePage);
+    auto *said = child<QPlainTextEdit>("textTransfer");
+    for (int width = 120; width < 160; width += 4) {
+        said->clear();
+        said->setFixedSize(width, 120);
+        for (const char *text :
+             {"\n1->\n/tmp/a long/name/of two/lines.bin", "ok", "\n2->\n/tmp/b.bin", "ok"}) {
+            page->appendText(text);
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(said->verticalScrollBar()->value(), said->verticalScrollBar()->maximum());
+    }
     page->setSending(false);
     press("btnClearFiles");
     QCOMPARE(page->files(), QStringList());
