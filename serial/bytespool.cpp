@@ -9,12 +9,16 @@ constexpr int kPieceBytes = 64 * 1024; // collected before they are written
 }
 
 // Unbuffered: a byte that was handed over is the system's, and a full disk is
-// noticed at the write that it hits.
+// noticed at the write that it hits. Where the system has files without a name,
+// Qt gives it one only when it is asked for: after a crash nothing would be left.
 class SpoolFile : public QTemporaryFile
 {
 public:
     using QTemporaryFile::QTemporaryFile;
-    bool openUnbuffered() { return open(QIODevice::ReadWrite | QIODevice::Unbuffered); }
+    bool openUnbuffered()
+    {
+        return open(QIODevice::ReadWrite | QIODevice::Unbuffered) && !fileName().isEmpty();
+    }
 };
 
 ByteSpool::ByteSpool(const QString &folder, const QString &stem, qint64 memoryBound)
@@ -113,9 +117,4 @@ void ByteSpool::clear()
     m_fileSize = 0;
     m_memory.clear();
     m_state = State::OnDisk;
-}
-
-QString ByteSpool::fileName() const
-{
-    return m_file ? m_file->fileName() : QString();
 }

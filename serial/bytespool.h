@@ -44,8 +44,6 @@ public:
 
     void clear();
 
-    QString fileName() const; // empty before the first byte
-
 private:
     bool openFile();
     void refused();
