@@ -127,6 +127,13 @@ void TestSerialEngine::keepsBytesWhenTheDiskIsFull()
     tight.rlim_cur = 1000; // the file takes no more than that
     setrlimit(RLIMIT_FSIZE, &tight);
     QByteArray all;
+    const QByteArray much(100 * 1000, 'x');
+    ByteSpool recovers(folder.path(), "serial");
+    QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
+    setrlimit(RLIMIT_FSIZE, &before); // somebody makes room
+    QCOMPARE(recovers.append("end", 3), ByteSpool::State::OnDisk);
+    QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end");
+    setrlimit(RLIMIT_FSIZE, &tight);
     for (int i = 0; i < 15; ++i) {
         const QByteArray piece(300, static_cast<char>('a' + i));
         spool.append(piece.constData(), piece.size());
