@@ -48,6 +48,7 @@ protected:
 
 private:
     void fitWidth();
+    void showFocus(QWidget *before, QWidget *now);
 
     QVBoxLayout *m_column;
 };
