@@ -68,6 +68,12 @@ FormPanel::FormPanel(QWidget *parent)
     connect(qApp, &QApplication::focusChanged, this, &FormPanel::showFocus);
 }
 
+// The focus leaves the fields when they go, and they go after this.
+FormPanel::~FormPanel()
+{
+    qApp->disconnect(this);
+}
+
 FormGroup *FormPanel::addGroup(const QString &title)
 {
     auto *group = new FormGroup(title);
