@@ -277,21 +277,25 @@ void QtUpdateDialog::failDownload(const QString &status, const QString &reason)
     setStatus(status, reason);
 }
 
-// The package is complete on disk: the program makes room for the unpacker.
+// The package is complete on disk: the program makes room for the unpacker,
+// which waits for that.
 void QtUpdateDialog::handOver()
 {
     const QString unpacker = AppPaths::root() + QStringLiteral("/unzip.exe");
-    const QString place = QDir::toNativeSeparators(m_strFileName);
     if (!QFileInfo(unpacker).isFile()) {
-        m_update->setEnabled(true);
-        setStatus(QStringLiteral("未找到解压程序，请手动解压升级包"), place);
-        m_notes->setPlainText(QStringLiteral("升级包已下载到:\n%1").arg(place));
+        leaveToUser(QStringLiteral("未找到解压程序，请手动解压升级包"));
         return;
     }
     setStatus(QStringLiteral("文件更新完成，正在解压文件,稍后自动重启！"));
     if (m_mayQuit && !m_mayQuit()) {
         m_update->setEnabled(true);
-        setStatus(QStringLiteral("已取消更新，升级包已保存"), place);
+        setStatus(QStringLiteral("已取消更新，升级包已保存"), QDir::toNativeSeparators(m_strFileName));
+        return;
+    }
+    if (!QProcess::startDetached(unpacker, {m_strFileName, QCoreApplication::applicationName()})) {
+        qWarning().noquote() << "cannot start" << unpacker;
+        leaveToUser(QStringLiteral("无法启动解压程序，请手动解压升级包"));
+        emit stayedOpen();
         return;
     }
     QWidget *window = parentWidget();
@@ -299,8 +303,14 @@ void QtUpdateDialog::handOver()
     if (window)
         window->close();
     QCoreApplication::quit();
-    if (!QProcess::startDetached(unpacker, {m_strFileName, QCoreApplication::applicationName()}))
-        qWarning() << "cannot start" << unpacker;
+}
+
+void QtUpdateDialog::leaveToUser(const QString &status)
+{
+    const QString place = QDir::toNativeSeparators(m_strFileName);
+    m_update->setEnabled(true);
+    setStatus(status, place);
+    m_notes->setPlainText(QStringLiteral("升级包已下载到:\n%1").arg(place));
 }
 
 void QtUpdateDialog::endRequests()

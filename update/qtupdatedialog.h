@@ -39,6 +39,11 @@ public slots:
 
     void done(int result) override;
 
+signals:
+    // The question was answered with yes, but the unpacker does not start: the
+    // program goes on.
+    void stayedOpen();
+
 private:
     void buildUi();
     QUrl serverUrl(const QString &path) const;
@@ -47,6 +52,7 @@ private:
     void finishDownload();
     void failDownload(const QString &status, const QString &reason);
     void handOver();
+    void leaveToUser(const QString &status);
     void setStatus(const QString &text, const QString &toolTip = {});
     void endRequests();
 
