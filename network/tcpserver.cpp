@@ -10,6 +10,7 @@ namespace {
 
 // The base class accepts all that wait in one go; a thousand would be felt.
 constexpr int kMostAcceptedAtOnce = 50;
+constexpr int kAcceptAgainMs = 1000;
 
 } // namespace
 
@@ -19,6 +20,9 @@ TcpServer::TcpServer(QObject *parent)
 {
     m_acceptTimer.setSingleShot(true);
     connect(&m_acceptTimer, &QTimer::timeout, this, &TcpServer::acceptMore);
+    // The base class accepts no more after any failure, one of a peer that was
+    // gone before it was accepted included (Windows reports those).
+    connect(this, &QTcpServer::acceptError, this, [this] { m_acceptTimer.start(kAcceptAgainMs); });
 }
 
 TcpServer::~TcpServer()
@@ -34,7 +38,7 @@ bool TcpServer::listen(const QHostAddress &address, quint16 port)
     return true;
 }
 
-// Goes on accepting, after a full turn or for want of descriptors.
+// Goes on accepting, after a full turn or a failure.
 void TcpServer::acceptMore()
 {
     m_acceptedNow = 0;

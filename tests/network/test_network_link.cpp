@@ -120,6 +120,13 @@ void TestNetworkLink::sendsAndDrops()
     QCOMPARE(server.clientCount(), 0);
     QVERIFY(server.isListening());
     WAIT_FOR(board.waitForEvent("disconnected 0"));
+
+    // What the base class does when accepting fails, a vanished peer's fault included.
+    server.pauseAccepting();
+    emit server.acceptError(QAbstractSocket::NetworkError);
+    QTcpSocket late;
+    late.connectToHost(QHostAddress::LocalHost, server.serverPort());
+    WAIT_EQUAL(server.clientCount(), 1);
 }
 
 void TestNetworkLink::holdsBackWhatIsNotRead()
