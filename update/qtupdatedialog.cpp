@@ -28,6 +28,7 @@ namespace {
 const auto kServer = QStringLiteral("203.0.113.86");
 constexpr int kPort = 11086;
 constexpr int kCheckDelayMs = 300;
+constexpr int kSilenceMs = 30000; // then a server is taken for gone
 
 constexpr qint64 kMostReplyBytes = 1024 * 1024; // of the version check
 constexpr int kMostNotes = 64 * 1024;           // characters
@@ -136,6 +137,7 @@ QNetworkReply *QtUpdateDialog::get(const QString &path)
                       QStringLiteral("application/x-www-form-urlencoded"));
     // The announced length is then that of the bytes that are stored.
     request.setRawHeader("Accept-Encoding", "identity");
+    request.setTransferTimeout(kSilenceMs);
     return m_manager->get(request);
 }
 
