@@ -41,7 +41,7 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     setAcceptDrops(true);
     buildUi();
     connectParts();
-    m_saver.pause = [this] { pause(); };
+    m_saver.pause = [this](qint64 bytes) { pause(bytes); };
     endWork();
     reloadCodec();
     setAddress(0);
@@ -212,7 +212,7 @@ void HexEditWidget::save()
     if (!mayOverwrite())
         return;
     m_saving = true;
-    m_savedSlices = 0;
+    m_savedBytes = 0;
     m_edit->setReadOnly(true);
     showWork(QStringLiteral("正在保存"));
     m_stop->hide(); // half of a save is none
@@ -244,18 +244,19 @@ bool HexEditWidget::writeTo(QIODevice &device)
     for (qint64 at = 0; at < size; at += kWriteSlice) {
         if (!m_edit->write(device, at, kWriteSlice))
             return false;
-        pause();
+        pause(kWriteSlice);
     }
     return true;
 }
 
 // The window goes on drawing and the other tools go on receiving; the user's
 // hand has to wait.
-void HexEditWidget::pause()
+void HexEditWidget::pause(qint64 bytes)
 {
     // All is written twice: into the temporary file and from there.
-    const qint64 done = ++m_savedSlices * kWriteSlice;
-    m_progress->setValue(static_cast<int>(qMin<qint64>(1000, done * 500 / qMax<qint64>(m_edit->size(), 1))));
+    m_savedBytes += bytes;
+    m_progress->setValue(
+        static_cast<int>(qMin<qint64>(1000, m_savedBytes * 500 / qMax<qint64>(m_edit->size(), 1))));
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -100,7 +100,7 @@ private:
     bool mayDiscard(const QString &question);
     bool mayOverwrite();
     bool writeTo(QIODevice &device);
-    void pause();
+    void pause(qint64 bytes);
     void showOutcome(const HexSaver::Outcome &outcome);
     void showState();
     void showWork(const QString &name);
@@ -111,7 +111,7 @@ private:
     HexSaver m_saver;
     SlicedTask m_task;
     bool m_saving = false;
-    qint64 m_savedSlices = 0;
+    qint64 m_savedBytes = 0;
     qint64 m_size = 0;
     qint64 m_address = 0;
 
