@@ -223,7 +223,7 @@ void HexEditWidget::save()
     endWork();
     m_saving = false;
     m_edit->setReadOnly(false);
-    if (outcome.saved) {
+    if (outcome.inPlace) {
         m_stamp = Stamp::of(m_fileName);
         m_edit->setSaved();
     }

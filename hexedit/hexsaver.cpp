@@ -189,6 +189,7 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
     }
     if (replaces)
         QFile::setPermissions(target, permissions);
+    outcome.inPlace = true;
     outcome.saved = temporary.remove();
     if (!outcome.saved)
         outcome.reason = QStringLiteral("已写入，但临时文件无法删除");

@@ -14,8 +14,9 @@ public:
     struct Outcome
     {
         bool saved = false;
-        QString reason; // why not, in the user's language
-        QString kept;   // what the user must be told: where the old bytes are now
+        bool inPlace = false; // the file has the new bytes, saved or not
+        QString reason;       // why not, in the user's language
+        QString kept;         // what the user must be told: where the old bytes are now
     };
 
     // Called often while the copy is made, with the bytes copied since the last

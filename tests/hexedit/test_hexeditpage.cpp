@@ -241,6 +241,19 @@ void TestHexEditPage::tellsWhenItCannotSave()
     QCOMPARE(m_questions, QStringList{message});
     QCOMPARE(content("rom.bin.~tmp"), QByteArray("A123456789"));
     QVERIFY(edit()->isModified());
+
+    // All is done but for the temporary file, which can't be removed.
+    m_page->saver().copy = [](const QString &from, const QString &to) {
+        return QFile::rename(from, to) && QDir().mkdir(from);
+    };
+    m_questions.clear();
+    tool(HexEditWidget::SaveFile);
+    QCOMPARE(m_questions, QStringList{message});
+    QVERIFY(QDir().rmdir(path("rom.bin.~tmp")));
+    m_questions.clear();
+    tool(HexEditWidget::SaveFile); // nobody else has changed the file
+    QCOMPARE(m_questions, QStringList{message});
+    QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
 }
 
 void TestHexEditPage::opensDroppedFiles()
