@@ -115,7 +115,10 @@ void HexEditWidget::openFile(const QString &fileName)
     const Stamp stamp = Stamp::of(fileName);
     const auto reader = std::make_shared<HexReader>();
     if (!reader->open(fileName)) {
-        QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
+        QtMessageTip::showTip(forgetIfGone(fileName)
+                                  ? QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开")
+                                  : QStringLiteral("打开文件失败!"),
+                              kTipMs);
         return;
     }
     if (stamp.size > kLargeFile &&
@@ -166,12 +169,25 @@ void HexEditWidget::finishOpening(HexReader::State state, const std::shared_ptr<
 
 void HexEditWidget::remember(const QString &fileName)
 {
-    QStringList &names = Settings::instance().recentFiles;
+    QStringList names = Settings::instance().recentFiles;
     const QString name = QFileInfo(fileName).absoluteFilePath();
     names.removeAll(name);
     names.prepend(name);
-    while (names.size() > kMostRecent)
-        names.removeLast();
+    setRecent(names.mid(0, kMostRecent));
+}
+
+bool HexEditWidget::forgetIfGone(const QString &fileName)
+{
+    QStringList names = Settings::instance().recentFiles;
+    if (QFileInfo::exists(fileName) || names.removeAll(fileName) == 0)
+        return false;
+    setRecent(names);
+    return true;
+}
+
+void HexEditWidget::setRecent(const QStringList &names)
+{
+    Settings::instance().recentFiles = names;
     Settings::writeValue(SettingsKeys::HexEdit::group, SettingsKeys::HexEdit::recentFiles, names);
 }
 

@@ -95,6 +95,8 @@ private:
     void showFile(Opened opened);
     void finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before);
     void remember(const QString &fileName);
+    bool forgetIfGone(const QString &fileName); // true when it was in the list
+    void setRecent(const QStringList &names);
     void save();
     void closeFile();
     bool mayDiscard(const QString &question);

@@ -157,6 +157,9 @@ void TestHexEditPage::cannotOpen()
     }
     QCOMPARE(shown(), QByteArray("0123456789")); // the open file stays
     QCOMPARE(m_page->fileName(), path("rom.bin"));
+    Settings::instance().recentFiles.append(path("missing"));
+    open(path("missing"));
+    QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
     put("empty", QByteArray());
     open(path("empty"));
     QTest::keyClicks(edit(), "41");
