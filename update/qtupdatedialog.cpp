@@ -46,6 +46,13 @@ bool isSuccess(const QNetworkReply *reply)
     return status >= 200 && status < 300;
 }
 
+QString reasonOf(const QNetworkReply *reply)
+{
+    // Nobody else cancels a request and hears of it.
+    return reply->error() == QNetworkReply::OperationCanceledError ? QStringLiteral("服务器长时间没有回应")
+                                                                   : reply->errorString();
+}
+
 } // namespace
 
 QtUpdateDialog::QtUpdateDialog(QWidget *parent)
@@ -85,6 +92,9 @@ void QtUpdateDialog::buildUi()
     m_progress->setObjectName(QStringLiteral("progressUpdate"));
     m_progress->setFixedHeight(2);
     m_progress->setTextVisible(false);
+    QSizePolicy place = m_progress->sizePolicy();
+    place.setRetainSizeWhenHidden(true); // or what is below would have to move, without room for it
+    m_progress->setSizePolicy(place);
     m_progress->hide(); // until a download starts
     m_status->setObjectName(QStringLiteral("labelUpdateStatus"));
     m_notes->setObjectName(QStringLiteral("textVersionNotes"));
@@ -171,7 +181,7 @@ void QtUpdateDialog::SltNetworkReply(QNetworkReply *reply)
     else if (!body.isEmpty())
         showVersion(body);
     else if (reply->error() != QNetworkReply::NoError)
-        m_status->setToolTip(QStringLiteral("无法获取版本信息: %1").arg(reply->errorString()));
+        m_status->setToolTip(QStringLiteral("无法获取版本信息: %1").arg(reasonOf(reply)));
 }
 
 void QtUpdateDialog::showVersion(const QByteArray &body)
@@ -255,7 +265,7 @@ void QtUpdateDialog::finishDownload()
                        (!announced.isValid() || announced.toLongLong() == m_package.size());
     if (!whole) {
         failDownload(kCheckFailed, reply->error() != QNetworkReply::NoError
-                                       ? reply->errorString()
+                                       ? reasonOf(reply)
                                        : QStringLiteral("收到的数据不完整"));
         return;
     }
