@@ -63,6 +63,7 @@ QtUpdateDialog::QtUpdateDialog(QWidget *parent)
     , m_splitLine(new QWidget(this))
     , m_update(new QPushButton(QStringLiteral("更新"), this))
     , m_cancel(new QPushButton(QStringLiteral("取消"), this))
+    , m_checkDelay(new QTimer(this))
     , m_manager(new QNetworkAccessManager(this))
     , m_downloadFolder(AppPaths::root() + QStringLiteral("/download"))
 {
@@ -72,7 +73,9 @@ QtUpdateDialog::QtUpdateDialog(QWidget *parent)
     connect(m_manager, &QNetworkAccessManager::finished, this, &QtUpdateDialog::SltNetworkReply);
     connect(m_update, &QPushButton::clicked, this, &QtUpdateDialog::SltDownloadFile);
     connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
-    QTimer::singleShot(kCheckDelayMs, this, &QtUpdateDialog::SltCheckVersion);
+    connect(m_checkDelay, &QTimer::timeout, this, &QtUpdateDialog::SltCheckVersion);
+    m_checkDelay->setSingleShot(true);
+    m_checkDelay->start(kCheckDelayMs);
 }
 
 QtUpdateDialog::~QtUpdateDialog()
@@ -153,6 +156,7 @@ QNetworkReply *QtUpdateDialog::get(const QString &path)
 
 void QtUpdateDialog::SltCheckVersion()
 {
+    m_checkDelay->stop(); // or it would end what comes of this check
     endRequests();
     setStatus(QStringLiteral("正在检查更新，请稍后..."));
     m_check = get(QStringLiteral("/cv/"));

@@ -16,6 +16,7 @@ class QNetworkReply;
 class QProgressBar;
 class QPushButton;
 class QTextEdit;
+class QTimer;
 class QUrl;
 
 class QtUpdateDialog : public QtFramelessDialog
@@ -62,6 +63,7 @@ private:
     QWidget *m_splitLine;
     QPushButton *m_update;
     QPushButton *m_cancel;
+    QTimer *m_checkDelay;
     QNetworkAccessManager *m_manager;
     QNetworkReply *m_check = nullptr;
     QNetworkReply *m_download = nullptr;
