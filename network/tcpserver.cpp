@@ -6,6 +6,8 @@
 
 #include <QDebug>
 
+#include <algorithm>
+
 namespace {
 
 // The base class accepts all that wait in one go; a thousand would be felt.
@@ -36,6 +38,13 @@ bool TcpServer::listen(const QHostAddress &address, quint16 port)
         return false;
     lengthenListenQueue(socketDescriptor());
     return true;
+}
+
+int TcpServer::clientCount() const
+{
+    return static_cast<int>(std::count_if(m_clients.begin(), m_clients.end(), [](const TcpClient *client) {
+        return client->state() == QAbstractSocket::ConnectedState;
+    }));
 }
 
 // Goes on accepting, after a full turn or a failure.
