@@ -149,13 +149,13 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     m_width = width;
     updateMetrics();
 
+    // Up to a block found once: each block would have to work its position out.
     QTextBlock block = widthChanged ? document()->firstBlock() : document()->findBlock(from);
-    const int end = from + charsAdded;
+    const QTextBlock end = widthChanged ? document()->end() : document()->findBlock(from + charsAdded).next();
     const qreal changedTop = top(block);
-    while (block.isValid() && (widthChanged || block.position() <= end)) {
+    for (; block.isValid() && block != end; block = block.next()) {
         block.clearLayout();
         countLines(block, !widthChanged);
-        block = block.next();
     }
 
     // The document counts new blocks before it tells; what was told last counts.

@@ -21,6 +21,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -79,6 +80,7 @@ int main(int argc, char *argv[])
     qputenv("KORVEX_VIRTUAL_PORTS", (work.path() + QStringLiteral("/ports")).toLocal8Bit());
     AppPaths::setRoot(root.path());
     Startup::prepare(application);
+    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false")); // hours of it
     DialogAnswers::instance().message = [](const QString &title, const QString &text, int) {
         std::printf("asked: %s %s\n", qPrintable(title), qPrintable(text));
         return 1;
