@@ -115,10 +115,10 @@ void HexEditWidget::openFile(const QString &fileName)
     const Stamp stamp = Stamp::of(fileName);
     const auto reader = std::make_shared<HexReader>();
     if (!reader->open(fileName)) {
-        QtMessageTip::showTip(forgetIfGone(fileName)
-                                  ? QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开")
-                                  : QStringLiteral("打开文件失败!"),
-                              kTipMs);
+        if (forgetIfGone(fileName))
+            QtMessageTip::showTip(QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开"), kLongTipMs);
+        else
+            QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
         return;
     }
     if (stamp.size > kLargeFile &&
