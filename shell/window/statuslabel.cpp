@@ -21,12 +21,14 @@ StatusLabel::StatusLabel(QWidget *parent)
     setFocusPolicy(Qt::TabFocus);
     setCursor(Qt::PointingHandCursor);
     setProperty("kind", "info");
+    setEnabled(false); // nothing to click at
 }
 
 void StatusLabel::showNotice(const QString &text, bool isError)
 {
     // A notice is one line, whatever a port or a file is called.
     m_fullText = text.simplified();
+    setEnabled(!m_fullText.isEmpty());
     if (isError != m_isError) {
         m_isError = isError;
         setProperty("kind", isError ? "error" : "info");

@@ -66,12 +66,14 @@ bool openPidPort(Stage &stage, const BoardProcess &board)
            stage.waitForNotice(QStringLiteral("串口[%1]打开成功!").arg(board.port()), Notice::Information);
 }
 
-// Plugs a board in and opens its port, chooses channel 2 and starts it at 500.
+// Plugs a board in and opens its port, chooses channel 2 and starts it at 500
+// with an empty chart: what is waited for must come from this board.
 bool runLoop(Stage &stage, BoardProcess &board, const QStringList &options = {})
 {
     return stage.plugIn(board, kPidMode + options) && openPidPort(stage, board) &&
            UserHand::choose(stage.find<QComboBox>("comboPidChannel"), QStringLiteral("CH2")) &&
            typeAndReturn(stage, "editTarget", QStringLiteral("500")) &&
+           UserHand::click(stage.find<QWidget>("btnPidClear")) &&
            UserHand::click(stage.find<QWidget>("btnPidStart"));
 }
 
@@ -112,9 +114,11 @@ void PidTour::tunesALoop()
     QVERIFY(typeAndReturn(stage(), "editTarget", QStringLiteral("-300")));
     WAIT_FOR(qAbs(latest(stage(), 6) + 300) < 5);
 
-    // Stopped, nothing moves any more; the exported file holds the run.
+    // Stopped and closed, nothing moves any more; the exported file holds the run.
     QVERIFY(UserHand::click(stage().find<QWidget>("btnPidStart")));
-    WAIT_EQUAL(stage().find<QPushButton>("btnPidStart")->text(), QStringLiteral("启动"));
+    QCOMPARE(stage().find<QPushButton>("btnPidStart")->text(), QStringLiteral("启动"));
+    QVERIFY(UserHand::click(stage().find<QWidget>("btnPidOpen")));
+    QVERIFY(stage().waitForNotice(QStringLiteral("串口[COM6]已关闭!!"), Notice::Information));
     const QCPRange shown = valuesOf(stage(), 6);
     const QString name = stage().file(QStringLiteral("运行.csv"));
     Stage::answerFileDialogs(name);
@@ -221,8 +225,8 @@ void PidTour::choosesCurves()
     WAIT_EQUAL(chart(stage())->graph(6)->pen().color(), QColor(0xe5, 0x48, 0x4d));
     QVERIFY(UserHand::click(stage().find<QWidget>("btnPidStart"))); // stop
     WAIT_EQUAL(stage().find<QPushButton>("btnPidStart")->text(), QStringLiteral("启动"));
-    QVERIFY(UserHand::click(stage().find<QWidget>("btnPidClear")));
-    WAIT_FOR(points(stage(), 6)->isEmpty());
+    // The board may still have sent a value before it heard of the end.
+    WAIT_FOR(UserHand::click(stage().find<QWidget>("btnPidClear")) && points(stage(), 6)->isEmpty());
     QCOMPARE(chart(stage())->graph(6)->pen().color(), QColor(0xe5, 0x48, 0x4d));
     QVERIFY(!chart(stage())->graph(1)->visible());
 }

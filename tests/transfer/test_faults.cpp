@@ -83,7 +83,7 @@ void TestFaults::sends()
         QCOMPARE(file.write(content(size)), qint64(size));
     }
     QStringList arguments{"--mode",         "ymodem", "--encoding",       "gb18030",
-                          "--ask-interval", "100",    "--receive-folder", to.path()};
+                          "--ask-interval", "500",    "--receive-folder", to.path()};
     arguments += options.split(' ', Qt::SkipEmptyParts);
     BoardProcess board;
     QVERIFY2(board.start(arguments), qPrintable(board.errors()));
