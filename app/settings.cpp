@@ -5,6 +5,7 @@
 
 #include <QDebug>
 #include <QSettings>
+#include <QStorageInfo>
 
 namespace {
 
@@ -43,6 +44,15 @@ const QList<Default> &firstStartValues()
         {DAPCfg::group, DAPCfg::language, QStringLiteral("qt_app_zh.qm")},
     };
     return values;
+}
+
+// QSettings puts an empty or cut file in the old one's place, and says nothing,
+// when the disk becomes full while it writes. The file is some kilobytes long.
+bool diskHasRoom()
+{
+    constexpr qint64 enough = 64 * 1024;
+    const QStorageInfo disk(AppPaths::confFolder());
+    return !disk.isValid() || disk.bytesAvailable() >= enough;
 }
 
 // Reads the keys of one group with a default for what is missing or senseless.
@@ -149,14 +159,16 @@ void Settings::load()
 
 bool Settings::writeValue(const QString &group, const QString &key, const QVariant &value)
 {
-    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
-    file.beginGroup(group);
-    file.setValue(key, value);
-    file.endGroup();
-    file.sync();
-    if (file.status() == QSettings::NoError)
-        return true;
-    qWarning() << "cannot write" << key << "to" << file.fileName();
+    if (diskHasRoom()) {
+        QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+        file.beginGroup(group);
+        file.setValue(key, value);
+        file.endGroup();
+        file.sync();
+        if (file.status() == QSettings::NoError)
+            return true;
+    }
+    qWarning() << "cannot write" << key << "to" << AppPaths::configFile();
     return false;
 }
 

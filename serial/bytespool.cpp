@@ -5,16 +5,21 @@
 #include <QTemporaryFile>
 
 namespace {
-constexpr int kPieceBytes = 64 * 1024; // collected before they are written
-}
+constexpr int kPieceBytes = 64 * 1024;     // collected before they are written
+constexpr int kCatchUpBytes = 1024 * 1024; // written at a time when the disk has room again
+} // namespace
 
 // Unbuffered: a byte that was handed over is the system's, and a full disk is
-// noticed at the write that it hits.
+// noticed at the write that it hits. Where the system has files without a name,
+// Qt gives it one only when it is asked for: after a crash nothing would be left.
 class SpoolFile : public QTemporaryFile
 {
 public:
     using QTemporaryFile::QTemporaryFile;
-    bool openUnbuffered() { return open(QIODevice::ReadWrite | QIODevice::Unbuffered); }
+    bool openUnbuffered()
+    {
+        return open(QIODevice::ReadWrite | QIODevice::Unbuffered) && !fileName().isEmpty();
+    }
 };
 
 ByteSpool::ByteSpool(const QString &folder, const QString &stem, qint64 memoryBound)
@@ -56,11 +61,14 @@ qint64 ByteSpool::appendToFile(const char *bytes, qint64 size)
 
 ByteSpool::State ByteSpool::flush()
 {
-    if (m_state == State::OnDisk && !m_memory.isEmpty()) {
-        m_memory.remove(0, static_cast<int>(appendToFile(m_memory.constData(), m_memory.size())));
-        if (!m_memory.isEmpty())
-            refused();
-    }
+    if (m_state == State::Incomplete || m_memory.isEmpty())
+        return m_state;
+    const int size = m_state == State::OnDisk ? m_memory.size() : qMin(m_memory.size(), kCatchUpBytes);
+    m_memory.remove(0, static_cast<int>(appendToFile(m_memory.constData(), size)));
+    if (m_memory.isEmpty())
+        m_state = State::OnDisk;
+    else if (m_state == State::OnDisk)
+        refused();
     return m_state;
 }
 
@@ -73,6 +81,8 @@ void ByteSpool::refused()
 ByteSpool::State ByteSpool::append(const char *bytes, qint64 size)
 {
     qint64 done = 0;
+    if (m_state == State::InMemory)
+        flush(); // the user may have made room
     if (m_state == State::OnDisk) {
         if (m_memory.size() + size < kPieceBytes) {
             m_memory.append(bytes, static_cast<int>(size));
@@ -113,9 +123,4 @@ void ByteSpool::clear()
     m_fileSize = 0;
     m_memory.clear();
     m_state = State::OnDisk;
-}
-
-QString ByteSpool::fileName() const
-{
-    return m_file ? m_file->fileName() : QString();
 }

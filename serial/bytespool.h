@@ -3,7 +3,7 @@
 // A byte log on disk: takes everything that arrives and hands it out again,
 // without holding it in memory. When the disk refuses (full, read-only), what
 // comes after is kept in memory up to a bound, so that nothing is lost while
-// the user makes room.
+// the user makes room; it is written when there is some.
 
 #include <QByteArray>
 #include <QString>
@@ -18,7 +18,7 @@ public:
     // Where the bytes went so far.
     enum class State {
         OnDisk,    // all of them are in the file
-        InMemory,  // the newest ones are in memory, because the file takes no more
+        InMemory,  // the newest ones are in memory, because the file takes no more now
         Incomplete // the bound in memory was reached: bytes were dropped
     };
 
@@ -43,8 +43,6 @@ public:
     QByteArray read(qint64 offset, qint64 most, bool *failed = nullptr) const;
 
     void clear();
-
-    QString fileName() const; // empty before the first byte
 
 private:
     bool openFile();

@@ -76,6 +76,9 @@ void FileSendPage::buildUi()
     m_text->setObjectName(QStringLiteral("textTransfer"));
     m_text->setReadOnly(true);
     m_text->setMaximumBlockCount(kMostLines);
+    // One that comes up later would break the lines anew, and Qt then no longer
+    // follows the end.
+    m_text->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     m_text->setPlaceholderText(QStringLiteral("传输过程将显示在这里"));
     PlaceholderText::keepFaint(m_text);
 

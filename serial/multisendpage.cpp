@@ -10,9 +10,29 @@
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QValidator>
 
 namespace {
+
 constexpr qint64 kMostBytes = 64LL * 1024 * 1024; // a thousand rows of 32767 characters fit in
+
+// Makes one line of what is pasted: a line edit shows a line break as a space
+// but keeps it, and in the file it would end the row and begin another one.
+class OneLine : public QValidator
+{
+public:
+    using QValidator::QValidator;
+    State validate(QString &input, int &position) const override
+    {
+        static const QRegularExpression atEnd(QStringLiteral("[\\r\\n]+$"));
+        static const QRegularExpression between(QStringLiteral("[\\r\\n]+"));
+        input.remove(atEnd).replace(between, QStringLiteral(" "));
+        position = qMin(position, input.size());
+        return Acceptable;
+    }
+};
+
 } // namespace
 
 MultiSendPage::MultiSendPage(const QString &fileName, QWidget *parent)
@@ -46,6 +66,7 @@ void MultiSendPage::buildUi()
         edit->setProperty("id", i);
         edit->setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
         PlaceholderText::keepFaint(edit);
+        edit->setValidator(new OneLine(edit));
         m_edits.append(edit);
         auto *button = new QPushButton(QStringLiteral("%1").arg(i + 1), this);
         button->setObjectName(QStringLiteral("multiSend%1").arg(i));

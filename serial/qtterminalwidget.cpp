@@ -7,6 +7,7 @@
 #include "serial/selectionkeeper.h"
 
 #include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QMimeData>
 #include <QScrollBar>
@@ -53,6 +54,8 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_flushTimer.setSingleShot(true);
     connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this,
+            [this](int value) { m_selected = m_selected && value < verticalScrollBar()->maximum(); });
 }
 
 QtTerminalWidget::~QtTerminalWidget() = default;
@@ -208,6 +211,10 @@ void QtTerminalWidget::clearTerminal()
 
 bool QtTerminalWidget::atEnd() const
 {
+    // Dragging marked text away takes the release with it.
+    const bool selecting = m_selecting && (QGuiApplication::mouseButtons() & Qt::LeftButton);
+    if (selecting || (m_selected && textCursor().hasSelection()))
+        return false;
     const QScrollBar *bar = verticalScrollBar();
     return bar->value() >= bar->maximum();
 }
@@ -407,6 +414,26 @@ void QtTerminalWidget::contextMenuEvent(QContextMenuEvent *event)
     menu->addAction(QStringLiteral("清空接收区"), this, &QtTerminalWidget::clearRequested);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->popup(event->globalPos());
+}
+
+// What the user marks must not run away below the pointer.
+void QtTerminalWidget::mousePressEvent(QMouseEvent *event)
+{
+    QTextBrowser::mousePressEvent(event);
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_pressedAtEnd = atEnd();
+    m_selecting = true;
+}
+
+void QtTerminalWidget::mouseReleaseEvent(QMouseEvent *event)
+{
+    QTextBrowser::mouseReleaseEvent(event);
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_selecting = false;
+    m_selected = textCursor().hasSelection();
+    followEnd(m_pressedAtEnd && !m_selected); // a mere click
 }
 
 void QtTerminalWidget::resizeEvent(QResizeEvent *event)

@@ -94,11 +94,13 @@ signals:
 protected:
     QMimeData *createMimeDataFromSelection() const override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
-    bool atEnd() const;
+    bool atEnd() const; // and nothing that the mouse marks keeps it from going on
     void followEnd(bool wasAtEnd);
     void appendText(const QString &text);
     void applyEdit(const ReceiveBuffer::Edit &edit);
@@ -113,7 +115,10 @@ private:
     ReceiveQueue m_queue;
     QTimer m_flushTimer;
     QElapsedTimer m_lastFlush;
-    int m_flushInterval = 0; // milliseconds until the next one
+    int m_flushInterval = 0;  // milliseconds until the next one
+    bool m_selecting = false; // the mouse's button is down in the text
+    bool m_pressedAtEnd = false;
+    bool m_selected = false; // by the mouse, and not scrolled to the end since
 
     QString m_pendingText;
     bool m_directInsert = true;

@@ -36,17 +36,24 @@ void ReceiveStore::add(const QByteArray &bytes)
     m_spool.append(bytes.constData(), bytes.size());
 }
 
-// Tells once when the disk refuses what came.
+// Tells once when the disk refuses what came, and when it takes it again.
 void ReceiveStore::flush()
 {
     const ByteSpool::State state = m_spool.flush();
     if (state == m_stateTold)
         return;
     m_stateTold = state;
-    emit notify(state == ByteSpool::State::InMemory
-                    ? QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！")
-                    : QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"),
-                kError);
+    switch (state) {
+    case ByteSpool::State::OnDisk:
+        emit notify(QStringLiteral("缓存文件恢复写入，接收数据没有丢失"), kInformation);
+        break;
+    case ByteSpool::State::InMemory:
+        emit notify(QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！"), kError);
+        break;
+    case ByteSpool::State::Incomplete:
+        emit notify(QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"), kError);
+        break;
+    }
 }
 
 void ReceiveStore::clear()

@@ -2,6 +2,7 @@
 
 #include "shell/base/placeholdertext.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -64,6 +65,13 @@ FormPanel::FormPanel(QWidget *parent)
     setWidget(content);
     content->installEventFilter(this);
     verticalScrollBar()->installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, &FormPanel::showFocus);
+}
+
+// The focus leaves the fields when they go, and they go after this.
+FormPanel::~FormPanel()
+{
+    qApp->disconnect(this);
 }
 
 FormGroup *FormPanel::addGroup(const QString &title)
@@ -90,6 +98,15 @@ bool FormPanel::eventFilter(QObject *watched, QEvent *event)
         break;
     }
     return QScrollArea::eventFilter(watched, event);
+}
+
+// A scroll area follows the keyboard only while that stays inside. What a mouse
+// presses is seen already, and must not move under it; nor is anything shown
+// anew when the window comes to the front.
+void FormPanel::showFocus(QWidget *before, QWidget *now)
+{
+    if (before && now && isAncestorOf(now) && now->visibleRegion().isEmpty())
+        ensureWidgetVisible(now);
 }
 
 void FormPanel::fitWidth()

@@ -39,6 +39,7 @@ public:
     static constexpr int panelWidth = 230;
 
     explicit FormPanel(QWidget *parent = nullptr);
+    ~FormPanel() override;
 
     FormGroup *addGroup(const QString &title);
     void addWidget(QWidget *widget);
@@ -48,6 +49,7 @@ protected:
 
 private:
     void fitWidth();
+    void showFocus(QWidget *before, QWidget *now);
 
     QVBoxLayout *m_column;
 };

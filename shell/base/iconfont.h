@@ -10,7 +10,7 @@
 namespace IconFont {
 
 // The code points of the glyphs (resources/fonts/icons.txt lists them all).
-// Those up to AboutBubble are fixed by the message boxes.
+// Those up to Information are fixed by the message boxes.
 enum Glyph : ushort {
     CheckCircle = 0xE614,    // message types 0, 3 and 5
     QuestionCircle = 0xE622, // message type 1

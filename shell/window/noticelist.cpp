@@ -11,6 +11,7 @@
 namespace {
 constexpr int listWidth = 460;
 constexpr int mostVisible = 10;
+constexpr int mostHeight = 320;
 } // namespace
 
 NoticeList::NoticeList(const QVector<Notice> &notices, QWidget *parent)
@@ -35,8 +36,13 @@ NoticeList::NoticeList(const QVector<Notice> &notices, QWidget *parent)
     layout->addWidget(list);
     ensurePolished();
     list->ensurePolished();
-    const int rowHeight = qMax(list->sizeHintForRow(0), fontMetrics().height() + 8);
-    resize(listWidth, rowHeight * qMin(notices.size(), mostVisible) + 6);
+    // Only a list of its width knows how many lines a long notice takes.
+    resize(listWidth, mostHeight);
+    layout->activate();
+    int needed = 6;
+    for (int i = 0; i < qMin(list->count(), mostVisible); ++i)
+        needed += list->visualItemRect(list->item(i)).height();
+    resize(listWidth, qMin(needed, mostHeight));
     setFocusProxy(list);
 }
 

@@ -15,15 +15,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (size < 1)
         return 0;
     const int codec = data[0] & 1;
+    const QByteArray all =
+        QByteArray(reinterpret_cast<const char *>(data) + 1, static_cast<int>(size) - 1).left(200);
+    QList<QByteArray> pieces = all.split('\xFE');
     // Repeated, so that the bound is reached with inputs of a few bytes.
-    const int times = data[0] & 2 ? 300 : 1;
-    QByteArray all(reinterpret_cast<const char *>(data) + 1, static_cast<int>(size) - 1);
-    all = all.left(200).repeated(times);
+    if (data[0] & 2 && !all.isEmpty())
+        pieces.prepend(all.repeated(ReceiveBuffer::limit / all.size()));
     ReceiveBuffer buffer;
     QByteArray held;
     QString shown;
-    const QList<QByteArray> pieces = all.split('\xFE');
-    for (const QByteArray &piece : pieces) {
+    for (const QByteArray &piece : qAsConst(pieces)) {
         const ReceiveBuffer::Edit edit = buffer.append(piece, codec);
         const int kept = shown.size() - edit.frontRemoved - edit.backRemoved;
         if (kept < 0)

@@ -15,7 +15,9 @@
 #include <QClipboard>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -310,7 +312,9 @@ void TestSendBox::keepsAndSendsRows()
     press("multiSend2");
     QCOMPARE(lastSent(), QByteArray("AT#1\r\n"));
     m_box->setHexSend(true);
-    third->setText("0102");
+    third->clear();
+    QGuiApplication::clipboard()->setText("01\r\n02\n"); // of two lines a row makes one
+    third->paste();
     press("multiSend2"); // typed but not finished counts
     QCOMPARE(lastSent(), QByteArray("\x01\x02\r\n"));
     press("multiSend5"); // an empty row is the line end alone, or nothing
@@ -328,10 +332,10 @@ void TestSendBox::keepsAndSendsRows()
     child<QLineEdit>("multiEdit9")->setText("row 19");
     bar->SltPrevPage();
     QCOMPARE(child<QLineEdit>("multiEdit0")->text(), QStringLiteral("unfinished"));
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#unfinished\n2#0102\n19#row 19\n"));
+    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#unfinished\n2#01 02\n19#row 19\n"));
 
     makeBox();
-    QCOMPARE(child<QLineEdit>("multiEdit2")->text(), QStringLiteral("0102"));
+    QCOMPARE(child<QLineEdit>("multiEdit2")->text(), QStringLiteral("01 02"));
 }
 
 void TestSendBox::addsAndDeletesPages()
@@ -400,6 +404,19 @@ void TestSendBox::listsFilesToSend()
     QVERIFY(!child<QPushButton>("btnClearFiles")->isEnabled());
     press("btnSendFiles");
     QCOMPARE(requests.last().at(2).toStringList(), QStringList());
+    // What is said last is seen, however the lines before it break.
+    m_box->setCurrentPage(QtSendBoxWidget::FilePage);
+    auto *said = child<QPlainTextEdit>("textTransfer");
+    for (int width = 120; width < 160; width += 4) {
+        said->clear();
+        said->setFixedSize(width, 120);
+        for (const char *text :
+             {"\n1->\n/tmp/a long/name/of two/lines.bin", "ok", "\n2->\n/tmp/b.bin", "ok"}) {
+            page->appendText(text);
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(said->verticalScrollBar()->value(), said->verticalScrollBar()->maximum());
+    }
     page->setSending(false);
     press("btnClearFiles");
     QCOMPARE(page->files(), QStringList());

@@ -306,6 +306,24 @@ void TestTerminal::followsOnlyAtTheEnd()
     m_terminal->insertTerminalText("line\nline\n");
     QCOMPARE(bar->value(), bar->maximum());
 
+    // What the mouse marks stays below it, until it is scrolled to the end.
+    const int marked = bar->value();
+    const QPoint word(10, 40);
+    QTest::mousePress(m_terminal->windowHandle(), Qt::LeftButton, Qt::NoModifier, word);
+    m_terminal->insertTerminalText("line\nline\n");
+    QCOMPARE(bar->value(), marked);
+    QTest::mouseRelease(m_terminal->windowHandle(), Qt::LeftButton, Qt::NoModifier, word);
+    QCOMPARE(bar->value(), bar->maximum()); // nothing is marked
+    const int end = bar->value();
+    QTest::mouseDClick(m_terminal->viewport(), Qt::LeftButton, Qt::NoModifier, word);
+    QTest::mouseRelease(m_terminal->viewport(), Qt::LeftButton, Qt::NoModifier, word);
+    QCOMPARE(m_terminal->textCursor().selectedText(), QStringLiteral("line"));
+    m_terminal->insertTerminalText("line\nline\n");
+    QCOMPARE(bar->value(), end);
+    bar->setValue(bar->maximum());
+    m_terminal->insertTerminalText("line\n");
+    QCOMPARE(bar->value(), bar->maximum());
+
     // The log view drops lines at its front; the reader's lines stay in place.
     m_terminal->clearTerminal();
     QByteArray full;

@@ -269,7 +269,9 @@ private slots:
 
     void formPanelMakesRoomForItsScrollBar()
     {
-        FormPanel panel;
+        QWidget window;
+        auto *outside = new QPushButton(&window);
+        FormPanel panel(&window);
         FormGroup *group = panel.addGroup(QStringLiteral("端口"));
         auto *field = new QComboBox;
         QLabel *label = group->addRow(QStringLiteral("波特率"), field);
@@ -277,13 +279,23 @@ private slots:
         for (int i = 0; i < 12; ++i)
             group->addWide(new QPushButton(QStringLiteral("按钮%1").arg(i)));
         panel.resize(FormPanel::panelWidth, 1000);
-        panel.show();
+        window.resize(400, 1000);
+        window.show();
         QTRY_COMPARE(panel.width(), FormPanel::panelWidth);
         panel.resize(panel.width(), 200);
         QTRY_VERIFY(panel.verticalScrollBar()->isVisible());
         QTRY_VERIFY(panel.width() > FormPanel::panelWidth);
         QTRY_VERIFY(group->geometry().right() < panel.viewport()->width());
         QVERIFY(group->width() >= group->minimumSizeHint().width());
+
+        // The keyboard comes from outside to a field that is scrolled away.
+        QApplication::setActiveWindow(&window);
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        outside->setFocus();
+        panel.verticalScrollBar()->setValue(panel.verticalScrollBar()->maximum());
+        QVERIFY(field->visibleRegion().isEmpty());
+        field->setFocus(Qt::TabFocusReason);
+        QCOMPARE(field->visibleRegion().boundingRect(), field->rect());
     }
 };
 
