@@ -42,7 +42,7 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     setAcceptDrops(true);
     buildUi();
     connectParts();
-    m_saver.pause = [this] { pause(); };
+    m_saver.pause = [this](qint64 bytes) { pause(bytes); };
     endWork();
     reloadCodec();
     setAddress(0);
@@ -116,7 +116,10 @@ void HexEditWidget::openFile(const QString &fileName)
     const Stamp stamp = Stamp::of(fileName);
     const auto reader = std::make_shared<HexReader>();
     if (!reader->open(fileName)) {
-        QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
+        if (forgetIfGone(fileName))
+            QtMessageTip::showTip(QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开"), kLongTipMs);
+        else
+            QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
         return;
     }
     if (stamp.size > kLargeFile &&
@@ -167,12 +170,25 @@ void HexEditWidget::finishOpening(HexReader::State state, const std::shared_ptr<
 
 void HexEditWidget::remember(const QString &fileName)
 {
-    QStringList &names = Settings::instance().recentFiles;
+    QStringList names = Settings::instance().recentFiles;
     const QString name = QFileInfo(fileName).absoluteFilePath();
     names.removeAll(name);
     names.prepend(name);
-    while (names.size() > kMostRecent)
-        names.removeLast();
+    setRecent(names.mid(0, kMostRecent));
+}
+
+bool HexEditWidget::forgetIfGone(const QString &fileName)
+{
+    QStringList names = Settings::instance().recentFiles;
+    if (QFileInfo::exists(fileName) || names.removeAll(fileName) == 0)
+        return false;
+    setRecent(names);
+    return true;
+}
+
+void HexEditWidget::setRecent(const QStringList &names)
+{
+    Settings::instance().recentFiles = names;
     Settings::writeValue(SettingsKeys::HexEdit::group, SettingsKeys::HexEdit::recentFiles, names);
 }
 
@@ -213,7 +229,7 @@ void HexEditWidget::save()
     if (!mayOverwrite())
         return;
     m_saving = true;
-    m_savedSlices = 0;
+    m_savedBytes = 0;
     m_edit->setReadOnly(true);
     showWork(QStringLiteral("正在保存"));
     m_stop->hide(); // half of a save is none
@@ -224,7 +240,7 @@ void HexEditWidget::save()
     endWork();
     m_saving = false;
     m_edit->setReadOnly(false);
-    if (outcome.saved) {
+    if (outcome.inPlace) {
         m_stamp = Stamp::of(m_fileName);
         m_edit->setSaved();
     }
@@ -245,18 +261,19 @@ bool HexEditWidget::writeTo(QIODevice &device)
     for (qint64 at = 0; at < size; at += kWriteSlice) {
         if (!m_edit->write(device, at, kWriteSlice))
             return false;
-        pause();
+        pause(kWriteSlice);
     }
     return true;
 }
 
 // The window goes on drawing and the other tools go on receiving; the user's
 // hand has to wait.
-void HexEditWidget::pause()
+void HexEditWidget::pause(qint64 bytes)
 {
     // All is written twice: into the temporary file and from there.
-    const qint64 done = ++m_savedSlices * kWriteSlice;
-    m_progress->setValue(static_cast<int>(qMin<qint64>(1000, done * 500 / qMax<qint64>(m_edit->size(), 1))));
+    m_savedBytes += bytes;
+    m_progress->setValue(
+        static_cast<int>(qMin<qint64>(1000, m_savedBytes * 500 / qMax<qint64>(m_edit->size(), 1))));
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -95,12 +95,14 @@ private:
     void showFile(Opened opened);
     void finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before);
     void remember(const QString &fileName);
+    bool forgetIfGone(const QString &fileName); // true when it was in the list
+    void setRecent(const QStringList &names);
     void save();
     void closeFile();
     bool mayDiscard(const QString &question);
     bool mayOverwrite();
     bool writeTo(QIODevice &device);
-    void pause();
+    void pause(qint64 bytes);
     void showOutcome(const HexSaver::Outcome &outcome);
     void showState();
     void showWork(const QString &name);
@@ -111,7 +113,7 @@ private:
     HexSaver m_saver;
     SlicedTask m_task;
     bool m_saving = false;
-    qint64 m_savedSlices = 0;
+    qint64 m_savedBytes = 0;
     qint64 m_size = 0;
     qint64 m_address = 0;
 

@@ -1,13 +1,18 @@
 #include "hexedit/hexsaver.h"
 
+#include "app/disksync.h"
+
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <QTemporaryFile>
+#include <QThread>
 #include <algorithm>
+#include <memory>
 
 namespace {
 
 constexpr int kSlice = 4 << 20;
+constexpr int kFrameMs = 16;
 constexpr qint64 kMargin = 64 << 10; // directories and the file system's own
 
 // What the copy is called until it is whole. A part of a file under the file's
@@ -32,6 +37,14 @@ bool closes(QFile &file)
     return file.error() == QFile::NoError;
 }
 
+std::filesystem::path pathOf(const QString &fileName)
+{
+    if constexpr (std::is_same_v<std::filesystem::path::value_type, wchar_t>)
+        return fileName.toStdWString();
+    else
+        return QFile::encodeName(fileName).toStdString();
+}
+
 // Where the old file goes when its successor could not be written.
 QString rescueNameOf(const QString &fileName)
 {
@@ -44,10 +57,24 @@ QString rescueNameOf(const QString &fileName)
 } // namespace
 
 HexSaver::HexSaver()
-    : pause([] {})
+    : pause([](qint64) {})
+    , flush([this](const QString &fileName) { return flushMeanwhile(fileName); })
     , freeBytes([](const QString &folder) { return QStorageInfo(folder).bytesAvailable(); })
     , copy([this](const QString &from, const QString &to) { return copySlices(from, to); })
 {
+}
+
+// A slow disk takes seconds for a large file, and the system does not say how
+// far it is: another thread waits for it.
+bool HexSaver::flushMeanwhile(const QString &fileName) const
+{
+    std::error_code error = std::make_error_code(std::errc::io_error);
+    const std::unique_ptr<QThread> waiting(
+        QThread::create([&error, path = pathOf(fileName)] { error = DiskSync::flush(path); }));
+    waiting->start();
+    while (!waiting->wait(kFrameMs))
+        pause(0);
+    return !error;
 }
 
 bool HexSaver::copySlices(const QString &from, const QString &to) const
@@ -65,10 +92,10 @@ bool HexSaver::copySlices(const QString &from, const QString &to) const
             count = -1;
             break;
         }
-        pause();
+        pause(count);
     }
     const bool whole = count == 0 && part.size() == source.size();
-    if (closes(part) && whole && part.rename(to))
+    if (closes(part) && whole && flush(part.fileName()) && part.rename(to))
         return true;
     part.remove();
     return false;
@@ -140,7 +167,7 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
     if (replaces)
         temporary.setPermissions(permissions | QFile::ReadOwner | QFile::WriteOwner);
     const bool written = write(temporary) && temporary.size() == size;
-    if (!closes(temporary) || !written) {
+    if (!closes(temporary) || !written || !flush(temporary.fileName())) {
         // The stated removal, by another name: the old bytes are all there is
         // on the disk. What was written of the new ones is of no use, and may
         // leave no room for a longer name.
@@ -163,6 +190,7 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
     }
     if (replaces)
         QFile::setPermissions(target, permissions);
+    outcome.inPlace = true;
     outcome.saved = temporary.remove();
     if (!outcome.saved)
         outcome.reason = QStringLiteral("已写入，但临时文件无法删除");

@@ -14,14 +14,17 @@ public:
     struct Outcome
     {
         bool saved = false;
-        QString reason; // why not, in the user's language
-        QString kept;   // what the user must be told: where the old bytes are now
+        bool inPlace = false; // the file has the new bytes, saved or not
+        QString reason;       // why not, in the user's language
+        QString kept;         // what the user must be told: where the old bytes are now
     };
 
-    // Called between the slices of the copy.
-    std::function<void()> pause;
+    // Called often while the copy is made, with the bytes copied since the last
+    // time, and while the disk is waited for.
+    std::function<void(qint64 bytes)> pause;
 
     // What a test can make fail.
+    std::function<bool(const QString &fileName)> flush; // to the disk
     std::function<qint64(const QString &folder)> freeBytes;
     std::function<bool(const QString &from, const QString &to)> copy;
 
@@ -38,6 +41,7 @@ public:
     static QString temporaryOf(const QString &fileName);
 
 private:
+    bool flushMeanwhile(const QString &fileName) const;
     bool copySlices(const QString &from, const QString &to) const;
     QString refusal(const QString &target, qint64 size) const;
 };

@@ -6,10 +6,13 @@
 
 #include <QDebug>
 
+#include <algorithm>
+
 namespace {
 
 // The base class accepts all that wait in one go; a thousand would be felt.
 constexpr int kMostAcceptedAtOnce = 50;
+constexpr int kAcceptAgainMs = 1000;
 
 } // namespace
 
@@ -19,6 +22,9 @@ TcpServer::TcpServer(QObject *parent)
 {
     m_acceptTimer.setSingleShot(true);
     connect(&m_acceptTimer, &QTimer::timeout, this, &TcpServer::acceptMore);
+    // The base class accepts no more after any failure, one of a peer that was
+    // gone before it was accepted included (Windows reports those).
+    connect(this, &QTcpServer::acceptError, this, [this] { m_acceptTimer.start(kAcceptAgainMs); });
 }
 
 TcpServer::~TcpServer()
@@ -34,7 +40,14 @@ bool TcpServer::listen(const QHostAddress &address, quint16 port)
     return true;
 }
 
-// Goes on accepting, after a full turn or for want of descriptors.
+int TcpServer::clientCount() const
+{
+    return static_cast<int>(std::count_if(m_clients.begin(), m_clients.end(), [](const TcpClient *client) {
+        return client->state() == QAbstractSocket::ConnectedState;
+    }));
+}
+
+// Goes on accepting, after a full turn or a failure.
 void TcpServer::acceptMore()
 {
     m_acceptedNow = 0;

@@ -25,7 +25,8 @@ public:
     // accepted is too short for boards that all start at once.
     bool listen(const QHostAddress &address = QHostAddress::Any, quint16 port = 0);
 
-    int clientCount() const { return m_clients.size(); }
+    // Without a peer whose leaving is just being reported.
+    int clientCount() const;
 
     // Stops listening and drops every peer.
     void closeAll();

@@ -83,7 +83,6 @@ void PidDebugWidget::SltOpenSerialport()
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
         return;
     }
-    m_receiver.clear(); // or a length that never ends would block the link for good
     m_link->open(name, m_portPanel->baudRate(), 8, 0, 0);
     if (!m_link->isOpen()) {
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name), kError);
@@ -93,8 +92,11 @@ void PidDebugWidget::SltOpenSerialport()
     emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
 }
 
+// What is left over from before goes both ways: a length that never ends would
+// block the link for good, and nothing may act any more when the port is closed.
 void PidDebugWidget::setPortState(bool open)
 {
+    m_receiver.clear();
     m_portPanel->setOpenState(open);
     m_chart->state()->setOn(open);
 }

@@ -23,7 +23,8 @@
 namespace {
 
 constexpr int kMostRows = QtPageBar::mostPages * DataManagerWidget::rowsPerPage;
-constexpr int kLinesAtOnce = 5000; // some milliseconds
+constexpr int kLinesAtOnce = 5000;          // some milliseconds
+constexpr qint64 kMostFileBytes = 64 << 20; // read in one go; far more than the most rows
 constexpr int kMarkPixels = 14;
 const QColor kGood(0x34, 0xc3, 0x88);
 const QColor kBad(0xf8, 0x69, 0x34);
@@ -256,7 +257,7 @@ void DataManagerWidget::importTable()
     if (name.isEmpty())
         return;
     QFile file(name);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly) || file.size() > kMostFileBytes) {
         QtMessageBox::warning(this, kWarning, kCannotOpen);
         return;
     }

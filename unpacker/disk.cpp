@@ -1,5 +1,7 @@
 #include "unpacker/disk.h"
 
+#include "app/disksync.h"
+
 #include <array>
 #include <fstream>
 
@@ -39,7 +41,7 @@ std::error_code Disk::move(const fs::path &from, const fs::path &to)
 
 std::error_code Disk::syncFolder(const fs::path &folder)
 {
-    return Platform::syncFolder(folder);
+    return DiskSync::flush(folder);
 }
 
 std::error_code Disk::removeTree(const fs::path &folder)

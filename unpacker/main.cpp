@@ -100,7 +100,9 @@ int run(const std::vector<std::string> &arguments)
     const fs::path folder = isFinisher ? own.parent_path() : own;
     const std::string begun = Installation::begunFor(folder);
     Disk disk;
-    if (!isFinisher && begun == self.filename().u8string()) {
+    // Windows tells the name as it was typed, "korvex.exe" for "Korvex.exe".
+    if (!isFinisher && !begun.empty() &&
+        PackageNames::folded(begun) == PackageNames::folded(self.filename().u8string())) {
         const Installation halfway(folder, begun, disk);
         if (Platform::start(halfway.finisher(), {}))
             return 0;

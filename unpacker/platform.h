@@ -39,8 +39,6 @@ std::string reason(const std::error_code &error);
 // Moves a file, replacing another one in one step. Where the system refuses
 // because a process has a file open, it is tried again for some seconds.
 std::error_code replace(const std::filesystem::path &from, const std::filesystem::path &to);
-// Returns when the names in the folder are on the disk.
-std::error_code syncFolder(const std::filesystem::path &folder);
 
 // A new file that is on the disk when close() has returned without an error.
 class NewFile

@@ -123,17 +123,6 @@ std::error_code replace(const fs::path &from, const fs::path &to)
     return ::rename(from.c_str(), to.c_str()) == 0 ? std::error_code() : lastError();
 }
 
-std::error_code syncFolder(const fs::path &folder)
-{
-    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (file < 0)
-        return lastError();
-    // Some file systems have nothing to do here and say EINVAL.
-    const std::error_code error = ::fsync(file) == 0 || errno == EINVAL ? std::error_code() : lastError();
-    ::close(file);
-    return error;
-}
-
 std::error_code NewFile::open(const fs::path &path, bool executable)
 {
     m_handle = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, executable ? 0777 : 0666);

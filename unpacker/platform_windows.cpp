@@ -156,20 +156,6 @@ std::error_code replace(const fs::path &from, const fs::path &to)
     return error;
 }
 
-// NTFS writes its changes of names to a log in their order; flushing the folder
-// brings them to the disk where the file system allows it.
-std::error_code syncFolder(const fs::path &folder)
-{
-    HANDLE file = ::CreateFileW(folder.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (file != INVALID_HANDLE_VALUE) {
-        ::FlushFileBuffers(file);
-        ::CloseHandle(file);
-    }
-    return {};
-}
-
 std::error_code NewFile::open(const fs::path &path, bool)
 {
     m_handle = valueOf(

@@ -28,6 +28,7 @@ namespace {
 const auto kServer = QStringLiteral("203.0.113.86");
 constexpr int kPort = 11086;
 constexpr int kCheckDelayMs = 300;
+constexpr int kSilenceMs = 30000; // then a server is taken for gone
 
 constexpr qint64 kMostReplyBytes = 1024 * 1024; // of the version check
 constexpr int kMostNotes = 64 * 1024;           // characters
@@ -45,6 +46,13 @@ bool isSuccess(const QNetworkReply *reply)
     return status >= 200 && status < 300;
 }
 
+QString reasonOf(const QNetworkReply *reply)
+{
+    // Nobody else cancels a request and hears of it.
+    return reply->error() == QNetworkReply::OperationCanceledError ? QStringLiteral("服务器长时间没有回应")
+                                                                   : reply->errorString();
+}
+
 } // namespace
 
 QtUpdateDialog::QtUpdateDialog(QWidget *parent)
@@ -55,6 +63,7 @@ QtUpdateDialog::QtUpdateDialog(QWidget *parent)
     , m_splitLine(new QWidget(this))
     , m_update(new QPushButton(QStringLiteral("更新"), this))
     , m_cancel(new QPushButton(QStringLiteral("取消"), this))
+    , m_checkDelay(new QTimer(this))
     , m_manager(new QNetworkAccessManager(this))
     , m_downloadFolder(AppPaths::root() + QStringLiteral("/download"))
 {
@@ -64,7 +73,9 @@ QtUpdateDialog::QtUpdateDialog(QWidget *parent)
     connect(m_manager, &QNetworkAccessManager::finished, this, &QtUpdateDialog::SltNetworkReply);
     connect(m_update, &QPushButton::clicked, this, &QtUpdateDialog::SltDownloadFile);
     connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
-    QTimer::singleShot(kCheckDelayMs, this, &QtUpdateDialog::SltCheckVersion);
+    connect(m_checkDelay, &QTimer::timeout, this, &QtUpdateDialog::SltCheckVersion);
+    m_checkDelay->setSingleShot(true);
+    m_checkDelay->start(kCheckDelayMs);
 }
 
 QtUpdateDialog::~QtUpdateDialog()
@@ -84,6 +95,9 @@ void QtUpdateDialog::buildUi()
     m_progress->setObjectName(QStringLiteral("progressUpdate"));
     m_progress->setFixedHeight(2);
     m_progress->setTextVisible(false);
+    QSizePolicy place = m_progress->sizePolicy();
+    place.setRetainSizeWhenHidden(true); // or what is below would have to move, without room for it
+    m_progress->setSizePolicy(place);
     m_progress->hide(); // until a download starts
     m_status->setObjectName(QStringLiteral("labelUpdateStatus"));
     m_notes->setObjectName(QStringLiteral("textVersionNotes"));
@@ -136,11 +150,13 @@ QNetworkReply *QtUpdateDialog::get(const QString &path)
                       QStringLiteral("application/x-www-form-urlencoded"));
     // The announced length is then that of the bytes that are stored.
     request.setRawHeader("Accept-Encoding", "identity");
+    request.setTransferTimeout(kSilenceMs);
     return m_manager->get(request);
 }
 
 void QtUpdateDialog::SltCheckVersion()
 {
+    m_checkDelay->stop(); // or it would end what comes of this check
     endRequests();
     setStatus(QStringLiteral("正在检查更新，请稍后..."));
     m_check = get(QStringLiteral("/cv/"));
@@ -169,7 +185,7 @@ void QtUpdateDialog::SltNetworkReply(QNetworkReply *reply)
     else if (!body.isEmpty())
         showVersion(body);
     else if (reply->error() != QNetworkReply::NoError)
-        m_status->setToolTip(QStringLiteral("无法获取版本信息: %1").arg(reply->errorString()));
+        m_status->setToolTip(QStringLiteral("无法获取版本信息: %1").arg(reasonOf(reply)));
 }
 
 void QtUpdateDialog::showVersion(const QByteArray &body)
@@ -253,7 +269,7 @@ void QtUpdateDialog::finishDownload()
                        (!announced.isValid() || announced.toLongLong() == m_package.size());
     if (!whole) {
         failDownload(kCheckFailed, reply->error() != QNetworkReply::NoError
-                                       ? reply->errorString()
+                                       ? reasonOf(reply)
                                        : QStringLiteral("收到的数据不完整"));
         return;
     }
@@ -277,21 +293,25 @@ void QtUpdateDialog::failDownload(const QString &status, const QString &reason)
     setStatus(status, reason);
 }
 
-// The package is complete on disk: the program makes room for the unpacker.
+// The package is complete on disk: the program makes room for the unpacker,
+// which waits for that.
 void QtUpdateDialog::handOver()
 {
     const QString unpacker = AppPaths::root() + QStringLiteral("/unzip.exe");
-    const QString place = QDir::toNativeSeparators(m_strFileName);
     if (!QFileInfo(unpacker).isFile()) {
-        m_update->setEnabled(true);
-        setStatus(QStringLiteral("未找到解压程序，请手动解压升级包"), place);
-        m_notes->setPlainText(QStringLiteral("升级包已下载到:\n%1").arg(place));
+        leaveToUser(QStringLiteral("未找到解压程序，请手动解压升级包"));
         return;
     }
     setStatus(QStringLiteral("文件更新完成，正在解压文件,稍后自动重启！"));
     if (m_mayQuit && !m_mayQuit()) {
         m_update->setEnabled(true);
-        setStatus(QStringLiteral("已取消更新，升级包已保存"), place);
+        setStatus(QStringLiteral("已取消更新，升级包已保存"), QDir::toNativeSeparators(m_strFileName));
+        return;
+    }
+    if (!QProcess::startDetached(unpacker, {m_strFileName, QCoreApplication::applicationName()})) {
+        qWarning().noquote() << "cannot start" << unpacker;
+        leaveToUser(QStringLiteral("无法启动解压程序，请手动解压升级包"));
+        emit stayedOpen();
         return;
     }
     QWidget *window = parentWidget();
@@ -299,8 +319,14 @@ void QtUpdateDialog::handOver()
     if (window)
         window->close();
     QCoreApplication::quit();
-    if (!QProcess::startDetached(unpacker, {m_strFileName, QCoreApplication::applicationName()}))
-        qWarning() << "cannot start" << unpacker;
+}
+
+void QtUpdateDialog::leaveToUser(const QString &status)
+{
+    const QString place = QDir::toNativeSeparators(m_strFileName);
+    m_update->setEnabled(true);
+    setStatus(status, place);
+    m_notes->setPlainText(QStringLiteral("升级包已下载到:\n%1").arg(place));
 }
 
 void QtUpdateDialog::endRequests()

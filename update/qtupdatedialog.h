@@ -16,6 +16,7 @@ class QNetworkReply;
 class QProgressBar;
 class QPushButton;
 class QTextEdit;
+class QTimer;
 class QUrl;
 
 class QtUpdateDialog : public QtFramelessDialog
@@ -39,6 +40,11 @@ public slots:
 
     void done(int result) override;
 
+signals:
+    // The question was answered with yes, but the unpacker does not start: the
+    // program goes on.
+    void stayedOpen();
+
 private:
     void buildUi();
     QUrl serverUrl(const QString &path) const;
@@ -47,6 +53,7 @@ private:
     void finishDownload();
     void failDownload(const QString &status, const QString &reason);
     void handOver();
+    void leaveToUser(const QString &status);
     void setStatus(const QString &text, const QString &toolTip = {});
     void endRequests();
 
@@ -56,6 +63,7 @@ private:
     QWidget *m_splitLine;
     QPushButton *m_update;
     QPushButton *m_cancel;
+    QTimer *m_checkDelay;
     QNetworkAccessManager *m_manager;
     QNetworkReply *m_check = nullptr;
     QNetworkReply *m_download = nullptr;

@@ -27,7 +27,7 @@ QStringList options(const char *text)
     return QString::fromLatin1(text).split(QLatin1Char(' '));
 }
 
-// The pages count in 32 bits, which an hour of pictures goes beyond.
+// Some pages count in 32 bits, which an hour of pictures goes beyond.
 qint64 counted(qint64 bytes)
 {
     return static_cast<quint32>(bytes);
@@ -57,7 +57,7 @@ protected:
     }
     QString compareBytes(const QString &name)
     {
-        return compare(name, m_page->counts().value(1).toLongLong(),
+        return compare(name, counted(m_page->counts().value(1).toLongLong()),
                        counted(m_board.counted(QStringLiteral("written"))));
     }
 

@@ -142,6 +142,7 @@ void MainWindow::SltAboutMenuTrigger(QAction *action)
     if (action->text() == kCheckUpdate) {
         QtUpdateDialog dialog(this);
         dialog.setQuitQuestion([this] { return prepareToQuit(); });
+        connect(&dialog, &QtUpdateDialog::stayedOpen, this, [this] { m_quitGuard = QuitGuard(m_pages); });
         dialog.exec();
     } else if (action->text() == kAboutMaker) {
         QDesktopServices::openUrl(QUrl(HelpLinks::makerSite));

@@ -5,7 +5,8 @@ dependencies.py SOURCE_ROOT LIST_OF_TARGETS
 A line of the list is "name folder [sources] [links]". The build itself would
 not notice: every target finds every header, and a header that needs no source
 file links with anything. A header belongs to the targets that compile the
-source file of its name, or else to all targets of its folder.
+source file of its name, whatever system that is for, or else to all targets
+of its folder.
 """
 
 import collections
@@ -14,6 +15,7 @@ import re
 import sys
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
+SYSTEM = re.compile(r"_(posix|windows|none)$")
 LINE = re.compile(r"(\S+) (\S*) \[(.*)\] \[(.*)\]")
 
 
@@ -47,7 +49,7 @@ def header_owners(root, targets):
     owners = collections.defaultdict(set)
     for target in targets.values():
         for file in target.files:
-            owners[file.with_suffix(".h")].add(target.name)
+            owners[file.with_name(SYSTEM.sub("", file.stem) + ".h")].add(target.name)
     for header in root.glob("[a-z]*/**/*.h"):
         if not owners[header]:
             owners[header] = {t.name for t in targets.values() if t.folder == header.parent}

@@ -23,6 +23,7 @@ private slots:
     void replacesAFile();
     void makesAFileThatIsGone();
     void refusesBeforeTouching();
+    void flushesBeforeItRemoves();
     void keepsTheOldBytesWhenWritingFails();
     void keepsTheNewBytesWhenTheCopyFails();
     void resolvesLinksAndKeepsPermissions();
@@ -68,7 +69,10 @@ void TestHexSaver::replacesAFile()
     put("rom.bin.~part", "left over");
     // Whoever is ended in the middle leaves no part of a file under its name.
     bool wasPart = false;
-    m_saver->pause = [&] { wasPart |= QFile::exists(path("rom.bin")); };
+    m_saver->pause = [&](qint64) {
+        const QByteArray now = content("rom.bin");
+        wasPart |= now != "old bytes" && now != "(no file)" && now != large;
+    };
     QVERIFY(save("rom.bin", large).saved);
     QVERIFY(!wasPart);
     QCOMPARE(content("rom.bin"), large);
@@ -104,6 +108,26 @@ void TestHexSaver::refusesBeforeTouching()
     QVERIFY(!save("missing/rom.bin", "new").saved);
     QCOMPARE(content("rom.bin"), QByteArray("old bytes"));
     QCOMPARE(files(), QStringList{"rom.bin"});
+}
+
+// Whenever the power goes, whole bytes are on the disk.
+void TestHexSaver::flushesBeforeItRemoves()
+{
+    QStringList flushed;
+    int failing = 0;
+    m_saver->flush = [&](const QString &fileName) {
+        flushed.append(QFileInfo(fileName).fileName() + ": " + files().join(' '));
+        return flushed.size() != failing;
+    };
+    QVERIFY(save("rom.bin", "new").saved);
+    QCOMPARE(flushed, (QStringList{"rom.bin.~tmp: rom.bin rom.bin.~tmp",
+                                   "rom.bin.~part: rom.bin.~part rom.bin.~tmp"}));
+    failing = 3;
+    QVERIFY(!save("rom.bin", "newer").saved);
+    QCOMPARE(content("rom.bin.~bak"), QByteArray("new"));
+    failing = 5;
+    QVERIFY(!save("rom.bin", "newest").saved);
+    QCOMPARE(content("rom.bin.~tmp"), QByteArray("newest"));
 }
 
 void TestHexSaver::keepsTheOldBytesWhenWritingFails()

@@ -88,6 +88,7 @@ void TestNetworkLink::namesPeers()
 
 void TestNetworkLink::sendsAndDrops()
 {
+    QList<int> counts; // as they are when somebody leaves
     TcpServer server;
     QCOMPARE(server.SltSendMsgToAllClient("nobody"), qint64(0));
     QVERIFY(server.listen(QHostAddress::LocalHost));
@@ -110,6 +111,8 @@ void TestNetworkLink::sendsAndDrops()
     WAIT_EQUAL(echoes.value(second), QByteArray("all two"));
     WAIT_EQUAL(echoes.value(first) + echoes.value(third), QByteArray("all all "));
 
+    connect(&server, &TcpServer::signalClientDisconnected, this,
+            [&] { counts.append(server.clientCount()); });
     server.closeClient("10.0.0.1 7");
     QCOMPARE(left.count(), 0);
     server.closeClient(first);
@@ -117,9 +120,17 @@ void TestNetworkLink::sendsAndDrops()
     QCOMPARE(left.at(0).at(0).toString(), first);
     server.closeClient(QString());
     QCOMPARE(left.count(), 3);
+    QCOMPARE(counts, (QList<int>{2, 1, 0}));
     QCOMPARE(server.clientCount(), 0);
     QVERIFY(server.isListening());
     WAIT_FOR(board.waitForEvent("disconnected 0"));
+
+    // What the base class does when accepting fails, a vanished peer's fault included.
+    server.pauseAccepting();
+    emit server.acceptError(QAbstractSocket::NetworkError);
+    QTcpSocket late;
+    late.connectToHost(QHostAddress::LocalHost, server.serverPort());
+    WAIT_EQUAL(server.clientCount(), 1);
 }
 
 void TestNetworkLink::holdsBackWhatIsNotRead()

@@ -72,10 +72,13 @@ void TestPidPage::noticesAVanishedPort()
     click("btnPidStart");
     m_page->SltSerialportChanged({m_board->device() + " USB", QStringLiteral("COM9 ")});
     QVERIFY(isOpen()); // by name, whatever the description
+    receive(hex("4f52564e01ffffff7f040000"));
     m_page->SltSerialportChanged({QStringLiteral("COM9 ")});
     QVERIFY(!isOpen());
     QCOMPARE(startText(), kIdle);
     QCOMPARE(lastNotice(), vanished);
+    receive(report(1, 1, "09000000")); // not behind what came before
+    QCOMPARE(text("editTarget"), "9");
 
     m_board = std::make_unique<PtyPeer>();
     open();

@@ -139,6 +139,13 @@ void TestRegister::exportsAndImports()
         click(table, button);
         QCOMPARE(warned, QStringLiteral("文件打开失败，请重试！"));
     }
+    const QTemporaryDir folder;
+    QFile huge(folder.filePath(QStringLiteral("x.txt"))); // chosen by mistake
+    QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(3) << 30));
+    DialogAnswers::instance().fileNames = [&huge](auto...) { return QStringList{huge.fileName()}; };
+    warned.clear();
+    click(table, "btnImport");
+    QCOMPARE(warned, QStringLiteral("文件打开失败，请重试！"));
     DialogAnswers::instance() = DialogAnswers();
 }
 

@@ -308,6 +308,15 @@ void TestUpdate::keepsThePackageWithoutAnUnpacker()
     QCOMPARE(downloaded("korvex.zip"), QByteArray("PK package"));
     QVERIFY(child<QTextEdit>("textVersionNotes")->toPlainText().contains(path("download/korvex.zip")));
     QVERIFY(m_window->isVisible());
+
+    QFile noProgram(path("unzip.exe"));
+    QVERIFY(noProgram.open(QIODevice::WriteOnly));
+    QSignalSpy stayed(m_dialog, &QtUpdateDialog::stayedOpen);
+    startDownload(UpdateServer::package("korvex.zip", "PK package"));
+    QTRY_COMPARE(stayed.size(), 1);
+    QCOMPARE(status(), QStringLiteral("无法启动解压程序，请手动解压升级包"));
+    QVERIFY(child<QTextEdit>("textVersionNotes")->toPlainText().contains(path("download/korvex.zip")));
+    QVERIFY(updateButton()->isEnabled() && m_window->isVisible() && m_dialog->isVisible());
 }
 
 void TestUpdate::startsTheUnpacker()
