@@ -98,11 +98,6 @@ bool NetworkPageTest::wasTold(const QString &text, int kind) const
     return false;
 }
 
-QString NetworkPageTest::lastNotice() const
-{
-    return m_notices->isEmpty() ? QString() : m_notices->last().at(0).toString();
-}
-
 QStringList NetworkPageTest::clients() const
 {
     QStringList names;

@@ -6,19 +6,18 @@
 #include "network/networktoolwidget.h"
 #include "serial/qtterminalwidget.h"
 #include "tests/support/boardprocess.h"
+#include "tests/support/pageparts.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QTemporaryDir>
 #include <QtTest>
-#include <memory>
 
 // For waits on what has to come sooner or later, however slow the machine.
 #define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
 #define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
 
-class NetworkPageTest : public QObject
+class NetworkPageTest : public QObject, protected PageParts<NetworkToolWidget>
 {
     Q_OBJECT
 
@@ -30,11 +29,6 @@ protected slots:
 protected:
     enum Type { Server, Client, Udp };
 
-    template <class Widget> Widget *child(const char *name) const
-    {
-        return m_page->findChild<Widget *>(QLatin1String(name));
-    }
-    void click(const char *button) { child<QAbstractButton>(button)->click(); }
     void choose(Type type) { child<QComboBox>("comboNetType")->setCurrentIndex(type); }
     void write(const char *field, const QString &text) { child<QLineEdit>(field)->setText(text); }
     // Chooses the type and opens it; on a port of the system's choice unless one is given.
@@ -47,7 +41,6 @@ protected:
     qint64 sent() const { return m_page->counts().at(0).toLongLong(); }
     qint64 received() const { return m_page->counts().at(1).toLongLong(); }
     bool wasTold(const QString &text, int kind) const;
-    QString lastNotice() const;
     QStringList clients() const;
 
     // Rows "IPv4" and "IPv6" with the loopback "address" of each.
@@ -56,8 +49,4 @@ protected:
     static QStringList to(quint16 port, const QString &address, const QStringList &more);
     // A port that nobody has at the moment.
     static quint16 freePort();
-
-    std::unique_ptr<QTemporaryDir> m_root;
-    std::unique_ptr<NetworkToolWidget> m_page;
-    std::unique_ptr<QSignalSpy> m_notices;
 };

@@ -5,13 +5,13 @@
 
 #include "pid/piddebugwidget.h"
 #include "pid/pidplot.h"
+#include "tests/support/pageparts.h"
 #include "tests/support/ptypeer.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <memory>
 
@@ -35,7 +35,7 @@ inline const QByteArray kStart1 = hex("4f52564e010b0000001263");
 inline const QByteArray kStop1 = hex("4f52564e010b0000001364");
 inline const QByteArray kStop3 = hex("4f52564e030b0000001366");
 
-class PidPageTest : public QObject
+class PidPageTest : public QObject, protected PageParts<PidDebugWidget>
 {
     Q_OBJECT
 
@@ -45,11 +45,6 @@ protected slots:
     void cleanup();
 
 protected:
-    template <class Widget> Widget *child(const char *name) const
-    {
-        return m_page->findChild<Widget *>(QLatin1String(name));
-    }
-    void click(const char *button) { child<QAbstractButton>(button)->click(); }
     void type(const char *field, const QString &text)
     {
         child<QLineEdit>(field)->selectAll();
@@ -63,15 +58,8 @@ protected:
     void receive(const QByteArray &bytes) { m_page->SltRecvFromSerialport(bytes); }
     int points(int graph) const { return plot()->graph(graph)->dataCount(); }
     PidPlot *plot() const { return child<PidPlot>("pidPlot"); }
-    QString lastNotice() const
-    {
-        return m_notices->isEmpty() ? QString() : m_notices->last().at(0).toString();
-    }
     void answer(const QString &fileName);
 
-    std::unique_ptr<QTemporaryDir> m_root;
     std::unique_ptr<PtyPeer> m_board;
-    std::unique_ptr<PidDebugWidget> m_page;
-    std::unique_ptr<QSignalSpy> m_notices;
     QStringList m_warnings;
 };
