@@ -18,7 +18,7 @@ namespace {
 // The display is drawn at most so often (less often while more than a screen
 // comes at a time, which nobody can read), and no longer than so at a time.
 constexpr int kFlushIntervalMs = 50;
-constexpr int kFloodIntervalMs = 125;
+constexpr int kFloodIntervalMs = 200;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceCharacters = 8 * 1024;
 
