@@ -4,6 +4,7 @@
 #include "app/settingskeys.h"
 
 #include <QDebug>
+#include <QFileInfo>
 #include <QSettings>
 #include <QStorageInfo>
 
@@ -53,6 +54,45 @@ bool diskHasRoom()
     constexpr qint64 enough = 64 * 1024;
     const QStorageInfo disk(AppPaths::confFolder());
     return !disk.isValid() || disk.bytesAvailable() >= enough;
+}
+
+// Why the file could not be written. QSettings knows no reason.
+QString failureReason()
+{
+    if (!diskHasRoom())
+        return QStringLiteral("磁盘空间不足");
+    if (!QFileInfo(AppPaths::confFolder()).isDir())
+        return QStringLiteral("程序目录下无法建立文件夹conf");
+    return QStringLiteral("程序目录下的文件夹conf没有写入权限");
+}
+
+// Tells the first failure of a row of them.
+class FailureTeller
+{
+public:
+    void setHandler(std::function<void(const QString &)> handler)
+    {
+        m_handler = std::move(handler);
+        m_told = false;
+    }
+    void written() { m_told = false; }
+    void failed()
+    {
+        if (!m_handler || m_told)
+            return;
+        m_told = true;
+        m_handler(failureReason());
+    }
+
+private:
+    std::function<void(const QString &)> m_handler;
+    bool m_told = false;
+};
+
+FailureTeller &failureTeller()
+{
+    static FailureTeller teller;
+    return teller;
 }
 
 // Reads the keys of one group with a default for what is missing or senseless.
@@ -165,17 +205,25 @@ bool Settings::writeValue(const QString &group, const QString &key, const QVaria
         file.setValue(key, value);
         file.endGroup();
         file.sync();
-        if (file.status() == QSettings::NoError)
+        if (file.status() == QSettings::NoError) {
+            failureTeller().written();
             return true;
+        }
     }
     qWarning() << "cannot write" << key << "to" << AppPaths::configFile();
+    failureTeller().failed();
     return false;
+}
+
+void Settings::setFailureHandler(std::function<void(const QString &reason)> handler)
+{
+    failureTeller().setHandler(std::move(handler));
 }
 
 bool Settings::restoreDefaults()
 {
     bool written = false;
-    {
+    if (diskHasRoom()) {
         QSettings file(AppPaths::configFile(), QSettings::IniFormat);
         for (const Default &value : firstStartValues()) {
             file.beginGroup(value.group);

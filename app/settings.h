@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
+
 struct Settings
 {
     struct SerialDefaults
@@ -64,9 +66,14 @@ struct Settings
     // or not a colour becomes the reading default.
     static void load();
 
-    // Writes one value to the file. False where the file cannot be written;
-    // the value in memory is then good for this run only.
+    // Writes one value to the file, whose folder is made again where it is gone.
+    // False where the file cannot be written; the value in memory is then good
+    // for this run only.
     static bool writeValue(const QString &group, const QString &key, const QVariant &value);
+
+    // Called with the reason, in Chinese, when writing a value fails: once, and
+    // again only after a value could be written.
+    static void setFailureHandler(std::function<void(const QString &reason)> handler);
 
     // Writes the first-start values over whatever the file holds, drops the
     // close behaviour and the camera's values and loads again. The caller applies the skin. False where

@@ -1,5 +1,6 @@
 #include "serial/multisendpage.h"
 
+#include "app/apppaths.h"
 #include "app/safefile.h"
 #include "shell/base/placeholdertext.h"
 #include "shell/base/qtmessagebox.h"
@@ -100,6 +101,7 @@ void MultiSendPage::load()
 
 void MultiSendPage::save()
 {
+    AppPaths::makeFolders(); // they may be gone
     // Written beside the old file and put in its place at the end: a full disk
     // leaves the old rows.
     QString error;

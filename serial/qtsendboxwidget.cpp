@@ -308,6 +308,7 @@ void QtSendBoxWidget::saveSingleText()
 {
     m_saveTimer.stop();
     QString error;
+    AppPaths::makeFolders(); // they may be gone
     if (SafeFile::write(textFile(m_owner), m_single->text().toUtf8(), &error))
         m_textChanged = false;
     else

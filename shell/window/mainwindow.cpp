@@ -62,6 +62,11 @@ MainWindow::MainWindow(QWidget *parent)
     m_portChecker->start();
     buildMenus();
 
+    Settings::setFailureHandler([this](const QString &reason) {
+        m_statusBar->showSystemNotify(QStringLiteral("设置无法保存，仅本次运行有效：%1").arg(reason),
+                                      Notice::Error);
+    });
+
     // The window decides when the program ends; a dialog or tip that happens
     // to be the last one visible does not.
     QApplication::setQuitOnLastWindowClosed(false);
@@ -73,6 +78,7 @@ MainWindow::MainWindow(QWidget *parent)
 
 MainWindow::~MainWindow()
 {
+    Settings::setFailureHandler({});
     while (!m_pages.isEmpty())
         delete m_pages.takeLast();
 }

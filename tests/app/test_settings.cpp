@@ -134,7 +134,7 @@ void TestSettings::refusesSenselessValues()
 {
     writeFile("[Common]\nRecvBackground=nonsense\nRecvTextColor=#12\nSendTextColor=red\nTextCodec=7\nSkin=x\n"
               "Buffer=-1\n[Serialport]\nBaudRate=-5\nDataBit=99\nSotpBit=abc\nParity=9\n"
-              "[NetTools]\nNetType=4\nPort=70000\n");
+              "[NetTools]\nNetType=4\nPort=0\n");
     Settings::load();
     const Settings &s = Settings::instance();
     QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
@@ -188,9 +188,21 @@ void TestSettings::reportsAFileThatCannotBeWritten()
     AppPaths::setRoot(m_root->filePath("missing/deep"));
     QFile blocker(m_root->filePath("missing")); // a file where a folder is needed
     QVERIFY(blocker.open(QIODevice::WriteOnly));
-    QVERIFY(!Settings::writeValue("Common", "TextCodec", 0));
+    QStringList reasons;
+    Settings::setFailureHandler([&reasons](const QString &reason) { reasons.append(reason); });
+    for (int i = 0; i < 2; ++i)
+        QVERIFY(!Settings::writeValue("Common", "TextCodec", 0));
+    QCOMPARE(reasons, QStringList(QStringLiteral("程序目录下无法建立文件夹conf"))); // told once
     Settings::load();
     QCOMPARE(Settings::instance().textCodec, 1);
+
+    QVERIFY(blocker.remove()); // the folder is made with the next value
+    QVERIFY(Settings::writeValue("Common", "TextCodec", 0));
+    QCOMPARE(stored("Common/TextCodec").toInt(), 0);
+    AppPaths::setRoot(AppPaths::configFile());
+    QVERIFY(!Settings::writeValue("Common", "TextCodec", 1));
+    QCOMPARE(reasons.size(), 2);
+    Settings::setFailureHandler({});
 }
 
 void TestSettings::restoresTheFirstStart()
@@ -199,6 +211,8 @@ void TestSettings::restoresTheFirstStart()
     Settings::writeValue("Common", "Buffer", 2);
     Settings::writeValue("Common", "Skin", 2);
     Settings::writeValue("Serialport", "BaudRate", 9600);
+    Settings::writeValue("Camera", "AddrLength", 4);
+    Settings::writeValue("HexEdit", "RecentFiles", QStringList("a.bin"));
     Settings::load();
     QCOMPARE(Settings::instance().closeBehaviour, 2);
     QVERIFY(Settings::restoreDefaults());
@@ -206,6 +220,9 @@ void TestSettings::restoresTheFirstStart()
     QCOMPARE(Settings::instance().serial.baudRate, 115200);
     QCOMPARE(Settings::instance().closeBehaviour, 0);
     QVERIFY(!stored("Common/Buffer").isValid());
+    QCOMPARE(Settings::instance().camera.addressLength, 2);
+    QVERIFY(!stored("Camera/AddrLength").isValid());
+    QVERIFY(stored("HexEdit/RecentFiles").isValid()); // no setting
 
     AppPaths::setRoot(AppPaths::configFile()); // a file: nothing can be written below it
     QVERIFY(!Settings::restoreDefaults());

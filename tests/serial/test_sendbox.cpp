@@ -13,6 +13,7 @@
 
 #include <QCheckBox>
 #include <QClipboard>
+#include <QDir>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
@@ -305,6 +306,7 @@ void TestSendBox::keepsAndSendsRows()
     auto *third = child<QLineEdit>("multiEdit2");
     QCOMPARE(third->property("id").toInt(), 2);
     QCOMPARE(child<QPushButton>("multiSend2")->text(), QStringLiteral("3"));
+    QVERIFY(QDir(AppPaths::confFolder()).removeRecursively()); // it is made again
     QTest::keyClicks(third, "AT#1");
     QTest::keyClick(third, Qt::Key_Return);
     QCOMPARE(file("ser_multi_conf.txt"), QByteArray("2#AT#1\n"));
