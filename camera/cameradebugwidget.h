@@ -42,6 +42,7 @@ public:
 
     QStringList counts() const override;
     void clearCounts() override;
+    void closeLinks() override;
     void reloadSettings() override;
 
     qint64 frames() const { return m_frames; } // counted, shown or not

@@ -99,11 +99,16 @@ void CameraDebugWidget::closeLink()
     m_config->stopBatch();
 }
 
+void CameraDebugWidget::closeLinks()
+{
+    closeLink();
+    showClosed();
+}
+
 void CameraDebugWidget::SltOpenLink()
 {
     if (isLinkOpen()) {
-        closeLink();
-        showClosed();
+        closeLinks();
         emit signalNotify(QStringLiteral("摄像头连接已关闭!"), kInformation);
         return;
     }

@@ -61,7 +61,7 @@ QStringList HexEditWidget::counts() const
     return {QStringLiteral("Address: %1").arg(m_address), QStringLiteral("Size: %1").arg(m_size)};
 }
 
-bool HexEditWidget::prepareToClose()
+bool HexEditWidget::mayClose()
 {
     return !m_saving && mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并退出吗?"));
 }

@@ -36,7 +36,7 @@ public:
     ~HexEditWidget() override;
 
     QStringList counts() const override;
-    bool prepareToClose() override;
+    bool mayClose() override;
     void reloadCodec() override;
 
     // Asks where edits would be lost, then shows the file, a large one while it

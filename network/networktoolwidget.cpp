@@ -177,12 +177,31 @@ void NetworkToolWidget::reloadSettings()
         m_config->loadDefaults();
 }
 
-bool NetworkToolWidget::prepareToClose()
+bool NetworkToolWidget::mayClose()
 {
-    if (!m_gate->isOpen()) { // what was held back belongs to the record
-        m_server->setReading(true);
-        m_server->setReading(false);
-        m_socket->takeAll();
-    }
-    return m_received->prepareToClose();
+    takeThrottled();
+    return m_received->mayClose();
+}
+
+void NetworkToolWidget::closeLinks()
+{
+    takeThrottled();
+    closeLink();
+    showClosed(QString());
+}
+
+bool NetworkToolWidget::saveBeforeExit()
+{
+    takeThrottled();
+    return m_received->saveBeforeExit();
+}
+
+// What is not read while the gate is closed belongs to the record, too.
+void NetworkToolWidget::takeThrottled()
+{
+    if (m_gate->isOpen())
+        return;
+    m_server->setReading(true);
+    m_server->setReading(false);
+    m_socket->takeAll();
 }

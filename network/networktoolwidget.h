@@ -36,7 +36,9 @@ public:
 
     QStringList counts() const override;
     void clearCounts() override;
-    bool prepareToClose() override;
+    bool mayClose() override;
+    void closeLinks() override;
+    bool saveBeforeExit() override;
     void reloadSettings() override;
 
     const ByteSpool &spool() const; // every byte of the session
@@ -75,6 +77,7 @@ private:
     void toggleClient();
     void toggleUdp();
     bool isLinkOpen() const;
+    void takeThrottled();
     void closeLink();
     bool hasValidFields();
     void showOpened(const QString &state);

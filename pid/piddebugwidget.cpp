@@ -141,11 +141,10 @@ void PidDebugWidget::stopRunning()
     m_operations->setIdle(true); // whatever came meanwhile
 }
 
-bool PidDebugWidget::prepareToClose()
+void PidDebugWidget::closeLinks()
 {
     if (m_link->isOpen())
-        stopRunning();
-    return true;
+        closePort();
 }
 
 // ---- sending

@@ -33,7 +33,7 @@ public:
     void setPlotStyle(const QString &style);
 
     // Stops what was started: a motor may be turning.
-    bool prepareToClose() override;
+    void closeLinks() override;
 
     // Does nothing while the port is closed.
     void SendPidFrame(quint8 command, quint8 channel, const QByteArray &payload);

@@ -70,31 +70,36 @@ bool ReceiveStore::isEmpty() const
 
 bool ReceiveStore::save()
 {
-    if (!isEmpty())
-        return askAndSave();
+    if (!isEmpty()) {
+        const Target target = askForFile();
+        return !target.name.isEmpty() && writeTo(target);
+    }
     emit notify(QStringLiteral("当前无数据需要保存！"), kInformation);
     return false;
 }
 
-bool ReceiveStore::askAndSave()
+ReceiveStore::Target ReceiveStore::askForFile()
 {
     // Without text shown, a text file would be an empty one.
     const bool noText = m_terminal->isEmpty();
     const QString filters = noText ? kBytesFilter : kTextFilter + QStringLiteral(";;") + kBytesFilter;
     QString filter = noText ? kBytesFilter : kTextFilter;
     const QString name = QtFileDialog::getSaveFileName(m_page, QString(), QString(), filters, &filter);
-    if (name.isEmpty())
-        return false;
-    const bool asBytes =
-        noText || filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive);
+    return {name,
+            noText || filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive)};
+}
+
+bool ReceiveStore::writeTo(const Target &target)
+{
     m_unsaved = false; // what comes while it is written is not in the file
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool saved = asBytes ? ReceivedFiles::saveBytes(m_spool, name)
-                               : ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec);
+    const bool saved =
+        target.asBytes ? ReceivedFiles::saveBytes(m_spool, target.name)
+                       : ReceivedFiles::saveText(*m_terminal, target.name, Settings::instance().textCodec);
     QGuiApplication::restoreOverrideCursor();
     if (!saved)
         m_unsaved = true;
-    if (saved && asBytes && m_spool.state() == ByteSpool::State::Incomplete)
+    if (saved && target.asBytes && m_spool.state() == ByteSpool::State::Incomplete)
         emit notify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
     else
         emit notify(saved ? QStringLiteral("文件保存完成!") : QStringLiteral("文件保存失败!"),
@@ -123,16 +128,37 @@ bool ReceiveStore::saveBesideProgram()
            saveTo(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
 }
 
-bool ReceiveStore::prepareToClose()
+bool ReceiveStore::mayClose()
+{
+    m_atExit = AtExit::Unasked;
+    return Settings::instance().closeBehaviour != Settings::Ask || !m_unsaved || isEmpty() || askAtExit();
+}
+
+bool ReceiveStore::askAtExit()
+{
+    switch (QtMessageBox::saveQuestion(m_page, kQuestion,
+                                       QStringLiteral("当前有数据未保存，是否保存接收数据?"))) {
+    case QtMessageBox::Save:
+        m_exitFile = askForFile();
+        m_atExit = AtExit::Save;
+        return !m_exitFile.name.isEmpty();
+    case QtMessageBox::Discard:
+        m_atExit = AtExit::Discard;
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool ReceiveStore::saveBeforeExit()
 {
     if (!m_unsaved || isEmpty())
         return true;
     switch (Settings::instance().closeBehaviour) {
     case Settings::Ask:
-        if (QtMessageBox::question(m_page, kQuestion,
-                                   QStringLiteral("当前有数据未保存，是否保存接收数据?")) != 1)
-            return true;
-        return askAndSave();
+        if (m_atExit == AtExit::Unasked && !askAtExit())
+            return false;
+        return m_atExit == AtExit::Discard || writeTo(m_exitFile);
     case Settings::AutoSave:
         m_unsaved = !saveBesideProgram();
         return !m_unsaved ||

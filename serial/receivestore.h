@@ -32,8 +32,12 @@ public:
     // to save, the user cancelled, or saving failed.
     bool save();
 
-    // Follows the close behaviour of the settings. False: stay open.
-    bool prepareToClose();
+    // The end of the program, by the close behaviour of the settings. Asks what
+    // becomes of unsaved data, and for the file. False: stay open.
+    bool mayClose();
+    // Saves as answered; asks only where all of it came after the question.
+    // False: it could not be saved, and the program stays open.
+    bool saveBeforeExit();
 
     const ByteSpool &spool() const { return m_spool; }
 
@@ -41,8 +45,17 @@ signals:
     void notify(QString text, int kind);
 
 private:
+    struct Target
+    {
+        QString name; // empty: cancelled
+        bool asBytes = false;
+    };
+    enum class AtExit { Unasked, Discard, Save };
+
     bool isEmpty() const;
-    bool askAndSave();
+    Target askForFile();
+    bool writeTo(const Target &target);
+    bool askAtExit();
     bool saveBesideProgram();
     bool saveTo(const QString &folder);
 
@@ -52,4 +65,6 @@ private:
     ByteSpool::State m_stateTold = ByteSpool::State::OnDisk;
     bool m_unsaved = false; // something came since the last save or clearing
     bool m_hidden = false;
+    AtExit m_atExit = AtExit::Unasked;
+    Target m_exitFile;
 };

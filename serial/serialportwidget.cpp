@@ -305,6 +305,11 @@ void SerialportWidget::givePortAway()
 void SerialportWidget::takePortBack(bool open)
 {
     m_config->setHandedOver(false);
+    if (std::exchange(m_ending, false)) {
+        closePort();
+        emit signalClosed();
+        return;
+    }
     if (open)
         applyParameters(); // a refusal was told when the port was first opened
     setPortState(open);
@@ -337,7 +342,7 @@ void SerialportWidget::SltSaveDataToFile()
     m_received->save();
 }
 
-bool SerialportWidget::prepareToClose()
+bool SerialportWidget::mayClose()
 {
     if (m_port->isOpen())
         SltRecvFromSerialport();
@@ -345,7 +350,28 @@ bool SerialportWidget::prepareToClose()
         QtMessageBox::question(this, QStringLiteral("询问"),
                                QStringLiteral("正在传输文件，是否终止传输并退出?")) == 0)
         return false;
-    return m_received->prepareToClose();
+    return m_received->mayClose();
+}
+
+void SerialportWidget::closeLinks()
+{
+    m_ending = m_transfer->isBusy();
+    if (m_ending)
+        m_transfer->stop(); // takePortBack() closes
+    else
+        closePort();
+}
+
+bool SerialportWidget::isClosed() const
+{
+    return !m_port->isOpen() && !m_transfer->isBusy();
+}
+
+bool SerialportWidget::saveBeforeExit()
+{
+    if (m_port->isOpen())
+        SltRecvFromSerialport();
+    return m_received->saveBeforeExit();
 }
 
 const ByteSpool &SerialportWidget::spool() const

@@ -36,7 +36,10 @@ public:
 
     QStringList counts() const override;
     void clearCounts() override;
-    bool prepareToClose() override;
+    bool mayClose() override;
+    void closeLinks() override;
+    bool isClosed() const override;
+    bool saveBeforeExit() override;
     void reloadSettings() override;
 
     const ByteSpool &spool() const; // every byte of the session
@@ -96,5 +99,6 @@ private:
     qint64 m_waitingBytes = 0;
 
     bool m_writeBlockedTold = false;
+    bool m_ending = false;      // a transfer is being stopped, its port not opened again
     bool m_defaultsDue = false; // settings were restored while the port was open
 };

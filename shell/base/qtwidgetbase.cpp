@@ -14,7 +14,21 @@ void QtWidgetBase::clearCounts()
 {
 }
 
-bool QtWidgetBase::prepareToClose()
+bool QtWidgetBase::mayClose()
+{
+    return true;
+}
+
+void QtWidgetBase::closeLinks()
+{
+}
+
+bool QtWidgetBase::isClosed() const
+{
+    return true;
+}
+
+bool QtWidgetBase::saveBeforeExit()
 {
     return true;
 }

@@ -67,7 +67,8 @@ MainWindow::MainWindow(QWidget *parent)
     QApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setFallbackSessionManagementEnabled(false);
     connect(qApp, &QGuiApplication::commitDataRequest, this, &MainWindow::commitData, Qt::DirectConnection);
-    connect(qApp, &QCoreApplication::aboutToQuit, this, &MainWindow::prepareToQuit);
+    connect(qApp, &QCoreApplication::aboutToQuit, &m_quitGuard, &QuitGuard::end);
+    connect(&m_quitGuard, &QuitGuard::waiting, this, &MainWindow::showWaiting);
 }
 
 MainWindow::~MainWindow()
@@ -83,10 +84,6 @@ bool MainWindow::prepareToQuit()
 
 void MainWindow::closeApp()
 {
-    if (m_sessionEnds) { // it did not end after all
-        m_sessionEnds = false;
-        m_quitGuard = QuitGuard(m_pages);
-    }
     if (prepareToQuit())
         QCoreApplication::quit();
 }
@@ -142,7 +139,7 @@ void MainWindow::SltAboutMenuTrigger(QAction *action)
     if (action->text() == kCheckUpdate) {
         QtUpdateDialog dialog(this);
         dialog.setQuitQuestion([this] { return prepareToQuit(); });
-        connect(&dialog, &QtUpdateDialog::stayedOpen, this, [this] { m_quitGuard = QuitGuard(m_pages); });
+        connect(&dialog, &QtUpdateDialog::stayedOpen, this, [this] { m_quitGuard.stay(); });
         dialog.exec();
     } else if (action->text() == kAboutMaker) {
         QDesktopServices::openUrl(QUrl(HelpLinks::makerSite));
@@ -192,7 +189,7 @@ void MainWindow::buildUi()
     m_pages = {m_serial, m_camera, m_network, m_pid, m_hexEdit};
     for (QtWidgetBase *page : qAsConst(m_pages))
         m_stack->addWidget(page);
-    m_quitGuard = QuitGuard(m_pages);
+    m_quitGuard.setPages(m_pages);
 
     m_statusBar = new QtStatusBar(this);
     layout->addWidget(m_statusBar);
@@ -324,10 +321,17 @@ void MainWindow::commitData(QSessionManager &manager)
 {
     if (!manager.allowsInteraction())
         return;
-    m_sessionEnds = prepareToQuit();
-    if (!m_sessionEnds)
+    if (!m_quitGuard.mayEndSession())
         manager.cancel();
     manager.release();
+}
+
+void MainWindow::showWaiting(bool waits)
+{
+    m_stack->setEnabled(!waits);
+    if (waits)
+        m_statusBar->showSystemNotify(QStringLiteral("正在关闭连接，完成后退出；再次关闭窗口可立即退出"),
+                                      Notice::Information);
 }
 
 QtWidgetBase *MainWindow::currentPage() const

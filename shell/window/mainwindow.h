@@ -34,8 +34,8 @@ public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    // Asks every page whether the program may end, once on whatever way out
-    // the user takes. False keeps the program open.
+    // Asks every page, closes the links and saves, once on whatever way out the
+    // user takes. False keeps the program open.
     bool prepareToQuit();
 
 public slots:
@@ -61,6 +61,7 @@ private:
     void chooseColours(QtStyleDialog::Area area);
     void restoreDefaults();
     void commitData(QSessionManager &manager);
+    void showWaiting(bool waits);
     QtWidgetBase *currentPage() const;
 
     QtTitleBar *m_titleBar;
@@ -78,5 +79,4 @@ private:
     QActionGroup *m_skins = nullptr;
     QActionGroup *m_closeBehaviours = nullptr;
     QuitGuard m_quitGuard;
-    bool m_sessionEnds = false; // all agreed to that; another program may yet stop it
 };

@@ -189,17 +189,17 @@ void TestHexEditPage::asksBeforeEditsAreLost()
 {
     put("other.bin", "other");
     open(path("rom.bin"));
-    QVERIFY(m_page->prepareToClose());
+    QVERIFY(m_page->mayClose());
     QVERIFY(m_questions.isEmpty());
     QTest::keyClicks(edit(), "41");
     m_answer = 0;
     open(path("other.bin"));
     tool(HexEditWidget::CloseFile);
-    QVERIFY(!m_page->prepareToClose());
+    QVERIFY(!m_page->mayClose());
     QCOMPARE(m_questions.size(), 3);
     QCOMPARE(shown(), QByteArray("A123456789"));
     m_answer = 1;
-    QVERIFY(m_page->prepareToClose());
+    QVERIFY(m_page->mayClose());
     open(path("other.bin"));
     QCOMPARE(shown(), QByteArray("other"));
     QCOMPARE(content("rom.bin"), QByteArray("0123456789"));

@@ -334,14 +334,14 @@ void TestNetworkPage::savesAndClears()
     int asked = 0;
     DialogAnswers::instance().message = [&asked](auto, auto, auto) {
         ++asked;
-        return 0;
+        return 2; // not to be saved
     };
     m_page->sltRecvSocketMessage("a", "more");
-    QVERIFY(m_page->prepareToClose());
+    QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 1);
     click("btnClearRecv");
     QCOMPARE(shown(), QString());
-    QVERIFY(m_page->prepareToClose());
+    QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 1);
 }
 

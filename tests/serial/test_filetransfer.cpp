@@ -255,13 +255,14 @@ void TestFileTransfer::asksBeforeClosing()
         asked = question;
         return answer;
     };
-    QVERIFY(!m_page->prepareToClose());
+    QVERIFY(!m_page->mayClose());
     QCOMPARE(asked, QStringLiteral("正在传输文件，是否终止传输并退出?"));
     QCOMPARE(sendButton(), QStringLiteral("停止发送")); // it goes on
     answer = 1;
-    QVERIFY(m_page->prepareToClose());
-    m_notices.reset();
-    m_page.reset();
+    QVERIFY(m_page->mayClose());
+    m_page->closeLinks();
+    QTRY_VERIFY(m_page->isClosed());
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
     QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18")); // the board is told
 }
 

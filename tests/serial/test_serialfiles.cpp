@@ -5,6 +5,7 @@
 #include "app/safefile.h"
 #include "app/settings.h"
 #include "shell/base/dialoganswers.h"
+#include "shell/base/qtmessagebox.h"
 
 #include <csignal>
 #include <sys/resource.h>
@@ -102,47 +103,54 @@ void TestSerialFiles::tellsAFullDisk()
 void TestSerialFiles::closingFollowsTheSetting_data()
 {
     QTest::addColumn<int>("behaviour");
-    QTest::addColumn<bool>("saves");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("choosesFile");
     QTest::addColumn<bool>("closes");
-    QTest::addColumn<int>("questions");
-    QTest::newRow("discard") << int(Settings::Discard) << false << true << 0;
-    QTest::newRow("ask, no") << int(Settings::Ask) << false << true << 1;
-    QTest::newRow("ask, yes") << int(Settings::Ask) << true << true << 1;
-    QTest::newRow("ask, yes, cancelled") << int(Settings::Ask) << true << false << 1;
-    QTest::newRow("by itself") << int(Settings::AutoSave) << true << true << 0;
+    QTest::addColumn<QString>("saved");
+    using Box = QtMessageBox;
+    const QString all = QStringLiteral("data, and more while another page asks");
+    QTest::newRow("discard") << int(Settings::Discard) << -1 << false << true << QString();
+    QTest::newRow("ask, no") << int(Settings::Ask) << int(Box::Discard) << false << true << QString();
+    QTest::newRow("ask, stay") << int(Settings::Ask) << int(Box::Cancel) << false << false << QString();
+    QTest::newRow("ask, save") << int(Settings::Ask) << int(Box::Save) << true << true << all;
+    QTest::newRow("ask, save, no file")
+        << int(Settings::Ask) << int(Box::Save) << false << false << QString();
+    QTest::newRow("auto") << int(Settings::AutoSave) << -1 << false << true << all;
 }
 
 void TestSerialFiles::closingFollowsTheSetting()
 {
     QFETCH(int, behaviour);
-    QFETCH(bool, saves);
+    QFETCH(int, answer);
+    QFETCH(bool, choosesFile);
     QFETCH(bool, closes);
-    QFETCH(int, questions);
+    QFETCH(QString, saved);
     openPort();
     receive("data");
     Settings::instance().closeBehaviour = behaviour;
     QStringList asked;
     DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
         asked.append(text);
-        return saves ? 1 : 0;
+        return answer;
     };
-    const QString name = m_root->filePath("asked.txt");
-    chooseFile(closes ? name : QString());
-    QCOMPARE(m_page->prepareToClose(), closes);
-    QCOMPARE(asked.size(), questions);
-    if (questions > 0)
-        QCOMPARE(asked.first(), QStringLiteral("当前有数据未保存，是否保存接收数据?"));
-    if (behaviour == Settings::Ask && saves && closes)
-        QCOMPARE(contentOf(name), QByteArray("data"));
-    if (behaviour == Settings::AutoSave) {
-        receive(" and more");
-        QVERIFY(m_page->prepareToClose()); // within the same second: another name
-        const QDir folder(m_root->filePath("save"));
-        const QStringList files = folder.entryList({"recv_*.txt"}, QDir::Files, QDir::Name);
-        QCOMPARE(files.size(), 2);
-        QCOMPARE(contentOf(folder.filePath(files.at(0))), QByteArray("data"));
-        QCOMPARE(contentOf(folder.filePath(files.at(1))), QByteArray("data and more"));
+    const QDir folder(m_root->filePath("save"));
+    chooseFile(choosesFile ? folder.filePath("recv_asked.txt") : QString());
+    QVERIFY(folder.mkpath("."));
+    QCOMPARE(m_page->mayClose(), closes);
+    QVERIFY(folder.entryList({"recv_*"}, QDir::Files).isEmpty()); // not before all have been asked
+    if (closes) {
+        receive(", and more while another page asks");
+        m_page->closeLinks();
+        QTRY_VERIFY(m_page->isClosed());
+        QVERIFY(m_page->saveBeforeExit());
     }
+    const bool asks = behaviour == Settings::Ask;
+    QCOMPARE(asked,
+             asks ? QStringList{QStringLiteral("当前有数据未保存，是否保存接收数据?")} : QStringList());
+    QByteArray content;
+    for (const QString &name : folder.entryList({"recv_*.txt"}, QDir::Files))
+        content += contentOf(folder.filePath(name));
+    QCOMPARE(QString::fromUtf8(content), saved);
 }
 
 void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
@@ -151,22 +159,25 @@ void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
     int asked = 0;
     DialogAnswers::instance().message = [&](auto, auto, auto) {
         ++asked;
-        return 0;
+        return int(QtMessageBox::Discard);
     };
-    QVERIFY(m_page->prepareToClose());
+    QVERIFY(m_page->mayClose());
     openPort();
     receive("data");
     chooseFile(m_root->filePath("saved.txt"));
     click("btnSaveRecv");
-    QVERIFY(m_page->prepareToClose());
+    QVERIFY(m_page->mayClose());
     receive("more");
     click("btnClearRecv");
-    QVERIFY(m_page->prepareToClose());
+    QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 0);
+    receive("after the other pages were asked");
+    QVERIFY(m_page->saveBeforeExit());
+    QCOMPARE(asked, 1);
     click("checkStopShow");
     receive("not shown, not saved");
-    QVERIFY(m_page->prepareToClose());
-    QCOMPARE(asked, 1);
+    QVERIFY(m_page->mayClose());
+    QCOMPARE(asked, 2);
 }
 
 QTEST_MAIN(TestSerialFiles)
