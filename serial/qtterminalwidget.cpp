@@ -21,19 +21,20 @@ constexpr int kFlushIntervalMs = 50;
 constexpr int kFloodIntervalMs = 200;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceCharacters = 8 * 1024;
+constexpr qint64 kRecordPiece = 256 * 1024; // bytes read back at a time
 
 // Some hundred thousand lines to scroll back in. More would make the document's
 // own clean-up (it copies all text now and then) a stall that is felt.
-constexpr int kMostCharacters = 8 * 1024 * 1024;
-constexpr int kMostParagraphs = 200 * 1000;
+constexpr int kMaxCharacters = 8 * 1024 * 1024;
+constexpr int kMaxParagraphs = 200 * 1000;
 
 } // namespace
 
 QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     : QTextBrowser(parent)
-    , m_history(AppPaths::tmpFolder(), QStringLiteral("text"))
-    , m_mostCharacters(kMostCharacters)
-    , m_mostParagraphs(kMostParagraphs)
+    , m_record(AppPaths::tmpFolder(), QStringLiteral("text"))
+    , m_maxCharacters(kMaxCharacters)
+    , m_maxParagraphs(kMaxParagraphs)
 {
     setObjectName(QStringLiteral("recvBrowser"));
     auto *log = new QTextDocument(this);
@@ -57,8 +58,8 @@ QtTerminalWidget::~QtTerminalWidget() = default;
 
 void QtTerminalWidget::setBounds(int characters, int paragraphs)
 {
-    m_mostCharacters = characters;
-    m_mostParagraphs = paragraphs;
+    m_maxCharacters = characters;
+    m_maxParagraphs = paragraphs;
 }
 
 // ---- what comes in
@@ -105,11 +106,19 @@ void QtTerminalWidget::flushSlice()
     const bool wasAtEnd = atEnd();
     const QScrollBar *bar = verticalScrollBar();
     const int lengthBefore = bar->maximum();
+    bool logDue = false;
     do {
-        const QString text = m_queue.take(kSliceCharacters, Settings::instance().textCodec);
-        if (!text.isEmpty())
-            appendText(text);
+        const ReceiveQueue::Slice slice = m_queue.take(kSliceCharacters, Settings::instance().textCodec);
+        record(slice.text);
+        if (logDue && !slice.log)
+            showLogView();
+        m_receiveBuffer.append(slice.bytes);
+        logDue = slice.log;
+        if (!slice.log && !slice.text.isEmpty())
+            appendText(slice.text);
     } while (!m_queue.isEmpty() && spent.elapsed() < kFlushBudgetMs);
+    if (logDue)
+        showLogView();
     m_flushInterval = bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
     trimFront();
     followEnd(wasAtEnd);
@@ -128,7 +137,9 @@ void QtTerminalWidget::flushAll()
 void QtTerminalWidget::setTerminalText(QString strText)
 {
     clearTerminal();
-    replaceText(ReceiveBuffer::withPlainLineEnds(strText));
+    const QString text = ReceiveBuffer::withPlainLineEnds(strText);
+    record(text);
+    replaceText(text);
     followEnd(true);
 }
 
@@ -137,7 +148,9 @@ void QtTerminalWidget::insertTerminalText(QString strText)
     flushAll();
     const bool wasAtEnd = atEnd();
     if (m_directInsert) {
-        appendText(ReceiveBuffer::withPlainLineEnds(strText));
+        const QString text = ReceiveBuffer::withPlainLineEnds(strText);
+        record(text);
+        appendText(text);
     } else {
         // Each line keeps only what follows its last carriage return, as a
         // terminal would show it.
@@ -145,7 +158,10 @@ void QtTerminalWidget::insertTerminalText(QString strText)
         QStringList lines = m_pendingText.split(QStringLiteral("\r\n"));
         for (QString &line : lines)
             line = line.mid(line.lastIndexOf(QLatin1Char('\r')) + 1);
-        replaceText(ReceiveBuffer::withPlainLineEnds(lines.join(QLatin1Char('\n'))));
+        const QString text = ReceiveBuffer::withPlainLineEnds(lines.join(QLatin1Char('\n')));
+        m_record.clear(); // lines that were shown before may have changed
+        record(text);
+        replaceText(text);
     }
     trimFront();
     followEnd(wasAtEnd);
@@ -153,53 +169,67 @@ void QtTerminalWidget::insertTerminalText(QString strText)
 
 void QtTerminalWidget::insertRecvData(QByteArray byData, bool hexShow, bool showLog)
 {
-    const QString stamp = QTime::currentTime().toString(QStringLiteral("\n[hh:mm:ss.zzz]"));
-    if (hexShow) {
-        showReceived(byData, showLog ? stamp + QStringLiteral(" Hex >\n") : QString(), true);
-        return;
-    }
-    if (showLog && m_receiveBuffer.atLineStart())
-        byData.prepend((stamp + QStringLiteral(" ASCII >\n")).toLatin1());
-    const ReceiveBuffer::Edit edit = m_receiveBuffer.append(byData, Settings::instance().textCodec);
-    if (m_readers > 0) { // what is being read stays until it was
-        m_bufferShown = false;
-        m_bufferWaits = true;
-        return;
-    }
-    dropQueue(); // would be replaced together with what is shown
-    if (m_bufferShown) {
-        const bool wasAtEnd = atEnd();
-        applyEdit(edit);
-        followEnd(wasAtEnd);
-    } else {
-        showBuffer();
-    }
-}
-
-void QtTerminalWidget::showBuffer()
-{
-    const bool wasAtEnd = atEnd();
-    replaceText(m_receiveBuffer.text());
-    m_bufferShown = true;
-    m_bufferWaits = false;
-    followEnd(wasAtEnd);
-}
-
-void QtTerminalWidget::dropQueue()
-{
-    m_queue.clear();
-    m_flushTimer.stop();
+    QString header;
+    if (showLog)
+        header = QTime::currentTime().toString(QStringLiteral("\n[hh:mm:ss.zzz]")) +
+                 (hexShow ? QStringLiteral(" Hex >\n") : QStringLiteral(" ASCII >\n"));
+    const bool idle = m_queue.isEmpty();
+    if (hexShow)
+        m_queue.push(byData, header, true);
+    else
+        m_queue.pushLog(byData, header);
+    if (idle)
+        flushSlice();
+    else
+        flushSoon();
 }
 
 void QtTerminalWidget::clearTerminal()
 {
-    dropQueue();
+    m_queue.clear();
+    m_flushTimer.stop();
     m_pendingText.clear();
     m_receiveBuffer.clear();
     m_bufferShown = false;
-    m_bufferWaits = false;
-    m_history.clear();
+    m_record.clear();
     document()->clear();
+}
+
+// ---- the record
+
+void QtTerminalWidget::record(const QString &text)
+{
+    if (text.isEmpty())
+        return;
+    const bool wasComplete = isRecordComplete();
+    const QByteArray bytes = text.toUtf8();
+    m_record.append(bytes.constData(), bytes.size());
+    if (wasComplete && !isRecordComplete())
+        emit recordFailed();
+}
+
+bool QtTerminalWidget::isRecordComplete() const
+{
+    return m_record.state() != ByteSpool::State::Incomplete;
+}
+
+QtTerminalWidget::Reader::Reader(const QtTerminalWidget &terminal)
+    : m_record(terminal.m_record)
+    , m_end(m_record.size())
+{
+}
+
+QString QtTerminalWidget::Reader::next()
+{
+    QString text;
+    while (text.isEmpty() && m_offset < m_end && !m_failed) {
+        const QByteArray bytes = m_record.read(m_offset, qMin(kRecordPiece, m_end - m_offset), &m_failed);
+        if (bytes.isEmpty())
+            break; // cleared meanwhile
+        m_offset += bytes.size();
+        text = m_decoder.decode(bytes.constData(), bytes.size(), TextCodec::Utf8);
+    }
+    return text;
 }
 
 // ---- the document
@@ -224,7 +254,7 @@ void QtTerminalWidget::followEnd(bool wasAtEnd)
 
 bool QtTerminalWidget::isEmpty() const
 {
-    return m_queue.isEmpty() && document()->isEmpty() && m_history.size() == 0;
+    return m_queue.isEmpty() && m_record.size() == 0;
 }
 
 // The text between two positions; blocks that continue a paragraph follow

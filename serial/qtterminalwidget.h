@@ -3,13 +3,13 @@
 // The receive display: shows received bytes as hexadecimal or as decoded text,
 // with optional headers, and hands the text out again.
 //
-// Bytes come in through one of two ways. showReceived() appends what came to
-// what is shown; it only queues, and the event loop draws at most a screen
-// refresh's worth at a time, so that a flood cannot freeze the window.
-// insertRecvData() is the log view: decoded text of the last 20480 bytes.
+// All bytes go through one queue, which the event loop shows slice by slice, at
+// most a screen refresh's worth at a time, so that a flood cannot freeze the
+// window. showReceived() appends to what is shown; insertRecvData() is the log
+// view: the decoded text of the newest 20480 bytes.
 //
-// What is held is bounded; the oldest paragraphs go to a file on disk, and
-// writeTextTo() hands out both.
+// What the display holds is bounded. Everything that it has shown since the
+// last clearing is in a record on disk, which Reader hands out.
 
 #include "serial/bytespool.h"
 #include "serial/receivebuffer.h"
@@ -39,40 +39,38 @@ public:
     // The text held, everything queued included; paragraphs end with "\n".
     QString toPlainText();
 
-    // Hands out everything shown since the last clearing, what the display no
-    // longer holds included, one piece after the other; what waits in the queue
-    // isn't shown yet. What is shown while it is at work may or may not be part
-    // of it, but nothing is handed out twice. The log view replaces nothing
-    // before the reading is over.
+    // Hands out everything shown since the last clearing up to the moment at
+    // which it was made, in the order in which it was shown, whether the display
+    // still holds it or not, one piece after the other. What is pending in the
+    // queue isn't shown yet.
     class Reader
     {
     public:
-        explicit Reader(QtTerminalWidget &terminal);
-        ~Reader();
-        Q_DISABLE_COPY_MOVE(Reader)
+        explicit Reader(const QtTerminalWidget &terminal);
 
         QString next();                          // empty at the end
         bool failed() const { return m_failed; } // the file could not be read back
 
     private:
-        QString nextFromHistory();
-
-        QtTerminalWidget &m_terminal;
+        const ByteSpool &m_record;
+        const qint64 m_end;
         qint64 m_offset = 0;
-        QByteArray m_partial; // the first bytes of a character that a piece cut
-        int m_block = 0;
+        StreamDecoder m_decoder;
         bool m_failed = false;
     };
 
+    // False: some of what was shown is missing in the record, see recordFailed().
+    bool isRecordComplete() const;
+
     bool isEmpty() const;
-    // Bytes that wait to be shown.
+    // Bytes that are pending for display.
     qint64 queuedBytes() const;
 
     // Where insertTerminalText() goes: to the end as it stands (the default), or
     // line by line as a terminal shows it.
     void setDirectInsert(bool direct) { m_directInsert = direct; }
 
-    // Most characters and paragraphs held; older ones go to disk.
+    // How many characters and paragraphs the display holds at most.
     void setBounds(int characters, int paragraphs);
 
 public slots:
@@ -88,8 +86,8 @@ public slots:
 
 signals:
     void clearRequested(); // by the context menu
-    // The text that went to disk could not be written and is lost.
-    void historyLost();
+    // The disk takes no more: what is shown from now on can't be handed out.
+    void recordFailed();
 
 protected:
     QMimeData *createMimeDataFromSelection() const override;
@@ -102,14 +100,14 @@ protected:
 private:
     bool atEnd() const; // and nothing that the mouse marks keeps it from going on
     void followEnd(bool wasAtEnd);
+    void record(const QString &text);
     void appendText(const QString &text);
+    void showLogView();
     void applyEdit(const ReceiveBuffer::Edit &edit);
     void replaceText(const QString &text);
     void trimFront();
     void flushAll();
     void flushSoon();
-    void dropQueue();
-    void showBuffer();
     QString textBetween(int start, int end) const;
 
     ReceiveQueue m_queue;
@@ -122,12 +120,10 @@ private:
 
     QString m_pendingText;
     bool m_directInsert = true;
-    ReceiveBuffer m_receiveBuffer;
-    bool m_bufferShown = false; // the document holds the buffer's text and nothing else
-    bool m_bufferWaits = false; // it is to, as soon as no reader is at work
+    ReceiveBuffer m_receiveBuffer; // the newest bytes shown as text, in the log view or not
+    bool m_bufferShown = false;    // the document holds the buffer's text and nothing else
 
-    ByteSpool m_history; // UTF-8 of the paragraphs that the display dropped
-    int m_mostCharacters;
-    int m_mostParagraphs;
-    int m_readers = 0; // while something reads, no paragraph moves to disk
+    ByteSpool m_record; // UTF-8 of everything shown
+    int m_maxCharacters;
+    int m_maxParagraphs;
 };

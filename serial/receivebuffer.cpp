@@ -90,16 +90,24 @@ ReceiveBuffer::Edit ReceiveBuffer::difference(const QString &before, const QStri
     return edit;
 }
 
-ReceiveBuffer::Edit ReceiveBuffer::append(const QByteArray &bytes, int codecIndex)
+void ReceiveBuffer::append(const QByteArray &bytes)
 {
     m_bytes += bytes;
+    m_added += bytes.size();
     if (m_bytes.size() > limit)
         m_bytes.remove(0, m_bytes.size() - limit);
+}
+
+ReceiveBuffer::Edit ReceiveBuffer::update(int codecIndex)
+{
     const QString after = withPlainLineEnds(TextCodec::decode(m_bytes, codecIndex));
     // As many characters as the new bytes make came in at the end; the rest of
     // the difference in length must have gone at the front.
-    const int added =
-        bytes.size() >= limit ? after.size() : withPlainLineEnds(TextCodec::decode(bytes, codecIndex)).size();
+    int added = after.size();
+    if (m_added < m_bytes.size())
+        added =
+            withPlainLineEnds(TextCodec::decode(m_bytes.right(static_cast<int>(m_added)), codecIndex)).size();
+    m_added = 0;
     const Edit edit = difference(m_text, after, m_text.size() + added - after.size());
     m_text = after;
     return edit;
@@ -108,5 +116,6 @@ ReceiveBuffer::Edit ReceiveBuffer::append(const QByteArray &bytes, int codecInde
 void ReceiveBuffer::clear()
 {
     m_bytes.clear();
+    m_added = 0;
     m_text.clear();
 }

@@ -26,15 +26,14 @@ public:
         QString backInserted;
     };
 
-    // True when a header is due before the next bytes: nothing is held, or
-    // what is held ends a line.
-    bool atLineStart() const { return m_bytes.isEmpty() || m_bytes.endsWith('\n'); }
+    // Appends bytes and drops the oldest ones above the limit.
+    void append(const QByteArray &bytes);
 
-    // Appends bytes, drops the oldest ones above the limit and decodes what is
-    // held with the codec of the index.
-    Edit append(const QByteArray &bytes, int codecIndex);
+    // Decodes what is held with the codec of the index. The edit makes the new
+    // text of the one that the update before led to.
+    Edit update(int codecIndex);
 
-    // The decoded text, with every line and paragraph end as "\n", so that
+    // The text decoded last, with every line and paragraph end as "\n", so that
     // its characters stand at the same positions as in a text document.
     const QString &text() const { return m_text; }
 
@@ -47,5 +46,6 @@ public:
 
 private:
     QByteArray m_bytes;
+    qint64 m_added = 0; // bytes since the last update
     QString m_text;
 };

@@ -9,6 +9,12 @@ void ReceiveQueue::push(const QByteArray &bytes, const QString &header, bool hex
     m_bytes += bytes.size() + header.size();
 }
 
+void ReceiveQueue::pushLog(const QByteArray &bytes, const QString &header)
+{
+    m_chunks.push_back({bytes, header, QString(), Kind::Log, false, 0});
+    m_bytes += bytes.size() + header.size();
+}
+
 void ReceiveQueue::pushMessage(const QByteArray &bytes, const QString &header, bool hex,
                                const QString &source)
 {
@@ -37,19 +43,29 @@ void ReceiveQueue::Stream::reset()
     afterCarriageReturn = false;
 }
 
-QString ReceiveQueue::beginning(const Chunk &chunk, bool atLineStart)
+// What stands before a chunk's bytes.
+void ReceiveQueue::begin(const Chunk &chunk, Slice *slice)
 {
-    if (chunk.kind != Kind::Message)
-        return chunk.header;
-    const bool ownLine = !chunk.header.isEmpty() || chunk.hex != m_lastWasHex;
-    m_lastWasHex = chunk.hex;
-    return ownLine && !atLineStart ? QLatin1Char('\n') + chunk.header : chunk.header;
+    m_bytes -= chunk.header.size();
+    if (chunk.kind == Kind::Message) {
+        const bool atLineStart =
+            slice->text.isEmpty() ? m_atLineStart : slice->text.endsWith(QLatin1Char('\n'));
+        const bool ownLine = !chunk.header.isEmpty() || chunk.hex != m_lastWasHex;
+        m_lastWasHex = chunk.hex;
+        if (ownLine && !atLineStart)
+            slice->text += QLatin1Char('\n');
+    } else if (chunk.kind == Kind::Log && !m_streamAtLineStart) {
+        return;
+    }
+    slice->text += chunk.header;
+    if (!chunk.hex && (chunk.kind == Kind::Stream || chunk.kind == Kind::Log))
+        slice->bytes += chunk.header.toLatin1();
 }
 
 QString ReceiveQueue::textOf(const Chunk &chunk, int count, int codecIndex)
 {
     const char *bytes = chunk.bytes.constData() + chunk.taken;
-    if (chunk.kind == Kind::Stream)
+    if (chunk.kind != Kind::Message)
         return m_stream.take(bytes, count, codecIndex);
     // A message by itself is decoded whole: nothing follows that could
     // complete a character.
@@ -61,37 +77,48 @@ QString ReceiveQueue::textOf(const Chunk &chunk, int count, int codecIndex)
     return stream->take(bytes, count, codecIndex);
 }
 
-QString ReceiveQueue::take(int characters, int codecIndex)
+void ReceiveQueue::takeBytes(const Chunk &chunk, int count, int codecIndex, Slice *slice)
 {
-    QString text;
-    while (!m_chunks.empty() && text.size() < characters) {
-        Chunk &chunk = m_chunks.front();
-        if (chunk.taken == 0) {
-            text += beginning(chunk, text.isEmpty() ? m_atLineStart : text.endsWith(QLatin1Char('\n')));
-            m_bytes -= chunk.header.size();
-        }
-        const bool whole = chunk.kind == Kind::Message && chunk.source.isEmpty();
-        const int left = chunk.bytes.size() - chunk.taken;
-        const int count = whole ? left : qMin(characters, left);
-        if (chunk.kind == Kind::SourceEnd) {
+    const char *bytes = chunk.bytes.constData() + chunk.taken;
+    if (chunk.kind == Kind::SourceEnd) {
+        m_sources.remove(chunk.source);
+    } else if (chunk.hex) {
+        slice->text += HexText::render(bytes, count);
+        if (chunk.kind == Kind::Message)
             m_sources.remove(chunk.source);
-        } else if (chunk.hex) {
-            text += HexText::render(chunk.bytes.constData() + chunk.taken, count);
-            if (chunk.kind == Kind::Stream)
-                m_stream.reset();
-            else
-                m_sources.remove(chunk.source);
-        } else {
-            text += textOf(chunk, count, codecIndex);
-        }
+        else
+            m_stream.reset();
+    } else {
+        slice->text += textOf(chunk, count, codecIndex);
+        if (chunk.kind != Kind::Message)
+            slice->bytes.append(bytes, count);
+    }
+}
+
+ReceiveQueue::Slice ReceiveQueue::take(int characters, int codecIndex)
+{
+    Slice slice;
+    slice.log = !m_chunks.empty() && m_chunks.front().kind == Kind::Log;
+    while (!m_chunks.empty() && slice.text.size() < characters) {
+        Chunk &chunk = m_chunks.front();
+        if ((chunk.kind == Kind::Log) != slice.log)
+            break;
+        if (chunk.taken == 0)
+            begin(chunk, &slice);
+        const bool complete = chunk.kind == Kind::Message && chunk.source.isEmpty();
+        const int pending = chunk.bytes.size() - chunk.taken;
+        const int count = complete ? pending : qMin(characters, pending);
+        takeBytes(chunk, count, codecIndex, &slice);
+        if (!slice.bytes.isEmpty())
+            m_streamAtLineStart = slice.bytes.endsWith('\n');
         chunk.taken += count;
         m_bytes -= count;
         if (chunk.taken == chunk.bytes.size())
             m_chunks.pop_front();
     }
-    if (!text.isEmpty())
-        m_atLineStart = text.endsWith(QLatin1Char('\n'));
-    return text;
+    if (!slice.text.isEmpty())
+        m_atLineStart = slice.text.endsWith(QLatin1Char('\n'));
+    return slice;
 }
 
 void ReceiveQueue::clear()
@@ -101,5 +128,6 @@ void ReceiveQueue::clear()
     m_stream.reset();
     m_sources.clear();
     m_atLineStart = true;
+    m_streamAtLineStart = true;
     m_lastWasHex = false;
 }

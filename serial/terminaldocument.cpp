@@ -1,5 +1,6 @@
-// How QtTerminalWidget keeps its text in the document, and moves what is old to disk.
+// How QtTerminalWidget keeps its text in the document.
 
+#include "app/settings.h"
 #include "serial/loglayout.h"
 #include "serial/qtterminalwidget.h"
 #include "serial/selectionkeeper.h"
@@ -65,6 +66,17 @@ void QtTerminalWidget::appendText(const QString &text)
         LogLayout::setContinuation(document()->findBlockByNumber(firstNew + cut), true);
 }
 
+// The buffer's text and nothing else.
+void QtTerminalWidget::showLogView()
+{
+    const ReceiveBuffer::Edit edit = m_receiveBuffer.update(Settings::instance().textCodec);
+    if (m_bufferShown)
+        applyEdit(edit);
+    else
+        replaceText(m_receiveBuffer.text());
+    m_bufferShown = true;
+}
+
 void QtTerminalWidget::applyEdit(const ReceiveBuffer::Edit &edit)
 {
     QTextCursor cursor(document());
@@ -105,16 +117,16 @@ void QtTerminalWidget::replaceText(const QString &text)
     LogLayout::setContinuation(document()->firstBlock(), false);
 }
 
-// Moves the oldest paragraphs to disk when more is held than the bounds allow.
+// Drops the oldest paragraphs when more is held than the bounds allow.
 void QtTerminalWidget::trimFront()
 {
     const int characters = document()->characterCount();
     const int paragraphs = document()->blockCount();
-    if (m_readers > 0 || (characters <= m_mostCharacters && paragraphs <= m_mostParagraphs))
+    if (characters <= m_maxCharacters && paragraphs <= m_maxParagraphs)
         return;
     // Somewhat more than needed, so that it isn't done at every slice.
-    const int keepCharacters = m_mostCharacters - m_mostCharacters / 64;
-    const int keepParagraphs = m_mostParagraphs - m_mostParagraphs / 64;
+    const int keepCharacters = m_maxCharacters - m_maxCharacters / 64;
+    const int keepParagraphs = m_maxParagraphs - m_maxParagraphs / 64;
     QTextBlock first = document()->findBlock(qMax(0, characters - keepCharacters));
     if (first.blockNumber() < paragraphs - keepParagraphs)
         first = document()->findBlockByNumber(paragraphs - keepParagraphs);
@@ -122,10 +134,6 @@ void QtTerminalWidget::trimFront()
         return;
 
     const int cut = first.position();
-    const QByteArray old = textBetween(0, cut).toUtf8();
-    if (m_history.append(old.constData(), old.size()) == ByteSpool::State::Incomplete)
-        emit historyLost();
-
     const int linesGone = first.firstLineNumber();
     const bool continues = LogLayout::isContinuation(first);
     const int offset = verticalScrollBar()->value();

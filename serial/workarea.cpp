@@ -34,8 +34,9 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     m_countTimer.setSingleShot(true);
     connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::countsDue);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &WorkArea::clearRequested);
-    connect(m_terminal, &QtTerminalWidget::historyLost, this,
-            [this] { emit notify(QStringLiteral("磁盘空间不足，部分早期显示内容已丢失！"), kError); });
+    connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
+        emit notify(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！"), kError);
+    });
     connect(m_received, &ReceiveStore::notify, this, &WorkArea::notify);
     connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &WorkArea::notify);
 }

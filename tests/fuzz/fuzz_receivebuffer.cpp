@@ -25,7 +25,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QByteArray held;
     QString shown;
     for (const QByteArray &piece : qAsConst(pieces)) {
-        const ReceiveBuffer::Edit edit = buffer.append(piece, codec);
+        buffer.append(piece);
+        const ReceiveBuffer::Edit edit = buffer.update(codec);
         const int kept = shown.size() - edit.frontRemoved - edit.backRemoved;
         if (kept < 0)
             abort();
