@@ -70,7 +70,7 @@ void assemble(benchmark::State &state)
     qint64 images = 0;
     for (auto _ : state) {
         for (const QByteArray &chunk : chunks) {
-            assembler.append(chunk);
+            assembler.append(chunk, 0);
             while (assembler.next(&event, 1))
                 images += event.kind == CameraEvent::Image && event.checksumRight;
         }

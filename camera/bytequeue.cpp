@@ -5,9 +5,6 @@ namespace {
 // Below this, moving what is left to the front costs next to nothing.
 constexpr int kCompactBytes = 4096;
 
-// What an empty queue keeps; a large frame's memory is given back.
-constexpr int kMostIdleBytes = 4 * 1024 * 1024;
-
 } // namespace
 
 void ByteQueue::makeRoom(int bytes)
@@ -22,7 +19,7 @@ void ByteQueue::drop(qint64 count)
     if (m_begin == m_end) {
         m_begin = 0;
         m_end = 0;
-        if (capacity() > kMostIdleBytes)
+        if (capacity() > m_maxIdleBytes)
             clear();
     } else if (m_begin >= kCompactBytes && m_begin >= size()) {
         std::memmove(m_store.data(), front(), static_cast<size_t>(size()));
@@ -33,5 +30,5 @@ void ByteQueue::drop(qint64 count)
 
 void ByteQueue::clear()
 {
-    *this = ByteQueue();
+    *this = ByteQueue(m_maxIdleBytes);
 }

@@ -21,15 +21,24 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace {
 
 constexpr int kInformation = 0;
+constexpr int kError = 255;
 constexpr int kRatePeriodMs = 1000;
 constexpr int kTipMs = 2000;
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
 
-// Senders whose unfinished frames are kept; of datagrams anybody may be one.
+// Senders of datagrams whose unfinished frames are kept; anybody may be one. Those
+// of a server are known by their connections.
 constexpr int kMostStreams = 16;
+
+bool isPacket(CameraEvent::Kind kind)
+{
+    return kind == CameraEvent::Image || kind == CameraEvent::Format || kind == CameraEvent::Register;
+}
 
 } // namespace
 
@@ -49,6 +58,7 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     connectParts();
     connectLinks();
     showClosed();
+    m_clock.start();
     m_sinceRate.start();
     m_rateTimer.start(kRatePeriodMs);
 }
@@ -155,10 +165,15 @@ void CameraDebugWidget::SltChangeImageShow(int index)
 
 // ---- receiving
 
-// Beyond so many senders, the one that has been silent for longest is forgotten.
+// Beyond so many senders of datagrams, the one that has been silent for longest is
+// forgotten.
 CameraDebugWidget::Stream &CameraDebugWidget::streamOf(const QString &name)
 {
-    if (!m_streams.contains(name) && m_streams.size() >= kMostStreams) {
+    if (m_link->protocol() == CameraLinkPanel::Udp && m_streams.size() >= kMostStreams &&
+        !m_streams.contains(name)) {
+        if (!std::exchange(m_sendersTold, true))
+            emit signalNotify(QStringLiteral("UDP发送方超过%1个，图像可能不完整！").arg(kMostStreams),
+                              kError);
         auto oldest = m_streams.begin();
         for (auto stream = m_streams.begin(); stream != m_streams.end(); ++stream)
             if (stream->lastUse < oldest->lastUse)
@@ -173,7 +188,28 @@ CameraDebugWidget::Stream &CameraDebugWidget::streamOf(const QString &name)
 void CameraDebugWidget::clearStreams()
 {
     m_streams.clear();
-    m_show->clear();
+    m_sendersTold = false;
+}
+
+// Its sender is gone.
+void CameraDebugWidget::endStream(const QString &name)
+{
+    const Stream stream = m_streams.take(name);
+    if (stream.packets.isReceiving() || stream.jpeg.hasStart())
+        ++m_partialFrames;
+}
+
+// One error for all that is lost in a row.
+void CameraDebugWidget::noteLoss(Stream &stream)
+{
+    const FrameAssembler::Loss loss = stream.packets.takeLoss();
+    if (loss.bytes == 0)
+        return;
+    m_lostBytes += loss.bytes;
+    m_partialFrames += loss.frames;
+    if (!std::exchange(stream.lossTold, true))
+        raiseError(loss.frames > 0 ? QStringLiteral("图像数据不完整，已丢弃")
+                                   : QStringLiteral("无法识别的数据，已丢弃"));
 }
 
 void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
@@ -185,7 +221,8 @@ void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
         stream.jpeg.append(byData);
         takeJpegs(stream);
     } else {
-        stream.packets.append(byData);
+        stream.packets.append(byData, m_clock.elapsed());
+        noteLoss(stream);
         takePackets(stream);
     }
 }
@@ -194,6 +231,10 @@ void CameraDebugWidget::takePackets(Stream &stream)
 {
     CameraEvent event;
     while (stream.packets.next(&event, m_config->valueLength())) {
+        if (event.kind == CameraEvent::ImpossibleLength)
+            raiseError(QStringLiteral("数据包长度异常，已丢弃"));
+        stream.lossTold = stream.lossTold || event.kind == CameraEvent::ImpossibleLength;
+        noteLoss(stream);
         switch (event.kind) {
         case CameraEvent::ImageBegins:
             startElapsed();
@@ -215,10 +256,14 @@ void CameraDebugWidget::takePackets(Stream &stream)
                                << event.data.toHex();
             break;
         case CameraEvent::ImpossibleLength:
-            raiseError(QStringLiteral("数据包长度异常，已丢弃"));
+            break;
+        case CameraEvent::Resynchronized:
+            emit signalNotify(QStringLiteral("图像数据失步，已重新同步"), kInformation);
             break;
         }
+        stream.lossTold = stream.lossTold && !isPacket(event.kind);
     }
+    noteLoss(stream);
 }
 
 void CameraDebugWidget::takeJpegs(Stream &stream)
@@ -227,6 +272,7 @@ void CameraDebugWidget::takeJpegs(Stream &stream)
     bool more = true;
     while (more) {
         more = stream.jpeg.next(&picture);
+        m_lostBytes += stream.jpeg.takeLost();
         if (stream.jpeg.takeOverflow())
             raiseError(QStringLiteral("JPEG图像没有结束标记，已丢弃"));
         if (more || stream.jpeg.hasStart())
@@ -344,7 +390,7 @@ void CameraDebugWidget::SltCalculationRate()
 
 void CameraDebugWidget::showCounts()
 {
-    m_status->showFrames(m_frames, m_show->skipped(), m_show->unusable());
+    m_status->showFrames(m_frames, {m_show->skipped(), m_show->unusable(), m_partialFrames, m_lostBytes});
     emit signalRefresCounts(pageIndex);
 }
 
@@ -362,6 +408,8 @@ void CameraDebugWidget::clearCounts()
     m_recvCount = 0;
     m_sendCount = 0;
     m_errors = 0;
+    m_partialFrames = 0;
+    m_lostBytes = 0;
     m_sinceFirst.invalidate();
     m_show->clearCounts();
     m_status->showErrors(0, {});

@@ -76,6 +76,7 @@ private:
         FrameAssembler packets;
         JpegScanner jpeg;
         qint64 lastUse = 0;
+        bool lossTold = false; // since the last complete packet
     };
 
     void buildUi();
@@ -109,6 +110,8 @@ private:
     // What came (cameradebugwidget.cpp).
     Stream &streamOf(const QString &name);
     void clearStreams();
+    void endStream(const QString &name);
+    void noteLoss(Stream &stream);
     void takePackets(Stream &stream);
     void takeJpegs(Stream &stream);
     void actOnImage(const CameraEvent &event);
@@ -142,12 +145,16 @@ private:
 
     QHash<QString, Stream> m_streams;
     qint64 m_streamUses = 0;
+    bool m_sendersTold = false; // that there are too many, since the link was opened
+    QElapsedTimer m_clock;
     QElapsedTimer m_sinceFirst; // since the first frame began
     QElapsedTimer m_sinceRate;
     QTimer m_rateTimer;
     qint64 m_frames = 0;
     qint64 m_framesAtRate = 0;
     qint64 m_errors = 0;
+    qint64 m_partialFrames = 0;
+    qint64 m_lostBytes = 0;
     qint64 m_sendCount = 0;
     qint64 m_recvCount = 0;
     qint64 m_recvAtRate = 0;

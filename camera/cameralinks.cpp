@@ -44,7 +44,7 @@ void CameraDebugWidget::connectLinks()
         showPeers();
     });
     connect(m_server, &TcpServer::signalClientDisconnected, this, [this](const QString &name) {
-        m_streams.remove(name);
+        endStream(name);
         emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
         showPeers();
     });
@@ -86,15 +86,19 @@ void CameraDebugWidget::SltChangeProtocol(int)
     showClosed();
 }
 
-// Half a frame belongs to the link that it came over.
+// What has already come is taken in first. Half a frame belongs to the link that
+// it came over.
 void CameraDebugWidget::closeLink()
 {
     m_server->closeAll();
+    m_socket->takeAll();
+    m_socket->flush();
     m_socket->abort();
+    m_udp->takeRest();
     m_udp->abort();
     m_serial->close();
-    m_serialPause.stop();
-    m_serialBytes.clear();
+    if (!m_serialBytes.isEmpty())
+        passSerialOn();
     clearStreams();
     m_config->stopBatch();
 }
@@ -231,7 +235,7 @@ void CameraDebugWidget::clientDisconnected()
 {
     QString error;
     if (m_socket->takeEnd(&error)) {
-        clearStreams();
+        endStream(kFromServer);
         m_config->stopBatch();
         if (error.isEmpty())
             showClosed(QStringLiteral("服务器已断开连接"));

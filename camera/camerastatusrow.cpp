@@ -47,7 +47,7 @@ CameraStatusRow::CameraStatusRow(QWidget *parent)
         row->addWidget(label);
     row->addWidget(m_state);
     showRates(0, 0);
-    showFrames(0, 0, 0);
+    showFrames(0, {});
     showErrors(0, {});
 }
 
@@ -57,13 +57,18 @@ void CameraStatusRow::showRates(double framesPerSecond, double bytesPerSecond)
     m_rate->setText(QStringLiteral("接收速率: %1").arg(rateText(bytesPerSecond)));
 }
 
-void CameraStatusRow::showFrames(qint64 number, qint64 skipped, qint64 unusable)
+void CameraStatusRow::showFrames(qint64 number, const CameraLosses &losses)
 {
     m_number->setText(QStringLiteral("帧编号: %1").arg(number));
-    m_skipped->setText(QStringLiteral("未显示: %1").arg(skipped + unusable));
-    m_skipped->setToolTip(
-        QStringLiteral("来得太快而跳过的帧: %1\n无法解码的帧: %2").arg(skipped).arg(unusable));
-    m_skipped->setVisible(skipped + unusable > 0);
+    const qint64 frames = losses.skipped + losses.unusable + losses.partial;
+    m_skipped->setText(QStringLiteral("未显示: %1").arg(frames));
+    m_skipped->setToolTip(QStringLiteral("因来不及显示而跳过的帧: %1\n无法解码的帧: %2\n"
+                                         "不完整的帧: %3\n丢弃的无效数据: %4 字节")
+                              .arg(losses.skipped)
+                              .arg(losses.unusable)
+                              .arg(losses.partial)
+                              .arg(losses.bytes));
+    m_skipped->setVisible(frames + losses.bytes > 0);
 }
 
 void CameraStatusRow::showErrors(qint64 count, const QString &lastReason)

@@ -9,6 +9,15 @@ class QLabel;
 class QPushButton;
 class StateIndicator;
 
+// What came and was not shown.
+struct CameraLosses
+{
+    qint64 skipped = 0;  // frames, for lack of time
+    qint64 unusable = 0; // frames that could not be decoded
+    qint64 partial = 0;  // frames of which the end did not come
+    qint64 bytes = 0;    // that belong to no packet and no picture
+};
+
 class CameraStatusRow : public QWidget
 {
     Q_OBJECT
@@ -20,7 +29,7 @@ public:
     StateIndicator *state() const { return m_state; }
 
     void showRates(double framesPerSecond, double bytesPerSecond);
-    void showFrames(qint64 number, qint64 skipped, qint64 unusable);
+    void showFrames(qint64 number, const CameraLosses &losses);
     // The error indicator: hidden while nothing was wrong.
     void showErrors(qint64 count, const QString &lastReason);
 

@@ -1,12 +1,14 @@
 #include "camera/frameassembler.h"
 
 #include <cstring>
+#include <utility>
 
 using namespace CameraFrame;
 
 namespace {
 
 constexpr int kFormatSize = 15; // of an announcement, without its checksum
+constexpr int kChecksumSize = 2;
 
 bool beginsWithMagic(const char *bytes, qsizetype size)
 {
@@ -23,11 +25,45 @@ int magicReached(const QByteArray &chunk, int before)
                : 0;
 }
 
+// Whether the bytes, as far as they have come, can be the header of a packet that
+// a board sends.
+bool mayBeHeader(const char *bytes, qsizetype size)
+{
+    if (std::memcmp(bytes, magic, static_cast<size_t>(qMin<qsizetype>(size, magicSize))) != 0)
+        return false;
+    if (size < bodyAt)
+        return true;
+    const quint32 length = readU32(bytes + lengthAt);
+    switch (static_cast<quint8>(bytes[commandAt])) {
+    case ImageData:
+        return length >= overhead && length <= mostBytes;
+    case ImageFormat:
+        return length >= kFormatSize && length <= kFormatSize + kChecksumSize;
+    case ReadRegister:
+        return length > registerOverhead && length <= registerOverhead + longestValue;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
-void FrameAssembler::clear()
+FrameAssembler::Loss FrameAssembler::takeLoss()
 {
-    *this = FrameAssembler();
+    return std::exchange(m_loss, {});
+}
+
+void FrameAssembler::discard(qint64 bytes)
+{
+    m_loss.bytes += qMin<qint64>(bytes, m_buffer.size());
+    m_buffer.drop(bytes);
+}
+
+// The awaited image packet does not become complete.
+void FrameAssembler::discardFrame()
+{
+    m_loss.frames += m_receiving ? 1 : 0;
+    m_receiving = false;
 }
 
 // Looks for a magic that begins with a chunk.
@@ -41,14 +77,15 @@ void FrameAssembler::lookForHeader(const QByteArray &chunk)
         matched = magicReached(chunk, 0);
     }
     if (matched == magicSize) {
-        m_buffer.drop(m_buffer.size() - m_begun);
-        m_receiving = false;
+        discard(m_buffer.size() - m_begun);
+        discardFrame();
     }
     m_begun = matched == magicSize || m_receiving ? 0 : matched;
 }
 
-void FrameAssembler::append(const QByteArray &chunk)
+void FrameAssembler::append(const QByteArray &chunk, qint64 nowMs)
 {
+    watchProgress(chunk.size(), nowMs);
     if (m_begun > 0 || chunk.startsWith(magic[0]))
         lookForHeader(chunk);
     m_buffer.append(chunk);
@@ -67,9 +104,57 @@ void FrameAssembler::extendChecksum()
     m_checked = covered;
 }
 
+void FrameAssembler::watchProgress(qint64 bytes, qint64 nowMs)
+{
+    m_now = nowMs;
+    if (m_bytesSince == 0)
+        m_since = nowMs;
+    else if (m_bytesSince >= m_frameBytes && nowMs - m_since >= searchAfterMs)
+        m_searching = true;
+    m_bytesSince += bytes;
+}
+
+void FrameAssembler::endPacket()
+{
+    m_since = m_now;
+    m_bytesSince = m_buffer.size(); // the beginning of the next one
+    m_searching = false;
+    m_regained = std::exchange(m_found, false);
+}
+
+// Drops what precedes the next bytes that can be a header; the beginning of one
+// at the end of what has come is kept. Within an awaited image packet the search
+// ends where the packet does.
+void FrameAssembler::searchHeader()
+{
+    const char *const bytes = m_buffer.front();
+    const qsizetype size = m_buffer.size();
+    const qsizetype end = m_receiving ? qMin<qsizetype>(size, m_packetLength) : size;
+    qsizetype at = m_receiving ? qMax<qsizetype>(m_searched, 1) : 0;
+    while (at < end && !mayBeHeader(bytes + at, size - at)) {
+        const void *const next = std::memchr(bytes + at + 1, magic[0], static_cast<size_t>(end - at - 1));
+        at = next ? static_cast<const char *>(next) - bytes : end;
+    }
+    m_searched = at;
+    if (m_receiving && (at >= end || size - at < bodyAt))
+        return; // none, or not all of it has come
+    m_found = m_found || at > 0;
+    discardFrame();
+    discard(at);
+}
+
 bool FrameAssembler::next(CameraEvent *event, int valueLength)
 {
+    if (std::exchange(m_regained, false)) {
+        *event = CameraEvent();
+        event->kind = CameraEvent::Resynchronized;
+        return true;
+    }
     while (m_receiving || m_buffer.size() >= overhead) {
+        if (m_searching)
+            searchHeader();
+        if (!m_receiving && m_buffer.size() < overhead)
+            return false;
         if (m_receiving)
             return takeImage(event);
         bool isEvent = false;
@@ -97,6 +182,9 @@ bool FrameAssembler::takeImage(CameraEvent *event)
         event->data = QByteArray(m_buffer.front() + bodyAt, length - overhead);
     }
     m_buffer.drop(m_packetLength);
+    if (event->checksumRight)
+        m_frameBytes = m_packetLength;
+    endPacket();
     return true;
 }
 
@@ -109,7 +197,7 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
     if (!beginsWithMagic(m_buffer.front(), m_buffer.size())) {
         event->kind = CameraEvent::NoHeader;
         event->data = QByteArray(m_buffer.front(), magicSize);
-        m_buffer.drop(m_buffer.size() - m_begun);
+        discard(m_buffer.size() - m_begun);
         return true;
     }
     const quint32 length = readU32(m_buffer.front() + lengthAt);
@@ -117,7 +205,7 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
     event->device = static_cast<quint8>(m_buffer.front()[deviceAt]) & 1;
     if (length < bodyAt || length > mostBytes) {
         event->kind = CameraEvent::ImpossibleLength;
-        m_buffer.drop(m_buffer.size());
+        discard(m_buffer.size());
         return true;
     }
     switch (command) {
@@ -125,19 +213,23 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
         m_receiving = true;
         m_packetLength = length;
         m_checked = 0;
+        m_searched = 0;
         m_checksum = crcStart;
         extendChecksum();
         event->kind = CameraEvent::ImageBegins;
         return true;
     case ImageFormat:
         *isEvent = length >= kFormatSize && m_buffer.size() >= static_cast<qsizetype>(length);
-        if (*isEvent) {
+        if (!*isEvent) { // a short one is not waited for, whatever follows it
+            discard(length);
+        } else {
             event->kind = CameraEvent::Format;
             event->format = static_cast<quint8>(m_buffer.front()[bodyAt]);
             event->width = readU16(m_buffer.front() + bodyAt + 1);
             event->height = readU16(m_buffer.front() + bodyAt + 3);
+            m_buffer.drop(length);
+            endPacket();
         }
-        m_buffer.drop(length); // a short one is not waited for, whatever follows it
         return true;
     case ReadRegister:
         return takeReply(event, valueLength);
@@ -156,7 +248,8 @@ bool FrameAssembler::takeReply(CameraEvent *event, int valueLength)
     const bool isWhole = m_buffer.size() >= static_cast<qsizetype>(length);
     if (!isWhole && length <= registerOverhead + longestValue)
         return false;
-    if (!isWhole || length != static_cast<quint32>(registerOverhead + valueLength)) {
+    const bool isReply = isWhole && length == static_cast<quint32>(registerOverhead + valueLength);
+    if (!isReply) {
         event->kind = CameraEvent::WrongLength;
     } else {
         event->kind = CameraEvent::Register;
@@ -165,5 +258,7 @@ bool FrameAssembler::takeReply(CameraEvent *event, int valueLength)
         event->data = QByteArray(m_buffer.front() + bodyAt + 3, valueLength);
     }
     m_buffer.drop(length);
+    if (isReply)
+        endPacket();
     return true;
 }

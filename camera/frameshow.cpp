@@ -84,12 +84,6 @@ void FrameShow::add(int device, const CameraFrameData &frame)
     m_timer.start(static_cast<int>(qMax<qint64>(0, m_pauseMs - since)));
 }
 
-void FrameShow::clear()
-{
-    m_timer.stop();
-    m_waiting = {};
-}
-
 void FrameShow::clearCounts()
 {
     m_shown = 0;

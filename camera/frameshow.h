@@ -38,10 +38,9 @@ public:
     explicit FrameShow(QObject *parent = nullptr);
 
     void add(int device, const CameraFrameData &frame);
-    void clear(); // forgets what waits
 
     qint64 shown() const { return m_shown; }
-    qint64 skipped() const { return m_skipped; }   // came too fast
+    qint64 skipped() const { return m_skipped; }   // a newer one came before they could be shown
     qint64 unusable() const { return m_unusable; } // no picture could be made of them
     void clearCounts();
 

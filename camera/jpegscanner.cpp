@@ -19,13 +19,13 @@ constexpr char kEnd = '\xD9';
 // The place of a marker's first byte; -1 for none.
 int find(char second, const char *bytes, int size, int from = 0)
 {
-    const char *const last = bytes + size - 1; // a marker's second byte at most
-    for (const char *at = bytes + from; at < last; ++at) {
-        at = static_cast<const char *>(std::memchr(at, kPrefix, static_cast<size_t>(last - at)));
-        if (!at)
+    for (int at = from; at + 1 < size; ++at) {
+        const void *const prefix = std::memchr(bytes + at, kPrefix, static_cast<size_t>(size - 1 - at));
+        if (!prefix)
             return -1;
-        if (at[1] == second)
-            return static_cast<int>(at - bytes);
+        at = static_cast<int>(static_cast<const char *>(prefix) - bytes);
+        if (bytes[at + 1] == second)
+            return at;
     }
     return -1;
 }
@@ -70,12 +70,18 @@ bool holdsEnd(const char *bytes, int size)
 
 void JpegScanner::clear()
 {
-    *this = JpegScanner();
+    m_buffer.clear();
+    m_start = -1;
+    m_scanned = 0;
+    m_mayHold = false;
+    m_endsInPrefix = false;
+    m_overflow = false;
 }
 
 void JpegScanner::append(const QByteArray &chunk)
 {
     if (chunk.size() > static_cast<int>(CameraFrame::mostBytes) - size()) {
+        m_lost += size();
         clear();
         m_overflow = true;
     }
@@ -98,12 +104,19 @@ bool JpegScanner::takeOverflow()
     return std::exchange(m_overflow, false);
 }
 
+qint64 JpegScanner::takeLost()
+{
+    return std::exchange(m_lost, 0);
+}
+
 bool JpegScanner::take(QByteArray *picture)
 {
     if (m_start < 0) {
         m_start = find(kStart, m_buffer.front(), size());
-        if (m_start > 0)
+        if (m_start > 0) {
+            m_lost += m_start;
             m_buffer.drop(m_start);
+        }
     }
     const int end = find(kEnd, m_buffer.front(), size(), m_scanned);
     if (end >= 0) {
@@ -114,7 +127,10 @@ bool JpegScanner::take(QByteArray *picture)
         return true;
     }
     m_mayHold = false;
-    if (m_start < 0) // of what precedes a picture only half a marker may matter
-        m_buffer.drop(size() - (size() > 0 && m_endsInPrefix ? 1 : 0));
+    if (m_start < 0) { // of what precedes a picture only half a marker may matter
+        const int useless = size() - (size() > 0 && m_endsInPrefix ? 1 : 0);
+        m_lost += useless;
+        m_buffer.drop(useless);
+    }
     return false;
 }

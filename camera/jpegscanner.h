@@ -8,6 +8,11 @@
 class JpegScanner
 {
 public:
+    explicit JpegScanner(int maxIdleBytes = ByteQueue::defaultIdleBytes)
+        : m_buffer(maxIdleBytes)
+    {
+    }
+
     void append(const QByteArray &chunk);
     // The next picture: everything up to an end marker, whether or not it is
     // one. False when more has to come first.
@@ -17,6 +22,8 @@ public:
     bool hasStart() const { return m_start >= 0; }
     // Asked once: a picture had no end for so long that it was given up.
     bool takeOverflow();
+    // The bytes before pictures that were dropped since the last call.
+    qint64 takeLost();
 
     int size() const { return m_buffer.size(); }
     int capacity() const { return m_buffer.capacity(); }
@@ -30,4 +37,5 @@ private:
     bool m_mayHold = false;      // there is something that next() has not seen
     bool m_endsInPrefix = false; // the last byte may be half a marker
     bool m_overflow = false;
+    qint64 m_lost = 0;
 };

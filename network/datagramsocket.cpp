@@ -7,7 +7,8 @@
 
 namespace {
 constexpr int kBufferBytes = 8 * 1024 * 1024; // asked of the system, which may give less
-}
+constexpr int kMaxRest = 16 * 1024;           // datagrams; more of them don't fit there
+} // namespace
 
 bool DatagramSocket::listen(const QHostAddress &address, quint16 port)
 {
@@ -20,13 +21,26 @@ bool DatagramSocket::listen(const QHostAddress &address, quint16 port)
 
 void DatagramSocket::takeAll(const ReadGate &gate)
 {
-    while (isListening() && gate.isOpen() && hasPendingDatagrams()) {
-        const QNetworkDatagram datagram = receiveDatagram();
-        if (!datagram.isValid())
-            return;
-        emit received(QStringLiteral("%1:%2")
-                          .arg(PeerAddress::text(datagram.senderAddress()))
-                          .arg(datagram.senderPort()),
-                      datagram.data());
+    while (gate.isOpen() && takeOne()) {
     }
+}
+
+// Not more than the system's buffer holds: senders may go on meanwhile.
+void DatagramSocket::takeRest()
+{
+    for (int i = 0; i < kMaxRest && takeOne(); ++i) {
+    }
+}
+
+bool DatagramSocket::takeOne()
+{
+    if (!isListening() || !hasPendingDatagrams())
+        return false;
+    const QNetworkDatagram datagram = receiveDatagram();
+    if (!datagram.isValid())
+        return false;
+    emit received(
+        QStringLiteral("%1:%2").arg(PeerAddress::text(datagram.senderAddress())).arg(datagram.senderPort()),
+        datagram.data());
+    return true;
 }

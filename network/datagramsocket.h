@@ -17,6 +17,11 @@ public:
     bool listen(const QHostAddress &address, quint16 port);
     bool isListening() const { return state() == BoundState; }
     void takeAll(const ReadGate &gate);
+    // What the system holds, before closing; the gate is not asked.
+    void takeRest();
+
+private:
+    bool takeOne();
 
 signals:
     void received(const QString &sender, const QByteArray &bytes);

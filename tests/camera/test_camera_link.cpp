@@ -53,6 +53,9 @@ QString events(FrameAssembler &assembler, int valueLength = 1)
         case CameraEvent::ImpossibleLength:
             seen += QStringLiteral("L ");
             break;
+        case CameraEvent::Resynchronized:
+            seen += QStringLiteral("S ");
+            break;
         }
     }
     return seen.trimmed();
@@ -83,10 +86,14 @@ private slots:
     void takesChunks_data();
     void takesChunks();
     void takesBytesOneByOne();
+    void regainsItsStep_data();
+    void regainsItsStep();
+    void countsLosses();
     void keepsMemorySmall();
     void findsJpegs_data();
     void findsJpegs();
     void findsJpegsHoweverCut();
+    void findsLargeJpegs();
     void givesUpEndlessJpegs();
     void decodesRgb565_data();
     void decodesRgb565();
@@ -149,7 +156,7 @@ void TestCameraLink::takesChunks()
     FrameAssembler assembler;
     QStringList all;
     for (const QByteArray &chunk : qAsConst(chunks)) {
-        assembler.append(chunk);
+        assembler.append(chunk, 0);
         const QString now = events(assembler);
         if (!now.isEmpty())
             all += now;
@@ -164,7 +171,7 @@ void TestCameraLink::takesBytesOneByOne()
     const QByteArray stream = kImage + kReply + kImage;
     const auto send = [&](const QByteArray &bytes) {
         for (const char byte : bytes) {
-            assembler.append(QByteArray(1, byte));
+            assembler.append(QByteArray(1, byte), 0);
             seen += events(assembler);
         }
     };
@@ -181,17 +188,86 @@ void TestCameraLink::takesBytesOneByOne()
     }
 }
 
+void TestCameraLink::regainsItsStep_data()
+{
+    QTest::addColumn<int>("joinedAt");
+    QTest::addColumn<int>("lost");    // a byte after which the next one is missing; 0: none
+    QTest::addColumn<bool>("isLong"); // the header there has a length of 60 MB
+    QTest::addColumn<int>("piece");
+    for (const int piece : {256, 4096, 65536}) {
+        for (const int joinedAt : {1, 777, 2501, 5002})
+            QTest::addRow("joined at %d, in pieces of %d", joinedAt, piece)
+                << joinedAt << 0 << false << piece;
+        QTest::addRow("a lost byte, in pieces of %d", piece) << 0 << 500 * 5003 + 321 << false << piece;
+        QTest::addRow("a false length, in pieces of %d", piece) << 0 << 500 * 5003 << true << piece;
+    }
+}
+
+// A thousand frames back to back, thirty in a second. Those that come when a
+// second has passed hold something that looks like a header.
+void TestCameraLink::regainsItsStep()
+{
+    QFETCH(int, joinedAt);
+    QFETCH(int, lost);
+    QFETCH(bool, isLong);
+    QFETCH(int, piece);
+    constexpr int frameBytes = 5003;
+    const auto number = [](int value) { return QByteArray(1, char(value)).append(char(value >> 8)); };
+    const auto frame = [&number](const QByteArray &data) {
+        const QByteArray packet = "ORVN" + QByteArray(1, '\0') + number(frameBytes) + hex("000002") +
+                                  data.leftJustified(frameBytes - 12, 'x');
+        return packet + number(CameraFrame::crc16(packet.constData(), packet.size()));
+    };
+    QByteArray stream = frame({}).repeated(28) +
+                        frame("12345" + header("ffffffff", "02") + header("40000000", "63")).repeated(6) +
+                        frame({}).repeated(966);
+    if (isLong)
+        stream.replace(lost + 5, 4, hex("00000003"));
+    else if (lost > 0)
+        stream.remove(lost, 1);
+
+    FrameAssembler assembler;
+    QString seen;
+    for (int at = joinedAt; at < stream.size(); at += piece) {
+        assembler.append(stream.mid(at, piece), qint64(at) * 33 / frameBytes);
+        seen += events(assembler) + ' ';
+    }
+    // A second, what a piece may hold, and the frames at both ends of the gap.
+    const int images = seen.count("I4991");
+    QVERIFY2(images >= 1000 - 1000 / 33 - 65536 / frameBytes - 3, qPrintable(QString::number(images)));
+    if (piece > 256) // smaller ones begin with a header before long
+        QCOMPARE(seen.count('S'), 1);
+}
+
+void TestCameraLink::countsLosses()
+{
+    FrameAssembler assembler;
+    const auto loss = [&assembler](const QByteArray &chunk) {
+        assembler.append(chunk, 0);
+        events(assembler);
+        const FrameAssembler::Loss lost = assembler.takeLoss();
+        return QStringLiteral("%1/%2").arg(lost.bytes).arg(lost.frames);
+    };
+    QCOMPARE(loss(kImage + kReply + kFormat), QStringLiteral("0/0"));
+    QCOMPARE(loss("some garbage"), QStringLiteral("12/0"));
+    QCOMPARE(loss(kImage.left(15)), QStringLiteral("0/0"));
+    QCOMPARE(loss(kImage), QStringLiteral("15/1"));
+    QCOMPARE(loss(kFormat.left(14)), QStringLiteral("14/0"));
+    QCOMPARE(loss(header("ffffffff", "02") + "ab"), QStringLiteral("12/0"));
+    QCOMPARE(loss({}), QStringLiteral("0/0"));
+}
+
 // What is announced is not allocated before it comes, and a stream of frames
 // leaves nothing behind.
 void TestCameraLink::keepsMemorySmall()
 {
     FrameAssembler assembler;
-    assembler.append(header("00000004", "02") + QByteArray(100, 'x'));
+    assembler.append(header("00000004", "02") + QByteArray(100, 'x'), 0);
     QCOMPARE(events(assembler), QString());
     QVERIFY(assembler.capacity() < 4096);
-    assembler.append(kImage.left(11));
+    assembler.append(kImage.left(11), 0);
     for (int i = 0; i < 10000; ++i) {
-        assembler.append(kImage.mid(11) + kImage.left(11));
+        assembler.append(kImage.mid(11) + kImage.left(11), 0);
         QCOMPARE(events(assembler), QStringLiteral("I8"));
     }
     QVERIFY(assembler.capacity() < 64 * 1024);
@@ -250,6 +326,19 @@ void TestCameraLink::findsJpegsHoweverCut()
     }
 }
 
+// Larger than what an empty queue keeps: its memory is given back.
+void TestCameraLink::findsLargeJpegs()
+{
+    JpegScanner scanner;
+    QByteArray picture;
+    for (int i = 0; i < 2; ++i) {
+        scanner.append(hex("ffd8") + QByteArray(5 << 20, 'x') + hex("ffd9"));
+        QVERIFY(scanner.next(&picture) && picture.size() == (5 << 20) + 4);
+        QVERIFY(!scanner.next(&picture));
+        QVERIFY(scanner.capacity() == 0);
+    }
+}
+
 void TestCameraLink::givesUpEndlessJpegs()
 {
     JpegScanner scanner;
@@ -263,7 +352,7 @@ void TestCameraLink::givesUpEndlessJpegs()
         overflow = overflow || scanner.takeOverflow();
         QVERIFY(scanner.size() <= 64 << 20);
     }
-    QVERIFY(overflow);
+    QVERIFY(overflow && !scanner.takeOverflow());
     scanner.append(hex("ffd801ffd9"));
     QVERIFY(scanner.next(&picture));
 }

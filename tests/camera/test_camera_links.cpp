@@ -24,6 +24,8 @@ private slots:
     void keepsSendersApart();
     void outlivesFaults_data();
     void outlivesFaults();
+    void showsThePictureBeforeTheEnd();
+    void takesTwentySenders();
     void forgetsHalfAFrame_data();
     void forgetsHalfAFrame();
 };
@@ -119,7 +121,7 @@ void TestCameraLinks::outlivesFaults_data()
     QTest::newRow("whole") << "none"
                            << "0" << true << 21LL << false;
     QTest::newRow("cut") << "none"
-                         << "5" << true << 21LL << false;
+                         << "5" << true << 21LL << true; // the announcement, which is dropped
     QTest::newRow("checksums") << "crc"
                                << "0" << true << 17LL << true;
     QTest::newRow("checksums, cut") << "crc"
@@ -127,13 +129,13 @@ void TestCameraLinks::outlivesFaults_data()
     QTest::newRow("checksums, tolerated") << "crc"
                                           << "64" << false << 21LL << true;
     QTest::newRow("truncated") << "truncate"
-                               << "0" << true << 17LL << false;
+                               << "0" << true << 17LL << true;
     QTest::newRow("truncated, cut") << "truncate"
-                                    << "100" << true << 17LL << false;
+                                    << "100" << true << 17LL << true;
     QTest::newRow("garbage") << "garbage"
-                             << "0" << true << 21LL << false;
+                             << "0" << true << 21LL << true;
     QTest::newRow("garbage, cut") << "garbage"
-                                  << "7" << true << 21LL << false;
+                                  << "7" << true << 21LL << true;
 }
 
 // By datagrams, whose bounds stay what the board made them.
@@ -231,6 +233,42 @@ private:
     QTemporaryDir m_folder;
     std::unique_ptr<PtyPeer> m_line;
 };
+
+// A server that sends a picture and closes.
+void TestCameraLinks::showsThePictureBeforeTheEnd()
+{
+    QTcpServer board;
+    QVERIFY(board.listen(QHostAddress::LocalHost));
+    connect(&board, &QTcpServer::newConnection, this, [&board] {
+        QTcpSocket *const socket = board.nextPendingConnection();
+        socket->write("ORVN" + QByteArray::fromHex("000f000000010502000100") + "ORVN" +
+                      QByteArray::fromHex("0012000000020000ff0000ff") + "cc"); // RGB888, 2 x 1
+        socket->disconnectFromHost();
+    });
+    choose(Client);
+    child<QLineEdit>("editCameraPort")->setText(QString::number(board.serverPort()));
+    click("btnCameraOpen");
+    QTRY_VERIFY_WITH_TIMEOUT(hasPicture(0), 20000);
+    QCOMPARE(shown(0, 0, 0), qRgb(0, 0, 255));
+    QTRY_VERIFY_WITH_TIMEOUT(!isOpen(), 20000);
+}
+
+// Each in two halves, all first halves before the second ones.
+void TestCameraLinks::takesTwentySenders()
+{
+    const quint16 port = openPort(Server);
+    const QByteArray frame = "ORVN" + QByteArray::fromHex("001200000002") + "123456cc";
+    QList<QTcpSocket *> boards;
+    for (int i = 0; i < 20; ++i) {
+        boards.append(new QTcpSocket(m_page.get()));
+        boards.last()->connectToHost(QHostAddress::LocalHost, port);
+        boards.last()->write(frame.left(13));
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(m_page->counts().at(1).toInt(), 20 * 13, 20000);
+    for (QTcpSocket *board : qAsConst(boards))
+        board->write(frame.mid(13));
+    QTRY_COMPARE_WITH_TIMEOUT(m_page->frames(), qint64(20), 20000);
+}
 
 void TestCameraLinks::forgetsHalfAFrame_data()
 {

@@ -37,6 +37,7 @@ private slots:
     void toleratesChecksums();
     void announces();
     void gathersFromASlowLine();
+    void resynchronizes();
     void showsOnlyTheNewest();
     void decodesFormats_data();
     void decodesFormats();
@@ -88,6 +89,21 @@ void TestCameraPage::gathersFromASlowLine()
     QTRY_COMPARE(child<QSpinBox>("spinImageHeight")->value(), 5);
     child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
     QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 3);
+}
+
+// Joined in the middle of a frame, without a pause: dark for a second, then one
+// notice, and what was dropped is counted.
+void TestCameraPage::resynchronizes()
+{
+    const QByteArray frame = "ORVN" + QByteArray::fromHex("001000000002") + "1234cc";
+    const QByteArray piece = (frame.mid(3) + frame.left(3)).repeated(100);
+    QTRY_VERIFY_WITH_TIMEOUT((m_page->SltRecvImageData("a", piece), m_page->frames() > 0), 20000);
+    m_page->SltRecvImageData("a", piece);
+    QCOMPARE(m_notices->size(), 1);
+    QCOMPARE(lastNotice(), QStringLiteral("图像数据失步，已重新同步"));
+    m_page->SltCalculationRate();
+    QVERIFY(!child<QLabel>("labelSkipped")->toolTip().contains(QStringLiteral("数据: 0 字节")));
+    QCOMPARE(child<QLabel>("labelImageError")->toolTip(), QStringLiteral("设备[1]的图像数据校验错误"));
 }
 
 void TestCameraPage::showsOnlyTheNewest()
