@@ -183,6 +183,10 @@ void Settings::load()
         s.camera.valueLength = group.number(Camera::valueLength, 1, 1, 4);
     }
     {
+        const GroupReader group(file, Pid::group);
+        s.pid.fitAll = group.number(Pid::fitAll, 0, 0, 1) == 1;
+    }
+    {
         const GroupReader group(file, LoRaTool::group);
         s.updateUrl = group.text(LoRaTool::updateUrl, kUpdateUrl);
     }
@@ -234,6 +238,7 @@ bool Settings::restoreDefaults()
         file.remove(SettingsKeys::Common::buffer);
         file.endGroup();
         file.remove(SettingsKeys::Camera::group);
+        file.remove(SettingsKeys::Pid::group);
         file.sync();
         written = file.status() == QSettings::NoError;
     }

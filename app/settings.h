@@ -31,6 +31,10 @@ struct Settings
         int addressLength = 2; // bytes of a register's address, 1 to 4
         int valueLength = 1;   // bytes of its value, 1 to 4
     };
+    struct PidDefaults
+    {
+        bool fitAll = false; // the value axis takes in all curves
+    };
     struct ProbeSettings
     {
         QString chip = QStringLiteral("STM32F103RC");
@@ -52,6 +56,7 @@ struct Settings
     SerialDefaults serial;
     NetworkDefaults network;
     CameraDefaults camera;
+    PidDefaults pid;
     QString updateUrl;
     ProbeSettings probe;
     QStringList recentFiles; // of the binary editor, newest first
@@ -76,7 +81,7 @@ struct Settings
     static void setFailureHandler(std::function<void(const QString &reason)> handler);
 
     // Writes the first-start values over whatever the file holds, drops the
-    // close behaviour and the camera's values and loads again. The caller applies the skin. False where
-    // the file cannot be written; the defaults are then good for this run only.
+    // close behaviour and the values of camera and PID page and loads again. The caller applies the skin.
+    // False where the file cannot be written; the defaults are then good for this run only.
     static bool restoreDefaults();
 };

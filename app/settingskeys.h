@@ -40,6 +40,11 @@ const QLatin1String addressLength("AddrLength");
 const QLatin1String valueLength("ValueLength");
 } // namespace Camera
 
+namespace Pid { // not written on first start
+const QLatin1String group("Pid");
+const QLatin1String fitAll("FitAll");
+} // namespace Pid
+
 namespace LoRaTool {
 const QLatin1String group("LoRaTool");
 const QLatin1String updateUrl("UpdateUrl");

@@ -2,16 +2,15 @@
 
 #include "app/safefile.h"
 #include "pid/pidcurvelist.h"
-#include "pid/pidexport.h"
 #include "pid/pidplot.h"
 #include "shell/base/stateindicator.h"
 
+#include <QBuffer>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QToolTip>
 
 PidChart::PidChart(QWidget *parent)
@@ -154,26 +153,32 @@ void PidChart::showFollow()
     else if (follow == PidPlot::ValueFixed)
         m_follow->setText(QStringLiteral("幅度已固定"));
     else
-        m_follow->setText(QStringLiteral("已停住"));
+        m_follow->setText(QStringLiteral("已暂停"));
 }
 
-bool PidChart::exportTables(const QString &fileName) const
+QVector<PidExport::Channel> PidChart::tables() const
 {
+    // Copies share their points until the curves go on.
+    const auto copy = [this](int graph) {
+        return QSharedPointer<QCPGraphDataContainer>::create(*m_plot->graph(graph)->data());
+    };
     QVector<PidExport::Channel> tables;
     for (int channel = 0; channel < channels; ++channel) {
-        const auto targets = m_plot->graph(channel)->data();
-        const auto actuals = m_plot->graph(channel + channels)->data();
+        const auto targets = copy(channel);
+        const auto actuals = copy(channel + channels);
         tables.append({targets->size(), [targets](int k) { return targets->at(k)->value; },
                        [actuals](int k) { return actuals->at(qMin(k, actuals->size() - 1))->value; }});
     }
-    QSaveFile file(fileName);
-    return file.open(QIODevice::WriteOnly) && PidExport::write(&file, tables) && SafeFile::commit(file);
+    return tables;
 }
 
-bool PidChart::savePicture(const QString &fileName) const
+bool PidChart::savePicture(const QString &fileName, QString *error) const
 {
     const bool pdf = fileName.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive);
-    QSaveFile file(fileName);
-    return file.open(QIODevice::WriteOnly) &&
-           m_plot->writePicture(&file, pdf ? PidPlot::Pdf : PidPlot::Png) && SafeFile::commit(file);
+    QBuffer picture;
+    if (picture.open(QIODevice::WriteOnly) &&
+        m_plot->writePicture(&picture, pdf ? PidPlot::Pdf : PidPlot::Png))
+        return SafeFile::write(fileName, picture.data(), error);
+    *error = QStringLiteral("无法生成图片");
+    return false;
 }

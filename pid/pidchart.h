@@ -1,8 +1,10 @@
 #pragma once
 
 // The work area of the PID page: the chart with its zoom axis, the state of
-// following, the read-out below the mouse and the list of curves; also how it
-// is saved. Knows values and times, no board.
+// following, the read-out below the mouse and the list of curves; also what of
+// it is saved. Knows values and times, no board.
+
+#include "pid/pidexport.h"
 
 #include <QWidget>
 
@@ -35,13 +37,16 @@ public:
     // The values below a place on the plot; none outside the axes.
     void showReadOut(const QPoint &place);
 
-    // False where the file could not be written; one that was there then stays.
-    bool exportTables(const QString &fileName) const;
-    bool savePicture(const QString &fileName) const; // PNG, or PDF by its name
+    // The points as they are now.
+    QVector<PidExport::Channel> tables() const;
+    // False where the file could not be written, and why; one that was there
+    // then stays.
+    bool savePicture(const QString &fileName, QString *error) const; // PNG, or PDF by its name
 
     PidPlot *plot() const { return m_plot; }
     PidCurveList *curveList() const { return m_curves; }
     QComboBox *zoomBox() const { return m_zoom; }
+    QCheckBox *fitAllBox() const { return m_fitAll; }
     QPushButton *foldButton() const { return m_fold; }
     StateIndicator *state() const { return m_state; }
 

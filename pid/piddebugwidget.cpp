@@ -1,6 +1,9 @@
 #include "pid/piddebugwidget.h"
 
+#include "app/settings.h"
+#include "app/settingskeys.h"
 #include "pid/pidchart.h"
+#include "pid/pidexporter.h"
 #include "pid/pidoperations.h"
 #include "pid/pidpanel.h"
 #include "pid/pidplot.h"
@@ -11,6 +14,7 @@
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/stateindicator.h"
 
+#include <QCheckBox>
 #include <QDateTime>
 #include <QDebug>
 #include <QDir>
@@ -33,6 +37,7 @@ quint32 bit(int channel)
 
 PidDebugWidget::PidDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
+    , m_exporter(new PidExporter(this))
     , m_link(new QtSerialPort(this))
     , m_receiver([this](const PidReport &report, bool late) { return act(report, late); }, this)
     , m_epoch(QDateTime::currentMSecsSinceEpoch())
@@ -43,6 +48,7 @@ PidDebugWidget::PidDebugWidget(QWidget *parent)
     connectParts();
     setPlotStyle(QStringLiteral("black"));
     setPortState(false);
+    reloadSettings();
 }
 
 PidDebugWidget::~PidDebugWidget()
@@ -51,6 +57,19 @@ PidDebugWidget::~PidDebugWidget()
     m_link->disconnect(this);
     if (m_link->isOpen())
         closePort();
+}
+
+void PidDebugWidget::reloadSettings()
+{
+    m_chart->fitAllBox()->setChecked(Settings::instance().pid.fitAll);
+}
+
+void PidDebugWidget::rememberFitAll(bool fitAll)
+{
+    if (Settings::instance().pid.fitAll == fitAll)
+        return;
+    Settings::instance().pid.fitAll = fitAll;
+    Settings::writeValue(SettingsKeys::Pid::group, SettingsKeys::Pid::fitAll, fitAll ? 1 : 0);
 }
 
 // ---- the port
@@ -143,6 +162,7 @@ void PidDebugWidget::stopRunning()
 
 void PidDebugWidget::closeLinks()
 {
+    m_exporter->complete();
     if (m_link->isOpen())
         closePort();
 }
@@ -183,7 +203,7 @@ void PidDebugWidget::SltBtnSendPidClicked()
 {
     if (auto *field = qobject_cast<QLineEdit *>(sender()))
         field->selectAll();
-    const std::optional<std::array<float, 3>> gains = m_pid->takeGains();
+    const std::optional<std::array<float, 3>> gains = m_pid->gains();
     if (!gains) {
         sayNotSent(QStringLiteral("P、I、D值"));
         return;
@@ -192,6 +212,8 @@ void PidDebugWidget::SltBtnSendPidClicked()
     params.p = (*gains)[0];
     params.i = (*gains)[1];
     params.d = (*gains)[2];
+    if (m_link->isOpen())
+        m_pid->setGainsSent();
     sendCommand(PidFrame::SetPid, FloatToBytes(params.p) + FloatToBytes(params.i) + FloatToBytes(params.d));
 }
 
@@ -199,23 +221,28 @@ void PidDebugWidget::SltBtnSendValueClicked()
 {
     if (auto *field = qobject_cast<QLineEdit *>(sender()))
         field->selectAll();
-    const std::optional<qint32> target = m_pid->takeTarget();
+    const std::optional<qint32> target = m_pid->target();
     if (!target) {
         sayNotSent(QStringLiteral("目标值"));
         return;
     }
     selected().target = *target;
+    if (m_link->isOpen())
+        m_pid->setTargetSent();
     sendCommand(PidFrame::SetTarget, Int32ToBytes(*target));
 }
 
 // The period is the board's to tell: only its report is stored.
 void PidDebugWidget::SltBtnSendIntervalClicked()
 {
-    const std::optional<qint32> period = m_pid->takePeriod();
-    if (!period)
+    const std::optional<qint32> period = m_pid->period();
+    if (!period) {
         sayNotSent(QStringLiteral("周期"));
-    else
-        sendCommand(PidFrame::SetPeriod, Int32ToBytes(*period));
+        return;
+    }
+    if (m_link->isOpen())
+        m_pid->setPeriodSent();
+    sendCommand(PidFrame::SetPeriod, Int32ToBytes(*period));
 }
 
 void PidDebugWidget::SltBtnStartClicked()
@@ -352,14 +379,31 @@ void PidDebugWidget::SltPlotMoveEvent(QMouseEvent *event)
 
 void PidDebugWidget::SltBtnExportClicked()
 {
+    if (m_exporter->isRunning()) {
+        emit signalNotify(QStringLiteral("上一次导出尚未完成，请稍候！"), kError);
+        return;
+    }
     const QString fileName =
         QtFileDialog::getSaveFileName(this, QStringLiteral("导出数据"), QString(), QStringLiteral("*.csv"));
     if (fileName.isEmpty())
         return;
-    if (!m_chart->exportTables(fileName))
-        QtMessageBox::warning(this, kWarning, kCannotSave);
-    else
+    m_exporter->start(fileName, m_chart->tables());
+}
+
+void PidDebugWidget::showExported(const QString &fileName, const QString &error)
+{
+    if (error.isEmpty())
         emit signalNotify(QStringLiteral("文件已导出：") + QDir::toNativeSeparators(fileName), kInformation);
+    else
+        sayNotSaved(fileName, error);
+}
+
+// The given text for a box, the reason for the status bar.
+void PidDebugWidget::sayNotSaved(const QString &fileName, const QString &error)
+{
+    emit signalNotify(QStringLiteral("%1 保存失败：%2").arg(QDir::toNativeSeparators(fileName), error),
+                      kError);
+    QtMessageBox::warning(this, kWarning, kCannotSave);
 }
 
 void PidDebugWidget::savePicture()
@@ -368,8 +412,9 @@ void PidDebugWidget::savePicture()
                                                            QStringLiteral("PNG图片(*.png);;PDF文档(*.pdf)"));
     if (fileName.isEmpty())
         return;
-    if (!m_chart->savePicture(fileName))
-        QtMessageBox::warning(this, kWarning, kCannotSave);
+    QString error;
+    if (!m_chart->savePicture(fileName, &error))
+        sayNotSaved(fileName, error);
     else
         emit signalNotify(QStringLiteral("图片已保存：") + QDir::toNativeSeparators(fileName), kInformation);
 }

@@ -14,6 +14,7 @@
 
 class FormPanel;
 class PidChart;
+class PidExporter;
 class PidOperations;
 class PidPanel;
 class PidPortPanel;
@@ -32,8 +33,9 @@ public:
     QString plotStyle() const { return m_plotStyle; }
     void setPlotStyle(const QString &style);
 
-    // Stops what was started: a motor may be turning.
+    // Stops what was started: a motor may be turning. Ends an export.
     void closeLinks() override;
+    void reloadSettings() override;
 
     // Does nothing while the port is closed.
     void SendPidFrame(quint8 command, quint8 channel, const QByteArray &payload);
@@ -87,7 +89,10 @@ private:
     PidChannelParams &selected();
     void sendCommand(PidFrame::Command command, const QByteArray &payload = {});
     void sayNotSent(const QString &what);
+    void showExported(const QString &fileName, const QString &error);
+    void sayNotSaved(const QString &fileName, const QString &error);
     void savePicture();
+    void rememberFitAll(bool fitAll);
     void fold();
 
     PidPortPanel *m_portPanel = nullptr;
@@ -96,6 +101,7 @@ private:
     FormPanel *m_panel = nullptr;
     PidChart *m_chart = nullptr;
 
+    PidExporter *m_exporter;
     QtSerialPort *m_link;
     PidReceiver m_receiver;
     std::array<PidChannelParams, PidFrame::channels> m_params;

@@ -1,27 +1,60 @@
 #include "pid/pidexport.h"
 
-#include <QTextStream>
+#include <QTextCodec>
 
-namespace PidExport {
+#include <utility>
 
-bool write(QIODevice *device, const QVector<Channel> &channels)
+namespace {
+
+QByteArray encoded(const QString &text)
 {
-    QTextStream stream(device);
-    stream.setCodec("GB18030");
-    stream << QStringLiteral("PID调试数据\n");
-    int number = 0;
-    for (const Channel &channel : channels) {
-        stream << QStringLiteral("通道 %1 数据如下：\n").arg(++number)
-               << QStringLiteral("序号,实际值,目标值,差值\n");
-        for (int k = 0; k < channel.points; ++k) {
-            const double actual = channel.actual(k);
-            const double target = channel.target(k);
-            stream << k + 1 << ',' << actual << ',' << target << ',' << actual - target << '\n';
-        }
-        stream << "\n\n";
-    }
-    stream.flush();
-    return stream.status() == QTextStream::Ok;
+    return QTextCodec::codecForName("GB18030")->fromUnicode(text);
 }
 
-} // namespace PidExport
+// Six digits, as a text stream prints it. Nearly all values are short integers.
+void appendNumber(QByteArray &text, double value)
+{
+    constexpr double sixDigits = 1e6;
+    if (value > -sixDigits && value < sixDigits && value == static_cast<int>(value))
+        text += QByteArray::number(static_cast<int>(value));
+    else
+        text += QByteArray::number(value, 'g', 6);
+}
+
+} // namespace
+
+PidExport::PidExport(QVector<Channel> channels)
+    : m_channels(std::move(channels))
+    , m_text(encoded(QStringLiteral("PID调试数据\n")))
+{
+    beginChannel();
+}
+
+void PidExport::beginChannel()
+{
+    m_row = 0;
+    if (m_channel < m_channels.size())
+        m_text += encoded(QStringLiteral("通道 %1 数据如下：\n序号,实际值,目标值,差值\n").arg(m_channel + 1));
+}
+
+bool PidExport::advance(int rows)
+{
+    for (; m_channel < m_channels.size(); beginChannel()) {
+        const Channel &channel = m_channels.at(m_channel);
+        for (; m_row < channel.points; ++m_row) {
+            if (rows-- <= 0)
+                return false;
+            const double actual = channel.actual(m_row);
+            const double target = channel.target(m_row);
+            m_text += QByteArray::number(m_row + 1);
+            for (const double value : {actual, target, actual - target}) {
+                m_text += ',';
+                appendNumber(m_text, value);
+            }
+            m_text += '\n';
+        }
+        m_text += "\n\n";
+        ++m_channel;
+    }
+    return true;
+}

@@ -3,7 +3,7 @@
 #include "pid/pidchart.h"
 #include "pid/pidcurvelist.h"
 #include "pid/piddebugwidget.h"
-#include "pid/pidgainfield.h"
+#include "pid/pidexporter.h"
 #include "pid/pidoperations.h"
 #include "pid/pidpanel.h"
 #include "pid/pidplot.h"
@@ -11,6 +11,7 @@
 #include "serial/qtserialport.h"
 #include "shell/base/formpanel.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -65,12 +66,14 @@ void PidDebugWidget::connectParts()
     });
     connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
 
+    connect(m_pid, &PidPanel::refused, this,
+            [this](const QString &reason) { emit signalNotify(reason, kError); });
     connect(m_pid->channelBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PidDebugWidget::SltComboPidChanged);
     connect(m_pid->sendGains(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendPidClicked);
     connect(m_pid->sendTarget(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendValueClicked);
     connect(m_pid->sendPeriod(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendIntervalClicked);
-    for (const PidGainField *field : m_pid->gainFields())
+    for (const PidField *field : m_pid->gainFields())
         connect(field, &QLineEdit::returnPressed, this, &PidDebugWidget::SltBtnSendPidClicked);
     connect(m_pid->targetField(), &QLineEdit::returnPressed, this, &PidDebugWidget::SltBtnSendValueClicked);
 
@@ -79,6 +82,8 @@ void PidDebugWidget::connectParts()
     connect(m_operations->clearButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnClearClicked);
     connect(m_operations->exportButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnExportClicked);
     connect(m_operations->pictureButton(), &QPushButton::clicked, this, &PidDebugWidget::savePicture);
+    connect(m_exporter, &PidExporter::finished, this, &PidDebugWidget::showExported);
+    connect(m_chart->fitAllBox(), &QCheckBox::toggled, this, &PidDebugWidget::rememberFitAll);
     connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PidDebugWidget::SltPoltScale);
 

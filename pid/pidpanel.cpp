@@ -1,35 +1,13 @@
 #include "pid/pidpanel.h"
 
-#include "pid/pidgainfield.h"
-
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QRegularExpressionValidator>
+
+#include <algorithm>
 
 namespace {
-
-bool isBeingTyped(const QLineEdit *field)
-{
-    return field->hasFocus() && field->isModified();
-}
-
-void showReported(QLineEdit *field, qint32 value)
-{
-    if (!isBeingTyped(field))
-        field->setText(QString::number(value));
-}
-
-std::optional<qint32> takeInteger(QLineEdit *field)
-{
-    bool ok = false;
-    const qint32 value = field->text().toInt(&ok, 10);
-    if (!ok)
-        return std::nullopt;
-    field->setModified(false);
-    return value;
-}
 
 std::array<float, 3> gainsOf(const PidChannelParams &params)
 {
@@ -41,14 +19,16 @@ std::array<float, 3> gainsOf(const PidChannelParams &params)
 PidPanel::PidPanel(QWidget *parent)
     : FormGroup(QStringLiteral("PID值配置"), parent)
     , m_channel(new QComboBox(this))
-    , m_gains{new PidGainField(this), new PidGainField(this), new PidGainField(this)}
-    , m_target(new QLineEdit(this))
-    , m_period(new QLineEdit(this))
+    , m_gains{new PidField(PidField::Gain, this), new PidField(PidField::Gain, this),
+              new PidField(PidField::Gain, this)}
+    , m_target(new PidField(PidField::Integer, this))
+    , m_period(new PidField(PidField::Integer, this))
     , m_sendGains(new QPushButton(QStringLiteral("发送PID"), this))
     , m_sendTarget(new QPushButton(QStringLiteral("发送目标值"), this))
     , m_sendPeriod(new QPushButton(QStringLiteral("发送周期"), this))
 {
     buildUi();
+    connectFields();
 }
 
 void PidPanel::buildUi()
@@ -65,9 +45,6 @@ void PidPanel::buildUi()
 
     for (int n = 1; n <= 5; ++n)
         m_channel->addItem(QStringLiteral("CH%1").arg(n));
-    const QRegularExpression integer(QStringLiteral("-?\\d+"));
-    for (QLineEdit *field : {m_target, m_period})
-        field->setValidator(new QRegularExpressionValidator(integer, field));
 
     addRow(QStringLiteral("选择通道"), m_channel);
     addRow(QStringLiteral("P"), m_gains[0])->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -83,58 +60,95 @@ void PidPanel::buildUi()
     qobject_cast<QGridLayout *>(layout())->setVerticalSpacing(4);
 }
 
+void PidPanel::connectFields()
+{
+    for (const PidField *gain : m_gains) {
+        connect(gain, &PidField::escaped, this, [this] {
+            for (PidField *field : m_gains)
+                field->revert();
+        });
+        connect(gain, &PidField::incomplete, this,
+                [this] { emit refused(QStringLiteral("P、I、D值为空或不完整，未发送！")); });
+        connect(gain, &PidField::characterRefused, this,
+                [this] { emit refused(QStringLiteral("P、I、D值只能是小数，例如：3.25")); });
+    }
+    for (PidField *field : {m_target, m_period}) {
+        const QString name = field == m_target ? QStringLiteral("目标值") : QStringLiteral("周期");
+        connect(field, &PidField::escaped, field, &PidField::revert);
+        connect(field, &PidField::characterRefused, this,
+                [this, name] { emit refused(name + QStringLiteral("只能是整数，例如：300")); });
+    }
+    connect(m_target, &PidField::incomplete, this,
+            [this] { emit refused(QStringLiteral("目标值为空或不完整，未发送！")); });
+}
+
 int PidPanel::channel() const
 {
     return m_channel->currentIndex();
 }
 
+bool PidPanel::areGainsTyped() const
+{
+    return std::any_of(m_gains.begin(), m_gains.end(), [](const PidField *gain) { return gain->isTyped(); });
+}
+
 void PidPanel::showChannel(const PidChannelParams &params)
 {
+    const Fields all = fields();
+    std::optional<Draft> &left = m_drafts.at(m_shown);
+    left.reset();
+    if (std::any_of(all.begin(), all.end(), [](const PidField *field) { return field->isTyped(); })) {
+        left.emplace();
+        for (size_t k = 0; k < all.size(); ++k)
+            (*left)[k] = all[k]->content();
+    }
+    m_shown = static_cast<size_t>(channel());
+    const std::optional<Draft> draft = m_drafts.at(m_shown);
+    if (draft)
+        for (size_t k = 0; k < all.size(); ++k)
+            all[k]->setContent((*draft)[k]);
+
     const std::array<float, 3> gains = gainsOf(params);
+    const bool keepGains = draft && areGainsTyped();
     for (size_t k = 0; k < gains.size(); ++k)
-        m_gains[k]->showValue(gains[k], QStringLiteral("%1").arg(static_cast<double>(gains[k]), 0, 'f', 3));
-    m_target->setText(QString::number(params.target));
-    m_period->setText(QString::number(params.period));
+        m_gains[k]->setRecord(QStringLiteral("%1").arg(static_cast<double>(gains[k]), 0, 'f', 3), gains[k],
+                              keepGains);
+    m_target->setRecord(QString::number(params.target), 0, draft && m_target->isTyped());
+    m_period->setRecord(QString::number(params.period), 0, draft && m_period->isTyped());
 }
 
 void PidPanel::showReportedGains(const PidChannelParams &params)
 {
     const std::array<float, 3> gains = gainsOf(params);
+    const bool keep = areGainsTyped();
     for (size_t k = 0; k < gains.size(); ++k)
-        if (!isBeingTyped(m_gains[k]))
-            m_gains[k]->showValue(gains[k], QString::number(static_cast<double>(gains[k]), 'g', 6));
+        m_gains[k]->setRecord(QString::number(static_cast<double>(gains[k]), 'g', 6), gains[k], keep);
 }
 
 void PidPanel::showReportedTarget(qint32 target)
 {
-    showReported(m_target, target);
+    m_target->setRecord(QString::number(target), 0, m_target->isTyped());
 }
 
 void PidPanel::showReportedPeriod(qint32 period)
 {
-    showReported(m_period, period);
+    m_period->setRecord(QString::number(period), 0, m_period->isTyped());
 }
 
-std::optional<std::array<float, 3>> PidPanel::takeGains()
+std::optional<std::array<float, 3>> PidPanel::gains() const
 {
     std::array<float, 3> gains{};
     for (size_t k = 0; k < gains.size(); ++k) {
-        const std::optional<float> value = m_gains[k]->value();
+        const std::optional<float> value = m_gains[k]->gain();
         if (!value)
             return std::nullopt;
         gains[k] = *value;
     }
-    for (size_t k = 0; k < gains.size(); ++k)
-        m_gains[k]->setSent(gains[k]);
     return gains;
 }
 
-std::optional<qint32> PidPanel::takeTarget()
+void PidPanel::setGainsSent()
 {
-    return takeInteger(m_target);
-}
-
-std::optional<qint32> PidPanel::takePeriod()
-{
-    return takeInteger(m_period);
+    for (PidField *gain : m_gains)
+        gain->setSent();
 }

@@ -13,12 +13,20 @@ private slots:
     void sendsNothingWrong();
     void sendsWhatIsStored();
     void showsReportsOfTheSelectedChannel();
-    void leavesTypingAlone();
+    void keepsWhatIsTyped();
+    void showsReportsAgainAfter_data();
+    void showsReportsAgainAfter();
+    void keepsIntegersThatAreTyped();
+    void takesPastedText_data();
+    void takesPastedText();
     void followsStartAndStop();
     void plotsActualValues();
     void addsNothingWhileStopped();
     void startsAfreshWhenOpened();
     void skipsAFalseLength();
+
+private:
+    QString shownGains() const { return text("editP") + '/' + text("editI") + '/' + text("editD"); }
 };
 
 void TestPidFields::sendsCommands()
@@ -137,16 +145,112 @@ void TestPidFields::showsReportsOfTheSelectedChannel()
     QCOMPARE(text("editTarget") + '/' + text("editPeriod") + '/' + text("editP"), "-1/1/0.1");
 }
 
-void TestPidFields::leavesTypingAlone()
+// P 1.5, I 0.25, D 0.
+const QByteArray kGains = report(1, 3, "0000c03f0000803e00000000");
+
+void TestPidFields::keepsWhatIsTyped()
 {
-    auto *target = child<QLineEdit>("editTarget");
-    target->setFocus();
-    QTest::keyClicks(target, "12");
-    receive(report(1, 1, "63000000"));
-    QCOMPARE(target->text(), "12");
-    QTest::keyClick(target, Qt::Key_Return); // taken
-    receive(report(1, 1, "63000000"));
-    QCOMPARE(target->text(), "99");
+    open();
+    type("editP", "3.0");
+    type("editI", "4.0"); // P has no focus any more
+    receive(kGains);
+    QCOMPARE(shownGains(), "3.0/4.0/0.567");
+    select(2); // has nothing typed
+    QCOMPARE(shownGains(), "0.000/0.000/0.000");
+    receive(report(2, 3, "0000803f0000803f0000803f") + kGains);
+    QCOMPARE(shownGains(), "1/1/1");
+    select(1);
+    QCOMPARE(shownGains(), "3.0/4.0/0.567");
+    click("btnSendPid"); // one set, as it is seen
+    QCOMPARE(m_board->read(23).mid(10, 12), hex("0000404000008040e926113f"));
+}
+
+void TestPidFields::showsReportsAgainAfter_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("sending") << int(Qt::Key_Return) << "3.0/0.567/0.567";
+    QTest::newRow("Esc") << int(Qt::Key_Escape) << "1.5/0.25/0"; // what was held back
+}
+
+void TestPidFields::showsReportsAgainAfter()
+{
+    QFETCH(int, key);
+    QFETCH(QString, shown);
+    open();
+    type("editP", "3.0");
+    if (key == Qt::Key_Escape)
+        receive(kGains);
+    QTest::keyClick(child<QLineEdit>("editP"), Qt::Key(key));
+    QCOMPARE(shownGains(), shown);
+    receive(kGains);
+    QCOMPARE(shownGains(), "1.5/0.25/0");
+    select(2);
+    select(1);
+    QCOMPARE(shownGains(), "1.500/0.250/0.000");
+}
+
+void TestPidFields::keepsIntegersThatAreTyped()
+{
+    type("editTarget", "12");
+    type("editPeriod", "5");
+    click("btnSendTarget"); // the port is closed: still not sent
+    receive(report(1, 1, "63000000") + report(1, 6, "64000000"));
+    QCOMPARE(text("editTarget") + '/' + text("editPeriod"), "12/5");
+    open();
+    QTest::keyClick(child<QLineEdit>("editTarget"), Qt::Key_Return);
+    receive(report(1, 1, "63000000") + report(1, 6, "64000000"));
+    QCOMPARE(text("editTarget") + '/' + text("editPeriod"), "99/5");
+    QTest::keyClick(child<QLineEdit>("editPeriod"), Qt::Key_Escape);
+    QCOMPARE(text("editPeriod"), "100");
+}
+
+void TestPidFields::takesPastedText_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("pasted");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("notice");
+    QTest::newRow("blanks") << "editP"
+                            << " \t3.25 \n"
+                            << "3.25"
+                            << "";
+    QTest::newRow("integer") << "editTarget"
+                             << " -300 "
+                             << "-300"
+                             << "";
+    QTest::newRow("no decimal") << "editP"
+                                << "3,25"
+                                << ""
+                                << "P、I、D值只能是小数，例如：3.25";
+    QTest::newRow("no integer") << "editTarget"
+                                << "3.5"
+                                << ""
+                                << "目标值只能是整数，例如：300";
+    QTest::newRow("nothing") << "editD"
+                             << ""
+                             << ""
+                             << "P、I、D值为空或不完整，未发送！";
+    QTest::newRow("no target") << "editTarget"
+                               << ""
+                               << ""
+                               << "目标值为空或不完整，未发送！";
+}
+
+void TestPidFields::takesPastedText()
+{
+    QFETCH(QString, field);
+    QFETCH(QString, pasted);
+    QFETCH(QString, shown);
+    QFETCH(QString, notice);
+    auto *edit = child<QLineEdit>(qPrintable(field));
+    edit->selectAll();
+    QTest::keyClick(edit, Qt::Key_Delete);
+    edit->insert(pasted); // as pasting does
+    QCOMPARE(edit->text(), shown);
+    if (pasted.isEmpty() || !shown.isEmpty())
+        QTest::keyClick(edit, Qt::Key_Return);
+    QCOMPARE(m_notices->isEmpty() ? QString() : lastNotice(), notice);
 }
 
 void TestPidFields::followsStartAndStop()

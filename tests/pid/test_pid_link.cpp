@@ -4,7 +4,6 @@
 #include "pid/pidexport.h"
 #include "pid/pidparser.h"
 
-#include <QBuffer>
 #include <QtTest>
 
 #include <cmath>
@@ -235,6 +234,14 @@ void TestPidLink::staysSmall()
         (void)run(parser);
         QVERIFY(parser.size() < 15);
     }
+    parser.clear();
+    run(parser, frame(1, 0, 2)); // its length blocks the rest
+    const int before = parser.size();
+    parser.append(QByteArray(60000, 'x'));
+    QCOMPARE(parser.size(), before + 60000); // kept, within bounds
+    for (int i = 0; i < 100; ++i)
+        parser.append(QByteArray(60000, 'x'));
+    QVERIFY(parser.size() < 200000);
 }
 
 void TestPidLink::exports()
@@ -244,9 +251,8 @@ void TestPidLink::exports()
     QVector<PidExport::Channel> channels(5);
     channels[1] = {targets.size(), [&](int k) { return targets.at(k); },
                    [&](int k) { return actuals.at(qMin(k, 1)); }};
-    QBuffer file;
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(PidExport::write(&file, channels));
+    PidExport tables(channels);
+    QVERIFY(!tables.advance(2) && !tables.advance(0) && tables.advance(1));
     // "PID调试数据", "通道 n 数据如下：" and "序号,实际值,目标值,差值" in GB18030.
     QByteArray expected = QByteArray::fromHex("504944b5f7cad4cafdbedd0a");
     for (char n = '1'; n <= '5'; ++n) {
@@ -257,7 +263,7 @@ void TestPidLink::exports()
                 "1,0,100,-100\n2,1.23457e+06,100,1.23447e+06\n3,1.23457e+06,-2.14748e+09,2.14872e+09\n";
         expected += "\n\n";
     }
-    QCOMPARE(file.data(), expected);
+    QCOMPARE(tables.text(), expected);
 }
 
 QTEST_APPLESS_MAIN(TestPidLink)

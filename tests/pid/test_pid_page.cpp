@@ -1,6 +1,9 @@
 // The PID page opening and closing its port, stopping what runs, and its files.
 
+#include "app/settings.h"
 #include "tests/pid/pidpagetest.h"
+
+#include <QCheckBox>
 
 #include <csignal>
 #include <sys/resource.h>
@@ -16,6 +19,8 @@ private slots:
     void noticesAVanishedPort();
     void choosesAPortAgainThatIsBack();
     void exportsAndSaves();
+    void exportsLongCurvesBetweenEvents();
+    void remembersToFitAllCurves();
     void reportsWhatCannotBeSaved();
 };
 
@@ -47,6 +52,14 @@ void TestPidPage::stopsBeforeClosing()
     QCOMPARE(m_board->read(1, 50), QByteArray());
 
     open();
+    click("btnPidStart"); // of channel 3, which the board then stops
+    receive(report(3, 5) + report(1, 4));
+    select(1);
+    click("btnPidOpen");
+    QCOMPARE(m_board->read(33, 50), hex("4f52564e030b0000001265") + kStop1);
+
+    open();
+    select(3);
     receive(report(3, 4));
     m_page.reset();
     QCOMPARE(m_board->read(11), kStop3);
@@ -87,6 +100,10 @@ void TestPidPage::noticesAVanishedPort()
     QTRY_VERIFY(!isOpen());
     QCOMPARE(startText(), kIdle);
     QCOMPARE(lastNotice(), vanished);
+    m_board = std::make_unique<PtyPeer>(); // what was started went with the port
+    open();
+    click("btnPidOpen");
+    QCOMPARE(m_board->read(1, 50), QByteArray());
 }
 
 void TestPidPage::choosesAPortAgainThatIsBack()
@@ -132,6 +149,37 @@ void TestPidPage::exportsAndSaves()
     }
 }
 
+void TestPidPage::exportsLongCurvesBetweenEvents()
+{
+    for (int channel = 0; channel < 5; ++channel)
+        for (int i = 0; i < 200000; ++i)
+            plot()->addPoint(channel, i * 1e-5, 1000000 + i, -i);
+    answer(m_root->filePath("a.csv"));
+    m_notices->clear();
+    click("btnPidExport");
+    QVERIFY(m_notices->isEmpty()); // more than fits into a moment
+    click("btnPidExport");
+    QVERIFY(lastNotice().contains(QStringLiteral("尚未完成")));
+    click("btnPidClear"); // the file has what was to be seen
+    QTRY_VERIFY(lastNotice().startsWith(QStringLiteral("文件已导出：")));
+    QFile file(m_root->filePath("a.csv"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    QCOMPARE(text.count('\n'), 1 + 5 * (2 + 200000 + 2));
+    QVERIFY(text.endsWith("\n200000,-199999,1.2e+06,-1.4e+06\n\n\n"));
+}
+
+void TestPidPage::remembersToFitAllCurves()
+{
+    click("checkPidFitAll");
+    Settings::load();
+    const PidDebugWidget next;
+    QVERIFY(next.findChild<QCheckBox *>("checkPidFitAll")->isChecked());
+    Settings::restoreDefaults();
+    m_page->reloadSettings();
+    QVERIFY(!child<QCheckBox>("checkPidFitAll")->isChecked());
+}
+
 void TestPidPage::reportsWhatCannotBeSaved()
 {
     for (int i = 0; i < 1000; ++i)
@@ -140,9 +188,11 @@ void TestPidPage::reportsWhatCannotBeSaved()
     QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
     old.close();
     const QStringList failure(QStringLiteral("告警|文件保存失败!"));
-    answer(m_root->filePath("no/such/folder.csv"));
+    const QString nowhere = m_root->filePath("no/such/folder.csv");
+    answer(nowhere);
     click("btnPidExport");
     QCOMPARE(m_warnings, failure);
+    QVERIFY(lastNotice().startsWith(nowhere + QStringLiteral(" 保存失败：")) && !lastNotice().endsWith("："));
 
     // As on a full disk: the file there stays as it was.
     m_warnings.clear();
