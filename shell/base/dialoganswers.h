@@ -11,7 +11,8 @@ struct DialogAnswers
 {
     enum class FileMode { Open, OpenMany, Save };
 
-    // The result of a message box: 1 for "确定", 0 for "取消".
+    // The result of a message box: 1 for "确定" or "保存", 2 for "不保存", 0 for
+    // "取消".
     std::function<int(const QString &title, const QString &text, int type)> message;
 
     // The chosen paths, empty for "取消". The save form takes the first.

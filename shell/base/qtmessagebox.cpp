@@ -72,12 +72,14 @@ QtMessageBox::QtMessageBox(QWidget *parent)
     , m_icon(new QLabel(this))
     , m_label(new QLabel)
     , m_ok(new QPushButton(QStringLiteral("确定"), this))
+    , m_discard(new QPushButton(QStringLiteral("不保存"), this))
     , m_cancel(new QPushButton(QStringLiteral("取消"), this))
 {
     titleBar()->setObjectName(QStringLiteral("msgBoxTitle"));
     m_icon->setObjectName(QStringLiteral("msgBoxIcon"));
     m_label->setObjectName(QStringLiteral("msgBoxText"));
     m_ok->setObjectName(QStringLiteral("btnOk"));
+    m_discard->setObjectName(QStringLiteral("btnDiscard"));
     m_cancel->setObjectName(QStringLiteral("btnCancel"));
     m_label->setTextFormat(Qt::PlainText);
     m_label->setWordWrap(true);
@@ -105,12 +107,15 @@ QtMessageBox::QtMessageBox(QWidget *parent)
     buttons->setSpacing(8);
     buttons->addStretch();
     buttons->addWidget(m_ok);
+    buttons->addWidget(m_discard);
     buttons->addWidget(m_cancel);
     body()->addLayout(buttons);
-    for (QPushButton *button : {m_ok, m_cancel})
+    for (QPushButton *button : {m_ok, m_discard, m_cancel})
         button->setMinimumWidth(80);
+    setButtons(OkCancel);
 
     connect(m_ok, &QPushButton::clicked, this, &QtMessageBox::SltBtnOkClicked);
+    connect(m_discard, &QPushButton::clicked, this, [this] { done(Discard); });
     connect(m_cancel, &QPushButton::clicked, this, &QtMessageBox::SltBtnCancelClicked);
 }
 
@@ -136,7 +141,9 @@ void QtMessageBox::setMessage(const QString &title, const QString &text, int typ
 
 void QtMessageBox::setButtons(Buttons buttons)
 {
-    m_cancel->setVisible(buttons == OkCancel);
+    m_ok->setText(buttons == SaveDiscardCancel ? QStringLiteral("保存") : QStringLiteral("确定"));
+    m_discard->setVisible(buttons == SaveDiscardCancel);
+    m_cancel->setVisible(buttons != OkOnly);
 }
 
 int QtMessageBox::question(QWidget *parent, const QString &title, const QString &text)
@@ -152,6 +159,19 @@ int QtMessageBox::warning(QWidget *parent, const QString &title, const QString &
 int QtMessageBox::information(QWidget *parent, const QString &title, const QString &text)
 {
     return run(parent, title, text, Information, OkOnly);
+}
+
+QtMessageBox::SaveAnswer QtMessageBox::saveQuestion(QWidget *parent, const QString &title,
+                                                    const QString &text)
+{
+    switch (run(parent, title, text, Question, SaveDiscardCancel)) {
+    case Save:
+        return Save;
+    case Discard:
+        return Discard;
+    default:
+        return Cancel;
+    }
 }
 
 void QtMessageBox::SltBtnOkClicked()

@@ -1,7 +1,8 @@
 #pragma once
 
 // The program's question and warning box. Pages use the static helpers, which
-// ask DialogAnswers first; Return is "确定", Esc is "取消".
+// ask DialogAnswers first. Return is "确定" or "保存"; Esc and the title's X are
+// "取消".
 
 #include "shell/base/qtframelessdialog.h"
 
@@ -14,7 +15,9 @@ class QtMessageBox : public QtFramelessDialog
 
 public:
     enum Type { Done = 0, Question = 1, Warning = 2, Success = 3, Information = 4, Failure = 5 };
-    enum Buttons { OkCancel, OkOnly };
+    enum Buttons { OkCancel, OkOnly, SaveDiscardCancel };
+    // The answer about something that would be lost.
+    enum SaveAnswer { Cancel = 0, Save = 1, Discard = 2 };
 
     explicit QtMessageBox(QWidget *parent = nullptr);
 
@@ -29,6 +32,10 @@ public:
     static int warning(QWidget *parent, const QString &title, const QString &text, Buttons buttons = OkOnly);
     static int information(QWidget *parent, const QString &title, const QString &text);
 
+    // Before something unsaved is lost: "保存", "不保存" or "取消". Esc and the
+    // title's X are Cancel: the caller then changes nothing.
+    static SaveAnswer saveQuestion(QWidget *parent, const QString &title, const QString &text);
+
 public slots:
     void SltBtnOkClicked();
     void SltBtnCancelClicked();
@@ -39,6 +46,7 @@ private:
     QString m_text;
     QLabel *m_icon;
     QLabel *m_label;
-    QPushButton *m_ok;
+    QPushButton *m_ok; // "保存" where that is an answer
+    QPushButton *m_discard;
     QPushButton *m_cancel;
 };

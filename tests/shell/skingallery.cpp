@@ -241,6 +241,11 @@ int main(int argc, char *argv[])
         question.setMessage(QStringLiteral("询问"), QStringLiteral("确认恢复默认设置吗?"),
                             QtMessageBox::Question);
         save(&question, path("question"));
+        QtMessageBox unsaved;
+        unsaved.setMessage(QString(), QStringLiteral("当前有数据未保存，是否保存接收数据?"),
+                           QtMessageBox::Question);
+        unsaved.setButtons(QtMessageBox::SaveDiscardCancel);
+        save(&unsaved, path("unsaved"));
         QtMessageBox warning;
         warning.setMessage(
             QStringLiteral("告警"),

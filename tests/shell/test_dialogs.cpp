@@ -112,6 +112,20 @@ private slots:
         QCOMPARE(QtMessageBox::warning(nullptr, QStringLiteral("告警"), QStringLiteral("没有数据")), 1);
     }
 
+    void saveQuestionHasThreeAnswers()
+    {
+        const auto ask = [](const std::function<void(QWidget *)> &act) {
+            whenModal(act);
+            return QtMessageBox::saveQuestion(nullptr, QString(), QStringLiteral("保存?"));
+        };
+        QCOMPARE(ask([](QWidget *box) { clickButton(box, "btnOk"); }), QtMessageBox::Save);
+        QCOMPARE(ask([](QWidget *box) { QTest::keyClick(box, Qt::Key_Return); }), QtMessageBox::Save);
+        QCOMPARE(ask([](QWidget *box) { clickButton(box, "btnDiscard"); }), QtMessageBox::Discard);
+        QCOMPARE(ask([](QWidget *box) { clickButton(box, "btnCancel"); }), QtMessageBox::Cancel);
+        QCOMPARE(ask([](QWidget *box) { QTest::keyClick(box, Qt::Key_Escape); }), QtMessageBox::Cancel);
+        QCOMPARE(ask([](QWidget *box) { box->close(); }), QtMessageBox::Cancel);
+    }
+
     void messageBoxIcons()
     {
         // Type, side of the pixmap (0: no icon), colour.
