@@ -2,7 +2,6 @@
 
 #include "hexedit/hexchecksum.h"
 #include "hexedit/qhexedit.h"
-#include "hexedit/slicedtask.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -27,10 +26,9 @@ void showResult(QLineEdit *field, const QString &text)
 
 } // namespace
 
-HexChecksumPanel::HexChecksumPanel(QHexEdit *edit, SlicedTask *task, QWidget *parent)
+HexChecksumPanel::HexChecksumPanel(QHexEdit *edit, QWidget *parent)
     : FormGroup(QStringLiteral("校验"), parent)
     , m_edit(edit)
-    , m_task(task)
     , m_range(new QLabel(this))
 {
     auto *compute = new QPushButton(QStringLiteral("计算校验"), this);
@@ -73,37 +71,40 @@ void HexChecksumPanel::compute()
         qint64 begin, end, at;
         HexChecksum sums;
     };
+    if (m_edit->refuseWhileBusy())
+        return;
     const bool all = m_edit->selectionLength() == 0;
     auto range = std::make_shared<Range>();
     range->begin = range->at = all ? 0 : m_edit->selectionBegin();
     range->end = all ? m_edit->size() : range->begin + m_edit->selectionLength();
     forget();
-    m_task->start({QStringLiteral("正在计算校验"),
-                   [this, range] {
-                       if (range->at == range->end)
-                           return true;
-                       qint64 inRow = 0;
-                       const char *bytes = m_edit->document().span(range->at, &inRow);
-                       const int count = static_cast<int>(qMin(qMin(inRow, kSlice), range->end - range->at));
-                       range->sums.add(bytes, count);
-                       range->at += count;
-                       return range->at == range->end;
-                   },
-                   [range] {
-                       return static_cast<int>((range->at - range->begin) * 1000 /
-                                               qMax<qint64>(range->end - range->begin, 1));
-                   },
-                   [this, range, all](bool done) {
-                       if (!done)
-                           return;
-                       m_range->setText(all ? QStringLiteral("范围: 整个文件")
-                                            : QStringLiteral("范围: 地址%1起%2字节")
-                                                  .arg(range->begin)
-                                                  .arg(range->end - range->begin));
-                       showResult(m_crc32, hexOf(range->sums.crc32(), 8));
-                       showResult(m_crc16, hexOf(range->sums.crc16Modbus(), 4));
-                       showResult(m_sum, hexOf(range->sums.sum(), 8));
-                       showResult(m_md5, QString::fromLatin1(range->sums.md5().toHex()));
-                       showResult(m_sha256, QString::fromLatin1(range->sums.sha256().toHex()));
-                   }});
+    m_edit->task()->start({QStringLiteral("正在计算校验"),
+                           [this, range] {
+                               if (range->at == range->end)
+                                   return true;
+                               qint64 inRow = 0;
+                               const char *bytes = m_edit->document().span(range->at, &inRow);
+                               const int count =
+                                   static_cast<int>(qMin(qMin(inRow, kSlice), range->end - range->at));
+                               range->sums.add(bytes, count);
+                               range->at += count;
+                               return range->at == range->end;
+                           },
+                           [range] {
+                               return static_cast<int>((range->at - range->begin) * 1000 /
+                                                       qMax<qint64>(range->end - range->begin, 1));
+                           },
+                           [this, range, all](bool done) {
+                               if (!done)
+                                   return;
+                               m_range->setText(all ? QStringLiteral("范围: 整个文件")
+                                                    : QStringLiteral("范围: 地址%1起%2字节")
+                                                          .arg(range->begin)
+                                                          .arg(range->end - range->begin));
+                               showResult(m_crc32, hexOf(range->sums.crc32(), 8));
+                               showResult(m_crc16, hexOf(range->sums.crc16Modbus(), 4));
+                               showResult(m_sum, hexOf(range->sums.sum(), 8));
+                               showResult(m_md5, QString::fromLatin1(range->sums.md5().toHex()));
+                               showResult(m_sha256, QString::fromLatin1(range->sums.sha256().toHex()));
+                           }});
 }

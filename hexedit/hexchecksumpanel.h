@@ -7,14 +7,13 @@
 class QHexEdit;
 class QLabel;
 class QLineEdit;
-class SlicedTask;
 
 class HexChecksumPanel : public FormGroup
 {
     Q_OBJECT
 
 public:
-    HexChecksumPanel(QHexEdit *edit, SlicedTask *task, QWidget *parent = nullptr);
+    explicit HexChecksumPanel(QHexEdit *edit, QWidget *parent = nullptr);
 
 public slots:
     void compute();
@@ -24,7 +23,6 @@ private:
     QLineEdit *addResult(const QString &name, const char *objectName);
 
     QHexEdit *m_edit;
-    SlicedTask *m_task;
     QLabel *m_range;
     QLineEdit *m_crc32;
     QLineEdit *m_crc16;

@@ -1,6 +1,8 @@
 #include "hexedit/hexdocument.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -19,11 +21,17 @@ void HexDocument::appendContent(const QByteArray &block)
 {
     m_original.addBlock(block);
     m_table.reset(m_original.size());
+    m_saved.set(m_table);
 }
 
 const char *HexDocument::span(qint64 address, qint64 *inRow) const
 {
-    const Piece piece = m_table.from(address);
+    return spanOf(m_table, address, inRow);
+}
+
+const char *HexDocument::spanOf(const PieceTable &table, qint64 address, qint64 *inRow) const
+{
+    const Piece piece = table.from(address);
     const char *bytes = (piece.added ? m_added : m_original).at(piece.offset, inRow);
     *inRow = std::min(*inRow, piece.length);
     return bytes;
@@ -47,10 +55,24 @@ QByteArray HexDocument::read(qint64 address, int count) const
 
 std::vector<bool> HexDocument::changes(qint64 address, int count) const
 {
+    // Where nothing has moved, the value alone decides: a byte that was typed
+    // over with its own value is no change.
+    const bool sameSize = size() == m_saved.table().size();
+    const auto isSame = [&](bool added, qint64 offset, qint64 at) {
+        if (m_saved.has(added, offset))
+            return true;
+        qint64 inRow = 0;
+        if (sameSize)
+            return *spanOf(m_saved.table(), at, &inRow) == *span(at, &inRow);
+        const qint64 place = offset - m_sameBegin;
+        return added && place >= 0 && place < static_cast<qint64>(m_same.size()) &&
+               m_same[static_cast<size_t>(place)];
+    };
     std::vector<bool> changed;
     for (const Piece &piece : m_table.copy(address, std::min<qint64>(count, size() - address)))
         for (qint64 i = 0; i < piece.length; ++i)
-            changed.push_back(piece.added && piece.offset + i >= m_savedAdded);
+            changed.push_back(
+                !isSame(piece.added, piece.offset + i, address + static_cast<qint64>(changed.size())));
     return changed;
 }
 
@@ -70,7 +92,7 @@ void HexDocument::addToMany(Many &many, qint64 address, qint64 length, const QBy
     const qint64 between = address - many.m_end;
     const bool near = between < kNear && !many.m_pieces.empty();
     const Pieces kept =
-        near ? keep(read(many.m_end, static_cast<int>(between))) : m_table.copy(many.m_end, between);
+        near ? keepCopy(many.m_end, static_cast<int>(between)) : m_table.copy(many.m_end, between);
     for (const Piece &piece : kept)
         PieceTable::append(many.m_pieces, piece);
     for (const Piece &piece : keep(bytes))
@@ -109,7 +131,15 @@ void HexDocument::setSaved()
 {
     endTyping();
     m_savedAt = m_done;
-    m_savedAdded = m_added.size();
+    m_saved.set(m_table);
+    m_same.clear();
+    m_sameBegin = m_added.size();
+}
+
+void HexDocument::setUnsaved()
+{
+    endTyping();
+    m_savedAt = std::numeric_limits<size_t>::max();
 }
 
 Pieces HexDocument::keep(const QByteArray &bytes)
@@ -120,11 +150,20 @@ Pieces HexDocument::keep(const QByteArray &bytes)
     return pieces;
 }
 
+// Bytes that stay what they are; so does whether they differ from the file.
+Pieces HexDocument::keepCopy(qint64 address, int count)
+{
+    m_same.resize(static_cast<size_t>(m_added.size() - m_sameBegin), false);
+    const std::vector<bool> changed = changes(address, count);
+    std::transform(changed.begin(), changed.end(), std::back_inserter(m_same), std::logical_not<>());
+    return keep(read(address, count));
+}
+
 void HexDocument::put(Edit edit, Step step)
 {
     m_table.replace(edit.address, PieceTable::lengthOf(edit.before), edit.after);
     if (m_savedAt > m_done)
-        m_savedAt = std::numeric_limits<size_t>::max(); // the saved state can't be reached any more
+        setUnsaved(); // the saved state can't be reached any more
     m_edits.resize(m_done);
     const bool typing = step == Step::Typing;
     if (!(typing && m_typing && m_done > 0 && m_done != m_savedAt && join(m_edits.back(), edit))) {

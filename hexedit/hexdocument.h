@@ -6,6 +6,7 @@
 
 #include "hexedit/bytestore.h"
 #include "hexedit/piecetable.h"
+#include "hexedit/savedcontent.h"
 
 #include <QByteArray>
 
@@ -27,8 +28,8 @@ public:
     // At most `count` bytes; fewer at the end.
     QByteArray read(qint64 address, int count) const;
 
-    // One for each byte of a range inside the document: whether it was put
-    // there since the file was opened or saved.
+    // One for each byte of a range inside the document: whether it differs from
+    // the file as it was opened or saved. Bytes that only moved don't.
     std::vector<bool> changes(qint64 address, int count) const;
 
     // Puts bytes in the place of a range. What reaches beyond the end is cut.
@@ -58,6 +59,8 @@ public:
     bool isModified() const { return m_done != m_savedAt; }
     // What it holds now is in the file.
     void setSaved();
+    // What it holds is in no file any more: modified until it is saved.
+    void setUnsaved();
 
 private:
     struct Edit
@@ -67,7 +70,9 @@ private:
         Pieces after;
     };
 
+    const char *spanOf(const PieceTable &table, qint64 address, qint64 *inRow) const;
     Pieces keep(const QByteArray &bytes);
+    Pieces keepCopy(qint64 address, int count);
     void put(Edit edit, Step step);
     static bool join(Edit &last, const Edit &edit);
 
@@ -75,8 +80,12 @@ private:
     ByteStore m_added;
     PieceTable m_table;
     std::vector<Edit> m_edits;
-    size_t m_done = 0;       // edits that are in force; the rest can be redone
-    size_t m_savedAt = 0;    // m_done of the file's content
-    qint64 m_savedAdded = 0; // added bytes from here on are changes
+    size_t m_done = 0;    // edits that are in force; the rest can be redone
+    size_t m_savedAt = 0; // m_done of the file's content
+    SavedContent m_saved;
+    // Of the bytes added since it was saved: copies of bytes that did not differ
+    // from the file. May be shorter than what was added.
+    std::vector<bool> m_same;
+    qint64 m_sameBegin = 0;
     bool m_typing = false;
 };

@@ -113,8 +113,8 @@ QWidget *HexEditWidget::buildPanel()
     m_recent->setMenu(m_recentMenu);
     files->addWide(m_recent);
     m_jump = new HexJumpPanel(m_edit, m_panel);
-    m_find = new HexFindPanel(m_edit, &m_task, m_panel);
-    m_checksums = new HexChecksumPanel(m_edit, &m_task, m_panel);
+    m_find = new HexFindPanel(m_edit, m_panel);
+    m_checksums = new HexChecksumPanel(m_edit, m_panel);
     for (QWidget *group : std::initializer_list<QWidget *>{
              m_jump, m_find, new HexInspectorPanel(m_edit, m_panel), m_checksums})
         m_panel->addWidget(group);
@@ -130,7 +130,7 @@ QWidget *HexEditWidget::buildWorkArea()
     column->addLayout(buildToolRow(area));
     m_edit = new QHexEdit(area);
     m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
-    m_edit->setReadOnly(true);
+    m_edit->setReadOnly(true, QStringLiteral("请先打开文件"));
     column->addWidget(m_edit, 1);
     column->addLayout(buildStateRow(area));
     return area;
@@ -205,16 +205,10 @@ void HexEditWidget::connectParts()
         m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
     });
     connect(m_recentMenu, &QMenu::aboutToShow, this, &HexEditWidget::fillRecent);
-    connect(m_stop, &QPushButton::clicked, &m_task, &SlicedTask::stop);
-    connect(&m_task, &SlicedTask::started, this, [this](const QString &name) {
-        m_edit->setReadOnly(true);
-        showWork(name);
-    });
-    connect(&m_task, &SlicedTask::progressed, m_progress, &QProgressBar::setValue);
-    connect(&m_task, &SlicedTask::ended, this, [this] {
-        m_edit->setReadOnly(m_fileName.isEmpty());
-        endWork();
-    });
+    connect(m_stop, &QPushButton::clicked, m_edit->task(), &SlicedTask::stop);
+    connect(m_edit->task(), &SlicedTask::started, this, &HexEditWidget::showWork);
+    connect(m_edit->task(), &SlicedTask::progressed, m_progress, &QProgressBar::setValue);
+    connect(m_edit->task(), &SlicedTask::ended, this, &HexEditWidget::endWork);
     const auto shortcut = [this](const QKeySequence &keys, auto *receiver, auto slot) {
         auto *made = new QShortcut(keys, this);
         connect(made, &QShortcut::activated, receiver, slot);

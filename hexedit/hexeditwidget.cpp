@@ -36,7 +36,6 @@ QString onlyFileOf(const QMimeData *data)
 
 HexEditWidget::HexEditWidget(QWidget *parent)
     : QtWidgetBase(parent)
-    , m_task(this)
 {
     setObjectName(QStringLiteral("HexEditWidget"));
     setAcceptDrops(true);
@@ -52,7 +51,7 @@ HexEditWidget::HexEditWidget(QWidget *parent)
 
 HexEditWidget::~HexEditWidget()
 {
-    m_task.disconnect(this);
+    m_edit->task()->disconnect(this);
     m_edit->disconnect(this);
 }
 
@@ -68,7 +67,7 @@ bool HexEditWidget::mayClose()
 
 void HexEditWidget::sltToolBtnsClicked(int id)
 {
-    if (m_saving || m_task.isRunning())
+    if (refuseWhileBusy())
         return;
     switch (id) {
     case OpenFile:
@@ -91,6 +90,13 @@ void HexEditWidget::sltToolBtnsClicked(int id)
     }
 }
 
+bool HexEditWidget::refuseWhileBusy() const
+{
+    if (m_saving)
+        QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
+    return m_saving || m_edit->refuseWhileBusy();
+}
+
 // ---- opening and closing
 
 HexEditWidget::Stamp HexEditWidget::Stamp::of(const QString &fileName)
@@ -110,8 +116,7 @@ void HexEditWidget::chooseFile()
 
 void HexEditWidget::openFile(const QString &fileName)
 {
-    if (m_saving || m_task.isRunning() ||
-        !mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并打开其他文件吗?")))
+    if (refuseWhileBusy() || !mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并打开其他文件吗?")))
         return;
     const Stamp stamp = Stamp::of(fileName);
     const auto reader = std::make_shared<HexReader>();
@@ -132,16 +137,16 @@ void HexEditWidget::openFile(const QString &fileName)
     showFile({fileName, stamp, HexDocument(), 0});
     m_edit->setFocus();
     const auto state = std::make_shared<HexReader::State>(HexReader::State::Running);
-    m_task.start({QStringLiteral("正在打开"),
-                  [this, reader, state] {
-                      QByteArray block;
-                      *state = reader->step(&block);
-                      if (*state == HexReader::State::Running)
-                          m_edit->appendData(block);
-                      return *state != HexReader::State::Running;
-                  },
-                  [reader] { return reader->permille(); },
-                  [this, state, before](bool) { finishOpening(*state, before); }});
+    m_edit->task()->start({QStringLiteral("正在打开"),
+                           [this, reader, state] {
+                               QByteArray block;
+                               *state = reader->step(&block);
+                               if (*state == HexReader::State::Running)
+                                   m_edit->appendData(block);
+                               return *state != HexReader::State::Running;
+                           },
+                           [reader] { return reader->permille(); },
+                           [this, state, before](bool) { finishOpening(*state, before); }});
 }
 
 void HexEditWidget::showFile(Opened opened)
@@ -149,7 +154,7 @@ void HexEditWidget::showFile(Opened opened)
     m_fileName = opened.fileName;
     m_stamp = opened.stamp;
     m_edit->setDocument(std::move(opened.document), opened.address);
-    m_edit->setReadOnly(m_fileName.isEmpty());
+    m_edit->setReadOnly(m_fileName.isEmpty(), QStringLiteral("请先打开文件"));
 }
 
 void HexEditWidget::finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before)

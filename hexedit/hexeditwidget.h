@@ -6,7 +6,6 @@
 #include "hexedit/hexdocument.h"
 #include "hexedit/hexreader.h"
 #include "hexedit/hexsaver.h"
-#include "hexedit/slicedtask.h"
 #include "shell/base/qtwidgetbase.h"
 
 #include <QDateTime>
@@ -91,6 +90,7 @@ private:
     void drawIcons();
     void fillRecent();
 
+    bool refuseWhileBusy() const;
     void chooseFile();
     void showFile(Opened opened);
     void finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before);
@@ -111,7 +111,6 @@ private:
     QString m_fileName;
     Stamp m_stamp;
     HexSaver m_saver;
-    SlicedTask m_task;
     bool m_saving = false;
     qint64 m_savedBytes = 0;
     qint64 m_size = 0;

@@ -3,18 +3,22 @@
 #include "app/textcodec.h"
 #include "hexedit/hexparse.h"
 #include "hexedit/qhexedit.h"
-#include "hexedit/slicedtask.h"
 #include "shell/base/qtmessagetip.h"
 
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <memory>
 
-HexFindPanel::HexFindPanel(QHexEdit *edit, SlicedTask *task, QWidget *parent)
+namespace {
+constexpr int kMaxPattern = 4000;     // bytes; preparing the search costs their square at worst
+constexpr int kMaxCharacters = 20000; // of a field, enough for as many bytes in any writing
+} // namespace
+
+HexFindPanel::HexFindPanel(QHexEdit *edit, QWidget *parent)
     : FormGroup(QStringLiteral("查找与替换"), parent)
     , m_edit(edit)
-    , m_task(task)
     , m_kind(new QComboBox(this))
     , m_find(new QLineEdit(this))
     , m_replace(new QLineEdit(this))
@@ -25,7 +29,18 @@ HexFindPanel::HexFindPanel(QHexEdit *edit, SlicedTask *task, QWidget *parent)
     m_find->setObjectName(QStringLiteral("editFind"));
     m_find->setToolTip(QStringLiteral("要查找的内容（Ctrl+F）"));
     m_replace->setObjectName(QStringLiteral("editReplace"));
-    m_find->setMaxLength(4000);
+    for (QLineEdit *field : {m_find, m_replace}) {
+        field->setMaxLength(kMaxCharacters);
+        // The field keeps the part that fits, and a part is another pattern.
+        connect(
+            field, &QLineEdit::inputRejected, this,
+            [field] {
+                field->undo();
+                QtMessageTip::showBelow(
+                    field, QStringLiteral("内容过长，未输入：最多%1个字符").arg(kMaxCharacters), 3000);
+            },
+            Qt::QueuedConnection);
+    }
     addRow(QStringLiteral("类型"), m_kind);
     addRow(QStringLiteral("查找"), m_find);
     addRow(QStringLiteral("替换为"), m_replace);
@@ -87,40 +102,54 @@ std::optional<QByteArray> HexFindPanel::pattern() const
         QtMessageTip::showBelow(m_find, QStringLiteral("请输入要查找的内容"));
         return std::nullopt;
     }
+    if (bytes && bytes->size() > kMaxPattern) {
+        QtMessageTip::showBelow(
+            m_find, QStringLiteral("查找的内容有%1字节，最多%2字节").arg(bytes->size()).arg(kMaxPattern),
+            3000);
+        return std::nullopt;
+    }
     return bytes;
+}
+
+void HexFindPanel::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        m_edit->setFocus();
+    else
+        FormGroup::keyPressEvent(event);
 }
 
 void HexFindPanel::find(HexSearch::Direction direction)
 {
     const auto wanted = pattern();
-    if (!wanted || m_task->isRunning())
+    if (!wanted || m_edit->refuseWhileBusy())
         return;
     qint64 from = m_edit->selectionBegin();
     if (direction == HexSearch::Forward && m_edit->selectionLength() > 0)
         ++from;
     const auto search = std::make_shared<HexSearch>(m_edit->document(), *wanted, from, direction);
     const auto state = std::make_shared<HexSearch::State>(HexSearch::State::Running);
-    m_task->start({QStringLiteral("正在查找"),
-                   [search, state] { return (*state = search->step()) != HexSearch::State::Running; },
-                   [search] { return search->permille(); },
-                   [this, search, state, direction, length = wanted->size()](bool) {
-                       if (*state == HexSearch::State::NotFound)
-                           QtMessageTip::showTip(QStringLiteral("未找到要查找的内容"));
-                       if (*state != HexSearch::State::Found)
-                           return;
-                       m_edit->select(search->position(), length);
-                       if (search->wentRound())
-                           QtMessageTip::showTip(direction == HexSearch::Forward
-                                                     ? QStringLiteral("已到末尾，从开头继续查找")
-                                                     : QStringLiteral("已到开头，从末尾继续查找"));
-                   }});
+    m_edit->task()->start({QStringLiteral("正在查找"),
+                           [search, state] { return (*state = search->step()) != HexSearch::State::Running; },
+                           [search] { return search->permille(); },
+                           [this, search, state, direction, length = wanted->size()](bool) {
+                               if (*state == HexSearch::State::NotFound)
+                                   QtMessageTip::showTip(QStringLiteral("未找到要查找的内容"));
+                               if (*state != HexSearch::State::Found)
+                                   return;
+                               m_edit->select(search->position(), length);
+                               if (search->wentRound())
+                                   QtMessageTip::showTip(direction == HexSearch::Forward
+                                                             ? QStringLiteral("已到末尾，从开头继续查找")
+                                                             : QStringLiteral("已到开头，从末尾继续查找"));
+                           }});
 }
 
 // Bytes that move to other addresses are rarely wanted in an image: that takes
 // the insert mode.
 bool HexFindPanel::mayReplace(const std::optional<QByteArray> &old, const std::optional<QByteArray> &with)
 {
-    if (!old || !with || m_task->isRunning() || m_edit->isReadOnly())
+    if (!old || !with || m_edit->refuseEdit())
         return false;
     if (!m_edit->isOverwrite() || old->size() == with->size())
         return true;
@@ -156,27 +185,27 @@ void HexFindPanel::replaceAll()
         return;
     const auto job = std::shared_ptr<Replacing>(
         new Replacing{{m_edit->document(), *old, 0, HexSearch::Forward, HexSearch::StopAtEnd}, {}, 0});
-    m_task->start({QStringLiteral("正在替换"),
-                   [this, job, old = *old, with = *with] {
-                       const HexSearch::State state = job->search.step();
-                       if (state == HexSearch::State::Found) {
-                           const qint64 at = job->search.position();
-                           m_edit->document().addToMany(job->many, at, old.size(), with);
-                           job->search.goOn(at + old.size());
-                           ++job->count;
-                       }
-                       return state == HexSearch::State::NotFound;
-                   },
-                   [job] { return job->search.permille(); },
-                   [this, job](bool done) {
-                       if (!done) {
-                           QtMessageTip::showTip(QStringLiteral("已停止，没有替换任何内容"));
-                           return;
-                       }
-                       if (job->count > 0) {
-                           m_edit->document().applyMany(job->many);
-                           m_edit->contentEdited(m_edit->address());
-                       }
-                       QtMessageTip::showTip(QStringLiteral("已替换%1处").arg(job->count));
-                   }});
+    m_edit->task()->start({QStringLiteral("正在替换"),
+                           [this, job, old = *old, with = *with] {
+                               const HexSearch::State state = job->search.step();
+                               if (state == HexSearch::State::Found) {
+                                   const qint64 at = job->search.position();
+                                   m_edit->document().addToMany(job->many, at, old.size(), with);
+                                   job->search.goOn(at + old.size());
+                                   ++job->count;
+                               }
+                               return state == HexSearch::State::NotFound;
+                           },
+                           [job] { return job->search.permille(); },
+                           [this, job](bool done) {
+                               if (!done) {
+                                   QtMessageTip::showTip(QStringLiteral("已停止，没有替换任何内容"));
+                                   return;
+                               }
+                               if (job->count > 0) {
+                                   m_edit->document().applyMany(job->many);
+                                   m_edit->contentEdited(m_edit->address());
+                               }
+                               QtMessageTip::showTip(QStringLiteral("已替换%1处").arg(job->count));
+                           }});
 }

@@ -10,14 +10,13 @@
 class QComboBox;
 class QHexEdit;
 class QLineEdit;
-class SlicedTask;
 
 class HexFindPanel : public FormGroup
 {
     Q_OBJECT
 
 public:
-    HexFindPanel(QHexEdit *edit, SlicedTask *task, QWidget *parent = nullptr);
+    explicit HexFindPanel(QHexEdit *edit, QWidget *parent = nullptr);
 
 public slots:
     void begin(); // typing what to look for
@@ -26,6 +25,9 @@ public slots:
     void replace(); // what is selected, if it is what is looked for, and find the next one
     void replaceAll();
 
+protected:
+    void keyPressEvent(QKeyEvent *event) override; // Esc leads back to the bytes
+
 private:
     std::optional<QByteArray> bytesOf(QLineEdit *field) const;
     std::optional<QByteArray> pattern() const;
@@ -33,7 +35,6 @@ private:
     void find(HexSearch::Direction direction);
 
     QHexEdit *m_edit;
-    SlicedTask *m_task;
     QComboBox *m_kind;
     QLineEdit *m_find;
     QLineEdit *m_replace;

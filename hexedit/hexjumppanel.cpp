@@ -4,6 +4,8 @@
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtmessagetip.h"
 
+#include <QComboBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -11,14 +13,20 @@ HexJumpPanel::HexJumpPanel(QHexEdit *edit, QWidget *parent)
     : FormGroup(QStringLiteral("跳转"), parent)
     , m_edit(edit)
     , m_address(new QLineEdit(this))
+    , m_base(new QComboBox(this))
 {
     m_address->setObjectName(QStringLiteral("editJumpAddress"));
-    m_address->setPlaceholderText(QStringLiteral("如 0x1F00、+16"));
-    m_address->setToolTip(QStringLiteral("十进制，或以0x开头的十六进制；以+或-开头时相对当前地址（Ctrl+G）"));
+    m_address->setPlaceholderText(QStringLiteral("如 1F00、+10"));
+    m_address->setToolTip(
+        QStringLiteral("按所选的进制输入，以0x开头时为十六进制；以+或-开头时相对当前地址（Ctrl+G）"));
+    m_base->setObjectName(QStringLiteral("comboJumpBase"));
+    m_base->setAccessibleName(QStringLiteral("地址的进制"));
+    m_base->addItem(QStringLiteral("十六进制"), 16); // as the address column
+    m_base->addItem(QStringLiteral("十进制"), 10);
     auto *jump = new QPushButton(QStringLiteral("跳转"), this);
     jump->setObjectName(QStringLiteral("btnJump"));
     addRow(QStringLiteral("地址"), m_address);
-    addWide(jump);
+    addPair(m_base, jump);
     connect(m_address, &QLineEdit::returnPressed, this, &HexJumpPanel::jump);
     connect(jump, &QPushButton::clicked, this, &HexJumpPanel::jump);
 }
@@ -31,11 +39,22 @@ void HexJumpPanel::begin()
 
 void HexJumpPanel::jump()
 {
-    const auto address = HexParse::address(m_address->text(), m_edit->address(), m_edit->size());
+    const auto address = HexParse::address(m_address->text(), m_base->currentData().toInt(),
+                                           m_edit->address(), m_edit->size());
     if (!address) {
-        QtMessageTip::showBelow(m_address, QStringLiteral("地址无效或超出文件范围"));
+        QtMessageTip::showBelow(
+            m_address, QStringLiteral("地址无效或超出文件范围（0到%1）")
+                           .arg(QStringLiteral("0x%1").arg(QString::number(m_edit->size(), 16).toUpper())));
         return;
     }
     m_edit->goTo(*address);
     m_edit->setFocus();
+}
+
+void HexJumpPanel::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        m_edit->setFocus();
+    else
+        FormGroup::keyPressEvent(event);
 }

@@ -4,6 +4,7 @@
 
 #include "shell/base/formpanel.h"
 
+class QComboBox;
 class QHexEdit;
 class QLineEdit;
 
@@ -18,7 +19,11 @@ public slots:
     void begin(); // typing an address
     void jump();
 
+protected:
+    void keyPressEvent(QKeyEvent *event) override; // Esc leads back to the bytes
+
 private:
     QHexEdit *m_edit;
     QLineEdit *m_address;
+    QComboBox *m_base;
 };

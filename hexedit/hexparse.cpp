@@ -1,5 +1,7 @@
 #include "hexedit/hexparse.h"
 
+#include <limits>
+
 namespace HexParse {
 
 namespace {
@@ -18,52 +20,97 @@ int digitOf(QChar character)
 
 bool isSeparator(QChar character)
 {
-    return character.isSpace() || QStringLiteral(",;:-{}[]()").contains(character);
+    switch (character.unicode()) {
+    case ' ':
+    case ',':
+    case ';':
+    case ':':
+    case '-':
+    case '{':
+    case '}':
+    case '[':
+    case ']':
+    case '(':
+    case ')':
+        return true;
+    default:
+        return character.isSpace();
+    }
 }
 
 } // namespace
 
 std::optional<QByteArray> bytes(const QString &text)
 {
-    QByteArray result;
-    int place = 0;
-    const auto has = [&](QLatin1Char first, QLatin1Char second) {
-        return place + 1 < text.size() && text.at(place) == first && text.at(place + 1).toLower() == second;
-    };
-    while (place < text.size()) {
-        if (isSeparator(text.at(place))) {
-            ++place;
-            continue;
-        }
-        const bool prefixed =
-            has(QLatin1Char('0'), QLatin1Char('x')) || has(QLatin1Char('\\'), QLatin1Char('x'));
-        if (prefixed)
-            place += 2;
-        const int begin = place;
-        while (place < text.size() && digitOf(text.at(place)) >= 0 &&
-               !(place > begin && (place - begin) % 2 == 0 && has(QLatin1Char('0'), QLatin1Char('x'))))
-            ++place;
-        const int digits = place - begin;
-        if (digits == 1 && prefixed) {
-            result.append(static_cast<char>(digitOf(text.at(begin))));
-            continue;
-        }
-        if (digits == 0 || digits % 2 != 0)
-            return std::nullopt;
-        for (int i = begin; i < place; i += 2)
-            result.append(static_cast<char>(digitOf(text.at(i)) * 16 + digitOf(text.at(i + 1))));
-    }
-    return result;
+    Reader reader(text);
+    if (reader.read(std::numeric_limits<int>::max()) != Reader::State::Done)
+        return std::nullopt;
+    return reader.bytes();
 }
 
-std::optional<qint64> address(const QString &text, qint64 current, qint64 size)
+Reader::Reader(const QString &text)
+    : m_text(text)
+    , m_bytes("") // not null
+{
+    m_bytes.reserve(text.size() / 2);
+}
+
+bool Reader::has(char first, char second) const
+{
+    return m_place + 1 < m_text.size() && m_text.at(m_place) == QLatin1Char(first) &&
+           m_text.at(m_place + 1).toLower() == QLatin1Char(second);
+}
+
+bool Reader::endRow()
+{
+    m_inRow = false;
+    if (m_digits == 1 && m_prefixed)
+        m_bytes.append(static_cast<char>(m_last));
+    else if (m_digits == 0 || m_digits % 2 != 0)
+        return false;
+    return true;
+}
+
+Reader::State Reader::read(int characters)
+{
+    const QChar *const text = m_text.constData();
+    const int size = m_text.size();
+    const int stop = size - m_place > characters ? m_place + characters : size;
+    while (m_place < stop || (m_inRow && m_place == size)) {
+        if (!m_inRow) {
+            if (isSeparator(text[m_place])) {
+                ++m_place;
+                continue;
+            }
+            m_prefixed = has('0', 'x') || has('\\', 'x');
+            m_place += m_prefixed ? 2 : 0;
+            m_digits = 0;
+            m_inRow = true;
+        }
+        for (; m_place < stop; ++m_place, ++m_digits) {
+            const int digit = digitOf(text[m_place]);
+            const bool whole = m_digits % 2 == 0;
+            if (digit < 0 || (digit == 0 && whole && m_digits > 0 && has('0', 'x')))
+                break;
+            if (!whole)
+                m_bytes.append(static_cast<char>(m_last * 16 + digit));
+            m_last = digit;
+        }
+        if (m_place >= stop && stop < size)
+            break; // the row may go on
+        if (!endRow())
+            return State::Invalid;
+    }
+    return m_place < size || m_inRow ? State::Running : State::Done;
+}
+
+std::optional<qint64> address(const QString &text, int base, qint64 current, qint64 size)
 {
     QString number = text.trimmed();
     const bool forward = number.startsWith(QLatin1Char('+'));
     const bool backward = number.startsWith(QLatin1Char('-'));
     if (forward || backward)
         number = number.mid(1);
-    int base = 10;
     if (number.startsWith(QLatin1String("0x"), Qt::CaseInsensitive)) {
         number = number.mid(2);
         base = 16;

@@ -23,6 +23,7 @@ public:
 
     qint64 size() const { return m_size; }
     size_t pieceCount() const { return m_pieces.size(); }
+    const Pieces &pieces() const { return m_pieces; }
 
     // The rest of the piece that holds the address, from the address on.
     Piece from(qint64 address) const;

@@ -1,6 +1,7 @@
 #include "hexedit/qhexedit.h"
 
 #include "app/startup.h"
+#include "shell/base/qtmessagetip.h"
 
 #include <QEvent>
 #include <QGuiApplication>
@@ -20,6 +21,7 @@ QHexEdit::QHexEdit(QWidget *parent)
     : QAbstractScrollArea(parent)
 {
     setObjectName(QStringLiteral("hexEdit"));
+    setAccessibleName(QStringLiteral("文件内容"));
     setFocusPolicy(Qt::StrongFocus);
     setFont(Startup::monospaceFont());
     viewport()->setCursor(Qt::IBeamCursor);
@@ -82,6 +84,19 @@ void QHexEdit::setSaved()
     showState();
 }
 
+void QHexEdit::setUnsaved()
+{
+    m_document.setUnsaved();
+    showState();
+}
+
+bool QHexEdit::refuseWhileBusy() const
+{
+    if (m_task.isRunning())
+        QtMessageTip::showTip(m_task.name() + QStringLiteral("，请等待完成或单击“停止”"));
+    return m_task.isRunning();
+}
+
 void QHexEdit::goTo(qint64 address)
 {
     moveCaret(address, false);
@@ -99,9 +114,10 @@ void QHexEdit::replaceSelection(const QByteArray &bytes)
     edit(begin, selectionLength(), bytes, HexDocument::Step::Alone, begin + bytes.size());
 }
 
-void QHexEdit::setReadOnly(bool readOnly)
+void QHexEdit::setReadOnly(bool readOnly, const QString &reason)
 {
     m_readOnly = readOnly;
+    m_readOnlyReason = reason;
     showState();
 }
 
@@ -143,14 +159,14 @@ void QHexEdit::zoom(int steps)
 
 void QHexEdit::undo()
 {
-    if (refuseEdit() || !m_document.canUndo())
+    if (!m_document.canUndo() || refuseEdit())
         return;
     contentEdited(m_document.undo());
 }
 
 void QHexEdit::redo()
 {
-    if (refuseEdit() || !m_document.canRedo())
+    if (!m_document.canRedo() || refuseEdit())
         return;
     contentEdited(m_document.redo());
 }

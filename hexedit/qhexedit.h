@@ -1,10 +1,12 @@
 #pragma once
 
 // An editor for bytes of any number: address, hexadecimal and text columns.
-// It owns the document, draws only the rows on display, and knows no file.
+// It owns the document and the one long piece of work on it, during which the
+// bytes can't be edited; it draws only the rows on display, and knows no file.
 
 #include "hexedit/hexdocument.h"
 #include "hexedit/hexlayout.h"
+#include "hexedit/slicedtask.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
@@ -32,12 +34,17 @@ public:
     const HexDocument &document() const { return m_document; }
     HexDocument &document() { return m_document; } // call contentEdited() after an edit
     void contentEdited(qint64 address);
+    SlicedTask *task() { return &m_task; }
+    // Tells the user to wait while work is being done on the document.
+    bool refuseWhileBusy() const;
+    bool refuseEdit() const; // also where it is read-only
     qint64 size() const { return m_document.size(); }
     qint64 address() const { return m_caret; }
     qint64 selectionBegin() const { return qMin(m_anchor, m_caret); }
     qint64 selectionLength() const { return qAbs(m_anchor - m_caret); }
     bool isModified() const { return m_document.isModified(); }
     void setSaved();
+    void setUnsaved();
 
     void goTo(qint64 address);
     void select(qint64 address, qint64 length);
@@ -45,7 +52,8 @@ public:
     void replaceSelection(const QByteArray &bytes);
 
     bool isReadOnly() const { return m_readOnly; }
-    void setReadOnly(bool readOnly);
+    // The reason is shown where an edit is refused.
+    void setReadOnly(bool readOnly, const QString &reason = QString());
     bool isOverwrite() const { return m_overwrite; }
     void setOverwrite(bool overwrite);
     // How text that is typed, pasted, copied and shown becomes bytes and back.
@@ -106,18 +114,27 @@ private:
     // qhexeditinput.cpp
     bool moveByKey(const QKeyEvent *event);
     bool editByKey(const QKeyEvent *event);
-    bool refuseEdit();
+    bool refuseShift() const; // of the bytes behind, where they are overwritten
     void typeDigit(int digit);
     void takeDigitBack();
     void typeText(const QString &text);
     void putBytes(const QByteArray &bytes, HexDocument::Step step);
-    void deleteByte(qint64 address);
+    void deleteAt(qint64 address);
     void dragTo(const QPoint &point);
     HexLayout::Place placeAt(const QPoint &point) const;
     qint64 addressOf(const HexLayout::Place &place) const;
-    bool copyAs(bool text);
-    bool isInsideCharacter(qint64 address) const; // not at its first byte
     void setInText(bool inText);
+
+    // qhexeditclip.cpp
+    struct Range
+    {
+        qint64 begin;
+        qint64 end;
+    };
+    bool copyAs(bool text);
+    Range withWholeCharacters(Range range) const;
+    Range editedRange() const;                    // the selection, in the text column with whole characters
+    bool isInsideCharacter(qint64 address) const; // not at its first byte
 
     // qhexeditpaint.cpp
     void paintHeader(QPainter &painter) const;
@@ -130,6 +147,7 @@ private:
     QPoint contentOrigin() const; // of the first row
 
     HexDocument m_document;
+    SlicedTask m_task;
     HexLayout m_layout;
     QString m_placeholder;
     qint64 m_caret = 0;
@@ -139,6 +157,7 @@ private:
     bool m_inText = false;
     bool m_overwrite = true;
     bool m_readOnly = false;
+    QString m_readOnlyReason;
     bool m_caretOn = true;
     int m_codec = 0;
     bool m_asciiOnly = false;

@@ -1,13 +1,9 @@
-// Keyboard, mouse, clipboard and input method of QHexEdit.
+// Keyboard, mouse and input method of QHexEdit.
 
 #include "app/textcodec.h"
-#include "hexedit/hexcharacters.h"
-#include "hexedit/hexparse.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtmessagetip.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
@@ -15,8 +11,6 @@
 
 namespace {
 
-constexpr qint64 kMostCopied = 16 << 20; // bytes; the clipboard holds text
-constexpr int kMostPasted = 64 << 20;    // characters
 constexpr int kDragScrollMs = 30;
 
 } // namespace
@@ -108,7 +102,7 @@ bool QHexEdit::editByKey(const QKeyEvent *event)
         else if (event->key() == Qt::Key_Backspace && m_lowDigit && m_beforeDigit)
             takeDigitBack();
         else
-            deleteByte(event->key() == Qt::Key_Delete ? m_caret : m_caret - 1);
+            deleteAt(event->key() == Qt::Key_Delete ? m_caret : m_caret - 1);
         return true;
     }
     const QString text = event->text();
@@ -119,9 +113,21 @@ bool QHexEdit::editByKey(const QKeyEvent *event)
     return true;
 }
 
-bool QHexEdit::refuseEdit()
+bool QHexEdit::refuseEdit() const
 {
+    if (refuseWhileBusy())
+        return true;
+    if (m_readOnly && !m_readOnlyReason.isEmpty())
+        QtMessageTip::showTip(m_readOnlyReason);
     return m_readOnly;
+}
+
+// An image whose bytes move is no longer the image.
+bool QHexEdit::refuseShift() const
+{
+    if (m_overwrite)
+        QtMessageTip::showTip(QStringLiteral("改写模式下不能删除字节，按Insert键切换到插入模式"), 3000);
+    return m_overwrite;
 }
 
 void QHexEdit::typeText(const QString &text)
@@ -173,17 +179,19 @@ void QHexEdit::putBytes(const QByteArray &bytes, HexDocument::Step step)
 {
     if (bytes.isEmpty())
         return;
-    const qint64 begin = selectionBegin();
-    const qint64 replaced = m_overwrite ? bytes.size() : selectionLength();
+    const Range range =
+        m_overwrite ? Range{selectionBegin(), selectionBegin() + bytes.size()} : editedRange();
     if (selectionLength() > 0)
         step = HexDocument::Step::Alone;
-    edit(begin, replaced, bytes, step, begin + bytes.size());
+    edit(range.begin, range.end - range.begin, bytes, step, range.begin + bytes.size());
 }
 
-void QHexEdit::deleteByte(qint64 address)
+void QHexEdit::deleteAt(qint64 address)
 {
-    if (!refuseEdit() && address >= 0 && address < size())
-        edit(address, 1, QByteArray(), HexDocument::Step::Typing, address);
+    if (refuseEdit() || address < 0 || address >= size() || refuseShift())
+        return;
+    const Range range = m_inText ? withWholeCharacters({address, address + 1}) : Range{address, address + 1};
+    edit(range.begin, range.end - range.begin, QByteArray(), HexDocument::Step::Typing, range.begin);
 }
 
 void QHexEdit::inputMethodEvent(QInputMethodEvent *event)
@@ -216,86 +224,7 @@ void QHexEdit::setInText(bool inText)
     showState();
 }
 
-// ---- clipboard
-
-bool QHexEdit::isInsideCharacter(qint64 address) const
-{
-    const auto cells = HexCharacters::cells(m_document, address, 1, m_codec);
-    return !cells.empty() && cells.front().text.isEmpty();
-}
-
-bool QHexEdit::copyAs(bool text)
-{
-    const qint64 length = selectionLength();
-    if (length == 0)
-        return false;
-    if (length > kMostCopied) {
-        QtMessageTip::showTip(QStringLiteral("选中的内容超过16 MB，不能复制"));
-        return false;
-    }
-    qint64 begin = selectionBegin();
-    qint64 end = begin + length;
-    if (text) { // characters of which a part is selected are copied as they are shown
-        while (isInsideCharacter(begin))
-            --begin;
-        while (isInsideCharacter(end))
-            ++end;
-    }
-    const QByteArray bytes = m_document.read(begin, static_cast<int>(end - begin));
-    QApplication::clipboard()->setText(text ? TextCodec::decode(bytes, m_codec) : HexParse::text(bytes));
-    return true;
-}
-
-void QHexEdit::copy()
-{
-    copyAs(m_inText);
-}
-
-void QHexEdit::copyHex()
-{
-    copyAs(false);
-}
-
-void QHexEdit::copyText()
-{
-    copyAs(true);
-}
-
-void QHexEdit::cut()
-{
-    if (!refuseEdit() && copyAs(m_inText))
-        deleteSelection();
-}
-
-void QHexEdit::paste()
-{
-    const QString text = QApplication::clipboard()->text();
-    if (refuseEdit() || text.isEmpty())
-        return;
-    if (text.size() > kMostPasted) {
-        QtMessageTip::showTip(QStringLiteral("粘贴的内容过长"));
-        return;
-    }
-    const auto bytes = m_inText ? TextCodec::encode(text, m_codec) : HexParse::bytes(text);
-    if (!bytes) {
-        QtMessageTip::showTip(QStringLiteral("剪贴板的内容不是十六进制数据，可在文本列中粘贴为文本"));
-        return;
-    }
-    putBytes(*bytes, HexDocument::Step::Alone);
-}
-
-void QHexEdit::deleteSelection()
-{
-    if (!refuseEdit() && selectionLength() > 0)
-        replaceSelection(QByteArray());
-}
-
-void QHexEdit::selectAll()
-{
-    const int row = verticalScrollBar()->value();
-    select(0, size());
-    verticalScrollBar()->setValue(row);
-}
+// ---- mouse and context menu
 
 void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
 {
@@ -318,8 +247,6 @@ void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
     connect(ascii, &QAction::toggled, this, &QHexEdit::setAsciiOnly);
     menu.exec(event->globalPos());
 }
-
-// ---- mouse
 
 HexLayout::Place QHexEdit::placeAt(const QPoint &point) const
 {

@@ -26,6 +26,7 @@ public:
     // False while other work is being done.
     bool start(const Work &work);
     bool isRunning() const { return m_running; }
+    QString name() const { return m_work.name; } // of what is being done
 
 public slots:
     void stop();

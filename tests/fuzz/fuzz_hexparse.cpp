@@ -17,7 +17,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const auto parsed = HexParse::bytes(text);
     if (parsed && parsed->size() * 2 > text.size())
         abort();
-    const auto address = HexParse::address(text, 1000, 5000);
+    HexParse::Reader reader(text); // in slices
+    auto state = HexParse::Reader::State::Running;
+    while (state == HexParse::Reader::State::Running)
+        state = reader.read(3);
+    if ((state == HexParse::Reader::State::Done) != parsed.has_value() ||
+        (parsed && *parsed != reader.bytes()))
+        abort();
+    const auto address = HexParse::address(text, size % 2 ? 10 : 16, 1000, 5000);
     if (address && (*address < 0 || *address > 5000))
         abort();
     return 0;

@@ -14,6 +14,7 @@ private slots:
     void behavesLikeTheModel();
     void joinsTyping();
     void knowsWhatIsSaved();
+    void marksWhatDiffersFromTheFile();
     void replacesMany();
     void finds_data();
     void finds();
@@ -117,10 +118,8 @@ void TestHexDocument::knowsWhatIsSaved()
     QVERIFY(!document.isModified());
     document.replace(1, 2, "XY");
     QVERIFY(document.isModified());
-    QCOMPARE(document.changes(0, 6), (std::vector<bool>{false, true, true, false, false, false}));
     document.setSaved();
     QVERIFY(!document.isModified());
-    QCOMPARE(document.changes(0, 6), std::vector<bool>(6, false));
     document.undo();
     QVERIFY(document.isModified());
     document.redo();
@@ -138,6 +137,58 @@ void TestHexDocument::knowsWhatIsSaved()
     other.undo();
     QVERIFY(!other.isModified());
     QCOMPARE(all(other), QByteArray("a"));
+}
+
+// '!' for each byte that differs from the saved ones, by what was done.
+void TestHexDocument::marksWhatDiffersFromTheFile()
+{
+    HexDocument document = documentOf("abcdefgh", 3);
+    const auto marks = [&document] {
+        QByteArray text;
+        for (const bool changed : document.changes(0, static_cast<int>(document.size())))
+            text.append(changed ? '!' : '.');
+        return text;
+    };
+    const auto replaceAll = [&document](const QByteArray &what, const QByteArray &with) {
+        HexDocument::Many many;
+        for (int at = all(document).indexOf(what); at >= 0;
+             at = all(document).indexOf(what, at + what.size()))
+            document.addToMany(many, at, what.size(), with);
+        document.applyMany(many);
+    };
+    document.replace(1, 3, "XcY");
+    QCOMPARE(marks(), QByteArray(".!.!...."));
+    document.setSaved(); // aXcYefgh
+    QCOMPARE(marks(), QByteArray("........"));
+    document.undo(); // behind the save
+    QCOMPARE(marks(), QByteArray(".!.!...."));
+    document.redo();
+    document.replace(4, 0, "in");
+    QCOMPARE(marks(), QByteArray("....!!...."));
+    document.setSaved(); // aXcYinefgh
+    document.undo();
+    document.replace(0, 2, "");
+    QCOMPARE(marks(), QByteArray("......"));
+    document = documentOf("a-b-a-b-a", 4);
+    document.replace(2, 1, "B");
+    replaceAll("a", "A");
+    QCOMPARE(all(document), QByteArray("A-B-A-b-A"));
+    QCOMPARE(marks(), QByteArray("!.!.!...!"));
+    replaceAll("A", "aa");
+    QCOMPARE(marks(), QByteArray("!!.!.!!...!!"));
+    document.setSaved();
+    document.undo();
+    document.undo();
+    document.undo();
+    QCOMPARE(all(document), QByteArray("a-b-a-b-a"));
+    document.setSaved();
+    while (document.redo() >= 0) {
+    }
+    QCOMPARE(all(document), QByteArray("aa-B-aa-b-aa"));
+    QVERIFY(document.changes(0, 12)[3]); // never unmarked by mistake
+    document.setSaved();
+    document.setUnsaved();
+    QVERIFY(document.isModified());
 }
 
 void TestHexDocument::replacesMany()

@@ -45,24 +45,37 @@ void TestHexValues::parsesBytes()
     QCOMPARE(parsed.has_value(), !bytes.isNull());
     if (parsed)
         QCOMPARE(*parsed, bytes);
+    for (const int slice : {1, 2, 3}) {
+        HexParse::Reader reader(text);
+        auto state = HexParse::Reader::State::Running;
+        while (state == HexParse::Reader::State::Running)
+            state = reader.read(slice);
+        QCOMPARE(state == HexParse::Reader::State::Done, parsed.has_value());
+        QVERIFY(!parsed || reader.bytes() == bytes);
+    }
 }
 
 void TestHexValues::parsesAddresses_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<qint64>("address"); // with the caret at 100 in 1000 bytes; -1 where it is refused
-    const std::pair<const char *, qint64> rows[] = {
-        {"0", 0},    {"1000", 1000}, {" 0x1F ", 31}, {"1fh", 31},  {"+0x10", 116},
-        {"-100", 0}, {"1001", -1},   {"-101", -1},   {"+901", -1}, {"", -1},
-        {"12z", -1}, {"--1", -1},    {"0x", -1},     {"1F", -1},   {"99999999999999999999", -1}};
-    for (const auto &row : rows)
-        QTest::newRow(row.first) << QString::fromLatin1(row.first) << row.second;
+    QTest::addColumn<qint64>("decimal");
+    const std::tuple<const char *, qint64, qint64> rows[] = {
+        {"0", 0, 0},         {"1000", -1, 1000}, {"00000010", 16, 10},
+        {" 0x1F ", 31, 31},  {"1fh", 31, 31},    {"1F", 31, -1},
+        {"+0x10", 116, 116}, {"+10", 116, 110},  {"-64", 0, 36},
+        {"-100", -1, 0},     {"3e8", 1000, -1},  {"3E9", -1, -1},
+        {"+901", -1, -1},    {"", -1, -1},       {"12z", -1, -1},
+        {"--1", -1, -1},     {"0x", -1, -1},     {"99999999999999999999", -1, -1}};
+    for (const auto &[text, address, decimal] : rows)
+        QTest::newRow(text) << QString::fromLatin1(text) << address << decimal;
 }
 
 void TestHexValues::parsesAddresses()
 {
     QFETCH(QString, text);
-    QTEST(HexParse::address(text, 100, 1000).value_or(-1), "address");
+    QTEST(HexParse::address(text, 16, 100, 1000).value_or(-1), "address");
+    QTEST(HexParse::address(text, 10, 100, 1000).value_or(-1), "decimal");
 }
 
 // The check values that the definitions give for "123456789".

@@ -26,7 +26,12 @@ private slots:
     void movesAndSelects_data();
     void movesAndSelects();
     void selectsByMouse();
+    void keepsTheCaretInSight();
     void copiesAndPastes();
+    void movesBytesExactly_data();
+    void movesBytesExactly();
+    void refusesWhatTextCannotSay();
+    void pastesLongTextInSlices();
     void takesChineseInTheTextColumn();
     void drawsCharactersOfTheCodec();
     void refusesWhenReadOnly();
@@ -93,7 +98,7 @@ void TestQHexEdit::tellsAddressAndSize()
     QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(100));
     keys("Right Right");
     QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(2));
-    keys("Del");
+    keys("Ins Del");
     QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(99));
     m_edit->goTo(1000);
     QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(99));
@@ -116,13 +121,15 @@ void TestQHexEdit::types_data()
     QTest::newRow("no digits") << "xyz" << QByteArray("0123") << 0;
     QTest::newRow("text column") << "Tab xyz" << QByteArray("xyz3") << 3;
     QTest::newRow("inserts text") << "Tab Ins xyz" << QByteArray("xyz0123") << 3;
-    QTest::newRow("deletes") << "Right Del Backspace" << QByteArray("23") << 0;
-    QTest::newRow("nothing to delete") << "Backspace Ctrl+End Del" << QByteArray("0123") << 4;
-    QTest::newRow("deletes the selection") << "Shift+Right Shift+Right Del" << QByteArray("23") << 0;
+    QTest::newRow("deletes") << "Ins Right Del Backspace" << QByteArray("23") << 0;
+    QTest::newRow("nothing to delete") << "Ins Backspace Ctrl+End Del" << QByteArray("0123") << 4;
+    QTest::newRow("deletes the selection") << "Ins Shift+Right Shift+Right Del" << QByteArray("23") << 0;
     QTest::newRow("over a selection") << "Right Shift+Right Shift+Right 41" << QByteArray("0A23") << 2;
     QTest::newRow("instead of a selection")
         << "Ins Right Shift+Right Shift+Right 41" << QByteArray("0A3") << 2;
-    QTest::newRow("all") << "Ctrl+A Del" << QByteArray("") << 0;
+    QTest::newRow("shifts nothing") << "Right Del Backspace Shift+Right Del Ctrl+X" << QByteArray("0123")
+                                    << 2;
+    QTest::newRow("all") << "Ins Ctrl+A Del" << QByteArray("") << 0;
 }
 
 void TestQHexEdit::types()
@@ -231,14 +238,6 @@ void TestQHexEdit::copiesAndPastes()
     m_edit->select(2, 2);
     m_edit->copyText();
     QCOMPARE(clipboard->text(), QStringLiteral("cd"));
-    showData("a\xCE\xC2\xB6\xC8"
-             "bcd");
-    m_edit->setTextCodec(1);
-    m_edit->select(2, 2); // halves of both
-    m_edit->copyText();
-    QCOMPARE(clipboard->text(), QStringLiteral("温度"));
-    showData("\x01\xAB"
-             "cd");
     clipboard->setText(QStringLiteral("0x31, 0x32"));
     m_edit->goTo(0);
     keys("Ctrl+V");
@@ -256,6 +255,91 @@ void TestQHexEdit::copiesAndPastes()
     m_edit->undo();
     m_edit->undo();
     QCOMPARE(content(), QByteArray("1212cd"));
+}
+
+// What is cut from one column and pasted into the other is what it was, and no
+// half of a character stays behind.
+void TestQHexEdit::movesBytesExactly_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("codec");
+    QTest::addColumn<bool>("inText");
+    QTest::addColumn<int>("begin");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QByteArray>("left");
+    QTest::addColumn<QString>("text"); // for other programs
+    const QByteArray binary("\x00\xff\x80\xc3z", 5);
+    QTest::newRow("no text") << binary << 0 << true << 0 << 4 << QByteArray("z")
+                             << QString(QChar(0)) + QString(3, QChar(0xFFFD));
+    const QByteArray chinese("a\xCE\xC2\xB6\xC8z");
+    QTest::newRow("halves") << chinese << 1 << true << 2 << 2 << QByteArray("az") << QStringLiteral("温度");
+    QTest::newRow("bytes") << chinese << 1 << false << 2 << 2 << QByteArray("a\xCE\xC8z") << "C2 B6";
+    QTest::newRow("mark") << QByteArray("\xEF\xBB\xBF"
+                                        "12")
+                          << 0 << true << 0 << 4 << QByteArray("2") << QStringLiteral("\uFEFF1");
+}
+
+void TestQHexEdit::movesBytesExactly()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, codec);
+    QFETCH(bool, inText);
+    QFETCH(int, begin);
+    QFETCH(int, length);
+    showData(bytes);
+    m_edit->setTextCodec(codec);
+    m_edit->setOverwrite(false);
+    click(0, inText);
+    m_edit->select(begin, length);
+    keys("Ctrl+X");
+    QTEST(content(), "left");
+    QTEST(QApplication::clipboard()->text(), "text");
+    keys(inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");
+    QCOMPARE(content(), bytes);
+}
+
+void TestQHexEdit::refusesWhatTextCannotSay()
+{
+    showData("z");
+    click(0, true);
+    for (const QString &text : {QStringLiteral("a\uFFFD"), QString(QChar(0xD800)) + 'a', QString()}) {
+        QtMessageTip::showTip(QString());
+        QApplication::clipboard()->setText(text);
+        keys("Ctrl+V");
+        QCOMPARE(content(), QByteArray("z"));
+        QVERIFY(!QtMessageTip::current()->text().isEmpty());
+    }
+    QApplication::clipboard()->setText(QStringLiteral("\uFEFF\U0001F600"));
+    keys("Ctrl+V");
+    QCOMPARE(content(), QByteArray("\xEF\xBB\xBF\xF0\x9F\x98\x80"));
+}
+
+// It arrives where the caret was, and nothing is edited before.
+void TestQHexEdit::pastesLongTextInSlices()
+{
+    const int count = 4 << 20;
+    showData("0123");
+    keys("Ins Right");
+    QApplication::clipboard()->setText(QStringLiteral("41 ").repeated(count));
+    keys("Ctrl+V");
+    QVERIFY(m_edit->task()->isRunning());
+    QtMessageTip::showTip(QString());
+    keys("Right Del");
+    QVERIFY(!QtMessageTip::current()->text().isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!m_edit->task()->isRunning(), 60000);
+    QCOMPARE(content(), "0" + QByteArray(count, 'A') + "123");
+}
+
+void TestQHexEdit::keepsTheCaretInSight()
+{
+    showData(QByteArray(10000, 'x'));
+    for (const qint64 address : {9999, 5000, 5016, 0}) {
+        m_edit->goTo(address);
+        keys(address == 5016 ? "PgDown Down" : "Down");
+        const QRect caret = m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+        QVERIFY2(m_edit->viewport()->rect().contains(caret), qPrintable(QString::number(address)));
+        QVERIFY(caret.top() >= caret.height()); // below the header
+    }
 }
 
 void TestQHexEdit::takesChineseInTheTextColumn()
