@@ -1,5 +1,7 @@
 #include "transfer/ymodem.h"
 
+#include "app/checksum.h"
+
 #include <algorithm>
 
 namespace {
@@ -14,17 +16,6 @@ Ymodem::Ymodem(uint32 repeatDivider, uint32 silenceLimit, uint32 errorLimit)
     , m_silenceLimit(silenceLimit)
     , m_errorLimit(errorLimit)
 {
-}
-
-std::uint16_t Ymodem::crc16(const uint8 *bytes, std::size_t size)
-{
-    unsigned crc = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        crc ^= static_cast<unsigned>(bytes[i]) << 8;
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc & 0x8000u) != 0 ? (crc << 1) ^ 0x1021u : crc << 1;
-    }
-    return static_cast<std::uint16_t>(crc & 0xFFFFu);
 }
 
 // ---- from outside
@@ -321,7 +312,8 @@ void Ymodem::buildPacket(uint8 sequence, uint32 length)
     packet[0] = length <= blockZeroSize ? Soh : Stx;
     packet[1] = sequence;
     packet[2] = static_cast<uint8>(0xFF - sequence);
-    const std::uint16_t crc = crc16(packet + kHeader, length);
+    const std::uint32_t crc =
+        Crc::of(CrcModels::crc16Xmodem, reinterpret_cast<const char *>(packet + kHeader), length);
     packet[kHeader + length] = static_cast<uint8>(crc >> 8);
     packet[kHeader + length + 1] = static_cast<uint8>(crc & 0xFF);
     m_bufferLength = kHeader + length + kCheck;

@@ -6,7 +6,7 @@
 // pace; all silences are counted in such steps.
 //
 // Packet on the wire: SOH (128 data bytes) or STX (1024), sequence number, 0xFF
-// minus that number, data, CRC-16 of the data, high byte first.
+// minus that number, data, CRC-16/XMODEM of the data, high byte first.
 
 #include <array>
 #include <cstddef>
@@ -53,10 +53,6 @@ public:
 
     // Back to the beginning, telling the receiver by five Can bytes.
     void abortTransfer();
-
-    // Polynomial 0x1021, initial value 0, most significant bit first, no final
-    // inversion (CRC-16/XMODEM, check value 0x31C3).
-    static std::uint16_t crc16(const uint8 *bytes, std::size_t size);
 
 protected:
     // Back to the beginning without a word to the receiver.

@@ -2,6 +2,7 @@
 // step ends, and what is written is a control byte, five Can or a whole packet
 // whose check is right.
 
+#include "app/checksum.h"
 #include "transfer/ymodem.h"
 
 #include <algorithm>
@@ -76,7 +77,8 @@ protected:
         } else {
             require(length == 133 || length == 1029);
             require(buffer[0] == (length == 133 ? Soh : Stx) && buffer[1] + buffer[2] == 0xFF);
-            const auto crc = crc16(buffer + 3, length - 5);
+            const auto crc =
+                Crc::of(CrcModels::crc16Xmodem, reinterpret_cast<const char *>(buffer) + 3, length - 5);
             require(buffer[length - 2] == crc >> 8 && buffer[length - 1] == (crc & 0xFF));
         }
         return length;

@@ -8,7 +8,6 @@ class TestYmodem : public QObject
     Q_OBJECT
 
 private slots:
-    void computesTheCheck();
     void sendsABatch();
     void cutsFilesIntoBlocks_data();
     void cutsFilesIntoBlocks();
@@ -26,11 +25,6 @@ private slots:
     void abortsAndStartsAgain();
     void takesPacketsApart();
 };
-
-void TestYmodem::computesTheCheck()
-{
-    QCOMPARE(int(Ymodem::crc16(reinterpret_cast<const Ymodem::uint8 *>("123456789"), 9)), 0x31C3);
-}
 
 // Two files, one of them empty, to the end of the batch: each step's bytes.
 void TestYmodem::sendsABatch()
