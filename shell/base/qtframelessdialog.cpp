@@ -1,5 +1,6 @@
 #include "shell/base/qtframelessdialog.h"
 
+#include "shell/base/fieldbehavior.h"
 #include "shell/base/framegeometry.h"
 #include "shell/base/framelesshelper.h"
 #include "shell/base/qttitlebar.h"
@@ -13,6 +14,7 @@ QtFramelessDialog::QtFramelessDialog(const QString &title, QWidget *parent)
     , m_body(new QVBoxLayout)
     , m_frame(new FramelessHelper(this))
 {
+    FieldBehavior::install();
     setModal(true);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);

@@ -1,8 +1,11 @@
 #include "shell/base/qtwidgetbase.h"
 
+#include "shell/base/fieldbehavior.h"
+
 QtWidgetBase::QtWidgetBase(QWidget *parent)
     : QWidget(parent)
 {
+    FieldBehavior::install();
 }
 
 QStringList QtWidgetBase::counts() const

@@ -1,0 +1,25 @@
+#pragma once
+
+// What all combo boxes, spin boxes and sliders of the program do differently
+// from Qt's default:
+// - The wheel passes through to what scrolls behind them. It changes a spin box
+//   or a slider that has the focus; a combo box changes only through its list.
+// - The list of a combo box is a list with rows of the style sheet's height,
+//   whether the box can be edited or not.
+
+#include <QObject>
+
+class FieldBehavior : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Once for the application; does nothing when called again.
+    static void install();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    explicit FieldBehavior(QObject *parent);
+};
