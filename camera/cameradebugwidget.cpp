@@ -18,6 +18,7 @@
 #include <QComboBox>
 #include <QDebug>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -76,7 +77,7 @@ CameraDebugWidget::~CameraDebugWidget()
 void CameraDebugWidget::buildUi()
 {
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(8, 8, 8, 8);
+    row->setContentsMargins(8, 4, 8, 6);
     row->setSpacing(8);
     row->addWidget(buildPanel());
     row->addWidget(buildWorkArea(), 1);
@@ -89,18 +90,15 @@ QWidget *CameraDebugWidget::buildPanel()
     // Made in the order in which the Tab key goes through them.
     m_link = new CameraLinkPanel(m_panel);
     m_panel->addWidget(m_link);
-    m_panel->addWidget(buildDisplay(m_panel));
     m_config = new ImageFormatConfig(m_panel);
+    addChecks(m_config->formatGroup());
     m_panel->addWidget(m_config);
     return m_panel;
 }
 
-FormGroup *CameraDebugWidget::buildDisplay(QWidget *parent)
+// How the data of the pictures are taken.
+void CameraDebugWidget::addChecks(FormGroup *group)
 {
-    auto *group = new FormGroup(QStringLiteral("显示配置"), parent);
-    m_deviceCount = new QComboBox(group);
-    m_deviceCount->setObjectName(QStringLiteral("comboDeviceCount"));
-    m_deviceCount->addItems({QStringLiteral("1"), QStringLiteral("2")});
     m_jpegData = new QCheckBox(QStringLiteral("JPEG数据"), group);
     m_jpegData->setObjectName(QStringLiteral("checkJpegData"));
     m_jpegData->setToolTip(QStringLiteral("数据是不带数据包头的JPEG图像流"));
@@ -110,10 +108,10 @@ FormGroup *CameraDebugWidget::buildDisplay(QWidget *parent)
     m_bigEndian = new QCheckBox(QStringLiteral("数据大端"), group);
     m_bigEndian->setObjectName(QStringLiteral("checkBigEndian"));
     m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前"));
-    group->addRow(QStringLiteral("设备数:"), m_deviceCount);
-    group->addPair(m_jpegData, m_checkCrc);
-    group->addWide(m_bigEndian);
-    return group;
+    QHBoxLayout *line = group->addLine();
+    for (QCheckBox *check : {m_jpegData, m_checkCrc, m_bigEndian})
+        line->addWidget(check);
+    line->addStretch();
 }
 
 QWidget *CameraDebugWidget::buildWorkArea()
@@ -121,13 +119,25 @@ QWidget *CameraDebugWidget::buildWorkArea()
     auto *area = new QWidget(this);
     m_status = new CameraStatusRow(area);
     m_viewer = new ImageViewer(area);
+    auto *countLabel = new QLabel(QStringLiteral("设备数:"), area);
+    m_deviceCount = new QComboBox(area);
+    m_deviceCount->setObjectName(QStringLiteral("comboDeviceCount"));
+    m_deviceCount->setAccessibleName(QStringLiteral("设备数"));
+    m_deviceCount->setToolTip(QStringLiteral("同时显示几个设备的图像"));
+    m_deviceCount->addItems({QStringLiteral("1"), QStringLiteral("2")});
+    countLabel->setBuddy(m_deviceCount);
     m_actions = new PictureActions(m_viewer, area);
+    auto *bottom = new QHBoxLayout;
+    bottom->setSpacing(4);
+    bottom->addWidget(countLabel);
+    bottom->addWidget(m_deviceCount);
+    bottom->addWidget(m_actions, 1);
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addWidget(m_status);
     column->addWidget(m_viewer, 1);
-    column->addWidget(m_actions);
+    column->addLayout(bottom);
     return area;
 }
 

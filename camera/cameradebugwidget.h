@@ -82,7 +82,7 @@ private:
     void buildUi();
     QWidget *buildPanel();
     QWidget *buildWorkArea();
-    FormGroup *buildDisplay(QWidget *parent);
+    void addChecks(FormGroup *group);
     void connectParts();
 
     // The links (cameralinks.cpp).

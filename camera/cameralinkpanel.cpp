@@ -24,10 +24,8 @@ CameraLinkPanel::CameraLinkPanel(QWidget *parent)
     m_baudRate->setValidator(new QIntValidator(1, 100000000, m_baudRate));
     m_baudRate->setCurrentText(QStringLiteral("921600"));
     m_baudRate->setToolTip(QStringLiteral("8位数据位，无校验，1位停止位；可输入其它波特率"));
-    for (QComboBox *box : {static_cast<QComboBox *>(m_serial), m_baudRate}) {
-        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(6);
-    }
+    for (QComboBox *box : {static_cast<QComboBox *>(m_serial), m_baudRate})
+        letShrink(box);
     addField(QStringLiteral("2.串口"), m_serial, {Serial});
     addField(QStringLiteral("3.波特率"), m_baudRate, {Serial});
     addButton();

@@ -6,6 +6,7 @@
 #include "shell/base/qtmessagetip.h"
 
 #include <QComboBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -43,8 +44,9 @@ ImageFormatConfig::ImageFormatConfig(QWidget *parent)
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(8);
-    column->addWidget(buildFormat());
+    column->setSpacing(4);
+    m_formatGroup = buildFormat();
+    column->addWidget(m_formatGroup);
     column->addWidget(buildRegister());
     loadDefaults();
     showRecord();
@@ -70,13 +72,16 @@ FormGroup *ImageFormatConfig::buildFormat()
         m_format->addItem(ImageRecord::formatName(format), format);
     for (QSpinBox *side : {m_width, m_height}) {
         side->setRange(0, 0xFFFF);
+        side->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // two in a row
         side->setKeyboardTracking(false);
         side->setToolTip(QStringLiteral("摄像头上报格式后自动更新，也可手动设置"));
     }
-    group->addRow(QStringLiteral("设备"), m_device);
-    group->addRow(QStringLiteral("格式"), m_format);
-    group->addRow(QStringLiteral("宽度(像素)"), m_width);
-    group->addRow(QStringLiteral("高度(像素)"), m_height);
+    QHBoxLayout *kind = group->addLine();
+    group->addTo(kind, QStringLiteral("设备"), m_device);
+    group->addTo(kind, QStringLiteral("格式"), m_format);
+    group->addRow(QStringLiteral("宽(像素)"), m_width, QStringLiteral("高(像素)"), m_height);
+    for (QComboBox *box : {m_device, m_format})
+        FormGroup::letShrink(box);
     return group;
 }
 
@@ -105,13 +110,15 @@ FormGroup *ImageFormatConfig::buildRegister()
         field->setValidator(new QRegularExpressionValidator(hex, field));
         field->setToolTip(QStringLiteral("十六进制，2到8位"));
     }
-    group->addRow(QStringLiteral("寄存器地址长度"), m_addressLength);
-    group->addRow(QStringLiteral("寄存器值长度"), m_valueLength);
+    group->addRow(QStringLiteral("寄存器地址长度(字节)"), m_addressLength);
+    group->addRow(QStringLiteral("寄存器值长度(字节)"), m_valueLength);
     group->addRow(QStringLiteral("寄存器组编号"), m_regId);
-    group->addRow(QStringLiteral("地址(HEX)"), m_address);
-    group->addRow(QStringLiteral("值(HEX)"), m_value);
-    group->addPair(m_read, m_write);
-    group->addPair(m_readTable, m_writeTable);
+    QHBoxLayout *numbers = group->addLine();
+    group->addTo(numbers, QStringLiteral("地址(HEX)"), m_address);
+    group->addTo(numbers, QStringLiteral("值(HEX)"), m_value);
+    QHBoxLayout *buttons = group->addLine();
+    for (QPushButton *button : {m_read, m_write, m_readTable, m_writeTable})
+        buttons->addWidget(button, 1);
     return group;
 }
 

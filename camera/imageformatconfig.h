@@ -23,7 +23,8 @@ public:
     explicit ImageFormatConfig(QWidget *parent = nullptr);
     ~ImageFormatConfig() override;
 
-    int device() const; // 0 or 1, which requests go to
+    FormGroup *formatGroup() const { return m_formatGroup; } // which the page adds to
+    int device() const;                                      // 0 or 1, which requests go to
     const ImageRecord &record(int device) const { return m_records.at(device == 1 ? 1 : 0); }
     void setRecord(int device, const ImageRecord &record); // as the board told it
 
@@ -48,6 +49,7 @@ signals:
     void signalNotify(QString text, int kind);
 
 private:
+    FormGroup *m_formatGroup = nullptr;
     FormGroup *buildFormat();
     FormGroup *buildRegister();
     void connectParts();

@@ -1,6 +1,7 @@
 #include "network/clientlistpanel.h"
 
 #include <QComboBox>
+#include <QHBoxLayout>
 #include <QPushButton>
 
 ClientListPanel::ClientListPanel(QWidget *parent)
@@ -10,14 +11,15 @@ ClientListPanel::ClientListPanel(QWidget *parent)
 {
     m_list->setObjectName(QStringLiteral("comboClients"));
     m_list->addItem(QStringLiteral("All Clients"));
+    m_list->setAccessibleName(QStringLiteral("客户端"));
     m_list->setPlaceholderText(QStringLiteral("请选择客户端"));
     m_list->setToolTip(QStringLiteral("数据发送到所选的客户端"));
-    m_list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    m_list->setMinimumContentsLength(6);
+    letShrink(m_list);
     m_disconnect->setObjectName(QStringLiteral("btnDisconnect"));
     m_disconnect->setToolTip(QStringLiteral("断开所选的客户端"));
-    addWide(m_list);
-    addWide(m_disconnect);
+    QHBoxLayout *line = addLine();
+    line->addWidget(m_list, 1);
+    line->addWidget(m_disconnect);
     connect(m_disconnect, &QPushButton::clicked, this, &ClientListPanel::disconnectClicked);
 }
 

@@ -1,6 +1,7 @@
 #include "network/localaddressbox.h"
 
 #include "network/peeraddress.h"
+#include "shell/base/formpanel.h"
 #include "shell/base/placeholdertext.h"
 
 #include <QAbstractItemView>
@@ -22,8 +23,7 @@ LocalAddressBox::LocalAddressBox(QWidget *parent)
     setCompleter(nullptr);
     lineEdit()->setPlaceholderText(kAll);
     PlaceholderText::keepFaint(lineEdit());
-    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    setMinimumContentsLength(6);
+    FormGroup::letShrink(this);
     fill();
     setCurrentIndex(0);
 }

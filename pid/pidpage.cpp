@@ -24,7 +24,7 @@ constexpr int kError = 255;
 void PidDebugWidget::buildUi()
 {
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(8, 8, 8, 8);
+    row->setContentsMargins(8, 4, 8, 6);
     row->setSpacing(8);
     row->addWidget(buildPanel());
     row->addWidget(buildWorkArea(), 1);

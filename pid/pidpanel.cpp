@@ -1,7 +1,6 @@
 #include "pid/pidpanel.h"
 
 #include <QComboBox>
-#include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
 
@@ -56,8 +55,6 @@ void PidPanel::buildUi()
     addPair(m_sendTarget, m_sendPeriod);
     setTabOrder(m_gains[2], m_sendGains);
     setTabOrder(m_sendGains, m_target);
-    // Everything in sight in a window of the first size.
-    qobject_cast<QGridLayout *>(layout())->setVerticalSpacing(4);
 }
 
 void PidPanel::connectFields()

@@ -19,10 +19,8 @@ PidPortPanel::PidPortPanel(QWidget *parent)
                              .split(QLatin1Char(' ')));
     m_baudRate->setCurrentText(QStringLiteral("115200"));
     // A long description must not widen the panel; the list shows it whole.
-    for (QComboBox *box : {static_cast<QComboBox *>(m_port), m_baudRate}) {
-        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(6);
-    }
+    for (QComboBox *box : {static_cast<QComboBox *>(m_port), m_baudRate})
+        letShrink(box);
     addRow(QStringLiteral("端口"), m_port);
     addRow(QStringLiteral("波特率"), m_baudRate);
     addWide(m_open);

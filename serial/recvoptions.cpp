@@ -1,6 +1,7 @@
 #include "serial/recvoptions.h"
 
 #include <QCheckBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -39,9 +40,10 @@ RecvOptions::RecvOptions(QWidget *parent, Kind kind)
     connect(save, &QPushButton::clicked, this, &RecvOptions::saveClicked);
 
     addPair(m_text, m_hex);
-    addPair(m_stop, m_log);
-    addWide(m_stamp);
-    QLabel *quietLabel = addRow(QStringLiteral("断帧间隔(ms)"), m_quiet);
+    addPair(m_stamp, m_stop);
+    QHBoxLayout *streams = addLine();
+    streams->addWidget(m_log, 1);
+    QLabel *quietLabel = addTo(streams, QStringLiteral("断帧间隔(ms)"), m_quiet);
     for (QWidget *ofStreams :
          {static_cast<QWidget *>(m_log), static_cast<QWidget *>(m_quiet), static_cast<QWidget *>(quietLabel)})
         ofStreams->setVisible(kind == Stream);

@@ -5,6 +5,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QHBoxLayout>
 #include <QLineEdit>
 #include <QRadioButton>
 
@@ -43,11 +44,20 @@ void SendOptions::buildUi()
     m_auto->setToolTip(QStringLiteral("按周期发送编辑区的数据"));
     m_interval->setToolTip(QStringLiteral("自动发送周期，单位毫秒，不小于10"));
 
-    addRow(QStringLiteral("发送方式"), m_page);
-    addWide(m_text);
-    addWide(m_hex);
-    addPair(m_newline, m_auto);
-    addRow(QStringLiteral("自动发送周期(ms)"), m_interval);
+    QHBoxLayout *pages = addLine();
+    addTo(pages, QStringLiteral("发送方式"), m_page);
+    pages->addWidget(m_newline);
+    QHBoxLayout *kinds = addLine();
+    kinds->addWidget(m_text);
+    kinds->addWidget(m_hex, 1);
+    QHBoxLayout *periods = addLine();
+    periods->addWidget(m_auto);
+    addTo(periods, QStringLiteral("自动发送周期(ms)"), m_interval);
+    setTabOrder(m_page, m_newline);
+    setTabOrder(m_newline, m_text);
+    setTabOrder(m_text, m_hex);
+    setTabOrder(m_hex, m_auto);
+    setTabOrder(m_auto, m_interval);
 }
 
 QWidget *SendOptions::lastField() const

@@ -57,16 +57,13 @@ void SerialConfigPanel::buildUi()
                         QStringLiteral("标志(1)"), QStringLiteral("空格(0)")});
     // A long description must not widen the panel; the list shows it whole.
     for (QComboBox *box :
-         std::initializer_list<QComboBox *>{m_port, m_baudRate, m_parity, m_dataBits, m_stopBits}) {
-        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(6);
-    }
+         std::initializer_list<QComboBox *>{m_port, m_baudRate, m_parity, m_dataBits, m_stopBits})
+        FormGroup::letShrink(box);
 
     addRow(QStringLiteral("端口"), m_port);
     addRow(QStringLiteral("波特率"), m_baudRate);
     addRow(QStringLiteral("校验位"), m_parity);
-    addRow(QStringLiteral("数据位"), m_dataBits);
-    addRow(QStringLiteral("停止位"), m_stopBits);
+    addRow(QStringLiteral("数据位"), m_dataBits, QStringLiteral("停止位"), m_stopBits);
     addWide(m_open);
 }
 

@@ -37,7 +37,7 @@ SingleSendPage::SingleSendPage(QWidget *parent)
     });
 
     auto *buttons = new QVBoxLayout;
-    buttons->setSpacing(8);
+    buttons->setSpacing(4);
     buttons->addWidget(m_send);
     buttons->addWidget(m_load);
     buttons->addWidget(m_clear);

@@ -53,7 +53,7 @@ void WorkArea::buildUi(const QString &hint)
     split->addWidget(m_sendBox);
     split->setStretchFactor(0, 1);
     split->setStretchFactor(1, 0);
-    split->setSizes({300, 140});
+    split->setSizes({400, 1}); // the send box as low as it can be
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -83,7 +83,7 @@ void WorkArea::placeBeside(FormPanel *panel, QWidget *lastField)
 {
     m_panel = panel;
     auto *row = new QHBoxLayout(m_page);
-    row->setContentsMargins(8, 8, 8, 8);
+    row->setContentsMargins(8, 4, 8, 6);
     row->setSpacing(8);
     row->addWidget(panel);
     row->addWidget(this, 1);

@@ -3,48 +3,108 @@
 #include "shell/base/placeholdertext.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QScrollBar>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int kColumns = 4; // label and field, twice
+constexpr int kLabelGap = 4;
+constexpr int kFieldGap = 8;
+
+// A label without what only the eye needs: its number and its colon.
+QString spokenName(const QString &label)
+{
+    static const QRegularExpression decoration(QStringLiteral("^\\s*(\\d+\\.)?\\s*|[:\\s]+$"));
+    return QString(label).remove(decoration);
+}
+
+} // namespace
 
 FormGroup::FormGroup(const QString &title, QWidget *parent)
     : QGroupBox(title, parent)
     , m_grid(new QGridLayout(this))
 {
-    m_grid->setContentsMargins(8, 8, 8, 8);
-    m_grid->setHorizontalSpacing(4);
-    m_grid->setVerticalSpacing(8);
+    m_grid->setContentsMargins(8, 4, 8, 6);
+    m_grid->setHorizontalSpacing(kLabelGap);
+    m_grid->setVerticalSpacing(4);
     m_grid->setColumnStretch(1, 1);
+    m_grid->setColumnStretch(3, 1);
+}
+
+QLabel *FormGroup::labelFor(const QString &label, QWidget *field)
+{
+    auto *caption = new QLabel(label, this);
+    caption->setBuddy(field);
+    if (qobject_cast<QLineEdit *>(field))
+        PlaceholderText::keepFaint(field);
+    if (field->accessibleName().isEmpty())
+        field->setAccessibleName(spokenName(label));
+    return caption;
 }
 
 QLabel *FormGroup::addRow(const QString &label, QWidget *field)
 {
     const int row = m_grid->rowCount();
-    auto *caption = new QLabel(label, this);
-    caption->setBuddy(field);
-    if (qobject_cast<QLineEdit *>(field))
-        PlaceholderText::keepFaint(field);
+    QLabel *caption = labelFor(label, field);
     m_grid->addWidget(caption, row, 0);
-    m_grid->addWidget(field, row, 1);
+    m_grid->addWidget(field, row, 1, 1, kColumns - 1);
     return caption;
+}
+
+void FormGroup::addRow(const QString &label, QWidget *field, const QString &secondLabel, QWidget *secondField)
+{
+    const int row = m_grid->rowCount();
+    m_grid->addWidget(labelFor(label, field), row, 0);
+    m_grid->addWidget(field, row, 1);
+    QLabel *second = labelFor(secondLabel, secondField);
+    second->setContentsMargins(kFieldGap - kLabelGap, 0, 0, 0);
+    m_grid->addWidget(second, row, 2);
+    m_grid->addWidget(secondField, row, 3);
 }
 
 void FormGroup::addWide(QWidget *widget)
 {
-    m_grid->addWidget(widget, m_grid->rowCount(), 0, 1, 2);
+    m_grid->addWidget(widget, m_grid->rowCount(), 0, 1, kColumns);
 }
 
 void FormGroup::addPair(QWidget *left, QWidget *right)
 {
-    auto *pair = new QHBoxLayout;
-    pair->setSpacing(8);
-    pair->addWidget(left, 1);
-    pair->addWidget(right, 1);
-    m_grid->addLayout(pair, m_grid->rowCount(), 0, 1, 2);
+    QHBoxLayout *line = addLine();
+    line->addWidget(left, 1);
+    line->addWidget(right, 1);
+}
+
+QHBoxLayout *FormGroup::addLine()
+{
+    auto *line = new QHBoxLayout;
+    line->setSpacing(kFieldGap);
+    m_grid->addLayout(line, m_grid->rowCount(), 0, 1, kColumns);
+    return line;
+}
+
+QLabel *FormGroup::addTo(QHBoxLayout *line, const QString &label, QWidget *field)
+{
+    QLabel *caption = labelFor(label, field);
+    auto *both = new QHBoxLayout;
+    both->setSpacing(kLabelGap);
+    both->addWidget(caption);
+    both->addWidget(field, 1);
+    line->addLayout(both, 1);
+    return caption;
+}
+
+void FormGroup::letShrink(QComboBox *box)
+{
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(1);
 }
 
 FormPanel::FormPanel(QWidget *parent)
@@ -60,7 +120,7 @@ FormPanel::FormPanel(QWidget *parent)
     auto *content = new QWidget;
     m_column = new QVBoxLayout(content);
     m_column->setContentsMargins(0, 0, 0, 0);
-    m_column->setSpacing(8);
+    m_column->setSpacing(4); // and the margin above a group's title
     m_column->addStretch();
     setWidget(content);
     content->installEventFilter(this);

@@ -1,6 +1,8 @@
 // Paints every kind of widget and every dialog of the shell in the three skins
 // and saves the pictures, for looking at:
 //   skin_gallery <folder>
+// or the five tools at the window's usual sizes:
+//   skin_gallery <folder> tools
 
 #include "app/apppaths.h"
 #include "app/skin.h"
@@ -32,6 +34,7 @@
 #include <QSlider>
 #include <QSpinBox>
 #include <QStackedWidget>
+#include <QTabBar>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QToolButton>
@@ -206,6 +209,23 @@ void save(QWidget *widget, const QString &name)
     widget->close();
 }
 
+void saveTools(MainWindow *window, const QString &path)
+{
+    const std::initializer_list<QSize> sizes{{800, 500}, {1000, 550}, {1920, 1080}};
+    auto *tabs = window->findChild<QTabBar *>(QStringLiteral("toolTabs"));
+    window->show();
+    for (const QSize &size : sizes) {
+        window->resize(size);
+        for (int tool = 0; tool < tabs->count(); ++tool) {
+            tabs->setCurrentIndex(tool);
+            window->findChild<QStackedWidget *>(QStringLiteral("pageStack"))->setCurrentIndex(tool);
+            QApplication::processEvents();
+            window->grab().save(QStringLiteral("%1-%2-%3.png").arg(path).arg(size.width()).arg(tool));
+        }
+    }
+    window->hide();
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -224,6 +244,10 @@ int main(int argc, char *argv[])
             return QStringLiteral("%1/%2-%3.png").arg(folder, Skin::palette().name, QLatin1String(name));
         };
         auto window = std::make_unique<MainWindow>();
+        if (application.arguments().value(2) == QLatin1String("tools")) {
+            saveTools(window.get(), QStringLiteral("%1/%2").arg(folder, Skin::palette().name));
+            continue;
+        }
         window->resize(1000, 620);
         auto *stack = window->findChild<QStackedWidget *>(QStringLiteral("pageStack"));
         stack->setCurrentIndex(stack->addWidget(gallery()));

@@ -1,11 +1,13 @@
-// Page bar, tip, spinner, rolling text and the configuration panel.
+// Page bar, tip, spinner, rolling text, fields and the configuration panel.
 
+#include "shell/base/fieldbehavior.h"
 #include "shell/base/formpanel.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/qtpagebar.h"
 #include "shell/base/qtrollsubtitleswidget.h"
 #include "shell/base/waitingspinnerwidget.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QImage>
 #include <QLabel>
@@ -15,8 +17,12 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QSlider>
+#include <QSpinBox>
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
+#include <QtTest/qtestspontaneevent.h>
 
 namespace {
 
@@ -50,6 +56,16 @@ QString countText(QtPageBar &bar)
 void press(QtPageBar &bar, const char *name)
 {
     QTest::mouseClick(bar.findChild<QPushButton *>(QLatin1String(name)), Qt::LeftButton);
+}
+
+// As from the window system: other events are not handed to the parents.
+void turnWheel(QWidget *widget)
+{
+    const QPoint place = widget->rect().center();
+    QWheelEvent event(place, widget->mapToGlobal(place), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QSpontaneKeyEvent::setSpontaneous(&event);
+    qApp->notify(widget, &event); // sendEvent() would clear the mark
 }
 
 } // namespace
@@ -296,6 +312,77 @@ private slots:
         QVERIFY(field->visibleRegion().isEmpty());
         field->setFocus(Qt::TabFocusReason);
         QCOMPARE(field->visibleRegion().boundingRect(), field->rect());
+    }
+
+    void wheelScrollsThePanelAndChangesNoFieldBelowThePointer()
+    {
+        FieldBehavior::install();
+        FormPanel panel;
+        FormGroup *group = panel.addGroup(QStringLiteral("端口"));
+        auto *fixed = new QComboBox;
+        auto *editable = new QComboBox;
+        auto *spin = new QSpinBox;
+        auto *slider = new QSlider(Qt::Horizontal);
+        for (QComboBox *box : {fixed, editable})
+            box->addItems({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")});
+        for (QWidget *field : std::initializer_list<QWidget *>{fixed, editable, spin, slider})
+            group->addRow(QStringLiteral("值"), field);
+        editable->setEditable(true);
+        spin->setValue(5);
+        for (int i = 0; i < 20; ++i)
+            group->addWide(new QPushButton(QStringLiteral("按钮")));
+        panel.resize(FormPanel::panelWidth, 200);
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        const auto values = [&] {
+            return QList<int>{fixed->currentIndex(), editable->currentIndex(), spin->value(),
+                              slider->value()};
+        };
+        QScrollBar *bar = panel.verticalScrollBar();
+        for (QWidget *field :
+             std::initializer_list<QWidget *>{fixed, editable, editable->lineEdit(), spin, slider}) {
+            bar->setValue(0);
+            turnWheel(field);
+            QCOMPARE(values(), QList<int>({0, 0, 5, 0}));
+            QVERIFY2(bar->value() > 0, field->metaObject()->className());
+            QVERIFY(field->focusPolicy() != Qt::WheelFocus);
+        }
+        QApplication::setActiveWindow(&panel);
+        QVERIFY(QTest::qWaitForWindowActive(&panel));
+        fixed->setFocus();
+        turnWheel(fixed);
+        spin->setFocus();
+        turnWheel(spin);
+        QCOMPARE(values(), QList<int>({0, 0, 4, 0}));
+        // Both lists have rows of one height.
+        qApp->setStyleSheet(QStringLiteral("QComboBox { combobox-popup: 0; }"
+                                           "QComboBox QAbstractItemView::item { min-height: 31px; }"));
+        for (QComboBox *box : {fixed, editable}) {
+            box->showPopup();
+            QCOMPARE(box->view()->visualRect(box->model()->index(0, 0)).height(), 31);
+            box->hidePopup();
+        }
+        qApp->setStyleSheet({});
+    }
+
+    void fieldsOfAPanelHaveSpokenNames_data()
+    {
+        QTest::addColumn<QString>("label");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("plain") << QStringLiteral("波特率") << QStringLiteral("波特率");
+        QTest::newRow("numbered") << QStringLiteral("1. 协议类型") << QStringLiteral("协议类型");
+        QTest::newRow("colon") << QStringLiteral("目的地址:") << QStringLiteral("目的地址");
+        QTest::newRow("indented") << QStringLiteral("    周期") << QStringLiteral("周期");
+        QTest::newRow("unit") << QStringLiteral("断帧间隔(ms)") << QStringLiteral("断帧间隔(ms)");
+    }
+
+    void fieldsOfAPanelHaveSpokenNames()
+    {
+        QFETCH(QString, label);
+        FormGroup group(QStringLiteral("组"));
+        auto *field = new QLineEdit;
+        group.addRow(label, field);
+        QTEST(field->accessibleName(), "name");
     }
 };
 
