@@ -37,6 +37,13 @@ void prepare(QWidget *field)
         prepareList(box);
 }
 
+void showHandleOnDemand(QScrollBar *bar)
+{
+    const auto update = [bar] { bar->setEnabled(bar->minimum() < bar->maximum()); };
+    QObject::connect(bar, &QScrollBar::rangeChanged, bar, update);
+    update();
+}
+
 bool takesWheel(const QWidget *field)
 {
     return !qobject_cast<const QComboBox *>(field) && field->hasFocus();
@@ -63,6 +70,8 @@ bool FieldBehavior::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() != QEvent::Polish && event->type() != QEvent::Wheel)
         return false;
+    if (auto *bar = qobject_cast<QScrollBar *>(watched); bar && event->type() == QEvent::Polish)
+        showHandleOnDemand(bar);
     if (!isField(watched))
         return false;
     auto *field = static_cast<QWidget *>(watched);

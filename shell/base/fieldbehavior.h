@@ -1,11 +1,13 @@
 #pragma once
 
-// What all combo boxes, spin boxes and sliders of the program do differently
-// from Qt's default:
+// What all combo boxes, spin boxes, sliders and scroll bars of the program do
+// differently from Qt's default:
 // - The wheel passes through to what scrolls behind them. It changes a spin box
 //   or a slider that has the focus; a combo box changes only through its list.
 // - The list of a combo box is a list with rows of the style sheet's height,
 //   whether the box can be edited or not.
+// - A scroll bar that is always shown has a handle only where there is something
+//   to scroll: otherwise it is disabled.
 
 #include <QObject>
 

@@ -339,6 +339,7 @@ private slots:
                               slider->value()};
         };
         QScrollBar *bar = panel.verticalScrollBar();
+        QVERIFY(bar->isEnabled());
         for (QWidget *field :
              std::initializer_list<QWidget *>{fixed, editable, editable->lineEdit(), spin, slider}) {
             bar->setValue(0);
@@ -363,6 +364,8 @@ private slots:
             box->hidePopup();
         }
         qApp->setStyleSheet({});
+        panel.widget()->setMaximumHeight(50);
+        QTRY_VERIFY(!bar->isEnabled()); // and so without a handle
     }
 
     void fieldsOfAPanelHaveSpokenNames_data()
