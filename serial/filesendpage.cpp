@@ -53,7 +53,7 @@ FileSendPage::FileSendPage(QWidget *parent)
     , m_clear(new QPushButton(QStringLiteral("清空文件"), this))
     , m_help(new QPushButton(QStringLiteral("协议详解"), this))
     , m_log(new QPushButton(QStringLiteral("传输日志"), this))
-    , m_hint(new QLabel(QStringLiteral("点击“打开文件”选择需要发送的文件"), m_files))
+    , m_hint(new QLabel(QStringLiteral("单击“打开文件”选择需要发送的文件"), m_files))
     , m_progress(new QProgressBar(this))
     , m_amount(new QLabel(this))
 {
