@@ -81,6 +81,7 @@ void CameraDebugWidget::buildUi()
     row->setSpacing(8);
     row->addWidget(buildPanel());
     row->addWidget(buildWorkArea(), 1);
+    setPageKeys(m_link->openButton(), m_status->foldButton());
 }
 
 QWidget *CameraDebugWidget::buildPanel()

@@ -4,6 +4,7 @@
 #include "camera/cameralinkpanel.h"
 #include "camera/camerastatusrow.h"
 #include "camera/imageformatconfig.h"
+#include "camera/imageviewer.h"
 #include "network/clientsocket.h"
 #include "network/datagramsocket.h"
 #include "network/readgate.h"
@@ -28,6 +29,7 @@ constexpr int kError = 255;
 constexpr int kSerialPauseMs = 3;
 constexpr int kMostGathered = 256;
 
+const auto kClosedHint = QStringLiteral("选择协议并打开后，收到的图像将显示在这里");
 const auto kFromServer = QStringLiteral("server");
 const auto kFromSerial = QStringLiteral("serial");
 
@@ -153,7 +155,7 @@ void CameraDebugWidget::openServer()
 
 void CameraDebugWidget::openClient()
 {
-    const QString connecting = QStringLiteral("正在连接，再次点击可取消");
+    const QString connecting = QStringLiteral("正在连接，再次单击可取消");
     m_link->setOpenState(true);
     m_link->showState(connecting);
     m_status->state()->setState(StateIndicator::Busy, connecting);
@@ -199,6 +201,7 @@ void CameraDebugWidget::showOpened(const QString &state)
     m_link->setOpenState(true);
     m_link->showState(state);
     m_status->state()->setOn(true);
+    m_viewer->setHint(QStringLiteral("已打开，正在等待图像数据"));
 }
 
 void CameraDebugWidget::showClosed(const QString &state)
@@ -206,12 +209,14 @@ void CameraDebugWidget::showClosed(const QString &state)
     m_link->setOpenState(false);
     m_link->showState(state);
     m_status->state()->setOn(false);
+    m_viewer->setHint(kClosedHint);
 }
 
 void CameraDebugWidget::showFailed(const QString &why)
 {
     m_link->setOpenState(false);
     m_link->showState(why, true);
+    m_viewer->setHint(kClosedHint);
     m_status->state()->setState(StateIndicator::Failed, QStringLiteral("上次错误: %1").arg(why));
 }
 

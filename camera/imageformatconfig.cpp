@@ -79,6 +79,8 @@ FormGroup *ImageFormatConfig::buildFormat()
     QHBoxLayout *kind = group->addLine();
     group->addTo(kind, QStringLiteral("设备"), m_device);
     group->addTo(kind, QStringLiteral("格式"), m_format);
+    kind->setStretch(0, 3);
+    kind->setStretch(1, 4);
     group->addRow(QStringLiteral("宽(像素)"), m_width, QStringLiteral("高(像素)"), m_height);
     for (QComboBox *box : {m_device, m_format})
         FormGroup::letShrink(box);

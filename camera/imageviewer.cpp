@@ -31,6 +31,12 @@ void ImageViewer::setDisplayCount(int count)
     update();
 }
 
+void ImageViewer::setHint(const QString &hint)
+{
+    m_hint = hint;
+    update();
+}
+
 void ImageViewer::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
@@ -57,6 +63,8 @@ void ImageViewer::paintImage(QPainter &painter, int device, const QRect &place, 
     const QPixmap &image = m_images.at(static_cast<size_t>(device));
     if (image.isNull()) {
         painter.drawText(place, Qt::AlignCenter, missing);
+        painter.drawText(place.adjusted(8, place.height() / 2 + painter.fontMetrics().height(), -8, 0),
+                         Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, m_hint);
         return;
     }
     painter.setClipRect(place);

@@ -22,6 +22,9 @@ public:
     int displayCount() const { return m_displayCount; }
     void setDisplayCount(int count); // 1 or 2
 
+    // Below the words of a picture that is missing.
+    void setHint(const QString &hint);
+
     QSize sizeHint() const override { return {640, 360}; }
 
 protected:
@@ -32,4 +35,5 @@ private:
 
     std::array<QPixmap, 2> m_images;
     int m_displayCount = 1;
+    QString m_hint;
 };

@@ -38,6 +38,8 @@ public:
     // Without a text: that nothing is open.
     void showState(const QString &text, bool isError = false);
 
+    QPushButton *openButton() const { return m_open; }
+
 signals:
     void protocolChanged(int index);
     void openClicked();

@@ -174,7 +174,7 @@ void NetworkToolWidget::toggleClient()
     if (!hasValidFields())
         return;
     emit signalNotify(QStringLiteral("正在与服务器建立连接...."), kInformation);
-    const QString connecting = QStringLiteral("正在连接，再次点击可取消");
+    const QString connecting = QStringLiteral("正在连接，再次单击可取消");
     m_state->setState(StateIndicator::Busy, connecting);
     m_config->showState(connecting, false);
     m_socket->connectToHost(m_config->serverAddress(), m_config->port(), QIODevice::ReadWrite,
@@ -188,6 +188,7 @@ void NetworkToolWidget::showOpened(const QString &state)
     m_config->showState(state, false);
     m_sendBox->setDeviceOpen(true);
     m_state->setOn(true);
+    m_area->showHint(true);
     showCounts();
 }
 
@@ -197,6 +198,7 @@ void NetworkToolWidget::showClosed(const QString &state)
     m_config->showState(state, false);
     m_sendBox->setDeviceOpen(false);
     m_state->setOn(false);
+    m_area->showHint(false);
     if (m_defaultsDue) {
         m_defaultsDue = false;
         m_config->loadDefaults();

@@ -47,7 +47,8 @@ NetworkToolWidget::~NetworkToolWidget()
 void NetworkToolWidget::buildUi()
 {
     m_area = new WorkArea(QtSendBoxWidget::Network, QStringLiteral("network"),
-                          QStringLiteral("选择协议并打开后，接收到的数据将显示在这里"), this);
+                          QStringLiteral("选择协议并打开后，接收到的数据将显示在这里"),
+                          QStringLiteral("已打开，正在等待数据"), this);
     m_terminal = m_area->terminal();
     m_received = m_area->received();
     m_sendBox = m_area->sendBox();
@@ -63,6 +64,7 @@ void NetworkToolWidget::buildUi()
                            static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions)})
         m_panel->addWidget(group);
     m_area->placeBeside(m_panel, m_sendOptions->lastField());
+    setPageKeys(m_config->openButton(), m_area->foldButton());
 }
 
 void NetworkToolWidget::connectParts()

@@ -28,6 +28,7 @@ void PidDebugWidget::buildUi()
     row->setSpacing(8);
     row->addWidget(buildPanel());
     row->addWidget(buildWorkArea(), 1);
+    setPageKeys(m_portPanel->openButton(), m_chart->foldButton());
 }
 
 QWidget *PidDebugWidget::buildPanel()

@@ -73,7 +73,7 @@ PidPlot::PidPlot(QWidget *parent)
     setMinimumSize(200, 120); // whatever the legend of a saved picture asks for
     setUpAxes();
     m_cursor->setVisible(false);
-    m_hint->setText(QStringLiteral("打开串口并启动后，目标值和实际值的曲线将显示在这里"));
+    showHint(false);
     m_hint->position->setType(QCPItemPosition::ptAxisRectRatio);
     m_hint->position->setCoords(0.5, 0.4);
     m_hint->setPadding({8, 4, 8, 4});
@@ -153,6 +153,14 @@ void PidPlot::recreateCurves()
     m_hint->setVisible(true);
     setFollow(Live);
     replot(rpQueuedReplot);
+}
+
+void PidPlot::showHint(bool portOpen)
+{
+    m_hint->setText(portOpen ? QStringLiteral("串口已打开，启动后等待开发板上报实际值")
+                             : QStringLiteral("打开串口并启动后，目标值和实际值的曲线将显示在这里"));
+    if (m_hint->visible())
+        replot(rpQueuedReplot);
 }
 
 void PidPlot::setCurve(int graph, const QColor &colour, bool shown, const QString &name)

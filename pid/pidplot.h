@@ -39,6 +39,9 @@ public:
     void recreateCurves();
     void setCurve(int graph, const QColor &colour, bool shown, const QString &name);
 
+    // What an empty chart says, by the state of the port.
+    void showHint(bool portOpen);
+
     // A new actual value of a channel (0 to 4) and its target at t seconds.
     void addPoint(int channel, double t, int target, int actual);
 

@@ -22,6 +22,8 @@ public:
     // Open: port and rate are fixed and the button closes.
     void setOpenState(bool open);
 
+    QPushButton *openButton() const { return m_open; }
+
 signals:
     void openClicked();
 

@@ -138,5 +138,6 @@ void SerialConfigPanel::setOpenState(bool open)
 void SerialConfigPanel::setHandedOver(bool handedOver)
 {
     m_open->setEnabled(!handedOver);
-    m_open->setToolTip(handedOver ? QStringLiteral("正在传输文件，停止发送后才能关闭串口") : QString());
+    m_open->setToolTip(handedOver ? QStringLiteral("正在传输文件，停止发送后才能关闭串口")
+                                  : QStringLiteral("快捷键：F5"));
 }

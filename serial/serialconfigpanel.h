@@ -37,6 +37,8 @@ public:
 
     void loadDefaults();
 
+    QPushButton *openButton() const { return m_open; }
+
 signals:
     void openClicked();
 

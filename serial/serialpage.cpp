@@ -16,7 +16,8 @@
 void SerialportWidget::buildUi()
 {
     m_area = new WorkArea(QtSendBoxWidget::Serial, QStringLiteral("serial"),
-                          QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"), this);
+                          QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"),
+                          QStringLiteral("串口已打开，正在等待数据"), this);
     m_terminal = m_area->terminal();
     m_received = m_area->received();
     m_sendBox = m_area->sendBox();
@@ -31,6 +32,7 @@ void SerialportWidget::buildUi()
     m_panel->addWidget(m_recvOptions);
     m_panel->addWidget(m_sendOptions);
     m_area->placeBeside(m_panel, m_sendOptions->lastField());
+    setPageKeys(m_config->openButton(), m_area->foldButton());
 }
 
 void SerialportWidget::connectParts()

@@ -130,6 +130,7 @@ void SerialportWidget::setPortState(bool open)
         reloadSettings();
     m_sendBox->setDeviceOpen(open);
     m_state->setOn(open);
+    m_area->showHint(open);
 }
 
 // Takes in what has already arrived, then closes.

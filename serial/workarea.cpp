@@ -18,9 +18,12 @@ constexpr int kCountPeriodMs = 250;
 
 } // namespace
 
-WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &hint, QWidget *page)
+WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &closedHint,
+                   const QString &openHint, QWidget *page)
     : QWidget(page)
     , m_page(page)
+    , m_closedHint(closedHint)
+    , m_openHint(openHint)
     , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
     , m_state(new StateIndicator(this))
     , m_sendLabel(new QLabel(this))
@@ -30,7 +33,7 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_sendBox(new QtSendBoxWidget(owner, this))
     , m_countTimer(this)
 {
-    buildUi(hint);
+    buildUi();
     m_countTimer.setSingleShot(true);
     connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::countsDue);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &WorkArea::clearRequested);
@@ -41,9 +44,14 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &WorkArea::notify);
 }
 
-void WorkArea::buildUi(const QString &hint)
+void WorkArea::showHint(bool open)
 {
-    m_terminal->setPlaceholderText(hint);
+    m_terminal->setPlaceholderText(open ? m_openHint : m_closedHint);
+}
+
+void WorkArea::buildUi()
+{
+    showHint(false);
     PlaceholderText::keepFaint(m_terminal);
 
     auto *split = new QSplitter(Qt::Vertical, this);

@@ -22,8 +22,10 @@ class WorkArea : public QWidget
     Q_OBJECT
 
 public:
-    // The spool file's name begins with stem; the empty display says hint.
-    WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &hint, QWidget *page);
+    // The spool file's name begins with stem; the empty display says one of the
+    // hints.
+    WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &closedHint,
+             const QString &openHint, QWidget *page);
 
     // The page: panel, then this. The keyboard goes from the panel's last field
     // to what is here.
@@ -31,6 +33,8 @@ public:
 
     QPushButton *foldButton() const { return m_fold; }
     void fold(); // or unfold
+
+    void showHint(bool open); // of the link
 
     StateIndicator *state() const { return m_state; }
     QtTerminalWidget *terminal() const { return m_terminal; }
@@ -50,9 +54,11 @@ signals:
 
 private:
     QLayout *buildTop();
-    void buildUi(const QString &hint);
+    void buildUi();
 
     QWidget *m_page;
+    QString m_closedHint;
+    QString m_openHint;
     FormPanel *m_panel = nullptr;
     QPushButton *m_fold;
     StateIndicator *m_state;

@@ -12,6 +12,8 @@
 #include <QStringList>
 #include <QWidget>
 
+class QPushButton;
+
 class QtWidgetBase : public QWidget
 {
     Q_OBJECT
@@ -48,4 +50,9 @@ public:
 
 signals:
     void signalClosed();
+
+protected:
+    // F5 presses the button that opens and closes the link, if there is one,
+    // Ctrl+B the one that folds the panel, while the page is shown.
+    void setPageKeys(QPushButton *open, QPushButton *fold);
 };

@@ -105,6 +105,8 @@ void TestNetworkPage::opensAndCloses()
     QFETCH(QString, idle);
     QFETCH(QString, opened);
     QFETCH(QString, closed);
+    auto *display = child<QtTerminalWidget>("recvBrowser");
+    const QString howToBegin = display->placeholderText();
     for (int round = 0; round < 2; ++round) {
         m_notices->clear();
         const quint16 port = open(Type(type));
@@ -115,12 +117,14 @@ void TestNetworkPage::opensAndCloses()
         QVERIFY(fieldsAreEnabled(false));
         QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
         QVERIFY(stateText().contains(QString::number(port)));
+        QVERIFY(display->placeholderText().contains(QStringLiteral("等待数据")));
         click("btnOpen");
         if (!closed.isEmpty())
             QCOMPARE(lastNotice(), closed.arg(port));
         QCOMPARE(this->caption(), idle);
         QVERIFY(fieldsAreEnabled(true));
         QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+        QCOMPARE(display->placeholderText(), howToBegin);
     }
 }
 

@@ -42,9 +42,12 @@ private slots:
 
 void TestSerialPage::opensAndClosesWithNotices()
 {
+    auto *display = child<QtTerminalWidget>("recvBrowser");
+    const QString howToBegin = display->placeholderText();
     openPort();
     QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
     QCOMPARE(lastKind(), 0);
+    QVERIFY(display->placeholderText().contains(QStringLiteral("等待数据")));
     QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("关闭串口"));
     QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
     for (const char *box : {"comboPort", "comboBaudRate", "comboParity", "comboDataBits", "comboStopBits"})
@@ -54,6 +57,7 @@ void TestSerialPage::opensAndClosesWithNotices()
     QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
     QVERIFY(child<QComboBox>("comboPort")->isEnabled());
     QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+    QCOMPARE(display->placeholderText(), howToBegin);
 }
 
 void TestSerialPage::namesWhatCannotBeOpened()

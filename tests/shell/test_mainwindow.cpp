@@ -6,6 +6,7 @@
 #include "app/settings.h"
 #include "app/settingskeys.h"
 #include "app/skin.h"
+#include "app/startup.h"
 #include "camera/cameradebugwidget.h"
 #include "hexedit/hexeditwidget.h"
 #include "network/networktoolwidget.h"
@@ -13,6 +14,7 @@
 #include "resources/korvexresources.h"
 #include "serial/serialportwidget.h"
 #include "shell/base/dialoganswers.h"
+#include "shell/base/formpanel.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/qttitlebar.h"
@@ -26,8 +28,10 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QFile>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -463,6 +467,71 @@ private slots:
         QCOMPARE(QApplication::exec(), 0);
         QTimer::singleShot(0, &window, [&] { emit window.findChild<QtTitleBar *>()->signalCloseWindow(); });
         QCOMPARE(QApplication::exec(), 0);
+    }
+
+    void panelsFitTheWindow_data()
+    {
+        QTest::addColumn<int>("tool");
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<int>("protocol");
+        QTest::newRow("serial") << 0 << QString() << 0;
+        QTest::newRow("camera by TCP") << 1 << QStringLiteral("comboCameraProtocol") << 0;
+        QTest::newRow("camera by serial port") << 1 << QStringLiteral("comboCameraProtocol") << 3;
+        QTest::newRow("TCP server") << 2 << QStringLiteral("comboNetType") << 0;
+        QTest::newRow("TCP client") << 2 << QStringLiteral("comboNetType") << 1;
+        QTest::newRow("UDP") << 2 << QStringLiteral("comboNetType") << 2;
+        QTest::newRow("PID") << 3 << QString() << 0;
+    }
+
+    // As the program starts: everything in sight. In the smallest window only
+    // what is below can be scrolled to.
+    void panelsFitTheWindow()
+    {
+        QFETCH(int, tool);
+        QFETCH(QString, box);
+        QFETCH(int, protocol);
+        QApplication::setFont(QFont(Startup::uiFontFamily(), 9));
+        MainWindow window;
+        auto *stack = window.findChild<QStackedWidget *>();
+        stack->setCurrentIndex(tool);
+        if (!box.isEmpty())
+            window.findChild<QComboBox *>(box)->setCurrentIndex(protocol);
+        auto *panel = stack->currentWidget()->findChild<FormPanel *>();
+        window.resize(1000, 550);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QTRY_COMPARE(panel->verticalScrollBar()->maximum(), 0);
+        QTRY_COMPARE(panel->width(), int(FormPanel::panelWidth));
+        window.resize(800, 500);
+        QTRY_COMPARE(stack->width(), 798);
+        QTRY_COMPARE(panel->widget()->width(), panel->viewport()->width());
+        QVERIFY(panel->widget()->minimumSizeHint().width() <= panel->viewport()->width());
+    }
+
+    void keysOpenTheLinkAndFoldThePanelOfThePageShown()
+    {
+        MainWindow window;
+        auto *stack = window.findChild<QStackedWidget *>();
+        for (const char *port : {"editPort", "editCameraPort"}) // opens nothing
+            window.findChild<QLineEdit *>(QLatin1String(port))->setText(QStringLiteral("0"));
+        window.show();
+        QApplication::setActiveWindow(&window);
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const char *const buttons[] = {"btnOpen", "btnCameraOpen", "btnOpen", "btnPidOpen"};
+        for (int tool = 0; tool < 4; ++tool) {
+            stack->setCurrentIndex(tool);
+            auto *page = stack->currentWidget();
+            QSignalSpy opened(page->findChild<QPushButton *>(QLatin1String(buttons[tool])),
+                              &QPushButton::clicked);
+            QTest::keyClick(&window, Qt::Key_F5);
+            QCOMPARE(opened.count(), 1);
+            auto *panel = page->findChild<FormPanel *>();
+            QTest::keyClick(&window, Qt::Key_B, Qt::ControlModifier);
+            QVERIFY(!panel->isVisible());
+            QTest::keyClick(&window, Qt::Key_B, Qt::ControlModifier);
+            QVERIFY(panel->isVisible());
+            QCOMPARE(opened.count(), 1);
+        }
     }
 
 private:
