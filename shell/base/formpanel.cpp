@@ -173,9 +173,10 @@ void FormPanel::fitWidth()
 {
     const QScrollBar *bar = verticalScrollBar();
     const int barWidth = bar->isVisibleTo(this) ? bar->sizeHint().width() : 0;
-    // A little air between the groups and the bar.
-    m_column->setContentsMargins(0, 0, barWidth > 0 ? 4 : 0, 0);
-    const int content = qMax(panelWidth, widget()->minimumSizeHint().width());
+    // A little air between the groups, which keep their width, and the bar.
+    const int margin = barWidth > 0 ? 4 : 0;
+    m_column->setContentsMargins(0, 0, margin, 0);
+    const int content = qMax(panelWidth + margin, widget()->minimumSizeHint().width());
     if (const int needed = content + barWidth; needed != width())
         setFixedWidth(needed);
 }
