@@ -78,8 +78,12 @@ void apply(int index)
     choosePalette(index);
     Settings::writeValue(SettingsKeys::Common::group, SettingsKeys::Common::skin, index);
     const QString sheet = styleSheet();
-    if (!sheet.isEmpty())
-        qApp->setStyleSheet(sheet);
+    if (sheet.isEmpty() || sheet == qApp->styleSheet())
+        return;
+    // Exchanged for another sheet, Qt 5.15 polishes each widget once for itself
+    // and once for each widget that it lies in. Removed and set, once.
+    qApp->setStyleSheet(QString());
+    qApp->setStyleSheet(sheet);
 }
 
 } // namespace Skin

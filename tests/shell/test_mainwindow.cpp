@@ -247,6 +247,33 @@ private slots:
         QCOMPARE(stored(SettingsKeys::Common::buffer).toInt(), 2);
     }
 
+    // Each widget is restyled once, however deep it lies.
+    void changesTheSkinWithoutAFreeze()
+    {
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const auto tabs = window.findChild<QtTabBar *>()->count();
+        for (int i = 0; i < tabs; ++i)
+            window.sltTabBarClicked(i, QString());
+        class Counter : public QObject
+        {
+        public:
+            bool eventFilter(QObject *watched, QEvent *event) override
+            {
+                if (event->type() == QEvent::StyleChange && ++changes[watched] > most)
+                    most = changes[watched];
+                return false;
+            }
+            QHash<QObject *, int> changes;
+            int most = 0;
+        } counter;
+        qApp->installEventFilter(&counter);
+        actionOf(window, QStringLiteral("浅色"))->trigger();
+        QVERIFY2(counter.most >= 1 && counter.most <= 3, qPrintable(QString::number(counter.most)));
+        QCOMPARE(window.findChild<QtTabBar *>()->palette().color(QPalette::WindowText), QColor("#333333"));
+    }
+
     void unknownActionsDoNothing()
     {
         MainWindow window;
