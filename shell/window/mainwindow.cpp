@@ -97,6 +97,7 @@ void MainWindow::closeApp()
 void MainWindow::sltTabBarClicked(int index, QString)
 {
     m_stack->setCurrentIndex(index);
+    m_statusBar->showPage(m_stack->currentWidget());
     SltRefreshCounts(index);
 }
 
