@@ -55,6 +55,7 @@ protected:
 
 private:
     void buildUi();
+    void nameIconButtons();
     void connectPages();
     void buildMenus();
     QMenu *buildSettingsMenu();

@@ -22,6 +22,7 @@
 #include "shell/window/qttabbar.h"
 #include "shell/window/statuslabel.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -188,6 +189,20 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         QCOMPARE(window.size(), QSize(800, 500));
         QVERIFY(tabs->tabRect(4).right() < 800); // no tab out of reach
+    }
+
+    // What a screen reader calls a button that has no text.
+    void iconsHaveNames()
+    {
+        MainWindow window;
+        QStringList nameless;
+        const auto buttons = window.findChildren<QAbstractButton *>();
+        for (const QAbstractButton *button : buttons)
+            if (button->text().isEmpty() && button->accessibleName().isEmpty() &&
+                !button->objectName().startsWith(QStringLiteral("qt_")) &&
+                !button->inherits("QTableCornerButton"))
+                nameless += button->objectName();
+        QCOMPARE(nameless.join(QLatin1Char(' ')), QString());
     }
 
     void tabsChangeTools()
