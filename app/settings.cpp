@@ -135,6 +135,16 @@ Settings &Settings::instance()
     return settings;
 }
 
+QColor Settings::defaultBackground()
+{
+    return QColor(kColourDark);
+}
+
+QColor Settings::defaultTextColor()
+{
+    return QColor(kColourLight);
+}
+
 void Settings::writeDefaults()
 {
     QSettings file(AppPaths::configFile(), QSettings::IniFormat);
@@ -159,6 +169,8 @@ void Settings::load()
         s.recvTextColor = group.colour(Common::recvTextColor, kColourLight);
         s.sendBackground = group.colour(Common::sendBackground, kColourDark);
         s.sendTextColor = group.colour(Common::sendTextColor, kColourLight);
+        s.recvFollowsSkin = group.number(Common::recvFollowsSkin, 0, 0, 1) == 1;
+        s.sendFollowsSkin = group.number(Common::sendFollowsSkin, 0, 0, 1) == 1;
         s.textCodec = group.number(Common::textCodec, 1, 0, 1);
         // Any number passes: an unknown skin leaves the program unstyled.
         s.skin = group.number(Common::skin, 0, -anyInt, anyInt);
@@ -235,7 +247,9 @@ bool Settings::restoreDefaults()
             file.endGroup();
         }
         file.beginGroup(SettingsKeys::Common::group);
-        file.remove(SettingsKeys::Common::buffer);
+        for (const QLatin1String &key : {SettingsKeys::Common::buffer, SettingsKeys::Common::recvFollowsSkin,
+                                         SettingsKeys::Common::sendFollowsSkin})
+            file.remove(key);
         file.endGroup();
         file.remove(SettingsKeys::Camera::group);
         file.remove(SettingsKeys::Pid::group);

@@ -50,6 +50,10 @@ struct Settings
     QColor recvTextColor{0xf2, 0xf2, 0xf2};
     QColor sendBackground{0x4b, 0x4b, 0x4b};
     QColor sendTextColor{0xf2, 0xf2, 0xf2};
+    // The area has the skin's colors instead of those in the file. Skin::apply()
+    // then sets the colors above, in memory only.
+    bool recvFollowsSkin = false;
+    bool sendFollowsSkin = false;
     int textCodec = 1; // 0 UTF-8, 1 GB18030
     int skin = 0;      // 0 dark, 1 light, 2 yellow
     int closeBehaviour = Discard;
@@ -60,6 +64,9 @@ struct Settings
     QString updateUrl;
     ProbeSettings probe;
     QStringList recentFiles; // of the binary editor, newest first
+
+    static QColor defaultBackground();
+    static QColor defaultTextColor();
 
     // The one instance. Readers read it when they need a value and keep no copy.
     static Settings &instance();
@@ -80,8 +87,9 @@ struct Settings
     // again only after a value could be written.
     static void setFailureHandler(std::function<void(const QString &reason)> handler);
 
-    // Writes the first-start values over whatever the file holds, drops the
-    // close behaviour and the values of camera and PID page and loads again. The caller applies the skin.
-    // False where the file cannot be written; the defaults are then good for this run only.
+    // Writes the first-start values over what the file holds, drops the values
+    // of "Common" that are not written then and those of the camera and PID
+    // pages, and loads again. The caller applies the skin. False where the file cannot be written; the
+    // defaults are then good for this run only.
     static bool restoreDefaults();
 };

@@ -16,6 +16,8 @@ const QLatin1String sendTextColor("SendTextColor");
 const QLatin1String textCodec("TextCodec");
 const QLatin1String skin("Skin");
 const QLatin1String buffer("Buffer");
+const QLatin1String recvFollowsSkin("RecvFollowsSkin"); // not written on first start
+const QLatin1String sendFollowsSkin("SendFollowsSkin"); // nor this
 } // namespace Common
 
 namespace Serialport {

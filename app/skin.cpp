@@ -46,6 +46,19 @@ void choosePalette(int index)
     }
 }
 
+void colorAreas()
+{
+    Settings &settings = Settings::instance();
+    if (settings.recvFollowsSkin) {
+        settings.recvBackground = QColor(current().panel);
+        settings.recvTextColor = QColor(current().text);
+    }
+    if (settings.sendFollowsSkin) {
+        settings.sendBackground = QColor(current().panel);
+        settings.sendTextColor = QColor(current().text);
+    }
+}
+
 } // namespace
 
 namespace Skin {
@@ -76,10 +89,15 @@ QString styleSheet()
 void apply(int index)
 {
     choosePalette(index);
+    colorAreas();
     Settings::writeValue(SettingsKeys::Common::group, SettingsKeys::Common::skin, index);
     const QString sheet = styleSheet();
-    if (!sheet.isEmpty())
-        qApp->setStyleSheet(sheet);
+    if (sheet.isEmpty() || sheet == qApp->styleSheet())
+        return;
+    // Exchanged for another sheet, Qt 5.15 polishes each widget once for itself
+    // and once for each widget that it lies in. Removed and set, once.
+    qApp->setStyleSheet(QString());
+    qApp->setStyleSheet(sheet);
 }
 
 } // namespace Skin

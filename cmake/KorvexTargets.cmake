@@ -65,7 +65,7 @@ endfunction()
 function(korvex_test name)
   cmake_parse_arguments(ARG "" "LABEL;TIMEOUT" "SOURCES;LINKS;ARGS" ${ARGN})
   if(NOT ARG_TIMEOUT)
-    set(ARG_TIMEOUT 120)
+    set(ARG_TIMEOUT 600) # on a busy machine; a wait of a test ends long before
   endif()
   korvex_program(${name} SOURCES ${ARG_SOURCES} LINKS ${ARG_LINKS} Qt5::Test)
   # Each test keeps its own "conf" and "tmp" beside its executable.

@@ -65,7 +65,7 @@ SKINS = {
         "accent": "#02a1dd",
         "window": "#f0f0f0",
         "line": "#cccccc",
-        "secondary": "#000000",
+        "secondary": "#565656",  # weaker than text; the palette's entry is black
         "panel": "#ffffff",
         # shades
         "header": "#e0e0e0",

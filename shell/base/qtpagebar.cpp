@@ -22,6 +22,7 @@ QtPageBar::QtPageBar(QWidget *parent)
     QPushButton *previous =
         addButton(QStringLiteral("btnPrevPage"), QStringLiteral("<"), &QtPageBar::SltPrevPage);
     previous->setToolTip(QStringLiteral("上一页"));
+    previous->setAccessibleName(previous->toolTip());
 
     m_pageEdit = new QLineEdit(this);
     m_pageEdit->setObjectName(QStringLiteral("pageEdit"));
@@ -42,6 +43,7 @@ QtPageBar::QtPageBar(QWidget *parent)
     QPushButton *next =
         addButton(QStringLiteral("btnNextPage"), QStringLiteral(">"), &QtPageBar::SltNextPage);
     next->setToolTip(QStringLiteral("下一页"));
+    next->setAccessibleName(next->toolTip());
     addButton(QStringLiteral("btnLastPage"), QStringLiteral("尾页"), &QtPageBar::SltJumpLastPage);
     reset(m_count);
 }

@@ -81,8 +81,10 @@ void QtTitleBar::setClosable(bool closable)
 void QtTitleBar::setMaximized(bool maximized)
 {
     m_maximized = maximized;
-    if (m_maximize)
+    if (m_maximize) {
         m_maximize->setToolTip(maximized ? QStringLiteral("还原") : QStringLiteral("最大化"));
+        m_maximize->setAccessibleName(m_maximize->toolTip());
+    }
     drawIcons();
 }
 
@@ -108,6 +110,7 @@ QToolButton *QtTitleBar::addButton(const QString &objectName, const QString &too
     auto *button = new QToolButton(this);
     button->setObjectName(objectName);
     button->setToolTip(toolTip);
+    button->setAccessibleName(toolTip);
     button->setFocusPolicy(Qt::NoFocus);
     button->setAutoRaise(true);
     button->setFixedSize(height() + 8, height());

@@ -24,15 +24,14 @@ ColourSwatches::ColourSwatches(int columns, int rows, QWidget *parent)
 void ColourSwatches::setColours(const QVector<QColor> &colours)
 {
     m_colours = colours.mid(0, m_columns * m_rows);
-    m_cursor = 0;
-    update();
+    moveCursor(0);
 }
 
 void ColourSwatches::setCurrentColour(const QColor &colour)
 {
     m_current = colour;
     if (const int index = m_colours.indexOf(colour); index >= 0)
-        m_cursor = index;
+        moveCursor(index);
     update();
 }
 
@@ -64,8 +63,9 @@ void ColourSwatches::paintEvent(QPaintEvent *)
         if (!current && !focused)
             continue;
         painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(QColor(palette.accent), 2, focused ? Qt::DotLine : Qt::SolidLine));
-        painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
+        painter.setPen(QPen(QColor(palette.accent), focused ? 4 : 2));
+        const qreal inset = focused ? 1.5 : 0.5;
+        painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), 3, 3);
     }
 }
 
@@ -99,7 +99,15 @@ void ColourSwatches::keyPressEvent(QKeyEvent *event)
         return;
     }
     if (m_cursor + step >= 0 && m_cursor + step < m_colours.size())
-        m_cursor += step;
+        moveCursor(m_cursor + step);
+}
+
+// A screen reader reads the color at the cursor.
+void ColourSwatches::moveCursor(int index)
+{
+    m_cursor = index;
+    setAccessibleName(m_colours.isEmpty() ? QStringLiteral("颜色")
+                                          : QStringLiteral("颜色 %1").arg(m_colours.at(index).name()));
     update();
 }
 

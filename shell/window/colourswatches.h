@@ -34,6 +34,7 @@ protected:
 private:
     int indexAt(const QPoint &point) const;
     void pick(int index);
+    void moveCursor(int index);
 
     int m_columns;
     int m_rows;

@@ -1,12 +1,22 @@
 #pragma once
 
-// Web addresses that the help actions open.
+// What the help actions open: the manual beside the program where it is
+// installed, web addresses otherwise.
 
-#include <QString>
+#include "app/apppaths.h"
+
+#include <QFileInfo>
+#include <QUrl>
 
 namespace HelpLinks {
 
 const auto helpPage = QStringLiteral("https://www.orvane.example/korvex/help");
 const auto makerSite = QStringLiteral("https://www.orvane.example/");
+
+inline QUrl help()
+{
+    const QString manual = AppPaths::root() + QStringLiteral("/docs/manual/zh_CN.md");
+    return QFileInfo(manual).isFile() ? QUrl::fromLocalFile(manual) : QUrl(helpPage);
+}
 
 } // namespace HelpLinks

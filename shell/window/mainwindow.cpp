@@ -1,5 +1,6 @@
 #include "shell/window/mainwindow.h"
 
+#include "app/apppaths.h"
 #include "app/settings.h"
 #include "app/settingskeys.h"
 #include "app/skin.h"
@@ -18,16 +19,21 @@
 #include "shell/window/qttabbar.h"
 #include "update/qtupdatedialog.h"
 
+#include <QAbstractButton>
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDir>
 #include <QMenu>
 #include <QPushButton>
 #include <QSessionManager>
+#include <QShortcut>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
@@ -39,6 +45,7 @@ const QStringList kCodecs{QStringLiteral("UTF-8"), QStringLiteral("GB18030")};
 const QStringList kSkins{QStringLiteral("深色"), QStringLiteral("浅色"), QStringLiteral("黄色")};
 const QStringList kCloseBehaviours{QStringLiteral("关闭时不提醒"), QStringLiteral("关闭时提醒"),
                                    QStringLiteral("自动保存")};
+const auto kAbout = QStringLiteral("关于...");
 const auto kCheckUpdate = QStringLiteral("检查版本更新");
 const auto kAboutMaker = QStringLiteral("关于Orvane科技");
 
@@ -97,6 +104,7 @@ void MainWindow::closeApp()
 void MainWindow::sltTabBarClicked(int index, QString)
 {
     m_stack->setCurrentIndex(index);
+    m_statusBar->showPage(m_stack->currentWidget());
     SltRefreshCounts(index);
 }
 
@@ -119,9 +127,9 @@ void MainWindow::SltActionTrigger(QAction *action)
     Settings &settings = Settings::instance();
     const QString text = action->text();
     if (text == kRecvColours) {
-        chooseColours(QtStyleDialog::ReceiveArea);
+        openFromMenu([this] { chooseColours(QtStyleDialog::ReceiveArea); });
     } else if (text == kSendColours) {
-        chooseColours(QtStyleDialog::SendArea);
+        openFromMenu([this] { chooseColours(QtStyleDialog::SendArea); });
     } else if (const int codec = kCodecs.indexOf(text); codec >= 0) {
         settings.textCodec = codec;
         Settings::writeValue(Common::group, Common::textCodec, codec);
@@ -134,27 +142,62 @@ void MainWindow::SltActionTrigger(QAction *action)
         settings.closeBehaviour = behaviour;
         Settings::writeValue(Common::group, Common::buffer, behaviour);
     } else if (text == kRestore) {
-        restoreDefaults();
+        openFromMenu([this] { restoreDefaults(); });
     } else if (text == kExit) {
-        closeApp();
+        openFromMenu([this] { closeApp(); });
     }
 }
 
 void MainWindow::SltAboutMenuTrigger(QAction *action)
 {
-    if (action->text() == kCheckUpdate) {
-        QtUpdateDialog dialog(this);
-        dialog.setQuitQuestion([this] { return prepareToQuit(); });
-        connect(&dialog, &QtUpdateDialog::stayedOpen, this, [this] { m_quitGuard.stay(); });
-        dialog.exec();
-    } else if (action->text() == kAboutMaker) {
-        QDesktopServices::openUrl(QUrl(HelpLinks::makerSite));
-    }
+    if (action->text() == kAbout)
+        openFromMenu([this] { showAbout(); });
+    else if (action->text() == kCheckUpdate)
+        openFromMenu([this] { checkForUpdate(); });
+    else if (action->text() == kAboutMaker)
+        openUrl(QUrl(HelpLinks::makerSite));
+}
+
+// A menu's button stays pressed until the menu has returned to it; a dialog
+// that was opened before would keep it so.
+void MainWindow::openFromMenu(const std::function<void()> &open)
+{
+    const bool isOpen = std::any_of(m_menuButtons.cbegin(), m_menuButtons.cend(),
+                                    [](const QPushButton *button) { return button->isDown(); });
+    if (isOpen)
+        QTimer::singleShot(1, this, [this, open] { openFromMenu(open); });
+    else
+        open();
+}
+
+void MainWindow::checkForUpdate()
+{
+    QtUpdateDialog dialog(this);
+    dialog.setQuitQuestion([this] { return prepareToQuit(); });
+    connect(&dialog, &QtUpdateDialog::stayedOpen, this, [this] { m_quitGuard.stay(); });
+    dialog.exec();
+}
+
+void MainWindow::showAbout()
+{
+    QtMessageBox::information(this, QStringLiteral("关于"),
+                              QStringLiteral("%1\n版本：%2\nQt：%3\n程序目录：%4")
+                                  .arg(windowTitle(), QCoreApplication::applicationVersion(),
+                                       QString::fromLatin1(qVersion()),
+                                       QDir::toNativeSeparators(AppPaths::root())));
+}
+
+void MainWindow::openUrl(const QUrl &url)
+{
+    if (!QDesktopServices::openUrl(url))
+        m_statusBar->showSystemNotify(QStringLiteral("系统中没有可打开[%1]的程序！")
+                                          .arg(url.isLocalFile() ? url.toLocalFile() : url.toString()),
+                                      Notice::Error);
 }
 
 void MainWindow::SltBtnHelpClicked()
 {
-    QDesktopServices::openUrl(QUrl(HelpLinks::helpPage));
+    openUrl(HelpLinks::help());
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -196,10 +239,20 @@ void MainWindow::buildUi()
     for (QtWidgetBase *page : qAsConst(m_pages))
         m_stack->addWidget(page);
     m_quitGuard.setPages(m_pages);
+    nameIconButtons();
 
     m_statusBar = new QtStatusBar(this);
     layout->addWidget(m_statusBar);
     m_portChecker = new QSerialPorCheck(this);
+}
+
+// A screen reader calls a button without a text by its tool tip.
+void MainWindow::nameIconButtons()
+{
+    const auto buttons = m_stack->findChildren<QAbstractButton *>();
+    for (QAbstractButton *button : buttons)
+        if (button->text().isEmpty() && button->accessibleName().isEmpty())
+            button->setAccessibleName(button->toolTip());
 }
 
 void MainWindow::connectPages()
@@ -237,8 +290,14 @@ void MainWindow::buildMenus()
     auto *helpPageButton = new QPushButton(m_titleBar);
     helpPageButton->setObjectName(QStringLiteral("btnHelp"));
     helpPageButton->setIcon(IconFont::icon(IconFont::Help, QColor(0xff, 0xff, 0xff), 12, 16));
-    helpPageButton->setToolTip(QStringLiteral("打开帮助网页"));
-    helpPageButton->setAccessibleName(QStringLiteral("打开帮助网页"));
+    helpPageButton->setToolTip(QStringLiteral("打开使用手册（F1）"));
+    helpPageButton->setAccessibleName(QStringLiteral("打开使用手册"));
+    m_menuButtons = {settingsButton, helpButton};
+    settingsButton->setToolTip(QStringLiteral("F10"));
+    auto *openSettings = new QShortcut(QKeySequence(Qt::Key_F10), this);
+    connect(openSettings, &QShortcut::activated, settingsButton, &QPushButton::showMenu);
+    auto *openHelp = new QShortcut(QKeySequence(Qt::Key_F1), this);
+    connect(openHelp, &QShortcut::activated, this, &MainWindow::SltBtnHelpClicked);
     for (QPushButton *button : {settingsButton, helpButton, helpPageButton})
         m_titleBar->addMenuWidget(button);
     // While a menu is open its button sees no mouse leave it.
@@ -273,7 +332,7 @@ QMenu *MainWindow::buildHelpMenu()
 {
     auto *menu = new QMenu(this);
     menu->setObjectName(QStringLiteral("helpMenu"));
-    menu->addAction(QStringLiteral("关于..."));
+    menu->addAction(kAbout);
     menu->addAction(kCheckUpdate);
     menu->addAction(kAboutMaker);
     return menu;

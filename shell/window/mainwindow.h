@@ -9,12 +9,15 @@
 #include "shell/window/quitguard.h"
 
 #include <QVector>
+#include <functional>
 
 class QAction;
 class QActionGroup;
 class QMenu;
+class QPushButton;
 class QSessionManager;
 class QStackedWidget;
+class QUrl;
 class QSerialPorCheck;
 class QtStatusBar;
 class QtTabBar;
@@ -52,14 +55,19 @@ protected:
 
 private:
     void buildUi();
+    void nameIconButtons();
     void connectPages();
     void buildMenus();
     QMenu *buildSettingsMenu();
     QMenu *buildHelpMenu();
     QActionGroup *addChoices(QMenu *menu, const QString &title, const QStringList &choices);
     void showChecks();
+    void openFromMenu(const std::function<void()> &open);
     void chooseColours(QtStyleDialog::Area area);
     void restoreDefaults();
+    void checkForUpdate();
+    void showAbout();
+    void openUrl(const QUrl &url);
     void commitData(QSessionManager &manager);
     void showWaiting(bool waits);
     QtWidgetBase *currentPage() const;
@@ -75,6 +83,7 @@ private:
     QVector<QtWidgetBase *> m_pages; // in order of creation
     QtStatusBar *m_statusBar;
     QSerialPorCheck *m_portChecker;
+    QVector<QPushButton *> m_menuButtons;
     QActionGroup *m_codecs = nullptr;
     QActionGroup *m_skins = nullptr;
     QActionGroup *m_closeBehaviours = nullptr;

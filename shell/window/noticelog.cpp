@@ -16,6 +16,13 @@ bool NoticeLog::add(const Notice &notice)
     return true;
 }
 
+void NoticeLog::endCurrent()
+{
+    m_current = Notice();
+    m_holding = false;
+    m_hasWaiting = false;
+}
+
 bool NoticeLog::endHold()
 {
     m_holding = false;

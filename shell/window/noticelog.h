@@ -5,6 +5,7 @@
 // over. Keeps the recent notices. Knows no clock: the owner runs the hold.
 
 #include <QDateTime>
+#include <QPointer>
 #include <QVector>
 
 struct Notice
@@ -14,6 +15,7 @@ struct Notice
     QString text;
     int kind = Information;
     QDateTime time;
+    QPointer<const QObject> page; // that posted it; null: no page
 
     bool isError() const { return kind != Information; }
 };
@@ -29,6 +31,9 @@ public:
 
     // The hold is over. True when a waiting notice is now the one to show.
     bool endHold();
+
+    // Nothing is to be shown any more; the notice stays among the recent ones.
+    void endCurrent();
 
     bool isHolding() const { return m_holding; }
     const Notice &current() const { return m_current; }

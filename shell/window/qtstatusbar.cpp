@@ -1,5 +1,6 @@
 #include "shell/window/qtstatusbar.h"
 
+#include "shell/base/qtwidgetbase.h"
 #include "shell/window/noticelist.h"
 #include "shell/window/qtcountlabel.h"
 #include "shell/window/statuslabel.h"
@@ -9,8 +10,29 @@
 #include <QPushButton>
 #include <QStyleOption>
 
+namespace {
+
+constexpr int kMaxTipCharacters = 300; // the list of recent notices has the rest
+constexpr int kTipBreak = 16;          // a long name may be broken there
+
+QString tipText(const Notice &notice)
+{
+    QString text = notice.text.simplified();
+    if (text.size() > kMaxTipCharacters)
+        text = text.left(kMaxTipCharacters) + QStringLiteral("…");
+    QString html;
+    for (int i = 0; i < text.size(); i += kTipBreak)
+        html += text.mid(i, kTipBreak).toHtmlEscaped() + QChar(0x200B);
+    return QStringLiteral("<p>%1</p><p>%2 · 单击查看最近的提示</p>")
+        .arg(html, notice.time.toString(QStringLiteral("hh:mm:ss")));
+}
+
+} // namespace
+
 QtStatusBar::QtStatusBar(QWidget *parent)
     : QWidget(parent)
+    , m_errorHold(this)
+    , m_shown(this)
     , m_notice(new StatusLabel(this))
     , m_sent(new QtCountLabel(QStringLiteral("发送字节数"), this))
     , m_received(new QtCountLabel(QStringLiteral("接收字节数"), this))
@@ -34,6 +56,8 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     m_errorHold.setSingleShot(true);
     m_errorHold.setInterval(errorHoldMs);
     connect(&m_errorHold, &QTimer::timeout, this, &QtStatusBar::sltEndErrorHold);
+    m_shown.setSingleShot(true);
+    connect(&m_shown, &QTimer::timeout, this, &QtStatusBar::sltEndNotice);
     connect(m_notice, &StatusLabel::clicked, this, &QtStatusBar::sltShowRecent);
     connect(m_clear, &QPushButton::clicked, this, &QtStatusBar::clearCount);
 }
@@ -51,7 +75,7 @@ void QtStatusBar::showCounts(const QStringList &counts)
 
 void QtStatusBar::showSystemNotify(const QString &text, int kind)
 {
-    if (m_log.add({text, kind, QDateTime::currentDateTime()}))
+    if (m_log.add({text, kind, QDateTime::currentDateTime(), qobject_cast<QtWidgetBase *>(sender())}))
         showCurrent();
 }
 
@@ -60,6 +84,30 @@ void QtStatusBar::sltEndErrorHold()
     m_errorHold.stop();
     if (m_log.endHold())
         showCurrent();
+    else
+        endForeignNotice();
+}
+
+void QtStatusBar::sltEndNotice()
+{
+    m_errorHold.stop();
+    m_shown.stop();
+    m_log.endCurrent();
+    m_notice->showIdle();
+}
+
+void QtStatusBar::showPage(const QObject *page)
+{
+    m_page = page;
+    if (!m_log.isHolding())
+        endForeignNotice();
+}
+
+void QtStatusBar::endForeignNotice()
+{
+    const QObject *page = m_log.current().page;
+    if (page && m_page && page != m_page)
+        sltEndNotice();
 }
 
 void QtStatusBar::sltShowRecent()
@@ -80,9 +128,8 @@ void QtStatusBar::showCurrent()
 {
     const Notice &notice = m_log.current();
     m_notice->showNotice(notice.text, notice.isError());
-    m_notice->setToolTip(
-        QStringLiteral("<p>%1</p><p>%2 · 单击查看最近的提示</p>")
-            .arg(notice.text.toHtmlEscaped(), notice.time.toString(QStringLiteral("hh:mm:ss"))));
+    m_notice->setToolTip(tipText(notice));
+    m_shown.start(notice.isError() ? errorShownMs : informationShownMs);
     if (m_log.isHolding())
         m_errorHold.start();
     else

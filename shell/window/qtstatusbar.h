@@ -1,8 +1,8 @@
 #pragma once
 
 // The bottom of the main window: the current notice, the byte counts of the
-// page on display and the button that clears them. A click on the notice shows
-// the recent ones.
+// page on display and the button that clears them. A notice ends after a while,
+// and with the page that posted it; a click on its place shows the recent ones.
 
 #include "shell/window/noticelog.h"
 
@@ -19,11 +19,16 @@ class QtStatusBar : public QWidget
 
 public:
     static constexpr int errorHoldMs = 3000;
+    static constexpr int errorShownMs = 60000;
+    static constexpr int informationShownMs = 15000;
 
     explicit QtStatusBar(QWidget *parent = nullptr);
 
     // Sent and received bytes as texts; blank where the list is shorter.
     void showCounts(const QStringList &counts);
+
+    // The user has turned to the page: what others posted is not about it.
+    void showPage(const QObject *page);
 
     const NoticeLog &notices() const { return m_log; }
 
@@ -31,6 +36,7 @@ public slots:
     // Kind 0 is information, 255 an error.
     void showSystemNotify(const QString &text, int kind);
     void sltEndErrorHold();
+    void sltEndNotice();
     void sltShowRecent();
 
 signals:
@@ -41,9 +47,12 @@ protected:
 
 private:
     void showCurrent();
+    void endForeignNotice();
 
     NoticeLog m_log;
+    QPointer<const QObject> m_page;
     QTimer m_errorHold;
+    QTimer m_shown; // runs out when the current notice has been shown for long enough
     StatusLabel *m_notice;
     QtCountLabel *m_sent;
     QtCountLabel *m_received;

@@ -2,10 +2,12 @@
 
 #include "app/settings.h"
 #include "app/settingskeys.h"
+#include "app/skin.h"
 #include "app/startup.h"
 #include "shell/base/contrast.h"
 #include "shell/window/qtcolorpanel.h"
 
+#include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -41,6 +43,8 @@ QtStyleDialog::QtStyleDialog(Area area, QWidget *parent)
     , m_area(area)
     , m_background(new QtColorPanel(this))
     , m_text(new QtColorPanel(this))
+    , m_tabs(new QTabWidget(this))
+    , m_follow(new QCheckBox(QStringLiteral("跟随主题"), this))
     , m_preview(new QLabel(this))
     , m_contrast(new QLabel(this))
     , m_ok(new QPushButton(QStringLiteral("确定"), this))
@@ -53,6 +57,7 @@ QtStyleDialog::QtStyleDialog(Area area, QWidget *parent)
         panel->setRecentColours(recentColours());
         connect(panel, &QtColorPanel::colourChanged, this, &QtStyleDialog::showPreview);
     }
+    m_follow->setChecked(area == ReceiveArea ? settings.recvFollowsSkin : settings.sendFollowsSkin);
     showPreview();
 }
 
@@ -70,17 +75,21 @@ void QtStyleDialog::accept()
 {
     using namespace SettingsKeys;
     Settings &settings = Settings::instance();
-    if (m_area == ReceiveArea) {
-        settings.recvBackground = background();
-        settings.recvTextColor = textColour();
-        Settings::writeValue(Common::group, Common::recvBackground, background().name());
-        Settings::writeValue(Common::group, Common::recvTextColor, textColour().name());
-    } else {
-        settings.sendBackground = background();
-        settings.sendTextColor = textColour();
-        Settings::writeValue(Common::group, Common::sendBackground, background().name());
-        Settings::writeValue(Common::group, Common::sendTextColor, textColour().name());
+    const bool receives = m_area == ReceiveArea;
+    const bool follows = m_follow->isChecked();
+    (receives ? settings.recvFollowsSkin : settings.sendFollowsSkin) = follows;
+    Settings::writeValue(Common::group, receives ? Common::recvFollowsSkin : Common::sendFollowsSkin,
+                         int(follows));
+    if (follows) { // the colours in the file are the user's own, for later
+        QtFramelessDialog::accept();
+        return;
     }
+    (receives ? settings.recvBackground : settings.sendBackground) = background();
+    (receives ? settings.recvTextColor : settings.sendTextColor) = textColour();
+    Settings::writeValue(Common::group, receives ? Common::recvBackground : Common::sendBackground,
+                         background().name());
+    Settings::writeValue(Common::group, receives ? Common::recvTextColor : Common::sendTextColor,
+                         textColour().name());
     remember(textColour());
     remember(background());
     QtFramelessDialog::accept();
@@ -90,10 +99,10 @@ void QtStyleDialog::buildUi()
 {
     m_background->setObjectName(QStringLiteral("backgroundPanel"));
     m_text->setObjectName(QStringLiteral("textPanel"));
-    auto *tabs = new QTabWidget(this);
-    tabs->addTab(m_background, QStringLiteral("背景颜色设置"));
-    tabs->addTab(m_text, QStringLiteral("字体颜色设置"));
-    body()->addWidget(tabs, 1);
+    m_tabs->addTab(m_background, QStringLiteral("背景颜色设置"));
+    m_tabs->addTab(m_text, QStringLiteral("字体颜色设置"));
+    body()->addWidget(m_tabs, 1);
+    body()->addLayout(buildChoices());
 
     m_preview->setObjectName(QStringLiteral("colourPreview"));
     m_preview->setFont(Startup::monospaceFont());
@@ -118,6 +127,36 @@ void QtStyleDialog::buildUi()
     body()->addLayout(buttons);
     connect(m_ok, &QPushButton::clicked, this, &QtStyleDialog::accept);
     connect(cancel, &QPushButton::clicked, this, &QtStyleDialog::reject);
+}
+
+QLayout *QtStyleDialog::buildChoices()
+{
+    auto *defaults = new QPushButton(QStringLiteral("恢复默认"), this);
+    defaults->setObjectName(QStringLiteral("btnDefaultColors"));
+    defaults->setAutoDefault(false);
+    connect(defaults, &QPushButton::clicked, this, [this] {
+        m_follow->setChecked(false);
+        m_background->setColour(Settings::defaultBackground());
+        m_text->setColour(Settings::defaultTextColor());
+        showPreview();
+    });
+    m_follow->setObjectName(QStringLiteral("checkFollowSkin"));
+    connect(m_follow, &QCheckBox::toggled, this, &QtStyleDialog::followSkin);
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_follow);
+    row->addStretch();
+    row->addWidget(defaults);
+    return row;
+}
+
+void QtStyleDialog::followSkin(bool follows)
+{
+    m_tabs->setEnabled(!follows);
+    if (follows) {
+        m_background->setColour(QColor(Skin::palette().panel));
+        m_text->setColour(QColor(Skin::palette().text));
+    }
+    showPreview();
 }
 
 void QtStyleDialog::showPreview()

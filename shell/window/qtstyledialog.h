@@ -1,15 +1,18 @@
 #pragma once
 
-// Chooses background and text colour of the receive or the send area. Accepted,
-// it returns 1 and the settings hold and the file has the new colours;
-// cancelled, nothing has changed. The caller applies the skin.
+// Chooses background and text colour of the receive or the send area, or that
+// the area has the colours of the skin. Accepted, it returns 1 and the settings
+// hold and the file has the choice; cancelled, nothing has changed. The caller
+// applies the skin.
 
 #include "shell/base/qtframelessdialog.h"
 
 #include <QColor>
 
+class QCheckBox;
 class QLabel;
 class QPushButton;
+class QTabWidget;
 class QtColorPanel;
 
 class QtStyleDialog : public QtFramelessDialog
@@ -29,11 +32,15 @@ public slots:
 
 private:
     void buildUi();
+    QLayout *buildChoices();
+    void followSkin(bool follows);
     void showPreview();
 
     Area m_area;
     QtColorPanel *m_background;
     QtColorPanel *m_text;
+    QTabWidget *m_tabs;
+    QCheckBox *m_follow;
     QLabel *m_preview;
     QLabel *m_contrast;
     QPushButton *m_ok;

@@ -24,6 +24,14 @@ StatusLabel::StatusLabel(QWidget *parent)
     setEnabled(false); // nothing to click at
 }
 
+void StatusLabel::showIdle()
+{
+    showNotice(QString(), false);
+    setEnabled(true);
+    setAccessibleName(QStringLiteral("最近的提示"));
+    setToolTip(QStringLiteral("单击查看最近的提示"));
+}
+
 void StatusLabel::showNotice(const QString &text, bool isError)
 {
     // A notice is one line, whatever a port or a file is called.
@@ -55,18 +63,16 @@ void StatusLabel::paintEvent(QPaintEvent *)
     QStyleOption option;
     option.initFrom(this);
     style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
-    if (m_fullText.isEmpty())
+    if (!isEnabled())
         return;
     const QColor colour = palette().color(QPalette::WindowText);
     const QPixmap icon = IconFont::pixmap(m_isError ? IconFont::AlertCircle : IconFont::Information, colour,
                                           iconSide - 1, iconSide);
-    painter.drawPixmap(0, (height() - iconSide) / 2, icon);
-    const QRect area = rect().adjusted(iconSide + gap, 0, 0, 0);
+    painter.drawPixmap(gap, (height() - iconSide) / 2, icon);
+    const QRect area = rect().adjusted(iconSide + 2 * gap, 0, 0, 0);
     painter.setPen(colour);
     painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                      fontMetrics().elidedText(m_fullText, Qt::ElideRight, area.width()));
-    if (hasFocus())
-        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
 }
 
 void StatusLabel::mouseReleaseEvent(QMouseEvent *event)

@@ -14,6 +14,8 @@ public:
     explicit StatusLabel(QWidget *parent = nullptr);
 
     void showNotice(const QString &text, bool isError);
+    // No notice is current; the recent ones can still be had.
+    void showIdle();
     QString fullText() const { return m_fullText; }
     bool isError() const { return m_isError; }
 

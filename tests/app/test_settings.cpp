@@ -209,6 +209,7 @@ void TestSettings::restoresTheFirstStart()
 {
     Settings::writeDefaults();
     Settings::writeValue("Common", "Buffer", 2);
+    Settings::writeValue("Common", "RecvFollowsSkin", 1);
     Settings::writeValue("Common", "Skin", 2);
     Settings::writeValue("Serialport", "BaudRate", 9600);
     Settings::writeValue("Camera", "AddrLength", 4);
@@ -222,6 +223,7 @@ void TestSettings::restoresTheFirstStart()
     QVERIFY(!stored("Common/Buffer").isValid());
     QCOMPARE(Settings::instance().camera.addressLength, 2);
     QVERIFY(!stored("Camera/AddrLength").isValid());
+    QVERIFY(!Settings::instance().recvFollowsSkin);
     QVERIFY(stored("HexEdit/RecentFiles").isValid()); // no setting
 
     AppPaths::setRoot(AppPaths::configFile()); // a file: nothing can be written below it

@@ -8,6 +8,7 @@
 
 #include <QComboBox>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -22,6 +23,8 @@
 #include <QToolTip>
 
 namespace {
+
+constexpr int kMovingMs = 10000; // what has not come to rest by then moves
 
 const char *const kTools[] = {"serial", "camera", "network", "pid", "hexedit"};
 
@@ -51,18 +54,21 @@ bool shows(const QImage &screen, const QImage &window)
 
 // What the screen shows at a window's place, menus and tips in front of it
 // included, as soon as it has come to rest. A new window takes a while to be
-// placed and painted.
+// placed and painted. A page on which something moves does not come to rest:
+// then the window must be on the screen.
 QPixmap onScreen(QWidget *widget)
 {
     QWidget *window = widget->window();
     QPixmap last;
+    QElapsedTimer looking;
+    looking.start();
     const auto rests = [&] {
         const QPixmap now = window->screen()->grabWindow(window->winId());
         const bool still = !last.isNull() && now.toImage() == last.toImage();
         last = now;
-        return still && shows(now.toImage(), window->grab().toImage());
+        return (still || looking.hasExpired(kMovingMs)) && shows(now.toImage(), window->grab().toImage());
     };
-    const bool rested = QTest::qWaitFor(rests, 30000);
+    const bool rested = QTest::qWaitFor(rests, kWaitLimitMs);
     return rested ? last : QPixmap();
 }
 
@@ -91,7 +97,12 @@ bool runControlLoops(Stage &stage, const BoardProcess &board)
             return false;
     }
     auto *plot = stage.find<PidPlot>("pidPlot");
-    if (!QTest::qWaitFor([plot] { return plot->graph(6)->dataCount() > 400; }, 30000))
+    const auto settled = [plot] { // four seconds after the last start
+        bool found = false;
+        const QCPRange times = plot->graph(6)->data()->keyRange(found);
+        return found && times.size() >= 4;
+    };
+    if (!QTest::qWaitFor(settled, kWaitLimitMs))
         return false;
     for (int channel : {3, 1, 2})
         if (!choose(channel) || (start->text() == idle && !UserHand::click(start)) || !UserHand::click(start))
@@ -142,10 +153,13 @@ void PictureTour::tools()
     QVERIFY(runControlLoops(stage(), loops));
     auto *tabs = stage().find<QTabBar>("toolTabs");
     QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(2).center()));
+    const QString port = QString::number(Stage::freePort(8000));
+    QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), port));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
     BoardProcess onNetwork;
     QVERIFY(onNetwork.startOnNetwork("tcp-client",
-                                     {"--net-port", "8000", "--act", "log", "--peers", "3", "--rate", "2"}));
+                                     {"--net-port", port, "--act", "log", "--peers", "3", "--rate", "2"}));
+    WAIT_EQUAL(stage().find<QComboBox>("comboClients")->count(), 4); // all three and each
     WAIT_FOR(stage().find<QtTerminalWidget>("recvBrowser")->toPlainText().count(QLatin1Char('\n')) >= 12);
     QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("查询状态")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnSingleSend")));

@@ -15,11 +15,10 @@
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTabBar>
+#include <QTcpServer>
 #include <QTest>
 
 namespace {
-
-constexpr int kPatienceMs = 30000;
 
 qint64 numberIn(const QLabel *label, const QString &caption)
 {
@@ -42,7 +41,7 @@ Stage::Stage()
 {
     m_window.resize(1100, 760);
     m_window.show();
-    m_ready = QTest::qWaitForWindowActive(&m_window, kPatienceMs);
+    m_ready = QTest::qWaitForWindowActive(&m_window, kWaitLimitMs);
 }
 
 Stage::~Stage()
@@ -77,7 +76,7 @@ bool Stage::plugIn(BoardProcess &board, const QStringList &options)
     }
     auto *ports = find<QComboBox>("comboPort");
     const QString entry = board.port() + QStringLiteral(" 虚拟串口");
-    return QTest::qWaitFor([&] { return ports->findText(entry) >= 0; }, kPatienceMs);
+    return QTest::qWaitFor([&] { return ports->findText(entry) >= 0; }, kWaitLimitMs);
 }
 
 bool Stage::openPort(const BoardProcess &board)
@@ -127,11 +126,19 @@ Notice Stage::lastNotice()
 bool Stage::waitForNotice(const QString &text, int kind)
 {
     const bool came =
-        QTest::qWaitFor([&] { return lastNotice().text == text && lastNotice().kind == kind; }, kPatienceMs);
+        QTest::qWaitFor([&] { return lastNotice().text == text && lastNotice().kind == kind; }, kWaitLimitMs);
     if (!came)
         qWarning().noquote() << "last notice:" << lastNotice().kind << lastNotice().text << "instead of"
                              << text;
     return came;
+}
+
+quint16 Stage::freePort(quint16 preferred)
+{
+    QTcpServer probe;
+    if (!probe.listen(QHostAddress::Any, preferred))
+        probe.listen();
+    return probe.serverPort();
 }
 
 bool Stage::chooseSetting(const QStringList &path)

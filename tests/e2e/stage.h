@@ -12,8 +12,9 @@
 class QtTerminalWidget;
 
 // For waits on what has to come sooner or later, however slow the machine.
-#define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
-#define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
+constexpr int kWaitLimitMs = 60000;
+#define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, kWaitLimitMs)
+#define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, kWaitLimitMs)
 
 class Stage
 {
@@ -53,6 +54,9 @@ public:
     qint64 receivedShown();
     Notice lastNotice();
     bool waitForNotice(const QString &text, int kind);
+
+    // A port that nobody listens at: the preferred one where it is free.
+    static quint16 freePort(quint16 preferred = 0);
 
     // Menus of the title bar.
     bool chooseSetting(const QStringList &path);

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kPatienceMs = 20000;
+constexpr int kPatienceMs = 60000;
 constexpr int kLookMs = 20;
 
 bool fail(const QString &why, const QWidget *widget = nullptr)
@@ -213,7 +213,7 @@ bool inDialog(const std::function<bool()> &opens, const std::function<bool(QWidg
     if (!opens())
         return false;
     // The dialog may open later than what asked for it returns.
-    const bool over = QTest::qWaitFor([&] { return !look.isActive(); }, 2 * kPatienceMs);
+    const bool over = QTest::qWaitFor([&] { return !look.isActive(); }, kPatienceMs + 1000);
     return (over && answered) || fail(QStringLiteral("no dialog was answered"));
 }
 

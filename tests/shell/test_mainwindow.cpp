@@ -24,9 +24,13 @@
 #include "shell/window/qttabbar.h"
 #include "shell/window/statuslabel.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QDialog>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -191,6 +195,20 @@ private slots:
         QVERIFY(tabs->tabRect(4).right() < 800); // no tab out of reach
     }
 
+    // What a screen reader calls a button that has no text.
+    void iconsHaveNames()
+    {
+        MainWindow window;
+        QStringList nameless;
+        const auto buttons = window.findChildren<QAbstractButton *>();
+        for (const QAbstractButton *button : buttons)
+            if (button->text().isEmpty() && button->accessibleName().isEmpty() &&
+                !button->objectName().startsWith(QStringLiteral("qt_")) &&
+                !button->inherits("QTableCornerButton"))
+                nameless += button->objectName();
+        QCOMPARE(nameless.join(QLatin1Char(' ')), QString());
+    }
+
     void tabsChangeTools()
     {
         MainWindow window;
@@ -251,6 +269,33 @@ private slots:
         QCOMPARE(stored(SettingsKeys::Common::buffer).toInt(), 2);
     }
 
+    // Each widget is restyled once, however deep it lies.
+    void changesTheSkinWithoutAFreeze()
+    {
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const auto tabs = window.findChild<QtTabBar *>()->count();
+        for (int i = 0; i < tabs; ++i)
+            window.sltTabBarClicked(i, QString());
+        class Counter : public QObject
+        {
+        public:
+            bool eventFilter(QObject *watched, QEvent *event) override
+            {
+                if (event->type() == QEvent::StyleChange && ++changes[watched] > most)
+                    most = changes[watched];
+                return false;
+            }
+            QHash<QObject *, int> changes;
+            int most = 0;
+        } counter;
+        qApp->installEventFilter(&counter);
+        actionOf(window, QStringLiteral("浅色"))->trigger();
+        QVERIFY2(counter.most >= 1 && counter.most <= 3, qPrintable(QString::number(counter.most)));
+        QCOMPARE(window.findChild<QtTabBar *>()->palette().color(QPalette::WindowText), QColor("#333333"));
+    }
+
     void unknownActionsDoNothing()
     {
         MainWindow window;
@@ -260,9 +305,69 @@ private slots:
             window.SltActionTrigger(&action);
             window.SltAboutMenuTrigger(&action);
         }
-        actionOf(window, QStringLiteral("关于..."))->trigger();
         QCOMPARE(configBytes(), before);
         QVERIFY(m_opened.isEmpty());
+    }
+
+    // "关于..." names the version; the menu's button is not pressed meanwhile.
+    void aboutNamesTheVersion()
+    {
+        QCoreApplication::setApplicationVersion(QStringLiteral("1.0.2.6"));
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        auto *button = window.findChild<QPushButton *>(QStringLiteral("btnHelpMenu"));
+        QString shown;
+        DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+            shown = button->isDown() ? QStringLiteral("pressed") : text;
+            return 1;
+        };
+        QTimer look;
+        connect(&look, &QTimer::timeout, &window, [&] {
+            if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) {
+                look.stop();
+                QTest::mouseClick(menu, Qt::LeftButton, {},
+                                  menu->actionGeometry(actionOf(window, QStringLiteral("关于..."))).center());
+            }
+        });
+        look.start(10);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTRY_VERIFY2(shown.contains(QStringLiteral("1.0.2.6")), qPrintable(shown));
+    }
+
+    // Cancelled, the colours stay; an area may follow the skin.
+    void choosesColours()
+    {
+        MainWindow window;
+        Settings &settings = Settings::instance();
+        settings.recvBackground = QColor("#010203"); // would be applied
+        const QString before = qApp->styleSheet();
+        const auto visit = [&window](const std::function<void(QDialog *)> &act) {
+            QTimer::singleShot(0, &window,
+                               [act] { act(qobject_cast<QDialog *>(QApplication::activeModalWidget())); });
+            actionOf(window, QStringLiteral("接收区设置"))->trigger();
+        };
+        visit([](QDialog *dialog) { dialog->reject(); });
+        QCOMPARE(qApp->styleSheet(), before);
+        visit([](QDialog *dialog) { dialog->accept(); });
+        QVERIFY(qApp->styleSheet().contains(QStringLiteral("background-color: #010203")));
+        visit([](QDialog *dialog) {
+            dialog->findChild<QCheckBox *>(QStringLiteral("checkFollowSkin"))->click();
+            dialog->accept();
+        });
+        actionOf(window, QStringLiteral("浅色"))->trigger();
+        QVERIFY(qApp->styleSheet().startsWith(
+            QStringLiteral("QtTerminalWidget#recvBrowser {background-color: #ffffff; color:#333333;")));
+        QCOMPARE(stored(SettingsKeys::Common::recvBackground).toString(), QStringLiteral("#010203"));
+        Settings::load(); // as the next start does
+        Skin::apply(1);
+        QCOMPARE(settings.recvBackground, QColor("#ffffff"));
+        visit([](QDialog *dialog) {
+            dialog->findChild<QPushButton *>(QStringLiteral("btnDefaultColors"))->click();
+            dialog->accept();
+        });
+        QVERIFY(!settings.recvFollowsSkin);
+        QCOMPARE(settings.recvBackground, QColor("#4b4b4b"));
     }
 
     void restoreAsks()
@@ -308,6 +413,17 @@ private slots:
         actionOf(window, QStringLiteral("关于Orvane科技"))->trigger();
         QCOMPARE(m_opened.size(), 2);
         QVERIFY(m_opened.at(0) != m_opened.at(1));
+
+        // The manual, where it is installed.
+        QVERIFY(QDir(m_root->path()).mkpath(QStringLiteral("docs/manual")));
+        QFile manual(m_root->filePath(QStringLiteral("docs/manual/zh_CN.md")));
+        QVERIFY(manual.open(QIODevice::WriteOnly));
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openUrl");
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(window.windowHandle(), Qt::Key_F1);
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        QCOMPARE(m_opened.last(), QUrl::fromLocalFile(manual.fileName()).toString());
     }
 
     void noticesReachStatusBar()

@@ -1,6 +1,7 @@
 // The status bar: which notice is shown when, that a long one never widens the
 // window, and the counters.
 
+#include "shell/base/qtwidgetbase.h"
 #include "shell/window/noticelist.h"
 #include "shell/window/qtcountlabel.h"
 #include "shell/window/qtstatusbar.h"
@@ -11,6 +12,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextDocument>
+#include <QTimer>
 
 class StatusBarTest : public QObject
 {
@@ -36,12 +39,60 @@ private slots:
         QCOMPARE(label->property("kind").toString(), QStringLiteral("info"));
         QVERIFY(!label->isError());
 
-        // With nothing waiting the error stays until the next notice.
+        // With nothing waiting the error stays for a while, though not for good.
         bar.showSystemNotify(QStringLiteral("又错"), 255);
         bar.sltEndErrorHold();
         QCOMPARE(label->fullText(), QStringLiteral("又错"));
         bar.showSystemNotify(QStringLiteral("五"), 0);
         QCOMPARE(label->fullText(), QStringLiteral("五"));
+        const auto running = [&bar](int interval) {
+            const auto timers = bar.findChildren<QTimer *>();
+            return std::any_of(timers.begin(), timers.end(), [interval](const QTimer *timer) {
+                return timer->isActive() && timer->interval() == interval;
+            });
+        };
+        QVERIFY(!running(QtStatusBar::errorHoldMs)); // it would end the next notice
+        QVERIFY(running(QtStatusBar::informationShownMs));
+        bar.showSystemNotify(QStringLiteral("再错"), 255);
+        QVERIFY(running(QtStatusBar::errorShownMs));
+        bar.sltEndNotice();
+        QCOMPARE(label->fullText(), QString());
+        QVERIFY(!label->isError());
+        bar.showSystemNotify(QStringLiteral("六"), 0); // no hold is left
+        QCOMPARE(label->fullText(), QStringLiteral("六"));
+    }
+
+    // What a page posted ends when the user turns to another one; an error is
+    // shown for the time of its hold at least.
+    void endsWithItsPage()
+    {
+        class Page : public QtWidgetBase
+        {
+        public:
+            void post(QtStatusBar &bar, int kind)
+            {
+                connect(this, &QWidget::windowTitleChanged, &bar,
+                        [&bar, kind](const QString &text) { bar.showSystemNotify(text, kind); });
+                setWindowTitle(QStringLiteral("提示%1").arg(kind));
+                disconnect(&bar);
+            }
+        } first, second;
+        QtStatusBar bar;
+        auto *label = bar.findChild<StatusLabel *>();
+        first.post(bar, 0);
+        bar.showPage(&first);
+        QCOMPARE(label->fullText(), QStringLiteral("提示0"));
+        bar.showPage(&second);
+        QCOMPARE(label->fullText(), QString());
+        first.post(bar, 255);
+        bar.showPage(&second);
+        QCOMPARE(label->fullText(), QStringLiteral("提示255"));
+        bar.sltEndErrorHold();
+        QCOMPARE(label->fullText(), QString());
+        bar.showSystemNotify(QStringLiteral("设置"), 0); // of no page
+        bar.showPage(&first);
+        QCOMPARE(label->fullText(), QStringLiteral("设置"));
+        QVERIFY(label->isEnabled());
     }
 
     void newErrorReplacesAtOnce()
@@ -74,6 +125,9 @@ private slots:
         QCOMPARE(view->count(), NoticeLog::remembered);
         QVERIFY(view->item(0)->text().endsWith(QStringLiteral("第119条")));
         QVERIFY(view->item(9)->text().contains(QStringLiteral("[错误] 第110条")));
+        list->setErrorColor(Qt::red);
+        QCOMPARE(view->item(9)->foreground().color(), QColor(Qt::red));
+        QVERIFY(view->item(8)->foreground().color() != QColor(Qt::red));
         QTest::keyClick(list, Qt::Key_Escape);
         QVERIFY(!list->isVisible());
     }
@@ -98,6 +152,12 @@ private slots:
         QVERIFY(label->geometry().right() < bar->findChild<QPushButton *>()->geometry().left());
         // Markup in a name from outside is text in the tool tip, too.
         QVERIFY(label->toolTip().contains(QStringLiteral("&lt;b&gt;")));
+        bar->showSystemNotify(QString(5000, QLatin1Char('x')), 255);
+        QTextDocument tip; // as a tool tip lays it out
+        tip.setHtml(label->toolTip());
+        tip.setTextWidth(400);
+        QVERIFY2(tip.size().height() < 300 && tip.idealWidth() <= 400,
+                 qPrintable(QStringLiteral("%1 x %2").arg(tip.idealWidth()).arg(tip.size().height())));
     }
 
     void counts()
