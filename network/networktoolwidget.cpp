@@ -94,10 +94,8 @@ void NetworkToolWidget::sltRecvSocketMessage(QString name, QByteArray byData)
     m_area->refreshCounts();
     m_received->add(byData);
     m_gate->taken(byData.size());
-    if (m_recvOptions->stopShow()) {
-        m_received->setHidden();
+    if (m_recvOptions->stopShow())
         return;
-    }
     const bool hex = m_recvOptions->hexShow();
     QString header;
     if (m_recvOptions->timeStamp())

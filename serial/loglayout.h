@@ -1,19 +1,21 @@
 #pragma once
 
-// A document layout for long logs in one monospaced face: every line has the
-// same height, lines break after a number of columns, and only what is drawn
-// is laid out. Taking in new text costs a walk over its characters.
+// A document layout for long logs in one monospaced face: every row has the
+// same height, rows break between words where a number of columns is full, and
+// only what is drawn is laid out. Taking in new text costs a walk over its
+// characters, a new width or font one over the blocks that don't fit a row.
 //
-// Each block's line count is kept in the document (its own line index finds
-// the block at a height), its columns in the block's user state together with
-// a mark that the block continues the paragraph before it: very long
-// paragraphs are stored as several blocks, see QtTerminalWidget.
+// Very long paragraphs are stored as several blocks, see QtTerminalWidget. A
+// block that continues the one before is marked and begins in the last row of
+// that one. Each block's count of the rows that begin in it is kept in the
+// document, whose own line index finds the block at a height.
 
 #include <QAbstractTextDocumentLayout>
 #include <QFont>
 #include <QFontMetricsF>
 #include <QRawFont>
 #include <QTextBlock>
+#include <QVector>
 
 class QTextLayout;
 
@@ -27,12 +29,22 @@ public:
     // A block that continues the paragraph of the block before it.
     static bool isContinuation(const QTextBlock &block);
     static void setContinuation(QTextBlock block, bool continues);
+    // To be called when blocks behind this one were marked.
+    void recount(int firstBlock);
 
     qreal lineHeight() const { return m_lineHeight; }
+    // The height at which the row of a character begins.
+    qreal rowTop(int position) const;
+    // Where the first row that begins in the block starts, in the block.
+    int firstRowStart(const QTextBlock &block) const;
 
-    // The end of the line that starts at a position, after at most so many
-    // columns: one per character, two for wide ones, tabs to multiples of 8.
-    static int lineEnd(const QChar *text, int size, int start, int columns);
+    // The end of the row that starts at a position and at *column, after at most
+    // so many columns: one per character, two for wide ones, tabs to multiples
+    // of 8. Breaks between words, or in a word that is longer than a row; a space
+    // that is too much hangs behind the row. *column becomes that of the end.
+    // Where *column isn't 0, mayBreak says whether the row may break at the start.
+    static int rowEnd(const QChar *text, int size, int start, int columns, int *column,
+                      bool mayBreak = false);
 
     void draw(QPainter *painter, const PaintContext &context) override;
     int hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const override;
@@ -45,20 +57,40 @@ protected:
     void documentChanged(int from, int charsRemoved, int charsAdded) override;
 
 private:
+    // Of a block's text; the first one may begin in a row of the block before.
+    struct Row
+    {
+        int start;
+        int end;
+        int startColumn;
+        int endColumn;
+    };
+
     void updateMetrics();
     void layOut(const QTextBlock &block) const;
     void layOutLine(QTextLayout &layout) const;
-    void countLines(QTextBlock block, bool newText);
+    static int startColumn(const QTextBlock &block);
+    static int narrowRowEnd(const QString &text, int start, int columns, int *column, bool mayBreak);
+    bool breaksBefore(const QTextBlock &block) const;
+    QVector<Row> rowsOf(const QTextBlock &block, const QString &text) const;
+    void countRows(QTextBlock block, const QTextBlock &end, bool newText);
+    int countRows(QTextBlock block, int start, bool newText);
+    void notifyChange(qreal changedTop, qreal bottom);
     bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const;
-    void drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block, qreal top) const;
+    void drawRow(QPainter *painter, const PaintContext &context, const QTextBlock &block, const QString &text,
+                 const Row &row, qreal y) const;
+    void drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block) const;
     qreal top(const QTextBlock &block) const;
+    qreal rowsTop(const QTextBlock &block) const;
 
     qreal m_lineHeight = 1;
     qreal m_ascent = 0;
     qreal m_columnWidth = 1;
-    qreal m_width = -1; // page width that the line counts are for
-    int m_columns = 80; // of one line
-    QSizeF m_sizeTold;
+    qreal m_width = -1;   // page width that the line counts are for
+    int m_columns = 80;   // of one row
+    int m_widest = 0;     // columns of a block, at least those of the widest one
+    int m_characters = 0; // at the last change
+    QSizeF m_notifiedSize;
 
     QRawFont m_rawFont; // of m_rawFontOf, for lines that need no shaping
     QFont m_rawFontOf;

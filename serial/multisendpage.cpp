@@ -7,16 +7,16 @@
 #include "shell/base/qtpagebar.h"
 
 #include <QButtonGroup>
-#include <QFile>
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTimer>
 #include <QValidator>
 
 namespace {
 
-constexpr qint64 kMostBytes = 64LL * 1024 * 1024; // a thousand rows of 32767 characters fit in
+constexpr qint64 kMaxBytes = 64LL * 1024 * 1024; // a thousand rows of 32767 characters fit in
 
 // Makes one line of what is pasted: a line edit shows a line break as a space
 // but keeps it, and in the file it would end the row and begin another one.
@@ -44,7 +44,7 @@ MultiSendPage::MultiSendPage(const QString &fileName, QWidget *parent)
     , m_pageBar(new QtPageBar(this))
 {
     buildUi();
-    connect(m_pageBar, &QtPageBar::addPage, this, [this](int count) { m_pageCount = count; });
+    m_pageBar->setDeleteGuard([this](int page) { return mayDelete(page); });
     connect(m_pageBar, &QtPageBar::deletePage, this, &MultiSendPage::onPageDeleted);
     load();
 }
@@ -91,22 +91,45 @@ void MultiSendPage::buildUi()
 
 void MultiSendPage::load()
 {
-    QFile file(m_fileName);
-    if (file.open(QIODevice::ReadOnly))
-        m_rows.read(file.read(kMostBytes));
-    m_pageCount = m_rows.pageCount();
-    m_pageBar->reset(m_pageCount);
+    QByteArray content;
+    QString error;
+    if (SafeFile::read(m_fileName, kMaxBytes, &content, &error))
+        m_rows.read(content);
+    else // when the page has been connected
+        QTimer::singleShot(0, this, [this, error] {
+            emit signalNotify(QStringLiteral("多项发送数据读取失败：%1").arg(error), 255);
+        });
+    m_pageBar->reset(m_rows.pageCount());
     showPage(1);
 }
 
 void MultiSendPage::save()
 {
-    AppPaths::makeFolders(); // they may be gone
-    // Written beside the old file and put in its place at the end: a full disk
-    // leaves the old rows.
+    QByteArray content;
     QString error;
-    if (!SafeFile::write(m_fileName, m_rows.write(), &error))
-        emit signalNotify(QStringLiteral("多项发送数据保存失败: %1").arg(error), 255);
+    bool saved = SafeFile::read(m_fileName, kMaxBytes, &content, &error);
+    if (saved && !content.isNull())
+        takeOver(content);
+    saved = saved && SafeFile::write(m_fileName, m_rows.write(), &error);
+    if (saved)
+        m_rows.setWritten();
+    else
+        emit signalNotify(QStringLiteral("多项发送数据保存失败：%1").arg(error), 255);
+}
+
+// What another copy of the program or an editor has written meanwhile comes in,
+// except over rows that were changed here or are being typed.
+void MultiSendPage::takeOver(const QByteArray &content)
+{
+    const SendList before = m_rows;
+    m_rows.merge(content);
+    for (int i = 0; i < m_edits.size(); ++i) {
+        const int index = SendList::index(m_shownPage, i);
+        if (m_rows.row(index) != before.row(index) && m_edits.at(i)->text() == before.row(index))
+            m_edits.at(i)->setText(m_rows.row(index));
+    }
+    while (m_pageBar->pageCount() < m_rows.lastFilledPage())
+        m_pageBar->SltAddNewPage();
 }
 
 void MultiSendPage::showPage(int page)
@@ -118,31 +141,38 @@ void MultiSendPage::showPage(int page)
 
 void MultiSendPage::storeShownPage()
 {
-    bool changed = false;
     for (int i = 0; i < m_edits.size(); ++i)
-        changed = m_rows.setRow(SendList::index(m_shownPage, i), m_edits.at(i)->text()) || changed;
-    if (changed)
+        m_rows.setRow(SendList::index(m_shownPage, i), m_edits.at(i)->text());
+    if (m_rows.isChanged())
         save();
 }
 
 void MultiSendPage::turnTo(int page)
 {
-    // The page bar turns before it tells that the last page was deleted.
-    if (m_pageBar->pageCount() < m_pageCount)
-        m_deletedPage = m_shownPage;
-    else
-        storeShownPage();
+    if (m_deletedPage > 0)
+        return; // its rows are the ones shown; onPageDeleted() follows
+    storeShownPage();
     showPage(page);
 }
 
-void MultiSendPage::onPageDeleted(int current, int count)
+bool MultiSendPage::mayDelete(int page)
 {
-    const int deleted = m_deletedPage > 0 ? m_deletedPage : current;
+    storeShownPage();
+    if (m_rows.isFilled(page) &&
+        QtMessageBox::question(this, QStringLiteral("询问"),
+                               QStringLiteral("当前页的数据将一并删除，确认删除当前页吗？")) != 1)
+        return false;
+    m_deletedPage = page;
+    return true;
+}
+
+void MultiSendPage::onPageDeleted(int current)
+{
+    m_rows.removePage(m_deletedPage);
     m_deletedPage = 0;
-    m_pageCount = count;
-    m_rows.removePage(deleted);
-    save();
     showPage(current);
+    if (m_rows.isChanged())
+        save();
 }
 
 QString MultiSendPage::rowToSend(int place)
@@ -153,17 +183,19 @@ QString MultiSendPage::rowToSend(int place)
 
 void MultiSendPage::storeRow(int place)
 {
-    if (m_rows.setRow(SendList::index(m_shownPage, place), m_edits.at(place)->text()))
+    m_rows.setRow(SendList::index(m_shownPage, place), m_edits.at(place)->text());
+    if (m_rows.isChanged()) // also by an attempt that failed
         save();
 }
 
 void MultiSendPage::clearPage()
 {
-    const QString question = QStringLiteral("确认清除当前页的全部数据吗?");
+    const QString question = QStringLiteral("确认清除当前页的全部数据吗？");
     if (QtMessageBox::question(this, QStringLiteral("询问"), question) != 1)
         return;
     storeShownPage();
-    if (m_rows.clearPage(m_shownPage))
-        save();
+    m_rows.clearPage(m_shownPage);
     showPage(m_shownPage);
+    if (m_rows.isChanged())
+        save();
 }

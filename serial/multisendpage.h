@@ -41,11 +41,14 @@ signals:
 private:
     void buildUi();
     void load();
+    // Lays the rows changed here over what the file holds by now.
     void save();
+    void takeOver(const QByteArray &content);
     void showPage(int page);
     // Takes over what stands in the ten edits, typed to the end or not.
     void storeShownPage();
-    void onPageDeleted(int current, int count);
+    bool mayDelete(int page);
+    void onPageDeleted(int current);
 
     QString m_fileName;
     SendList m_rows;
@@ -54,6 +57,5 @@ private:
     QPushButton *m_clear;
     QtPageBar *m_pageBar;
     int m_shownPage = 1;
-    int m_pageCount = SendList::fewestPages;
-    int m_deletedPage = 0; // the last page, while it is being deleted
+    int m_deletedPage = 0; // while one is being deleted
 };

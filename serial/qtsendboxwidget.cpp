@@ -185,6 +185,10 @@ void QtSendBoxWidget::setCurrentPage(int index)
         m_pages->widget(i)->setSizePolicy(QSizePolicy::Preferred,
                                           i == index ? QSizePolicy::Preferred : QSizePolicy::Ignored);
     m_pages->setCurrentIndex(index);
+    if (index != SinglePage && isAutoSending()) {
+        stopAutoSend();
+        emit signalNotify(QStringLiteral("已离开单项发送，自动发送已停止"), 0);
+    }
 }
 
 void QtSendBoxWidget::setNewline(bool bCheck)
@@ -195,10 +199,14 @@ void QtSendBoxWidget::setNewline(bool bCheck)
 void QtSendBoxWidget::setAutoSend(bool bCheck)
 {
     m_ignoredTold = 0;
-    if (!bCheck)
+    if (!bCheck) {
         m_autoTimer.stop();
-    else if (deviceIsOpen())
+    } else if (m_pages->currentIndex() != SinglePage) {
+        stopAutoSend(); // what it sends would not be seen
+        QtMessageTip::showTip(QStringLiteral("自动发送只用于单项发送"));
+    } else if (deviceIsOpen()) {
         m_autoTimer.start();
+    }
 }
 
 void QtSendBoxWidget::setHexSend(bool bCheck)
@@ -253,12 +261,9 @@ void QtSendBoxWidget::sendText(QString text)
     if (m_hexSend) {
         const HexText::Parsed parsed = HexText::parse(text);
         bytes = parsed.bytes;
-        // Told once for each text, not at every period.
-        if (parsed.ignored != m_ignoredTold && parsed.ignored > 0)
-            emit signalNotify(
-                QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(parsed.ignored),
-                255);
-        m_ignoredTold = parsed.ignored;
+        notifyHexIgnored(parsed.ignored, bytes.isEmpty());
+        if (bytes.isEmpty() && parsed.ignored > 0)
+            return; // a new line alone is not what was typed
     } else {
         bytes = TextCodec::encode(text, Settings::instance().textCodec);
     }
@@ -266,6 +271,19 @@ void QtSendBoxWidget::sendText(QString text)
         bytes += newLine();
     if (!bytes.isEmpty())
         emit signalSendData(bytes);
+}
+
+// Once for each text, not at every period.
+void QtSendBoxWidget::notifyHexIgnored(int ignored, bool nothingLeft)
+{
+    if (ignored > 0 && ignored != m_ignoredTold) {
+        const QString text =
+            nothingLeft
+                ? QStringLiteral("没有完整的十六进制字节，未发送！")
+                : QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(ignored);
+        emit signalNotify(text, 255);
+    }
+    m_ignoredTold = ignored;
 }
 
 QString QtSendBoxWidget::tooLong(const QString &what) const
@@ -299,18 +317,22 @@ void QtSendBoxWidget::SltLoadDataFile()
 
 void QtSendBoxWidget::loadSingleText()
 {
-    QFile file(textFile(m_owner));
-    if (file.open(QIODevice::ReadOnly))
-        m_single->setText(TextCodec::decodeFile(file.read(20 * QtTextEditInput::mostCharacters)));
+    QByteArray content;
+    if (SafeFile::read(textFile(m_owner), 20 * QtTextEditInput::mostCharacters, &content, &m_textReadError))
+        m_single->setText(TextCodec::decodeFile(content));
+    else // told when the page has been connected
+        QTimer::singleShot(0, this, [this] {
+            emit signalNotify(QStringLiteral("发送数据读取失败：%1").arg(m_textReadError), 255);
+        });
 }
 
 void QtSendBoxWidget::saveSingleText()
 {
     m_saveTimer.stop();
-    QString error;
-    AppPaths::makeFolders(); // they may be gone
-    if (SafeFile::write(textFile(m_owner), m_single->text().toUtf8(), &error))
+    // A text that could not be read is not written over.
+    QString error = QFileInfo::exists(textFile(m_owner)) ? m_textReadError : QString();
+    if (error.isEmpty() && SafeFile::write(textFile(m_owner), m_single->text().toUtf8(), &error))
         m_textChanged = false;
     else
-        emit signalNotify(QStringLiteral("发送数据保存失败: %1").arg(error), 255);
+        emit signalNotify(QStringLiteral("发送数据保存失败：%1").arg(error), 255);
 }

@@ -30,6 +30,7 @@ public:
     void setDeviceOpen(bool open);
     bool isAutoSending() const { return m_autoTimer.isActive(); }
 
+    // Sends the single-send text again and again while that page is shown.
     // Milliseconds between two sends; false when below leastAutoInterval.
     bool setAutoInterval(int milliseconds);
     int autoInterval() const { return m_autoTimer.interval(); }
@@ -72,6 +73,7 @@ private:
     QString tooLong(const QString &what) const;
     void loadSingleText();
     void saveSingleText();
+    void notifyHexIgnored(int ignored, bool nothingLeft);
 
     Owner m_owner;
     QStackedWidget *m_pages;
@@ -84,5 +86,6 @@ private:
     bool m_hexSend = false;
     bool m_newline = false;
     bool m_textChanged = false;
-    int m_ignoredTold = 0; // characters that the user was told are not sent
+    QString m_textReadError; // why the stored text could not be read
+    int m_ignoredTold = 0;   // characters that the user was told are not sent
 };

@@ -339,14 +339,38 @@ void QtTerminalWidget::mouseReleaseEvent(QMouseEvent *event)
 
 void QtTerminalWidget::resizeEvent(QResizeEvent *event)
 {
-    const bool wasAtEnd = atEnd();
+    const Place before = place();
     QTextBrowser::resizeEvent(event);
-    followEnd(wasAtEnd);
+    returnTo(before);
 }
 
 void QtTerminalWidget::changeEvent(QEvent *event)
 {
+    const Place before = place();
     QTextBrowser::changeEvent(event);
-    if (event->type() == QEvent::FontChange && document()->defaultFont() != font())
+    if (event->type() != QEvent::FontChange)
+        return;
+    if (document()->defaultFont() != font())
         document()->setDefaultFont(font());
+    returnTo(before);
+}
+
+LogLayout *QtTerminalWidget::logLayout() const
+{
+    return static_cast<LogLayout *>(document()->documentLayout());
+}
+
+QtTerminalWidget::Place QtTerminalWidget::place() const
+{
+    const int top = verticalScrollBar()->value();
+    const int position = logLayout()->hitTest(QPointF(0, top), Qt::FuzzyHit);
+    return {atEnd(), position, top - qRound(logLayout()->rowTop(position))};
+}
+
+void QtTerminalWidget::returnTo(const Place &place)
+{
+    if (!place.atEnd)
+        verticalScrollBar()->setValue(qRound(logLayout()->rowTop(place.position)) +
+                                      qMin(place.offset, static_cast<int>(logLayout()->lineHeight())));
+    followEnd(place.atEnd);
 }

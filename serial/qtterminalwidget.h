@@ -98,6 +98,17 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    // The text on top of the view, to which it returns when rows have changed.
+    struct Place
+    {
+        bool atEnd;
+        int position;
+        int offset; // pixels of its row above the view
+    };
+
+    LogLayout *logLayout() const;
+    Place place() const;
+    void returnTo(const Place &place);
     bool atEnd() const; // and nothing that the mouse marks keeps it from going on
     void followEnd(bool wasAtEnd);
     void record(const QString &text);

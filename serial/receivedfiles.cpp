@@ -1,5 +1,6 @@
 #include "serial/receivedfiles.h"
 
+#include "app/filereason.h"
 #include "app/safefile.h"
 #include "app/textcodec.h"
 #include "serial/bytespool.h"
@@ -17,17 +18,17 @@
 namespace {
 
 constexpr qint64 kPieceBytes = 256 * 1024;
-constexpr int kLongestStretchMs = 16; // between two looks at the event loop
+constexpr int kMaxStretchMs = 16; // between two looks at the event loop
 
-// Lets timers and sockets run while a long file is written; the user's own
-// input waits.
-class Breather
+// Lets timers and sockets run while a long file is written, but no input of the
+// user.
+class EventSlices
 {
 public:
-    Breather() { m_clock.start(); }
-    void breathe()
+    EventSlices() { m_clock.start(); }
+    void runIfDue()
     {
-        if (m_clock.elapsed() < kLongestStretchMs)
+        if (m_clock.elapsed() < kMaxStretchMs)
             return;
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
         m_clock.start();
@@ -37,57 +38,65 @@ private:
     QElapsedTimer m_clock;
 };
 
-// Shows what waits to be shown at this moment; it belongs to the text.
-void showQueued(QtTerminalWidget &terminal, Breather &breather)
+// Shows what is pending for display at this moment; it belongs to the text.
+void showQueued(QtTerminalWidget &terminal, EventSlices &events)
 {
-    qint64 waiting = terminal.queuedBytes();
-    for (qint64 due = waiting; due > 0 && waiting > 0;) {
+    qint64 pending = terminal.queuedBytes();
+    for (qint64 due = pending; due > 0 && pending > 0;) {
         terminal.flushSlice();
-        due -= waiting - terminal.queuedBytes();
-        breather.breathe();
-        waiting = terminal.queuedBytes();
+        due -= pending - terminal.queuedBytes();
+        events.runIfDue();
+        pending = terminal.queuedBytes();
     }
+}
+
+bool failed(const QFileDevice &file, QString *error)
+{
+    *error = FileReason::of(file);
+    if (error->isEmpty())
+        *error = QStringLiteral("缓存文件无法读取");
+    return false;
 }
 
 } // namespace
 
 namespace ReceivedFiles {
 
-bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecIndex)
+bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecIndex, QString *error)
 {
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly))
-        return false;
+        return failed(file, error);
     const std::unique_ptr<QTextEncoder> encoder(
         TextCodec::codec(codecIndex)->makeEncoder(QTextCodec::IgnoreHeader));
-    Breather breather;
-    showQueued(terminal, breather);
+    EventSlices events;
+    showQueued(terminal, events);
     QtTerminalWidget::Reader reader(terminal);
     for (QString text = reader.next(); !text.isEmpty(); text = reader.next()) {
         const QByteArray bytes = encoder->fromUnicode(text);
         if (file.write(bytes) != bytes.size())
-            return false;
-        breather.breathe();
+            return failed(file, error);
+        events.runIfDue();
     }
-    return !reader.failed() && SafeFile::commit(file);
+    return reader.failed() ? failed(file, error) : SafeFile::commit(file, error);
 }
 
-bool saveBytes(const ByteSpool &spool, const QString &fileName)
+bool saveBytes(const ByteSpool &spool, const QString &fileName, QString *error)
 {
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly))
-        return false;
-    Breather breather;
+        return failed(file, error);
+    EventSlices events;
     const qint64 size = spool.size(); // what comes from now on isn't asked for
     for (qint64 offset = 0; offset < size;) {
-        bool failed = false;
-        const QByteArray bytes = spool.read(offset, qMin(kPieceBytes, size - offset), &failed);
-        if (failed || bytes.isEmpty() || file.write(bytes) != bytes.size())
-            return false;
+        bool unreadable = false;
+        const QByteArray bytes = spool.read(offset, qMin(kPieceBytes, size - offset), &unreadable);
+        if (unreadable || bytes.isEmpty() || file.write(bytes) != bytes.size())
+            return failed(file, error);
         offset += bytes.size();
-        breather.breathe();
+        events.runIfDue();
     }
-    return SafeFile::commit(file);
+    return SafeFile::commit(file, error);
 }
 
 QString datedName(const QString &folder, const QStringList &suffixes)

@@ -11,9 +11,10 @@ class QtTerminalWidget;
 
 namespace ReceivedFiles {
 
-// Replaces the file only when all was written; false leaves it as it was.
-bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecIndex);
-bool saveBytes(const ByteSpool &spool, const QString &fileName);
+// Replaces the file only when all was written; false, with the reason, leaves
+// it as it was.
+bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecIndex, QString *error);
+bool saveBytes(const ByteSpool &spool, const QString &fileName, QString *error);
 
 // A name for a file made now in a folder, without suffix, such as
 // "recv_20260131_235959"; a number is added where one of the suffixes exists.

@@ -8,6 +8,7 @@
 #include "shell/base/qtmessagebox.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
 
@@ -19,6 +20,7 @@ constexpr int kError = 255;
 const auto kTextFilter = QStringLiteral("文本文件(*.txt)");
 const auto kBytesFilter = QStringLiteral("数据文件(*.bin)");
 const auto kQuestion = QStringLiteral("询问");
+const auto kUnsaved = QStringLiteral("当前有数据未保存，是否保存接收数据?");
 
 } // namespace
 
@@ -60,12 +62,11 @@ void ReceiveStore::clear()
 {
     m_terminal->clearTerminal();
     m_unsaved = false;
-    m_hidden = false;
 }
 
 bool ReceiveStore::isEmpty() const
 {
-    return m_terminal->isEmpty() && !(m_unsaved && m_hidden);
+    return m_spool.size() == 0;
 }
 
 bool ReceiveStore::save()
@@ -92,52 +93,69 @@ ReceiveStore::Target ReceiveStore::askForFile()
 bool ReceiveStore::writeTo(const Target &target)
 {
     m_unsaved = false; // what comes while it is written is not in the file
+    QString error;
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool saved =
-        target.asBytes ? ReceivedFiles::saveBytes(m_spool, target.name)
-                       : ReceivedFiles::saveText(*m_terminal, target.name, Settings::instance().textCodec);
+    const bool saved = target.asBytes ? writeBytes(target.name, &error) : writeText(target.name, &error);
     QGuiApplication::restoreOverrideCursor();
-    if (!saved)
+    const bool complete =
+        target.asBytes ? m_spool.state() != ByteSpool::State::Incomplete : m_terminal->isRecordComplete();
+    if (!saved) {
         m_unsaved = true;
-    if (saved && target.asBytes && m_spool.state() == ByteSpool::State::Incomplete)
+        emit notify(QStringLiteral("文件保存失败!"), kError);
+        emit notify(QStringLiteral("无法写入“%1”：%2").arg(QFileInfo(target.name).fileName(), error), kError);
+    } else if (!complete) {
         emit notify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
-    else
-        emit notify(saved ? QStringLiteral("文件保存完成!") : QStringLiteral("文件保存失败!"),
-                    saved ? kInformation : kError);
+    } else {
+        emit notify(QStringLiteral("文件保存完成!"), kInformation);
+    }
     return saved;
 }
 
-// To dated files: the text shown, and the bytes as they came when the display
-// doesn't hold them all.
-bool ReceiveStore::saveTo(const QString &folder)
+bool ReceiveStore::writeText(const QString &name, QString *error)
 {
-    if (folder.isEmpty() || !QDir().mkpath(folder))
+    return ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec, error);
+}
+
+bool ReceiveStore::writeBytes(const QString &name, QString *error)
+{
+    const qint64 size = m_spool.size();
+    if (!ReceivedFiles::saveBytes(m_spool, name, error))
         return false;
+    m_bytesSaved = size;
+    return true;
+}
+
+// To dated files: the bytes of the session, since text can't reproduce them,
+// and beside them the text shown.
+bool ReceiveStore::saveTo(const QString &folder, QString *error)
+{
+    if (folder.isEmpty() || !QDir().mkpath(folder)) {
+        *error = QStringLiteral("无法创建文件夹");
+        return false;
+    }
     const QString text = QStringLiteral(".txt");
     const QString bytes = QStringLiteral(".bin");
     const QString name = ReceivedFiles::datedName(folder, {text, bytes});
-    const int codec = Settings::instance().textCodec;
-    return (m_terminal->isEmpty() || ReceivedFiles::saveText(*m_terminal, name + text, codec)) &&
-           (!m_hidden || ReceivedFiles::saveBytes(m_spool, name + bytes));
+    return writeBytes(name + bytes, error) &&
+           (!m_unsaved || m_terminal->isEmpty() || writeText(name + text, error));
 }
 
 // Or in the user's documents, where the program's folder cannot be written.
-bool ReceiveStore::saveBesideProgram()
+bool ReceiveStore::saveBesideProgram(QString *error)
 {
-    return saveTo(AppPaths::root() + QStringLiteral("/save")) ||
-           saveTo(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    return saveTo(AppPaths::root() + QStringLiteral("/save"), error) ||
+           saveTo(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation), error);
 }
 
 bool ReceiveStore::mayClose()
 {
     m_atExit = AtExit::Unasked;
-    return Settings::instance().closeBehaviour != Settings::Ask || !m_unsaved || isEmpty() || askAtExit();
+    return Settings::instance().closeBehaviour != Settings::Ask || !m_unsaved || askAtExit(kUnsaved);
 }
 
-bool ReceiveStore::askAtExit()
+bool ReceiveStore::askAtExit(const QString &question)
 {
-    switch (QtMessageBox::saveQuestion(m_page, kQuestion,
-                                       QStringLiteral("当前有数据未保存，是否保存接收数据?"))) {
+    switch (QtMessageBox::saveQuestion(m_page, kQuestion, question)) {
     case QtMessageBox::Save:
         m_exitFile = askForFile();
         m_atExit = AtExit::Save;
@@ -152,19 +170,32 @@ bool ReceiveStore::askAtExit()
 
 bool ReceiveStore::saveBeforeExit()
 {
-    if (!m_unsaved || isEmpty())
-        return true;
     switch (Settings::instance().closeBehaviour) {
     case Settings::Ask:
-        if (m_atExit == AtExit::Unasked && !askAtExit())
+        if (!m_unsaved)
+            return true;
+        if (m_atExit == AtExit::Unasked && !askAtExit(kUnsaved))
             return false;
         return m_atExit == AtExit::Discard || writeTo(m_exitFile);
     case Settings::AutoSave:
-        m_unsaved = !saveBesideProgram();
-        return !m_unsaved ||
-               QtMessageBox::question(m_page, kQuestion,
-                                      QStringLiteral("接收数据自动保存失败，是否仍然退出?")) == 1;
+        return autoSave();
     default:
         return true;
     }
+}
+
+// Also where the display was cleared or saved as text: the bytes are not in any
+// file then.
+bool ReceiveStore::autoSave()
+{
+    QString error;
+    if (m_spool.size() <= m_bytesSaved && !m_unsaved)
+        return true;
+    if (saveBesideProgram(&error)) {
+        m_unsaved = false;
+        return true;
+    }
+    if (!askAtExit(QStringLiteral("接收数据自动保存失败：%1。是否保存到其他位置？").arg(error)))
+        return false;
+    return m_atExit == AtExit::Discard || writeTo(m_exitFile);
 }

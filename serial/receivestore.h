@@ -20,11 +20,10 @@ public:
     ReceiveStore(QtTerminalWidget *terminal, const QString &stem, QWidget *page);
 
     void add(const QByteArray &bytes);
-    // Some of what came is not shown, or not for long.
-    void setHidden() { m_hidden = true; }
     // To be called some times a second while bytes come.
     void flush();
-    // The user has thrown away what is shown. The spool keeps the session.
+    // The user has thrown away what is shown; the session's bytes can still be
+    // saved.
     void clear();
 
     // Asks for a file and saves: the text shown since the last clearing, or
@@ -55,16 +54,19 @@ private:
     bool isEmpty() const;
     Target askForFile();
     bool writeTo(const Target &target);
-    bool askAtExit();
-    bool saveBesideProgram();
-    bool saveTo(const QString &folder);
+    bool writeText(const QString &name, QString *error);
+    bool writeBytes(const QString &name, QString *error);
+    bool askAtExit(const QString &question);
+    bool autoSave();
+    bool saveBesideProgram(QString *error);
+    bool saveTo(const QString &folder, QString *error);
 
     QtTerminalWidget *m_terminal;
     QWidget *m_page;
     ByteSpool m_spool;
     ByteSpool::State m_stateTold = ByteSpool::State::OnDisk;
-    bool m_unsaved = false; // something came since the last save or clearing
-    bool m_hidden = false;
+    bool m_unsaved = false;  // something came since the last save or clearing
+    qint64 m_bytesSaved = 0; // so many from the session's beginning are in a file as they came
     AtExit m_atExit = AtExit::Unasked;
     Target m_exitFile;
 };

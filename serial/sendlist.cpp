@@ -2,81 +2,123 @@
 
 #include "app/textcodec.h"
 
+#include <limits>
+
 namespace {
 
 // Longer than any line edit can show or send; a line of that length was not
 // written by a send list.
 constexpr int kLongestRow = 32767;
 
+constexpr int kBehindAll = std::numeric_limits<int>::max();
+
 } // namespace
 
 bool SendList::setRow(int index, const QString &text)
 {
-    if (text.isEmpty())
-        return m_rows.remove(index) > 0;
-    QString &row = m_rows[index];
-    if (row == text)
+    if (m_rows.value(index) == text)
         return false;
-    row = text;
+    if (text.isEmpty())
+        m_rows.remove(index);
+    else
+        m_rows.insert(index, text);
+    m_changed.insert(index);
     return true;
+}
+
+bool SendList::isFilled(int page) const
+{
+    const auto first = m_rows.lowerBound(index(page, 0));
+    return first != m_rows.constEnd() && first.key() < index(page + 1, 0);
 }
 
 bool SendList::clearPage(int page)
 {
     bool changed = false;
     for (int place = 0; place < rowsPerPage; ++place)
-        changed = m_rows.remove(index(page, place)) > 0 || changed;
+        changed = setRow(index(page, place), QString()) || changed;
     return changed;
 }
 
 void SendList::removePage(int page)
 {
-    const int first = index(page, 0);
-    QMap<int, QString> kept;
-    for (auto it = m_rows.constBegin(); it != m_rows.constEnd(); ++it) {
-        if (it.key() < first)
-            kept.insert(it.key(), it.value());
-        else if (it.key() >= first + rowsPerPage)
-            kept.insert(it.key() - rowsPerPage, it.value());
-    }
-    m_rows = kept;
+    if (m_rows.isEmpty())
+        return;
+    const int last = m_rows.lastKey();
+    for (int row = index(page, 0); row <= last; ++row)
+        setRow(row, m_rows.value(row + rowsPerPage));
+}
+
+int SendList::lastFilledPage() const
+{
+    return m_rows.isEmpty() ? 0 : m_rows.lastKey() / rowsPerPage + 1;
 }
 
 int SendList::pageCount() const
 {
-    const int needed = m_rows.isEmpty() ? 0 : m_rows.lastKey() / rowsPerPage + 1;
-    return qBound(fewestPages, needed, mostPages);
+    return qBound(fewestPages, lastFilledPage(), mostPages);
 }
 
 void SendList::read(const QByteArray &file)
 {
     m_rows.clear();
+    m_others.clear();
     const QString text = TextCodec::decodeFile(file);
+    QStringList others; // in front of the next row
     int start = 0;
     while (start < text.size()) {
         int end = text.indexOf(QLatin1Char('\n'), start);
         if (end < 0)
             end = text.size();
-        QStringRef line = text.midRef(start, end - start);
+        readLine(text.midRef(start, end - start), &others);
         start = end + 1;
-        while (line.endsWith(QLatin1Char('\r')))
-            line.chop(1);
-        const int separator = line.indexOf(QLatin1Char('#'));
-        if (separator < 0)
-            continue;
-        bool isNumber = false;
-        const int rowIndex = line.left(separator).trimmed().toInt(&isNumber);
-        if (!isNumber || rowIndex < 0 || rowIndex >= mostPages * rowsPerPage)
-            continue;
-        const QString row = line.mid(separator + 1).left(kLongestRow).toString();
-        setRow(rowIndex, row);
     }
+    if (!others.isEmpty())
+        m_others[kBehindAll] += others;
+    m_changed.clear();
+}
+
+void SendList::readLine(const QStringRef &line, QStringList *others)
+{
+    const int separator = line.indexOf(QLatin1Char('#'));
+    bool isNumber = false;
+    const int rowIndex = line.left(separator).trimmed().toInt(&isNumber);
+    if (separator < 0 || !isNumber || rowIndex < 0 || rowIndex >= mostPages * rowsPerPage) {
+        others->append(line.toString());
+        return;
+    }
+    QStringRef row = line.mid(separator + 1);
+    while (row.endsWith(QLatin1Char('\r')))
+        row.chop(1);
+    setRow(rowIndex, row.left(kLongestRow).toString());
+    if (!others->isEmpty())
+        m_others[rowIndex] += *others;
+    others->clear();
+}
+
+void SendList::merge(const QByteArray &file)
+{
+    SendList theirs;
+    theirs.read(file);
+    for (const int row : qAsConst(m_changed))
+        theirs.setRow(row, m_rows.value(row));
+    m_rows = theirs.m_rows;
+    m_others = theirs.m_others;
 }
 
 QByteArray SendList::write() const
 {
     QByteArray file;
-    for (auto it = m_rows.constBegin(); it != m_rows.constEnd(); ++it)
+    auto others = m_others.constBegin();
+    const auto writeOthers = [&](int upTo) {
+        for (; others != m_others.constEnd() && others.key() <= upTo; ++others)
+            for (const QString &line : others.value())
+                file += line.toUtf8() + '\n';
+    };
+    for (auto it = m_rows.constBegin(); it != m_rows.constEnd(); ++it) {
+        writeOthers(it.key());
         file += QByteArray::number(it.key()) + '#' + it.value().toUtf8() + '\n';
+    }
+    writeOthers(kBehindAll);
     return file;
 }

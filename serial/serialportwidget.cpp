@@ -206,13 +206,10 @@ void SerialportWidget::handleReceived(const QByteArrayList &pieces, qint64 size)
 {
     m_recvCount += static_cast<quint32>(size);
     m_area->refreshCounts();
-    if (m_recvOptions->stopShow()) {
-        m_received->setHidden();
+    if (m_recvOptions->stopShow())
         return;
-    }
     const bool hex = m_recvOptions->hexShow();
     if (m_recvOptions->logMode()) {
-        m_received->setHidden(); // the log view keeps the newest bytes only
         m_terminal->insertRecvData(pieces.join(), hex, m_recvOptions->timeStamp());
         return;
     }

@@ -13,6 +13,7 @@ namespace {
 // Paragraphs above this length are stored as several blocks: drawing and
 // inserting cost by the block.
 constexpr int kLongestBlock = 2048;
+constexpr int kLongestWord = 128; // that is kept in one block
 
 } // namespace
 
@@ -37,7 +38,11 @@ void QtTerminalWidget::appendText(const QString &text)
             end = text.size();
         while (inBlock + end - start > kLongestBlock) {
             int piece = qMax(0, kLongestBlock - inBlock);
-            if (piece > 0 && text.at(start + piece - 1).isHighSurrogate())
+            // Behind a space where there is one, so that no word is cut.
+            const int space = text.lastIndexOf(QLatin1Char(' '), start + piece - 1);
+            if (piece > 0 && space >= start && space > start + piece - kLongestWord)
+                piece = space + 1 - start;
+            else if (piece > 0 && text.at(start + piece - 1).isHighSurrogate())
                 --piece;
             stored += text.midRef(start, piece);
             stored += QLatin1Char('\n');
@@ -62,8 +67,11 @@ void QtTerminalWidget::appendText(const QString &text)
     cursor.setPosition(document()->characterCount() - 1);
     cursor.insertText(stored);
     cursor.endEditBlock();
+    if (cuts.isEmpty())
+        return;
     for (const int cut : qAsConst(cuts))
         LogLayout::setContinuation(document()->findBlockByNumber(firstNew + cut), true);
+    logLayout()->recount(firstNew + cuts.first() - 1);
 }
 
 // The buffer's text and nothing else.
@@ -101,8 +109,7 @@ void QtTerminalWidget::applyEdit(const ReceiveBuffer::Edit &edit)
     }
     // Lines that left at the front must not move what the user is reading.
     const int gone = linesAfterBack - document()->lineCount();
-    const auto *layout = static_cast<LogLayout *>(document()->documentLayout());
-    verticalScrollBar()->setValue(offset - static_cast<int>(gone * layout->lineHeight()));
+    verticalScrollBar()->setValue(offset - static_cast<int>(gone * logLayout()->lineHeight()));
 }
 
 void QtTerminalWidget::replaceText(const QString &text)
@@ -133,16 +140,15 @@ void QtTerminalWidget::trimFront()
     if (first.blockNumber() == 0)
         return;
 
-    const int cut = first.position();
-    const int linesGone = first.firstLineNumber();
-    const bool continues = LogLayout::isContinuation(first);
+    // The row that a block before has begun goes as a whole.
+    const int cut = first.position() + logLayout()->firstRowStart(first);
+    const int rowsGone = first.firstLineNumber();
     const int offset = verticalScrollBar()->value();
     QTextCursor cursor(document());
     cursor.beginEditBlock();
     cursor.setPosition(cut, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
     cursor.endEditBlock();
-    LogLayout::setContinuation(document()->firstBlock(), continues);
-    const auto *layout = static_cast<LogLayout *>(document()->documentLayout());
-    verticalScrollBar()->setValue(offset - static_cast<int>(linesGone * layout->lineHeight()));
+    LogLayout::setContinuation(document()->firstBlock(), false);
+    verticalScrollBar()->setValue(offset - static_cast<int>(rowsGone * logLayout()->lineHeight()));
 }

@@ -331,7 +331,7 @@ void TestNetworkPage::savesAndClears()
         return QStringList("/nowhere/at/all.txt");
     };
     click("btnSaveRecv");
-    QCOMPARE(lastNotice(), QStringLiteral("文件保存失败!"));
+    QCOMPARE(lastNotice(), QStringLiteral("无法写入“all.txt”：文件夹不存在"));
 
     // Something new came: closing asks.
     Settings::instance().closeBehaviour = Settings::Ask;

@@ -41,6 +41,8 @@ private slots:
     void keepsTheTypedText();
     void loadsDataFiles();
     void keepsAndSendsRows();
+    void sharesRowsWithAnotherCopy();
+    void tellsWhatItCannotStore();
     void addsAndDeletesPages();
     void clearingAPageAsksFirst();
     void listsFilesToSend();
@@ -184,13 +186,17 @@ void TestSendBox::sendsTypedText()
 
 void TestSendBox::sendsHexadecimalAndTellsWhatItIgnored()
 {
+    m_editor->setPlainText("hello");
     const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::signalNotify);
     m_box->setHexSend(true);
-    m_editor->setPlainText("01 02 fF 7");
     m_box->setNewline(true);
     press("btnSingleSend");
-    QCOMPARE(lastSent(), QByteArray("\x01\x02\xff\r\n"));
+    QCOMPARE(m_sent->count(), 0); // no byte, and no line end alone
     QCOMPARE(notices.count(), 1);
+    m_editor->setPlainText("01 02 fF 7");
+    press("btnSingleSend");
+    QCOMPARE(lastSent(), QByteArray("\x01\x02\xff\r\n"));
+    QCOMPARE(notices.count(), 2);
     QVERIFY(notices.last().at(0).toString().contains("1"));
     QCOMPARE(notices.last().at(1).toInt(), 255);
 
@@ -199,10 +205,10 @@ void TestSendBox::sendsHexadecimalAndTellsWhatItIgnored()
     m_box->setAutoSend(true);
     QTRY_VERIFY(m_sent->count() >= 4);
     m_box->setAutoSend(false);
-    QCOMPARE(notices.count(), 2);
+    QCOMPARE(notices.count(), 3);
     m_editor->setPlainText("01");
     press("btnSingleSend");
-    QCOMPARE(notices.count(), 2);
+    QCOMPARE(notices.count(), 3);
 }
 
 void TestSendBox::refusesWithoutDevice()
@@ -232,6 +238,15 @@ void TestSendBox::autoSendsWithItsPeriod()
     check->click();
     QVERIFY(m_box->isAutoSending());
     QTRY_VERIFY(m_sent->count() >= 3);
+    // On a page that shows another text it neither goes on nor starts.
+    m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
+    QVERIFY(!check->isChecked());
+    check->click();
+    QVERIFY(!check->isChecked());
+    QVERIFY(!m_box->isAutoSending());
+    m_box->setCurrentPage(QtSendBoxWidget::SinglePage);
+    check->click();
+    QVERIFY(m_box->isAutoSending());
     m_box->setDeviceOpen(false);
     QVERIFY(!check->isChecked());
     QVERIFY(!m_box->isAutoSending());
@@ -340,8 +355,63 @@ void TestSendBox::keepsAndSendsRows()
     QCOMPARE(child<QLineEdit>("multiEdit2")->text(), QStringLiteral("01 02"));
 }
 
+void TestSendBox::sharesRowsWithAnotherCopy()
+{
+    auto *first = child<QLineEdit>("multiEdit0");
+    first->setText("mine");
+    QTest::keyClick(first, Qt::Key_Return);
+    QtSendBoxWidget copy(QtSendBoxWidget::Serial);
+    auto *theirs = copy.findChild<QLineEdit *>("multiEdit1");
+    theirs->setText("theirs");
+    QTest::keyClick(theirs, Qt::Key_Return);
+    first->setText("mine again");
+    QTest::keyClick(first, Qt::Key_Return);
+    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#mine again\n1#theirs\n"));
+    QCOMPARE(child<QLineEdit>("multiEdit1")->text(), QStringLiteral("theirs"));
+    // "conf" has gone: all rows are written again.
+    QVERIFY(QDir(AppPaths::confFolder()).removeRecursively());
+    first->setText("third");
+    QTest::keyClick(first, Qt::Key_Return);
+    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#third\n1#theirs\n"));
+}
+
+// What can't be read is not written over, and every failure says why.
+void TestSendBox::tellsWhatItCannotStore()
+{
+    const auto fold = [](const char *name) { // root may read any file, but none of these
+        QFile::remove(AppPaths::confFolder() + '/' + name);
+        QVERIFY(QDir(AppPaths::confFolder()).mkdir(name));
+    };
+    m_box.reset();
+    fold("ser_multi_conf.txt");
+    fold("ser_send_data.txt");
+    makeBox();
+    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::signalNotify);
+    QTRY_COMPARE(notices.count(), 2);
+    QTest::keyClicks(m_editor, "x");
+    QTRY_COMPARE(notices.count(), 3);
+    auto *row = child<QLineEdit>("multiEdit0");
+    row->setText("y");
+    QTest::keyClick(row, Qt::Key_Return);
+    QVERIFY(notices.count() >= 4);
+    for (const QList<QVariant> &notice : notices) {
+        QVERIFY2(notice.at(0).toString().endsWith(QStringLiteral("失败：不是普通文件")),
+                 qPrintable(notice.at(0).toString()));
+        QCOMPARE(notice.at(1).toInt(), 255);
+    }
+    QVERIFY(QDir(AppPaths::confFolder()).rmdir("ser_multi_conf.txt"));
+    QTest::keyClick(row, Qt::Key_Return); // tried again
+    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#y\n"));
+}
+
 void TestSendBox::addsAndDeletesPages()
 {
+    int asked = 0;
+    int answer = 1;
+    DialogAnswers::instance().message = [&](auto, auto, auto) {
+        ++asked;
+        return answer;
+    };
     auto *bar = m_box->findChild<QtPageBar *>();
     auto *edit = child<QLineEdit>("multiEdit0");
     for (int page = 1; page <= 5; ++page) {
@@ -353,6 +423,11 @@ void TestSendBox::addsAndDeletesPages()
     edit->setText("6");
     QCOMPARE(bar->pageCount(), 6);
 
+    answer = 0;
+    bar->SltDeleteCurrentPage();
+    QCOMPARE(bar->pageCount(), 6);
+    QCOMPARE(edit->text(), QStringLiteral("6"));
+    answer = 1;
     bar->SltPrevPage(); // page 5 of 6: a page in the middle
     bar->SltDeleteCurrentPage();
     QCOMPARE(edit->text(), QStringLiteral("6")); // the next one moved here
@@ -366,6 +441,12 @@ void TestSendBox::addsAndDeletesPages()
     bar->SltDeleteCurrentPage(); // with text that was being typed
     QCOMPARE(edit->text(), QStringLiteral("2"));
     QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#2\n10#3\n20#4\n"));
+    QCOMPARE(asked, 4);
+    bar->SltAddNewPage();
+    bar->SltJumpLastPage();
+    bar->SltDeleteCurrentPage(); // empty
+    QCOMPARE(asked, 4);
+    QCOMPARE(bar->pageCount(), 3);
 }
 
 void TestSendBox::clearingAPageAsksFirst()

@@ -39,6 +39,7 @@ private slots:
     void keepsBytesWhenTheDiskIsFull();
     void readsListsOfOtherPrograms();
     void writesTheListExactly();
+    void keepsWhatOthersWroteIntoTheList();
     void deletesPagesOfTheList();
     void survivesHostileLists();
     void editsLeadToTheWholeText_data();
@@ -184,6 +185,24 @@ void TestSerialEngine::writesTheListExactly()
     QCOMPARE(again.write(), list.write());
 }
 
+void TestSerialEngine::keepsWhatOthersWroteIntoTheList()
+{
+    const QByteArray file("; commands of the boot loader\n0#a\n1#b\n5#f\nnot a row\n2000#far\n");
+    SendList list;
+    list.read(file);
+    QCOMPARE(list.write(), file);
+    list.setRow(1, "mine");
+    list.setRow(5, QString());
+    // Meanwhile, others have changed two rows, added one and deleted one.
+    list.merge("; commands of the boot loader\n0#theirs\n1#theirs\n2#new\nnot a row\n2000#far\n");
+    QVERIFY(list.isChanged());
+    QCOMPARE(list.write(),
+             QByteArray("; commands of the boot loader\n0#theirs\n1#mine\n2#new\nnot a row\n2000#far\n"));
+    list.setWritten();
+    list.merge("1#theirs\n"); // what was written once is no longer one's own
+    QCOMPARE(list.write(), QByteArray("1#theirs\n"));
+}
+
 void TestSerialEngine::deletesPagesOfTheList()
 {
     SendList list;
@@ -202,8 +221,8 @@ void TestSerialEngine::survivesHostileLists()
     SendList list;
     list.read(QByteArray("99999999999999999999#x\n4294967296#y\n# \n") + "5#" +
               QByteArray(10 * 1000 * 1000, 'z'));
-    QCOMPARE(list.row(5).size(), 32767); // what a row can hold
-    QCOMPARE(list.write().count('\n'), 1);
+    QCOMPARE(list.row(5).size(), 32767);   // what a row can hold
+    QCOMPARE(list.write().count('\n'), 4); // and the lines that are no rows
 }
 
 void TestSerialEngine::editsLeadToTheWholeText_data()

@@ -20,6 +20,7 @@ private slots:
     void tellsAFullDisk();
     void closingFollowsTheSetting_data();
     void closingFollowsTheSetting();
+    void autoSavingKeepsTheBytes();
     void closingAsksOnlyForWhatIsUnsaved();
 };
 
@@ -45,10 +46,27 @@ void TestSerialFiles::savesTextAndBytes()
     chooseFile(bytes);
     click("btnSaveRecv");
     QCOMPARE(contentOf(bytes), first + second); // the whole session, as it came
-    chooseFile(m_root->filePath("no/such/folder/x.txt"));
+    // Without anything shown there are still the bytes.
+    click("btnClearRecv");
+    chooseFile(m_root->filePath("cleared"));
     click("btnSaveRecv");
-    QCOMPARE(lastNotice(), QStringLiteral("文件保存失败!"));
-    QCOMPARE(lastKind(), 255);
+    QCOMPARE(contentOf(m_root->filePath("cleared")), first + second);
+    for (const char *name : {"no/such/folder/x.txt", "no/such/folder/x.bin"}) {
+        receive("more");
+        const int before = m_notices->count();
+        chooseFile(m_root->filePath(QLatin1String(name)));
+        click("btnSaveRecv");
+        QCOMPARE(m_notices->count(), before + 2);
+        QCOMPARE(m_notices->at(before).at(0).toString(), QStringLiteral("文件保存失败!"));
+        QVERIFY(lastNotice().endsWith(QStringLiteral("：文件夹不存在")));
+        QCOMPARE(lastKind(), 255);
+    }
+    // What could not be saved is still unsaved.
+    Settings::instance().closeBehaviour = Settings::Ask;
+    int asked = 0;
+    DialogAnswers::instance().message = [&](auto, auto, auto) { return asked++; };
+    QVERIFY(!m_page->mayClose());
+    QCOMPARE(asked, 1);
     const int notices = m_notices->count();
     chooseFile(QString()); // cancelled
     click("btnSaveRecv");
@@ -90,7 +108,7 @@ void TestSerialFiles::tellsAFullDisk()
     const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
     setrlimit(RLIMIT_FSIZE, &before);
     QVERIFY2(notice.contains(QStringLiteral("磁盘空间")), qPrintable(notice));
-    QCOMPARE(saved, QStringLiteral("文件保存失败!"));
+    QVERIFY2(saved.contains(QStringLiteral("磁盘空间")), qPrintable(saved));
     QVERIFY(!written);
     QVERIFY2(reason.contains(QStringLiteral("磁盘空间")), qPrintable(reason));
     QCOMPARE(shown(), QString(500, 'a') + QString(800, 'b'));
@@ -151,6 +169,31 @@ void TestSerialFiles::closingFollowsTheSetting()
     for (const QString &name : folder.entryList({"recv_*.txt"}, QDir::Files))
         content += contentOf(folder.filePath(name));
     QCOMPARE(QString::fromUtf8(content), saved);
+}
+
+// Text can't reproduce bytes that are no characters, nor CR LF; and what was
+// cleared or saved as text only is not in any file as it came.
+void TestSerialFiles::autoSavingKeepsTheBytes()
+{
+    Settings::instance().closeBehaviour = Settings::AutoSave;
+    const QDir folder(m_root->filePath("save"));
+    const auto binaries = [&] { return folder.entryList({"recv_*.bin"}, QDir::Files, QDir::Name); };
+    openPort();
+    const QByteArray bytes("a\r\n\xff\x80");
+    receive(bytes);
+    click("btnClearRecv");
+    QVERIFY(m_page->saveBeforeExit());
+    QCOMPARE(binaries().size(), 1);
+    QCOMPARE(contentOf(folder.filePath(binaries().first())), bytes);
+    QVERIFY(m_page->saveBeforeExit()); // nothing came since
+    QCOMPARE(binaries().size(), 1);
+    receive(bytes);
+    chooseFile(m_root->filePath("by hand.txt"));
+    click("btnSaveRecv");
+    QVERIFY(m_page->saveBeforeExit());
+    QCOMPARE(binaries().size(), 2);
+    QCOMPARE(contentOf(folder.filePath(binaries().last())), bytes + bytes);
+    QCOMPARE(folder.entryList({"recv_*.txt"}).size(), 0);
 }
 
 void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()

@@ -41,7 +41,10 @@ private slots:
     void recordsWhatTheDisplayDrops();
     void recordsWhatTheLogViewReplaces();
     void clearsEverything();
-    void breaksLinesByColumns();
+    void breaksRowsByColumns();
+    void rowsShowNoCuts_data();
+    void rowsShowNoCuts();
+    void zoomingKeepsThePlace();
     void hitsTheCharacterUnderThePointer();
     void survivesHostileText();
 
@@ -407,35 +410,118 @@ void TestTerminal::clearsEverything()
     QCOMPARE(recorded(), QString());
 }
 
-void TestTerminal::breaksLinesByColumns()
+void TestTerminal::breaksRowsByColumns()
 {
     const auto end = [](const QString &text, int start, int columns) {
-        return LogLayout::lineEnd(text.constData(), text.size(), start, columns);
+        int column = 0;
+        return LogLayout::rowEnd(text.constData(), text.size(), start, columns, &column);
     };
     QCOMPARE(end("abcdef", 0, 4), 4);
     QCOMPARE(end("abcdef", 4, 4), 6);
+    QCOMPARE(end("ab cdef", 0, 6), 3);   // between words
+    QCOMPARE(end("0A 1B 2C ", 0, 5), 6); // the space hangs
+    QCOMPARE(end("0A 1B 2C ", 0, 7), 6);
     QCOMPARE(end(QStringLiteral("ab温度"), 0, 5), 3);
     QCOMPARE(end("a\tb", 0, 8), 2);
     QCOMPARE(end("a\tb", 0, 9), 3);
     QCOMPARE(end(QString::fromUcs4(U"\U0001F600\U0001F600"), 0, 3), 2);
     QCOMPARE(end(QStringLiteral("温"), 0, 1), 1); // never an empty line
+}
 
-    // The height is the number of such lines, for any width.
-    const QString text = QString(1000, 'x') + QStringLiteral("\n温度") + QString(500, QChar(0x6E29));
-    m_terminal->insertTerminalText(text);
+// Hexadecimal rows hold whole bytes and are full up to the last one, at any
+// width, font and place, although the text is stored in pieces; so are rows of
+// text and words too long for one.
+void TestTerminal::rowsShowNoCuts_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("hexadecimal") << QStringLiteral("0A 1B FF ").repeated(1000);
+    QTest::newRow("Chinese") << QString(5000, QChar(0x6E29));
+    QTest::newRow("one word") << QString(5000, 'x');
+    QTest::newRow("words") << QStringLiteral("some words of several lengths, 温度 25.3 ").repeated(150);
+    QTest::newRow("paragraphs") << QString(1000, 'x') + QStringLiteral("\n温度\n\n") + QString(4100, 'y');
+}
+
+void TestTerminal::rowsShowNoCuts()
+{
+    QFETCH(QString, text);
+    for (int i = 0; i < text.size(); i += 777)
+        m_terminal->insertTerminalText(text.mid(i, 777));
     const auto *layout = static_cast<LogLayout *>(m_terminal->document()->documentLayout());
-    for (const int width : {300, 600, 451}) {
+    for (const int width : {600, 300, 451, 451}) {
         m_terminal->resize(width, 300);
+        m_terminal->zoomIn(1);
         const qreal margin = m_terminal->document()->documentMargin();
         const int columns =
             static_cast<int>((m_terminal->document()->pageSize().width() - 2 * margin) /
                              QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0'));
-        int lines = 0;
-        for (const QString &paragraph : text.split('\n')) {
-            for (int start = 0; start < paragraph.size(); ++lines)
-                start = end(paragraph, start, columns);
+        QMap<int, QString> rows; // by their number, from what stands where
+        for (QTextBlock block = m_terminal->document()->firstBlock(); block.isValid(); block = block.next()) {
+            const qreal top = layout->blockBoundingRect(block).top();
+            for (int i = 0; i < block.layout()->lineCount(); ++i) {
+                const QTextLine line = block.layout()->lineAt(i);
+                const qreal y = top + line.y();
+                QCOMPARE(layout->rowTop(block.position() + line.textStart()), y);
+                rows[qRound((y - margin) / layout->lineHeight())] +=
+                    block.text().midRef(line.textStart(), line.textLength());
+            }
         }
-        QCOMPARE(layout->documentSize().height(), lines * layout->lineHeight() + 2 * margin);
+        QStringList expected;
+        for (const QString &paragraph : text.split('\n')) {
+            int start = 0;
+            do {
+                int column = 0;
+                const int end =
+                    LogLayout::rowEnd(paragraph.constData(), paragraph.size(), start, columns, &column);
+                expected += paragraph.mid(start, end - start);
+                start = end;
+            } while (start < paragraph.size());
+        }
+        QCOMPARE(QStringList(rows.values()), expected);
+        QCOMPARE(layout->documentSize().height(), expected.size() * layout->lineHeight() + 2 * margin);
+    }
+    QCOMPARE(m_terminal->toPlainText(), text);
+    m_terminal->setBounds(3000, 1000); // rows go at the front as a whole
+    m_terminal->insertTerminalText(" ");
+    QVERIFY(m_terminal->document()->characterCount() < 3000 + 2048);
+    QVERIFY((text + ' ').endsWith(m_terminal->toPlainText()));
+    m_terminal->grab();
+}
+
+// A turn of the wheel keeps what stands on top, or the end.
+void TestTerminal::zoomingKeepsThePlace()
+{
+    m_terminal->insertTerminalText(QStringLiteral("a line\n").repeated(500) +
+                                   QStringLiteral("a long line ").repeated(300) +
+                                   QStringLiteral("\na line").repeated(500));
+    QScrollBar *bar = m_terminal->verticalScrollBar();
+    auto *layout = m_terminal->document()->documentLayout();
+    const auto topBlock = [&] {
+        return m_terminal->document()
+            ->findBlock(layout->hitTest(QPointF(0, bar->value()), Qt::FuzzyHit))
+            .blockNumber();
+    };
+    const auto zoom = [&](int notches) {
+        const QPointF at(50, 50);
+        QWheelEvent turn(at, m_terminal->viewport()->mapToGlobal(at.toPoint()), QPoint(),
+                         QPoint(0, 120 * notches), Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase,
+                         false);
+        QCoreApplication::sendEvent(m_terminal->viewport(), &turn);
+    };
+    const int size = m_terminal->font().pointSize();
+    for (const int notches : {1, 3, -4}) {
+        bar->setValue(bar->maximum());
+        zoom(notches);
+        QCOMPARE(bar->value(), bar->maximum());
+        for (const int block : {250, 750}) {
+            bar->setValue(
+                qRound(layout->blockBoundingRect(m_terminal->document()->findBlockByNumber(block)).top()));
+            zoom(notches);
+            QCOMPARE(topBlock(), block);
+            zoom(-notches);
+            QCOMPARE(topBlock(), block);
+        }
+        zoom(-notches);
+        QCOMPARE(m_terminal->font().pointSize(), size);
     }
 }
 
