@@ -64,7 +64,7 @@ void QtPageBar::SltAddNewPage()
 
 void QtPageBar::SltDeleteCurrentPage()
 {
-    if (m_count <= 1)
+    if (m_count <= 1 || (m_mayDelete && !m_mayDelete(m_current)))
         return;
     --m_count;
     showCount();

@@ -6,6 +6,8 @@
 
 #include <QWidget>
 
+#include <functional>
+
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -24,6 +26,10 @@ public:
 
     // Starts again at page 1 with this many pages (1 to 100); emits nothing.
     void reset(int pageCount);
+
+    // Asked with the number of the page that is to be deleted, while it is still
+    // there; false keeps it.
+    void setDeleteGuard(std::function<bool(int page)> guard) { m_mayDelete = std::move(guard); }
 
 public slots:
     void SltAddNewPage();
@@ -46,6 +52,7 @@ private:
 
     int m_current = 1;
     int m_count = 5;
+    std::function<bool(int page)> m_mayDelete;
     QLineEdit *m_pageEdit = nullptr;
     QLabel *m_countLabel = nullptr;
 };
