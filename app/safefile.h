@@ -12,10 +12,15 @@ namespace SafeFile {
 // Puts what was written in the old file's place. False when any of it did not
 // reach the disk; the old file then stays. (QSaveFile::commit() alone misses
 // an error of its last flush and would put a cut file in place.) `error` (if
-// given) then holds the reason.
+// given) then holds the reason, see FileReason.
 bool commit(QSaveFile &file, QString *error = nullptr);
 
-// Replaces a file's content. On failure `error` (if given) holds the reason.
+// Replaces a file's content and makes its folder where that is missing. On
+// failure `error` (if given) holds the reason.
 bool write(const QString &fileName, const QByteArray &content, QString *error = nullptr);
+
+// Reads a file of up to maxBytes. True without touching the content where there
+// is no such file; on failure, also of a longer one, `error` holds the reason.
+bool read(const QString &fileName, qint64 maxBytes, QByteArray *content, QString *error);
 
 } // namespace SafeFile
