@@ -100,7 +100,7 @@ void CameraDebugWidget::closeLink()
     if (!m_serialBytes.isEmpty())
         passSerialOn();
     clearStreams();
-    m_config->stopBatch();
+    m_config->stopRequests();
 }
 
 void CameraDebugWidget::closeLinks()
@@ -236,7 +236,7 @@ void CameraDebugWidget::clientDisconnected()
     QString error;
     if (m_socket->takeEnd(&error)) {
         endStream(kFromServer);
-        m_config->stopBatch();
+        m_config->stopRequests();
         if (error.isEmpty())
             showClosed(QStringLiteral("服务器已断开连接"));
         else
