@@ -110,7 +110,7 @@ FormGroup *CameraDebugWidget::buildDisplay(QWidget *parent)
     m_checkCrc->setToolTip(QStringLiteral("勾选后丢弃校验错误的图像，否则仍然显示"));
     m_bigEndian = new QCheckBox(QStringLiteral("数据大端"), group);
     m_bigEndian->setObjectName(QStringLiteral("checkBigEndian"));
-    m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前"));
+    m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前；YUV422为UYVY，不勾选时为YUYV"));
     group->addRow(QStringLiteral("设备数:"), m_deviceCount);
     group->addPair(m_jpegData, m_checkCrc);
     group->addWide(m_bigEndian);
@@ -444,4 +444,6 @@ bool CameraDebugWidget::mayClose()
 void CameraDebugWidget::reloadSettings()
 {
     m_config->loadDefaults();
+    if (!isLinkOpen()) // else its fields are the ones shown
+        m_link->loadDefaults();
 }

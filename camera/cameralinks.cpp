@@ -198,6 +198,7 @@ void CameraDebugWidget::showOpened(const QString &state)
     m_status->showErrors(0, {});
     m_link->setOpenState(true);
     m_link->showState(state);
+    m_link->saveDefaults();
     m_status->state()->setOn(true);
 }
 

@@ -25,7 +25,7 @@ private slots:
     void asksBeforeTablesAreLost();
     void writesTables();
     void stopsTables();
-    void keepsLengths();
+    void keepsSettings();
 
 private:
     void fillTable(DataManagerWidget *table, const QList<QStringList> &rows);
@@ -232,8 +232,15 @@ void TestCameraRegisters::stopsTables()
     }
 }
 
-void TestCameraRegisters::keepsLengths()
+// Of the registers, and of the link that was opened.
+void TestCameraRegisters::keepsSettings()
 {
+    const QString port = QString::number(openPort(Udp));
+    click("btnCameraOpen");
+    child<QLineEdit>("editCameraDestinationPort")->setText("1234");
+    child<QLineEdit>("editCameraPort")->setText(port);
+    click("btnCameraOpen");
+    QVERIFY(isOpen());
     child<QSpinBox>("spinAddressLength")->setValue(3);
     child<QSpinBox>("spinValueLength")->setValue(4);
     child<QSpinBox>("spinValueLength")->setValue(7); // nothing that could be used
@@ -242,6 +249,9 @@ void TestCameraRegisters::keepsLengths()
     const CameraDebugWidget again;
     QCOMPARE(again.findChild<QSpinBox *>("spinAddressLength")->value(), 3);
     QCOMPARE(again.findChild<QSpinBox *>("spinValueLength")->value(), 4);
+    QCOMPARE(again.findChild<QComboBox *>("comboCameraProtocol")->currentIndex(), int(Udp));
+    QCOMPARE(again.findChild<QLineEdit *>("editCameraPort")->text(), port);
+    QCOMPARE(again.findChild<QLineEdit *>("editCameraDestinationPort")->text(), QStringLiteral("1234"));
 }
 
 QTEST_MAIN(TestCameraRegisters)
