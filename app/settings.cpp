@@ -193,6 +193,14 @@ void Settings::load()
         const GroupReader group(file, Camera::group);
         s.camera.addressLength = group.number(Camera::addressLength, 2, 1, 4);
         s.camera.valueLength = group.number(Camera::valueLength, 1, 1, 4);
+        s.camera.type = group.number(Camera::netType, 0, 0, 3);
+        s.camera.localAddress = group.text(Camera::localAddress, QStringLiteral("0.0.0.0"));
+        s.camera.serverAddress = group.text(Camera::serverAddress, QStringLiteral("127.0.0.1"));
+        s.camera.port = group.number(Camera::port, 8000, 1, 65535);
+        s.camera.destinationAddress = group.text(Camera::destinationAddress, QStringLiteral("127.0.0.1"));
+        s.camera.destinationPort = group.number(Camera::destinationPort, 8000, 1, 65535);
+        s.camera.serialPort = group.text(Camera::serialPort, QString());
+        s.camera.baudRate = group.number(Camera::baudRate, 921600, 1, anyInt);
     }
     {
         const GroupReader group(file, Pid::group);

@@ -30,6 +30,14 @@ struct Settings
     {
         int addressLength = 2; // bytes of a register's address, 1 to 4
         int valueLength = 1;   // bytes of its value, 1 to 4
+        int type = 0;          // index into the protocol list
+        QString localAddress = QStringLiteral("0.0.0.0");
+        QString serverAddress = QStringLiteral("127.0.0.1");
+        int port = 8000;
+        QString destinationAddress = QStringLiteral("127.0.0.1");
+        int destinationPort = 8000;
+        QString serialPort; // its name; empty for the first one
+        int baudRate = 921600;
     };
     struct PidDefaults
     {

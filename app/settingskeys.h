@@ -40,6 +40,15 @@ namespace Camera { // not written on first start
 const QLatin1String group("Camera");
 const QLatin1String addressLength("AddrLength");
 const QLatin1String valueLength("ValueLength");
+// Of the link that was opened last.
+const QLatin1String netType("NetType");
+const QLatin1String localAddress("LocalAddr");
+const QLatin1String serverAddress("ServerAddr");
+const QLatin1String port("Port");
+const QLatin1String destinationAddress("DestAddr");
+const QLatin1String destinationPort("DestPort");
+const QLatin1String serialPort("SerialPort");
+const QLatin1String baudRate("BaudRate");
 } // namespace Camera
 
 namespace Pid { // not written on first start

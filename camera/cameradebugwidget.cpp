@@ -8,6 +8,7 @@
 #include "camera/pictureactions.h"
 #include "network/clientsocket.h"
 #include "network/datagramsocket.h"
+#include "network/peeraddress.h"
 #include "network/readgate.h"
 #include "network/tcpserver.h"
 #include "serial/qtserialport.h"
@@ -108,7 +109,7 @@ void CameraDebugWidget::addChecks(FormGroup *group)
     m_checkCrc->setToolTip(QStringLiteral("勾选后丢弃校验错误的图像，否则仍然显示"));
     m_bigEndian = new QCheckBox(QStringLiteral("数据大端"), group);
     m_bigEndian->setObjectName(QStringLiteral("checkBigEndian"));
-    m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前"));
+    m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前；YUV422为UYVY，不勾选时为YUYV"));
     QHBoxLayout *line = group->addLine();
     for (QCheckBox *check : {m_jpegData, m_checkCrc, m_bigEndian})
         line->addWidget(check);
@@ -234,11 +235,11 @@ void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
     } else {
         stream.packets.append(byData, m_clock.elapsed());
         noteLoss(stream);
-        takePackets(stream);
+        takePackets(name, stream);
     }
 }
 
-void CameraDebugWidget::takePackets(Stream &stream)
+void CameraDebugWidget::takePackets(const QString &sender, Stream &stream)
 {
     CameraEvent event;
     while (stream.packets.next(&event, m_config->valueLength())) {
@@ -257,7 +258,7 @@ void CameraDebugWidget::takePackets(Stream &stream)
             actOnFormat(event);
             break;
         case CameraEvent::Register:
-            actOnRegister(event);
+            actOnRegister(sender, event);
             break;
         case CameraEvent::WrongLength:
             QtMessageTip::showTip(QStringLiteral("当前数据长度与配置不符合！"), kTipMs);
@@ -332,12 +333,31 @@ void CameraDebugWidget::actOnFormat(const CameraEvent &event)
                       kInformation);
 }
 
-void CameraDebugWidget::actOnRegister(const CameraEvent &event)
+// Datagrams may come from anywhere. A board may answer from another port than the
+// one it is asked at, unless that one is known to send.
+bool CameraDebugWidget::isAskedBoard(const QString &sender) const
 {
+    if (m_link->protocol() != CameraLinkPanel::Udp)
+        return true;
+    const QHostAddress address = m_link->destinationAddress();
+    const QString host = PeerAddress::text(address) + QLatin1Char(':');
+    const QString asked = host + QString::number(m_link->destinationPort());
+    if (m_streams.contains(asked))
+        return sender == asked;
+    const bool isOne = !address.isBroadcast() && !address.isMulticast() &&
+                       !(address.protocol() == QAbstractSocket::IPv4Protocol &&
+                         (address.toIPv4Address() & 0xFF) == 0xFF); // a network's broadcast address
+    return !isOne || sender.startsWith(host);
+}
+
+void CameraDebugWidget::actOnRegister(const QString &sender, const CameraEvent &event)
+{
+    if (!isAskedBoard(sender))
+        return;
     quint32 value = 0;
     for (int i = event.data.size() - 1; i >= 0; --i)
         value = value << 8 | static_cast<uchar>(event.data.at(i));
-    m_config->takeReply(event.address, event.status, value, event.data.size());
+    m_config->takeReply(event.device, event.address, event.status, value, event.data.size());
     QString text;
     if (event.status == 1)
         text = QStringLiteral("数据包接收错误!");
@@ -362,12 +382,12 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
     const int valueLength = m_config->valueLength();
     if (addressLength < 1 || addressLength > CameraFrame::longestValue) {
         QtMessageTip::showTip(QStringLiteral("寄存器地址长度设置错误[1~4]"), kTipMs);
-        m_config->stopBatch();
+        m_config->stopRequests();
         return;
     }
     if (!strValue.isEmpty() && (valueLength < 1 || valueLength > CameraFrame::longestValue)) {
         QtMessageTip::showTip(QStringLiteral("寄存器值长度设置错误[1~4]"), kTipMs);
-        m_config->stopBatch();
+        m_config->stopRequests();
         return;
     }
     bool isAddress = false;
@@ -382,7 +402,7 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
                  ? CameraFrame::readRequest(device, static_cast<quint16>(regId), address, addressLength)
                  : CameraFrame::writeRequest(device, address, addressLength, value, valueLength));
     if (sent == 0)
-        m_config->stopBatch();
+        m_config->stopRequests();
     m_sendCount += sent;
     emit signalRefresCounts(pageIndex);
 }
@@ -427,7 +447,14 @@ void CameraDebugWidget::clearCounts()
     showCounts();
 }
 
+bool CameraDebugWidget::mayClose()
+{
+    return m_config->mayClose();
+}
+
 void CameraDebugWidget::reloadSettings()
 {
     m_config->loadDefaults();
+    if (!isLinkOpen()) // else its fields are the ones shown
+        m_link->loadDefaults();
 }

@@ -42,6 +42,7 @@ public:
 
     QStringList counts() const override;
     void clearCounts() override;
+    bool mayClose() override;
     void closeLinks() override;
     void reloadSettings() override;
 
@@ -112,11 +113,12 @@ private:
     void clearStreams();
     void endStream(const QString &name);
     void noteLoss(Stream &stream);
-    void takePackets(Stream &stream);
+    void takePackets(const QString &sender, Stream &stream);
     void takeJpegs(Stream &stream);
     void actOnImage(const CameraEvent &event);
     void actOnFormat(const CameraEvent &event);
-    void actOnRegister(const CameraEvent &event);
+    void actOnRegister(const QString &sender, const CameraEvent &event);
+    bool isAskedBoard(const QString &sender) const;
     void countFrame();
     void startElapsed();
     void raiseError(const QString &why);

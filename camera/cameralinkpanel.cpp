@@ -1,5 +1,9 @@
 #include "camera/cameralinkpanel.h"
 
+#include "app/settings.h"
+#include "app/settingskeys.h"
+#include "network/localaddressbox.h"
+#include "serial/portname.h"
 #include "shell/base/portcombobox.h"
 
 #include <QIntValidator>
@@ -13,8 +17,6 @@ CameraLinkPanel::CameraLinkPanel(QWidget *parent)
 {
     m_protocol->setObjectName(QStringLiteral("comboCameraProtocol"));
     m_protocol->addItem(QStringLiteral("串口"));
-    m_port->setText(QStringLiteral("8000"));
-    m_destinationPort->setText(QStringLiteral("8000"));
 
     m_serial->setObjectName(QStringLiteral("comboCameraSerialPort"));
     m_baudRate->setObjectName(QStringLiteral("comboCameraBaudRate"));
@@ -22,13 +24,58 @@ CameraLinkPanel::CameraLinkPanel(QWidget *parent)
     m_baudRate->addItems(QStringLiteral("9600 115200 230400 460800 921600 1000000 1500000 2000000 3000000")
                              .split(QLatin1Char(' ')));
     m_baudRate->setValidator(new QIntValidator(1, 100000000, m_baudRate));
-    m_baudRate->setCurrentText(QStringLiteral("921600"));
     m_baudRate->setToolTip(QStringLiteral("8位数据位，无校验，1位停止位；可输入其它波特率"));
     for (QComboBox *box : {static_cast<QComboBox *>(m_serial), m_baudRate})
         letShrink(box);
     addField(QStringLiteral("2.串口"), m_serial, {Serial});
     addField(QStringLiteral("3.波特率"), m_baudRate, {Serial});
     addButton();
+    loadDefaults();
+    // A port that the user has chosen is not exchanged any more.
+    connect(m_serial, QOverload<int>::of(&QComboBox::activated), this, [this] { m_wantedPort.clear(); });
+}
+
+void CameraLinkPanel::loadDefaults()
+{
+    const Settings::CameraDefaults defaults = Settings::instance().camera;
+    m_local->setAddress(defaults.localAddress);
+    m_server->setText(defaults.serverAddress);
+    m_port->setText(QString::number(defaults.port));
+    m_destination->setText(defaults.destinationAddress);
+    m_destinationPort->setText(QString::number(defaults.destinationPort));
+    m_baudRate->setCurrentText(QString::number(defaults.baudRate));
+    m_wantedPort = defaults.serialPort;
+    m_protocol->setCurrentIndex(defaults.type);
+}
+
+void CameraLinkPanel::saveDefaults() const
+{
+    using namespace SettingsKeys;
+    Settings::CameraDefaults &kept = Settings::instance().camera;
+    const auto keep = [](auto &value, const auto &now, QLatin1String key) {
+        if (value == now)
+            return;
+        value = now;
+        Settings::writeValue(Camera::group, key, now);
+    };
+    keep(kept.type, protocol(), Camera::netType);
+    if (protocol() == Serial) {
+        keep(kept.serialPort, PortName::fromEntry(serialPort()), Camera::serialPort);
+        keep(kept.baudRate, baudRate(), Camera::baudRate);
+        return;
+    }
+    keep(kept.port, int(port()), Camera::port);
+    if (protocol() == TcpClient) {
+        keep(kept.serverAddress, serverAddress(), Camera::serverAddress);
+        return;
+    }
+    const QHostAddress local = localAddress();
+    keep(kept.localAddress, local == QHostAddress::Any ? QStringLiteral("0.0.0.0") : local.toString(),
+         Camera::localAddress);
+    if (protocol() == Udp && !destinationAddress().isNull() && destinationPort() != 0) {
+        keep(kept.destinationAddress, destinationAddress().toString(), Camera::destinationAddress);
+        keep(kept.destinationPort, int(destinationPort()), Camera::destinationPort);
+    }
 }
 
 QString CameraLinkPanel::serialPort() const
@@ -44,4 +91,10 @@ int CameraLinkPanel::baudRate() const
 void CameraLinkPanel::setSerialPorts(const QStringList &entries)
 {
     m_serial->setPorts(entries);
+    for (const QString &entry : entries) {
+        if (m_wantedPort.isEmpty() || PortName::fromEntry(entry) != m_wantedPort)
+            continue;
+        m_serial->selectEntry(entry);
+        m_wantedPort.clear();
+    }
 }

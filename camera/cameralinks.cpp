@@ -102,7 +102,7 @@ void CameraDebugWidget::closeLink()
     if (!m_serialBytes.isEmpty())
         passSerialOn();
     clearStreams();
-    m_config->stopBatch();
+    m_config->stopRequests();
 }
 
 void CameraDebugWidget::closeLinks()
@@ -200,6 +200,7 @@ void CameraDebugWidget::showOpened(const QString &state)
     m_status->showErrors(0, {});
     m_link->setOpenState(true);
     m_link->showState(state);
+    m_link->saveDefaults();
     m_status->state()->setOn(true);
     m_viewer->setHint(QStringLiteral("已打开，正在等待图像数据"));
 }
@@ -241,7 +242,7 @@ void CameraDebugWidget::clientDisconnected()
     QString error;
     if (m_socket->takeEnd(&error)) {
         endStream(kFromServer);
-        m_config->stopBatch();
+        m_config->stopRequests();
         if (error.isEmpty())
             showClosed(QStringLiteral("服务器已断开连接"));
         else

@@ -127,13 +127,17 @@ QImage FrameShow::decode(const CameraFrameData &frame)
     const bool mayBeFile = record.format == ImageRecord::Jpg || record.format == ImageRecord::Png;
     if (mayBeFile && (bytes == 0 || frame.data.size() < static_cast<qint64>(bytes)))
         return decodeFile(frame.data);
-    if (bytes == 0 || !(is565 || mayBeFile || record.format == ImageRecord::Rgb888))
+    const bool isYuv = record.format == ImageRecord::Yuv422;
+    if (bytes == 0 || !(is565 || isYuv || mayBeFile || record.format == ImageRecord::Rgb888))
         return {};
     QImage picture(record.width, record.height, QImage::Format_RGB888);
     if (picture.isNull())
         return {};
     if (is565)
         PixelDecoder::rgb565(bytesOf(frame.data), frame.data.size(), record.width, record.height,
+                             frame.bigEndian, picture.bits(), picture.bytesPerLine());
+    else if (isYuv)
+        PixelDecoder::yuv422(bytesOf(frame.data), frame.data.size(), record.width, record.height,
                              frame.bigEndian, picture.bits(), picture.bytesPerLine());
     else
         PixelDecoder::rgb888(bytesOf(frame.data), frame.data.size(), record.width, record.height,

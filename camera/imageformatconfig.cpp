@@ -15,10 +15,13 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kError = 255;
 constexpr int kFewestDigits = 2;
+constexpr int kReplyMs = 1000;
 
 constexpr int kFormats[] = {ImageRecord::Jpg,    ImageRecord::Bmp,    ImageRecord::Png,
                             ImageRecord::Rgb565, ImageRecord::Rgb888, ImageRecord::Yuv422};
@@ -41,6 +44,7 @@ ImageFormatConfig::ImageFormatConfig(QWidget *parent)
     , m_readTable(new QPushButton(QStringLiteral("读管理"), this))
     , m_writeTable(new QPushButton(QStringLiteral("写管理"), this))
     , m_batch(new RegisterBatch(this))
+    , m_replyTimer(this)
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -146,7 +150,10 @@ void ImageFormatConfig::connectParts()
     connect(m_write, &QPushButton::clicked, this, [this] { request(true); });
     connect(m_readTable, &QPushButton::clicked, this, &ImageFormatConfig::openReadTable);
     connect(m_writeTable, &QPushButton::clicked, this, &ImageFormatConfig::openWriteTable);
+    m_replyTimer.setSingleShot(true);
+    connect(&m_replyTimer, &QTimer::timeout, this, &ImageFormatConfig::reportUnanswered);
     connect(m_batch, &RegisterBatch::request, this, [this](const RegisterBatch::Item &item) {
+        m_batchDevice = device();
         emit signalReadWriteRegister(item.addressText, item.value, m_regId->value());
     });
     connect(m_batch, &RegisterBatch::ended, this, &ImageFormatConfig::endRow);
@@ -230,32 +237,48 @@ void ImageFormatConfig::request(bool write)
     if (!checkHex(m_address, addressLength()) || (write && !checkHex(m_value, valueLength())))
         return;
     if (!write)
-        m_asked = m_address->text().toUInt(nullptr, 16);
+        m_asked = {device(), m_address->text().toUInt(nullptr, 16)};
     emit signalReadWriteRegister(m_address->text(), write ? m_value->text() : QString(), m_regId->value());
+    if (!write && m_asked) {  // sent
+        m_value->setText({}); // the old one is not what is read
+        m_replyTimer.start(kReplyMs);
+    }
 }
 
-// A reply tells 16 bits of the address only: whoever has asked comes first.
-void ImageFormatConfig::takeReply(quint16 address, quint8 status, quint32 value, int valueLength)
+// A late reply is still accepted.
+void ImageFormatConfig::reportUnanswered()
+{
+    if (m_asked)
+        emit signalNotify(
+            QStringLiteral("寄存器[%1]没有应答！").arg(m_asked->address, 4, 16, QLatin1Char('0')).toUpper(),
+            kError);
+}
+
+// A reply tells 16 bits of the address only: what has been asked for comes first.
+void ImageFormatConfig::takeReply(int device, quint16 address, quint8 status, quint32 value, int valueLength)
 {
     const QString text = QStringLiteral("%1").arg(value, 2 * valueLength, 16, QLatin1Char('0')).toUpper();
     const bool good = status == 0;
-    if (const int row = m_batch->waitingRow(address); row >= 0) {
+    const int row = device == m_batchDevice ? m_batch->waitingRow(address) : -1;
+    if (row >= 0) {
         if (good)
             m_tables.at(DataManagerWidget::Read).widget->setValue(row, text);
         m_batch->takeReply(good);
         return;
     }
-    if (m_asked && (*m_asked & 0xFFFF) == address) {
+    if (m_asked && m_asked->device == device && (m_asked->address & 0xFFFF) == address) {
         m_asked.reset();
-        if (good)
+        m_replyTimer.stop();
+        if (good && !m_value->isModified()) // else another value has been typed since
             m_value->setText(text);
         return;
     }
-    if (good)
+    if (good && device == (m_batch->total() > 0 ? m_batchDevice : this->device()))
         giveToRows(address, text);
 }
 
-// A reply that came too late, or that nobody asked for.
+// A reply that came too late, or that nobody asked for. What has been answered is
+// not overwritten, nor what will be asked for.
 void ImageFormatConfig::giveToRows(quint16 address, const QString &value)
 {
     Table &table = m_tables.at(DataManagerWidget::Read);
@@ -265,6 +288,11 @@ void ImageFormatConfig::giveToRows(quint16 address, const QString &value)
         quint32 number = 0;
         if (!table.widget->rows().at(row).addressNumber(&number) || (number & 0xFFFF) != address)
             continue;
+        const auto outcome = table.outcomes.find(row);
+        const bool isFree =
+            outcome == table.outcomes.end() ? !m_batch->isRunning() : *outcome == RegisterBatch::Unanswered;
+        if (!isFree)
+            continue;
         table.widget->setValue(row, value);
         table.outcomes.insert(row, RegisterBatch::Answered);
         showOutcome(table, row);
@@ -272,9 +300,17 @@ void ImageFormatConfig::giveToRows(quint16 address, const QString &value)
     }
 }
 
-void ImageFormatConfig::stopBatch()
+void ImageFormatConfig::stopRequests()
 {
     m_batch->stop();
+    m_asked.reset();
+    m_replyTimer.stop();
+}
+
+bool ImageFormatConfig::mayClose()
+{
+    return std::all_of(m_tables.begin(), m_tables.end(),
+                       [](const Table &table) { return !table.widget || table.widget->mayClose(); });
 }
 
 // ---- register tables
@@ -345,6 +381,9 @@ void ImageFormatConfig::startBatch(int mode)
 void ImageFormatConfig::endRow(int row, RegisterBatch::Outcome outcome)
 {
     Table &table = m_tables.at(static_cast<size_t>(m_running));
+    if (outcome == RegisterBatch::Unanswered ||
+        (outcome == RegisterBatch::Refused && m_running == DataManagerWidget::Read))
+        table.widget->setValue(row, QString()); // the old one was not read now
     table.outcomes.insert(row, outcome);
     showOutcome(table, row);
 }

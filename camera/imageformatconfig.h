@@ -32,11 +32,13 @@ public:
     int valueLength() const;
     void loadDefaults();
 
-    // A read reply: the address's low 16 bits, the status, and the value of a
-    // good one.
-    void takeReply(quint16 address, quint8 status, quint32 value, int valueLength);
+    // A read reply: the device, the address's low 16 bits, the status, and the value
+    // of a good one. What another device than the asked one says is ignored.
+    void takeReply(int device, quint16 address, quint8 status, quint32 value, int valueLength);
     // Nothing can be sent any more, or something can't.
-    void stopBatch();
+    void stopRequests();
+    // Offers to save the rows of the tables. False: the user wants to stay.
+    bool mayClose();
 
 public slots:
     // Open the register table.
@@ -57,6 +59,7 @@ private:
     void takeRecord();
     bool checkHex(QLineEdit *field, int length);
     void request(bool write);
+    void reportUnanswered();
     bool fits(quint32 number, int length) const;
 
     // Register tables, one for reading and one for writing.
@@ -90,5 +93,14 @@ private:
     std::array<Table, 2> m_tables;
     int m_running = 0; // whose rows the batch has
     RegisterBatch *m_batch;
-    std::optional<quint32> m_asked; // by the panel's read button, not answered yet
+    int m_batchDevice = 0;
+
+    // What the panel's read button has asked for and is not answered yet.
+    struct Request
+    {
+        int device = 0;
+        quint32 address = 0;
+    };
+    std::optional<Request> m_asked;
+    QTimer m_replyTimer;
 };

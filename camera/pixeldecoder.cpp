@@ -48,4 +48,45 @@ void rgb888(const uchar *source, qsizetype sourceSize, int width, int height, uc
     }
 }
 
+namespace {
+
+constexpr int kNoChroma = 128;
+
+// From Y, U and V in 65536ths.
+void putRgb(int luma, int u, int v, uchar *output)
+{
+    const auto rounded = [luma](int chroma) {
+        return static_cast<uchar>(std::clamp(luma + ((chroma + 32768) >> 16), 0, 255));
+    };
+    u -= kNoChroma;
+    v -= kNoChroma;
+    output[0] = rounded(91881 * v);
+    output[1] = rounded(-22554 * u - 46802 * v);
+    output[2] = rounded(116130 * u);
+}
+
+} // namespace
+
+void yuv422(const uchar *source, qsizetype sourceSize, int width, int height, bool bigEndian, uchar *output,
+            qsizetype stride)
+{
+    const int lumaAt = bigEndian ? 1 : 0;
+    const int chromaAt = 1 - lumaAt;
+    for (int y = 0; y < height; ++y, output += stride) {
+        const qsizetype row = static_cast<qsizetype>(width) * y * 2;
+        for (int x = 0; x < width; ++x) {
+            const qsizetype pair = row + x / 2 * 4;
+            const qsizetype luma = row + 2 * x + lumaAt;
+            const qsizetype v = pair + 2 + chromaAt;
+            if (luma >= sourceSize) {
+                std::memset(output + 3 * x, 0, static_cast<size_t>(width - x) * 3);
+                break;
+            }
+            const bool hasPair = (x | 1) < width && v < sourceSize;
+            putRgb(source[luma], pair + chromaAt < sourceSize ? source[pair + chromaAt] : kNoChroma,
+                   hasPair ? source[v] : kNoChroma, output + 3 * x);
+        }
+    }
+}
+
 } // namespace PixelDecoder

@@ -21,4 +21,10 @@ void rgb565(const uchar *source, qsizetype sourceSize, int width, int height, bo
 void rgb888(const uchar *source, qsizetype sourceSize, int width, int height, uchar *output,
             qsizetype stride);
 
+// Pairs of pixels in four bytes, Y U Y V, or U Y V Y where the high byte of each two
+// comes first; row by row as it is. ITU-R BT.601, full range. What the source lacks
+// is black.
+void yuv422(const uchar *source, qsizetype sourceSize, int width, int height, bool bigEndian, uchar *output,
+            qsizetype stride);
+
 } // namespace PixelDecoder

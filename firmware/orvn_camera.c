@@ -27,6 +27,11 @@ static uint32_t get(const uint8_t *at, uint8_t size)
     return value;
 }
 
+static uint8_t limited(uint8_t length)
+{
+    return length < 1u ? 1u : length > 4u ? 4u : length;
+}
+
 /* Sixteen entries instead of 256: 32 bytes of flash. */
 uint16_t orvn_camera_crc(uint16_t crc, const uint8_t *bytes, size_t count)
 {
@@ -81,6 +86,7 @@ void orvn_camera_image_end(uint8_t *trailer, uint16_t crc)
 size_t orvn_camera_reply(uint8_t *packet, uint8_t device, uint8_t status, uint32_t address, uint32_t value,
                          uint8_t value_length)
 {
+    value_length = limited(value_length);
     packet[BODY] = status;
     put(packet + BODY + 1, address, 2);
     put(packet + BODY + 3, value, value_length);
@@ -92,8 +98,8 @@ size_t orvn_camera_reply(uint8_t *packet, uint8_t device, uint8_t status, uint32
 void orvn_camera_receiver_init(orvn_camera_receiver *receiver, uint8_t address_length, uint8_t value_length)
 {
     memset(receiver, 0, sizeof *receiver);
-    receiver->address_length = address_length;
-    receiver->value_length = value_length;
+    receiver->address_length = limited(address_length);
+    receiver->value_length = limited(value_length);
 }
 
 /* The length of a request; 0 where there is no such command. */

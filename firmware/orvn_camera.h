@@ -34,7 +34,8 @@ enum {
     ORVN_CAMERA_BMP = 2,
     ORVN_CAMERA_PNG = 3,
     ORVN_CAMERA_RGB565 = 4,
-    ORVN_CAMERA_RGB888 = 5
+    ORVN_CAMERA_RGB888 = 5,
+    ORVN_CAMERA_YUV422 = 7
 };
 
 /* How a read request ended. */
@@ -56,7 +57,7 @@ size_t orvn_camera_announce(uint8_t *packet, uint8_t device, uint8_t format, uin
 uint16_t orvn_camera_image_begin(uint8_t *header, uint8_t device, uint32_t size);
 void orvn_camera_image_end(uint8_t *trailer, uint16_t crc);
 
-/* Answers a read request; value_length is 1 to 4 bytes. Returns the length. */
+/* Answers a read request; value_length is limited to 1 to 4 bytes. Returns the length. */
 size_t orvn_camera_reply(uint8_t *packet, uint8_t device, uint8_t status, uint32_t address, uint32_t value,
                          uint8_t value_length);
 
@@ -70,7 +71,7 @@ typedef struct
     uint8_t status; /* ORVN_CAMERA_BAD_PACKET: the checksum was wrong; answer so or be silent */
 } orvn_camera_request;
 
-/* One for each line. Set the lengths to what the host is set to, 1 to 4 bytes. */
+/* One for each line, to be initialized by orvn_camera_receiver_init(). */
 typedef struct
 {
     uint8_t address_length;
@@ -79,6 +80,7 @@ typedef struct
     uint8_t count;
 } orvn_camera_receiver;
 
+/* The lengths are what the host is set to; they are limited to 1 to 4 bytes. */
 void orvn_camera_receiver_init(orvn_camera_receiver *receiver, uint8_t address_length, uint8_t value_length);
 
 /*

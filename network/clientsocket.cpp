@@ -2,15 +2,14 @@
 
 #include "network/peeraddress.h"
 #include "network/socketerror.h"
-#include "network/tcpclient.h"
-#include "network/tcpserver.h"
+
+namespace {
+constexpr qint64 kMaxRest = 8 * 1024 * 1024; // a server may send without end
+}
 
 ClientSocket::ClientSocket(QObject *parent)
-    : QTcpSocket(parent)
+    : LinkSocket(parent)
 {
-    setReadBufferSize(TcpClient::readBufferBytes);
-    connect(this, &QTcpSocket::connected, this,
-            [this] { setSocketOption(QAbstractSocket::LowDelayOption, 1); });
     // Later: the socket is still at work on its failure, and may try the next
     // address of a host.
     connect(this, &QAbstractSocket::errorOccurred, this, &ClientSocket::checkFailed, Qt::QueuedConnection);
@@ -27,16 +26,22 @@ bool ClientSocket::takeEnd(QString *error)
         return false;
     takeAll();
     close();
+    if (isFinishing())
+        return false;
     if (this->error() != QAbstractSocket::RemoteHostClosedError)
         *error = socketErrorText(this->error(), errorString());
     return true;
 }
 
-qint64 ClientSocket::send(const QByteArray &bytes)
+void ClientSocket::takeRest()
 {
-    if (state() != QAbstractSocket::ConnectedState)
-        return 0;
-    return bytesToWrite() + bytes.size() > TcpServer::mostQueued ? -1 : qMax<qint64>(0, write(bytes));
+    qint64 left = kMaxRest;
+    const auto counter = connect(this, &ClientSocket::received, this,
+                                 [&left](const QByteArray &bytes) { left -= bytes.size(); });
+    do
+        takeAll();
+    while (left > 0 && state() == ConnectedState && waitForReadyRead(0));
+    disconnect(counter);
 }
 
 void ClientSocket::takeAll()

@@ -4,9 +4,9 @@
 // says so, and it tells apart how an attempt or a connection has ended. Shows
 // nothing.
 
-#include <QTcpSocket>
+#include "network/linksocket.h"
 
-class ClientSocket : public QTcpSocket
+class ClientSocket : public LinkSocket
 {
     Q_OBJECT
 
@@ -19,9 +19,8 @@ public:
     // what was held back is handed out, and it is closed. error: why, where it
     // was not the server's orderly end.
     bool takeEnd(QString *error);
-    // The bytes handed over; 0 where it is not connected, -1 where the server
-    // takes nothing and too many wait already.
-    qint64 send(const QByteArray &bytes);
+    // Hands out what has come, what the system holds included, before closing.
+    void takeRest();
 
 public slots:
     void takeAll(); // hands out everything that has come

@@ -61,7 +61,7 @@ void LocalAddressBox::showPopup()
 
 QHostAddress LocalAddressBox::address() const
 {
-    const QString text = currentText().trimmed();
+    const QString text = PeerAddress::cleaned(currentText());
     const bool all = text.isEmpty() || text == kAll || text == QLatin1String("0.0.0.0");
     return all ? QHostAddress(QHostAddress::Any) : PeerAddress::fromText(text);
 }

@@ -34,6 +34,7 @@ void NetworkConfigPanel::loadDefaults()
 
 void NetworkConfigPanel::namePort()
 {
+    m_localLabel->setText(protocol() == Udp ? QStringLiteral("本地IP地址") : QStringLiteral("2.本地IP地址"));
     m_portLabel->setText(protocol() == Udp ? QStringLiteral("2.本地端口") : QStringLiteral("3.服务器端口"));
 }
 

@@ -81,7 +81,7 @@ void NetworkFields::buildUi(const QString &protocolLabel)
         port->setToolTip(QStringLiteral("1到65535"));
 
     addRow(protocolLabel, m_protocol);
-    addField(QStringLiteral("2.本地IP地址"), m_local, {TcpServer, Udp});
+    m_localLabel = addField(QStringLiteral("2.本地IP地址"), m_local, {TcpServer, Udp});
     addField(QStringLiteral("2.服务器IP地址"), m_server, {TcpClient});
     m_portLabel = addField(QStringLiteral("3.端口"), m_port, {TcpServer, TcpClient, Udp});
     addField(QStringLiteral("目的地址:"), m_destination, {Udp});
@@ -125,7 +125,7 @@ QHostAddress NetworkFields::localAddress() const
 
 QString NetworkFields::serverAddress() const
 {
-    return m_server->text().trimmed();
+    return PeerAddress::cleaned(m_server->text());
 }
 
 quint16 NetworkFields::port() const

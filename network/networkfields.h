@@ -57,6 +57,7 @@ protected:
     LocalAddressBox *m_local;
     QLineEdit *m_server;
     QLineEdit *m_port;
+    QLabel *m_localLabel = nullptr;
     QLabel *m_portLabel = nullptr;
     QLineEdit *m_destination;
     QLineEdit *m_destinationPort;

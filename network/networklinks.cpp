@@ -50,14 +50,27 @@ void NetworkToolWidget::connectSockets()
             kError);
     });
 
+    const auto countSent = [this](qint64 bytes) {
+        m_sendCount += bytes;
+        m_area->refreshCounts();
+    };
+    connect(m_server, &TcpServer::bytesHandedOver, this, countSent);
+    connect(m_socket, &QTcpSocket::bytesWritten, this, countSent);
+    connect(m_server, &TcpServer::clientUndelivered, this, [this](const QString &name, qint64 bytes) {
+        emit signalNotify(QStringLiteral("客户端[%1]断开时，有%2字节未能发送！").arg(name).arg(bytes),
+                          kError);
+    });
+
     connect(m_socket, &QTcpSocket::connected, this, &NetworkToolWidget::sltConnectedToHost);
     connect(m_socket, &QTcpSocket::disconnected, this, &NetworkToolWidget::sltDisConnectedToHost);
     connect(m_socket, &QTcpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromHost);
     connect(m_socket, &QAbstractSocket::errorOccurred, this, &NetworkToolWidget::sltTcpError);
     connect(m_socket, &ClientSocket::received, this,
             [this](const QByteArray &bytes) { sltRecvSocketMessage(kFromServer, bytes); });
-    connect(m_socket, &ClientSocket::failed, this,
-            [this](const QString &why) { showFailed(QStringLiteral("连接失败: %1").arg(why)); });
+    connect(m_socket, &ClientSocket::failed, this, [this](const QString &why) {
+        showFailed(QStringLiteral("连接失败: %1").arg(why));
+        emit signalNotify(QStringLiteral("[TCP Client]连接失败: %1").arg(why), kError);
+    });
     connect(m_udp, &QUdpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromUdp);
     connect(m_udp, &DatagramSocket::received, this, [this](const QString &sender, const QByteArray &bytes) {
         sltRecvSocketMessage(QStringLiteral(" UDP from %1 ").arg(sender), bytes);
@@ -98,17 +111,17 @@ bool NetworkToolWidget::isLinkOpen() const
     return m_server->isListening() || m_socket->isOpen() || m_udp->isListening();
 }
 
-// What has already arrived is taken in first.
+// What has already arrived is taken in first. A connection that has bytes queued
+// is closed when they are delivered.
 void NetworkToolWidget::closeLink()
 {
     m_server->closeAll();
     m_clients->chooseAll();
     if (m_socket->isOpen()) {
-        m_socket->takeAll();
-        m_socket->flush();
-        m_socket->abort();
+        m_socket->takeRest();
+        m_socket->finish();
     }
-    sltReadyFromUdp();
+    m_udp->takeRest();
     m_udp->abort();
 }
 
@@ -165,8 +178,12 @@ void NetworkToolWidget::toggleUdp()
 
 void NetworkToolWidget::toggleClient()
 {
+    if (m_socket->isOpen() && m_socket->isFinishing())
+        return m_socket->drop(); // the user does not wait for the rest
     if (m_socket->isOpen()) {
         closeLink();
+        if (m_socket->isFinishing())
+            return showFinishing();
         showClosed(QString());
         emit signalNotify(QStringLiteral("[ TCP Client ] 已断开连接！"), kInformation);
         return;
@@ -205,6 +222,14 @@ void NetworkToolWidget::showClosed(const QString &state)
     }
 }
 
+void NetworkToolWidget::showFinishing()
+{
+    const auto text = QStringLiteral("正在发送剩余数据，再次点击可放弃");
+    m_config->showState(text, false);
+    m_sendBox->setDeviceOpen(false);
+    m_state->setState(StateIndicator::Busy, text);
+}
+
 void NetworkToolWidget::showFailed(const QString &why)
 {
     showClosed(QString());
@@ -241,6 +266,8 @@ void NetworkToolWidget::sltClientDisconnected(QString name)
     const bool wasChosen = m_clients->remove(name);
     emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
     m_area->refreshCounts();
+    if (isClosed())
+        emit signalClosed();
     if (!wasChosen || !m_server->isListening())
         return;
     m_sendBox->stopAutoSend();
@@ -258,9 +285,11 @@ void NetworkToolWidget::sltDisconnectClient()
         emit signalNotify(QStringLiteral("请先选择需要断开的客户端！"), kInformation);
         return;
     }
+    const quint64 connection = m_server->connectionOf(name);
     const QString text =
         all ? QStringLiteral("是否确认断开所有连接?") : QStringLiteral("是否确认断开当前客户端?");
-    if (QtMessageBox::question(this, kQuestion, text) == 1)
+    if (QtMessageBox::question(this, kQuestion, text) == 1 &&
+        m_server->connectionOf(name) == connection) // a newcomer may have got the name
         m_server->closeClient(name);
 }
 
@@ -276,6 +305,7 @@ void NetworkToolWidget::sltConnectedToHost()
 void NetworkToolWidget::sltDisConnectedToHost()
 {
     QString error;
+    const bool finished = m_socket->isFinishing();
     const bool byServer = m_socket->takeEnd(&error);
     m_terminal->endSource(kFromServer);
     if (!error.isEmpty())
@@ -283,6 +313,12 @@ void NetworkToolWidget::sltDisConnectedToHost()
     else
         showClosed(byServer ? QStringLiteral("服务器已断开连接") : QString());
     emit signalNotify(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), kInformation);
+    if (finished)
+        emit signalNotify(QStringLiteral("[ TCP Client ] 已断开连接！"), kInformation);
+    if (m_socket->undelivered() > 0)
+        emit signalNotify(QStringLiteral("断开时，有%1字节未能发送！").arg(m_socket->undelivered()), kError);
+    if (isClosed())
+        emit signalClosed();
 }
 
 void NetworkToolWidget::sltReadyFromHost()
@@ -314,11 +350,8 @@ void NetworkToolWidget::sltSendData(QByteArray byData)
         sent = sendToHost(byData);
     else if (m_udp->isListening())
         sent = sendDatagram(byData);
-    if (sent <= 0)
-        return;
-    m_notSentTold.clear();
-    m_sendCount += sent;
-    m_area->refreshCounts();
+    if (sent > 0)
+        m_notSentTold.clear();
 }
 
 void NetworkToolWidget::tellNotSent(const QString &text)
@@ -369,6 +402,8 @@ qint64 NetworkToolWidget::sendDatagram(const QByteArray &bytes)
         if (sent < 0)
             tellNotSent(QStringLiteral("数据发送失败: %1")
                             .arg(socketErrorText(m_udp->error(), m_udp->errorString())));
+        m_sendCount += qMax<qint64>(0, sent);
+        m_area->refreshCounts();
         return sent;
     }
     return 0;

@@ -187,7 +187,15 @@ void NetworkToolWidget::closeLinks()
 {
     takeThrottled();
     closeLink();
-    showClosed(QString());
+    if (m_socket->isFinishing())
+        showFinishing();
+    else
+        showClosed(QString());
+}
+
+bool NetworkToolWidget::isClosed() const
+{
+    return !m_socket->isOpen() && !m_server->isFinishing();
 }
 
 bool NetworkToolWidget::saveBeforeExit()

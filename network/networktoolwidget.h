@@ -38,6 +38,7 @@ public:
     void clearCounts() override;
     bool mayClose() override;
     void closeLinks() override;
+    bool isClosed() const override;
     bool saveBeforeExit() override;
     void reloadSettings() override;
 
@@ -82,6 +83,7 @@ private:
     bool hasValidFields();
     void showOpened(const QString &state);
     void showClosed(const QString &state);
+    void showFinishing(); // the client's connection
     void showFailed(const QString &why);
     void saveSettings();
 
@@ -109,7 +111,7 @@ private:
     DatagramSocket *m_udp;
     ReadGate *m_gate = nullptr;
 
-    qint64 m_sendCount = 0;
+    qint64 m_sendCount = 0; // handed over to the system
     qint64 m_recvCount = 0;
     QString m_notSentTold;      // why the last bytes were not sent
     bool m_defaultsDue = false; // settings were restored while the link was open

@@ -1,5 +1,7 @@
 #include "network/socketerror.h"
 
+#include <QDebug>
+
 QString socketErrorText(QAbstractSocket::SocketError error, const QString &systemText)
 {
     switch (error) {
@@ -23,7 +25,17 @@ QString socketErrorText(QAbstractSocket::SocketError error, const QString &syste
         return QStringLiteral("数据报过长");
     case QAbstractSocket::SocketResourceError:
         return QStringLiteral("系统资源不足");
+    case QAbstractSocket::UnsupportedSocketOperationError:
+        return QStringLiteral("系统不支持该协议或操作");
+    case QAbstractSocket::ProxyConnectionRefusedError:
+    case QAbstractSocket::ProxyConnectionClosedError:
+    case QAbstractSocket::ProxyConnectionTimeoutError:
+    case QAbstractSocket::ProxyNotFoundError:
+    case QAbstractSocket::ProxyProtocolError:
+    case QAbstractSocket::ProxyAuthenticationRequiredError:
+        return QStringLiteral("代理服务器无法连接");
     default:
-        return systemText;
+        qWarning().noquote() << "socket error" << error << systemText;
+        return QStringLiteral("系统错误，代码%1").arg(error);
     }
 }

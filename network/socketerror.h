@@ -1,6 +1,7 @@
 #pragma once
 
-// A socket's error in the user's words; the system's own where it is a rare one.
+// A socket's error in the user's words. The system's text of a rare one goes to the
+// log, for it may be in another language.
 
 #include <QAbstractSocket>
 

@@ -1,9 +1,8 @@
 #include "network/tcpclient.h"
 
 TcpClient::TcpClient(QObject *parent)
-    : QTcpSocket(parent)
+    : LinkSocket(parent)
 {
-    setReadBufferSize(readBufferBytes);
     connect(this, &QTcpSocket::readyRead, this, &TcpClient::SltReadMessage);
 }
 
@@ -11,6 +10,14 @@ TcpClient::~TcpClient()
 {
     if (isOpen())
         close();
+}
+
+bool TcpClient::adopt(qintptr descriptor)
+{
+    if (!setSocketDescriptor(descriptor, ConnectedState, ReadWrite))
+        return false;
+    prepare();
+    return true;
 }
 
 void TcpClient::SltReadMessage()

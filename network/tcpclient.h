@@ -1,20 +1,20 @@
 #pragma once
 
-// One peer of a TcpServer: a socket that knows its name and hands on what it
-// reads. Takes no more from the system than its owner allows, so that a peer
-// that sends without end is held up by TCP instead of filling the memory.
+// One peer of a TcpServer: a connection that knows its name and hands on what it
+// reads.
 
-#include <QTcpSocket>
+#include "network/linksocket.h"
 
-class TcpClient : public QTcpSocket
+class TcpClient : public LinkSocket
 {
     Q_OBJECT
 
 public:
-    static constexpr qint64 readBufferBytes = 64 * 1024;
-
     explicit TcpClient(QObject *parent = nullptr);
     ~TcpClient() override;
+
+    // Takes over an accepted connection.
+    bool adopt(qintptr descriptor);
 
     // The server's key for this peer, set once.
     void setName(const QString &name) { m_name = name; }
@@ -23,7 +23,7 @@ public:
     // While false, what comes stays in the socket.
     void setReading(bool reading) { m_reading = reading; }
 
-    // The peer takes nothing: its owner sends it no more until it does.
+    // The peer reads nothing: its owner sends it no more until it does.
     void setBlocked(bool blocked) { m_blocked = blocked; }
     bool isBlocked() const { return m_blocked; }
 

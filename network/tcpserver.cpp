@@ -1,7 +1,7 @@
 #include "network/tcpserver.h"
 
-#include "network/listenqueue.h"
 #include "network/peeraddress.h"
+#include "network/socketsystem.h"
 #include "network/tcpclient.h"
 
 #include <QDebug>
@@ -13,6 +13,7 @@ namespace {
 // The base class accepts all that wait in one go; a thousand would be felt.
 constexpr int kMostAcceptedAtOnce = 50;
 constexpr int kAcceptAgainMs = 1000;
+constexpr int kMaxRestReads = 64; // of one socket buffer each; a peer may send without end
 
 } // namespace
 
@@ -29,22 +30,39 @@ TcpServer::TcpServer(QObject *parent)
 
 TcpServer::~TcpServer()
 {
-    closeAll();
+    close();
+    const QList<TcpClient *> clients = m_clients.values();
+    for (TcpClient *client : clients) {
+        client->flush();
+        client->drop();
+    }
 }
 
 bool TcpServer::listen(const QHostAddress &address, quint16 port)
 {
     if (!QTcpServer::listen(address, port))
         return false;
-    lengthenListenQueue(socketDescriptor());
+    SocketSystem::lengthenListenQueue(socketDescriptor());
     return true;
 }
 
 int TcpServer::clientCount() const
 {
     return static_cast<int>(std::count_if(m_clients.begin(), m_clients.end(), [](const TcpClient *client) {
-        return client->state() == QAbstractSocket::ConnectedState;
+        return client->state() == QAbstractSocket::ConnectedState && !client->isFinishing();
     }));
+}
+
+bool TcpServer::isFinishing() const
+{
+    return std::any_of(m_clients.begin(), m_clients.end(), [](const TcpClient *client) {
+        return client->isFinishing() && client->state() == QAbstractSocket::ConnectedState;
+    });
+}
+
+quint64 TcpServer::connectionOf(const QString &name) const
+{
+    return m_connections.value(name);
 }
 
 // Goes on accepting, after a full turn or a failure.
@@ -66,18 +84,23 @@ void TcpServer::incomingConnection(qintptr descriptor)
     client->setReading(m_reading);
     connect(client, &TcpClient::signalReadMessage, this, &TcpServer::signalReadMessage);
     connect(client, &TcpClient::disconnected, this, &TcpServer::SltClientDisconnected);
-    connect(client, &TcpClient::bytesWritten, this, [this, client] { noticeTaken(client); });
-    if (!client->setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite)) {
+    connect(client, &TcpClient::bytesWritten, this, [this, client](qint64 bytes) {
+        emit bytesHandedOver(bytes);
+        noticeTaken(client);
+    });
+    if (!client->adopt(descriptor)) {
         qWarning().noquote() << "cannot adopt a connection:" << client->errorString();
         client->deleteLater();
         return;
     }
-    client->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     const QString name =
         QStringLiteral("%1 %2").arg(PeerAddress::text(client->peerAddress())).arg(descriptor);
     client->setName(name);
     m_clients.insert(name, client);
+    m_connections.insert(name, ++m_lastConnection);
     emit signalClientConnected(name);
+    // One that was gone before it was accepted may not be reported by the system.
+    QTimer::singleShot(0, client, [client] { client->waitForReadyRead(0); });
 }
 
 void TcpServer::SltClientDisconnected()
@@ -91,16 +114,30 @@ void TcpServer::SltClientDisconnected()
     emit signalClientDisconnected(name);
     client->disconnect(this);
     m_clients.remove(name);
+    m_connections.remove(name);
+    if (client->undelivered() > 0)
+        emit clientUndelivered(name, client->undelivered());
     client->deleteLater();
     m_acceptTimer.start(0); // a descriptor is free again
 }
 
-void TcpServer::drop(TcpClient *client)
+// What has come from it, as far as that ends.
+void TcpServer::takeRest(TcpClient *client)
 {
     client->setReading(true);
-    client->SltReadMessage();
-    client->flush();
-    client->abort();
+    for (int i = 0; i < kMaxRestReads; ++i) {
+        client->SltReadMessage();
+        if (client->state() != QAbstractSocket::ConnectedState || !client->waitForReadyRead(0))
+            return;
+    }
+}
+
+void TcpServer::closeAny(TcpClient *client)
+{
+    if (client->isFinishing())
+        return client->drop();
+    takeRest(client);
+    client->finish();
 }
 
 void TcpServer::closeAll()
@@ -113,9 +150,11 @@ void TcpServer::closeAll()
 void TcpServer::closeClient(const QString &name)
 {
     // A copy: each one that goes takes itself out of the table.
-    const QList<TcpClient *> clients = name.isEmpty() ? m_clients.values() : m_clients.values(name);
-    for (TcpClient *client : clients)
-        drop(client);
+    const QStringList names = name.isEmpty() ? m_clients.keys() : QStringList{name};
+    for (const QString &each : names) {
+        if (TcpClient *const client = m_clients.value(each))
+            closeAny(client);
+    }
 }
 
 qint64 TcpServer::SltSendMsgToAllClient(QByteArray data)
@@ -135,11 +174,12 @@ qint64 TcpServer::SltSendMsgToClient(QString name, QByteArray data)
 
 qint64 TcpServer::send(TcpClient *client, const QByteArray &data)
 {
-    if (!client->isBlocked() && client->bytesToWrite() + data.size() > mostQueued) {
+    const qint64 queued = client->isBlocked() ? 0 : client->send(data);
+    if (queued < 0) {
         client->setBlocked(true);
         emit clientBlocked(client->name(), true);
     }
-    return client->isBlocked() ? 0 : qMax<qint64>(0, client->write(data));
+    return qMax<qint64>(0, queued);
 }
 
 // A peer that reads again is written to again when half of what waited is gone.

@@ -9,7 +9,7 @@
 #include "shell/base/qtpagebar.h"
 
 #include <QButtonGroup>
-#include <QFile>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QHideEvent>
@@ -19,6 +19,8 @@
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -55,6 +57,7 @@ DataManagerWidget::DataManagerWidget(Mode mode, QWidget *parent)
     connect(m_model, &QStandardItemModel::itemChanged, this, &DataManagerWidget::takeEdit);
     connect(m_pageBar, &QtPageBar::signalChangePage, this, &DataManagerWidget::SltChangePage);
     connect(m_pageBar, &QtPageBar::addPage, this, &DataManagerWidget::addPage);
+    m_pageBar->setDeleteGuard([this](int page) { return mayDeletePage(page - 1); });
     connect(m_pageBar, &QtPageBar::deletePage, this, &DataManagerWidget::deletePage);
     connect(m_buttons, &QButtonGroup::idClicked, this, &DataManagerWidget::SltButtonClicked);
     connect(m_stop, &QPushButton::clicked, this, &DataManagerWidget::stopRequested);
@@ -136,13 +139,29 @@ void DataManagerWidget::addPage()
 {
     if (m_rows.size() < kMostRows)
         m_rows.resize(m_rows.size() + rowsPerPage);
+    else
+        QtMessageTip::showTip(QStringLiteral("寄存器表最多%1页！").arg(QtPageBar::mostPages));
 }
 
-// The bar has already turned to the page that takes the place; m_page is still
-// the one that goes.
+bool DataManagerWidget::mayDeletePage(int page)
+{
+    m_deletedPage = page;
+    const auto first = m_rows.cbegin() + page * rowsPerPage;
+    const auto filled =
+        std::count_if(first, first + rowsPerPage, [](const RegisterRow &row) { return !row.isEmpty(); });
+    if (filled == 0)
+        return true;
+    const QString text = QStringLiteral("当前页有%1行已填写，是否确认删除当前页?").arg(filled);
+    if (QtMessageBox::question(this, kQuestion, text) != 1)
+        return false;
+    m_isModified = true;
+    return true;
+}
+
+// The bar may already have turned to the page before it.
 void DataManagerWidget::deletePage()
 {
-    m_rows.remove(m_page * rowsPerPage, rowsPerPage);
+    m_rows.remove(m_deletedPage * rowsPerPage, rowsPerPage);
     emit rowsMoved();
     SltChangePage(m_pageBar->currentPage());
 }
@@ -151,7 +170,9 @@ void DataManagerWidget::takeEdit(QStandardItem *item)
 {
     RegisterRow &row = m_rows[m_page * rowsPerPage + item->row()];
     QString *const cells[] = {&row.number, &row.address, &row.value, &row.description};
-    *cells[item->column()] = item->text();
+    QString &cell = *cells[item->column()];
+    m_isModified = m_isModified || cell != item->text(); // a mark changes the item as well
+    cell = item->text();
 }
 
 int DataManagerWidget::usedRows() const
@@ -173,6 +194,7 @@ void DataManagerWidget::setValue(int row, const QString &value)
 {
     if (row < 0 || row >= m_rows.size())
         return;
+    m_isModified = m_isModified || m_rows.at(row).value != value;
     m_rows[row].value = value;
     if (const int shown = shownRow(row); shown >= 0)
         m_model->item(shown, RegisterCellDelegate::Value)->setText(value);
@@ -225,7 +247,8 @@ void DataManagerWidget::SltButtonClicked(int index)
     case Import:
         return importTable();
     case Export:
-        return exportTable();
+        exportTable();
+        return;
     case Clear:
         return clearTable();
     case Confirm:
@@ -239,16 +262,30 @@ void DataManagerWidget::SltButtonClicked(int index)
     }
 }
 
-void DataManagerWidget::exportTable()
+bool DataManagerWidget::mayClose()
+{
+    if (!m_isModified || usedRows() == 0)
+        return true;
+    const QString text =
+        QStringLiteral("寄存器表[%1]有尚未导出的数据，是否保存?").arg(windowTitle().trimmed());
+    const auto answer = QtMessageBox::saveQuestion(this, kQuestion, text);
+    return answer == QtMessageBox::Save ? exportTable() : answer == QtMessageBox::Discard;
+}
+
+bool DataManagerWidget::exportTable()
 {
     const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("导出"), QString(), kFilter);
     if (name.isEmpty())
-        return;
-    if (!SafeFile::write(name, RegisterCsv::write(m_rows.mid(0, usedRows())))) {
+        return false;
+    QString why;
+    if (!SafeFile::write(name, RegisterCsv::write(m_rows.mid(0, usedRows())), &why)) {
+        showProgress(QStringLiteral("导出失败: %1").arg(why));
         QtMessageBox::warning(this, kWarning, kCannotOpen);
-        return;
+        return false;
     }
+    m_isModified = false;
     QtMessageTip::showTip(QStringLiteral("文件导出成功！"));
+    return true;
 }
 
 void DataManagerWidget::importTable()
@@ -256,12 +293,20 @@ void DataManagerWidget::importTable()
     const QString name = QtFileDialog::getOpenFileName(this, QStringLiteral("导入"), QString(), kFilter);
     if (name.isEmpty())
         return;
-    QFile file(name);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > kMostFileBytes) {
+    QByteArray content;
+    QString why;
+    // What has no size may be a device, which is never read to its end.
+    const qint64 size = QFileInfo(name).size();
+    if (size == 0)
+        why = QFileInfo::exists(name) ? QStringLiteral("文件为空") : QStringLiteral("文件不存在");
+    else if (size > kMostFileBytes)
+        why = QStringLiteral("文件过大");
+    if (!why.isEmpty() || !SafeFile::read(name, kMostFileBytes, &content, &why)) {
+        showProgress(QStringLiteral("导入失败: %1").arg(why));
         QtMessageBox::warning(this, kWarning, kCannotOpen);
         return;
     }
-    m_reader = std::make_unique<RegisterCsv::Reader>(file.readAll(), kMostRows - usedRows());
+    m_reader = std::make_unique<RegisterCsv::Reader>(content, kMostRows - usedRows());
     setBusy(true);
     m_stop->setVisible(false);
     importSome();
@@ -274,17 +319,31 @@ void DataManagerWidget::importSome()
         QTimer::singleShot(0, this, &DataManagerWidget::importSome);
         return;
     }
+    endImport();
+}
+
+void DataManagerWidget::endImport()
+{
     const int read = m_reader->rows().size();
     const int skipped = m_reader->skipped();
+    const int tooMany = m_reader->tooMany();
     const int first = usedRows();
+    m_isModified = read > 0 ? first > 0 || tooMany > 0 : m_isModified; // else it is the file
     setRows(m_rows.mid(0, first) + m_reader->rows());
     m_reader.reset();
     setBusy(false);
     // Where the new rows begin.
     for (int page = 0; page < first / rowsPerPage && read > 0; ++page)
         m_pageBar->SltNextPage();
-    showProgress(QStringLiteral("读取 %1 行，跳过 %2 行").arg(read).arg(skipped));
+    QString text = QStringLiteral("读取 %1 行，跳过 %2 行").arg(read).arg(skipped);
+    if (tooMany > 0)
+        text += QStringLiteral("，超出 %1 行").arg(tooMany);
+    showProgress(text);
     QtMessageTip::showTip(QStringLiteral("数据导入完成！！"));
+    if (tooMany > 0)
+        QtMessageBox::warning(
+            this, kWarning,
+            QStringLiteral("寄存器表最多%1行，文件中有%2行没有导入！").arg(kMostRows).arg(tooMany));
 }
 
 void DataManagerWidget::clearTable()
@@ -292,6 +351,7 @@ void DataManagerWidget::clearTable()
     if (usedRows() > 0 && QtMessageBox::question(this, kQuestion, QStringLiteral("是否清空所有寄存器?")) != 1)
         return;
     setRows({});
+    m_isModified = false;
     emit rowsMoved();
     showProgress({});
 }

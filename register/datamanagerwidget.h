@@ -41,6 +41,9 @@ public:
     void setBusy(bool busy);
     void showProgress(const QString &text);
 
+    // Offers to save rows that no file has. False: the user wants to stay.
+    bool mayClose();
+
 public slots:
     void SltButtonClicked(int index); // in the order of the buttons
     void SltChangePage(int index);    // counted from 1
@@ -59,19 +62,23 @@ protected:
 private:
     void buildUi();
     void addPage();
+    bool mayDeletePage(int page);
     void deletePage();
     void takeEdit(QStandardItem *item);
     void setRows(const QVector<RegisterRow> &rows);
     int usedRows() const;        // up to the last one that is not empty
     int shownRow(int row) const; // in the page shown, or -1
-    void exportTable();
+    bool exportTable();          // false when the user cancelled it, or it failed
     void importTable();
     void importSome();
+    void endImport();
     void clearTable();
 
     Mode m_mode;
     QVector<RegisterRow> m_rows; // whole pages
     int m_page = 0;
+    int m_deletedPage = 0;                         // counted from 0, like m_page
+    bool m_isModified = false;                     // rows that no file has
     std::unique_ptr<RegisterCsv::Reader> m_reader; // while importing
     QTableView *m_view;
     QStandardItemModel *m_model;

@@ -1,5 +1,7 @@
 #include "register/registercelldelegate.h"
 
+#include "shell/base/qtmessagetip.h"
+
 #include <QLineEdit>
 #include <QRegularExpressionValidator>
 
@@ -12,5 +14,9 @@ QWidget *RegisterCellDelegate::createEditor(QWidget *parent, const QStyleOptionV
     auto *editor = new QLineEdit(parent);
     editor->setFrame(false);
     editor->setValidator(new QRegularExpressionValidator(isHex ? hex : text, editor));
+    connect(editor, &QLineEdit::inputRejected, editor, [editor, isHex] {
+        QtMessageTip::showBelow(editor, isHex ? QStringLiteral("请输入2到8位十六进制数！")
+                                              : QStringLiteral("不能含有逗号和换行！"));
+    });
     return editor;
 }

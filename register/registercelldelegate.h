@@ -1,7 +1,7 @@
 #pragma once
 
 // Edits the register table's cells: hexadecimal in address and value, anything
-// but a comma elsewhere.
+// but commas and line breaks elsewhere. What is refused is said.
 
 #include <QStyledItemDelegate>
 

@@ -3,6 +3,7 @@
 #include "app/textcodec.h"
 
 #include <QStringList>
+#include <QTextCodec>
 
 #include <cstring>
 
@@ -10,6 +11,16 @@ namespace {
 
 constexpr int kColumns = 4;
 constexpr int kMostDigits = 8;
+constexpr int kTestedBytes = 1024 * 1024; // more than a full table has, as a rule
+
+bool isUtf8(const QByteArray &content)
+{
+    QTextCodec::ConverterState state;
+    QTextCodec::codecForName("UTF-8")->toUnicode(content.constData(), qMin(content.size(), kTestedBytes),
+                                                 &state);
+    const bool isCut = content.size() > kTestedBytes; // maybe within a character
+    return state.invalidChars == 0 && (isCut || state.remainingChars == 0);
+}
 
 } // namespace
 
@@ -60,6 +71,8 @@ Reader::Reader(const QByteArray &content, int mostRows)
     if (m_content.startsWith("\xEF\xBB\xBF")) {
         m_at = 3;
         m_codec = TextCodec::Utf8;
+    } else if (isUtf8(m_content)) {
+        m_codec = TextCodec::Utf8;
     }
 }
 
@@ -91,10 +104,12 @@ void Reader::readLine(const char *line, int size)
         ++column;
         begin = at + 1;
     }
-    if (column == kColumns && hasRoom)
+    if (column < kColumns)
+        m_skipped += size > 0 ? 1 : 0;
+    else if (hasRoom)
         m_rows.append({cells[0], cells[1], cells[2], cells[3]});
-    else if (size > 0)
-        ++m_skipped;
+    else
+        ++m_tooMany;
 }
 
 } // namespace RegisterCsv

@@ -30,18 +30,18 @@ QStringList titles();
 
 QByteArray write(const QVector<RegisterRow> &rows);
 
-// Reads a file a slice at a time. Lines with fewer than four cells are
-// skipped, and everything beyond the most rows.
+// Reads a file a slice at a time. Lines with fewer than four cells are skipped.
 class Reader
 {
 public:
-    // A byte order mark makes it UTF-8.
+    // What is valid UTF-8, or has its byte order mark, is read as UTF-8.
     Reader(const QByteArray &content, int mostRows);
 
     // Reads up to so many lines more; false when that was the end.
     bool read(int lines);
     const QVector<RegisterRow> &rows() const { return m_rows; }
     int skipped() const { return m_skipped; }
+    int tooMany() const { return m_tooMany; } // rows beyond the limit
 
 private:
     void readLine(const char *line, int size);
@@ -51,6 +51,7 @@ private:
     int m_codec;
     int m_mostRows;
     int m_skipped = 0;
+    int m_tooMany = 0;
     QVector<RegisterRow> m_rows;
 };
 

@@ -1,6 +1,5 @@
 #include "serial/multisendpage.h"
 
-#include "app/apppaths.h"
 #include "app/safefile.h"
 #include "shell/base/placeholdertext.h"
 #include "shell/base/qtmessagebox.h"

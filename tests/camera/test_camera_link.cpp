@@ -100,6 +100,7 @@ private slots:
     void decodesEveryPixel_data();
     void decodesEveryPixel();
     void decodesRgb888();
+    void decodesYuv422();
     void refusesSizes();
 };
 
@@ -479,6 +480,25 @@ void TestCameraLink::decodesRgb888()
     PixelDecoder::rgb888(reinterpret_cast<const uchar *>(source.constData()), source.size(), 2, 2,
                          reinterpret_cast<uchar *>(picture.data()), 8);
     QCOMPARE(picture, QByteArray("abcdef..gh\0\0\0\0..", 16));
+}
+
+// Rows of three pixels: white and black, an odd one of light blue; two reds, and a
+// pixel that is not there.
+void TestCameraLink::decodesYuv422()
+{
+    const QByteArray yuyv = hex("ff8000801dff"
+                                "4c551eff");
+    QByteArray uyvy;
+    for (int at = 0; at < yuyv.size(); at += 2)
+        uyvy.append(yuyv.at(at + 1)).append(yuyv.at(at));
+    for (const bool bigEndian : {false, true}) {
+        const QByteArray source = bigEndian ? uyvy : yuyv;
+        QByteArray picture(2 * 10, '.');
+        PixelDecoder::yuv422(reinterpret_cast<const uchar *>(source.constData()), source.size(), 3, 2,
+                             bigEndian, reinterpret_cast<uchar *>(picture.data()), 10);
+        QCOMPARE(picture.toHex(), QByteArray("ffffff0000001d00fe2e"
+                                             "fe0000d000000000002e"));
+    }
 }
 
 void TestCameraLink::refusesSizes()

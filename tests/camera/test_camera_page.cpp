@@ -149,7 +149,7 @@ void TestCameraPage::decodesFormats_data()
     QTest::newRow("RGB565, nothing") << 4 << 64 << QByteArray() << QSize(64, 64);
     QTest::newRow("RGB888, short") << 5 << 64 << QByteArray(8, 'x') << QSize(64, 64);
     QTest::newRow("unknown") << 9 << 2 << QByteArray(99, 'x') << QSize();
-    QTest::newRow("further") << 7 << 2 << QByteArray(99, 'x') << QSize();
+    QTest::newRow("YUV422") << 7 << 2 << QByteArray(8, 'x') << QSize(2, 2);
     QTest::newRow("no size") << 4 << 0 << QByteArray(99, 'x') << QSize();
     QTest::newRow("largest size") << 4 << 65535 << QByteArray(99, 'x') << QSize();
 }

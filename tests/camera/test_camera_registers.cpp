@@ -3,12 +3,14 @@
 
 #include "app/settings.h"
 #include "register/datamanagerwidget.h"
+#include "shell/base/dialoganswers.h"
 #include "tests/camera/camerapagetest.h"
 
 #include <QAbstractItemModel>
 #include <QLabel>
 #include <QSpinBox>
 #include <QTableView>
+#include <QUdpSocket>
 
 class TestCameraRegisters : public CameraPageTest
 {
@@ -19,9 +21,11 @@ private slots:
     void answersByReply_data();
     void answersByReply();
     void readsTables();
+    void readsFromTheBoardAsked();
+    void asksBeforeTablesAreLost();
     void writesTables();
     void stopsTables();
-    void keepsLengths();
+    void keepsSettings();
 
 private:
     void fillTable(DataManagerWidget *table, const QList<QStringList> &rows);
@@ -64,6 +68,7 @@ void TestCameraRegisters::readsAndWritesRegisters()
     QCOMPARE(tip(), QStringLiteral("寄存器地址长度设置错误[1~4]"));
     child<QSpinBox>("spinAddressLength")->setValue(2);
     child<QSpinBox>("spinValueLength")->setValue(0);
+    value->setText("5A");
     click("btnWriteRegister");
     QCOMPARE(tip(), QStringLiteral("寄存器值长度设置错误[1~4]"));
 }
@@ -96,23 +101,88 @@ void TestCameraRegisters::readsTables()
     auto *table = m_page->findChild<DataManagerWidget *>();
     QCOMPARE(table->windowTitle(), QStringLiteral("    读管理    "));
     // The third never answers, the fourth is refused, the fifth is no address.
-    fillTable(
-        table,
-        {{"3001", ""}, {"3002", "old"}, {"00DD", "old"}, {"4000", ""}, {"寄存器地址", "x"}, {" 0x0010", ""}});
+    fillTable(table, {{"3001", ""},
+                      {"3002", "old"},
+                      {"00DD", "old"},
+                      {"4000", "old"},
+                      {"寄存器地址", "x"},
+                      {" 0x0010", ""}});
     QTest::mouseClick(table->findChild<QPushButton *>("btnConfirm"), Qt::LeftButton);
     auto *progress = table->findChild<QLabel *>("labelRegisterProgress");
     QTRY_COMPARE_WITH_TIMEOUT(progress->text(), QStringLiteral("已完成 5/5，无应答 1，错误 1"), 20000);
     QCOMPARE(cell(table, 0), QStringLiteral("07")); // 0x15007, of which one byte is told
     QCOMPARE(cell(table, 1), QStringLiteral("0E"));
-    QCOMPARE(cell(table, 2), QStringLiteral("old"));
+    QCOMPARE(cell(table, 2), QString()); // what was not read does not stand there as if it were
+    QCOMPARE(cell(table, 3), QString());
     QCOMPARE(cell(table, 5), QStringLiteral("70"));
     const QAbstractItemModel *model = table->findChild<QTableView *>()->model();
     QCOMPARE(model->index(2, 2).data(Qt::ToolTipRole).toString(), QStringLiteral("开发板没有应答"));
     QVERIFY(model->index(0, 2).data(Qt::ToolTipRole).toString().isEmpty());
 
     // Late, but still for its row: 16 bits of the address tell.
-    m_page->SltRecvImageData("late", QByteArray("ORVN") + QByteArray::fromHex("00100000001100dd00420000"));
+    const auto reply = [this](const char *text) {
+        m_page->SltRecvImageData("late", QByteArray("ORVN") + QByteArray::fromHex(text));
+    };
+    reply("01100000001100dd00410000"); // of the other device
+    QCOMPARE(cell(table, 2), QString());
+    reply("00100000001100dd00420000");
     QCOMPARE(cell(table, 2), QStringLiteral("42"));
+    reply("00100000001100dd00430000"); // again, as of another board
+    QCOMPARE(cell(table, 2), QStringLiteral("42"));
+    reply("001000000011000130990000");
+    QCOMPARE(cell(table, 0), QStringLiteral("07"));
+}
+
+// Only what the asked board says becomes the value, and no answer leaves none.
+void TestCameraRegisters::readsFromTheBoardAsked()
+{
+    choose(Udp);
+    const quint16 port = openPort(Udp);
+    QUdpSocket asked;
+    QUdpSocket other;
+    QVERIFY(asked.bind(QHostAddress(QHostAddress::LocalHost)) &&
+            other.bind(QHostAddress(QHostAddress::LocalHost)));
+    child<QLineEdit>("editCameraDestinationPort")->setText(QString::number(asked.localPort()));
+    const auto reply = [this, port](QUdpSocket &board, const char *text) {
+        const int before = m_page->counts().at(1).toInt();
+        const QByteArray packet = "ORVN" + QByteArray::fromHex(text);
+        board.writeDatagram(packet, QHostAddress::LocalHost, port);
+        return QTest::qWaitFor([&] { return m_page->counts().at(1).toInt() == before + packet.size(); },
+                               20000);
+    };
+    auto *value = child<QLineEdit>("editRegisterValue");
+    value->setText("55");
+    child<QLineEdit>("editRegisterAddress")->setText("3008");
+    click("btnReadRegister");
+    QCOMPARE(value->text(), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(lastNotice(), QStringLiteral("寄存器[3008]没有应答！"), 20000);
+    QVERIFY(reply(asked, "00100000001100aaaa010000")); // the board is known now
+    QVERIFY(reply(other, "001000000011000830020000"));
+    QVERIFY(reply(asked, "011000000011000830030000")); // the other device
+    QCOMPARE(value->text(), QString());
+    QVERIFY(reply(asked, "001000000011000830040000"));
+    QCOMPARE(value->text(), QStringLiteral("04"));
+}
+
+void TestCameraRegisters::asksBeforeTablesAreLost()
+{
+    QVERIFY(m_page->mayClose());
+    m_page->findChild<QPushButton *>("btnReadTable")->click();
+    auto *table = m_page->findChild<DataManagerWidget *>();
+    fillTable(table, {{"3008", "1"}});
+    const QString file = m_root->filePath("table.csv");
+    QStringList chosen;
+    int answer = 0;
+    DialogAnswers::instance().message = [&answer](auto...) { return answer; };
+    DialogAnswers::instance().fileNames = [&chosen](auto...) { return chosen; };
+    for (answer = 0; answer < 3; ++answer) // cancel, save without a file, discard
+        QCOMPARE(m_page->mayClose(), answer == 2);
+    answer = 1;
+    chosen = QStringList{file};
+    QVERIFY(m_page->mayClose());
+    QVERIFY(QFileInfo(file).size() > 0);
+    answer = 0;
+    QVERIFY(m_page->mayClose()); // nothing is lost
 }
 
 void TestCameraRegisters::writesTables()
@@ -162,8 +232,15 @@ void TestCameraRegisters::stopsTables()
     }
 }
 
-void TestCameraRegisters::keepsLengths()
+// Of the registers, and of the link that was opened.
+void TestCameraRegisters::keepsSettings()
 {
+    const QString port = QString::number(openPort(Udp));
+    click("btnCameraOpen");
+    child<QLineEdit>("editCameraDestinationPort")->setText("1234");
+    child<QLineEdit>("editCameraPort")->setText(port);
+    click("btnCameraOpen");
+    QVERIFY(isOpen());
     child<QSpinBox>("spinAddressLength")->setValue(3);
     child<QSpinBox>("spinValueLength")->setValue(4);
     child<QSpinBox>("spinValueLength")->setValue(7); // nothing that could be used
@@ -172,6 +249,9 @@ void TestCameraRegisters::keepsLengths()
     const CameraDebugWidget again;
     QCOMPARE(again.findChild<QSpinBox *>("spinAddressLength")->value(), 3);
     QCOMPARE(again.findChild<QSpinBox *>("spinValueLength")->value(), 4);
+    QCOMPARE(again.findChild<QComboBox *>("comboCameraProtocol")->currentIndex(), int(Udp));
+    QCOMPARE(again.findChild<QLineEdit *>("editCameraPort")->text(), port);
+    QCOMPARE(again.findChild<QLineEdit *>("editCameraDestinationPort")->text(), QStringLiteral("1234"));
 }
 
 QTEST_MAIN(TestCameraRegisters)

@@ -24,6 +24,7 @@ class TestOrvnCamera : public QObject
 
 private slots:
     void buildsPackets();
+    void limitsLengths();
     void takesRequests_data();
     void takesRequests();
 };
@@ -35,7 +36,9 @@ void TestOrvnCamera::buildsPackets()
              hex("4f52564e0111000000010502000300a552"));
     QCOMPARE(taken(packet, orvn_camera_reply(packet, 0, ORVN_CAMERA_OK, 0x3008, 0x5A, 1)),
              hex("4f52564e0010000000110008305aaf47"));
-    QCOMPARE(orvn_camera_reply(packet, 0, ORVN_CAMERA_OK, 0x3008, 0x5A, 4), size_t(ORVN_CAMERA_REPLY_MAX));
+    for (const int length : {4, 5, 255})
+        QCOMPARE(orvn_camera_reply(packet, 0, ORVN_CAMERA_OK, 0x3008, 0x5A, uint8_t(length)),
+                 size_t(ORVN_CAMERA_REPLY_MAX));
 
     uint8_t header[ORVN_CAMERA_HEADER];
     uint8_t trailer[ORVN_CAMERA_TRAILER];
@@ -46,6 +49,24 @@ void TestOrvnCamera::buildsPackets()
     orvn_camera_image_end(trailer, crc);
     QCOMPARE(taken(header, sizeof header) + data + taken(trailer, sizeof trailer),
              hex("4f52564e00140000000210111213141516174e6e"));
+}
+
+// Lengths that are out of range are 4 and 1 bytes.
+void TestOrvnCamera::limitsLengths()
+{
+    orvn_camera_receiver receiver;
+    orvn_camera_receiver_init(&receiver, 200, 0);
+    orvn_camera_request request;
+    int requests = 0;
+    // What nearly is a request of 4 and 200 bytes, then one of 4 and 1.
+    const QByteArray bytes =
+        hex("4f52564e00d8000000100102030405") + QByteArray(216, 'x') + hex("4f52564e001100000010010203045a");
+    const QByteArray crc = hex("2124");
+    for (const char byte : bytes + crc)
+        requests += orvn_camera_receive(&receiver, static_cast<uint8_t>(byte), &request);
+    QCOMPARE(requests, 1);
+    QCOMPARE(int(request.status), int(ORVN_CAMERA_OK));
+    QCOMPARE(request.value, 0x5AU);
 }
 
 void TestOrvnCamera::takesRequests_data()

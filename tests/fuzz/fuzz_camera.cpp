@@ -31,6 +31,8 @@ void decode(const CameraEvent &image, quint16 width, quint16 height)
     const auto *source = reinterpret_cast<const uchar *>(image.data.constData());
     PixelDecoder::rgb565(source, image.data.size(), width, height, image.device != 0, output.data(),
                          width * 3);
+    PixelDecoder::yuv422(source, image.data.size(), width, height, image.device != 0, output.data(),
+                         width * 3);
     PixelDecoder::rgb888(source, image.data.size(), width, height, output.data(), width * 3);
 }
 

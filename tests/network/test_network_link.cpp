@@ -19,6 +19,8 @@ private slots:
     void namesPeers_data();
     void namesPeers();
     void sendsAndDrops();
+    void deliversBeforeClosing_data();
+    void deliversBeforeClosing();
     void holdsBackWhatIsNotRead();
     void endsWithPeers();
 
@@ -35,6 +37,8 @@ void TestNetworkLink::readsAddressesAndPorts()
 {
     const QPair<const char *, const char *> addresses[] = {{"192.168.1.7", "192.168.1.7"},
                                                            {" ::1 ", "::1"},
+                                                           {" [::1]", "::1"},
+                                                           {"\u200b1.2.3.4\n", "1.2.3.4"},
                                                            {"255.255.255.255", "255.255.255.255"},
                                                            {"fe80::1%1", "fe80::1%1"},
                                                            {"", ""},
@@ -131,6 +135,60 @@ void TestNetworkLink::sendsAndDrops()
     QTcpSocket late;
     late.connectToHost(QHostAddress::LocalHost, server.serverPort());
     WAIT_EQUAL(server.clientCount(), 1);
+}
+
+void TestNetworkLink::deliversBeforeClosing_data()
+{
+    QTest::addColumn<bool>("reads");
+    QTest::addColumn<bool>("echoes");
+    QTest::newRow("to a peer that reads") << true << false;
+    QTest::newRow("to a peer that sends as well") << true << true;
+    QTest::newRow("not to one that does not read") << false << false;
+}
+
+void TestNetworkLink::deliversBeforeClosing()
+{
+    QFETCH(bool, reads);
+    QFETCH(bool, echoes);
+    constexpr qint64 total = 12000000;
+    TcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
+    const QSignalSpy undelivered(&server, &TcpServer::clientUndelivered);
+    qint64 handedOver = 0;
+    connect(&server, &TcpServer::bytesHandedOver, this, [&](qint64 bytes) { handedOver += bytes; });
+    QTcpSocket peer;
+    peer.setReadBufferSize(65536);
+    peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
+    WAIT_EQUAL(server.clientCount(), 1);
+    QCOMPARE(server.SltSendMsgToAllClient(QByteArray(total, 'x')), total);
+    server.closeClient(QString());
+    QVERIFY(server.isFinishing());
+    QCOMPARE(server.clientCount(), 0);
+    QCOMPARE(server.SltSendMsgToAllClient("late"), qint64(0));
+    QCOMPARE(left.count(), 0);
+
+    qint64 read = 0;
+    const auto readAll = [&] {
+        const QByteArray bytes = peer.readAll();
+        read += bytes.size();
+        if (echoes)
+            peer.write(bytes);
+    };
+    if (reads) {
+        connect(&peer, &QTcpSocket::readyRead, this, readAll);
+        readAll();
+        WAIT_EQUAL(left.count(), 1);
+        WAIT_EQUAL(read, total);
+        QCOMPARE(handedOver, total);
+        QCOMPARE(undelivered.count(), 0);
+    } else {
+        auto *client = server.findChild<TcpClient *>();
+        for (int i = 0; i < 10 && left.count() == 0; ++i) // no half second passes
+            client->checkProgress();
+        QCOMPARE(left.count(), 1);
+        QCOMPARE(undelivered.at(0).at(1).toLongLong(), total - handedOver);
+    }
 }
 
 void TestNetworkLink::holdsBackWhatIsNotRead()

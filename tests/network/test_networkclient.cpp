@@ -18,6 +18,8 @@ private slots:
     void connectsAfterARefusal_data();
     void connectsAfterARefusal();
     void cancelsConnecting();
+    void deliversBeforeDisconnecting_data();
+    void deliversBeforeDisconnecting();
     void hearsOfTheServersEnd_data();
     void hearsOfTheServersEnd();
     void exchangesDatagrams_data();
@@ -32,13 +34,18 @@ void TestNetworkClient::connects_data()
 {
     addFamilies();
     QTest::newRow("name") << "localhost";
+    QTest::newRow("brackets") << "[::1] ";
 }
 
 void TestNetworkClient::connects()
 {
     QFETCH(QString, address);
     BoardProcess board;
-    QVERIFY(board.startOnNetwork("tcp-server", to(0, address == "localhost" ? "127.0.0.1" : address, {})));
+    QVERIFY(board.startOnNetwork("tcp-server", to(0,
+                                                  address == "localhost"    ? "127.0.0.1"
+                                                  : address.startsWith('[') ? "::1"
+                                                                            : address,
+                                                  {})));
     write("editServerAddress", address);
     open(Client, board.netPort());
     QCOMPARE(m_notices->at(0).at(0).toString(), QStringLiteral("正在与服务器建立连接...."));
@@ -78,7 +85,7 @@ void TestNetworkClient::connectsAfterARefusal()
     if (!state.isEmpty())
         QCOMPARE(stateText(), state);
     QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(), QStringLiteral("上次错误: ") + stateText());
-    QCOMPARE(lastNotice(), QStringLiteral("正在与服务器建立连接....")); // nothing else is posted
+    QCOMPARE(lastNotice(), QStringLiteral("[TCP Client]") + stateText());
     QCOMPARE(caption(), QStringLiteral("建立连接"));
     QVERIFY(fieldsAreEnabled(true));
 
@@ -109,6 +116,42 @@ void TestNetworkClient::cancelsConnecting()
     write("editPort", "9");
     click("btnOpen");
     QVERIFY(m_notices->isEmpty());
+}
+
+void TestNetworkClient::deliversBeforeDisconnecting_data()
+{
+    QTest::addColumn<QString>("act");
+    QTest::newRow("a server that reads") << "silent";
+    QTest::newRow("a server that never reads") << "deaf";
+}
+
+// Counted is what was handed over, and what was not is told.
+void TestNetworkClient::deliversBeforeDisconnecting()
+{
+    QFETCH(QString, act);
+    constexpr qint64 total = 12000000;
+    BoardProcess board;
+    QVERIFY(board.startOnNetwork("tcp-server", to(0, "127.0.0.1", {"--act", act})));
+    open(Client, board.netPort());
+    WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
+    for (int i = 0; i < 12; ++i)
+        m_page->sltSendData(QByteArray(total / 12, 'x'));
+    click("btnOpen");
+    QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次点击可放弃"));
+    m_page->sltSendData("late");
+    if (act == "deaf") {
+        click("btnOpen");
+        QCOMPARE(lastNotice(), QStringLiteral("断开时，有%1字节未能发送！").arg(total - sent()));
+        QVERIFY(sent() > 0);
+    } else {
+        WAIT_EQUAL(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
+        QCOMPARE(sent(), total);
+        QVERIFY(board.waitForEvent("disconnected"));
+        QVERIFY(board.stop());
+        QCOMPARE(board.statistics().value("read"), total);
+    }
+    QCOMPARE(caption(), QStringLiteral("建立连接"));
+    QVERIFY(fieldsAreEnabled(true));
 }
 
 void TestNetworkClient::hearsOfTheServersEnd_data()

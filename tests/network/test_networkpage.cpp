@@ -50,7 +50,7 @@ void TestNetworkPage::controlsFollowTheMode_data()
                                 << QStringLiteral("建立连接")
                                 << QStringList{"comboLocalAddress", "editDestinationAddress",
                                                "editDestinationPort", "comboClients", "btnDisconnect"};
-    QTest::newRow("UDP") << QStringLiteral("2.本地IP地址") << QStringLiteral("2.本地端口")
+    QTest::newRow("UDP") << QStringLiteral("本地IP地址") << QStringLiteral("2.本地端口")
                          << QStringLiteral("打开")
                          << QStringList{"editServerAddress", "comboClients", "btnDisconnect"};
 }

@@ -7,12 +7,18 @@
 #include "shell/base/qtmessagetip.h"
 
 #include <QAbstractItemModel>
+#include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
 
 class TestRegister : public QObject
 {
@@ -48,10 +54,12 @@ void TestRegister::readsFiles_data()
     QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbf"
                                                    "1,2,3,\xe6\x9b\x9d")
                                      << QStringLiteral("1|2|3|曝") << 0;
+    QTest::newRow("UTF-8 without a mark")
+        << QStringLiteral("1,2,3,曝光\n").toUtf8() << QStringLiteral("1|2|3|曝光") << 0;
     QTest::newRow("quotes stay") << QByteArray("\"1\",\"30\",4,5") << "\"1\"|\"30\"|4|5" << 0;
     QTest::newRow("cut character") << QByteArray("1,2,3,\xc6") << QStringLiteral("1|2|3|") << 0;
     QTest::newRow("no room") << QByteArray("1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n")
-                             << "1|2|3|4/5|6|7|8/9|||" << 2;
+                             << "1|2|3|4/5|6|7|8/9|||" << 0;
 }
 
 void TestRegister::readsFiles()
@@ -67,6 +75,7 @@ void TestRegister::readsFiles()
         seen += QStringList{row.number, row.address, row.value, row.description}.join(QLatin1Char('|'));
     QCOMPARE(seen.join(QLatin1Char('/')), rows);
     QCOMPARE(reader.skipped(), skipped);
+    QCOMPARE(reader.tooMany(), qMax(0, content.count("\n") - 3));
 }
 
 void TestRegister::knowsHexadecimal()
@@ -131,14 +140,23 @@ void TestRegister::exportsAndImports()
         warned = text;
         return 1;
     };
-    DialogAnswers::instance().fileNames = [](auto...) {
-        return QStringList{QStringLiteral("/nowhere/x.csv")};
-    };
+    DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file + "/x.csv"}; };
     for (const char *button : {"btnImport", "btnExport"}) {
         warned.clear();
         click(table, button);
         QCOMPARE(warned, QStringLiteral("文件打开失败，请重试！"));
     }
+#ifdef Q_OS_UNIX
+    // A pipe whose writer never comes, and one that never ends.
+    const QByteArray pipe = m_folder.filePath("pipe.csv").toLocal8Bit();
+    QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
+    for (const QString &name : {QString::fromLocal8Bit(pipe), QStringLiteral("/proc/kmsg")}) {
+        DialogAnswers::instance().fileNames = [name](auto...) { return QStringList{name}; };
+        warned.clear();
+        click(table, "btnImport");
+        QCOMPARE(warned, QStringLiteral("文件打开失败，请重试！"));
+    }
+#endif
     const QTemporaryDir folder;
     QFile huge(folder.filePath(QStringLiteral("x.txt"))); // chosen by mistake
     QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(3) << 30));
@@ -167,10 +185,34 @@ void TestRegister::turnsPages()
     QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("AA"));
     click(table, "btnFirstPage");
     QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("BB"));
+    QStringList questions;
+    int answer = 0;
+    DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+        questions.append(text);
+        return answer;
+    };
+    click(table, "btnDeletePage");
+    QCOMPARE(questions.size(), 1);
+    QCOMPARE(table.rows().size(), 200);
+    answer = 1;
     click(table, "btnDeletePage");
     QCOMPARE(table.rows().size(), 100);
     QCOMPARE(model->index(0, 1).data().toString(), QStringLiteral("02"));
     QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("AA"));
+    // The last one, shown, of three; an empty one goes without a question.
+    click(table, "btnAddPage");
+    click(table, "btnLastPage");
+    model->setData(model->index(0, 1), QStringLiteral("03"));
+    click(table, "btnAddPage");
+    click(table, "btnLastPage");
+    questions.clear();
+    click(table, "btnDeletePage");
+    QVERIFY(questions.isEmpty());
+    QCOMPARE(table.rows().at(100).address, QStringLiteral("03"));
+    click(table, "btnDeletePage");
+    QCOMPARE(table.rows().size(), 100);
+    QCOMPARE(model->index(0, 1).data().toString(), QStringLiteral("02"));
+    DialogAnswers::instance() = DialogAnswers();
     const QSignalSpy stops(&table, &DataManagerWidget::stopRequested);
     QHideEvent minimise;
     QSpontaneKeyEvent::setSpontaneous(&minimise);
@@ -197,6 +239,15 @@ void TestRegister::limitsCells()
     };
     QCOMPARE(typed(1, QStringLiteral("0x3g008,123456")), QStringLiteral("03008123"));
     QCOMPARE(typed(3, QStringLiteral("a,b")), QStringLiteral("ab"));
+    // What is pasted is refused as a whole, and it is said.
+    QtMessageTip::current()->close();
+    view->setCurrentIndex(view->model()->index(0, 3));
+    view->edit(view->currentIndex());
+    QApplication::clipboard()->setText(QStringLiteral("two\nlines"));
+    QTest::keyClick(view->findChild<QLineEdit *>(), Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(view->findChild<QLineEdit *>()->text(), QString());
+    QVERIFY(QtMessageTip::current());
+    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("不能含有逗号和换行！"));
 }
 
 void TestRegister::survivesAMillionRows()
@@ -207,11 +258,17 @@ void TestRegister::survivesAMillionRows()
     million.write(QByteArray("1,3008,5A,x\n").repeated(1000000));
     million.close();
     DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
+    QString warned;
+    DialogAnswers::instance().message = [&warned](const QString &, const QString &text, int) {
+        warned = text;
+        return 1;
+    };
     DataManagerWidget table(DataManagerWidget::Read);
     table.show();
     click(table, "btnImport");
     QTRY_COMPARE_WITH_TIMEOUT(table.findChild<QLabel *>("labelRegisterProgress")->text(),
-                              QStringLiteral("读取 10000 行，跳过 990000 行"), 30000);
+                              QStringLiteral("读取 10000 行，跳过 0 行，超出 990000 行"), 30000);
+    QCOMPARE(warned, QStringLiteral("寄存器表最多10000行，文件中有990000行没有导入！"));
     QCOMPARE(table.rows().size(), 10000);
     DialogAnswers::instance() = DialogAnswers();
 }

@@ -1,0 +1,91 @@
+#include "network/linksocket.h"
+
+#include "network/socketsystem.h"
+
+namespace {
+
+constexpr int kTickMs = 500;
+constexpr int kMaxTicks = 30;
+constexpr int kMaxIdleTicks = 6;
+constexpr int kMaxEndTicks = 2; // for the peer to close, which not every board does
+
+} // namespace
+
+LinkSocket::LinkSocket(QObject *parent)
+    : QTcpSocket(parent)
+    , m_timer(this)
+{
+    setReadBufferSize(readBufferBytes);
+    m_timer.setInterval(kTickMs);
+    connect(&m_timer, &QTimer::timeout, this, &LinkSocket::checkProgress);
+    connect(this, &QTcpSocket::connected, this, &LinkSocket::prepare);
+    connect(this, &QTcpSocket::bytesWritten, this, &LinkSocket::handleWritten);
+    connect(this, &QTcpSocket::readyRead, this, [this] { m_idleTicks = 0; });
+    connect(this, &QTcpSocket::disconnected, &m_timer, &QTimer::stop);
+    connect(this, &QTcpSocket::stateChanged, this, [this](SocketState state) {
+        m_finishing = m_finishing && state != HostLookupState; // the next attempt begins
+    });
+}
+
+void LinkSocket::prepare()
+{
+    m_undelivered = 0;
+    m_finishing = false;
+    setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    SocketSystem::watchPeer(socketDescriptor());
+}
+
+qint64 LinkSocket::send(const QByteArray &bytes)
+{
+    if (state() != ConnectedState || m_finishing)
+        return 0;
+    if (bytesToWrite() + bytes.size() > maxQueued)
+        return -1;
+    const qint64 queued = qMax<qint64>(0, write(bytes));
+    m_undelivered += queued;
+    return queued;
+}
+
+void LinkSocket::handleWritten(qint64 bytes)
+{
+    m_undelivered -= bytes;
+    m_idleTicks = 0;
+    if (m_finishing)
+        endSendingWhenDelivered();
+}
+
+void LinkSocket::finish()
+{
+    flush();
+    if (state() != ConnectedState || bytesToWrite() == 0)
+        return drop();
+    m_finishing = true;
+    m_sendingEnded = false;
+    m_ticks = 0;
+    m_idleTicks = 0;
+    m_timer.start();
+}
+
+// To close at once would discard what the peer has not read yet, if the peer is
+// sending. So its end is waited for.
+void LinkSocket::endSendingWhenDelivered()
+{
+    if (m_sendingEnded || bytesToWrite() > 0)
+        return;
+    m_sendingEnded = true;
+    SocketSystem::endSending(socketDescriptor());
+}
+
+void LinkSocket::checkProgress()
+{
+    ++m_ticks;
+    ++m_idleTicks;
+    if (m_ticks >= kMaxTicks || m_idleTicks >= (m_sendingEnded ? kMaxEndTicks : kMaxIdleTicks))
+        drop();
+}
+
+void LinkSocket::drop()
+{
+    abort();
+    m_finishing = false;
+}

@@ -1,5 +1,0 @@
-#include "network/listenqueue.h"
-
-void lengthenListenQueue(qintptr)
-{
-}

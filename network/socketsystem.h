@@ -1,0 +1,19 @@
+#pragma once
+
+// What is asked of the system directly, because QTcpSocket has no function for it.
+
+#include <QtGlobal>
+
+namespace SocketSystem {
+
+// Lets as many connections wait to be accepted as the system allows, where that
+// can be changed while listening.
+void lengthenListenQueue(qintptr listeningDescriptor);
+
+// A connection whose other end has vanished is noticed within a minute or so.
+void watchPeer(qintptr descriptor);
+
+// Tells the peer that nothing more will be sent. What it sends is still received.
+void endSending(qintptr descriptor);
+
+} // namespace SocketSystem
