@@ -9,6 +9,17 @@
 #include <QPushButton>
 #include <QStyleOption>
 
+namespace {
+
+// A tool tip has no bars; what it leaves out stands in the list of notices.
+QString shortened(const QString &text)
+{
+    constexpr int maxToolTip = 400; // characters
+    return text.size() <= maxToolTip ? text : text.left(maxToolTip) + QStringLiteral("…");
+}
+
+} // namespace
+
 QtStatusBar::QtStatusBar(QWidget *parent)
     : QWidget(parent)
     , m_notice(new StatusLabel(this))
@@ -82,7 +93,7 @@ void QtStatusBar::showCurrent()
     m_notice->showNotice(notice.text, notice.isError());
     m_notice->setToolTip(
         QStringLiteral("<p>%1</p><p>%2 · 单击查看最近的提示</p>")
-            .arg(notice.text.toHtmlEscaped(), notice.time.toString(QStringLiteral("hh:mm:ss"))));
+            .arg(shortened(notice.text).toHtmlEscaped(), notice.time.toString(QStringLiteral("hh:mm:ss"))));
     if (m_log.isHolding())
         m_errorHold.start();
     else

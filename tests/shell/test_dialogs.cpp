@@ -17,6 +17,7 @@
 #include "shell/window/qtstyledialog.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
@@ -165,6 +166,9 @@ private slots:
         QVERIFY(box.height() > 150);
         auto *label = box.findChild<QLabel *>(QStringLiteral("msgBoxText"));
         QVERIFY(label->width() <= 400);
+        label->setSelection(0, label->text().size());
+        QTest::keySequence(label, QKeySequence::Copy);
+        QTRY_COMPARE(QApplication::clipboard()->text(), box.text()); // without the places to break
         const int before = box.height();
         box.close();
         QtMessageBox huge;
