@@ -115,8 +115,7 @@ QWidget *HexEditWidget::buildPanel()
     m_jump = new HexJumpPanel(m_edit, m_panel);
     m_find = new HexFindPanel(m_edit, m_panel);
     m_checksums = new HexChecksumPanel(m_edit, m_panel);
-    for (QWidget *group : std::initializer_list<QWidget *>{
-             m_jump, m_find, new HexInspectorPanel(m_edit, m_panel), m_checksums})
+    for (QWidget *group : std::initializer_list<QWidget *>{m_jump, m_find, m_checksums})
         m_panel->addWidget(group);
     return m_panel;
 }
@@ -133,6 +132,7 @@ QWidget *HexEditWidget::buildWorkArea()
     m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
     m_edit->setReadOnly(true, QStringLiteral("请先打开文件"));
     column->addWidget(m_edit, 1);
+    column->addWidget(new HexInspectorPanel(m_edit, area));
     column->addLayout(buildStateRow(area));
     return area;
 }

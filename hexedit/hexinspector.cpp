@@ -72,7 +72,7 @@ QVector<Value> values(const QByteArray &bytes, bool bigEndian)
     values.append({QStringLiteral("double"), floatText<double, quint64>(bytes, bigEndian, 17)});
     values.append({QStringLiteral("UTF-8"), characterOf(bytes, TextCodec::Utf8)});
     values.append({QStringLiteral("GB18030"), characterOf(bytes, TextCodec::Gb18030)});
-    values.append({QStringLiteral("time32"), timeText(bytes, bigEndian)});
+    values.append({QStringLiteral("时间戳(32位)"), timeText(bytes, bigEndian)});
     return values;
 }
 

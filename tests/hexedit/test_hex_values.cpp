@@ -163,7 +163,7 @@ void TestHexValues::explainsBytes_data()
     QTest::newRow("UTF-8") << QByteArray("\xE4\xB8\xAD!") << false << "UTF-8=\xE4\xB8\xAD";
     QTest::newRow("GB18030") << QByteArray("\xD6\xD0!") << false << "GB18030=\xE4\xB8\xAD UTF-8=";
     QTest::newRow("time") << QByteArray::fromHex("6553F100") << true << "uint32=1700000000";
-    QTest::newRow("nothing") << QByteArray() << false << "uint8= int64= float= time32= UTF-8=";
+    QTest::newRow("nothing") << QByteArray() << false << "uint8= int64= float= 时间戳(32位)= UTF-8=";
 }
 
 void TestHexValues::explainsBytes()
@@ -177,7 +177,7 @@ void TestHexValues::explainsBytes()
     for (const QString &pair : expected.split(QLatin1Char(' ')))
         QCOMPARE(values.value(pair.section('=', 0, 0), QStringLiteral("(none)")), pair.section('=', 1));
     if (qstrcmp(QTest::currentDataTag(), "time") == 0)
-        QCOMPARE(values.value(QStringLiteral("time32")), QStringLiteral("2023-11-14 22:13:20"));
+        QCOMPARE(values.value(QStringLiteral("时间戳(32位)")), QStringLiteral("2023-11-14 22:13:20"));
 }
 
 QTEST_APPLESS_MAIN(TestHexValues)

@@ -10,6 +10,7 @@
 #include "shell/base/qtmessagetip.h"
 
 #include <QButtonGroup>
+#include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -123,6 +124,10 @@ void TestHexEditPage::hasTheToolButtons()
     QVERIFY(!child<QLabel>("labelFile")->text().isEmpty() &&
             !child<QPushButton>("btnMode")->text().isEmpty());
     QVERIFY(!group->button(HexEditWidget::Undo)->isEnabled());
+    m_page->resize(1000, 430); // what the smallest usual window leaves
+    QApplication::processEvents();
+    for (const char *name : {"inspect_double", "comboByteOrder"})
+        QCOMPARE(child<QWidget>(name)->visibleRegion().boundingRect(), child<QWidget>(name)->rect());
 }
 
 void TestHexEditPage::opensEditsAndSaves()
@@ -395,6 +400,18 @@ void TestHexEditPage::findsAndReplaces()
     QCOMPARE(find(0, "6", "btnFindNext"), Range(9, 2));      // no bytes
     QCOMPARE(find(1, "nowhere", "btnFindNext"), Range(9, 2));
 
+    // A part of a long pattern would be another pattern.
+    QtMessageTip::showTip(QString());
+    QCOMPARE(find(0, QStringLiteral("61").repeated(4001), "btnFindNext"), Range(9, 2));
+    QVERIFY(tip().contains("4001"));
+    child<QLineEdit>("editFind")->setText("61");
+    QApplication::clipboard()->setText(QString(20001, '6'));
+    child<QLineEdit>("editFind")->paste();
+    QTRY_COMPARE(child<QLineEdit>("editFind")->text(), QStringLiteral("61"));
+    child<QLineEdit>("editFind")->setFocus();
+    QTest::keyClick(child<QLineEdit>("editFind"), Qt::Key_Escape);
+    QCOMPARE(m_page->focusWidget(), edit());
+
     child<QLineEdit>("editReplace")->setText("long");
     QCOMPARE(find(1, "ab", "btnReplaceAll"), Range(9, 2)); // refused: overwriting moves nothing
     QVERIFY(!edit()->isModified());
@@ -475,6 +492,11 @@ void TestHexEditPage::stopsLongWork()
     QTRY_VERIFY_WITH_TIMEOUT(!isWorking(), 60000);
     click("btnChecksum");
     QTest::keyClicks(edit(), "41"); // the bytes keep still meanwhile
+    for (const char *name : {"btnSaveFile", "btnSaveAs", "btnFindNext", "btnChecksum"}) {
+        QtMessageTip::showTip(QString());
+        click(name);
+        QVERIFY2(!tip().isEmpty(), name); // nothing is refused in silence
+    }
     click("btnStopWork");
     QVERIFY(!isWorking());
     QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty());
