@@ -7,6 +7,7 @@
 #include "hexedit/hexfindpanel.h"
 #include "hexedit/hexinspectorpanel.h"
 #include "hexedit/hexjumppanel.h"
+#include "hexedit/hexrecentbutton.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/iconfont.h"
 
@@ -16,7 +17,6 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMenu>
 #include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
@@ -107,16 +107,15 @@ QWidget *HexEditWidget::buildPanel()
     m_panel = new FormPanel(this);
     m_panel->setObjectName(QStringLiteral("configPanel"));
     FormGroup *files = m_panel->addGroup(QStringLiteral("文件"));
-    m_recent = new QPushButton(QStringLiteral("最近打开"), files);
-    m_recent->setObjectName(QStringLiteral("btnRecent"));
-    m_recentMenu = new QMenu(m_recent);
-    m_recent->setMenu(m_recentMenu);
-    files->addWide(m_recent);
+    m_recent = new HexRecentButton(files);
+    m_saveAs = new QPushButton(QStringLiteral("另存为"), files);
+    m_saveAs->setObjectName(QStringLiteral("btnSaveAs"));
+    m_saveAs->setToolTip(QStringLiteral("保存为另一个文件，之后编辑该文件（Ctrl+Shift+S）"));
+    files->addPair(m_recent, m_saveAs);
     m_jump = new HexJumpPanel(m_edit, m_panel);
     m_find = new HexFindPanel(m_edit, m_panel);
     m_checksums = new HexChecksumPanel(m_edit, m_panel);
-    for (QWidget *group : std::initializer_list<QWidget *>{
-             m_jump, m_find, new HexInspectorPanel(m_edit, m_panel), m_checksums})
+    for (QWidget *group : std::initializer_list<QWidget *>{m_jump, m_find, m_checksums})
         m_panel->addWidget(group);
     return m_panel;
 }
@@ -128,10 +127,12 @@ QWidget *HexEditWidget::buildWorkArea()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addLayout(buildToolRow(area));
+    column->addWidget(buildChangeBar(area));
     m_edit = new QHexEdit(area);
     m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
     m_edit->setReadOnly(true, QStringLiteral("请先打开文件"));
     column->addWidget(m_edit, 1);
+    column->addWidget(new HexInspectorPanel(m_edit, area));
     column->addLayout(buildStateRow(area));
     return area;
 }
@@ -151,6 +152,7 @@ QLayout *HexEditWidget::buildToolRow(QWidget *area)
         button->setProperty("iconOnly", true);
         button->setFocusPolicy(Qt::TabFocus); // a click leaves the caret where it is
         button->setToolTip(tool.toolTip);
+        button->setAccessibleName(tool.toolTip.section(QLatin1Char(' '), 0, 0));
         button->setShortcut(tool.shortcut);
         m_buttons->addButton(button, id++);
         row->addWidget(button);
@@ -162,6 +164,29 @@ QLayout *HexEditWidget::buildToolRow(QWidget *area)
     row->addSpacing(8);
     row->addWidget(m_sizeLabel);
     return row;
+}
+
+// No question: it may come while another one is open, and again and again.
+QWidget *HexEditWidget::buildChangeBar(QWidget *area)
+{
+    m_changeBar = new QWidget(area);
+    m_changeBar->setObjectName(QStringLiteral("hexChangeBar"));
+    m_changeText = addLabel(m_changeBar, "labelOutsideChange");
+    m_changeText->setProperty("kind", "error");
+    m_reload = new QPushButton(QStringLiteral("重新载入"), m_changeBar);
+    m_reload->setObjectName(QStringLiteral("btnReload"));
+    auto *keep = new QPushButton(QStringLiteral("保留当前内容"), m_changeBar);
+    keep->setObjectName(QStringLiteral("btnKeepOurs"));
+    auto *row = new QHBoxLayout(m_changeBar);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(8);
+    row->addWidget(m_changeText, 1);
+    row->addWidget(m_reload);
+    row->addWidget(keep);
+    connect(m_reload, &QPushButton::clicked, this, &HexEditWidget::reload);
+    connect(keep, &QPushButton::clicked, this, &HexEditWidget::keepOurs);
+    m_changeBar->hide();
+    return m_changeBar;
 }
 
 QLayout *HexEditWidget::buildStateRow(QWidget *area)
@@ -204,7 +229,8 @@ void HexEditWidget::connectParts()
         m_panel->setVisible(!hide);
         m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
     });
-    connect(m_recentMenu, &QMenu::aboutToShow, this, &HexEditWidget::fillRecent);
+    connect(m_recent, &HexRecentButton::chosen, this, &HexEditWidget::openFile);
+    connect(m_saveAs, &QPushButton::clicked, this, &HexEditWidget::saveAs);
     connect(m_stop, &QPushButton::clicked, m_edit->task(), &SlicedTask::stop);
     connect(m_edit->task(), &SlicedTask::started, this, &HexEditWidget::showWork);
     connect(m_edit->task(), &SlicedTask::progressed, m_progress, &QProgressBar::setValue);
@@ -213,6 +239,7 @@ void HexEditWidget::connectParts()
         auto *made = new QShortcut(keys, this);
         connect(made, &QShortcut::activated, receiver, slot);
     };
+    shortcut(int(Qt::CTRL) + Qt::SHIFT + Qt::Key_S, this, &HexEditWidget::saveAs);
     shortcut(int(Qt::CTRL) + Qt::Key_F, m_find, &HexFindPanel::begin);
     shortcut(int(Qt::CTRL) + Qt::Key_G, m_jump, &HexJumpPanel::begin);
     shortcut(Qt::Key_F3, m_find, &HexFindPanel::findNext);
@@ -269,24 +296,12 @@ void HexEditWidget::endWork()
     m_stop->hide();
 }
 
-void HexEditWidget::fillRecent()
-{
-    m_recentMenu->clear();
-    for (const QString &name : qAsConst(Settings::instance().recentFiles)) {
-        QAction *action = m_recentMenu->addAction(
-            QFileInfo(name).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
-        action->setToolTip(QDir::toNativeSeparators(name));
-        connect(action, &QAction::triggered, this, [this, name] { openFile(name); });
-    }
-    m_recentMenu->setToolTipsVisible(true);
-    if (m_recentMenu->isEmpty())
-        m_recentMenu->addAction(QStringLiteral("（没有最近打开的文件）"))->setEnabled(false);
-}
-
 void HexEditWidget::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::StyleChange && m_buttons)
         drawIcons();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        m_watch.check();
     QtWidgetBase::changeEvent(event);
 }
 

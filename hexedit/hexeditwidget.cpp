@@ -1,7 +1,6 @@
 #include "hexedit/hexeditwidget.h"
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
+#include "hexedit/hexrecentbutton.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtfiledialog.h"
 #include "shell/base/qtmessagebox.h"
@@ -20,7 +19,6 @@
 
 namespace {
 
-constexpr int kMostRecent = 10;
 constexpr int kTipMs = 2000;
 constexpr int kLongTipMs = 5000; // more to read
 constexpr qint64 kLargeFile = qint64(4) << 30;
@@ -36,11 +34,13 @@ QString onlyFileOf(const QMimeData *data)
 
 HexEditWidget::HexEditWidget(QWidget *parent)
     : QtWidgetBase(parent)
+    , m_watch(this)
 {
     setObjectName(QStringLiteral("HexEditWidget"));
     setAcceptDrops(true);
     buildUi();
     connectParts();
+    connect(&m_watch, &HexFileWatch::changed, this, &HexEditWidget::showOutsideChange);
     m_saver.pause = [this](qint64 bytes) { pause(bytes); };
     endWork();
     reloadCodec();
@@ -62,7 +62,13 @@ QStringList HexEditWidget::counts() const
 
 bool HexEditWidget::mayClose()
 {
-    return !m_saving && mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并退出吗?"));
+    if (m_saving) {
+        QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
+        return false;
+    }
+    if (m_edit->isModified())
+        m_edit->task()->stop(); // saving needs bytes that keep still
+    return mayDiscard();
 }
 
 void HexEditWidget::sltToolBtnsClicked(int id)
@@ -97,13 +103,7 @@ bool HexEditWidget::refuseWhileBusy() const
     return m_saving || m_edit->refuseWhileBusy();
 }
 
-// ---- opening and closing
-
-HexEditWidget::Stamp HexEditWidget::Stamp::of(const QString &fileName)
-{
-    const QFileInfo file(HexSaver::targetOf(fileName));
-    return {file.exists(), file.size(), file.lastModified()};
-}
+// ---- opening
 
 void HexEditWidget::chooseFile()
 {
@@ -116,108 +116,175 @@ void HexEditWidget::chooseFile()
 
 void HexEditWidget::openFile(const QString &fileName)
 {
-    if (refuseWhileBusy() || !mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并打开其他文件吗?")))
+    if (refuseWhileBusy() || !mayDiscard())
         return;
-    const Stamp stamp = Stamp::of(fileName);
-    const auto reader = std::make_shared<HexReader>();
-    if (!reader->open(fileName)) {
-        if (forgetIfGone(fileName))
+    const QString leftover = chosenLeftover(fileName);
+    load(fileName, leftover.isEmpty() ? fileName : leftover, 0);
+}
+
+// Where a save failed, the bytes may be beside the file, or instead of it.
+QString HexEditWidget::chosenLeftover(const QString &fileName)
+{
+    const QStringList leftovers = HexSaver::leftoversOf(fileName);
+    for (const QString &leftover : leftovers) {
+        const QFileInfo file(leftover);
+        const QString time = file.lastModified().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+        const QString key = leftover + time;
+        if (m_declined.contains(key))
+            continue;
+        if (QtMessageBox::question(
+                this, QString(),
+                QStringLiteral("有上次保存失败时留下的内容：\n%1\n%2，%3字节\n确定载入它，取消则打开原文件。")
+                    .arg(QDir::toNativeSeparators(leftover), time)
+                    .arg(file.size())) == 1)
+            return leftover;
+        m_declined.insert(key);
+    }
+    return QString();
+}
+
+void HexEditWidget::load(const QString &fileName, const QString &source, qint64 address)
+{
+    const auto loading = std::make_shared<Loading>();
+    const FileStamp stamp = FileStamp::of(fileName);
+    loading->source = source;
+    loading->sourceStamp = FileStamp::of(source);
+    loading->address = address;
+    if (!loading->reader.open(source)) {
+        if (m_recent->forgetIfGone(source))
             QtMessageTip::showTip(QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开"), kLongTipMs);
         else
             QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
         return;
     }
-    if (stamp.size > kLargeFile &&
+    if (loading->sourceStamp.size > kLargeFile &&
         QtMessageBox::question(this, QString(),
                                QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗?")
-                                   .arg(double(stamp.size) / double(1 << 30), 0, 'f', 1)) != 1)
+                                   .arg(double(loading->sourceStamp.size) / double(1 << 30), 0, 'f', 1)) != 1)
         return;
-    const auto before = std::make_shared<Opened>(
-        Opened{m_fileName, m_stamp, std::move(m_edit->document()), m_edit->address()});
+    loading->before = {m_fileName, m_watch.stamp(), std::move(m_edit->document()), m_edit->address()};
     showFile({fileName, stamp, HexDocument(), 0});
     m_edit->setFocus();
-    const auto state = std::make_shared<HexReader::State>(HexReader::State::Running);
     m_edit->task()->start({QStringLiteral("正在打开"),
-                           [this, reader, state] {
+                           [this, loading] {
                                QByteArray block;
-                               *state = reader->step(&block);
-                               if (*state == HexReader::State::Running)
+                               loading->state = loading->reader.step(&block);
+                               if (loading->state == HexReader::State::Running)
                                    m_edit->appendData(block);
-                               return *state != HexReader::State::Running;
+                               return loading->state != HexReader::State::Running;
                            },
-                           [reader] { return reader->permille(); },
-                           [this, state, before](bool) { finishOpening(*state, before); }});
+                           [loading] { return loading->reader.permille(); },
+                           [this, loading](bool) { finishOpening(*loading); }});
 }
 
 void HexEditWidget::showFile(Opened opened)
 {
     m_fileName = opened.fileName;
-    m_stamp = opened.stamp;
+    m_watch.follow(opened.fileName, opened.stamp);
+    m_changeBar->hide();
     m_edit->setDocument(std::move(opened.document), opened.address);
     m_edit->setReadOnly(m_fileName.isEmpty(), QStringLiteral("请先打开文件"));
 }
 
-void HexEditWidget::finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before)
+void HexEditWidget::finishOpening(Loading &loading)
 {
-    if (state == HexReader::State::Done) {
-        remember(m_fileName);
-        if (!(Stamp::of(m_fileName) == m_stamp))
+    if (loading.state == HexReader::State::Done) {
+        m_recent->remember(m_fileName);
+        if (loading.address > 0)
+            m_edit->goTo(loading.address);
+        if (!(FileStamp::of(loading.source) == loading.sourceStamp))
             QtMessageTip::showTip(
                 QStringLiteral("文件在打开期间已被其他程序修改，内容可能不完整，请重新打开"), kLongTipMs);
+        if (loading.source != m_fileName) {
+            m_edit->setUnsaved();
+            QtMessageTip::showTip(QStringLiteral("已载入上次保存失败时留下的内容，保存后写入原文件"),
+                                  kLongTipMs);
+        }
         return;
     }
-    showFile(std::move(*before));
-    if (state == HexReader::State::Failed)
+    showFile(std::move(loading.before));
+    m_watch.check();
+    if (loading.state == HexReader::State::Failed)
         QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
-    else if (state == HexReader::State::OutOfMemory)
+    else if (loading.state == HexReader::State::OutOfMemory)
         QtMessageTip::showTip(QStringLiteral("打开文件失败! 内存不足"), kLongTipMs);
 }
 
-void HexEditWidget::remember(const QString &fileName)
+// ---- changes by other programs
+
+void HexEditWidget::showOutsideChange()
 {
-    QStringList names = Settings::instance().recentFiles;
-    const QString name = QFileInfo(fileName).absoluteFilePath();
-    names.removeAll(name);
-    names.prepend(name);
-    setRecent(names.mid(0, kMostRecent));
+    const bool gone = m_watch.isGone();
+    m_changeBar->setVisible(m_watch.differs());
+    m_reload->setVisible(!gone);
+    if (gone)
+        m_edit->setUnsaved(); // nothing else has these bytes
+    m_changeText->setText(gone ? QStringLiteral("文件已被其他程序删除或改名，内容仍在编辑器中")
+                          : m_edit->isModified()
+                              ? QStringLiteral("文件已被其他程序修改，重新载入将丢失未保存的修改")
+                              : QStringLiteral("文件已被其他程序修改"));
 }
 
-bool HexEditWidget::forgetIfGone(const QString &fileName)
+void HexEditWidget::reload()
 {
-    QStringList names = Settings::instance().recentFiles;
-    if (QFileInfo::exists(fileName) || names.removeAll(fileName) == 0)
-        return false;
-    setRecent(names);
-    return true;
+    if (!refuseWhileBusy())
+        load(m_fileName, m_fileName, m_edit->address());
 }
 
-void HexEditWidget::setRecent(const QStringList &names)
+// Saving still asks before it overwrites what the other program has written.
+void HexEditWidget::keepOurs()
 {
-    Settings::instance().recentFiles = names;
-    Settings::writeValue(SettingsKeys::HexEdit::group, SettingsKeys::HexEdit::recentFiles, names);
+    m_watch.acknowledge();
+    m_changeBar->hide();
+    m_edit->setUnsaved();
+    m_edit->setFocus();
 }
+
+// ---- closing
 
 void HexEditWidget::closeFile()
 {
-    if (!mayDiscard(QStringLiteral("文件有未保存的修改，确定放弃修改并关闭吗?")))
-        return;
-    showFile(Opened());
+    if (mayDiscard())
+        showFile(Opened());
 }
 
-bool HexEditWidget::mayDiscard(const QString &question)
+bool HexEditWidget::mayDiscard()
 {
-    return !m_edit->isModified() || QtMessageBox::question(this, QString(), question) == 1;
+    if (!m_edit->isModified())
+        return true;
+    const QString question =
+        QStringLiteral("文件有未保存的修改，是否保存?\n%1").arg(QFileInfo(m_fileName).fileName());
+    switch (QtMessageBox::saveQuestion(this, QString(), question)) {
+    case QtMessageBox::Save:
+        return save();
+    case QtMessageBox::Discard:
+        return true;
+    default:
+        return false;
+    }
 }
 
+// A copy is what we make of a file: after a move, its program would delete it.
 void HexEditWidget::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (!onlyFileOf(event->mimeData()).isEmpty())
-        event->acceptProposedAction();
+    if (onlyFileOf(event->mimeData()).isEmpty() || !(event->possibleActions() & Qt::CopyAction))
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void HexEditWidget::dragMoveEvent(QDragMoveEvent *event)
+{
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
 }
 
 void HexEditWidget::dropEvent(QDropEvent *event)
 {
-    event->acceptProposedAction();
+    if (!(event->possibleActions() & Qt::CopyAction))
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
     // The question must not keep the program waiting that the file comes from.
     const QString name = onlyFileOf(event->mimeData());
     QTimer::singleShot(0, this, [this, name] { openFile(name); });
@@ -225,37 +292,66 @@ void HexEditWidget::dropEvent(QDropEvent *event)
 
 // ---- saving
 
-void HexEditWidget::save()
+bool HexEditWidget::save()
 {
+    if (m_fileName.isEmpty()) {
+        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
+        return false;
+    }
+    return mayOverwrite() && saveTo(m_fileName);
+}
+
+void HexEditWidget::saveAs()
+{
+    if (refuseWhileBusy())
+        return;
     if (m_fileName.isEmpty()) {
         QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
         return;
     }
-    if (!mayOverwrite())
+    const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("另存为"), m_fileName,
+                                                       QStringLiteral("所有文件(*.*)"));
+    if (name.isEmpty())
         return;
+    if (HexSaver::targetOf(name) == HexSaver::targetOf(m_fileName))
+        save();
+    else
+        saveTo(name); // the dialog has asked before it overwrites
+}
+
+bool HexEditWidget::saveTo(const QString &fileName)
+{
     m_saving = true;
     m_savedBytes = 0;
+    m_watch.setPaused(true);
     m_edit->setReadOnly(true);
     showWork(QStringLiteral("正在保存"));
     m_stop->hide(); // half of a save is none
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const HexSaver::Outcome outcome =
-        m_saver.save(m_fileName, m_edit->size(), [this](QIODevice &device) { return writeTo(device); });
+        m_saver.save(fileName, m_edit->size(), [this](QIODevice &device) { return writeTo(device); });
     QApplication::restoreOverrideCursor();
     endWork();
     m_saving = false;
+    m_watch.setPaused(false);
     m_edit->setReadOnly(false);
     if (outcome.inPlace) {
-        m_stamp = Stamp::of(m_fileName);
+        m_fileName = fileName;
+        m_watch.follow(fileName, FileStamp::of(fileName));
+        m_changeBar->hide();
         m_edit->setSaved();
+        m_recent->remember(fileName);
+    } else if (fileName == m_fileName) {
+        m_watch.acknowledge(); // what a failed save moved, the box tells
     }
-    showOutcome(outcome);
+    showOutcome(outcome, fileName);
+    return outcome.saved;
 }
 
 bool HexEditWidget::mayOverwrite()
 {
-    const Stamp now = Stamp::of(m_fileName);
-    return !now.exists || now == m_stamp ||
+    const FileStamp now = FileStamp::of(m_fileName);
+    return !now.exists || now == m_watch.stamp() ||
            QtMessageBox::question(this, QStringLiteral("告警"),
                                   QStringLiteral("文件打开之后已被其他程序修改，确定用当前内容覆盖吗?")) == 1;
 }
@@ -282,16 +378,17 @@ void HexEditWidget::pause(qint64 bytes)
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
-void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome)
+void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome, const QString &fileName)
 {
     if (outcome.saved) {
         QtMessageTip::showTip(QStringLiteral("  文件已保存  "), kTipMs);
+        if (!outcome.consequence.isEmpty())
+            emit signalNotify(outcome.consequence, 255);
         return;
     }
-    QString text = QStringLiteral("Cannot write file %1.").arg(QDir::toNativeSeparators(m_fileName));
-    if (!outcome.kept.isEmpty())
-        text += QLatin1Char('\n') + outcome.kept;
-    m_selectionLabel->setText(QStringLiteral("保存失败: %1").arg(outcome.reason));
-    m_selectionLabel->setToolTip(outcome.reason);
-    QtMessageBox::warning(this, QStringLiteral("QHexEdit"), text);
+    emit signalNotify(
+        QStringLiteral("保存失败: %1。%2").arg(outcome.reason, outcome.consequence).simplified(), 255);
+    QtMessageBox::warning(this, QStringLiteral("QHexEdit"),
+                          QStringLiteral("Cannot write file %1.\n原因: %2\n%3")
+                              .arg(QDir::toNativeSeparators(fileName), outcome.reason, outcome.consequence));
 }

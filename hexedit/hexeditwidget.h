@@ -4,21 +4,22 @@
 // and puts it back without ever losing the bytes that were there.
 
 #include "hexedit/hexdocument.h"
+#include "hexedit/hexfilewatch.h"
 #include "hexedit/hexreader.h"
 #include "hexedit/hexsaver.h"
 #include "shell/base/qtwidgetbase.h"
 
-#include <QDateTime>
+#include <QSet>
 #include <memory>
 
 class FormPanel;
 class HexChecksumPanel;
 class HexFindPanel;
 class HexJumpPanel;
+class HexRecentButton;
 class QButtonGroup;
 class QHexEdit;
 class QLabel;
-class QMenu;
 class QProgressBar;
 class QPushButton;
 
@@ -38,8 +39,9 @@ public:
     bool mayClose() override;
     void reloadCodec() override;
 
-    // Asks where edits would be lost, then shows the file, a large one while it
-    // is being read. What was open before comes back where that fails.
+    // Asks where edits would be lost, and whether bytes that a failed save left
+    // beside the file are meant, then shows the file, a large one while it is
+    // being read. What was open before comes back where that fails.
     void openFile(const QString &fileName);
     QString fileName() const { return m_fileName; }
 
@@ -49,33 +51,23 @@ public slots:
     void sltToolBtnsClicked(int id);
     void setSize(qint64 size);
     void setAddress(qint64 address);
+    void saveAs();
 
 signals:
+    void signalNotify(const QString &text, int kind);
     void signalRefresCounts(int pageIndex);
 
 protected:
     void changeEvent(QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
-    // What the file looked like when its bytes were those of the editor.
-    struct Stamp
-    {
-        bool exists = false;
-        qint64 size = 0;
-        QDateTime time;
-        bool operator==(const Stamp &other) const
-        {
-            return exists == other.exists && size == other.size && time == other.time;
-        }
-        static Stamp of(const QString &fileName);
-    };
-
     struct Opened
     {
         QString fileName; // empty while no file is open
-        Stamp stamp;
+        FileStamp stamp;
         HexDocument document;
         qint64 address = 0;
     };
@@ -85,31 +77,46 @@ private:
     QWidget *buildPanel();
     QWidget *buildWorkArea();
     QLayout *buildToolRow(QWidget *area);
+    QWidget *buildChangeBar(QWidget *area);
     QLayout *buildStateRow(QWidget *area);
     void connectParts();
     void drawIcons();
-    void fillRecent();
 
     bool refuseWhileBusy() const;
     void chooseFile();
+    // Reads the source, another file than the named one where a failed save
+    // left the bytes there.
+    void load(const QString &fileName, const QString &source, qint64 address);
+    QString chosenLeftover(const QString &fileName);
     void showFile(Opened opened);
-    void finishOpening(HexReader::State state, const std::shared_ptr<Opened> &before);
-    void remember(const QString &fileName);
-    bool forgetIfGone(const QString &fileName); // true when it was in the list
-    void setRecent(const QStringList &names);
-    void save();
+    struct Loading
+    {
+        HexReader reader;
+        HexReader::State state = HexReader::State::Running;
+        QString source;
+        FileStamp sourceStamp;
+        qint64 address = 0;
+        Opened before;
+    };
+    void finishOpening(Loading &loading);
+    void reload();
+    void keepOurs();
+    void showOutsideChange();
+    bool save();
+    bool saveTo(const QString &fileName);
     void closeFile();
-    bool mayDiscard(const QString &question);
+    bool mayDiscard();
     bool mayOverwrite();
     bool writeTo(QIODevice &device);
     void pause(qint64 bytes);
-    void showOutcome(const HexSaver::Outcome &outcome);
+    void showOutcome(const HexSaver::Outcome &outcome, const QString &fileName);
     void showState();
     void showWork(const QString &name);
     void endWork();
 
     QString m_fileName;
-    Stamp m_stamp;
+    HexFileWatch m_watch;
+    QSet<QString> m_declined; // leftovers that the user did not want
     HexSaver m_saver;
     bool m_saving = false;
     qint64 m_savedBytes = 0;
@@ -123,13 +130,16 @@ private:
     HexChecksumPanel *m_checksums = nullptr;
     QButtonGroup *m_buttons = nullptr;
     QPushButton *m_fold = nullptr;
-    QPushButton *m_recent = nullptr;
+    HexRecentButton *m_recent = nullptr;
+    QPushButton *m_saveAs = nullptr;
     QPushButton *m_mode = nullptr;
     QPushButton *m_stop = nullptr;
-    QMenu *m_recentMenu = nullptr;
     QLabel *m_addressLabel = nullptr;
     QLabel *m_sizeLabel = nullptr;
     QLabel *m_fileLabel = nullptr;
     QLabel *m_selectionLabel = nullptr;
     QProgressBar *m_progress = nullptr;
+    QWidget *m_changeBar = nullptr;
+    QLabel *m_changeText = nullptr;
+    QPushButton *m_reload = nullptr;
 };

@@ -1,16 +1,15 @@
 #pragma once
 
-// Shows what the bytes at the caret mean.
+// Shows what the bytes at the caret mean, in a strip that fits below them.
 
-#include "shell/base/formpanel.h"
-
+#include <QGroupBox>
 #include <QVector>
 
 class QComboBox;
 class QHexEdit;
 class QLabel;
 
-class HexInspectorPanel : public FormGroup
+class HexInspectorPanel : public QGroupBox
 {
     Q_OBJECT
 

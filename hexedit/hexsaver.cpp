@@ -1,7 +1,9 @@
 #include "hexedit/hexsaver.h"
 
 #include "app/disksync.h"
+#include "hexedit/fileaccess.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <QTemporaryFile>
@@ -46,12 +48,26 @@ std::filesystem::path pathOf(const QString &fileName)
 }
 
 // Where the old file goes when its successor could not be written.
-QString rescueNameOf(const QString &fileName)
+QString rescueNameOf(const QString &fileName, int number)
 {
-    QString name = fileName + QStringLiteral(".~bak");
-    for (int i = 1; QFileInfo::exists(name); ++i)
-        name = fileName + QStringLiteral(".~bak%1").arg(i);
-    return name;
+    const QString name = fileName + QStringLiteral(".~bak");
+    return number == 0 ? name : name + QString::number(number);
+}
+
+QString keptOld(const QString &target)
+{
+    int number = 0;
+    while (QFileInfo::exists(rescueNameOf(target, number)))
+        ++number;
+    const QString rescue = rescueNameOf(target, number);
+    return QStringLiteral("原内容保留在：\n%1\n")
+        .arg(QDir::toNativeSeparators(QFile::rename(target, rescue) ? rescue : target));
+}
+
+QString keptNew(const QString &temporary)
+{
+    return QStringLiteral("新内容完整保存在：\n%1\n请排除原因后再次保存；重新打开此文件时也可载入。")
+        .arg(QDir::toNativeSeparators(temporary));
 }
 
 } // namespace
@@ -141,12 +157,28 @@ QString HexSaver::refusal(const QString &target, qint64 size) const
     return QString();
 }
 
+QStringList HexSaver::leftoversOf(const QString &fileName)
+{
+    const QString target = targetOf(fileName);
+    QStringList names;
+    if (QFileInfo(temporaryOf(target)).isFile())
+        names += temporaryOf(target);
+    int next = 0;
+    while (QFileInfo::exists(rescueNameOf(target, next)))
+        ++next;
+    if (next > 0)
+        names += rescueNameOf(target, next - 1);
+    return names;
+}
+
 HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
                                  const std::function<bool(QIODevice &)> &write) const
 {
     Outcome outcome;
     const QString target = targetOf(fileName);
     outcome.reason = refusal(target, size);
+    outcome.consequence =
+        QStringLiteral("原文件未改动，修改仍在编辑器中。请排除原因后再次保存，或另存为其他文件。");
     if (!outcome.reason.isEmpty())
         return outcome;
     // What an earlier save could not copy is all that the disk has of the file:
@@ -163,36 +195,42 @@ HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
         return outcome;
     }
     const bool replaces = QFileInfo::exists(target);
-    const QFile::Permissions permissions = QFile::permissions(target);
+    const FileAccess access = FileAccess::of(target);
     if (replaces)
-        temporary.setPermissions(permissions | QFile::ReadOwner | QFile::WriteOwner);
+        temporary.setPermissions(QFile::permissions(target) | QFile::ReadOwner | QFile::WriteOwner);
     const bool written = write(temporary) && temporary.size() == size;
     if (!closes(temporary) || !written || !flush(temporary.fileName())) {
-        // The stated removal, by another name: the old bytes are all there is
+        // The old file is removed by another name: the old bytes are all there is
         // on the disk. What was written of the new ones is of no use, and may
         // leave no room for a longer name.
-        outcome.reason = QStringLiteral("写入失败");
         temporary.remove();
-        const QString rescue = rescueNameOf(target);
+        outcome.reason = QStringLiteral("写入失败，磁盘可能已满或已断开");
+        outcome.consequence = QStringLiteral("新内容只在编辑器中。请排除原因后再次保存，或另存为其他文件。");
         if (replaces)
-            outcome.kept = QStringLiteral("原文件保留在: ") +
-                           QDir::toNativeSeparators(QFile::rename(target, rescue) ? rescue : target);
+            outcome.consequence.prepend(keptOld(target));
         return outcome;
     }
     if (replaces && !QFile::remove(target)) {
-        outcome.reason = QStringLiteral("无法替换原文件");
+        outcome.reason = QStringLiteral("无法替换原文件，可能正被其他程序使用");
+        outcome.consequence = QStringLiteral("原文件未改动。") + keptNew(temporary.fileName());
         return outcome;
     }
     if (!copy(temporary.fileName(), target)) {
-        outcome.reason =
-            QStringLiteral("复制失败，内容保留在 ") + QDir::toNativeSeparators(temporary.fileName());
+        if (replaces)
+            access.giveTo(temporary.fileName());
+        outcome.reason = QStringLiteral("复制失败，磁盘可能已满或已断开");
+        outcome.consequence = QStringLiteral("原文件已移除。") + keptNew(temporary.fileName());
         return outcome;
     }
-    if (replaces)
-        QFile::setPermissions(target, permissions);
+    const QString lost = replaces ? access.giveTo(target) : QString();
+    outcome.consequence =
+        lost.isEmpty() ? QString() : QStringLiteral("文件已保存，但未能保留原来的%1").arg(lost);
     outcome.inPlace = true;
     outcome.saved = temporary.remove();
-    if (!outcome.saved)
-        outcome.reason = QStringLiteral("已写入，但临时文件无法删除");
+    if (!outcome.saved) {
+        outcome.reason = QStringLiteral("临时文件无法删除");
+        outcome.consequence = QStringLiteral("文件已完整写入。多余的临时文件可以自行删除：\n") +
+                              QDir::toNativeSeparators(temporary.fileName());
+    }
     return outcome;
 }

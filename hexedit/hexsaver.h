@@ -5,7 +5,7 @@
 // old and the new bytes both missing from the disk. Shows nothing.
 
 #include <QFile>
-#include <QString>
+#include <QStringList>
 #include <functional>
 
 class HexSaver
@@ -15,8 +15,10 @@ public:
     {
         bool saved = false;
         bool inPlace = false; // the file has the new bytes, saved or not
-        QString reason;       // why not, in the user's language
-        QString kept;         // what the user must be told: where the old bytes are now
+        // For the user: why it is not saved, and then where the old and the new
+        // bytes are and what to do; where it is saved, what was lost all the same.
+        QString reason;
+        QString consequence;
     };
 
     // Called often while the copy is made, with the bytes copied since the last
@@ -39,6 +41,10 @@ public:
 
     // The given name's temporary file.
     static QString temporaryOf(const QString &fileName);
+
+    // What saves that failed have left beside a file: new bytes first, then the
+    // last of the old ones. Empty where nothing lies there.
+    static QStringList leftoversOf(const QString &fileName);
 
 private:
     bool flushMeanwhile(const QString &fileName) const;

@@ -1,6 +1,7 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
-<!-- What Qt's own Chinese catalogue of qtbase lacks, and QtSerialPort, which has none.
+<!-- What Qt's own Chinese catalogue of qtbase lacks or calls by an unusual word, and QtSerialPort,
+     which has none.
      tools/make_translation.sh joins this with it. -->
 <TS version="2.1" language="zh_CN">
 <context>
@@ -231,6 +232,34 @@
     <message>
         <source>Unexpected or badly-formatted message received</source>
         <translation>收到意外的或格式有误的消息</translation>
+    </message>
+</context>
+<context>
+    <name>QFileSystemModel</name>
+    <message>
+        <source>Size</source>
+        <translation>大小</translation>
+    </message>
+</context>
+<context>
+    <name>QDirModel</name>
+    <message>
+        <source>Size</source>
+        <translation>大小</translation>
+    </message>
+</context>
+<context>
+    <name>QLineEdit</name>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>撤销(&amp;U)</translation>
+    </message>
+</context>
+<context>
+    <name>QWidgetTextControl</name>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>撤销(&amp;U)</translation>
     </message>
 </context>
 </TS>

@@ -8,6 +8,7 @@
 
 #include <QAbstractItemView>
 #include <QCompleter>
+#include <QDateTime>
 #include <QEvent>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -32,6 +33,23 @@ void rememberFolderOf(const QStringList &files)
 {
     if (!files.isEmpty())
         lastFolder() = QFileInfo(files.first()).absolutePath();
+}
+
+// A name that is not taken, for what the caller has no name for.
+QString nameFor(const QString &filter)
+{
+    const QString suffix = QtFileDialog::suffixOf(filter);
+    return QStringLiteral("数据_") +
+           QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss")) +
+           (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
+}
+
+// Size, type and date as wide as they need, the name has the rest.
+void showColumns(QHeaderView *header)
+{
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(0, QHeaderView::Stretch);
 }
 
 } // namespace
@@ -63,14 +81,15 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     } else {
         const bool bareName = proposed.fileName() == folder;
         m_dialog->setDirectory(bareName && !lastFolder().isEmpty() ? lastFolder() : proposed.path());
-        m_dialog->selectFile(proposed.fileName());
+        m_dialog->propose(proposed.fileName());
     }
+    if (mode == SaveFile && (folder.isEmpty() || proposed.isDir()))
+        m_dialog->propose(nameFor(m_dialog->selectedNameFilter()));
 
     m_dialog->setLabelText(QFileDialog::LookIn, QStringLiteral("文件目录："));
     m_dialog->setLabelText(QFileDialog::FileName, QStringLiteral("文件名："));
     m_dialog->setLabelText(QFileDialog::FileType, QStringLiteral("文件类型："));
-    m_dialog->setLabelText(QFileDialog::Accept,
-                           mode == SaveFile ? QStringLiteral("保存") : QStringLiteral("确定"));
+    m_dialog->setAcceptText(mode == SaveFile ? QStringLiteral("保存") : QStringLiteral("确定"));
     m_dialog->setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
     m_name = m_dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
     if (m_name && m_name->completer())
@@ -85,7 +104,8 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     body()->addWidget(m_dialog);
     m_dialog->show();
     if (auto *details = m_dialog->findChild<QTreeView *>(QStringLiteral("treeView")))
-        details->header()->setSectionResizeMode(0, QHeaderView::Stretch); // the date whole
+        showColumns(details->header());
+    m_dialog->applyFilter();
     frame()->setResizable(true);
     setMinimumSize(560, 360);
     resize(720, 440);
@@ -164,6 +184,7 @@ QStringList QtFileDialog::run(Mode mode, QWidget *parent, const QString &caption
     QtFileDialog dialog(mode, caption, dir, filter, parent ? parent->window() : nullptr);
     if (selectedFilter && !selectedFilter->isEmpty()) {
         dialog.m_dialog->selectNameFilter(*selectedFilter);
+        dialog.m_dialog->applyFilter();
         if (mode == SaveFile)
             dialog.m_dialog->setDefaultSuffix(suffixOf(*selectedFilter));
     }

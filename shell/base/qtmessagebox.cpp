@@ -4,6 +4,7 @@
 #include "shell/base/iconfont.h"
 #include "shell/base/qttitlebar.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -46,6 +47,8 @@ std::optional<IconLook> iconFor(int type)
     }
 }
 
+constexpr ushort breakMark = 0x200B;
+
 // A label wraps at spaces and between Chinese characters only; a path or a
 // line of digits gets places to break that are not seen.
 QString breakable(const QString &text)
@@ -58,7 +61,7 @@ QString breakable(const QString &text)
         run = c.isSpace() || c.unicode() > 0x2E80 ? 0 : run + 1;
         if (run >= longestRun || c == QLatin1Char('/') || c == QLatin1Char('\\')) {
             if (!c.isHighSurrogate())
-                result += QChar(0x200B);
+                result += QChar(breakMark);
             run = 0;
         }
     }
@@ -114,6 +117,7 @@ QtMessageBox::QtMessageBox(QWidget *parent)
         button->setMinimumWidth(80);
     setButtons(OkCancel);
 
+    connect(QApplication::clipboard(), &QClipboard::changed, this, &QtMessageBox::dropBreakMarks);
     connect(m_ok, &QPushButton::clicked, this, &QtMessageBox::SltBtnOkClicked);
     connect(m_discard, &QPushButton::clicked, this, [this] { done(Discard); });
     connect(m_cancel, &QPushButton::clicked, this, &QtMessageBox::SltBtnCancelClicked);
@@ -137,6 +141,16 @@ void QtMessageBox::setMessage(const QString &title, const QString &text, int typ
     auto *scroll = findChild<QScrollArea *>(QStringLiteral("msgBoxScroll"));
     scroll->setFixedSize(needed > longestTextHeight ? textWidth + 16 : textWidth,
                          qBound(iconHeight, needed, longestTextHeight));
+}
+
+// By key, menu or mouse: a path with marks in it does not open.
+void QtMessageBox::dropBreakMarks(QClipboard::Mode mode)
+{
+    QClipboard *const clipboard = QApplication::clipboard();
+    const QString selected = m_label->selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    QString text = clipboard->text(mode);
+    if (text == selected && text.contains(QChar(breakMark)))
+        clipboard->setText(text.remove(QChar(breakMark)), mode);
 }
 
 void QtMessageBox::setButtons(Buttons buttons)

@@ -6,6 +6,8 @@
 
 #include "shell/base/qtframelessdialog.h"
 
+#include <QClipboard>
+
 class QLabel;
 class QPushButton;
 
@@ -41,6 +43,7 @@ public slots:
     void SltBtnCancelClicked();
 
 private:
+    void dropBreakMarks(QClipboard::Mode mode); // from text copied out of the box
     static int run(QWidget *parent, const QString &title, const QString &text, int type, Buttons buttons);
 
     QString m_text;

@@ -265,6 +265,7 @@ void MainWindow::connectPages()
     connect(m_camera, &CameraDebugWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
     connect(m_pid, &PidDebugWidget::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
     connect(m_network, &NetworkToolWidget::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
+    connect(m_hexEdit, &HexEditWidget::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
     connect(m_network, &NetworkToolWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
     connect(m_hexEdit, &HexEditWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
     connect(m_portChecker, &QSerialPorCheck::signalSerialChanged, m_serial,

@@ -103,16 +103,17 @@ void HexTour::warnsBeforeEditsAreLost()
     QVERIFY(openFile(stage(), QStringLiteral("rom.bin"), "0123"));
     QVERIFY(UserHand::type(QStringLiteral("41")));
     auto *edit = stage().find<QHexEdit>("hexEdit");
-    QVERIFY(answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); },
-                    QStringLiteral("文件有未保存的修改，确定放弃修改并关闭吗?"), Qt::Key_Escape));
-    QVERIFY(answers([this] { return UserHand::click(stage().find<QWidget>("btnClose")); },
-                    QStringLiteral("文件有未保存的修改，确定放弃修改并退出吗?"), Qt::Key_Escape));
+    const QString question = QStringLiteral("文件有未保存的修改，是否保存?\nrom.bin");
+    QVERIFY(
+        answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); }, question, Qt::Key_Escape));
+    QVERIFY(answers([this] { return UserHand::click(stage().find<QWidget>("btnClose")); }, question,
+                    Qt::Key_Escape));
     QCOMPARE(edit->size(), qint64(4));
     QVERIFY(edit->isModified());
-    QVERIFY(answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); },
-                    QStringLiteral("文件有未保存的修改，确定放弃修改并关闭吗?"), Qt::Key_Return));
+    QVERIFY(
+        answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); }, question, Qt::Key_Return));
     QCOMPARE(edit->size(), qint64(0));
-    QCOMPARE(stage().content(QStringLiteral("rom.bin")), QByteArray("0123"));
+    QCOMPARE(stage().content(QStringLiteral("rom.bin")), QByteArray("A123"));
 }
 
 void HexTour::saysWhatCannotBeOpened()

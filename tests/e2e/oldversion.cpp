@@ -8,6 +8,7 @@
 #include "hexedit/hexeditwidget.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/dialoganswers.h"
+#include "shell/base/qtmessagebox.h"
 #include "shell/window/mainwindow.h"
 
 #include <QAction>
@@ -36,7 +37,7 @@ bool editFile(MainWindow &window, const QString &path)
     auto *page = window.findChild<HexEditWidget *>();
     page->sltToolBtnsClicked(HexEditWidget::OpenFile);
     auto *edit = page->findChild<QHexEdit *>();
-    if (!QTest::qWaitFor([edit] { return edit->size() > 0 && !edit->isReadOnly(); }, kPatienceMs))
+    if (!QTest::qWaitFor([edit] { return edit->size() > 0 && !edit->task()->isRunning(); }, kPatienceMs))
         return false;
     QTest::keyClicks(edit, "41");
     return edit->isModified();
@@ -73,7 +74,7 @@ int main(int argc, char *argv[])
     window.show();
     DialogAnswers::instance().message = [](const QString &, const QString &text, int) {
         note(text);
-        return 1;
+        return static_cast<int>(QtMessageBox::Discard);
     };
     QTimer::singleShot(0, &window, [&window] {
         if (editFile(window, QCoreApplication::arguments().value(1)))

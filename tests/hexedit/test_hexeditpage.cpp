@@ -6,9 +6,11 @@
 #include "hexedit/qhexedit.h"
 #include "resources/korvexresources.h"
 #include "shell/base/dialoganswers.h"
+#include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
 
 #include <QButtonGroup>
+#include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -31,6 +33,8 @@ private slots:
     void savesNothingWithoutAFile();
     void asksBeforeEditsAreLost();
     void noticesAChangeOnDisk();
+    void savesAsAnotherFile();
+    void offersWhatAFailedSaveLeft();
     void tellsWhenItCannotSave();
     void opensDroppedFiles();
     void findsAndReplaces();
@@ -120,6 +124,10 @@ void TestHexEditPage::hasTheToolButtons()
     QVERIFY(!child<QLabel>("labelFile")->text().isEmpty() &&
             !child<QPushButton>("btnMode")->text().isEmpty());
     QVERIFY(!group->button(HexEditWidget::Undo)->isEnabled());
+    m_page->resize(1000, 430); // what the smallest usual window leaves
+    QApplication::processEvents();
+    for (const char *name : {"inspect_double", "comboByteOrder"})
+        QCOMPARE(child<QWidget>(name)->visibleRegion().boundingRect(), child<QWidget>(name)->rect());
 }
 
 void TestHexEditPage::opensEditsAndSaves()
@@ -192,49 +200,136 @@ void TestHexEditPage::asksBeforeEditsAreLost()
     QVERIFY(m_page->mayClose());
     QVERIFY(m_questions.isEmpty());
     QTest::keyClicks(edit(), "41");
-    m_answer = 0;
+    m_answer = QtMessageBox::Cancel;
     open(path("other.bin"));
     tool(HexEditWidget::CloseFile);
     QVERIFY(!m_page->mayClose());
     QCOMPARE(m_questions.size(), 3);
     QCOMPARE(shown(), QByteArray("A123456789"));
-    m_answer = 1;
+    m_answer = QtMessageBox::Discard;
     QVERIFY(m_page->mayClose());
+    QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
+    m_answer = QtMessageBox::Save;
     open(path("other.bin"));
     QCOMPARE(shown(), QByteArray("other"));
-    QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
+    QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
+    QTest::keyClicks(edit(), "41");
+    m_page->saver().freeBytes = [](const QString &) { return qint64(0); };
+    QVERIFY(!m_page->mayClose()); // what could not be saved stays
+    QVERIFY(edit()->isModified());
 }
 
+// At once, without a question that another one may stand in front of.
 void TestHexEditPage::noticesAChangeOnDisk()
 {
+    const auto bar = [this] { return child<QWidget>("hexChangeBar"); };
     open(path("rom.bin"));
-    QTest::keyClicks(edit(), "41");
+    edit()->goTo(3);
+    QVERIFY(bar()->isHidden());
     put("rom.bin", "another program");
+    QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+    click("btnReload");
+    QTRY_COMPARE(shown(), QByteArray("another program"));
+    QCOMPARE(edit()->address(), qint64(3));
+    QVERIFY(bar()->isHidden() && !edit()->isModified());
+
+    put("rom.bin", "again");
+    QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+    click("btnKeepOurs");
+    QVERIFY(bar()->isHidden() && edit()->isModified());
     m_answer = 0;
     tool(HexEditWidget::SaveFile);
     QCOMPARE(m_questions.size(), 1);
-    QCOMPARE(content("rom.bin"), QByteArray("another program"));
+    QCOMPARE(content("rom.bin"), QByteArray("again"));
     m_answer = 1;
     tool(HexEditWidget::SaveFile);
-    QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
+    QCOMPARE(content("rom.bin"), QByteArray("another program"));
     m_questions.clear();
+    edit()->goTo(0);
     QTest::keyClicks(edit(), "42");
     tool(HexEditWidget::SaveFile); // our own save is no other program's
-    QVERIFY(m_questions.isEmpty());
     QVERIFY(QFile::remove(path("rom.bin")));
-    tool(HexEditWidget::SaveFile); // nothing there to be lost
-    QVERIFY(m_questions.isEmpty());
-    QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
+    QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+    QVERIFY(edit()->isModified()); // these are the only bytes left
+    tool(HexEditWidget::SaveFile);
+    QVERIFY(m_questions.isEmpty() && bar()->isHidden());
+    QCOMPARE(content("rom.bin"), QByteArray("Bnother program"));
+}
+
+void TestHexEditPage::savesAsAnotherFile()
+{
+    const auto saveAs = [this](const QString &name) {
+        DialogAnswers::instance().fileNames = [=](DialogAnswers::FileMode mode, auto, const QString &proposed,
+                                                  auto) {
+            return mode == DialogAnswers::FileMode::Save && proposed == m_page->fileName() ? QStringList(name)
+                                                                                           : QStringList();
+        };
+        click("btnSaveAs");
+    };
+    saveAs(path("new.bin"));
+    QVERIFY(!QFile::exists(path("new.bin"))); // nothing is open
+    open(path("rom.bin"));
+    QTest::keyClicks(edit(), "41");
+    saveAs(QString());
+    saveAs(path("missing/new.bin"));
+    QCOMPARE(m_questions.size(), 1);
+    QVERIFY(m_questions.takeFirst().contains("missing") && edit()->isModified());
+    saveAs(path("new.bin"));
+    QCOMPARE(content("new.bin"), QByteArray("A123456789"));
+    QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
+    QCOMPARE(m_page->fileName(), path("new.bin"));
+    QVERIFY(!edit()->isModified());
+    QTest::keyClicks(edit(), "42");
+    tool(HexEditWidget::SaveFile);
+    QCOMPARE(content("new.bin"), QByteArray("AB23456789"));
+}
+
+// After a copy that failed, opening the file again finds its bytes.
+void TestHexEditPage::offersWhatAFailedSaveLeft()
+{
+    open(path("rom.bin"));
+    QTest::keyClicks(edit(), "41");
+    m_page->saver().copy = [](const QString &, const QString &) { return false; };
+    tool(HexEditWidget::SaveFile);
+    m_page = std::make_unique<HexEditWidget>();
+    m_page->show();
+    put("rom.bin.~bak", "older");
+    m_questions.clear();
+    m_answer = 0;
+    open(path("rom.bin"));
+    QVERIFY(m_page->fileName().isEmpty());
+    QCOMPARE(m_questions.size(), 2); // both files
+    QVERIFY(m_questions.first().contains(path("rom.bin.~tmp")));
+    open(path("rom.bin"));
+    QCOMPARE(m_questions.size(), 2); // once is enough
+    m_page = std::make_unique<HexEditWidget>();
+    m_page->show();
+    m_answer = 1;
+    open(path("rom.bin"));
+    QCOMPARE(shown(), QByteArray("A123456789"));
+    QCOMPARE(m_page->fileName(), path("rom.bin"));
+    QVERIFY(edit()->isModified());
+    tool(HexEditWidget::SaveFile);
+    QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
+    QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified());
 }
 
 void TestHexEditPage::tellsWhenItCannotSave()
 {
-    const QString message = QStringLiteral("QHexEdit|Cannot write file %1.").arg(path("rom.bin"));
+    const QString message = QStringLiteral("QHexEdit|Cannot write file %1.\n").arg(path("rom.bin"));
+    QSignalSpy notices(m_page.get(), &HexEditWidget::signalNotify);
+    // One box that begins with the message, goes on with all of that, and stays as a notice.
+    const auto told = [&](const QString &consequence) {
+        const QString box = m_questions.value(0);
+        m_questions.clear();
+        return box.startsWith(message) && box.contains(consequence) && notices.size() == 1 &&
+               notices.takeFirst().at(0).toString().contains(consequence);
+    };
     open(path("rom.bin"));
     QTest::keyClicks(edit(), "41");
     m_page->saver().freeBytes = [](const QString &) { return qint64(0); };
     tool(HexEditWidget::SaveFile);
-    QCOMPARE(m_questions, QStringList{message});
+    QVERIFY(told(QStringLiteral("磁盘空间不足")));
     QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
     QVERIFY(edit()->isModified() && !edit()->isReadOnly());
     QVERIFY(!QApplication::overrideCursor());
@@ -242,9 +337,8 @@ void TestHexEditPage::tellsWhenItCannotSave()
 
     m_page->saver().freeBytes = [](const QString &) { return qint64(1) << 40; };
     m_page->saver().copy = [](const QString &, const QString &) { return false; };
-    m_questions.clear();
     tool(HexEditWidget::SaveFile);
-    QCOMPARE(m_questions, QStringList{message});
+    QVERIFY(told(path("rom.bin.~tmp")));
     QCOMPARE(content("rom.bin.~tmp"), QByteArray("A123456789"));
     QVERIFY(edit()->isModified());
 
@@ -252,26 +346,34 @@ void TestHexEditPage::tellsWhenItCannotSave()
     m_page->saver().copy = [](const QString &from, const QString &to) {
         return QFile::rename(from, to) && QDir().mkdir(from);
     };
-    m_questions.clear();
     tool(HexEditWidget::SaveFile);
-    QCOMPARE(m_questions, QStringList{message});
+    QVERIFY(told(path("rom.bin.~tmp")));
     QVERIFY(QDir().rmdir(path("rom.bin.~tmp")));
-    m_questions.clear();
-    tool(HexEditWidget::SaveFile); // nobody else has changed the file
-    QCOMPARE(m_questions, QStringList{message});
+    tool(HexEditWidget::SaveFile); // no other program has changed the file
+    QVERIFY(told(path("rom.bin.~tmp")));
     QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
 }
 
+// As a copy: a source whose file was moved deletes it.
 void TestHexEditPage::opensDroppedFiles()
 {
     put("dropped.bin", "dropped");
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(path("dropped.bin"))});
-    QDragEnterEvent enter({300, 200}, Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(m_page.get(), &enter);
-    QVERIFY(enter.isAccepted());
-    QDropEvent drop({300, 200}, Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(m_page.get(), &drop);
+    QDragEnterEvent moveOnly({300, 200}, Qt::MoveAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(m_page.get(), &moveOnly);
+    QVERIFY(!moveOnly.isAccepted());
+    const Qt::DropActions all = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+    QDragEnterEvent enter({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
+    QDragMoveEvent move({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
+    QDropEvent drop({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
+    for (QDropEvent *event : std::initializer_list<QDropEvent *>{&enter, &move, &drop}) {
+        event->setDropAction(Qt::MoveAction);
+        event->ignore();
+        QApplication::sendEvent(m_page.get(), event);
+        QVERIFY(event->isAccepted());
+        QCOMPARE(event->dropAction(), Qt::CopyAction);
+    }
     QTRY_COMPARE(m_page->fileName(), path("dropped.bin"));
     QCOMPARE(shown(), QByteArray("dropped"));
 }
@@ -297,6 +399,18 @@ void TestHexEditPage::findsAndReplaces()
     QCOMPARE(find(1, "ab", "btnFindPrevious"), Range(9, 2)); // round the start
     QCOMPARE(find(0, "6", "btnFindNext"), Range(9, 2));      // no bytes
     QCOMPARE(find(1, "nowhere", "btnFindNext"), Range(9, 2));
+
+    // A part of a long pattern would be another pattern.
+    QtMessageTip::showTip(QString());
+    QCOMPARE(find(0, QStringLiteral("61").repeated(4001), "btnFindNext"), Range(9, 2));
+    QVERIFY(tip().contains("4001"));
+    child<QLineEdit>("editFind")->setText("61");
+    QApplication::clipboard()->setText(QString(20001, '6'));
+    child<QLineEdit>("editFind")->paste();
+    QTRY_COMPARE(child<QLineEdit>("editFind")->text(), QStringLiteral("61"));
+    child<QLineEdit>("editFind")->setFocus();
+    QTest::keyClick(child<QLineEdit>("editFind"), Qt::Key_Escape);
+    QCOMPARE(m_page->focusWidget(), edit());
 
     child<QLineEdit>("editReplace")->setText("long");
     QCOMPARE(find(1, "ab", "btnReplaceAll"), Range(9, 2)); // refused: overwriting moves nothing
@@ -345,6 +459,7 @@ void TestHexEditPage::showsWhatHasBeenRead()
     QVERIFY(file.open(QIODevice::ReadWrite) && file.write("begin") == 5 && file.resize(size));
     open(path("rom.bin"));
     QTest::keyClicks(edit(), "41");
+    m_answer = QtMessageBox::Discard;
     open(path("large.bin"));
     QVERIFY(isWorking());
     QCOMPARE(edit()->document().read(0, 5), QByteArray("begin"));
@@ -377,6 +492,11 @@ void TestHexEditPage::stopsLongWork()
     QTRY_VERIFY_WITH_TIMEOUT(!isWorking(), 60000);
     click("btnChecksum");
     QTest::keyClicks(edit(), "41"); // the bytes keep still meanwhile
+    for (const char *name : {"btnSaveFile", "btnSaveAs", "btnFindNext", "btnChecksum"}) {
+        QtMessageTip::showTip(QString());
+        click(name);
+        QVERIFY2(!tip().isEmpty(), name); // nothing is refused in silence
+    }
     click("btnStopWork");
     QVERIFY(!isWorking());
     QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty());

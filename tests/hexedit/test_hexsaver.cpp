@@ -12,6 +12,7 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 class TestHexSaver : public QObject
@@ -97,7 +98,7 @@ void TestHexSaver::refusesBeforeTouching()
     // Room for the temporary file but not for the copy.
     m_saver->freeBytes = [](const QString &) { return qint64(1500000); };
     const HexSaver::Outcome full = save("rom.bin", QByteArray(1000000, 'n'));
-    QVERIFY(!full.saved && full.kept.isEmpty() && !full.reason.isEmpty());
+    QVERIFY(!full.saved && !full.reason.isEmpty() && !full.consequence.contains(m_root->path()));
     QVERIFY(save("rom.bin", "small").saved);
     put("rom.bin", "old bytes");
     m_saver = std::make_unique<HexSaver>();
@@ -136,7 +137,8 @@ void TestHexSaver::keepsTheOldBytesWhenWritingFails()
     const auto half = [](QIODevice &device) { return device.write("half") == 4 && false; };
     const HexSaver::Outcome outcome = m_saver->save(path("rom.bin"), 100, half);
     QVERIFY(!outcome.saved);
-    QVERIFY2(outcome.kept.contains(path("rom.bin.~bak1")), qPrintable(outcome.kept));
+    QVERIFY2(outcome.consequence.contains(path("rom.bin.~bak1")), qPrintable(outcome.consequence));
+    QCOMPARE(HexSaver::leftoversOf(path("rom.bin")), QStringList{path("rom.bin.~bak1")});
     QCOMPARE(content("rom.bin.~bak1"), QByteArray("old bytes"));
     QCOMPARE(content("rom.bin.~bak"), QByteArray("another's"));
     // Less than was announced is a failure, whatever the writer says.
@@ -161,6 +163,11 @@ void TestHexSaver::keepsTheNewBytesWhenTheCopyFails()
     QCOMPARE(to, path("rom.bin"));
     QCOMPARE(content("rom.bin.~tmp"), QByteArray("new"));
     QCOMPARE(files(), QStringList{"rom.bin.~tmp"});
+    QVERIFY(outcome.consequence.contains(path("rom.bin.~tmp")));
+    put("rom.bin.~bak", "older");
+    QCOMPARE(HexSaver::leftoversOf(path("rom.bin")),
+             (QStringList{path("rom.bin.~tmp"), path("rom.bin.~bak")}));
+    QVERIFY(QFile::remove(path("rom.bin.~bak")));
     // It is not written over by the next try, which may fail as well.
     QVERIFY(!m_saver->save(path("rom.bin"), 100, [](QIODevice &) { return false; }).saved);
     QCOMPARE(content("rom.bin.~bak"), QByteArray("new"));
@@ -180,6 +187,17 @@ void TestHexSaver::resolvesLinksAndKeepsPermissions()
     QCOMPARE(content("real/rom.bin"), QByteArray("new"));
     const auto users = QFile::ReadUser | QFile::WriteUser | QFile::ExeUser; // who we are, not who may
     QCOMPARE(QFile::permissions(path("real/rom.bin")) & ~users, QFile::Permissions(permissions));
+    // The bits that Qt does not know, and for root the owner.
+    const QByteArray real = QFile::encodeName(path("real/rom.bin"));
+    const bool root = ::geteuid() == 0;
+    QVERIFY(!root || ::chown(real.constData(), 4711, 4712) == 0);
+    QCOMPARE(::chmod(real.constData(), 06750), 0);
+    const HexSaver::Outcome outcome = save("twice.bin", "newer");
+    struct stat state = {};
+    QCOMPARE(::stat(real.constData(), &state), 0);
+    QVERIFY(outcome.saved && outcome.consequence.isEmpty());
+    QCOMPARE(static_cast<int>(state.st_mode & 07777), 06750);
+    QVERIFY(!root || (state.st_uid == 4711 && state.st_gid == 4712));
     // To a file that is gone.
     QVERIFY(QFile::remove(path("real/rom.bin")));
     QVERIFY(save("twice.bin", "again").saved);
@@ -207,7 +225,7 @@ void TestHexSaver::survivesAFullDisk()
     const QByteArray larger(500000, 'n');
     put("rom.bin", old);
     limitFiles(400000);
-    QVERIFY(save("rom.bin", larger).kept.contains(path("rom.bin.~bak")));
+    QVERIFY(save("rom.bin", larger).consequence.contains(path("rom.bin.~bak")));
     QCOMPARE(content("rom.bin.~bak"), old);
     QCOMPARE(files(), QStringList{"rom.bin.~bak"});
 

@@ -17,12 +17,19 @@
 #include "shell/window/qtstyledialog.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileSystemModel>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTemporaryDir>
@@ -165,6 +172,9 @@ private slots:
         QVERIFY(box.height() > 150);
         auto *label = box.findChild<QLabel *>(QStringLiteral("msgBoxText"));
         QVERIFY(label->width() <= 400);
+        label->setSelection(0, label->text().size());
+        QTest::keySequence(label, QKeySequence::Copy);
+        QTRY_COMPARE(QApplication::clipboard()->text(), box.text()); // without the places to break
         const int before = box.height();
         box.close();
         QtMessageBox huge;
@@ -277,6 +287,74 @@ private slots:
         QCOMPARE(QtFileDialog::getSaveFileName(nullptr, {}, m_root->path(), filters),
                  m_root->filePath(QStringLiteral("old.txt")));
         QCOMPARE(asked, 2);
+    }
+
+    void fileDialogShowsAllFiles()
+    {
+        touch(m_root->filePath(QStringLiteral("Makefile")));
+        touch(m_root->filePath(QStringLiteral("a.bin")));
+        QString chosen = QStringLiteral("所有文件(*.*)");
+        whenModal([](QWidget *dialog) {
+            auto *model = dialog->findChild<QFileSystemModel *>();
+            const auto *combo = dialog->findChild<QComboBox *>(QStringLiteral("fileTypeCombo"));
+            QCOMPARE(combo->currentText(), QStringLiteral("所有文件(*.*)"));
+            const auto shows = [model](const QString &name) {
+                const QModelIndex folder = model->index(model->rootPath());
+                for (int row = 0; row < model->rowCount(folder); ++row)
+                    if (model->fileName(model->index(row, 0, folder)) == name)
+                        return true;
+                return false;
+            };
+            QTRY_VERIFY(shows(QStringLiteral("a.bin")));
+            QTRY_VERIFY(shows(QStringLiteral("Makefile")));
+            dialog->close();
+        });
+        QtFileDialog::getOpenFileName(nullptr, {}, m_root->path(),
+                                      QStringLiteral("数据文件(*.bin);;所有文件(*.*)"), &chosen);
+    }
+
+    void fileDialogProposesAName()
+    {
+        QtFileDialog save(QtFileDialog::SaveFile, QString(), m_root->path(),
+                          QStringLiteral("文本文件(*.txt)"));
+        auto *name = save.findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+        QVERIFY2(name->text().contains(QRegularExpression(QStringLiteral("^数据_\\d{8}_\\d{6}\\.txt$"))),
+                 qPrintable(name->text()));
+        // Qt takes the button for one that opens folders.
+        QVERIFY(QDir(m_root->path()).mkdir(QStringLiteral("folder")));
+        save.show();
+        auto *button = save.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save);
+        typeName(&save, QStringLiteral("folder"));
+        QTRY_COMPARE(save.findChild<QFileDialog *>()->directory().dirName(), QStringLiteral("folder"));
+        QTRY_COMPARE(button->text(), QStringLiteral("保存"));
+        QVERIFY(save.isVisible() && name->text().startsWith(QStringLiteral("数据_")));
+    }
+
+    void fileDialogAsksBeforeItDeletes()
+    {
+        const QString path = m_root->filePath(QStringLiteral("a.txt"));
+        touch(path);
+        QtFileDialog open(QtFileDialog::OpenFile, QString(), path, QString());
+        open.show();
+        auto *list = open.findChild<QListView *>(QStringLiteral("listView"));
+        auto *model = open.findChild<QFileSystemModel *>();
+        QTRY_VERIFY(model->index(path).isValid());
+        int answer = 0;
+        QStringList asked;
+        DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+            asked.append(text);
+            return answer;
+        };
+        for (; answer < 2; ++answer) {
+            QVERIFY(QFile::exists(path));
+            list->setCurrentIndex(model->index(path));
+            for (QShortcut *shortcut : open.findChildren<QShortcut *>())
+                if (shortcut->key() == QKeySequence(Qt::Key_Delete) && shortcut->parent() == list)
+                    emit shortcut->activated();
+        }
+        QCOMPARE(asked.size(), 2);
+        QVERIFY(asked.first().contains(QStringLiteral("a.txt")));
+        QVERIFY(!QFile::exists(path));
     }
 
     void waitDialog()

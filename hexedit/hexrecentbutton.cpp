@@ -1,0 +1,60 @@
+#include "hexedit/hexrecentbutton.h"
+
+#include "app/settings.h"
+#include "app/settingskeys.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QMenu>
+
+namespace {
+
+constexpr int kMaxRecent = 10;
+
+void store(const QStringList &names)
+{
+    Settings::instance().recentFiles = names;
+    Settings::writeValue(SettingsKeys::HexEdit::group, SettingsKeys::HexEdit::recentFiles, names);
+}
+
+} // namespace
+
+HexRecentButton::HexRecentButton(QWidget *parent)
+    : QPushButton(QStringLiteral("最近打开"), parent)
+{
+    setObjectName(QStringLiteral("btnRecent"));
+    setMenu(new QMenu(this));
+    menu()->setToolTipsVisible(true);
+    connect(menu(), &QMenu::aboutToShow, this, &HexRecentButton::fillMenu);
+}
+
+void HexRecentButton::remember(const QString &fileName)
+{
+    QStringList names = Settings::instance().recentFiles;
+    const QString name = QFileInfo(fileName).absoluteFilePath();
+    names.removeAll(name);
+    names.prepend(name);
+    store(names.mid(0, kMaxRecent));
+}
+
+bool HexRecentButton::forgetIfGone(const QString &fileName)
+{
+    QStringList names = Settings::instance().recentFiles;
+    if (QFileInfo::exists(fileName) || names.removeAll(fileName) == 0)
+        return false;
+    store(names);
+    return true;
+}
+
+void HexRecentButton::fillMenu()
+{
+    menu()->clear();
+    for (const QString &name : qAsConst(Settings::instance().recentFiles)) {
+        QAction *action =
+            menu()->addAction(QFileInfo(name).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
+        action->setToolTip(QDir::toNativeSeparators(name));
+        connect(action, &QAction::triggered, this, [this, name] { emit chosen(name); });
+    }
+    if (menu()->isEmpty())
+        menu()->addAction(QStringLiteral("（没有最近打开的文件）"))->setEnabled(false);
+}
