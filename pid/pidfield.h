@@ -48,8 +48,8 @@ public:
     std::optional<qint32> integer() const;
 
 signals:
-    void escaped();         // Esc, with typed text in the field
-    void incomplete();      // Return, and the text is no number
+    void escaped();          // Esc, with typed text in the field
+    void incomplete();       // Return, and the text is no number
     void characterRefused(); // typed or pasted text that can't be part of a number
 
 protected:

@@ -17,7 +17,7 @@ ProgressWindow::ProgressWindow(const std::string &text)
     if (!Platform::hasDisplay() || ::pipe2(ends, O_CLOEXEC) != 0)
         return;
     const std::string label = "--text=" + text;
-    const char *const arguments[] = {"zenity",       "--progress",  "--pulsate",   "--auto-close",
+    const char *const arguments[] = {"zenity",      "--progress",   "--pulsate",   "--auto-close",
                                      "--no-cancel", "--title=升级", label.c_str(), nullptr};
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);

@@ -92,9 +92,9 @@ void build(Window &state)
     ::SendMessageW(state.label, WM_SETFONT, reinterpret_cast<WPARAM>(messageFont()), TRUE);
     const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_PROGRESS_CLASS};
     ::InitCommonControlsEx(&controls);
-    HWND bar = ::CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE | PBS_MARQUEE,
-                                 scaled(kMargin), scaled(52), inside, scaled(16), state.window, nullptr,
-                                 program, nullptr);
+    HWND bar =
+        ::CreateWindowExW(0, PROGRESS_CLASSW, nullptr, WS_CHILD | WS_VISIBLE | PBS_MARQUEE, scaled(kMargin),
+                          scaled(52), inside, scaled(16), state.window, nullptr, program, nullptr);
     ::SendMessageW(bar, PBM_SETMARQUEE, TRUE, 0);
     ::ShowWindow(state.window, SW_SHOWNORMAL);
 }
