@@ -47,12 +47,15 @@ void PidPanel::buildUi()
         m_channel->addItem(QStringLiteral("CH%1").arg(n));
 
     addRow(QStringLiteral("选择通道"), m_channel);
-    addRow(QStringLiteral("P"), m_gains[0])->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    addRow(QStringLiteral("I"), m_gains[1])->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    addRow(QStringLiteral("D"), m_gains[2])->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    const auto addField = [this](const QString &label, QWidget *field) {
+        addRow(label, field)->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    };
+    addField(QStringLiteral("P"), m_gains[0]);
+    addField(QStringLiteral("I"), m_gains[1]);
+    addField(QStringLiteral("D"), m_gains[2]);
     addWide(m_sendGains);
-    addRow(QStringLiteral("    目标值"), m_target);
-    addRow(QStringLiteral("    周期"), m_period);
+    addField(QStringLiteral("    目标值"), m_target);
+    addField(QStringLiteral("    周期"), m_period);
     addPair(m_sendTarget, m_sendPeriod);
     setTabOrder(m_gains[2], m_sendGains);
     setTabOrder(m_sendGains, m_target);

@@ -102,6 +102,7 @@ void QtUpdateDialog::buildUi()
     setStyleSheet(QStringLiteral("QWidget {background-color: #1e1e1e;} "
                                  "QPushButton {border: 1px solid #797979; min-width: 65px;}"));
     m_progress->setObjectName(QStringLiteral("progressUpdate"));
+    m_progress->setAccessibleName(QStringLiteral("下载进度"));
     m_progress->setFixedHeight(2);
     m_progress->setTextVisible(false);
     QSizePolicy place = m_progress->sizePolicy();
@@ -113,6 +114,7 @@ void QtUpdateDialog::buildUi()
     m_host->setObjectName(QStringLiteral("labelUpdateHost"));
     m_host->setTextFormat(Qt::PlainText);
     m_notes->setObjectName(QStringLiteral("textVersionNotes"));
+    m_notes->setAccessibleName(QStringLiteral("版本说明"));
     m_notes->setReadOnly(true);
     m_notes->setFixedHeight(120);
     m_splitLine->setObjectName(QStringLiteral("splitLine"));
