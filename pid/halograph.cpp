@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr double kTellable = 3; // contrast of a mark
+constexpr double kTellable = 3;       // contrast of a mark
 const QColor kHalo(0x86, 0x86, 0x86); // to be told from the grounds of all styles
 
 } // namespace
@@ -22,7 +22,8 @@ void HaloGraph::drawLinePlot(QCPPainter *painter, const QVector<QPointF> &lines)
         const double step = 1 / painter->device()->devicePixelRatioF();
         const QPen own = painter->pen();
         painter->setPen(QPen(kHalo, 0));
-        for (const QPointF &offset : {QPointF(0, -step), QPointF(0, step), QPointF(-step, 0), QPointF(step, 0)}) {
+        for (const QPointF &offset :
+             {QPointF(0, -step), QPointF(0, step), QPointF(-step, 0), QPointF(step, 0)}) {
             painter->translate(offset);
             QCPGraph::drawLinePlot(painter, lines);
             painter->translate(-offset);
