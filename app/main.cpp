@@ -1,11 +1,13 @@
 #include "app/demoboards.h"
 #include "app/startup.h"
+#include "shell/base/qtmessagebox.h"
 #include "shell/window/mainwindow.h"
 #include "shell/window/qtstatusbar.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QScreen>
+#include <QTimer>
 #include <memory>
 
 int main(int argc, char *argv[])
@@ -30,8 +32,13 @@ int main(int argc, char *argv[])
     window.resize(QSize(1000, 550).boundedTo(window.screen()->availableSize()));
     window.show();
     auto *statusBar = window.findChild<QtStatusBar *>();
-    if (parser.isSet(notice))
+    if (parser.isSet(notice)) {
         statusBar->showSystemNotify(parser.value(notice), Notice::Error);
+        // In the status bar alone it is overlooked.
+        QTimer::singleShot(0, &window, [&window, text = parser.value(notice)] {
+            QtMessageBox::warning(&window, QStringLiteral("升级"), text);
+        });
+    }
     if (boards) {
         QObject::connect(boards.get(), &DemoBoards::failed, statusBar, [statusBar](const QString &text) {
             statusBar->showSystemNotify(text, Notice::Error);

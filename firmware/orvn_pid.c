@@ -1,6 +1,5 @@
 #include "orvn_pid.h"
 
-#include <math.h>
 #include <string.h>
 
 /* Offsets within a frame. */
@@ -50,6 +49,12 @@ static float get_float(const uint8_t *at)
     float value;
     memcpy(&value, &bits, sizeof value);
     return value;
+}
+
+/* By its bits: -ffast-math takes isfinite() for always true. */
+static int is_finite(const uint8_t *at)
+{
+    return (get_u32(at) & 0x7F800000u) != 0x7F800000u;
 }
 
 static int32_t get_i32(const uint8_t *at)
@@ -127,7 +132,7 @@ static int decode(const uint8_t *frame, orvn_pid_command *command)
         command->p = get_float(frame + PAYLOAD);
         command->i = get_float(frame + PAYLOAD + 4);
         command->d = get_float(frame + PAYLOAD + 8);
-        return isfinite(command->p) && isfinite(command->i) && isfinite(command->d);
+        return is_finite(frame + PAYLOAD) && is_finite(frame + PAYLOAD + 4) && is_finite(frame + PAYLOAD + 8);
     case ORVN_PID_SET_TARGET:
     case ORVN_PID_SET_PERIOD:
         command->value = get_i32(frame + PAYLOAD);
@@ -146,6 +151,8 @@ int orvn_pid_receive(orvn_pid_receiver *receiver, uint8_t byte, orvn_pid_command
 {
     const uint8_t *frame;
     size_t left;
+    if (receiver->count >= sizeof receiver->bytes)
+        receiver->count = 0; /* not initialised */
     receiver->bytes[receiver->count++] = byte;
     resynchronise(receiver);
     /* A whole frame that ends here counts, also behind the torn beginning of

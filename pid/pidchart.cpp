@@ -41,6 +41,7 @@ void PidChart::buildUi()
     m_zoom->setToolTip(QStringLiteral("滚轮缩放哪个坐标轴；在曲线上单击右键可切换"));
     m_fitAll->setObjectName(QStringLiteral("checkPidFitAll"));
     m_fitAll->setToolTip(QStringLiteral("幅度轴包括所有显示的曲线；不勾选时只适应最近上报的通道的实际值"));
+    m_plot->setAccessibleName(QStringLiteral("目标值和实际值的曲线"));
     m_fold->setObjectName(QStringLiteral("btnFold"));
     m_follow->setObjectName(QStringLiteral("labelPidFollow"));
     m_follow->setProperty("kind", "hint");
@@ -60,7 +61,9 @@ QLayout *PidChart::buildTopRow()
     row->setSpacing(8);
     row->addWidget(m_fold);
     row->addSpacing(8);
-    row->addWidget(new QLabel(QStringLiteral("曲线缩放"), this));
+    auto *zoom = new QLabel(QStringLiteral("曲线缩放"), this);
+    zoom->setBuddy(m_zoom);
+    row->addWidget(zoom);
     row->addWidget(m_zoom);
     row->addWidget(m_fitAll);
     row->addStretch();

@@ -108,6 +108,8 @@ void PidCurveList::addCell(QGridLayout *grid, int graph, Curve &curve)
     curve.swatch = new QToolButton(this);
     curve.swatch->setObjectName(QStringLiteral("curveColour%1").arg(graph));
     curve.swatch->setToolTip(QStringLiteral("单击选择颜色"));
+    curve.swatch->setAccessibleName(name(graph) + QStringLiteral("的颜色"));
+    curve.shown->setAccessibleName(name(graph));
     curve.value = new NumberLabel(this);
     curve.value->setObjectName(QStringLiteral("curveValue%1").arg(graph));
     connect(curve.shown, &QCheckBox::toggled, this,

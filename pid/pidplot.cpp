@@ -1,5 +1,7 @@
 #include "pid/pidplot.h"
 
+#include "pid/halograph.h"
+
 #include <QPageSize>
 #include <QPdfWriter>
 
@@ -103,6 +105,7 @@ void PidPlot::setUpAxes()
     yAxis2->setVisible(true);
     yAxis2->setTickLabels(false);
     yAxis2->setRange(yAxis->range());
+    yAxis2->setTicker(yAxis->ticker()); // its ticks are where the grid is
     for (QCPAxis *axis : {xAxis, yAxis})
         axis->grid()->setSubGridVisible(true);
 
@@ -118,7 +121,10 @@ void PidPlot::setPlotStyle(const QString &style)
     for (const Style &known : kStyles) {
         if (style != QLatin1String(known.name))
             continue;
-        setBackground(colour(known.ground));
+        m_ground = colour(known.ground);
+        setBackground(m_ground);
+        for (HaloGraph *graph : qAsConst(m_graphs))
+            graph->setGround(m_ground);
         const QPen pen(colour(known.axis));
         for (QCPAxis *axis : {xAxis, yAxis, xAxis2, yAxis2}) {
             axis->setBasePen(pen);
@@ -145,9 +151,12 @@ void PidPlot::recreateCurves()
 {
     clearGraphs();
     m_points.clear();
+    m_graphs.clear();
     for (int graph = 0; graph < curves; ++graph) {
         m_points.append(Points::create());
-        addGraph()->setData(m_points.last());
+        m_graphs.append(new HaloGraph(xAxis, yAxis)); // the plot's
+        m_graphs.last()->setGround(m_ground);
+        m_graphs.last()->setData(m_points.last());
     }
     m_lastGraph = -1;
     m_hint->setVisible(true);
@@ -323,6 +332,14 @@ void PidPlot::leaveEvent(QEvent *event)
 {
     hideCursor();
     QCustomPlot::leaveEvent(event);
+}
+
+// Where a pixel of the screen is a fraction of ours, the last row and column are
+// not filled by QCustomPlot, which says that it paints everything.
+void PidPlot::paintEvent(QPaintEvent *event)
+{
+    QPainter(this).fillRect(rect().adjusted(-1, -1, 1, 1), m_ground);
+    QCustomPlot::paintEvent(event);
 }
 
 // ---- pictures

@@ -14,6 +14,8 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+class HaloGraph;
+
 class PidPlot : public QCustomPlot
 {
     Q_OBJECT
@@ -77,6 +79,7 @@ signals:
 
 protected:
     void leaveEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
 
 private:
     using Points = QSharedPointer<QCPGraphDataContainer>;
@@ -88,6 +91,8 @@ private:
     void requestPicture();
     bool writePdf(QIODevice *device);
 
+    QColor m_ground;
+    QVector<HaloGraph *> m_graphs;
     QVector<Points> m_points; // what comes; the graphs show it, or a copy while held
     QCPItemStraightLine *m_cursor;
     QCPItemText *m_hint; // where nothing is to be seen yet

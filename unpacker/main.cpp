@@ -6,7 +6,9 @@
 // update that was ended in the middle.
 
 #include "unpacker/installation.h"
+#include "unpacker/progresswindow.h"
 
+#include <cstdio>
 #include <fstream>
 
 namespace fs = std::filesystem;
@@ -27,13 +29,17 @@ template <class Condition> bool waitFor(const Condition &condition, int millisec
     return true;
 }
 
-// Tells what went wrong, here or in the application that is started again.
+// The application shows what went wrong.
 int restart(const fs::path &program, const std::string &problem)
 {
-    const bool told = problem.empty() || Platform::showMessage(problem);
-    if (!Platform::start(program,
-                         told ? std::vector<std::string>() : std::vector<std::string>{"--notice", problem}))
-        Platform::showMessage("无法启动程序: " + program.u8string());
+    std::vector<std::string> arguments;
+    if (!problem.empty()) {
+        std::fprintf(stderr, "%s\n", problem.c_str());
+        arguments = {"--notice", problem};
+    }
+    if (!Platform::start(program, arguments))
+        Platform::showMessage((problem.empty() ? problem : problem + '\n') +
+                              "无法启动程序: " + program.u8string());
     return problem.empty() ? 0 : 1;
 }
 
@@ -64,27 +70,55 @@ bool exchangeFiles(Installation &installation, const fs::path &packagePath, cons
            installation.update(reader, package, self, problem);
 }
 
-int update(Installation &installation, const fs::path &packagePath, const fs::path &self)
+// It was downloaded for this update only. Another place is the user's.
+void removePackage(const fs::path &packagePath, const fs::path &folder)
+{
+    std::error_code error;
+    if (fs::equivalent(packagePath.parent_path(), folder / "download", error))
+        fs::remove(packagePath, error);
+}
+
+// Everything up to the restart, while a window says what is being done.
+bool update(Installation &installation, const fs::path &packagePath, const fs::path &self,
+            std::string &problem)
 {
     const fs::path program = installation.executablePath();
-    if (!waitFor([&program] { return !Platform::isRunning(program); }, kWaitForEndMs))
-        return restart(program, "升级已取消: 程序没有退出，或还有另一个窗口在运行，请全部关闭后重新检查更新");
-    std::string problem;
+    ProgressWindow window("正在等待程序退出，请关闭它的所有窗口…");
+    if (!waitFor([&program] { return !Platform::isRunning(program); }, kWaitForEndMs)) {
+        problem = "程序没有退出，或还有另一个窗口在运行，请全部关闭后重新检查更新";
+        return false;
+    }
+    window.setText("正在安装新版本，请不要启动程序或关闭电脑…");
     if (!exchangeFiles(installation, packagePath, self, problem))
-        return giveUp(installation, problem);
+        return false;
+    removePackage(packagePath, program.parent_path());
     installation.clean(); // but for this program itself on Windows; the new version sees to that
-    return restart(program, {});
+    return true;
+}
+
+int update(Installation &installation, const fs::path &packagePath, const fs::path &self)
+{
+    std::string problem;
+    return update(installation, packagePath, self, problem) ? restart(installation.executablePath(), {})
+                                                            : giveUp(installation, problem);
+}
+
+bool finish(Installation &installation, std::string &problem)
+{
+    const fs::path program = installation.executablePath();
+    const ProgressWindow window("上次升级没有完成，正在继续，请稍候…");
+    waitFor([&program] { return !Platform::isRunning(program); }, kWaitForOthersMs);
+    if (installation.isHalfway() && !installation.finish(problem))
+        return false;
+    installation.clean();
+    return true;
 }
 
 int finish(Installation &installation)
 {
-    const fs::path program = installation.executablePath();
     std::string problem;
-    waitFor([&program] { return !Platform::isRunning(program); }, kWaitForOthersMs);
-    if (installation.isHalfway() && !installation.finish(problem))
-        return giveUp(installation, problem);
-    installation.clean();
-    return restart(program, {});
+    return finish(installation, problem) ? restart(installation.executablePath(), {})
+                                         : giveUp(installation, problem);
 }
 
 bool isName(const std::string &text)

@@ -28,9 +28,11 @@ bool isRunning(const std::filesystem::path &program);
 bool start(const std::filesystem::path &program, const std::vector<std::string> &arguments);
 void sleep(int milliseconds);
 
-// Shows it to the user and waits until it has been read; false where there is
-// no way to do so without the application's help.
-bool showMessage(const std::string &text);
+// Whether a window can be shown.
+bool hasDisplay();
+// Shows it in a window and waits until it has been read. Where there is no
+// display, or no program that shows messages, it is only printed.
+void showMessage(const std::string &text);
 
 // Why something failed, in Chinese; the system's own texts may be in any
 // encoding.

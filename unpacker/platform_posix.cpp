@@ -4,13 +4,17 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/file.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
+
+extern char **environ;
 
 namespace {
 
@@ -35,6 +39,7 @@ void prepare()
 {
     ::signal(SIGXFSZ, SIG_IGN); // a limit is reported as an error of the write instead
     ::signal(SIGHUP, SIG_IGN);  // the terminal may go with the application
+    ::signal(SIGPIPE, SIG_IGN); // and the progress window with its user
 }
 
 std::vector<std::string> arguments(int argc, char **argv)
@@ -78,6 +83,7 @@ bool start(const fs::path &program, const std::vector<std::string> &arguments)
         ::setsid();
         ::signal(SIGXFSZ, SIG_DFL);
         ::signal(SIGHUP, SIG_DFL);
+        ::signal(SIGPIPE, SIG_DFL);
         if (::fork() != 0)
             ::_exit(0);
         if (::chdir(folder.c_str()) == 0)
@@ -100,10 +106,36 @@ void sleep(int milliseconds)
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
-bool showMessage(const std::string &text)
+bool hasDisplay()
+{
+    const auto isSet = [](const char *name) {
+        const char *value = std::getenv(name);
+        return value && *value != '\0';
+    };
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
+}
+
+// The first of the usual programs for it that is installed.
+void showMessage(const std::string &text)
 {
     std::fprintf(stderr, "%s\n", text.c_str());
-    return false;
+    if (!hasDisplay())
+        return;
+    const std::vector<std::vector<std::string>> commands{
+        {"zenity", "--error", "--no-markup", "--width=400", "--title=升级", "--text=" + text},
+        {"kdialog", "--title", "升级", "--error", text},
+        {"xmessage", "-center", text}};
+    for (const std::vector<std::string> &command : commands) {
+        std::vector<char *> arguments;
+        for (const std::string &argument : command)
+            arguments.push_back(const_cast<char *>(argument.c_str()));
+        arguments.push_back(nullptr);
+        pid_t process = 0;
+        if (::posix_spawnp(&process, arguments[0], nullptr, nullptr, arguments.data(), environ) == 0) {
+            ::waitpid(process, nullptr, 0);
+            return;
+        }
+    }
 }
 
 std::string reason(const std::error_code &error)

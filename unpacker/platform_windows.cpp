@@ -115,10 +115,14 @@ void sleep(int milliseconds)
     ::Sleep(static_cast<DWORD>(milliseconds));
 }
 
-bool showMessage(const std::string &text)
+bool hasDisplay()
 {
-    return ::MessageBoxW(nullptr, wide(text).c_str(), L"升级", MB_OK | MB_ICONWARNING | MB_SETFOREGROUND) !=
-           0;
+    return true;
+}
+
+void showMessage(const std::string &text)
+{
+    ::MessageBoxW(nullptr, wide(text).c_str(), L"升级", MB_OK | MB_ICONWARNING | MB_SETFOREGROUND);
 }
 
 std::string reason(const std::error_code &error)

@@ -3,6 +3,7 @@
 #include "app/apppaths.h"
 #include "shell/base/qttitlebar.h"
 #include "update/packagename.h"
+#include "update/replystate.h"
 #include "update/versionnumber.h"
 
 #include <QCoreApplication>
@@ -37,30 +38,38 @@ constexpr qint64 kReadBufferBytes = 1024 * 1024;
 constexpr qint64 kMostPackageBytes = 1024LL * 1024 * 1024;
 
 const auto kCheckFailed = QStringLiteral("更新失败，请检查网络连接！~");
+const auto kNotMade = QStringLiteral("升级文件写入失败，请检查download文件夹的写入权限！");
 const auto kNotWritten = QStringLiteral("升级文件写入失败，请检查磁盘空间！");
 const auto kTooLarge = QStringLiteral("升级文件过大，下载已停止！");
 
-bool isSuccess(const QNetworkReply *reply)
+// A version that is not one is not repeated.
+QString digitsAndDots(const QString &text)
 {
-    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    return status >= 200 && status < 300;
+    QString kept;
+    for (const QChar c : text.left(64))
+        if ((c >= QLatin1Char('0') && c <= QLatin1Char('9')) || c == QLatin1Char('.'))
+            kept += c;
+    return kept;
 }
 
-QString reasonOf(const QNetworkReply *reply)
+// With the version that is running, which the skins' dark dialog shows nowhere
+// else.
+QString dialogTitle()
 {
-    // Nobody else cancels a request and hears of it.
-    return reply->error() == QNetworkReply::OperationCanceledError ? QStringLiteral("服务器长时间没有回应")
-                                                                   : reply->errorString();
+    const QString version = QCoreApplication::applicationVersion();
+    return version.isEmpty() ? QStringLiteral("检查版本更新")
+                             : QStringLiteral("检查版本更新（当前版本V%1）").arg(version);
 }
 
 } // namespace
 
 QtUpdateDialog::QtUpdateDialog(QWidget *parent)
-    : QtFramelessDialog(QStringLiteral("检查版本更新"), parent)
+    : QtFramelessDialog(dialogTitle(), parent)
     , m_progress(new QProgressBar(this))
     , m_status(new QLabel(this))
     , m_notes(new QTextEdit(this))
     , m_splitLine(new QWidget(this))
+    , m_host(new QLabel(this))
     , m_update(new QPushButton(QStringLiteral("更新"), this))
     , m_cancel(new QPushButton(QStringLiteral("取消"), this))
     , m_checkDelay(new QTimer(this))
@@ -93,6 +102,7 @@ void QtUpdateDialog::buildUi()
     setStyleSheet(QStringLiteral("QWidget {background-color: #1e1e1e;} "
                                  "QPushButton {border: 1px solid #797979; min-width: 65px;}"));
     m_progress->setObjectName(QStringLiteral("progressUpdate"));
+    m_progress->setAccessibleName(QStringLiteral("下载进度"));
     m_progress->setFixedHeight(2);
     m_progress->setTextVisible(false);
     QSizePolicy place = m_progress->sizePolicy();
@@ -100,7 +110,11 @@ void QtUpdateDialog::buildUi()
     m_progress->setSizePolicy(place);
     m_progress->hide(); // until a download starts
     m_status->setObjectName(QStringLiteral("labelUpdateStatus"));
+    m_status->setTextFormat(Qt::PlainText);
+    m_host->setObjectName(QStringLiteral("labelUpdateHost"));
+    m_host->setTextFormat(Qt::PlainText);
     m_notes->setObjectName(QStringLiteral("textVersionNotes"));
+    m_notes->setAccessibleName(QStringLiteral("版本说明"));
     m_notes->setReadOnly(true);
     m_notes->setFixedHeight(120);
     m_splitLine->setObjectName(QStringLiteral("splitLine"));
@@ -117,6 +131,7 @@ void QtUpdateDialog::buildUi()
     auto *buttons = new QHBoxLayout(row);
     buttons->setContentsMargins(0, 0, 0, 0);
     buttons->setSpacing(8);
+    buttons->addWidget(m_host);
     buttons->addStretch();
     buttons->addWidget(m_update);
     buttons->addWidget(m_cancel);
@@ -143,15 +158,26 @@ QUrl QtUpdateDialog::serverUrl(const QString &path) const
     return url;
 }
 
+// Only where it is not the maker's: packages are not signed.
+void QtUpdateDialog::showHost(const QUrl &url)
+{
+    const bool usual = url.host() == kServer && url.port() == kPort;
+    m_host->setText(usual ? QString() : QStringLiteral("服务器：") + url.authority().left(64));
+}
+
 QNetworkReply *QtUpdateDialog::get(const QString &path)
 {
-    QNetworkRequest request(serverUrl(path));
+    const QUrl url = serverUrl(path);
+    showHost(url);
+    QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader,
                       QStringLiteral("application/x-www-form-urlencoded"));
     // The announced length is then that of the bytes that are stored.
     request.setRawHeader("Accept-Encoding", "identity");
     request.setTransferTimeout(kSilenceMs);
-    return m_manager->get(request);
+    QNetworkReply *reply = m_manager->get(request);
+    connect(reply, &QNetworkReply::redirected, this, &QtUpdateDialog::showHost);
+    return reply;
 }
 
 void QtUpdateDialog::SltCheckVersion()
@@ -159,11 +185,12 @@ void QtUpdateDialog::SltCheckVersion()
     m_checkDelay->stop(); // or it would end what comes of this check
     endRequests();
     setStatus(QStringLiteral("正在检查更新，请稍后..."));
+    m_notes->clear();
     m_check = get(QStringLiteral("/cv/"));
     qDebug() << "check version" << m_check->url().toString();
-    connect(m_check, &QNetworkReply::downloadProgress, m_check, [reply = m_check](qint64 received, qint64) {
+    connect(m_check, &QNetworkReply::downloadProgress, this, [this](qint64 received, qint64) {
         if (received > kMostReplyBytes)
-            reply->abort();
+            failCheck(QStringLiteral("服务器的回复过长"));
     });
 }
 
@@ -180,12 +207,24 @@ void QtUpdateDialog::SltNetworkReply(QNetworkReply *reply)
     const QByteArray body = reply->readAll();
     if (reply->error() != QNetworkReply::NoError)
         qWarning().noquote() << "version check:" << reply->errorString();
-    if (body.size() > kMostReplyBytes)
-        setStatus(kCheckFailed, QStringLiteral("服务器的回复过长"));
-    else if (!body.isEmpty())
+    if (!body.isEmpty())
         showVersion(body);
-    else if (reply->error() != QNetworkReply::NoError)
-        m_status->setToolTip(QStringLiteral("无法获取版本信息: %1").arg(reasonOf(reply)));
+    else
+        showReason(reply->error() != QNetworkReply::NoError ? ReplyState::reason(reply)
+                                                            : QStringLiteral("服务器的回复是空的"));
+}
+
+// The status label says nothing new where the answer is missing.
+void QtUpdateDialog::showReason(const QString &reason)
+{
+    m_notes->setPlainText(QStringLiteral("无法获取版本信息：%1").arg(reason));
+}
+
+void QtUpdateDialog::failCheck(const QString &reason)
+{
+    endRequests();
+    setStatus(kCheckFailed, reason);
+    showReason(reason);
 }
 
 void QtUpdateDialog::showVersion(const QByteArray &body)
@@ -193,11 +232,14 @@ void QtUpdateDialog::showVersion(const QByteArray &body)
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(body, &error);
     if (error.error != QJsonParseError::NoError) {
-        setStatus(kCheckFailed, QStringLiteral("服务器的回复不是版本信息: %1").arg(error.errorString()));
+        qWarning().noquote() << "version check:" << error.errorString();
+        failCheck(QStringLiteral("服务器的回复不是版本信息"));
         return;
     }
-    if (!document.isObject())
+    if (!document.isObject()) {
+        showReason(QStringLiteral("服务器的回复不是版本信息"));
         return;
+    }
     const QString version = document.object().value(QStringLiteral("verNum")).toString();
     QString notes = document.object().value(QStringLiteral("verInfo")).toString();
     if (notes.size() > kMostNotes)
@@ -208,7 +250,7 @@ void QtUpdateDialog::showVersion(const QByteArray &body)
         return;
     }
     m_update->setEnabled(true);
-    setStatus(QStringLiteral("检测到新版本: V") + version.left(64));
+    setStatus(QStringLiteral("检测到新版本: V") + digitsAndDots(version));
     m_notes->setPlainText(notes + QStringLiteral("\n是否立即下载新版本?"));
     m_notes->moveCursor(QTextCursor::End);
 }
@@ -230,21 +272,21 @@ void QtUpdateDialog::SltDownloadFile()
 
 void QtUpdateDialog::SltReadFiles()
 {
-    if (!m_download || !isSuccess(m_download))
+    if (!m_download || !ReplyState::isSuccess(m_download))
         return; // the page of an error is no package
     if (m_strFileName.isEmpty()) {
         const QString header = QString::fromUtf8(m_download->rawHeader("Content-Disposition"));
         m_strFileName = m_downloadFolder + QLatin1Char('/') + PackageName::fromHeader(header);
         qDebug() << "m_strFileName" << m_strFileName;
         if (!m_package.begin(m_strFileName)) {
-            failDownload(kNotWritten, m_package.error());
+            failDownload(kNotMade, QStringLiteral("无法在download文件夹中新建文件"));
             return;
         }
     }
     if (m_package.size() + m_download->bytesAvailable() > kMostPackageBytes)
         failDownload(kTooLarge, QStringLiteral("超过 %1 字节").arg(kMostPackageBytes));
     else if (!m_package.append(m_download->readAll()))
-        failDownload(kNotWritten, m_package.error());
+        failDownload(kNotWritten, QStringLiteral("文件没有完整写入磁盘"));
 }
 
 void QtUpdateDialog::downloadProgress(qint64 received, qint64 total)
@@ -265,17 +307,18 @@ void QtUpdateDialog::finishDownload()
     if (!reply)
         return;
     const QVariant announced = reply->header(QNetworkRequest::ContentLengthHeader);
-    const bool whole = reply->error() == QNetworkReply::NoError && isSuccess(reply) && m_package.size() > 0 &&
+    const bool whole = reply->error() == QNetworkReply::NoError && ReplyState::isSuccess(reply) &&
+                       m_package.size() > 0 &&
                        (!announced.isValid() || announced.toLongLong() == m_package.size());
     if (!whole) {
         failDownload(kCheckFailed, reply->error() != QNetworkReply::NoError
-                                       ? reasonOf(reply)
+                                       ? ReplyState::reason(reply)
                                        : QStringLiteral("收到的数据不完整"));
         return;
     }
     m_download = nullptr;
     if (!m_package.keep()) {
-        failDownload(kNotWritten, m_package.error());
+        failDownload(kNotWritten, QStringLiteral("文件没有完整写入磁盘"));
     } else if (!m_strFileName.endsWith(QLatin1String("zip"))) {
         setStatus(QStringLiteral("升级文件格式解析错误！请联系管理员！"), m_strFileName);
         m_update->setEnabled(true);
@@ -286,11 +329,13 @@ void QtUpdateDialog::finishDownload()
 
 void QtUpdateDialog::failDownload(const QString &status, const QString &reason)
 {
-    qWarning().noquote() << "download:" << reason;
+    qWarning().noquote() << "download failed:" << m_strFileName << m_package.error();
     endRequests();
     m_progress->hide();
     m_update->setEnabled(true);
     setStatus(status, reason);
+    m_notes->moveCursor(QTextCursor::End);
+    m_notes->insertPlainText(QStringLiteral("\n下载失败：") + reason);
 }
 
 // The package is complete on disk: the program makes room for the unpacker,
@@ -343,7 +388,8 @@ void QtUpdateDialog::endRequests()
 void QtUpdateDialog::setStatus(const QString &text, const QString &toolTip)
 {
     m_status->setText(text);
-    m_status->setToolTip(toolTip);
+    // Else a tool tip that looks like rich text is shown as such.
+    m_status->setToolTip(Qt::mightBeRichText(toolTip) ? toolTip.toHtmlEscaped() : toolTip);
 }
 
 void QtUpdateDialog::done(int result)

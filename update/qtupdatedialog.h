@@ -49,7 +49,10 @@ private:
     void buildUi();
     QUrl serverUrl(const QString &path) const;
     QNetworkReply *get(const QString &path);
+    void showHost(const QUrl &url);
     void showVersion(const QByteArray &body);
+    void showReason(const QString &reason);
+    void failCheck(const QString &reason);
     void finishDownload();
     void failDownload(const QString &status, const QString &reason);
     void handOver();
@@ -61,6 +64,7 @@ private:
     QLabel *m_status;
     QTextEdit *m_notes;
     QWidget *m_splitLine;
+    QLabel *m_host;
     QPushButton *m_update;
     QPushButton *m_cancel;
     QTimer *m_checkDelay;

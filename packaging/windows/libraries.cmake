@@ -42,28 +42,29 @@ if(MINGW)
   endforeach()
 endif()
 
+# QCustomPlot may be linked statically, or lie in a folder of its own.
+get_target_property(plot_library QCustomPlot::QCustomPlot IMPORTED_LOCATION)
+if(NOT plot_library)
+  get_target_property(plot_library QCustomPlot::QCustomPlot IMPORTED_LOCATION_RELEASE)
+endif()
+if(plot_library MATCHES "\\.dll$")
+  get_filename_component(folder ${plot_library} DIRECTORY)
+  list(APPEND library_folders ${folder})
+endif()
+
 if(MINGW)
+  set(strip ${CMAKE_STRIP})
   install(CODE "
     set(CMAKE_GET_RUNTIME_DEPENDENCIES_PLATFORM windows+pe)
     set(CMAKE_GET_RUNTIME_DEPENDENCIES_TOOL objdump)
     set(CMAKE_GET_RUNTIME_DEPENDENCIES_COMMAND ${CMAKE_OBJDUMP})")
 endif()
 install(CODE "
-  file(GET_RUNTIME_DEPENDENCIES
+  include(\"${CMAKE_CURRENT_LIST_DIR}/copylibraries.cmake\")
+  korvex_copy_libraries(
     EXECUTABLES \"\$<TARGET_FILE:Korvex>\"
-    LIBRARIES ${qt_libraries}
+    INSTALLED ${qt_libraries}
     MODULES ${plugins}
-    DIRECTORIES ${library_folders}
-    PRE_EXCLUDE_REGEXES \"^(api|ext)-ms-.*\"
-    POST_EXCLUDE_REGEXES \".*[/\\\\\\\\][Ss]ystem32[/\\\\\\\\].*\"
-    RESOLVED_DEPENDENCIES_VAR libraries
-    UNRESOLVED_DEPENDENCIES_VAR unresolved)
-  file(INSTALL DESTINATION \"\${CMAKE_INSTALL_PREFIX}\" TYPE SHARED_LIBRARY FILES \${libraries})
-  # Cross-building, the libraries of Windows itself are nowhere to be found.
-  string(TOLOWER \"${qt_libraries}\" installed)
-  foreach(name \${unresolved})
-    string(TOLOWER \"\${name}\" name)
-    if(name MATCHES \"^(qt5|lib|qcustomplot)\" AND NOT installed MATCHES \"/\${name}(;|$)\")
-      message(FATAL_ERROR \"The package would lack \${name}; name its folder in KORVEX_LIBRARY_FOLDERS.\")
-    endif()
-  endforeach()")
+    FOLDERS ${library_folders}
+    STRIP \"${strip}\"
+    DESTINATION \"\${CMAKE_INSTALL_PREFIX}\")")

@@ -1,12 +1,15 @@
 #pragma once
 
 // What Windows must be told so that a window without a frame is still snapped,
-// animated, shown in the task bar and maximised to the work area. Compiled on
-// Windows only; elsewhere nobody makes one.
+// animated, shown in the task bar and maximised to the work area, and has a
+// shadow, a menu at its title and, from Windows 11 on, the choice of places at
+// its maximise button. Compiled on Windows only; elsewhere it is not made.
 
 #include <QAbstractNativeEventFilter>
 #include <QByteArray>
 
+class QAbstractButton;
+class QPoint;
 class QWidget;
 
 class WindowsFrame : public QAbstractNativeEventFilter
@@ -20,7 +23,16 @@ public:
     bool nativeEventFilter(const QByteArray &eventType, void *message, long *result) override;
 
 private:
+    bool hitTest(const void *message, long *result) const;
+    bool workMaximizeButton(const void *message, long *result);
+    void keepInWorkArea(void *handle, void *position) const;
+    void limitSize(void *handle, void *limits) const;
+    QWidget *childAt(const QPoint &point) const;
+    bool isTitle(const QPoint &point) const;
+    QAbstractButton *maximizeButton() const;
+
     QWidget *m_window;
     bool m_resizable = true;
     bool m_styled = false;
+    bool m_changingDpi = false; // the window gets the size for another scale
 };

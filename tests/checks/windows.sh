@@ -7,4 +7,4 @@ cmake -S "$1" -B "$2" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$1/cmake/toolchains/mingw
 cmake --build "$2"
 libraries=$(x86_64-w64-mingw32-objdump -p "$2/bin/unzip.exe" | sed -n 's/.*DLL Name: //p' | sort | tr '\n' ' ')
 echo "unzip.exe needs: $libraries"
-[ "$libraries" = "KERNEL32.dll SHELL32.dll USER32.dll msvcrt.dll " ]
+[ "$libraries" = "COMCTL32.dll GDI32.dll KERNEL32.dll SHELL32.dll USER32.dll msvcrt.dll " ]

@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <cstring>
 
 namespace {
 
@@ -43,6 +44,7 @@ private slots:
     void takesCommands();
     void skipsWhatIsNoCommand_data();
     void skipsWhatIsNoCommand();
+    void survivesGarbageInTheReceiver();
     void buildsReports();
 };
 
@@ -106,6 +108,17 @@ void TestOrvnPid::skipsWhatIsNoCommand()
     const QVector<orvn_pid_command> commands = receive(bytes + kGains);
     QCOMPARE(commands.size(), 1);
     QCOMPARE(int(commands.first().channel), 2);
+}
+
+void TestOrvnPid::survivesGarbageInTheReceiver()
+{
+    orvn_pid_receiver receiver;
+    std::memset(&receiver, 0xFF, sizeof receiver); // on the stack, not initialised
+    orvn_pid_command command;
+    int commands = 0;
+    for (const char byte : kGains)
+        commands += orvn_pid_receive(&receiver, static_cast<uint8_t>(byte), &command);
+    QCOMPARE(commands, 1);
 }
 
 void TestOrvnPid::buildsReports()

@@ -1,5 +1,6 @@
 // The chart of the PID page and its list of curves.
 
+#include "pid/halograph.h"
 #include "pid/pidcurvelist.h"
 #include "pid/piddebugwidget.h"
 #include "pid/pidplot.h"
@@ -24,6 +25,8 @@ private slots:
     void readsOut();
     void isReadableInEveryStyle_data();
     void isReadableInEveryStyle();
+    void paintsEveryPixel();
+    void tellsCurvesFromTheGround();
     void knowsTheCurves();
     void flipsTheZoom();
 };
@@ -43,6 +46,7 @@ void TestPidPlot::isSetUp()
     QCOMPARE(plot.axisRect()->rangeZoom(), Qt::Horizontal);
     plot.yAxis->setRange(1, 2);
     QCOMPARE(plot.yAxis2->range(), QCPRange(1, 2));
+    QCOMPARE(plot.yAxis2->ticker()->tickCount(), 15); // where the grid is
 }
 
 void TestPidPlot::keepsTenSeconds()
@@ -173,6 +177,45 @@ void TestPidPlot::isReadableInEveryStyle()
         QVERIFY(Contrast::ratio(axis->grid()->pen().color(), ground) >= 1.3); // seen, but behind
         QVERIFY(Contrast::ratio(axis->grid()->pen().color(), ground) < 3);
     }
+}
+
+void TestPidPlot::paintsEveryPixel()
+{
+    PidPlot plot;
+    plot.setPlotStyle(QStringLiteral("black"));
+    plot.resize(301, 203);
+    for (const double ratio : {1.25, 1.5}) {
+        QImage screen((QSizeF(plot.size()) * ratio).toSize(), QImage::Format_RGB32);
+        screen.setDevicePixelRatio(ratio);
+        screen.fill(Qt::white);
+        plot.render(&screen, QPoint(), QRegion(), {});
+        const QRgb ground = screen.pixel(0, 0);
+        for (int y = 0; y < screen.height(); ++y)
+            QCOMPARE(screen.pixel(screen.width() - 1, y), ground);
+        for (int x = 0; x < screen.width(); ++x)
+            QCOMPARE(screen.pixel(x, screen.height() - 1), ground);
+    }
+}
+
+// Beside a level curve of the ground's own color are the pixels of a halo.
+void TestPidPlot::tellsCurvesFromTheGround()
+{
+    PidPlot plot;
+    plot.setPlotStyle(QStringLiteral("black"));
+    plot.resize(301, 203);
+    plot.setCurve(5, QColor("#302f2f"), true, "dark");
+    plot.setCurve(6, QColor("#00ffff"), true, "bright");
+    for (int i = 0; i < 10; ++i)
+        plot.addPoint(0, i, 0, i % 2);
+    plot.drawNew();
+    const QImage picture = plot.toPixmap().toImage();
+    const int x = int(plot.xAxis->coordToPixel(4.5));
+    const int y = int(plot.yAxis->coordToPixel(0.5));
+    double most = 1;
+    for (int k = -3; k <= 3; ++k)
+        most = qMax(most, Contrast::ratio(picture.pixelColor(x + k, y), QColor("#302f2f")));
+    QVERIFY(most >= 3);
+    QVERIFY(!qobject_cast<HaloGraph *>(plot.graph(6))->hasHalo()); // it needs none
 }
 
 void TestPidPlot::knowsTheCurves()

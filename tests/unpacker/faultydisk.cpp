@@ -87,7 +87,10 @@ void FaultyDisk::cutPower()
             continue;
         const Move &move = m_moves[i];
         std::error_code error;
-        fs::rename(move.to, move.from, error);
+        if (fs::exists(move.from)) // a later move, which was kept, has put another file there
+            fs::remove(move.to, error);
+        else
+            fs::rename(move.to, move.from, error);
         auto before = fileAt(move.to);
         if (move.replaced && before.open(QIODevice::WriteOnly))
             before.write(move.before);

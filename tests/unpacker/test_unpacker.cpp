@@ -22,6 +22,7 @@ class TestUnpacker : public QObject
 private slots:
     void init();
     void waitsForTheApplication();
+    void leavesPackagesElsewhere();
     void saysWhatWentWrong_data();
     void saysWhatWentWrong();
     void survivesBeingKilled_data();
@@ -36,6 +37,7 @@ private:
     // An application that writes its version and its arguments to the file
     // "started" beside the folder.
     QByteArray application(const QByteArray &version) const;
+    QProcessEnvironment withDialogs() const;
     void makePackage(int files);
     QStringList arguments() const { return {path("app/download/包 1.zip"), QStringLiteral("App")}; }
 
@@ -76,6 +78,19 @@ QByteArray TestUnpacker::application(const QByteArray &version) const
            ".part " + file + "\n";
 }
 
+// A display, and a program that shows windows there: it writes down what.
+QProcessEnvironment TestUnpacker::withDialogs() const
+{
+    write("bin/zenity",
+          "#!/bin/sh\nfor a; do echo \"$a\"; done >>'" + path("dialogs").toUtf8() +
+              "'\ncase $1 in --progress) exec cat >>'" + path("dialogs").toUtf8() + "' ;; esac\n",
+          true);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("DISPLAY", ":none");
+    environment.insert("PATH", path("bin") + ":" + environment.value("PATH"));
+    return environment;
+}
+
 void TestUnpacker::makePackage(int files)
 {
     QVector<ZipPart> parts{{"K/App", application("new"), 0100755}, {"K/conf/config.ini", "not these"}};
@@ -97,9 +112,10 @@ void TestUnpacker::waitsForTheApplication()
                     "#!/bin/sh\n[ -e /proc/" + running + "/exe ] && set early\n" + application("new").mid(10),
                     0100755}}));
     QProcess unpacker;
+    unpacker.setProcessEnvironment(withDialogs());
     unpacker.start(path("app/unzip.exe"), arguments());
     QVERIFY(unpacker.waitForStarted());
-    QVERIFY(!unpacker.waitForFinished(300));
+    QTRY_VERIFY_WITH_TIMEOUT(content("dialogs").contains("正在等待程序退出"), kPatienceMs);
     QVERIFY(!QFile::exists(path("app/_update")));
     old.kill();
     QVERIFY(old.waitForFinished());
@@ -107,8 +123,17 @@ void TestUnpacker::waitsForTheApplication()
     QCOMPARE(unpacker.exitCode(), 0);
     QTRY_COMPARE_WITH_TIMEOUT(content("started"), "new\n" + path("app").toUtf8() + "\n", kPatienceMs);
     QCOMPARE(content("app/conf/config.ini"), QByteArray("settings"));
-    QVERIFY(QFile::exists(path("app/download/包 1.zip")));
+    QVERIFY(!QFile::exists(path("app/download/包 1.zip"))); // no longer needed
     QVERIFY(!QFile::exists(path("app/_update")));
+    QVERIFY(content("dialogs").contains("# 正在安装新版本"));
+}
+
+void TestUnpacker::leavesPackagesElsewhere()
+{
+    QVERIFY(QFile::rename(path("app/download/包 1.zip"), path("p.zip")));
+    QCOMPARE(QProcess::execute(path("app/unzip.exe"), {path("p.zip"), "App"}), 0);
+    QCOMPARE(content("app/lib/a"), QByteArray("new"));
+    QVERIFY(QFile::exists(path("p.zip")));
 }
 
 void TestUnpacker::saysWhatWentWrong_data()
@@ -192,8 +217,15 @@ void TestUnpacker::removesWhatWasLeft()
 
 void TestUnpacker::doesNothingByItself()
 {
-    for (const QStringList &arguments : {QStringList(), {path("app/x.zip")}, {path("app/x.zip"), "../App"}})
-        QCOMPARE(QProcess::execute(path("app/unzip.exe"), arguments), 2);
+    for (const QStringList &arguments : {QStringList(), {path("app/x.zip")}, {path("app/x.zip"), "../App"}}) {
+        QProcess unpacker;
+        unpacker.setProcessEnvironment(withDialogs());
+        unpacker.start(path("app/unzip.exe"), arguments);
+        QVERIFY(unpacker.waitForFinished());
+        QCOMPARE(unpacker.exitCode(), 2);
+        QVERIFY(content("dialogs").contains("--error")); // in a window
+        QVERIFY(QFile::remove(path("dialogs")));
+    }
     QVERIFY(!QFile::exists(path("started")));
 }
 

@@ -70,6 +70,7 @@ void TestUpdate::initTestCase()
 {
     initKorvexResources();
     QCoreApplication::setApplicationName(QStringLiteral("Korvex"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0.2.6"));
 }
 
 void TestUpdate::init()
@@ -124,6 +125,7 @@ void TestUpdate::asksForTheVersion()
 {
     m_server->setReply("cv", UpdateServer::version("1.0.2.7", "修复\n<b>bold</b>"));
     QVERIFY(!updateButton()->isEnabled());
+    QCOMPARE(m_dialog->windowTitle(), QStringLiteral("检查版本更新（当前版本V1.0.2.6）"));
     QTRY_COMPARE(status(), QStringLiteral("检测到新版本: V1.0.2.7")); // by itself, soon after it opened
     QCOMPARE(child<QTextEdit>("textVersionNotes")->toPlainText(),
              QStringLiteral("修复\n<b>bold</b>\n是否立即下载新版本?"));
@@ -140,19 +142,28 @@ void TestUpdate::showsTheVersion_data()
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<QString>("shown");
     QTest::addColumn<bool>("newer");
+    QTest::addColumn<QString>("notes");
+    const auto noReply = QStringLiteral("无法获取版本信息：服务器的回复不是版本信息");
     const auto checking = QStringLiteral("正在检查更新，请稍后...");
     const auto latest = QStringLiteral("当前版本已经是最新版本！");
     const auto failed = QStringLiteral("更新失败，请检查网络连接！~");
-    QTest::newRow("same") << UpdateServer::version("1.0.2.6", "n").body << latest << false;
-    QTest::newRow("three parts") << UpdateServer::version("1.0.3", "n").body << latest << false;
+    QTest::newRow("same") << UpdateServer::version("1.0.2.6", "n").body << latest << false << "n";
+    QTest::newRow("three parts") << UpdateServer::version("1.0.3", "n").body << latest << false << "n";
     QTest::newRow("far newer") << UpdateServer::version("128.0.0.0", "n").body
-                               << QStringLiteral("检测到新版本: V128.0.0.0") << true;
-    QTest::newRow("no body") << QByteArray() << checking << false;
-    QTest::newRow("no JSON") << QByteArray("<html>proxy</html>") << failed << false;
-    QTest::newRow("cut JSON") << UpdateServer::version("1.0.2.7", "n").body.left(20) << failed << false;
-    QTest::newRow("no object") << QByteArray("[1, 2]") << checking << false;
-    QTest::newRow("wrong types") << QByteArray("{\"verNum\": 16777735, \"verInfo\": []}") << latest << false;
-    QTest::newRow("too long") << QByteArray(3 << 20, ' ') << failed << false;
+                               << QStringLiteral("检测到新版本: V128.0.0.0") << true
+                               << "n\n是否立即下载新版本?";
+    QTest::newRow("rich text") << UpdateServer::version("9.9.9.9.<img src='http://x/1'>", "n").body
+                               << QStringLiteral("检测到新版本: V9.9.9.9.1") << true
+                               << "n\n是否立即下载新版本?";
+    QTest::newRow("no body") << QByteArray() << checking << false << "无法获取版本信息：服务器的回复是空的";
+    QTest::newRow("no JSON") << QByteArray("<html>proxy</html>") << failed << false << noReply;
+    QTest::newRow("cut JSON") << UpdateServer::version("1.0.2.7", "n").body.left(20) << failed << false
+                              << noReply;
+    QTest::newRow("no object") << QByteArray("[1, 2]") << checking << false << noReply;
+    QTest::newRow("wrong types") << QByteArray("{\"verNum\": 16777735, \"verInfo\": []}") << latest << false
+                                 << "";
+    QTest::newRow("too long") << QByteArray(8 << 20, ' ') << failed << false
+                              << "无法获取版本信息：服务器的回复过长";
 }
 
 void TestUpdate::showsTheVersion()
@@ -160,6 +171,7 @@ void TestUpdate::showsTheVersion()
     QFETCH(QByteArray, body);
     QFETCH(QString, shown);
     QFETCH(bool, newer);
+    QFETCH(QString, notes);
     UpdateServer::Reply reply;
     reply.body = body;
     m_server->setReply("cv", reply);
@@ -168,6 +180,8 @@ void TestUpdate::showsTheVersion()
     QSignalSpy finished(manager, &QNetworkAccessManager::finished);
     QVERIFY(finished.wait());
     QCOMPARE(status(), shown);
+    QCOMPARE(child<QTextEdit>("textVersionNotes")->toPlainText(), notes);
+    QCOMPARE(child<QLabel>("labelUpdateStatus")->textFormat(), Qt::PlainText);
     QCOMPARE(updateButton()->isEnabled(), newer);
 }
 
@@ -175,7 +189,8 @@ void TestUpdate::staysUsableWithoutAServer()
 {
     m_server.reset();
     m_dialog->SltCheckVersion();
-    QTRY_VERIFY(child<QLabel>("labelUpdateStatus")->toolTip().contains(QStringLiteral("无法获取版本信息")));
+    QTRY_COMPARE(child<QTextEdit>("textVersionNotes")->toPlainText(),
+                 QStringLiteral("无法获取版本信息：服务器拒绝连接"));
     QCOMPARE(status(), QStringLiteral("正在检查更新，请稍后..."));
     QVERIFY(!updateButton()->isEnabled());
 }
@@ -255,7 +270,7 @@ void TestUpdate::saysWhenItCannotWrite()
     const auto failed = QStringLiteral("升级文件写入失败，请检查磁盘空间！");
     QVERIFY(QDir().mkpath(path("download/korvex.zip"))); // a folder is in the way
     startDownload(UpdateServer::package("korvex.zip", "PK"));
-    QTRY_COMPARE(status(), failed);
+    QTRY_COMPARE(status(), QStringLiteral("升级文件写入失败，请检查download文件夹的写入权限！"));
     QVERIFY(updateButton()->isEnabled());
 
     // The disk is full: here, files may grow no further.
@@ -276,11 +291,16 @@ void TestUpdate::followsRedirects()
 {
     UpdateServer::Reply elsewhere;
     elsewhere.status = "302 Found";
-    elsewhere.headers = "Location: /there/\r\n";
+    elsewhere.headers =
+        "Location: http://localhost:" + QByteArray::number(m_server->serverPort()) + "/there/\r\n";
     elsewhere.body = "moved";
     m_server->setReply("there", UpdateServer::package("korvex.tar", "moved here"));
+    const QString address = QString::fromLatin1(m_server->address());
+    const auto host = [this] { return child<QLabel>("labelUpdateHost")->text(); };
     startDownload(elsewhere);
+    QCOMPARE(host(), QStringLiteral("服务器：") + address);
     QTRY_VERIFY(updateButton()->isEnabled());
+    QCOMPARE(host(), QStringLiteral("服务器：localhost:") + QString::number(m_server->serverPort()));
     QCOMPARE(downloaded("korvex.tar"), QByteArray("moved here"));
 }
 
