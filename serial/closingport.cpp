@@ -44,7 +44,6 @@ void ClosingPort::start()
 
 void ClosingPort::close(qint64 unsentBytes)
 {
-    closingPorts().removeOne(this);
     m_port->close();
     deleteLater();
     emit closed(unsentBytes);
@@ -52,8 +51,9 @@ void ClosingPort::close(qint64 unsentBytes)
 
 bool ClosingPort::isClosing(const QString &portName)
 {
-    return std::any_of(closingPorts().cbegin(), closingPorts().cend(),
-                       [&](const ClosingPort *closing) { return closing->m_port->portName() == portName; });
+    return std::any_of(closingPorts().cbegin(), closingPorts().cend(), [&](const ClosingPort *closing) {
+        return closing->m_port->isOpen() && closing->m_port->portName() == portName;
+    });
 }
 
 void ClosingPort::finishAll()
@@ -61,6 +61,6 @@ void ClosingPort::finishAll()
     const QVector<ClosingPort *> ports = closingPorts();
     for (ClosingPort *closing : ports) {
         closing->m_drain->finishNow();
-        delete closing;
+        delete closing; // without an event loop deleteLater() does nothing
     }
 }

@@ -99,13 +99,20 @@ void PortDrain::check()
     }
 }
 
-void PortDrain::finish(qint64 unsentBytes)
+void PortDrain::cancel()
 {
     if (m_finished)
         return;
     m_finished = true;
     m_timer.stop();
     m_port->disconnect(this);
+}
+
+void PortDrain::finish(qint64 unsentBytes)
+{
+    if (m_finished)
+        return;
+    cancel();
     if (unsentBytes > 0) {
         // What the system still holds would keep closing from returning.
         m_port->clear(QSerialPort::Output);

@@ -31,7 +31,8 @@ public:
     // Blocks until the end.
     void finishNow();
 
-    bool isFinished() const { return m_finished; }
+    // Stops waiting; nothing is dropped or emitted.
+    void cancel();
 
 signals:
     // Bytes that were dropped, at least; once.

@@ -66,7 +66,8 @@ void SerialLine::close()
 {
     if (!m_port->isOpen())
         return;
-    m_drain.reset();
+    if (m_drain)
+        m_drain->cancel(); // this may be its doing: it goes with the next
     if (std::exchange(m_use, Use::Owner) == Use::Lent)
         m_lineFreeAtNs = std::numeric_limits<qint64>::max(); // what the borrower wrote is not known
     if (m_hungUp) {
@@ -78,8 +79,9 @@ void SerialLine::close()
     ++m_closing;
     m_port->disconnect(this);
     auto *closing = new ClosingPort(std::exchange(m_port, std::make_unique<QSerialPort>()), m_lineFreeAtNs);
-    connect(closing, &ClosingPort::closed, this, [this](qint64 unsent) {
+    connect(closing, &ClosingPort::closed, this, [this, name = m_name](qint64 unsent) {
         --m_closing;
+        m_drainedName = name;
         emit closed(unsent);
     });
     closing->start();
@@ -97,7 +99,7 @@ QString SerialLine::writeFailedText(qint64 unsentBytes) const
 
 QString SerialLine::unsentText(qint64 unsentBytes) const
 {
-    return QStringLiteral("串口[%1]有 %2 字节未发出！").arg(m_name).arg(unsentBytes);
+    return QStringLiteral("串口[%1]有 %2 字节未发出！").arg(m_drainedName).arg(unsentBytes);
 }
 
 // ---- writing
@@ -124,8 +126,8 @@ void SerialLine::lend()
     m_use = Use::Lending;
     m_drain = std::make_unique<PortDrain>(m_port.get(), m_lineFreeAtNs);
     connect(m_drain.get(), &PortDrain::finished, this, [this](qint64 unsent) {
-        m_drain.release()->deleteLater();
         m_use = Use::Lent;
+        m_drainedName = m_name;
         emit lent(m_hungUp ? nullptr : m_port.get(), unsent);
     });
     m_drain->start();
@@ -133,7 +135,8 @@ void SerialLine::lend()
 
 bool SerialLine::takeBack()
 {
-    m_drain.reset();
+    if (m_drain)
+        m_drain->cancel(); // this may be its doing: it goes with the next
     m_use = Use::Owner;
     m_lineFreeAtNs = 0; // the borrower has waited for its own bytes
     return m_port->isOpen() && !m_hungUp;

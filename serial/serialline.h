@@ -73,6 +73,7 @@ private:
     std::unique_ptr<PortDrain> m_drain; // while it is being lent
     QString m_name;
     QString m_reason;
+    QString m_drainedName; // of the port that closed() or lent() was last about
     Use m_use = Use::Owner;
     int m_closing = 0; // ports on their way to being closed
     bool m_hungUp = false;

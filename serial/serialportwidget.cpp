@@ -56,8 +56,13 @@ SerialportWidget::~SerialportWidget()
 
 void SerialportWidget::SltOpenSerialport()
 {
-    if (m_transfer->isBusy() || m_closing)
-        return; // the driver has the port, or it is on its way
+    if (m_transfer->isBusy() || m_closing) {
+        emit signalNotify(m_closing
+                              ? QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->portName())
+                              : QStringLiteral("正在传输文件，停止发送后才能关闭串口"),
+                          kInformation);
+        return;
+    }
     if (m_port->isOpen()) {
         m_closingNotice = QStringLiteral("串口[%1]已关闭!!").arg(m_port->portName());
         closePort();
@@ -154,6 +159,7 @@ void SerialportWidget::portClosed(qint64 unsentBytes)
         emit signalNotify(notice, kInformation);
     if (unsentBytes > 0)
         emit signalNotify(m_port->unsentText(unsentBytes), kError);
+    emit signalClosed();
 }
 
 void SerialportWidget::portVanished()
@@ -302,14 +308,15 @@ void SerialportWidget::givePortAway()
 void SerialportWidget::takePortBack(bool open)
 {
     m_config->setHandedOver(false);
-    if (std::exchange(m_ending, false)) {
-        closePort();
-        emit signalClosed();
-        return;
-    }
     if (open)
         applyParameters(); // a refusal was told when the port was first opened
     setPortState(open);
+    if (std::exchange(m_ending, false)) {
+        closePort();
+        if (isClosed())
+            emit signalClosed();
+        return;
+    }
     if (open) {
         sltInterruptDetection(); // what came in after the transfer's end
         return;
@@ -365,7 +372,7 @@ void SerialportWidget::closeLinks()
 
 bool SerialportWidget::isClosed() const
 {
-    return !m_port->isOpen() && !m_transfer->isBusy();
+    return !m_port->isOpen() && !m_closing && !m_transfer->isBusy();
 }
 
 bool SerialportWidget::saveBeforeExit()
