@@ -4,26 +4,23 @@
 #include "app/settingskeys.h"
 #include "network/localaddressbox.h"
 #include "serial/portname.h"
+#include "shell/base/baudratebox.h"
 #include "shell/base/portcombobox.h"
 
-#include <QIntValidator>
 #include <QLineEdit>
 
 CameraLinkPanel::CameraLinkPanel(QWidget *parent)
     : NetworkFields(QStringLiteral("连接配置"), QStringLiteral("1.协议类型"), QStringLiteral("Camera"),
                     parent)
     , m_serial(new PortComboBox(this))
-    , m_baudRate(new QComboBox(this))
+    , m_baudRate(new BaudRateBox(
+          QStringLiteral("9600 115200 230400 460800 921600 1000000 1500000 2000000 3000000"), this))
 {
     m_protocol->setObjectName(QStringLiteral("comboCameraProtocol"));
     m_protocol->addItem(QStringLiteral("串口"));
 
     m_serial->setObjectName(QStringLiteral("comboCameraSerialPort"));
     m_baudRate->setObjectName(QStringLiteral("comboCameraBaudRate"));
-    m_baudRate->setEditable(true);
-    m_baudRate->addItems(QStringLiteral("9600 115200 230400 460800 921600 1000000 1500000 2000000 3000000")
-                             .split(QLatin1Char(' ')));
-    m_baudRate->setValidator(new QIntValidator(1, 100000000, m_baudRate));
     m_baudRate->setToolTip(QStringLiteral("8位数据位，无校验，1位停止位；可输入其它波特率"));
     for (QComboBox *box : {static_cast<QComboBox *>(m_serial), m_baudRate})
         letShrink(box);

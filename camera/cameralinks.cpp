@@ -66,6 +66,8 @@ void CameraDebugWidget::connectLinks()
     connect(&m_serialPause, &QTimer::timeout, this, &CameraDebugWidget::passSerialOn);
     // Queued: the report comes from within the port's own reading.
     connect(m_serial, &QtSerialPort::hungUp, this, &CameraDebugWidget::serialVanished, Qt::QueuedConnection);
+    connect(m_serial, &QtSerialPort::failed, this,
+            [this](const QString &reason) { emit signalNotify(reason, kError); });
 
     connect(m_gate, &ReadGate::closed, m_server, [this] { m_server->setReading(false); });
     connect(m_gate, &ReadGate::opened, this, [this] {
@@ -182,12 +184,19 @@ void CameraDebugWidget::openSerial()
         emit signalNotify(QStringLiteral("当前系统未检测到任何串口，请重试!!!"), kError);
         return;
     }
+    if (m_link->baudRate() <= 0) {
+        showFailed(QStringLiteral("波特率为空"));
+        emit signalNotify(QStringLiteral("波特率为空或不是正整数，串口未打开！"), kError);
+        return;
+    }
     const QString name = PortName::fromEntry(entry);
-    if (!name.isEmpty() && m_link->baudRate() > 0)
+    if (!name.isEmpty())
         m_serial->open(name, m_link->baudRate(), 8, 0, 0);
     if (!m_serial->isOpen()) {
         showFailed(QStringLiteral("串口打开失败"));
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name.isEmpty() ? entry : name), kError);
+        if (!name.isEmpty())
+            emit signalNotify(m_serial->reason(), kError);
         return;
     }
     showOpened(QStringLiteral("串口[%1]已打开").arg(name));

@@ -24,7 +24,6 @@ namespace {
 
 constexpr int kInformation = 0;
 constexpr int kError = 255;
-constexpr int kDrainMs = 200;
 const auto kWarning = QStringLiteral("告警");
 const auto kCannotSave = QStringLiteral("文件保存失败!");
 
@@ -105,6 +104,7 @@ void PidDebugWidget::SltOpenSerialport()
     m_link->open(name, m_portPanel->baudRate(), 8, 0, 0);
     if (!m_link->isOpen()) {
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name), kError);
+        emit signalNotify(m_link->reason(), kError);
         return;
     }
     setPortState(true);
@@ -157,8 +157,7 @@ void PidDebugWidget::stopRunning()
     if (running & bit(current))
         SendPidFrame(PidFrame::Stop, static_cast<quint8>(current + 1), {});
     m_startedHere = 0;
-    m_link->drain(kDrainMs);
-    m_operations->setIdle(true); // whatever came meanwhile
+    m_link->flush(); // the session may be about to end
 }
 
 void PidDebugWidget::closeLinks()

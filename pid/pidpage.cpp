@@ -60,6 +60,8 @@ void PidDebugWidget::connectParts()
     connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
     // Queued: the report comes from within the port's own reading.
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
+    connect(m_link, &QtSerialPort::failed, this,
+            [this](const QString &reason) { emit signalNotify(reason, kError); });
     connect(&m_receiver, &PidReceiver::lengthGivenUp, this,
             [this] { emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError); });
     connect(&m_receiver, &PidReceiver::blocked, this, [this] {

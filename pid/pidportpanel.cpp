@@ -1,5 +1,6 @@
 #include "pid/pidportpanel.h"
 
+#include "shell/base/clickonce.h"
 #include "shell/base/portcombobox.h"
 
 #include <QPushButton>
@@ -14,6 +15,7 @@ PidPortPanel::PidPortPanel(QWidget *parent)
     m_baudRate->setObjectName(QStringLiteral("comboPidBaudRate"));
     m_open->setObjectName(QStringLiteral("btnPidOpen"));
     m_open->setProperty("primary", true);
+    ClickOnce::install(m_open);
 
     m_baudRate->addItems(QStringLiteral("2400 4800 9600 19200 38400 57600 115200 128000 230400 256000 460800")
                              .split(QLatin1Char(' ')));

@@ -1,5 +1,6 @@
 #include "serial/filesendpage.h"
 
+#include "shell/base/clickonce.h"
 #include "shell/base/placeholdertext.h"
 #include "shell/base/qtfiledialog.h"
 
@@ -127,6 +128,7 @@ QWidget *FileSendPage::buildButtons()
     m_length->setToolTip(QStringLiteral("数据包长度由文件剩余字节数自动决定：不超过128字节时用128字节包，"
                                         "否则用1024字节包；此选项不影响传输"));
     m_send->setProperty("primary", true);
+    ClickOnce::install(m_send);
 
     auto *grid = new QGridLayout(buttons);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -195,11 +197,14 @@ void FileSendPage::setSending(bool sending)
 void FileSendPage::updateButtons()
 {
     m_send->setText(m_sending ? QStringLiteral("停止发送") : QStringLiteral("发送文件"));
-    m_send->setEnabled(m_sending || (m_possible && m_deviceOpen));
+    const bool anyFile = m_files->count() > 0;
+    m_send->setEnabled(m_sending || (m_possible && m_deviceOpen && anyFile));
     if (!m_possible)
         m_send->setToolTip(QStringLiteral("文件传输只能通过串口进行"));
+    else if (!m_deviceOpen && !m_sending)
+        m_send->setToolTip(QStringLiteral("请先打开串口"));
     else
-        m_send->setToolTip(m_send->isEnabled() ? QString() : QStringLiteral("请先打开串口"));
+        m_send->setToolTip(anyFile ? QString() : QStringLiteral("请先打开要发送的文件"));
     for (QWidget *widget : {static_cast<QWidget *>(m_open), static_cast<QWidget *>(m_clear),
                             static_cast<QWidget *>(m_protocol), static_cast<QWidget *>(m_length)})
         widget->setEnabled(!m_sending);
@@ -230,10 +235,11 @@ void FileSendPage::setAmount(qint64 sent, qint64 size)
     m_recent.emplace_back(now, sent);
     while (m_recent.size() > 2 && now - m_recent.front().first > kSpeedOverMs)
         m_recent.pop_front();
+    m_sizes =
+        QStringLiteral("%1 / %2").arg(amountText(sent), amountText(size)); // also for an end that comes now
     if (sent < size && m_recent.size() > 1 && now - m_amountShownAt < kAmountPeriodMs)
         return;
     m_amountShownAt = now;
-    m_sizes = QStringLiteral("%1 / %2").arg(amountText(sent), amountText(size));
     const qint64 ms = now - m_recent.front().first;
     const qint64 bytes = sent - m_recent.front().second;
     QString text = m_sizes;
@@ -271,6 +277,7 @@ void FileSendPage::chooseFiles()
     }
     describeFiles();
     m_hint->setVisible(m_files->count() == 0);
+    updateButtons();
 }
 
 // Files that were chosen earlier may have been made anew since.
@@ -289,4 +296,5 @@ void FileSendPage::clearFiles()
 {
     m_files->clear();
     m_hint->show();
+    updateButtons();
 }

@@ -8,6 +8,8 @@
 
 #include <QDebug>
 
+#include <utility>
+
 namespace {
 
 constexpr int kInformation = 0;
@@ -44,39 +46,64 @@ FileTransfer::FileTransfer(QextSerialPort *port, const SerialConfigPanel *config
     , m_config(config)
     , m_view(view)
 {
+    connect(m_port, &QextSerialPort::lent, this, &FileTransfer::begin);
 }
 
 YmodemFileTransmit *FileTransfer::create(QObject *parent)
 {
     m_driver = new YmodemFileTransmit(parent);
+    connect(m_driver, &YmodemFileTransmit::transmitHint, this, &FileTransfer::showHint);
     return m_driver;
 }
 
 void FileTransfer::start(const QStringList &files)
 {
-    const QString name = m_port->portName();
-    const int baudRate = m_port->baudRate();
-    m_port->close();
-    m_view->setSending(true); // before the device counts as closed: the button keeps the focus
-    emit handedOver();
+    m_lending = true;
     m_endShown = false;
+    m_earlyReason.clear();
     m_driver->setFileList(files);
-    m_driver->setPortName(PortName::device(name));
-    m_driver->setBaudRate(baudRate);
+    m_driver->setPortName(PortName::device(m_port->portName()));
+    m_driver->setBaudRate(m_port->baudRate());
     m_driver->setFrame(m_config->stopBitsIndex() == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop,
                        parityOf(m_config->parityIndex()));
-    if (m_driver->startTransmit()) {
-        qDebug() << "startTransmit ok! " << name << baudRate;
+    m_view->setSending(true); // before the device counts as closed: the button keeps the focus
+    emit handedOver();
+    m_port->lend();
+}
+
+// The port's last bytes have left; null when the device has gone.
+void FileTransfer::begin(QSerialPort *port, qint64 unsentBytes)
+{
+    m_lending = false;
+    if (unsentBytes > 0)
+        emit notify(m_port->unsentText(unsentBytes), kError);
+    if (port && m_driver->startTransmit(port)) {
+        qDebug() << "startTransmit ok! " << m_port->portName() << m_port->baudRate();
         return;
     }
     qDebug() << "startTransmit falied!";
-    takeStatus(Ymodem::Error, QString());
+    endEarly(Ymodem::Error, QStringLiteral("串口已断开"));
+}
+
+// Before the driver has begun.
+void FileTransfer::endEarly(Ymodem::Status status, const QString &reason)
+{
+    m_lending = false;
+    m_earlyReason = reason;
+    takeStatus(status, QString());
 }
 
 void FileTransfer::stop()
 {
-    if (m_driver)
+    if (m_lending)
+        endEarly(Ymodem::Abort, QStringLiteral("用户停止了传输"));
+    else if (m_driver)
         m_driver->stopTransmit();
+}
+
+void FileTransfer::abandon()
+{
+    delete std::exchange(m_driver, nullptr);
 }
 
 void FileTransfer::showProgress(int percent, const QString &name)
@@ -108,7 +135,7 @@ void FileTransfer::showEnd(Ymodem::Status status)
 {
     m_view->appendText(endText(status));
     m_view->setEnd(endText(status).trimmed(), status == Ymodem::Finish);
-    const QString reason = m_driver ? m_driver->reason() : QString();
+    const QString reason = m_earlyReason.isEmpty() && m_driver ? m_driver->reason() : m_earlyReason;
     if (!reason.isEmpty())
         m_view->appendText(reason);
     const QStringList unsent = m_driver ? m_driver->unsentFiles() : QStringList();
@@ -122,11 +149,17 @@ void FileTransfer::showEnd(Ymodem::Status status)
         emit notify(QStringLiteral("%1: %2").arg(endText(status), reason), kError);
 }
 
+void FileTransfer::showHint(const QString &text)
+{
+    m_view->appendText(text);
+    emit notify(text, kError);
+}
+
 void FileTransfer::takeBack()
 {
-    if (m_port->isOpen())
+    if (m_port->takeBack())
         qDebug() << "serial is opne";
-    else if (!m_port->open(QIODevice::ReadWrite))
+    else if (!m_port->open(QIODevice::ReadWrite)) // a board that was reset may be back
         qDebug() << "opne serial failure";
     emit returned(m_port->isOpen());
     m_view->setSending(false);

@@ -1,7 +1,7 @@
 #pragma once
 
-// File transfers of the serial page: hands the page's port to the driver and
-// takes it back, and tells how it goes on the send box's file page.
+// File transfers of the serial page: lends the page's open port to the driver
+// and takes it back, and tells how it goes on the send box's file page.
 
 #include "transfer/ymodemfiletransmit.h"
 
@@ -23,12 +23,15 @@ public:
     YmodemFileTransmit *driver() const { return m_driver; }
     YmodemFileTransmit *create(QObject *parent);
 
-    bool isBusy() const { return m_driver && m_driver->isBusy(); }
+    // From the start until the port is the page's again.
+    bool isBusy() const { return m_lending || (m_driver && m_driver->isBusy()); }
 
-    // Closes the open port and gives its device to the driver. When that fails
-    // the port is taken back at once.
+    // Lends the open port to the driver as soon as what was written to it has
+    // left. When the transfer cannot begin the port is taken back at once.
     void start(const QStringList &files);
     void stop();
+    // Ends without a word to the user; the receiver is told.
+    void abandon();
 
     // What the driver reports. An end comes twice: its words are shown at the
     // first, the port is taken back at the last.
@@ -45,6 +48,9 @@ signals:
     void notify(const QString &text, int kind);
 
 private:
+    void begin(QSerialPort *port, qint64 unsentBytes);
+    void endEarly(Ymodem::Status status, const QString &reason);
+    void showHint(const QString &text);
     void showEnd(Ymodem::Status status);
     void takeBack();
 
@@ -52,5 +58,7 @@ private:
     const SerialConfigPanel *m_config;
     FileSendPage *m_view;
     YmodemFileTransmit *m_driver = nullptr;
+    bool m_lending = false; // the page's last bytes are still leaving
     bool m_endShown = false;
+    QString m_earlyReason; // of an end before the driver began
 };

@@ -40,10 +40,27 @@ QStringList virtualPorts()
         if (exactName.match(name).hasMatch() && QFileInfo::exists(folder + QLatin1Char('/') + name))
             names.append(name);
     }
-    const auto number = [](const QString &name) { return name.mid(3).toULongLong(); };
-    std::sort(names.begin(), names.end(),
-              [&](const QString &a, const QString &b) { return number(a) < number(b); });
+    std::sort(names.begin(), names.end(), isBefore);
     return names;
+}
+
+bool isBefore(const QString &a, const QString &b)
+{
+    static const QRegularExpression parts(QStringLiteral("\\d+|\\D"));
+    QRegularExpressionMatchIterator left = parts.globalMatch(a);
+    QRegularExpressionMatchIterator right = parts.globalMatch(b);
+    while (left.hasNext() && right.hasNext()) {
+        const QString one = left.next().captured();
+        const QString other = right.next().captured();
+        const bool numbers = one.at(0).isDigit() && other.at(0).isDigit();
+        const qulonglong number = numbers ? one.toULongLong() : 0;
+        const qulonglong otherNumber = numbers ? other.toULongLong() : 0;
+        if (number != otherNumber)
+            return number < otherNumber;
+        if (one != other)
+            return one < other;
+    }
+    return right.hasNext();
 }
 
 QString device(const QString &portName)

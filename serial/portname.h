@@ -23,6 +23,9 @@ QString virtualFolder();
 // by number.
 QStringList virtualPorts();
 
+// The order in which people count: COM2 before COM10, ttyUSB1 before ttyUSB12.
+bool isBefore(const QString &a, const QString &b);
+
 // What to open for a port name: the link of a virtual port of that name, the
 // name itself otherwise.
 QString device(const QString &portName);

@@ -1,20 +1,21 @@
 #include "serial/qextserialport.h"
 
-#include "serial/portname.h"
+namespace {
+
+constexpr qint64 kReadBufferBytes = 1024 * 1024;
+
+} // namespace
 
 QextSerialPort::QextSerialPort(QueryMode mode, QObject *parent)
     : QObject(parent)
 {
     Q_ASSERT(mode == EventDriven);
     Q_UNUSED(mode)
-    connect(&m_port, &QSerialPort::readyRead, this, &QextSerialPort::readyRead);
-    connect(&m_port, &QSerialPort::errorOccurred, this, &QextSerialPort::handleError);
-}
-
-QextSerialPort::~QextSerialPort()
-{
-    m_port.disconnect(this);
-    close();
+    connect(&m_line, &SerialLine::readyRead, this, &QextSerialPort::readyRead);
+    connect(&m_line, &SerialLine::hungUp, this, &QextSerialPort::hungUp);
+    connect(&m_line, &SerialLine::writeFailed, this, &QextSerialPort::writeFailed);
+    connect(&m_line, &SerialLine::closed, this, &QextSerialPort::closed);
+    connect(&m_line, &SerialLine::lent, this, &QextSerialPort::lent);
 }
 
 void QextSerialPort::setPortName(const QString &name)
@@ -24,47 +25,22 @@ void QextSerialPort::setPortName(const QString &name)
 
 bool QextSerialPort::open(QIODevice::OpenMode mode)
 {
-    m_hungUp = false;
-    m_port.setPortName(PortName::device(m_name));
+    QSerialPort &port = m_line.prepare(m_name);
     // Windows refuses 1.5 stop bits with more than five data bits, even for the
     // moment between setting the one and the other.
-    m_port.setStopBits(QSerialPort::OneStop);
-    if (!m_port.open(mode))
-        return false;
-    // Boards that are USB devices themselves keep silent until they see it. Where
-    // Windows leaves it down, other systems raise it at opening; a port without
-    // modem lines refuses, which is no failure.
-    m_port.setDataTerminalReady(true);
-    return true;
-}
-
-void QextSerialPort::close()
-{
-    if (!m_port.isOpen())
-        return;
-    if (!m_hungUp)
-        m_port.flush();
-    m_port.close();
-}
-
-bool QextSerialPort::isOpen() const
-{
-    return m_port.isOpen();
-}
-
-QString QextSerialPort::errorString() const
-{
-    return m_port.errorString();
+    port.setStopBits(QSerialPort::OneStop);
+    port.setReadBufferSize(kReadBufferBytes);
+    return m_line.open(mode);
 }
 
 bool QextSerialPort::setBaudRate(int baudRate)
 {
-    return m_port.setBaudRate(baudRate);
+    return m_line.port().setBaudRate(baudRate);
 }
 
 bool QextSerialPort::setDataBits(int bits)
 {
-    return bits >= 5 && bits <= 8 && m_port.setDataBits(static_cast<QSerialPort::DataBits>(bits));
+    return bits >= 5 && bits <= 8 && m_line.port().setDataBits(static_cast<QSerialPort::DataBits>(bits));
 }
 
 bool QextSerialPort::setStopBits(int index)
@@ -75,7 +51,7 @@ bool QextSerialPort::setStopBits(int index)
     if (index == 1)
         return false; // no such thing there, and the library would not say so
 #endif
-    return index >= 0 && index < 3 && m_port.setStopBits(values[index]);
+    return index >= 0 && index < 3 && m_line.port().setStopBits(values[index]);
 }
 
 bool QextSerialPort::setParity(int index)
@@ -83,46 +59,35 @@ bool QextSerialPort::setParity(int index)
     static const QSerialPort::Parity values[] = {QSerialPort::NoParity, QSerialPort::OddParity,
                                                  QSerialPort::EvenParity, QSerialPort::MarkParity,
                                                  QSerialPort::SpaceParity};
-    return index >= 0 && index < 5 && m_port.setParity(values[index]);
+    return index >= 0 && index < 5 && m_line.port().setParity(values[index]);
 }
 
 bool QextSerialPort::setFlowControlOff()
 {
-    return m_port.setFlowControl(QSerialPort::NoFlowControl);
+    return m_line.port().setFlowControl(QSerialPort::NoFlowControl);
 }
 
 int QextSerialPort::baudRate() const
 {
-    return m_port.baudRate();
+    return m_line.port().baudRate();
 }
 
 qint64 QextSerialPort::bytesAvailable() const
 {
-    return m_port.bytesAvailable();
+    return m_line.port().bytesAvailable();
 }
 
 QByteArray QextSerialPort::readAll()
 {
-    return m_port.readAll();
+    return m_line.port().readAll();
 }
 
 qint64 QextSerialPort::write(const QByteArray &bytes)
 {
-    return m_port.write(bytes);
+    return m_line.write(bytes);
 }
 
 qint64 QextSerialPort::bytesToWrite() const
 {
-    return m_port.bytesToWrite();
-}
-
-void QextSerialPort::handleError(QSerialPort::SerialPortError error)
-{
-    // A hung-up line stays readable with nothing to read, so that the error
-    // comes again and again; one report is enough.
-    const bool gone = error == QSerialPort::ResourceError || error == QSerialPort::ReadError;
-    if (!gone || m_hungUp || !m_port.isOpen())
-        return;
-    m_hungUp = true;
-    emit hungUp();
+    return m_line.port().bytesToWrite();
 }

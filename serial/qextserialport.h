@@ -1,17 +1,14 @@
 #pragma once
 
 // The serial page's port: stands in for the event-driven serial library of
-// that class name over QSerialPort, with the operations that the page uses
-// (docs/adr/0001). Parameters are set after opening, as list indices.
-//
-// A device that hangs up (adapter unplugged, pseudo-terminal gone) is reported
-// once through hungUp(); the owner closes the port then.
+// that class name over SerialLine, with the operations that the page uses
+// (docs/adr/0001). Parameters are set after opening, as list indices. At most
+// a limited number of received bytes is held; what the page does not read
+// stays with the system.
+
+#include "serial/serialline.h"
 
 #include <QByteArray>
-#include <QIODevice>
-#include <QObject>
-#include <QSerialPort>
-#include <QString>
 
 class QextSerialPort : public QObject
 {
@@ -21,16 +18,20 @@ public:
     enum QueryMode { Polling, EventDriven };
 
     explicit QextSerialPort(QueryMode mode, QObject *parent = nullptr);
-    ~QextSerialPort() override;
 
     void setPortName(const QString &name);
     QString portName() const { return m_name; }
 
     bool open(QIODevice::OpenMode mode);
-    // Writes what can be written without waiting, then closes.
-    void close();
-    bool isOpen() const;
-    QString errorString() const;
+    // See SerialLine for these.
+    void close() { m_line.close(); }
+    bool isOpen() const { return m_line.isOpen(); }
+    bool isClosing() const { return m_line.isClosing(); }
+    QString reason() const { return m_line.reason(); }
+    QString writeFailedText(qint64 unsentBytes) const { return m_line.writeFailedText(unsentBytes); }
+    QString unsentText(qint64 unsentBytes) const { return m_line.unsentText(unsentBytes); }
+    void lend() { m_line.lend(); }
+    bool takeBack() { return m_line.takeBack(); }
 
     // Each is applied to the open port at once. False when the device refuses;
     // the port stays open.
@@ -51,11 +52,11 @@ public:
 signals:
     void readyRead();
     void hungUp();
+    void writeFailed(qint64 unsentBytes);
+    void closed(qint64 unsentBytes);
+    void lent(QSerialPort *port, qint64 unsentBytes);
 
 private:
-    void handleError(QSerialPort::SerialPortError error);
-
-    QSerialPort m_port;
+    SerialLine m_line;
     QString m_name;
-    bool m_hungUp = false;
 };

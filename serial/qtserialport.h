@@ -3,11 +3,9 @@
 // One serial port behind a five-argument open call, a byte-array write and a
 // byte-array read signal. The link of the pages that only exchange frames.
 
-#include <QByteArray>
-#include <QObject>
-#include <QString>
+#include "serial/serialline.h"
 
-class QSerialPort;
+#include <QByteArray>
 
 class QtSerialPort : public QObject
 {
@@ -15,20 +13,20 @@ class QtSerialPort : public QObject
 
 public:
     explicit QtSerialPort(QObject *parent = nullptr);
-    ~QtSerialPort() override;
 
-    bool isOpen() const;
-    QString portName() const; // as given to open(); empty before
+    bool isOpen() const { return m_line.isOpen(); }
+    QString portName() const { return m_line.name(); } // as given to open(); empty before
+    // Why opening or writing failed, for the user.
+    QString reason() const { return m_line.reason(); }
 
-    // Waits until what was written has left, as far as that can be told, but
-    // not longer than the given time. For last words before closing.
-    void drain(int timeoutMs);
+    void flush() { m_line.flush(); }
 
 public slots:
     // (Re)opens the port. dataBits: 5 to 8. stopBits: 0 one, 1 one and a half,
     // 2 two; other values are passed on. parity: the QSerialPort::Parity value.
     // A failure rings the bell; isOpen() tells the outcome.
     void open(QString portName, int baudRate, int dataBits, int stopBits, int parity);
+    // The device is let go when what was written has left it, see SerialLine.
     void close();
     void writeBytes(QByteArray data);
     void SltReadFromSerialport();
@@ -36,14 +34,11 @@ public slots:
 signals:
     // All bytes that were waiting at one read notification.
     void bytesRead(QByteArray byData);
-    // The device went away (adapter unplugged, pseudo-terminal gone). Told once;
-    // the owner closes the port then.
-    void hungUp();
+    void hungUp(); // see SerialLine
+    // Written bytes did not leave, while the port was open or closing: the
+    // notice for the user.
+    void failed(QString notice);
 
 private:
-    void handleError();
-
-    QSerialPort *m_port;
-    QString m_name;
-    bool m_hungUp = false;
+    SerialLine m_line;
 };

@@ -1,29 +1,24 @@
 #include "serial/serialconfigpanel.h"
 
 #include "app/settings.h"
+#include "shell/base/baudratebox.h"
+#include "shell/base/clickonce.h"
 #include "shell/base/portcombobox.h"
 
-#include <QIntValidator>
 #include <QPushButton>
 
 namespace {
 
-const QStringList &baudRates()
-{
-    static const QStringList rates =
-        QStringLiteral(
-            "1200 2400 4800 9600 14400 19200 38400 57600 76800 115200 128000 230400 256000 460800 500000 "
-            "576000 921600 1000000 1152000 1500000 2000000 2500000 3000000 3500000 4000000")
-            .split(QLatin1Char(' '));
-    return rates;
-}
+const QString kBaudRates = QStringLiteral(
+    "1200 2400 4800 9600 14400 19200 38400 57600 76800 115200 128000 230400 256000 460800 500000 "
+    "576000 921600 1000000 1152000 1500000 2000000 2500000 3000000 3500000 4000000");
 
 } // namespace
 
 SerialConfigPanel::SerialConfigPanel(QWidget *parent)
     : FormGroup(QStringLiteral("串口配置"), parent)
     , m_port(new PortComboBox(this))
-    , m_baudRate(new QComboBox(this))
+    , m_baudRate(new BaudRateBox(kBaudRates, this))
     , m_parity(new QComboBox(this))
     , m_dataBits(new QComboBox(this))
     , m_stopBits(new QComboBox(this))
@@ -43,13 +38,8 @@ void SerialConfigPanel::buildUi()
     m_stopBits->setObjectName(QStringLiteral("comboStopBits"));
     m_open->setObjectName(QStringLiteral("btnOpen"));
     m_open->setProperty("primary", true);
+    ClickOnce::install(m_open);
 
-    m_baudRate->setEditable(true);
-    m_baudRate->setInsertPolicy(QComboBox::NoInsert);
-    m_baudRate->setCompleter(nullptr); // 250000 must not become 2500000
-    m_baudRate->setValidator(new QIntValidator(1, 100 * 1000 * 1000, m_baudRate));
-    m_baudRate->addItems(baudRates());
-    m_baudRate->setToolTip(QStringLiteral("可直接输入任意波特率"));
     m_dataBits->addItems(
         {QStringLiteral("5"), QStringLiteral("6"), QStringLiteral("7"), QStringLiteral("8")});
     m_stopBits->addItems({QStringLiteral("1"), QStringLiteral("1.5"), QStringLiteral("2")});
@@ -70,7 +60,7 @@ void SerialConfigPanel::buildUi()
 void SerialConfigPanel::loadDefaults()
 {
     const Settings::SerialDefaults &defaults = Settings::instance().serial;
-    m_baudRate->setCurrentText(QString::number(defaults.baudRate));
+    m_baudRate->setBaudRate(defaults.baudRate);
     // Stored numbers mean the entries with these texts; an unknown one leaves
     // the list's usual choice.
     const auto choose = [](QComboBox *box, int number, const QString &usual) {
@@ -89,7 +79,7 @@ QString SerialConfigPanel::portText() const
 
 int SerialConfigPanel::baudRate() const
 {
-    return m_baudRate->currentText().toInt();
+    return m_baudRate->baudRate();
 }
 
 int SerialConfigPanel::dataBits() const
@@ -133,6 +123,15 @@ void SerialConfigPanel::setOpenState(bool open)
          std::initializer_list<QComboBox *>{m_port, m_baudRate, m_parity, m_dataBits, m_stopBits})
         box->setEnabled(!open);
     m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
+    m_open->setEnabled(true);
+    m_open->setToolTip(QString());
+}
+
+void SerialConfigPanel::setClosing()
+{
+    m_open->setText(QStringLiteral("正在关闭…"));
+    m_open->setEnabled(false);
+    m_open->setToolTip(QStringLiteral("正在等待已写入的数据发出，最长10秒"));
 }
 
 void SerialConfigPanel::setHandedOver(bool handedOver)

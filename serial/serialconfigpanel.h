@@ -5,6 +5,7 @@
 
 #include "shell/base/formpanel.h"
 
+class BaudRateBox;
 class PortComboBox;
 class QComboBox;
 class QPushButton;
@@ -18,7 +19,7 @@ public:
     explicit SerialConfigPanel(QWidget *parent = nullptr);
 
     QString portText() const; // an entry of the list, or what was typed
-    // A decimal integer; 0 where the text is none.
+    // 0 where the text is no rate.
     int baudRate() const;
     int dataBits() const;
     int stopBitsIndex() const; // 0: 1, 1: 1.5, 2: 2
@@ -32,6 +33,8 @@ public:
 
     // Open: parameters are fixed and the button closes.
     void setOpenState(bool open);
+    // The port is closed as soon as its last bytes have left.
+    void setClosing();
     // Somebody else has the open port for a while: it cannot be closed here.
     void setHandedOver(bool handedOver);
 
@@ -46,7 +49,7 @@ private:
     void buildUi();
 
     PortComboBox *m_port;
-    QComboBox *m_baudRate;
+    BaudRateBox *m_baudRate;
     QComboBox *m_parity;
     QComboBox *m_dataBits;
     QComboBox *m_stopBits;

@@ -4,6 +4,8 @@
 #include "serial/filetransfer.h"
 #include "serial/qextserialport.h"
 #include "serial/qtterminalwidget.h"
+#include "serial/quietreader.h"
+#include "serial/receivestore.h"
 #include "serial/recvoptions.h"
 #include "serial/sendoptions.h"
 #include "serial/serialconfigpanel.h"
@@ -38,7 +40,12 @@ void SerialportWidget::buildUi()
 void SerialportWidget::connectParts()
 {
     connect(m_port.get(), &QextSerialPort::readyRead, this, &SerialportWidget::sltInterruptDetection);
-    connect(&m_recvTimer, &QTimer::timeout, this, &SerialportWidget::SltRecvFromSerialport);
+    connect(m_port.get(), &QextSerialPort::closed, this, &SerialportWidget::portClosed);
+    connect(m_port.get(), &QextSerialPort::writeFailed, this, &SerialportWidget::writeFailed);
+    connect(m_reader, &QuietReader::quiet, this, &SerialportWidget::SltRecvFromSerialport);
+    connect(m_reader, &QuietReader::pieceRead, m_received, &ReceiveStore::add);
+    connect(m_reader, &QuietReader::packetRead, this, &SerialportWidget::handleReceived);
+    connect(m_reader, &QuietReader::gathering, m_area, &WorkArea::showGathering);
     // Queued: the report comes from within the port's own reading.
     connect(m_port.get(), &QextSerialPort::hungUp, this, &SerialportWidget::portVanished,
             Qt::QueuedConnection);

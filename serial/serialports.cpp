@@ -5,6 +5,8 @@
 
 #include <QSerialPortInfo>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kAsksAfterChange = 3;
@@ -25,7 +27,10 @@ QStringList systemEntries()
     asksLeft = qMax(0, asksLeft - 1);
     known = listing;
     list.clear();
-    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
+    std::sort(ports.begin(), ports.end(), [](const QSerialPortInfo &a, const QSerialPortInfo &b) {
+        return PortName::isBefore(a.portName(), b.portName());
+    });
     for (const QSerialPortInfo &port : ports)
         list.append(PortName::entry(port.portName(), port.description()));
     return list;

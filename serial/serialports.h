@@ -6,8 +6,8 @@
 
 namespace SerialPorts {
 
-// One entry per port, name, space and description: the virtual ports by number,
-// then the system's ports in its own order.
+// One entry per port, name, space and description: the virtual ports, then the
+// system's, each in the order of their numbers.
 QStringList entries();
 
 } // namespace SerialPorts

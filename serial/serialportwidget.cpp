@@ -6,6 +6,7 @@
 #include "serial/portname.h"
 #include "serial/qextserialport.h"
 #include "serial/qtterminalwidget.h"
+#include "serial/quietreader.h"
 #include "serial/receivestore.h"
 #include "serial/recvoptions.h"
 #include "serial/sendoptions.h"
@@ -24,12 +25,6 @@ namespace {
 constexpr int kInformation = 0;
 constexpr int kError = 255;
 
-constexpr int kQuietMs = 10; // reading waits until the line is quiet for so long
-
-// A busy line is read in pieces of this size; what it brings is shown without a
-// pause when so much waits, so that memory is bounded.
-constexpr qint64 kPieceBytes = 256LL * 1024;
-constexpr qint64 kMostWaiting = 64LL * 1024 * 1024;
 // A device that takes nothing gets no more than this queued.
 constexpr qint64 kMostToWrite = 16LL * 1024 * 1024;
 
@@ -38,13 +33,11 @@ constexpr qint64 kMostToWrite = 16LL * 1024 * 1024;
 SerialportWidget::SerialportWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_port(std::make_unique<QextSerialPort>(QextSerialPort::EventDriven))
-    , m_recvTimer(this)
 {
     setObjectName(QStringLiteral("SerialportWidget"));
-    m_recvTimer.setSingleShot(true);
-    m_recvTimer.setInterval(kQuietMs);
-    m_recvTimer.setTimerType(Qt::PreciseTimer);
     buildUi();
+    m_reader = new QuietReader(
+        m_port.get(), [this] { return m_terminal->queuedBytes(); }, this);
     m_transfer = new FileTransfer(m_port.get(), m_config, m_sendBox->filePage(), this);
     connectParts();
     setPortState(false);
@@ -55,6 +48,7 @@ SerialportWidget::~SerialportWidget()
 {
     blockSignals(true); // what still waits in the port is taken in, but told to nobody
     m_port->disconnect(this);
+    m_transfer->abandon();
     closePort();
 }
 
@@ -62,12 +56,16 @@ SerialportWidget::~SerialportWidget()
 
 void SerialportWidget::SltOpenSerialport()
 {
-    if (m_transfer->isBusy())
-        return; // the driver has the port
+    if (m_transfer->isBusy() || m_closing) {
+        emit signalNotify(m_closing
+                              ? QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->portName())
+                              : QStringLiteral("正在传输文件，停止发送后才能关闭串口"),
+                          kInformation);
+        return;
+    }
     if (m_port->isOpen()) {
-        const QString name = m_port->portName();
+        m_closingNotice = QStringLiteral("串口[%1]已关闭!!").arg(m_port->portName());
         closePort();
-        emit signalNotify(QStringLiteral("串口[%1]已关闭!!").arg(name), kInformation);
         return;
     }
     const QString entry = m_config->portText();
@@ -80,10 +78,14 @@ void SerialportWidget::SltOpenSerialport()
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
         return;
     }
+    if (m_config->baudRate() <= 0) {
+        emit signalNotify(QStringLiteral("波特率为空或不是正整数，串口未打开！"), kError);
+        return;
+    }
     m_port->setPortName(name);
     if (!m_port->open(QIODevice::ReadWrite)) {
-        qWarning().noquote() << "cannot open" << name << m_port->errorString();
         emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
+        emit signalNotify(m_port->reason(), kError);
         return;
     }
     const QStringList refused = applyParameters();
@@ -133,14 +135,32 @@ void SerialportWidget::setPortState(bool open)
     m_area->showHint(open);
 }
 
-// Takes in what has already arrived, then closes.
+// Takes in what has already arrived, then closes; what was written leaves first.
 void SerialportWidget::closePort()
 {
-    if (m_port->isOpen())
-        SltRecvFromSerialport();
-    m_recvTimer.stop();
+    if (!m_port->isOpen())
+        return;
+    m_reader->stop();
+    m_closing = true;
     m_port->close();
+    if (!m_closing)
+        return;
+    m_sendBox->setDeviceOpen(false);
+    m_state->setOn(false);
+    m_config->setClosing();
+}
+
+void SerialportWidget::portClosed(qint64 unsentBytes)
+{
+    if (!std::exchange(m_closing, false))
+        return; // not by this page
     setPortState(false);
+    const QString notice = std::exchange(m_closingNotice, QString());
+    if (!notice.isEmpty())
+        emit signalNotify(notice, kInformation);
+    if (unsentBytes > 0)
+        emit signalNotify(m_port->unsentText(unsentBytes), kError);
+    emit signalClosed();
 }
 
 void SerialportWidget::portVanished()
@@ -168,38 +188,17 @@ void SerialportWidget::SltSerialportChanged(QStringList serialports)
 
 void SerialportWidget::sltInterruptDetection()
 {
-    if (m_recvTimer.isActive())
-        m_recvTimer.stop();
-    m_recvTimer.start();
-    if (m_port->bytesAvailable() >= kPieceBytes)
-        takeFromPort();
-    if (m_waitingBytes >= kMostWaiting)
-        SltRecvFromSerialport();
-}
-
-// Takes what the port has into the record. It counts, and is shown, when the
-// line is quiet; but a line that is busy for long must not leave all the work
-// to that moment.
-void SerialportWidget::takeFromPort()
-{
-    const QByteArray bytes = m_port->readAll();
-    if (bytes.isEmpty())
-        return;
-    m_received->add(bytes);
-    m_waiting.append(bytes);
-    m_waitingBytes += bytes.size();
+    m_reader->handleArrival();
 }
 
 void SerialportWidget::SltDelayChanged()
 {
-    m_recvTimer.setInterval(m_recvOptions->quietTime());
+    m_reader->setQuietTime(m_recvOptions->quietTime());
 }
 
 void SerialportWidget::SltRecvFromSerialport()
 {
-    takeFromPort();
-    if (!m_waiting.isEmpty())
-        handleReceived(std::exchange(m_waiting, {}), std::exchange(m_waitingBytes, 0));
+    m_reader->takePacket();
 }
 
 void SerialportWidget::handleReceived(const QByteArrayList &pieces, qint64 size)
@@ -240,11 +239,16 @@ void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
     }
     m_writeBlockedTold = false;
     if (m_port->write(byCmd) < 0) {
-        emit signalNotify(QStringLiteral("数据发送失败: %1").arg(m_port->errorString()), kError);
+        writeFailed(byCmd.size());
         return;
     }
     m_sendCount += static_cast<quint32>(byCmd.size());
     m_area->refreshCounts();
+}
+
+void SerialportWidget::writeFailed(qint64 unsentBytes)
+{
+    emit signalNotify(m_port->writeFailedText(unsentBytes), kError);
 }
 
 void SerialportWidget::SltChangeSendPage(int index)
@@ -279,8 +283,7 @@ void SerialportWidget::sltSendXYmodemFile(int, int, QStringList fileName)
     }
     if (m_transfer->isBusy() || !m_port->isOpen())
         return;
-    SltRecvFromSerialport(); // what came before is the page's own
-    m_recvTimer.stop();
+    m_reader->stop(); // what came before is the page's own
     m_transfer->start(fileName);
 }
 
@@ -303,16 +306,21 @@ void SerialportWidget::givePortAway()
 void SerialportWidget::takePortBack(bool open)
 {
     m_config->setHandedOver(false);
-    if (std::exchange(m_ending, false)) {
-        closePort();
-        emit signalClosed();
-        return;
-    }
     if (open)
         applyParameters(); // a refusal was told when the port was first opened
     setPortState(open);
-    if (!open)
-        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(m_port->portName()), kError);
+    if (std::exchange(m_ending, false)) {
+        closePort();
+        if (isClosed())
+            emit signalClosed();
+        return;
+    }
+    if (open) {
+        sltInterruptDetection(); // what came in after the transfer's end
+        return;
+    }
+    emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(m_port->portName()), kError);
+    emit signalNotify(m_port->reason(), kError);
 }
 
 // ---- counts
@@ -362,7 +370,7 @@ void SerialportWidget::closeLinks()
 
 bool SerialportWidget::isClosed() const
 {
-    return !m_port->isOpen() && !m_transfer->isBusy();
+    return !m_port->isOpen() && !m_closing && !m_transfer->isBusy();
 }
 
 bool SerialportWidget::saveBeforeExit()
@@ -380,7 +388,7 @@ const ByteSpool &SerialportWidget::spool() const
 void SerialportWidget::reloadSettings()
 {
     // The parameters shown are those of the port, which a transfer gives back.
-    m_defaultsDue = m_port->isOpen() || m_transfer->isBusy();
+    m_defaultsDue = m_port->isOpen() || m_closing || m_transfer->isBusy();
     if (!m_defaultsDue)
         m_config->loadDefaults();
 }

@@ -8,7 +8,6 @@
 #include "transfer/ymodemfiletransmit.h"
 
 #include <QByteArrayList>
-#include <QTimer>
 #include <memory>
 
 class ByteSpool;
@@ -17,6 +16,7 @@ class FormPanel;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class QextSerialPort;
+class QuietReader;
 class ReceiveStore;
 class RecvOptions;
 class SendOptions;
@@ -73,10 +73,11 @@ private:
     void rememberParameters();
     void setPortState(bool open);
     void closePort();
+    void portClosed(qint64 unsentBytes);
+    void writeFailed(qint64 unsentBytes);
     void givePortAway();
     void takePortBack(bool open);
     void portVanished();
-    void takeFromPort();
     void handleReceived(const QByteArrayList &pieces, qint64 size);
     void showCounts();
 
@@ -92,12 +93,12 @@ private:
     FileTransfer *m_transfer = nullptr;
 
     std::unique_ptr<QextSerialPort> m_port;
-    QTimer m_recvTimer;
+    QuietReader *m_reader = nullptr;
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;
-    QByteArrayList m_waiting; // taken from the port, not counted and shown yet
-    qint64 m_waitingBytes = 0;
 
+    bool m_closing = false;  // the port, until what was written has left it
+    QString m_closingNotice; // posted when it is closed; may be empty
     bool m_writeBlockedTold = false;
     bool m_ending = false;      // a transfer is being stopped, its port not opened again
     bool m_defaultsDue = false; // settings were restored while the port was open

@@ -26,6 +26,7 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_openHint(openHint)
     , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
     , m_state(new StateIndicator(this))
+    , m_gathering(new QLabel(this))
     , m_sendLabel(new QLabel(this))
     , m_recvLabel(new QLabel(this))
     , m_terminal(new QtTerminalWidget(this))
@@ -75,10 +76,16 @@ QLayout *WorkArea::buildTop()
     m_fold->setObjectName(QStringLiteral("btnFold"));
     m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
     m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
+    m_gathering->setObjectName(QStringLiteral("labelGathering"));
+    m_gathering->setProperty("kind", QStringLiteral("hint"));
+    m_gathering->setToolTip(QStringLiteral("线路空闲达到“断帧间隔”后，这些数据才计数和显示"));
+    m_gathering->hide();
     auto *top = new QHBoxLayout;
     top->setSpacing(8);
     top->addWidget(m_fold);
     top->addStretch();
+    top->addWidget(m_gathering);
+    top->addSpacing(8);
     top->addWidget(m_sendLabel);
     top->addSpacing(8);
     top->addWidget(m_recvLabel);
@@ -131,4 +138,10 @@ void WorkArea::showCounts(qint64 sent, qint64 received)
     m_received->flush();
     m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(sent));
     m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(received));
+}
+
+void WorkArea::showGathering(qint64 bytes)
+{
+    m_gathering->setText(QStringLiteral("正在接收… %1 字节").arg(bytes));
+    m_gathering->setVisible(bytes > 0);
 }

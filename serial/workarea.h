@@ -46,6 +46,8 @@ public:
     void refreshCounts();
     // Bytes; also writes what was received to the spool file.
     void showCounts(qint64 sent, qint64 received);
+    // Bytes of a packet that has not ended yet; 0 hides the line.
+    void showGathering(qint64 bytes);
 
 signals:
     void countsDue();
@@ -62,6 +64,7 @@ private:
     FormPanel *m_panel = nullptr;
     QPushButton *m_fold;
     StateIndicator *m_state;
+    QLabel *m_gathering;
     QLabel *m_sendLabel;
     QLabel *m_recvLabel;
     QtTerminalWidget *m_terminal;

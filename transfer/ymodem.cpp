@@ -146,12 +146,14 @@ void Ymodem::stepEstablished(uint8 item)
 
 void Ymodem::stepTransmitting(uint8 item)
 {
-    if (item == Ack)
+    if (item == Ack) {
         fetchNextData();
-    else if (item == Nak || item == Request)
+    } else if (item == Nak || item == Request) {
+        m_requests += item == Request ? 1 : 0;
         repeatOnRequest(m_buffer.data(), m_bufferLength);
-    else
+    } else {
         stayedSilent(true);
+    }
 }
 
 void Ymodem::stepFinishing(uint8 item)
@@ -301,6 +303,7 @@ void Ymodem::clearCounters()
 {
     m_steps = 0;
     m_errors = 0;
+    m_requests = 0;
 }
 
 // ---- bytes

@@ -58,6 +58,10 @@ protected:
     // Back to the beginning without a word to the receiver.
     void resetTransfer();
 
+    // How often the receiver has sent a Request, which asks for a beginning,
+    // since the last data packet that it took.
+    uint32 requestsForSameData() const { return m_requests; }
+
     // Establish: fill in the file's name and size. buffer has 128 zero bytes.
     // Transmit: fill in the next data, *length = 128 or 1024. buffer has 1024
     // zero bytes; a larger length is cut to that.
@@ -105,8 +109,9 @@ private:
     uint32 m_repeatDivider;
     uint32 m_silenceLimit;
     uint32 m_errorLimit;
-    uint32 m_steps = 0;  // silent ones
-    uint32 m_errors = 0; // requests for the same packet
+    uint32 m_steps = 0;    // silent ones
+    uint32 m_errors = 0;   // requests for the same packet
+    uint32 m_requests = 0; // those of them that ask by Request for data
     uint8 m_sequence = 0;
     uint32 m_receiveState = 0; // 0 first byte, 1 in a packet of 133, 2 in one of 1029 bytes
     uint32 m_stage = Idle;

@@ -15,6 +15,9 @@ constexpr Ymodem::uint32 kRepeatDivider = 499;
 constexpr Ymodem::uint32 kSilenceLimit = 5;
 constexpr Ymodem::uint32 kErrorLimit = 999;
 
+// So many requests for a file's begin in its middle are no coincidence.
+constexpr Ymodem::uint32 kRestartRequests = 3;
+
 constexpr int kStepMs = 10;
 constexpr qint64 kStepUs = kStepMs * 1000;
 // From a packet's last bit on the line to the answer's arrival here, at best.
@@ -53,18 +56,11 @@ YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
     , m_writeTimer(this)
 {
     qRegisterMetaType<YmodemFileTransmit::Status>("YmodemFileTransmit::Status");
-    m_port.setPortName(QStringLiteral("COM1"));
-    m_port.setReadBufferSize(kReadBufferBytes);
+    m_ownPort.setPortName(QStringLiteral("COM1"));
+    m_ownPort.setReadBufferSize(kReadBufferBytes);
     m_readTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_readTimer, &QTimer::timeout, this, &YmodemFileTransmit::readTimeOut);
     connect(&m_writeTimer, &QTimer::timeout, this, &YmodemFileTransmit::writeTimeOut);
-    connect(&m_port, &QSerialPort::readyRead, this, [this] {
-        if (m_stepPutOff && isRunning())
-            readTimeOut(); // what it waits for
-    });
-    // Queued: the report may come from within the engine's own writing.
-    connect(&m_port, &QSerialPort::errorOccurred, this, &YmodemFileTransmit::handleError,
-            Qt::QueuedConnection);
 }
 
 YmodemFileTransmit::~YmodemFileTransmit()
@@ -72,8 +68,10 @@ YmodemFileTransmit::~YmodemFileTransmit()
     blockSignals(true);
     if (isRunning()) {
         abortTransfer();
-        m_port.waitForBytesWritten(kLastWordsMs);
+        if (m_port == &m_ownPort)
+            m_port->waitForBytesWritten(kLastWordsMs);
     }
+    release();
 }
 
 void YmodemFileTransmit::setFileList(const QStringList &files)
@@ -87,12 +85,12 @@ void YmodemFileTransmit::setFileList(const QStringList &files)
 
 void YmodemFileTransmit::setPortName(const QString &name)
 {
-    m_port.setPortName(name);
+    m_ownPort.setPortName(name);
 }
 
 void YmodemFileTransmit::setBaudRate(qint32 baudRate)
 {
-    m_port.setBaudRate(baudRate);
+    m_ownPort.setBaudRate(baudRate);
 }
 
 void YmodemFileTransmit::setFrame(QSerialPort::StopBits stopBits, QSerialPort::Parity parity)
@@ -107,39 +105,79 @@ bool YmodemFileTransmit::startTransmit()
 {
     if (isBusy())
         return false;
+    // The frame of an earlier transfer, or one that the device refuses, must
+    // not keep the port from opening.
+    m_ownPort.setStopBits(QSerialPort::OneStop);
+    m_ownPort.setParity(QSerialPort::NoParity);
+    if (!m_ownPort.open(QIODevice::ReadWrite)) {
+        qWarning().noquote() << "cannot open" << m_ownPort.portName() << m_ownPort.errorString();
+        clearRecords(m_ownPort);
+        m_reason = QStringLiteral("串口打开失败");
+        m_log.note(m_clock.elapsed(), m_reason);
+        return false;
+    }
+    m_ownPort.setDataTerminalReady(true); // or a board that is a USB device keeps silent
+    begin(&m_ownPort);
+    return true;
+}
+
+bool YmodemFileTransmit::startTransmit(QSerialPort *lentPort)
+{
+    if (isBusy() || !lentPort->isOpen())
+        return false;
+    begin(lentPort);
+    return true;
+}
+
+void YmodemFileTransmit::begin(QSerialPort *port)
+{
+    clearRecords(*port);
+    m_port = port;
+    if (m_port->dataBits() != QSerialPort::Data8)
+        m_port->setDataBits(QSerialPort::Data8);
+    if (m_port->stopBits() != m_stopBits)
+        m_port->setStopBits(m_stopBits);
+    if (m_port->parity() != m_parity)
+        m_port->setParity(m_parity);
+    connect(m_port, &QSerialPort::readyRead, this, [this] {
+        if (m_stepPutOff && isRunning())
+            readTimeOut(); // what it waits for
+    });
+    // Queued: the report may come from within the engine's own writing.
+    connect(m_port, &QSerialPort::errorOccurred, this, &YmodemFileTransmit::handleError,
+            Qt::QueuedConnection);
+    resetTransfer();
+    m_lineFreeAtUs = 0;
+    m_stepPutOff = false;
+    m_nextStepAtUs = nowUs() + kStepUs;
+    m_readTimer.start(kStepMs);
+}
+
+void YmodemFileTransmit::clearRecords(const QSerialPort &port)
+{
     m_progress = 0;
     m_status = Establish;
     m_reason.clear();
     m_changed.clear();
+    m_restartTold = false;
     m_fileSize = 0;
     m_sentBytes = 0;
     m_log.clear();
     m_clock.start();
     m_log.note(0, QStringLiteral("开始传输 %1个文件, 端口 %2, 波特率 %3")
                       .arg(m_files.size())
-                      .arg(m_port.portName())
-                      .arg(m_port.baudRate()));
-    // The frame of an earlier transfer, or one that the device refuses, must
-    // not keep the port from opening.
-    m_port.setStopBits(QSerialPort::OneStop);
-    m_port.setParity(QSerialPort::NoParity);
-    if (!m_port.open(QIODevice::ReadWrite)) {
-        qWarning().noquote() << "cannot open" << m_port.portName() << m_port.errorString();
-        m_reason = QStringLiteral("串口打开失败");
-        m_log.note(m_clock.elapsed(), m_reason);
-        return false;
-    }
-    m_port.setDataTerminalReady(true); // or a board that is a USB device keeps silent
-    if (m_stopBits != QSerialPort::OneStop)
-        m_port.setStopBits(m_stopBits);
-    if (m_parity != QSerialPort::NoParity)
-        m_port.setParity(m_parity);
-    resetTransfer();
-    m_lineFreeAtUs = 0;
-    m_stepPutOff = false;
-    m_nextStepAtUs = nowUs() + kStepUs;
-    m_readTimer.start(kStepMs);
-    return true;
+                      .arg(port.portName())
+                      .arg(port.baudRate()));
+}
+
+void YmodemFileTransmit::release()
+{
+    if (!m_port)
+        return;
+    m_port->disconnect(this);
+    m_port = nullptr;
+    if (m_ownPort.isOpen())
+        m_ownPort.close();
 }
 
 void YmodemFileTransmit::stopTransmit()
@@ -184,7 +222,7 @@ void YmodemFileTransmit::writeTimeOut()
 {
     m_file.close();
     m_writeTimer.stop();
-    m_port.close();
+    release();
     emit transmitStatus(m_status, QString());
 }
 
@@ -194,7 +232,7 @@ void YmodemFileTransmit::handleError(QSerialPort::SerialPortError error)
                       error == QSerialPort::WriteError;
     if (!gone || !isRunning())
         return;
-    qWarning().noquote() << "lost" << m_port.portName() << m_port.errorString();
+    qWarning().noquote() << "lost" << m_port->portName() << m_port->errorString();
     m_readTimer.stop();
     resetTransfer();
     m_lineFreeAtUs = 0; // nothing leaves any more
@@ -209,15 +247,28 @@ void YmodemFileTransmit::readTimeOut()
     // Before the last packet can have left and been answered a step would find
     // nothing, take that for silence, and be followed by the next one too late.
     const qint64 answerAt = m_lineFreeAtUs + kAnswerUs;
-    m_stepPutOff = m_port.bytesAvailable() == 0 && nowUs() < answerAt;
+    m_stepPutOff = m_port->bytesAvailable() == 0 && nowUs() < answerAt;
     if (m_stepPutOff) {
         scheduleStep(std::min(answerAt, nowUs() + kStepUs));
         return;
     }
     transmitStep();
+    noticeRestart();
     // Every 10 ms by the clock, however long a step or the window's drawing took.
     if (isRunning())
         scheduleStep(std::max(m_nextStepAtUs + kStepUs, nowUs() - kMostBehindUs));
+}
+
+// A receiver that begins to ask as for a first file has most likely been reset;
+// it gets the block again, but would never have the file.
+void YmodemFileTransmit::noticeRestart()
+{
+    if (m_restartTold || requestsForSameData() < kRestartRequests || !isRunning())
+        return;
+    m_restartTold = true;
+    const QString hint = QStringLiteral("接收端在文件中途反复请求开始传输，可能已复位，建议停止后重新发送");
+    m_log.note(m_clock.elapsed(), hint);
+    emit transmitHint(hint);
 }
 
 void YmodemFileTransmit::scheduleStep(qint64 atUs)
@@ -234,7 +285,7 @@ qint64 YmodemFileTransmit::nowUs() const
 
 Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
 {
-    const qint64 count = m_port.read(reinterpret_cast<char *>(buffer), length);
+    const qint64 count = m_port->read(reinterpret_cast<char *>(buffer), length);
     if (count <= 0)
         return 0;
     m_log.received(m_clock.elapsed(),
@@ -246,9 +297,13 @@ Ymodem::uint32 YmodemFileTransmit::writeBytes(uint8 *buffer, uint32 length)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(buffer), static_cast<int>(length));
     m_log.sent(m_clock.elapsed(), bytes);
-    const qint64 count = m_port.write(bytes);
-    m_port.flush(); // before the window draws the progress that this packet means
-    const qint64 lineUs = m_port.baudRate() > 0 ? length * kBitsPerByte * 1000000 / m_port.baudRate() : 0;
+    const bool idle = m_port->bytesToWrite() == 0;
+    const qint64 count = m_port->write(bytes);
+    // Before the window draws the progress that this packet means. The library
+    // takes a full driver for a lost one: what is queued must not be pushed.
+    if (idle)
+        m_port->flush();
+    const qint64 lineUs = m_port->baudRate() > 0 ? length * kBitsPerByte * 1000000 / m_port->baudRate() : 0;
     m_lineFreeAtUs = std::max(m_lineFreeAtUs, nowUs()) + lineUs;
     return count > 0 ? static_cast<uint32>(count) : 0;
 }
@@ -302,6 +357,7 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
     *length = blockZeroSize;
     m_log.note(m_clock.elapsed(), QStringLiteral("文件 %1, %2字节").arg(name).arg(m_fileSize));
     m_status = Establish;
+    m_restartTold = false;
     emit transmitStatus(Establish, name);
     return Ack;
 }

@@ -2,9 +2,11 @@
 
 // Sends a list of files by YModem: owns the serial port, the file and the
 // timers around the engine. One step of the engine every 10 ms paces all.
+// An open port can be lent to it in place of its own.
 //
 // An end (statuses 3 to 6) is reported twice: when it is decided, and about
-// 100 ms later, when the port has been closed and is free for others.
+// 100 ms later, when the port is free for others: its own is closed then, a
+// lent one stays open with what came in after the end.
 
 #include "transfer/transferlog.h"
 #include "transfer/ymodem.h"
@@ -39,11 +41,13 @@ public:
 
     // False when the port does not open; nothing is emitted then.
     bool startTransmit();
+    // The same over an open port, which has to outlive the transfer.
+    bool startTransmit(QSerialPort *lentPort);
     // Nothing happens when no transfer is running.
     void stopTransmit();
 
-    // From a successful start until the port is closed again.
-    bool isBusy() const { return m_port.isOpen(); }
+    // From a successful start until the port is free again.
+    bool isBusy() const { return m_port != nullptr; }
 
     // Of the present file, in bytes.
     qint64 bytesSent() const { return m_sentBytes; }
@@ -63,6 +67,8 @@ signals:
     // Percent of the file of that (full) name.
     void transmitProgress(int progress, QString name);
     void transmitStatus(YmodemFileTransmit::Status status, QString name);
+    // Something the user should know while the transfer goes on.
+    void transmitHint(QString text);
 
 protected:
     uint8 statusCallback(Status status, uint8 *buffer, uint32 *length) override;
@@ -79,6 +85,10 @@ private:
     uint8 end(Status status, const QString &reason);
     QString blemish() const;
     void handleError(QSerialPort::SerialPortError error);
+    void clearRecords(const QSerialPort &port);
+    void begin(QSerialPort *port);
+    void release();
+    void noticeRestart();
     bool isRunning() const { return isBusy() && (m_status == Establish || m_status == Transmit); }
     void scheduleStep(qint64 atUs);
     qint64 nowUs() const;
@@ -87,13 +97,15 @@ private:
     int m_next = 0;      // index of the next name
     int m_completed = 0; // files whose end the receiver has confirmed
     QFile m_file;
-    QSerialPort m_port;
+    QSerialPort m_ownPort;
+    QSerialPort *m_port = nullptr; // that of the transfer, its own or a lent one
     QSerialPort::StopBits m_stopBits = QSerialPort::OneStop;
     QSerialPort::Parity m_parity = QSerialPort::NoParity;
     QTimer m_readTimer;
     QTimer m_writeTimer;
     qint64 m_fileSize = 0;
-    QDateTime m_fileTime;  // of its last change, when it was opened
+    QDateTime m_fileTime; // of its last change, when it was opened
+    bool m_restartTold = false;
     QStringList m_changed; // files that were written to while they were sent
     qint64 m_sentBytes = 0;
     int m_progress = 0; // percent, as last emitted

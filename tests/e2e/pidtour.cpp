@@ -283,7 +283,7 @@ void PidTour::leavesAPortThatTheSerialPageHolds()
     QVERIFY(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
     QVERIFY(UserHand::choose(stage().find<QComboBox>("comboPidPort"), QStringLiteral("COM6 虚拟串口")));
     QVERIFY(UserHand::click(stage().find<QWidget>("btnPidOpen")));
-    QVERIFY(stage().waitForNotice(QStringLiteral("串口[COM6]打开失败!!!"), Notice::Error));
+    QVERIFY(stage().waitForNotice(QStringLiteral("串口正被其他程序占用，请关闭该程序后重试"), Notice::Error));
     QCOMPARE(stage().find<QPushButton>("btnPidOpen")->text(), QStringLiteral("打开串口"));
 }
 

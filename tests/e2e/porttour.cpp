@@ -89,7 +89,7 @@ void PortTour::saysWhatCannotBeOpened()
 
     QVERIFY(UserHand::typeInto(text, QStringLiteral("COM77")));
     QVERIFY(UserHand::click(open));
-    QVERIFY(stage().waitForNotice(QStringLiteral("串口[COM77]打开失败!!!"), Notice::Error));
+    QVERIFY(stage().waitForNotice(QStringLiteral("串口不存在，请检查设备是否已插好"), Notice::Error));
     QVERIFY(!stage().isOpenShown());
 }
 
@@ -113,7 +113,7 @@ void PortTour::leavesAPortThatIsHeld()
     QVERIFY(holder.open(QIODevice::ReadWrite));
     QVERIFY(UserHand::choose(stage().find<QComboBox>("comboPort"), QStringLiteral("COM4 虚拟串口")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
-    QVERIFY(stage().waitForNotice(QStringLiteral("串口[COM4 虚拟串口]打开失败!!!"), Notice::Error));
+    QVERIFY(stage().waitForNotice(QStringLiteral("串口正被其他程序占用，请关闭该程序后重试"), Notice::Error));
     QVERIFY(!stage().isOpenShown());
 
     holder.close();

@@ -34,7 +34,8 @@ void TestPidPage::refusesWithoutAPort()
     QCOMPARE(startText(), kIdle);
     child<QComboBox>("comboPidPort")->setEditText(QStringLiteral("COM77 没有"));
     click("btnPidOpen");
-    QCOMPARE(lastNotice(), QStringLiteral("串口[COM77]打开失败!!!"));
+    QCOMPARE(m_notices->at(m_notices->count() - 2).at(0).toString(),
+             QStringLiteral("串口[COM77]打开失败!!!")); // and the reason
 }
 
 void TestPidPage::stopsBeforeClosing()

@@ -1,8 +1,9 @@
-// Port names, the spool of received bytes, the multi-send list and the bounded
+// Port names, draining lines, the spool of received bytes, the multi-send list and the bounded
 // receive buffer.
 
 #include "app/textcodec.h"
 #include "serial/bytespool.h"
+#include "serial/linedrain.h"
 #include "serial/portname.h"
 #include "serial/receivebuffer.h"
 #include "serial/sendlist.h"
@@ -34,7 +35,10 @@ class TestSerialEngine : public QObject
 
 private slots:
     void namesThePortOfAnEntry();
+    void countsPorts();
     void findsVirtualPorts();
+    void drainsALine_data();
+    void drainsALine();
     void spoolsExactlyWhatCame();
     void keepsBytesWhenTheDiskIsFull();
     void readsListsOfOtherPrograms();
@@ -60,6 +64,53 @@ void TestSerialEngine::namesThePortOfAnEntry()
     QCOMPARE(PortName::fromEntry("/dev/pts/4"), QStringLiteral("/dev/pts/4"));
     QCOMPARE(PortName::fromEntry("attyUSB0"), QString());
 #endif
+}
+
+void TestSerialEngine::countsPorts()
+{
+    QStringList names{"COM10", "ttyUSB12", "COM2", "ttyS0", "COM1", "ttyUSB2", "ttyACM0"};
+    std::sort(names.begin(), names.end(), PortName::isBefore);
+    QCOMPARE(names, (QStringList{"COM1", "COM2", "COM10", "ttyACM0", "ttyS0", "ttyUSB2", "ttyUSB12"}));
+}
+
+// 1000 baud with ten bits: a byte takes 10 ms, the transmitter's buffer 2.56 s.
+void TestSerialEngine::drainsALine_data()
+{
+    using Looks = QVector<QPair<int, int>>; // at so many ms, so many bytes pending
+    QTest::addColumn<int>("lineFreeMs");
+    QTest::addColumn<Looks>("looks");
+    QTest::addColumn<int>("endMs");
+    QTest::addColumn<bool>("left");
+    QTest::newRow("nothing was written") << 0 << Looks{{0, 0}} << 0 << true;
+    QTest::newRow("in the transmitter") << 50 << Looks{{0, 0}, {49, 0}, {51, 0}} << 51 << true;
+    QTest::newRow("faster than its baud rate says")
+        << 9000 << Looks{{0, 900}, {20, 0}, {2570, 0}, {2581, 0}} << 2581 << true;
+    QTest::newRow("slow") << 1000 << Looks{{0, 100}, {500, 50}, {1000, 0}, {1001, 0}} << 1000 << true;
+    QTest::newRow("stuck") << 900 << Looks{{0, 90}, {100, 80}, {3600, 80}, {3700, 80}} << 3700 << false;
+    QTest::newRow("too much") << 99999
+                              << Looks{{0, 9999}, {3000, 9700}, {6000, 9400}, {9000, 9100}, {10001, 9000}}
+                              << 10001 << false;
+    QTest::newRow("drips") << 100 << Looks{{0, 10}, {2000, 9}, {4000, 8}, {4900, 7}, {5001, 6}} << 5001
+                           << false;
+}
+
+void TestSerialEngine::drainsALine()
+{
+    using Looks = QVector<QPair<int, int>>;
+    QFETCH(int, lineFreeMs);
+    QFETCH(Looks, looks);
+    constexpr qint64 ms = 1000 * 1000;
+    constexpr qint64 start = 77777 * ms;
+    LineDrain drain(start, looks.first().second, LineDrain::byteNs(1000, 10), start + lineFreeMs * ms);
+    for (const auto &[at, pending] : looks) {
+        const LineDrain::State state = drain.check(start + at * ms, pending);
+        if (state == LineDrain::State::Pending)
+            continue;
+        QTEST(at, "endMs");
+        QTEST(state == LineDrain::State::Left, "left");
+        return;
+    }
+    QFAIL("never ends");
 }
 
 void TestSerialEngine::findsVirtualPorts()

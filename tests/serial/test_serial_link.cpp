@@ -3,6 +3,7 @@
 #include "serial/qextserialport.h"
 #include "serial/qserialporcheck.h"
 #include "serial/qtserialport.h"
+#include "serial/quietreader.h"
 #include "serial/serialports.h"
 #include "tests/support/ptypeer.h"
 
@@ -10,7 +11,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -24,7 +27,11 @@ private slots:
     void reopensUnderAnotherName();
     void failsQuietly();
     void pagePortTellsHangUpOnce();
-    void pagePortSendsBeforeClosing();
+    void lastBytesLeaveFirst_data();
+    void lastBytesLeaveFirst();
+    void dropsWhatNeverLeaves();
+    void reportsWhatCannotBeWritten();
+    void pausesWhileTooMuchIsPending();
     void pagePortKeepsWhatItCannotSet();
     void noticesChangesByCount();
 };
@@ -111,15 +118,123 @@ void TestSerialLink::pagePortTellsHangUpOnce()
     QVERIFY(!port.isOpen());
 }
 
-void TestSerialLink::pagePortSendsBeforeClosing()
+void TestSerialLink::lastBytesLeaveFirst_data()
+{
+    QTest::addColumn<bool>("destroyed");
+    QTest::newRow("closed") << false;
+    QTest::newRow("destroyed") << true;
+}
+
+// More than the system takes at once, and a board that reads later: neither
+// may the tail be lost nor the speed of the line change under it.
+void TestSerialLink::lastBytesLeaveFirst()
+{
+    QFETCH(bool, destroyed);
+    const QByteArray bytes = QByteArray("0123456789abcdef").repeated(20000);
+    PtyPeer board;
+    const auto speed = [line = open(board.device().toLocal8Bit().constData(), O_RDWR | O_NOCTTY)] {
+        termios settings{};
+        tcgetattr(line, &settings);
+        return cfgetospeed(&settings);
+    };
+    const speed_t before = speed();
+    auto port = std::make_unique<QtSerialPort>();
+    QSignalSpy failures(port.get(), &QtSerialPort::failed);
+    port->open(board.device(), 921600, 8, 0, 0);
+    port->writeBytes(bytes);
+    if (destroyed)
+        port.reset();
+    else
+        port->close();
+    QCOMPARE(speed(), speed_t(B921600));
+    if (!destroyed) {
+        QVERIFY(!port->isOpen());
+        port->open(board.device(), 9600, 8, 0, 0); // not yet
+        QVERIFY(!port->isOpen());
+        QVERIFY(!port->reason().isEmpty());
+    }
+    QCOMPARE(board.read(bytes.size(), 20000), bytes);
+    QTRY_COMPARE(speed(), before);
+    QCOMPARE(failures.count(), 0);
+}
+
+void TestSerialLink::dropsWhatNeverLeaves()
+{
+    PtyPeer board;
+    QtSerialPort port;
+    QSignalSpy failures(&port, &QtSerialPort::failed);
+    port.open(board.device(), 921600, 8, 0, 0);
+    port.writeBytes(QByteArray(300000, 'x'));
+    port.close();
+    QTRY_COMPARE_WITH_TIMEOUT(failures.count(), 1, 20000);
+    const int arrived = board.read(300000, 100).size();
+    const QRegularExpression notice(
+        QStringLiteral("^串口\\[%1\\]有 (\\d+) 字节未发出！$").arg(board.device()));
+    const int unsent = notice.match(failures.at(0).at(0).toString()).captured(1).toInt();
+    QVERIFY2(unsent > 200000 && arrived + unsent <= 300000, qPrintable(failures.at(0).at(0).toString()));
+    port.open(board.device(), 921600, 8, 0, 0);
+    QVERIFY(port.isOpen());
+}
+
+// A socket whose other end reads no more stands in for the driver: it refuses
+// to write and is otherwise well.
+void TestSerialLink::reportsWhatCannotBeWritten()
+{
+    signal(SIGPIPE, SIG_IGN);
+    const QTemporaryDir folder;
+    PtyPeer board;
+    const QString device = folder.filePath("device");
+    QVERIFY(QFile::link(board.device(), device));
+    SerialLine line; // of both kinds of ports
+    QSignalSpy failures(&line, &SerialLine::writeFailed);
+    QSignalSpy hangUps(&line, &SerialLine::hungUp);
+    for (const bool gone : {false, true}) {
+        line.prepare(device);
+        QVERIFY(line.open(QIODevice::ReadWrite));
+        int ends[2];
+        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
+        QCOMPARE(shutdown(ends[1], SHUT_RD), 0);
+        QVERIFY(dup2(ends[0], line.port().handle()) >= 0);
+        if (gone)
+            QVERIFY(QFile::remove(device));
+        line.write("hello");
+        QTRY_COMPARE(gone ? hangUps.count() : failures.count(), 1);
+        QVERIFY(line.reason().contains(QStringLiteral("没有响应")));
+        line.close();
+        close(ends[0]);
+        close(ends[1]);
+    }
+    QCOMPARE(failures.count(), 1);
+    QCOMPARE(failures.at(0).at(0).toLongLong(), qint64(5));
+}
+
+void TestSerialLink::pausesWhileTooMuchIsPending()
 {
     PtyPeer board;
     QextSerialPort port(QextSerialPort::EventDriven);
     port.setPortName(board.device());
     QVERIFY(port.open(QIODevice::ReadWrite));
-    QCOMPARE(port.write("last words"), qint64(10));
-    port.close();
-    QCOMPARE(board.read(10), QByteArray("last words"));
+    qint64 backlog = 0;
+    qint64 packets = 0;
+    QByteArray read;
+    QuietReader reader(
+        &port, [&] { return backlog; }, nullptr);
+    connect(&port, &QextSerialPort::readyRead, &reader, &QuietReader::handleArrival);
+    connect(&reader, &QuietReader::pieceRead, this, [&](const QByteArray &bytes) { read += bytes; });
+    connect(&reader, &QuietReader::quiet, &reader, &QuietReader::takePacket);
+    connect(&reader, &QuietReader::packetRead, this, [&] { ++packets; });
+
+    backlog = 1000LL * 1000 * 1000;
+    const QByteArray bytes = QByteArray("0123456789abcdef").repeated(100000);
+    const int sent = board.writeSome(bytes);
+    QVERIFY(reader.isPaused());
+    QVERIFY2(sent >= 1024 * 1024 && sent < bytes.size(), qPrintable(QString::number(sent)));
+    QVERIFY(read.size() < 512 * 1024);
+    QCOMPARE(packets, qint64(0)); // its own pause is no end of a packet
+    backlog = 0;
+    QVERIFY(board.write(bytes.mid(sent)));
+    QTRY_COMPARE(read.size(), bytes.size());
+    QCOMPARE(read, bytes);
 }
 
 void TestSerialLink::pagePortKeepsWhatItCannotSet()

@@ -24,6 +24,12 @@ class TestSerialPage : public SerialPageTest
 private slots:
     void opensAndClosesWithNotices();
     void namesWhatCannotBeOpened();
+    void needsABaudRate();
+    void stepsFromTheShownBaudRate_data();
+    void stepsFromTheShownBaudRate();
+    void takesADoubleClickAsOne();
+    void closesWhenTheLastBytesHaveLeft();
+    void saysThatItIsReceiving();
     void writesTheChosenParameters();
     void showsTheStoredDefaults();
     void hintsAreFainterThanText();
@@ -68,17 +74,114 @@ void TestSerialPage::namesWhatCannotBeOpened()
     openPort("no port at all");
     QCOMPARE(lastNotice(), QStringLiteral("串口[no port at all]打开失败!!!"));
     QCOMPARE(lastKind(), 255);
+    // What the system refuses comes with the reason.
+    const auto refusal = [this] { return m_notices->at(m_notices->count() - 2).at(0).toString(); };
     openPort(QStringLiteral("COM98 适配器"));
-    QCOMPARE(lastNotice(), QStringLiteral("串口[COM98 适配器]打开失败!!!"));
+    QCOMPARE(refusal(), QStringLiteral("串口[COM98 适配器]打开失败!!!"));
+    QVERIFY(lastNotice().startsWith(QStringLiteral("串口不存在")));
     QCOMPARE(lastKind(), 255);
     QVERIFY(child<QComboBox>("comboPort")->isEnabled());
+    openPort("/dev/null");
+    QVERIFY(lastNotice().startsWith(QStringLiteral("设备不是可用的串口")));
 
     // A port that another program holds.
     SerialportWidget other;
     other.findChild<QComboBox *>("comboPort")->setEditText(m_board->device());
     other.findChild<QAbstractButton *>("btnOpen")->click();
     openPort();
-    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开失败!!!").arg(m_board->device()));
+    QCOMPARE(refusal(), QStringLiteral("串口[%1]打开失败!!!").arg(m_board->device()));
+    QVERIFY(lastNotice().startsWith(QStringLiteral("串口正被其他程序占用")));
+}
+
+void TestSerialPage::needsABaudRate()
+{
+    child<QComboBox>("comboBaudRate")->setEditText(QString());
+    openPort();
+    QCOMPARE(m_notices->count(), 1);
+    QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+    QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("Serialport/BaudRate"));
+}
+
+void TestSerialPage::stepsFromTheShownBaudRate_data()
+{
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("then");
+    QTest::newRow("down") << "115200" << int(Qt::Key_Down) << "128000";
+    QTest::newRow("up") << "115200" << int(Qt::Key_Up) << "76800";
+    QTest::newRow("down from between") << "115400" << int(Qt::Key_Down) << "128000";
+    QTest::newRow("up from between") << "115400" << int(Qt::Key_Up) << "115200";
+    QTest::newRow("at the end") << "4000000" << int(Qt::Key_Down) << "4000000";
+    QTest::newRow("beyond") << "5000000" << int(Qt::Key_Up) << "4000000";
+    QTest::newRow("none") << "" << int(Qt::Key_Down) << "1200";
+}
+
+void TestSerialPage::stepsFromTheShownBaudRate()
+{
+    QFETCH(QString, shown);
+    QFETCH(int, key);
+    auto *box = child<QComboBox>("comboBaudRate");
+    box->setCurrentIndex(20);
+    box->setEditText(shown);
+    QTest::keyClick(box, static_cast<Qt::Key>(key));
+    QTEST(box->currentText(), "then");
+}
+
+void TestSerialPage::takesADoubleClickAsOne()
+{
+    child<QComboBox>("comboPort")->setEditText(m_board->device());
+    auto *button = child<QAbstractButton>("btnOpen");
+    QTest::mouseClick(button, Qt::LeftButton);
+    const QPointF center = button->rect().center();
+    for (const auto type : {QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, center, Qt::LeftButton,
+                          type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(button, &event);
+    }
+    QCOMPARE(button->text(), QStringLiteral("关闭串口"));
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(button->text(), QStringLiteral("打开串口"));
+}
+
+// The window goes on, and the port is closed when its last bytes have left.
+void TestSerialPage::closesWhenTheLastBytesHaveLeft()
+{
+    openPort();
+    const QByteArray bytes(300000, 'x');
+    m_page->SltWriteDataToSerialport(bytes);
+    click("btnOpen");
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("正在关闭…"));
+    QVERIFY(!child<QAbstractButton>("btnOpen")->isEnabled());
+    m_page->SltOpenSerialport(); // by the keyboard: not yet
+    QVERIFY(lastNotice().contains(QStringLiteral("请稍候")));
+    m_page->SltWriteDataToSerialport("no more");
+    QVERIFY(!m_page->isClosed()); // quitting waits
+    QCOMPARE(m_board->read(bytes.size(), 20000), bytes);
+    QTRY_COMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
+    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+    QVERIFY(child<QAbstractButton>("btnOpen")->isEnabled());
+    openPort();
+    receive("back");
+}
+
+// A line without a pause counts and shows nothing; but it says that it is busy.
+void TestSerialPage::saysThatItIsReceiving()
+{
+    openPort();
+    auto *label = child<QLabel>("labelGathering");
+    child<QSpinBox>("spinQuietTime")->setValue(1000);
+    QVERIFY(m_board->write("abc"));
+    QVERIFY(QTest::qWaitFor(
+        [&] {
+            m_page->sltInterruptDetection(); // as often as a line that has no pause
+            return label->text() == QStringLiteral("正在接收… 3 字节");
+        },
+        20000));
+    QVERIFY(label->isVisible());
+    QCOMPARE(received(), qint64(0));
+    QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(3), 20000);
+    QVERIFY(!label->isVisible());
 }
 
 void TestSerialPage::writesTheChosenParameters()

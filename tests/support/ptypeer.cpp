@@ -28,18 +28,29 @@ PtyPeer::~PtyPeer()
 
 bool PtyPeer::write(const QByteArray &bytes)
 {
-    QElapsedTimer clock;
-    clock.start();
-    for (int done = 0; done < bytes.size() && clock.elapsed() < 20000;) {
+    return writeFor(bytes, 20000) == bytes.size();
+}
+
+int PtyPeer::writeSome(const QByteArray &bytes)
+{
+    return writeFor(bytes, 500);
+}
+
+int PtyPeer::writeFor(const QByteArray &bytes, int patienceMs)
+{
+    int done = 0;
+    QElapsedTimer sinceProgress;
+    sinceProgress.start();
+    while (done < bytes.size() && sinceProgress.elapsed() < patienceMs) {
         const ssize_t count =
             ::write(m_master, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
-        if (count > 0)
+        if (count > 0) {
             done += static_cast<int>(count);
+            sinceProgress.start();
+        }
         QCoreApplication::processEvents();
-        if (done == bytes.size())
-            return true;
     }
-    return bytes.isEmpty();
+    return done;
 }
 
 QByteArray PtyPeer::read(int count, int timeoutMs)

@@ -16,12 +16,16 @@ public:
     QString device() const { return m_device; }
 
     bool write(const QByteArray &bytes); // all of them, with the event loop running
+    // Until the line takes no more for half a second; returns how many it took.
+    int writeSome(const QByteArray &bytes);
     // What has arrived once it is as long as that, or whatever is there after
     // the time.
     QByteArray read(int count, int timeoutMs = 5000);
     void hangUp(); // the adapter is pulled out
 
 private:
+    int writeFor(const QByteArray &bytes, int patienceMs); // without progress
+
     int m_master = -1;
     int m_slave = -1; // keeps the line up while the program has it closed
     QString m_device;

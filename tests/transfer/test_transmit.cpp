@@ -30,6 +30,7 @@ private slots:
     void stopsAndSendsAgain();
     void endsWithThePort();
     void knowsThatALineCanBeFaster();
+    void noticesARestartedReceiver();
     void needsAPort();
     void survivesAFlood();
     void logsBeginningAndEnd();
@@ -297,6 +298,25 @@ void TestTransmit::knowsThatALineCanBeFaster()
     m_board->write("\x06");
     QVERIFY(QTest::qWaitFor([this] { return !m_transmit->isBusy(); }, 5000));
     QCOMPARE(statuses().last(), 3);
+}
+
+// A receiver that was reset asks as for a first file.
+void TestTransmit::noticesARestartedReceiver()
+{
+    const QSignalSpy hints(m_transmit.get(), &YmodemFileTransmit::transmitHint);
+    QVERIFY(start({makeFile("a.bin", QByteArray(5000, 'a'))}));
+    answered("C", 133);
+    m_board->write("\x06");
+    const QByteArray block = answered("C", 1029);
+    QCOMPARE(answered("C", 1029), block);
+    QCOMPARE(answered("\x15", 1029), block);
+    QCOMPARE(answered("C", 1029), block);
+    QCOMPARE(hints.count(), 0);
+    for (int i = 0; i < 5; ++i)
+        QCOMPARE(answered("C", 1029), block);
+    QTRY_COMPARE(hints.count(), 1);
+    QVERIFY(m_transmit->isBusy());
+    QVERIFY(answered("\x06", 1029) != block); // it may go on all the same
 }
 
 void TestTransmit::needsAPort()
