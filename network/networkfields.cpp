@@ -2,6 +2,7 @@
 
 #include "network/localaddressbox.h"
 #include "network/peeraddress.h"
+#include "shell/base/clickonce.h"
 #include "shell/base/qtmessagetip.h"
 
 #include <QLabel>
@@ -71,6 +72,7 @@ void NetworkFields::nameFields(const QString &mark)
 void NetworkFields::buildUi(const QString &protocolLabel)
 {
     m_open->setProperty("primary", true);
+    ClickOnce::install(m_open);
     m_state->setWordWrap(true);
     m_protocol->addItems({QStringLiteral("TCP Server"), QStringLiteral("TCP Client"), QStringLiteral("UDP")});
     m_local->setToolTip(QStringLiteral("可选择或输入本机的一个地址，只在该地址上接收"));

@@ -1,5 +1,6 @@
 // The serial ports of both kinds and the port watch, against pseudo-terminals.
 
+#include "serial/closingport.h"
 #include "serial/qextserialport.h"
 #include "serial/qserialporcheck.h"
 #include "serial/qtserialport.h"
@@ -13,8 +14,10 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <termios.h>
+#include <thread>
 #include <unistd.h>
 
 class TestSerialLink : public QObject
@@ -29,6 +32,7 @@ private slots:
     void pagePortTellsHangUpOnce();
     void lastBytesLeaveFirst_data();
     void lastBytesLeaveFirst();
+    void lastBytesLeaveWhenTheProgramEnds();
     void dropsWhatNeverLeaves();
     void reportsWhatCannotBeWritten();
     void pausesWhileTooMuchIsPending();
@@ -156,6 +160,30 @@ void TestSerialLink::lastBytesLeaveFirst()
     QCOMPARE(board.read(bytes.size(), 20000), bytes);
     QTRY_COMPARE(speed(), before);
     QCOMPARE(failures.count(), 0);
+}
+
+// No event loop runs any more.
+void TestSerialLink::lastBytesLeaveWhenTheProgramEnds()
+{
+    const QByteArray bytes = QByteArray("0123456789abcdef").repeated(20000);
+    PtyPeer board;
+    auto port = std::make_unique<QtSerialPort>();
+    port->open(board.device(), 921600, 8, 0, 0);
+    port->writeBytes(bytes);
+    port.reset();
+    QByteArray arrived;
+    std::thread reader([&arrived, line = board.descriptor(), size = bytes.size()] {
+        char piece[4096];
+        pollfd readable = {line, POLLIN, 0};
+        while (arrived.size() < size && poll(&readable, 1, 5000) == 1) {
+            const ssize_t count = read(line, piece, sizeof piece);
+            arrived.append(piece, static_cast<int>(qMax<ssize_t>(0, count)));
+        }
+    });
+    ClosingPort::finishAll();
+    reader.join();
+    QCOMPARE(arrived, bytes);
+    QVERIFY(!ClosingPort::isClosing(QString(board.device()).remove(QStringLiteral("/dev/"))));
 }
 
 void TestSerialLink::dropsWhatNeverLeaves()

@@ -14,6 +14,7 @@ public:
     Q_DISABLE_COPY_MOVE(PtyPeer)
 
     QString device() const { return m_device; }
+    int descriptor() const { return m_master; } // the board's end
 
     bool write(const QByteArray &bytes); // all of them, with the event loop running
     // Until the line takes no more for half a second; returns how many it took.
