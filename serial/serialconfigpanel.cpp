@@ -1,6 +1,7 @@
 #include "serial/serialconfigpanel.h"
 
 #include "app/settings.h"
+#include "app/settingskeys.h"
 #include "shell/base/baudratebox.h"
 #include "shell/base/clickonce.h"
 #include "shell/base/portcombobox.h"
@@ -70,6 +71,15 @@ void SerialConfigPanel::loadDefaults()
     choose(m_dataBits, defaults.dataBits, QStringLiteral("8"));
     choose(m_stopBits, defaults.stopBits, QStringLiteral("1"));
     m_parity->setCurrentIndex(defaults.parity);
+}
+
+void SerialConfigPanel::rememberDefaults()
+{
+    using namespace SettingsKeys;
+    Settings::writeValue(Serialport::group, Serialport::baudRate, baudRate());
+    Settings::writeValue(Serialport::group, Serialport::dataBit, dataBits());
+    Settings::writeValue(Serialport::group, Serialport::stopBitsWritten, stopBitsIndex());
+    Settings::writeValue(Serialport::group, Serialport::parity, parityIndex());
 }
 
 QString SerialConfigPanel::portText() const

@@ -39,6 +39,7 @@ public:
     void setHandedOver(bool handedOver);
 
     void loadDefaults();
+    void rememberDefaults(); // in the settings file, for the next start
 
     QPushButton *openButton() const { return m_open; }
 

@@ -1,7 +1,5 @@
 #include "serial/serialportwidget.h"
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
 #include "serial/filetransfer.h"
 #include "serial/portname.h"
 #include "serial/qextserialport.h"
@@ -95,7 +93,7 @@ void SerialportWidget::SltOpenSerialport()
         emit signalNotify(
             QStringLiteral("串口[%1]不支持以下参数: %2").arg(name, refused.join(QStringLiteral("、"))),
             kError);
-    rememberParameters();
+    m_config->rememberDefaults();
 }
 
 // Sets the open port's parameters in order; those that the device refuses
@@ -114,15 +112,6 @@ QStringList SerialportWidget::applyParameters()
         refused.append(m_config->parityText());
     m_port->setFlowControlOff();
     return refused;
-}
-
-void SerialportWidget::rememberParameters()
-{
-    using namespace SettingsKeys;
-    Settings::writeValue(Serialport::group, Serialport::baudRate, m_config->baudRate());
-    Settings::writeValue(Serialport::group, Serialport::dataBit, m_config->dataBits());
-    Settings::writeValue(Serialport::group, Serialport::stopBitsWritten, m_config->stopBitsIndex());
-    Settings::writeValue(Serialport::group, Serialport::parity, m_config->parityIndex());
 }
 
 void SerialportWidget::setPortState(bool open)

@@ -70,7 +70,6 @@ private:
     void connectParts();
 
     QStringList applyParameters();
-    void rememberParameters();
     void setPortState(bool open);
     void closePort();
     void portClosed(qint64 unsentBytes);
