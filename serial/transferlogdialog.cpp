@@ -7,7 +7,6 @@
 #include "shell/base/qtmessagetip.h"
 
 #include <QClipboard>
-#include <QDebug>
 #include <QGuiApplication>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -57,6 +56,5 @@ void TransferLogDialog::save()
         QtMessageTip::showTip(QStringLiteral("文件保存完成!"));
         return;
     }
-    qWarning().noquote() << "cannot save" << name << error;
-    QtMessageBox::warning(this, QStringLiteral("告警"), QStringLiteral("文件保存失败!"));
+    QtMessageBox::warning(this, QStringLiteral("告警"), QStringLiteral("文件保存失败!\n%1").arg(error));
 }
