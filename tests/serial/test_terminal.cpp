@@ -9,6 +9,7 @@
 #include "serial/qtterminalwidget.h"
 
 #include <QClipboard>
+#include <QMenu>
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QTemporaryDir>
@@ -310,6 +311,10 @@ void TestTerminal::followsOnlyAtTheEnd()
         m_terminal->insertTerminalText("line\n");
     QVERIFY(bar->maximum() > 0);
     QCOMPARE(bar->value(), bar->maximum());
+    QTest::keyClick(m_terminal.get(), Qt::Key_Home, Qt::ControlModifier);
+    QCOMPARE(bar->value(), 0);
+    QTest::keyClick(m_terminal.get(), Qt::Key_End, Qt::ControlModifier);
+    QCOMPARE(bar->value(), bar->maximum());
     bar->setValue(bar->maximum() - 100);
     const int before = bar->value();
     m_terminal->insertTerminalText("line\nline\n");
@@ -553,6 +558,8 @@ void TestTerminal::survivesHostileText()
     m_terminal->showReceived(QByteArray(), QString(), false);
     m_terminal->grab(); // draws it
     QVERIFY(m_terminal->toPlainText().startsWith(QString::fromLatin1("nul \0 bell", 10)));
+    const std::unique_ptr<QMenu> menu(m_terminal->createStandardContextMenu());
+    QCOMPARE(menu->actions().size(), 3); // copy and select all, nothing about links
     for (int key : {Qt::Key_Down, Qt::Key_End, Qt::Key_PageDown, Qt::Key_Up, Qt::Key_Home})
         QTest::keyClick(m_terminal.get(), static_cast<Qt::Key>(key), Qt::ShiftModifier);
     m_terminal->resize(5, 5);
