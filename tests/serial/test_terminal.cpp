@@ -27,8 +27,6 @@ private slots:
     void logViewEqualsReplacingTheText_data();
     void logViewEqualsReplacingTheText();
     void logViewPutsHeadersBeforeLines();
-    void logViewBoundsTheText();
-    void logViewDropsHexadecimalAtTheNextText();
     void showsChunksBehindHeaders();
     void joinsWhatAChunkEndCut();
     void changesCodecBetweenChunks();
@@ -137,25 +135,6 @@ void TestTerminal::logViewPutsHeadersBeforeLines()
     m_terminal->insertRecvData("\x01", true, false);
     const QRegularExpression hexForm("^\n\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] Hex >\n0A FF 01 $");
     QVERIFY2(hexForm.match(m_terminal->toPlainText()).hasMatch(), qPrintable(m_terminal->toPlainText()));
-}
-
-void TestTerminal::logViewBoundsTheText()
-{
-    QByteArray bytes;
-    for (int i = 0; bytes.size() < 30000; ++i)
-        bytes += QByteArray::number(i) + '\n';
-    for (int i = 0; i < bytes.size(); i += 1000)
-        m_terminal->insertRecvData(bytes.mid(i, 1000), false, false);
-    QCOMPARE(m_terminal->toPlainText(), QString::fromLatin1(bytes.right(20480)));
-}
-
-void TestTerminal::logViewDropsHexadecimalAtTheNextText()
-{
-    m_terminal->insertRecvData("text", false, false);
-    m_terminal->insertRecvData("\x01\x02", true, false);
-    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("text01 02 "));
-    m_terminal->insertRecvData("!", false, false);
-    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("text!"));
 }
 
 void TestTerminal::showsChunksBehindHeaders()
