@@ -23,7 +23,7 @@ constexpr Reason kReasons[] = {
     {ERROR_WRITE_PROTECT, "磁盘是只读的"},
     {ERROR_DISK_FULL, "磁盘空间不足"},
     {ERROR_HANDLE_DISK_FULL, "磁盘空间不足"},
-    {ERROR_DISK_QUOTA_EXCEEDED, "磁盘空间不足"},
+    {1295, "磁盘空间不足"}, // ERROR_DISK_QUOTA_EXCEEDED, which not every header has
     {ERROR_SHARING_VIOLATION, "文件正被其他程序使用"},
     {ERROR_LOCK_VIOLATION, "文件正被其他程序使用"},
     {ERROR_USER_MAPPED_FILE, "文件正被其他程序使用"},
@@ -34,7 +34,7 @@ constexpr Reason kReasons[] = {
     {ERROR_BAD_NETPATH, "网络路径不可用"},
     {ERROR_NETNAME_DELETED, "网络路径不可用"},
     {ERROR_BAD_NET_NAME, "网络路径不可用"},
-    {ERROR_VIRUS_INFECTED, "被安全软件阻止"},
+    {225, "被安全软件阻止"}, // ERROR_VIRUS_INFECTED
     {ERROR_CRC, "磁盘读写错误"},
     {ERROR_IO_DEVICE, "磁盘读写错误"},
 };

@@ -235,10 +235,18 @@ int LogLayout::countRows(QTextBlock block, int start, bool newText)
     return column;
 }
 
-void LogLayout::countRows(QTextBlock block, const QTextBlock &end, bool newText)
+// New text has no unaffected columns; otherwise blocks up to so many are as
+// they were.
+void LogLayout::countRows(QTextBlock block, const QTextBlock &end, int unaffected)
 {
+    const bool newText = unaffected < 0;
     int behind = -1; // the column behind the block before, once it is known
     for (; block.isValid() && block != end; block = block.next()) {
+        const int state = block.userState();
+        if (state >= 0 && (state & kContinuationBit) == 0 && state >> kColumnsShift <= unaffected) {
+            behind = state >> kColumnsShift;
+            continue;
+        }
         block.clearLayout();
         int start = 0;
         if (isContinuation(block) && block != document()->firstBlock())
@@ -261,7 +269,7 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     updateMetrics();
     if (characters == 1)
         m_widest = 0;
-    if (sameText && m_widest <= qMin(columnsBefore, m_columns)) { // each block fits a row as before
+    if (sameText && m_widest <= qMin(columnsBefore, m_columns)) { // all blocks fit a row as before
         notifyChange(0, -1);
         return;
     }
@@ -270,7 +278,7 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     const QTextBlock first = sameText ? document()->firstBlock() : document()->findBlock(from);
     const QTextBlock end = sameText ? document()->end() : document()->findBlock(from + charsAdded).next();
     const qreal changedTop = rowsTop(first);
-    countRows(first, end, !sameText);
+    countRows(first, end, sameText ? qMin(columnsBefore, m_columns) : -1);
     // What stands below moves when the height changes at the front.
     const bool toTheEnd = charsRemoved > 0 || !end.isValid() || sameText;
     notifyChange(changedTop, toTheEnd ? -1 : top(end));
@@ -279,7 +287,7 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 void LogLayout::recount(int firstBlock)
 {
     const QTextBlock first = document()->findBlockByNumber(qMax(0, firstBlock));
-    countRows(first, document()->end(), false);
+    countRows(first, document()->end(), 0);
     notifyChange(rowsTop(first), -1);
 }
 

@@ -73,7 +73,7 @@ private:
     static int narrowRowEnd(const QString &text, int start, int columns, int *column, bool mayBreak);
     bool breaksBefore(const QTextBlock &block) const;
     QVector<Row> rowsOf(const QTextBlock &block, const QString &text) const;
-    void countRows(QTextBlock block, const QTextBlock &end, bool newText);
+    void countRows(QTextBlock block, const QTextBlock &end, int unaffected);
     int countRows(QTextBlock block, int start, bool newText);
     void notifyChange(qreal changedTop, qreal bottom);
     bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const;

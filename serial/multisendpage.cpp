@@ -64,6 +64,7 @@ void MultiSendPage::buildUi()
         auto *edit = new QLineEdit(this);
         edit->setObjectName(QStringLiteral("multiEdit%1").arg(i));
         edit->setProperty("id", i);
+        edit->setAccessibleName(QStringLiteral("第%1项").arg(i + 1));
         edit->setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
         PlaceholderText::keepFaint(edit);
         edit->setValidator(new OneLine(edit));
@@ -71,6 +72,7 @@ void MultiSendPage::buildUi()
         auto *button = new QPushButton(QStringLiteral("%1").arg(i + 1), this);
         button->setObjectName(QStringLiteral("multiSend%1").arg(i));
         button->setToolTip(QStringLiteral("发送第%1项").arg(i + 1));
+        button->setAccessibleName(button->toolTip());
         button->setFixedWidth(44); // "10" and the style's padding
         m_buttons->addButton(button, i);
         auto *row = new QHBoxLayout;

@@ -7,6 +7,7 @@
 
 #include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
 #include <QScrollBar>
@@ -45,8 +46,8 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     setFont(Startup::monospaceFont());
     setReadOnly(true);
     setUndoRedoEnabled(false);
-    setOpenLinks(false);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    setTextInteractionFlags(Qt::TextSelectableByMouse); // no links in a log
+    setAccessibleName(QStringLiteral("接收区"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_flushTimer.setSingleShot(true);
     connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
@@ -312,9 +313,20 @@ void QtTerminalWidget::contextMenuEvent(QContextMenuEvent *event)
 {
     QMenu *menu = createStandardContextMenu();
     menu->addSeparator();
-    menu->addAction(QStringLiteral("清空接收区"), this, &QtTerminalWidget::clearRequested);
+    // The tab only names the keys; WorkArea has the shortcut.
+    menu->addAction(QStringLiteral("清空接收区\tCtrl+L"), this, &QtTerminalWidget::clearRequested);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->popup(event->globalPos());
+}
+
+void QtTerminalWidget::keyPressEvent(QKeyEvent *event)
+{
+    if (event->matches(QKeySequence::MoveToStartOfDocument))
+        verticalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+    else if (event->matches(QKeySequence::MoveToEndOfDocument))
+        verticalScrollBar()->triggerAction(QScrollBar::SliderToMaximum);
+    else
+        QTextBrowser::keyPressEvent(event);
 }
 
 // What the user marks must not run away below the pointer.

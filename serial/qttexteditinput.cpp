@@ -47,6 +47,7 @@ QtTextEditInput::QtTextEditInput(QWidget *parent)
     : QTextEdit(parent)
 {
     setObjectName(QStringLiteral("textEditSend"));
+    setAccessibleName(QStringLiteral("发送编辑区"));
     setAcceptRichText(false);
     setTabChangesFocus(true);
     // Looking for word ends costs with the square of a line's length: a minute

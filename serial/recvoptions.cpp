@@ -27,11 +27,12 @@ RecvOptions::RecvOptions(QWidget *parent, Kind kind)
     m_quiet->setToolTip(QStringLiteral("线路空闲超过该时间后，已收到的数据作为一包显示"));
     m_text->setChecked(true);
     m_stop->setToolTip(QStringLiteral("继续接收、计数和记录，但不显示"));
-    m_log->setToolTip(QStringLiteral("只显示最近的20480字节，适合长时间观察日志"));
+    m_log->setToolTip(QStringLiteral("只显示最近的20480字节，适合长时间观察日志；保存时仍是全部内容"));
     m_stamp->setToolTip(QStringLiteral("在每次接收的数据前显示接收时间"));
 
     auto *clear = new QPushButton(QStringLiteral("清空接收区"), this);
     clear->setObjectName(QStringLiteral("btnClearRecv"));
+    clear->setToolTip(QStringLiteral("清空显示，已收到的原始数据仍可保存（Ctrl+L）"));
     auto *save = new QPushButton(QStringLiteral("保存到文件"), this);
     save->setObjectName(QStringLiteral("btnSaveRecv"));
     save->setToolTip(QStringLiteral("将接收区数据保存到文件"));

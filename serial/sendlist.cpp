@@ -66,6 +66,8 @@ void SendList::read(const QByteArray &file)
     const QString text = TextCodec::decodeFile(file);
     QStringList others; // in front of the next row
     int start = 0;
+    while (start < text.size() && text.at(start) == QChar::ByteOrderMark)
+        ++start;
     while (start < text.size()) {
         int end = text.indexOf(QLatin1Char('\n'), start);
         if (end < 0)

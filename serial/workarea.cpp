@@ -9,6 +9,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSplitter>
 
 namespace {
@@ -38,6 +39,9 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     m_countTimer.setSingleShot(true);
     connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::countsDue);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &WorkArea::clearRequested);
+    auto *clear = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_L), page);
+    clear->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(clear, &QShortcut::activated, this, &WorkArea::clearRequested);
     connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
         emit notify(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！"), kError);
     });

@@ -254,12 +254,20 @@
         <source>&amp;Undo</source>
         <translation>撤销(&amp;U)</translation>
     </message>
+    <message>
+        <source>&amp;Redo</source>
+        <translation>恢复撤销(&amp;R)</translation>
+    </message>
 </context>
 <context>
     <name>QWidgetTextControl</name>
     <message>
         <source>&amp;Undo</source>
         <translation>撤销(&amp;U)</translation>
+    </message>
+    <message>
+        <source>&amp;Redo</source>
+        <translation>恢复撤销(&amp;R)</translation>
     </message>
 </context>
 </TS>

@@ -1,8 +1,11 @@
-// Text codec helpers and hexadecimal text.
+// Text codec helpers, hexadecimal text, and the reasons of file errors.
 
+#include "app/filereason.h"
 #include "app/hextext.h"
 #include "app/textcodec.h"
 
+#include <QDir>
+#include <QFile>
 #include <QtTest>
 
 class TestText : public QObject
@@ -18,6 +21,8 @@ private slots:
     void decodesAnyCutOfAStream_data();
     void decodesAnyCutOfAStream();
     void startsAfreshWithAnotherCodec();
+    void saysWhyAFileFails_data();
+    void saysWhyAFileFails();
 };
 
 void TestText::rendersBytesInOrder()
@@ -117,6 +122,32 @@ void TestText::startsAfreshWithAnotherCodec()
     QCOMPARE(decoder.decode("\xe6\xb8", 2, 0), QString());
     decoder.reset();
     QCOMPARE(decoder.decode("A", 1, 0), QStringLiteral("A"));
+}
+
+void TestText::saysWhyAFileFails_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("writes");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("none") << QCoreApplication::applicationFilePath() << false << QString();
+    QTest::newRow("no file") << "/no-such-file" << false << QStringLiteral("文件不存在");
+    QTest::newRow("no folder") << "/no/such/folder/x" << true << QStringLiteral("文件夹不存在");
+    QTest::newRow("folder") << QDir::tempPath() << true << QStringLiteral("这是一个文件夹");
+#ifdef Q_OS_LINUX
+    QTest::newRow("long name") << '/' + QString(300, 'x') << true << QStringLiteral("文件名太长");
+    QTest::newRow("full disk") << "/dev/full" << true << QStringLiteral("磁盘空间不足");
+#endif
+}
+
+void TestText::saysWhyAFileFails()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, writes);
+    QFETCH(QString, reason);
+    QFile file(name);
+    if (file.open((writes ? QIODevice::WriteOnly : QIODevice::ReadOnly) | QIODevice::Unbuffered) && writes)
+        file.write("x");
+    QCOMPARE(FileReason::of(file), reason);
 }
 
 QTEST_GUILESS_MAIN(TestText)

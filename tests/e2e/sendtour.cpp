@@ -150,8 +150,13 @@ void SendTour::turnsAndKeepsRows()
     QCOMPARE(first->text(), QStringLiteral("第二页"));
     QCOMPARE(stage().content(list), QByteArray("0#first page\n10#第二页\n53#last page\n"));
 
-    // The second page goes; what stood behind it moves down.
-    QVERIFY(UserHand::click(stage().find<QWidget>("btnDeletePage")));
+    // The second page goes, since the user agrees; what stood behind it moves down.
+    auto *remove = stage().find<QPushButton>("btnDeletePage");
+    QVERIFY(UserHand::inDialog([remove] { return UserHand::click(remove); },
+                               [](QWidget *dialog) {
+                                   return UserHand::click(
+                                       dialog->findChild<QWidget *>(QStringLiteral("btnOk")));
+                               }));
     QCOMPARE(count->text(), QStringLiteral("/ 5"));
     QCOMPARE(stage().content(list), QByteArray("0#first page\n43#last page\n"));
 

@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QStackedWidget>
 #include <QTabBar>
@@ -140,10 +141,10 @@ void WindowTour::savesWhenClosing()
     const QString shown = stage().shownText();
     QVERIFY(endsProgram([this] { return stage().chooseSetting({QStringLiteral("退出")}); }));
 
-    const QStringList saved = QDir(stage().file(QStringLiteral("save"))).entryList(QDir::Files);
-    QCOMPARE(saved.size(), 1);
-    QVERIFY2(saved.first().startsWith(QStringLiteral("recv_")) &&
-                 saved.first().endsWith(QStringLiteral(".txt")),
-             qPrintable(saved.first()));
-    QCOMPARE(stage().content(QStringLiteral("save/") + saved.first()), shown.toUtf8());
+    const QStringList saved = QDir(stage().file(QStringLiteral("save"))).entryList(QDir::Files, QDir::Name);
+    QCOMPARE(saved.size(), 2);
+    static const QRegularExpression form(QStringLiteral("^recv_.*\\.bin recv_.*\\.txt$"));
+    QVERIFY2(form.match(saved.join(QLatin1Char(' '))).hasMatch(), qPrintable(saved.join(QLatin1Char(' '))));
+    QCOMPARE(stage().content(QStringLiteral("save/") + saved.first()).size(), int(kBoardBytes));
+    QCOMPARE(stage().content(QStringLiteral("save/") + saved.last()), shown.toUtf8());
 }

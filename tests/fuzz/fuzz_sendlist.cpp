@@ -1,5 +1,5 @@
-// A multi-send list of any bytes: what was read can be written and read again
-// without a change, and stays within the pages.
+// A multi-send list of any bytes: what was read can be written, read and merged
+// again without a change, and stays within the pages.
 
 #include "serial/sendlist.h"
 
@@ -20,7 +20,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     list.removePage(1 + (size > 0 ? data[0] % SendList::mostPages : 0));
     for (int page = 1; page <= SendList::mostPages; ++page)
         list.clearPage(page);
-    if (!list.write().isEmpty())
+    again.read(list.write()); // lines that are no rows
+    if (again.lastFilledPage() != 0)
+        abort();
+    again.read(written);
+    list.read(QByteArray());
+    list.merge(written);
+    if (list.write() != written)
         abort();
     return 0;
 }

@@ -21,6 +21,7 @@ private slots:
     void closingFollowsTheSetting_data();
     void closingFollowsTheSetting();
     void autoSavingKeepsTheBytes();
+    void autoSavingThatFailsOffersAnotherPlace();
     void closingAsksOnlyForWhatIsUnsaved();
 };
 
@@ -47,7 +48,9 @@ void TestSerialFiles::savesTextAndBytes()
     click("btnSaveRecv");
     QCOMPARE(contentOf(bytes), first + second); // the whole session, as it came
     // Without anything shown there are still the bytes.
-    click("btnClearRecv");
+    QApplication::setActiveWindow(m_page.get());
+    QTest::keyClick(child<QtTerminalWidget>("recvBrowser"), Qt::Key_L, Qt::ControlModifier);
+    QCOMPARE(shown(), QString());
     chooseFile(m_root->filePath("cleared"));
     click("btnSaveRecv");
     QCOMPARE(contentOf(m_root->filePath("cleared")), first + second);
@@ -194,6 +197,28 @@ void TestSerialFiles::autoSavingKeepsTheBytes()
     QCOMPARE(binaries().size(), 2);
     QCOMPARE(contentOf(folder.filePath(binaries().last())), bytes + bytes);
     QCOMPARE(folder.entryList({"recv_*.txt"}).size(), 0);
+}
+
+void TestSerialFiles::autoSavingThatFailsOffersAnotherPlace()
+{
+    Settings::instance().closeBehaviour = Settings::AutoSave;
+    QFile inTheWay(m_root->filePath("save"));
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    const QByteArray home = qgetenv("HOME"); // with the user's documents
+    qputenv("HOME", "/dev/null");
+    int answer = QtMessageBox::Cancel;
+    DialogAnswers::instance().message = [&](auto, auto, auto) { return answer; };
+    openPort();
+    receive("\xff\x80");
+    chooseFile(m_root->filePath("elsewhere.bin"));
+    QVERIFY(!m_page->saveBeforeExit());
+    answer = QtMessageBox::Save;
+    QVERIFY(m_page->saveBeforeExit());
+    QCOMPARE(contentOf(m_root->filePath("elsewhere.bin")), QByteArray("\xff\x80"));
+    receive("more");
+    answer = QtMessageBox::Discard;
+    QVERIFY(m_page->saveBeforeExit());
+    qputenv("HOME", home);
 }
 
 void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()

@@ -9,6 +9,7 @@
 #include "serial/qtterminalwidget.h"
 
 #include <QClipboard>
+#include <QMenu>
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QTemporaryDir>
@@ -26,8 +27,6 @@ private slots:
     void logViewEqualsReplacingTheText_data();
     void logViewEqualsReplacingTheText();
     void logViewPutsHeadersBeforeLines();
-    void logViewBoundsTheText();
-    void logViewDropsHexadecimalAtTheNextText();
     void showsChunksBehindHeaders();
     void joinsWhatAChunkEndCut();
     void changesCodecBetweenChunks();
@@ -136,25 +135,6 @@ void TestTerminal::logViewPutsHeadersBeforeLines()
     m_terminal->insertRecvData("\x01", true, false);
     const QRegularExpression hexForm("^\n\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\] Hex >\n0A FF 01 $");
     QVERIFY2(hexForm.match(m_terminal->toPlainText()).hasMatch(), qPrintable(m_terminal->toPlainText()));
-}
-
-void TestTerminal::logViewBoundsTheText()
-{
-    QByteArray bytes;
-    for (int i = 0; bytes.size() < 30000; ++i)
-        bytes += QByteArray::number(i) + '\n';
-    for (int i = 0; i < bytes.size(); i += 1000)
-        m_terminal->insertRecvData(bytes.mid(i, 1000), false, false);
-    QCOMPARE(m_terminal->toPlainText(), QString::fromLatin1(bytes.right(20480)));
-}
-
-void TestTerminal::logViewDropsHexadecimalAtTheNextText()
-{
-    m_terminal->insertRecvData("text", false, false);
-    m_terminal->insertRecvData("\x01\x02", true, false);
-    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("text01 02 "));
-    m_terminal->insertRecvData("!", false, false);
-    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("text!"));
 }
 
 void TestTerminal::showsChunksBehindHeaders()
@@ -309,6 +289,10 @@ void TestTerminal::followsOnlyAtTheEnd()
     for (int i = 0; i < 100; ++i)
         m_terminal->insertTerminalText("line\n");
     QVERIFY(bar->maximum() > 0);
+    QCOMPARE(bar->value(), bar->maximum());
+    QTest::keyClick(m_terminal.get(), Qt::Key_Home, Qt::ControlModifier);
+    QCOMPARE(bar->value(), 0);
+    QTest::keyClick(m_terminal.get(), Qt::Key_End, Qt::ControlModifier);
     QCOMPARE(bar->value(), bar->maximum());
     bar->setValue(bar->maximum() - 100);
     const int before = bar->value();
@@ -553,6 +537,8 @@ void TestTerminal::survivesHostileText()
     m_terminal->showReceived(QByteArray(), QString(), false);
     m_terminal->grab(); // draws it
     QVERIFY(m_terminal->toPlainText().startsWith(QString::fromLatin1("nul \0 bell", 10)));
+    const std::unique_ptr<QMenu> menu(m_terminal->createStandardContextMenu());
+    QCOMPARE(menu->actions().size(), 3); // copy and select all, nothing about links
     for (int key : {Qt::Key_Down, Qt::Key_End, Qt::Key_PageDown, Qt::Key_Up, Qt::Key_Home})
         QTest::keyClick(m_terminal.get(), static_cast<Qt::Key>(key), Qt::ShiftModifier);
     m_terminal->resize(5, 5);
