@@ -1,5 +1,6 @@
 #include "shell/base/qtframelessdialog.h"
 
+#include "shell/base/commonlook.h"
 #include "shell/base/fieldbehavior.h"
 #include "shell/base/framegeometry.h"
 #include "shell/base/framelesshelper.h"
@@ -49,6 +50,7 @@ void QtFramelessDialog::paintEvent(QPaintEvent *)
 // Over the middle of its window, and wholly on the screen.
 void QtFramelessDialog::showEvent(QShowEvent *event)
 {
+    CommonLook::complete(this);
     QDialog::showEvent(event);
     if (m_placed || !parentWidget())
         return;
