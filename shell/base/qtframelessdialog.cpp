@@ -1,9 +1,9 @@
 #include "shell/base/qtframelessdialog.h"
 
-#include "shell/base/commonlook.h"
 #include "shell/base/fieldbehavior.h"
 #include "shell/base/framegeometry.h"
 #include "shell/base/framelesshelper.h"
+#include "shell/base/iconbuttons.h"
 #include "shell/base/qttitlebar.h"
 
 #include <QScreen>
@@ -50,7 +50,7 @@ void QtFramelessDialog::paintEvent(QPaintEvent *)
 // Over the middle of its window, and wholly on the screen.
 void QtFramelessDialog::showEvent(QShowEvent *event)
 {
-    CommonLook::complete(this);
+    IconButtons::nameByToolTips(this);
     QDialog::showEvent(event);
     if (m_placed || !parentWidget())
         return;

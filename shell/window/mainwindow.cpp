@@ -10,7 +10,7 @@
 #include "pid/piddebugwidget.h"
 #include "serial/qserialporcheck.h"
 #include "serial/serialportwidget.h"
-#include "shell/base/commonlook.h"
+#include "shell/base/iconbuttons.h"
 #include "shell/base/iconfont.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
@@ -239,7 +239,7 @@ void MainWindow::buildUi()
     for (QtWidgetBase *page : qAsConst(m_pages))
         m_stack->addWidget(page);
     m_quitGuard.setPages(m_pages);
-    CommonLook::complete(m_stack);
+    IconButtons::nameByToolTips(m_stack);
 
     m_statusBar = new QtStatusBar(this);
     layout->addWidget(m_statusBar);

@@ -7,7 +7,6 @@
 #include "app/apppaths.h"
 #include "app/skin.h"
 #include "app/startup.h"
-#include "shell/base/commonlook.h"
 #include "shell/base/formpanel.h"
 #include "shell/base/qtfiledialog.h"
 #include "shell/base/qtmessagebox.h"
@@ -270,12 +269,10 @@ int main(int argc, char *argv[])
         status->sltShowRecent();
         saveOpen(window->findChild<NoticeList *>(), path("notices"));
         for (const bool editable : {false, true}) {
-            QWidget holder;
-            QComboBox box(&holder);
+            QComboBox box;
             box.setEditable(editable);
             box.addItems({QStringLiteral("9600"), QStringLiteral("115200"), QStringLiteral("无校验")});
-            CommonLook::complete(&holder);
-            holder.show();
+            box.show();
             box.showPopup();
             saveOpen(box.view()->window(), path(editable ? "popup-editable" : "popup"));
         }
