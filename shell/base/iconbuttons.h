@@ -1,5 +1,7 @@
 #pragma once
 
+// What buttons without a text have in common.
+
 class QWidget;
 
 namespace IconButtons {
