@@ -63,7 +63,7 @@ void DemoBoards::startBoard(const QString &name, const QStringList &options)
     const bool utf8 = Settings::instance().textCodec == TextCodec::Utf8;
     const QStringList common{QStringLiteral("--encoding"),
                              utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
-    QProcess *board = makeProcess(name, QStringLiteral("boardsim"));
+    QProcess *board = makeProcess(QStringLiteral("模拟开发板[%1]").arg(name), QStringLiteral("boardsim"));
     board->setStandardOutputFile(QProcess::nullDevice());
     board->setArguments(common + options);
     board->start();
@@ -74,7 +74,7 @@ void DemoBoards::startUpdateServer()
 {
     const auto notes =
         QStringLiteral("1. 这是演示用的更新服务，不会修改程序\n2. 下载的升级包是一个空的压缩文件");
-    QProcess *server = makeProcess(QStringLiteral("更新服务"), QStringLiteral("updateserver"));
+    QProcess *server = makeProcess(QStringLiteral("演示更新服务"), QStringLiteral("updateserver"));
     server->setArguments({QStringLiteral("--notes"), notes});
     connect(server, &QProcess::readyReadStandardOutput, this, [server] {
         if (server->canReadLine())
@@ -89,8 +89,8 @@ QProcess *DemoBoards::makeProcess(const QString &name, const QString &program)
     auto *board = new QProcess(this);
     board->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     const auto report = [this, name, program, board] {
-        qWarning().noquote() << "simulated board" << name << "failed:" << board->errorString();
-        emit failed(QStringLiteral("模拟开发板[%1]无法运行，请检查程序目录下的%2！").arg(name, program));
+        qWarning().noquote() << name << "failed:" << board->errorString();
+        emit failed(QStringLiteral("%1无法运行，请检查程序目录下的%2！").arg(name, program));
     };
     connect(board, &QProcess::errorOccurred, this, report);
     connect(board, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,

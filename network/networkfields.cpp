@@ -2,6 +2,7 @@
 
 #include "network/localaddressbox.h"
 #include "network/peeraddress.h"
+#include "shell/base/buttonrole.h"
 #include "shell/base/clickonce.h"
 #include "shell/base/qtmessagetip.h"
 
@@ -167,6 +168,7 @@ void NetworkFields::setOpenState(bool open)
         row.field->setEnabled(!open || row.field == m_destination || row.field == m_destinationPort);
     const Captions captions = captionsOf(protocol());
     m_open->setText(open ? captions.close : captions.open);
+    ButtonRole::setPrimary(m_open, !open);
 }
 
 void NetworkFields::showState(const QString &text, bool isError)

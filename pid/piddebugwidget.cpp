@@ -117,6 +117,7 @@ void PidDebugWidget::setPortState(bool open)
 {
     m_receiver.clear();
     m_portPanel->setOpenState(open);
+    m_operations->setOpenState(open);
     m_chart->state()->setOn(open);
     m_chart->plot()->showHint(open);
 }

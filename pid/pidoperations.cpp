@@ -1,5 +1,7 @@
 #include "pid/pidoperations.h"
 
+#include "shell/base/buttonrole.h"
+
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -22,7 +24,6 @@ PidOperations::PidOperations(QWidget *parent)
     m_export->setObjectName(QStringLiteral("btnPidExport"));
     m_picture->setObjectName(QStringLiteral("btnPidPicture"));
 
-    m_start->setProperty("primary", true);
     m_stopShow->setToolTip(QStringLiteral("勾选期间收到的实际值不记录到曲线"));
 
     auto *row = new QHBoxLayout(this);
@@ -39,6 +40,11 @@ PidOperations::PidOperations(QWidget *parent)
 bool PidOperations::isIdle() const
 {
     return m_start->text() == QStringLiteral("启动");
+}
+
+void PidOperations::setOpenState(bool open)
+{
+    ButtonRole::setPrimary(m_start, open);
 }
 
 void PidOperations::setIdle(bool idle)

@@ -17,6 +17,7 @@ public:
 
     bool isIdle() const; // the start button reads "启动"
     void setIdle(bool idle);
+    void setOpenState(bool open);
     bool stopShow() const;
 
     QPushButton *startButton() const { return m_start; }

@@ -1,5 +1,6 @@
 #include "pid/pidportpanel.h"
 
+#include "shell/base/buttonrole.h"
 #include "shell/base/clickonce.h"
 #include "shell/base/portcombobox.h"
 
@@ -49,4 +50,5 @@ void PidPortPanel::setOpenState(bool open)
     m_port->setEnabled(!open);
     m_baudRate->setEnabled(!open);
     m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
+    ButtonRole::setPrimary(m_open, !open);
 }

@@ -1,5 +1,6 @@
 #include "serial/filesendpage.h"
 
+#include "shell/base/buttonrole.h"
 #include "shell/base/clickonce.h"
 #include "shell/base/placeholdertext.h"
 #include "shell/base/qtfiledialog.h"
@@ -127,7 +128,6 @@ QWidget *FileSendPage::buildButtons()
     m_protocol->setToolTip(QStringLiteral("所有文件都按YModem批量协议（CRC-16）发送，此选项不影响传输"));
     m_length->setToolTip(QStringLiteral("数据包长度由文件剩余字节数自动决定：不超过128字节时用128字节包，"
                                         "否则用1024字节包；此选项不影响传输"));
-    m_send->setProperty("primary", true);
     ClickOnce::install(m_send);
 
     auto *grid = new QGridLayout(buttons);
@@ -174,6 +174,7 @@ void FileSendPage::setSendingPossible(bool possible)
 void FileSendPage::setDeviceOpen(bool open)
 {
     m_deviceOpen = open;
+    ButtonRole::setPrimary(m_send, open || m_sending);
     updateButtons();
 }
 

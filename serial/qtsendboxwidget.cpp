@@ -9,6 +9,7 @@
 #include "serial/multisendpage.h"
 #include "serial/qttexteditinput.h"
 #include "serial/singlesendpage.h"
+#include "shell/base/buttonrole.h"
 #include "shell/base/qtfiledialog.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/qtpagebar.h"
@@ -165,6 +166,7 @@ QtSendBoxWidget::~QtSendBoxWidget()
 void QtSendBoxWidget::setDeviceOpen(bool open)
 {
     m_deviceOpen = open;
+    ButtonRole::setPrimary(m_single->sendButton(), open);
     m_file->setDeviceOpen(open);
     if (!open)
         stopAutoSend();

@@ -3,6 +3,7 @@
 #include "app/settings.h"
 #include "app/settingskeys.h"
 #include "shell/base/baudratebox.h"
+#include "shell/base/buttonrole.h"
 #include "shell/base/clickonce.h"
 #include "shell/base/portcombobox.h"
 
@@ -133,6 +134,7 @@ void SerialConfigPanel::setOpenState(bool open)
          std::initializer_list<QComboBox *>{m_port, m_baudRate, m_parity, m_dataBits, m_stopBits})
         box->setEnabled(!open);
     m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
+    ButtonRole::setPrimary(m_open, !open);
     m_open->setEnabled(true);
     m_open->setToolTip(QString());
 }

@@ -21,7 +21,6 @@ SingleSendPage::SingleSendPage(QWidget *parent)
     m_editor->setFont(Startup::monospaceFont());
     m_editor->setMinimumHeight(72);
     m_send->setObjectName(QStringLiteral("btnSingleSend"));
-    m_send->setProperty("primary", true);
     m_send->setToolTip(QStringLiteral("发送编辑区的数据（Ctrl+Enter）"));
     m_load->setObjectName(QStringLiteral("btnLoadDataFile"));
     m_load->setToolTip(QStringLiteral("将文件内容加载到编辑区"));

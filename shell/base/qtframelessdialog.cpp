@@ -3,6 +3,7 @@
 #include "shell/base/fieldbehavior.h"
 #include "shell/base/framegeometry.h"
 #include "shell/base/framelesshelper.h"
+#include "shell/base/iconbuttons.h"
 #include "shell/base/qttitlebar.h"
 
 #include <QScreen>
@@ -49,6 +50,7 @@ void QtFramelessDialog::paintEvent(QPaintEvent *)
 // Over the middle of its window, and wholly on the screen.
 void QtFramelessDialog::showEvent(QShowEvent *event)
 {
+    IconButtons::nameByToolTips(this);
     QDialog::showEvent(event);
     if (m_placed || !parentWidget())
         return;

@@ -10,6 +10,7 @@
 #include "pid/piddebugwidget.h"
 #include "serial/qserialporcheck.h"
 #include "serial/serialportwidget.h"
+#include "shell/base/iconbuttons.h"
 #include "shell/base/iconfont.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
@@ -19,7 +20,6 @@
 #include "shell/window/qttabbar.h"
 #include "update/qtupdatedialog.h"
 
-#include <QAbstractButton>
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
@@ -239,20 +239,11 @@ void MainWindow::buildUi()
     for (QtWidgetBase *page : qAsConst(m_pages))
         m_stack->addWidget(page);
     m_quitGuard.setPages(m_pages);
-    nameIconButtons();
+    IconButtons::nameByToolTips(m_stack);
 
     m_statusBar = new QtStatusBar(this);
     layout->addWidget(m_statusBar);
     m_portChecker = new QSerialPorCheck(this);
-}
-
-// A screen reader calls a button without a text by its tool tip.
-void MainWindow::nameIconButtons()
-{
-    const auto buttons = m_stack->findChildren<QAbstractButton *>();
-    for (QAbstractButton *button : buttons)
-        if (button->text().isEmpty() && button->accessibleName().isEmpty())
-            button->setAccessibleName(button->toolTip());
 }
 
 void MainWindow::connectPages()

@@ -55,7 +55,6 @@ protected:
 
 private:
     void buildUi();
-    void nameIconButtons();
     void connectPages();
     void buildMenus();
     QMenu *buildSettingsMenu();

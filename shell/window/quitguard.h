@@ -17,7 +17,7 @@ class QuitGuard : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int closeLimitMs = 5000; // then links are closed or not
+    static constexpr int closeLimitMs = 12000; // longer than a page needs; then links are closed or not
 
     explicit QuitGuard(QObject *parent = nullptr);
 

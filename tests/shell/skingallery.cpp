@@ -15,9 +15,11 @@
 #include "shell/base/qtrollsubtitleswidget.h"
 #include "shell/base/qtwaitdialog.h"
 #include "shell/window/mainwindow.h"
+#include "shell/window/noticelist.h"
 #include "shell/window/qtstatusbar.h"
 #include "shell/window/qtstyledialog.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -201,6 +203,13 @@ QWidget *gallery()
     return page;
 }
 
+void saveOpen(QWidget *popup, const QString &name)
+{
+    QApplication::processEvents();
+    popup->grab().save(name);
+    popup->close();
+}
+
 void save(QWidget *widget, const QString &name)
 {
     widget->show();
@@ -257,6 +266,16 @@ int main(int argc, char *argv[])
         window->show();
         QApplication::processEvents();
         window->grab().save(path("widgets"));
+        status->sltShowRecent();
+        saveOpen(window->findChild<NoticeList *>(), path("notices"));
+        for (const bool editable : {false, true}) {
+            QComboBox box;
+            box.setEditable(editable);
+            box.addItems({QStringLiteral("9600"), QStringLiteral("115200"), QStringLiteral("无校验")});
+            box.show();
+            box.showPopup();
+            saveOpen(box.view()->window(), path(editable ? "popup-editable" : "popup"));
+        }
 
         auto *menu = window->findChild<QMenu *>(QStringLiteral("settingsMenu"));
         save(menu, path("menu"));

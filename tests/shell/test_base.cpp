@@ -206,7 +206,7 @@ private slots:
         QVERIFY(!first->isVisible());
         QtMessageTip::showTip(QStringLiteral("再来"), 1);
         QCOMPARE(QtMessageTip::current(), first.data());
-        QTRY_VERIFY(!first->isVisible()); // by its own timer
+        QTRY_VERIFY_WITH_TIMEOUT(!first->isVisible(), 30000); // by its own timer
         QWidget elsewhere;
         for (const auto style : {QtMessageTip::Notice, QtMessageTip::Bubble}) {
             QtMessageTip::showTipAt(QStringLiteral("挡住"), {40, 50}, 60000, style);
@@ -257,7 +257,7 @@ private slots:
             spinner.rotate();
         QCOMPARE(spinner.position(), 0);
         spinner.start();
-        QTRY_VERIFY(spinner.position() > 0);
+        QTRY_VERIFY_WITH_TIMEOUT(spinner.position() > 0, 30000);
         spinner.stop();
         QVERIFY(!spinner.isSpinning());
     }
@@ -275,10 +275,10 @@ private slots:
         line.sltRoll();
         QVERIFY(line.offset() >= 2);
         line.resize(2000, 24);
-        QTRY_VERIFY(!line.isRolling());
+        QTRY_VERIFY_WITH_TIMEOUT(!line.isRolling(), 30000);
         QCOMPARE(line.offset(), 0);
         line.resize(120, 24);
-        QTRY_VERIFY(line.isRolling());
+        QTRY_VERIFY_WITH_TIMEOUT(line.isRolling(), 30000);
         line.hide();
         QVERIFY(!line.isRolling());
     }
@@ -297,16 +297,16 @@ private slots:
         panel.resize(FormPanel::panelWidth, 1000);
         window.resize(400, 1000);
         window.show();
-        QTRY_COMPARE(panel.width(), FormPanel::panelWidth);
+        QTRY_COMPARE_WITH_TIMEOUT(panel.width(), FormPanel::panelWidth, 30000);
         panel.resize(panel.width(), 200);
-        QTRY_VERIFY(panel.verticalScrollBar()->isVisible());
-        QTRY_VERIFY(panel.width() > FormPanel::panelWidth);
-        QTRY_VERIFY(group->geometry().right() < panel.viewport()->width());
+        QTRY_VERIFY_WITH_TIMEOUT(panel.verticalScrollBar()->isVisible(), 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(panel.width() > FormPanel::panelWidth, 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(group->geometry().right() < panel.viewport()->width(), 30000);
         QVERIFY(group->width() >= group->minimumSizeHint().width());
 
         // The keyboard comes from outside to a field that is scrolled away.
         QApplication::setActiveWindow(&window);
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&window, 30000));
         outside->setFocus();
         panel.verticalScrollBar()->setValue(panel.verticalScrollBar()->maximum());
         QVERIFY(field->visibleRegion().isEmpty());

@@ -120,7 +120,7 @@ private slots:
     {
         Window window;
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         QCOMPARE(window.geometry(), QRect(100, 80, 820, 520));
 
         drag(&window, {818, 300}, {40, 7}); // right edge, over a child
@@ -143,7 +143,7 @@ private slots:
     {
         Window window;
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         QTest::mouseMove(window.windowHandle(), {2, 250});
         QVERIFY(QApplication::overrideCursor());
         QCOMPARE(QApplication::overrideCursor()->shape(), Qt::SizeHorCursor);
@@ -161,13 +161,13 @@ private slots:
     {
         Window window;
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         const QRect normal = window.geometry();
         auto *maximize = window.findChild<QToolButton *>(QStringLiteral("btnMaximize"));
         QCOMPARE(maximize->toolTip(), QStringLiteral("最大化"));
 
         QTest::mouseDClick(window.bar, Qt::LeftButton, {}, {300, 15});
-        QTRY_VERIFY(window.frame()->isMaximized());
+        QTRY_VERIFY_WITH_TIMEOUT(window.frame()->isMaximized(), 30000);
         window.frame()->sltFillWorkArea();
         QCOMPARE(window.geometry(), window.screen()->availableGeometry());
         QCOMPARE(maximize->toolTip(), QStringLiteral("还原"));
@@ -175,19 +175,19 @@ private slots:
         QCOMPARE(window.geometry(), window.screen()->availableGeometry());
 
         QTest::mouseClick(maximize, Qt::LeftButton);
-        QTRY_VERIFY(!window.frame()->isMaximized());
+        QTRY_VERIFY_WITH_TIMEOUT(!window.frame()->isMaximized(), 30000);
         QCOMPARE(window.geometry(), normal);
         QCOMPARE(maximize->toolTip(), QStringLiteral("最大化"));
 
         // Pulled off the top it gets its size back under the pointer.
         maximize->click();
-        QTRY_VERIFY(window.frame()->isMaximized());
+        QTRY_VERIFY_WITH_TIMEOUT(window.frame()->isMaximized(), 30000);
         drag(&window, {300, 20}, {40, 60});
-        QTRY_VERIFY(!window.frame()->isMaximized());
+        QTRY_VERIFY_WITH_TIMEOUT(!window.frame()->isMaximized(), 30000);
         QCOMPARE(window.size(), normal.size());
 
         QTest::mouseClick(window.findChild<QToolButton *>(QStringLiteral("btnMinimize")), Qt::LeftButton);
-        QTRY_VERIFY(window.isMinimized());
+        QTRY_VERIFY_WITH_TIMEOUT(window.isMinimized(), 30000);
     }
 
     void closeButtonOnlyTells()

@@ -190,7 +190,7 @@ private slots:
         QVERIFY(qobject_cast<HexEditWidget *>(stack->widget(4)));
         window.show();
         window.resize(800, 500);
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         QCOMPARE(window.size(), QSize(800, 500));
         QVERIFY(tabs->tabRect(4).right() < 800); // no tab out of reach
     }
@@ -214,7 +214,7 @@ private slots:
         MainWindow window;
         window.show();
         window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&window, 30000));
         auto *tabs = window.findChild<QtTabBar *>();
         auto *stack = window.findChild<QStackedWidget *>(QStringLiteral("pageStack"));
         QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(2).center());
@@ -274,7 +274,7 @@ private slots:
     {
         MainWindow window;
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         const auto tabs = window.findChild<QtTabBar *>()->count();
         for (int i = 0; i < tabs; ++i)
             window.sltTabBarClicked(i, QString());
@@ -315,7 +315,7 @@ private slots:
         QCoreApplication::setApplicationVersion(QStringLiteral("1.0.2.6"));
         MainWindow window;
         window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&window, 30000));
         auto *button = window.findChild<QPushButton *>(QStringLiteral("btnHelpMenu"));
         QString shown;
         DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
@@ -332,7 +332,7 @@ private slots:
         });
         look.start(10);
         QTest::mouseClick(button, Qt::LeftButton);
-        QTRY_VERIFY2(shown.contains(QStringLiteral("1.0.2.6")), qPrintable(shown));
+        QTRY_VERIFY2_WITH_TIMEOUT(shown.contains(QStringLiteral("1.0.2.6")), qPrintable(shown), 30000);
     }
 
     // Cancelled, the colours stay; an area may follow the skin.
@@ -420,7 +420,7 @@ private slots:
         QVERIFY(manual.open(QIODevice::WriteOnly));
         QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openUrl");
         window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&window, 30000));
         QTest::keyClick(window.windowHandle(), Qt::Key_F1);
         QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
         QCOMPARE(m_opened.last(), QUrl::fromLocalFile(manual.fileName()).toString());
@@ -528,13 +528,14 @@ private slots:
         serial->SltSerialportChanged({device + QStringLiteral(" 测试")});
         serial->SltOpenSerialport();
         QCOMPARE(::write(master, "hello", 5), ssize_t(5));
-        QTRY_COMPARE(countText(*window, "receivedCount"), QStringLiteral("接收字节数: 5"));
+        QTRY_COMPARE_WITH_TIMEOUT(countText(*window, "receivedCount"), QStringLiteral("接收字节数: 5"),
+                                  30000);
 
         auto *tabs = window->findChild<QtTabBar *>();
         tabs->setCurrentIndex(3);
         QVERIFY(countText(*window, "receivedCount").isEmpty());
         QCOMPARE(::write(master, "more", 4), ssize_t(4));
-        QTRY_COMPARE(serial->counts().value(1), QStringLiteral("9"));
+        QTRY_COMPARE_WITH_TIMEOUT(serial->counts().value(1), QStringLiteral("9"), 30000);
         emit serial->signalRefresCounts(0);
         QVERIFY(countText(*window, "receivedCount").isEmpty());
         auto *clear = window->findChild<QPushButton *>(QStringLiteral("btnClearCount"));

@@ -140,7 +140,7 @@ private slots:
         layout->addWidget(bar);
         window.resize(500, 60);
         window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         const int least = window.minimumSizeHint().width();
         const QString text = QStringLiteral("<b>很长的\n提示</b>").repeated(200);
         bar->showSystemNotify(text, 255);
