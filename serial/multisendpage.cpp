@@ -64,6 +64,7 @@ void MultiSendPage::buildUi()
         auto *edit = new QLineEdit(this);
         edit->setObjectName(QStringLiteral("multiEdit%1").arg(i));
         edit->setProperty("id", i);
+        edit->setAccessibleName(QStringLiteral("第%1项").arg(i + 1));
         edit->setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
         PlaceholderText::keepFaint(edit);
         edit->setValidator(new OneLine(edit));

@@ -62,6 +62,7 @@ void WorkArea::showSendPage(int index)
 void WorkArea::buildUi()
 {
     showHint(false);
+    m_terminal->setAccessibleName(QStringLiteral("接收区"));
     PlaceholderText::keepFaint(m_terminal);
 
     m_split = new QSplitter(Qt::Vertical, this);
