@@ -224,6 +224,7 @@ void HexEditWidget::connectParts()
     connect(m_edit, &QHexEdit::currentSizeChanged, this, &HexEditWidget::setSize);
     connect(m_edit, &QHexEdit::stateChanged, this, &HexEditWidget::showState);
     connect(m_mode, &QPushButton::clicked, this, [this] { m_edit->setOverwrite(!m_edit->isOverwrite()); });
+    setPageKeys(nullptr, m_fold);
     connect(m_fold, &QPushButton::clicked, this, [this] {
         const bool hide = m_panel->isVisible();
         m_panel->setVisible(!hide);

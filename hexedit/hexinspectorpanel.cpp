@@ -60,6 +60,7 @@ HexInspectorPanel::HexInspectorPanel(QHexEdit *edit, QWidget *parent)
         m_values.append(label);
     }
     m_byteOrder->setObjectName(QStringLiteral("comboByteOrder"));
+    m_byteOrder->setAccessibleName(QStringLiteral("字节序"));
     m_byteOrder->addItems({QStringLiteral("小端"), QStringLiteral("大端")});
     auto *caption = new QLabel(QStringLiteral("字节序"), this);
     caption->setBuddy(m_byteOrder);

@@ -152,7 +152,7 @@ void NetworkToolWidget::showCounts()
 
 void NetworkToolWidget::sltChangeSendPage(int index)
 {
-    m_sendBox->setCurrentPage(index);
+    m_area->showSendPage(index);
 }
 
 void NetworkToolWidget::sltChangeAutoInterval()

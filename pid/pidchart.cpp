@@ -37,6 +37,7 @@ PidChart::PidChart(QWidget *parent)
 void PidChart::buildUi()
 {
     m_zoom->setObjectName(QStringLiteral("comboPidZoom"));
+    m_zoom->setAccessibleName(QStringLiteral("曲线缩放"));
     m_zoom->addItems({QStringLiteral("X轴缩放"), QStringLiteral("Y轴缩放")});
     m_zoom->setToolTip(QStringLiteral("滚轮缩放哪个坐标轴；在曲线上单击右键可切换"));
     m_fitAll->setObjectName(QStringLiteral("checkPidFitAll"));

@@ -133,6 +133,10 @@ QWidget *FileSendPage::buildButtons()
     auto *grid = new QGridLayout(buttons);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(8);
+    m_files->setAccessibleName(QStringLiteral("需要发送的文件"));
+    m_text->setAccessibleName(QStringLiteral("传输过程"));
+    m_protocol->setAccessibleName(QStringLiteral("传输协议"));
+    m_length->setAccessibleName(QStringLiteral("发送长度"));
     grid->addWidget(new QLabel(QStringLiteral("传输协议:"), buttons), 0, 0);
     grid->addWidget(m_protocol, 0, 1);
     grid->addWidget(new QLabel(QStringLiteral("发送长度:"), buttons), 1, 0);

@@ -242,7 +242,7 @@ void SerialportWidget::writeFailed(qint64 unsentBytes)
 
 void SerialportWidget::SltChangeSendPage(int index)
 {
-    m_sendBox->setCurrentPage(index);
+    m_area->showSendPage(index);
 }
 
 void SerialportWidget::SltChangeAutoInterval()

@@ -20,6 +20,7 @@ SingleSendPage::SingleSendPage(QWidget *parent)
     setAttribute(Qt::WA_StyledBackground);
     m_editor->setFont(Startup::monospaceFont());
     m_editor->setMinimumHeight(72);
+    m_editor->setAccessibleName(QStringLiteral("发送区"));
     m_send->setObjectName(QStringLiteral("btnSingleSend"));
     m_send->setToolTip(QStringLiteral("发送编辑区的数据（Ctrl+Enter）"));
     m_load->setObjectName(QStringLiteral("btnLoadDataFile"));

@@ -54,25 +54,35 @@ void WorkArea::showHint(bool open)
     m_terminal->setPlaceholderText(open ? m_openHint : m_closedHint);
 }
 
+void WorkArea::showSendPage(int index)
+{
+    m_sendHeights.insert(m_sendPage, m_sendBox->height());
+    m_sendPage = index;
+    m_sendBox->setCurrentPage(index);
+    const int height = m_sendHeights.value(index, 1);
+    m_split->setSizes({m_split->height() - m_split->handleWidth() - height, height});
+}
+
 void WorkArea::buildUi()
 {
     showHint(false);
+    m_terminal->setAccessibleName(QStringLiteral("接收区"));
     PlaceholderText::keepFaint(m_terminal);
 
-    auto *split = new QSplitter(Qt::Vertical, this);
-    split->setObjectName(QStringLiteral("splitRecvSend"));
-    split->setChildrenCollapsible(false);
-    split->addWidget(m_terminal);
-    split->addWidget(m_sendBox);
-    split->setStretchFactor(0, 1);
-    split->setStretchFactor(1, 0);
-    split->setSizes({400, 1}); // the send box as low as it can be
+    m_split = new QSplitter(Qt::Vertical, this);
+    m_split->setObjectName(QStringLiteral("splitRecvSend"));
+    m_split->setChildrenCollapsible(false);
+    m_split->addWidget(m_terminal);
+    m_split->addWidget(m_sendBox);
+    m_split->setStretchFactor(0, 1);
+    m_split->setStretchFactor(1, 0);
+    m_split->setSizes({400, 1}); // the send box as low as it can be
 
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addLayout(buildTop());
-    column->addWidget(split, 1);
+    column->addWidget(m_split, 1);
 }
 
 QLayout *WorkArea::buildTop()

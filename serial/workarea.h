@@ -7,12 +7,14 @@
 #include "serial/qtsendboxwidget.h"
 
 #include <QElapsedTimer>
+#include <QMap>
 #include <QTimer>
 #include <QWidget>
 
 class FormPanel;
 class QLabel;
 class QPushButton;
+class QSplitter;
 class QtTerminalWidget;
 class ReceiveStore;
 class StateIndicator;
@@ -35,6 +37,8 @@ public:
     void fold(); // or unfold
 
     void showHint(bool open); // of the link
+    // Each page of the send box keeps the height that it was given.
+    void showSendPage(int index);
 
     StateIndicator *state() const { return m_state; }
     QtTerminalWidget *terminal() const { return m_terminal; }
@@ -62,6 +66,9 @@ private:
     QString m_closedHint;
     QString m_openHint;
     FormPanel *m_panel = nullptr;
+    QSplitter *m_split = nullptr;
+    int m_sendPage = 0;
+    QMap<int, int> m_sendHeights; // by page; of those that were shown
     QPushButton *m_fold;
     StateIndicator *m_state;
     QLabel *m_gathering;

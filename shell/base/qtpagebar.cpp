@@ -26,6 +26,7 @@ QtPageBar::QtPageBar(QWidget *parent)
 
     m_pageEdit = new QLineEdit(this);
     m_pageEdit->setObjectName(QStringLiteral("pageEdit"));
+    m_pageEdit->setAccessibleName(QStringLiteral("页码"));
     m_pageEdit->setFixedSize(24, 22);
     m_pageEdit->setAlignment(Qt::AlignCenter);
     m_pageEdit->setTextMargins(-3, 0, -3, 0); // two digits, not cut by the field's inner margins

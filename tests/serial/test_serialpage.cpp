@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QSettings>
 #include <QSpinBox>
+#include <QSplitter>
 
 class TestSerialPage : public SerialPageTest
 {
@@ -43,6 +44,7 @@ private slots:
     void countsWhatItDoesNotShow();
     void sendsAndCounts();
     void foldsItsPanel();
+    void keepsTheHeightOfEachSendPage();
     void endsDuringAFlood();
 };
 
@@ -427,6 +429,25 @@ void TestSerialPage::sendsAndCounts()
         m_page->SltWriteDataToSerialport(piece);
     QVERIFY(lastKind() == 255);
     QVERIFY(m_page->counts().at(0).toLongLong() < 20 * 1000 * 1000);
+}
+
+void TestSerialPage::keepsTheHeightOfEachSendPage()
+{
+    m_page->resize(800, 600);
+    m_page->show();
+    auto *split = child<QSplitter>("splitRecvSend");
+    auto *pages = child<QComboBox>("comboSendPage");
+    const auto height = [split] { return split->sizes().at(1); };
+    const int lowest = height();
+    pages->setCurrentIndex(1); // ten rows, which need more
+    QTRY_VERIFY(height() > lowest);
+    pages->setCurrentIndex(0);
+    QTRY_COMPARE(height(), lowest);
+    split->setSizes({300, 200});
+    const int chosen = height();
+    pages->setCurrentIndex(1);
+    pages->setCurrentIndex(0);
+    QTRY_COMPARE(height(), chosen);
 }
 
 void TestSerialPage::foldsItsPanel()

@@ -222,15 +222,33 @@ void saveTools(MainWindow *window, const QString &path)
 {
     const std::initializer_list<QSize> sizes{{800, 500}, {1000, 550}, {1920, 1080}};
     auto *tabs = window->findChild<QTabBar *>(QStringLiteral("toolTabs"));
+    auto *stack = window->findChild<QStackedWidget *>(QStringLiteral("pageStack"));
     window->show();
     for (const QSize &size : sizes) {
         window->resize(size);
         for (int tool = 0; tool < tabs->count(); ++tool) {
             tabs->setCurrentIndex(tool);
-            window->findChild<QStackedWidget *>(QStringLiteral("pageStack"))->setCurrentIndex(tool);
+            stack->setCurrentIndex(tool);
             QApplication::processEvents();
             window->grab().save(QStringLiteral("%1-%2-%3.png").arg(path).arg(size.width()).arg(tool));
         }
+    }
+    tabs->setCurrentIndex(0);
+    window->resize(1000, 550);
+    stack->setCurrentIndex(0);
+    auto *sendPages = stack->widget(0)->findChild<QComboBox *>(QStringLiteral("comboSendPage"));
+    for (int page = 1; page < sendPages->count(); ++page) {
+        sendPages->setCurrentIndex(page);
+        QApplication::processEvents();
+        window->grab().save(QStringLiteral("%1-send-%2.png").arg(path).arg(page));
+    }
+    stack->setCurrentIndex(1);
+    for (const char *name : {"comboCameraProtocol", "comboImageFormat"}) {
+        auto *box = window->findChild<QComboBox *>(QLatin1String(name));
+        box->showPopup();
+        QApplication::processEvents();
+        box->view()->window()->grab().save(QStringLiteral("%1-%2.png").arg(path, QLatin1String(name)));
+        box->hidePopup();
     }
     window->hide();
 }
