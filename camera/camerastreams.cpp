@@ -44,7 +44,8 @@ QString CameraStreams::countLoss(Stream &stream)
     m_partialFrames += loss.frames;
     if (loss.bytes == 0 || std::exchange(stream.lossTold, true))
         return QString();
-    return loss.frames > 0 ? QStringLiteral("图像数据不完整，已丢弃") : QStringLiteral("无法识别的数据，已丢弃");
+    return loss.frames > 0 ? QStringLiteral("图像数据不完整，已丢弃")
+                           : QStringLiteral("无法识别的数据，已丢弃");
 }
 
 void CameraStreams::clearCounts()
