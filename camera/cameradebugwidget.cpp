@@ -23,8 +23,6 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <utility>
-
 namespace {
 
 constexpr int kInformation = 0;
@@ -32,10 +30,6 @@ constexpr int kError = 255;
 constexpr int kRatePeriodMs = 1000;
 constexpr int kTipMs = 2000;
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
-
-// Senders of datagrams whose unfinished frames are kept; anybody may be one. Those
-// of a server are known by their connections.
-constexpr int kMostStreams = 16;
 
 bool isPacket(CameraEvent::Kind kind)
 {
@@ -148,7 +142,7 @@ void CameraDebugWidget::connectParts()
     connect(m_status->foldButton(), &QPushButton::clicked, this, &CameraDebugWidget::fold);
     connect(m_deviceCount, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &CameraDebugWidget::SltChangeImageShow);
-    connect(m_jpegData, &QCheckBox::toggled, this, &CameraDebugWidget::clearStreams);
+    connect(m_jpegData, &QCheckBox::toggled, this, [this] { m_streams.clear(); });
     connect(m_actions, &PictureActions::signalNotify, this, &CameraDebugWidget::signalNotify);
     connect(m_config, &ImageFormatConfig::signalReadWriteRegister, this,
             &CameraDebugWidget::SltReadWriteRegister);
@@ -177,58 +171,22 @@ void CameraDebugWidget::SltChangeImageShow(int index)
 
 // ---- receiving
 
-// Beyond so many senders of datagrams, the one that has been silent for longest is
-// forgotten.
-CameraDebugWidget::Stream &CameraDebugWidget::streamOf(const QString &name)
+void CameraDebugWidget::noteLoss(CameraStreams::Stream &stream)
 {
-    if (m_link->protocol() == CameraLinkPanel::Udp && m_streams.size() >= kMostStreams &&
-        !m_streams.contains(name)) {
-        if (!std::exchange(m_sendersTold, true))
-            emit signalNotify(QStringLiteral("UDP发送方超过%1个，图像可能不完整！").arg(kMostStreams),
-                              kError);
-        auto oldest = m_streams.begin();
-        for (auto stream = m_streams.begin(); stream != m_streams.end(); ++stream)
-            if (stream->lastUse < oldest->lastUse)
-                oldest = stream;
-        m_streams.erase(oldest);
-    }
-    Stream &stream = m_streams[name];
-    stream.lastUse = ++m_streamUses;
-    return stream;
-}
-
-void CameraDebugWidget::clearStreams()
-{
-    m_streams.clear();
-    m_sendersTold = false;
-}
-
-// Its sender is gone.
-void CameraDebugWidget::endStream(const QString &name)
-{
-    const Stream stream = m_streams.take(name);
-    if (stream.packets.isReceiving() || stream.jpeg.hasStart())
-        ++m_partialFrames;
-}
-
-// One error for all that is lost in a row.
-void CameraDebugWidget::noteLoss(Stream &stream)
-{
-    const FrameAssembler::Loss loss = stream.packets.takeLoss();
-    if (loss.bytes == 0)
-        return;
-    m_lostBytes += loss.bytes;
-    m_partialFrames += loss.frames;
-    if (!std::exchange(stream.lossTold, true))
-        raiseError(loss.frames > 0 ? QStringLiteral("图像数据不完整，已丢弃")
-                                   : QStringLiteral("无法识别的数据，已丢弃"));
+    const QString why = m_streams.countLoss(stream);
+    if (!why.isEmpty())
+        raiseError(why);
 }
 
 void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
 {
     m_recvCount += byData.size();
     m_gate->taken(byData.size());
-    Stream &stream = streamOf(name);
+    CameraStreams::Stream &stream = m_streams.of(name, m_link->protocol() == CameraLinkPanel::Udp);
+    if (m_streams.takeForgotten())
+        emit signalNotify(
+            QStringLiteral("UDP发送方超过%1个，图像可能不完整！").arg(CameraStreams::maxDatagramSenders),
+            kError);
     if (m_jpegData->isChecked()) {
         stream.jpeg.append(byData);
         takeJpegs(stream);
@@ -239,7 +197,7 @@ void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
     }
 }
 
-void CameraDebugWidget::takePackets(const QString &sender, Stream &stream)
+void CameraDebugWidget::takePackets(const QString &sender, CameraStreams::Stream &stream)
 {
     CameraEvent event;
     while (stream.packets.next(&event, m_config->valueLength())) {
@@ -278,13 +236,13 @@ void CameraDebugWidget::takePackets(const QString &sender, Stream &stream)
     noteLoss(stream);
 }
 
-void CameraDebugWidget::takeJpegs(Stream &stream)
+void CameraDebugWidget::takeJpegs(CameraStreams::Stream &stream)
 {
     QByteArray picture;
     bool more = true;
     while (more) {
         more = stream.jpeg.next(&picture);
-        m_lostBytes += stream.jpeg.takeLost();
+        noteLoss(stream);
         if (stream.jpeg.takeOverflow())
             raiseError(QStringLiteral("JPEG图像没有结束标记，已丢弃"));
         if (more || stream.jpeg.hasStart())
@@ -421,7 +379,8 @@ void CameraDebugWidget::SltCalculationRate()
 
 void CameraDebugWidget::showCounts()
 {
-    m_status->showFrames(m_frames, {m_show->skipped(), m_show->unusable(), m_partialFrames, m_lostBytes});
+    m_status->showFrames(
+        m_frames, {m_show->skipped(), m_show->unusable(), m_streams.partialFrames(), m_streams.lostBytes()});
     emit signalRefresCounts(pageIndex);
 }
 
@@ -439,8 +398,7 @@ void CameraDebugWidget::clearCounts()
     m_recvCount = 0;
     m_sendCount = 0;
     m_errors = 0;
-    m_partialFrames = 0;
-    m_lostBytes = 0;
+    m_streams.clearCounts();
     m_sinceFirst.invalidate();
     m_show->clearCounts();
     m_status->showErrors(0, {});

@@ -5,13 +5,11 @@
 // writes the board's registers. Owns the links and the streams; what a picture
 // is made of is FrameShow's, the registers are ImageFormatConfig's.
 
-#include "camera/frameassembler.h"
-#include "camera/jpegscanner.h"
+#include "camera/camerastreams.h"
 #include "shell/base/qtwidgetbase.h"
 
 #include <QAbstractSocket>
 #include <QElapsedTimer>
-#include <QHash>
 #include <QTimer>
 
 class CameraLinkPanel;
@@ -71,15 +69,6 @@ signals:
     void signalRefresCounts(int pageIndex);
 
 private:
-    // One sender's bytes, which must not mix with another's.
-    struct Stream
-    {
-        FrameAssembler packets;
-        JpegScanner jpeg;
-        qint64 lastUse = 0;
-        bool lossTold = false; // since the last complete packet
-    };
-
     void buildUi();
     QWidget *buildPanel();
     QWidget *buildWorkArea();
@@ -109,12 +98,9 @@ private:
     qint64 sendDatagram(const QByteArray &packet);
 
     // What came (cameradebugwidget.cpp).
-    Stream &streamOf(const QString &name);
-    void clearStreams();
-    void endStream(const QString &name);
-    void noteLoss(Stream &stream);
-    void takePackets(const QString &sender, Stream &stream);
-    void takeJpegs(Stream &stream);
+    void noteLoss(CameraStreams::Stream &stream);
+    void takePackets(const QString &sender, CameraStreams::Stream &stream);
+    void takeJpegs(CameraStreams::Stream &stream);
     void actOnImage(const CameraEvent &event);
     void actOnFormat(const CameraEvent &event);
     void actOnRegister(const QString &sender, const CameraEvent &event);
@@ -145,9 +131,7 @@ private:
     ReadGate *m_gate;
     FrameShow *m_show;
 
-    QHash<QString, Stream> m_streams;
-    qint64 m_streamUses = 0;
-    bool m_sendersTold = false; // that there are too many, since the link was opened
+    CameraStreams m_streams;
     QElapsedTimer m_clock;
     QElapsedTimer m_sinceFirst; // since the first frame began
     QElapsedTimer m_sinceRate;
@@ -155,8 +139,6 @@ private:
     qint64 m_frames = 0;
     qint64 m_framesAtRate = 0;
     qint64 m_errors = 0;
-    qint64 m_partialFrames = 0;
-    qint64 m_lostBytes = 0;
     qint64 m_sendCount = 0;
     qint64 m_recvCount = 0;
     qint64 m_recvAtRate = 0;

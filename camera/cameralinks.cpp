@@ -46,7 +46,7 @@ void CameraDebugWidget::connectLinks()
         showPeers();
     });
     connect(m_server, &TcpServer::signalClientDisconnected, this, [this](const QString &name) {
-        endStream(name);
+        m_streams.end(name);
         emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
         showPeers();
     });
@@ -103,7 +103,7 @@ void CameraDebugWidget::closeLink()
     m_serial->close();
     if (!m_serialBytes.isEmpty())
         passSerialOn();
-    clearStreams();
+    m_streams.clear();
     m_config->stopRequests();
 }
 
@@ -250,7 +250,7 @@ void CameraDebugWidget::clientDisconnected()
 {
     QString error;
     if (m_socket->takeEnd(&error)) {
-        endStream(kFromServer);
+        m_streams.end(kFromServer);
         m_config->stopRequests();
         if (error.isEmpty())
             showClosed(QStringLiteral("服务器已断开连接"));

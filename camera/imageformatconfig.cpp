@@ -354,6 +354,7 @@ void ImageFormatConfig::startBatch(int mode)
         return;
     }
     m_running = mode;
+    m_notSent = 0;
     Table &table = m_tables.at(static_cast<size_t>(mode));
     const bool write = mode == DataManagerWidget::Write;
     const QVector<RegisterRow> &rows = table.widget->rows();
@@ -370,6 +371,7 @@ void ImageFormatConfig::startBatch(int mode)
             (write && !fits(value, valueLength()))) {
             table.outcomes.insert(i, RegisterBatch::Refused);
             showOutcome(table, i);
+            ++m_notSent;
             continue;
         }
         items.append({i, address, row.address, write ? row.value : QString()});
@@ -421,6 +423,8 @@ void ImageFormatConfig::showProgress(bool finished)
         text += QStringLiteral("，无应答 %1，错误 %2")
                     .arg(m_batch->count(RegisterBatch::Unanswered))
                     .arg(m_batch->count(RegisterBatch::Refused));
+    if (m_notSent > 0)
+        text += QStringLiteral("，未发送 %1").arg(m_notSent);
     const QString state = !finished                            ? QStringLiteral("正在进行 ")
                           : m_batch->done() < m_batch->total() ? QStringLiteral("已停止 ")
                                                                : QStringLiteral("已完成 ");

@@ -94,6 +94,7 @@ private:
     int m_running = 0; // whose rows the batch has
     RegisterBatch *m_batch;
     int m_batchDevice = 0;
+    int m_notSent = 0; // rows that do not fit the lengths
 
     // What the panel's read button has asked for and is not answered yet.
     struct Request

@@ -13,6 +13,7 @@ ImageViewer::ImageViewer(QWidget *parent)
     : QWidget(parent)
 {
     setObjectName(QStringLiteral("imageViewer"));
+    setAccessibleName(QStringLiteral("图像显示区域"));
     setMinimumSize(160, 120);
     setAttribute(Qt::WA_OpaquePaintEvent);
 }

@@ -43,6 +43,7 @@ PictureActions::PictureActions(const ImageViewer *viewer, QWidget *parent)
     , m_choice(new QComboBox(this))
 {
     m_choice->setObjectName(QStringLiteral("comboPicture"));
+    m_choice->setAccessibleName(QStringLiteral("要保存或复制的图像"));
     m_choice->addItems({QStringLiteral("图像1"), QStringLiteral("图像2")});
     m_choice->setAccessibleName(QStringLiteral("要保存或复制的图像"));
     m_choice->setVisible(false);

@@ -73,6 +73,7 @@ void DataManagerWidget::buildUi()
 {
     m_model->setHorizontalHeaderLabels(RegisterCsv::titles());
     m_view->setObjectName(QStringLiteral("tableRegisters"));
+    m_view->setAccessibleName(windowTitle().trimmed());
     m_view->setModel(m_model);
     m_view->setItemDelegate(new RegisterCellDelegate(m_view));
     m_view->horizontalHeader()->setStretchLastSection(true);

@@ -39,6 +39,7 @@ private slots:
     void gathersFromASlowLine();
     void resynchronizes();
     void showsOnlyTheNewest();
+    void takesTurns();
     void decodesFormats_data();
     void decodesFormats();
     void takesRawJpegs();
@@ -126,6 +127,22 @@ void TestCameraPage::showsOnlyTheNewest()
     QCOMPARE(child<QLabel>("labelSkipped")->text(), QStringLiteral("未显示: 49"));
     m_page->clearCounts();
     QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 0"));
+}
+
+// The devices' pictures, however many come of one of them.
+void TestCameraPage::takesTurns()
+{
+    FrameShow show;
+    const CameraFrameData frame{"1234", ImageRecord{4, 1, 1}, false};
+    QList<int> devices;
+    connect(&show, &FrameShow::pictureReady, this, [&](int device) {
+        devices.append(device);
+        if (devices.size() < 3)
+            show.add(1, frame);
+    });
+    show.add(0, frame);
+    show.add(1, frame);
+    QTRY_COMPARE(devices, (QList<int>{1, 0, 1}));
 }
 
 void TestCameraPage::decodesFormats_data()

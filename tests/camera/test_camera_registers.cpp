@@ -129,6 +129,9 @@ void TestCameraRegisters::readsTables()
     QCOMPARE(cell(table, 2), QStringLiteral("42"));
     reply("00100000001100dd00430000"); // again, as of another board
     QCOMPARE(cell(table, 2), QStringLiteral("42"));
+    reply("001000000011100099000000"); // to the last request
+    QCOMPARE(cell(table, 5), QStringLiteral("70"));
+    QCOMPARE(progress->text(), QStringLiteral("已完成 5/5，无应答 1，错误 1"));
     reply("001000000011000130990000");
     QCOMPARE(cell(table, 0), QStringLiteral("07"));
 }
@@ -136,7 +139,14 @@ void TestCameraRegisters::readsTables()
 // Only what the asked board says becomes the value, and no answer leaves none.
 void TestCameraRegisters::readsFromTheBoardAsked()
 {
-    choose(Udp);
+    child<QLineEdit>("editRegisterAddress")->setText("3008");
+    for (const Protocol closed : {Server, Client, Udp, Serial}) {
+        choose(closed);
+        m_notices->clear();
+        click("btnReadRegister");
+        QCOMPARE(lastNotice(), QStringLiteral("没有已连接的摄像头，数据未发送！"));
+    }
+    QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
     const quint16 port = openPort(Udp);
     QUdpSocket asked;
     QUdpSocket other;
@@ -152,7 +162,6 @@ void TestCameraRegisters::readsFromTheBoardAsked()
     };
     auto *value = child<QLineEdit>("editRegisterValue");
     value->setText("55");
-    child<QLineEdit>("editRegisterAddress")->setText("3008");
     click("btnReadRegister");
     QCOMPARE(value->text(), QString());
     QTRY_COMPARE_WITH_TIMEOUT(lastNotice(), QStringLiteral("寄存器[3008]没有应答！"), 20000);
@@ -197,7 +206,7 @@ void TestCameraRegisters::writesTables()
               {{"3001", "11"}, {"3002", "1234"}, {"3003", ""}, {"3004", "44"}}); // too wide, without value
     QTest::mouseClick(table->findChild<QPushButton *>("btnConfirm"), Qt::LeftButton);
     QTRY_COMPARE_WITH_TIMEOUT(table->findChild<QLabel *>("labelRegisterProgress")->text(),
-                              QStringLiteral("已完成 2/2"), 20000);
+                              QStringLiteral("已完成 2/2，未发送 2"), 20000);
     QFile record(folder.filePath("record"));
     QVERIFY(record.open(QIODevice::ReadOnly));
     const QByteArray head = "ORVN" + QByteArray(1, '\0') + QByteArray::fromHex("0f00000010");

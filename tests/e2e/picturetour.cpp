@@ -298,6 +298,9 @@ void PictureTour::camera()
     QVERIFY(stage().showTool(1));
     auto *protocols = stage().find<QComboBox>("comboCameraProtocol");
     QVERIFY(UserHand::choose(protocols, QStringLiteral("串口")));
+    // The machine may have ports of its own.
+    QVERIFY(
+        UserHand::choose(stage().find<QComboBox>("comboCameraSerialPort"), QStringLiteral("COM8 虚拟串口")));
     QVERIFY(UserHand::choose(stage().find<QComboBox>("comboDeviceCount"), QStringLiteral("2")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnCameraOpen")));
     auto *number = stage().find<QLabel>("labelFrameNumber");

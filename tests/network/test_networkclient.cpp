@@ -20,6 +20,8 @@ private slots:
     void cancelsConnecting();
     void deliversBeforeDisconnecting_data();
     void deliversBeforeDisconnecting();
+    void takesInWhatHasCome_data();
+    void takesInWhatHasCome();
     void hearsOfTheServersEnd_data();
     void hearsOfTheServersEnd();
     void exchangesDatagrams_data();
@@ -121,14 +123,17 @@ void TestNetworkClient::cancelsConnecting()
 void TestNetworkClient::deliversBeforeDisconnecting_data()
 {
     QTest::addColumn<QString>("act");
-    QTest::newRow("a server that reads") << "silent";
-    QTest::newRow("a server that never reads") << "deaf";
+    QTest::addColumn<bool>("quits");
+    QTest::newRow("a server that reads") << "silent" << false;
+    QTest::newRow("a server that reads, at the end of the program") << "silent" << true;
+    QTest::newRow("a server that never reads") << "deaf" << false;
 }
 
 // Counted is what was handed over, and what was not is told.
 void TestNetworkClient::deliversBeforeDisconnecting()
 {
     QFETCH(QString, act);
+    QFETCH(bool, quits);
     constexpr qint64 total = 12000000;
     BoardProcess board;
     QVERIFY(board.startOnNetwork("tcp-server", to(0, "127.0.0.1", {"--act", act})));
@@ -136,7 +141,12 @@ void TestNetworkClient::deliversBeforeDisconnecting()
     WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
     for (int i = 0; i < 12; ++i)
         m_page->sltSendData(QByteArray(total / 12, 'x'));
-    click("btnOpen");
+    const QSignalSpy closed(m_page.get(), &NetworkToolWidget::signalClosed);
+    if (quits)
+        m_page->closeLinks();
+    else
+        click("btnOpen");
+    QVERIFY(!m_page->isClosed());
     QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次点击可放弃"));
     m_page->sltSendData("late");
     if (act == "deaf") {
@@ -150,8 +160,49 @@ void TestNetworkClient::deliversBeforeDisconnecting()
         QVERIFY(board.stop());
         QCOMPARE(board.statistics().value("read"), total);
     }
+    QVERIFY(m_page->isClosed() && closed.count() == 1);
     QCOMPARE(caption(), QStringLiteral("建立连接"));
     QVERIFY(fieldsAreEnabled(true));
+}
+
+void TestNetworkClient::takesInWhatHasCome_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::newRow("TCP Server") << int(Server);
+    QTest::newRow("TCP Client") << int(Client);
+    QTest::newRow("UDP") << int(Udp);
+}
+
+// More than a socket's buffer, which the page has had no turn to read, and then it
+// closes.
+void TestNetworkClient::takesInWhatHasCome()
+{
+    QFETCH(int, type);
+    const QByteArray bytes(150000, 'x');
+    QTcpServer host;
+    QTcpSocket client;
+    QTcpSocket *peer = &client;
+    if (type == Udp) {
+        const quint16 port = open(Udp);
+        QUdpSocket datagrams;
+        for (int at = 0; at < bytes.size(); at += 30000)
+            datagrams.writeDatagram(bytes.mid(at, 30000), QHostAddress::LocalHost, port);
+    } else {
+        if (type == Server) {
+            client.connectToHost(QHostAddress::LocalHost, open(Server));
+            WAIT_FOR(clients().size() == 2 && client.state() == QAbstractSocket::ConnectedState);
+        } else {
+            QVERIFY(host.listen(QHostAddress::LocalHost));
+            open(Client, host.serverPort());
+            WAIT_FOR(caption() == QStringLiteral("断开连接") && host.hasPendingConnections());
+            peer = host.nextPendingConnection();
+        }
+        peer->write(bytes);
+        while (peer->bytesToWrite() > 0)
+            QVERIFY(peer->waitForBytesWritten(30000));
+    }
+    m_page->sltBtnOpenClicked();
+    QCOMPARE(received(), qint64(bytes.size()));
 }
 
 void TestNetworkClient::hearsOfTheServersEnd_data()
