@@ -159,6 +159,7 @@ void TestPidPage::exportsLongCurvesBetweenEvents()
     m_notices->clear();
     click("btnPidExport");
     QVERIFY(m_notices->isEmpty()); // more than fits into a moment
+    QVERIFY(!QFile::exists(m_root->filePath("a.csv")));
     click("btnPidExport");
     QVERIFY(lastNotice().contains(QStringLiteral("尚未完成")));
     click("btnPidClear"); // the file has what was to be seen
@@ -168,6 +169,13 @@ void TestPidPage::exportsLongCurvesBetweenEvents()
     const QByteArray text = file.readAll();
     QCOMPARE(text.count('\n'), 1 + 5 * (2 + 200000 + 2));
     QVERIFY(text.endsWith("\n200000,-199999,1.2e+06,-1.4e+06\n\n\n"));
+
+    for (int i = 0; i < 200000; ++i)
+        plot()->addPoint(0, i * 1e-5, 1000000 + i, -i);
+    answer(m_root->filePath("b.csv"));
+    click("btnPidExport");
+    QVERIFY(m_page->saveBeforeExit()); // the rest at once
+    QVERIFY(QFile::exists(m_root->filePath("b.csv")));
 }
 
 void TestPidPage::remembersToFitAllCurves()
@@ -189,7 +197,7 @@ void TestPidPage::reportsWhatCannotBeSaved()
     QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
     old.close();
     const QStringList failure(QStringLiteral("告警|文件保存失败!"));
-    const QString nowhere = m_root->filePath("no/such/folder.csv");
+    const QString nowhere = m_root->filePath("old.csv/below.csv");
     answer(nowhere);
     click("btnPidExport");
     QCOMPARE(m_warnings, failure);
