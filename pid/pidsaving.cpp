@@ -20,10 +20,9 @@ PidSaving::PidSaving(PidChart *chart, QWidget *page)
     , m_page(page)
     , m_exporter(new PidExporter(this))
 {
-    connect(m_exporter, &PidExporter::finished, this,
-            [this](const QString &fileName, const QString &error) {
-                report(QStringLiteral("文件已导出："), fileName, error);
-            });
+    connect(m_exporter, &PidExporter::finished, this, [this](const QString &fileName, const QString &error) {
+        report(QStringLiteral("文件已导出："), fileName, error);
+    });
 }
 
 void PidSaving::exportTables()
