@@ -34,8 +34,8 @@ int main(int argc, char *argv[])
     auto *statusBar = window.findChild<QtStatusBar *>();
     if (parser.isSet(notice)) {
         statusBar->showSystemNotify(parser.value(notice), Notice::Error);
-        // In the status bar alone it is overlooked.
-        QTimer::singleShot(0, &window, [&window, text = parser.value(notice)] {
+        // In the status bar alone it is overlooked. Not before the window has its place.
+        QTimer::singleShot(200, &window, [&window, text = parser.value(notice)] {
             QtMessageBox::warning(&window, QStringLiteral("升级"), text);
         });
     }

@@ -3,21 +3,19 @@
 #include "app/settings.h"
 #include "app/settingskeys.h"
 #include "pid/pidchart.h"
-#include "pid/pidexporter.h"
 #include "pid/pidoperations.h"
 #include "pid/pidpanel.h"
 #include "pid/pidplot.h"
 #include "pid/pidportpanel.h"
+#include "pid/pidsaving.h"
 #include "serial/portname.h"
 #include "serial/qtserialport.h"
-#include "shell/base/qtfiledialog.h"
 #include "shell/base/qtmessagebox.h"
 #include "shell/base/stateindicator.h"
 
 #include <QCheckBox>
 #include <QDateTime>
 #include <QDebug>
-#include <QDir>
 #include <QLineEdit>
 
 namespace {
@@ -25,7 +23,6 @@ namespace {
 constexpr int kInformation = 0;
 constexpr int kError = 255;
 const auto kWarning = QStringLiteral("告警");
-const auto kCannotSave = QStringLiteral("文件保存失败!");
 
 quint32 bit(int channel)
 {
@@ -36,7 +33,6 @@ quint32 bit(int channel)
 
 PidDebugWidget::PidDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
-    , m_exporter(new PidExporter(this))
     , m_link(new QtSerialPort(this))
     , m_receiver([this](const PidReport &report, bool late) { return act(report, late); }, this)
     , m_epoch(QDateTime::currentMSecsSinceEpoch())
@@ -163,9 +159,14 @@ void PidDebugWidget::stopRunning()
 
 void PidDebugWidget::closeLinks()
 {
-    m_exporter->complete();
     if (m_link->isOpen())
         closePort();
+}
+
+bool PidDebugWidget::saveBeforeExit()
+{
+    m_saving->complete();
+    return true;
 }
 
 // ---- sending
@@ -376,46 +377,7 @@ void PidDebugWidget::SltPlotMoveEvent(QMouseEvent *event)
     m_chart->showReadOut(event->buttons() == Qt::NoButton ? event->pos() : QPoint(-1, -1));
 }
 
-// ---- files
-
 void PidDebugWidget::SltBtnExportClicked()
 {
-    if (m_exporter->isRunning()) {
-        emit signalNotify(QStringLiteral("上一次导出尚未完成，请稍候！"), kError);
-        return;
-    }
-    const QString fileName =
-        QtFileDialog::getSaveFileName(this, QStringLiteral("导出数据"), QString(), QStringLiteral("*.csv"));
-    if (fileName.isEmpty())
-        return;
-    m_exporter->start(fileName, m_chart->tables());
-}
-
-void PidDebugWidget::showExported(const QString &fileName, const QString &error)
-{
-    if (error.isEmpty())
-        emit signalNotify(QStringLiteral("文件已导出：") + QDir::toNativeSeparators(fileName), kInformation);
-    else
-        sayNotSaved(fileName, error);
-}
-
-// The given text for a box, the reason for the status bar.
-void PidDebugWidget::sayNotSaved(const QString &fileName, const QString &error)
-{
-    emit signalNotify(QStringLiteral("%1 保存失败：%2").arg(QDir::toNativeSeparators(fileName), error),
-                      kError);
-    QtMessageBox::warning(this, kWarning, kCannotSave);
-}
-
-void PidDebugWidget::savePicture()
-{
-    const QString fileName = QtFileDialog::getSaveFileName(this, QStringLiteral("保存图片"), QString(),
-                                                           QStringLiteral("PNG图片(*.png);;PDF文档(*.pdf)"));
-    if (fileName.isEmpty())
-        return;
-    QString error;
-    if (!m_chart->savePicture(fileName, &error))
-        sayNotSaved(fileName, error);
-    else
-        emit signalNotify(QStringLiteral("图片已保存：") + QDir::toNativeSeparators(fileName), kInformation);
+    m_saving->exportTables();
 }

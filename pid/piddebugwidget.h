@@ -14,10 +14,10 @@
 
 class FormPanel;
 class PidChart;
-class PidExporter;
 class PidOperations;
 class PidPanel;
 class PidPortPanel;
+class PidSaving;
 class QMouseEvent;
 class QtSerialPort;
 
@@ -33,8 +33,9 @@ public:
     QString plotStyle() const { return m_plotStyle; }
     void setPlotStyle(const QString &style);
 
-    // Stops what was started: a motor may be turning. Ends an export.
+    // Stops what was started: a motor may be turning.
     void closeLinks() override;
+    bool saveBeforeExit() override;
     void reloadSettings() override;
 
     // Does nothing while the port is closed.
@@ -89,9 +90,6 @@ private:
     PidChannelParams &selected();
     void sendCommand(PidFrame::Command command, const QByteArray &payload = {});
     void sayNotSent(const QString &what);
-    void showExported(const QString &fileName, const QString &error);
-    void sayNotSaved(const QString &fileName, const QString &error);
-    void savePicture();
     void rememberFitAll(bool fitAll);
     void fold();
 
@@ -100,8 +98,8 @@ private:
     PidOperations *m_operations = nullptr;
     FormPanel *m_panel = nullptr;
     PidChart *m_chart = nullptr;
+    PidSaving *m_saving = nullptr;
 
-    PidExporter *m_exporter;
     QtSerialPort *m_link;
     PidReceiver m_receiver;
     std::array<PidChannelParams, PidFrame::channels> m_params;

@@ -3,11 +3,11 @@
 #include "pid/pidchart.h"
 #include "pid/pidcurvelist.h"
 #include "pid/piddebugwidget.h"
-#include "pid/pidexporter.h"
 #include "pid/pidoperations.h"
 #include "pid/pidpanel.h"
 #include "pid/pidplot.h"
 #include "pid/pidportpanel.h"
+#include "pid/pidsaving.h"
 #include "serial/qtserialport.h"
 #include "shell/base/formpanel.h"
 
@@ -46,6 +46,7 @@ QWidget *PidDebugWidget::buildWorkArea()
 {
     auto *area = new QWidget(this);
     m_chart = new PidChart(area);
+    m_saving = new PidSaving(m_chart, this);
     m_operations = new PidOperations(area);
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
@@ -84,8 +85,8 @@ void PidDebugWidget::connectParts()
     connect(m_operations->resetButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnResetClicked);
     connect(m_operations->clearButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnClearClicked);
     connect(m_operations->exportButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnExportClicked);
-    connect(m_operations->pictureButton(), &QPushButton::clicked, this, &PidDebugWidget::savePicture);
-    connect(m_exporter, &PidExporter::finished, this, &PidDebugWidget::showExported);
+    connect(m_operations->pictureButton(), &QPushButton::clicked, m_saving, &PidSaving::savePicture);
+    connect(m_saving, &PidSaving::notify, this, &PidDebugWidget::signalNotify);
     connect(m_chart->fitAllBox(), &QCheckBox::toggled, this, &PidDebugWidget::rememberFitAll);
     connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PidDebugWidget::SltPoltScale);

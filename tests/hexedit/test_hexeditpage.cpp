@@ -316,7 +316,8 @@ void TestHexEditPage::offersWhatAFailedSaveLeft()
 
 void TestHexEditPage::tellsWhenItCannotSave()
 {
-    const QString message = QStringLiteral("QHexEdit|Cannot write file %1.\n").arg(path("rom.bin"));
+    const QString message =
+        QStringLiteral("QHexEdit|Cannot write file %1.\n").arg(QDir::toNativeSeparators(path("rom.bin")));
     QSignalSpy notices(m_page.get(), &HexEditWidget::signalNotify);
     // One box that begins with the message, goes on with all of that, and stays as a notice.
     const auto told = [&](const QString &consequence) {

@@ -149,7 +149,8 @@ private slots:
             const QImage image = IconFont::pixmap(IconFont::Glyph(code), Qt::black, size, 2 * size).toImage();
             const QRect box = inkBox(image);
             QVERIFY2(!box.isEmpty(), "nothing painted");
-            QVERIFY(QRect(size / 2, size / 2, size, size).contains(box));
+            // But for a pixel that smoothing adds, as on Windows.
+            QVERIFY(QRect(size / 2, size / 2, size, size).adjusted(-1, -1, 1, 1).contains(box));
             const QPointF offset = QRectF(box).center() - QPointF(size, size);
             QVERIFY2(
                 qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1,

@@ -92,7 +92,7 @@ QVariant stored(const QLatin1String &key)
     return file.value(key);
 }
 
-QString countText(MainWindow &window, const char *name)
+[[maybe_unused]] QString countText(MainWindow &window, const char *name) // with a port only
 {
     return window.findChild<QtCountLabel *>(QLatin1String(name))->text();
 }

@@ -1,0 +1,66 @@
+#include "pid/pidsaving.h"
+
+#include "pid/pidchart.h"
+#include "pid/pidexporter.h"
+#include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagebox.h"
+
+#include <QDir>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+
+} // namespace
+
+PidSaving::PidSaving(PidChart *chart, QWidget *page)
+    : QObject(page)
+    , m_chart(chart)
+    , m_page(page)
+    , m_exporter(new PidExporter(this))
+{
+    connect(m_exporter, &PidExporter::finished, this, [this](const QString &fileName, const QString &error) {
+        report(QStringLiteral("文件已导出："), fileName, error);
+    });
+}
+
+void PidSaving::exportTables()
+{
+    if (m_exporter->isRunning()) {
+        emit notify(QStringLiteral("上一次导出尚未完成，请稍候！"), kError);
+        return;
+    }
+    const QString fileName =
+        QtFileDialog::getSaveFileName(m_page, QStringLiteral("导出数据"), QString(), QStringLiteral("*.csv"));
+    if (!fileName.isEmpty())
+        m_exporter->start(fileName, m_chart->tables());
+}
+
+void PidSaving::savePicture()
+{
+    const QString fileName = QtFileDialog::getSaveFileName(m_page, QStringLiteral("保存图片"), QString(),
+                                                           QStringLiteral("PNG图片(*.png);;PDF文档(*.pdf)"));
+    if (fileName.isEmpty())
+        return;
+    QString error;
+    if (!m_chart->savePicture(fileName, &error) && error.isEmpty())
+        error = QStringLiteral("未知错误");
+    report(QStringLiteral("图片已保存："), fileName, error);
+}
+
+void PidSaving::complete()
+{
+    m_exporter->complete();
+}
+
+void PidSaving::report(const QString &success, const QString &fileName, const QString &error)
+{
+    const QString place = QDir::toNativeSeparators(fileName);
+    if (error.isEmpty()) {
+        emit notify(success + place, kInformation);
+        return;
+    }
+    emit notify(QStringLiteral("%1 保存失败：%2").arg(place, error), kError);
+    QtMessageBox::warning(m_page, QStringLiteral("告警"), QStringLiteral("文件保存失败!"));
+}
