@@ -66,9 +66,19 @@ bool HexEditWidget::mayClose()
         QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
         return false;
     }
-    if (m_edit->isModified())
-        m_edit->task()->stop(); // saving needs bytes that keep still
-    return mayDiscard();
+    m_exitAnswer.reset();
+    if (!m_edit->isModified())
+        return true;
+    m_edit->task()->stop(); // saving needs bytes that keep still
+    m_exitAnswer = askAboutEdits();
+    return m_exitAnswer != QtMessageBox::Cancel;
+}
+
+bool HexEditWidget::saveBeforeExit()
+{
+    if (!m_edit->isModified() || m_exitAnswer == QtMessageBox::Discard)
+        return true;
+    return m_exitAnswer == QtMessageBox::Save ? save() : mayDiscard(); // edited after the question
 }
 
 void HexEditWidget::sltToolBtnsClicked(int id)
@@ -248,20 +258,19 @@ void HexEditWidget::closeFile()
         showFile(Opened());
 }
 
+QtMessageBox::SaveAnswer HexEditWidget::askAboutEdits()
+{
+    return QtMessageBox::saveQuestion(
+        this, QString(),
+        QStringLiteral("文件有未保存的修改，是否保存?\n%1").arg(QFileInfo(m_fileName).fileName()));
+}
+
 bool HexEditWidget::mayDiscard()
 {
     if (!m_edit->isModified())
         return true;
-    const QString question =
-        QStringLiteral("文件有未保存的修改，是否保存?\n%1").arg(QFileInfo(m_fileName).fileName());
-    switch (QtMessageBox::saveQuestion(this, QString(), question)) {
-    case QtMessageBox::Save:
-        return save();
-    case QtMessageBox::Discard:
-        return true;
-    default:
-        return false;
-    }
+    const QtMessageBox::SaveAnswer answer = askAboutEdits();
+    return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && save());
 }
 
 // A copy is what we make of a file: after a move, its program would delete it.

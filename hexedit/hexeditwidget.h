@@ -7,10 +7,12 @@
 #include "hexedit/hexfilewatch.h"
 #include "hexedit/hexreader.h"
 #include "hexedit/hexsaver.h"
+#include "shell/base/qtmessagebox.h"
 #include "shell/base/qtwidgetbase.h"
 
 #include <QSet>
 #include <memory>
+#include <optional>
 
 class FormPanel;
 class HexChecksumPanel;
@@ -37,6 +39,7 @@ public:
 
     QStringList counts() const override;
     bool mayClose() override;
+    bool saveBeforeExit() override;
     void reloadCodec() override;
 
     // Asks where edits would be lost, and whether bytes that a failed save left
@@ -105,6 +108,7 @@ private:
     bool save();
     bool saveTo(const QString &fileName);
     void closeFile();
+    QtMessageBox::SaveAnswer askAboutEdits();
     bool mayDiscard();
     bool mayOverwrite();
     bool writeTo(QIODevice &device);
@@ -118,6 +122,7 @@ private:
     HexFileWatch m_watch;
     QSet<QString> m_declined; // leftovers that the user did not want
     HexSaver m_saver;
+    std::optional<QtMessageBox::SaveAnswer> m_exitAnswer; // to the question of mayClose()
     bool m_saving = false;
     qint64 m_savedBytes = 0;
     qint64 m_size = 0;

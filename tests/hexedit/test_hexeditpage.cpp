@@ -207,16 +207,23 @@ void TestHexEditPage::asksBeforeEditsAreLost()
     QCOMPARE(m_questions.size(), 3);
     QCOMPARE(shown(), QByteArray("A123456789"));
     m_answer = QtMessageBox::Discard;
-    QVERIFY(m_page->mayClose());
+    QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
     QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
     m_answer = QtMessageBox::Save;
     open(path("other.bin"));
     QCOMPARE(shown(), QByteArray("other"));
     QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
     QTest::keyClicks(edit(), "41");
+    m_questions.clear();
+    QVERIFY(m_page->mayClose());
+    QCOMPARE(content("other.bin"), QByteArray("other")); // asking changes nothing
     m_page->saver().freeBytes = [](const QString &) { return qint64(0); };
-    QVERIFY(!m_page->mayClose()); // what could not be saved stays
+    QVERIFY(!m_page->saveBeforeExit()); // what could not be saved stays
     QVERIFY(edit()->isModified());
+    m_page->saver().freeBytes = [](const QString &) { return qint64(1) << 40; };
+    QVERIFY(m_page->saveBeforeExit());
+    QCOMPARE(content("other.bin"), QByteArray("Ather"));
+    QCOMPARE(m_questions.size(), 2); // the question and the failure
 }
 
 // At once, without a question that another one may stand in front of.
