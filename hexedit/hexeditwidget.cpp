@@ -101,8 +101,6 @@ void HexEditWidget::sltToolBtnsClicked(int id)
     case CloseFile:
         closeFile();
         break;
-    default:
-        break;
     }
 }
 
@@ -322,10 +320,12 @@ void HexEditWidget::saveAs()
                                                        QStringLiteral("所有文件(*.*)"));
     if (name.isEmpty())
         return;
-    if (HexSaver::targetOf(name) == HexSaver::targetOf(m_fileName))
+    if (HexSaver::targetOf(name) == HexSaver::targetOf(m_fileName)) {
         save();
-    else
+    } else {
+        HexSaver::setLeftoverAside(name);
         saveTo(name); // the dialog has asked before it overwrites
+    }
 }
 
 bool HexEditWidget::saveTo(const QString &fileName)

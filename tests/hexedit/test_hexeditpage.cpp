@@ -281,7 +281,9 @@ void TestHexEditPage::savesAsAnotherFile()
     saveAs(path("missing/new.bin"));
     QCOMPARE(m_questions.size(), 1);
     QVERIFY(m_questions.takeFirst().contains("missing") && edit()->isModified());
+    put("new.bin.~tmp", "of a save that failed");
     saveAs(path("new.bin"));
+    QCOMPARE(content("new.bin.~bak"), QByteArray("of a save that failed"));
     QCOMPARE(content("new.bin"), QByteArray("A123456789"));
     QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
     QCOMPARE(m_page->fileName(), path("new.bin"));
