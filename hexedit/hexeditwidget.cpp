@@ -1,5 +1,6 @@
 #include "hexedit/hexeditwidget.h"
 
+#include "hexedit/hexchangebar.h"
 #include "hexedit/hexrecentbutton.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtfiledialog.h"
@@ -30,6 +31,15 @@ QString onlyFileOf(const QMimeData *data)
     return urls.size() == 1 ? urls.first().toLocalFile() : QString();
 }
 
+// A copy is what we make of a file: after a move, its program would delete it.
+bool acceptCopy(QDropEvent *event)
+{
+    const bool possible = event->possibleActions() & Qt::CopyAction;
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(possible);
+    return possible;
+}
+
 } // namespace
 
 HexEditWidget::HexEditWidget(QWidget *parent)
@@ -53,11 +63,6 @@ HexEditWidget::~HexEditWidget()
 {
     m_edit->task()->disconnect(this);
     m_edit->disconnect(this);
-}
-
-QStringList HexEditWidget::counts() const
-{
-    return {QStringLiteral("Address: %1").arg(m_address), QStringLiteral("Size: %1").arg(m_size)};
 }
 
 bool HexEditWidget::mayClose()
@@ -109,6 +114,13 @@ bool HexEditWidget::refuseWhileBusy() const
     if (m_saving)
         QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
     return m_saving || m_edit->refuseWhileBusy();
+}
+
+bool HexEditWidget::refuseWithoutFile() const
+{
+    if (m_fileName.isEmpty())
+        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
+    return m_fileName.isEmpty();
 }
 
 // ---- opening
@@ -222,15 +234,12 @@ void HexEditWidget::finishOpening(Loading &loading)
 
 void HexEditWidget::showOutsideChange()
 {
-    const bool gone = m_watch.isGone();
-    m_changeBar->setVisible(m_watch.differs());
-    m_reload->setVisible(!gone);
-    if (gone)
+    const bool edited = m_edit->isModified();
+    if (m_watch.isGone())
         m_edit->setUnsaved(); // nothing else has these bytes
-    m_changeText->setText(gone ? QStringLiteral("文件已被其他程序删除或改名，内容仍在编辑器中")
-                          : m_edit->isModified()
-                              ? QStringLiteral("文件已被其他程序修改，重新载入将丢失未保存的修改")
-                              : QStringLiteral("文件已被其他程序修改"));
+    m_changeBar->hide();
+    if (m_watch.differs())
+        m_changeBar->showChange(m_watch.isGone(), edited);
 }
 
 void HexEditWidget::reload()
@@ -271,27 +280,21 @@ bool HexEditWidget::mayDiscard()
     return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && save());
 }
 
-// A copy is what we make of a file: after a move, its program would delete it.
 void HexEditWidget::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (onlyFileOf(event->mimeData()).isEmpty() || !(event->possibleActions() & Qt::CopyAction))
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    if (!onlyFileOf(event->mimeData()).isEmpty())
+        acceptCopy(event);
 }
 
 void HexEditWidget::dragMoveEvent(QDragMoveEvent *event)
 {
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    acceptCopy(event);
 }
 
 void HexEditWidget::dropEvent(QDropEvent *event)
 {
-    if (!(event->possibleActions() & Qt::CopyAction))
+    if (!acceptCopy(event))
         return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
     // The question must not keep the program waiting that the file comes from.
     const QString name = onlyFileOf(event->mimeData());
     QTimer::singleShot(0, this, [this, name] { openFile(name); });
@@ -301,21 +304,13 @@ void HexEditWidget::dropEvent(QDropEvent *event)
 
 bool HexEditWidget::save()
 {
-    if (m_fileName.isEmpty()) {
-        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
-        return false;
-    }
-    return mayOverwrite() && saveTo(m_fileName);
+    return !refuseWithoutFile() && mayOverwrite() && saveTo(m_fileName);
 }
 
 void HexEditWidget::saveAs()
 {
-    if (refuseWhileBusy())
+    if (refuseWhileBusy() || refuseWithoutFile())
         return;
-    if (m_fileName.isEmpty()) {
-        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
-        return;
-    }
     const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("另存为"), m_fileName,
                                                        QStringLiteral("所有文件(*.*)"));
     if (name.isEmpty())

@@ -15,6 +15,7 @@
 #include <optional>
 
 class FormPanel;
+class HexChangeBar;
 class HexChecksumPanel;
 class HexFindPanel;
 class HexJumpPanel;
@@ -80,12 +81,12 @@ private:
     QWidget *buildPanel();
     QWidget *buildWorkArea();
     QLayout *buildToolRow(QWidget *area);
-    QWidget *buildChangeBar(QWidget *area);
     QLayout *buildStateRow(QWidget *area);
     void connectParts();
     void drawIcons();
 
     bool refuseWhileBusy() const;
+    bool refuseWithoutFile() const;
     void chooseFile();
     // Reads the source, another file than the named one where a failed save
     // left the bytes there.
@@ -144,7 +145,5 @@ private:
     QLabel *m_fileLabel = nullptr;
     QLabel *m_selectionLabel = nullptr;
     QProgressBar *m_progress = nullptr;
-    QWidget *m_changeBar = nullptr;
-    QLabel *m_changeText = nullptr;
-    QPushButton *m_reload = nullptr;
+    HexChangeBar *m_changeBar = nullptr;
 };
