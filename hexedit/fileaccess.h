@@ -17,8 +17,11 @@ public:
     QString giveTo(const QString &fileName) const;
 
 private:
-    QFile::Permissions m_permissions;
+#ifdef Q_OS_UNIX
     unsigned m_owner = 0;
     unsigned m_group = 0;
     unsigned m_mode = 0;
+#else
+    QFile::Permissions m_permissions;
+#endif
 };

@@ -2,6 +2,7 @@
 
 #include "app/settings.h"
 #include "app/skin.h"
+#include "hexedit/hexchangebar.h"
 #include "hexedit/hexchecksumpanel.h"
 #include "hexedit/hexeditwidget.h"
 #include "hexedit/hexfindpanel.h"
@@ -127,7 +128,8 @@ QWidget *HexEditWidget::buildWorkArea()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addLayout(buildToolRow(area));
-    column->addWidget(buildChangeBar(area));
+    m_changeBar = new HexChangeBar(area);
+    column->addWidget(m_changeBar);
     m_edit = new QHexEdit(area);
     m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
     m_edit->setReadOnly(true, QStringLiteral("请先打开文件"));
@@ -164,29 +166,6 @@ QLayout *HexEditWidget::buildToolRow(QWidget *area)
     row->addSpacing(8);
     row->addWidget(m_sizeLabel);
     return row;
-}
-
-// No question: it may come while another one is open, and again and again.
-QWidget *HexEditWidget::buildChangeBar(QWidget *area)
-{
-    m_changeBar = new QWidget(area);
-    m_changeBar->setObjectName(QStringLiteral("hexChangeBar"));
-    m_changeText = addLabel(m_changeBar, "labelOutsideChange");
-    m_changeText->setProperty("kind", "error");
-    m_reload = new QPushButton(QStringLiteral("重新载入"), m_changeBar);
-    m_reload->setObjectName(QStringLiteral("btnReload"));
-    auto *keep = new QPushButton(QStringLiteral("保留当前内容"), m_changeBar);
-    keep->setObjectName(QStringLiteral("btnKeepOurs"));
-    auto *row = new QHBoxLayout(m_changeBar);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(8);
-    row->addWidget(m_changeText, 1);
-    row->addWidget(m_reload);
-    row->addWidget(keep);
-    connect(m_reload, &QPushButton::clicked, this, &HexEditWidget::reload);
-    connect(keep, &QPushButton::clicked, this, &HexEditWidget::keepOurs);
-    m_changeBar->hide();
-    return m_changeBar;
 }
 
 QLayout *HexEditWidget::buildStateRow(QWidget *area)
@@ -231,6 +210,8 @@ void HexEditWidget::connectParts()
         m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
     });
     connect(m_recent, &HexRecentButton::chosen, this, &HexEditWidget::openFile);
+    connect(m_changeBar, &HexChangeBar::reloadWanted, this, &HexEditWidget::reload);
+    connect(m_changeBar, &HexChangeBar::keepWanted, this, &HexEditWidget::keepOurs);
     connect(m_saveAs, &QPushButton::clicked, this, &HexEditWidget::saveAs);
     connect(m_stop, &QPushButton::clicked, m_edit->task(), &SlicedTask::stop);
     connect(m_edit->task(), &SlicedTask::started, this, &HexEditWidget::showWork);
@@ -245,6 +226,11 @@ void HexEditWidget::connectParts()
     shortcut(int(Qt::CTRL) + Qt::Key_G, m_jump, &HexJumpPanel::begin);
     shortcut(Qt::Key_F3, m_find, &HexFindPanel::findNext);
     shortcut(int(Qt::SHIFT) + Qt::Key_F3, m_find, &HexFindPanel::findPrevious);
+}
+
+QStringList HexEditWidget::counts() const
+{
+    return {QStringLiteral("Address: %1").arg(m_address), QStringLiteral("Size: %1").arg(m_size)};
 }
 
 void HexEditWidget::setSize(qint64 size)

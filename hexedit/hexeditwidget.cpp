@@ -1,5 +1,6 @@
 #include "hexedit/hexeditwidget.h"
 
+#include "hexedit/hexchangebar.h"
 #include "hexedit/hexrecentbutton.h"
 #include "hexedit/qhexedit.h"
 #include "shell/base/qtfiledialog.h"
@@ -30,6 +31,15 @@ QString onlyFileOf(const QMimeData *data)
     return urls.size() == 1 ? urls.first().toLocalFile() : QString();
 }
 
+// A copy is what we make of a file: after a move, its program would delete it.
+bool acceptCopy(QDropEvent *event)
+{
+    const bool possible = event->possibleActions() & Qt::CopyAction;
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(possible);
+    return possible;
+}
+
 } // namespace
 
 HexEditWidget::HexEditWidget(QWidget *parent)
@@ -55,20 +65,25 @@ HexEditWidget::~HexEditWidget()
     m_edit->disconnect(this);
 }
 
-QStringList HexEditWidget::counts() const
-{
-    return {QStringLiteral("Address: %1").arg(m_address), QStringLiteral("Size: %1").arg(m_size)};
-}
-
 bool HexEditWidget::mayClose()
 {
     if (m_saving) {
         QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
         return false;
     }
-    if (m_edit->isModified())
-        m_edit->task()->stop(); // saving needs bytes that keep still
-    return mayDiscard();
+    m_exitAnswer.reset();
+    if (!m_edit->isModified())
+        return true;
+    m_edit->task()->stop(); // saving needs bytes that keep still
+    m_exitAnswer = askAboutEdits();
+    return m_exitAnswer != QtMessageBox::Cancel;
+}
+
+bool HexEditWidget::saveBeforeExit()
+{
+    if (!m_edit->isModified() || m_exitAnswer == QtMessageBox::Discard)
+        return true;
+    return m_exitAnswer == QtMessageBox::Save ? save() : mayDiscard(); // edited after the question
 }
 
 void HexEditWidget::sltToolBtnsClicked(int id)
@@ -91,8 +106,6 @@ void HexEditWidget::sltToolBtnsClicked(int id)
     case CloseFile:
         closeFile();
         break;
-    default:
-        break;
     }
 }
 
@@ -101,6 +114,13 @@ bool HexEditWidget::refuseWhileBusy() const
     if (m_saving)
         QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
     return m_saving || m_edit->refuseWhileBusy();
+}
+
+bool HexEditWidget::refuseWithoutFile() const
+{
+    if (m_fileName.isEmpty())
+        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
+    return m_fileName.isEmpty();
 }
 
 // ---- opening
@@ -214,15 +234,12 @@ void HexEditWidget::finishOpening(Loading &loading)
 
 void HexEditWidget::showOutsideChange()
 {
-    const bool gone = m_watch.isGone();
-    m_changeBar->setVisible(m_watch.differs());
-    m_reload->setVisible(!gone);
-    if (gone)
+    const bool edited = m_edit->isModified();
+    if (m_watch.isGone())
         m_edit->setUnsaved(); // nothing else has these bytes
-    m_changeText->setText(gone ? QStringLiteral("文件已被其他程序删除或改名，内容仍在编辑器中")
-                          : m_edit->isModified()
-                              ? QStringLiteral("文件已被其他程序修改，重新载入将丢失未保存的修改")
-                              : QStringLiteral("文件已被其他程序修改"));
+    m_changeBar->hide();
+    if (m_watch.differs())
+        m_changeBar->showChange(m_watch.isGone(), edited);
 }
 
 void HexEditWidget::reload()
@@ -248,43 +265,36 @@ void HexEditWidget::closeFile()
         showFile(Opened());
 }
 
+QtMessageBox::SaveAnswer HexEditWidget::askAboutEdits()
+{
+    return QtMessageBox::saveQuestion(
+        this, QString(),
+        QStringLiteral("文件有未保存的修改，是否保存?\n%1").arg(QFileInfo(m_fileName).fileName()));
+}
+
 bool HexEditWidget::mayDiscard()
 {
     if (!m_edit->isModified())
         return true;
-    const QString question =
-        QStringLiteral("文件有未保存的修改，是否保存?\n%1").arg(QFileInfo(m_fileName).fileName());
-    switch (QtMessageBox::saveQuestion(this, QString(), question)) {
-    case QtMessageBox::Save:
-        return save();
-    case QtMessageBox::Discard:
-        return true;
-    default:
-        return false;
-    }
+    const QtMessageBox::SaveAnswer answer = askAboutEdits();
+    return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && save());
 }
 
-// A copy is what we make of a file: after a move, its program would delete it.
 void HexEditWidget::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (onlyFileOf(event->mimeData()).isEmpty() || !(event->possibleActions() & Qt::CopyAction))
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    if (!onlyFileOf(event->mimeData()).isEmpty())
+        acceptCopy(event);
 }
 
 void HexEditWidget::dragMoveEvent(QDragMoveEvent *event)
 {
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    acceptCopy(event);
 }
 
 void HexEditWidget::dropEvent(QDropEvent *event)
 {
-    if (!(event->possibleActions() & Qt::CopyAction))
+    if (!acceptCopy(event))
         return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
     // The question must not keep the program waiting that the file comes from.
     const QString name = onlyFileOf(event->mimeData());
     QTimer::singleShot(0, this, [this, name] { openFile(name); });
@@ -294,29 +304,23 @@ void HexEditWidget::dropEvent(QDropEvent *event)
 
 bool HexEditWidget::save()
 {
-    if (m_fileName.isEmpty()) {
-        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
-        return false;
-    }
-    return mayOverwrite() && saveTo(m_fileName);
+    return !refuseWithoutFile() && mayOverwrite() && saveTo(m_fileName);
 }
 
 void HexEditWidget::saveAs()
 {
-    if (refuseWhileBusy())
+    if (refuseWhileBusy() || refuseWithoutFile())
         return;
-    if (m_fileName.isEmpty()) {
-        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
-        return;
-    }
     const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("另存为"), m_fileName,
                                                        QStringLiteral("所有文件(*.*)"));
     if (name.isEmpty())
         return;
-    if (HexSaver::targetOf(name) == HexSaver::targetOf(m_fileName))
+    if (HexSaver::targetOf(name) == HexSaver::targetOf(m_fileName)) {
         save();
-    else
+    } else {
+        HexSaver::setLeftoverAside(name);
         saveTo(name); // the dialog has asked before it overwrites
+    }
 }
 
 bool HexEditWidget::saveTo(const QString &fileName)

@@ -7,12 +7,15 @@
 #include "hexedit/hexfilewatch.h"
 #include "hexedit/hexreader.h"
 #include "hexedit/hexsaver.h"
+#include "shell/base/qtmessagebox.h"
 #include "shell/base/qtwidgetbase.h"
 
 #include <QSet>
 #include <memory>
+#include <optional>
 
 class FormPanel;
+class HexChangeBar;
 class HexChecksumPanel;
 class HexFindPanel;
 class HexJumpPanel;
@@ -37,6 +40,7 @@ public:
 
     QStringList counts() const override;
     bool mayClose() override;
+    bool saveBeforeExit() override;
     void reloadCodec() override;
 
     // Asks where edits would be lost, and whether bytes that a failed save left
@@ -77,12 +81,12 @@ private:
     QWidget *buildPanel();
     QWidget *buildWorkArea();
     QLayout *buildToolRow(QWidget *area);
-    QWidget *buildChangeBar(QWidget *area);
     QLayout *buildStateRow(QWidget *area);
     void connectParts();
     void drawIcons();
 
     bool refuseWhileBusy() const;
+    bool refuseWithoutFile() const;
     void chooseFile();
     // Reads the source, another file than the named one where a failed save
     // left the bytes there.
@@ -105,6 +109,7 @@ private:
     bool save();
     bool saveTo(const QString &fileName);
     void closeFile();
+    QtMessageBox::SaveAnswer askAboutEdits();
     bool mayDiscard();
     bool mayOverwrite();
     bool writeTo(QIODevice &device);
@@ -118,6 +123,7 @@ private:
     HexFileWatch m_watch;
     QSet<QString> m_declined; // leftovers that the user did not want
     HexSaver m_saver;
+    std::optional<QtMessageBox::SaveAnswer> m_exitAnswer; // to the question of mayClose()
     bool m_saving = false;
     qint64 m_savedBytes = 0;
     qint64 m_size = 0;
@@ -139,7 +145,5 @@ private:
     QLabel *m_fileLabel = nullptr;
     QLabel *m_selectionLabel = nullptr;
     QProgressBar *m_progress = nullptr;
-    QWidget *m_changeBar = nullptr;
-    QLabel *m_changeText = nullptr;
-    QPushButton *m_reload = nullptr;
+    HexChangeBar *m_changeBar = nullptr;
 };

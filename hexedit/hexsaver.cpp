@@ -54,12 +54,17 @@ QString rescueNameOf(const QString &fileName, int number)
     return number == 0 ? name : name + QString::number(number);
 }
 
-QString keptOld(const QString &target)
+QString freeRescueNameOf(const QString &fileName)
 {
     int number = 0;
-    while (QFileInfo::exists(rescueNameOf(target, number)))
+    while (QFileInfo::exists(rescueNameOf(fileName, number)))
         ++number;
-    const QString rescue = rescueNameOf(target, number);
+    return rescueNameOf(fileName, number);
+}
+
+QString keptOld(const QString &target)
+{
+    const QString rescue = freeRescueNameOf(target);
     return QStringLiteral("原内容保留在：\n%1\n")
         .arg(QDir::toNativeSeparators(QFile::rename(target, rescue) ? rescue : target));
 }
@@ -169,6 +174,13 @@ QStringList HexSaver::leftoversOf(const QString &fileName)
     if (next > 0)
         names += rescueNameOf(target, next - 1);
     return names;
+}
+
+void HexSaver::setLeftoverAside(const QString &fileName)
+{
+    const QString target = targetOf(fileName);
+    if (QFileInfo(temporaryOf(target)).isFile())
+        QFile::rename(temporaryOf(target), freeRescueNameOf(target));
 }
 
 HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,

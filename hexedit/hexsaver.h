@@ -46,6 +46,10 @@ public:
     // last of the old ones. Empty where nothing lies there.
     static QStringList leftoversOf(const QString &fileName);
 
+    // Before other bytes than the file's are saved there: gives new bytes that a
+    // failed save has left a name that is not written over.
+    static void setLeftoverAside(const QString &fileName);
+
 private:
     bool flushMeanwhile(const QString &fileName) const;
     bool copySlices(const QString &from, const QString &to) const;

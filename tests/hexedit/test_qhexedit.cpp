@@ -317,7 +317,7 @@ void TestQHexEdit::refusesWhatTextCannotSay()
 // It arrives where the caret was, and nothing is edited before.
 void TestQHexEdit::pastesLongTextInSlices()
 {
-    const int count = 4 << 20;
+    const int count = 6 << 20; // more than fits into the first slice
     showData("0123");
     keys("Ins Right");
     QApplication::clipboard()->setText(QStringLiteral("41 ").repeated(count));

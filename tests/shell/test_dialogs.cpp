@@ -320,6 +320,14 @@ private slots:
         auto *name = save.findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
         QVERIFY2(name->text().contains(QRegularExpression(QStringLiteral("^数据_\\d{8}_\\d{6}\\.txt$"))),
                  qPrintable(name->text()));
+        QString chosen = QStringLiteral("数据文件(*.bin)");
+        whenModal([](QWidget *dialog) {
+            auto *field = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+            QVERIFY2(field->text().endsWith(QStringLiteral(".bin")), qPrintable(field->text()));
+            dialog->close();
+        });
+        QtFileDialog::getSaveFileName(nullptr, {}, {}, QStringLiteral("文本文件(*.txt);;数据文件(*.bin)"),
+                                      &chosen);
         // Qt takes the button for one that opens folders.
         QVERIFY(QDir(m_root->path()).mkdir(QStringLiteral("folder")));
         save.show();
