@@ -10,6 +10,7 @@
 #include "shell/window/qtstatusbar.h"
 #include "tests/e2e/userhand.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QFile>
 #include <QPushButton>
@@ -41,6 +42,8 @@ Stage::Stage()
 {
     m_window.resize(1100, 760);
     m_window.show();
+    QObject::connect(&m_watch, &QTimer::timeout, &m_window, [this] { closeForgottenDialog(); });
+    m_watch.start(2 * kWaitLimitMs);
     m_ready = QTest::qWaitForWindowActive(&m_window, kWaitLimitMs);
 }
 
@@ -49,6 +52,18 @@ Stage::~Stage()
     DialogAnswers::instance() = DialogAnswers();
     if (QtMessageTip *tip = QtMessageTip::current())
         tip->sltTimeOut();
+}
+
+// A dialog that nobody expects would hold the tour until its time is over.
+void Stage::closeForgottenDialog()
+{
+    QWidget *dialog = QApplication::activeModalWidget();
+    if (dialog && dialog == m_dialog) {
+        QTest::qFail(qPrintable(QStringLiteral("nobody answers ") + dialog->windowTitle()), __FILE__,
+                     __LINE__);
+        dialog->close();
+    }
+    m_dialog = dialog;
 }
 
 QWidget *Stage::shownPage()

@@ -7,7 +7,9 @@
 #include "shell/window/noticelog.h"
 #include "tests/support/boardprocess.h"
 
+#include <QPointer>
 #include <QTemporaryDir>
+#include <QTimer>
 
 class QtTerminalWidget;
 
@@ -73,8 +75,11 @@ private:
         QTemporaryDir ports;
     };
     QWidget *shownPage();
+    void closeForgottenDialog();
 
     Surroundings m_surroundings;
     MainWindow m_window;
     bool m_ready = false;
+    QTimer m_watch;
+    QPointer<QWidget> m_dialog; // that was open when it was last looked
 };
