@@ -1,5 +1,7 @@
 #include "camera/cameraframe.h"
 
+#include "app/checksum.h"
+
 namespace CameraFrame {
 
 namespace {
@@ -22,20 +24,6 @@ quint32 readU32(const char *at)
     return static_cast<quint32>(readU16(at)) | static_cast<quint32>(readU16(at + 2)) << 16;
 }
 
-// The remainders of the sixteen nibbles for the reflected polynomial 0xA001.
-quint16 crc16(const char *bytes, qsizetype size, quint16 crc)
-{
-    static constexpr quint16 table[16] = {0x0000, 0xCC01, 0xD801, 0x1400, 0xF001, 0x3C00, 0x2800, 0xE401,
-                                          0xA001, 0x6C00, 0x7800, 0xB401, 0x5000, 0x9C01, 0x8801, 0x4400};
-    quint32 c = crc;
-    for (const char *end = bytes + size; bytes != end; ++bytes) {
-        c ^= static_cast<uchar>(*bytes);
-        c = c >> 4 ^ table[c & 0xF];
-        c = c >> 4 ^ table[c & 0xF];
-    }
-    return static_cast<quint16>(c);
-}
-
 QByteArray build(quint8 device, quint8 command, const QByteArray &body)
 {
     QByteArray packet(magic, magicSize);
@@ -44,7 +32,7 @@ QByteArray build(quint8 device, quint8 command, const QByteArray &body)
     appendNumber(packet, static_cast<quint32>(body.size() + overhead), 4);
     packet.append(static_cast<char>(command));
     packet.append(body);
-    appendNumber(packet, crc16(packet.constData(), packet.size()), 2);
+    appendNumber(packet, Crc::of(CrcModels::crc16Modbus, packet.constData(), packet.size()), 2);
     return packet;
 }
 

@@ -28,11 +28,6 @@ enum Command { ImageFormat = 1, ImageData = 2, WriteRegister = 16, ReadRegister 
 quint16 readU16(const char *at);
 quint32 readU32(const char *at);
 
-// CRC-16/MODBUS (0x8005 reflected, begins with 0xFFFF, no final XOR). May be
-// taken in pieces: pass what came out of the piece before.
-constexpr quint16 crcStart = 0xFFFF;
-quint16 crc16(const char *bytes, qsizetype size, quint16 crc = crcStart);
-
 QByteArray build(quint8 device, quint8 command, const QByteArray &body);
 
 // Requests to the board; the lengths are 1 to 4 bytes, higher bytes are cut off.

@@ -100,7 +100,7 @@ void FrameAssembler::extendChecksum()
     const qsizetype covered = qMin<qsizetype>(m_buffer.size(), qMax<qsizetype>(m_packetLength, 2) - 2);
     if (covered <= m_checked)
         return;
-    m_checksum = crc16(m_buffer.front() + m_checked, covered - m_checked, m_checksum);
+    m_checksum.add(m_buffer.front() + m_checked, covered - m_checked);
     m_checked = covered;
 }
 
@@ -178,7 +178,7 @@ bool FrameAssembler::takeImage(CameraEvent *event)
         event->checksumRight = false;
     } else {
         const int length = static_cast<int>(m_packetLength);
-        event->checksumRight = m_checksum == readU16(m_buffer.front() + length - 2);
+        event->checksumRight = m_checksum.value() == readU16(m_buffer.front() + length - 2);
         event->data = QByteArray(m_buffer.front() + bodyAt, length - overhead);
     }
     m_buffer.drop(m_packetLength);
@@ -214,7 +214,7 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
         m_packetLength = length;
         m_checked = 0;
         m_searched = 0;
-        m_checksum = crcStart;
+        m_checksum.reset();
         extendChecksum();
         event->kind = CameraEvent::ImageBegins;
         return true;

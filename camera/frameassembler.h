@@ -5,6 +5,7 @@
 // A stream that has lost its step is found again after a second. Knows no picture
 // format beyond the announcement and no link; the time is passed in.
 
+#include "app/checksum.h"
 #include "camera/bytequeue.h"
 #include "camera/cameraframe.h"
 
@@ -81,7 +82,7 @@ private:
     bool m_receiving = false;
     quint32 m_packetLength = 0; // while receiving
     qsizetype m_checked = 0;    // bytes of the packet that m_checksum covers
-    quint16 m_checksum = CameraFrame::crcStart;
+    Crc m_checksum{CrcModels::crc16Modbus};
 
     Loss m_loss;
     qint64 m_now = 0;
