@@ -74,7 +74,7 @@ void yuv422(const uchar *source, qsizetype sourceSize, int width, int height, bo
     const int chromaAt = 1 - lumaAt;
     for (int y = 0; y < height; ++y, output += stride) {
         const qsizetype row = static_cast<qsizetype>(width) * y * 2;
-        for (int x = 0; x < width; ++x) {
+        for (qsizetype x = 0; x < width; ++x) {
             const qsizetype pair = row + x / 2 * 4;
             const qsizetype luma = row + 2 * x + lumaAt;
             const qsizetype v = pair + 2 + chromaAt;

@@ -27,6 +27,12 @@ LinkSocket::LinkSocket(QObject *parent)
     });
 }
 
+// The base closes an open connection and reports it when this part is gone.
+LinkSocket::~LinkSocket()
+{
+    disconnect(this, nullptr, this, nullptr);
+}
+
 void LinkSocket::prepare()
 {
     m_undelivered = 0;

@@ -18,6 +18,7 @@ public:
     static constexpr qint64 maxQueued = 16LL * 1024 * 1024;
 
     explicit LinkSocket(QObject *parent = nullptr);
+    ~LinkSocket() override;
 
     // The bytes that were queued; 0 where it is not connected or being closed, -1
     // where too many are queued already. bytesWritten() reports what was handed over
