@@ -21,7 +21,7 @@ CameraLinkPanel::CameraLinkPanel(QWidget *parent)
 
     m_serial->setObjectName(QStringLiteral("comboCameraSerialPort"));
     m_baudRate->setObjectName(QStringLiteral("comboCameraBaudRate"));
-    m_baudRate->setToolTip(QStringLiteral("8位数据位，无校验，1位停止位；可输入其它波特率"));
+    m_baudRate->setToolTip(QStringLiteral("8位数据位，无校验，1位停止位；可输入其他波特率"));
     for (QComboBox *box : {static_cast<QComboBox *>(m_serial), m_baudRate})
         letShrink(box);
     addField(QStringLiteral("2.串口"), m_serial, {Serial});

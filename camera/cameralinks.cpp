@@ -117,7 +117,7 @@ void CameraDebugWidget::SltOpenLink()
 {
     if (isLinkOpen()) {
         closeLinks();
-        emit signalNotify(QStringLiteral("摄像头连接已关闭!"), kInformation);
+        emit signalNotify(QStringLiteral("摄像头连接已关闭！"), kInformation);
         return;
     }
     if (m_link->protocol() == CameraLinkPanel::Serial)
@@ -227,7 +227,7 @@ void CameraDebugWidget::showFailed(const QString &why)
     m_link->setOpenState(false);
     m_link->showState(why, true);
     m_viewer->setHint(kClosedHint);
-    m_status->state()->setState(StateIndicator::Failed, QStringLiteral("上次错误: %1").arg(why));
+    m_status->state()->setState(StateIndicator::Failed, QStringLiteral("上次错误：%1").arg(why));
 }
 
 void CameraDebugWidget::showPeers()
@@ -262,8 +262,8 @@ void CameraDebugWidget::clientDisconnected()
 
 void CameraDebugWidget::clientFailed(const QString &why)
 {
-    showFailed(QStringLiteral("连接失败: %1").arg(why));
-    emit signalNotify(QStringLiteral("[TCP Client]连接失败: %1").arg(why), kError);
+    showFailed(QStringLiteral("连接失败：%1").arg(why));
+    emit signalNotify(QStringLiteral("[TCP Client]连接失败：%1").arg(why), kError);
 }
 
 void CameraDebugWidget::SltReadFromTcpSocket()

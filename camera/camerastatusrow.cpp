@@ -62,8 +62,8 @@ void CameraStatusRow::showFrames(qint64 number, const CameraLosses &losses)
     m_number->setText(QStringLiteral("帧编号: %1").arg(number));
     const qint64 frames = losses.skipped + losses.unusable + losses.partial;
     m_skipped->setText(QStringLiteral("未显示: %1").arg(frames));
-    m_skipped->setToolTip(QStringLiteral("因来不及显示而跳过的帧: %1\n无法解码的帧: %2\n"
-                                         "不完整的帧: %3\n丢弃的无效数据: %4 字节")
+    m_skipped->setToolTip(QStringLiteral("因来不及显示而跳过的帧：%1\n无法解码的帧：%2\n"
+                                         "不完整的帧：%3\n丢弃的无效数据：%4 字节")
                               .arg(losses.skipped)
                               .arg(losses.unusable)
                               .arg(losses.partial)

@@ -59,7 +59,7 @@ QLineEdit *HexChecksumPanel::addResult(const QString &name, const char *objectNa
 
 void HexChecksumPanel::forget()
 {
-    m_range->setText(QStringLiteral("范围: 选中内容或整个文件"));
+    m_range->setText(QStringLiteral("范围：选中内容或整个文件"));
     for (QLineEdit *field : {m_crc32, m_crc16, m_sum, m_md5, m_sha256})
         showResult(field, QString());
 }
@@ -97,8 +97,8 @@ void HexChecksumPanel::compute()
                            [this, range, all](bool done) {
                                if (!done)
                                    return;
-                               m_range->setText(all ? QStringLiteral("范围: 整个文件")
-                                                    : QStringLiteral("范围: 地址%1起%2字节")
+                               m_range->setText(all ? QStringLiteral("范围：整个文件")
+                                                    : QStringLiteral("范围：地址%1起%2字节")
                                                           .arg(range->begin)
                                                           .arg(range->end - range->begin));
                                showResult(m_crc32, hexOf(range->sums.crc32(), 8));

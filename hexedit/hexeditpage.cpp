@@ -254,7 +254,7 @@ void HexEditWidget::showState()
     m_fileLabel->setText(m_edit->isModified() ? name + QStringLiteral(" *（未保存）") : name);
     m_fileLabel->setToolTip(QDir::toNativeSeparators(m_fileName));
     const qint64 selected = m_edit->selectionLength();
-    m_selectionLabel->setText(selected > 0 ? QStringLiteral("选中: 0x%1起%2字节")
+    m_selectionLabel->setText(selected > 0 ? QStringLiteral("选中：0x%1起%2字节")
                                                  .arg(QString::number(m_edit->selectionBegin(), 16).toUpper())
                                                  .arg(selected)
                                            : QString());

@@ -179,7 +179,7 @@ void HexEditWidget::load(const QString &fileName, const QString &source, qint64 
     }
     if (loading->sourceStamp.size > kLargeFile &&
         QtMessageBox::question(this, QString(),
-                               QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗?")
+                               QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗？")
                                    .arg(double(loading->sourceStamp.size) / double(1 << 30), 0, 'f', 1)) != 1)
         return;
     loading->before = {m_fileName, m_watch.stamp(), std::move(m_edit->document()), m_edit->address()};
@@ -269,7 +269,7 @@ QtMessageBox::SaveAnswer HexEditWidget::askAboutEdits()
 {
     return QtMessageBox::saveQuestion(
         this, QString(),
-        QStringLiteral("文件有未保存的修改，是否保存?\n%1").arg(QFileInfo(m_fileName).fileName()));
+        QStringLiteral("文件有未保存的修改，是否保存？\n%1").arg(QFileInfo(m_fileName).fileName()));
 }
 
 bool HexEditWidget::mayDiscard()
@@ -357,7 +357,8 @@ bool HexEditWidget::mayOverwrite()
     const FileStamp now = FileStamp::of(m_fileName);
     return !now.exists || now == m_watch.stamp() ||
            QtMessageBox::question(this, QStringLiteral("告警"),
-                                  QStringLiteral("文件打开之后已被其他程序修改，确定用当前内容覆盖吗?")) == 1;
+                                  QStringLiteral("文件打开之后已被其他程序修改，确定用当前内容覆盖吗？")) ==
+               1;
 }
 
 bool HexEditWidget::writeTo(QIODevice &device)
@@ -391,8 +392,8 @@ void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome, const QString 
         return;
     }
     emit signalNotify(
-        QStringLiteral("保存失败: %1。%2").arg(outcome.reason, outcome.consequence).simplified(), 255);
+        QStringLiteral("保存失败：%1。%2").arg(outcome.reason, outcome.consequence).simplified(), 255);
     QtMessageBox::warning(this, QStringLiteral("QHexEdit"),
-                          QStringLiteral("Cannot write file %1.\n原因: %2\n%3")
+                          QStringLiteral("Cannot write file %1.\n原因：%2\n%3")
                               .arg(QDir::toNativeSeparators(fileName), outcome.reason, outcome.consequence));
 }

@@ -46,7 +46,7 @@ void NetworkToolWidget::connectSockets()
     });
     connect(m_server, &QTcpServer::acceptError, this, [this](QAbstractSocket::SocketError error) {
         emit signalNotify(
-            QStringLiteral("无法接受新的客户端: %1").arg(socketErrorText(error, m_server->errorString())),
+            QStringLiteral("无法接受新的客户端：%1").arg(socketErrorText(error, m_server->errorString())),
             kError);
     });
 
@@ -68,8 +68,8 @@ void NetworkToolWidget::connectSockets()
     connect(m_socket, &ClientSocket::received, this,
             [this](const QByteArray &bytes) { sltRecvSocketMessage(kFromServer, bytes); });
     connect(m_socket, &ClientSocket::failed, this, [this](const QString &why) {
-        showFailed(QStringLiteral("连接失败: %1").arg(why));
-        emit signalNotify(QStringLiteral("[TCP Client]连接失败: %1").arg(why), kError);
+        showFailed(QStringLiteral("连接失败：%1").arg(why));
+        emit signalNotify(QStringLiteral("[TCP Client]连接失败：%1").arg(why), kError);
     });
     connect(m_udp, &QUdpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromUdp);
     connect(m_udp, &DatagramSocket::received, this, [this](const QString &sender, const QByteArray &bytes) {
@@ -224,7 +224,7 @@ void NetworkToolWidget::showClosed(const QString &state)
 
 void NetworkToolWidget::showFinishing()
 {
-    const auto text = QStringLiteral("正在发送剩余数据，再次点击可放弃");
+    const auto text = QStringLiteral("正在发送剩余数据，再次单击可放弃");
     m_config->showState(text, false);
     m_sendBox->setDeviceOpen(false);
     m_state->setState(StateIndicator::Busy, text);
@@ -234,7 +234,7 @@ void NetworkToolWidget::showFailed(const QString &why)
 {
     showClosed(QString());
     m_config->showState(why, true);
-    m_state->setState(StateIndicator::Failed, QStringLiteral("上次错误: %1").arg(why));
+    m_state->setState(StateIndicator::Failed, QStringLiteral("上次错误：%1").arg(why));
 }
 
 void NetworkToolWidget::saveSettings()
@@ -400,7 +400,7 @@ qint64 NetworkToolWidget::sendDatagram(const QByteArray &bytes)
     } else {
         const qint64 sent = m_udp->writeDatagram(bytes, address, port);
         if (sent < 0)
-            tellNotSent(QStringLiteral("数据发送失败: %1")
+            tellNotSent(QStringLiteral("数据发送失败：%1")
                             .arg(socketErrorText(m_udp->error(), m_udp->errorString())));
         m_sendCount += qMax<qint64>(0, sent);
         m_area->refreshCounts();

@@ -65,7 +65,7 @@ public:
         m_number = number;
         const bool fits = fontMetrics().horizontalAdvance(number) <= contentsRect().width();
         setText(fits ? number : QStringLiteral("…"));
-        setToolTip(QStringLiteral("当前值: ") + (number.isEmpty() ? QStringLiteral("无") : number));
+        setToolTip(QStringLiteral("当前值：") + (number.isEmpty() ? QStringLiteral("无") : number));
     }
 
 protected:

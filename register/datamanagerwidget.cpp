@@ -152,7 +152,7 @@ bool DataManagerWidget::mayDeletePage(int page)
         std::count_if(first, first + rowsPerPage, [](const RegisterRow &row) { return !row.isEmpty(); });
     if (filled == 0)
         return true;
-    const QString text = QStringLiteral("当前页有%1行已填写，是否确认删除当前页?").arg(filled);
+    const QString text = QStringLiteral("当前页有%1行已填写，是否确认删除当前页？").arg(filled);
     if (QtMessageBox::question(this, kQuestion, text) != 1)
         return false;
     m_isModified = true;
@@ -268,7 +268,7 @@ bool DataManagerWidget::mayClose()
     if (!m_isModified || usedRows() == 0)
         return true;
     const QString text =
-        QStringLiteral("寄存器表[%1]有尚未导出的数据，是否保存?").arg(windowTitle().trimmed());
+        QStringLiteral("寄存器表[%1]有尚未导出的数据，是否保存？").arg(windowTitle().trimmed());
     const auto answer = QtMessageBox::saveQuestion(this, kQuestion, text);
     return answer == QtMessageBox::Save ? exportTable() : answer == QtMessageBox::Discard;
 }
@@ -280,7 +280,7 @@ bool DataManagerWidget::exportTable()
         return false;
     QString why;
     if (!SafeFile::write(name, RegisterCsv::write(m_rows.mid(0, usedRows())), &why)) {
-        showProgress(QStringLiteral("导出失败: %1").arg(why));
+        showProgress(QStringLiteral("导出失败：%1").arg(why));
         QtMessageBox::warning(this, kWarning, kCannotOpen);
         return false;
     }
@@ -303,7 +303,7 @@ void DataManagerWidget::importTable()
     else if (size > kMostFileBytes)
         why = QStringLiteral("文件过大");
     if (!why.isEmpty() || !SafeFile::read(name, kMostFileBytes, &content, &why)) {
-        showProgress(QStringLiteral("导入失败: %1").arg(why));
+        showProgress(QStringLiteral("导入失败：%1").arg(why));
         QtMessageBox::warning(this, kWarning, kCannotOpen);
         return;
     }
@@ -316,7 +316,7 @@ void DataManagerWidget::importTable()
 void DataManagerWidget::importSome()
 {
     if (m_reader->read(kLinesAtOnce)) {
-        showProgress(QStringLiteral("正在导入: %1 行").arg(m_reader->rows().size()));
+        showProgress(QStringLiteral("正在导入：%1 行").arg(m_reader->rows().size()));
         QTimer::singleShot(0, this, &DataManagerWidget::importSome);
         return;
     }
@@ -349,7 +349,8 @@ void DataManagerWidget::endImport()
 
 void DataManagerWidget::clearTable()
 {
-    if (usedRows() > 0 && QtMessageBox::question(this, kQuestion, QStringLiteral("是否清空所有寄存器?")) != 1)
+    if (usedRows() > 0 &&
+        QtMessageBox::question(this, kQuestion, QStringLiteral("是否清空所有寄存器？")) != 1)
         return;
     setRows({});
     m_isModified = false;

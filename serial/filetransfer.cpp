@@ -140,13 +140,13 @@ void FileTransfer::showEnd(Ymodem::Status status)
         m_view->appendText(reason);
     const QStringList unsent = m_driver ? m_driver->unsentFiles() : QStringList();
     for (const QString &file : unsent)
-        m_view->appendText(QStringLiteral("未完成: %1").arg(file));
+        m_view->appendText(QStringLiteral("未完成：%1").arg(file));
     if (status == Ymodem::Finish && reason.isEmpty())
         emit notify(QStringLiteral("文件传输完成！"), kInformation);
     else if (status == Ymodem::Finish)
         emit notify(QStringLiteral("文件传输完成！%1").arg(reason), kError);
     else
-        emit notify(QStringLiteral("%1: %2").arg(endText(status), reason), kError);
+        emit notify(QStringLiteral("%1：%2").arg(endText(status), reason), kError);
 }
 
 void FileTransfer::showHint(const QString &text)

@@ -91,7 +91,7 @@ void SerialportWidget::SltOpenSerialport()
     emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
     if (!refused.isEmpty())
         emit signalNotify(
-            QStringLiteral("串口[%1]不支持以下参数: %2").arg(name, refused.join(QStringLiteral("、"))),
+            QStringLiteral("串口[%1]不支持以下参数：%2").arg(name, refused.join(QStringLiteral("、"))),
             kError);
     m_config->rememberDefaults();
 }
@@ -343,7 +343,7 @@ bool SerialportWidget::mayClose()
         SltRecvFromSerialport();
     if (m_transfer->isBusy() &&
         QtMessageBox::question(this, QStringLiteral("询问"),
-                               QStringLiteral("正在传输文件，是否终止传输并退出?")) == 0)
+                               QStringLiteral("正在传输文件，是否终止传输并退出？")) == 0)
         return false;
     return m_received->mayClose();
 }

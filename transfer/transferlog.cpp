@@ -42,7 +42,7 @@ QString packetText(const QByteArray &packet)
     if (packet.at(0) == Ymodem::Can)
         return QStringLiteral("%1 × %2").arg(name).arg(packet.size());
     const int data = packet.size() - 5;
-    return QStringLiteral("%1 序号%2 数据%3字节: %4")
+    return QStringLiteral("%1 序号%2 数据%3字节：%4")
         .arg(name)
         .arg(static_cast<uchar>(packet.at(1)))
         .arg(data)

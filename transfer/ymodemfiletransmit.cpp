@@ -41,10 +41,10 @@ QString whyNotReadable(const QString &name)
     const QFileInfo info(name);
     const QString shown = QDir::toNativeSeparators(name);
     if (!info.exists())
-        return QStringLiteral("文件不存在: %1").arg(shown);
+        return QStringLiteral("文件不存在：%1").arg(shown);
     if (info.isDir())
-        return QStringLiteral("不能传输文件夹: %1").arg(shown);
-    return QStringLiteral("文件无法读取: %1").arg(shown);
+        return QStringLiteral("不能传输文件夹：%1").arg(shown);
+    return QStringLiteral("文件无法读取：%1").arg(shown);
 }
 
 } // namespace
@@ -164,7 +164,7 @@ void YmodemFileTransmit::clearRecords(const QSerialPort &port)
     m_sentBytes = 0;
     m_log.clear();
     m_clock.start();
-    m_log.note(0, QStringLiteral("开始传输 %1个文件, 端口 %2, 波特率 %3")
+    m_log.note(0, QStringLiteral("开始传输 %1个文件，端口 %2，波特率 %3")
                       .arg(m_files.size())
                       .arg(port.portName())
                       .arg(port.baudRate()));
@@ -200,7 +200,7 @@ Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
     m_log.note(now, reason.isEmpty() ? QStringLiteral("传输完成") : reason);
     const QStringList unsent = unsentFiles();
     for (const QString &name : unsent)
-        m_log.note(now, QStringLiteral("未完成: %1").arg(name));
+        m_log.note(now, QStringLiteral("未完成：%1").arg(name));
     const qint64 drainMs = qBound<qint64>(0, m_lineFreeAtUs / 1000 - now, kLongestDrainMs);
     m_writeTimer.start(kLastWordsMs + static_cast<int>(drainMs));
     emit transmitStatus(status, QString());
@@ -211,7 +211,7 @@ Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
 QString YmodemFileTransmit::blemish() const
 {
     if (!m_changed.isEmpty())
-        return QStringLiteral("文件在传输过程中被修改，收到的内容可能是旧的或新旧混杂: %1")
+        return QStringLiteral("文件在传输过程中被修改，收到的内容可能是旧的或新旧混杂：%1")
             .arg(m_changed.join(QStringLiteral("、")));
     if (!unsentFiles().isEmpty())
         return QStringLiteral("接收端提前结束了本批传输，部分文件未发送");
@@ -355,7 +355,7 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
     const QByteArray header = fileHeader(name, m_fileSize);
     std::copy(header.begin(), header.end(), buffer);
     *length = blockZeroSize;
-    m_log.note(m_clock.elapsed(), QStringLiteral("文件 %1, %2字节").arg(name).arg(m_fileSize));
+    m_log.note(m_clock.elapsed(), QStringLiteral("文件 %1，%2字节").arg(name).arg(m_fileSize));
     m_status = Establish;
     m_restartTold = false;
     emit transmitStatus(Establish, name);
@@ -378,7 +378,7 @@ Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
     const qint64 block = left <= kSmallBlock ? kSmallBlock : kLargeBlock;
     const qint64 wanted = std::min(block, left);
     if (m_file.read(reinterpret_cast<char *>(buffer), wanted) != wanted)
-        return end(Error, QStringLiteral("文件在传输过程中变短或无法读取: %1").arg(m_file.fileName()));
+        return end(Error, QStringLiteral("文件在传输过程中变短或无法读取：%1").arg(m_file.fileName()));
     *length = static_cast<uint32>(block);
     m_sentBytes += wanted;
     m_progress = static_cast<int>(m_sentBytes * 100 / m_fileSize);

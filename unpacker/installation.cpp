@@ -135,12 +135,12 @@ bool Installation::mayReplace(const Package &package, std::string &problem) cons
             may = folder == fs::file_type::directory || folder == fs::file_type::not_found;
         }
         if (!may) {
-            problem = "程序目录中已有同名的文件夹或链接: " + file.path;
+            problem = "程序目录中已有同名的文件夹或链接：" + file.path;
             return false;
         }
     }
     if (!fs::is_regular_file(executablePath(), error)) {
-        problem = "未找到程序文件: " + m_executable;
+        problem = "未找到程序文件：" + m_executable;
         return false;
     }
     return true;
@@ -164,7 +164,7 @@ bool Installation::update(ZipReader &reader, const Package &package, const fs::p
     if (!mayReplace(package, problem))
         return false;
     if (!clean()) {
-        problem = "无法写入程序目录: " + m_detail;
+        problem = "无法写入程序目录：" + m_detail;
         return false;
     }
     if (!hasRoom(package)) {
@@ -173,14 +173,14 @@ bool Installation::update(ZipReader &reader, const Package &package, const fs::p
     }
     if (!stage(reader, package, unpacker, problem)) {
         if (problem.empty())
-            problem = "无法写入程序目录，请检查磁盘空间和权限: " + m_detail;
+            problem = "无法写入程序目录，请检查磁盘空间和权限：" + m_detail;
         clean();
         return false;
     }
     // From here on the executable is the unpacker, and finish() can do the rest.
     if (move(m_work / "stub", executablePath()) && sync())
         return finish(problem);
-    problem = "无法替换程序文件: " + m_detail;
+    problem = "无法替换程序文件：" + m_detail;
     if (!isHalfway()) {
         clean();
         return false;
@@ -250,7 +250,7 @@ bool Installation::finish(std::string &problem)
     }
     if (goForward())
         return true;
-    problem = "无法替换文件: " + m_detail;
+    problem = "无法替换文件：" + m_detail;
     goBack();
     return false;
 }

@@ -38,8 +38,8 @@ int restart(const fs::path &program, const std::string &problem)
         arguments = {"--notice", problem};
     }
     if (!Platform::start(program, arguments))
-        Platform::showMessage((problem.empty() ? problem : problem + '\n') +
-                              "无法启动程序: " + program.u8string());
+        Platform::showMessage((problem.empty() ? problem : problem + '\n') + "无法启动程序：" +
+                              program.u8string());
     return problem.empty() ? 0 : 1;
 }
 
@@ -47,8 +47,8 @@ int restart(const fs::path &program, const std::string &problem)
 int giveUp(const Installation &installation, const std::string &problem)
 {
     if (!installation.isHalfway())
-        return restart(installation.executablePath(), "升级失败，程序仍为原来的版本: " + problem);
-    Platform::showMessage("升级没有完成: " + problem +
+        return restart(installation.executablePath(), "升级失败，程序仍为原来的版本：" + problem);
+    Platform::showMessage("升级没有完成：" + problem +
                           "\n请关闭正在使用程序目录的其他程序，然后再次启动本程序，升级会自动处理完毕。");
     return 1;
 }
@@ -60,7 +60,7 @@ bool exchangeFiles(Installation &installation, const fs::path &packagePath, cons
         return false;
     std::ifstream file(packagePath, std::ios::binary);
     if (!file) {
-        problem = "未找到升级包: " + packagePath.u8string();
+        problem = "未找到升级包：" + packagePath.u8string();
         return false;
     }
     ZipReader reader(file);

@@ -371,7 +371,7 @@ void QtUpdateDialog::leaveToUser(const QString &status)
     const QString place = QDir::toNativeSeparators(m_strFileName);
     m_update->setEnabled(true);
     setStatus(status, place);
-    m_notes->setPlainText(QStringLiteral("升级包已下载到:\n%1").arg(place));
+    m_notes->setPlainText(QStringLiteral("升级包已下载到：\n%1").arg(place));
 }
 
 void QtUpdateDialog::endRequests()

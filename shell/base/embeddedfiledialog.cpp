@@ -70,7 +70,7 @@ bool EmbeddedFileDialog::mayOverwrite()
     if (files.isEmpty() || !target.exists() || target.isDir())
         return true;
     return QtMessageBox::question(this, QStringLiteral("询问"),
-                                  QStringLiteral("文件已存在，是否覆盖?\n%1").arg(target.fileName())) == 1;
+                                  QStringLiteral("文件已存在，是否覆盖？\n%1").arg(target.fileName())) == 1;
 }
 
 bool EmbeddedFileDialog::allExist()
@@ -81,7 +81,7 @@ bool EmbeddedFileDialog::allExist()
             continue;
         QtMessageBox::warning(
             this, QStringLiteral("告警"),
-            QStringLiteral("文件不存在，请重新选择!\n%1").arg(QDir::toNativeSeparators(file)));
+            QStringLiteral("文件不存在，请重新选择！\n%1").arg(QDir::toNativeSeparators(file)));
         return false;
     }
     return true;
@@ -129,13 +129,13 @@ void EmbeddedFileDialog::deleteSelected()
         names.append(QStringLiteral("等%1项").arg(chosen.size()));
     if (QtMessageBox::question(
             this, QStringLiteral("询问"),
-            QStringLiteral("确定删除吗? 删除后不能恢复。\n%1").arg(names.join(QLatin1Char('\n')))) != 1)
+            QStringLiteral("确定删除吗？删除后不能恢复。\n%1").arg(names.join(QLatin1Char('\n')))) != 1)
         return;
     for (const QPersistentModelIndex &index : qAsConst(chosen)) {
         const QString name = model->fileName(index);
         if (index.isValid() && !model->remove(index))
             QtMessageBox::warning(this, QStringLiteral("告警"),
-                                  QStringLiteral("无法删除，可能没有权限:\n%1").arg(name));
+                                  QStringLiteral("无法删除，可能没有权限：\n%1").arg(name));
     }
 }
 

@@ -103,7 +103,7 @@ void TestCameraPage::resynchronizes()
     QCOMPARE(m_notices->size(), 1);
     QCOMPARE(lastNotice(), QStringLiteral("图像数据失步，已重新同步"));
     m_page->SltCalculationRate();
-    QVERIFY(!child<QLabel>("labelSkipped")->toolTip().contains(QStringLiteral("数据: 0 字节")));
+    QVERIFY(!child<QLabel>("labelSkipped")->toolTip().contains(QStringLiteral("数据：0 字节")));
     QCOMPARE(child<QLabel>("labelImageError")->toolTip(), QStringLiteral("设备[1]的图像数据校验错误"));
 }
 

@@ -103,7 +103,7 @@ void HexTour::warnsBeforeEditsAreLost()
     QVERIFY(openFile(stage(), QStringLiteral("rom.bin"), "0123"));
     QVERIFY(UserHand::type(QStringLiteral("41")));
     auto *edit = stage().find<QHexEdit>("hexEdit");
-    const QString question = QStringLiteral("文件有未保存的修改，是否保存?\nrom.bin");
+    const QString question = QStringLiteral("文件有未保存的修改，是否保存？\nrom.bin");
     QVERIFY(
         answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); }, question, Qt::Key_Escape));
     QVERIFY(answers([this] { return UserHand::click(stage().find<QWidget>("btnClose")); }, question,

@@ -118,7 +118,7 @@ void NetworkTour::connectsToABoard()
     QCOMPARE(open->text(), QStringLiteral("建立连接"));
     // Nobody there: said beside the button. And once somebody is, one click is enough.
     QVERIFY(UserHand::click(open));
-    WAIT_EQUAL(stage().find<QLabel>("labelLinkState")->text(), QStringLiteral("连接失败: 对方拒绝连接"));
+    WAIT_EQUAL(stage().find<QLabel>("labelLinkState")->text(), QStringLiteral("连接失败：对方拒绝连接"));
     QVERIFY(board.startOnNetwork("tcp-server", {"--address", "::1", "--net-port", port}));
     QVERIFY(UserHand::click(open));
     QVERIFY(stage().waitForNotice(QStringLiteral("[TCP Client]与服务器连接成功！！！"), Notice::Information));

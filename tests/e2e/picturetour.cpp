@@ -24,7 +24,8 @@
 
 namespace {
 
-constexpr int kMovingMs = 10000; // what has not come to rest by then moves
+constexpr int kMovingMs = 10000;       // what has not come to rest by then moves
+constexpr QSize kFirstSize(1000, 550); // the window's, at the first start
 
 const char *const kTools[] = {"serial", "camera", "network", "pid", "hexedit"};
 
@@ -126,7 +127,9 @@ void PictureTour::save(const QString &name, const QPixmap &picture) const
 
 bool PictureTour::chooseSkin(const QString &skin)
 {
-    return stage().chooseSetting({QStringLiteral("主题"), skin}) &&
+    stage().window().resize(kFirstSize);
+    return QTest::qWaitFor([this] { return stage().window().size() == kFirstSize; }, kWaitLimitMs) &&
+           stage().chooseSetting({QStringLiteral("主题"), skin}) &&
            stage().chooseSetting({QStringLiteral("编码设置"), QStringLiteral("UTF-8")});
 }
 
@@ -233,7 +236,7 @@ void PictureTour::network()
     QVERIFY(UserHand::choose(protocols, QStringLiteral("TCP Client")));
     QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("1")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
-    WAIT_EQUAL(stage().find<QLabel>("labelLinkState")->text(), QStringLiteral("连接失败: 对方拒绝连接"));
+    WAIT_EQUAL(stage().find<QLabel>("labelLinkState")->text(), QStringLiteral("连接失败：对方拒绝连接"));
     save(QStringLiteral("network-failed"), onScreen(protocols));
     QVERIFY(UserHand::typeInto(stage().find<QLineEdit>("editPort"), QStringLiteral("70000")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
@@ -358,7 +361,7 @@ void PictureTour::fileSending()
     WAIT_FOR(stage().find<QProgressBar>("progressTransfer")->value() >= 20); // with time left for a picture
     save(QStringLiteral("filesend%1").arg(suffix), onScreen(pages));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnSendFiles")));
-    QVERIFY(stage().waitForNotice(QStringLiteral("传输终止: 用户停止了传输"), Notice::Error));
+    QVERIFY(stage().waitForNotice(QStringLiteral("传输终止：用户停止了传输"), Notice::Error));
     WAIT_EQUAL(stage().find<QPushButton>("btnSendFiles")->text(), QStringLiteral("发送文件"));
     QVERIFY(
         UserHand::inDialog([this] { return UserHand::click(stage().find<QPushButton>("btnTransferLog")); },

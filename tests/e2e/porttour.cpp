@@ -70,7 +70,7 @@ void PortTour::staysOpenWithRefusedParameters()
     QVERIFY(UserHand::choose(stage().find<QComboBox>("comboPort"), QStringLiteral("COM3 虚拟串口")));
     QVERIFY(UserHand::choose(stage().find<QComboBox>("comboDataBits"), QStringLiteral("7")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpen")));
-    QVERIFY(stage().waitForNotice(QStringLiteral("串口[COM3]不支持以下参数: 数据位 7"), Notice::Error));
+    QVERIFY(stage().waitForNotice(QStringLiteral("串口[COM3]不支持以下参数：数据位 7"), Notice::Error));
     QVERIFY(stage().isOpenShown());
     QVERIFY(board.waitForEvent(QStringLiteral("host arrived")));
 }

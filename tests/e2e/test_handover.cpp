@@ -64,7 +64,7 @@ void TestHandover::updatesTheProgram()
     old.start(in("Korvex"), {in("rom.bin")});
     QTRY_VERIFY_WITH_TIMEOUT(old.state() == QProcess::NotRunning, 120000);
     QCOMPARE(old.exitCode(), 0);
-    QCOMPARE(contentOf(in("tmp/asked")), QByteArray("文件有未保存的修改，是否保存?\nrom.bin\n"));
+    QCOMPARE(contentOf(in("tmp/asked")), QByteArray("文件有未保存的修改，是否保存？\nrom.bin\n"));
 
     // It is the new file that runs, and it has got as far as a display.
     QTRY_VERIFY_WITH_TIMEOUT(processOf(in("Korvex")) != 0, 60000);

@@ -70,8 +70,8 @@ void TestNetworkClient::connectsAfterARefusal_data()
 {
     QTest::addColumn<QString>("address");
     QTest::addColumn<QString>("state");
-    QTest::newRow("refused") << "127.0.0.1" << QStringLiteral("连接失败: 对方拒绝连接");
-    QTest::newRow("no such host") << "no-such-host.invalid" << QStringLiteral("连接失败: 找不到该主机");
+    QTest::newRow("refused") << "127.0.0.1" << QStringLiteral("连接失败：对方拒绝连接");
+    QTest::newRow("no such host") << "no-such-host.invalid" << QStringLiteral("连接失败：找不到该主机");
     QTest::newRow("nonsense") << "a b c" << QString();
     QTest::newRow("unreachable") << "255.255.255.255" << QString();
 }
@@ -83,10 +83,10 @@ void TestNetworkClient::connectsAfterARefusal()
     write("editServerAddress", address);
     open(Client, freePort());
     WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
-    QVERIFY(stateText().startsWith(QStringLiteral("连接失败: ")));
+    QVERIFY(stateText().startsWith(QStringLiteral("连接失败：")));
     if (!state.isEmpty())
         QCOMPARE(stateText(), state);
-    QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(), QStringLiteral("上次错误: ") + stateText());
+    QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(), QStringLiteral("上次错误：") + stateText());
     QCOMPARE(lastNotice(), QStringLiteral("[TCP Client]") + stateText());
     QCOMPARE(caption(), QStringLiteral("建立连接"));
     QVERIFY(fieldsAreEnabled(true));
@@ -147,7 +147,7 @@ void TestNetworkClient::deliversBeforeDisconnecting()
     else
         click("btnOpen");
     QVERIFY(!m_page->isClosed());
-    QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次点击可放弃"));
+    QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次单击可放弃"));
     m_page->sltSendData("late");
     if (act == "deaf") {
         click("btnOpen");

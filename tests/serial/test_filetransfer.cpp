@@ -182,7 +182,7 @@ void TestFileTransfer::endsInEveryWay()
     QVERIFY(waitForEnd());
     QVERIFY2(text().contains(words), qPrintable(text()));
     QCOMPARE(text().count(words), 1);
-    QVERIFY(text().endsWith(QStringLiteral("未完成: ") + name));
+    QVERIFY(text().endsWith(QStringLiteral("未完成：") + name));
     QCOMPARE(lastKind(), 255);
     if (how == "cancel") {
         QCOMPARE(child<QProgressBar>("progressTransfer")->value(), 68);
@@ -280,7 +280,7 @@ void TestFileTransfer::asksBeforeClosing()
         return answer;
     };
     QVERIFY(!m_page->mayClose());
-    QCOMPARE(asked, QStringLiteral("正在传输文件，是否终止传输并退出?"));
+    QCOMPARE(asked, QStringLiteral("正在传输文件，是否终止传输并退出？"));
     QCOMPARE(sendButton(), QStringLiteral("停止发送")); // it goes on
     answer = 1;
     QVERIFY(m_page->mayClose());

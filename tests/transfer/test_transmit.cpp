@@ -245,8 +245,8 @@ void TestTransmit::namesWhatWasNotSent()
     QVERIFY(waitForEnd());
     QCOMPARE(statuses().last(), 3);
     QCOMPARE(m_transmit->unsentFiles(), QStringList{names.at(1)});
-    QVERIFY(m_transmit->log().text().contains(QStringLiteral("未完成: ") + names.at(1)));
-    QVERIFY(!m_transmit->log().text().contains(QStringLiteral("未完成: ") + names.at(0)));
+    QVERIFY(m_transmit->log().text().contains(QStringLiteral("未完成：") + names.at(1)));
+    QVERIFY(!m_transmit->log().text().contains(QStringLiteral("未完成：") + names.at(0)));
 }
 
 void TestTransmit::stopsAndSendsAgain()
@@ -355,7 +355,7 @@ void TestTransmit::logsBeginningAndEnd()
     QCOMPARE(lines.at(1000), QStringLiteral("…… 省略9003行 ……"));
     QCOMPARE(lines.at(20998), QStringLiteral("[1234.567 s] 接收 ACK"));
     QCOMPARE(lines.at(20999), QStringLiteral("[1234.568 s] 接收 3F 3F"));
-    QVERIFY(lines.at(21000).startsWith(QStringLiteral("[1234.569 s] 发送 SOH 序号0 数据128字节: 00 00")));
+    QVERIFY(lines.at(21000).startsWith(QStringLiteral("[1234.569 s] 发送 SOH 序号0 数据128字节：00 00")));
 }
 
 QTEST_GUILESS_MAIN(TestTransmit)

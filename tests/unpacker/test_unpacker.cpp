@@ -166,7 +166,7 @@ void TestUnpacker::saysWhatWentWrong()
     QCOMPARE(shell.exitCode(), 1);
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kPatienceMs);
     const QString told = content("started");
-    const QString said = QStringLiteral("升级失败，程序仍为原来的版本: ") + says;
+    const QString said = QStringLiteral("升级失败，程序仍为原来的版本：") + says;
     QVERIFY2(told.startsWith("old\n" + path("app") + "\n--notice\n" + said), qPrintable(told));
     QVERIFY(QString::fromUtf8(shell.readAllStandardError()).contains(said));
     QCOMPARE(content("app/App"), application("old"));
