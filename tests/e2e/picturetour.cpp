@@ -220,8 +220,9 @@ void PictureTour::sendPages()
     QVERIFY(UserHand::click(stage().find<QWidget>("radioRecvHex")));
     QVERIFY(UserHand::click(stage().find<QWidget>("radioSendHex")));
     QVERIFY(UserHand::typeInto(stage().find<QWidget>("textEditSend"), QStringLiteral("61 64 63 0D 0A 7")));
+    const qint64 before = stage().receivedShown();
     QVERIFY(UserHand::click(stage().find<QWidget>("btnSingleSend")));
-    WAIT_FOR(stage().shownText().contains(QStringLiteral("HEX >")));
+    WAIT_FOR(stage().shownText().contains(QStringLiteral("HEX >")) && stage().receivedShown() > before);
     save(QStringLiteral("hexadecimal"), onScreen(pages));
 }
 
