@@ -83,7 +83,7 @@ bool Installation::isHalfway() const
 bool Installation::succeeded(const std::error_code &error, const fs::path &path)
 {
     if (error)
-        m_detail = path.lexically_relative(m_folder).generic_u8string() + ": " + Platform::reason(error);
+        m_detail = path.lexically_relative(m_folder).generic_u8string() + "：" + Platform::reason(error);
     return !error;
 }
 

@@ -15,7 +15,7 @@ std::string firstPart(const std::string &path)
 
 bool fail(std::string &problem, const std::string &text, const std::string &name = {})
 {
-    problem = name.empty() ? text : text + ": " + name;
+    problem = name.empty() ? text : text + "：" + name;
     return false;
 }
 

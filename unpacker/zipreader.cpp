@@ -192,7 +192,7 @@ bool ZipReader::extract(const ZipEntry &entry, const Sink &sink, std::string &pr
     if (refused)
         return false; // the sink knows why
     return (done && handedOut == entry.size && crc == entry.crc) ||
-           fail(problem, std::string(kDamaged) + ": " + entry.name);
+           fail(problem, std::string(kDamaged) + "：" + entry.name);
 }
 
 bool ZipReader::copyEntry(const ZipEntry &entry, const Sink &sink)
