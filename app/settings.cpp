@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QSettings>
 #include <QStorageInfo>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -45,6 +46,15 @@ const QList<Default> &firstStartValues()
         {DAPCfg::group, DAPCfg::language, QStringLiteral("qt_app_zh.qm")},
     };
     return values;
+}
+
+void setFirstStartValues(QSettings &file)
+{
+    for (const Default &value : firstStartValues()) {
+        file.beginGroup(value.group);
+        file.setValue(value.key, value.value);
+        file.endGroup();
+    }
 }
 
 // QSettings puts an empty or cut file in the old one's place, and says nothing,
@@ -150,19 +160,20 @@ void Settings::writeDefaults()
     QSettings file(AppPaths::configFile(), QSettings::IniFormat);
     if (!file.childGroups().join(QString()).isEmpty())
         return;
-    for (const Default &value : firstStartValues()) {
-        file.beginGroup(value.group);
-        file.setValue(value.key, value.value);
-        file.endGroup();
-    }
+    setFirstStartValues(file);
 }
 
 void Settings::load()
 {
+    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+    instance().readFrom(file);
+}
+
+void Settings::readFrom(QSettings &file)
+{
     using namespace SettingsKeys;
     constexpr int anyInt = std::numeric_limits<int>::max();
-    Settings &s = instance();
-    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+    Settings &s = *this;
     {
         const GroupReader group(file, Common::group);
         s.recvBackground = group.colour(Common::recvBackground, kColourDark);
@@ -249,11 +260,7 @@ bool Settings::restoreDefaults()
     bool written = false;
     if (diskHasRoom()) {
         QSettings file(AppPaths::configFile(), QSettings::IniFormat);
-        for (const Default &value : firstStartValues()) {
-            file.beginGroup(value.group);
-            file.setValue(value.key, value.value);
-            file.endGroup();
-        }
+        setFirstStartValues(file);
         file.beginGroup(SettingsKeys::Common::group);
         for (const QLatin1String &key : {SettingsKeys::Common::buffer, SettingsKeys::Common::recvFollowsSkin,
                                          SettingsKeys::Common::sendFollowsSkin})
@@ -264,6 +271,16 @@ bool Settings::restoreDefaults()
         file.sync();
         written = file.status() == QSettings::NoError;
     }
-    load();
-    return written;
+    if (written) {
+        load();
+        return true;
+    }
+    // The file still holds the other values. What this one keeps in memory will do.
+    const QTemporaryDir folder;
+    QSettings defaults(folder.filePath(QStringLiteral("config.ini")), QSettings::IniFormat);
+    setFirstStartValues(defaults);
+    const QStringList recent = instance().recentFiles;
+    instance().readFrom(defaults);
+    instance().recentFiles = recent;
+    return false;
 }

@@ -11,6 +11,8 @@
 
 #include <functional>
 
+class QSettings;
+
 struct Settings
 {
     struct SerialDefaults
@@ -100,4 +102,7 @@ struct Settings
     // pages, and loads again. The caller applies the skin. False where the file cannot be written; the
     // defaults are then good for this run only.
     static bool restoreDefaults();
+
+private:
+    void readFrom(QSettings &file);
 };

@@ -165,8 +165,7 @@ void PidDebugWidget::closeLinks()
 
 bool PidDebugWidget::saveBeforeExit()
 {
-    m_saving->complete();
-    return true;
+    return m_saving->complete(); // a failed export can be tried at another place
 }
 
 // ---- sending

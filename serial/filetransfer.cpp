@@ -77,6 +77,12 @@ void FileTransfer::begin(QSerialPort *port, qint64 unsentBytes)
     m_lending = false;
     if (unsentBytes > 0)
         emit notify(m_port->unsentText(unsentBytes), kError);
+    // What has come in meanwhile is the page's: the protocol would take a letter
+    // for a refusal. A receiver's request at its end may be the only one.
+    const bool isRequested = port && port->peek(port->bytesAvailable()).endsWith(Ymodem::Request);
+    emit readDue();
+    if (isRequested)
+        port->ungetChar(Ymodem::Request);
     if (port && m_driver->startTransmit(port)) {
         qDebug() << "startTransmit ok! " << m_port->portName() << m_port->baudRate();
         return;
@@ -157,6 +163,7 @@ void FileTransfer::showHint(const QString &text)
 
 void FileTransfer::takeBack()
 {
+    emit readDue(); // a board that has reset itself may be gone
     if (m_port->takeBack())
         qDebug() << "serial is opne";
     else if (!m_port->open(QIODevice::ReadWrite)) // a board that was reset may be back

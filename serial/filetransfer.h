@@ -43,6 +43,8 @@ public:
 signals:
     // The port is the driver's.
     void handedOver();
+    // What has come in is still, or already, the page's: it takes that now.
+    void readDue();
     // The port is the page's again, open where it could be opened.
     void returned(bool open);
     void notify(const QString &text, int kind);

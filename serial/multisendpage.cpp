@@ -159,6 +159,10 @@ void MultiSendPage::turnTo(int page)
 bool MultiSendPage::mayDelete(int page)
 {
     storeShownPage();
+    QByteArray content;
+    QString error;
+    if (SafeFile::read(m_fileName, kMaxBytes, &content, &error) && !content.isNull())
+        takeOver(content); // another copy may have filled the page
     if (m_rows.isFilled(page) &&
         QtMessageBox::question(this, QStringLiteral("询问"),
                                QStringLiteral("当前页的数据将一并删除，确认删除当前页吗？")) != 1)

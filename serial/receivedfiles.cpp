@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QTextCodec>
@@ -99,7 +100,7 @@ bool saveBytes(const ByteSpool &spool, const QString &fileName, QString *error)
     return SafeFile::commit(file, error);
 }
 
-QString datedName(const QString &folder, const QStringList &suffixes)
+QString reserveDatedName(const QString &folder, const QStringList &suffixes)
 {
     const QString base = folder + QStringLiteral("/recv_") +
                          QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss"));
@@ -108,9 +109,13 @@ QString datedName(const QString &folder, const QStringList &suffixes)
                            [&name](const QString &suffix) { return QFileInfo::exists(name + suffix); });
     };
     QString name = base;
-    for (int number = 2; taken(name); ++number)
+    for (int number = 2;; ++number) {
+        QFile first(name + suffixes.first());
+        // Where no file can be made at all, writing tells why.
+        if (!taken(name) && (first.open(QIODevice::WriteOnly | QIODevice::NewOnly) || !first.exists()))
+            return name;
         name = QStringLiteral("%1_%2").arg(base).arg(number);
-    return name;
+    }
 }
 
 } // namespace ReceivedFiles

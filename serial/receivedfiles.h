@@ -16,8 +16,10 @@ namespace ReceivedFiles {
 bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecIndex, QString *error);
 bool saveBytes(const ByteSpool &spool, const QString &fileName, QString *error);
 
-// A name for a file made now in a folder, without suffix, such as
+// A name for files made now in a folder, without suffix, such as
 // "recv_20260131_235959"; a number is added where one of the suffixes exists.
-QString datedName(const QString &folder, const QStringList &suffixes);
+// The file of the first suffix is made, empty, so that no other copy of the
+// program takes the name while it is written.
+QString reserveDatedName(const QString &folder, const QStringList &suffixes);
 
 } // namespace ReceivedFiles

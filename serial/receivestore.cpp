@@ -8,6 +8,7 @@
 #include "shell/base/qtmessagebox.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
@@ -135,9 +136,12 @@ bool ReceiveStore::saveTo(const QString &folder, QString *error)
     }
     const QString text = QStringLiteral(".txt");
     const QString bytes = QStringLiteral(".bin");
-    const QString name = ReceivedFiles::datedName(folder, {text, bytes});
-    return writeBytes(name + bytes, error) &&
-           (!m_unsaved || m_terminal->isEmpty() || writeText(name + text, error));
+    const QString name = ReceivedFiles::reserveDatedName(folder, {bytes, text});
+    if (!writeBytes(name + bytes, error)) {
+        QFile::remove(name + bytes); // only reserved
+        return false;
+    }
+    return !m_unsaved || m_terminal->isEmpty() || writeText(name + text, error);
 }
 
 // Or in the user's documents, where the program's folder cannot be written.

@@ -85,14 +85,15 @@ void SendList::readLine(const QStringRef &line, QStringList *others)
     const int separator = line.indexOf(QLatin1Char('#'));
     bool isNumber = false;
     const int rowIndex = line.left(separator).trimmed().toInt(&isNumber);
-    if (separator < 0 || !isNumber || rowIndex < 0 || rowIndex >= mostPages * rowsPerPage) {
-        others->append(line.toString());
-        return;
-    }
     QStringRef row = line.mid(separator + 1);
     while (row.endsWith(QLatin1Char('\r')))
         row.chop(1);
-    setRow(rowIndex, row.left(kLongestRow).toString());
+    if (separator < 0 || !isNumber || rowIndex < 0 || rowIndex >= mostPages * rowsPerPage ||
+        row.size() > kLongestRow) {
+        others->append(line.toString());
+        return;
+    }
+    setRow(rowIndex, row.toString());
     if (!others->isEmpty())
         m_others[rowIndex] += *others;
     others->clear();

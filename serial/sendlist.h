@@ -45,7 +45,8 @@ public:
 
     // Replaces the rows by those of a file's bytes (UTF-8, or GB18030 where
     // that is invalid). A later line with the same index replaces the earlier
-    // one. Lines of another form, and indices outside the pages, are no rows.
+    // one. Lines of another form, indices outside the pages and texts that no
+    // line edit can hold are no rows.
     void read(const QByteArray &file);
     // The same, but rows changed here since the last read or write stay.
     void merge(const QByteArray &file);

@@ -136,7 +136,7 @@ void SerialConfigPanel::setOpenState(bool open)
     m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
     ButtonRole::setPrimary(m_open, !open);
     m_open->setEnabled(true);
-    m_open->setToolTip(QString());
+    m_open->setToolTip(QStringLiteral("快捷键：F5"));
 }
 
 void SerialConfigPanel::setClosing()

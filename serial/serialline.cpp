@@ -137,8 +137,8 @@ bool SerialLine::takeBack()
 {
     if (m_drain)
         m_drain->cancel(); // this may be its doing: it goes with the next
-    m_use = Use::Owner;
-    m_lineFreeAtNs = 0; // the borrower has waited for its own bytes
+    if (std::exchange(m_use, Use::Owner) == Use::Lent)
+        m_lineFreeAtNs = 0; // the borrower has waited for its own bytes
     return m_port->isOpen() && !m_hungUp;
 }
 

@@ -66,6 +66,7 @@ void SerialportWidget::connectParts()
     connect(m_sendBox->filePage()->logButton(), &QPushButton::clicked, this,
             [this] { m_transfer->showLog(this); });
     connect(m_transfer, &FileTransfer::handedOver, this, &SerialportWidget::givePortAway);
+    connect(m_transfer, &FileTransfer::readDue, m_reader, &QuietReader::stop);
     connect(m_transfer, &FileTransfer::returned, this, &SerialportWidget::takePortBack);
     connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::signalNotify);
 }

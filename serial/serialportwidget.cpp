@@ -272,7 +272,6 @@ void SerialportWidget::sltSendXYmodemFile(int, int, QStringList fileName)
     }
     if (m_transfer->isBusy() || !m_port->isOpen())
         return;
-    m_reader->stop(); // what came before is the page's own
     m_transfer->start(fileName);
 }
 
@@ -305,7 +304,7 @@ void SerialportWidget::takePortBack(bool open)
         return;
     }
     if (open) {
-        sltInterruptDetection(); // what came in after the transfer's end
+        sltInterruptDetection(); // what comes in from now on
         return;
     }
     emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(m_port->portName()), kError);

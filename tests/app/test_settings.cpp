@@ -227,7 +227,11 @@ void TestSettings::restoresTheFirstStart()
     QVERIFY(stored("HexEdit/RecentFiles").isValid()); // no setting
 
     AppPaths::setRoot(AppPaths::configFile()); // a file: nothing can be written below it
-    QVERIFY(!Settings::restoreDefaults());
+    Settings::instance().closeBehaviour = 2;
+    QVERIFY(!Settings::restoreDefaults()); // and yet, in memory
+    QCOMPARE(Settings::instance().closeBehaviour, 0);
+    QCOMPARE(Settings::instance().serial.baudRate, 115200);
+    QCOMPARE(Settings::instance().recentFiles, QStringList("a.bin"));
 }
 
 void TestSettings::buildsTheStyleSheetInOrder()

@@ -30,6 +30,7 @@ private slots:
     void sendsAgainAfterAFailure();
     void keepsItsOwnBytesApart();
     void keepsThePortsParameters();
+    void losesThePort_data();
     void losesThePort();
     void startsWhenTheLastBytesHaveLeft();
     void asksBeforeClosing();
@@ -235,14 +236,27 @@ void TestFileTransfer::keepsThePortsParameters()
     QCOMPARE(child<QComboBox>("comboBaudRate")->currentText(), QStringLiteral("9600"));
 }
 
+void TestFileTransfer::losesThePort_data()
+{
+    QTest::addColumn<QString>("lastWords");
+    QTest::newRow("in the middle") << QString();
+    QTest::newRow("after its end") << "\x18resetting";
+}
+
 void TestFileTransfer::losesThePort()
 {
     openPort();
     beginSending({makeFile("a.bin", 3000)});
     answered("C", 133);
+    // A board that ends the transfer and resets itself.
+    QFETCH(QString, lastWords);
+    m_board->write(lastWords.toLatin1());
+    if (!lastWords.isEmpty())
+        QTRY_VERIFY(text().contains(QStringLiteral("接收端取消了传输")));
     m_board->hangUp();
     QVERIFY(waitForEnd());
-    QVERIFY(text().contains(QStringLiteral("传输错误\n串口已断开")));
+    QCOMPARE(shown(), lastWords.mid(1));
+    QVERIFY(lastWords.size() > 0 || text().contains(QStringLiteral("传输错误\n串口已断开")));
     QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
     QVERIFY(child<QAbstractButton>("btnOpen")->isEnabled());
     QVERIFY(!child<QAbstractButton>("btnSendFiles")->isEnabled());
@@ -262,8 +276,10 @@ void TestFileTransfer::startsWhenTheLastBytesHaveLeft()
     QCOMPARE(sendButton(), QStringLiteral("发送文件"));
     QVERIFY(text().startsWith(QStringLiteral("传输终止\n用户停止了传输\n")));
     click("btnSendFiles");
+    QVERIFY(m_board->write("A sign to the receiver")); // which would cancel
     QCOMPARE(m_board->read(bytes.size(), 20000), bytes);
     QCOMPARE(answered("C", 133).mid(3, 6), QByteArray("a.bin\0", 6));
+    QVERIFY(shown().startsWith("A sign to the receiver"));
     m_page.reset(); // and in the middle of a transfer the board is told
     QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18"));
 }

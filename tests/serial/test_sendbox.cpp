@@ -368,11 +368,22 @@ void TestSendBox::sharesRowsWithAnotherCopy()
     QTest::keyClick(first, Qt::Key_Return);
     QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#mine again\n1#theirs\n"));
     QCOMPARE(child<QLineEdit>("multiEdit1")->text(), QStringLiteral("theirs"));
+    // Deleting a page that only the other copy has filled asks first.
+    bool asked = false;
+    DialogAnswers::instance().message = [&](auto, auto, auto) { return asked = true, 0; };
+    auto *bar = m_box->findChild<QtPageBar *>();
+    copy.findChild<QtPageBar *>()->SltNextPage();
+    bar->SltNextPage();
+    theirs->setText("second page");
+    QTest::keyClick(theirs, Qt::Key_Return);
+    bar->SltDeleteCurrentPage();
+    QVERIFY(asked);
+    bar->SltPrevPage();
     // "conf" has gone: all rows are written again.
     QVERIFY(QDir(AppPaths::confFolder()).removeRecursively());
     first->setText("third");
     QTest::keyClick(first, Qt::Key_Return);
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#third\n1#theirs\n"));
+    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#third\n1#theirs\n11#second page\n"));
 }
 
 // What can't be read is not written over, and every failure says why.

@@ -272,8 +272,9 @@ void TestSerialEngine::survivesHostileLists()
     SendList list;
     list.read(QByteArray("99999999999999999999#x\n4294967296#y\n# \n") + "5#" +
               QByteArray(10 * 1000 * 1000, 'z'));
-    QCOMPARE(list.row(5).size(), 32767);   // what a row can hold
-    QCOMPARE(list.write().count('\n'), 4); // and the lines that are no rows
+    QVERIFY(list.row(5).isEmpty()); // more than a row can hold
+    QCOMPARE(list.write().count('\n'), 4);
+    QVERIFY(list.write().endsWith("zz\n") && list.write().size() > 10 * 1000 * 1000); // whole
 }
 
 void TestSerialEngine::editsLeadToTheWholeText_data()

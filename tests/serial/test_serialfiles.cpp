@@ -4,6 +4,7 @@
 
 #include "app/safefile.h"
 #include "app/settings.h"
+#include "serial/receivedfiles.h"
 #include "shell/base/dialoganswers.h"
 #include "shell/base/qtmessagebox.h"
 
@@ -197,6 +198,9 @@ void TestSerialFiles::autoSavingKeepsTheBytes()
     QCOMPARE(binaries().size(), 2);
     QCOMPARE(contentOf(folder.filePath(binaries().last())), bytes + bytes);
     QCOMPARE(folder.entryList({"recv_*.txt"}).size(), 0);
+    // Two copies of the program that end together.
+    const auto reserve = [&] { return ReceivedFiles::reserveDatedName(folder.path(), {".bin", ".txt"}); };
+    QVERIFY(reserve() != reserve());
 }
 
 void TestSerialFiles::autoSavingThatFailsOffersAnotherPlace()
