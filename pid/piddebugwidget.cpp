@@ -165,8 +165,7 @@ void PidDebugWidget::closeLinks()
 
 bool PidDebugWidget::saveBeforeExit()
 {
-    m_saving->complete();
-    return true;
+    return m_saving->complete(); // the curves are all there is where the file failed
 }
 
 // ---- sending

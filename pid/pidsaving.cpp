@@ -21,6 +21,7 @@ PidSaving::PidSaving(PidChart *chart, QWidget *page)
     , m_exporter(new PidExporter(this))
 {
     connect(m_exporter, &PidExporter::finished, this, [this](const QString &fileName, const QString &error) {
+        m_exported = error.isEmpty();
         report(QStringLiteral("文件已导出："), fileName, error);
     });
 }
@@ -49,9 +50,12 @@ void PidSaving::savePicture()
     report(QStringLiteral("图片已保存："), fileName, error);
 }
 
-void PidSaving::complete()
+bool PidSaving::complete()
 {
+    if (!m_exporter->isRunning())
+        return true;
     m_exporter->complete();
+    return m_exported;
 }
 
 void PidSaving::report(const QString &success, const QString &fileName, const QString &error)

@@ -19,7 +19,8 @@ public:
 
     void exportTables();
     void savePicture();
-    void complete(); // an export that is running
+    // Does the rest of an export that is running. False where it failed.
+    bool complete();
 
 signals:
     void notify(const QString &text, int kind);
@@ -30,4 +31,5 @@ private:
     PidChart *m_chart;
     QWidget *m_page;
     PidExporter *m_exporter;
+    bool m_exported = true; // the last one
 };

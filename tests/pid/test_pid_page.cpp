@@ -176,6 +176,10 @@ void TestPidPage::exportsLongCurvesBetweenEvents()
     click("btnPidExport");
     QVERIFY(m_page->saveBeforeExit()); // the rest at once
     QVERIFY(QFile::exists(m_root->filePath("b.csv")));
+    answer(m_root->filePath("b.csv/below.csv"));
+    click("btnPidExport");
+    QVERIFY(!m_page->saveBeforeExit()); // the curves stay for another place
+    QVERIFY(m_page->saveBeforeExit());
 }
 
 void TestPidPage::remembersToFitAllCurves()
