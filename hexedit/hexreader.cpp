@@ -6,6 +6,10 @@
 #include <algorithm>
 #include <new>
 
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#endif
+
 namespace {
 constexpr int kBlock = 1 << 20; // also what a slow disk delivers without a felt pause
 }
@@ -18,8 +22,15 @@ bool HexReader::open(const QString &fileName)
     // A pipe or a device may never end, or block.
     if (!QFileInfo(target).isFile())
         return false;
+    constexpr QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Unbuffered;
+#ifdef Q_OS_UNIX
+    // The system's own log says that it is a file, and waits for the next message.
+    const int handle = ::open(QFile::encodeName(target).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    return handle >= 0 && m_file.open(handle, mode, QFileDevice::AutoCloseHandle);
+#else
     m_file.setFileName(target);
-    return m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    return m_file.open(mode);
+#endif
 }
 
 HexReader::State HexReader::step(QByteArray *block)
