@@ -224,7 +224,7 @@ void NetworkToolWidget::showClosed(const QString &state)
 
 void NetworkToolWidget::showFinishing()
 {
-    const auto text = QStringLiteral("正在发送剩余数据，再次点击可放弃");
+    const auto text = QStringLiteral("正在发送剩余数据，再次单击可放弃");
     m_config->showState(text, false);
     m_sendBox->setDeviceOpen(false);
     m_state->setState(StateIndicator::Busy, text);
