@@ -147,7 +147,7 @@ void TestNetworkClient::deliversBeforeDisconnecting()
     else
         click("btnOpen");
     QVERIFY(!m_page->isClosed());
-    QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次点击可放弃"));
+    QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次单击可放弃"));
     m_page->sltSendData("late");
     if (act == "deaf") {
         click("btnOpen");
