@@ -6,13 +6,13 @@
 #include "shell/base/qtmessagebox.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
 #include <QHBoxLayout>
 #include <QImageWriter>
 #include <QPushButton>
-#include <QSaveFile>
 
 namespace {
 
@@ -22,17 +22,19 @@ constexpr int kJpegQuality = 95;
 
 const auto kWarning = QStringLiteral("告警");
 
-bool write(const QPixmap &picture, const QString &fileName)
+bool write(const QPixmap &picture, const QString &fileName, QString *why)
 {
     const bool isJpeg = fileName.endsWith(QStringLiteral(".jpg"), Qt::CaseInsensitive) ||
                         fileName.endsWith(QStringLiteral(".jpeg"), Qt::CaseInsensitive);
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    QImageWriter writer(&file, isJpeg ? "jpg" : "png");
+    QBuffer content;
+    content.open(QIODevice::WriteOnly);
+    QImageWriter writer(&content, isJpeg ? "jpg" : "png");
     if (isJpeg)
         writer.setQuality(kJpegQuality);
-    return writer.write(picture.toImage()) && SafeFile::commit(file);
+    if (writer.write(picture.toImage()))
+        return SafeFile::write(fileName, content.data(), why);
+    *why = QStringLiteral("无法生成图片");
+    return false;
 }
 
 } // namespace
@@ -83,10 +85,14 @@ void PictureActions::save()
                                                            QStringLiteral("PNG图片(*.png);;JPEG图片(*.jpg)"));
     if (fileName.isEmpty())
         return;
-    if (write(picture, fileName))
-        emit signalNotify(QStringLiteral("图像已保存：") + QDir::toNativeSeparators(fileName), kInformation);
-    else
-        QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
+    const QString place = QDir::toNativeSeparators(fileName);
+    QString why;
+    if (write(picture, fileName, &why)) {
+        emit signalNotify(QStringLiteral("图像已保存：") + place, kInformation);
+        return;
+    }
+    emit signalNotify(QStringLiteral("%1 保存失败：%2").arg(place, why), kError);
+    QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
 }
 
 void PictureActions::copy()

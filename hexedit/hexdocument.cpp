@@ -163,7 +163,7 @@ void HexDocument::put(Edit edit, Step step)
 {
     m_table.replace(edit.address, PieceTable::lengthOf(edit.before), edit.after);
     if (m_savedAt > m_done)
-        setUnsaved(); // the saved state can't be reached any more
+        m_savedAt = std::numeric_limits<size_t>::max(); // can't be reached any more
     m_edits.resize(m_done);
     const bool typing = step == Step::Typing;
     if (!(typing && m_typing && m_done > 0 && m_done != m_savedAt && join(m_edits.back(), edit))) {

@@ -31,6 +31,11 @@ QString onlyFileOf(const QMimeData *data)
     return urls.size() == 1 ? urls.first().toLocalFile() : QString();
 }
 
+void tellNotOpened(const QString &why)
+{
+    QtMessageTip::showTip(QStringLiteral("打开文件失败! ") + why, kLongTipMs);
+}
+
 // A copy is what we make of a file: after a move, its program would delete it.
 bool acceptCopy(QDropEvent *event)
 {
@@ -174,7 +179,7 @@ void HexEditWidget::load(const QString &fileName, const QString &source, qint64 
         if (m_recent->forgetIfGone(source))
             QtMessageTip::showTip(QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开"), kLongTipMs);
         else
-            QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
+            tellNotOpened(loading->reader.reason());
         return;
     }
     if (loading->sourceStamp.size > kLargeFile &&
@@ -225,9 +230,9 @@ void HexEditWidget::finishOpening(Loading &loading)
     showFile(std::move(loading.before));
     m_watch.check();
     if (loading.state == HexReader::State::Failed)
-        QtMessageTip::showTip(QStringLiteral("打开文件失败!"), kTipMs);
+        tellNotOpened(loading.reader.reason());
     else if (loading.state == HexReader::State::OutOfMemory)
-        QtMessageTip::showTip(QStringLiteral("打开文件失败! 内存不足"), kLongTipMs);
+        tellNotOpened(QStringLiteral("内存不足"));
 }
 
 // ---- changes by other programs

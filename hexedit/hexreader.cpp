@@ -1,10 +1,15 @@
 #include "hexedit/hexreader.h"
 
+#include "app/filereason.h"
 #include "hexedit/hexsaver.h"
 
 #include <QFileInfo>
 #include <algorithm>
 #include <new>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#endif
 
 namespace {
 constexpr int kBlock = 1 << 20; // also what a slow disk delivers without a felt pause
@@ -16,10 +21,23 @@ bool HexReader::open(const QString &fileName)
     // of its own, whose bytes must not end up in the file that it leads to.
     const QString target = HexSaver::targetOf(fileName);
     // A pipe or a device may never end, or block.
-    if (!QFileInfo(target).isFile())
+    m_isOrdinary = QFileInfo(target).isFile() || !QFileInfo::exists(target);
+    if (!m_isOrdinary)
         return false;
+    constexpr QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Unbuffered;
+#ifdef Q_OS_UNIX
+    // The system's own log says that it is a file, and waits for the next message.
+    const int handle = ::open(QFile::encodeName(target).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (handle >= 0)
+        return m_file.open(handle, mode, QFileDevice::AutoCloseHandle);
+#endif
     m_file.setFileName(target);
-    return m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    return m_file.open(mode); // or has the reason
+}
+
+QString HexReader::reason() const
+{
+    return m_isOrdinary ? FileReason::of(m_file) : QStringLiteral("不是普通文件");
 }
 
 HexReader::State HexReader::step(QByteArray *block)

@@ -12,6 +12,7 @@ class HexReader
 public:
     // False where it is no ordinary file or can't be opened for reading.
     bool open(const QString &fileName);
+    QString reason() const; // of the last failure, for the user
 
     enum class State { Running, Done, Failed, OutOfMemory };
     // Hands out the next bytes, while it is running.
@@ -22,4 +23,5 @@ public:
 private:
     QFile m_file;
     qint64 m_read = 0;
+    bool m_isOrdinary = true;
 };

@@ -2,12 +2,15 @@
 
 #include "network/socketsystem.h"
 
+#include <utility>
+
 namespace {
 
 constexpr int kTickMs = 500;
 constexpr int kMaxTicks = 30;
 constexpr int kMaxIdleTicks = 6;
-constexpr int kMaxEndTicks = 2; // for the peer to close, which not every board does
+constexpr int kMaxEndTicks = 2;  // for the peer to close, which not every board does
+constexpr int kLooksInTick = 10; // for acknowledgements, which come sooner as a rule
 
 } // namespace
 
@@ -16,7 +19,6 @@ LinkSocket::LinkSocket(QObject *parent)
     , m_timer(this)
 {
     setReadBufferSize(readBufferBytes);
-    m_timer.setInterval(kTickMs);
     connect(&m_timer, &QTimer::timeout, this, &LinkSocket::checkProgress);
     connect(this, &QTcpSocket::connected, this, &LinkSocket::prepare);
     connect(this, &QTcpSocket::bytesWritten, this, &LinkSocket::handleWritten);
@@ -63,13 +65,16 @@ void LinkSocket::handleWritten(qint64 bytes)
 void LinkSocket::finish()
 {
     flush();
-    if (state() != ConnectedState || bytesToWrite() == 0)
+    m_unacknowledged = 0;
+    if (state() == ConnectedState && bytesToWrite() == 0)
+        m_unacknowledged = SocketSystem::unacknowledged(socketDescriptor());
+    if (state() != ConnectedState || bytesToWrite() + m_unacknowledged == 0)
         return drop();
     m_finishing = true;
     m_sendingEnded = false;
     m_ticks = 0;
     m_idleTicks = 0;
-    m_timer.start();
+    m_timer.start(m_unacknowledged > 0 ? kTickMs / kLooksInTick : kTickMs);
 }
 
 // To close at once would discard what the peer has not read yet, if the peer is
@@ -84,14 +89,24 @@ void LinkSocket::endSendingWhenDelivered()
 
 void LinkSocket::checkProgress()
 {
+    const int ticks = m_unacknowledged > 0 ? kLooksInTick : 1;
     ++m_ticks;
     ++m_idleTicks;
-    if (m_ticks >= kMaxTicks || m_idleTicks >= (m_sendingEnded ? kMaxEndTicks : kMaxIdleTicks))
+    if (m_unacknowledged > 0) {
+        const qint64 now = SocketSystem::unacknowledged(socketDescriptor());
+        if (now != std::exchange(m_unacknowledged, now))
+            m_idleTicks = 0;
+        if (now == 0)
+            return drop();
+    }
+    if (m_ticks >= kMaxTicks * ticks ||
+        m_idleTicks >= (m_sendingEnded ? kMaxEndTicks : kMaxIdleTicks) * ticks)
         drop();
 }
 
 void LinkSocket::drop()
 {
+    m_undelivered += std::exchange(m_unacknowledged, 0);
     abort();
     m_finishing = false;
 }

@@ -27,18 +27,21 @@ public:
 
     // Closes the connection when what is queued has been delivered, with
     // disconnected() at the end; at once where nothing is queued. A peer that reads
-    // nothing for three seconds, or is not done after fifteen, gets no more.
+    // nothing for three seconds, or is not done after fifteen, gets no more. What
+    // the system has taken and the peer has not acknowledged is waited for as well:
+    // the system drops it when a peer sends to a closed connection.
     void finish();
     // From finish() until disconnected(); also while that is emitted.
     bool isFinishing() const { return m_finishing; }
     // Closes it at once.
     void drop();
 
-    // After disconnected(): the bytes that had been queued and were not handed over.
+    // After disconnected(): the bytes that had been queued and were not handed over,
+    // or not acknowledged while that was waited for.
     qint64 undelivered() const { return m_undelivered; }
 
 public slots:
-    void checkProgress(); // twice a second while finishing
+    void checkProgress(); // at every tick while finishing
 
 protected:
     void prepare(); // connected
@@ -51,6 +54,7 @@ private:
     qint64 m_undelivered = 0; // while connected: queued
     bool m_finishing = false;
     bool m_sendingEnded = false; // the peer knows that nothing more comes
+    qint64 m_unacknowledged = 0; // above 0 while nothing else is waited for
     int m_ticks = 0;             // of the timer, since finish()
     int m_idleTicks = 0;         // since the peer has read or sent anything
 };

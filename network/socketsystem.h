@@ -16,4 +16,8 @@ void watchPeer(qintptr descriptor);
 // Tells the peer that nothing more will be sent. What it sends is still received.
 void endSending(qintptr descriptor);
 
+// Bytes that were handed over and that the peer's system has not acknowledged; 0
+// where the system does not tell.
+qint64 unacknowledged(qintptr descriptor);
+
 } // namespace SocketSystem

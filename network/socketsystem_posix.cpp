@@ -2,7 +2,12 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
+
+#ifdef __linux__
+#include <linux/sockios.h>
+#endif
 
 namespace {
 
@@ -33,6 +38,16 @@ void watchPeer(qintptr descriptor)
 void endSending(qintptr descriptor)
 {
     ::shutdown(static_cast<int>(descriptor), SHUT_WR);
+}
+
+qint64 unacknowledged(qintptr descriptor)
+{
+    int bytes = 0;
+#ifdef SIOCOUTQ
+    if (::ioctl(static_cast<int>(descriptor), SIOCOUTQ, &bytes) != 0)
+        return 0;
+#endif
+    return bytes;
 }
 
 } // namespace SocketSystem

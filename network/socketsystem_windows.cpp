@@ -1,5 +1,11 @@
 #include "network/socketsystem.h"
 
+// The declarations only: an older Windows fails the call.
+#undef _WIN32_WINNT
+#undef NTDDI_VERSION
+#define _WIN32_WINNT 0x0A00
+#define NTDDI_VERSION 0x0A000003 // Windows 10, version 1703
+
 #include <winsock2.h>
 
 #include <mstcpip.h>
@@ -21,6 +27,16 @@ void watchPeer(qintptr descriptor)
 void endSending(qintptr descriptor)
 {
     ::shutdown(static_cast<SOCKET>(descriptor), SD_SEND);
+}
+
+qint64 unacknowledged(qintptr descriptor)
+{
+    DWORD version = 0;
+    TCP_INFO_v0 state{};
+    DWORD size = 0;
+    const bool known = WSAIoctl(static_cast<SOCKET>(descriptor), SIO_TCP_INFO, &version, sizeof version,
+                                &state, sizeof state, &size, nullptr, nullptr) == 0;
+    return known ? static_cast<qint64>(state.BytesInFlight) : 0;
 }
 
 } // namespace SocketSystem

@@ -158,11 +158,14 @@ QUrl QtUpdateDialog::serverUrl(const QString &path) const
     return url;
 }
 
-// Only where it is not the maker's: packages are not signed.
+// Only where it is not the maker's: packages are not signed. The end of a name is
+// what tells whose it is; what stands before the host names nobody.
 void QtUpdateDialog::showHost(const QUrl &url)
 {
     const bool usual = url.host() == kServer && url.port() == kPort;
-    m_host->setText(usual ? QString() : QStringLiteral("服务器：") + url.authority().left(64));
+    m_host->setText(usual ? QString()
+                          : QStringLiteral("服务器：") +
+                                url.authority().section(QLatin1Char('@'), -1).right(64));
 }
 
 QNetworkReply *QtUpdateDialog::get(const QString &path)

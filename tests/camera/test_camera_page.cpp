@@ -217,6 +217,11 @@ void TestCameraPage::savesAndCopies()
         QVERIFY(saved.blue() > 250 && saved.red() < 5);
         QCOMPARE(QImage(file).size(), QSize(20, 10));
     }
+    const QString nowhere = m_root->filePath("a.png/below.png");
+    DialogAnswers::instance().fileNames = [nowhere](auto...) { return QStringList{nowhere}; };
+    DialogAnswers::instance().message = [](auto...) { return 1; };
+    click("btnSaveImage");
+    QVERIFY(lastNotice().startsWith(nowhere + QStringLiteral(" 保存失败：")) && !lastNotice().endsWith("："));
     child<QComboBox>("comboDeviceCount")->setCurrentIndex(1);
     child<QComboBox>("comboPicture")->setCurrentIndex(1);
     click("btnCopyImage");

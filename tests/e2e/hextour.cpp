@@ -121,5 +121,5 @@ void HexTour::saysWhatCannotBeOpened()
     QVERIFY(stage().showTool(kHexEdit));
     Stage::answerFileDialogs(stage().file(QStringLiteral("missing.bin")));
     QVERIFY(UserHand::click(stage().find<QPushButton>("btnOpenFile")));
-    QCOMPARE(tip(), QStringLiteral("打开文件失败!"));
+    QCOMPARE(tip(), QStringLiteral("打开文件失败! 文件不存在"));
 }

@@ -189,6 +189,12 @@ void TestHexDocument::marksWhatDiffersFromTheFile()
     document.setSaved();
     document.setUnsaved();
     QVERIFY(document.isModified());
+    // Typing is one step all the same.
+    const qint64 size = document.size();
+    for (int i = 0; i < 3; ++i)
+        document.replace(i, 0, "z", HexDocument::Step::Typing);
+    document.undo();
+    QCOMPARE(document.size(), size);
 }
 
 void TestHexDocument::replacesMany()

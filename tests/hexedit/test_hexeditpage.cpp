@@ -161,10 +161,14 @@ void TestHexEditPage::opensEditsAndSaves()
 void TestHexEditPage::cannotOpen()
 {
     open(path("rom.bin"));
-    for (const QString &name : {path("missing"), m_root->path(), QStringLiteral("/dev/zero")}) {
+    const QString missing = QStringLiteral("文件不存在");
+    const QString strange = QStringLiteral("不是普通文件");
+    const QMap<QString, QString> reasons{
+        {path("missing"), missing}, {m_root->path(), strange}, {QStringLiteral("/dev/zero"), strange}};
+    for (const QString &name : reasons.keys()) {
         QtMessageTip::showTip(QString());
         open(name);
-        QCOMPARE(tip(), QStringLiteral("打开文件失败!"));
+        QCOMPARE(tip(), QStringLiteral("打开文件失败! ") + reasons.value(name));
     }
     QCOMPARE(shown(), QByteArray("0123456789")); // the open file stays
     QCOMPARE(m_page->fileName(), path("rom.bin"));

@@ -21,6 +21,7 @@ private slots:
     void sendsAndDrops();
     void deliversBeforeClosing_data();
     void deliversBeforeClosing();
+    void deliversWhatTheSystemHolds();
     void holdsBackWhatIsNotRead();
     void endsWithPeers();
 
@@ -189,6 +190,28 @@ void TestNetworkLink::deliversBeforeClosing()
         QCOMPARE(left.count(), 1);
         QCOMPARE(undelivered.at(0).at(1).toLongLong(), total - handedOver);
     }
+}
+
+// A peer that sends to a closed connection makes the system drop what it holds.
+void TestNetworkLink::deliversWhatTheSystemHolds()
+{
+    constexpr int total = 30000;
+    TcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    qint64 handedOver = 0;
+    connect(&server, &TcpServer::bytesHandedOver, this, [&](qint64 bytes) { handedOver += bytes; });
+    QTcpSocket peer;
+    peer.setReadBufferSize(1024);
+    QVERIFY(peer.bind(QHostAddress::LocalHost));
+    peer.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4096);
+    peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
+    WAIT_EQUAL(server.clientCount(), 1);
+    server.SltSendMsgToAllClient(QByteArray(total, 'x'));
+    WAIT_EQUAL(handedOver, qint64(total));
+    server.closeClient(QString());
+    QVERIFY(peer.write("more") == 4 && peer.flush());
+    int read = 0;
+    WAIT_FOR((read += peer.readAll().size()) == total);
 }
 
 void TestNetworkLink::holdsBackWhatIsNotRead()
