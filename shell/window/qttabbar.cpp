@@ -4,6 +4,7 @@
 
 #include <QEvent>
 #include <QShortcut>
+#include <QWheelEvent>
 
 QtTabBar::QtTabBar(QWidget *parent)
     : QTabBar(parent)
@@ -44,6 +45,11 @@ void QtTabBar::showNext()
 void QtTabBar::showPrevious()
 {
     setCurrentIndex((currentIndex() + count() - 1) % count());
+}
+
+void QtTabBar::wheelEvent(QWheelEvent *event)
+{
+    event->ignore();
 }
 
 void QtTabBar::changeEvent(QEvent *event)

@@ -26,6 +26,7 @@ signals:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override; // changes no tool
 
 private:
     void drawIcons();

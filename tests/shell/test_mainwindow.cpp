@@ -46,6 +46,7 @@
 #include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
@@ -194,6 +195,10 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         QCOMPARE(window.size(), QSize(800, 500));
         QVERIFY(tabs->tabRect(4).right() < 800); // no tab out of reach
+        QWheelEvent wheel(tabs->rect().center(), tabs->mapToGlobal(tabs->rect().center()), {}, {0, -120},
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(tabs, &wheel);
+        QCOMPARE(tabs->currentIndex(), 0);
     }
 
     // What a screen reader calls a button that has no text.
