@@ -51,8 +51,8 @@ bool read(const QString &fileName, qint64 maxBytes, QByteArray *content, QString
         return false;
     }
     QByteArray bytes;
-    if (file.open(QIODevice::ReadOnly))
-        bytes = file.read(maxBytes + 1);
+    if (file.open(QIODevice::ReadOnly)) // no more than it has: the kernel's log waits for more
+        bytes = file.read(qMin(file.size(), maxBytes + 1));
     *error = bytes.size() > maxBytes ? QStringLiteral("文件过大") : FileReason::of(file);
     if (!error->isEmpty())
         return false;

@@ -299,19 +299,15 @@ void QtSendBoxWidget::SltLoadDataFile()
                                                        QStringLiteral("文本文件(*.txt);;所有文件(*.*)"));
     if (name.isEmpty())
         return;
-    QFile file(name);
-    // Opening a named pipe would wait for whoever writes to it.
-    if (!QFileInfo(name).isFile() || !file.open(QIODevice::ReadOnly)) {
-        emit signalNotify(QStringLiteral("文件加载失败!"), 255);
-        return;
-    }
     // A byte makes at most three characters of hexadecimal.
     const int most = QtTextEditInput::mostCharacters / (m_hexSend ? 3 : 1);
-    const QByteArray content = file.read(most + 1);
-    if (file.error() != QFileDevice::NoError) {
-        emit signalNotify(QStringLiteral("文件加载失败!"), 255);
-    } else if (content.size() > most) {
+    QByteArray content;
+    QString error;
+    if (QFileInfo(name).size() > most) {
         emit signalNotify(tooLong(QStringLiteral("文件超过%1字节").arg(most)), 255);
+    } else if (!SafeFile::read(name, most, &content, &error) || content.isNull()) {
+        emit signalNotify(QStringLiteral("文件加载失败!"), 255);
+        emit signalNotify(error.isEmpty() ? QStringLiteral("文件不存在") : error, 255);
     } else {
         m_single->showFile(content);
     }

@@ -158,6 +158,10 @@ void QtMessageBox::setButtons(Buttons buttons)
     m_ok->setText(buttons == SaveDiscardCancel ? QStringLiteral("保存") : QStringLiteral("确定"));
     m_discard->setVisible(buttons == SaveDiscardCancel);
     m_cancel->setVisible(buttons != OkOnly);
+    // Where Return would overwrite a file, it leaves everything as it is.
+    QPushButton *harmless = buttons == SaveDiscardCancel ? m_cancel : m_ok;
+    harmless->setDefault(true);
+    harmless->setFocus();
 }
 
 int QtMessageBox::question(QWidget *parent, const QString &title, const QString &text)

@@ -104,14 +104,17 @@ void HexTour::warnsBeforeEditsAreLost()
     QVERIFY(UserHand::type(QStringLiteral("41")));
     auto *edit = stage().find<QHexEdit>("hexEdit");
     const QString question = QStringLiteral("文件有未保存的修改，是否保存？\nrom.bin");
-    QVERIFY(
-        answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); }, question, Qt::Key_Escape));
+    for (const Qt::Key stay : {Qt::Key_Escape, Qt::Key_Return})
+        QVERIFY(answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); }, question, stay));
     QVERIFY(answers([this] { return UserHand::click(stage().find<QWidget>("btnClose")); }, question,
                     Qt::Key_Escape));
     QCOMPARE(edit->size(), qint64(4));
     QVERIFY(edit->isModified());
-    QVERIFY(
-        answers([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); }, question, Qt::Key_Return));
+    QVERIFY(UserHand::inDialog([] { return UserHand::press(Qt::Key_W, Qt::ControlModifier); },
+                               [](QWidget *dialog) {
+                                   return UserHand::click(
+                                       dialog->findChild<QWidget *>(QStringLiteral("btnOk")));
+                               }));
     QCOMPARE(edit->size(), qint64(0));
     QCOMPARE(stage().content(QStringLiteral("rom.bin")), QByteArray("A123"));
 }

@@ -308,10 +308,11 @@ void TestSendBox::loadsDataFiles()
     QCOMPARE(notices.count(), 1);
     QFile::remove(name);
     press("btnLoadDataFile");
-    QCOMPARE(notices.last().at(0).toString(), QStringLiteral("文件加载失败!"));
+    QCOMPARE(notices.at(1).at(0).toString(), QStringLiteral("文件加载失败!"));
+    QCOMPARE(notices.at(2).at(0).toString(), QStringLiteral("文件不存在"));
     DialogAnswers::instance().fileNames = [](auto, auto, auto, auto) { return QStringList(); };
     press("btnLoadDataFile"); // cancelled
-    QCOMPARE(notices.count(), 2);
+    QCOMPARE(notices.count(), 3);
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("0A 0B 0c"));
 }
 

@@ -126,7 +126,7 @@ private slots:
             return QtMessageBox::saveQuestion(nullptr, QString(), QStringLiteral("保存?"));
         };
         QCOMPARE(ask([](QWidget *box) { clickButton(box, "btnOk"); }), QtMessageBox::Save);
-        QCOMPARE(ask([](QWidget *box) { QTest::keyClick(box, Qt::Key_Return); }), QtMessageBox::Save);
+        QCOMPARE(ask([](QWidget *box) { QTest::keyClick(box, Qt::Key_Return); }), QtMessageBox::Cancel);
         QCOMPARE(ask([](QWidget *box) { clickButton(box, "btnDiscard"); }), QtMessageBox::Discard);
         QCOMPARE(ask([](QWidget *box) { clickButton(box, "btnCancel"); }), QtMessageBox::Cancel);
         QCOMPARE(ask([](QWidget *box) { QTest::keyClick(box, Qt::Key_Escape); }), QtMessageBox::Cancel);
