@@ -94,8 +94,10 @@ void NetworkToolWidget::sltRecvSocketMessage(QString name, QByteArray byData)
     m_area->refreshCounts();
     m_received->add(byData);
     m_gate->taken(byData.size());
-    if (m_recvOptions->stopShow())
+    if (m_recvOptions->stopShow()) {
+        m_received->setHidden();
         return;
+    }
     const bool hex = m_recvOptions->hexShow();
     QString header;
     if (m_recvOptions->timeStamp())
@@ -201,7 +203,7 @@ bool NetworkToolWidget::isClosed() const
 bool NetworkToolWidget::saveBeforeExit()
 {
     takeThrottled();
-    return m_received->saveBeforeExit();
+    return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit();
 }
 
 // What is not read while the gate is closed belongs to the record, too.

@@ -104,7 +104,7 @@ void MultiSendPage::load()
     showPage(1);
 }
 
-void MultiSendPage::save()
+QString MultiSendPage::save()
 {
     QByteArray content;
     QString error;
@@ -116,6 +116,7 @@ void MultiSendPage::save()
         m_rows.setWritten();
     else
         emit signalNotify(QStringLiteral("多项发送数据保存失败：%1").arg(error), 255);
+    return error;
 }
 
 // What another copy of the program or an editor has written meanwhile comes in,
@@ -140,12 +141,11 @@ void MultiSendPage::showPage(int page)
         m_edits.at(i)->setText(m_rows.row(SendList::index(page, i)));
 }
 
-void MultiSendPage::storeShownPage()
+QString MultiSendPage::storeShownPage()
 {
     for (int i = 0; i < m_edits.size(); ++i)
         m_rows.setRow(SendList::index(m_shownPage, i), m_edits.at(i)->text());
-    if (m_rows.isChanged())
-        save();
+    return m_rows.isChanged() ? save() : QString();
 }
 
 void MultiSendPage::turnTo(int page)

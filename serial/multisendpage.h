@@ -35,18 +35,21 @@ public:
     // The text of a row as it stands in its edit; stored before it is sent.
     QString rowToSend(int place);
 
+    // Takes over what stands in the ten edits, typed to the end or not, and saves
+    // what has changed. The reason of a failure.
+    QString storeShownPage();
+
 signals:
     void signalNotify(QString text, int kind);
 
 private:
     void buildUi();
     void load();
-    // Lays the rows changed here over what the file holds by now.
-    void save();
+    // Lays the rows changed here over what the file holds by now. The reason of a
+    // failure, which is also posted.
+    QString save();
     void takeOver(const QByteArray &content);
     void showPage(int page);
-    // Takes over what stands in the ten edits, typed to the end or not.
-    void storeShownPage();
     bool mayDelete(int page);
     void onPageDeleted(int current);
 

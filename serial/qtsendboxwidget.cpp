@@ -11,6 +11,7 @@
 #include "serial/singlesendpage.h"
 #include "shell/base/buttonrole.h"
 #include "shell/base/qtfiledialog.h"
+#include "shell/base/qtmessagebox.h"
 #include "shell/base/qtmessagetip.h"
 #include "shell/base/qtpagebar.h"
 
@@ -324,7 +325,7 @@ void QtSendBoxWidget::loadSingleText()
         });
 }
 
-void QtSendBoxWidget::saveSingleText()
+QString QtSendBoxWidget::saveSingleText()
 {
     m_saveTimer.stop();
     // A text that could not be read is not written over.
@@ -333,4 +334,16 @@ void QtSendBoxWidget::saveSingleText()
         m_textChanged = false;
     else
         emit signalNotify(QStringLiteral("发送数据保存失败：%1").arg(error), 255);
+    return error;
+}
+
+bool QtSendBoxWidget::saveBeforeExit()
+{
+    QString error = m_textChanged ? saveSingleText() : QString();
+    const QString rowsError = m_multi->storeShownPage();
+    if (error.isEmpty())
+        error = rowsError;
+    return error.isEmpty() ||
+           QtMessageBox::question(this, QStringLiteral("询问"),
+                                  QStringLiteral("发送区的内容无法保存：%1。是否仍然退出？").arg(error)) == 1;
 }

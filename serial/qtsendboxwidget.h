@@ -27,6 +27,10 @@ public:
     // Over sockets no file transfer is spoken.
     bool offersFiles() const { return m_owner == Serial; }
 
+    // Saves the typed text and the rows. False where that failed and the user wants
+    // to stay.
+    bool saveBeforeExit();
+
     void setDeviceOpen(bool open);
     bool isAutoSending() const { return m_autoTimer.isActive(); }
 
@@ -72,7 +76,7 @@ private:
     bool deviceIsOpen();
     QString tooLong(const QString &what) const;
     void loadSingleText();
-    void saveSingleText();
+    QString saveSingleText(); // the reason of a failure, which is also posted
     void notifyHexIgnored(int ignored, bool nothingLeft);
 
     Owner m_owner;

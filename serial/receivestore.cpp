@@ -63,6 +63,7 @@ void ReceiveStore::clear()
 {
     m_terminal->clearTerminal();
     m_unsaved = false;
+    m_hidden = false;
 }
 
 bool ReceiveStore::isEmpty() const
@@ -85,10 +86,14 @@ ReceiveStore::Target ReceiveStore::askForFile()
     // Without text shown, a text file would be an empty one.
     const bool noText = m_terminal->isEmpty();
     const QString filters = noText ? kBytesFilter : kTextFilter + QStringLiteral(";;") + kBytesFilter;
-    QString filter = noText ? kBytesFilter : kTextFilter;
+    QString filter = noText || m_hidden ? kBytesFilter : kTextFilter;
     const QString name = QtFileDialog::getSaveFileName(m_page, QString(), QString(), filters, &filter);
-    return {name,
-            noText || filter == kBytesFilter || name.endsWith(QStringLiteral(".bin"), Qt::CaseInsensitive)};
+    const auto isNamed = [&name](const QString &suffix) {
+        return name.endsWith(suffix, Qt::CaseInsensitive);
+    };
+    const bool asText =
+        !isNamed(QStringLiteral(".bin")) && (filter == kTextFilter || isNamed(QStringLiteral(".txt")));
+    return {name, noText || !asText};
 }
 
 bool ReceiveStore::writeTo(const Target &target)
@@ -106,6 +111,11 @@ bool ReceiveStore::writeTo(const Target &target)
         emit notify(QStringLiteral("无法写入“%1”：%2").arg(QFileInfo(target.name).fileName(), error), kError);
     } else if (!complete) {
         emit notify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
+    } else if (m_hidden) {
+        m_unsaved = true;
+        emit notify(
+            QStringLiteral("文件保存完成，不含“停止显示”期间的数据；保存为数据文件(*.bin)可保留全部数据"),
+            kInformation);
     } else {
         emit notify(QStringLiteral("文件保存完成!"), kInformation);
     }
@@ -123,6 +133,7 @@ bool ReceiveStore::writeBytes(const QString &name, QString *error)
     if (!ReceivedFiles::saveBytes(m_spool, name, error))
         return false;
     m_bytesSaved = size;
+    m_hidden = false;
     return true;
 }
 

@@ -20,6 +20,8 @@ public:
     ReceiveStore(QtTerminalWidget *terminal, const QString &stem, QWidget *page);
 
     void add(const QByteArray &bytes);
+    // Some of what was added is not shown: a text file will not hold it.
+    void setHidden() { m_hidden = true; }
     // To be called some times a second while bytes come.
     void flush();
     // The user has thrown away what is shown; the session's bytes can still be
@@ -65,6 +67,7 @@ private:
     QWidget *m_page;
     ByteSpool m_spool;
     ByteSpool::State m_stateTold = ByteSpool::State::OnDisk;
+    bool m_hidden = false;
     bool m_unsaved = false;  // something came since the last save or clearing
     qint64 m_bytesSaved = 0; // so many from the session's beginning are in a file as they came
     AtExit m_atExit = AtExit::Unasked;

@@ -194,8 +194,10 @@ void SerialportWidget::handleReceived(const QByteArrayList &pieces, qint64 size)
 {
     m_recvCount += static_cast<quint32>(size);
     m_area->refreshCounts();
-    if (m_recvOptions->stopShow())
+    if (m_recvOptions->stopShow()) {
+        m_received->setHidden();
         return;
+    }
     const bool hex = m_recvOptions->hexShow();
     if (m_recvOptions->logMode()) {
         m_terminal->insertRecvData(pieces.join(), hex, m_recvOptions->timeStamp());
@@ -365,7 +367,7 @@ bool SerialportWidget::saveBeforeExit()
 {
     if (m_port->isOpen())
         SltRecvFromSerialport();
-    return m_received->saveBeforeExit();
+    return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit();
 }
 
 const ByteSpool &SerialportWidget::spool() const

@@ -406,6 +406,10 @@ void TestSendBox::tellsWhatItCannotStore()
     row->setText("y");
     QTest::keyClick(row, Qt::Key_Return);
     QVERIFY(notices.count() >= 4);
+    for (const int answer : {0, 1}) {
+        DialogAnswers::instance().message = [answer](auto, auto, auto) { return answer; };
+        QCOMPARE(m_box->saveBeforeExit(), answer == 1);
+    }
     for (const QList<QVariant> &notice : notices) {
         QVERIFY2(notice.at(0).toString().endsWith(QStringLiteral("失败：不是普通文件")),
                  qPrintable(notice.at(0).toString()));

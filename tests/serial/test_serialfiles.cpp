@@ -250,6 +250,13 @@ void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
     receive("not shown, not saved");
     QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 2);
+    click("btnSaveRecv"); // as text, which does not hold it
+    QVERIFY(m_page->mayClose());
+    QCOMPARE(asked, 3);
+    chooseFile(m_root->filePath("saved.bin"));
+    click("btnSaveRecv");
+    QVERIFY(m_page->mayClose());
+    QCOMPARE(asked, 3);
 }
 
 QTEST_MAIN(TestSerialFiles)
