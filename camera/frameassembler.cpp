@@ -235,9 +235,18 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
         return takeReply(event, valueLength);
     default:
         *isEvent = false;
-        m_buffer.drop(length);
+        dropPacket(length);
         return true;
     }
+}
+
+// One that means nothing here. What an incomplete one claims is lost.
+void FrameAssembler::dropPacket(quint32 length)
+{
+    if (m_buffer.size() < static_cast<qsizetype>(length))
+        discard(m_buffer.size());
+    else
+        m_buffer.drop(length);
 }
 
 // Waited for is what can still become a reply; a longer packet is given up at
@@ -257,8 +266,11 @@ bool FrameAssembler::takeReply(CameraEvent *event, int valueLength)
         event->address = readU16(m_buffer.front() + bodyAt + 1);
         event->data = QByteArray(m_buffer.front() + bodyAt + 3, valueLength);
     }
+    if (!isReply) {
+        dropPacket(length);
+        return true;
+    }
     m_buffer.drop(length);
-    if (isReply)
-        endPacket();
+    endPacket();
     return true;
 }

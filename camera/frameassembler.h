@@ -73,6 +73,7 @@ private:
     void searchHeader();
     void discard(qint64 bytes);
     void discardFrame();
+    void dropPacket(quint32 length);
     bool takeImage(CameraEvent *event);
     bool takeHeader(CameraEvent *event, int valueLength, bool *isEvent);
     bool takeReply(CameraEvent *event, int valueLength);

@@ -255,6 +255,9 @@ void TestCameraLink::countsLosses()
     QCOMPARE(loss(kImage), QStringLiteral("15/1"));
     QCOMPARE(loss(kFormat.left(14)), QStringLiteral("14/0"));
     QCOMPARE(loss(header("ffffffff", "02") + "ab"), QStringLiteral("12/0"));
+    QCOMPARE(loss(header("0c000000", "7f") + "ab"), QStringLiteral("0/0")); // for somebody else
+    QCOMPARE(loss(header("00100000", "7f") + "ab"), QStringLiteral("12/0"));
+    QCOMPARE(loss(header("00100000", "11") + "ab"), QStringLiteral("12/0"));
     QCOMPARE(loss({}), QStringLiteral("0/0"));
 }
 
