@@ -91,8 +91,9 @@ void PidTour::tunesALoop()
 {
     BoardProcess board(QStringLiteral("COM6"), stage().portsFolder());
     QVERIFY(runLoop(stage(), board, {QStringLiteral("--noise"), QStringLiteral("0")}));
-    // The board told its gains when the port was opened.
-    WAIT_EQUAL(text(stage(), "editP"), QStringLiteral("0.2"));
+    // The board reported its gains when the port was opened: "0.2" where channel 2
+    // had been chosen by then, "0.200" otherwise.
+    WAIT_EQUAL(text(stage(), "editP").toDouble(), 0.2);
     QCOMPARE(text(stage(), "editPeriod"), QStringLiteral("10"));
     QCOMPARE(stage().find<QPushButton>("btnPidStart")->text(), QStringLiteral("停止"));
 
