@@ -66,12 +66,14 @@ void SendList::read(const QByteArray &file)
     const QString text = TextCodec::decodeFile(file);
     QStringList others; // in front of the next row
     int start = 0;
-    while (start < text.size() && text.at(start) == QChar::ByteOrderMark)
-        ++start;
     while (start < text.size()) {
         int end = text.indexOf(QLatin1Char('\n'), start);
         if (end < 0)
             end = text.size();
+        // A byte order mark would be part of a line here and not at the front of
+        // the file, where the line may come to stand.
+        while (start < end && text.at(start) == QChar::ByteOrderMark)
+            ++start;
         readLine(text.midRef(start, end - start), &others);
         start = end + 1;
     }
