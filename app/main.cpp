@@ -1,8 +1,8 @@
-#include "app/demoboards.h"
-#include "app/startup.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/window/mainwindow.h"
-#include "shell/window/qtstatusbar.h"
+#include "demoboards.h"
+#include "mainwindow.h"
+#include "qtmessagebox.h"
+#include "qtstatusbar.h"
+#include "startup.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

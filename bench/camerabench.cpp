@@ -1,9 +1,9 @@
 // The camera page's engines beside memcpy: decoding, and taking frames apart in
 // chunks of several sizes.
 
-#include "camera/frameassembler.h"
-#include "camera/jpegscanner.h"
-#include "camera/pixeldecoder.h"
+#include "frameassembler.h"
+#include "jpegscanner.h"
+#include "pixeldecoder.h"
 
 #include <QList>
 

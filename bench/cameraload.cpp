@@ -7,11 +7,11 @@
 //
 // --frames: ends when so many have come, or nothing has come for three seconds.
 
-#include "bench/heartbeat.h"
-#include "bench/loadrun.h"
-#include "bench/processfigures.h"
-#include "camera/cameradebugwidget.h"
-#include "camera/frameshow.h"
+#include "cameradebugwidget.h"
+#include "frameshow.h"
+#include "heartbeat.h"
+#include "loadrun.h"
+#include "processfigures.h"
 
 #include <QElapsedTimer>
 #include <QLineEdit>

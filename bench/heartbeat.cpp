@@ -1,4 +1,4 @@
-#include "bench/heartbeat.h"
+#include "heartbeat.h"
 
 Heartbeat::Heartbeat()
 {

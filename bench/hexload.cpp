@@ -4,11 +4,11 @@
 //
 //   hexload FILE        the file is changed; its last bytes must be "pattern!"
 
-#include "app/apppaths.h"
-#include "app/startup.h"
-#include "bench/processfigures.h"
-#include "hexedit/hexeditwidget.h"
-#include "hexedit/qhexedit.h"
+#include "apppaths.h"
+#include "hexeditwidget.h"
+#include "processfigures.h"
+#include "qhexedit.h"
+#include "startup.h"
 
 #include <QApplication>
 #include <QComboBox>

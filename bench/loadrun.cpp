@@ -1,7 +1,7 @@
-#include "bench/loadrun.h"
+#include "loadrun.h"
 
-#include "app/apppaths.h"
-#include "app/startup.h"
+#include "apppaths.h"
+#include "startup.h"
 
 #include <QTabBar>
 #include <QTcpServer>

@@ -3,7 +3,7 @@
 // The real program in a folder of its own, for a run under load: its options and
 // its window.
 
-#include "shell/window/mainwindow.h"
+#include "mainwindow.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

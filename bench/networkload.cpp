@@ -11,14 +11,14 @@
 // --broadcast: when all peers are there, and again at the end, sends so many bytes to all.
 // --auto-send: sends 100 KB to all at this period for the seconds given.
 
-#include "bench/heartbeat.h"
-#include "bench/loadrun.h"
-#include "bench/processfigures.h"
-#include "network/networktoolwidget.h"
-#include "network/tcpserver.h"
-#include "serial/bytespool.h"
-#include "serial/qtterminalwidget.h"
-#include "tools/boardsim/payload.h"
+#include "bytespool.h"
+#include "heartbeat.h"
+#include "loadrun.h"
+#include "networktoolwidget.h"
+#include "payload.h"
+#include "processfigures.h"
+#include "qtterminalwidget.h"
+#include "tcpserver.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

@@ -4,10 +4,10 @@
 // its fitting and drawing is measured apart, for it does not come with every
 // report.
 
-#include "pid/pidexport.h"
-#include "pid/pidparser.h"
-#include "pid/pidplot.h"
-#include "resources/korvexresources.h"
+#include "korvexresources.h"
+#include "pidexport.h"
+#include "pidparser.h"
+#include "pidplot.h"
 
 #include <QApplication>
 #include <QBuffer>

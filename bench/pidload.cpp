@@ -6,11 +6,11 @@
 //
 //   pidload --port COM3 --seconds 60 [--picture FILE]
 
-#include "bench/heartbeat.h"
-#include "bench/loadrun.h"
-#include "bench/processfigures.h"
-#include "pid/piddebugwidget.h"
-#include "pid/pidplot.h"
+#include "heartbeat.h"
+#include "loadrun.h"
+#include "piddebugwidget.h"
+#include "pidplot.h"
+#include "processfigures.h"
 
 #include <QComboBox>
 #include <QElapsedTimer>

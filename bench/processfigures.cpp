@@ -1,4 +1,4 @@
-#include "bench/processfigures.h"
+#include "processfigures.h"
 
 #include <QFile>
 

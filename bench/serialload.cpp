@@ -6,13 +6,13 @@
 //   serialload --port COM3 --total BYTES [--hex] [--stamp] [--log-mode]
 //              [--encoding utf8] [--seed 1] [--no-heartbeat] [--picture FILE]
 
-#include "bench/heartbeat.h"
-#include "bench/loadrun.h"
-#include "bench/processfigures.h"
-#include "serial/bytespool.h"
-#include "serial/qtterminalwidget.h"
-#include "serial/serialportwidget.h"
-#include "tools/boardsim/payload.h"
+#include "bytespool.h"
+#include "heartbeat.h"
+#include "loadrun.h"
+#include "payload.h"
+#include "processfigures.h"
+#include "qtterminalwidget.h"
+#include "serialportwidget.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

@@ -2,11 +2,11 @@
 // replacing the whole text of a text browser, as codec 0 (UTF-8) or 1
 // (GB18030), for log lines, random bytes and Chinese without a line end.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/textcodec.h"
-#include "resources/korvexresources.h"
-#include "serial/qtterminalwidget.h"
+#include "apppaths.h"
+#include "korvexresources.h"
+#include "qtterminalwidget.h"
+#include "settings.h"
+#include "textcodec.h"
 
 #include <QApplication>
 #include <QRandomGenerator>

@@ -8,13 +8,13 @@
 // "--baud" is what the page sets, "--line" the speed that the line really has
 // (0, the default: it takes no time).
 
-#include "bench/heartbeat.h"
-#include "bench/loadrun.h"
-#include "bench/processfigures.h"
-#include "serial/qtsendboxwidget.h"
-#include "serial/serialportwidget.h"
-#include "shell/base/dialoganswers.h"
-#include "transfer/ymodemfiletransmit.h"
+#include "dialoganswers.h"
+#include "heartbeat.h"
+#include "loadrun.h"
+#include "processfigures.h"
+#include "qtsendboxwidget.h"
+#include "serialportwidget.h"
+#include "ymodemfiletransmit.h"
 
 #include <QComboBox>
 #include <QElapsedTimer>

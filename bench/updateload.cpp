@@ -4,10 +4,10 @@
 //
 //   updateload FOLDER        the package goes to FOLDER/download
 
-#include "app/apppaths.h"
-#include "app/startup.h"
-#include "bench/processfigures.h"
-#include "update/qtupdatedialog.h"
+#include "apppaths.h"
+#include "processfigures.h"
+#include "qtupdatedialog.h"
+#include "startup.h"
 
 #include <QApplication>
 #include <QDirIterator>

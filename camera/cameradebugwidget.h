@@ -5,8 +5,8 @@
 // writes the board's registers. Owns the links and the streams; what a picture
 // is made of is FrameShow's, the registers are ImageFormatConfig's.
 
-#include "camera/camerastreams.h"
-#include "shell/base/qtwidgetbase.h"
+#include "camerastreams.h"
+#include "qtwidgetbase.h"
 
 #include <QAbstractSocket>
 #include <QElapsedTimer>

@@ -1,11 +1,11 @@
-#include "camera/cameralinkpanel.h"
+#include "cameralinkpanel.h"
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
-#include "network/localaddressbox.h"
-#include "serial/portname.h"
-#include "shell/base/baudratebox.h"
-#include "shell/base/portcombobox.h"
+#include "baudratebox.h"
+#include "localaddressbox.h"
+#include "portcombobox.h"
+#include "portname.h"
+#include "settings.h"
+#include "settingskeys.h"
 
 #include <QLineEdit>
 

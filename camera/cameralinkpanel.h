@@ -3,7 +3,7 @@
 // What the camera page is reached through: the network, or a serial port. Begins
 // with the fields of the last link that was opened.
 
-#include "network/networkfields.h"
+#include "networkfields.h"
 
 class PortComboBox;
 

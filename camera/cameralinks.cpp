@@ -1,18 +1,18 @@
 // The camera page's four links: opening, closing, sending and what they report.
 
-#include "camera/cameradebugwidget.h"
-#include "camera/cameralinkpanel.h"
-#include "camera/camerastatusrow.h"
-#include "camera/imageformatconfig.h"
-#include "camera/imageviewer.h"
-#include "network/clientsocket.h"
-#include "network/datagramsocket.h"
-#include "network/readgate.h"
-#include "network/socketerror.h"
-#include "network/tcpserver.h"
-#include "serial/portname.h"
-#include "serial/qtserialport.h"
-#include "shell/base/stateindicator.h"
+#include "cameradebugwidget.h"
+#include "cameralinkpanel.h"
+#include "camerastatusrow.h"
+#include "clientsocket.h"
+#include "datagramsocket.h"
+#include "imageformatconfig.h"
+#include "imageviewer.h"
+#include "portname.h"
+#include "qtserialport.h"
+#include "readgate.h"
+#include "socketerror.h"
+#include "stateindicator.h"
+#include "tcpserver.h"
 
 #include <QDebug>
 

@@ -1,6 +1,6 @@
-#include "camera/camerastatusrow.h"
+#include "camerastatusrow.h"
 
-#include "shell/base/stateindicator.h"
+#include "stateindicator.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

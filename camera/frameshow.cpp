@@ -1,6 +1,6 @@
-#include "camera/frameshow.h"
+#include "frameshow.h"
 
-#include "camera/pixeldecoder.h"
+#include "pixeldecoder.h"
 
 #include <QBuffer>
 #include <QImageReader>

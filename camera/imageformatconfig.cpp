@@ -1,9 +1,9 @@
-#include "camera/imageformatconfig.h"
+#include "imageformatconfig.h"
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
-#include "register/datamanagerwidget.h"
-#include "shell/base/qtmessagetip.h"
+#include "datamanagerwidget.h"
+#include "qtmessagetip.h"
+#include "settings.h"
+#include "settingskeys.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

@@ -4,9 +4,9 @@
 // or set here, and its registers, one at a time or as tables. Sends nothing
 // itself: asks for each request by a signal and is told the answers.
 
-#include "camera/frameshow.h"
-#include "camera/registerbatch.h"
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
+#include "frameshow.h"
+#include "registerbatch.h"
 
 class DataManagerWidget;
 class QComboBox;

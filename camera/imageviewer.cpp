@@ -1,4 +1,4 @@
-#include "camera/imageviewer.h"
+#include "imageviewer.h"
 
 #include <QPainter>
 

@@ -1,9 +1,9 @@
-#include "camera/pictureactions.h"
+#include "pictureactions.h"
 
-#include "app/safefile.h"
-#include "camera/imageviewer.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
+#include "imageviewer.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "safefile.h"
 
 #include <QApplication>
 #include <QBuffer>

@@ -1,4 +1,4 @@
-#include "camera/registerbatch.h"
+#include "registerbatch.h"
 
 namespace {
 

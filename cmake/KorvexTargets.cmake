@@ -5,7 +5,6 @@
 include_guard(GLOBAL)
 
 add_library(korvex_flags INTERFACE)
-target_include_directories(korvex_flags INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_definitions(korvex_flags INTERFACE
   QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS QT_NO_FOREACH
   QT_DISABLE_DEPRECATED_BEFORE=0x050C00)
@@ -19,28 +18,21 @@ if(KORVEX_SANITIZE)
   target_link_options(korvex_flags INTERFACE -fsanitize=${KORVEX_SANITIZE})
 endif()
 
-# Notes what a target is made of and links, for the check of what it includes.
-function(korvex_note name sources links)
-  list(JOIN sources "," sources)
-  list(JOIN links "," links)
-  file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
-  set_property(GLOBAL APPEND PROPERTY KORVEX_TARGETS "${name} ${folder} [${sources}] [${links}]")
-endfunction()
-
 # korvex_library(<name> SOURCES ... LINKS ...)
-# A static library; LINKS is all that it may include.
+# The static library of a folder, also known as Korvex::<name>. It finds the
+# headers of its own folder and of the libraries in LINKS; no others.
 function(korvex_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
+  add_library(Korvex::${name} ALIAS ${name})
   target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE korvex_flags)
-  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
-  korvex_note(${name} "${ARG_SOURCES}" "${ARG_LINKS}")
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
 endfunction()
 
 # korvex_engine(<name> [WITHOUT_QT] SOURCES ... [LINKS ...])
 # A library that knows bytes and values only: Qt5::Core and other engines at
-# most. Its sources are noted, so that a test can check what they include and
-# clang-tidy can be run on them.
+# most, so that no widget, socket or port is in its reach. Its sources are
+# noted for clang-tidy.
 function(korvex_engine name)
   cmake_parse_arguments(ARG "WITHOUT_QT" "" "SOURCES;LINKS" ${ARGN})
   if(NOT ARG_WITHOUT_QT)
@@ -57,7 +49,6 @@ function(korvex_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} korvex_flags)
-  korvex_note(${name} "${ARG_SOURCES}" "${ARG_LINKS}")
 endfunction()
 
 # korvex_test(<name> SOURCES ... LINKS ... [LABEL serial] [TIMEOUT 60] [ARGS ...])
@@ -67,7 +58,7 @@ function(korvex_test name)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 600) # on a busy machine; a wait of a test ends long before
   endif()
-  korvex_program(${name} SOURCES ${ARG_SOURCES} LINKS ${ARG_LINKS} Qt5::Test)
+  korvex_program(${name} SOURCES ${ARG_SOURCES} LINKS ${ARG_LINKS} Korvex::test_support Qt5::Test)
   # Each test keeps its own "conf" and "tmp" beside its executable.
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
   add_test(NAME ${name} COMMAND ${name} ${ARG_ARGS})

@@ -1,4 +1,4 @@
-#include "hexedit/hexchangebar.h"
+#include "hexchangebar.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,7 +1,7 @@
-#include "hexedit/hexchecksumpanel.h"
+#include "hexchecksumpanel.h"
 
-#include "hexedit/hexchecksum.h"
-#include "hexedit/qhexedit.h"
+#include "hexchecksum.h"
+#include "qhexedit.h"
 
 #include <QLabel>
 #include <QLineEdit>

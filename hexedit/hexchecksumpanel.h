@@ -2,7 +2,7 @@
 
 // Checksums of the selection, or of all bytes where nothing is selected.
 
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
 
 class QHexEdit;
 class QLabel;

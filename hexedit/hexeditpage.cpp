@@ -1,16 +1,16 @@
 // What HexEditWidget is made of, and what it shows of its state.
 
-#include "app/settings.h"
-#include "app/skin.h"
-#include "hexedit/hexchangebar.h"
-#include "hexedit/hexchecksumpanel.h"
-#include "hexedit/hexeditwidget.h"
-#include "hexedit/hexfindpanel.h"
-#include "hexedit/hexinspectorpanel.h"
-#include "hexedit/hexjumppanel.h"
-#include "hexedit/hexrecentbutton.h"
-#include "hexedit/qhexedit.h"
-#include "shell/base/iconfont.h"
+#include "hexchangebar.h"
+#include "hexchecksumpanel.h"
+#include "hexeditwidget.h"
+#include "hexfindpanel.h"
+#include "hexinspectorpanel.h"
+#include "hexjumppanel.h"
+#include "hexrecentbutton.h"
+#include "iconfont.h"
+#include "qhexedit.h"
+#include "settings.h"
+#include "skin.h"
 
 #include <QButtonGroup>
 #include <QDir>

@@ -1,11 +1,11 @@
-#include "hexedit/hexeditwidget.h"
+#include "hexeditwidget.h"
 
-#include "hexedit/hexchangebar.h"
-#include "hexedit/hexrecentbutton.h"
-#include "hexedit/qhexedit.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qtmessagetip.h"
+#include "hexchangebar.h"
+#include "hexrecentbutton.h"
+#include "qhexedit.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "qtmessagetip.h"
 
 #include <QApplication>
 #include <QDir>

@@ -3,12 +3,12 @@
 // The editor for binary files: opens one file into memory, lets it be edited,
 // and puts it back without ever losing the bytes that were there.
 
-#include "hexedit/hexdocument.h"
-#include "hexedit/hexfilewatch.h"
-#include "hexedit/hexreader.h"
-#include "hexedit/hexsaver.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qtwidgetbase.h"
+#include "hexdocument.h"
+#include "hexfilewatch.h"
+#include "hexreader.h"
+#include "hexsaver.h"
+#include "qtmessagebox.h"
+#include "qtwidgetbase.h"
 
 #include <QSet>
 #include <memory>

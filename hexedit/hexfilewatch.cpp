@@ -1,6 +1,6 @@
-#include "hexedit/hexfilewatch.h"
+#include "hexfilewatch.h"
 
-#include "hexedit/hexsaver.h"
+#include "hexsaver.h"
 
 #include <QDir>
 #include <QFileInfo>

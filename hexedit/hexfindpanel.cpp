@@ -1,9 +1,9 @@
-#include "hexedit/hexfindpanel.h"
+#include "hexfindpanel.h"
 
-#include "app/textcodec.h"
-#include "hexedit/hexparse.h"
-#include "hexedit/qhexedit.h"
-#include "shell/base/qtmessagetip.h"
+#include "hexparse.h"
+#include "qhexedit.h"
+#include "qtmessagetip.h"
+#include "textcodec.h"
 
 #include <QComboBox>
 #include <QKeyEvent>

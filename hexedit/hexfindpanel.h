@@ -2,8 +2,8 @@
 
 // Finds and replaces bytes, given as hexadecimal or as text in either codec.
 
-#include "hexedit/hexsearch.h"
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
+#include "hexsearch.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
-#include "hexedit/hexinspectorpanel.h"
+#include "hexinspectorpanel.h"
 
-#include "hexedit/hexinspector.h"
-#include "hexedit/qhexedit.h"
+#include "hexinspector.h"
+#include "qhexedit.h"
 
 #include <QComboBox>
 #include <QGridLayout>

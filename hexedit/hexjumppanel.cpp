@@ -1,8 +1,8 @@
-#include "hexedit/hexjumppanel.h"
+#include "hexjumppanel.h"
 
-#include "hexedit/hexparse.h"
-#include "hexedit/qhexedit.h"
-#include "shell/base/qtmessagetip.h"
+#include "hexparse.h"
+#include "qhexedit.h"
+#include "qtmessagetip.h"
 
 #include <QComboBox>
 #include <QKeyEvent>

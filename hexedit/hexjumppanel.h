@@ -2,7 +2,7 @@
 
 // Goes to an address that the user types.
 
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
 
 class QComboBox;
 class QHexEdit;

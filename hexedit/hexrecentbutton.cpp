@@ -1,7 +1,7 @@
-#include "hexedit/hexrecentbutton.h"
+#include "hexrecentbutton.h"
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
+#include "settings.h"
+#include "settingskeys.h"
 
 #include <QDir>
 #include <QFileInfo>

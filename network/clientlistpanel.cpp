@@ -1,4 +1,4 @@
-#include "network/clientlistpanel.h"
+#include "clientlistpanel.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

@@ -3,7 +3,7 @@
 // The server's peers: whom sending goes to, and the button that disconnects.
 // Holds names only.
 
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
 
 class QComboBox;
 class QPushButton;

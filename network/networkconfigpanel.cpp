@@ -1,7 +1,7 @@
-#include "network/networkconfigpanel.h"
+#include "networkconfigpanel.h"
 
-#include "app/settings.h"
-#include "network/localaddressbox.h"
+#include "localaddressbox.h"
+#include "settings.h"
 
 #include <QLabel>
 #include <QLineEdit>

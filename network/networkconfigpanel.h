@@ -2,7 +2,7 @@
 
 // The network page's link parameters, which begin with those of the last link.
 
-#include "network/networkfields.h"
+#include "networkfields.h"
 
 class NetworkConfigPanel : public NetworkFields
 {

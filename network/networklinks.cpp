@@ -1,20 +1,20 @@
 // The network page's three links: opening, closing, sending and what their
 // sockets report.
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
-#include "network/clientlistpanel.h"
-#include "network/clientsocket.h"
-#include "network/datagramsocket.h"
-#include "network/networkconfigpanel.h"
-#include "network/networktoolwidget.h"
-#include "network/readgate.h"
-#include "network/socketerror.h"
-#include "network/tcpserver.h"
-#include "serial/qtterminalwidget.h"
-#include "serial/workarea.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/stateindicator.h"
+#include "clientlistpanel.h"
+#include "clientsocket.h"
+#include "datagramsocket.h"
+#include "networkconfigpanel.h"
+#include "networktoolwidget.h"
+#include "qtmessagebox.h"
+#include "qtterminalwidget.h"
+#include "readgate.h"
+#include "settings.h"
+#include "settingskeys.h"
+#include "socketerror.h"
+#include "stateindicator.h"
+#include "tcpserver.h"
+#include "workarea.h"
 
 #include <QDebug>
 

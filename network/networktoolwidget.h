@@ -4,7 +4,7 @@
 // receive display and one send box. Owns the sockets; bytes that come in go to
 // a spool file and to the display.
 
-#include "shell/base/qtwidgetbase.h"
+#include "qtwidgetbase.h"
 
 #include <QAbstractSocket>
 

@@ -1,9 +1,9 @@
-#include "pid/pidchart.h"
+#include "pidchart.h"
 
-#include "app/safefile.h"
-#include "pid/pidcurvelist.h"
-#include "pid/pidplot.h"
-#include "shell/base/stateindicator.h"
+#include "pidcurvelist.h"
+#include "pidplot.h"
+#include "safefile.h"
+#include "stateindicator.h"
 
 #include <QBuffer>
 #include <QCheckBox>

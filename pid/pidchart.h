@@ -4,7 +4,7 @@
 // following, the read-out below the mouse and the list of curves; also what of
 // it is saved. Knows values and times, no board.
 
-#include "pid/pidexport.h"
+#include "pidexport.h"
 
 #include <QWidget>
 

@@ -1,4 +1,4 @@
-#include "pid/pidcurvelist.h"
+#include "pidcurvelist.h"
 
 #include <QCheckBox>
 #include <QGridLayout>

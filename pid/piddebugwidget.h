@@ -4,9 +4,9 @@
 // board and plots what it reports against time. Owns the serial link; the
 // frames are pid_link's, the chart is PidPlot's.
 
-#include "pid/pidchannelparams.h"
-#include "pid/pidreceiver.h"
-#include "shell/base/qtwidgetbase.h"
+#include "pidchannelparams.h"
+#include "pidreceiver.h"
+#include "qtwidgetbase.h"
 
 #include <QElapsedTimer>
 

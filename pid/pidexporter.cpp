@@ -1,6 +1,6 @@
-#include "pid/pidexporter.h"
+#include "pidexporter.h"
 
-#include "app/safefile.h"
+#include "safefile.h"
 
 #include <QElapsedTimer>
 

@@ -3,7 +3,7 @@
 // Writes an export to a file. What fits into one picture's time is done at once,
 // more is done in slices between the events.
 
-#include "pid/pidexport.h"
+#include "pidexport.h"
 
 #include <QObject>
 #include <QTimer>

@@ -1,4 +1,4 @@
-#include "pid/pidfield.h"
+#include "pidfield.h"
 
 #include <QKeyEvent>
 #include <QRegularExpressionValidator>

@@ -1,6 +1,6 @@
-#include "pid/pidoperations.h"
+#include "pidoperations.h"
 
-#include "shell/base/buttonrole.h"
+#include "buttonrole.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>

@@ -1,15 +1,15 @@
 // What PidDebugWidget is made of.
 
-#include "pid/pidchart.h"
-#include "pid/pidcurvelist.h"
-#include "pid/piddebugwidget.h"
-#include "pid/pidoperations.h"
-#include "pid/pidpanel.h"
-#include "pid/pidplot.h"
-#include "pid/pidportpanel.h"
-#include "pid/pidsaving.h"
-#include "serial/qtserialport.h"
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
+#include "pidchart.h"
+#include "pidcurvelist.h"
+#include "piddebugwidget.h"
+#include "pidoperations.h"
+#include "pidpanel.h"
+#include "pidplot.h"
+#include "pidportpanel.h"
+#include "pidsaving.h"
+#include "qtserialport.h"
 
 #include <QCheckBox>
 #include <QComboBox>

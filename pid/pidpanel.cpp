@@ -1,4 +1,4 @@
-#include "pid/pidpanel.h"
+#include "pidpanel.h"
 
 #include <QComboBox>
 #include <QLabel>

@@ -6,9 +6,9 @@
 // comes back when that channel is selected again; Esc drops it. Sends nothing
 // itself.
 
-#include "pid/pidchannelparams.h"
-#include "pid/pidfield.h"
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
+#include "pidchannelparams.h"
+#include "pidfield.h"
 
 #include <array>
 #include <optional>

@@ -1,8 +1,8 @@
-#include "pid/pidportpanel.h"
+#include "pidportpanel.h"
 
-#include "shell/base/buttonrole.h"
-#include "shell/base/clickonce.h"
-#include "shell/base/portcombobox.h"
+#include "buttonrole.h"
+#include "clickonce.h"
+#include "portcombobox.h"
 
 #include <QPushButton>
 

@@ -3,7 +3,7 @@
 // The port and the baud rate of the PID page, and the button that opens and
 // closes. Opens nothing itself.
 
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
 
 class PortComboBox;
 class QComboBox;

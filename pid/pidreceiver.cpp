@@ -1,4 +1,4 @@
-#include "pid/pidreceiver.h"
+#include "pidreceiver.h"
 
 namespace {
 

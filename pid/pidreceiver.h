@@ -4,7 +4,7 @@
 // when the user should know that nothing comes through (docs/adr/0010). What a
 // report means is the owner's affair.
 
-#include "pid/pidparser.h"
+#include "pidparser.h"
 
 #include <QObject>
 #include <QTimer>

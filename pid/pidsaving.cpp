@@ -1,9 +1,9 @@
-#include "pid/pidsaving.h"
+#include "pidsaving.h"
 
-#include "pid/pidchart.h"
-#include "pid/pidexporter.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
+#include "pidchart.h"
+#include "pidexporter.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
 
 #include <QDir>
 

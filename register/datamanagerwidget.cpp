@@ -1,12 +1,12 @@
-#include "register/datamanagerwidget.h"
+#include "datamanagerwidget.h"
 
-#include "app/safefile.h"
-#include "register/registercelldelegate.h"
-#include "shell/base/iconfont.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qtmessagetip.h"
-#include "shell/base/qtpagebar.h"
+#include "iconfont.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "qtmessagetip.h"
+#include "qtpagebar.h"
+#include "registercelldelegate.h"
+#include "safefile.h"
 
 #include <QButtonGroup>
 #include <QFileInfo>

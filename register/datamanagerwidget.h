@@ -4,8 +4,8 @@
 // imported, exported and handed to its owner to be read from or written to a
 // board. Holds the rows; sends nothing.
 
-#include "register/registercsv.h"
-#include "shell/base/qtframelessdialog.h"
+#include "qtframelessdialog.h"
+#include "registercsv.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
-#include "register/registercelldelegate.h"
+#include "registercelldelegate.h"
 
-#include "shell/base/qtmessagetip.h"
+#include "qtmessagetip.h"
 
 #include <QLineEdit>
 #include <QRegularExpressionValidator>

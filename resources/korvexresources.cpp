@@ -1,4 +1,4 @@
-#include "resources/korvexresources.h"
+#include "korvexresources.h"
 
 #include <QDir>
 

@@ -1,10 +1,10 @@
-#include "serial/filetransfer.h"
+#include "filetransfer.h"
 
-#include "serial/filesendpage.h"
-#include "serial/portname.h"
-#include "serial/qextserialport.h"
-#include "serial/serialconfigpanel.h"
-#include "serial/transferlogdialog.h"
+#include "filesendpage.h"
+#include "portname.h"
+#include "qextserialport.h"
+#include "serialconfigpanel.h"
+#include "transferlogdialog.h"
 
 #include <QDebug>
 

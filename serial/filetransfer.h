@@ -3,7 +3,7 @@
 // File transfers of the serial page: lends the page's open port to the driver
 // and takes it back, and tells how it goes on the send box's file page.
 
-#include "transfer/ymodemfiletransmit.h"
+#include "ymodemfiletransmit.h"
 
 #include <QObject>
 

@@ -1,11 +1,11 @@
-#include "serial/serialconfigpanel.h"
+#include "serialconfigpanel.h"
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
-#include "shell/base/baudratebox.h"
-#include "shell/base/buttonrole.h"
-#include "shell/base/clickonce.h"
-#include "shell/base/portcombobox.h"
+#include "baudratebox.h"
+#include "buttonrole.h"
+#include "clickonce.h"
+#include "portcombobox.h"
+#include "settings.h"
+#include "settingskeys.h"
 
 #include <QPushButton>
 

@@ -3,7 +3,7 @@
 // The serial page's port parameters: what is chosen, and the button that opens
 // and closes. Opens nothing itself.
 
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
 
 class BaudRateBox;
 class PortComboBox;

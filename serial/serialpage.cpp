@@ -1,17 +1,17 @@
 // What SerialportWidget is made of.
 
-#include "serial/filesendpage.h"
-#include "serial/filetransfer.h"
-#include "serial/qextserialport.h"
-#include "serial/qtterminalwidget.h"
-#include "serial/quietreader.h"
-#include "serial/receivestore.h"
-#include "serial/recvoptions.h"
-#include "serial/sendoptions.h"
-#include "serial/serialconfigpanel.h"
-#include "serial/serialportwidget.h"
-#include "serial/workarea.h"
-#include "shell/base/formpanel.h"
+#include "filesendpage.h"
+#include "filetransfer.h"
+#include "formpanel.h"
+#include "qextserialport.h"
+#include "qtterminalwidget.h"
+#include "quietreader.h"
+#include "receivestore.h"
+#include "recvoptions.h"
+#include "sendoptions.h"
+#include "serialconfigpanel.h"
+#include "serialportwidget.h"
+#include "workarea.h"
 
 #include <QPushButton>
 

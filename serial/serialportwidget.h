@@ -4,8 +4,8 @@
 // and counters. Owns the port that it opens; bytes that come in go to a spool
 // file and to the display.
 
-#include "shell/base/qtwidgetbase.h"
-#include "transfer/ymodemfiletransmit.h"
+#include "qtwidgetbase.h"
+#include "ymodemfiletransmit.h"
 
 #include <QByteArrayList>
 #include <memory>

@@ -1,10 +1,10 @@
-#include "serial/transferlogdialog.h"
+#include "transferlogdialog.h"
 
-#include "app/safefile.h"
-#include "app/startup.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qtmessagetip.h"
+#include "fonts.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "qtmessagetip.h"
+#include "safefile.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -20,7 +20,7 @@ TransferLogDialog::TransferLogDialog(const QString &log, QWidget *parent)
     m_text->setObjectName(QStringLiteral("textTransferLog"));
     m_text->setReadOnly(true);
     m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
-    m_text->setFont(Startup::monospaceFont());
+    m_text->setFont(Fonts::monospace());
     m_text->setPlainText(log);
     // What went wrong stands at the end.
     m_text->moveCursor(QTextCursor::End);

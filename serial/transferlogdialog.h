@@ -2,7 +2,7 @@
 
 // Shows a transfer's protocol log, to be read, copied or saved.
 
-#include "shell/base/qtframelessdialog.h"
+#include "qtframelessdialog.h"
 
 class QPlainTextEdit;
 

@@ -1,6 +1,6 @@
-#include "transfer/transferlog.h"
+#include "transferlog.h"
 
-#include "transfer/ymodem.h"
+#include "ymodem.h"
 
 namespace {
 

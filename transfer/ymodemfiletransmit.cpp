@@ -1,6 +1,6 @@
-#include "transfer/ymodemfiletransmit.h"
+#include "ymodemfiletransmit.h"
 
-#include "app/textcodec.h"
+#include "textcodec.h"
 
 #include <QDebug>
 #include <QDir>

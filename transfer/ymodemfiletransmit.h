@@ -8,8 +8,8 @@
 // 100 ms later, when the port is free for others: its own is closed then, a
 // lent one stays open with what came in after the end.
 
-#include "transfer/transferlog.h"
-#include "transfer/ymodem.h"
+#include "transferlog.h"
+#include "ymodem.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>

@@ -5,8 +5,8 @@
 // Under the application's name, and in "_update", a copy of it finishes an
 // update that was ended in the middle.
 
-#include "unpacker/installation.h"
-#include "unpacker/progresswindow.h"
+#include "installation.h"
+#include "progresswindow.h"
 
 #include <cstdio>
 #include <fstream>

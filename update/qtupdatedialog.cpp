@@ -1,10 +1,10 @@
-#include "update/qtupdatedialog.h"
+#include "qtupdatedialog.h"
 
-#include "app/apppaths.h"
-#include "shell/base/qttitlebar.h"
-#include "update/packagename.h"
-#include "update/replystate.h"
-#include "update/versionnumber.h"
+#include "apppaths.h"
+#include "packagename.h"
+#include "qttitlebar.h"
+#include "replystate.h"
+#include "versionnumber.h"
 
 #include <QCoreApplication>
 #include <QDebug>

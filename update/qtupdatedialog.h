@@ -5,8 +5,8 @@
 // installation once the program has quit. Modal; owns its requests and the
 // package until it is complete.
 
-#include "shell/base/qtframelessdialog.h"
-#include "update/packagefile.h"
+#include "packagefile.h"
+#include "qtframelessdialog.h"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "bench/endurance/boardprocess.h"
+#include "boardprocess.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
-#include "bench/endurance/duty.h"
-#include "hexedit/hexeditwidget.h"
-#include "hexedit/qhexedit.h"
-#include "shell/window/mainwindow.h"
-#include "tools/boardsim/payload.h"
+#include "duty.h"
+#include "hexeditwidget.h"
+#include "mainwindow.h"
+#include "payload.h"
+#include "qhexedit.h"
 
 #include <QFile>
 

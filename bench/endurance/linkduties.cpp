@@ -1,13 +1,13 @@
 // The tools whose boards only have to be connected: network, camera, PID.
 
-#include "bench/endurance/boardprocess.h"
-#include "bench/endurance/duty.h"
-#include "camera/cameradebugwidget.h"
-#include "camera/frameshow.h"
-#include "network/networktoolwidget.h"
-#include "pid/piddebugwidget.h"
-#include "pid/pidplot.h"
-#include "shell/window/mainwindow.h"
+#include "boardprocess.h"
+#include "cameradebugwidget.h"
+#include "duty.h"
+#include "frameshow.h"
+#include "mainwindow.h"
+#include "networktoolwidget.h"
+#include "piddebugwidget.h"
+#include "pidplot.h"
 
 #include <QComboBox>
 #include <QLineEdit>

@@ -9,14 +9,14 @@
 // what the figures show.
 // The exit code is 1 where anything was lost.
 
-#include "app/apppaths.h"
-#include "app/startup.h"
-#include "bench/endurance/duty.h"
-#include "bench/heartbeat.h"
-#include "bench/processfigures.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/window/mainwindow.h"
-#include "shell/window/qttabbar.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "duty.h"
+#include "heartbeat.h"
+#include "mainwindow.h"
+#include "processfigures.h"
+#include "qttabbar.h"
+#include "startup.h"
 
 #include <QApplication>
 #include <QDir>

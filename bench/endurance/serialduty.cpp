@@ -1,12 +1,12 @@
-#include "bench/endurance/boardprocess.h"
-#include "bench/endurance/duty.h"
-#include "serial/bytespool.h"
-#include "serial/qtsendboxwidget.h"
-#include "serial/serialportwidget.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/window/mainwindow.h"
-#include "tools/boardsim/payload.h"
-#include "transfer/ymodemfiletransmit.h"
+#include "boardprocess.h"
+#include "bytespool.h"
+#include "dialoganswers.h"
+#include "duty.h"
+#include "mainwindow.h"
+#include "payload.h"
+#include "qtsendboxwidget.h"
+#include "serialportwidget.h"
+#include "ymodemfiletransmit.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

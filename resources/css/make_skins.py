@@ -4,7 +4,7 @@
     make_skins.py [folder]
 
 The rules are the same in the three skins; only the colours differ. Those of
-the palette (app/skin.cpp) come first in each table; the rest are shades of
+the palette (app/skin/skin.cpp) come first in each table; the rest are shades of
 them that keep text at 4.5 to 1 or better (a test computes it).
 """
 

@@ -1,4 +1,4 @@
-#include "shell/base/baudratebox.h"
+#include "baudratebox.h"
 
 #include <QIntValidator>
 #include <QKeyEvent>

@@ -1,4 +1,4 @@
-#include "shell/base/buttonrole.h"
+#include "buttonrole.h"
 
 #include <QStyle>
 #include <QVariant>

@@ -1,4 +1,4 @@
-#include "shell/base/clickonce.h"
+#include "clickonce.h"
 
 #include <QAbstractButton>
 #include <QEvent>

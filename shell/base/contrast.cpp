@@ -1,4 +1,4 @@
-#include "shell/base/contrast.h"
+#include "contrast.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "shell/base/dialoganswers.h"
+#include "dialoganswers.h"
 
 DialogAnswers &DialogAnswers::instance()
 {

@@ -1,6 +1,6 @@
-#include "shell/base/embeddedfiledialog.h"
+#include "embeddedfiledialog.h"
 
-#include "shell/base/qtmessagebox.h"
+#include "qtmessagebox.h"
 
 #include <QAction>
 #include <QDir>

@@ -1,6 +1,6 @@
-#include "shell/base/emptystate.h"
+#include "emptystate.h"
 
-#include "app/skin.h"
+#include "skin.h"
 
 #include <QEvent>
 #include <QLabel>

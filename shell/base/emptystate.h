@@ -3,7 +3,7 @@
 // What an area shows that has nothing to show yet: an icon and a short text
 // that says what will appear and how to get it.
 
-#include "shell/base/iconfont.h"
+#include "iconfont.h"
 
 #include <QWidget>
 

@@ -1,4 +1,4 @@
-#include "shell/base/fieldbehavior.h"
+#include "fieldbehavior.h"
 
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>

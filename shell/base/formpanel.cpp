@@ -1,6 +1,6 @@
-#include "shell/base/formpanel.h"
+#include "formpanel.h"
 
-#include "shell/base/placeholdertext.h"
+#include "placeholdertext.h"
 
 #include <QApplication>
 #include <QComboBox>

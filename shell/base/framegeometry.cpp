@@ -1,4 +1,4 @@
-#include "shell/base/framegeometry.h"
+#include "framegeometry.h"
 
 #include <QtGlobal>
 

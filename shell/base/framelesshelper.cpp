@@ -1,8 +1,8 @@
-#include "shell/base/framelesshelper.h"
+#include "framelesshelper.h"
 
-#include "app/skin.h"
-#include "shell/base/framegeometry.h"
-#include "shell/base/windowsframe.h"
+#include "framegeometry.h"
+#include "skin.h"
+#include "windowsframe.h"
 
 #include <QApplication>
 #include <QMouseEvent>

@@ -1,4 +1,4 @@
-#include "shell/base/iconbuttons.h"
+#include "iconbuttons.h"
 
 #include <QAbstractButton>
 

@@ -1,6 +1,6 @@
-#include "shell/base/iconfont.h"
+#include "iconfont.h"
 
-#include "resources/korvexresources.h"
+#include "korvexresources.h"
 
 #include <QFontDatabase>
 #include <QGuiApplication>

@@ -1,4 +1,4 @@
-#include "shell/base/placeholdertext.h"
+#include "placeholdertext.h"
 
 #include <QEvent>
 #include <QWidget>

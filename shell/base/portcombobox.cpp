@@ -1,6 +1,6 @@
-#include "shell/base/portcombobox.h"
+#include "portcombobox.h"
 
-#include "shell/base/placeholdertext.h"
+#include "placeholdertext.h"
 
 #include <QAbstractItemView>
 #include <QFontMetrics>

@@ -1,10 +1,10 @@
-#include "shell/base/qtfiledialog.h"
+#include "qtfiledialog.h"
 
-#include "app/skin.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/embeddedfiledialog.h"
-#include "shell/base/framelesshelper.h"
-#include "shell/base/iconfont.h"
+#include "dialoganswers.h"
+#include "embeddedfiledialog.h"
+#include "framelesshelper.h"
+#include "iconfont.h"
+#include "skin.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>

@@ -4,7 +4,7 @@
 // apply to it. Pages use the static helpers, which ask DialogAnswers first and
 // remember the last folder for the rest of the run.
 
-#include "shell/base/qtframelessdialog.h"
+#include "qtframelessdialog.h"
 
 #include <QStringList>
 

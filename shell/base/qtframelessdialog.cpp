@@ -1,10 +1,10 @@
-#include "shell/base/qtframelessdialog.h"
+#include "qtframelessdialog.h"
 
-#include "shell/base/fieldbehavior.h"
-#include "shell/base/framegeometry.h"
-#include "shell/base/framelesshelper.h"
-#include "shell/base/iconbuttons.h"
-#include "shell/base/qttitlebar.h"
+#include "fieldbehavior.h"
+#include "framegeometry.h"
+#include "framelesshelper.h"
+#include "iconbuttons.h"
+#include "qttitlebar.h"
 
 #include <QScreen>
 #include <QVBoxLayout>

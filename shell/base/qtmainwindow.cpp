@@ -1,7 +1,7 @@
-#include "shell/base/qtmainwindow.h"
+#include "qtmainwindow.h"
 
-#include "shell/base/framelesshelper.h"
-#include "shell/base/qttitlebar.h"
+#include "framelesshelper.h"
+#include "qttitlebar.h"
 
 QtMainWindow::QtMainWindow(QWidget *parent)
     : QWidget(parent)

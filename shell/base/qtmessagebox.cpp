@@ -1,8 +1,8 @@
-#include "shell/base/qtmessagebox.h"
+#include "qtmessagebox.h"
 
-#include "shell/base/dialoganswers.h"
-#include "shell/base/iconfont.h"
-#include "shell/base/qttitlebar.h"
+#include "dialoganswers.h"
+#include "iconfont.h"
+#include "qttitlebar.h"
 
 #include <QApplication>
 #include <QHBoxLayout>

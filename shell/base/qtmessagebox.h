@@ -4,7 +4,7 @@
 // ask DialogAnswers first. Return is "确定" or "保存"; Esc and the title's X are
 // "取消".
 
-#include "shell/base/qtframelessdialog.h"
+#include "qtframelessdialog.h"
 
 #include <QClipboard>
 

@@ -1,7 +1,7 @@
-#include "shell/base/qtmessagetip.h"
+#include "qtmessagetip.h"
 
-#include "app/startup.h"
-#include "shell/base/framegeometry.h"
+#include "fonts.h"
+#include "framegeometry.h"
 
 #include <QApplication>
 #include <QBitmap>
@@ -41,7 +41,7 @@ QtMessageTip::QtMessageTip()
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_DeleteOnClose);
-    QFont tipFont(Startup::uiFontFamily());
+    QFont tipFont(Fonts::uiFamily());
     tipFont.setPixelSize(13);
     setFont(tipFont);
     m_timer.setSingleShot(true);

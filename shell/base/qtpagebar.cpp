@@ -1,6 +1,6 @@
-#include "shell/base/qtpagebar.h"
+#include "qtpagebar.h"
 
-#include "shell/base/qtmessagetip.h"
+#include "qtmessagetip.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "shell/base/qtrollsubtitleswidget.h"
+#include "qtrollsubtitleswidget.h"
 
 #include <QPainter>
 

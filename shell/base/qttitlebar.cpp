@@ -1,7 +1,7 @@
-#include "shell/base/qttitlebar.h"
+#include "qttitlebar.h"
 
-#include "app/skin.h"
-#include "shell/base/iconfont.h"
+#include "iconfont.h"
+#include "skin.h"
 
 #include <QEvent>
 #include <QHBoxLayout>

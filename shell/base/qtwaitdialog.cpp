@@ -1,7 +1,7 @@
-#include "shell/base/qtwaitdialog.h"
+#include "qtwaitdialog.h"
 
-#include "shell/base/qttitlebar.h"
-#include "shell/base/waitingspinnerwidget.h"
+#include "qttitlebar.h"
+#include "waitingspinnerwidget.h"
 
 #include <QCloseEvent>
 #include <QLabel>

@@ -3,7 +3,7 @@
 // A modal dialog for work that takes a moment: a spinner, a text and, where
 // the work can be stopped, "取消". The owner closes it with accept().
 
-#include "shell/base/qtframelessdialog.h"
+#include "qtframelessdialog.h"
 
 class QLabel;
 class QPushButton;

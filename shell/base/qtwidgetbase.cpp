@@ -1,7 +1,7 @@
-#include "shell/base/qtwidgetbase.h"
+#include "qtwidgetbase.h"
 
-#include "shell/base/fieldbehavior.h"
-#include "shell/base/qtmessagetip.h"
+#include "fieldbehavior.h"
+#include "qtmessagetip.h"
 
 #include <QPushButton>
 #include <QShortcut>

@@ -1,4 +1,4 @@
-#include "shell/base/stateindicator.h"
+#include "stateindicator.h"
 
 #include <QPainter>
 

@@ -1,6 +1,6 @@
-#include "shell/base/waitingspinnerwidget.h"
+#include "waitingspinnerwidget.h"
 
-#include "app/skin.h"
+#include "skin.h"
 
 #include <QPainter>
 

@@ -1,4 +1,4 @@
-#include "shell/base/windowsframe.h"
+#include "windowsframe.h"
 
 #include <QAbstractButton>
 #include <QCoreApplication>
@@ -7,8 +7,8 @@
 
 #ifdef Q_OS_WIN
 
-#include "shell/base/framegeometry.h"
-#include "shell/base/framelesshelper.h"
+#include "framegeometry.h"
+#include "framelesshelper.h"
 
 #include <QWindow>
 #include <qt_windows.h>

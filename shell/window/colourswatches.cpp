@@ -1,6 +1,6 @@
-#include "shell/window/colourswatches.h"
+#include "colourswatches.h"
 
-#include "app/skin.h"
+#include "skin.h"
 
 #include <QHelpEvent>
 #include <QKeyEvent>

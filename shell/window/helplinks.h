@@ -3,7 +3,7 @@
 // What the help actions open: the manual beside the program where it is
 // installed, web addresses otherwise.
 
-#include "app/apppaths.h"
+#include "apppaths.h"
 
 #include <QFileInfo>
 #include <QUrl>

@@ -1,6 +1,6 @@
-#include "shell/window/huesaturationfield.h"
+#include "huesaturationfield.h"
 
-#include "app/skin.h"
+#include "skin.h"
 
 #include <QKeyEvent>
 #include <QPainter>

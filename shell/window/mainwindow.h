@@ -4,9 +4,9 @@
 // the status bar. Routes the pages' notices and counts, feeds the list of
 // serial ports to those who use it, and ends the program.
 
-#include "shell/base/qtmainwindow.h"
-#include "shell/window/qtstyledialog.h"
-#include "shell/window/quitguard.h"
+#include "qtmainwindow.h"
+#include "qtstyledialog.h"
+#include "quitguard.h"
 
 #include <QVector>
 #include <functional>

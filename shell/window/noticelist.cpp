@@ -1,6 +1,6 @@
-#include "shell/window/noticelist.h"
+#include "noticelist.h"
 
-#include "shell/base/framegeometry.h"
+#include "framegeometry.h"
 
 #include <QKeyEvent>
 #include <QListWidget>

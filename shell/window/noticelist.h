@@ -4,7 +4,7 @@
 // that the skin gives them. Esc or a click elsewhere closes it; it then deletes
 // itself.
 
-#include "shell/window/noticelog.h"
+#include "noticelog.h"
 
 #include <QColor>
 #include <QFrame>

@@ -1,4 +1,4 @@
-#include "shell/window/noticelog.h"
+#include "noticelog.h"
 
 bool NoticeLog::add(const Notice &notice)
 {

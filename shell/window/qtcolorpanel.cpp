@@ -1,7 +1,7 @@
-#include "shell/window/qtcolorpanel.h"
+#include "qtcolorpanel.h"
 
-#include "shell/window/colourswatches.h"
-#include "shell/window/huesaturationfield.h"
+#include "colourswatches.h"
+#include "huesaturationfield.h"
 
 #include <QGridLayout>
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "shell/window/qtcountlabel.h"
+#include "qtcountlabel.h"
 
 QtCountLabel::QtCountLabel(const QString &caption, QWidget *parent)
     : QLabel(parent)

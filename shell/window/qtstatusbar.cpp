@@ -1,9 +1,9 @@
-#include "shell/window/qtstatusbar.h"
+#include "qtstatusbar.h"
 
-#include "shell/base/qtwidgetbase.h"
-#include "shell/window/noticelist.h"
-#include "shell/window/qtcountlabel.h"
-#include "shell/window/statuslabel.h"
+#include "noticelist.h"
+#include "qtcountlabel.h"
+#include "qtwidgetbase.h"
+#include "statuslabel.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

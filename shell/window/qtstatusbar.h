@@ -4,7 +4,7 @@
 // page on display and the button that clears them. A notice ends after a while,
 // and with the page that posted it; a click on its place shows the recent ones.
 
-#include "shell/window/noticelog.h"
+#include "noticelog.h"
 
 #include <QTimer>
 #include <QWidget>

@@ -1,11 +1,11 @@
-#include "shell/window/qtstyledialog.h"
+#include "qtstyledialog.h"
 
-#include "app/settings.h"
-#include "app/settingskeys.h"
-#include "app/skin.h"
-#include "app/startup.h"
-#include "shell/base/contrast.h"
-#include "shell/window/qtcolorpanel.h"
+#include "contrast.h"
+#include "fonts.h"
+#include "qtcolorpanel.h"
+#include "settings.h"
+#include "settingskeys.h"
+#include "skin.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -105,7 +105,7 @@ void QtStyleDialog::buildUi()
     body()->addLayout(buildChoices());
 
     m_preview->setObjectName(QStringLiteral("colourPreview"));
-    m_preview->setFont(Startup::monospaceFont());
+    m_preview->setFont(Fonts::monospace());
     m_preview->setText(QStringLiteral("[12:30:45.678] ASCII >\n串口调试 AT+VERSION 0A 1B FF"));
     m_preview->setMargin(8);
     body()->addWidget(m_preview);

@@ -5,7 +5,7 @@
 // hold and the file has the choice; cancelled, nothing has changed. The caller
 // applies the skin.
 
-#include "shell/base/qtframelessdialog.h"
+#include "qtframelessdialog.h"
 
 #include <QColor>
 

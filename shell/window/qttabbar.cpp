@@ -1,6 +1,6 @@
-#include "shell/window/qttabbar.h"
+#include "qttabbar.h"
 
-#include "app/skin.h"
+#include "skin.h"
 
 #include <QEvent>
 #include <QShortcut>

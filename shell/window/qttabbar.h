@@ -3,7 +3,7 @@
 // The tabs of the tools. Ctrl+Tab, Ctrl+Shift+Tab and Ctrl+1 to Ctrl+9 change
 // the tool from anywhere in the window.
 
-#include "shell/base/iconfont.h"
+#include "iconfont.h"
 
 #include <QTabBar>
 

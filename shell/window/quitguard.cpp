@@ -1,6 +1,6 @@
-#include "shell/window/quitguard.h"
+#include "quitguard.h"
 
-#include "shell/base/qtwidgetbase.h"
+#include "qtwidgetbase.h"
 
 #include <QDebug>
 #include <QEventLoop>

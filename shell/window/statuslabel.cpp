@@ -1,6 +1,6 @@
-#include "shell/window/statuslabel.h"
+#include "statuslabel.h"
 
-#include "shell/base/iconfont.h"
+#include "iconfont.h"
 
 #include <QKeyEvent>
 #include <QPainter>

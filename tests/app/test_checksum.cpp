@@ -1,6 +1,6 @@
 // CRCs against the check values that catalogues of them list for "123456789".
 
-#include "app/checksum.h"
+#include "checksum.h"
 
 #include <QTest>
 

@@ -1,7 +1,7 @@
 // The simulated boards of a demonstration.
 
-#include "app/demoboards.h"
-#include "app/settings.h"
+#include "demoboards.h"
+#include "settings.h"
 
 #include <QDir>
 #include <QJsonArray>

@@ -1,9 +1,9 @@
 // The configuration file, its two kinds of default, and the skins.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/skin.h"
-#include "resources/korvexresources.h"
+#include "apppaths.h"
+#include "korvexresources.h"
+#include "settings.h"
+#include "skin.h"
 
 #include <QApplication>
 #include <QSettings>

@@ -1,8 +1,8 @@
 // Text codec helpers, hexadecimal text, and the reasons of file errors.
 
-#include "app/filereason.h"
-#include "app/hextext.h"
-#include "app/textcodec.h"
+#include "filereason.h"
+#include "hextext.h"
+#include "textcodec.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,8 +1,8 @@
 // The simulated board as other tests and benches use it: as a process at the
 // far end of a pseudo-terminal. What it should send is worked out here anew.
 
-#include "tests/support/boardprocess.h"
-#include "tests/support/hostport.h"
+#include "boardprocess.h"
+#include "hostport.h"
 
 #include <QElapsedTimer>
 #include <QFile>

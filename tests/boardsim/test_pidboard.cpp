@@ -1,7 +1,7 @@
 // The five control loops of the simulated board, without a port. Frames are
 // written out.
 
-#include "tools/boardsim/pidboard.h"
+#include "pidboard.h"
 
 #include <QtTest>
 

@@ -1,9 +1,9 @@
 // A line of a given speed: no byte too early, none late by more than its wire
 // asks for, however long it runs, and none lost.
 
-#include "tests/support/boardprocess.h"
-#include "tests/support/hostport.h"
-#include "tools/boardsim/pacedline.h"
+#include "boardprocess.h"
+#include "hostport.h"
+#include "pacedline.h"
 
 #include <QElapsedTimer>
 #include <QProcess>

@@ -1,7 +1,7 @@
 // The simulated boot loader with a sender that others have written: sb of
 // lrzsz, on the board's port.
 
-#include "tests/support/boardprocess.h"
+#include "boardprocess.h"
 
 #include <QDir>
 #include <QFile>

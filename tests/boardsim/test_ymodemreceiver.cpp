@@ -1,7 +1,7 @@
 // The boot loader's side of YModem, byte for byte, without a port: what it
 // answers to good and to bad senders, and the faults that it can be told to have.
 
-#include "tools/boardsim/ymodemreceiver.h"
+#include "ymodemreceiver.h"
 
 #include <QTest>
 

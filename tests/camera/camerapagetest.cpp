@@ -1,10 +1,10 @@
-#include "tests/camera/camerapagetest.h"
+#include "camerapagetest.h"
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "resources/korvexresources.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "korvexresources.h"
+#include "qtmessagetip.h"
+#include "settings.h"
 
 #include <QBuffer>
 #include <QTcpServer>

@@ -3,10 +3,10 @@
 // The camera page and boards in processes of their own: what the tests of the
 // page share.
 
-#include "camera/cameradebugwidget.h"
-#include "camera/imageviewer.h"
-#include "tests/support/boardprocess.h"
-#include "tests/support/pageparts.h"
+#include "boardprocess.h"
+#include "cameradebugwidget.h"
+#include "imageviewer.h"
+#include "pageparts.h"
 
 #include <QComboBox>
 #include <QLineEdit>

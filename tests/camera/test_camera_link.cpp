@@ -1,10 +1,10 @@
 // The engines of the camera link. Packets are written out.
 
-#include "app/checksum.h"
-#include "camera/frameassembler.h"
-#include "camera/jpegscanner.h"
-#include "camera/pixeldecoder.h"
-#include "camera/pixelrow.h"
+#include "checksum.h"
+#include "frameassembler.h"
+#include "jpegscanner.h"
+#include "pixeldecoder.h"
+#include "pixelrow.h"
 
 #include <QtTest>
 

@@ -1,10 +1,10 @@
 // The camera page's four links: boards in processes of their own, their faults,
 // and links that break in the middle of a frame.
 
-#include "camera/frameshow.h"
-#include "serial/serialports.h"
-#include "tests/camera/camerapagetest.h"
-#include "tests/support/ptypeer.h"
+#include "camerapagetest.h"
+#include "frameshow.h"
+#include "ptypeer.h"
+#include "serialports.h"
 
 #include <QCheckBox>
 #include <QLabel>

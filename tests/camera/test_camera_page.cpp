@@ -1,9 +1,9 @@
 // The camera page fed with bytes.
 
-#include "camera/frameshow.h"
-#include "serial/qtserialport.h"
-#include "shell/base/dialoganswers.h"
-#include "tests/camera/camerapagetest.h"
+#include "camerapagetest.h"
+#include "dialoganswers.h"
+#include "frameshow.h"
+#include "qtserialport.h"
 
 #include <QApplication>
 #include <QCheckBox>

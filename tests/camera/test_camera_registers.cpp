@@ -1,10 +1,10 @@
 // The camera page's registers, one by one and as tables, against a board in a
 // process of its own.
 
-#include "app/settings.h"
-#include "register/datamanagerwidget.h"
-#include "shell/base/dialoganswers.h"
-#include "tests/camera/camerapagetest.h"
+#include "camerapagetest.h"
+#include "datamanagerwidget.h"
+#include "dialoganswers.h"
+#include "settings.h"
 
 #include <QAbstractItemModel>
 #include <QLabel>

@@ -1,8 +1,8 @@
-#include "camera/imageviewer.h"
-#include "register/datamanagerwidget.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "datamanagerwidget.h"
+#include "imageviewer.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QAbstractItemModel>
 #include <QComboBox>

@@ -1,9 +1,9 @@
-#include "hexedit/qhexedit.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "dialoganswers.h"
+#include "qhexedit.h"
+#include "qtmessagetip.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QComboBox>
 #include <QFile>

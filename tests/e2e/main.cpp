@@ -2,9 +2,9 @@
 // keyboard, simulated boards on virtual ports.
 //   tour [--pictures FOLDER] [arguments of QtTest]
 
-#include "app/apppaths.h"
-#include "app/startup.h"
-#include "tests/e2e/tours.h"
+#include "apppaths.h"
+#include "startup.h"
+#include "tours.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,7 +1,7 @@
-#include "serial/qtterminalwidget.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "qtterminalwidget.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QComboBox>
 #include <QLabel>

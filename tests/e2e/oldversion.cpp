@@ -4,12 +4,12 @@
 //   Korvex FILE     a file is edited, and its changes are given up when asked
 // Ends with 0 where the program was closed for the update, as it should.
 
-#include "app/startup.h"
-#include "hexedit/hexeditwidget.h"
-#include "hexedit/qhexedit.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/window/mainwindow.h"
+#include "dialoganswers.h"
+#include "hexeditwidget.h"
+#include "mainwindow.h"
+#include "qhexedit.h"
+#include "qtmessagebox.h"
+#include "startup.h"
 
 #include <QAction>
 #include <QApplication>

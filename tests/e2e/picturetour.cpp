@@ -1,10 +1,10 @@
-#include "pid/pidplot.h"
-#include "serial/qtterminalwidget.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "dialoganswers.h"
+#include "pidplot.h"
+#include "qtmessagetip.h"
+#include "qtterminalwidget.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QComboBox>
 #include <QDir>

@@ -1,8 +1,8 @@
-#include "pid/pidcurvelist.h"
-#include "pid/pidplot.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "pidcurvelist.h"
+#include "pidplot.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QComboBox>
 #include <QFile>

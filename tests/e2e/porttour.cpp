@@ -1,6 +1,6 @@
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QComboBox>
 #include <QLineEdit>

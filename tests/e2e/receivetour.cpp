@@ -1,9 +1,9 @@
-#include "serial/qtterminalwidget.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
-#include "tools/boardsim/loglines.h"
-#include "tools/boardsim/payload.h"
+#include "loglines.h"
+#include "payload.h"
+#include "qtterminalwidget.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QPushButton>
 #include <QRegularExpression>

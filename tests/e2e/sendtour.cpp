@@ -1,7 +1,7 @@
-#include "shell/base/qtmessagetip.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "qtmessagetip.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QCheckBox>
 #include <QComboBox>

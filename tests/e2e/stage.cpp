@@ -1,14 +1,14 @@
-#include "tests/e2e/stage.h"
+#include "stage.h"
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/skin.h"
-#include "serial/qtterminalwidget.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
-#include "shell/window/qtcountlabel.h"
-#include "shell/window/qtstatusbar.h"
-#include "tests/e2e/userhand.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "qtcountlabel.h"
+#include "qtmessagetip.h"
+#include "qtstatusbar.h"
+#include "qtterminalwidget.h"
+#include "settings.h"
+#include "skin.h"
+#include "userhand.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -3,9 +3,9 @@
 // A window of the program with a folder of its own beside which nothing else
 // lives, virtual ports of its own, and short words for what a user looks at.
 
-#include "shell/window/mainwindow.h"
-#include "shell/window/noticelog.h"
-#include "tests/support/boardprocess.h"
+#include "boardprocess.h"
+#include "mainwindow.h"
+#include "noticelog.h"
 
 #include <QPointer>
 #include <QTemporaryDir>

@@ -2,7 +2,7 @@
 // the user, downloads and quits; the unpacker waits for its process and
 // exchanges the files; the new version, which is the real program, runs.
 
-#include "tools/updateserver/updateserver.h"
+#include "updateserver.h"
 
 #include <QDir>
 #include <QFile>

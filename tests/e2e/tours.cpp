@@ -1,6 +1,6 @@
-#include "tests/e2e/tours.h"
+#include "tours.h"
 
-#include "tests/e2e/stage.h"
+#include "stage.h"
 
 #include <QTest>
 

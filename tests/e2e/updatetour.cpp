@@ -1,7 +1,7 @@
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
-#include "tools/updateserver/updateserver.h"
+#include "stage.h"
+#include "tours.h"
+#include "updateserver.h"
+#include "userhand.h"
 
 #include <QLabel>
 #include <QPushButton>

@@ -1,4 +1,4 @@
-#include "tests/e2e/userhand.h"
+#include "userhand.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

@@ -1,9 +1,9 @@
-#include "app/settings.h"
-#include "serial/qtterminalwidget.h"
-#include "serial/serialportwidget.h"
-#include "tests/e2e/stage.h"
-#include "tests/e2e/tours.h"
-#include "tests/e2e/userhand.h"
+#include "qtterminalwidget.h"
+#include "serialportwidget.h"
+#include "settings.h"
+#include "stage.h"
+#include "tours.h"
+#include "userhand.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 // The board's side of the camera link, byte by byte. Packets are written out.
 
-#include "firmware/orvn_camera.h"
+#include "orvn_camera.h"
 
 #include <QtTest>
 

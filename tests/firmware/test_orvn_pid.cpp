@@ -1,7 +1,7 @@
 // The board's side of the PID link. Bytes are written out; sums are computed
 // here.
 
-#include "firmware/orvn_pid.h"
+#include "orvn_pid.h"
 
 #include <QtTest>
 

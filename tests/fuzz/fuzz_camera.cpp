@@ -3,9 +3,9 @@
 // and a little, nor a wrong address of what it gave back. What is announced is decoded into a picture of its
 // size.
 
-#include "camera/frameassembler.h"
-#include "camera/jpegscanner.h"
-#include "camera/pixeldecoder.h"
+#include "frameassembler.h"
+#include "jpegscanner.h"
+#include "pixeldecoder.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // Any bytes in the text column: each has its cell, and what it shows does not
 // hang on the row where one begins to look. The first byte chooses the codec.
 
-#include "hexedit/hexcharacters.h"
+#include "hexcharacters.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // Pasted hexadecimal text and typed addresses: what is rendered parses to the
 // same bytes, bytes never come from nothing, addresses stay inside.
 
-#include "hexedit/hexparse.h"
+#include "hexparse.h"
 
 #include <cstdint>
 #include <cstdlib>

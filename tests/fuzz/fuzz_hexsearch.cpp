@@ -2,7 +2,7 @@
 // long the pattern is and where to begin; the document comes in small blocks
 // and has an edit in its middle.
 
-#include "hexedit/hexsearch.h"
+#include "hexsearch.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // Any bytes on the board's side of the camera link: requests are within bounds.
 
-#include "firmware/orvn_camera.h"
+#include "orvn_camera.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // Any bytes to a board: what the receiver takes for a command is one, and a
 // whole command behind them is found.
 
-#include "firmware/orvn_pid.h"
+#include "orvn_pid.h"
 
 #include <cmath>
 #include <cstdlib>

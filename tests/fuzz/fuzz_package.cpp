@@ -1,7 +1,7 @@
 // Any file as a package: no path leads out of a folder or into one that is
 // kept, none comes twice, and no entry hands out more than it said.
 
-#include "unpacker/package.h"
+#include "package.h"
 
 #include <cstdlib>
 #include <set>

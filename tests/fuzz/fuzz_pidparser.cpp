@@ -1,7 +1,7 @@
 // Any bytes from a board, in one piece or in several: the same reports come
 // out, each within bounds, and nothing is used twice.
 
-#include "pid/pidparser.h"
+#include "pidparser.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,8 +2,8 @@
 // decoding all that is held, and the bound is kept. The first byte chooses the
 // codec, each 0xFE ends a piece.
 
-#include "app/textcodec.h"
-#include "serial/receivebuffer.h"
+#include "receivebuffer.h"
+#include "textcodec.h"
 
 #include <QList>
 

@@ -1,6 +1,6 @@
 // Any file as a register table: rows within the limit, cells without commas.
 
-#include "register/registercsv.h"
+#include "registercsv.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // A multi-send list of any bytes: what was read can be written, read and merged
 // again without a change, and stays within the pages.
 
-#include "serial/sendlist.h"
+#include "sendlist.h"
 
 #include <cstdint>
 #include <cstdlib>

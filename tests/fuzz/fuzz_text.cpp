@@ -1,8 +1,8 @@
 // Hexadecimal text and the stream decoder: rendered bytes parse to the same
 // bytes, and a stream decodes alike however it is cut.
 
-#include "app/hextext.h"
-#include "app/textcodec.h"
+#include "hextext.h"
+#include "textcodec.h"
 
 #include <cstdint>
 #include <cstdlib>

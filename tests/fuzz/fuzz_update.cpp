@@ -1,8 +1,8 @@
 // What an update server may send: a version text, and a header that names the
 // package. Whatever the name says, the file stays in its folder on any system.
 
-#include "update/packagename.h"
-#include "update/versionnumber.h"
+#include "packagename.h"
+#include "versionnumber.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,8 +2,8 @@
 // step ends, and what is written is a control byte, five Can or a whole packet
 // whose check is right.
 
-#include "app/checksum.h"
-#include "transfer/ymodem.h"
+#include "checksum.h"
+#include "ymodem.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // The document against a plain model, its steps of undo, and the search in it.
 
-#include "hexedit/hexdocument.h"
-#include "hexedit/hexsearch.h"
+#include "hexdocument.h"
+#include "hexsearch.h"
 
 #include <QtTest>
 #include <random>

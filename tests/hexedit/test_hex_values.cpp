@@ -1,9 +1,9 @@
 // Hexadecimal text, addresses, checksums and the meanings of bytes.
 
-#include "hexedit/hexcharacters.h"
-#include "hexedit/hexchecksum.h"
-#include "hexedit/hexinspector.h"
-#include "hexedit/hexparse.h"
+#include "hexcharacters.h"
+#include "hexchecksum.h"
+#include "hexinspector.h"
+#include "hexparse.h"
 
 #include <QtTest>
 

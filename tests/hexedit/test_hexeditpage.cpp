@@ -1,13 +1,13 @@
 // The page with real files: open, edit, save, close, and what stands in the way.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "hexedit/hexeditwidget.h"
-#include "hexedit/qhexedit.h"
-#include "resources/korvexresources.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qtmessagetip.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "hexeditwidget.h"
+#include "korvexresources.h"
+#include "qhexedit.h"
+#include "qtmessagebox.h"
+#include "qtmessagetip.h"
+#include "settings.h"
 
 #include <QButtonGroup>
 #include <QClipboard>

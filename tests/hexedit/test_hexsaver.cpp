@@ -1,8 +1,8 @@
 // Saving where it works and where it can't: full disks, copies that fail,
 // links, permissions.
 
-#include "hexedit/hexreader.h"
-#include "hexedit/hexsaver.h"
+#include "hexreader.h"
+#include "hexsaver.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

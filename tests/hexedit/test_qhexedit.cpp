@@ -1,8 +1,8 @@
 // The editor as keyboard, mouse and clipboard work it.
 
-#include "hexedit/qhexedit.h"
-#include "resources/korvexresources.h"
-#include "shell/base/qtmessagetip.h"
+#include "korvexresources.h"
+#include "qhexedit.h"
+#include "qtmessagetip.h"
 
 #include <QApplication>
 #include <QBuffer>

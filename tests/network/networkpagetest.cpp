@@ -1,11 +1,11 @@
-#include "tests/network/networkpagetest.h"
+#include "networkpagetest.h"
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "resources/korvexresources.h"
-#include "serial/qttexteditinput.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "korvexresources.h"
+#include "qtmessagetip.h"
+#include "qttexteditinput.h"
+#include "settings.h"
 
 #include <QLabel>
 #include <QTcpServer>

@@ -3,10 +3,10 @@
 // A network page with boards in processes of their own: what the tests of the
 // page share.
 
-#include "network/networktoolwidget.h"
-#include "serial/qtterminalwidget.h"
-#include "tests/support/boardprocess.h"
-#include "tests/support/pageparts.h"
+#include "boardprocess.h"
+#include "networktoolwidget.h"
+#include "pageparts.h"
+#include "qtterminalwidget.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

@@ -1,9 +1,9 @@
 // The server class without a page: names, sending, dropping, holding back.
 
-#include "network/peeraddress.h"
-#include "network/tcpclient.h"
-#include "network/tcpserver.h"
-#include "tests/support/boardprocess.h"
+#include "boardprocess.h"
+#include "peeraddress.h"
+#include "tcpclient.h"
+#include "tcpserver.h"
 
 #include <QtTest>
 

@@ -1,8 +1,8 @@
 // The network page as a client and over UDP, with peers in processes of their own.
 
-#include "tests/network/networkpagetest.h"
+#include "networkpagetest.h"
 
-#include "shell/base/stateindicator.h"
+#include "stateindicator.h"
 
 #include <QNetworkDatagram>
 #include <QTcpServer>

@@ -1,14 +1,14 @@
 // The network page by itself: what its controls say and refuse, how it shows
 // messages, and what it remembers.
 
-#include "tests/network/networkpagetest.h"
+#include "networkpagetest.h"
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "serial/bytespool.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
-#include "shell/base/stateindicator.h"
+#include "apppaths.h"
+#include "bytespool.h"
+#include "dialoganswers.h"
+#include "qtmessagetip.h"
+#include "settings.h"
+#include "stateindicator.h"
 
 #include <QLabel>
 #include <QNetworkInterface>

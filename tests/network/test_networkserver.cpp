@@ -1,11 +1,11 @@
 // The network page as a server, with peers in processes of their own:
 // well-behaved ones, and those that flood, drip, reset, vanish or never read.
 
-#include "tests/network/networkpagetest.h"
+#include "networkpagetest.h"
 
-#include "network/tcpserver.h"
-#include "serial/bytespool.h"
-#include "shell/base/dialoganswers.h"
+#include "bytespool.h"
+#include "dialoganswers.h"
+#include "tcpserver.h"
 
 #include <QTcpSocket>
 

@@ -1,8 +1,8 @@
-#include "tests/pid/pidpagetest.h"
+#include "pidpagetest.h"
 
-#include "app/apppaths.h"
-#include "resources/korvexresources.h"
-#include "shell/base/dialoganswers.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "korvexresources.h"
 
 void PidPageTest::initTestCase()
 {

@@ -3,10 +3,10 @@
 // A PID page with a pseudo-terminal as its board, and frames written out: what
 // the tests of the page share.
 
-#include "pid/piddebugwidget.h"
-#include "pid/pidplot.h"
-#include "tests/support/pageparts.h"
-#include "tests/support/ptypeer.h"
+#include "pageparts.h"
+#include "piddebugwidget.h"
+#include "pidplot.h"
+#include "ptypeer.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

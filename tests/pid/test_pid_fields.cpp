@@ -1,6 +1,6 @@
 // The PID page sending from its fields and showing reports.
 
-#include "tests/pid/pidpagetest.h"
+#include "pidpagetest.h"
 
 class TestPidFields : public PidPageTest
 {

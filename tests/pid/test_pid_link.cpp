@@ -1,8 +1,8 @@
 // Frames to the board, reports from it, and the exported text. Bytes are
 // written out.
 
-#include "pid/pidexport.h"
-#include "pid/pidparser.h"
+#include "pidexport.h"
+#include "pidparser.h"
 
 #include <QtTest>
 

@@ -1,7 +1,7 @@
 // The PID page opening and closing its port, stopping what runs, and its files.
 
-#include "app/settings.h"
-#include "tests/pid/pidpagetest.h"
+#include "pidpagetest.h"
+#include "settings.h"
 
 #include <QCheckBox>
 

@@ -1,11 +1,11 @@
 // The chart of the PID page and its list of curves.
 
-#include "pid/halograph.h"
-#include "pid/pidcurvelist.h"
-#include "pid/piddebugwidget.h"
-#include "pid/pidplot.h"
-#include "resources/korvexresources.h"
-#include "shell/base/contrast.h"
+#include "contrast.h"
+#include "halograph.h"
+#include "korvexresources.h"
+#include "pidcurvelist.h"
+#include "piddebugwidget.h"
+#include "pidplot.h"
 
 #include <QComboBox>
 #include <QtTest>

@@ -1,10 +1,10 @@
 // The register table and its file.
 
-#include "app/textcodec.h"
-#include "register/datamanagerwidget.h"
-#include "resources/korvexresources.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
+#include "datamanagerwidget.h"
+#include "dialoganswers.h"
+#include "korvexresources.h"
+#include "qtmessagetip.h"
+#include "textcodec.h"
 
 #include <QAbstractItemModel>
 #include <QApplication>

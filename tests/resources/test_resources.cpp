@@ -1,8 +1,8 @@
 // The compiled-in font, pictures, style sheets and translation: that they are
 // there, and that they do what the program relies on.
 
-#include "resources/korvexresources.h"
-#include "shell/base/iconfont.h"
+#include "iconfont.h"
+#include "korvexresources.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemModel>

@@ -1,9 +1,9 @@
-#include "tests/serial/serialpagetest.h"
+#include "serialpagetest.h"
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "resources/korvexresources.h"
-#include "shell/base/dialoganswers.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "korvexresources.h"
+#include "settings.h"
 
 #include <QComboBox>
 

@@ -3,10 +3,10 @@
 // A serial page with a pseudo-terminal as its board: what the tests of the
 // page share.
 
-#include "serial/qtterminalwidget.h"
-#include "serial/serialportwidget.h"
-#include "tests/support/pageparts.h"
-#include "tests/support/ptypeer.h"
+#include "pageparts.h"
+#include "ptypeer.h"
+#include "qtterminalwidget.h"
+#include "serialportwidget.h"
 
 #include <QAbstractButton>
 #include <QtTest>

@@ -1,13 +1,13 @@
 // Sending files from the serial page: the port goes to the driver and comes
 // back after every outcome, and the page says what happens.
 
-#include "tests/serial/serialpagetest.h"
+#include "serialpagetest.h"
 
-#include "app/settings.h"
-#include "serial/filesendpage.h"
-#include "serial/qtsendboxwidget.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/stateindicator.h"
+#include "dialoganswers.h"
+#include "filesendpage.h"
+#include "qtsendboxwidget.h"
+#include "settings.h"
+#include "stateindicator.h"
 
 #include <QComboBox>
 #include <QLabel>

@@ -1,15 +1,15 @@
 // The send box: what is typed, what goes out, and what is kept.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "resources/korvexresources.h"
-#include "serial/filesendpage.h"
-#include "serial/qtsendboxwidget.h"
-#include "serial/qttexteditinput.h"
-#include "serial/sendoptions.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagetip.h"
-#include "shell/base/qtpagebar.h"
+#include "apppaths.h"
+#include "dialoganswers.h"
+#include "filesendpage.h"
+#include "korvexresources.h"
+#include "qtmessagetip.h"
+#include "qtpagebar.h"
+#include "qtsendboxwidget.h"
+#include "qttexteditinput.h"
+#include "sendoptions.h"
+#include "settings.h"
 
 #include <QCheckBox>
 #include <QClipboard>

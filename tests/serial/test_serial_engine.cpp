@@ -1,12 +1,12 @@
 // Port names, draining lines, the spool of received bytes, the multi-send list and the bounded
 // receive buffer.
 
-#include "app/textcodec.h"
-#include "serial/bytespool.h"
-#include "serial/linedrain.h"
-#include "serial/portname.h"
-#include "serial/receivebuffer.h"
-#include "serial/sendlist.h"
+#include "bytespool.h"
+#include "linedrain.h"
+#include "portname.h"
+#include "receivebuffer.h"
+#include "sendlist.h"
+#include "textcodec.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>

@@ -1,12 +1,12 @@
 // The serial ports of both kinds and the port watch, against pseudo-terminals.
 
-#include "serial/closingport.h"
-#include "serial/qextserialport.h"
-#include "serial/qserialporcheck.h"
-#include "serial/qtserialport.h"
-#include "serial/quietreader.h"
-#include "serial/serialports.h"
-#include "tests/support/ptypeer.h"
+#include "closingport.h"
+#include "ptypeer.h"
+#include "qextserialport.h"
+#include "qserialporcheck.h"
+#include "qtserialport.h"
+#include "quietreader.h"
+#include "serialports.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,12 +1,12 @@
 // What the serial page saves, when asked and when it closes.
 
-#include "tests/serial/serialpagetest.h"
+#include "serialpagetest.h"
 
-#include "app/safefile.h"
-#include "app/settings.h"
-#include "serial/receivedfiles.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtmessagebox.h"
+#include "dialoganswers.h"
+#include "qtmessagebox.h"
+#include "receivedfiles.h"
+#include "safefile.h"
+#include "settings.h"
 
 #include <csignal>
 #include <sys/resource.h>

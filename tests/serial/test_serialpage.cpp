@@ -1,15 +1,15 @@
 // The serial page from its buttons to the wire and back, against a
 // pseudo-terminal as the board.
 
-#include "tests/serial/serialpagetest.h"
+#include "serialpagetest.h"
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/skin.h"
-#include "serial/bytespool.h"
-#include "serial/qttexteditinput.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/stateindicator.h"
+#include "apppaths.h"
+#include "bytespool.h"
+#include "dialoganswers.h"
+#include "qttexteditinput.h"
+#include "settings.h"
+#include "skin.h"
+#include "stateindicator.h"
 
 #include <QComboBox>
 #include <QLabel>

@@ -1,12 +1,12 @@
 // The receive display: what it shows, what it hands out, and that the user's
 // selection and scroll position survive what comes in.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/textcodec.h"
-#include "resources/korvexresources.h"
-#include "serial/loglayout.h"
-#include "serial/qtterminalwidget.h"
+#include "apppaths.h"
+#include "korvexresources.h"
+#include "loglayout.h"
+#include "qtterminalwidget.h"
+#include "settings.h"
+#include "textcodec.h"
 
 #include <QClipboard>
 #include <QMenu>

@@ -4,20 +4,20 @@
 // or the five tools at the window's usual sizes:
 //   skin_gallery <folder> tools
 
-#include "app/apppaths.h"
-#include "app/skin.h"
-#include "app/startup.h"
-#include "shell/base/formpanel.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qtmessagetip.h"
-#include "shell/base/qtpagebar.h"
-#include "shell/base/qtrollsubtitleswidget.h"
-#include "shell/base/qtwaitdialog.h"
-#include "shell/window/mainwindow.h"
-#include "shell/window/noticelist.h"
-#include "shell/window/qtstatusbar.h"
-#include "shell/window/qtstyledialog.h"
+#include "apppaths.h"
+#include "formpanel.h"
+#include "mainwindow.h"
+#include "noticelist.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "qtmessagetip.h"
+#include "qtpagebar.h"
+#include "qtrollsubtitleswidget.h"
+#include "qtstatusbar.h"
+#include "qtstyledialog.h"
+#include "qtwaitdialog.h"
+#include "skin.h"
+#include "startup.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

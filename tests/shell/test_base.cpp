@@ -1,11 +1,11 @@
 // Page bar, tip, spinner, rolling text, fields and the configuration panel.
 
-#include "shell/base/fieldbehavior.h"
-#include "shell/base/formpanel.h"
-#include "shell/base/qtmessagetip.h"
-#include "shell/base/qtpagebar.h"
-#include "shell/base/qtrollsubtitleswidget.h"
-#include "shell/base/waitingspinnerwidget.h"
+#include "fieldbehavior.h"
+#include "formpanel.h"
+#include "qtmessagetip.h"
+#include "qtpagebar.h"
+#include "qtrollsubtitleswidget.h"
+#include "waitingspinnerwidget.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>

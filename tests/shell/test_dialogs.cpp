@@ -1,20 +1,20 @@
 // Message box, file dialog, wait dialog and style dialog, driven as a user
 // would drive them.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/settingskeys.h"
-#include "shell/base/contrast.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/qtfiledialog.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qttitlebar.h"
-#include "shell/base/qtwaitdialog.h"
-#include "shell/base/waitingspinnerwidget.h"
-#include "shell/window/colourswatches.h"
-#include "shell/window/huesaturationfield.h"
-#include "shell/window/qtcolorpanel.h"
-#include "shell/window/qtstyledialog.h"
+#include "apppaths.h"
+#include "colourswatches.h"
+#include "contrast.h"
+#include "dialoganswers.h"
+#include "huesaturationfield.h"
+#include "qtcolorpanel.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "qtstyledialog.h"
+#include "qttitlebar.h"
+#include "qtwaitdialog.h"
+#include "settings.h"
+#include "settingskeys.h"
+#include "waitingspinnerwidget.h"
 
 #include <QApplication>
 #include <QClipboard>

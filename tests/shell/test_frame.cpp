@@ -1,10 +1,10 @@
 // The frame that the program draws itself: which point grabs which edge, what
 // a drag makes of the rectangle, and the same with a real window and mouse.
 
-#include "shell/base/framegeometry.h"
-#include "shell/base/framelesshelper.h"
-#include "shell/base/qtmainwindow.h"
-#include "shell/base/qttitlebar.h"
+#include "framegeometry.h"
+#include "framelesshelper.h"
+#include "qtmainwindow.h"
+#include "qttitlebar.h"
 
 #include <QApplication>
 #include <QScreen>

@@ -2,27 +2,27 @@
 // and settings, the ways out. The serial page is fed through a pseudo-terminal
 // where the system has them.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/settingskeys.h"
-#include "app/skin.h"
-#include "app/startup.h"
-#include "camera/cameradebugwidget.h"
-#include "hexedit/hexeditwidget.h"
-#include "network/networktoolwidget.h"
-#include "pid/piddebugwidget.h"
-#include "resources/korvexresources.h"
-#include "serial/serialportwidget.h"
-#include "shell/base/dialoganswers.h"
-#include "shell/base/formpanel.h"
-#include "shell/base/qtmessagebox.h"
-#include "shell/base/qtmessagetip.h"
-#include "shell/base/qttitlebar.h"
-#include "shell/window/mainwindow.h"
-#include "shell/window/qtcountlabel.h"
-#include "shell/window/qtstatusbar.h"
-#include "shell/window/qttabbar.h"
-#include "shell/window/statuslabel.h"
+#include "apppaths.h"
+#include "cameradebugwidget.h"
+#include "dialoganswers.h"
+#include "fonts.h"
+#include "formpanel.h"
+#include "hexeditwidget.h"
+#include "korvexresources.h"
+#include "mainwindow.h"
+#include "networktoolwidget.h"
+#include "piddebugwidget.h"
+#include "qtcountlabel.h"
+#include "qtmessagebox.h"
+#include "qtmessagetip.h"
+#include "qtstatusbar.h"
+#include "qttabbar.h"
+#include "qttitlebar.h"
+#include "serialportwidget.h"
+#include "settings.h"
+#include "settingskeys.h"
+#include "skin.h"
+#include "statuslabel.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -613,7 +613,7 @@ private slots:
         QFETCH(int, tool);
         QFETCH(QString, box);
         QFETCH(int, protocol);
-        QApplication::setFont(QFont(Startup::uiFontFamily(), 9));
+        QApplication::setFont(QFont(Fonts::uiFamily(), 9));
         MainWindow window;
         auto *stack = window.findChild<QStackedWidget *>();
         stack->setCurrentIndex(tool);

@@ -1,11 +1,11 @@
 // The skins: what Qt makes of the three files. Texts are read on widgets that
 // were polished with the sheet, and their contrast is computed.
 
-#include "app/apppaths.h"
-#include "app/settings.h"
-#include "app/skin.h"
-#include "resources/korvexresources.h"
-#include "shell/base/contrast.h"
+#include "apppaths.h"
+#include "contrast.h"
+#include "korvexresources.h"
+#include "settings.h"
+#include "skin.h"
 
 #include <QApplication>
 #include <QFile>

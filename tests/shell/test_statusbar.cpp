@@ -1,11 +1,11 @@
 // The status bar: which notice is shown when, that a long one never widens the
 // window, and the counters.
 
-#include "shell/base/qtwidgetbase.h"
-#include "shell/window/noticelist.h"
-#include "shell/window/qtcountlabel.h"
-#include "shell/window/qtstatusbar.h"
-#include "shell/window/statuslabel.h"
+#include "noticelist.h"
+#include "qtcountlabel.h"
+#include "qtstatusbar.h"
+#include "qtwidgetbase.h"
+#include "statuslabel.h"
 
 #include <QHBoxLayout>
 #include <QListWidget>

@@ -1,4 +1,4 @@
-#include "tests/support/boardprocess.h"
+#include "boardprocess.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

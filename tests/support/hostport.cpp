@@ -1,4 +1,4 @@
-#include "tests/support/hostport.h"
+#include "hostport.h"
 
 #include <QElapsedTimer>
 #include <QFile>

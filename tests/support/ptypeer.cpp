@@ -1,4 +1,4 @@
-#include "tests/support/ptypeer.h"
+#include "ptypeer.h"
 
 #include <QElapsedTimer>
 #include <QTest>

@@ -2,7 +2,7 @@
 
 // The engine sending files from memory, and the packets that it has to send.
 
-#include "transfer/ymodem.h"
+#include "ymodem.h"
 
 #include <QByteArray>
 #include <QVector>

@@ -2,8 +2,8 @@
 // do wrong: whatever is called finished has arrived byte for byte, and
 // everything else ends with a reason.
 
-#include "tests/support/boardprocess.h"
-#include "transfer/ymodemfiletransmit.h"
+#include "boardprocess.h"
+#include "ymodemfiletransmit.h"
 
 #include <QEventLoop>
 #include <QSignalSpy>

@@ -1,7 +1,7 @@
 // A batch received by rb of lrzsz: another program's idea of the protocol.
 
-#include "tests/support/ptypeer.h"
-#include "transfer/ymodemfiletransmit.h"
+#include "ptypeer.h"
+#include "ymodemfiletransmit.h"
 
 #include <QProcess>
 #include <QSignalSpy>

@@ -1,8 +1,8 @@
 // The driver on a pseudo-terminal: what goes over the wire, what is reported
 // when, and files that are not what they seemed.
 
-#include "tests/support/ptypeer.h"
-#include "transfer/ymodemfiletransmit.h"
+#include "ptypeer.h"
+#include "ymodemfiletransmit.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 // The engine against scripted receivers: whole sessions as the bytes that go
 // each way, and the rules for silence, errors and cancelling by count of steps.
 
-#include "tests/transfer/memorysender.h"
+#include "memorysender.h"
 
 class TestYmodem : public QObject
 {

@@ -1,4 +1,4 @@
-#include "tests/unpacker/faultydisk.h"
+#include "faultydisk.h"
 
 #include <QFile>
 #include <algorithm>

@@ -5,7 +5,7 @@
 // power cut, changes of names that were not brought to the disk may be lost,
 // each for itself.
 
-#include "unpacker/disk.h"
+#include "disk.h"
 
 #include <QByteArray>
 #include <set>

@@ -1,9 +1,9 @@
 // Updates of an installation in a folder on a disk that fails at every
 // operation in turn: what is left is always the old version or the new one.
 
-#include "tests/unpacker/faultydisk.h"
-#include "tests/unpacker/zipmaker.h"
-#include "unpacker/installation.h"
+#include "faultydisk.h"
+#include "installation.h"
+#include "zipmaker.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -1,8 +1,8 @@
 // Archives of all sorts: what is taken out of good ones, and that bad ones are
 // refused before anything is written.
 
-#include "tests/unpacker/zipmaker.h"
-#include "unpacker/package.h"
+#include "package.h"
+#include "zipmaker.h"
 
 #include <QFile>
 #include <QProcess>

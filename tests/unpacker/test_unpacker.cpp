@@ -1,7 +1,7 @@
 // The unpacker itself in a folder of its own, with a shell script for the
 // application: what it leaves, what it starts and what it says.
 
-#include "tests/unpacker/zipmaker.h"
+#include "zipmaker.h"
 
 #include <QDir>
 #include <QFile>

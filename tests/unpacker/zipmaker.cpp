@@ -1,4 +1,4 @@
-#include "tests/unpacker/zipmaker.h"
+#include "zipmaker.h"
 
 namespace {
 

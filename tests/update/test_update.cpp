@@ -1,10 +1,10 @@
 // The update dialog against a server that behaves well or badly, and against a
 // stand-in for the unpacker.
 
-#include "app/apppaths.h"
-#include "resources/korvexresources.h"
-#include "tools/updateserver/updateserver.h"
-#include "update/qtupdatedialog.h"
+#include "apppaths.h"
+#include "korvexresources.h"
+#include "qtupdatedialog.h"
+#include "updateserver.h"
 
 #include <QLabel>
 #include <QNetworkReply>

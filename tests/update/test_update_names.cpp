@@ -1,7 +1,7 @@
 // Version numbers, and package names that others chose.
 
-#include "update/packagename.h"
-#include "update/versionnumber.h"
+#include "packagename.h"
+#include "versionnumber.h"
 
 #include <QtTest>
 

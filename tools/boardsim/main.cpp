@@ -1,10 +1,10 @@
 // A simulated board on a virtual serial port or on the network. Its doings go to standard output,
 // one line each; the statistics of the whole run to standard error at the end.
 
-#include "tools/boardsim/board.h"
-#include "tools/boardsim/processend.h"
-#include "tools/boardsim/tcpboard.h"
-#include "tools/boardsim/udpboard.h"
+#include "board.h"
+#include "processend.h"
+#include "tcpboard.h"
+#include "udpboard.h"
 
 #include <QCoreApplication>
 

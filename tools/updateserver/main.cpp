@@ -2,8 +2,8 @@
 //   updateserver [--port N] [--version 1.0.2.7] [--notes TEXT] [--name app.zip] [--package FILE]
 // Prints its address and serves until it is ended, or its starter is gone.
 
-#include "tools/boardsim/processend.h"
-#include "tools/updateserver/updateserver.h"
+#include "processend.h"
+#include "updateserver.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,0 +1,91 @@
+#pragma once
+
+// The bytes of an open file and every edit since: read, replace, undo, redo.
+// An edit costs by itself and by the number of edits before it, never by the
+// size of the file. Addresses count from 0. Knows no widget and no file.
+
+#include "bytestore.h"
+#include "piecetable.h"
+#include "savedcontent.h"
+
+#include <QByteArray>
+
+class HexDocument
+{
+public:
+    // Whether an edit may join the one before it into one step of undo.
+    enum class Step { Alone, Typing };
+
+    // What the file holds, block by block, before the first edit.
+    void appendContent(const QByteArray &block);
+
+    qint64 size() const { return m_table.size(); }
+
+    // The bytes at an address inside the document, and how many follow in a
+    // row. Good until the next edit.
+    const char *span(qint64 address, qint64 *inRow) const;
+
+    // At most `count` bytes; fewer at the end.
+    QByteArray read(qint64 address, int count) const;
+
+    // One for each byte of a range inside the document: whether it differs from
+    // the file as it was opened or saved. Bytes that only moved don't.
+    std::vector<bool> changes(qint64 address, int count) const;
+
+    // Puts bytes in the place of a range. What reaches beyond the end is cut.
+    void replace(qint64 address, qint64 length, const QByteArray &bytes, Step step = Step::Alone);
+    // Typing goes on at another place: the next edit begins a step.
+    void endTyping() { m_typing = false; }
+
+    // Many replacements that are one step of undo, from lower addresses to
+    // higher ones that don't overlap. Nothing changes before applyMany().
+    class Many
+    {
+        friend class HexDocument;
+        qint64 m_begin = -1;
+        qint64 m_end = -1;
+        Pieces m_pieces;
+        bool m_anything = false;
+    };
+    void addToMany(Many &many, qint64 address, qint64 length, const QByteArray &bytes);
+    void applyMany(const Many &many);
+
+    bool canUndo() const { return m_done > 0; }
+    bool canRedo() const { return m_done < m_edits.size(); }
+    // Each returns the address behind (or at) what changed, -1 when there is nothing to do.
+    qint64 undo();
+    qint64 redo();
+
+    bool isModified() const { return m_done != m_savedAt; }
+    // What it holds now is in the file.
+    void setSaved();
+    // What it holds is in no file any more: modified until it is saved.
+    void setUnsaved();
+
+private:
+    struct Edit
+    {
+        qint64 address;
+        Pieces before;
+        Pieces after;
+    };
+
+    const char *spanOf(const PieceTable &table, qint64 address, qint64 *inRow) const;
+    Pieces keep(const QByteArray &bytes);
+    Pieces keepCopy(qint64 address, int count);
+    void put(Edit edit, Step step);
+    static bool join(Edit &last, const Edit &edit);
+
+    ByteStore m_original;
+    ByteStore m_added;
+    PieceTable m_table;
+    std::vector<Edit> m_edits;
+    size_t m_done = 0;    // edits that are in force; the rest can be redone
+    size_t m_savedAt = 0; // m_done of the file's content
+    SavedContent m_saved;
+    // Of the bytes added since it was saved: copies of bytes that did not differ
+    // from the file. May be shorter than what was added.
+    std::vector<bool> m_same;
+    qint64 m_sameBegin = 0;
+    bool m_typing = false;
+};

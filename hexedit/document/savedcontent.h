@@ -1,0 +1,20 @@
+#pragma once
+
+// Which bytes of the two stores are in the file as it was last read or saved,
+// and where. Costs by the number of pieces, never by the size of the file.
+
+#include "piecetable.h"
+
+class SavedContent
+{
+public:
+    void set(const PieceTable &table);
+
+    const PieceTable &table() const { return m_table; }
+    // The byte at an offset of the store of added bytes or of the original.
+    bool has(bool added, qint64 offset) const;
+
+private:
+    PieceTable m_table;
+    Pieces m_ranges[2]; // of the original and of the added bytes, by offset
+};

@@ -1,0 +1,68 @@
+#include "hexreader.h"
+
+#include "filereason.h"
+#include "hexsaver.h"
+
+#include <QFileInfo>
+#include <algorithm>
+#include <new>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#endif
+
+namespace {
+constexpr int kBlock = 1 << 20; // also what a slow disk delivers without a felt pause
+}
+
+bool HexReader::open(const QString &fileName)
+{
+    // Where saving will put it. A shortcut on Windows is a link and also a file
+    // of its own, whose bytes must not end up in the file that it leads to.
+    const QString target = HexSaver::targetOf(fileName);
+    // A pipe or a device may never end, or block.
+    m_isOrdinary = QFileInfo(target).isFile() || !QFileInfo::exists(target);
+    if (!m_isOrdinary)
+        return false;
+    constexpr QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Unbuffered;
+#ifdef Q_OS_UNIX
+    // The system's own log says that it is a file, and waits for the next message.
+    const int handle = ::open(QFile::encodeName(target).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (handle >= 0)
+        return m_file.open(handle, mode, QFileDevice::AutoCloseHandle);
+#endif
+    m_file.setFileName(target);
+    return m_file.open(mode); // or has the reason
+}
+
+QString HexReader::reason() const
+{
+    return m_isOrdinary ? FileReason::of(m_file) : QStringLiteral("不是普通文件");
+}
+
+HexReader::State HexReader::step(QByteArray *block)
+{
+    // What a file says of its size may be wrong; its end is where no more comes.
+    const qint64 left = m_file.size() - m_read;
+    try {
+        *block = QByteArray(static_cast<int>(std::clamp<qint64>(left, 1 << 16, kBlock)), Qt::Uninitialized);
+        const qint64 count = m_file.read(block->data(), block->size());
+        if (count < 0)
+            return State::Failed;
+        if (count == 0)
+            return State::Done;
+        if (count < block->size()) {
+            block->truncate(static_cast<int>(count));
+            block->squeeze();
+        }
+        m_read += count;
+    } catch (const std::bad_alloc &) {
+        return State::OutOfMemory;
+    }
+    return State::Running;
+}
+
+int HexReader::permille() const
+{
+    return static_cast<int>(std::min<qint64>(1000, m_read * 1000 / std::max<qint64>(m_file.size(), 1)));
+}

@@ -1,6 +1,0 @@
-#include "serial/devicelisting.h"
-
-QByteArray deviceListing()
-{
-    return {};
-}

@@ -1,0 +1,6 @@
+#include "devicelisting.h"
+
+QByteArray deviceListing()
+{
+    return {};
+}

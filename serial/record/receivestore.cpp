@@ -1,0 +1,216 @@
+#include "receivestore.h"
+
+#include "apppaths.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "qtterminalwidget.h"
+#include "receivedfiles.h"
+#include "settings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int kInformation = 0;
+constexpr int kError = 255;
+
+const auto kTextFilter = QStringLiteral("文本文件(*.txt)");
+const auto kBytesFilter = QStringLiteral("数据文件(*.bin)");
+const auto kQuestion = QStringLiteral("询问");
+const auto kUnsaved = QStringLiteral("当前有数据未保存，是否保存接收数据?");
+
+} // namespace
+
+ReceiveStore::ReceiveStore(QtTerminalWidget *terminal, const QString &stem, QWidget *page)
+    : QObject(page)
+    , m_terminal(terminal)
+    , m_page(page)
+    , m_spool(AppPaths::tmpFolder(), stem)
+{
+}
+
+void ReceiveStore::add(const QByteArray &bytes)
+{
+    m_unsaved = true;
+    m_spool.append(bytes.constData(), bytes.size());
+}
+
+// Tells once when the disk refuses what came, and when it takes it again.
+void ReceiveStore::flush()
+{
+    const ByteSpool::State state = m_spool.flush();
+    if (state == m_stateTold)
+        return;
+    m_stateTold = state;
+    switch (state) {
+    case ByteSpool::State::OnDisk:
+        emit notify(QStringLiteral("缓存文件恢复写入，接收数据没有丢失"), kInformation);
+        break;
+    case ByteSpool::State::InMemory:
+        emit notify(QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！"), kError);
+        break;
+    case ByteSpool::State::Incomplete:
+        emit notify(QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"), kError);
+        break;
+    }
+}
+
+void ReceiveStore::clear()
+{
+    m_terminal->clearTerminal();
+    m_unsaved = false;
+    m_hidden = false;
+}
+
+bool ReceiveStore::isEmpty() const
+{
+    return m_spool.size() == 0;
+}
+
+bool ReceiveStore::save()
+{
+    if (!isEmpty()) {
+        const Target target = askForFile();
+        return !target.name.isEmpty() && writeTo(target);
+    }
+    emit notify(QStringLiteral("当前无数据需要保存！"), kInformation);
+    return false;
+}
+
+ReceiveStore::Target ReceiveStore::askForFile()
+{
+    // Without text shown, a text file would be an empty one.
+    const bool noText = m_terminal->isEmpty();
+    const QString filters = noText ? kBytesFilter : kTextFilter + QStringLiteral(";;") + kBytesFilter;
+    QString filter = noText || m_hidden ? kBytesFilter : kTextFilter;
+    const QString name = QtFileDialog::getSaveFileName(m_page, QString(), QString(), filters, &filter);
+    const auto isNamed = [&name](const QString &suffix) {
+        return name.endsWith(suffix, Qt::CaseInsensitive);
+    };
+    const bool asText =
+        !isNamed(QStringLiteral(".bin")) && (filter == kTextFilter || isNamed(QStringLiteral(".txt")));
+    return {name, noText || !asText};
+}
+
+bool ReceiveStore::writeTo(const Target &target)
+{
+    m_unsaved = false; // what comes while it is written is not in the file
+    QString error;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool saved = target.asBytes ? writeBytes(target.name, &error) : writeText(target.name, &error);
+    QGuiApplication::restoreOverrideCursor();
+    const bool complete =
+        target.asBytes ? m_spool.state() != ByteSpool::State::Incomplete : m_terminal->isRecordComplete();
+    if (!saved) {
+        m_unsaved = true;
+        emit notify(QStringLiteral("文件保存失败!"), kError);
+        emit notify(QStringLiteral("无法写入“%1”：%2").arg(QFileInfo(target.name).fileName(), error), kError);
+    } else if (!complete) {
+        emit notify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
+    } else if (m_hidden) {
+        m_unsaved = true;
+        emit notify(
+            QStringLiteral("文件保存完成，不含“停止显示”期间的数据；保存为数据文件(*.bin)可保留全部数据"),
+            kInformation);
+    } else {
+        emit notify(QStringLiteral("文件保存完成!"), kInformation);
+    }
+    return saved;
+}
+
+bool ReceiveStore::writeText(const QString &name, QString *error)
+{
+    return ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec, error);
+}
+
+bool ReceiveStore::writeBytes(const QString &name, QString *error)
+{
+    const qint64 size = m_spool.size();
+    if (!ReceivedFiles::saveBytes(m_spool, name, error))
+        return false;
+    m_bytesSaved = size;
+    m_hidden = false;
+    return true;
+}
+
+// To dated files: the bytes of the session, since text can't reproduce them,
+// and beside them the text shown.
+bool ReceiveStore::saveTo(const QString &folder, QString *error)
+{
+    if (folder.isEmpty() || !QDir().mkpath(folder)) {
+        *error = QStringLiteral("无法创建文件夹");
+        return false;
+    }
+    const QString text = QStringLiteral(".txt");
+    const QString bytes = QStringLiteral(".bin");
+    const QString name = ReceivedFiles::reserveDatedName(folder, {bytes, text});
+    if (!writeBytes(name + bytes, error)) {
+        QFile::remove(name + bytes); // only reserved
+        return false;
+    }
+    return !m_unsaved || m_terminal->isEmpty() || writeText(name + text, error);
+}
+
+// Or in the user's documents, where the program's folder cannot be written.
+bool ReceiveStore::saveBesideProgram(QString *error)
+{
+    return saveTo(AppPaths::root() + QStringLiteral("/save"), error) ||
+           saveTo(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation), error);
+}
+
+bool ReceiveStore::mayClose()
+{
+    m_atExit = AtExit::Unasked;
+    return Settings::instance().closeBehaviour != Settings::Ask || !m_unsaved || askAtExit(kUnsaved);
+}
+
+bool ReceiveStore::askAtExit(const QString &question)
+{
+    switch (QtMessageBox::saveQuestion(m_page, kQuestion, question)) {
+    case QtMessageBox::Save:
+        m_exitFile = askForFile();
+        m_atExit = AtExit::Save;
+        return !m_exitFile.name.isEmpty();
+    case QtMessageBox::Discard:
+        m_atExit = AtExit::Discard;
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool ReceiveStore::saveBeforeExit()
+{
+    switch (Settings::instance().closeBehaviour) {
+    case Settings::Ask:
+        if (!m_unsaved)
+            return true;
+        if (m_atExit == AtExit::Unasked && !askAtExit(kUnsaved))
+            return false;
+        return m_atExit == AtExit::Discard || writeTo(m_exitFile);
+    case Settings::AutoSave:
+        return autoSave();
+    default:
+        return true;
+    }
+}
+
+// Also where the display was cleared or saved as text: the bytes are not in any
+// file then.
+bool ReceiveStore::autoSave()
+{
+    QString error;
+    if (m_spool.size() <= m_bytesSaved && !m_unsaved)
+        return true;
+    if (saveBesideProgram(&error)) {
+        m_unsaved = false;
+        return true;
+    }
+    if (!askAtExit(QStringLiteral("接收数据自动保存失败：%1。是否保存到其他位置？").arg(error)))
+        return false;
+    return m_atExit == AtExit::Discard || writeTo(m_exitFile);
+}

@@ -1,0 +1,349 @@
+#include "qtsendboxwidget.h"
+
+#include "apppaths.h"
+#include "buttonrole.h"
+#include "filesendpage.h"
+#include "hextext.h"
+#include "multisendpage.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
+#include "qtmessagetip.h"
+#include "qtpagebar.h"
+#include "qttexteditinput.h"
+#include "safefile.h"
+#include "settings.h"
+#include "singlesendpage.h"
+#include "textcodec.h"
+
+#include <QButtonGroup>
+#include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kDefaultAutoInterval = 1000;
+constexpr int kSaveDelayMs = 500;
+
+const QByteArray &newLine()
+{
+    static const QByteArray bytes("\x0D\x0A", 2);
+    return bytes;
+}
+
+QString confFile(QtSendBoxWidget::Owner owner, const char *serialName, const char *networkName)
+{
+    const char *name = owner == QtSendBoxWidget::Serial ? serialName : networkName;
+    return AppPaths::confFolder() + QLatin1Char('/') + QLatin1String(name);
+}
+
+QString listFile(QtSendBoxWidget::Owner owner)
+{
+    return confFile(owner, "ser_multi_conf.txt", "net_multi_conf.txt");
+}
+
+QString textFile(QtSendBoxWidget::Owner owner)
+{
+    return confFile(owner, "ser_send_data.txt", "net_send_data.txt");
+}
+
+} // namespace
+
+QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
+    : QWidget(parent)
+    , m_owner(owner)
+    , m_pages(new QStackedWidget(this))
+    , m_single(new SingleSendPage(this))
+    , m_multi(new MultiSendPage(listFile(owner), this))
+    , m_file(new FileSendPage(this))
+{
+    setObjectName(QStringLiteral("sendBox"));
+    m_pages->addWidget(m_single);
+    m_pages->addWidget(m_multi);
+    m_pages->addWidget(m_file);
+    m_file->setSendingPossible(owner == Serial);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_pages);
+    setCurrentPage(SinglePage);
+
+    m_autoTimer.setInterval(kDefaultAutoInterval);
+    m_autoTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_autoTimer, &QTimer::timeout, this, &QtSendBoxWidget::SltAutoSendData);
+    m_saveTimer.setSingleShot(true);
+    m_saveTimer.setInterval(kSaveDelayMs);
+    connect(&m_saveTimer, &QTimer::timeout, this, &QtSendBoxWidget::saveSingleText);
+
+    loadSingleText();
+    connect(m_single->editor(), &QTextEdit::textChanged, this, [this] {
+        m_textChanged = true;
+        m_ignoredTold = 0;
+        m_saveTimer.start();
+    });
+    connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
+    connect(m_single->editor(), &QtTextEditInput::pasteRefused, this,
+            [this] { QtMessageTip::showTip(tooLong(QStringLiteral("粘贴的内容超过20万字符"))); });
+    connectPages();
+}
+
+void QtSendBoxWidget::connectPages()
+{
+    connect(m_single->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltSingleSendPage);
+    connect(m_single->loadButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltLoadDataFile);
+
+    connect(m_multi->sendButtons(), QOverload<int>::of(&QButtonGroup::buttonClicked), this,
+            &QtSendBoxWidget::SltMultiBtnClicked);
+    for (const QLineEdit *edit : m_multi->edits())
+        connect(edit, &QLineEdit::editingFinished, this, &QtSendBoxWidget::SltMultiEditFinished);
+    connect(m_multi->clearButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltClearMultiEdit);
+    connect(m_multi->pageBar(), &QtPageBar::signalChangePage, this, &QtSendBoxWidget::SltMultiChangePage);
+    connect(m_multi, &MultiSendPage::signalNotify, this, &QtSendBoxWidget::signalNotify);
+
+    connect(m_file->openButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltBorwserXYModemFile);
+    connect(m_file->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltSendXYModemFile);
+    connect(m_file->clearButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltClearXYModemFile);
+    connect(m_file->helpButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltOpenXYModemHelp);
+}
+
+void QtSendBoxWidget::SltClearMultiEdit()
+{
+    m_multi->clearPage();
+}
+
+void QtSendBoxWidget::SltMultiChangePage(int page)
+{
+    m_multi->turnTo(page);
+}
+
+void QtSendBoxWidget::SltMultiBtnClicked(int place)
+{
+    sendOnce(m_multi->rowToSend(place));
+}
+
+void QtSendBoxWidget::SltMultiEditFinished()
+{
+    if (const QObject *edit = sender())
+        m_multi->storeRow(edit->property("id").toInt());
+}
+
+void QtSendBoxWidget::sltBorwserXYModemFile()
+{
+    m_file->chooseFiles();
+}
+
+// An empty list stops the transfer that is running.
+void QtSendBoxWidget::sltSendXYModemFile()
+{
+    const QStringList files = m_file->isSending() ? QStringList() : m_file->files();
+    if (files.isEmpty() && !m_file->isSending())
+        QtMessageTip::showTip(QStringLiteral("请先打开需要发送的文件"));
+    else
+        emit signalSendFile(m_file->protocol(), m_file->packetLength(), files);
+}
+
+void QtSendBoxWidget::sltOpenXYModemHelp()
+{
+    QDesktopServices::openUrl(QUrl(QStringLiteral("https://www.orvane.example/help/ymodem")));
+}
+
+void QtSendBoxWidget::sltClearXYModemFile()
+{
+    m_file->clearFiles();
+}
+
+QtSendBoxWidget::~QtSendBoxWidget()
+{
+    // The page that listens is half gone, and so is this box for its rows.
+    blockSignals(true);
+    m_multi->blockSignals(true);
+    if (m_textChanged)
+        saveSingleText();
+}
+
+void QtSendBoxWidget::setDeviceOpen(bool open)
+{
+    m_deviceOpen = open;
+    ButtonRole::setPrimary(m_single->sendButton(), open);
+    m_file->setDeviceOpen(open);
+    if (!open)
+        stopAutoSend();
+}
+
+bool QtSendBoxWidget::setAutoInterval(int milliseconds)
+{
+    if (milliseconds < leastAutoInterval)
+        return false;
+    m_autoTimer.setInterval(milliseconds);
+    return true;
+}
+
+// The box is as high as the page shown needs: the pages behind don't count.
+void QtSendBoxWidget::setCurrentPage(int index)
+{
+    for (int i = 0; i < m_pages->count(); ++i)
+        m_pages->widget(i)->setSizePolicy(QSizePolicy::Preferred,
+                                          i == index ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    m_pages->setCurrentIndex(index);
+    if (index != SinglePage && isAutoSending()) {
+        stopAutoSend();
+        emit signalNotify(QStringLiteral("已离开单项发送，自动发送已停止"), 0);
+    }
+}
+
+void QtSendBoxWidget::setNewline(bool bCheck)
+{
+    m_newline = bCheck;
+}
+
+void QtSendBoxWidget::setAutoSend(bool bCheck)
+{
+    m_ignoredTold = 0;
+    if (!bCheck) {
+        m_autoTimer.stop();
+    } else if (m_pages->currentIndex() != SinglePage) {
+        stopAutoSend(); // what it sends would not be seen
+        QtMessageTip::showTip(QStringLiteral("自动发送只用于单项发送"));
+    } else if (deviceIsOpen()) {
+        m_autoTimer.start();
+    }
+}
+
+void QtSendBoxWidget::setHexSend(bool bCheck)
+{
+    m_hexSend = bCheck;
+    m_ignoredTold = 0;
+    m_single->editor()->setHexMode(bCheck);
+}
+
+bool QtSendBoxWidget::deviceIsOpen()
+{
+    if (m_deviceOpen)
+        return true;
+    stopAutoSend();
+    QtMessageTip::showTip(QStringLiteral("请确认通信设备是否打开?"));
+    return false;
+}
+
+void QtSendBoxWidget::stopAutoSend()
+{
+    m_autoTimer.stop();
+    emit autoSendStopped();
+}
+
+void QtSendBoxWidget::SltSingleSendPage()
+{
+    sendOnce(m_single->text());
+}
+
+// At the user's request: there, nothing to send is worth a word.
+void QtSendBoxWidget::sendOnce(const QString &text)
+{
+    m_ignoredTold = 0;
+    if (!deviceIsOpen())
+        return;
+    if (text.isEmpty() && !m_newline)
+        QtMessageTip::showTip(QStringLiteral("请输入需要发送的数据"));
+    else
+        sendText(text);
+}
+
+void QtSendBoxWidget::SltAutoSendData()
+{
+    if (deviceIsOpen())
+        sendText(m_single->text());
+}
+
+void QtSendBoxWidget::sendText(QString text)
+{
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    QByteArray bytes;
+    if (m_hexSend) {
+        const HexText::Parsed parsed = HexText::parse(text);
+        bytes = parsed.bytes;
+        notifyHexIgnored(parsed.ignored, bytes.isEmpty());
+        if (bytes.isEmpty() && parsed.ignored > 0)
+            return; // a new line alone is not what was typed
+    } else {
+        bytes = TextCodec::encode(text, Settings::instance().textCodec);
+    }
+    if (m_newline)
+        bytes += newLine();
+    if (!bytes.isEmpty())
+        emit signalSendData(bytes);
+}
+
+// Once for each text, not at every period.
+void QtSendBoxWidget::notifyHexIgnored(int ignored, bool nothingLeft)
+{
+    if (ignored > 0 && ignored != m_ignoredTold) {
+        const QString text =
+            nothingLeft
+                ? QStringLiteral("没有完整的十六进制字节，未发送！")
+                : QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(ignored);
+        emit signalNotify(text, 255);
+    }
+    m_ignoredTold = ignored;
+}
+
+QString QtSendBoxWidget::tooLong(const QString &what) const
+{
+    return what + (offersFiles() ? QStringLiteral("，请使用文件发送！") : QStringLiteral("，无法发送！"));
+}
+
+void QtSendBoxWidget::SltLoadDataFile()
+{
+    const QString name = QtFileDialog::getOpenFileName(this, QString(), QString(),
+                                                       QStringLiteral("文本文件(*.txt);;所有文件(*.*)"));
+    if (name.isEmpty())
+        return;
+    // A byte makes at most three characters of hexadecimal.
+    const int most = QtTextEditInput::mostCharacters / (m_hexSend ? 3 : 1);
+    QByteArray content;
+    QString error;
+    if (QFileInfo(name).size() > most) {
+        emit signalNotify(tooLong(QStringLiteral("文件超过%1字节").arg(most)), 255);
+    } else if (!SafeFile::read(name, most, &content, &error) || content.isNull()) {
+        emit signalNotify(QStringLiteral("文件加载失败!"), 255);
+        emit signalNotify(error.isEmpty() ? QStringLiteral("文件不存在") : error, 255);
+    } else {
+        m_single->showFile(content);
+    }
+}
+
+void QtSendBoxWidget::loadSingleText()
+{
+    QByteArray content;
+    if (SafeFile::read(textFile(m_owner), 20 * QtTextEditInput::mostCharacters, &content, &m_textReadError))
+        m_single->setText(TextCodec::decodeFile(content));
+    else // told when the page has been connected
+        QTimer::singleShot(0, this, [this] {
+            emit signalNotify(QStringLiteral("发送数据读取失败：%1").arg(m_textReadError), 255);
+        });
+}
+
+QString QtSendBoxWidget::saveSingleText()
+{
+    m_saveTimer.stop();
+    // A text that could not be read is not written over.
+    QString error = QFileInfo::exists(textFile(m_owner)) ? m_textReadError : QString();
+    if (error.isEmpty() && SafeFile::write(textFile(m_owner), m_single->text().toUtf8(), &error))
+        m_textChanged = false;
+    else
+        emit signalNotify(QStringLiteral("发送数据保存失败：%1").arg(error), 255);
+    return error;
+}
+
+bool QtSendBoxWidget::saveBeforeExit()
+{
+    QString error = m_textChanged ? saveSingleText() : QString();
+    const QString rowsError = m_multi->storeShownPage();
+    if (error.isEmpty())
+        error = rowsError;
+    return error.isEmpty() ||
+           QtMessageBox::question(this, QStringLiteral("询问"),
+                                  QStringLiteral("发送区的内容无法保存：%1。是否仍然退出？").arg(error)) == 1;
+}

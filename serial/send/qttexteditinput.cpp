@@ -1,0 +1,135 @@
+#include "qttexteditinput.h"
+
+#include "placeholdertext.h"
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMimeData>
+
+namespace {
+
+bool isHexKey(int key)
+{
+    switch (key) {
+    case Qt::Key_Space:
+    case Qt::Key_Backspace:
+    case Qt::Key_Return:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        return true;
+    default:
+        return (key >= Qt::Key_0 && key <= Qt::Key_9) || (key >= Qt::Key_A && key <= Qt::Key_F);
+    }
+}
+
+// Keys that enter nothing when pressed alone.
+bool isModifierKey(int key)
+{
+    switch (key) {
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+    case Qt::Key_Alt:
+    case Qt::Key_AltGr:
+    case Qt::Key_Meta:
+    case Qt::Key_CapsLock:
+    case Qt::Key_NumLock:
+    case Qt::Key_ScrollLock:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+QtTextEditInput::QtTextEditInput(QWidget *parent)
+    : QTextEdit(parent)
+{
+    setObjectName(QStringLiteral("textEditSend"));
+    setAccessibleName(QStringLiteral("发送编辑区"));
+    setAcceptRichText(false);
+    setTabChangesFocus(true);
+    // Looking for word ends costs with the square of a line's length: a minute
+    // for a pasted line of a million characters.
+    setWordWrapMode(QTextOption::WrapAnywhere);
+    setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
+    PlaceholderText::keepFaint(this);
+}
+
+void QtTextEditInput::keyPressEvent(QKeyEvent *event)
+{
+    if (!m_hexMode || isHexKey(event->key())) {
+        QTextEdit::keyPressEvent(event);
+        return;
+    }
+    if (isModifierKey(event->key())) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    emit showErrorHint();
+}
+
+void QtTextEditInput::inputMethodEvent(QInputMethodEvent *event)
+{
+    QTextEdit::inputMethodEvent(event);
+}
+
+void QtTextEditInput::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu *menu = createStandardContextMenu();
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(event->globalPos());
+}
+
+bool QtTextEditInput::canInsertFromMimeData(const QMimeData *source) const
+{
+    return source->hasText();
+}
+
+void QtTextEditInput::insertFromMimeData(const QMimeData *source)
+{
+    QString text = source->text();
+    if (text.size() > mostCharacters) {
+        emit pasteRefused();
+        return;
+    }
+    if (m_hexMode) {
+        int dropped = 0;
+        text = hexTextOf(text, &dropped);
+        if (dropped > 0)
+            emit showErrorHint();
+    }
+    textCursor().insertText(text);
+    ensureCursorVisible();
+}
+
+QString QtTextEditInput::hexTextOf(const QString &text, int *dropped)
+{
+    QString kept;
+    kept.reserve(text.size());
+    *dropped = 0;
+    const auto space = [&kept] {
+        if (!kept.isEmpty() && !kept.endsWith(QLatin1Char(' ')))
+            kept += QLatin1Char(' ');
+    };
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar character = text.at(i);
+        const ushort code = character.unicode();
+        const bool prefix = code == '0' && i + 1 < text.size() &&
+                            (text.at(i + 1) == QLatin1Char('x') || text.at(i + 1) == QLatin1Char('X'));
+        if (prefix) {
+            space();
+            ++i;
+        } else if ((code >= '0' && code <= '9') || (code >= 'A' && code <= 'F') ||
+                   (code >= 'a' && code <= 'f')) {
+            kept += character;
+        } else if (character.isSpace() || code == ',' || code == ';' || code == ':') {
+            space();
+        } else {
+            ++*dropped;
+        }
+    }
+    return kept;
+}

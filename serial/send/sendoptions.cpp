@@ -1,0 +1,77 @@
+#include "sendoptions.h"
+
+#include "qtmessagetip.h"
+#include "qtsendboxwidget.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QRadioButton>
+
+SendOptions::SendOptions(QtSendBoxWidget *box, QWidget *parent)
+    : FormGroup(QStringLiteral("发送区设置"), parent)
+    , m_box(box)
+    , m_page(new QComboBox(this))
+    , m_text(new QRadioButton(QStringLiteral("字符串数据发送"), this))
+    , m_hex(new QRadioButton(QStringLiteral("十六进制数据发送"), this))
+    , m_newline(new QCheckBox(QStringLiteral("发送新行"), this))
+    , m_auto(new QCheckBox(QStringLiteral("自动发送"), this))
+    , m_interval(new QLineEdit(QString::number(box->autoInterval()), this))
+{
+    buildUi();
+    connect(m_page, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SendOptions::pageChosen);
+    connect(m_hex, &QRadioButton::toggled, m_box, &QtSendBoxWidget::setHexSend);
+    connect(m_newline, &QCheckBox::toggled, m_box, &QtSendBoxWidget::setNewline);
+    connect(m_auto, &QCheckBox::toggled, m_box, &QtSendBoxWidget::setAutoSend);
+    connect(m_interval, &QLineEdit::editingFinished, this, &SendOptions::intervalEdited);
+    connect(m_box, &QtSendBoxWidget::autoSendStopped, m_auto, [this] { m_auto->setChecked(false); });
+}
+
+void SendOptions::buildUi()
+{
+    m_page->setObjectName(QStringLiteral("comboSendPage"));
+    m_text->setObjectName(QStringLiteral("radioSendText"));
+    m_hex->setObjectName(QStringLiteral("radioSendHex"));
+    m_newline->setObjectName(QStringLiteral("checkNewline"));
+    m_auto->setObjectName(QStringLiteral("checkAutoSend"));
+    m_interval->setObjectName(QStringLiteral("editAutoInterval"));
+    m_page->addItems({QStringLiteral("单项发送"), QStringLiteral("多项发送")});
+    if (m_box->offersFiles())
+        m_page->addItem(QStringLiteral("发送文件"));
+    m_text->setChecked(true);
+    m_newline->setToolTip(QStringLiteral("在数据末尾自动追加换行符"));
+    m_auto->setToolTip(QStringLiteral("按周期发送编辑区的数据"));
+    m_interval->setToolTip(QStringLiteral("自动发送周期，单位毫秒，不小于10"));
+
+    QHBoxLayout *pages = addLine();
+    addTo(pages, QStringLiteral("发送方式"), m_page);
+    pages->addWidget(m_newline);
+    QHBoxLayout *kinds = addLine();
+    kinds->addWidget(m_text);
+    kinds->addWidget(m_hex, 1);
+    QHBoxLayout *periods = addLine();
+    periods->addWidget(m_auto);
+    addTo(periods, QStringLiteral("自动发送周期(ms)"), m_interval);
+    setTabOrder(m_page, m_newline);
+    setTabOrder(m_newline, m_text);
+    setTabOrder(m_text, m_hex);
+    setTabOrder(m_hex, m_auto);
+    setTabOrder(m_auto, m_interval);
+}
+
+QWidget *SendOptions::lastField() const
+{
+    return m_interval;
+}
+
+void SendOptions::applyInterval()
+{
+    bool isNumber = false;
+    const int milliseconds = m_interval->text().trimmed().toInt(&isNumber);
+    if (isNumber && m_box->setAutoInterval(milliseconds))
+        return;
+    QtMessageTip::showBelow(
+        m_interval, QStringLiteral("自动发送周期不能小于%1毫秒！").arg(QtSendBoxWidget::leastAutoInterval));
+    m_interval->setText(QString::number(m_box->autoInterval()));
+}

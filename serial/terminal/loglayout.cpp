@@ -1,0 +1,487 @@
+#include "loglayout.h"
+
+#include <QGlyphRun>
+#include <QPainter>
+#include <QTextDocument>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int kTabColumns = 8;
+constexpr int kForcedBreak = 1 << 16; // columns noted for a line separator: its block never fits one row
+
+// A block's user state: a mark that it continues the paragraph before it (1
+// bit), the column at which its first row then begins (10), its columns (20).
+constexpr int kContinuationBit = 1;
+constexpr int kStartShift = 1;
+constexpr int kMaxRowColumns = 1000;
+constexpr int kStartMask = 0x3FF << kStartShift;
+constexpr int kColumnsShift = 11;
+constexpr int kMaxBlockColumns = 0xFFFFF;
+
+// Characters that are drawn as the glyph that the face has for them, whatever
+// stands beside them: printable ASCII, and Chinese with its punctuation.
+inline bool isPlain(QChar character)
+{
+    const ushort unit = character.unicode();
+    return (unit >= 0x20 && unit <= 0x7E) || (unit >= 0x3001 && unit <= 0x3020) ||
+           (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0xFF01 && unit <= 0xFF60);
+}
+
+// Columns that a character takes. Everything that is not surely narrow counts
+// as wide: too early a break is harmless, too late a one hides text.
+inline int columnsOf(ushort unit)
+{
+    return unit < 0x0250 ? 1 : 2;
+}
+
+// A row may break before and after these: Chinese, Japanese, Korean.
+inline bool isWide(ushort unit)
+{
+    return unit >= 0x2E80;
+}
+
+} // namespace
+
+LogLayout::LogLayout(QTextDocument *document)
+    : QAbstractTextDocumentLayout(document)
+{
+    updateMetrics();
+}
+
+bool LogLayout::isContinuation(const QTextBlock &block)
+{
+    const int state = block.userState();
+    return state >= 0 && (state & kContinuationBit) != 0;
+}
+
+void LogLayout::setContinuation(QTextBlock block, bool continues)
+{
+    const int state = qMax(0, block.userState());
+    block.setUserState(continues ? state | kContinuationBit : state & ~(kContinuationBit | kStartMask));
+}
+
+int LogLayout::startColumn(const QTextBlock &block)
+{
+    return qMax(0, block.userState() & kStartMask) >> kStartShift;
+}
+
+void LogLayout::updateMetrics()
+{
+    const QFont font = document()->defaultFont();
+    const QFontMetricsF metrics(font);
+    if (m_rawFontOf != font) {
+        m_rawFontOf = font;
+        m_rawFont = QRawFont::fromFont(font);
+    }
+    m_columnWidth = qMax<qreal>(1, metrics.horizontalAdvance(QLatin1Char('0')));
+    m_ascent = std::ceil(metrics.ascent());
+    m_lineHeight = qMax<qreal>(1, m_ascent + std::ceil(metrics.descent()));
+    const qreal room = m_width - 2 * document()->documentMargin();
+    m_columns =
+        m_width < 0 ? kMaxRowColumns : qBound(2, static_cast<int>(room / m_columnWidth), kMaxRowColumns);
+}
+
+// Draws a line whose characters each stand for one glyph in their columns,
+// without shaping it first. False when the face lacks one of them.
+bool LogLayout::drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const
+{
+    const QVector<quint32> glyphs = m_rawFont.glyphIndexesForString(line);
+    if (glyphs.size() != line.size() || glyphs.contains(0))
+        return false;
+    QVector<QPointF> positions(line.size());
+    int column = 0;
+    for (int i = 0; i < line.size(); ++i) {
+        positions[i] = QPointF(column * m_columnWidth, 0);
+        column += columnsOf(line.at(i).unicode());
+    }
+    QGlyphRun run;
+    run.setRawFont(m_rawFont);
+    run.setGlyphIndexes(glyphs);
+    run.setPositions(positions);
+    painter->drawGlyphRun(position + QPointF(0, m_ascent), run);
+    return true;
+}
+
+// What comes before the first character of a block in its row: of a paragraph,
+// the block before, which may end in a word.
+bool LogLayout::breaksBefore(const QTextBlock &block) const
+{
+    const ushort last = document()->characterAt(block.position() - 2).unicode();
+    return last == ' ' || last == '\t' || isWide(last);
+}
+
+int LogLayout::rowEnd(const QChar *text, int size, int start, int columns, int *column, bool mayBreak)
+{
+    const bool begun = *column > 0; // by the block before
+    int used = *column;
+    int breakAt = start;
+    int breakColumn = used;
+    for (int i = start; i < size; ++i) {
+        const ushort unit = text[i].unicode();
+        const bool wide = isWide(unit);
+        if (wide) {
+            breakAt = i;
+            breakColumn = used;
+        }
+        const int next = used + (unit == '\t' ? kTabColumns - used % kTabColumns : columnsOf(unit));
+        if (next > columns && (i > start || begun)) {
+            if (unit == ' ') { // hangs behind the row, unseen
+                *column = columns;
+                return i + 1;
+            }
+            const bool canBreak = breakAt > start || (begun && mayBreak);
+            *column = canBreak ? breakColumn : used;
+            return canBreak ? breakAt : i;
+        }
+        used = next;
+        if (unit == QChar::LineSeparator) {
+            *column = columns;
+            return i + 1;
+        }
+        if (QChar::isHighSurrogate(unit) && i + 1 < size && text[i + 1].isLowSurrogate())
+            ++i;
+        if (wide || unit == ' ' || unit == '\t') {
+            breakAt = i + 1;
+            breakColumn = used;
+        }
+    }
+    *column = used;
+    return size;
+}
+
+// The same where each character takes one column and none is a tab or a line
+// separator: no walk over all of them.
+int LogLayout::narrowRowEnd(const QString &text, int start, int columns, int *column, bool mayBreak)
+{
+    const int full = start + columns - *column;
+    if (full >= text.size()) {
+        *column += text.size() - start;
+        return text.size();
+    }
+    const bool begun = *column > 0;
+    if (text.at(full) == QLatin1Char(' ') && (full > start || begun)) {
+        *column = columns;
+        return full + 1;
+    }
+    int breakAt = full;
+    while (breakAt > start && text.at(breakAt - 1) != QLatin1Char(' '))
+        --breakAt;
+    const int end = breakAt > start || (begun && mayBreak) ? breakAt : full;
+    *column += end - start;
+    return end;
+}
+
+QVector<LogLayout::Row> LogLayout::rowsOf(const QTextBlock &block, const QString &text) const
+{
+    QVector<Row> rows;
+    int start = 0;
+    int column = startColumn(block);
+    const bool mayBreak = column > 0 && breaksBefore(block);
+    do {
+        Row row{start, 0, column, column};
+        row.end = rowEnd(text.constData(), text.size(), start, m_columns, &row.endColumn, mayBreak);
+        rows.append(row);
+        start = row.end;
+        column = 0;
+    } while (start < text.size());
+    return rows;
+}
+
+// Counts the columns of new text, and the rows that begin in the block. Returns
+// the column behind the block's last character.
+int LogLayout::countRows(QTextBlock block, int start, bool newText)
+{
+    const int state = block.userState();
+    int columns = qMax(0, state) >> kColumnsShift;
+    if (newText || state < 0) {
+        // Nearly all text is a line that fits; one walk finds that out.
+        columns = 0;
+        const QString text = block.text();
+        for (const QChar character : text) {
+            const ushort unit = character.unicode();
+            columns += unit == '\t'                   ? kTabColumns
+                       : unit == QChar::LineSeparator ? kForcedBreak
+                                                      : columnsOf(unit);
+        }
+        columns = qMin(columns, kMaxBlockColumns);
+        m_widest = qMax(m_widest, start + columns);
+    }
+    int rows = start > 0 ? 0 : 1; // the row that the block before has begun is its own
+    int column = start + columns;
+    if (column > m_columns) {
+        const QString text = block.text();
+        const bool narrow = columns == text.size();
+        const bool mayBreak = start > 0 && breaksBefore(block);
+        const auto end = [&](int from) {
+            return narrow ? narrowRowEnd(text, from, m_columns, &column, mayBreak)
+                          : rowEnd(text.constData(), text.size(), from, m_columns, &column, mayBreak);
+        };
+        column = start;
+        for (int next = end(0); next < text.size(); ++rows) {
+            column = 0;
+            next = end(next);
+        }
+    }
+    const int newState =
+        columns << kColumnsShift | start << kStartShift | (state > 0 ? state & kContinuationBit : 0);
+    if (newState != state)
+        block.setUserState(newState);
+    if (block.lineCount() != rows)
+        block.setLineCount(rows);
+    return column;
+}
+
+// New text has no unaffected columns; otherwise blocks up to so many are as
+// they were.
+void LogLayout::countRows(QTextBlock block, const QTextBlock &end, int unaffected)
+{
+    const bool newText = unaffected < 0;
+    int behind = -1; // the column behind the block before, once it is known
+    for (; block.isValid() && block != end; block = block.next()) {
+        const int state = block.userState();
+        if (state >= 0 && (state & kContinuationBit) == 0 && state >> kColumnsShift <= unaffected) {
+            behind = state >> kColumnsShift;
+            continue;
+        }
+        block.clearLayout();
+        int start = 0;
+        if (isContinuation(block) && block != document()->firstBlock())
+            start = behind < 0 ? startColumn(block) : qMin(behind, m_columns);
+        behind = countRows(block, start, newText);
+    }
+}
+
+void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
+{
+    const qreal width = document()->pageSize().width();
+    const int characters = document()->characterCount();
+    // A new width or font changes no text: the columns are known.
+    const bool sameText =
+        !qFuzzyCompare(width, m_width) ||
+        (from == 0 && charsRemoved == 0 && charsAdded == characters && characters == m_characters);
+    const int columnsBefore = m_columns;
+    m_characters = characters;
+    m_width = width;
+    updateMetrics();
+    if (characters == 1)
+        m_widest = 0;
+    if (sameText && m_widest <= qMin(columnsBefore, m_columns)) { // all blocks fit a row as before
+        notifyChange(0, -1);
+        return;
+    }
+
+    // Up to a block found once: each block would have to work its position out.
+    const QTextBlock first = sameText ? document()->firstBlock() : document()->findBlock(from);
+    const QTextBlock end = sameText ? document()->end() : document()->findBlock(from + charsAdded).next();
+    const qreal changedTop = rowsTop(first);
+    countRows(first, end, sameText ? qMin(columnsBefore, m_columns) : -1);
+    // What stands below moves when the height changes at the front.
+    const bool toTheEnd = charsRemoved > 0 || !end.isValid() || sameText;
+    notifyChange(changedTop, toTheEnd ? -1 : top(end));
+}
+
+void LogLayout::recount(int firstBlock)
+{
+    const QTextBlock first = document()->findBlockByNumber(qMax(0, firstBlock));
+    countRows(first, document()->end(), 0);
+    notifyChange(rowsTop(first), -1);
+}
+
+// A bottom of -1 is that of the document.
+void LogLayout::notifyChange(qreal changedTop, qreal bottom)
+{
+    // The document counts new blocks before it notifies; compare with the last size.
+    const QSizeF size = documentSize();
+    const QSizeF sizeBefore = m_notifiedSize;
+    m_notifiedSize = size;
+    if (size != sizeBefore)
+        emit documentSizeChanged(size);
+    if (bottom < 0)
+        bottom = qMax(size.height(), sizeBefore.height());
+    emit update(QRectF(0, changedTop, qMax<qreal>(m_width, 0), bottom - changedTop));
+}
+
+// Of the first row that shows text of the block, whose beginning may be the
+// block's before.
+qreal LogLayout::rowsTop(const QTextBlock &block) const
+{
+    return top(block) - (startColumn(block) > 0 ? m_lineHeight : 0);
+}
+
+qreal LogLayout::rowTop(int position) const
+{
+    const QTextBlock block = document()->findBlock(position);
+    const QVector<Row> rows = rowsOf(block, block.text());
+    int row = 0;
+    while (row + 1 < rows.size() && rows.at(row).end <= position - block.position())
+        ++row;
+    return rowsTop(block) + row * m_lineHeight;
+}
+
+int LogLayout::firstRowStart(const QTextBlock &block) const
+{
+    return startColumn(block) > 0 ? rowsOf(block, block.text()).first().end : 0;
+}
+
+qreal LogLayout::top(const QTextBlock &block) const
+{
+    return document()->documentMargin() + (block.isValid() ? block.firstLineNumber() : 0) * m_lineHeight;
+}
+
+QSizeF LogLayout::documentSize() const
+{
+    return {qMax<qreal>(m_width, 0),
+            document()->lineCount() * m_lineHeight + 2 * document()->documentMargin()};
+}
+
+int LogLayout::pageCount() const
+{
+    return 1;
+}
+
+QRectF LogLayout::frameBoundingRect(QTextFrame *frame) const
+{
+    Q_UNUSED(frame)
+    return {QPointF(0, 0), documentSize()};
+}
+
+QRectF LogLayout::blockBoundingRect(const QTextBlock &block) const
+{
+    if (!block.isValid())
+        return {};
+    // Cursor movement and cursor rectangles read the block's own layout.
+    if (block.layout()->lineCount() == 0 || block.layout()->font() != document()->defaultFont())
+        layOut(block);
+    const qreal y = rowsTop(block);
+    return {0, y, qMax<qreal>(m_width, 0), top(block) - y + block.lineCount() * m_lineHeight};
+}
+
+// Lays out a whole block with the row breaks that are drawn.
+void LogLayout::layOut(const QTextBlock &block) const
+{
+    QTextLayout *layout = block.layout();
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAnywhere);
+    option.setTabStopDistance(kTabColumns * m_columnWidth);
+    layout->setTextOption(option);
+    layout->setFont(document()->defaultFont());
+    const QVector<Row> rows = rowsOf(block, block.text());
+    layout->beginLayout();
+    for (int number = 0; number < rows.size(); ++number) {
+        const Row &row = rows.at(number);
+        if (row.end == row.start && number + 1 < rows.size())
+            continue; // nothing of it fits behind the block before
+        QTextLine line = layout->createLine();
+        if (!line.isValid())
+            break;
+        line.setNumColumns(qMax(1, row.end - row.start));
+        line.setPosition(
+            QPointF(document()->documentMargin() + row.startColumn * m_columnWidth, number * m_lineHeight));
+    }
+    layout->endLayout();
+}
+
+void LogLayout::layOutLine(QTextLayout &layout) const
+{
+    QTextOption option;
+    option.setWrapMode(QTextOption::NoWrap);
+    option.setTabStopDistance(kTabColumns * m_columnWidth);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    if (line.isValid()) {
+        line.setLineWidth(1e6);
+        // One baseline for all lines, whatever face a character falls back to.
+        line.setPosition(QPointF(0, m_ascent - line.ascent()));
+    }
+    layout.endLayout();
+}
+
+void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QTextBlock &block,
+                        const QString &text, const Row &row, qreal y) const
+{
+    const int blockStart = block.position();
+    const qreal x = document()->documentMargin() + row.startColumn * m_columnWidth;
+    const bool endsParagraph = row.end >= text.size() && !isContinuation(block.next());
+    QVector<QTextLayout::FormatRange> selections;
+    for (const Selection &selection : context.selections) {
+        const int selectionEnd = selection.cursor.selectionEnd() - blockStart;
+        const int from = qMax(selection.cursor.selectionStart() - blockStart, row.start) - row.start;
+        const int to = qMin(selectionEnd, row.end) - row.start;
+        if (to > from)
+            selections.append({from, to - from, selection.format});
+        // A selected line end shows as half a column behind the text.
+        if (endsParagraph && selectionEnd > text.size() && from <= text.size() - row.start)
+            painter->fillRect(QRectF(x + qMin(row.end - row.start, m_columns) * m_columnWidth, y,
+                                     m_columnWidth / 2, m_lineHeight),
+                              selection.format.background());
+    }
+    const QString line = text.mid(row.start, row.end - row.start);
+    const bool plain = selections.isEmpty() && std::all_of(line.begin(), line.end(), isPlain);
+    if (!line.isEmpty() && !(plain && drawPlainLine(painter, line, QPointF(x, y)))) {
+        QTextLayout layout(line, document()->defaultFont(), painter->device());
+        layOutLine(layout);
+        layout.draw(painter, QPointF(x, y), selections);
+    }
+}
+
+void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block) const
+{
+    const QString text = block.text();
+    qreal y = rowsTop(block);
+    for (const Row &row : rowsOf(block, text)) {
+        if (!context.clip.isValid() || (y + m_lineHeight > context.clip.top() && y < context.clip.bottom()))
+            drawRow(painter, context, block, text, row, y);
+        y += m_lineHeight;
+    }
+}
+
+void LogLayout::draw(QPainter *painter, const PaintContext &context)
+{
+    const qreal clipTop = context.clip.isValid() ? context.clip.top() : 0;
+    const int firstLine = qMax(0, static_cast<int>((clipTop - document()->documentMargin()) / m_lineHeight));
+    QTextBlock block = document()->findBlockByLineNumber(firstLine);
+    painter->setPen(context.palette.color(QPalette::Text));
+    for (; block.isValid(); block = block.next()) {
+        // The row on top of a block may have been begun by the one before.
+        if (context.clip.isValid() && rowsTop(block) > context.clip.bottom())
+            break;
+        drawBlock(painter, context, block);
+    }
+}
+
+int LogLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const
+{
+    const qreal margin = document()->documentMargin();
+    const int rowNumber = static_cast<int>(std::floor((point.y() - margin) / m_lineHeight));
+    const int rowCount = document()->lineCount();
+    if (rowNumber < 0 || rowNumber >= rowCount) {
+        if (accuracy == Qt::ExactHit)
+            return -1;
+        return rowNumber < 0 ? 0 : document()->characterCount() - 1;
+    }
+    QTextBlock block = document()->findBlockByLineNumber(rowNumber);
+    // The last row of a block may go on with the next block.
+    const auto goesOn = [&](const QTextBlock &next) {
+        return next.isValid() && startColumn(next) > 0 && rowNumber < next.firstLineNumber() &&
+               point.x() >= margin + startColumn(next) * m_columnWidth && firstRowStart(next) > 0;
+    };
+    while (goesOn(block.next()))
+        block = block.next();
+    const QString text = block.text();
+    const QVector<Row> rows = rowsOf(block, text);
+    const int inBlock =
+        static_cast<int>(std::lround((margin + rowNumber * m_lineHeight - rowsTop(block)) / m_lineHeight));
+    const Row &row = rows.at(qBound(0, inBlock, rows.size() - 1));
+    QTextLayout layout(text.mid(row.start, row.end - row.start), document()->defaultFont());
+    layOutLine(layout);
+    const qreal x = point.x() - margin - row.startColumn * m_columnWidth;
+    if (accuracy == Qt::ExactHit && (x < 0 || x > layout.lineAt(0).naturalTextWidth()))
+        return -1;
+    const int inRow = row.end > row.start ? layout.lineAt(0).xToCursor(x) : 0;
+    return block.position() + row.start + inRow;
+}

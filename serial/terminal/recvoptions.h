@@ -1,0 +1,43 @@
+#pragma once
+
+// The options of a receive area: how received bytes are shown, and the buttons
+// to clear and to save them.
+
+#include "formpanel.h"
+
+class QCheckBox;
+class QPushButton;
+class QRadioButton;
+class QSpinBox;
+
+class RecvOptions : public FormGroup
+{
+    Q_OBJECT
+
+public:
+    // Messages: what comes is in pieces already, so that there is no pause to
+    // wait for and no log view.
+    enum Kind { Stream, Messages };
+
+    explicit RecvOptions(QWidget *parent = nullptr, Kind kind = Stream);
+
+    bool hexShow() const;
+    bool stopShow() const;
+    bool logMode() const;
+    bool timeStamp() const;
+    // Milliseconds without a byte after which what came is taken as one piece.
+    int quietTime() const;
+
+signals:
+    void clearClicked();
+    void saveClicked();
+    void delayChanged();
+
+private:
+    QRadioButton *m_text;
+    QRadioButton *m_hex;
+    QCheckBox *m_stop;
+    QCheckBox *m_log;
+    QCheckBox *m_stamp;
+    QSpinBox *m_quiet;
+};

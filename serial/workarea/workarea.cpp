@@ -1,0 +1,161 @@
+#include "workarea.h"
+
+#include "formpanel.h"
+#include "placeholdertext.h"
+#include "qtterminalwidget.h"
+#include "receivestore.h"
+#include "stateindicator.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QSplitter>
+
+namespace {
+
+constexpr int kError = 255;
+constexpr int kCountPeriodMs = 250;
+
+} // namespace
+
+WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &closedHint,
+                   const QString &openHint, QWidget *page)
+    : QWidget(page)
+    , m_page(page)
+    , m_closedHint(closedHint)
+    , m_openHint(openHint)
+    , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
+    , m_state(new StateIndicator(this))
+    , m_gathering(new QLabel(this))
+    , m_sendLabel(new QLabel(this))
+    , m_recvLabel(new QLabel(this))
+    , m_terminal(new QtTerminalWidget(this))
+    , m_received(new ReceiveStore(m_terminal, stem, page))
+    , m_sendBox(new QtSendBoxWidget(owner, this))
+    , m_countTimer(this)
+{
+    buildUi();
+    m_countTimer.setSingleShot(true);
+    connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::countsDue);
+    connect(m_terminal, &QtTerminalWidget::clearRequested, this, &WorkArea::clearRequested);
+    auto *clear = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_L), page);
+    clear->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(clear, &QShortcut::activated, this, &WorkArea::clearRequested);
+    connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
+        emit notify(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！"), kError);
+    });
+    connect(m_received, &ReceiveStore::notify, this, &WorkArea::notify);
+    connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &WorkArea::notify);
+}
+
+void WorkArea::showHint(bool open)
+{
+    m_terminal->setPlaceholderText(open ? m_openHint : m_closedHint);
+}
+
+void WorkArea::showSendPage(int index)
+{
+    m_sendHeights.insert(m_sendPage, m_sendBox->height());
+    m_sendPage = index;
+    m_sendBox->setCurrentPage(index);
+    const int height = m_sendHeights.value(index, 1);
+    m_split->setSizes({m_split->height() - m_split->handleWidth() - height, height});
+}
+
+void WorkArea::buildUi()
+{
+    showHint(false);
+    m_terminal->setAccessibleName(QStringLiteral("接收区"));
+    PlaceholderText::keepFaint(m_terminal);
+
+    m_split = new QSplitter(Qt::Vertical, this);
+    m_split->setObjectName(QStringLiteral("splitRecvSend"));
+    m_split->setChildrenCollapsible(false);
+    m_split->addWidget(m_terminal);
+    m_split->addWidget(m_sendBox);
+    m_split->setStretchFactor(0, 1);
+    m_split->setStretchFactor(1, 0);
+    m_split->setSizes({400, 1}); // the send box as low as it can be
+
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addLayout(buildTop());
+    column->addWidget(m_split, 1);
+}
+
+QLayout *WorkArea::buildTop()
+{
+    m_fold->setObjectName(QStringLiteral("btnFold"));
+    m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
+    m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
+    m_gathering->setObjectName(QStringLiteral("labelGathering"));
+    m_gathering->setProperty("kind", QStringLiteral("hint"));
+    m_gathering->setToolTip(QStringLiteral("线路空闲达到“断帧间隔”后，这些数据才计数和显示"));
+    m_gathering->hide();
+    auto *top = new QHBoxLayout;
+    top->setSpacing(8);
+    top->addWidget(m_fold);
+    top->addStretch();
+    top->addWidget(m_gathering);
+    top->addSpacing(8);
+    top->addWidget(m_sendLabel);
+    top->addSpacing(8);
+    top->addWidget(m_recvLabel);
+    top->addSpacing(8);
+    top->addWidget(m_state);
+    return top;
+}
+
+void WorkArea::placeBeside(FormPanel *panel, QWidget *lastField)
+{
+    m_panel = panel;
+    auto *row = new QHBoxLayout(m_page);
+    row->setContentsMargins(8, 4, 8, 6);
+    row->setSpacing(8);
+    row->addWidget(panel);
+    row->addWidget(this, 1);
+    // The area was made first, but follows the panel.
+    QVector<QWidget *> parts;
+    for (QWidget *part = m_fold; isAncestorOf(part); part = part->nextInFocusChain())
+        if ((part->focusPolicy() & Qt::TabFocus) && !part->focusProxy())
+            parts.append(part);
+    for (QWidget *part : qAsConst(parts)) {
+        setTabOrder(lastField, part);
+        lastField = part;
+    }
+}
+
+void WorkArea::fold()
+{
+    const bool hide = m_panel->isVisibleTo(m_page);
+    m_panel->setVisible(!hide);
+    m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+}
+
+void WorkArea::refreshCounts()
+{
+    if (m_countTimer.isActive())
+        return;
+    const qint64 since = m_sinceCounts.isValid() ? m_sinceCounts.elapsed() : kCountPeriodMs;
+    if (since >= kCountPeriodMs)
+        emit countsDue();
+    else
+        m_countTimer.start(static_cast<int>(kCountPeriodMs - since));
+}
+
+void WorkArea::showCounts(qint64 sent, qint64 received)
+{
+    m_countTimer.stop();
+    m_sinceCounts.start();
+    m_received->flush();
+    m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(sent));
+    m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(received));
+}
+
+void WorkArea::showGathering(qint64 bytes)
+{
+    m_gathering->setText(QStringLiteral("正在接收… %1 字节").arg(bytes));
+    m_gathering->setVisible(bytes > 0);
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+// What the serial and the network page have beside their panel: the button
+// that folds the panel, byte counts and state on top, the receive display, and
+// the send box below it. Also lays the page out. Knows no device.
+
+#include "qtsendboxwidget.h"
+
+#include <QElapsedTimer>
+#include <QMap>
+#include <QTimer>
+#include <QWidget>
+
+class FormPanel;
+class QLabel;
+class QPushButton;
+class QSplitter;
+class QtTerminalWidget;
+class ReceiveStore;
+class StateIndicator;
+
+class WorkArea : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // The spool file's name begins with stem; the empty display says one of the
+    // hints.
+    WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QString &closedHint,
+             const QString &openHint, QWidget *page);
+
+    // The page: panel, then this. The keyboard goes from the panel's last field
+    // to what is here.
+    void placeBeside(FormPanel *panel, QWidget *lastField);
+
+    QPushButton *foldButton() const { return m_fold; }
+    void fold(); // or unfold
+
+    void showHint(bool open); // of the link
+    // Each page of the send box keeps the height that it was given.
+    void showSendPage(int index);
+
+    StateIndicator *state() const { return m_state; }
+    QtTerminalWidget *terminal() const { return m_terminal; }
+    ReceiveStore *received() const { return m_received; }
+    QtSendBoxWidget *sendBox() const { return m_sendBox; }
+
+    // Counts have changed: countsDue() comes at once, but not more often than
+    // the eye can follow.
+    void refreshCounts();
+    // Bytes; also writes what was received to the spool file.
+    void showCounts(qint64 sent, qint64 received);
+    // Bytes of a packet that has not ended yet; 0 hides the line.
+    void showGathering(qint64 bytes);
+
+signals:
+    void countsDue();
+    void clearRequested();
+    void notify(QString text, int kind);
+
+private:
+    QLayout *buildTop();
+    void buildUi();
+
+    QWidget *m_page;
+    QString m_closedHint;
+    QString m_openHint;
+    FormPanel *m_panel = nullptr;
+    QSplitter *m_split = nullptr;
+    int m_sendPage = 0;
+    QMap<int, int> m_sendHeights; // by page; of those that were shown
+    QPushButton *m_fold;
+    StateIndicator *m_state;
+    QLabel *m_gathering;
+    QLabel *m_sendLabel;
+    QLabel *m_recvLabel;
+    QtTerminalWidget *m_terminal;
+    ReceiveStore *m_received;
+    QtSendBoxWidget *m_sendBox;
+    QTimer m_countTimer;
+    QElapsedTimer m_sinceCounts;
+};

@@ -1,0 +1,111 @@
+#include "board.h"
+
+namespace Boardsim {
+
+Board::Board(const Options &options, QObject *parent)
+    : BoardBase(parent)
+    , m_options(options)
+    , m_record(options.recordFile)
+    , m_port(options.folder, options.port)
+    , m_mode(BoardMode::create(options, m_port))
+    , m_unplugArmed(options.unplugAfterMs >= 0)
+{
+    connect(&m_port, &VirtualPort::hostArrived, this, &Board::onHostArrived);
+    connect(&m_port, &VirtualPort::hostLeft, this, &Board::onHostLeft);
+    connect(&m_port, &VirtualPort::received, this, &Board::onReceived);
+    connect(&m_port, &VirtualPort::outputEmpty, m_mode.get(), &BoardMode::outputEmpty);
+    connect(m_mode.get(), &BoardMode::finished, this, [this] { emit happened(QStringLiteral("finished")); });
+    connect(m_mode.get(), &BoardMode::happened, this, &Board::happened);
+    connect(m_mode.get(), &BoardMode::unplugRequested, this, &Board::unplug);
+
+    for (QTimer *timer : {&m_startDelay, &m_unplugDelay, &m_replugDelay}) {
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+    }
+    connect(&m_startDelay, &QTimer::timeout, this, &Board::startMode);
+    connect(&m_unplugDelay, &QTimer::timeout, this, [this] { unplug(m_options.replugAfterMs); });
+    connect(&m_replugDelay, &QTimer::timeout, this, [this] {
+        QString error;
+        if (!plug(&error))
+            emit failed(error);
+    });
+}
+
+Board::~Board()
+{
+    // While the mode still exists to hear of it.
+    m_port.unplug();
+}
+
+bool Board::begin(QString *error)
+{
+    if (!m_options.recordFile.isEmpty() &&
+        !m_record.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        *error = QStringLiteral("cannot write %1: %2").arg(m_options.recordFile, m_record.errorString());
+        return false;
+    }
+    return plug(error);
+}
+
+bool Board::plug(QString *error)
+{
+    if (!m_port.plug(error))
+        return false;
+    emit happened(QStringLiteral("plugged %1 %2").arg(m_options.port, m_port.device()));
+    return true;
+}
+
+void Board::unplug(int replugAfterMs)
+{
+    m_port.unplug();
+    emit happened(QStringLiteral("unplugged %1").arg(m_options.port));
+    if (replugAfterMs >= 0)
+        m_replugDelay.start(replugAfterMs);
+}
+
+void Board::onHostArrived()
+{
+    emit happened(QStringLiteral("host arrived"));
+    if (m_unplugArmed) {
+        m_unplugArmed = false;
+        m_unplugDelay.start(m_options.unplugAfterMs);
+    }
+    if (!m_options.startOnByte)
+        m_startDelay.start(m_options.startDelayMs);
+}
+
+void Board::onHostLeft()
+{
+    m_startDelay.stop();
+    m_started = false;
+    m_mode->stop();
+    emit happened(QStringLiteral("host left"));
+}
+
+void Board::onReceived(const QByteArray &bytes)
+{
+    if (m_record.isOpen() && m_record.write(bytes) != bytes.size())
+        emit failed(QStringLiteral("cannot write %1: %2").arg(m_options.recordFile, m_record.errorString()));
+    if (m_options.startOnByte && !m_started)
+        startMode();
+    m_mode->received(bytes);
+}
+
+void Board::startMode()
+{
+    m_started = true;
+    m_mode->start();
+}
+
+QString Board::statistics() const
+{
+    const VirtualPort::Statistics numbers = m_port.statistics();
+    return QStringLiteral("written=%1 read=%2 dropped=%3 blocked_ms=%4")
+               .arg(numbers.written)
+               .arg(numbers.read)
+               .arg(numbers.dropped)
+               .arg(numbers.blockedMs) +
+           m_mode->statistics();
+}
+
+} // namespace Boardsim

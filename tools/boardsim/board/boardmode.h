@@ -1,0 +1,48 @@
+#pragma once
+
+// What a board does with its port. A mode begins when the board starts to talk
+// to a host and ends when the host leaves; it may begin again with the next.
+
+#include "options.h"
+#include "virtualport.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace Boardsim {
+
+class BoardMode : public QObject
+{
+    Q_OBJECT
+
+public:
+    // The port must outlive the mode.
+    explicit BoardMode(VirtualPort &port);
+
+    // The mode that the options name.
+    static std::unique_ptr<BoardMode> create(const Options &options, VirtualPort &port);
+
+    virtual void start() {}
+    virtual void stop() {}
+    virtual void received(const QByteArray &) {}
+    virtual void outputEmpty() {}
+    // More " name=number", for the statistics of the whole run.
+    virtual QString statistics() const { return {}; }
+
+signals:
+    // The whole payload has been taken by the port.
+    void finished();
+    // The board wants its cable out for a while, in milliseconds.
+    void unplugRequested(int ms);
+    // Something that whoever follows the board may want to know.
+    void happened(const QString &text);
+
+protected:
+    VirtualPort &port() { return m_port; }
+
+private:
+    VirtualPort &m_port;
+};
+
+} // namespace Boardsim

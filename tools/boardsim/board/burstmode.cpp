@@ -1,0 +1,66 @@
+#include "burstmode.h"
+
+namespace Boardsim {
+
+BurstMode::BurstMode(const Options &options, VirtualPort &port)
+    : BoardMode(port)
+    , m_fresh(options.encoding, options.seed)
+    , m_total(options.totalBytes)
+    , m_payload(m_fresh)
+    , m_bytesPerSecond(options.bytesPerSecond)
+    , m_pauseMs(options.burstPauseMs)
+{
+    m_pause.setSingleShot(true);
+    m_pause.setTimerType(Qt::PreciseTimer);
+    connect(&m_pause, &QTimer::timeout, this, &BurstMode::send);
+}
+
+void BurstMode::start()
+{
+    m_payload = m_fresh;
+    m_left = m_total;
+    if (m_left == 0)
+        return;
+    m_sinceBurst.start();
+    m_pause.start(m_pauseMs);
+}
+
+void BurstMode::stop()
+{
+    m_pause.stop();
+    m_sending = false;
+}
+
+void BurstMode::send()
+{
+    // As much as the rate allows for the time since the last burst, so that
+    // late timers do not lower the rate; but never more than two pauses' worth.
+    const qint64 elapsedUs = qMin(m_sinceBurst.nsecsElapsed() / 1000, qint64(m_pauseMs) * 2000);
+    m_sinceBurst.start();
+    m_owed += elapsedUs * m_bytesPerSecond;
+    qint64 count = m_owed / 1000000;
+    m_owed %= 1000000;
+    if (m_left >= 0)
+        count = qMin(count, m_left);
+    if (count == 0) { // a rate below one byte a pause
+        m_pause.start(m_pauseMs);
+        return;
+    }
+    if (m_left > 0)
+        m_left -= count;
+    m_sending = true;
+    port().write(m_payload.take(int(count)));
+}
+
+void BurstMode::outputEmpty()
+{
+    if (!m_sending)
+        return;
+    m_sending = false;
+    if (m_left == 0)
+        emit finished();
+    else
+        m_pause.start(m_pauseMs);
+}
+
+} // namespace Boardsim

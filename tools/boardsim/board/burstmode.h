@@ -1,0 +1,39 @@
+#pragma once
+
+#include "boardmode.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+namespace Boardsim {
+
+// Sends the payload in bursts at a mean rate, with a pause between the end of
+// one burst and the beginning of the next. A host that is slow in taking a
+// burst puts off the next one and gets no larger one for it.
+class BurstMode : public BoardMode
+{
+    Q_OBJECT
+
+public:
+    BurstMode(const Options &options, VirtualPort &port);
+
+    void start() override;
+    void stop() override;
+    void outputEmpty() override;
+
+private:
+    void send();
+
+    const Payload m_fresh;
+    const qint64 m_total; // bytes for each host, or -1 without end
+    Payload m_payload;
+    qint64 m_left = 0;
+    int m_bytesPerSecond;
+    int m_pauseMs;
+    qint64 m_owed = 0; // what the last burst left over, in millionths of a byte
+    QElapsedTimer m_sinceBurst;
+    QTimer m_pause;
+    bool m_sending = false;
+};
+
+} // namespace Boardsim

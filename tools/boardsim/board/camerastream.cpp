@@ -1,0 +1,84 @@
+#include "camerastream.h"
+
+namespace Boardsim {
+
+namespace {
+
+constexpr qint64 mostQueued = 256 * 1024; // a frame begins only when less waits
+constexpr int readyFrames = 8;            // made beforehand at full speed
+
+} // namespace
+
+CameraStream::CameraStream(const CameraSettings &settings, Line line, QObject *parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_board(settings)
+    , m_line(std::move(line))
+    , m_tick(this)
+{
+    m_tick.setTimerType(Qt::PreciseTimer);
+    m_tick.setInterval(1);
+    connect(&m_tick, &QTimer::timeout, this, &CameraStream::sendDue);
+}
+
+void CameraStream::start()
+{
+    if (m_settings.framesPerSecond == 0 && m_settings.fault == CameraSettings::Fault::None)
+        for (int k = 0; k < readyFrames * m_settings.devices; ++k)
+            m_ready.append(
+                m_board.frame(m_settings.firstDevice + k % m_settings.devices, k / m_settings.devices));
+    m_due = 0;
+    m_clock.start();
+    send(m_board.greeting());
+    m_tick.start();
+}
+
+void CameraStream::stop()
+{
+    m_tick.stop();
+}
+
+void CameraStream::receive(const QByteArray &bytes)
+{
+    send(m_board.receive(bytes));
+}
+
+// What the line has no room for in time is not sent: a camera has no film.
+void CameraStream::sendDue()
+{
+    if (!m_tick.isActive())
+        return;
+    const qint64 due = m_clock.elapsed() * m_settings.framesPerSecond * m_settings.devices / 1000;
+    for (;;) {
+        const bool wanted = m_settings.framesPerSecond == 0 || m_due < due;
+        if (!wanted || m_over || m_line.queued() > mostQueued)
+            break;
+        const int device = m_settings.firstDevice + int(m_sent % m_settings.devices);
+        const qint64 number = m_sent++;
+        ++m_due; // before sending, within which the line may ask for more
+        send(m_ready.isEmpty() ? m_board.frame(device, number / m_settings.devices)
+                               : m_ready.at(int(number % m_ready.size())));
+        if (m_sent == m_settings.frames && !m_over) {
+            m_over = true;
+            emit finished();
+        }
+        if (m_settings.framesPerSecond == 0 && m_line.queued() == 0)
+            break; // let the event loop turn
+    }
+    if (m_settings.framesPerSecond > 0)
+        m_due = due;
+}
+
+void CameraStream::send(const QByteArray &bytes)
+{
+    if (bytes.isEmpty())
+        return;
+    if (m_settings.chunkBytes == 0) {
+        m_line.write(bytes);
+        return;
+    }
+    for (int at = 0; at < bytes.size(); at += m_settings.chunkBytes)
+        m_line.write(bytes.mid(at, m_settings.chunkBytes));
+}
+
+} // namespace Boardsim

@@ -1,0 +1,45 @@
+#include "logmode.h"
+
+#include "loglines.h"
+
+namespace Boardsim {
+
+static constexpr qsizetype mostQueued = 1 << 16;
+static constexpr int shortestTickMs = 5;
+
+LogMode::LogMode(const Options &options, VirtualPort &port)
+    : BoardMode(port)
+    , m_encoding(options.encoding)
+    , m_seed(options.seed)
+    , m_linesPerSecond(options.linesPerSecond)
+{
+    m_timer.setTimerType(Qt::PreciseTimer);
+    m_timer.setInterval(qMax(shortestTickMs, 1000 / m_linesPerSecond));
+    connect(&m_timer, &QTimer::timeout, this, &LogMode::printDue);
+}
+
+void LogMode::start()
+{
+    m_firstLine = m_nextLine;
+    m_clock.start();
+    m_timer.start();
+}
+
+void LogMode::stop()
+{
+    m_timer.stop();
+}
+
+void LogMode::printDue()
+{
+    const auto due = quint32(m_clock.elapsed() * m_linesPerSecond / 1000);
+    QByteArray lines;
+    for (; m_nextLine - m_firstLine < due; ++m_nextLine) {
+        const qint64 timeMs = qint64(m_nextLine) * 1000 / m_linesPerSecond;
+        lines += encoded(logLine(m_nextLine, timeMs, m_seed) + QStringLiteral("\r\n"), m_encoding);
+    }
+    if (!lines.isEmpty() && port().queued() < mostQueued)
+        port().write(lines);
+}
+
+} // namespace Boardsim
