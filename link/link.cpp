@@ -3,7 +3,8 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 
-Link::Link(QObject *parent) : QObject(parent)
+Link::Link(QObject *parent)
+    : QObject(parent)
 {
     qRegisterMetaType<Peer>();
 }
