@@ -25,8 +25,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
 constexpr int kRatePeriodMs = 1000;
 constexpr int kTipMs = 2000;
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
@@ -143,10 +141,10 @@ void CameraDebugWidget::connectParts()
     connect(m_deviceCount, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &CameraDebugWidget::SltChangeImageShow);
     connect(m_jpegData, &QCheckBox::toggled, this, [this] { m_streams.clear(); });
-    connect(m_actions, &PictureActions::signalNotify, this, &CameraDebugWidget::signalNotify);
+    connect(m_actions, &PictureActions::notify, this, &CameraDebugWidget::notify);
     connect(m_config, &ImageFormatConfig::signalReadWriteRegister, this,
             &CameraDebugWidget::SltReadWriteRegister);
-    connect(m_config, &ImageFormatConfig::signalNotify, this, &CameraDebugWidget::signalNotify);
+    connect(m_config, &ImageFormatConfig::notify, this, &CameraDebugWidget::notify);
     connect(m_show, &FrameShow::pictureReady, this, [this](int device, const QImage &picture) {
         m_viewer->setImage(device, QPixmap::fromImage(picture));
     });
@@ -184,9 +182,8 @@ void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
     m_gate->taken(byData.size());
     CameraStreams::Stream &stream = m_streams.of(name, m_link->protocol() == CameraLinkPanel::Udp);
     if (m_streams.takeForgotten())
-        emit signalNotify(
-            QStringLiteral("UDP发送方超过%1个，图像可能不完整！").arg(CameraStreams::maxDatagramSenders),
-            kError);
+        notify(Notice::error(
+            QStringLiteral("UDP发送方超过%1个，图像可能不完整！").arg(CameraStreams::maxDatagramSenders)));
     if (m_jpegData->isChecked()) {
         stream.jpeg.append(byData);
         takeJpegs(stream);
@@ -228,7 +225,7 @@ void CameraDebugWidget::takePackets(const QString &sender, CameraStreams::Stream
         case CameraEvent::ImpossibleLength:
             break;
         case CameraEvent::Resynchronized:
-            emit signalNotify(QStringLiteral("图像数据失步，已重新同步"), kInformation);
+            notify(Notice::information(QStringLiteral("图像数据失步，已重新同步")));
             break;
         }
         stream.lossTold = stream.lossTold && !isPacket(event.kind);
@@ -283,12 +280,11 @@ void CameraDebugWidget::countFrame()
 void CameraDebugWidget::actOnFormat(const CameraEvent &event)
 {
     m_config->setRecord(event.device, {event.format, event.width, event.height});
-    emit signalNotify(QStringLiteral("设备[%1]修改图像格式[%2]成功: 宽度: %3像素,高度：%4像素.")
-                          .arg(event.device + 1)
-                          .arg(ImageRecord::formatName(event.format))
-                          .arg(event.width)
-                          .arg(event.height),
-                      kInformation);
+    notify(Notice::information(QStringLiteral("设备[%1]修改图像格式[%2]成功: 宽度: %3像素,高度：%4像素.")
+                                   .arg(event.device + 1)
+                                   .arg(ImageRecord::formatName(event.format))
+                                   .arg(event.width)
+                                   .arg(event.height)));
 }
 
 // Datagrams may come from anywhere. A board may answer from another port than the

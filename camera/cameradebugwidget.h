@@ -65,7 +65,6 @@ public slots:
     void SltCalculationRate();
 
 signals:
-    void signalNotify(QString text, int kind);
     void signalRefresCounts(int pageIndex);
 
 private:

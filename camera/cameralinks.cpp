@@ -20,9 +20,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
-
 // A line hands over a few bytes at a time, and what tells packets apart is how
 // bytes come: an announcement that is cut is not waited for. So they are gathered
 // until the line pauses, but not for longer than anybody would notice.
@@ -42,12 +39,12 @@ void CameraDebugWidget::connectLinks()
 
     connect(m_server, &TcpServer::signalReadMessage, this, &CameraDebugWidget::SltRecvImageData);
     connect(m_server, &TcpServer::signalClientConnected, this, [this](const QString &name) {
-        emit signalNotify(QStringLiteral("新客户端[%1]已连接:").arg(name), kInformation);
+        notify(Notice::information(QStringLiteral("新客户端[%1]已连接:").arg(name)));
         showPeers();
     });
     connect(m_server, &TcpServer::signalClientDisconnected, this, [this](const QString &name) {
         m_streams.end(name);
-        emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
+        notify(Notice::information(QStringLiteral("客户端[%1]已断开连接:").arg(name)));
         showPeers();
     });
 
@@ -67,7 +64,7 @@ void CameraDebugWidget::connectLinks()
     // Queued: the report comes from within the port's own reading.
     connect(m_serial, &QtSerialPort::hungUp, this, &CameraDebugWidget::serialVanished, Qt::QueuedConnection);
     connect(m_serial, &QtSerialPort::failed, this,
-            [this](const QString &reason) { emit signalNotify(reason, kError); });
+            [this](const QString &reason) { notify(Notice::error(reason)); });
 
     connect(m_gate, &ReadGate::closed, m_server, [this] { m_server->setReading(false); });
     connect(m_gate, &ReadGate::opened, this, [this] {
@@ -117,7 +114,7 @@ void CameraDebugWidget::SltOpenLink()
 {
     if (isLinkOpen()) {
         closeLinks();
-        emit signalNotify(QStringLiteral("摄像头连接已关闭！"), kInformation);
+        notify(Notice::information(QStringLiteral("摄像头连接已关闭！")));
         return;
     }
     if (m_link->protocol() == CameraLinkPanel::Serial)
@@ -148,11 +145,11 @@ void CameraDebugWidget::openServer()
     if (m_server->listen(m_link->localAddress(), port)) {
         showOpened(QString());
         showPeers();
-        emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        notify(Notice::information(QStringLiteral("TCP服务监听[端口:%1]已启动!!").arg(port)));
         return;
     }
     showFailed(socketErrorText(m_server->serverError(), m_server->errorString()));
-    emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+    notify(Notice::error(QStringLiteral("TCP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port)));
 }
 
 void CameraDebugWidget::openClient()
@@ -169,24 +166,24 @@ void CameraDebugWidget::openUdp()
     const quint16 port = m_link->port();
     if (m_udp->listen(m_link->localAddress(), port)) {
         showOpened(QStringLiteral("正在接收端口%1的数据").arg(port));
-        emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        notify(Notice::information(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port)));
         return;
     }
     showFailed(socketErrorText(m_udp->error(), m_udp->errorString()));
     m_udp->abort();
-    emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+    notify(Notice::error(QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port)));
 }
 
 void CameraDebugWidget::openSerial()
 {
     const QString entry = m_link->serialPort();
     if (entry.isEmpty()) {
-        emit signalNotify(QStringLiteral("当前系统未检测到任何串口，请重试!!!"), kError);
+        notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
         return;
     }
     if (m_link->baudRate() <= 0) {
         showFailed(QStringLiteral("波特率为空"));
-        emit signalNotify(QStringLiteral("波特率为空或不是正整数，串口未打开！"), kError);
+        notify(Notice::error(QStringLiteral("波特率为空或不是正整数，串口未打开！")));
         return;
     }
     const QString name = PortName::fromEntry(entry);
@@ -194,13 +191,13 @@ void CameraDebugWidget::openSerial()
         m_serial->open(name, m_link->baudRate(), 8, 0, 0);
     if (!m_serial->isOpen()) {
         showFailed(QStringLiteral("串口打开失败"));
-        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name.isEmpty() ? entry : name), kError);
+        notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(name.isEmpty() ? entry : name)));
         if (!name.isEmpty())
-            emit signalNotify(m_serial->reason(), kError);
+            notify(Notice::error(m_serial->reason()));
         return;
     }
     showOpened(QStringLiteral("串口[%1]已打开").arg(name));
-    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
+    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
 }
 
 void CameraDebugWidget::showOpened(const QString &state)
@@ -243,7 +240,7 @@ void CameraDebugWidget::showPeers()
 void CameraDebugWidget::clientConnected()
 {
     showOpened(QStringLiteral("已连接到%1").arg(m_socket->peerText()));
-    emit signalNotify(QStringLiteral("[TCP Client]与服务器连接成功！！！"), kInformation);
+    notify(Notice::information(QStringLiteral("[TCP Client]与服务器连接成功！！！")));
 }
 
 void CameraDebugWidget::clientDisconnected()
@@ -257,13 +254,13 @@ void CameraDebugWidget::clientDisconnected()
         else
             showFailed(error);
     }
-    emit signalNotify(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), kInformation);
+    notify(Notice::information(QStringLiteral("[TCP Client]与服务器已断开连接~~~")));
 }
 
 void CameraDebugWidget::clientFailed(const QString &why)
 {
     showFailed(QStringLiteral("连接失败：%1").arg(why));
-    emit signalNotify(QStringLiteral("[TCP Client]连接失败：%1").arg(why), kError);
+    notify(Notice::error(QStringLiteral("[TCP Client]连接失败：%1").arg(why)));
 }
 
 void CameraDebugWidget::SltReadFromTcpSocket()
@@ -323,7 +320,7 @@ void CameraDebugWidget::serialVanished()
         return;
     closeLink();
     showClosed();
-    emit signalNotify(QStringLiteral("当前串口已拔出，请重新打开!"), kError);
+    notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
 }
 
 // ---- sending
@@ -350,7 +347,7 @@ qint64 CameraDebugWidget::send(const QByteArray &packet)
         break;
     }
     if (sent <= 0)
-        emit signalNotify(QStringLiteral("没有已连接的摄像头，数据未发送！"), kError);
+        notify(Notice::error(QStringLiteral("没有已连接的摄像头，数据未发送！")));
     return qMax<qint64>(0, sent);
 }
 

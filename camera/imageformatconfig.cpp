@@ -19,7 +19,6 @@
 
 namespace {
 
-constexpr int kError = 255;
 constexpr int kFewestDigits = 2;
 constexpr int kReplyMs = 1000;
 
@@ -249,9 +248,8 @@ void ImageFormatConfig::request(bool write)
 void ImageFormatConfig::reportUnanswered()
 {
     if (m_asked)
-        emit signalNotify(
-            QStringLiteral("寄存器[%1]没有应答！").arg(m_asked->address, 4, 16, QLatin1Char('0')).toUpper(),
-            kError);
+        emit notify(Notice::error(
+            QStringLiteral("寄存器[%1]没有应答！").arg(m_asked->address, 4, 16, QLatin1Char('0')).toUpper()));
 }
 
 // A reply tells 16 bits of the address only: what has been asked for comes first.
@@ -350,7 +348,7 @@ void ImageFormatConfig::openTable(int mode)
 void ImageFormatConfig::startBatch(int mode)
 {
     if (m_batch->isRunning()) {
-        emit signalNotify(QStringLiteral("另一个寄存器表正在读写，请稍候！"), kError);
+        emit notify(Notice::error(QStringLiteral("另一个寄存器表正在读写，请稍候！")));
         return;
     }
     m_running = mode;

@@ -6,6 +6,7 @@
 
 #include "formpanel.h"
 #include "frameshow.h"
+#include "notice.h"
 #include "registerbatch.h"
 
 class DataManagerWidget;
@@ -48,7 +49,7 @@ public slots:
 signals:
     // An empty value reads.
     void signalReadWriteRegister(QString strAddr, QString strValue, int regId);
-    void signalNotify(QString text, int kind);
+    void notify(const Notice &notice);
 
 private:
     FormGroup *m_formatGroup = nullptr;

@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
 constexpr int kJpegQuality = 95;
 
 const auto kWarning = QStringLiteral("告警");
@@ -78,7 +76,7 @@ void PictureActions::save()
 {
     const QPixmap picture = chosen(); // the one that was there at the click
     if (picture.isNull()) {
-        emit signalNotify(QStringLiteral("还没有图像，无法保存！"), kError);
+        emit notify(Notice::error(QStringLiteral("还没有图像，无法保存！")));
         return;
     }
     const QString fileName = QtFileDialog::getSaveFileName(this, QStringLiteral("保存图像"), QString(),
@@ -88,10 +86,10 @@ void PictureActions::save()
     const QString place = QDir::toNativeSeparators(fileName);
     QString why;
     if (write(picture, fileName, &why)) {
-        emit signalNotify(QStringLiteral("图像已保存：") + place, kInformation);
+        emit notify(Notice::information(QStringLiteral("图像已保存：") + place));
         return;
     }
-    emit signalNotify(QStringLiteral("%1 保存失败：%2").arg(place, why), kError);
+    emit notify(Notice::error(QStringLiteral("%1 保存失败：%2").arg(place, why)));
     QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
 }
 
@@ -99,9 +97,9 @@ void PictureActions::copy()
 {
     const QPixmap picture = chosen();
     if (picture.isNull()) {
-        emit signalNotify(QStringLiteral("还没有图像，无法复制！"), kError);
+        emit notify(Notice::error(QStringLiteral("还没有图像，无法复制！")));
         return;
     }
     QApplication::clipboard()->setImage(picture.toImage());
-    emit signalNotify(QStringLiteral("图像已复制到剪贴板。"), kInformation);
+    emit notify(Notice::information(QStringLiteral("图像已复制到剪贴板。")));
 }

@@ -3,6 +3,8 @@
 // The row below the pictures: saves the one that is shown to a file and copies it
 // to the clipboard. Knows the viewer, not where pictures come from.
 
+#include "notice.h"
+
 #include <QPixmap>
 #include <QWidget>
 
@@ -19,7 +21,7 @@ public:
     void setTwo(bool two); // of two pictures, one is chosen
 
 signals:
-    void signalNotify(QString text, int kind);
+    void notify(const Notice &notice);
 
 private:
     QPixmap chosen() const;

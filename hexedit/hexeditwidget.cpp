@@ -393,11 +393,11 @@ void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome, const QString 
     if (outcome.saved) {
         QtMessageTip::showTip(QStringLiteral("  文件已保存  "), kTipMs);
         if (!outcome.consequence.isEmpty())
-            emit signalNotify(outcome.consequence, 255);
+            notify(Notice::error(outcome.consequence));
         return;
     }
-    emit signalNotify(
-        QStringLiteral("保存失败：%1。%2").arg(outcome.reason, outcome.consequence).simplified(), 255);
+    notify(Notice::error(
+        QStringLiteral("保存失败：%1。%2").arg(outcome.reason, outcome.consequence).simplified()));
     QtMessageBox::warning(this, QStringLiteral("QHexEdit"),
                           QStringLiteral("Cannot write file %1.\n原因：%2\n%3")
                               .arg(QDir::toNativeSeparators(fileName), outcome.reason, outcome.consequence));

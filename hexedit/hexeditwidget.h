@@ -58,7 +58,6 @@ public slots:
     void saveAs();
 
 signals:
-    void signalNotify(const QString &text, int kind);
     void signalRefresCounts(int pageIndex);
 
 protected:

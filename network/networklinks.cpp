@@ -20,9 +20,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
-
 const auto kQuestion = QStringLiteral("询问");
 const auto kFromServer = QStringLiteral(" 来自服务端消息 ");
 
@@ -40,14 +37,13 @@ void NetworkToolWidget::connectSockets()
     connect(m_server, &TcpServer::signalClientDisconnected, this, &NetworkToolWidget::sltClientDisconnected);
     connect(m_server, &TcpServer::signalReadMessage, this, &NetworkToolWidget::sltRecvSocketMessage);
     connect(m_server, &TcpServer::clientBlocked, this, [this](const QString &name, bool blocked) {
-        emit signalNotify(blocked ? QStringLiteral("客户端[%1]长时间未接收数据，已暂停向其发送！").arg(name)
-                                  : QStringLiteral("客户端[%1]已恢复接收数据。").arg(name),
-                          blocked ? kError : kInformation);
+        notify({blocked ? QStringLiteral("客户端[%1]长时间未接收数据，已暂停向其发送！").arg(name)
+                        : QStringLiteral("客户端[%1]已恢复接收数据。").arg(name),
+                blocked ? Notice::Error : Notice::Information});
     });
     connect(m_server, &QTcpServer::acceptError, this, [this](QAbstractSocket::SocketError error) {
-        emit signalNotify(
-            QStringLiteral("无法接受新的客户端：%1").arg(socketErrorText(error, m_server->errorString())),
-            kError);
+        notify(Notice::error(
+            QStringLiteral("无法接受新的客户端：%1").arg(socketErrorText(error, m_server->errorString()))));
     });
 
     const auto countSent = [this](qint64 bytes) {
@@ -57,8 +53,7 @@ void NetworkToolWidget::connectSockets()
     connect(m_server, &TcpServer::bytesHandedOver, this, countSent);
     connect(m_socket, &QTcpSocket::bytesWritten, this, countSent);
     connect(m_server, &TcpServer::clientUndelivered, this, [this](const QString &name, qint64 bytes) {
-        emit signalNotify(QStringLiteral("客户端[%1]断开时，有%2字节未能发送！").arg(name).arg(bytes),
-                          kError);
+        notify(Notice::error(QStringLiteral("客户端[%1]断开时，有%2字节未能发送！").arg(name).arg(bytes)));
     });
 
     connect(m_socket, &QTcpSocket::connected, this, &NetworkToolWidget::sltConnectedToHost);
@@ -69,7 +64,7 @@ void NetworkToolWidget::connectSockets()
             [this](const QByteArray &bytes) { sltRecvSocketMessage(kFromServer, bytes); });
     connect(m_socket, &ClientSocket::failed, this, [this](const QString &why) {
         showFailed(QStringLiteral("连接失败：%1").arg(why));
-        emit signalNotify(QStringLiteral("[TCP Client]连接失败：%1").arg(why), kError);
+        notify(Notice::error(QStringLiteral("[TCP Client]连接失败：%1").arg(why)));
     });
     connect(m_udp, &QUdpSocket::readyRead, this, &NetworkToolWidget::sltReadyFromUdp);
     connect(m_udp, &DatagramSocket::received, this, [this](const QString &sender, const QByteArray &bytes) {
@@ -139,7 +134,7 @@ void NetworkToolWidget::toggleServer()
         const quint16 port = m_server->serverPort();
         closeLink();
         showClosed(QString());
-        emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]已关闭!!").arg(port), kInformation);
+        notify(Notice::information(QStringLiteral("TCP服务监听[端口:%1]已关闭!!").arg(port)));
         return;
     }
     const QString port = m_config->portText();
@@ -147,12 +142,12 @@ void NetworkToolWidget::toggleServer()
     if (valid && m_server->listen(m_config->localAddress(), m_config->port())) {
         showOpened(QString());
         saveSettings();
-        emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        notify(Notice::information(QStringLiteral("TCP服务监听[端口:%1]已启动!!").arg(port)));
         return;
     }
     if (valid)
         showFailed(socketErrorText(m_server->serverError(), m_server->errorString()));
-    emit signalNotify(QStringLiteral("TCP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+    notify(Notice::error(QStringLiteral("TCP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port)));
 }
 
 void NetworkToolWidget::toggleUdp()
@@ -167,13 +162,13 @@ void NetworkToolWidget::toggleUdp()
     if (valid && m_udp->listen(m_config->localAddress(), m_config->port())) {
         showOpened(QStringLiteral("正在接收端口%1的数据").arg(port));
         saveSettings();
-        emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port), kInformation);
+        notify(Notice::information(QStringLiteral("UDP服务监听[端口:%1]已启动!!").arg(port)));
         return;
     }
     if (valid)
         showFailed(socketErrorText(m_udp->error(), m_udp->errorString()));
     m_udp->abort();
-    emit signalNotify(QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port), kError);
+    notify(Notice::error(QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port)));
 }
 
 void NetworkToolWidget::toggleClient()
@@ -185,12 +180,12 @@ void NetworkToolWidget::toggleClient()
         if (m_socket->isFinishing())
             return showFinishing();
         showClosed(QString());
-        emit signalNotify(QStringLiteral("[ TCP Client ] 已断开连接！"), kInformation);
+        notify(Notice::information(QStringLiteral("[ TCP Client ] 已断开连接！")));
         return;
     }
     if (!hasValidFields())
         return;
-    emit signalNotify(QStringLiteral("正在与服务器建立连接...."), kInformation);
+    notify(Notice::information(QStringLiteral("正在与服务器建立连接....")));
     const QString connecting = QStringLiteral("正在连接，再次单击可取消");
     m_state->setState(StateIndicator::Busy, connecting);
     m_config->showState(connecting, false);
@@ -256,7 +251,7 @@ void NetworkToolWidget::sltNewClientConnected(QString name)
 {
     m_notSentTold.clear();
     m_clients->add(name);
-    emit signalNotify(QStringLiteral("新客户端[%1]已连接:").arg(name), kInformation);
+    notify(Notice::information(QStringLiteral("新客户端[%1]已连接:").arg(name)));
     m_area->refreshCounts();
 }
 
@@ -264,14 +259,14 @@ void NetworkToolWidget::sltClientDisconnected(QString name)
 {
     m_terminal->endSource(name);
     const bool wasChosen = m_clients->remove(name);
-    emit signalNotify(QStringLiteral("客户端[%1]已断开连接:").arg(name), kInformation);
+    notify(Notice::information(QStringLiteral("客户端[%1]已断开连接:").arg(name)));
     m_area->refreshCounts();
     if (isClosed())
         emit signalClosed();
     if (!wasChosen || !m_server->isListening())
         return;
     m_sendBox->stopAutoSend();
-    emit signalNotify(QStringLiteral("发送对象[%1]已断开连接，请重新选择客户端！").arg(name), kError);
+    notify(Notice::error(QStringLiteral("发送对象[%1]已断开连接，请重新选择客户端！").arg(name)));
 }
 
 void NetworkToolWidget::sltDisconnectClient()
@@ -282,7 +277,7 @@ void NetworkToolWidget::sltDisconnectClient()
     const bool all = m_clients->allChosen();
     const QString name = m_clients->chosen();
     if (!all && name.isEmpty()) {
-        emit signalNotify(QStringLiteral("请先选择需要断开的客户端！"), kInformation);
+        notify(Notice::information(QStringLiteral("请先选择需要断开的客户端！")));
         return;
     }
     const quint64 connection = m_server->connectionOf(name);
@@ -299,7 +294,7 @@ void NetworkToolWidget::sltConnectedToHost()
 {
     showOpened(QStringLiteral("已连接到%1").arg(m_socket->peerText()));
     saveSettings();
-    emit signalNotify(QStringLiteral("[TCP Client]与服务器连接成功！！！"), kInformation);
+    notify(Notice::information(QStringLiteral("[TCP Client]与服务器连接成功！！！")));
 }
 
 void NetworkToolWidget::sltDisConnectedToHost()
@@ -312,11 +307,11 @@ void NetworkToolWidget::sltDisConnectedToHost()
         showFailed(error);
     else
         showClosed(byServer ? QStringLiteral("服务器已断开连接") : QString());
-    emit signalNotify(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), kInformation);
+    notify(Notice::information(QStringLiteral("[TCP Client]与服务器已断开连接~~~")));
     if (finished)
-        emit signalNotify(QStringLiteral("[ TCP Client ] 已断开连接！"), kInformation);
+        notify(Notice::information(QStringLiteral("[ TCP Client ] 已断开连接！")));
     if (m_socket->undelivered() > 0)
-        emit signalNotify(QStringLiteral("断开时，有%1字节未能发送！").arg(m_socket->undelivered()), kError);
+        notify(Notice::error(QStringLiteral("断开时，有%1字节未能发送！").arg(m_socket->undelivered())));
     if (isClosed())
         emit signalClosed();
 }
@@ -357,7 +352,7 @@ void NetworkToolWidget::sltSendData(QByteArray byData)
 void NetworkToolWidget::tellNotSent(const QString &text)
 {
     if (text != m_notSentTold || !m_sendBox->isAutoSending())
-        emit signalNotify(text, kError);
+        notify(Notice::error(text));
     m_notSentTold = text;
 }
 

@@ -79,7 +79,7 @@ void NetworkToolWidget::connectParts()
     connect(m_area->foldButton(), &QPushButton::clicked, this, &NetworkToolWidget::sltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &NetworkToolWidget::sltSendData);
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &NetworkToolWidget::sltShowErrorHint);
-    connect(m_area, &WorkArea::notify, this, &NetworkToolWidget::signalNotify);
+    connect(m_area, &WorkArea::notify, this, &NetworkToolWidget::notify);
     connect(m_area, &WorkArea::clearRequested, this, &NetworkToolWidget::clearRecv);
     connect(m_area, &WorkArea::countsDue, this, &NetworkToolWidget::showCounts);
 }

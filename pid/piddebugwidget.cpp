@@ -20,8 +20,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
 const auto kWarning = QStringLiteral("告警");
 
 quint32 bit(int channel)
@@ -84,27 +82,27 @@ void PidDebugWidget::SltOpenSerialport()
 {
     if (m_link->isOpen()) {
         closePort();
-        emit signalNotify(QStringLiteral("串口[%1]已关闭!!").arg(m_link->portName()), kInformation);
+        notify(Notice::information(QStringLiteral("串口[%1]已关闭!!").arg(m_link->portName())));
         return;
     }
     const QString entry = m_portPanel->portText();
     if (entry.isEmpty()) {
-        emit signalNotify(QStringLiteral("当前系统未检测到任何串口，请重试!!!"), kError);
+        notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
         return;
     }
     const QString name = PortName::fromEntry(entry);
     if (name.isEmpty()) {
-        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
+        notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(entry)));
         return;
     }
     m_link->open(name, m_portPanel->baudRate(), 8, 0, 0);
     if (!m_link->isOpen()) {
-        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(name), kError);
-        emit signalNotify(m_link->reason(), kError);
+        notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(name)));
+        notify(Notice::error(m_link->reason()));
         return;
     }
     setPortState(true);
-    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
+    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
 }
 
 // What is left over from before goes both ways: a length that never ends would
@@ -133,7 +131,7 @@ void PidDebugWidget::portVanished()
     m_operations->setIdle(true);
     m_startedHere = 0;
     setPortState(false);
-    emit signalNotify(QStringLiteral("当前串口已拔出，请重新打开!"), kError);
+    notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
 }
 
 // Sends stop for the selected channel where the button says that it runs, and
@@ -197,7 +195,7 @@ void PidDebugWidget::sendCommand(PidFrame::Command command, const QByteArray &pa
 
 void PidDebugWidget::sayNotSent(const QString &what)
 {
-    emit signalNotify(QStringLiteral("%1为空或超出范围，未发送！").arg(what), kError);
+    notify(Notice::error(QStringLiteral("%1为空或超出范围，未发送！").arg(what)));
 }
 
 void PidDebugWidget::SltBtnSendPidClicked()

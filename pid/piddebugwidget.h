@@ -51,7 +51,6 @@ public:
     quint64 actualReports() const { return m_actualReports; } // plotted so far
 
 signals:
-    void signalNotify(QString text, int type);
 
 public slots:
     void SltSerialportChanged(QStringList serialports);

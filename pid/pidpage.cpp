@@ -18,7 +18,6 @@
 #include <QVBoxLayout>
 
 namespace {
-constexpr int kError = 255;
 }
 
 void PidDebugWidget::buildUi()
@@ -62,16 +61,16 @@ void PidDebugWidget::connectParts()
     // Queued: the report comes from within the port's own reading.
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
     connect(m_link, &QtSerialPort::failed, this,
-            [this](const QString &reason) { emit signalNotify(reason, kError); });
+            [this](const QString &reason) { notify(Notice::error(reason)); });
     connect(&m_receiver, &PidReceiver::lengthGivenUp, this,
-            [this] { emit signalNotify(QStringLiteral("收到长度异常的数据帧，已跳过！"), kError); });
+            [this] { notify(Notice::error(QStringLiteral("收到长度异常的数据帧，已跳过！"))); });
     connect(&m_receiver, &PidReceiver::blocked, this, [this] {
-        emit signalNotify(QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"), kError);
+        notify(Notice::error(QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！")));
     });
     connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
 
     connect(m_pid, &PidPanel::refused, this,
-            [this](const QString &reason) { emit signalNotify(reason, kError); });
+            [this](const QString &reason) { notify(Notice::error(reason)); });
     connect(m_pid->channelBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PidDebugWidget::SltComboPidChanged);
     connect(m_pid->sendGains(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendPidClicked);
@@ -86,7 +85,7 @@ void PidDebugWidget::connectParts()
     connect(m_operations->clearButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnClearClicked);
     connect(m_operations->exportButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnExportClicked);
     connect(m_operations->pictureButton(), &QPushButton::clicked, m_saving, &PidSaving::savePicture);
-    connect(m_saving, &PidSaving::notify, this, &PidDebugWidget::signalNotify);
+    connect(m_saving, &PidSaving::notify, this, &PidDebugWidget::notify);
     connect(m_chart->fitAllBox(), &QCheckBox::toggled, this, &PidDebugWidget::rememberFitAll);
     connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PidDebugWidget::SltPoltScale);

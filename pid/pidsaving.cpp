@@ -7,13 +7,6 @@
 
 #include <QDir>
 
-namespace {
-
-constexpr int kInformation = 0;
-constexpr int kError = 255;
-
-} // namespace
-
 PidSaving::PidSaving(PidChart *chart, QWidget *page)
     : QObject(page)
     , m_chart(chart)
@@ -29,7 +22,7 @@ PidSaving::PidSaving(PidChart *chart, QWidget *page)
 void PidSaving::exportTables()
 {
     if (m_exporter->isRunning()) {
-        emit notify(QStringLiteral("上一次导出尚未完成，请稍候！"), kError);
+        emit notify(Notice::error(QStringLiteral("上一次导出尚未完成，请稍候！")));
         return;
     }
     const QString fileName =
@@ -61,9 +54,9 @@ void PidSaving::report(const QString &success, const QString &fileName, const QS
 {
     const QString place = QDir::toNativeSeparators(fileName);
     if (error.isEmpty()) {
-        emit notify(success + place, kInformation);
+        emit notify(Notice::information(success + place));
         return;
     }
-    emit notify(QStringLiteral("%1 保存失败：%2").arg(place, error), kError);
+    emit notify(Notice::error(QStringLiteral("%1 保存失败：%2").arg(place, error)));
     QtMessageBox::warning(m_page, QStringLiteral("告警"), QStringLiteral("文件保存失败!"));
 }

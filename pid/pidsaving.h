@@ -3,6 +3,8 @@
 // Saves what the chart shows, after asking for a file, and reports how it went:
 // the given texts in boxes, the reasons as notices.
 
+#include "notice.h"
+
 #include <QObject>
 
 class PidChart;
@@ -23,7 +25,7 @@ public:
     bool complete();
 
 signals:
-    void notify(const QString &text, int kind);
+    void notify(const Notice &notice);
 
 private:
     void report(const QString &success, const QString &fileName, const QString &error);

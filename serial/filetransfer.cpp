@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
-
 QSerialPort::Parity parityOf(int index)
 {
     static const QSerialPort::Parity values[] = {QSerialPort::NoParity, QSerialPort::OddParity,
@@ -76,7 +73,7 @@ void FileTransfer::begin(QSerialPort *port, qint64 unsentBytes)
 {
     m_lending = false;
     if (unsentBytes > 0)
-        emit notify(m_port->unsentText(unsentBytes), kError);
+        emit notify(Notice::error(m_port->unsentText(unsentBytes)));
     // What has come in meanwhile is the page's: the protocol would take a letter
     // for a refusal. A receiver's request at its end may be the only one.
     const bool isRequested = port && port->peek(port->bytesAvailable()).endsWith(Ymodem::Request);
@@ -148,17 +145,17 @@ void FileTransfer::showEnd(Ymodem::Status status)
     for (const QString &file : unsent)
         m_view->appendText(QStringLiteral("未完成：%1").arg(file));
     if (status == Ymodem::Finish && reason.isEmpty())
-        emit notify(QStringLiteral("文件传输完成！"), kInformation);
+        emit notify(Notice::information(QStringLiteral("文件传输完成！")));
     else if (status == Ymodem::Finish)
-        emit notify(QStringLiteral("文件传输完成！%1").arg(reason), kError);
+        emit notify(Notice::error(QStringLiteral("文件传输完成！%1").arg(reason)));
     else
-        emit notify(QStringLiteral("%1：%2").arg(endText(status), reason), kError);
+        emit notify(Notice::error(QStringLiteral("%1：%2").arg(endText(status), reason)));
 }
 
 void FileTransfer::showHint(const QString &text)
 {
     m_view->appendText(text);
-    emit notify(text, kError);
+    emit notify(Notice::error(text));
 }
 
 void FileTransfer::takeBack()

@@ -3,6 +3,7 @@
 // File transfers of the serial page: lends the page's open port to the driver
 // and takes it back, and tells how it goes on the send box's file page.
 
+#include "notice.h"
 #include "ymodemfiletransmit.h"
 
 #include <QObject>
@@ -47,7 +48,7 @@ signals:
     void readDue();
     // The port is the page's again, open where it could be opened.
     void returned(bool open);
-    void notify(const QString &text, int kind);
+    void notify(const Notice &notice);
 
 private:
     void begin(QSerialPort *port, qint64 unsentBytes);

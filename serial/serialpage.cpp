@@ -60,7 +60,7 @@ void SerialportWidget::connectParts()
     connect(m_area->foldButton(), &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &SerialportWidget::SltWriteDataToSerialport);
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
-    connect(m_area, &WorkArea::notify, this, &SerialportWidget::signalNotify);
+    connect(m_area, &WorkArea::notify, this, &SerialportWidget::notify);
     connect(m_area, &WorkArea::clearRequested, this, &SerialportWidget::clearRecv);
     connect(m_sendBox, &QtSendBoxWidget::signalSendFile, this, &SerialportWidget::sltSendXYmodemFile);
     connect(m_sendBox->filePage()->logButton(), &QPushButton::clicked, this,
@@ -68,5 +68,5 @@ void SerialportWidget::connectParts()
     connect(m_transfer, &FileTransfer::handedOver, this, &SerialportWidget::givePortAway);
     connect(m_transfer, &FileTransfer::readDue, m_reader, &QuietReader::stop);
     connect(m_transfer, &FileTransfer::returned, this, &SerialportWidget::takePortBack);
-    connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::signalNotify);
+    connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::notify);
 }

@@ -20,9 +20,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
-
 // A device that takes nothing gets no more than this queued.
 constexpr qint64 kMostToWrite = 16LL * 1024 * 1024;
 
@@ -55,10 +52,9 @@ SerialportWidget::~SerialportWidget()
 void SerialportWidget::SltOpenSerialport()
 {
     if (m_transfer->isBusy() || m_closing) {
-        emit signalNotify(m_closing
-                              ? QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->portName())
-                              : QStringLiteral("正在传输文件，停止发送后才能关闭串口"),
-                          kInformation);
+        notify(Notice::information(
+            m_closing ? QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->portName())
+                      : QStringLiteral("正在传输文件，停止发送后才能关闭串口")));
         return;
     }
     if (m_port->isOpen()) {
@@ -68,31 +64,30 @@ void SerialportWidget::SltOpenSerialport()
     }
     const QString entry = m_config->portText();
     if (entry.isEmpty()) {
-        emit signalNotify(QStringLiteral("当前系统未检测到任何串口，请重试!!!"), kError);
+        notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
         return;
     }
     const QString name = PortName::fromEntry(entry);
     if (name.isEmpty()) {
-        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
+        notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(entry)));
         return;
     }
     if (m_config->baudRate() <= 0) {
-        emit signalNotify(QStringLiteral("波特率为空或不是正整数，串口未打开！"), kError);
+        notify(Notice::error(QStringLiteral("波特率为空或不是正整数，串口未打开！")));
         return;
     }
     m_port->setPortName(name);
     if (!m_port->open(QIODevice::ReadWrite)) {
-        emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(entry), kError);
-        emit signalNotify(m_port->reason(), kError);
+        notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(entry)));
+        notify(Notice::error(m_port->reason()));
         return;
     }
     const QStringList refused = applyParameters();
     setPortState(true);
-    emit signalNotify(QStringLiteral("串口[%1]打开成功!").arg(name), kInformation);
+    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
     if (!refused.isEmpty())
-        emit signalNotify(
-            QStringLiteral("串口[%1]不支持以下参数：%2").arg(name, refused.join(QStringLiteral("、"))),
-            kError);
+        notify(Notice::error(
+            QStringLiteral("串口[%1]不支持以下参数：%2").arg(name, refused.join(QStringLiteral("、")))));
     m_config->rememberDefaults();
 }
 
@@ -146,9 +141,9 @@ void SerialportWidget::portClosed(qint64 unsentBytes)
     setPortState(false);
     const QString notice = std::exchange(m_closingNotice, QString());
     if (!notice.isEmpty())
-        emit signalNotify(notice, kInformation);
+        notify(Notice::information(notice));
     if (unsentBytes > 0)
-        emit signalNotify(m_port->unsentText(unsentBytes), kError);
+        notify(Notice::error(m_port->unsentText(unsentBytes)));
     emit signalClosed();
 }
 
@@ -157,7 +152,7 @@ void SerialportWidget::portVanished()
     if (!m_port->isOpen())
         return;
     closePort();
-    emit signalNotify(QStringLiteral("当前串口已拔出，请重新打开!"), kError);
+    notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
 }
 
 void SerialportWidget::SltSerialportChanged(QStringList serialports)
@@ -224,7 +219,7 @@ void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
         return;
     if (m_port->bytesToWrite() + byCmd.size() > kMostToWrite) {
         if (!m_writeBlockedTold)
-            emit signalNotify(QStringLiteral("设备长时间未接收数据，本次数据未发送！"), kError);
+            notify(Notice::error(QStringLiteral("设备长时间未接收数据，本次数据未发送！")));
         m_writeBlockedTold = true;
         return;
     }
@@ -239,7 +234,7 @@ void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
 
 void SerialportWidget::writeFailed(qint64 unsentBytes)
 {
-    emit signalNotify(m_port->writeFailedText(unsentBytes), kError);
+    notify(Notice::error(m_port->writeFailedText(unsentBytes)));
 }
 
 void SerialportWidget::SltChangeSendPage(int index)
@@ -309,8 +304,8 @@ void SerialportWidget::takePortBack(bool open)
         sltInterruptDetection(); // what comes in from now on
         return;
     }
-    emit signalNotify(QStringLiteral("串口[%1]打开失败!!!").arg(m_port->portName()), kError);
-    emit signalNotify(m_port->reason(), kError);
+    notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(m_port->portName())));
+    notify(Notice::error(m_port->reason()));
 }
 
 // ---- counts

@@ -62,7 +62,6 @@ public slots:
     void sltTransmitStatus(YmodemFileTransmit::Status status, QString name);
 
 signals:
-    void signalNotify(QString text, int kind);
     void signalRefresCounts(int pageIndex);
 
 private:

@@ -15,9 +15,6 @@
 
 namespace {
 
-constexpr int kInformation = 0;
-constexpr int kError = 255;
-
 const auto kTextFilter = QStringLiteral("文本文件(*.txt)");
 const auto kBytesFilter = QStringLiteral("数据文件(*.bin)");
 const auto kQuestion = QStringLiteral("询问");
@@ -48,13 +45,13 @@ void ReceiveStore::flush()
     m_stateTold = state;
     switch (state) {
     case ByteSpool::State::OnDisk:
-        emit notify(QStringLiteral("缓存文件恢复写入，接收数据没有丢失"), kInformation);
+        emit notify(Notice::information(QStringLiteral("缓存文件恢复写入，接收数据没有丢失")));
         break;
     case ByteSpool::State::InMemory:
-        emit notify(QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！"), kError);
+        emit notify(Notice::error(QStringLiteral("无法写入缓存文件，接收数据暂存于内存，请检查磁盘空间！")));
         break;
     case ByteSpool::State::Incomplete:
-        emit notify(QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！"), kError);
+        emit notify(Notice::error(QStringLiteral("无法写入缓存文件，后续数据将无法保存为数据文件！")));
         break;
     }
 }
@@ -77,7 +74,7 @@ bool ReceiveStore::save()
         const Target target = askForFile();
         return !target.name.isEmpty() && writeTo(target);
     }
-    emit notify(QStringLiteral("当前无数据需要保存！"), kInformation);
+    emit notify(Notice::information(QStringLiteral("当前无数据需要保存！")));
     return false;
 }
 
@@ -107,17 +104,17 @@ bool ReceiveStore::writeTo(const Target &target)
         target.asBytes ? m_spool.state() != ByteSpool::State::Incomplete : m_terminal->isRecordComplete();
     if (!saved) {
         m_unsaved = true;
-        emit notify(QStringLiteral("文件保存失败!"), kError);
-        emit notify(QStringLiteral("无法写入“%1”：%2").arg(QFileInfo(target.name).fileName(), error), kError);
+        emit notify(Notice::error(QStringLiteral("文件保存失败!")));
+        emit notify(
+            Notice::error(QStringLiteral("无法写入“%1”：%2").arg(QFileInfo(target.name).fileName(), error)));
     } else if (!complete) {
-        emit notify(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！"), kError);
+        emit notify(Notice::error(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！")));
     } else if (m_hidden) {
         m_unsaved = true;
-        emit notify(
-            QStringLiteral("文件保存完成，不含“停止显示”期间的数据；保存为数据文件(*.bin)可保留全部数据"),
-            kInformation);
+        emit notify(Notice::information(
+            QStringLiteral("文件保存完成，不含“停止显示”期间的数据；保存为数据文件(*.bin)可保留全部数据")));
     } else {
-        emit notify(QStringLiteral("文件保存完成!"), kInformation);
+        emit notify(Notice::information(QStringLiteral("文件保存完成!")));
     }
     return saved;
 }

@@ -5,6 +5,7 @@
 // wish and when the program closes.
 
 #include "bytespool.h"
+#include "notice.h"
 
 #include <QObject>
 
@@ -43,7 +44,7 @@ public:
     const ByteSpool &spool() const { return m_spool; }
 
 signals:
-    void notify(QString text, int kind);
+    void notify(const Notice &notice);
 
 private:
     struct Target

@@ -98,7 +98,7 @@ void MultiSendPage::load()
         m_rows.read(content);
     else // when the page has been connected
         QTimer::singleShot(0, this, [this, error] {
-            emit signalNotify(QStringLiteral("多项发送数据读取失败：%1").arg(error), 255);
+            emit notify(Notice::error(QStringLiteral("多项发送数据读取失败：%1").arg(error)));
         });
     m_pageBar->reset(m_rows.pageCount());
     showPage(1);
@@ -115,7 +115,7 @@ QString MultiSendPage::save()
     if (saved)
         m_rows.setWritten();
     else
-        emit signalNotify(QStringLiteral("多项发送数据保存失败：%1").arg(error), 255);
+        emit notify(Notice::error(QStringLiteral("多项发送数据保存失败：%1").arg(error)));
     return error;
 }
 

@@ -3,6 +3,7 @@
 // The send box's second page: stored commands in numbered rows, ten to a page.
 // Keeps the rows and their file; the box, whose slots these controls reach, sends.
 
+#include "notice.h"
 #include "sendlist.h"
 
 #include <QWidget>
@@ -40,7 +41,7 @@ public:
     QString storeShownPage();
 
 signals:
-    void signalNotify(QString text, int kind);
+    void notify(const Notice &notice);
 
 private:
     void buildUi();

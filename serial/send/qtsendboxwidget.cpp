@@ -101,7 +101,7 @@ void QtSendBoxWidget::connectPages()
         connect(edit, &QLineEdit::editingFinished, this, &QtSendBoxWidget::SltMultiEditFinished);
     connect(m_multi->clearButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltClearMultiEdit);
     connect(m_multi->pageBar(), &QtPageBar::signalChangePage, this, &QtSendBoxWidget::SltMultiChangePage);
-    connect(m_multi, &MultiSendPage::signalNotify, this, &QtSendBoxWidget::signalNotify);
+    connect(m_multi, &MultiSendPage::notify, this, &QtSendBoxWidget::notify);
 
     connect(m_file->openButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltBorwserXYModemFile);
     connect(m_file->sendButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltSendXYModemFile);
@@ -190,7 +190,7 @@ void QtSendBoxWidget::setCurrentPage(int index)
     m_pages->setCurrentIndex(index);
     if (index != SinglePage && isAutoSending()) {
         stopAutoSend();
-        emit signalNotify(QStringLiteral("已离开单项发送，自动发送已停止"), 0);
+        emit notify(Notice::information(QStringLiteral("已离开单项发送，自动发送已停止")));
     }
 }
 
@@ -284,7 +284,7 @@ void QtSendBoxWidget::notifyHexIgnored(int ignored, bool nothingLeft)
             nothingLeft
                 ? QStringLiteral("没有完整的十六进制字节，未发送！")
                 : QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(ignored);
-        emit signalNotify(text, 255);
+        emit notify(Notice::error(text));
     }
     m_ignoredTold = ignored;
 }
@@ -305,10 +305,10 @@ void QtSendBoxWidget::SltLoadDataFile()
     QByteArray content;
     QString error;
     if (QFileInfo(name).size() > most) {
-        emit signalNotify(tooLong(QStringLiteral("文件超过%1字节").arg(most)), 255);
+        emit notify(Notice::error(tooLong(QStringLiteral("文件超过%1字节").arg(most))));
     } else if (!SafeFile::read(name, most, &content, &error) || content.isNull()) {
-        emit signalNotify(QStringLiteral("文件加载失败!"), 255);
-        emit signalNotify(error.isEmpty() ? QStringLiteral("文件不存在") : error, 255);
+        emit notify(Notice::error(QStringLiteral("文件加载失败!")));
+        emit notify(Notice::error(error.isEmpty() ? QStringLiteral("文件不存在") : error));
     } else {
         m_single->showFile(content);
     }
@@ -321,7 +321,7 @@ void QtSendBoxWidget::loadSingleText()
         m_single->setText(TextCodec::decodeFile(content));
     else // told when the page has been connected
         QTimer::singleShot(0, this, [this] {
-            emit signalNotify(QStringLiteral("发送数据读取失败：%1").arg(m_textReadError), 255);
+            emit notify(Notice::error(QStringLiteral("发送数据读取失败：%1").arg(m_textReadError)));
         });
 }
 
@@ -333,7 +333,7 @@ QString QtSendBoxWidget::saveSingleText()
     if (error.isEmpty() && SafeFile::write(textFile(m_owner), m_single->text().toUtf8(), &error))
         m_textChanged = false;
     else
-        emit signalNotify(QStringLiteral("发送数据保存失败：%1").arg(error), 255);
+        emit notify(Notice::error(QStringLiteral("发送数据保存失败：%1").arg(error)));
     return error;
 }
 

@@ -4,6 +4,8 @@
 // and file send. It turns typed text into bytes and emits them; it knows no
 // device, only whether its page says that one is open.
 
+#include "notice.h"
+
 #include <QStackedWidget>
 #include <QTimer>
 
@@ -54,7 +56,7 @@ signals:
     void signalSendFile(int type, int size, QStringList fileName);
     // The box stopped sending by itself or was refused to start.
     void autoSendStopped();
-    void signalNotify(QString text, int kind);
+    void notify(const Notice &notice);
 
 private slots:
     void SltSingleSendPage();

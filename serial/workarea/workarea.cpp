@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr int kError = 255;
 constexpr int kCountPeriodMs = 250;
 
 } // namespace
@@ -43,10 +42,10 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     clear->setContext(Qt::WidgetWithChildrenShortcut);
     connect(clear, &QShortcut::activated, this, &WorkArea::clearRequested);
     connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
-        emit notify(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！"), kError);
+        emit notify(Notice::error(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！")));
     });
     connect(m_received, &ReceiveStore::notify, this, &WorkArea::notify);
-    connect(m_sendBox, &QtSendBoxWidget::signalNotify, this, &WorkArea::notify);
+    connect(m_sendBox, &QtSendBoxWidget::notify, this, &WorkArea::notify);
 }
 
 void WorkArea::showHint(bool open)

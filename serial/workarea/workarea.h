@@ -4,6 +4,7 @@
 // that folds the panel, byte counts and state on top, the receive display, and
 // the send box below it. Also lays the page out. Knows no device.
 
+#include "notice.h"
 #include "qtsendboxwidget.h"
 
 #include <QElapsedTimer>
@@ -56,7 +57,7 @@ public:
 signals:
     void countsDue();
     void clearRequested();
-    void notify(QString text, int kind);
+    void notify(const Notice &notice);
 
 private:
     QLayout *buildTop();

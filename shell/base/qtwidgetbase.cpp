@@ -63,6 +63,11 @@ void QtWidgetBase::reloadCodec()
 {
 }
 
+void QtWidgetBase::notify(const Notice &notice)
+{
+    emit signalNotify(notice.text, notice.kind);
+}
+
 void QtWidgetBase::setPageKeys(QPushButton *open, QPushButton *fold)
 {
     if (open) {

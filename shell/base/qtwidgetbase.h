@@ -9,6 +9,8 @@
 // announced the links stay open, since another program may cancel it: only the
 // first and the last step are taken.
 
+#include "notice.h"
+
 #include <QStringList>
 #include <QWidget>
 
@@ -50,8 +52,13 @@ public:
 
 signals:
     void signalClosed();
+    // For the status bar; kind is one of Notice::Kind.
+    void signalNotify(QString text, int kind);
 
 protected:
+    // Posts the notice to the status bar.
+    void notify(const Notice &notice);
+
     // F5 presses the button that opens and closes the link, if there is one,
     // Ctrl+B the one that folds the panel, while the page is shown.
     void setPageKeys(QPushButton *open, QPushButton *fold);

@@ -16,7 +16,7 @@ constexpr int kMargins = 40; // of an item and the scroll bar
 constexpr int kIsError = Qt::UserRole;
 } // namespace
 
-NoticeList::NoticeList(const QVector<Notice> &notices, QWidget *parent)
+NoticeList::NoticeList(const QVector<PostedNotice> &notices, QWidget *parent)
     : QFrame(parent, Qt::Popup)
     , m_list(new QListWidget(this))
 {
@@ -28,7 +28,7 @@ NoticeList::NoticeList(const QVector<Notice> &notices, QWidget *parent)
     m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_list->setAccessibleName(QStringLiteral("最近的提示"));
     for (int i = notices.size() - 1; i >= 0; --i) {
-        const Notice &notice = notices.at(i);
+        const PostedNotice &notice = notices.at(i);
         const QString mark = notice.isError() ? QStringLiteral("[错误] ") : QString();
         auto *item = new QListWidgetItem(notice.time.toString(QStringLiteral("hh:mm:ss")) +
                                              QStringLiteral("  ") + mark + notice.text.simplified(),
@@ -68,7 +68,7 @@ void NoticeList::fitInto(int maxWidth)
     resize(width, qMin(needed, kMaxHeight));
 }
 
-void NoticeList::showAbove(QWidget *anchor, const QVector<Notice> &notices)
+void NoticeList::showAbove(QWidget *anchor, const QVector<PostedNotice> &notices)
 {
     auto *list = new NoticeList(notices, anchor);
     list->fitInto(qMax(kMinWidth, anchor->window()->width() - 16));

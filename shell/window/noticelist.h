@@ -20,13 +20,13 @@ public:
     QColor errorColor() const { return m_errorColor; }
     void setErrorColor(const QColor &color);
 
-    static void showAbove(QWidget *anchor, const QVector<Notice> &notices);
+    static void showAbove(QWidget *anchor, const QVector<PostedNotice> &notices);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    NoticeList(const QVector<Notice> &notices, QWidget *parent);
+    NoticeList(const QVector<PostedNotice> &notices, QWidget *parent);
     void fitInto(int maxWidth);
 
     QListWidget *m_list;

@@ -1,6 +1,6 @@
 #include "noticelog.h"
 
-bool NoticeLog::add(const Notice &notice)
+bool NoticeLog::add(const PostedNotice &notice)
 {
     m_recent.append(notice);
     if (m_recent.size() > remembered)
@@ -18,7 +18,7 @@ bool NoticeLog::add(const Notice &notice)
 
 void NoticeLog::endCurrent()
 {
-    m_current = Notice();
+    m_current = {};
     m_holding = false;
     m_hasWaiting = false;
 }

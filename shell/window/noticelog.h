@@ -4,20 +4,16 @@
 // held for a while: information that comes meanwhile waits until the hold is
 // over. Keeps the recent notices. Knows no clock: the owner runs the hold.
 
+#include "notice.h"
+
 #include <QDateTime>
 #include <QPointer>
 #include <QVector>
 
-struct Notice
+struct PostedNotice : Notice
 {
-    enum Kind { Information = 0, Error = 255 };
-
-    QString text;
-    int kind = Information;
     QDateTime time;
     QPointer<const QObject> page; // that posted it; null: no page
-
-    bool isError() const { return kind != Information; }
 };
 
 class NoticeLog
@@ -27,7 +23,7 @@ public:
 
     // Takes a notice. True when it is now the one to show; the owner then
     // starts the hold if it is an error.
-    bool add(const Notice &notice);
+    bool add(const PostedNotice &notice);
 
     // The hold is over. True when a waiting notice is now the one to show.
     bool endHold();
@@ -36,13 +32,13 @@ public:
     void endCurrent();
 
     bool isHolding() const { return m_holding; }
-    const Notice &current() const { return m_current; }
-    const QVector<Notice> &recent() const { return m_recent; } // oldest first
+    const PostedNotice &current() const { return m_current; }
+    const QVector<PostedNotice> &recent() const { return m_recent; } // oldest first
 
 private:
-    Notice m_current;
-    Notice m_waiting;
+    PostedNotice m_current;
+    PostedNotice m_waiting;
     bool m_holding = false;
     bool m_hasWaiting = false;
-    QVector<Notice> m_recent;
+    QVector<PostedNotice> m_recent;
 };

@@ -15,7 +15,7 @@ namespace {
 constexpr int kMaxTipCharacters = 300; // the list of recent notices has the rest
 constexpr int kTipBreak = 16;          // a long name may be broken there
 
-QString tipText(const Notice &notice)
+QString tipText(const PostedNotice &notice)
 {
     QString text = notice.text.simplified();
     if (text.size() > kMaxTipCharacters)
@@ -75,7 +75,8 @@ void QtStatusBar::showCounts(const QStringList &counts)
 
 void QtStatusBar::showSystemNotify(const QString &text, int kind)
 {
-    if (m_log.add({text, kind, QDateTime::currentDateTime(), qobject_cast<QtWidgetBase *>(sender())}))
+    const Notice notice{text, kind == Notice::Information ? Notice::Information : Notice::Error};
+    if (m_log.add({notice, QDateTime::currentDateTime(), qobject_cast<QtWidgetBase *>(sender())}))
         showCurrent();
 }
 
@@ -126,7 +127,7 @@ void QtStatusBar::paintEvent(QPaintEvent *)
 
 void QtStatusBar::showCurrent()
 {
-    const Notice &notice = m_log.current();
+    const PostedNotice &notice = m_log.current();
     m_notice->showNotice(notice.text, notice.isError());
     m_notice->setToolTip(tipText(notice));
     m_shown.start(notice.isError() ? errorShownMs : informationShownMs);

@@ -4,6 +4,7 @@
 #include "dialoganswers.h"
 #include "filesendpage.h"
 #include "korvexresources.h"
+#include "notice.h"
 #include "qtmessagetip.h"
 #include "qtpagebar.h"
 #include "qtsendboxwidget.h"
@@ -21,6 +22,13 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QtTest>
+
+namespace {
+Notice noticeOf(const QList<QVariant> &signal)
+{
+    return qvariant_cast<Notice>(signal.first());
+}
+} // namespace
 
 class TestSendBox : public QObject
 {
@@ -187,7 +195,7 @@ void TestSendBox::sendsTypedText()
 void TestSendBox::sendsHexadecimalAndTellsWhatItIgnored()
 {
     m_editor->setPlainText("hello");
-    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::signalNotify);
+    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
     m_box->setHexSend(true);
     m_box->setNewline(true);
     press("btnSingleSend");
@@ -197,8 +205,8 @@ void TestSendBox::sendsHexadecimalAndTellsWhatItIgnored()
     press("btnSingleSend");
     QCOMPARE(lastSent(), QByteArray("\x01\x02\xff\r\n"));
     QCOMPARE(notices.count(), 2);
-    QVERIFY(notices.last().at(0).toString().contains("1"));
-    QCOMPARE(notices.last().at(1).toInt(), 255);
+    QVERIFY(noticeOf(notices.last()).text.contains("1"));
+    QVERIFY(noticeOf(notices.last()).isError());
 
     // The same text sent again and again by itself is told about once.
     m_box->setAutoInterval(10);
@@ -303,13 +311,13 @@ void TestSendBox::loadsDataFiles()
     load("0A 0B\n0c");
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("0A 0B 0c"));
 
-    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::signalNotify);
+    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
     load(QByteArray(2 * 1000 * 1000, 'x'));
     QCOMPARE(notices.count(), 1);
     QFile::remove(name);
     press("btnLoadDataFile");
-    QCOMPARE(notices.at(1).at(0).toString(), QStringLiteral("文件加载失败!"));
-    QCOMPARE(notices.at(2).at(0).toString(), QStringLiteral("文件不存在"));
+    QCOMPARE(noticeOf(notices.at(1)).text, QStringLiteral("文件加载失败!"));
+    QCOMPARE(noticeOf(notices.at(2)).text, QStringLiteral("文件不存在"));
     DialogAnswers::instance().fileNames = [](auto, auto, auto, auto) { return QStringList(); };
     press("btnLoadDataFile"); // cancelled
     QCOMPARE(notices.count(), 3);
@@ -398,7 +406,7 @@ void TestSendBox::tellsWhatItCannotStore()
     fold("ser_multi_conf.txt");
     fold("ser_send_data.txt");
     makeBox();
-    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::signalNotify);
+    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
     QTRY_COMPARE(notices.count(), 2);
     QTest::keyClicks(m_editor, "x");
     QTRY_COMPARE(notices.count(), 3);
@@ -411,9 +419,9 @@ void TestSendBox::tellsWhatItCannotStore()
         QCOMPARE(m_box->saveBeforeExit(), answer == 1);
     }
     for (const QList<QVariant> &notice : notices) {
-        QVERIFY2(notice.at(0).toString().endsWith(QStringLiteral("失败：不是普通文件")),
-                 qPrintable(notice.at(0).toString()));
-        QCOMPARE(notice.at(1).toInt(), 255);
+        QVERIFY2(noticeOf(notice).text.endsWith(QStringLiteral("失败：不是普通文件")),
+                 qPrintable(noticeOf(notice).text));
+        QVERIFY(noticeOf(notice).isError());
     }
     QVERIFY(QDir(AppPaths::confFolder()).rmdir("ser_multi_conf.txt"));
     QTest::keyClick(row, Qt::Key_Return); // tried again
