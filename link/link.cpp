@@ -3,10 +3,36 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 
+namespace {
+
+// Every link of the program.
+QVector<const Link *> &allLinks()
+{
+    static QVector<const Link *> links;
+    return links;
+}
+
+} // namespace
+
 Link::Link(QObject *parent)
     : QObject(parent)
 {
     qRegisterMetaType<Peer>();
+    allLinks().append(this);
+}
+
+Link::~Link()
+{
+    allLinks().removeOne(this);
+}
+
+QString Link::toolUsing(const QString &resource)
+{
+    for (const Link *link : qAsConst(allLinks())) {
+        if (link->m_state != State::Closed && link->m_resource == resource)
+            return link->m_tool;
+    }
+    return {};
 }
 
 void Link::closePeer(quint64)
@@ -20,6 +46,14 @@ void Link::setReading(bool reading)
         return;
     m_reading = reading;
     readingChanged();
+}
+
+void Link::readPending()
+{
+    if (m_reading)
+        return;
+    setReading(true);
+    setReading(false);
 }
 
 qint64 Link::nowUs()
@@ -36,6 +70,8 @@ qint64 Link::nowUs()
 void Link::setState(State state, const QString &reason)
 {
     m_reason = reason;
+    if (state != State::Open)
+        m_refusal.clear();
     if (state == m_state)
         return;
     m_state = state;

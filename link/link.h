@@ -7,6 +7,8 @@
 // Closing takes time: a closing link first lets what it accepted for sending
 // leave, for a limited time, and reports what did not. The window never waits
 // for it.
+//
+// Knows no widget and no setting.
 
 #include "peer.h"
 
@@ -30,6 +32,7 @@ public:
     static constexpr quint64 allPeers = 0;
 
     explicit Link(QObject *parent = nullptr);
+    ~Link() override;
 
     State state() const { return m_state; }
     bool isOpen() const { return m_state == State::Open; }
@@ -41,12 +44,18 @@ public:
     // accepted, times the number of peers that they are for: 0 where there is
     // no such peer, or where too much is queued for it already.
     virtual qint64 send(const QByteArray &bytes, quint64 peer = allPeers) = 0;
+    // Why the last send() accepted nothing; for the user. Empty where it accepted
+    // something and while the link is not open.
+    QString refusal() const { return m_refusal; }
     virtual qint64 pendingBytes() const = 0; // accepted and not handed over yet
 
-    // Bytes that have already arrived are reported before the link is closed.
+    // Bytes that have already arrived are reported before the link is closed. A
+    // second call, while it is closing, drops what has not left yet.
     virtual void close() = 0;
 
     virtual QVector<Peer> peers() const { return {}; }
+    // How notices name the peer; also while peerLeft() is emitted.
+    virtual QString peerName(const Peer &peer) const { return peer.text(); }
     // As close(), for one of several peers.
     virtual void closePeer(quint64 peer);
 
@@ -55,6 +64,12 @@ public:
     // all the same.
     void setReading(bool reading);
     bool isReading() const { return m_reading; }
+    // Reports what has arrived, although reading may be paused.
+    void readPending();
+
+    // The tool that uses the link, as the user knows it. A link that finds its
+    // port or device in use says which tool of this program has it.
+    void setTool(const QString &tool) { m_tool = tool; }
 
     // Microseconds since 1970 by a clock that only moves forward: the wall clock
     // when the program started and the time since then.
@@ -78,6 +93,12 @@ signals:
 protected:
     // Emits stateChanged() if it changes.
     void setState(State state, const QString &reason = {});
+    void setRefusal(const QString &refusal) { m_refusal = refusal; }
+    // What the system gives to one program only, "TCP 8000" or a device; forgotten
+    // when the link is closed.
+    void setResource(const QString &resource) { m_resource = resource; }
+    // The tool of the link that has the resource; empty where none has it.
+    static QString toolUsing(const QString &resource);
     // isReading() has changed. When it becomes true, what has arrived meanwhile
     // is to be read.
     virtual void readingChanged() = 0;
@@ -86,4 +107,7 @@ private:
     State m_state = State::Closed;
     bool m_reading = true;
     QString m_reason;
+    QString m_refusal;
+    QString m_tool;
+    QString m_resource;
 };
