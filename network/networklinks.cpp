@@ -97,7 +97,7 @@ void NetworkToolWidget::sltChangeNetType(int index)
 {
     closeLink();
     m_clients->setVisible(index == NetworkConfigPanel::TcpServer);
-    m_gate->setMostBacklog(index == NetworkConfigPanel::Udp ? kMostDatagramBacklog : kMostStreamBacklog);
+    m_gate->setMaxBacklog(index == NetworkConfigPanel::Udp ? kMostDatagramBacklog : kMostStreamBacklog);
     showClosed(QString());
 }
 

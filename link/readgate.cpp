@@ -1,14 +1,16 @@
 #include "readgate.h"
 
+#include "link.h"
+
 namespace {
 
 // A message costs about as much as this many bytes, whatever its size; some
 // hundred messages, or a quarter of a megabyte, take a few milliseconds.
 constexpr qint64 kMessageCost = 1024;
-constexpr qint64 kMostCost = 256 * 1024;
+constexpr qint64 kMaxCost = 256 * 1024;
 
 constexpr qint64 kDefaultBacklog = 2 * 1024 * 1024;
-constexpr int kLookMs = 5;
+constexpr int kRetryMs = 5;
 
 } // namespace
 
@@ -16,16 +18,24 @@ ReadGate::ReadGate(std::function<qint64()> backlog, QObject *parent)
     : QObject(parent)
     , m_backlog(std::move(backlog))
     , m_timer(this)
-    , m_mostBacklog(kDefaultBacklog)
+    , m_maxBacklog(kDefaultBacklog)
 {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &ReadGate::tryToOpen);
 }
 
+void ReadGate::control(Link *link)
+{
+    link->setReading(isOpen());
+    connect(link, &Link::received, this, [this](const QByteArray &bytes) { taken(bytes.size()); });
+    connect(this, &ReadGate::closed, link, [link] { link->setReading(false); });
+    connect(this, &ReadGate::opened, link, [link] { link->setReading(true); });
+}
+
 void ReadGate::taken(qint64 bytes)
 {
     m_cost += bytes + kMessageCost;
-    if (m_cost < kMostCost || !isOpen())
+    if (m_cost < kMaxCost || !isOpen())
         return;
     m_timer.start(0);
     emit closed();
@@ -33,8 +43,8 @@ void ReadGate::taken(qint64 bytes)
 
 void ReadGate::tryToOpen()
 {
-    if (m_backlog() > m_mostBacklog) {
-        m_timer.start(kLookMs);
+    if (m_backlog() > m_maxBacklog) {
+        m_timer.start(kRetryMs);
         return;
     }
     m_cost = 0;
