@@ -5,7 +5,6 @@
 #include "portcombobox.h"
 #include "portname.h"
 #include "settings.h"
-#include "settingskeys.h"
 
 #include <QLineEdit>
 
@@ -34,7 +33,7 @@ CameraLinkPanel::CameraLinkPanel(QWidget *parent)
 
 void CameraLinkPanel::loadDefaults()
 {
-    const Settings::CameraDefaults defaults = Settings::instance().camera;
+    const Settings::CameraDefaults &defaults = Settings::instance().camera;
     m_local->setAddress(defaults.localAddress);
     m_server->setText(defaults.serverAddress);
     m_port->setText(QString::number(defaults.port));
@@ -47,31 +46,23 @@ void CameraLinkPanel::loadDefaults()
 
 void CameraLinkPanel::saveDefaults() const
 {
-    using namespace SettingsKeys;
     Settings::CameraDefaults &kept = Settings::instance().camera;
-    const auto keep = [](auto &value, const auto &now, QLatin1String key) {
-        if (value == now)
-            return;
-        value = now;
-        Settings::writeValue(Camera::group, key, now);
-    };
-    keep(kept.type, protocol(), Camera::netType);
+    kept.type.change(protocol());
     if (protocol() == Serial) {
-        keep(kept.serialPort, PortName::fromEntry(serialPort()), Camera::serialPort);
-        keep(kept.baudRate, baudRate(), Camera::baudRate);
+        kept.serialPort.change(PortName::fromEntry(serialPort()));
+        kept.baudRate.change(baudRate());
         return;
     }
-    keep(kept.port, int(port()), Camera::port);
+    kept.port.change(int(port()));
     if (protocol() == TcpClient) {
-        keep(kept.serverAddress, serverAddress(), Camera::serverAddress);
+        kept.serverAddress.change(serverAddress());
         return;
     }
     const QHostAddress local = localAddress();
-    keep(kept.localAddress, local == QHostAddress::Any ? QStringLiteral("0.0.0.0") : local.toString(),
-         Camera::localAddress);
+    kept.localAddress.change(local == QHostAddress::Any ? QStringLiteral("0.0.0.0") : local.toString());
     if (protocol() == Udp && !destinationAddress().isNull() && destinationPort() != 0) {
-        keep(kept.destinationAddress, destinationAddress().toString(), Camera::destinationAddress);
-        keep(kept.destinationPort, int(destinationPort()), Camera::destinationPort);
+        kept.destinationAddress.change(destinationAddress().toString());
+        kept.destinationPort.change(int(destinationPort()));
     }
 }
 

@@ -3,7 +3,6 @@
 #include "datamanagerwidget.h"
 #include "qtmessagetip.h"
 #include "settings.h"
-#include "settingskeys.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -135,16 +134,14 @@ void ImageFormatConfig::connectParts()
     connect(m_format, QOverload<int>::of(&QComboBox::activated), this, &ImageFormatConfig::takeRecord);
     connect(m_width, valueChanged, this, &ImageFormatConfig::takeRecord);
     connect(m_height, valueChanged, this, &ImageFormatConfig::takeRecord);
-    const auto keep = [this](QSpinBox *field, int Settings::CameraDefaults::*value, QLatin1String key) {
-        connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, [value, key](int length) {
-            if (length < 1 || length > 4)
-                return;
-            Settings::instance().camera.*value = length;
-            Settings::writeValue(SettingsKeys::Camera::group, key, length);
+    const auto keep = [this](QSpinBox *field, Setting<int> *setting) {
+        connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, [setting](int length) {
+            if (length >= 1 && length <= 4)
+                setting->set(length);
         });
     };
-    keep(m_addressLength, &Settings::CameraDefaults::addressLength, SettingsKeys::Camera::addressLength);
-    keep(m_valueLength, &Settings::CameraDefaults::valueLength, SettingsKeys::Camera::valueLength);
+    keep(m_addressLength, &Settings::instance().camera.addressLength);
+    keep(m_valueLength, &Settings::instance().camera.valueLength);
     connect(m_read, &QPushButton::clicked, this, [this] { request(false); });
     connect(m_write, &QPushButton::clicked, this, [this] { request(true); });
     connect(m_readTable, &QPushButton::clicked, this, &ImageFormatConfig::openReadTable);
@@ -162,7 +159,7 @@ void ImageFormatConfig::connectParts()
 
 void ImageFormatConfig::loadDefaults()
 {
-    const Settings::CameraDefaults defaults = Settings::instance().camera;
+    const Settings::CameraDefaults &defaults = Settings::instance().camera;
     m_addressLength->setValue(defaults.addressLength);
     m_valueLength->setValue(defaults.valueLength);
 }

@@ -1,7 +1,6 @@
 #include "hexrecentbutton.h"
 
 #include "settings.h"
-#include "settingskeys.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -10,12 +9,6 @@
 namespace {
 
 constexpr int kMaxRecent = 10;
-
-void store(const QStringList &names)
-{
-    Settings::instance().recentFiles = names;
-    Settings::writeValue(SettingsKeys::HexEdit::group, SettingsKeys::HexEdit::recentFiles, names);
-}
 
 } // namespace
 
@@ -34,7 +27,7 @@ void HexRecentButton::remember(const QString &fileName)
     const QString name = QFileInfo(fileName).absoluteFilePath();
     names.removeAll(name);
     names.prepend(name);
-    store(names.mid(0, kMaxRecent));
+    Settings::instance().recentFiles.set(names.mid(0, kMaxRecent));
 }
 
 bool HexRecentButton::forgetIfGone(const QString &fileName)
@@ -42,14 +35,14 @@ bool HexRecentButton::forgetIfGone(const QString &fileName)
     QStringList names = Settings::instance().recentFiles;
     if (QFileInfo::exists(fileName) || names.removeAll(fileName) == 0)
         return false;
-    store(names);
+    Settings::instance().recentFiles.set(names);
     return true;
 }
 
 void HexRecentButton::fillMenu()
 {
     menu()->clear();
-    for (const QString &name : qAsConst(Settings::instance().recentFiles)) {
+    for (const QString &name : Settings::instance().recentFiles.value()) {
         QAction *action =
             menu()->addAction(QFileInfo(name).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
         action->setToolTip(QDir::toNativeSeparators(name));

@@ -10,7 +10,6 @@
 #include "qtterminalwidget.h"
 #include "readgate.h"
 #include "settings.h"
-#include "settingskeys.h"
 #include "socketerror.h"
 #include "stateindicator.h"
 #include "tcpserver.h"
@@ -234,15 +233,15 @@ void NetworkToolWidget::showFailed(const QString &why)
 
 void NetworkToolWidget::saveSettings()
 {
-    using namespace SettingsKeys;
     const QHostAddress local = m_config->localAddress();
     const bool isClient = m_config->protocol() == NetworkConfigPanel::TcpClient;
     const QString address = isClient                     ? m_config->serverAddress()
                             : local == QHostAddress::Any ? QStringLiteral("0.0.0.0")
                                                          : local.toString();
-    Settings::writeValue(NetTools::group, NetTools::netType, m_config->protocol());
-    Settings::writeValue(NetTools::group, NetTools::ipAddr, address);
-    Settings::writeValue(NetTools::group, NetTools::port, m_config->port());
+    Settings::NetworkDefaults &defaults = Settings::instance().network;
+    defaults.type.set(m_config->protocol());
+    defaults.address.set(address);
+    defaults.port.set(m_config->port());
 }
 
 // ---- the server's clients

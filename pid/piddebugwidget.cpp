@@ -10,7 +10,6 @@
 #include "qtmessagebox.h"
 #include "qtserialport.h"
 #include "settings.h"
-#include "settingskeys.h"
 #include "stateindicator.h"
 
 #include <QCheckBox>
@@ -59,10 +58,7 @@ void PidDebugWidget::reloadSettings()
 
 void PidDebugWidget::rememberFitAll(bool fitAll)
 {
-    if (Settings::instance().pid.fitAll == fitAll)
-        return;
-    Settings::instance().pid.fitAll = fitAll;
-    Settings::writeValue(SettingsKeys::Pid::group, SettingsKeys::Pid::fitAll, fitAll ? 1 : 0);
+    Settings::instance().pid.fitAll.change(fitAll);
 }
 
 // ---- the port

@@ -5,7 +5,6 @@
 #include "clickonce.h"
 #include "portcombobox.h"
 #include "settings.h"
-#include "settingskeys.h"
 
 #include <QPushButton>
 
@@ -76,11 +75,11 @@ void SerialConfigPanel::loadDefaults()
 
 void SerialConfigPanel::rememberDefaults()
 {
-    using namespace SettingsKeys;
-    Settings::writeValue(Serialport::group, Serialport::baudRate, baudRate());
-    Settings::writeValue(Serialport::group, Serialport::dataBit, dataBits());
-    Settings::writeValue(Serialport::group, Serialport::stopBitsWritten, stopBitsIndex());
-    Settings::writeValue(Serialport::group, Serialport::parity, parityIndex());
+    Settings::SerialDefaults &defaults = Settings::instance().serial;
+    defaults.baudRate.set(baudRate());
+    defaults.dataBits.set(dataBits());
+    defaults.openedStopBits.set(stopBitsIndex());
+    defaults.parity.set(parityIndex());
 }
 
 QString SerialConfigPanel::portText() const

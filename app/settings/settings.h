@@ -1,108 +1,119 @@
 #pragma once
 
-// The process-wide settings: one struct, loaded at start, changed by the
-// menus, the style dialog and the pages, and written one value at a time at
-// the moment of each change. Nothing is written at exit.
+// The process-wide settings: the table of all of them. One line declares a
+// setting: its type, its key in conf/config.ini, its value where the file holds
+// nothing usable, the value that a first start writes, and the range of a
+// number. Loading, first start and restoring walk the table. Readers read a
+// value when they need it and keep no copy. Nothing is written at exit.
+
+#include "setting.h"
 
 #include <QColor>
 #include <QString>
 #include <QStringList>
-#include <QVariant>
 
 #include <functional>
 
-class QSettings;
-
-struct Settings
+class Settings
 {
-    struct SerialDefaults
-    {
-        int baudRate = 115400;
-        int dataBits = 8;
-        int stopBits = 1; // the text of the stop-bits list's entry
-        int parity = 0;   // index into the parity list
-    };
-    struct NetworkDefaults
-    {
-        int type = 0; // index into the protocol list
-        QString address = QStringLiteral("127.0.0.1");
-        int port = 8000;
-    };
-    struct CameraDefaults
-    {
-        int addressLength = 2; // bytes of a register's address, 1 to 4
-        int valueLength = 1;   // bytes of its value, 1 to 4
-        int type = 0;          // index into the protocol list
-        QString localAddress = QStringLiteral("0.0.0.0");
-        QString serverAddress = QStringLiteral("127.0.0.1");
-        int port = 8000;
-        QString destinationAddress = QStringLiteral("127.0.0.1");
-        int destinationPort = 8000;
-        QString serialPort; // its name; empty for the first one
-        int baudRate = 921600;
-    };
-    struct PidDefaults
-    {
-        bool fitAll = false; // the value axis takes in all curves
-    };
-    struct ProbeSettings
-    {
-        QString chip = QStringLiteral("STM32F103RC");
-        QString port = QStringLiteral("SW");
-        QString frequency = QStringLiteral("10MHz");
-        QString mode = QStringLiteral("default");
-        QString openUrl;
-    };
+    SettingsTable m_table;
+    SettingsGroup m_common{&m_table, "Common"};
+    SettingsGroup m_updates{&m_table, "LoRaTool"};
+    SettingsGroup m_hexEdit{&m_table, "HexEdit", SettingsGroup::KeepsUnwritten};
+
+public:
     // What happens to unsaved received data when the program closes.
     enum CloseBehaviour { Discard = 0, Ask = 1, AutoSave = 2 };
 
-    QColor recvBackground{0x4b, 0x4b, 0x4b};
-    QColor recvTextColor{0xf2, 0xf2, 0xf2};
-    QColor sendBackground{0x4b, 0x4b, 0x4b};
-    QColor sendTextColor{0xf2, 0xf2, 0xf2};
+    static QColor defaultBackground() { return {0x4b, 0x4b, 0x4b}; }
+    static QColor defaultTextColor() { return {0xf2, 0xf2, 0xf2}; }
+
+    // clang-format off
+    Setting<QColor> recvBackground{&m_common, "RecvBackground", defaultBackground(), defaultBackground()};
+    Setting<QColor> recvTextColor{&m_common, "RecvTextColor", defaultTextColor(), defaultTextColor()};
+    Setting<QColor> sendBackground{&m_common, "SendBackground", defaultBackground(), defaultBackground()};
+    Setting<QColor> sendTextColor{&m_common, "SendTextColor", defaultTextColor(), defaultTextColor()};
+    Setting<int> textCodec{&m_common, "TextCodec", 1, 1, {0, 1}}; // 0 UTF-8, 1 GB18030
+    Setting<int> skin{&m_common, "Skin", 0, 0}; // 0 dark, 1 light, 2 yellow; an unknown one: unstyled
+    Setting<int> closeBehaviour{&m_common, "Buffer", Discard, notWritten, {Discard, AutoSave}};
     // The area has the skin's colors instead of those in the file. Skin::apply()
-    // then sets the colors above, in memory only.
-    bool recvFollowsSkin = false;
-    bool sendFollowsSkin = false;
-    int textCodec = 1; // 0 UTF-8, 1 GB18030
-    int skin = 0;      // 0 dark, 1 light, 2 yellow
-    int closeBehaviour = Discard;
-    SerialDefaults serial;
-    NetworkDefaults network;
-    CameraDefaults camera;
-    PidDefaults pid;
-    QString updateUrl;
-    ProbeSettings probe;
-    QStringList recentFiles; // of the binary editor, newest first
+    // then sets the colors above, for this run.
+    Setting<bool> recvFollowsSkin{&m_common, "RecvFollowsSkin", false};
+    Setting<bool> sendFollowsSkin{&m_common, "SendFollowsSkin", false};
 
-    static QColor defaultBackground();
-    static QColor defaultTextColor();
+    struct SerialDefaults : SettingsGroup
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> baudRate{this, "BaudRate", 115400, 115200, {1}};
+        Setting<int> dataBits{this, "DataBit", 8, 8, {5, 8}};
+        Setting<int> stopBits{this, "SotpBit", 1, 1, {0, 2}}; // the text of the list's entry
+        Setting<int> parity{this, "Parity", 0, 0, {0, 4}}; // index into the list
+        Setting<int> openedStopBits{this, "StopBit", 0}; // index into the list; written only
+    } serial{&m_table, "Serialport", SettingsGroup::KeepsUnwritten};
 
-    // The one instance. Readers read it when they need a value and keep no copy.
+    struct NetworkDefaults : SettingsGroup // of the link that was opened last
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> type{this, "NetType", 0, 0, {0, 2}}; // index into the protocol list
+        Setting<QString> address{this, "IPAddr", QStringLiteral("127.0.0.1"), QStringLiteral("127.0.0.1")};
+        Setting<int> port{this, "Port", 8000, 8000, {1, 65535}};
+    } network{&m_table, "NetTools"};
+
+    Setting<QString> updateUrl{&m_updates, "UpdateUrl", QStringLiteral("https://www.orvane.example/firmware"),
+                               QStringLiteral("https://www.orvane.example/firmware")};
+
+    struct ProbeSettings : SettingsGroup // of no page; loaded and kept
+    {
+        ProbeSettings(SettingsTable *table, const char *group);
+        Setting<QString> chip{this, "Chip", QStringLiteral("STM32F103RC")};
+        Setting<QString> port{this, "Port", QStringLiteral("SWD")};
+        Setting<QString> frequency{this, "Freq", QStringLiteral("10HMz")};
+        Setting<QString> mode{this, "Mode", QStringLiteral("default")};
+        Setting<QString> openUrl{this, "OpenUrl", QStringLiteral("d:/"), QString()};
+        Setting<QString> language{this, "Language", QString(), QStringLiteral("qt_app_zh.qm")}; // written only
+    } probe{&m_table, "DAPCfg"};
+
+    struct CameraDefaults : SettingsGroup
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> addressLength{this, "AddrLength", 2, notWritten, {1, 4}}; // bytes of a register's address
+        Setting<int> valueLength{this, "ValueLength", 1, notWritten, {1, 4}}; // bytes of its value
+        // Of the link that was opened last.
+        Setting<int> type{this, "NetType", 0, notWritten, {0, 3}}; // index into the protocol list
+        Setting<QString> localAddress{this, "LocalAddr", QStringLiteral("0.0.0.0")};
+        Setting<QString> serverAddress{this, "ServerAddr", QStringLiteral("127.0.0.1")};
+        Setting<int> port{this, "Port", 8000, notWritten, {1, 65535}};
+        Setting<QString> destinationAddress{this, "DestAddr", QStringLiteral("127.0.0.1")};
+        Setting<int> destinationPort{this, "DestPort", 8000, notWritten, {1, 65535}};
+        Setting<QString> serialPort{this, "SerialPort", QString()}; // its name; empty for the first one
+        Setting<int> baudRate{this, "BaudRate", 921600, notWritten, {1}};
+    } camera{&m_table, "Camera"};
+
+    struct PidDefaults : SettingsGroup
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<bool> fitAll{this, "FitAll", false}; // the value axis takes in all curves
+    } pid{&m_table, "Pid"};
+
+    Setting<QStringList> recentFiles{&m_hexEdit, "RecentFiles", {}}; // of the binary editor, newest first
+    // clang-format on
+
+    Settings() = default;
+    Settings(const Settings &) = delete;
+    Settings &operator=(const Settings &other); // the values in memory
+
+    // The one instance of the program.
     static Settings &instance();
 
     // Writes the first-start values when the file holds no group yet.
     static void writeDefaults();
 
-    // Fills the instance from the file. A value that is missing, out of range
-    // or not a colour becomes the reading default.
+    // Reads all values from the file.
     static void load();
 
-    // Writes one value to the file, whose folder is made again where it is gone.
-    // False where the file cannot be written; the value in memory is then good
-    // for this run only.
-    static bool writeValue(const QString &group, const QString &key, const QVariant &value);
-
-    // Called with the reason, in Chinese, when writing a value fails: once, and
-    // again only after a value could be written.
-    static void setFailureHandler(std::function<void(const QString &reason)> handler);
-
-    // Writes the first-start values over what the file holds, drops the values
-    // of "Common" that are not written then and those of the camera and PID
-    // pages, and loads again. The caller applies the skin. False where the file cannot be written; the
-    // defaults are then good for this run only.
+    // Writes the first-start values over what the file holds, removes the values
+    // that a first start does not write, and loads again. Recent files and the
+    // probe's values stay. The caller applies the skin. False where the file
+    // cannot be written; the defaults are then good for this run only.
     static bool restoreDefaults();
-
-private:
-    void readFrom(QSettings &file);
 };

@@ -1,7 +1,6 @@
 #include "skin.h"
 
 #include "settings.h"
-#include "settingskeys.h"
 
 #include <QApplication>
 #include <QFile>
@@ -50,12 +49,12 @@ void colorAreas()
 {
     Settings &settings = Settings::instance();
     if (settings.recvFollowsSkin) {
-        settings.recvBackground = QColor(current().panel);
-        settings.recvTextColor = QColor(current().text);
+        settings.recvBackground.setForThisRun(QColor(current().panel));
+        settings.recvTextColor.setForThisRun(QColor(current().text));
     }
     if (settings.sendFollowsSkin) {
-        settings.sendBackground = QColor(current().panel);
-        settings.sendTextColor = QColor(current().text);
+        settings.sendBackground.setForThisRun(QColor(current().panel));
+        settings.sendTextColor.setForThisRun(QColor(current().text));
     }
 }
 
@@ -76,13 +75,13 @@ QString styleSheet()
     const Settings &settings = Settings::instance();
     QString sheet = QStringLiteral("QtTerminalWidget#recvBrowser {background-color: %1; color:%2; } "
                                    "QtTextEditInput#textEditSend {background-color:%3; color:%4; }")
-                        .arg(settings.recvBackground.name(), settings.recvTextColor.name(),
-                             settings.sendBackground.name(), settings.sendTextColor.name());
+                        .arg(settings.recvBackground->name(), settings.recvTextColor->name(),
+                             settings.sendBackground->name(), settings.sendTextColor->name());
     // The files are stored as GB18030 and hold ASCII only (other characters as
     // CSS escapes), so that reading them as UTF-8 gives the same text.
     sheet += QString::fromUtf8(file.readAll());
     sheet += QStringLiteral("QWidget#widgetSingleSend {background-color:%1; }")
-                 .arg(settings.sendBackground.name());
+                 .arg(settings.sendBackground->name());
     return sheet;
 }
 
@@ -90,7 +89,7 @@ void apply(int index)
 {
     choosePalette(index);
     colorAreas();
-    Settings::writeValue(SettingsKeys::Common::group, SettingsKeys::Common::skin, index);
+    Settings::instance().skin.set(index);
     const QString sheet = styleSheet();
     if (sheet.isEmpty() || sheet == qApp->styleSheet())
         return;

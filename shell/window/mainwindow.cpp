@@ -17,7 +17,6 @@
 #include "qtupdatedialog.h"
 #include "serialportwidget.h"
 #include "settings.h"
-#include "settingskeys.h"
 #include "skin.h"
 
 #include <QActionGroup>
@@ -69,7 +68,7 @@ MainWindow::MainWindow(QWidget *parent)
     m_portChecker->start();
     buildMenus();
 
-    Settings::setFailureHandler([this](const QString &reason) {
+    SettingsFile::setFailureHandler([this](const QString &reason) {
         m_statusBar->showSystemNotify(QStringLiteral("设置无法保存，仅本次运行有效：%1").arg(reason),
                                       Notice::Error);
     });
@@ -85,7 +84,7 @@ MainWindow::MainWindow(QWidget *parent)
 
 MainWindow::~MainWindow()
 {
-    Settings::setFailureHandler({});
+    SettingsFile::setFailureHandler({});
     while (!m_pages.isEmpty())
         delete m_pages.takeLast();
 }
@@ -123,7 +122,6 @@ void MainWindow::SltClearCounts()
 // An unknown text, "中文" and "English" included, does nothing.
 void MainWindow::SltActionTrigger(QAction *action)
 {
-    using namespace SettingsKeys;
     Settings &settings = Settings::instance();
     const QString text = action->text();
     if (text == kRecvColours) {
@@ -131,16 +129,13 @@ void MainWindow::SltActionTrigger(QAction *action)
     } else if (text == kSendColours) {
         openFromMenu([this] { chooseColours(QtStyleDialog::SendArea); });
     } else if (const int codec = kCodecs.indexOf(text); codec >= 0) {
-        settings.textCodec = codec;
-        Settings::writeValue(Common::group, Common::textCodec, codec);
+        settings.textCodec.set(codec);
         for (QtWidgetBase *page : qAsConst(m_pages))
             page->reloadCodec();
     } else if (const int skin = kSkins.indexOf(text); skin >= 0) {
-        settings.skin = skin;
         Skin::apply(skin);
     } else if (const int behaviour = kCloseBehaviours.indexOf(text); behaviour >= 0) {
-        settings.closeBehaviour = behaviour;
-        Settings::writeValue(Common::group, Common::buffer, behaviour);
+        settings.closeBehaviour.set(behaviour);
     } else if (text == kRestore) {
         openFromMenu([this] { restoreDefaults(); });
     } else if (text == kExit) {

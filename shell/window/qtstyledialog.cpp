@@ -4,7 +4,6 @@
 #include "fonts.h"
 #include "qtcolorpanel.h"
 #include "settings.h"
-#include "settingskeys.h"
 #include "skin.h"
 
 #include <QCheckBox>
@@ -73,23 +72,16 @@ QColor QtStyleDialog::textColour() const
 
 void QtStyleDialog::accept()
 {
-    using namespace SettingsKeys;
     Settings &settings = Settings::instance();
     const bool receives = m_area == ReceiveArea;
     const bool follows = m_follow->isChecked();
-    (receives ? settings.recvFollowsSkin : settings.sendFollowsSkin) = follows;
-    Settings::writeValue(Common::group, receives ? Common::recvFollowsSkin : Common::sendFollowsSkin,
-                         int(follows));
+    (receives ? settings.recvFollowsSkin : settings.sendFollowsSkin).set(follows);
     if (follows) { // the colours in the file are the user's own, for later
         QtFramelessDialog::accept();
         return;
     }
-    (receives ? settings.recvBackground : settings.sendBackground) = background();
-    (receives ? settings.recvTextColor : settings.sendTextColor) = textColour();
-    Settings::writeValue(Common::group, receives ? Common::recvBackground : Common::sendBackground,
-                         background().name());
-    Settings::writeValue(Common::group, receives ? Common::recvTextColor : Common::sendTextColor,
-                         textColour().name());
+    (receives ? settings.recvBackground : settings.sendBackground).set(background());
+    (receives ? settings.recvTextColor : settings.sendTextColor).set(textColour());
     remember(textColour());
     remember(background());
     QtFramelessDialog::accept();

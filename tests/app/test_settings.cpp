@@ -178,7 +178,7 @@ void TestSettings::survivesGarbage()
 void TestSettings::writesOneValueAtATime()
 {
     Settings::writeDefaults();
-    QVERIFY(Settings::writeValue("Common", "TextCodec", 0));
+    QVERIFY(Settings::instance().textCodec.set(0));
     QCOMPARE(stored("Common/TextCodec").toInt(), 0);
     QCOMPARE(stored("Serialport/BaudRate").toInt(), 115200);
 }
@@ -189,31 +189,31 @@ void TestSettings::reportsAFileThatCannotBeWritten()
     QFile blocker(m_root->filePath("missing")); // a file where a folder is needed
     QVERIFY(blocker.open(QIODevice::WriteOnly));
     QStringList reasons;
-    Settings::setFailureHandler([&reasons](const QString &reason) { reasons.append(reason); });
+    SettingsFile::setFailureHandler([&reasons](const QString &reason) { reasons.append(reason); });
     for (int i = 0; i < 2; ++i)
-        QVERIFY(!Settings::writeValue("Common", "TextCodec", 0));
+        QVERIFY(!Settings::instance().textCodec.set(0));
     QCOMPARE(reasons, QStringList(QStringLiteral("程序目录下无法建立文件夹conf"))); // told once
     Settings::load();
     QCOMPARE(Settings::instance().textCodec, 1);
 
     QVERIFY(blocker.remove()); // the folder is made with the next value
-    QVERIFY(Settings::writeValue("Common", "TextCodec", 0));
+    QVERIFY(Settings::instance().textCodec.set(0));
     QCOMPARE(stored("Common/TextCodec").toInt(), 0);
     AppPaths::setRoot(AppPaths::configFile());
-    QVERIFY(!Settings::writeValue("Common", "TextCodec", 1));
+    QVERIFY(!Settings::instance().textCodec.set(1));
     QCOMPARE(reasons.size(), 2);
-    Settings::setFailureHandler({});
+    SettingsFile::setFailureHandler({});
 }
 
 void TestSettings::restoresTheFirstStart()
 {
     Settings::writeDefaults();
-    Settings::writeValue("Common", "Buffer", 2);
-    Settings::writeValue("Common", "RecvFollowsSkin", 1);
-    Settings::writeValue("Common", "Skin", 2);
-    Settings::writeValue("Serialport", "BaudRate", 9600);
-    Settings::writeValue("Camera", "AddrLength", 4);
-    Settings::writeValue("HexEdit", "RecentFiles", QStringList("a.bin"));
+    Settings::instance().closeBehaviour.set(2);
+    Settings::instance().recvFollowsSkin.set(true);
+    Settings::instance().skin.set(2);
+    Settings::instance().serial.baudRate.set(9600);
+    Settings::instance().camera.addressLength.set(4);
+    Settings::instance().recentFiles.set({"a.bin"});
     Settings::load();
     QCOMPARE(Settings::instance().closeBehaviour, 2);
     QVERIFY(Settings::restoreDefaults());

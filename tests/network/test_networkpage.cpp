@@ -236,7 +236,9 @@ void TestNetworkPage::remembersWhatOpened()
              (QStringList{"TCP Client", all, "localhost", QString::number(host.serverPort())}));
 
     // Restored settings wait for an open link to close.
-    Settings::instance().network = {0, "127.0.0.1", 8000};
+    Settings::instance().network.type = 0;
+    Settings::instance().network.address = QStringLiteral("127.0.0.1");
+    Settings::instance().network.port = 8000;
     m_page->reloadSettings();
     QCOMPARE(fields(*m_page).at(0), QString("TCP Client"));
     click("btnOpen");

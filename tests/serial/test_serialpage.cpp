@@ -223,16 +223,23 @@ void TestSerialPage::showsTheStoredDefaults()
     Settings::load();
     SerialportWidget fresh;
     QCOMPARE(texts(fresh), (QStringList{"115200", "8", "1", QStringLiteral("无校验")}));
-    Settings::instance().serial = {1234567, 7, 2, 2};
+    Settings::SerialDefaults &defaults = Settings::instance().serial;
+    defaults.baudRate = 1234567;
+    defaults.dataBits = 7;
+    defaults.stopBits = 2;
+    defaults.parity = 2;
     fresh.reloadSettings();
     QCOMPARE(texts(fresh), (QStringList{"1234567", "7", "2", QStringLiteral("偶校验")}));
-    Settings::instance().serial.stopBits = 0; // no entry has that text
+    defaults.stopBits = 0; // no entry has that text
     fresh.reloadSettings();
     QCOMPARE(texts(fresh).at(2), QStringLiteral("1"));
 
     // An open port's parameters are shown until it closes.
     openPort();
-    Settings::instance().serial = {9600, 7, 2, 1};
+    defaults.baudRate = 9600;
+    defaults.dataBits = 7;
+    defaults.stopBits = 2;
+    defaults.parity = 1;
     m_page->reloadSettings();
     QCOMPARE(texts(*m_page).at(0), QStringLiteral("115400"));
     click("btnOpen");

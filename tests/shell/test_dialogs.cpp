@@ -13,7 +13,6 @@
 #include "qttitlebar.h"
 #include "qtwaitdialog.h"
 #include "settings.h"
-#include "settingskeys.h"
 #include "waitingspinnerwidget.h"
 
 #include <QApplication>
@@ -68,11 +67,11 @@ void touch(const QString &path)
     file.write("x");
 }
 
-QString stored(const QLatin1String &key)
+QString stored(const char *key)
 {
     QSettings file(AppPaths::configFile(), QSettings::IniFormat);
-    file.beginGroup(SettingsKeys::Common::group);
-    return file.value(key).toString();
+    file.beginGroup("Common");
+    return file.value(QLatin1String(key)).toString();
 }
 
 } // namespace
@@ -454,7 +453,6 @@ private slots:
 
     void styleDialogAccepted()
     {
-        using namespace SettingsKeys;
         QtStyleDialog dialog(QtStyleDialog::SendArea);
         whenModal([](QWidget *modal) {
             auto *contrast = modal->findChild<QLabel *>(QStringLiteral("contrastLabel"));
@@ -468,9 +466,9 @@ private slots:
         });
         QCOMPARE(dialog.exec(), 1);
         QCOMPARE(Settings::instance().sendTextColor, QColor("#505050"));
-        QCOMPARE(stored(Common::sendTextColor), QStringLiteral("#505050"));
-        QCOMPARE(stored(Common::sendBackground), QStringLiteral("#4b4b4b"));
-        QCOMPARE(stored(Common::recvTextColor), QStringLiteral("#f2f2f2"));
+        QCOMPARE(stored("SendTextColor"), QStringLiteral("#505050"));
+        QCOMPARE(stored("SendBackground"), QStringLiteral("#4b4b4b"));
+        QCOMPARE(stored("RecvTextColor"), QStringLiteral("#f2f2f2"));
         // The next dialog of this run offers the colour.
         QtStyleDialog next(QtStyleDialog::ReceiveArea);
         QVERIFY(next.findChild<ColourSwatches *>(QStringLiteral("recentColours"))

@@ -20,7 +20,6 @@
 #include "qttitlebar.h"
 #include "serialportwidget.h"
 #include "settings.h"
-#include "settingskeys.h"
 #include "skin.h"
 #include "statuslabel.h"
 
@@ -86,11 +85,11 @@ QByteArray configBytes()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QVariant stored(const QLatin1String &key)
+QVariant stored(const char *key)
 {
     QSettings file(AppPaths::configFile(), QSettings::IniFormat);
-    file.beginGroup(SettingsKeys::Common::group);
-    return file.value(key);
+    file.beginGroup("Common");
+    return file.value(QLatin1String(key));
 }
 
 [[maybe_unused]] QString countText(MainWindow &window, const char *name) // with a port only
@@ -264,15 +263,15 @@ private slots:
 
         actionOf(window, QStringLiteral("GB18030"))->trigger();
         QCOMPARE(Settings::instance().textCodec, 1);
-        QCOMPARE(stored(SettingsKeys::Common::textCodec).toInt(), 1);
+        QCOMPARE(stored("TextCodec").toInt(), 1);
         QVERIFY(checked("GB18030") && !checked("UTF-8"));
         actionOf(window, QStringLiteral("浅色"))->trigger();
         QCOMPARE(Settings::instance().skin, 1);
-        QCOMPARE(stored(SettingsKeys::Common::skin).toInt(), 1);
+        QCOMPARE(stored("Skin").toInt(), 1);
         QCOMPARE(Skin::palette().name, QStringLiteral("white"));
         actionOf(window, QStringLiteral("自动保存"))->trigger();
         QCOMPARE(Settings::instance().closeBehaviour, 2);
-        QCOMPARE(stored(SettingsKeys::Common::buffer).toInt(), 2);
+        QCOMPARE(stored("Buffer").toInt(), 2);
     }
 
     // Each widget is restyled once, however deep it lies.
@@ -364,7 +363,7 @@ private slots:
         actionOf(window, QStringLiteral("浅色"))->trigger();
         QVERIFY(qApp->styleSheet().startsWith(
             QStringLiteral("QtTerminalWidget#recvBrowser {background-color: #ffffff; color:#333333;")));
-        QCOMPARE(stored(SettingsKeys::Common::recvBackground).toString(), QStringLiteral("#010203"));
+        QCOMPARE(stored("RecvBackground").toString(), QStringLiteral("#010203"));
         Settings::load(); // as the next start does
         Skin::apply(1);
         QCOMPARE(settings.recvBackground, QColor("#ffffff"));
@@ -378,8 +377,8 @@ private slots:
 
     void restoreAsks()
     {
-        Settings::writeValue(SettingsKeys::Common::group, SettingsKeys::Common::textCodec, 0);
-        Settings::writeValue(SettingsKeys::Common::group, SettingsKeys::Common::buffer, 2);
+        Settings::instance().textCodec.set(0);
+        Settings::instance().closeBehaviour.set(2);
         Settings::load();
         Skin::apply(1);
         Settings::instance().skin = 1;
@@ -402,8 +401,8 @@ private slots:
         restore->trigger();
         QCOMPARE(Settings::instance().textCodec, 1);
         QCOMPARE(Skin::palette().name, QStringLiteral("default"));
-        QCOMPARE(stored(SettingsKeys::Common::skin).toInt(), 0);
-        QVERIFY(!stored(SettingsKeys::Common::buffer).isValid());
+        QCOMPARE(stored("Skin").toInt(), 0);
+        QVERIFY(!stored("Buffer").isValid());
         QVERIFY(actionOf(window, QStringLiteral("关闭时不提醒"))->isChecked());
         QVERIFY(actionOf(window, QStringLiteral("深色"))->isChecked());
         QVERIFY(actionOf(window, QStringLiteral("GB18030"))->isChecked());
