@@ -1,6 +1,7 @@
 // What a chunk of 64 bytes costs the log view when its buffer is full, beside
 // replacing the whole text of a text browser, as codec 0 (UTF-8) or 1
-// (GB18030), for log lines, random bytes and Chinese without a line end.
+// (GB18030), for log lines, random bytes and Chinese without a line end; and
+// what it costs the display without that bound.
 
 #include "apppaths.h"
 #include "korvexresources.h"
@@ -80,6 +81,19 @@ void insertRecvData(benchmark::State &state)
         terminal.insertRecvData(feed.next(), false, false);
 }
 
+// Text without the bound of the log view; kind 3 is hexadecimal.
+void showReceived(benchmark::State &state)
+{
+    Feed feed(state);
+    QtTerminalWidget terminal;
+    terminal.resize(760, 300);
+    terminal.show();
+    for (auto _ : state) {
+        terminal.showReceived(feed.next(), QString(), state.range(1) == 3);
+        terminal.flushSlice();
+    }
+}
+
 void cases(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"codec", "kind"})->ArgsProduct({{0, 1}, {0, 1, 2}})->Unit(benchmark::kMicrosecond);
@@ -87,6 +101,10 @@ void cases(benchmark::internal::Benchmark *benchmark)
 
 BENCHMARK(replaceWholeText)->Apply(cases);
 BENCHMARK(insertRecvData)->Apply(cases);
+BENCHMARK(showReceived)
+    ->ArgNames({"codec", "kind"})
+    ->ArgsProduct({{1}, {0, 1, 2, 3}})
+    ->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -2,7 +2,7 @@
 
 namespace {
 
-// Below this, moving what is left to the front costs next to nothing.
+// Below this, dropped bytes stay: their room is not worth a move.
 constexpr int kCompactBytes = 4096;
 
 } // namespace
@@ -12,7 +12,7 @@ void ByteQueue::makeRoom(int bytes)
     m_store.resize(static_cast<size_t>(qMax(2 * m_end, m_end + bytes)));
 }
 
-// Used bytes stay until they are at least as many as the rest.
+// Dropped bytes keep their room until they are at least as many as the rest.
 void ByteQueue::drop(qint64 count)
 {
     m_begin += static_cast<int>(qMin<qint64>(count, size()));

@@ -1,8 +1,8 @@
 #pragma once
 
-// Bytes that come in at the back and are used up at the front. Each is moved
-// once on average, however the stream is cut, and a small chunk costs hardly
-// more than its copy.
+// Bytes that are appended at the back and dropped at the front, in one piece of
+// memory. Each is moved once on average, however the stream is cut, and a small
+// chunk costs hardly more than its copy.
 
 #include <QByteArray>
 
@@ -12,7 +12,7 @@
 class ByteQueue
 {
 public:
-    // An empty queue keeps up to this much memory; a large frame's is given back.
+    // An empty queue keeps up to this much memory and gives back more.
     static constexpr int defaultIdleBytes = 4 * 1024 * 1024;
 
     explicit ByteQueue(int maxIdleBytes = defaultIdleBytes)
@@ -22,25 +22,28 @@ public:
 
     // May be null while the queue is empty.
     const char *front() const { return m_store.data() + m_begin; }
+    // Without a copy; valid until the queue changes.
+    QByteArray view() const { return QByteArray::fromRawData(front(), size()); }
     int size() const { return m_end - m_begin; }
     int capacity() const { return static_cast<int>(m_store.size()); }
 
-    void append(const QByteArray &chunk)
+    void append(const char *bytes, int count)
     {
-        if (chunk.isEmpty())
+        if (count <= 0)
             return;
-        if (chunk.size() > capacity() - m_end)
-            makeRoom(chunk.size());
-        std::memcpy(m_store.data() + m_end, chunk.constData(), static_cast<size_t>(chunk.size()));
-        m_end += chunk.size();
+        if (count > capacity() - m_end)
+            makeRoom(count);
+        std::memcpy(m_store.data() + m_end, bytes, static_cast<size_t>(count));
+        m_end += count;
     }
+    void append(const QByteArray &chunk) { append(chunk.constData(), chunk.size()); }
     void drop(qint64 count); // all, where there are no more
     void clear();            // gives the memory back
 
 private:
     void makeRoom(int bytes);
 
-    std::vector<char> m_store; // of which the bytes are a part
+    std::vector<char> m_store; // the bytes are those from m_begin to m_end
     int m_maxIdleBytes;
     int m_begin = 0;
     int m_end = 0;

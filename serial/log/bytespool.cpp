@@ -9,9 +9,9 @@ constexpr int kPieceBytes = 64 * 1024;     // collected before they are written
 constexpr int kCatchUpBytes = 1024 * 1024; // written at a time when the disk has room again
 } // namespace
 
-// Unbuffered: a byte that was handed over is the system's, and a full disk is
-// noticed at the write that it hits. Where the system has files without a name,
-// Qt gives it one only when it is asked for: after a crash nothing would be left.
+// Unbuffered, so that a full disk is noticed at the write that it refuses. Where
+// the system has files without a name, Qt makes the name when it is asked for:
+// without one, a crash would leave no file.
 class SpoolFile : public QTemporaryFile
 {
 public:
@@ -22,10 +22,10 @@ public:
     }
 };
 
-ByteSpool::ByteSpool(const QString &folder, const QString &stem, qint64 memoryBound)
+ByteSpool::ByteSpool(const QString &folder, const QString &stem, int maxMemory)
     : m_folder(folder)
     , m_stem(stem)
-    , m_memoryBound(memoryBound)
+    , m_maxMemory(maxMemory)
 {
 }
 
@@ -61,18 +61,18 @@ qint64 ByteSpool::appendToFile(const char *bytes, qint64 size)
 
 ByteSpool::State ByteSpool::flush()
 {
-    if (m_state == State::Incomplete || m_memory.isEmpty())
+    if (m_state == State::Incomplete || m_memory.size() == 0)
         return m_state;
     const int size = m_state == State::OnDisk ? m_memory.size() : qMin(m_memory.size(), kCatchUpBytes);
-    m_memory.remove(0, static_cast<int>(appendToFile(m_memory.constData(), size)));
-    if (m_memory.isEmpty())
+    m_memory.drop(appendToFile(m_memory.front(), size));
+    if (m_memory.size() == 0)
         m_state = State::OnDisk;
     else if (m_state == State::OnDisk)
-        refused();
+        handleRefusal();
     return m_state;
 }
 
-void ByteSpool::refused()
+void ByteSpool::handleRefusal()
 {
     qWarning() << "spool file takes no more:" << (m_file ? m_file->errorString() : QString());
     m_state = State::InMemory;
@@ -82,7 +82,7 @@ ByteSpool::State ByteSpool::append(const char *bytes, qint64 size)
 {
     qint64 done = 0;
     if (m_state == State::InMemory)
-        flush(); // the user may have made room
+        flush(); // there may be room again
     if (m_state == State::OnDisk) {
         if (m_memory.size() + size < kPieceBytes) {
             m_memory.append(bytes, static_cast<int>(size));
@@ -92,26 +92,28 @@ ByteSpool::State ByteSpool::append(const char *bytes, qint64 size)
             done = appendToFile(bytes, size);
             if (done == size)
                 return m_state;
-            refused();
+            handleRefusal();
         }
     }
-    const qint64 room = m_memoryBound - m_memory.size();
-    const qint64 rest = size - done;
-    if (rest > room)
+    const qint64 room = m_maxMemory - m_memory.size();
+    if (size - done > room)
         m_state = State::Incomplete;
-    m_memory.append(bytes + done, static_cast<int>(qMin(rest, room)));
+    m_memory.append(bytes + done, static_cast<int>(qMin(size - done, room)));
     return m_state;
 }
 
-QByteArray ByteSpool::read(qint64 offset, qint64 most, bool *failed) const
+QByteArray ByteSpool::read(qint64 offset, qint64 maxBytes, bool *failed) const
 {
     if (failed)
         *failed = false;
-    if (offset >= m_fileSize)
-        return m_memory.mid(static_cast<int>(offset - m_fileSize), static_cast<int>(most));
     QByteArray bytes;
+    if (offset >= m_fileSize) {
+        const qint64 begin = qMin<qint64>(offset - m_fileSize, m_memory.size());
+        bytes.append(m_memory.front() + begin, static_cast<int>(qMin(maxBytes, m_memory.size() - begin)));
+        return bytes;
+    }
     if (m_file && m_file->seek(offset))
-        bytes = m_file->read(qMin(most, m_fileSize - offset));
+        bytes = m_file->read(qMin(maxBytes, m_fileSize - offset));
     if (bytes.isEmpty() && failed)
         *failed = true;
     return bytes;

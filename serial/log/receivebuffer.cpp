@@ -26,11 +26,11 @@ struct Run
 Run runBackwards(const QString &before, const QString &after, int shift, int skip)
 {
     const int end = qMin(before.size() - skip, after.size() + shift);
-    const int least = qMax(0, shift);
+    const int min = qMax(0, shift);
     const QChar *b = before.constData();
     const QChar *a = after.constData();
     int i = end;
-    while (i > least && b[i - 1] == a[i - 1 - shift])
+    while (i > min && b[i - 1] == a[i - 1 - shift])
         --i;
     return {end, qMax(0, end - i)};
 }
@@ -70,7 +70,7 @@ ReceiveBuffer::Edit ReceiveBuffer::difference(const QString &before, const QStri
                 bestShift = shift;
             }
             if (best.length >= reachable - 4 * kEndSlack && best.length > 0)
-                return true; // as good as it gets
+                return true; // the two ends are all that differs
         }
         return false;
     };
@@ -84,29 +84,27 @@ ReceiveBuffer::Edit ReceiveBuffer::difference(const QString &before, const QStri
     edit.frontInserted = after.left(start - bestShift);
     edit.backRemoved = before.size() - best.end;
     edit.backInserted = after.mid(best.end - bestShift);
-    if (best.length == 0) { // nothing in common: all goes at the front
+    if (best.length == 0) // nothing in common
         edit = {before.size(), QString(), 0, after};
-    }
     return edit;
 }
 
 void ReceiveBuffer::append(const QByteArray &bytes)
 {
-    m_bytes += bytes;
-    m_added += bytes.size();
-    if (m_bytes.size() > limit)
-        m_bytes.remove(0, m_bytes.size() - limit);
+    m_bytes.append(bytes);
+    m_bytes.drop(m_bytes.size() - qMin(m_bytes.size(), limit));
+    m_added = qMin(m_added + bytes.size(), limit);
 }
 
 ReceiveBuffer::Edit ReceiveBuffer::update(int codecIndex)
 {
-    const QString after = withPlainLineEnds(TextCodec::decode(m_bytes, codecIndex));
-    // As many characters as the new bytes make came in at the end; the rest of
-    // the difference in length must have gone at the front.
+    const QByteArray bytes = m_bytes.view();
+    const QString after = withPlainLineEnds(TextCodec::decode(bytes, codecIndex));
+    // The new bytes' characters are at the end; the rest of the difference in
+    // length is what left at the front.
     int added = after.size();
-    if (m_added < m_bytes.size())
-        added =
-            withPlainLineEnds(TextCodec::decode(m_bytes.right(static_cast<int>(m_added)), codecIndex)).size();
+    if (m_added < bytes.size())
+        added = withPlainLineEnds(TextCodec::decode(bytes.right(m_added), codecIndex)).size();
     m_added = 0;
     const Edit edit = difference(m_text, after, m_text.size() + added - after.size());
     m_text = after;

@@ -1,12 +1,13 @@
 #pragma once
 
-// The bounded byte buffer behind the decoded log display, and the difference
-// between what is shown and what is to be shown.
+// The newest bytes that were shown as text, which limit the display in log
+// mode, and the edits that take the display from one state of them to the next.
 //
-// The display's text is always the decoding of the whole buffer. Decoding
-// 20 KB takes microseconds, but laying out a text of that size anew for every
-// chunk takes milliseconds; therefore each change is handed out as an edit of
-// the text's two ends.
+// The text is always the decoding of all bytes held. Decoding 20 KB takes
+// microseconds, but laying a text of that size out again for each chunk takes
+// milliseconds; therefore each change is an edit of the text's two ends.
+
+#include "bytequeue.h"
 
 #include <QByteArray>
 #include <QString>
@@ -16,8 +17,8 @@ class ReceiveBuffer
 public:
     static constexpr int limit = 20480; // bytes held
 
-    // How the former text becomes the new one: frontRemoved characters at the
-    // front give way to frontInserted, backRemoved at the end to backInserted.
+    // How one text becomes the next: frontRemoved characters at the front give
+    // way to frontInserted, backRemoved at the end to backInserted.
     struct Edit
     {
         int frontRemoved = 0;
@@ -29,8 +30,8 @@ public:
     // Appends bytes and drops the oldest ones above the limit.
     void append(const QByteArray &bytes);
 
-    // Decodes what is held with the codec of the index. The edit makes the new
-    // text of the one that the update before led to.
+    // Decodes the bytes held with the codec of the index. The edit applies to
+    // the text of the update before.
     Edit update(int codecIndex);
 
     // The text decoded last, with every line and paragraph end as "\n", so that
@@ -42,10 +43,10 @@ public:
     // Every line and paragraph end ("\r\n", "\r", "\n", U+2029 ...) as "\n".
     static QString withPlainLineEnds(const QString &text);
 
+private:
     static Edit difference(const QString &before, const QString &after, int expectedShift);
 
-private:
-    QByteArray m_bytes;
-    qint64 m_added = 0; // bytes since the last update
+    ByteQueue m_bytes;
+    int m_added = 0; // bytes since the last update, up to the limit
     QString m_text;
 };

@@ -3,31 +3,25 @@
 #include "hextext.h"
 #include "receivebuffer.h"
 
-void ReceiveQueue::push(const QByteArray &bytes, const QString &header, bool hex)
+void ReceiveQueue::push(const QByteArray &bytes, const QString &header, bool hex, Bound bound)
 {
-    m_chunks.push_back({bytes, header, QString(), Kind::Stream, hex, 0});
-    m_bytes += bytes.size() + header.size();
-}
-
-void ReceiveQueue::pushLog(const QByteArray &bytes, const QString &header)
-{
-    m_chunks.push_back({bytes, header, QString(), Kind::Log, false, 0});
+    m_chunks.push_back({bytes, header, QString(), Kind::Stream, hex, hex ? Bound::None : bound, 0});
     m_bytes += bytes.size() + header.size();
 }
 
 void ReceiveQueue::pushMessage(const QByteArray &bytes, const QString &header, bool hex,
                                const QString &source)
 {
-    m_chunks.push_back({bytes, header, source, Kind::Message, hex, 0});
+    m_chunks.push_back({bytes, header, source, Kind::Message, hex, Bound::None, 0});
     m_bytes += bytes.size() + header.size();
 }
 
 void ReceiveQueue::endSource(const QString &source)
 {
-    m_chunks.push_back({QByteArray(), QString(), source, Kind::SourceEnd, false, 0});
+    m_chunks.push_back({QByteArray(), QString(), source, Kind::SourceEnd, false, Bound::None, 0});
 }
 
-QString ReceiveQueue::Stream::take(const char *bytes, int count, int codecIndex)
+QString ReceiveQueue::Stream::decode(const char *bytes, int count, int codecIndex)
 {
     QString text = decoder.decode(bytes, count, codecIndex);
     if (afterCarriageReturn && text.startsWith(QLatin1Char('\n')))
@@ -43,7 +37,7 @@ void ReceiveQueue::Stream::reset()
     afterCarriageReturn = false;
 }
 
-// What stands before a chunk's bytes.
+// Adds what stands before a chunk's bytes.
 void ReceiveQueue::begin(const Chunk &chunk, Slice *slice)
 {
     m_bytes -= chunk.header.size();
@@ -54,32 +48,29 @@ void ReceiveQueue::begin(const Chunk &chunk, Slice *slice)
         m_lastWasHex = chunk.hex;
         if (ownLine && !atLineStart)
             slice->text += QLatin1Char('\n');
-    } else if (chunk.kind == Kind::Log && !m_streamAtLineStart) {
+    } else if (chunk.bound == Bound::Newest && !m_streamAtLineStart) {
         return;
     }
     slice->text += chunk.header;
-    if (!chunk.hex && (chunk.kind == Kind::Stream || chunk.kind == Kind::Log))
+    if (!chunk.hex && chunk.kind == Kind::Stream)
         slice->bytes += chunk.header.toLatin1();
 }
 
 QString ReceiveQueue::textOf(const Chunk &chunk, int count, int codecIndex)
 {
-    const char *bytes = chunk.bytes.constData() + chunk.taken;
+    const char *bytes = chunk.bytes.constData() + chunk.popped;
     if (chunk.kind != Kind::Message)
-        return m_stream.take(bytes, count, codecIndex);
-    // A message by itself is decoded whole: nothing follows that could
-    // complete a character.
+        return m_stream.decode(bytes, count, codecIndex);
+    // A message without a source is complete: nothing follows that could end a
+    // character.
     if (chunk.source.isEmpty())
         return ReceiveBuffer::withPlainLineEnds(TextCodec::decode(chunk.bytes, codecIndex));
-    std::shared_ptr<Stream> &stream = m_sources[chunk.source];
-    if (!stream)
-        stream = std::make_shared<Stream>();
-    return stream->take(bytes, count, codecIndex);
+    return m_sources[chunk.source].decode(bytes, count, codecIndex);
 }
 
-void ReceiveQueue::takeBytes(const Chunk &chunk, int count, int codecIndex, Slice *slice)
+void ReceiveQueue::popBytes(const Chunk &chunk, int count, int codecIndex, Slice *slice)
 {
-    const char *bytes = chunk.bytes.constData() + chunk.taken;
+    const char *bytes = chunk.bytes.constData() + chunk.popped;
     if (chunk.kind == Kind::SourceEnd) {
         m_sources.remove(chunk.source);
     } else if (chunk.hex) {
@@ -95,25 +86,25 @@ void ReceiveQueue::takeBytes(const Chunk &chunk, int count, int codecIndex, Slic
     }
 }
 
-ReceiveQueue::Slice ReceiveQueue::take(int characters, int codecIndex)
+ReceiveQueue::Slice ReceiveQueue::pop(int characters, int codecIndex)
 {
     Slice slice;
-    slice.log = !m_chunks.empty() && m_chunks.front().kind == Kind::Log;
+    slice.bound = frontBound();
     while (!m_chunks.empty() && slice.text.size() < characters) {
         Chunk &chunk = m_chunks.front();
-        if ((chunk.kind == Kind::Log) != slice.log)
+        if (chunk.bound != slice.bound)
             break;
-        if (chunk.taken == 0)
+        if (chunk.popped == 0)
             begin(chunk, &slice);
-        const bool complete = chunk.kind == Kind::Message && chunk.source.isEmpty();
-        const int pending = chunk.bytes.size() - chunk.taken;
-        const int count = complete ? pending : qMin(characters, pending);
-        takeBytes(chunk, count, codecIndex, &slice);
+        const bool isComplete = chunk.kind == Kind::Message && chunk.source.isEmpty();
+        const int pending = chunk.bytes.size() - chunk.popped;
+        const int count = isComplete ? pending : qMin(characters, pending);
+        popBytes(chunk, count, codecIndex, &slice);
         if (!slice.bytes.isEmpty())
             m_streamAtLineStart = slice.bytes.endsWith('\n');
-        chunk.taken += count;
+        chunk.popped += count;
         m_bytes -= count;
-        if (chunk.taken == chunk.bytes.size())
+        if (chunk.popped == chunk.bytes.size())
             m_chunks.pop_front();
     }
     if (!slice.text.isEmpty())

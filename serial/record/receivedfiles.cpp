@@ -1,14 +1,13 @@
 #include "receivedfiles.h"
 
 #include "bytespool.h"
+#include "eventslices.h"
 #include "filereason.h"
-#include "qtterminalwidget.h"
+#include "receivedtext.h"
 #include "safefile.h"
 #include "textcodec.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -19,37 +18,6 @@
 namespace {
 
 constexpr qint64 kPieceBytes = 256 * 1024;
-constexpr int kMaxStretchMs = 16; // between two looks at the event loop
-
-// Lets timers and sockets run while a long file is written, but no input of the
-// user.
-class EventSlices
-{
-public:
-    EventSlices() { m_clock.start(); }
-    void runIfDue()
-    {
-        if (m_clock.elapsed() < kMaxStretchMs)
-            return;
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        m_clock.start();
-    }
-
-private:
-    QElapsedTimer m_clock;
-};
-
-// Shows what is pending for display at this moment; it belongs to the text.
-void showQueued(QtTerminalWidget &terminal, EventSlices &events)
-{
-    qint64 pending = terminal.queuedBytes();
-    for (qint64 due = pending; due > 0 && pending > 0;) {
-        terminal.flushSlice();
-        due -= pending - terminal.queuedBytes();
-        events.runIfDue();
-        pending = terminal.queuedBytes();
-    }
-}
 
 bool failed(const QFileDevice &file, QString *error)
 {
@@ -63,7 +31,7 @@ bool failed(const QFileDevice &file, QString *error)
 
 namespace ReceivedFiles {
 
-bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecIndex, QString *error)
+bool saveText(const ReceivedText &received, const QString &fileName, int codecIndex, QString *error)
 {
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly))
@@ -71,8 +39,7 @@ bool saveText(QtTerminalWidget &terminal, const QString &fileName, int codecInde
     const std::unique_ptr<QTextEncoder> encoder(
         TextCodec::codec(codecIndex)->makeEncoder(QTextCodec::IgnoreHeader));
     EventSlices events;
-    showQueued(terminal, events);
-    QtTerminalWidget::Reader reader(terminal);
+    ReceivedText::Reader reader(received);
     for (QString text = reader.next(); !text.isEmpty(); text = reader.next()) {
         const QByteArray bytes = encoder->fromUnicode(text);
         if (file.write(bytes) != bytes.size())
@@ -88,7 +55,7 @@ bool saveBytes(const ByteSpool &spool, const QString &fileName, QString *error)
     if (!file.open(QIODevice::WriteOnly))
         return failed(file, error);
     EventSlices events;
-    const qint64 size = spool.size(); // what comes from now on isn't asked for
+    const qint64 size = spool.size(); // what follows is not part of it
     for (qint64 offset = 0; offset < size;) {
         bool unreadable = false;
         const QByteArray bytes = spool.read(offset, qMin(kPieceBytes, size - offset), &unreadable);
@@ -104,15 +71,15 @@ QString reserveDatedName(const QString &folder, const QStringList &suffixes)
 {
     const QString base = folder + QStringLiteral("/recv_") +
                          QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd_hhmmss"));
-    const auto taken = [&suffixes](const QString &name) {
+    const auto exists = [&suffixes](const QString &name) {
         return std::any_of(suffixes.begin(), suffixes.end(),
                            [&name](const QString &suffix) { return QFileInfo::exists(name + suffix); });
     };
     QString name = base;
     for (int number = 2;; ++number) {
         QFile first(name + suffixes.first());
-        // Where no file can be made at all, writing tells why.
-        if (!taken(name) && (first.open(QIODevice::WriteOnly | QIODevice::NewOnly) || !first.exists()))
+        // Where no file can be made at all, writing reports why.
+        if (!exists(name) && (first.open(QIODevice::WriteOnly | QIODevice::NewOnly) || !first.exists()))
             return name;
         name = QStringLiteral("%1_%2").arg(base).arg(number);
     }

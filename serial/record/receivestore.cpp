@@ -1,6 +1,7 @@
 #include "receivestore.h"
 
 #include "apppaths.h"
+#include "eventslices.h"
 #include "qtfiledialog.h"
 #include "qtmessagebox.h"
 #include "qtterminalwidget.h"
@@ -36,13 +37,12 @@ void ReceiveStore::add(const QByteArray &bytes)
     m_spool.append(bytes.constData(), bytes.size());
 }
 
-// Tells once when the disk refuses what came, and when it takes it again.
 void ReceiveStore::flush()
 {
     const ByteSpool::State state = m_spool.flush();
-    if (state == m_stateTold)
+    if (state == m_reportedState)
         return;
-    m_stateTold = state;
+    m_reportedState = state;
     switch (state) {
     case ByteSpool::State::OnDisk:
         emit notify(Notice::information(QStringLiteral("缓存文件恢复写入，接收数据没有丢失")));
@@ -81,7 +81,7 @@ bool ReceiveStore::save()
 ReceiveStore::Target ReceiveStore::askForFile()
 {
     // Without text shown, a text file would be an empty one.
-    const bool noText = m_terminal->isEmpty();
+    const bool noText = m_terminal->received().isEmpty();
     const QString filters = noText ? kBytesFilter : kTextFilter + QStringLiteral(";;") + kBytesFilter;
     QString filter = noText || m_hidden ? kBytesFilter : kTextFilter;
     const QString name = QtFileDialog::getSaveFileName(m_page, QString(), QString(), filters, &filter);
@@ -95,13 +95,13 @@ ReceiveStore::Target ReceiveStore::askForFile()
 
 bool ReceiveStore::writeTo(const Target &target)
 {
-    m_unsaved = false; // what comes while it is written is not in the file
+    m_unsaved = false; // again by what arrives meanwhile, which is not in the file
     QString error;
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     const bool saved = target.asBytes ? writeBytes(target.name, &error) : writeText(target.name, &error);
     QGuiApplication::restoreOverrideCursor();
-    const bool complete =
-        target.asBytes ? m_spool.state() != ByteSpool::State::Incomplete : m_terminal->isRecordComplete();
+    const bool complete = target.asBytes ? m_spool.state() != ByteSpool::State::Incomplete
+                                         : m_terminal->received().isRecordComplete();
     if (!saved) {
         m_unsaved = true;
         emit notify(Notice::error(QStringLiteral("文件保存失败!")));
@@ -119,23 +119,40 @@ bool ReceiveStore::writeTo(const Target &target)
     return saved;
 }
 
+// What is pending for display at this moment is part of the text; what arrives
+// meanwhile is not.
+void ReceiveStore::showPending()
+{
+    EventSlices events;
+    qint64 pending = m_terminal->queuedBytes();
+    for (qint64 due = pending; due > 0 && pending > 0;) {
+        m_terminal->flushSlice();
+        due -= pending - m_terminal->queuedBytes();
+        events.runIfDue();
+        pending = m_terminal->queuedBytes();
+    }
+}
+
 bool ReceiveStore::writeText(const QString &name, QString *error)
 {
-    return ReceivedFiles::saveText(*m_terminal, name, Settings::instance().textCodec, error);
+    showPending();
+    return ReceivedFiles::saveText(m_terminal->received(), name, Settings::instance().textCodec, error);
 }
 
 bool ReceiveStore::writeBytes(const QString &name, QString *error)
 {
     const qint64 size = m_spool.size();
-    if (!ReceivedFiles::saveBytes(m_spool, name, error))
-        return false;
-    m_bytesSaved = size;
-    m_hidden = false;
-    return true;
+    const bool wasHidden = std::exchange(m_hidden, false); // again by what arrives meanwhile
+    if (ReceivedFiles::saveBytes(m_spool, name, error)) {
+        m_bytesSaved = size;
+        return true;
+    }
+    m_hidden = m_hidden || wasHidden;
+    return false;
 }
 
-// To dated files: the bytes of the session, since text can't reproduce them,
-// and beside them the text shown.
+// To dated files: the bytes of the session, which text can't reproduce, and the
+// text shown.
 bool ReceiveStore::saveTo(const QString &folder, QString *error)
 {
     if (folder.isEmpty() || !QDir().mkpath(folder)) {
@@ -145,11 +162,14 @@ bool ReceiveStore::saveTo(const QString &folder, QString *error)
     const QString text = QStringLiteral(".txt");
     const QString bytes = QStringLiteral(".bin");
     const QString name = ReceivedFiles::reserveDatedName(folder, {bytes, text});
+    const bool wasUnsaved = std::exchange(m_unsaved, false);
     if (!writeBytes(name + bytes, error)) {
         QFile::remove(name + bytes); // only reserved
-        return false;
+    } else if (!wasUnsaved || m_terminal->received().isEmpty() || writeText(name + text, error)) {
+        return true;
     }
-    return !m_unsaved || m_terminal->isEmpty() || writeText(name + text, error);
+    m_unsaved = m_unsaved || wasUnsaved;
+    return false;
 }
 
 // Or in the user's documents, where the program's folder cannot be written.
@@ -196,17 +216,15 @@ bool ReceiveStore::saveBeforeExit()
     }
 }
 
-// Also where the display was cleared or saved as text: the bytes are not in any
-// file then.
+// Also where the display was cleared or saved as text: the bytes are in no file
+// then.
 bool ReceiveStore::autoSave()
 {
     QString error;
     if (m_spool.size() <= m_bytesSaved && !m_unsaved)
         return true;
-    if (saveBesideProgram(&error)) {
-        m_unsaved = false;
+    if (saveBesideProgram(&error))
         return true;
-    }
     if (!askAtExit(QStringLiteral("接收数据自动保存失败：%1。是否保存到其他位置？").arg(error)))
         return false;
     return m_atExit == AtExit::Discard || writeTo(m_exitFile);

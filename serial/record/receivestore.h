@@ -1,8 +1,8 @@
 #pragma once
 
-// What a page has received: every byte of the session in a spool file, what of
-// it the display shows, and whether it was saved. Saves to files at the user's
-// wish and when the program closes.
+// What a page has received, and whether it was saved. Owns every byte of the
+// session, in a spool file; the text is the display's. Saves to files when the
+// user asks for it and when the program closes.
 
 #include "bytespool.h"
 #include "notice.h"
@@ -21,12 +21,12 @@ public:
     ReceiveStore(QtTerminalWidget *terminal, const QString &stem, QWidget *page);
 
     void add(const QByteArray &bytes);
-    // Some of what was added is not shown: a text file will not hold it.
+    // Some of what was added is not shown, so that no text file will hold it.
     void setHidden() { m_hidden = true; }
-    // To be called some times a second while bytes come.
+    // To be called some times a second while bytes arrive. Notifies once when the
+    // disk refuses them, and when it accepts them again.
     void flush();
-    // The user has thrown away what is shown; the session's bytes can still be
-    // saved.
+    // Clears the display too. The session's bytes can still be saved.
     void clear();
 
     // Asks for a file and saves: the text shown since the last clearing, or
@@ -34,10 +34,10 @@ public:
     // to save, the user cancelled, or saving failed.
     bool save();
 
-    // The end of the program, by the close behaviour of the settings. Asks what
-    // becomes of unsaved data, and for the file. False: stay open.
+    // The end of the program, by the close behaviour of the settings. Asks what to
+    // do with unsaved data, and for the file. False: stay open.
     bool mayClose();
-    // Saves as answered; asks only where all of it came after the question.
+    // Saves as answered; asks where there was nothing to save at the question.
     // False: it could not be saved, and the program stays open.
     bool saveBeforeExit();
 
@@ -57,6 +57,7 @@ private:
     bool isEmpty() const;
     Target askForFile();
     bool writeTo(const Target &target);
+    void showPending();
     bool writeText(const QString &name, QString *error);
     bool writeBytes(const QString &name, QString *error);
     bool askAtExit(const QString &question);
@@ -67,10 +68,10 @@ private:
     QtTerminalWidget *m_terminal;
     QWidget *m_page;
     ByteSpool m_spool;
-    ByteSpool::State m_stateTold = ByteSpool::State::OnDisk;
+    ByteSpool::State m_reportedState = ByteSpool::State::OnDisk;
     bool m_hidden = false;
-    bool m_unsaved = false;  // something came since the last save or clearing
-    qint64 m_bytesSaved = 0; // so many from the session's beginning are in a file as they came
+    bool m_unsaved = false;  // bytes arrived since the last save or clearing
+    qint64 m_bytesSaved = 0; // from the session's beginning, in a file as they came
     AtExit m_atExit = AtExit::Unasked;
     Target m_exitFile;
 };

@@ -3,7 +3,9 @@
 #include "apppaths.h"
 #include "fonts.h"
 #include "loglayout.h"
+#include "selectionkeeper.h"
 #include "settings.h"
+#include "terminaldocument.h"
 
 #include <QContextMenuEvent>
 #include <QGuiApplication>
@@ -11,38 +13,26 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QScrollBar>
-#include <QTextBlock>
 #include <QTime>
 
 namespace {
 
-// The display is drawn at most so often (less often while more than a screen
-// comes at a time, which nobody can read), and no longer than so at a time.
+// The shortest time from one flush to the next, longer while more than a screen
+// arrives at a time, which nobody can read; and the longest time of one flush.
 constexpr int kFlushIntervalMs = 50;
 constexpr int kFloodIntervalMs = 200;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceCharacters = 8 * 1024;
-constexpr qint64 kRecordPiece = 256 * 1024; // bytes read back at a time
-
-// Some hundred thousand lines to scroll back in. More would make the document's
-// own clean-up (it copies all text now and then) a stall that is felt.
-constexpr int kMaxCharacters = 8 * 1024 * 1024;
-constexpr int kMaxParagraphs = 200 * 1000;
 
 } // namespace
 
 QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     : QTextBrowser(parent)
-    , m_record(AppPaths::tmpFolder(), QStringLiteral("text"))
-    , m_maxCharacters(kMaxCharacters)
-    , m_maxParagraphs(kMaxParagraphs)
+    , m_received(AppPaths::tmpFolder())
+    , m_document(new TerminalDocument(Fonts::monospace(), this))
 {
     setObjectName(QStringLiteral("recvBrowser"));
-    auto *log = new QTextDocument(this);
-    log->setUndoRedoEnabled(false);
-    log->setDefaultFont(Fonts::monospace());
-    log->setDocumentLayout(new LogLayout(log));
-    setDocument(log);
+    setDocument(m_document);
     setFont(Fonts::monospace());
     setReadOnly(true);
     setUndoRedoEnabled(false);
@@ -57,32 +47,69 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
 
 QtTerminalWidget::~QtTerminalWidget() = default;
 
-void QtTerminalWidget::setBounds(int characters, int paragraphs)
+void QtTerminalWidget::setLimits(int characters, int paragraphs)
 {
-    m_maxCharacters = characters;
-    m_maxParagraphs = paragraphs;
+    m_document->setLimits(characters, paragraphs);
 }
 
-// ---- what comes in
+// ---- incoming
 
 void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &header, bool hexShow)
 {
-    m_queue.push(bytes, header, hexShow);
+    m_received.receive(bytes, header, hexShow);
     flushSoon();
 }
 
 void QtTerminalWidget::showMessage(const QByteArray &bytes, const QString &header, bool hexShow,
                                    const QString &source)
 {
-    m_queue.pushMessage(bytes, header, hexShow, source);
+    m_received.receiveMessage(bytes, header, hexShow, source);
     flushSoon();
 }
 
 void QtTerminalWidget::endSource(const QString &source)
 {
-    m_queue.endSource(source);
+    m_received.endSource(source);
     flushSoon();
 }
+
+// The same way in, with a bound on what is shown of text.
+void QtTerminalWidget::insertRecvData(QByteArray byData, bool hexShow, bool showLog)
+{
+    QString header;
+    if (showLog)
+        header = QTime::currentTime().toString(QStringLiteral("\n[hh:mm:ss.zzz]")) +
+                 (hexShow ? QStringLiteral(" Hex >\n") : QStringLiteral(" ASCII >\n"));
+    const bool isIdle = !m_received.hasPending();
+    m_received.receive(byData, header, hexShow, ReceivedText::Bound::Newest);
+    if (isIdle)
+        flushSlice();
+    else
+        flushSoon();
+}
+
+void QtTerminalWidget::setTerminalText(QString strText)
+{
+    clearTerminal();
+    showNow(m_received.setText(strText));
+    scrollToEnd();
+}
+
+void QtTerminalWidget::insertTerminalText(QString strText)
+{
+    flushAll();
+    showNow(m_directInsert ? m_received.appendText(strText) : m_received.appendLines(strText));
+}
+
+void QtTerminalWidget::clearTerminal()
+{
+    m_flushTimer.stop();
+    m_received.clear();
+    m_recordIsComplete = true;
+    m_document->clear();
+}
+
+// ---- from text to display
 
 void QtTerminalWidget::flushSoon()
 {
@@ -95,149 +122,94 @@ void QtTerminalWidget::flushSoon()
         m_flushTimer.start(static_cast<int>(m_flushInterval - sinceLast));
 }
 
-qint64 QtTerminalWidget::queuedBytes() const
-{
-    return m_queue.bytes();
-}
-
 void QtTerminalWidget::flushSlice()
 {
     QElapsedTimer spent;
     spent.start();
-    const bool wasAtEnd = atEnd();
+    const bool follows = followsEnd();
     const QScrollBar *bar = verticalScrollBar();
     const int lengthBefore = bar->maximum();
-    bool logDue = false;
-    do {
-        const ReceiveQueue::Slice slice = m_queue.take(kSliceCharacters, Settings::instance().textCodec);
-        record(slice.text);
-        if (logDue && !slice.log)
-            showLogView();
-        m_receiveBuffer.append(slice.bytes);
-        logDue = slice.log;
-        if (!slice.log && !slice.text.isEmpty())
-            appendText(slice.text);
-    } while (!m_queue.isEmpty() && spent.elapsed() < kFlushBudgetMs);
-    if (logDue)
-        showLogView();
+    const int codec = Settings::instance().textCodec;
+    do
+        apply(m_received.next(kSliceCharacters, codec));
+    while (m_received.hasPending() && spent.elapsed() < kFlushBudgetMs);
+    apply(m_received.putOff(codec));
     m_flushInterval = bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
-    trimFront();
-    followEnd(wasAtEnd);
+    finishShowing(follows);
     m_lastFlush.start();
-    if (!m_queue.isEmpty())
-        m_flushTimer.start(2); // lets input and painting in between
+    if (m_received.hasPending())
+        m_flushTimer.start(2); // input and painting come in between
 }
 
 void QtTerminalWidget::flushAll()
 {
-    while (!m_queue.isEmpty())
+    while (m_received.hasPending())
         flushSlice();
     m_flushTimer.stop();
 }
 
-void QtTerminalWidget::setTerminalText(QString strText)
+void QtTerminalWidget::showNow(const ReceivedText::Change &change)
 {
-    clearTerminal();
-    const QString text = ReceiveBuffer::withPlainLineEnds(strText);
-    record(text);
-    replaceText(text);
-    followEnd(true);
+    const bool follows = followsEnd();
+    apply(change);
+    finishShowing(follows);
 }
 
-void QtTerminalWidget::insertTerminalText(QString strText)
+void QtTerminalWidget::finishShowing(bool follows)
 {
-    flushAll();
-    const bool wasAtEnd = atEnd();
-    if (m_directInsert) {
-        const QString text = ReceiveBuffer::withPlainLineEnds(strText);
-        record(text);
-        appendText(text);
-    } else {
-        // Each line keeps only what follows its last carriage return, as a
-        // terminal would show it.
-        m_pendingText += strText;
-        QStringList lines = m_pendingText.split(QStringLiteral("\r\n"));
-        for (QString &line : lines)
-            line = line.mid(line.lastIndexOf(QLatin1Char('\r')) + 1);
-        const QString text = ReceiveBuffer::withPlainLineEnds(lines.join(QLatin1Char('\n')));
-        m_record.clear(); // lines that were shown before may have changed
-        record(text);
-        replaceText(text);
-    }
-    trimFront();
-    followEnd(wasAtEnd);
-}
-
-void QtTerminalWidget::insertRecvData(QByteArray byData, bool hexShow, bool showLog)
-{
-    QString header;
-    if (showLog)
-        header = QTime::currentTime().toString(QStringLiteral("\n[hh:mm:ss.zzz]")) +
-                 (hexShow ? QStringLiteral(" Hex >\n") : QStringLiteral(" ASCII >\n"));
-    const bool idle = m_queue.isEmpty();
-    if (hexShow)
-        m_queue.push(byData, header, true);
-    else
-        m_queue.pushLog(byData, header);
-    if (idle)
-        flushSlice();
-    else
-        flushSoon();
-}
-
-void QtTerminalWidget::clearTerminal()
-{
-    m_queue.clear();
-    m_flushTimer.stop();
-    m_pendingText.clear();
-    m_receiveBuffer.clear();
-    m_bufferShown = false;
-    m_record.clear();
-    document()->clear();
-}
-
-// ---- the record
-
-void QtTerminalWidget::record(const QString &text)
-{
-    if (text.isEmpty())
-        return;
-    const bool wasComplete = isRecordComplete();
-    const QByteArray bytes = text.toUtf8();
-    m_record.append(bytes.constData(), bytes.size());
-    if (wasComplete && !isRecordComplete())
+    const int offset = verticalScrollBar()->value();
+    const int rows = m_document->lineCount();
+    m_document->dropOldest();
+    keepPlace(offset, rows);
+    if (follows)
+        scrollToEnd();
+    const bool isComplete = m_received.isRecordComplete();
+    if (std::exchange(m_recordIsComplete, isComplete) && !isComplete)
         emit recordFailed();
 }
 
-bool QtTerminalWidget::isRecordComplete() const
+void QtTerminalWidget::apply(const ReceivedText::Change &change)
 {
-    return m_record.state() != ByteSpool::State::Incomplete;
-}
-
-QtTerminalWidget::Reader::Reader(const QtTerminalWidget &terminal)
-    : m_record(terminal.m_record)
-    , m_end(m_record.size())
-{
-}
-
-QString QtTerminalWidget::Reader::next()
-{
-    QString text;
-    while (text.isEmpty() && m_offset < m_end && !m_failed) {
-        const QByteArray bytes = m_record.read(m_offset, qMin(kRecordPiece, m_end - m_offset), &m_failed);
-        if (bytes.isEmpty())
-            break; // cleared meanwhile
-        m_offset += bytes.size();
-        text = m_decoder.decode(bytes.constData(), bytes.size(), TextCodec::Utf8);
+    switch (change.kind) {
+    case ReceivedText::Change::None:
+        break;
+    case ReceivedText::Change::Append: {
+        const SelectionKeeper keeper(this);
+        m_document->append(change.text);
+        break;
     }
-    return text;
+    case ReceivedText::Change::Replace:
+        m_document->replace(change.text);
+        break;
+    case ReceivedText::Change::EditEnds:
+        editEnds(change.ends);
+        break;
+    }
 }
 
-// ---- the document
-
-bool QtTerminalWidget::atEnd() const
+void QtTerminalWidget::editEnds(const ReceiveBuffer::Edit &edit)
 {
-    // Dragging marked text away takes the release with it.
+    const int offset = verticalScrollBar()->value();
+    {
+        const SelectionKeeper keeper(this);
+        m_document->replaceEnd(edit.backRemoved, edit.backInserted);
+    }
+    const int rows = m_document->lineCount();
+    m_document->replaceFront(edit.frontRemoved, edit.frontInserted);
+    keepPlace(offset, rows);
+}
+
+// Rows that left at the front must not move what the user reads.
+void QtTerminalWidget::keepPlace(int offset, int rowsBefore)
+{
+    const int gone = rowsBefore - m_document->lineCount();
+    verticalScrollBar()->setValue(offset - static_cast<int>(gone * m_document->layout()->lineHeight()));
+}
+
+bool QtTerminalWidget::followsEnd() const
+{
+    // The mouse holds the text below it. A drag of selected text away ends
+    // without a release.
     const bool selecting = m_selecting && (QGuiApplication::mouseButtons() & Qt::LeftButton);
     if (selecting || (m_selected && textCursor().hasSelection()))
         return false;
@@ -245,68 +217,41 @@ bool QtTerminalWidget::atEnd() const
     return bar->value() >= bar->maximum();
 }
 
-void QtTerminalWidget::followEnd(bool wasAtEnd)
+void QtTerminalWidget::scrollToEnd()
 {
-    if (wasAtEnd)
-        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
-// ---- what goes out
-
-bool QtTerminalWidget::isEmpty() const
-{
-    return m_queue.isEmpty() && m_record.size() == 0;
-}
-
-// The text between two positions; blocks that continue a paragraph follow
-// without a line end.
-QString QtTerminalWidget::textBetween(int start, int end) const
-{
-    QString text;
-    text.reserve(qMax(0, end - start));
-    for (QTextBlock block = document()->findBlock(start); block.isValid() && block.position() < end;
-         block = block.next()) {
-        if (block.position() > start && !LogLayout::isContinuation(block))
-            text += QLatin1Char('\n');
-        const QString line = block.text();
-        const int from = qMax(0, start - block.position());
-        text += line.midRef(from, qMin(line.size(), end - block.position()) - from);
-    }
-    // The end of the last paragraph belongs to the text when it is inside.
-    const QTextBlock last = document()->findBlock(end);
-    if (last.isValid() && last.position() == end && end > start && !LogLayout::isContinuation(last))
-        text += QLatin1Char('\n');
-    return text;
-}
+// ---- outgoing
 
 QString QtTerminalWidget::toPlainText()
 {
     flushAll();
-    return textBetween(0, document()->characterCount() - 1);
+    return m_document->text();
 }
 
 QMimeData *QtTerminalWidget::createMimeDataFromSelection() const
 {
     const QTextCursor selection = textCursor();
     auto *copied = new QMimeData;
-    copied->setText(textBetween(selection.selectionStart(), selection.selectionEnd()));
+    copied->setText(m_document->textBetween(selection.selectionStart(), selection.selectionEnd()));
     return copied;
 }
 
-// ---- looks
+// ---- looks and input
 
 void QtTerminalWidget::selectColorBrush(const QBrush &brush)
 {
-    QPalette colours = palette();
-    colours.setBrush(QPalette::Base, brush);
-    setPalette(colours);
+    QPalette colors = palette();
+    colors.setBrush(QPalette::Base, brush);
+    setPalette(colors);
 }
 
-void QtTerminalWidget::selectColorText(const QColor &colour)
+void QtTerminalWidget::selectColorText(const QColor &color)
 {
-    QPalette colours = palette();
-    colours.setColor(QPalette::Text, colour);
-    setPalette(colours);
+    QPalette colors = palette();
+    colors.setColor(QPalette::Text, color);
+    setPalette(colors);
 }
 
 void QtTerminalWidget::contextMenuEvent(QContextMenuEvent *event)
@@ -329,13 +274,13 @@ void QtTerminalWidget::keyPressEvent(QKeyEvent *event)
         QTextBrowser::keyPressEvent(event);
 }
 
-// What the user marks must not run away below the pointer.
+// What the user selects stays below the pointer.
 void QtTerminalWidget::mousePressEvent(QMouseEvent *event)
 {
     QTextBrowser::mousePressEvent(event);
     if (event->button() != Qt::LeftButton)
         return;
-    m_pressedAtEnd = atEnd();
+    m_pressedAtEnd = followsEnd();
     m_selecting = true;
 }
 
@@ -346,7 +291,8 @@ void QtTerminalWidget::mouseReleaseEvent(QMouseEvent *event)
         return;
     m_selecting = false;
     m_selected = textCursor().hasSelection();
-    followEnd(m_pressedAtEnd && !m_selected); // a mere click
+    if (m_pressedAtEnd && !m_selected) // a click
+        scrollToEnd();
 }
 
 void QtTerminalWidget::resizeEvent(QResizeEvent *event)
@@ -362,27 +308,25 @@ void QtTerminalWidget::changeEvent(QEvent *event)
     QTextBrowser::changeEvent(event);
     if (event->type() != QEvent::FontChange)
         return;
-    if (document()->defaultFont() != font())
-        document()->setDefaultFont(font());
+    if (m_document->defaultFont() != font())
+        m_document->setDefaultFont(font());
     returnTo(before);
-}
-
-LogLayout *QtTerminalWidget::logLayout() const
-{
-    return static_cast<LogLayout *>(document()->documentLayout());
 }
 
 QtTerminalWidget::Place QtTerminalWidget::place() const
 {
+    const LogLayout *layout = m_document->layout();
     const int top = verticalScrollBar()->value();
-    const int position = logLayout()->hitTest(QPointF(0, top), Qt::FuzzyHit);
-    return {atEnd(), position, top - qRound(logLayout()->rowTop(position))};
+    const int position = layout->hitTest(QPointF(0, top), Qt::FuzzyHit);
+    return {followsEnd(), position, top - qRound(layout->rowTop(position))};
 }
 
 void QtTerminalWidget::returnTo(const Place &place)
 {
-    if (!place.atEnd)
-        verticalScrollBar()->setValue(qRound(logLayout()->rowTop(place.position)) +
-                                      qMin(place.offset, static_cast<int>(logLayout()->lineHeight())));
-    followEnd(place.atEnd);
+    const LogLayout *layout = m_document->layout();
+    if (place.isAtEnd)
+        scrollToEnd();
+    else
+        verticalScrollBar()->setValue(qRound(layout->rowTop(place.position)) +
+                                      qMin(place.offset, static_cast<int>(layout->lineHeight())));
 }

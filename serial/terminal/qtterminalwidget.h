@@ -1,25 +1,17 @@
 #pragma once
 
-// The receive display: shows received bytes as hexadecimal or as decoded text,
-// with optional headers, and hands the text out again.
-//
-// All bytes go through one queue, which the event loop shows slice by slice, at
-// most a screen refresh's worth at a time, so that a flood cannot freeze the
-// window. showReceived() appends to what is shown; insertRecvData() is the log
-// view: the decoded text of the newest 20480 bytes.
-//
-// What the display holds is bounded. Everything that it has shown since the
-// last clearing is in a record on disk, which Reader hands out.
+// The receive display: the view of ReceivedText. Asks it for the next slice when
+// there is time for one, at most a screen refresh's worth at a time, so that a
+// flood can't freeze the window; keeps the user's selection and place, and
+// follows the end where that is in view.
 
-#include "bytespool.h"
-#include "receivebuffer.h"
-#include "receivequeue.h"
+#include "receivedtext.h"
 
 #include <QElapsedTimer>
 #include <QTextBrowser>
 #include <QTimer>
 
-class LogLayout;
+class TerminalDocument;
 
 class QtTerminalWidget : public QTextBrowser
 {
@@ -36,42 +28,19 @@ public:
     void showMessage(const QByteArray &bytes, const QString &header, bool hexShow, const QString &source);
     void endSource(const QString &source);
 
-    // The text held, everything queued included; paragraphs end with "\n".
+    // The text held, after everything pending was shown.
     QString toPlainText();
 
-    // Hands out everything shown since the last clearing up to the moment at
-    // which it was made, in the order in which it was shown, whether the display
-    // still holds it or not, one piece after the other. What is pending in the
-    // queue isn't shown yet.
-    class Reader
-    {
-    public:
-        explicit Reader(const QtTerminalWidget &terminal);
+    // What was shown and what is pending, whatever the display still holds.
+    const ReceivedText &received() const { return m_received; }
+    qint64 queuedBytes() const { return m_received.pendingBytes(); }
 
-        QString next();                          // empty at the end
-        bool failed() const { return m_failed; } // the file could not be read back
-
-    private:
-        const ByteSpool &m_record;
-        const qint64 m_end;
-        qint64 m_offset = 0;
-        StreamDecoder m_decoder;
-        bool m_failed = false;
-    };
-
-    // False: some of what was shown is missing in the record, see recordFailed().
-    bool isRecordComplete() const;
-
-    bool isEmpty() const;
-    // Bytes that are pending for display.
-    qint64 queuedBytes() const;
-
-    // Where insertTerminalText() goes: to the end as it stands (the default), or
-    // line by line as a terminal shows it.
+    // How insertTerminalText() appends: as it stands (the default), or line by
+    // line as a terminal shows it.
     void setDirectInsert(bool direct) { m_directInsert = direct; }
 
     // How many characters and paragraphs the display holds at most.
-    void setBounds(int characters, int paragraphs);
+    void setLimits(int characters, int paragraphs);
 
 public slots:
     void setTerminalText(QString strText);
@@ -79,14 +48,14 @@ public slots:
     void clearTerminal();
     void insertRecvData(QByteArray byData, bool hexShow, bool showLog);
     void selectColorBrush(const QBrush &brush);
-    void selectColorText(const QColor &colour);
+    void selectColorText(const QColor &color);
 
-    // Draws the next slice of what is queued.
+    // Shows the next slice of what is pending.
     void flushSlice();
 
 signals:
     void clearRequested(); // by the context menu
-    // The disk takes no more: what is shown from now on can't be handed out.
+    // The disk takes no more: what is shown from now on is not in the record.
     void recordFailed();
 
 protected:
@@ -102,40 +71,33 @@ private:
     // The text on top of the view, to which it returns when rows have changed.
     struct Place
     {
-        bool atEnd;
+        bool isAtEnd;
         int position;
         int offset; // pixels of its row above the view
     };
 
-    LogLayout *logLayout() const;
     Place place() const;
     void returnTo(const Place &place);
-    bool atEnd() const; // and nothing that the mouse marks keeps it from going on
-    void followEnd(bool wasAtEnd);
-    void record(const QString &text);
-    void appendText(const QString &text);
-    void showLogView();
-    void applyEdit(const ReceiveBuffer::Edit &edit);
-    void replaceText(const QString &text);
-    void trimFront();
+    bool followsEnd() const;
+    void scrollToEnd();
+    // Scrolls up by the rows that left at the front since there were so many.
+    void keepPlace(int offset, int rowsBefore);
+    void apply(const ReceivedText::Change &change);
+    void editEnds(const ReceiveBuffer::Edit &edit);
+    void showNow(const ReceivedText::Change &change);
+    void finishShowing(bool follows);
     void flushAll();
     void flushSoon();
-    QString textBetween(int start, int end) const;
 
-    ReceiveQueue m_queue;
+    ReceivedText m_received;
+    TerminalDocument *m_document;
+    bool m_recordIsComplete = true; // as reported
+    bool m_directInsert = true;
+
     QTimer m_flushTimer;
     QElapsedTimer m_lastFlush;
-    int m_flushInterval = 0;  // milliseconds until the next one
+    int m_flushInterval = 0;  // milliseconds from one flush to the next
     bool m_selecting = false; // the mouse's button is down in the text
     bool m_pressedAtEnd = false;
     bool m_selected = false; // by the mouse, and not scrolled to the end since
-
-    QString m_pendingText;
-    bool m_directInsert = true;
-    ReceiveBuffer m_receiveBuffer; // the newest bytes shown as text, in the log view or not
-    bool m_bufferShown = false;    // the document holds the buffer's text and nothing else
-
-    ByteSpool m_record; // UTF-8 of everything shown
-    int m_maxCharacters;
-    int m_maxParagraphs;
 };

@@ -51,7 +51,7 @@ private:
     QString recorded() const
     {
         QString all;
-        QtTerminalWidget::Reader reader(*m_terminal);
+        ReceivedText::Reader reader(m_terminal->received());
         for (QString text = reader.next(); !text.isEmpty(); text = reader.next())
             all += text;
         return reader.failed() ? QStringLiteral("(failed)") : all;
@@ -336,7 +336,7 @@ void TestTerminal::followsOnlyAtTheEnd()
 
 void TestTerminal::recordsWhatTheDisplayDrops()
 {
-    m_terminal->setBounds(50 * 1000, 500);
+    m_terminal->setLimits(50 * 1000, 500);
     QString all;
     for (int i = 0; i < 60; ++i) {
         QString piece;
@@ -384,11 +384,11 @@ void TestTerminal::recordsWhatTheLogViewReplaces()
 
 void TestTerminal::clearsEverything()
 {
-    m_terminal->setBounds(1000, 10);
+    m_terminal->setLimits(1000, 10);
     m_terminal->showReceived(QByteArray(100 * 1000, '\n'), QString(), false);
-    QVERIFY(!m_terminal->isEmpty());
+    QVERIFY(!m_terminal->received().isEmpty());
     m_terminal->clearTerminal();
-    QVERIFY(m_terminal->isEmpty());
+    QVERIFY(m_terminal->received().isEmpty());
     QCOMPARE(m_terminal->queuedBytes(), qint64(0));
     QCOMPARE(m_terminal->toPlainText(), QString());
     QCOMPARE(recorded(), QString());
@@ -397,8 +397,7 @@ void TestTerminal::clearsEverything()
 void TestTerminal::breaksRowsByColumns()
 {
     const auto end = [](const QString &text, int start, int columns) {
-        int column = 0;
-        return LogLayout::rowEnd(text.constData(), text.size(), start, columns, &column);
+        return RowBreaks::row(text, start, columns).end;
     };
     QCOMPARE(end("abcdef", 0, 4), 4);
     QCOMPARE(end("abcdef", 4, 4), 6);
@@ -453,9 +452,7 @@ void TestTerminal::rowsShowNoCuts()
         for (const QString &paragraph : text.split('\n')) {
             int start = 0;
             do {
-                int column = 0;
-                const int end =
-                    LogLayout::rowEnd(paragraph.constData(), paragraph.size(), start, columns, &column);
+                const int end = RowBreaks::row(paragraph, start, columns).end;
                 expected += paragraph.mid(start, end - start);
                 start = end;
             } while (start < paragraph.size());
@@ -464,7 +461,7 @@ void TestTerminal::rowsShowNoCuts()
         QCOMPARE(layout->documentSize().height(), expected.size() * layout->lineHeight() + 2 * margin);
     }
     QCOMPARE(m_terminal->toPlainText(), text);
-    m_terminal->setBounds(3000, 1000); // rows go at the front as a whole
+    m_terminal->setLimits(3000, 1000); // rows go at the front as a whole
     m_terminal->insertTerminalText(" ");
     QVERIFY(m_terminal->document()->characterCount() < 3000 + 2048);
     QVERIFY((text + ' ').endsWith(m_terminal->toPlainText()));

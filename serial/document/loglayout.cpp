@@ -10,9 +10,6 @@
 
 namespace {
 
-constexpr int kTabColumns = 8;
-constexpr int kForcedBreak = 1 << 16; // columns noted for a line separator: its block never fits one row
-
 // A block's user state: a mark that it continues the paragraph before it (1
 // bit), the column at which its first row then begins (10), its columns (20).
 constexpr int kContinuationBit = 1;
@@ -29,19 +26,6 @@ inline bool isPlain(QChar character)
     const ushort unit = character.unicode();
     return (unit >= 0x20 && unit <= 0x7E) || (unit >= 0x3001 && unit <= 0x3020) ||
            (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0xFF01 && unit <= 0xFF60);
-}
-
-// Columns that a character takes. Everything that is not surely narrow counts
-// as wide: too early a break is harmless, too late a one hides text.
-inline int columnsOf(ushort unit)
-{
-    return unit < 0x0250 ? 1 : 2;
-}
-
-// A row may break before and after these: Chinese, Japanese, Korean.
-inline bool isWide(ushort unit)
-{
-    return unit >= 0x2E80;
 }
 
 } // namespace
@@ -96,7 +80,7 @@ bool LogLayout::drawPlainLine(QPainter *painter, const QString &line, const QPoi
     int column = 0;
     for (int i = 0; i < line.size(); ++i) {
         positions[i] = QPointF(column * m_columnWidth, 0);
-        column += columnsOf(line.at(i).unicode());
+        column += RowBreaks::columnsOf(line.at(i).unicode());
     }
     QGlyphRun run;
     run.setRawFont(m_rawFont);
@@ -106,89 +90,16 @@ bool LogLayout::drawPlainLine(QPainter *painter, const QString &line, const QPoi
     return true;
 }
 
-// What comes before the first character of a block in its row: of a paragraph,
-// the block before, which may end in a word.
-bool LogLayout::breaksBefore(const QTextBlock &block) const
+// The row that a block's first characters are in: begun by the block before,
+// whose last character says whether it may break between the two.
+RowBreaks::Start LogLayout::startOf(const QTextBlock &block, int column) const
 {
-    const ushort last = document()->characterAt(block.position() - 2).unicode();
-    return last == ' ' || last == '\t' || isWide(last);
+    return {column, column > 0 && RowBreaks::breaksBehind(document()->characterAt(block.position() - 2))};
 }
 
-int LogLayout::rowEnd(const QChar *text, int size, int start, int columns, int *column, bool mayBreak)
+QVector<RowBreaks::Row> LogLayout::rowsOf(const QTextBlock &block) const
 {
-    const bool begun = *column > 0; // by the block before
-    int used = *column;
-    int breakAt = start;
-    int breakColumn = used;
-    for (int i = start; i < size; ++i) {
-        const ushort unit = text[i].unicode();
-        const bool wide = isWide(unit);
-        if (wide) {
-            breakAt = i;
-            breakColumn = used;
-        }
-        const int next = used + (unit == '\t' ? kTabColumns - used % kTabColumns : columnsOf(unit));
-        if (next > columns && (i > start || begun)) {
-            if (unit == ' ') { // hangs behind the row, unseen
-                *column = columns;
-                return i + 1;
-            }
-            const bool canBreak = breakAt > start || (begun && mayBreak);
-            *column = canBreak ? breakColumn : used;
-            return canBreak ? breakAt : i;
-        }
-        used = next;
-        if (unit == QChar::LineSeparator) {
-            *column = columns;
-            return i + 1;
-        }
-        if (QChar::isHighSurrogate(unit) && i + 1 < size && text[i + 1].isLowSurrogate())
-            ++i;
-        if (wide || unit == ' ' || unit == '\t') {
-            breakAt = i + 1;
-            breakColumn = used;
-        }
-    }
-    *column = used;
-    return size;
-}
-
-// The same where each character takes one column and none is a tab or a line
-// separator: no walk over all of them.
-int LogLayout::narrowRowEnd(const QString &text, int start, int columns, int *column, bool mayBreak)
-{
-    const int full = start + columns - *column;
-    if (full >= text.size()) {
-        *column += text.size() - start;
-        return text.size();
-    }
-    const bool begun = *column > 0;
-    if (text.at(full) == QLatin1Char(' ') && (full > start || begun)) {
-        *column = columns;
-        return full + 1;
-    }
-    int breakAt = full;
-    while (breakAt > start && text.at(breakAt - 1) != QLatin1Char(' '))
-        --breakAt;
-    const int end = breakAt > start || (begun && mayBreak) ? breakAt : full;
-    *column += end - start;
-    return end;
-}
-
-QVector<LogLayout::Row> LogLayout::rowsOf(const QTextBlock &block, const QString &text) const
-{
-    QVector<Row> rows;
-    int start = 0;
-    int column = startColumn(block);
-    const bool mayBreak = column > 0 && breaksBefore(block);
-    do {
-        Row row{start, 0, column, column};
-        row.end = rowEnd(text.constData(), text.size(), start, m_columns, &row.endColumn, mayBreak);
-        rows.append(row);
-        start = row.end;
-        column = 0;
-    } while (start < text.size());
-    return rows;
+    return RowBreaks::rows(block.text(), m_columns, startOf(block, startColumn(block)));
 }
 
 // Counts the columns of new text, and the rows that begin in the block. Returns
@@ -199,32 +110,18 @@ int LogLayout::countRows(QTextBlock block, int start, bool newText)
     int columns = qMax(0, state) >> kColumnsShift;
     if (newText || state < 0) {
         // Nearly all text is a line that fits; one walk finds that out.
-        columns = 0;
-        const QString text = block.text();
-        for (const QChar character : text) {
-            const ushort unit = character.unicode();
-            columns += unit == '\t'                   ? kTabColumns
-                       : unit == QChar::LineSeparator ? kForcedBreak
-                                                      : columnsOf(unit);
-        }
-        columns = qMin(columns, kMaxBlockColumns);
+        columns = qMin(RowBreaks::maxColumnsOf(block.text()), kMaxBlockColumns);
         m_widest = qMax(m_widest, start + columns);
     }
-    int rows = start > 0 ? 0 : 1; // the row that the block before has begun is its own
+    int rows = start > 0 ? 0 : 1; // a row belongs to the block that it begins in
     int column = start + columns;
     if (column > m_columns) {
         const QString text = block.text();
-        const bool narrow = columns == text.size();
-        const bool mayBreak = start > 0 && breaksBefore(block);
-        const auto end = [&](int from) {
-            return narrow ? narrowRowEnd(text, from, m_columns, &column, mayBreak)
-                          : rowEnd(text.constData(), text.size(), from, m_columns, &column, mayBreak);
-        };
-        column = start;
-        for (int next = end(0); next < text.size(); ++rows) {
-            column = 0;
-            next = end(next);
-        }
+        const auto find = columns == text.size() ? RowBreaks::narrowRow : RowBreaks::row;
+        RowBreaks::Row row = find(text, 0, m_columns, startOf(block, start));
+        for (; row.end < text.size(); ++rows)
+            row = find(text, row.end, m_columns, {});
+        column = row.endColumn;
     }
     const int newState =
         columns << kColumnsShift | start << kStartShift | (state > 0 ? state & kContinuationBit : 0);
@@ -315,7 +212,7 @@ qreal LogLayout::rowsTop(const QTextBlock &block) const
 qreal LogLayout::rowTop(int position) const
 {
     const QTextBlock block = document()->findBlock(position);
-    const QVector<Row> rows = rowsOf(block, block.text());
+    const QVector<RowBreaks::Row> rows = rowsOf(block);
     int row = 0;
     while (row + 1 < rows.size() && rows.at(row).end <= position - block.position())
         ++row;
@@ -324,7 +221,7 @@ qreal LogLayout::rowTop(int position) const
 
 int LogLayout::firstRowStart(const QTextBlock &block) const
 {
-    return startColumn(block) > 0 ? rowsOf(block, block.text()).first().end : 0;
+    return startColumn(block) > 0 ? rowsOf(block).first().end : 0;
 }
 
 qreal LogLayout::top(const QTextBlock &block) const
@@ -366,13 +263,13 @@ void LogLayout::layOut(const QTextBlock &block) const
     QTextLayout *layout = block.layout();
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAnywhere);
-    option.setTabStopDistance(kTabColumns * m_columnWidth);
+    option.setTabStopDistance(RowBreaks::tabColumns * m_columnWidth);
     layout->setTextOption(option);
     layout->setFont(document()->defaultFont());
-    const QVector<Row> rows = rowsOf(block, block.text());
+    const QVector<RowBreaks::Row> rows = rowsOf(block);
     layout->beginLayout();
     for (int number = 0; number < rows.size(); ++number) {
-        const Row &row = rows.at(number);
+        const RowBreaks::Row &row = rows.at(number);
         if (row.end == row.start && number + 1 < rows.size())
             continue; // nothing of it fits behind the block before
         QTextLine line = layout->createLine();
@@ -389,7 +286,7 @@ void LogLayout::layOutLine(QTextLayout &layout) const
 {
     QTextOption option;
     option.setWrapMode(QTextOption::NoWrap);
-    option.setTabStopDistance(kTabColumns * m_columnWidth);
+    option.setTabStopDistance(RowBreaks::tabColumns * m_columnWidth);
     layout.setTextOption(option);
     layout.beginLayout();
     QTextLine line = layout.createLine();
@@ -402,7 +299,7 @@ void LogLayout::layOutLine(QTextLayout &layout) const
 }
 
 void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QTextBlock &block,
-                        const QString &text, const Row &row, qreal y) const
+                        const QString &text, const RowBreaks::Row &row, qreal y) const
 {
     const int blockStart = block.position();
     const qreal x = document()->documentMargin() + row.startColumn * m_columnWidth;
@@ -433,7 +330,7 @@ void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const 
 {
     const QString text = block.text();
     qreal y = rowsTop(block);
-    for (const Row &row : rowsOf(block, text)) {
+    for (const RowBreaks::Row &row : rowsOf(block)) {
         if (!context.clip.isValid() || (y + m_lineHeight > context.clip.top() && y < context.clip.bottom()))
             drawRow(painter, context, block, text, row, y);
         y += m_lineHeight;
@@ -473,10 +370,10 @@ int LogLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const
     while (goesOn(block.next()))
         block = block.next();
     const QString text = block.text();
-    const QVector<Row> rows = rowsOf(block, text);
+    const QVector<RowBreaks::Row> rows = rowsOf(block);
     const int inBlock =
         static_cast<int>(std::lround((margin + rowNumber * m_lineHeight - rowsTop(block)) / m_lineHeight));
-    const Row &row = rows.at(qBound(0, inBlock, rows.size() - 1));
+    const RowBreaks::Row &row = rows.at(qBound(0, inBlock, rows.size() - 1));
     QTextLayout layout(text.mid(row.start, row.end - row.start), document()->defaultFont());
     layOutLine(layout);
     const qreal x = point.x() - margin - row.startColumn * m_columnWidth;

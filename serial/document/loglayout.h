@@ -10,6 +10,8 @@
 // that one. Each block's count of the rows that begin in it is kept in the
 // document, whose own line index finds the block at a height.
 
+#include "rowbreaks.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QFont>
 #include <QFontMetricsF>
@@ -38,14 +40,6 @@ public:
     // Where the first row that begins in the block starts, in the block.
     int firstRowStart(const QTextBlock &block) const;
 
-    // The end of the row that starts at a position and at *column, after at most
-    // so many columns: one per character, two for wide ones, tabs to multiples
-    // of 8. Breaks between words, or in a word that is longer than a row; a space
-    // that is too much hangs behind the row. *column becomes that of the end.
-    // Where *column isn't 0, mayBreak says whether the row may break at the start.
-    static int rowEnd(const QChar *text, int size, int start, int columns, int *column,
-                      bool mayBreak = false);
-
     void draw(QPainter *painter, const PaintContext &context) override;
     int hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const override;
     int pageCount() const override;
@@ -57,28 +51,18 @@ protected:
     void documentChanged(int from, int charsRemoved, int charsAdded) override;
 
 private:
-    // Of a block's text; the first one may begin in a row of the block before.
-    struct Row
-    {
-        int start;
-        int end;
-        int startColumn;
-        int endColumn;
-    };
-
     void updateMetrics();
     void layOut(const QTextBlock &block) const;
     void layOutLine(QTextLayout &layout) const;
     static int startColumn(const QTextBlock &block);
-    static int narrowRowEnd(const QString &text, int start, int columns, int *column, bool mayBreak);
-    bool breaksBefore(const QTextBlock &block) const;
-    QVector<Row> rowsOf(const QTextBlock &block, const QString &text) const;
+    RowBreaks::Start startOf(const QTextBlock &block, int column) const;
+    QVector<RowBreaks::Row> rowsOf(const QTextBlock &block) const; // the first may begin in the block before
     void countRows(QTextBlock block, const QTextBlock &end, int unaffected);
     int countRows(QTextBlock block, int start, bool newText);
     void notifyChange(qreal changedTop, qreal bottom);
     bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const;
     void drawRow(QPainter *painter, const PaintContext &context, const QTextBlock &block, const QString &text,
-                 const Row &row, qreal y) const;
+                 const RowBreaks::Row &row, qreal y) const;
     void drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block) const;
     qreal top(const QTextBlock &block) const;
     qreal rowsTop(const QTextBlock &block) const;

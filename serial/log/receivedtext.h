@@ -1,0 +1,86 @@
+#pragma once
+
+// The text of a receive display, as a sequence of changes: what was received,
+// decoded or in hexadecimal, behind its headers. Owns what is pending, a record
+// on disk of everything shown since the last clearing, and the newest bytes
+// shown, which are the limit of the display in log mode. Knows no widget and no
+// clock: a display asks for the next slice when it has time for one.
+//
+// Nothing asks the display for its text: it may drop and replace what it likes.
+
+#include "bytespool.h"
+#include "receivebuffer.h"
+#include "receivequeue.h"
+
+class ReceivedText
+{
+public:
+    using Bound = ReceiveQueue::Bound;
+
+    // What a display does to what it shows.
+    struct Change
+    {
+        enum Kind { None, Append, Replace, EditEnds };
+        Kind kind = None;
+        QString text;             // to be appended, or to stand in place of all
+        ReceiveBuffer::Edit ends; // of what is shown
+    };
+
+    // The record's file is in the folder, see ByteSpool.
+    explicit ReceivedText(const QString &folder);
+
+    // See ReceiveQueue.
+    void receive(const QByteArray &bytes, const QString &header, bool hex, Bound bound = Bound::None);
+    void receiveMessage(const QByteArray &bytes, const QString &header, bool hex, const QString &source);
+    void endSource(const QString &source);
+
+    bool hasPending() const { return !m_queue.isEmpty(); }
+    qint64 pendingBytes() const { return m_queue.bytes(); }
+    bool isEmpty() const { return m_queue.isEmpty() && m_record.size() == 0; }
+
+    // Records about so many characters of what is pending, decoded with the
+    // codec of the index. With a bound, the change is put off until what follows
+    // needs it or the display asks for it: only the last one can be seen.
+    Change next(int characters, int codecIndex);
+    Change putOff(int codecIndex);
+
+    // Text that was not received. Lines: "\r\n" ends one, which then keeps only
+    // what follows its last carriage return, as on a terminal.
+    Change setText(const QString &text);
+    Change appendText(const QString &text);
+    Change appendLines(const QString &text);
+
+    void clear();
+
+    // False: some of what was shown is missing in the record.
+    bool isRecordComplete() const { return m_record.state() != ByteSpool::State::Incomplete; }
+
+    // Hands out, piece by piece, what was shown since the last clearing up to
+    // the moment at which the reader was made.
+    class Reader
+    {
+    public:
+        explicit Reader(const ReceivedText &text);
+
+        QString next();                          // empty at the end
+        bool failed() const { return m_failed; } // the file could not be read back
+
+    private:
+        const ByteSpool &m_record;
+        const qint64 m_end;
+        qint64 m_offset = 0;
+        StreamDecoder m_decoder;
+        bool m_failed = false;
+    };
+
+private:
+    void record(const QString &text);
+    Change shown(Change::Kind kind, const QString &text);
+
+    ReceiveQueue m_queue;
+    ByteSpool m_record;         // UTF-8
+    ReceiveBuffer m_newest;     // shown as text, with a bound or not
+    bool m_isNewestDue = false; // a change was put off
+    bool m_showsNewest = false; // the display shows m_newest and nothing else
+    QString m_lines;            // see appendLines()
+};
