@@ -1,16 +1,15 @@
-// What a report costs the PID page (parsing, and feeding the chart) with so
-// many points held in its curve, and what the parser does beside memchr over
-// the same bytes. Every frame's worth of time a picture is due and is drawn;
-// its fitting and drawing is measured apart, for it does not come with every
-// report.
+// What a report costs the PID page (parsing and recording) with so many samples
+// held, and what the parser does beside memchr over
+// the same bytes. Adding points to the curves and drawing them is measured apart,
+// since it is done once for many reports.
 
 #include "korvexresources.h"
 #include "pidexport.h"
 #include "pidparser.h"
 #include "pidplot.h"
+#include "pidrecorder.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -29,48 +28,54 @@ QByteArray reports(int count)
     return bytes;
 }
 
-// Points come so close that the window of ten seconds holds the count. As on
-// the page, time is told in milliseconds.
+// Points come so close that the window of ten seconds holds the count.
 void parseAndFeed(benchmark::State &state)
 {
-    const double step = PidPlot::windowSeconds / double(state.range(0));
-    PidPlot plot;
-    double seconds = 0;
-    const auto time = [&seconds, step] { return std::floor((seconds += step) * 1000) / 1000; };
+    const qint64 step = PidSamples::windowUs / state.range(0);
+    PidRecorder recorder;
+    PidPlot plot(&recorder);
+    qint64 us = 0;
     for (int64_t i = 0; i < state.range(0); ++i)
-        plot.addPoint(0, time(), 500, static_cast<int>(i % 1000));
+        recorder.addActual(0, static_cast<int>(i % 1000), us += step);
     constexpr int perChunk = 64;
     const QByteArray chunk = reports(perChunk);
     PidParser parser;
     PidReport report;
     for (auto _ : state) {
-        parser.append(chunk);
+        parser.append(chunk, us);
         while (parser.next(&report) == PidParser::Outcome::Report)
-            plot.addPoint(report.channel - 1, time(), 500, report.value);
+            recorder.addActual(report.channel - 1, report.value, us += step);
     }
     state.SetItemsProcessed(state.iterations() * perChunk);
-    state.counters["held"] = plot.graph(5)->dataCount();
+    state.counters["held"] = recorder.samples()[0].size();
     state.counters["ns_per_report"] =
         benchmark::Counter(double(state.iterations()) * perChunk * 1e-9,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(parseAndFeed)->Arg(100)->Arg(10000)->Arg(100000);
 
-// One picture: ten curves with so many points each, five of them noise over the
-// whole height, which is the most that there is to draw.
+// One picture and the reports before it, 33 of each channel: ten curves with so
+// many points each, five of them noise over the whole height, which is the worst
+// case of drawing.
 void fitAndDraw(benchmark::State &state)
 {
-    PidPlot plot;
+    PidRecorder recorder;
+    PidPlot plot(&recorder);
     plot.resize(750, 320);
     for (int graph = 0; graph < PidPlot::curves; ++graph)
         plot.setCurve(graph, Qt::red, true, QString());
     plot.show();
-    const double step = PidPlot::windowSeconds / double(state.range(0));
+    const qint64 step = PidSamples::windowUs / state.range(0);
     for (int64_t i = 0; i < state.range(0); ++i)
         for (int channel = 0; channel < PidPlot::channels; ++channel)
-            plot.addPoint(channel, double(i) * step, 2, static_cast<int>(i * 7 % 5));
-    for (auto _ : state)
+            recorder.addActual(channel, static_cast<int>(i * 7 % 5), i * step);
+    int64_t number = state.range(0);
+    for (auto _ : state) {
+        for (const int64_t end = number + 33; number < end; ++number)
+            for (int channel = 0; channel < PidPlot::channels; ++channel)
+                recorder.addActual(channel, static_cast<int>(number * 7 % 5), number * step);
         plot.drawNew();
+    }
 }
 BENCHMARK(fitAndDraw)->Arg(100)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
@@ -84,7 +89,8 @@ void parse(benchmark::State &state)
     PidReport report;
     for (auto _ : state) {
         for (int at = 0; at < bytes.size(); at += kChunk) {
-            parser.append(QByteArray::fromRawData(bytes.constData() + at, qMin(kChunk, bytes.size() - at)));
+            parser.append(QByteArray::fromRawData(bytes.constData() + at, qMin(kChunk, bytes.size() - at)),
+                          at);
             while (parser.next(&report) == PidParser::Outcome::Report)
                 benchmark::DoNotOptimize(report);
         }
@@ -123,11 +129,15 @@ BENCHMARK(memchrHopping);
 // All that five channels at 1,000 points a second hold.
 void exportTables(benchmark::State &state)
 {
-    const PidExport::Channel channel{10000, [](int) { return 500.0; }, [](int k) { return k * 7 % 1000; }};
+    PidRecorder recorder;
+    for (int channel = 0; channel < PidRecorder::channels; ++channel)
+        for (int k = 0; k < 10000; ++k)
+            recorder.addActual(channel, k * 7 % 1000, k * 1000);
     for (auto _ : state) {
-        QBuffer file;
-        file.open(QIODevice::WriteOnly);
-        benchmark::DoNotOptimize(PidExport::write(&file, QVector<PidExport::Channel>(5, channel)));
+        PidExport tables(recorder.shown());
+        while (!tables.advance(500)) {
+        }
+        benchmark::DoNotOptimize(tables.text().size());
     }
 }
 BENCHMARK(exportTables)->Unit(benchmark::kMillisecond);

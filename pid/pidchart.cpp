@@ -2,6 +2,7 @@
 
 #include "pidcurvelist.h"
 #include "pidplot.h"
+#include "pidrecorder.h"
 #include "safefile.h"
 #include "stateindicator.h"
 
@@ -13,9 +14,10 @@
 #include <QPushButton>
 #include <QToolTip>
 
-PidChart::PidChart(QWidget *parent)
+PidChart::PidChart(PidRecorder *recorder, QWidget *parent)
     : QWidget(parent)
-    , m_plot(new PidPlot(this))
+    , m_recorder(recorder)
+    , m_plot(new PidPlot(recorder, this))
     , m_curves(new PidCurveList(this))
     , m_zoom(new QComboBox(this))
     , m_fitAll(new QCheckBox(QStringLiteral("适应全部曲线"), this))
@@ -27,9 +29,11 @@ PidChart::PidChart(QWidget *parent)
     buildUi();
     connect(m_plot, &PidPlot::followChanged, this, &PidChart::showFollow);
     connect(m_plot, &PidPlot::drawn, this, &PidChart::showValues);
+    connect(m_plot, &PidPlot::curvesCreated, this, &PidChart::applyCurves);
+    connect(recorder, &PidRecorder::cleared, this, &PidChart::clearValues);
     connect(m_live, &QPushButton::clicked, m_plot, &PidPlot::returnToLive);
     connect(m_fitAll, &QCheckBox::toggled, m_plot, &PidPlot::setFitAll);
-    connect(m_curves, &PidCurveList::colourChanged, this, &PidChart::applyCurve);
+    connect(m_curves, &PidCurveList::colorChanged, this, &PidChart::applyCurve);
     applyCurves();
     showFollow();
 }
@@ -74,24 +78,10 @@ QLayout *PidChart::buildTopRow()
     return row;
 }
 
-void PidChart::addValue(int channel, double t, qint32 target, qint32 actual)
-{
-    m_values.at(static_cast<size_t>(channel)) = {target, actual, true};
-    m_plot->addPoint(channel, t, target, actual);
-}
-
-void PidChart::clear()
-{
-    m_plot->recreateCurves();
-    applyCurves();
-    m_curves->clearValues();
-    m_values.fill({});
-}
-
 void PidChart::applyCurve(int graph)
 {
     const int key = PidCurveList::keyOf(graph);
-    m_plot->setCurve(graph, m_curves->colour(key), m_curves->isShown(key), m_curves->name(graph));
+    m_plot->setCurve(graph, m_curves->color(key), m_curves->isShown(key), m_curves->name(graph));
 }
 
 void PidChart::applyCurves()
@@ -111,18 +101,25 @@ void PidChart::showCurve(int graph, bool shown)
 void PidChart::showValues()
 {
     for (int channel = 0; channel < channels; ++channel) {
-        Value &value = m_values.at(static_cast<size_t>(channel));
-        if (!value.isNew)
+        const PidSamples &samples = m_recorder->samples().at(static_cast<size_t>(channel));
+        qint64 &shown = m_valuesShown.at(static_cast<size_t>(channel));
+        if (shown == samples.end())
             continue;
-        value.isNew = false;
-        m_curves->setValue(channel, value.target);
-        m_curves->setValue(channel + channels, value.actual);
+        shown = samples.end();
+        m_curves->setValue(channel, samples.last().target);
+        m_curves->setValue(channel + channels, samples.last().actual);
     }
-    // The curves move on below a mouse that rests.
+    // The curves move below a resting mouse.
     if (m_plot->underMouse() && QToolTip::isVisible())
         showReadOut(m_plot->mapFromGlobal(QCursor::pos()));
     else
         m_plot->hideCursor(); // without values it would only drift away
+}
+
+void PidChart::clearValues()
+{
+    m_valuesShown.fill(0);
+    m_curves->clearValues();
 }
 
 void PidChart::setZoomAxis(int index)
@@ -135,17 +132,17 @@ void PidChart::flipZoomAxis()
     m_zoom->setCurrentIndex(1 - m_zoom->currentIndex());
 }
 
-void PidChart::showReadOut(const QPoint &place)
+void PidChart::showReadOut(const QPoint &position)
 {
-    const double key = m_plot->xAxis->pixelToCoord(place.x());
-    const QString text = m_plot->axisRect()->rect().contains(place) ? m_plot->readOut(key) : QString();
+    const double key = m_plot->xAxis->pixelToCoord(position.x());
+    const QString text = m_plot->axisRect()->rect().contains(position) ? m_plot->readOut(key) : QString();
     if (text.isEmpty()) {
         m_plot->hideCursor();
         QToolTip::hideText();
         return;
     }
     m_plot->setCursorAt(key);
-    QToolTip::showText(m_plot->mapToGlobal(place) + QPoint(12, 12), text, m_plot);
+    QToolTip::showText(m_plot->mapToGlobal(position) + QPoint(12, 12), text, m_plot);
 }
 
 void PidChart::showFollow()
@@ -158,22 +155,6 @@ void PidChart::showFollow()
         m_follow->setText(QStringLiteral("幅度已固定"));
     else
         m_follow->setText(QStringLiteral("已暂停"));
-}
-
-QVector<PidExport::Channel> PidChart::tables() const
-{
-    // Copies share their points until the curves go on.
-    const auto copy = [this](int graph) {
-        return QSharedPointer<QCPGraphDataContainer>::create(*m_plot->graph(graph)->data());
-    };
-    QVector<PidExport::Channel> tables;
-    for (int channel = 0; channel < channels; ++channel) {
-        const auto targets = copy(channel);
-        const auto actuals = copy(channel + channels);
-        tables.append({targets->size(), [targets](int k) { return targets->at(k)->value; },
-                       [actuals](int k) { return actuals->at(qMin(k, actuals->size() - 1))->value; }});
-    }
-    return tables;
 }
 
 bool PidChart::savePicture(const QString &fileName, QString *error) const

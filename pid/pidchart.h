@@ -1,10 +1,8 @@
 #pragma once
 
 // The work area of the PID page: the chart with its zoom axis, the state of
-// following, the read-out below the mouse and the list of curves; also what of
-// it is saved. Knows values and times, no board.
-
-#include "pidexport.h"
+// following, the read-out below the mouse and the list of curves. Shows what the
+// recorder holds; owns no sample and knows no board.
 
 #include <QWidget>
 
@@ -12,6 +10,7 @@
 
 class PidCurveList;
 class PidPlot;
+class PidRecorder;
 class QCheckBox;
 class QComboBox;
 class QLabel;
@@ -25,23 +24,18 @@ class PidChart : public QWidget
 public:
     static constexpr int channels = 5;
 
-    explicit PidChart(QWidget *parent = nullptr);
-
-    // A new actual value of a channel (0 to 4) and its target at t seconds.
-    void addValue(int channel, double t, qint32 target, qint32 actual);
-    void clear();
+    // The recorder must outlive the chart.
+    explicit PidChart(PidRecorder *recorder, QWidget *parent = nullptr);
 
     void showCurve(int graph, bool shown);
     void setZoomAxis(int index); // 0 time, else values
     void flipZoomAxis();
-    // The values below a place on the plot; none outside the axes.
-    void showReadOut(const QPoint &place);
+    // The values below a position on the plot; none outside the axes.
+    void showReadOut(const QPoint &position);
 
-    // The points as they are now.
-    QVector<PidExport::Channel> tables() const;
-    // False where the file could not be written, and why; one that was there
-    // then stays.
-    bool savePicture(const QString &fileName, QString *error) const; // PNG, or PDF by its name
+    // As PNG, or as PDF by its name. False and the reason where the file could
+    // not be written; an existing one then stays.
+    bool savePicture(const QString &fileName, QString *error) const;
 
     PidPlot *plot() const { return m_plot; }
     PidCurveList *curveList() const { return m_curves; }
@@ -57,7 +51,9 @@ private:
     void applyCurves();
     void showFollow();
     void showValues();
+    void clearValues();
 
+    PidRecorder *m_recorder;
     PidPlot *m_plot;
     PidCurveList *m_curves;
     QComboBox *m_zoom;
@@ -66,11 +62,5 @@ private:
     QLabel *m_follow;
     QPushButton *m_live;
     StateIndicator *m_state;
-    struct Value
-    {
-        qint32 target = 0;
-        qint32 actual = 0;
-        bool isNew = false; // not in the list of curves yet
-    };
-    std::array<Value, channels> m_values;
+    std::array<qint64, channels> m_valuesShown{}; // samples before this number
 };

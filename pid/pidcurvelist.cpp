@@ -14,7 +14,7 @@ struct Default
 {
     int key;
     const char *label;
-    const char *colour;
+    const char *color;
 };
 
 constexpr Default kDefaults[PidCurveList::curves] = {
@@ -24,32 +24,32 @@ constexpr Default kDefaults[PidCurveList::curves] = {
     {0x205, "CH5", "#420080"},
 };
 
-// Offered beside a curve's own colour; each can be told from light and from
-// dark grounds.
+// Offered beside a curve's own color; each stands out from light and from dark
+// backgrounds.
 const struct
 {
-    const char *colour;
+    const char *color;
     const char *name;
 } kOffered[] = {
     {"#e5484d", "红色"}, {"#e07b00", "橙色"}, {"#a38a00", "黄色"}, {"#3c9a3c", "绿色"},
     {"#0a9a9a", "青色"}, {"#3d8bff", "蓝色"}, {"#a066ff", "紫色"}, {"#8a8a8a", "灰色"},
 };
 
-QIcon swatchIcon(const QColor &colour, const QColor &outline)
+QIcon swatchIcon(const QColor &color, const QColor &outline)
 {
     QPixmap pixmap(14, 14);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     painter.setPen(outline);
-    painter.setBrush(colour);
+    painter.setBrush(color);
     painter.drawRect(0, 3, 13, 7);
     return QIcon(pixmap);
 }
 
 } // namespace
 
-// As wide as its place, however long the number; the whole number is in the
-// tool tip. One that was cut off would be another number.
+// As wide as its cell, however long the number; the complete number is in the
+// tool tip. A truncated one would be another number.
 class PidCurveList::NumberLabel : public QLabel
 {
 public:
@@ -94,7 +94,7 @@ PidCurveList::PidCurveList(QWidget *parent)
         curve.key = kDefaults[graph].key;
         curve.label = QLatin1String(kDefaults[graph].label);
         addCell(grid, graph, curve);
-        setColour(graph, QColor(QLatin1String(kDefaults[graph].colour)));
+        setColor(graph, QColor(QLatin1String(kDefaults[graph].color)));
     }
     for (int channel = 0; channel < channels; ++channel)
         grid->setColumnStretch(1 + channel, 1);
@@ -114,7 +114,7 @@ void PidCurveList::addCell(QGridLayout *grid, int graph, Curve &curve)
     curve.value->setObjectName(QStringLiteral("curveValue%1").arg(graph));
     connect(curve.shown, &QCheckBox::toggled, this,
             [this, graph](bool shown) { emit signalGraphClicked(graph, shown); });
-    connect(curve.swatch, &QToolButton::clicked, this, [this, graph] { offerColours(graph); });
+    connect(curve.swatch, &QToolButton::clicked, this, [this, graph] { offerColors(graph); });
 
     auto *cell = new QHBoxLayout;
     cell->setSpacing(2);
@@ -137,10 +137,10 @@ const PidCurveList::Curve *PidCurveList::find(int key) const
     return nullptr;
 }
 
-QColor PidCurveList::colour(int key) const
+QColor PidCurveList::color(int key) const
 {
     const Curve *curve = find(key);
-    return curve ? curve->colour : QColor(0xff, 0, 0);
+    return curve ? curve->color : QColor(0xff, 0, 0);
 }
 
 bool PidCurveList::isShown(int key) const
@@ -166,26 +166,26 @@ void PidCurveList::clearValues()
         curve.value->setNumber(QString());
 }
 
-void PidCurveList::setColour(int graph, const QColor &colour)
+void PidCurveList::setColor(int graph, const QColor &color)
 {
     Curve &curve = m_curves.at(static_cast<size_t>(graph));
-    curve.colour = colour;
-    curve.swatch->setIcon(swatchIcon(colour, palette().color(QPalette::Mid)));
-    emit colourChanged(graph);
+    curve.color = color;
+    curve.swatch->setIcon(swatchIcon(color, palette().color(QPalette::Mid)));
+    emit colorChanged(graph);
 }
 
-void PidCurveList::offerColours(int graph)
+void PidCurveList::offerColors(int graph)
 {
     QMenu menu(this);
     const QColor outline = palette().color(QPalette::Mid);
-    const auto offer = [&](const QColor &colour, const QString &name) {
-        menu.addAction(swatchIcon(colour, outline), name)->setData(colour);
+    const auto offer = [&](const QColor &color, const QString &name) {
+        menu.addAction(swatchIcon(color, outline), name)->setData(color);
     };
-    offer(QColor(QLatin1String(kDefaults[graph].colour)), QStringLiteral("默认颜色"));
+    offer(QColor(QLatin1String(kDefaults[graph].color)), QStringLiteral("默认颜色"));
     menu.addSeparator();
     for (const auto &entry : kOffered)
-        offer(QColor(QLatin1String(entry.colour)), QString::fromUtf8(entry.name));
+        offer(QColor(QLatin1String(entry.color)), QString::fromUtf8(entry.name));
     const QToolButton *swatch = m_curves.at(static_cast<size_t>(graph)).swatch;
     if (const QAction *chosen = menu.exec(swatch->mapToGlobal(QPoint(0, 0))))
-        setColour(graph, chosen->data().value<QColor>());
+        setColor(graph, chosen->data().value<QColor>());
 }

@@ -1,8 +1,9 @@
 #pragma once
 
-// The curve configuration, which is the legend too: for each curve a check box
-// that shows or hides it, its colour and its current value. A column for each
-// channel, target above actual value. A click on the colour offers others.
+// The curve configuration, which is also the legend: for each curve a check box
+// that shows or hides it, its color and its current value. A column for each
+// channel, target above actual value. A click on the color offers others. Owns
+// color and visibility of the curves; knows no sample.
 
 #include <QColor>
 #include <QWidget>
@@ -28,7 +29,7 @@ public:
     static int keyOf(int graph);
 
     // By key. "#ff0000" and shown where the configuration has no such curve.
-    QColor colour(int key) const;
+    QColor color(int key) const;
     bool isShown(int key) const;
     QString name(int graph) const; // "CH1 目标值"
 
@@ -37,7 +38,7 @@ public:
 
 signals:
     void signalGraphClicked(int index, bool bShow);
-    void colourChanged(int index);
+    void colorChanged(int index);
 
 private:
     class NumberLabel;
@@ -45,15 +46,15 @@ private:
     {
         int key = 0;
         QString label;
-        QColor colour;
+        QColor color;
         QCheckBox *shown = nullptr;
         QToolButton *swatch = nullptr;
         NumberLabel *value = nullptr;
     };
 
     void addCell(QGridLayout *grid, int graph, Curve &curve);
-    void setColour(int graph, const QColor &colour);
-    void offerColours(int graph);
+    void setColor(int graph, const QColor &color);
+    void offerColors(int graph);
     const Curve *find(int key) const;
 
     std::array<Curve, curves> m_curves;

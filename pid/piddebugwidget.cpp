@@ -1,11 +1,15 @@
 #include "piddebugwidget.h"
 
+#include "formpanel.h"
+#include "link.h"
 #include "pidchart.h"
+#include "pidcurvelist.h"
 #include "pidoperations.h"
 #include "pidpanel.h"
 #include "pidplot.h"
 #include "pidportpanel.h"
 #include "pidsaving.h"
+#include "pidsession.h"
 #include "portname.h"
 #include "qtmessagebox.h"
 #include "qtserialport.h"
@@ -13,17 +17,20 @@
 #include "stateindicator.h"
 
 #include <QCheckBox>
-#include <QDateTime>
+#include <QComboBox>
 #include <QDebug>
-#include <QLineEdit>
+#include <QHBoxLayout>
+#include <QPushButton>
 
 namespace {
 
 const auto kWarning = QStringLiteral("告警");
 
-quint32 bit(int channel)
+// Before a field's text is sent with Return.
+void selectText(QObject *sender)
 {
-    return 1U << channel;
+    if (auto *field = qobject_cast<QLineEdit *>(sender))
+        field->selectAll();
 }
 
 } // namespace
@@ -31,13 +38,14 @@ quint32 bit(int channel)
 PidDebugWidget::PidDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_link(new QtSerialPort(this))
-    , m_receiver([this](const PidReport &report, bool late) { return act(report, late); }, this)
-    , m_epoch(QDateTime::currentMSecsSinceEpoch())
+    , m_recorder(new PidRecorder(this))
+    , m_session(new PidSession(m_recorder, this))
 {
     setObjectName(QStringLiteral("PidDebugWidget"));
-    m_sinceEpoch.start();
     buildUi();
-    connectParts();
+    connectLink();
+    connectPanel();
+    connectWorkArea();
     setPlotStyle(QStringLiteral("black"));
     setPortState(false);
     reloadSettings();
@@ -45,10 +53,101 @@ PidDebugWidget::PidDebugWidget(QWidget *parent)
 
 PidDebugWidget::~PidDebugWidget()
 {
-    blockSignals(true); // nobody is to be told any more
+    blockSignals(true);
     m_link->disconnect(this);
     if (m_link->isOpen())
         closePort();
+}
+
+// ---- building
+
+void PidDebugWidget::buildUi()
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 4, 8, 6);
+    row->setSpacing(8);
+    row->addWidget(buildPanel());
+    row->addWidget(buildWorkArea(), 1);
+    setPageKeys(m_portPanel->openButton(), m_chart->foldButton());
+}
+
+QWidget *PidDebugWidget::buildPanel()
+{
+    m_panel = new FormPanel(this);
+    m_panel->setObjectName(QStringLiteral("pidConfigPanel"));
+    m_portPanel = new PidPortPanel(m_panel);
+    m_pid = new PidPanel(m_panel);
+    m_panel->addWidget(m_portPanel);
+    m_panel->addWidget(m_pid);
+    return m_panel;
+}
+
+QWidget *PidDebugWidget::buildWorkArea()
+{
+    auto *area = new QWidget(this);
+    m_chart = new PidChart(m_recorder, area);
+    m_saving = new PidSaving(m_recorder, m_chart, this);
+    m_operations = new PidOperations(area);
+    auto *column = new QVBoxLayout(area);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addWidget(m_chart, 1);
+    column->addWidget(m_operations);
+    return area;
+}
+
+void PidDebugWidget::connectLink()
+{
+    connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
+    // Queued: the report comes from within the port's own reading.
+    connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
+    connect(m_link, &QtSerialPort::failed, this,
+            [this](const QString &reason) { notify(Notice::error(reason)); });
+    connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
+
+    connect(m_session, &PidSession::command, this,
+            [this](PidFrame::Command command, int channel, const QByteArray &payload) {
+                SendPidFrame(command, static_cast<quint8>(channel + 1), payload);
+            });
+    connect(m_session, &PidSession::reported, this, &PidDebugWidget::showReport);
+    connect(m_session, &PidSession::lengthSkipped, this,
+            [this] { notify(Notice::error(QStringLiteral("收到长度异常的数据帧，已跳过！"))); });
+    connect(m_session, &PidSession::blocked, this, [this] {
+        notify(Notice::error(QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！")));
+    });
+}
+
+void PidDebugWidget::connectPanel()
+{
+    connect(m_pid, &PidPanel::refused, this,
+            [this](const QString &reason) { notify(Notice::error(reason)); });
+    connect(m_pid->channelBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &PidDebugWidget::SltComboPidChanged);
+    connect(m_pid->sendGains(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendPidClicked);
+    connect(m_pid->sendTarget(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendValueClicked);
+    connect(m_pid->sendPeriod(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnSendIntervalClicked);
+    for (const PidField *field : m_pid->gainFields())
+        connect(field, &QLineEdit::returnPressed, this, &PidDebugWidget::SltBtnSendPidClicked);
+    connect(m_pid->targetField(), &QLineEdit::returnPressed, this, &PidDebugWidget::SltBtnSendValueClicked);
+}
+
+void PidDebugWidget::connectWorkArea()
+{
+    connect(m_operations->startButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnStartClicked);
+    connect(m_operations->resetButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnResetClicked);
+    connect(m_operations->stopShowBox(), &QCheckBox::toggled, m_session, &PidSession::setPaused);
+    connect(m_operations->clearButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnClearClicked);
+    connect(m_operations->exportButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnExportClicked);
+    connect(m_operations->pictureButton(), &QPushButton::clicked, m_saving, &PidSaving::savePicture);
+    connect(m_saving, &PidSaving::notify, this, &PidDebugWidget::notify);
+    connect(m_chart->fitAllBox(), &QCheckBox::toggled, this, &PidDebugWidget::rememberFitAll);
+    connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &PidDebugWidget::SltPoltScale);
+
+    connect(m_chart->plot(), &QCustomPlot::mousePress, this, &PidDebugWidget::SltRightButtonPoltScale);
+    connect(m_chart->plot(), &QCustomPlot::mouseMove, this, &PidDebugWidget::SltPlotMoveEvent);
+    connect(m_chart->curveList(), &PidCurveList::signalGraphClicked, this, &PidDebugWidget::SltGraphClicked);
+    connect(m_chart->foldButton(), &QPushButton::clicked, this, &PidDebugWidget::fold);
 }
 
 void PidDebugWidget::reloadSettings()
@@ -101,11 +200,9 @@ void PidDebugWidget::SltOpenSerialport()
     notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
 }
 
-// What is left over from before goes both ways: a length that never ends would
-// block the link for good, and nothing may act any more when the port is closed.
 void PidDebugWidget::setPortState(bool open)
 {
-    m_receiver.clear();
+    m_session->setOpen(open);
     m_portPanel->setOpenState(open);
     m_operations->setOpenState(open);
     m_chart->state()->setOn(open);
@@ -125,29 +222,15 @@ void PidDebugWidget::portVanished()
         return;
     m_link->close();
     m_operations->setIdle(true);
-    m_startedHere = 0;
     setPortState(false);
     notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
 }
 
-// Sends stop for the selected channel where the button says that it runs, and
-// for every other channel that was started from here; returns when that has
-// left.
 void PidDebugWidget::stopRunning()
 {
-    const int current = m_pid->channel();
-    quint32 running = m_startedHere;
-    if (!m_operations->isIdle())
-        running |= bit(current);
-    if (running == 0)
+    if (!m_session->stopAll(m_pid->channel(), !m_operations->isIdle(), Link::nowUs()))
         return;
     m_operations->setIdle(true);
-    for (int channel = 0; channel < PidFrame::channels; ++channel)
-        if (channel != current && (running & bit(channel)))
-            SendPidFrame(PidFrame::Stop, static_cast<quint8>(channel + 1), {});
-    if (running & bit(current))
-        SendPidFrame(PidFrame::Stop, static_cast<quint8>(current + 1), {});
-    m_startedHere = 0;
     m_link->flush(); // the session may be about to end
 }
 
@@ -159,7 +242,7 @@ void PidDebugWidget::closeLinks()
 
 bool PidDebugWidget::saveBeforeExit()
 {
-    return m_saving->complete(); // a failed export can be tried at another place
+    return m_saving->complete(); // a failed export can be repeated at another place
 }
 
 // ---- sending
@@ -174,70 +257,47 @@ void PidDebugWidget::SendPidFrame(quint8 command, quint8 channel, const QByteArr
     m_link->writeBytes(frame);
 }
 
-quint8 PidDebugWidget::channelByte() const
-{
-    return static_cast<quint8>(m_pid->channel() + 1);
-}
-
-PidChannelParams &PidDebugWidget::selected()
-{
-    return m_params.at(static_cast<size_t>(m_pid->channel()));
-}
-
-void PidDebugWidget::sendCommand(PidFrame::Command command, const QByteArray &payload)
-{
-    SendPidFrame(command, channelByte(), payload);
-}
-
-void PidDebugWidget::sayNotSent(const QString &what)
+void PidDebugWidget::reportNotSent(const QString &what)
 {
     notify(Notice::error(QStringLiteral("%1为空或超出范围，未发送！").arg(what)));
 }
 
 void PidDebugWidget::SltBtnSendPidClicked()
 {
-    if (auto *field = qobject_cast<QLineEdit *>(sender()))
-        field->selectAll();
-    const std::optional<std::array<float, 3>> gains = m_pid->gains();
+    selectText(sender());
+    const std::optional<PidGains> gains = m_pid->gains();
     if (!gains) {
-        sayNotSent(QStringLiteral("P、I、D值"));
+        reportNotSent(QStringLiteral("P、I、D值"));
         return;
     }
-    PidChannelParams &params = selected();
-    params.p = (*gains)[0];
-    params.i = (*gains)[1];
-    params.d = (*gains)[2];
     if (m_link->isOpen())
         m_pid->setGainsSent();
-    sendCommand(PidFrame::SetPid, FloatToBytes(params.p) + FloatToBytes(params.i) + FloatToBytes(params.d));
+    m_session->sendGains(m_pid->channel(), *gains, Link::nowUs());
 }
 
 void PidDebugWidget::SltBtnSendValueClicked()
 {
-    if (auto *field = qobject_cast<QLineEdit *>(sender()))
-        field->selectAll();
+    selectText(sender());
     const std::optional<qint32> target = m_pid->target();
     if (!target) {
-        sayNotSent(QStringLiteral("目标值"));
+        reportNotSent(QStringLiteral("目标值"));
         return;
     }
-    selected().target = *target;
     if (m_link->isOpen())
         m_pid->setTargetSent();
-    sendCommand(PidFrame::SetTarget, Int32ToBytes(*target));
+    m_session->sendTarget(m_pid->channel(), *target, Link::nowUs());
 }
 
-// The period is the board's to tell: only its report is stored.
 void PidDebugWidget::SltBtnSendIntervalClicked()
 {
     const std::optional<qint32> period = m_pid->period();
     if (!period) {
-        sayNotSent(QStringLiteral("周期"));
+        reportNotSent(QStringLiteral("周期"));
         return;
     }
     if (m_link->isOpen())
         m_pid->setPeriodSent();
-    sendCommand(PidFrame::SetPeriod, Int32ToBytes(*period));
+    m_session->sendPeriod(m_pid->channel(), *period, Link::nowUs());
 }
 
 void PidDebugWidget::SltBtnStartClicked()
@@ -249,97 +309,63 @@ void PidDebugWidget::SltBtnStartClicked()
     const bool start = m_operations->isIdle();
     m_operations->setIdle(!start);
     if (start)
-        m_startedHere |= bit(m_pid->channel());
+        m_session->start(m_pid->channel(), Link::nowUs());
     else
-        m_startedHere &= ~bit(m_pid->channel());
-    sendCommand(start ? PidFrame::Start : PidFrame::Stop);
+        m_session->stop(m_pid->channel(), Link::nowUs());
 }
 
 void PidDebugWidget::SltBtnResetClicked()
 {
     SltBtnClearClicked();
-    sendCommand(PidFrame::Reset);
+    m_session->reset(m_pid->channel());
 }
 
 // ---- receiving
 
 void PidDebugWidget::SltRecvFromSerialport(QByteArray byData)
 {
-    m_receiver.append(byData);
-    ParsePidFrames();
+    m_session->receive(byData, Link::nowUs());
 }
 
 void PidDebugWidget::ParsePidFrames()
 {
-    m_receiver.parse();
+    m_session->parse();
 }
 
-// False when the run ends with this report.
-bool PidDebugWidget::act(const PidReport &report, bool late)
+void PidDebugWidget::showReport(const PidReport &report)
 {
-    const int channel = report.channel - 1;
-    const bool isSelected = channel == m_pid->channel();
-    PidChannelParams &params = m_params.at(static_cast<size_t>(channel));
-    switch (report.command) {
-    case PidFrame::Target:
-        params.target = report.value;
-        if (isSelected)
-            m_pid->showReportedTarget(report.value);
-        break;
-    case PidFrame::Actual:
-        if (m_operations->stopShow())
-            return false;
-        if (!late)
-            actOnActual(report);
-        break;
-    case PidFrame::Pid:
-        params.p = report.p;
-        params.i = report.i;
-        params.d = report.d;
-        if (isSelected)
-            m_pid->showReportedGains(params);
-        break;
-    case PidFrame::Started:
-        actOnStarted();
-        break;
-    case PidFrame::Stopped:
+    const bool isSelected = report.channel - 1 == m_pid->channel();
+    if (report.command == PidFrame::Started)
+        followStart(report);
+    else if (report.command == PidFrame::Stopped)
         m_operations->setIdle(true);
-        m_startedHere &= ~bit(channel);
-        break;
-    case PidFrame::Period:
-        params.period = report.value;
-        if (isSelected)
-            m_pid->showReportedPeriod(report.value);
-        break;
-    default:
-        break;
-    }
-    return true;
+    else if (isSelected && report.command == PidFrame::Target)
+        m_pid->showReportedTarget(report.value);
+    else if (isSelected && report.command == PidFrame::Pid)
+        m_pid->showReportedGains(report.gains);
+    else if (isSelected && report.command == PidFrame::Period)
+        m_pid->showReportedPeriod(report.value);
 }
 
-void PidDebugWidget::actOnStarted()
+void PidDebugWidget::followStart(const PidReport &report)
 {
     if (!m_operations->isIdle())
         return;
     m_operations->setIdle(false);
-    if (m_timeOrigin != -1)
+    if (m_recorder->hasOrigin())
         return;
-    m_timeOrigin = now();
-    m_chart->plot()->setTimeAbsolute(false);
-    SltBtnClearClicked(); // keys so far are absolute and would be far away
+    m_recorder->setOrigin(report.arrivalUs);
+    SltBtnClearClicked(); // samples so far would be fifty years away
 }
 
-void PidDebugWidget::actOnActual(const PidReport &report)
+quint64 PidDebugWidget::actualReports() const
 {
-    const int channel = report.channel - 1;
-    const double t = static_cast<double>(now() - m_timeOrigin) / 1000.0;
-    m_chart->addValue(channel, t, m_params.at(static_cast<size_t>(channel)).target, report.value);
-    ++m_actualReports;
+    return m_recorder->recorded();
 }
 
 void PidDebugWidget::SltComboPidChanged(int index)
 {
-    m_pid->showChannel(m_params.at(static_cast<size_t>(index)));
+    m_pid->showChannel(m_recorder->params(index));
 }
 
 // ---- the chart
@@ -351,7 +377,7 @@ void PidDebugWidget::SltGraphClicked(int index, bool bShow)
 
 void PidDebugWidget::SltBtnClearClicked()
 {
-    m_chart->clear();
+    m_recorder->clear();
 }
 
 void PidDebugWidget::SltPoltScale(int index)
@@ -373,4 +399,17 @@ void PidDebugWidget::SltPlotMoveEvent(QMouseEvent *event)
 void PidDebugWidget::SltBtnExportClicked()
 {
     m_saving->exportTables();
+}
+
+void PidDebugWidget::setPlotStyle(const QString &style)
+{
+    m_plotStyle = style;
+    m_chart->plot()->setPlotStyle(style);
+}
+
+void PidDebugWidget::fold()
+{
+    const bool hide = m_panel->isVisibleTo(this);
+    m_panel->setVisible(!hide);
+    m_chart->foldButton()->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
 }

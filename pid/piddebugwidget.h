@@ -1,23 +1,22 @@
 #pragma once
 
 // The PID assistant: sends gains, targets and commands for five channels to a
-// board and plots what it reports against time. Owns the serial link; the
-// frames are pid_link's, the chart is PidPlot's.
+// board and plots its reports against time. Owns the serial link, the session
+// with the board and the recorder; connects them with the panels and the chart,
+// and keeps nothing itself.
 
-#include "pidchannelparams.h"
-#include "pidreceiver.h"
+#include "pidframe.h"
 #include "qtwidgetbase.h"
-
-#include <QElapsedTimer>
-
-#include <array>
 
 class FormPanel;
 class PidChart;
 class PidOperations;
 class PidPanel;
 class PidPortPanel;
+class PidRecorder;
 class PidSaving;
+class PidSession;
+struct PidReport;
 class QMouseEvent;
 class QtSerialPort;
 
@@ -40,7 +39,7 @@ public:
 
     // Does nothing while the port is closed.
     void SendPidFrame(quint8 command, quint8 channel, const QByteArray &payload);
-    // Uses up what has been received, as far as it goes.
+    // Parses the received bytes as far as the rules of the link allow.
     void ParsePidFrames();
 
     static QByteArray Int32ToBytes(qint32 value) { return PidFrame::int32ToBytes(value); }
@@ -48,7 +47,7 @@ public:
     static QByteArray FloatToBytes(float value) { return PidFrame::floatToBytes(value); }
     static float BytesToFloat(const QByteArray &bytes) { return PidFrame::bytesToFloat(bytes); }
 
-    quint64 actualReports() const { return m_actualReports; } // plotted so far
+    quint64 actualReports() const; // recorded so far
 
 signals:
 
@@ -73,22 +72,18 @@ private:
     void buildUi();
     QWidget *buildPanel();
     QWidget *buildWorkArea();
-    void connectParts();
+    void connectLink();
+    void connectPanel();
+    void connectWorkArea();
 
     void setPortState(bool open);
     void closePort();
     void portVanished();
     void stopRunning();
 
-    // False when the run of the parser ends with this report.
-    bool act(const PidReport &report, bool late);
-    void actOnActual(const PidReport &report);
-    void actOnStarted();
-
-    quint8 channelByte() const;
-    PidChannelParams &selected();
-    void sendCommand(PidFrame::Command command, const QByteArray &payload = {});
-    void sayNotSent(const QString &what);
+    void showReport(const PidReport &report);
+    void followStart(const PidReport &report);
+    void reportNotSent(const QString &what);
     void rememberFitAll(bool fitAll);
     void fold();
 
@@ -100,16 +95,7 @@ private:
     PidSaving *m_saving = nullptr;
 
     QtSerialPort *m_link;
-    PidReceiver m_receiver;
-    std::array<PidChannelParams, PidFrame::channels> m_params;
+    PidRecorder *m_recorder;
+    PidSession *m_session;
     QString m_plotStyle;
-    quint64 m_actualReports = 0;
-    quint32 m_startedHere = 0; // bit per channel: start was sent, and no stop since
-
-    // Milliseconds since the epoch, counted on from the start of the page so
-    // that setting the clock does not tear the curves.
-    qint64 now() const { return m_epoch + m_sinceEpoch.elapsed(); }
-    qint64 m_epoch;
-    QElapsedTimer m_sinceEpoch;
-    qint64 m_timeOrigin = -1; // of the time axis; -1 unset
 };

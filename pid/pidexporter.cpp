@@ -20,7 +20,7 @@ PidExporter::PidExporter(QObject *parent)
     connect(&m_next, &QTimer::timeout, this, [this] { runSlice(kSliceMs); });
 }
 
-void PidExporter::start(const QString &fileName, const QVector<PidExport::Channel> &channels)
+void PidExporter::start(const QString &fileName, const PidRecorder::Channels &channels)
 {
     m_fileName = fileName;
     m_export = std::make_unique<PidExport>(channels);

@@ -1,7 +1,7 @@
 #pragma once
 
-// Writes an export to a file. What fits into one picture's time is done at once,
-// more is done in slices between the events.
+// Writes an export to a file. A short one is done at once, a longer one in slices
+// between the events.
 
 #include "pidexport.h"
 
@@ -18,7 +18,7 @@ public:
     explicit PidExporter(QObject *parent = nullptr);
 
     // Not while one is running.
-    void start(const QString &fileName, const QVector<PidExport::Channel> &channels);
+    void start(const QString &fileName, const PidRecorder::Channels &channels);
     bool isRunning() const { return m_export != nullptr; }
     void complete(); // does the remaining work now
 

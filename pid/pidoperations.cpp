@@ -51,8 +51,3 @@ void PidOperations::setIdle(bool idle)
 {
     m_start->setText(idle ? QStringLiteral("启动") : QStringLiteral("停止"));
 }
-
-bool PidOperations::stopShow() const
-{
-    return m_stopShow->isChecked();
-}

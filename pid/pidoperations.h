@@ -18,10 +18,10 @@ public:
     bool isIdle() const; // the start button reads "启动"
     void setIdle(bool idle);
     void setOpenState(bool open);
-    bool stopShow() const;
 
     QPushButton *startButton() const { return m_start; }
     QPushButton *resetButton() const { return m_reset; }
+    QCheckBox *stopShowBox() const { return m_stopShow; }
     QPushButton *clearButton() const { return m_clear; }
     QPushButton *exportButton() const { return m_export; }
     QPushButton *pictureButton() const { return m_picture; }

@@ -8,9 +8,9 @@
 
 namespace {
 
-std::array<float, 3> gainsOf(const PidChannelParams &params)
+std::array<float, 3> arrayOf(const PidGains &gains)
 {
-    return {params.p, params.i, params.d};
+    return {gains.p, gains.i, gains.d};
 }
 
 } // namespace
@@ -108,7 +108,7 @@ void PidPanel::showChannel(const PidChannelParams &params)
         for (size_t k = 0; k < all.size(); ++k)
             all[k]->setContent((*draft)[k]);
 
-    const std::array<float, 3> gains = gainsOf(params);
+    const std::array<float, 3> gains = arrayOf(params.gains);
     const bool keepGains = draft && areGainsTyped();
     for (size_t k = 0; k < gains.size(); ++k)
         m_gains[k]->setRecord(QStringLiteral("%1").arg(static_cast<double>(gains[k]), 0, 'f', 3), gains[k],
@@ -117,12 +117,12 @@ void PidPanel::showChannel(const PidChannelParams &params)
     m_period->setRecord(QString::number(params.period), 0, draft && m_period->isTyped());
 }
 
-void PidPanel::showReportedGains(const PidChannelParams &params)
+void PidPanel::showReportedGains(const PidGains &gains)
 {
-    const std::array<float, 3> gains = gainsOf(params);
+    const std::array<float, 3> values = arrayOf(gains);
     const bool keep = areGainsTyped();
-    for (size_t k = 0; k < gains.size(); ++k)
-        m_gains[k]->setRecord(QString::number(static_cast<double>(gains[k]), 'g', 6), gains[k], keep);
+    for (size_t k = 0; k < values.size(); ++k)
+        m_gains[k]->setRecord(QString::number(static_cast<double>(values[k]), 'g', 6), values[k], keep);
 }
 
 void PidPanel::showReportedTarget(qint32 target)
@@ -135,16 +135,14 @@ void PidPanel::showReportedPeriod(qint32 period)
     m_period->setRecord(QString::number(period), 0, m_period->isTyped());
 }
 
-std::optional<std::array<float, 3>> PidPanel::gains() const
+std::optional<PidGains> PidPanel::gains() const
 {
-    std::array<float, 3> gains{};
-    for (size_t k = 0; k < gains.size(); ++k) {
-        const std::optional<float> value = m_gains[k]->gain();
-        if (!value)
-            return std::nullopt;
-        gains[k] = *value;
-    }
-    return gains;
+    const auto p = m_gains[0]->gain();
+    const auto i = m_gains[1]->gain();
+    const auto d = m_gains[2]->gain();
+    if (!p || !i || !d)
+        return std::nullopt;
+    return PidGains{*p, *i, *d};
 }
 
 void PidPanel::setGainsSent()

@@ -1,14 +1,14 @@
 #pragma once
 
-// The parameters of the channel that is selected: its gains, target and period,
-// and the buttons that send them. Gains are sent together, so while one of them
-// is typed and not sent, no report overwrites any. What is typed for a channel
-// comes back when that channel is selected again; Esc drops it. Sends nothing
+// The parameters of the selected channel: its gains, target and period, and the
+// buttons that send them. Gains are sent together, so while one of them is typed
+// and not sent, no report overwrites any. Typed text belongs to its channel and
+// returns when that channel is selected again; Esc drops it. Sends nothing
 // itself.
 
 #include "formpanel.h"
-#include "pidchannelparams.h"
 #include "pidfield.h"
+#include "pidrecorder.h"
 
 #include <array>
 #include <optional>
@@ -25,19 +25,19 @@ public:
 
     int channel() const; // 0 to 4
 
-    // The channel that is selected now: gains with three decimals, or what was
-    // typed for it before.
+    // Shows the channel that is selected now: gains with three decimals, or the
+    // text typed for it before.
     void showChannel(const PidChannelParams &params);
     // As reported, with six digits.
-    void showReportedGains(const PidChannelParams &params);
+    void showReportedGains(const PidGains &gains);
     void showReportedTarget(qint32 target);
     void showReportedPeriod(qint32 period);
 
-    // What the fields hold; nothing where it is no number that can be sent.
-    std::optional<std::array<float, 3>> gains() const;
+    // The values of the fields; none where a text is not a number to be sent.
+    std::optional<PidGains> gains() const;
     std::optional<qint32> target() const { return m_target->integer(); }
     std::optional<qint32> period() const { return m_period->integer(); }
-    // It was sent.
+    // The fields were sent: they no longer count as typed.
     void setGainsSent();
     void setTargetSent() { m_target->setSent(); }
     void setPeriodSent() { m_period->setSent(); }
@@ -51,7 +51,7 @@ public:
     QPushButton *sendPeriod() const { return m_sendPeriod; }
 
 signals:
-    // What was to be typed or sent is not possible: why.
+    // Typing or sending was refused, with the reason for the user.
     void refused(const QString &reason);
 
 private:

@@ -2,13 +2,15 @@
 
 #include "pidchart.h"
 #include "pidexporter.h"
+#include "pidrecorder.h"
 #include "qtfiledialog.h"
 #include "qtmessagebox.h"
 
 #include <QDir>
 
-PidSaving::PidSaving(PidChart *chart, QWidget *page)
+PidSaving::PidSaving(const PidRecorder *recorder, const PidChart *chart, QWidget *page)
     : QObject(page)
+    , m_recorder(recorder)
     , m_chart(chart)
     , m_page(page)
     , m_exporter(new PidExporter(this))
@@ -28,7 +30,7 @@ void PidSaving::exportTables()
     const QString fileName =
         QtFileDialog::getSaveFileName(m_page, QStringLiteral("导出数据"), QString(), QStringLiteral("*.csv"));
     if (!fileName.isEmpty())
-        m_exporter->start(fileName, m_chart->tables());
+        m_exporter->start(fileName, m_recorder->shown());
 }
 
 void PidSaving::savePicture()

@@ -1,7 +1,7 @@
 #pragma once
 
-// Saves what the chart shows, after asking for a file, and reports how it went:
-// the given texts in boxes, the reasons as notices.
+// Asks for a file and saves into it what the recorder shows as tables, or the
+// chart as a picture. Reports the outcome: failures in boxes, reasons as notices.
 
 #include "notice.h"
 
@@ -9,6 +9,7 @@
 
 class PidChart;
 class PidExporter;
+class PidRecorder;
 class QWidget;
 
 class PidSaving : public QObject
@@ -16,12 +17,12 @@ class PidSaving : public QObject
     Q_OBJECT
 
 public:
-    // Boxes are the page's.
-    PidSaving(PidChart *chart, QWidget *page);
+    // The page is the parent of boxes.
+    PidSaving(const PidRecorder *recorder, const PidChart *chart, QWidget *page);
 
     void exportTables();
     void savePicture();
-    // Ends an export that is running; false: it failed, and the user was told.
+    // Completes an export that is running. False: it failed, and the user knows.
     bool complete();
 
 signals:
@@ -30,7 +31,8 @@ signals:
 private:
     void report(const QString &success, const QString &fileName, const QString &error);
 
-    PidChart *m_chart;
+    const PidRecorder *m_recorder;
+    const PidChart *m_chart;
     QWidget *m_page;
     PidExporter *m_exporter;
     bool m_failed = false; // the last export

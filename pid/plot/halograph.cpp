@@ -4,17 +4,17 @@
 
 namespace {
 
-constexpr double kTellable = 3;       // contrast of a mark
-const QColor kHalo(0x86, 0x86, 0x86); // to be told from the grounds of all styles
+constexpr double kMinContrast = 3;    // of a mark
+const QColor kHalo(0x86, 0x86, 0x86); // stands out from the backgrounds of all styles
 
 } // namespace
 
 bool HaloGraph::hasHalo() const
 {
-    return m_ground.isValid() && Contrast::ratio(pen().color(), m_ground) < kTellable;
+    return m_ground.isValid() && Contrast::ratio(pen().color(), m_ground) < kMinContrast;
 }
 
-// Four thin lines around the curve: one that is wider than a pixel of the device
+// Four thin lines around the curve: a line wider than one pixel of the device
 // takes a thousand times longer where noise fills the height.
 void HaloGraph::drawLinePlot(QCPPainter *painter, const QVector<QPointF> &lines) const
 {

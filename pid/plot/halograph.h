@@ -1,9 +1,16 @@
 #pragma once
 
-// A curve that can be told from the ground whatever its color: where both are
-// too much alike, a line of another color shows on its sides.
+// A curve that stands out from the background whatever its color: where the
+// contrast is too low, a line of another color is drawn along both its sides.
 
-#include "customplot.h"
+// The header of QCustomPlot iterates with a keyword that our build switches off.
+#ifdef QT_NO_FOREACH
+#define foreach(variable, container) for (variable : container)
+#endif
+#include <qcustomplot.h>
+#ifdef QT_NO_FOREACH
+#undef foreach
+#endif
 
 class HaloGraph : public QCPGraph
 {

@@ -1,6 +1,6 @@
 #include "pidplot.h"
 
-#include "halograph.h"
+#include "pidrecorder.h"
 
 #include <QPageSize>
 #include <QPdfWriter>
@@ -12,13 +12,11 @@ namespace {
 constexpr int kFrameMs = 33;
 constexpr double kRightMargin = 0.25; // seconds
 
-// Ten seconds of 20,000 points a second; what a flood brings beyond that is
-// dropped from the old end.
-constexpr int kMostPoints = 200000;
-// Read out, a curve reaches so far beyond its ends: channels report in turns.
+// In the read-out a curve reaches so far beyond its ends: channels report in
+// turns.
 constexpr double kCurveEnd = 0.5; // seconds
-// Smoothing doubles the cost of a picture, and can't be seen among many points.
-constexpr int kMostSmooth = 2000;
+// Smoothing doubles the cost of a picture and is not visible among many points.
+constexpr int kMaxSmooth = 2000;
 
 // The palette entries of the skins: panel, secondary text, border, and a shade
 // between border and panel.
@@ -38,7 +36,7 @@ constexpr Style kStyles[] = {
     {"yellow", "#263240", "#AEBFC5", "#AEBFC5", "#4d6075", "#34465a"},
 };
 
-// Before the start there is no 59th minute but a time below zero.
+// Times before the start are below zero, not in the 59th minute.
 class TimeTicker : public QCPAxisTickerDateTime
 {
 protected:
@@ -58,21 +56,22 @@ QCPGraphData nearestPoint(const QCPGraphDataContainer &points, double key)
     return *nearest;
 }
 
-QColor colour(const char *name)
+QColor color(const char *name)
 {
     return QColor(QLatin1String(name));
 }
 
 } // namespace
 
-PidPlot::PidPlot(QWidget *parent)
+PidPlot::PidPlot(PidRecorder *recorder, QWidget *parent)
     : QCustomPlot(parent)
+    , m_recorder(recorder)
     , m_cursor(new QCPItemStraightLine(this))
     , m_hint(new QCPItemText(this))
     , m_frame(this)
 {
     setObjectName(QStringLiteral("pidPlot"));
-    setMinimumSize(200, 120); // whatever the legend of a saved picture asks for
+    setMinimumSize(200, 120); // the legend of a saved picture would ask for more
     setUpAxes();
     m_cursor->setVisible(false);
     showHint(false);
@@ -82,6 +81,8 @@ PidPlot::PidPlot(QWidget *parent)
     m_frame.setSingleShot(true);
     m_frame.setTimerType(Qt::PreciseTimer);
     connect(&m_frame, &QTimer::timeout, this, &PidPlot::drawNew);
+    connect(m_recorder, &PidRecorder::sampleAdded, this, &PidPlot::noteSample);
+    connect(m_recorder, &PidRecorder::cleared, this, &PidPlot::recreateCurves);
     connect(this, &QCustomPlot::mouseDoubleClick, this, &PidPlot::returnToLive);
     connect(this, &QCustomPlot::afterReplot, this, [this] { ++m_pictures; });
     recreateCurves();
@@ -113,7 +114,6 @@ void PidPlot::setUpAxes()
     connect(yAxis, changed, yAxis2, QOverload<const QCPRange &>::of(&QCPAxis::setRange));
     connect(xAxis, changed, this, [this] { axisChangedByUser(true); });
     connect(yAxis, changed, this, [this] { axisChangedByUser(false); });
-    setTimeAbsolute(true);
 }
 
 void PidPlot::setPlotStyle(const QString &style)
@@ -121,45 +121,48 @@ void PidPlot::setPlotStyle(const QString &style)
     for (const Style &known : kStyles) {
         if (style != QLatin1String(known.name))
             continue;
-        m_ground = colour(known.ground);
+        m_ground = color(known.ground);
         setBackground(m_ground);
         for (HaloGraph *graph : qAsConst(m_graphs))
             graph->setGround(m_ground);
-        const QPen pen(colour(known.axis));
+        const QPen pen(color(known.axis));
         for (QCPAxis *axis : {xAxis, yAxis, xAxis2, yAxis2}) {
             axis->setBasePen(pen);
             axis->setTickPen(pen);
             axis->setSubTickPen(pen);
-            axis->setTickLabelColor(colour(known.text));
-            axis->setLabelColor(colour(known.text));
-            axis->grid()->setPen(QPen(colour(known.grid)));
-            axis->grid()->setZeroLinePen(QPen(colour(known.axis)));
-            axis->grid()->setSubGridPen(QPen(colour(known.subGrid), 1, Qt::DotLine));
+            axis->setTickLabelColor(color(known.text));
+            axis->setLabelColor(color(known.text));
+            axis->grid()->setPen(QPen(color(known.grid)));
+            axis->grid()->setZeroLinePen(QPen(color(known.axis)));
+            axis->grid()->setSubGridPen(QPen(color(known.subGrid), 1, Qt::DotLine));
         }
         xAxis->grid()->setZeroLinePen(Qt::NoPen);
-        m_hint->setColor(colour(known.text));
-        m_hint->setBrush(colour(known.ground));
-        m_cursor->setPen(QPen(colour(known.text), 1, Qt::DashLine));
+        m_hint->setColor(color(known.text));
+        m_hint->setBrush(color(known.ground));
+        m_cursor->setPen(QPen(color(known.text), 1, Qt::DashLine));
         legend->setBrush(Qt::NoBrush);
         legend->setBorderPen(Qt::NoPen);
-        legend->setTextColor(colour(known.text));
+        legend->setTextColor(color(known.text));
     }
     replot(rpQueuedReplot);
 }
 
+// Shown time is absolute (local) until the recorder has an origin.
 void PidPlot::recreateCurves()
 {
     clearGraphs();
-    m_points.clear();
     m_graphs.clear();
     for (int graph = 0; graph < curves; ++graph) {
-        m_points.append(Points::create());
         m_graphs.append(new HaloGraph(xAxis, yAxis)); // the plot's
         m_graphs.last()->setGround(m_ground);
-        m_graphs.last()->setData(m_points.last());
     }
+    m_added.fill(0);
+    m_lastChannel = -1;
     m_lastGraph = -1;
     m_hint->setVisible(true);
+    xAxis->ticker().staticCast<QCPAxisTickerDateTime>()->setDateTimeSpec(
+        m_recorder->hasOrigin() ? Qt::UTC : Qt::LocalTime);
+    emit curvesCreated();
     setFollow(Live);
     replot(rpQueuedReplot);
 }
@@ -172,33 +175,51 @@ void PidPlot::showHint(bool portOpen)
         replot(rpQueuedReplot);
 }
 
-void PidPlot::setCurve(int graph, const QColor &colour, bool shown, const QString &name)
+void PidPlot::setCurve(int graph, const QColor &color, bool shown, const QString &name)
 {
-    // Exactly one pixel of the device: a polyline that is any wider takes a
-    // thousand times longer where noise fills the height (seconds a picture).
-    this->graph(graph)->setPen(QPen(colour, 0));
+    // Exactly one pixel of the device: a wider polyline takes a thousand times
+    // longer where noise fills the height (seconds a picture).
+    this->graph(graph)->setPen(QPen(color, 0));
     this->graph(graph)->setVisible(shown);
     this->graph(graph)->setName(name);
     replot(rpQueuedReplot);
 }
 
-void PidPlot::addPoint(int channel, double t, int target, int actual)
+void PidPlot::noteSample(int channel)
 {
-    const auto add = [this, t](int graph, double value) {
-        QCPGraphDataContainer &points = *m_points.at(graph);
-        if (!points.isEmpty() && points.constBegin()->key < t - windowSeconds)
-            points.removeBefore(t - windowSeconds);
-        points.add(QCPGraphData(t, value));
-        if (points.size() > kMostPoints)
-            points.removeBefore(points.at(points.size() - kMostPoints)->key);
-    };
-    add(channel, target);
-    add(channel + channels, actual);
-    m_lastTime = t;
+    m_lastChannel = channel;
     if (m_lastGraph < 0 || graph(channel + channels)->visible())
         m_lastGraph = channel + channels;
     m_hint->setVisible(false);
     requestPicture();
+}
+
+// The curves drop and get what the samples dropped and got since the last time.
+void PidPlot::addNewPoints()
+{
+    for (int channel = 0; channel < channels; ++channel)
+        addNewPoints(channel);
+}
+
+void PidPlot::addNewPoints(int channel)
+{
+    const PidSamples &samples = m_recorder->samples().at(static_cast<size_t>(channel));
+    qint64 &next = m_added.at(static_cast<size_t>(channel));
+    if (next == samples.end())
+        return;
+    QCPGraphDataContainer &targets = *graph(channel)->data();
+    QCPGraphDataContainer &actuals = *graph(channel + channels)->data();
+    const double first = m_recorder->secondsOf(samples.at(0).us);
+    targets.removeBefore(first);
+    actuals.removeBefore(first);
+    next = qMax(next, samples.begin());
+    for (int i = static_cast<int>(next - samples.begin()); i < samples.size(); ++i) {
+        const PidSample &sample = samples.at(i);
+        const double t = m_recorder->secondsOf(sample.us);
+        targets.add(QCPGraphData(t, sample.target));
+        actuals.add(QCPGraphData(t, sample.actual));
+    }
+    next = samples.end();
 }
 
 void PidPlot::setFitAll(bool fitAll)
@@ -207,16 +228,11 @@ void PidPlot::setFitAll(bool fitAll)
     requestPicture();
 }
 
-void PidPlot::setTimeAbsolute(bool absolute)
-{
-    xAxis->ticker().staticCast<QCPAxisTickerDateTime>()->setDateTimeSpec(absolute ? Qt::LocalTime : Qt::UTC);
-}
-
 // ---- following
 
 void PidPlot::axisChangedByUser(bool timeAxis)
 {
-    if (m_fitting)
+    if (m_isFitting)
         return;
     if (timeAxis)
         setFollow(Held);
@@ -228,10 +244,9 @@ void PidPlot::setFollow(Follow follow)
 {
     if (m_follow == follow)
         return;
-    if ((m_follow == Held) != (follow == Held)) {
-        for (int i = 0; i < graphCount(); ++i)
-            graph(i)->setData(follow == Held ? Points::create(*m_points.at(i)) : m_points.at(i));
-    }
+    if (follow == Held)
+        addNewPoints(); // curves and what the recorder keeps are the same
+    m_recorder->setHeld(follow == Held);
     m_follow = follow;
     emit followChanged(follow);
 }
@@ -244,20 +259,21 @@ void PidPlot::returnToLive()
 
 void PidPlot::fitAxes()
 {
-    if (m_follow == Held || m_lastGraph < 0)
+    if (m_lastGraph < 0)
         return;
-    m_fitting = true;
+    m_isFitting = true;
     if (m_follow == Live && m_fitAll) {
         yAxis->rescale(true);
         yAxis->scaleRange(1.1);
     } else if (m_follow == Live) {
         graph(m_lastGraph)->rescaleValueAxis(false);
     }
-    xAxis->setRange(m_lastTime + kRightMargin, windowSeconds, Qt::AlignRight);
-    m_fitting = false;
+    const qint64 lastUs = m_recorder->samples().at(static_cast<size_t>(m_lastChannel)).last().us;
+    xAxis->setRange(m_recorder->secondsOf(lastUs) + kRightMargin, windowSeconds, Qt::AlignRight);
+    m_isFitting = false;
 }
 
-// Points come much faster than the eye can follow.
+// Samples arrive much faster than the eye can follow.
 void PidPlot::requestPicture()
 {
     if (m_frame.isActive())
@@ -269,10 +285,11 @@ void PidPlot::requestPicture()
 void PidPlot::drawNew()
 {
     m_sinceDrawn.start();
-    fitAxes();
     if (m_follow != Held) {
+        addNewPoints();
+        fitAxes();
         for (int i = 0; i < graphCount(); ++i)
-            graph(i)->setAntialiased(graph(i)->dataCount() < kMostSmooth);
+            graph(i)->setAntialiased(graph(i)->dataCount() < kMaxSmooth);
         replot();
     }
     emit drawn();
@@ -334,8 +351,8 @@ void PidPlot::leaveEvent(QEvent *event)
     QCustomPlot::leaveEvent(event);
 }
 
-// Where a pixel of the screen is a fraction of ours, the last row and column are
-// not filled by QCustomPlot, which says that it paints everything.
+// Where a pixel of the screen is a fraction of ours, QCustomPlot leaves the last
+// row and column unpainted, although it declares itself opaque.
 void PidPlot::paintEvent(QPaintEvent *event)
 {
     QPainter(this).fillRect(rect().adjusted(-1, -1, 1, 1), m_ground);
@@ -347,7 +364,7 @@ void PidPlot::paintEvent(QPaintEvent *event)
 bool PidPlot::writePicture(QIODevice *device, Format format)
 {
     hideCursor();
-    // A legend in a row of its own, where it hides nothing, for this once.
+    // A legend in a row of its own, where it hides nothing, for this picture only.
     auto *row = new QCPLayoutGrid;
     plotLayout()->addElement(1, 0, row);
     plotLayout()->setRowStretchFactor(1, 0.001);

@@ -1,20 +1,23 @@
 #pragma once
 
-// The chart of the PID page: ten curves over time, targets (graphs 0 to 4) and
-// actual values (5 to 9) of five channels. Holds the points of the last ten
-// seconds.
+// The chart of the PID page: a view of what a PidRecorder shows, as ten curves
+// over the last ten seconds: targets (graphs 0 to 4) and actual values (5 to 9)
+// of five channels. Owns the curves' copies of the samples and the axes; keys
+// are seconds after the recorder's origin.
 //
-// Live, it follows what comes: axes are fitted once for each picture, not for
-// each point. Dragging, or zooming the time axis, stops that: the curves stand
-// still as they are, while what comes is kept aside. Zooming the value axis
-// only fixes that axis. returnToLive() ends both.
+// Live, it follows new samples: curves and axes are updated once for each
+// picture, not for each sample. Dragging, or zooming the time axis, holds the
+// view: the curves stand still, and the recorder is told to keep what is shown.
+// Zooming the value axis only fixes that axis. returnToLive() ends both.
 
-#include "customplot.h"
+#include "halograph.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
 
-class HaloGraph;
+#include <array>
+
+class PidRecorder;
 
 class PidPlot : public QCustomPlot
 {
@@ -31,35 +34,26 @@ public:
         Held,       // nothing moves
     };
 
-    explicit PidPlot(QWidget *parent = nullptr);
+    // The recorder must outlive the plot.
+    explicit PidPlot(PidRecorder *recorder, QWidget *parent = nullptr);
 
-    // Colours of axes and grids: "black", "white" or "yellow"; another name
-    // leaves them as they are.
+    // Colors of axes and grids: "black", "white" or "yellow"; another name
+    // changes nothing.
     void setPlotStyle(const QString &style);
+    void setCurve(int graph, const QColor &color, bool shown, const QString &name);
 
-    // Drops all curves and makes them anew, empty. Live again.
-    void recreateCurves();
-    void setCurve(int graph, const QColor &colour, bool shown, const QString &name);
-
-    // What an empty chart says, by the state of the port.
+    // The text of an empty chart, by the state of the port.
     void showHint(bool portOpen);
 
-    // A new actual value of a channel (0 to 4) and its target at t seconds.
-    void addPoint(int channel, double t, int target, int actual);
-
-    // The value axis takes in all shown curves, instead of the actual values of
-    // the channel that reported last.
+    // The value axis includes all shown curves, instead of only the actual values
+    // of the channel that reported last.
     void setFitAll(bool fitAll);
-
-    // Shown time is absolute (local) or counted from a start.
-    void setTimeAbsolute(bool absolute);
 
     Follow follow() const { return m_follow; }
     void returnToLive();
 
     // The time of the point nearest to the key, and the values there of the
-    // shown curves that reach it, as rich text; empty where there is nothing to
-    // tell.
+    // shown curves that reach it, as rich text; empty where there is none.
     QString readOut(double key) const;
     void setCursorAt(double key); // a line across the chart
     void hideCursor();
@@ -71,37 +65,43 @@ public:
     int pictures() const { return m_pictures; } // drawn so far
 
 public slots:
-    void drawNew(); // now, what has come; called by itself soon after a point
+    // Adds new samples to the curves and draws them. Called by a timer soon after
+    // a sample.
+    void drawNew();
 
 signals:
     void followChanged(PidPlot::Follow follow);
-    void drawn(); // a picture of new points
+    void curvesCreated(); // anew: colors, names and visibility are to be set
+    void drawn();         // a picture of new samples
 
 protected:
     void leaveEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    using Points = QSharedPointer<QCPGraphDataContainer>;
-
     void setUpAxes();
+    void recreateCurves();
+    void noteSample(int channel);
+    void addNewPoints();
+    void addNewPoints(int channel);
     void axisChangedByUser(bool timeAxis);
     void setFollow(Follow follow);
     void fitAxes();
     void requestPicture();
     bool writePdf(QIODevice *device);
 
+    PidRecorder *m_recorder;
     QColor m_ground;
     QVector<HaloGraph *> m_graphs;
-    QVector<Points> m_points; // what comes; the graphs show it, or a copy while held
+    std::array<qint64, channels> m_added{}; // number of the next sample to be added
     QCPItemStraightLine *m_cursor;
-    QCPItemText *m_hint; // where nothing is to be seen yet
+    QCPItemText *m_hint; // in an empty chart
     QTimer m_frame;
     QElapsedTimer m_sinceDrawn;
-    double m_lastTime = 0;
-    int m_lastGraph = -1; // that the value axis is fitted to, if it is shown
+    int m_lastChannel = -1; // that reported
+    int m_lastGraph = -1;   // that the value axis is fitted to, if it is shown
     bool m_fitAll = false;
-    bool m_fitting = false;
+    bool m_isFitting = false;
     Follow m_follow = Live;
     int m_pictures = 0;
 };

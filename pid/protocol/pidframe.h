@@ -1,17 +1,24 @@
 #pragma once
 
-// The frames of the PID link, as bytes: how numbers lie in them and how a frame
-// to the board is put together. All numbers are little-endian.
+// The frames of the PID link: how numbers are encoded and how a frame to the
+// board is built. All numbers are little-endian.
 //
 //   offset 0      "ORVN"
 //          4      channel, 1 to 5
-//          5      length of the whole frame, int32: payload + 11
+//          5      length of the frame, int32: payload + 11
 //          9      command
 //          10     payload
 //          length - 1   sum of all bytes before it, modulo 256
 
 #include <QByteArray>
 #include <QtGlobal>
+
+struct PidGains
+{
+    float p = 0;
+    float i = 0;
+    float d = 0;
+};
 
 namespace PidFrame {
 

@@ -11,16 +11,15 @@ constexpr int kChannelAt = 4;
 constexpr int kLengthAt = 5;
 constexpr int kCommandAt = 9;
 constexpr int kPayloadAt = 10;
-constexpr int kLongestSensible = 256;   // far beyond any frame of the protocol
-constexpr int kMostBlocked = 64 * 1024; // bytes kept behind a length of 0 or less
+constexpr int kMaxFrame = 256;              // far beyond any frame of the protocol
+constexpr int kMaxBlockedBytes = 64 * 1024; // kept behind a length of 0 or less
 
 bool startsWithMagic(const char *at)
 {
     return std::memcmp(at, "ORVN", kMagicSize) == 0;
 }
 
-// A frame where it lies in the buffer. It may be shorter than what is read from
-// it: what is missing is zero.
+// A frame inside the buffer. Bytes beyond its end read as zero.
 struct Frame
 {
     const char *start;
@@ -49,9 +48,9 @@ PidReport decode(const Frame &frame)
         report.value = frame.int32At(kPayloadAt);
         break;
     case PidFrame::Pid:
-        report.p = frame.floatAt(kPayloadAt);
-        report.i = frame.floatAt(kPayloadAt + 4);
-        report.d = frame.floatAt(kPayloadAt + 8);
+        report.gains.p = frame.floatAt(kPayloadAt);
+        report.gains.i = frame.floatAt(kPayloadAt + 4);
+        report.gains.d = frame.floatAt(kPayloadAt + 8);
         break;
     default:
         break;
@@ -61,30 +60,35 @@ PidReport decode(const Frame &frame)
 
 } // namespace
 
-void PidParser::append(const QByteArray &bytes)
+void PidParser::append(const QByteArray &bytes, qint64 arrivalUs)
 {
-    if (isBlocked() && size() > kMostBlocked)
+    if (isBlocked() && size() > kMaxBlockedBytes)
         return;
     compact();
     m_buffer += bytes;
+    m_arrivals.push_back({m_removed + m_buffer.size(), arrivalUs});
 }
 
 void PidParser::clear()
 {
     m_buffer.clear();
     m_at = 0;
+    m_removed = 0;
+    m_arrivals.clear();
 }
 
 PidParser::Outcome PidParser::next(PidReport *report)
 {
-    resynchronise();
+    resynchronize();
     if (size() < PidFrame::overhead)
         return Outcome::Waiting;
     if (size() < length())
         return Outcome::Waiting;
-    const int taken = qMax(0, length());
-    *report = decode({m_buffer.constData() + m_at, taken});
-    m_at += taken;
+    const int frameSize = qMax(0, length());
+    *report = decode({m_buffer.constData() + m_at, frameSize});
+    m_at += frameSize;
+    forgetArrivals(m_removed + m_at - 1);
+    report->arrivalUs = m_arrivals.front().us;
     const bool known =
         static_cast<quint8>(report->channel - 1) < PidFrame::channels && report->command <= PidFrame::Period;
     return known ? Outcome::Report : Outcome::Dropped;
@@ -107,7 +111,7 @@ bool PidParser::isBlocked() const
 
 bool PidParser::isOverlong() const
 {
-    return hasHead() && length() > kLongestSensible;
+    return hasHead() && length() > kMaxFrame;
 }
 
 void PidParser::skipHead()
@@ -115,9 +119,9 @@ void PidParser::skipHead()
     m_at += qMin(1, size());
 }
 
-// Drops bytes until the magic is in front. Three bytes may be its beginning
+// Drops bytes until the magic is at the front. Three bytes may be its beginning
 // and stay.
-void PidParser::resynchronise()
+void PidParser::resynchronize()
 {
     const char *const begin = m_buffer.constData();
     const char *at = begin + m_at;
@@ -130,13 +134,20 @@ void PidParser::resynchronise()
     m_at = static_cast<int>(at - begin);
 }
 
-// Used bytes go once they are the greater part, so that none is moved twice.
+// Parsed bytes are removed once they are the greater part, so that no byte is
+// moved twice.
 void PidParser::compact()
 {
-    if (m_at == m_buffer.size()) {
-        clear();
-    } else if (m_at > m_buffer.size() / 2) {
-        m_buffer.remove(0, m_at);
-        m_at = 0;
-    }
+    if (m_at <= m_buffer.size() / 2)
+        return;
+    m_buffer.remove(0, m_at);
+    m_removed += m_at;
+    m_at = 0;
+    forgetArrivals(m_removed);
+}
+
+void PidParser::forgetArrivals(qint64 before)
+{
+    while (m_arrivals.size() > 1 && m_arrivals.front().end <= before)
+        m_arrivals.pop_front();
 }

@@ -1,56 +1,67 @@
 #pragma once
 
-// Takes reports out of what the board has sent. Its only state is the buffer of
-// bytes that are not used yet; it knows no clock and no page.
+// Parses the reports of a board. Owns the bytes that are not parsed yet and the
+// times at which they were read; knows no clock and no page.
 //
-// Deliberately lenient: the checksum is not looked at and the length is
-// believed. A length of 0 or less keeps everything waiting behind it until the
-// buffer is cleared, and so does one that is never reached until the caller
-// gives it up.
+// Deliberately lenient: the checksum is ignored and the length is trusted. A
+// length of 0 or less blocks the bytes behind it until the buffer is cleared; a
+// length that is never reached blocks them until the caller skips it.
 
 #include "pidframe.h"
 
+#include <deque>
+
 struct PidReport
 {
-    quint8 command = 0; // PidFrame::Report, or 0, which means nothing
-    quint8 channel = 1; // 1 to 5
-    qint32 value = 0;   // of a target, an actual value or a period
-    float p = 0;        // of PID parameters, as they came: NaN and infinities too
-    float i = 0;
-    float d = 0;
+    quint8 command = 0;   // PidFrame::Report, or 0, which means nothing
+    quint8 channel = 1;   // 1 to 5
+    qint32 value = 0;     // of a target, an actual value or a period
+    PidGains gains;       // as received: NaN and infinities too
+    qint64 arrivalUs = 0; // when its last byte was read
 };
 
 class PidParser
 {
 public:
     enum class Outcome {
-        Report,  // one is in the argument
-        Dropped, // a frame without a known channel or command was taken out
+        Report,  // one was parsed
+        Dropped, // a frame without a known channel or command was removed
         Waiting, // for the rest of a frame
     };
 
-    void append(const QByteArray &bytes);
+    // Microseconds, never less than those of the bytes before.
+    void append(const QByteArray &bytes, qint64 arrivalUs);
     void clear();
 
-    // One pass: skips to a frame and takes it out, if it is whole. A caller
-    // goes on while it gets reports; what a run leaves waits for the next.
+    // One pass: skips to a frame and removes it if it is complete. A caller
+    // continues while it gets reports; what a run leaves is parsed by the next.
     Outcome next(PidReport *report);
 
-    int size() const { return m_buffer.size() - m_at; } // bytes not used yet
+    int size() const { return m_buffer.size() - m_at; } // bytes not parsed yet
 
-    // In front is a length of 0 or less; what waits behind it is bounded.
+    // The frame at the front has a length of 0 or less. The number of bytes kept
+    // behind it is limited.
     bool isBlocked() const;
-    // In front is a length far beyond any frame of the protocol, as after a
+    // The frame at the front is far longer than any of the protocol, as after a
     // board's reset in the middle of a length.
     bool isOverlong() const;
-    void skipHead(); // takes what is in front for garbage
+    void skipHead(); // treats the front as garbage
 
 private:
-    bool hasHead() const;  // a frame up to its command is in front
-    qint32 length() const; // as announced by it
-    void resynchronise();
+    struct Arrival
+    {
+        qint64 end; // of the bytes read then, counted from the first byte of all
+        qint64 us;
+    };
+
+    bool hasHead() const;  // a frame up to its command is at the front
+    qint32 length() const; // as it says
+    void resynchronize();
     void compact();
+    void forgetArrivals(qint64 before); // of the bytes before that one
 
     QByteArray m_buffer;
-    int m_at = 0; // before it everything is used
+    int m_at = 0;         // the first byte not parsed yet
+    qint64 m_removed = 0; // bytes that were before the buffer's first
+    std::deque<Arrival> m_arrivals;
 };

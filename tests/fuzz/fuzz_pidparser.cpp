@@ -22,9 +22,10 @@ QByteArray runs(PidParser &parser)
                 break;
             if (report.channel < 1 || report.channel > 5 || report.command > 6)
                 abort();
-            found += PidFrame::build(report.command, report.channel,
-                                     PidFrame::int32ToBytes(report.value) + PidFrame::floatToBytes(report.p) +
-                                         PidFrame::floatToBytes(report.i) + PidFrame::floatToBytes(report.d));
+            found += PidFrame::build(
+                report.command, report.channel,
+                PidFrame::int32ToBytes(report.value) + PidFrame::floatToBytes(report.gains.p) +
+                    PidFrame::floatToBytes(report.gains.i) + PidFrame::floatToBytes(report.gains.d));
         }
     }
     return found;
@@ -36,14 +37,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
     PidParser whole;
-    whole.append(bytes);
+    whole.append(bytes, 0);
     const QByteArray expected = runs(whole);
 
     PidParser pieces;
     QByteArray found;
     const int piece = size > 0 ? 1 + data[size - 1] % 40 : 1;
     for (int at = 0; at < bytes.size(); at += piece) {
-        pieces.append(bytes.mid(at, piece));
+        pieces.append(bytes.mid(at, piece), at);
         found += runs(pieces);
     }
     if (found != expected)

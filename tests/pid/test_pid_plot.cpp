@@ -1,11 +1,11 @@
 // The chart of the PID page and its list of curves.
 
 #include "contrast.h"
-#include "halograph.h"
 #include "korvexresources.h"
 #include "pidcurvelist.h"
 #include "piddebugwidget.h"
 #include "pidplot.h"
+#include "pidrecorder.h"
 
 #include <QComboBox>
 #include <QtTest>
@@ -16,9 +16,9 @@ class TestPidPlot : public QObject
 
 private slots:
     void initTestCase() { initKorvexResources(); }
+    void init();
     void isSetUp();
-    void keepsTenSeconds();
-    void boundsAFlood();
+    void showsWhatIsRecorded();
     void fitsToTheCurveThatReported();
     void drawsOnceForManyPoints();
     void holds();
@@ -26,14 +26,33 @@ private slots:
     void isReadableInEveryStyle_data();
     void isReadableInEveryStyle();
     void paintsEveryPixel();
-    void tellsCurvesFromTheGround();
+    void tellsCurvesFromTheBackground();
     void knowsTheCurves();
     void flipsTheZoom();
+
+private:
+    // At a time in seconds.
+    void add(int channel, double t, int target, int actual)
+    {
+        m_recorder->params(channel).target = target;
+        m_recorder->addActual(channel, actual, qRound64(t * 1e6));
+    }
+    QSharedPointer<QCPGraphDataContainer> points(int graph) const { return m_plot->graph(graph)->data(); }
+
+    std::unique_ptr<PidRecorder> m_recorder;
+    std::unique_ptr<PidPlot> m_plot;
 };
+
+void TestPidPlot::init()
+{
+    m_plot.reset();
+    m_recorder = std::make_unique<PidRecorder>();
+    m_plot = std::make_unique<PidPlot>(m_recorder.get());
+}
 
 void TestPidPlot::isSetUp()
 {
-    const PidPlot plot;
+    PidPlot &plot = *m_plot;
     QCOMPARE(plot.graphCount(), 10);
     QCOMPARE(plot.yAxis->range(), QCPRange(-700, 700));
     QCOMPARE(plot.yAxis->ticker()->tickCount(), 15);
@@ -50,108 +69,122 @@ void TestPidPlot::isSetUp()
     QCOMPARE(plot.yAxis2->ticker()->tickCount(), 15); // where the grid is
 }
 
-void TestPidPlot::keepsTenSeconds()
+void TestPidPlot::showsWhatIsRecorded()
 {
-    PidPlot plot;
-    for (int i = 0; i <= 30; ++i)
-        plot.addPoint(1, i, i, -i);
-    for (int graph : {1, 6}) {
-        QCOMPARE(plot.graph(graph)->dataCount(), 11); // 20 s to 30 s
-        QCOMPARE(plot.graph(graph)->data()->constBegin()->key, 20.0);
+    for (int i = 0; i <= 30; ++i) {
+        add(1, i, i, -i);
+        if (i % 7 == 0)
+            m_plot->drawNew();
     }
-    QTRY_COMPARE(plot.xAxis->range(), QCPRange(20.25, 30.25));
-}
-
-void TestPidPlot::boundsAFlood()
-{
-    PidPlot plot;
-    for (int i = 0; i < 500000; ++i)
-        plot.addPoint(0, i * 1e-6, 0, i);
-    QVERIFY(plot.graph(5)->dataCount() <= 200000);
-    QCOMPARE((plot.graph(5)->data()->constEnd() - 1)->value, 499999.0);
+    m_plot->drawNew();
+    for (const int graph : {1, 6}) {
+        QCOMPARE(points(graph)->size(), 11); // 20 s to 30 s
+        for (int i = 0; i < 11; ++i) {
+            QCOMPARE(points(graph)->at(i)->key, 20.0 + i);
+            QCOMPARE(points(graph)->at(i)->value, (20.0 + i) * (graph == 1 ? 1 : -1));
+        }
+    }
+    QCOMPARE(m_plot->xAxis->range(), QCPRange(20.25, 30.25));
+    add(1, 100, 5, 6); // no picture while all others were dropped
+    add(1, 101, 5, 7);
+    m_plot->drawNew();
+    add(1, 101, 5, 8); // read at the same time
+    m_plot->drawNew();
+    QCOMPARE(points(6)->size(), 3);
+    QCOMPARE(points(6)->at(2)->value, 8.0);
+    m_recorder->clear();
+    QVERIFY(points(6)->isEmpty());
+    m_recorder->setOrigin(200000000);
+    add(1, 201, 5, 7);
+    m_plot->drawNew();
+    QCOMPARE(points(6)->at(0)->key, 1.0);
 }
 
 void TestPidPlot::fitsToTheCurveThatReported()
 {
-    PidPlot plot;
-    plot.addPoint(0, 1.0, 1000, -5);
-    plot.addPoint(0, 1.1, 1000, 25);
-    QTRY_COMPARE(plot.yAxis->range(), QCPRange(-5, 25)); // not to the target
-    plot.addPoint(2, 1.2, 0, 7000);
-    plot.addPoint(2, 1.3, 0, 8000);
-    QTRY_COMPARE(plot.yAxis->range(), QCPRange(7000, 8000));
-    plot.addPoint(0, 1.4, 1000, 20);
-    QTRY_COMPARE(plot.yAxis->range(), QCPRange(-5, 25)); // smaller again
-    plot.graph(7)->setVisible(false);
-    plot.addPoint(2, 1.5, 0, 9000); // out of sight
-    QTRY_COMPARE(plot.xAxis->range().upper, 1.75);
-    QCOMPARE(plot.yAxis->range(), QCPRange(-5, 25));
-    plot.setFitAll(true); // with a little room above and below -5 and 1000
-    QTRY_VERIFY(plot.yAxis->range().contains(1000) && plot.yAxis->range().size() < 1200);
+    const QCPAxis *values = m_plot->yAxis;
+    add(0, 1.0, 1000, -5);
+    add(0, 1.1, 1000, 25);
+    QTRY_COMPARE(values->range(), QCPRange(-5, 25)); // not to the target
+    add(2, 1.2, 0, 7000);
+    add(2, 1.3, 0, 8000);
+    QTRY_COMPARE(values->range(), QCPRange(7000, 8000));
+    add(0, 1.4, 1000, 20);
+    QTRY_COMPARE(values->range(), QCPRange(-5, 25)); // smaller again
+    m_plot->graph(7)->setVisible(false);
+    add(2, 1.5, 0, 9000);
+    QTRY_COMPARE(m_plot->xAxis->range().upper, 1.75);
+    QCOMPARE(values->range(), QCPRange(-5, 25));
+    m_plot->setFitAll(true); // with a little room above and below -5 and 1000
+    QTRY_VERIFY(values->range().contains(1000) && values->range().size() < 1200);
 }
 
 void TestPidPlot::drawsOnceForManyPoints()
 {
-    PidPlot plot;
-    plot.resize(400, 300);
-    plot.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&plot));
-    const int before = plot.pictures();
+    m_plot->resize(400, 300);
+    m_plot->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_plot.get()));
+    const int before = m_plot->pictures();
     for (int i = 0; i < 10000; ++i)
-        plot.addPoint(0, i * 0.0001, 0, i);
-    QTRY_COMPARE(plot.yAxis->range(), QCPRange(0, 9999));
-    QTRY_VERIFY(plot.pictures() > before);
-    QVERIFY(plot.pictures() < before + 5);
+        add(0, i * 0.0001, 0, i);
+    QTRY_COMPARE(m_plot->yAxis->range(), QCPRange(0, 9999));
+    QTRY_VERIFY(m_plot->pictures() > before);
+    QVERIFY(m_plot->pictures() < before + 5);
 }
 
 void TestPidPlot::holds()
 {
-    PidPlot plot;
-    const QSignalSpy changes(&plot, &PidPlot::followChanged);
-    const QSignalSpy drawn(&plot, &PidPlot::drawn);
-    plot.addPoint(0, 1, 0, 10);
+    const QSignalSpy changes(m_plot.get(), &PidPlot::followChanged);
+    const QSignalSpy drawn(m_plot.get(), &PidPlot::drawn);
+    add(0, 1, 0, 10);
     QTRY_COMPARE(drawn.count(), 1);
-    QCOMPARE(changes.count(), 0); // its own doing
+    QCOMPARE(changes.count(), 0); // fitting is not the user
 
-    plot.yAxis->setRange(-50, 50); // as the wheel does
-    QCOMPARE(plot.follow(), PidPlot::ValueFixed);
-    plot.addPoint(0, 2, 0, 99);
-    QTRY_COMPARE(plot.xAxis->range().upper, 2.25);
-    QCOMPARE(plot.yAxis->range(), QCPRange(-50, 50));
+    m_plot->yAxis->setRange(-50, 50); // as the wheel does
+    QCOMPARE(m_plot->follow(), PidPlot::ValueFixed);
+    add(0, 2, 0, 99);
+    QTRY_COMPARE(m_plot->xAxis->range().upper, 2.25);
+    QCOMPARE(m_plot->yAxis->range(), QCPRange(-50, 50));
 
-    plot.xAxis->setRange(0, 3); // as dragging does
-    QCOMPARE(plot.follow(), PidPlot::Held);
-    plot.addPoint(0, 20, 0, 7);
+    add(0, 2.5, 0, 98);
+    m_plot->xAxis->setRange(0, 3); // as dragging does
+    QCOMPARE(m_plot->follow(), PidPlot::Held);
+    add(0, 20, 0, 7);
     QTRY_COMPARE(drawn.count(), 3);
-    QCOMPARE(plot.xAxis->range(), QCPRange(0, 3));
-    QCOMPARE(plot.graph(5)->dataCount(), 2); // what was to be seen is still there
+    QCOMPARE(m_plot->xAxis->range(), QCPRange(0, 3));
+    QCOMPARE(points(5)->size(), 3);
+    QCOMPARE(m_recorder->shown()[0].size(), 3); // what is exported meanwhile
 
-    plot.returnToLive();
-    QTRY_COMPARE(plot.xAxis->range().upper, 20.25);
-    QCOMPARE(plot.graph(5)->dataCount(), 1); // and what came since, too
-    plot.xAxis->setRange(0, 3);
-    plot.recreateCurves();
-    QCOMPARE(plot.follow(), PidPlot::Live);
+    m_plot->returnToLive();
+    QTRY_COMPARE(m_plot->xAxis->range().upper, 20.25);
+    QCOMPARE(points(5)->size(), 1);
+    QCOMPARE(m_recorder->shown()[0].size(), 1);
+    m_plot->xAxis->setRange(0, 3);
+    m_recorder->clear();
+    QCOMPARE(m_plot->follow(), PidPlot::Live);
 }
 
 void TestPidPlot::readsOut()
 {
-    PidPlot plot;
-    plot.setTimeAbsolute(false);
-    QCOMPARE(plot.readOut(0), QString());
+    m_recorder->setOrigin(0);
+    m_recorder->clear();
+    QCOMPARE(m_plot->readOut(0), QString());
     for (int graph = 0; graph < 10; ++graph)
-        plot.setCurve(graph, Qt::red, graph != 1, QStringLiteral("<%1>").arg(graph));
-    plot.addPoint(1, 61.000, 300, 10);
-    plot.addPoint(1, 61.500, 300, -2147483647);
-    QVERIFY(plot.readOut(61.2).contains("01:01:000"));
-    QVERIFY(plot.readOut(61.3).contains("01:01:500"));
-    QVERIFY(plot.readOut(99).contains("<6>") && plot.readOut(99).contains("-2147483647"));
-    QVERIFY(!plot.readOut(99).contains("<1>") && !plot.readOut(99).contains("<0>")); // hidden, empty
-    QVERIFY(plot.readOut(-99).contains(">10<"));
-    // A channel that is not there at that time has no value, and sets no time.
-    plot.addPoint(3, 65.000, 300, 8);
-    QVERIFY(plot.readOut(61.2).contains("01:01:000") && !plot.readOut(61.2).contains("<8>"));
-    QVERIFY(plot.readOut(64.9).contains("<8>") && !plot.readOut(64.9).contains("<6>"));
+        m_plot->setCurve(graph, Qt::red, graph != 1, QStringLiteral("<%1>").arg(graph));
+    add(1, 61.000, 300, 10);
+    add(1, 61.500, 300, -2147483647);
+    m_plot->drawNew();
+    const auto at = [this](double key) { return m_plot->readOut(key); };
+    QVERIFY(at(61.2).contains("01:01:000"));
+    QVERIFY(at(61.3).contains("01:01:500"));
+    QVERIFY(at(99).contains("<6>") && at(99).contains("-2147483647"));
+    QVERIFY(!at(99).contains("<1>") && !at(99).contains("<0>")); // hidden, empty
+    QVERIFY(at(-99).contains(">10<"));
+    // A channel that has no points at that time has no value, and sets no time.
+    add(3, 65.000, 300, 8);
+    m_plot->drawNew();
+    QVERIFY(at(61.2).contains("01:01:000") && !at(61.2).contains("<8>"));
+    QVERIFY(at(64.9).contains("<8>") && !at(64.9).contains("<6>"));
 }
 
 void TestPidPlot::isReadableInEveryStyle_data()
@@ -175,14 +208,14 @@ void TestPidPlot::isReadableInEveryStyle()
         QVERIFY(Contrast::ratio(axis->tickLabelColor(), ground) >= 4.5);
         QVERIFY(Contrast::ratio(axis->labelColor(), ground) >= 4.5);
         QVERIFY(Contrast::ratio(axis->basePen().color(), ground) >= 3);
-        QVERIFY(Contrast::ratio(axis->grid()->pen().color(), ground) >= 1.3); // seen, but behind
+        QVERIFY(Contrast::ratio(axis->grid()->pen().color(), ground) >= 1.3); // visible, but behind
         QVERIFY(Contrast::ratio(axis->grid()->pen().color(), ground) < 3);
     }
 }
 
 void TestPidPlot::paintsEveryPixel()
 {
-    PidPlot plot;
+    PidPlot &plot = *m_plot;
     plot.setPlotStyle(QStringLiteral("black"));
     plot.resize(301, 203);
     for (const double ratio : {1.25, 1.5}) {
@@ -198,39 +231,39 @@ void TestPidPlot::paintsEveryPixel()
     }
 }
 
-// Beside a level curve of the ground's own color are the pixels of a halo.
-void TestPidPlot::tellsCurvesFromTheGround()
+// Beside a level curve of the background's own color are the pixels of a halo.
+void TestPidPlot::tellsCurvesFromTheBackground()
 {
-    PidPlot plot;
+    PidPlot &plot = *m_plot;
     plot.setPlotStyle(QStringLiteral("black"));
     plot.resize(301, 203);
     plot.setCurve(5, QColor("#302f2f"), true, "dark");
     plot.setCurve(6, QColor("#00ffff"), true, "bright");
     for (int i = 0; i < 10; ++i)
-        plot.addPoint(0, i, 0, i % 2);
+        add(0, i, 0, i % 2);
     plot.drawNew();
     const QImage picture = plot.toPixmap().toImage();
     const int x = int(plot.xAxis->coordToPixel(4.5));
     const int y = int(plot.yAxis->coordToPixel(0.5));
-    double most = 1;
+    double contrast = 1;
     for (int k = -3; k <= 3; ++k)
-        most = qMax(most, Contrast::ratio(picture.pixelColor(x + k, y), QColor("#302f2f")));
-    QVERIFY(most >= 3);
-    QVERIFY(!qobject_cast<HaloGraph *>(plot.graph(6))->hasHalo()); // it needs none
+        contrast = qMax(contrast, Contrast::ratio(picture.pixelColor(x + k, y), QColor("#302f2f")));
+    QVERIFY(contrast >= 3);
+    QVERIFY(!qobject_cast<HaloGraph *>(plot.graph(6))->hasHalo());
 }
 
 void TestPidPlot::knowsTheCurves()
 {
     PidCurveList list;
-    const QStringList colours{"#d9001b", "#bfbf00", "#00ffff", "#015478", "#c280ff",
-                              "#b8741a", "#70b603", "#02a7f0", "#0000bf", "#420080"};
+    const QStringList colors{"#d9001b", "#bfbf00", "#00ffff", "#015478", "#c280ff",
+                             "#b8741a", "#70b603", "#02a7f0", "#0000bf", "#420080"};
     for (int graph = 0; graph < 10; ++graph) {
         const int key = graph < 5 ? 0x101 + graph : 0x201 + graph - 5;
         QCOMPARE(PidCurveList::keyOf(graph), key);
-        QCOMPARE(list.colour(key).name(), colours.at(graph));
+        QCOMPARE(list.color(key).name(), colors.at(graph));
         QVERIFY(list.isShown(key));
     }
-    QCOMPARE(list.colour(0x106).name(), "#ff0000");
+    QCOMPARE(list.color(0x106).name(), "#ff0000");
     const QSignalSpy clicks(&list, &PidCurveList::signalGraphClicked);
     list.findChild<QAbstractButton *>(QStringLiteral("checkCurve8"))->click();
     QCOMPARE(clicks.count(), 1);

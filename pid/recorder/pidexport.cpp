@@ -2,8 +2,6 @@
 
 #include <QTextCodec>
 
-#include <utility>
-
 namespace {
 
 QByteArray encoded(const QString &text)
@@ -11,7 +9,8 @@ QByteArray encoded(const QString &text)
     return QTextCodec::codecForName("GB18030")->fromUnicode(text);
 }
 
-// Six digits, as a text stream prints it. Nearly all values are short integers.
+// Six significant digits, as a text stream prints it. Nearly all values are short
+// integers.
 void appendNumber(QByteArray &text, double value)
 {
     constexpr double sixDigits = 1e6;
@@ -23,8 +22,8 @@ void appendNumber(QByteArray &text, double value)
 
 } // namespace
 
-PidExport::PidExport(QVector<Channel> channels)
-    : m_channels(std::move(channels))
+PidExport::PidExport(const PidRecorder::Channels &channels)
+    : m_channels(channels)
     , m_text(encoded(QStringLiteral("PID调试数据\n")))
 {
     beginChannel();
@@ -37,15 +36,15 @@ void PidExport::beginChannel()
         m_text += encoded(QStringLiteral("通道 %1 数据如下：\n序号,实际值,目标值,差值\n").arg(m_channel + 1));
 }
 
-bool PidExport::advance(int rows)
+bool PidExport::advance(int maxRows)
 {
     for (; m_channel < m_channels.size(); beginChannel()) {
-        const Channel &channel = m_channels.at(m_channel);
-        for (; m_row < channel.points; ++m_row) {
-            if (rows-- <= 0)
+        const PidSamples &samples = m_channels[m_channel];
+        for (; m_row < samples.size(); ++m_row) {
+            if (maxRows-- <= 0)
                 return false;
-            const double actual = channel.actual(m_row);
-            const double target = channel.target(m_row);
+            const double actual = samples.at(m_row).actual;
+            const double target = samples.at(m_row).target;
             m_text += QByteArray::number(m_row + 1);
             for (const double value : {actual, target, actual - target}) {
                 m_text += ',';
