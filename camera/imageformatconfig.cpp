@@ -18,8 +18,7 @@
 
 namespace {
 
-constexpr int kFewestDigits = 2;
-constexpr int kReplyMs = 1000;
+constexpr int kMinDigits = 2;
 
 constexpr int kFormats[] = {ImageRecord::Jpg,    ImageRecord::Bmp,    ImageRecord::Png,
                             ImageRecord::Rgb565, ImageRecord::Rgb888, ImageRecord::Yuv422};
@@ -41,8 +40,7 @@ ImageFormatConfig::ImageFormatConfig(QWidget *parent)
     , m_write(new QPushButton(QStringLiteral("写入"), this))
     , m_readTable(new QPushButton(QStringLiteral("读管理"), this))
     , m_writeTable(new QPushButton(QStringLiteral("写管理"), this))
-    , m_batch(new RegisterBatch(this))
-    , m_replyTimer(this)
+    , m_session(this)
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -52,13 +50,16 @@ ImageFormatConfig::ImageFormatConfig(QWidget *parent)
     column->addWidget(buildRegister());
     loadDefaults();
     showRecord();
+    setTarget();
     connectParts();
+    connectSession();
 }
 
-// Its tables are deleted after it, and talk when they end.
+// The dialogs show the session's tables.
 ImageFormatConfig::~ImageFormatConfig()
 {
-    m_batch->disconnect(this);
+    m_session.disconnect(this);
+    qDeleteAll(m_tables);
 }
 
 FormGroup *ImageFormatConfig::buildFormat()
@@ -128,33 +129,50 @@ FormGroup *ImageFormatConfig::buildRegister()
 
 void ImageFormatConfig::connectParts()
 {
+    const auto indexChanged = QOverload<int>::of(&QComboBox::currentIndexChanged);
     const auto valueChanged = QOverload<int>::of(&QSpinBox::valueChanged);
-    connect(m_device, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-            &ImageFormatConfig::showRecord);
-    connect(m_format, QOverload<int>::of(&QComboBox::activated), this, &ImageFormatConfig::takeRecord);
-    connect(m_width, valueChanged, this, &ImageFormatConfig::takeRecord);
-    connect(m_height, valueChanged, this, &ImageFormatConfig::takeRecord);
-    const auto keep = [this](QSpinBox *field, Setting<int> *setting) {
-        connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, [setting](int length) {
-            if (length >= 1 && length <= 4)
-                setting->set(length);
-        });
-    };
-    keep(m_addressLength, &Settings::instance().camera.addressLength);
-    keep(m_valueLength, &Settings::instance().camera.valueLength);
-    connect(m_read, &QPushButton::clicked, this, [this] { request(false); });
-    connect(m_write, &QPushButton::clicked, this, [this] { request(true); });
+    connect(m_device, indexChanged, this, &ImageFormatConfig::showRecord);
+    connect(m_device, indexChanged, this, &ImageFormatConfig::setTarget);
+    connect(m_format, QOverload<int>::of(&QComboBox::activated), this, &ImageFormatConfig::storeRecord);
+    connect(m_width, valueChanged, this, &ImageFormatConfig::storeRecord);
+    connect(m_height, valueChanged, this, &ImageFormatConfig::storeRecord);
+    storeLength(m_addressLength, &Settings::instance().camera.addressLength);
+    storeLength(m_valueLength, &Settings::instance().camera.valueLength);
+    connect(m_read, &QPushButton::clicked, this, &ImageFormatConfig::readRegister);
+    connect(m_write, &QPushButton::clicked, this, &ImageFormatConfig::writeRegister);
     connect(m_readTable, &QPushButton::clicked, this, &ImageFormatConfig::openReadTable);
     connect(m_writeTable, &QPushButton::clicked, this, &ImageFormatConfig::openWriteTable);
-    m_replyTimer.setSingleShot(true);
-    connect(&m_replyTimer, &QTimer::timeout, this, &ImageFormatConfig::reportUnanswered);
-    connect(m_batch, &RegisterBatch::request, this, [this](const RegisterBatch::Item &item) {
-        m_batchDevice = device();
-        emit signalReadWriteRegister(item.addressText, item.value, m_regId->value());
+}
+
+void ImageFormatConfig::storeLength(QSpinBox *field, Setting<int> *setting)
+{
+    const auto valueChanged = QOverload<int>::of(&QSpinBox::valueChanged);
+    connect(field, valueChanged, this, &ImageFormatConfig::setTarget);
+    connect(field, valueChanged, this, [setting](int length) {
+        if (length >= 1 && length <= 4)
+            setting->set(length);
     });
-    connect(m_batch, &RegisterBatch::ended, this, &ImageFormatConfig::endRow);
-    connect(m_batch, &RegisterBatch::progressed, this, [this] { showProgress(false); });
-    connect(m_batch, &RegisterBatch::finished, this, [this] { showProgress(true); });
+}
+
+void ImageFormatConfig::connectSession()
+{
+    connect(&m_session, &RegisterSession::requested, this, [this](const RegisterSession::Request &request) {
+        const auto text = [](quint32 number) { return QString::number(number, 16); };
+        emit signalReadWriteRegister(text(request.address), request.value ? text(*request.value) : QString(),
+                                     m_regId->value());
+    });
+    connect(&m_session, &RegisterSession::valueRead, this, [this](const QString &value) {
+        if (!m_value->isModified()) // else another value has been typed since
+            m_value->setText(value);
+    });
+    connect(&m_session, &RegisterSession::unanswered, this, [this](quint32 address) {
+        emit notify(Notice::error(
+            QStringLiteral("寄存器[%1]没有应答！").arg(address, 4, 16, QLatin1Char('0')).toUpper()));
+    });
+    connect(&m_session, &RegisterSession::progressed, this,
+            [this](RegisterSession::Access access) { showProgress(access, false); });
+    connect(&m_session, &RegisterSession::finished, this,
+            [this](RegisterSession::Access access) { showProgress(access, true); });
 }
 
 void ImageFormatConfig::loadDefaults()
@@ -199,7 +217,7 @@ void ImageFormatConfig::showRecord()
     m_height->setValue(shown.height);
 }
 
-void ImageFormatConfig::takeRecord()
+void ImageFormatConfig::storeRecord()
 {
     ImageRecord &edited = m_records.at(static_cast<size_t>(m_device->currentIndex()));
     if (m_format->currentIndex() >= 0)
@@ -210,17 +228,17 @@ void ImageFormatConfig::takeRecord()
 
 // ---- registers
 
-bool ImageFormatConfig::fits(quint32 number, int length) const
+void ImageFormatConfig::setTarget()
 {
-    return length < 1 || length >= 4 || number >> (8 * length) == 0; // a wrong length is said elsewhere
+    m_session.setTarget({device(), addressLength(), valueLength()});
 }
 
 bool ImageFormatConfig::checkHex(QLineEdit *field, int length)
 {
     const QString text = field->text();
-    if (text.size() < kFewestDigits)
+    if (text.size() < kMinDigits)
         QtMessageTip::showBelow(field, QStringLiteral("请输入2到8位十六进制数！"));
-    else if (!fits(text.toUInt(nullptr, 16), length))
+    else if (!RegisterSession::fits(text.toUInt(nullptr, 16), length))
         QtMessageTip::showBelow(field, QStringLiteral("数值超出设置的长度！"));
     else
         return true;
@@ -228,200 +246,83 @@ bool ImageFormatConfig::checkHex(QLineEdit *field, int length)
     return false;
 }
 
-void ImageFormatConfig::request(bool write)
+void ImageFormatConfig::readRegister()
 {
-    if (!checkHex(m_address, addressLength()) || (write && !checkHex(m_value, valueLength())))
-        return;
-    if (!write)
-        m_asked = {device(), m_address->text().toUInt(nullptr, 16)};
-    emit signalReadWriteRegister(m_address->text(), write ? m_value->text() : QString(), m_regId->value());
-    if (!write && m_asked) {  // sent
+    if (checkHex(m_address, addressLength()) && m_session.read(m_address->text().toUInt(nullptr, 16)))
         m_value->setText({}); // the old one is not what is read
-        m_replyTimer.start(kReplyMs);
-    }
 }
 
-// A late reply is still accepted.
-void ImageFormatConfig::reportUnanswered()
+void ImageFormatConfig::writeRegister()
 {
-    if (m_asked)
-        emit notify(Notice::error(
-            QStringLiteral("寄存器[%1]没有应答！").arg(m_asked->address, 4, 16, QLatin1Char('0')).toUpper()));
+    if (checkHex(m_address, addressLength()) && checkHex(m_value, valueLength()))
+        m_session.write(m_address->text().toUInt(nullptr, 16), m_value->text().toUInt(nullptr, 16));
 }
 
-// A reply tells 16 bits of the address only: what has been asked for comes first.
 void ImageFormatConfig::takeReply(int device, quint16 address, quint8 status, quint32 value, int valueLength)
 {
     const QString text = QStringLiteral("%1").arg(value, 2 * valueLength, 16, QLatin1Char('0')).toUpper();
-    const bool good = status == 0;
-    const int row = device == m_batchDevice ? m_batch->waitingRow(address) : -1;
-    if (row >= 0) {
-        if (good)
-            m_tables.at(DataManagerWidget::Read).widget->setValue(row, text);
-        m_batch->takeReply(good);
-        return;
-    }
-    if (m_asked && m_asked->device == device && (m_asked->address & 0xFFFF) == address) {
-        m_asked.reset();
-        m_replyTimer.stop();
-        if (good && !m_value->isModified()) // else another value has been typed since
-            m_value->setText(text);
-        return;
-    }
-    if (good && device == (m_batch->total() > 0 ? m_batchDevice : this->device()))
-        giveToRows(address, text);
-}
-
-// A reply that came too late, or that nobody asked for. What has been answered is
-// not overwritten, nor what will be asked for.
-void ImageFormatConfig::giveToRows(quint16 address, const QString &value)
-{
-    Table &table = m_tables.at(DataManagerWidget::Read);
-    if (!table.widget)
-        return;
-    for (int row = 0; row < table.widget->rows().size(); ++row) {
-        quint32 number = 0;
-        if (!table.widget->rows().at(row).addressNumber(&number) || (number & 0xFFFF) != address)
-            continue;
-        const auto outcome = table.outcomes.find(row);
-        const bool isFree =
-            outcome == table.outcomes.end() ? !m_batch->isRunning() : *outcome == RegisterBatch::Unanswered;
-        if (!isFree)
-            continue;
-        table.widget->setValue(row, value);
-        table.outcomes.insert(row, RegisterBatch::Answered);
-        showOutcome(table, row);
-        return;
-    }
+    m_session.addReply({device, address, status == 0, text});
 }
 
 void ImageFormatConfig::stopRequests()
 {
-    m_batch->stop();
-    m_asked.reset();
-    m_replyTimer.stop();
+    m_session.stopAll();
 }
 
 bool ImageFormatConfig::mayClose()
 {
     return std::all_of(m_tables.begin(), m_tables.end(),
-                       [](const Table &table) { return !table.widget || table.widget->mayClose(); });
+                       [](DataManagerWidget *table) { return !table || table->mayClose(); });
 }
 
 // ---- register tables
 
 void ImageFormatConfig::openReadTable()
 {
-    openTable(DataManagerWidget::Read);
+    openTable(RegisterSession::Read);
 }
 
 void ImageFormatConfig::openWriteTable()
 {
-    openTable(DataManagerWidget::Write);
+    openTable(RegisterSession::Write);
 }
 
-void ImageFormatConfig::openTable(int mode)
+void ImageFormatConfig::openTable(RegisterSession::Access access)
 {
-    DataManagerWidget *&widget = m_tables.at(static_cast<size_t>(mode)).widget;
-    if (!widget) {
-        widget = new DataManagerWidget(static_cast<DataManagerWidget::Mode>(mode), this);
-        connect(widget, &DataManagerWidget::confirmed, this, [this, mode] { startBatch(mode); });
-        connect(widget, &DataManagerWidget::stopRequested, this, [this, mode] {
-            if (m_running == mode)
-                m_batch->stop();
-        });
-        connect(widget, &DataManagerWidget::signalRefreshData, this,
-                [this, mode](int page) { refreshPage(mode, page); });
-        connect(widget, &DataManagerWidget::rowsMoved, this,
-                [this, mode] { m_tables.at(static_cast<size_t>(mode)).outcomes.clear(); });
+    DataManagerWidget *&table = m_tables.at(access);
+    if (!table) {
+        const auto mode =
+            access == RegisterSession::Read ? DataManagerWidget::Read : DataManagerWidget::Write;
+        table = new DataManagerWidget(mode, m_session.table(access), this);
+        connect(table, &DataManagerWidget::confirmed, this, [this, access] { startTable(access); });
+        connect(table, &DataManagerWidget::stopRequested, this, [this, access] { m_session.stop(access); });
     }
-    widget->show();
-    widget->raise();
-    widget->activateWindow();
+    table->show();
+    table->raise();
+    table->activateWindow();
 }
 
-// Rows that are no register, titles for one, are left out; those that do not
-// fit the lengths would be cut and are marked instead.
-void ImageFormatConfig::startBatch(int mode)
+void ImageFormatConfig::startTable(RegisterSession::Access access)
 {
-    if (m_batch->isRunning()) {
-        emit notify(Notice::error(QStringLiteral("另一个寄存器表正在读写，请稍候！")));
-        return;
-    }
-    m_running = mode;
-    m_notSent = 0;
-    Table &table = m_tables.at(static_cast<size_t>(mode));
-    const bool write = mode == DataManagerWidget::Write;
-    const QVector<RegisterRow> &rows = table.widget->rows();
-    QVector<RegisterBatch::Item> items;
-    for (int i = 0; i < rows.size(); ++i) {
-        if (table.outcomes.remove(i) > 0)
-            showOutcome(table, i);
-        quint32 address = 0;
-        quint32 value = 0;
-        const RegisterRow &row = rows.at(i);
-        if (!row.addressNumber(&address))
-            continue;
-        if ((write && !row.valueNumber(&value)) || !fits(address, addressLength()) ||
-            (write && !fits(value, valueLength()))) {
-            table.outcomes.insert(i, RegisterBatch::Refused);
-            showOutcome(table, i);
-            ++m_notSent;
-            continue;
-        }
-        items.append({i, address, row.address, write ? row.value : QString()});
-    }
-    table.widget->setBusy(true);
-    m_batch->start(items);
-}
-
-void ImageFormatConfig::endRow(int row, RegisterBatch::Outcome outcome)
-{
-    Table &table = m_tables.at(static_cast<size_t>(m_running));
-    if (outcome == RegisterBatch::Unanswered ||
-        (outcome == RegisterBatch::Refused && m_running == DataManagerWidget::Read))
-        table.widget->setValue(row, QString()); // the old one was not read now
-    table.outcomes.insert(row, outcome);
-    showOutcome(table, row);
-}
-
-void ImageFormatConfig::showOutcome(const Table &table, int row) const
-{
-    const auto outcome = table.outcomes.find(row);
-    if (outcome == table.outcomes.end())
-        table.widget->showMark(row, DataManagerWidget::NoMark);
-    else if (*outcome == RegisterBatch::Unanswered)
-        table.widget->showMark(row, DataManagerWidget::Unanswered, QStringLiteral("开发板没有应答"));
-    else if (*outcome == RegisterBatch::Refused)
-        table.widget->showMark(row, DataManagerWidget::Refused,
-                               QStringLiteral("开发板报告错误，或地址、值与设置的长度不符"));
+    if (m_session.start(access))
+        m_tables.at(access)->setBusy(true);
     else
-        table.widget->showMark(row, DataManagerWidget::Answered);
+        emit notify(Notice::error(QStringLiteral("另一个寄存器表正在读写，请稍候！")));
 }
 
-void ImageFormatConfig::refreshPage(int mode, int page)
+void ImageFormatConfig::showProgress(RegisterSession::Access access, bool isFinished)
 {
-    const Table &table = m_tables.at(static_cast<size_t>(mode));
-    const int first = (page - 1) * DataManagerWidget::rowsPerPage;
-    for (int row = first; row < first + DataManagerWidget::rowsPerPage; ++row)
-        if (table.outcomes.contains(row))
-            showOutcome(table, row);
-}
-
-void ImageFormatConfig::showProgress(bool finished)
-{
-    DataManagerWidget *const widget = m_tables.at(static_cast<size_t>(m_running)).widget;
-    if (finished)
-        widget->setBusy(false);
-    QString text = QStringLiteral("%1/%2").arg(m_batch->done()).arg(m_batch->total());
-    if (m_running == DataManagerWidget::Read)
-        text += QStringLiteral("，无应答 %1，错误 %2")
-                    .arg(m_batch->count(RegisterBatch::Unanswered))
-                    .arg(m_batch->count(RegisterBatch::Refused));
-    if (m_notSent > 0)
-        text += QStringLiteral("，未发送 %1").arg(m_notSent);
-    const QString state = !finished                            ? QStringLiteral("正在进行 ")
-                          : m_batch->done() < m_batch->total() ? QStringLiteral("已停止 ")
-                                                               : QStringLiteral("已完成 ");
-    widget->showProgress(state + text);
+    const RegisterSession::Progress progress = m_session.progress();
+    QString text = QStringLiteral("%1/%2").arg(progress.done).arg(progress.total);
+    if (access == RegisterSession::Read)
+        text += QStringLiteral("，无应答 %1，错误 %2").arg(progress.unanswered).arg(progress.refused);
+    if (progress.notSent > 0)
+        text += QStringLiteral("，未发送 %1").arg(progress.notSent);
+    const QString state = !isFinished                      ? QStringLiteral("正在进行 ")
+                          : progress.done < progress.total ? QStringLiteral("已停止 ")
+                                                           : QStringLiteral("已完成 ");
+    DataManagerWidget *const table = m_tables.at(access);
+    if (isFinished)
+        table->setBusy(false);
+    table->showProgress(state + text);
 }

@@ -1,13 +1,14 @@
 #pragma once
 
-// The camera page's panel of a device: its image format, as told by the board
-// or set here, and its registers, one at a time or as tables. Sends nothing
-// itself: asks for each request by a signal and is told the answers.
+// The camera page's panel of a device: its image format, as the board announced
+// it or as it is set here, and its registers, one at a time or as tables. Edits
+// and shows; the requests are RegisterSession's, and the page sends them.
 
 #include "formpanel.h"
 #include "frameshow.h"
 #include "notice.h"
-#include "registerbatch.h"
+#include "registersession.h"
+#include "setting.h"
 
 class DataManagerWidget;
 class QComboBox;
@@ -27,16 +28,16 @@ public:
     FormGroup *formatGroup() const { return m_formatGroup; } // which the page adds to
     int device() const;                                      // 0 or 1, which requests go to
     const ImageRecord &record(int device) const { return m_records.at(device == 1 ? 1 : 0); }
-    void setRecord(int device, const ImageRecord &record); // as the board told it
+    void setRecord(int device, const ImageRecord &record); // as the board announced it
 
     int addressLength() const;
     int valueLength() const;
     void loadDefaults();
 
-    // A read reply: the device, the address's low 16 bits, the status, and the value
-    // of a good one. What another device than the asked one says is ignored.
+    // A read reply: the low 16 bits of the address, and the value where the status
+    // is 0. One of another device than the asked one is ignored.
     void takeReply(int device, quint16 address, quint8 status, quint32 value, int valueLength);
-    // Nothing can be sent any more, or something can't.
+    // Nothing can be sent any more, or a request could not be.
     void stopRequests();
     // Offers to save the rows of the tables. False: the user wants to stay.
     bool mayClose();
@@ -52,31 +53,22 @@ signals:
     void notify(const Notice &notice);
 
 private:
-    FormGroup *m_formatGroup = nullptr;
     FormGroup *buildFormat();
     FormGroup *buildRegister();
     void connectParts();
+    void connectSession();
+    void storeLength(QSpinBox *field, Setting<int> *setting);
     void showRecord();
-    void takeRecord();
+    void storeRecord();
+    void setTarget();
     bool checkHex(QLineEdit *field, int length);
-    void request(bool write);
-    void reportUnanswered();
-    bool fits(quint32 number, int length) const;
+    void readRegister();
+    void writeRegister();
+    void openTable(RegisterSession::Access access);
+    void startTable(RegisterSession::Access access);
+    void showProgress(RegisterSession::Access access, bool isFinished);
 
-    // Register tables, one for reading and one for writing.
-    struct Table
-    {
-        DataManagerWidget *widget = nullptr;         // made when first opened
-        QHash<int, RegisterBatch::Outcome> outcomes; // by row, of the last run
-    };
-    void openTable(int mode);
-    void startBatch(int mode);
-    void endRow(int row, RegisterBatch::Outcome outcome);
-    void showOutcome(const Table &table, int row) const;
-    void refreshPage(int mode, int page);
-    void showProgress(bool finished);
-    void giveToRows(quint16 address, const QString &value);
-
+    FormGroup *m_formatGroup = nullptr;
     std::array<ImageRecord, 2> m_records;
     QComboBox *m_device;
     QComboBox *m_format;
@@ -91,18 +83,6 @@ private:
     QPushButton *m_write;
     QPushButton *m_readTable;
     QPushButton *m_writeTable;
-    std::array<Table, 2> m_tables;
-    int m_running = 0; // whose rows the batch has
-    RegisterBatch *m_batch;
-    int m_batchDevice = 0;
-    int m_notSent = 0; // rows that do not fit the lengths
-
-    // What the panel's read button has asked for and is not answered yet.
-    struct Request
-    {
-        int device = 0;
-        quint32 address = 0;
-    };
-    std::optional<Request> m_asked;
-    QTimer m_replyTimer;
+    RegisterSession m_session;
+    std::array<DataManagerWidget *, 2> m_tables{}; // made when first opened
 };

@@ -1,52 +1,42 @@
 #include "datamanagerwidget.h"
 
-#include "iconfont.h"
 #include "qtfiledialog.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
 #include "qtpagebar.h"
 #include "registercelldelegate.h"
-#include "safefile.h"
+#include "registerpagemodel.h"
+#include "registertablemodel.h"
 
 #include <QButtonGroup>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QHideEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QStandardItemModel>
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 namespace {
-
-constexpr int kMostRows = QtPageBar::mostPages * DataManagerWidget::rowsPerPage;
-constexpr int kLinesAtOnce = 5000;          // some milliseconds
-constexpr qint64 kMostFileBytes = 64 << 20; // read in one go; far more than the most rows
-constexpr int kMarkPixels = 14;
-const QColor kGood(0x34, 0xc3, 0x88);
-const QColor kBad(0xf8, 0x69, 0x34);
 
 const auto kWarning = QStringLiteral("告警");
 const auto kQuestion = QStringLiteral("询问");
 const auto kFilter = QStringLiteral("*.csv;;*.txt");
-const auto kCannotOpen = QStringLiteral("文件打开失败，请重试！");
 
 enum Button { Import, Export, Clear, Confirm, Cancel };
 
 } // namespace
 
-DataManagerWidget::DataManagerWidget(Mode mode, QWidget *parent)
+DataManagerWidget::DataManagerWidget(Mode mode, RegisterTableModel *table, QWidget *parent)
     : QtFramelessDialog(mode == Read ? QStringLiteral("    读管理    ") : QStringLiteral("    写管理   "),
                         parent)
     , m_mode(mode)
+    , m_table(table)
+    , m_file(table)
     , m_view(new QTableView(this))
-    , m_model(new QStandardItemModel(0, 4, this))
     , m_pageBar(new QtPageBar(this))
+    , m_page(new RegisterPageModel(table, m_pageBar, this))
     , m_buttons(new QButtonGroup(this))
     , m_stop(new QPushButton(QStringLiteral("停止"), this))
     , m_progress(new QLabel(this))
@@ -54,27 +44,18 @@ DataManagerWidget::DataManagerWidget(Mode mode, QWidget *parent)
     setObjectName(QStringLiteral("DataManagerWidget"));
     setWindowModality(Qt::NonModal);
     buildUi();
-    connect(m_model, &QStandardItemModel::itemChanged, this, &DataManagerWidget::takeEdit);
-    connect(m_pageBar, &QtPageBar::signalChangePage, this, &DataManagerWidget::SltChangePage);
-    connect(m_pageBar, &QtPageBar::addPage, this, &DataManagerWidget::addPage);
-    m_pageBar->setDeleteGuard([this](int page) { return mayDeletePage(page - 1); });
-    connect(m_pageBar, &QtPageBar::deletePage, this, &DataManagerWidget::deletePage);
-    connect(m_buttons, &QButtonGroup::idClicked, this, &DataManagerWidget::SltButtonClicked);
-    connect(m_stop, &QPushButton::clicked, this, &DataManagerWidget::stopRequested);
-    connect(this, &DataManagerWidget::signalCloseWindow, this, &QWidget::hide);
-    setRows({});
+    connectParts();
+    m_pageBar->reset(m_table->pageCount());
+    m_page->turn();
     setBusy(false);
     resize(720, 480);
 }
 
-DataManagerWidget::~DataManagerWidget() = default;
-
 void DataManagerWidget::buildUi()
 {
-    m_model->setHorizontalHeaderLabels(RegisterCsv::titles());
     m_view->setObjectName(QStringLiteral("tableRegisters"));
     m_view->setAccessibleName(windowTitle().trimmed());
-    m_view->setModel(m_model);
+    m_view->setModel(m_page);
     m_view->setItemDelegate(new RegisterCellDelegate(m_view));
     m_view->horizontalHeader()->setStretchLastSection(true);
     m_view->horizontalHeader()->setDefaultSectionSize(130);
@@ -108,29 +89,27 @@ void DataManagerWidget::buildUi()
     body()->addLayout(row);
 }
 
-// ---- pages
-
-void DataManagerWidget::setRows(const QVector<RegisterRow> &rows)
+void DataManagerWidget::connectParts()
 {
-    m_rows = rows;
-    const int pages = qMax(1, (m_rows.size() + rowsPerPage - 1) / rowsPerPage);
-    m_rows.resize(pages * rowsPerPage);
-    m_pageBar->reset(pages);
-    SltChangePage(1);
+    connect(m_pageBar, &QtPageBar::signalChangePage, this, &DataManagerWidget::SltChangePage);
+    connect(m_pageBar, &QtPageBar::addPage, this, &DataManagerWidget::addPage);
+    m_pageBar->setDeleteGuard([this](int page) { return askToDeletePage(page); });
+    connect(m_pageBar, &QtPageBar::deletePage, this, [this](int shownPage) {
+        m_table->removePage(m_pageToDelete - 1);
+        SltChangePage(shownPage);
+    });
+    connect(m_buttons, &QButtonGroup::idClicked, this, &DataManagerWidget::SltButtonClicked);
+    connect(m_stop, &QPushButton::clicked, this, &DataManagerWidget::stopRequested);
+    connect(this, &DataManagerWidget::signalCloseWindow, this, &QWidget::hide);
 }
+
+// ---- pages
 
 void DataManagerWidget::SltChangePage(int index)
 {
-    const int pages = m_rows.size() / rowsPerPage;
-    if (index < 1 || index > pages)
-        return;
-    m_page = index - 1;
-    m_model->removeRows(0, m_model->rowCount());
-    for (int i = 0; i < rowsPerPage; ++i) {
-        const RegisterRow &row = m_rows.at(m_page * rowsPerPage + i);
-        m_model->appendRow({new QStandardItem(row.number), new QStandardItem(row.address),
-                            new QStandardItem(row.value), new QStandardItem(row.description)});
-    }
+    if (index != m_pageBar->currentPage())
+        return m_pageBar->setCurrentPage(index); // which calls this slot
+    m_page->turn();
     m_view->scrollToTop();
     emit signalChangePage(index);
     emit signalRefreshData(index);
@@ -138,83 +117,19 @@ void DataManagerWidget::SltChangePage(int index)
 
 void DataManagerWidget::addPage()
 {
-    if (m_rows.size() < kMostRows)
-        m_rows.resize(m_rows.size() + rowsPerPage);
-    else
-        QtMessageTip::showTip(QStringLiteral("寄存器表最多%1页！").arg(QtPageBar::mostPages));
+    if (!m_table->addPage())
+        QtMessageTip::showTip(QStringLiteral("寄存器表最多%1页！").arg(RegisterTableModel::maxPages));
 }
 
-bool DataManagerWidget::mayDeletePage(int page)
+bool DataManagerWidget::askToDeletePage(int page)
 {
-    m_deletedPage = page;
-    const auto first = m_rows.cbegin() + page * rowsPerPage;
-    const auto filled =
-        std::count_if(first, first + rowsPerPage, [](const RegisterRow &row) { return !row.isEmpty(); });
-    if (filled == 0)
-        return true;
+    m_pageToDelete = page;
+    const int filled = m_table->filledRows(page - 1);
     const QString text = QStringLiteral("当前页有%1行已填写，是否确认删除当前页？").arg(filled);
-    if (QtMessageBox::question(this, kQuestion, text) != 1)
-        return false;
-    m_isModified = true;
-    return true;
+    return filled == 0 || QtMessageBox::question(this, kQuestion, text) == 1;
 }
 
-// The bar may already have turned to the page before it.
-void DataManagerWidget::deletePage()
-{
-    m_rows.remove(m_deletedPage * rowsPerPage, rowsPerPage);
-    emit rowsMoved();
-    SltChangePage(m_pageBar->currentPage());
-}
-
-void DataManagerWidget::takeEdit(QStandardItem *item)
-{
-    RegisterRow &row = m_rows[m_page * rowsPerPage + item->row()];
-    QString *const cells[] = {&row.number, &row.address, &row.value, &row.description};
-    QString &cell = *cells[item->column()];
-    m_isModified = m_isModified || cell != item->text(); // a mark changes the item as well
-    cell = item->text();
-}
-
-int DataManagerWidget::usedRows() const
-{
-    int count = m_rows.size();
-    while (count > 0 && m_rows.at(count - 1).isEmpty())
-        --count;
-    return count;
-}
-
-int DataManagerWidget::shownRow(int row) const
-{
-    return row / rowsPerPage == m_page ? row % rowsPerPage : -1;
-}
-
-// ---- what the owner has found out
-
-void DataManagerWidget::setValue(int row, const QString &value)
-{
-    if (row < 0 || row >= m_rows.size())
-        return;
-    m_isModified = m_isModified || m_rows.at(row).value != value;
-    m_rows[row].value = value;
-    if (const int shown = shownRow(row); shown >= 0)
-        m_model->item(shown, RegisterCellDelegate::Value)->setText(value);
-}
-
-void DataManagerWidget::showMark(int row, Mark mark, const QString &why)
-{
-    const int shown = shownRow(row);
-    if (shown < 0)
-        return;
-    QStandardItem *const item = m_model->item(shown, RegisterCellDelegate::Value);
-    item->setToolTip(why);
-    if (mark == NoMark)
-        item->setIcon({});
-    else if (mark == Answered)
-        item->setIcon(IconFont::icon(IconFont::CheckCircle, kGood, kMarkPixels));
-    else
-        item->setIcon(IconFont::icon(IconFont::AlertCircle, kBad, kMarkPixels));
-}
+// ---- what the owner reports
 
 void DataManagerWidget::setBusy(bool busy)
 {
@@ -265,7 +180,7 @@ void DataManagerWidget::SltButtonClicked(int index)
 
 bool DataManagerWidget::mayClose()
 {
-    if (!m_isModified || usedRows() == 0)
+    if (!m_table->hasUnsavedRows())
         return true;
     const QString text =
         QStringLiteral("寄存器表[%1]有尚未导出的数据，是否保存？").arg(windowTitle().trimmed());
@@ -273,87 +188,79 @@ bool DataManagerWidget::mayClose()
     return answer == QtMessageBox::Save ? exportTable() : answer == QtMessageBox::Discard;
 }
 
+void DataManagerWidget::showFileError(const QString &what, const QString &reason)
+{
+    showProgress(QStringLiteral("%1失败：%2").arg(what, reason));
+    QtMessageBox::warning(this, kWarning, QStringLiteral("文件打开失败，请重试！"));
+}
+
 bool DataManagerWidget::exportTable()
 {
-    const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("导出"), QString(), kFilter);
+    const QString what = QStringLiteral("导出");
+    const QString name = QtFileDialog::getSaveFileName(this, what, QString(), kFilter);
     if (name.isEmpty())
         return false;
-    QString why;
-    if (!SafeFile::write(name, RegisterCsv::write(m_rows.mid(0, usedRows())), &why)) {
-        showProgress(QStringLiteral("导出失败：%1").arg(why));
-        QtMessageBox::warning(this, kWarning, kCannotOpen);
+    QString reason;
+    if (!m_file.save(name, &reason)) {
+        showFileError(what, reason);
         return false;
     }
-    m_isModified = false;
     QtMessageTip::showTip(QStringLiteral("文件导出成功！"));
     return true;
 }
 
 void DataManagerWidget::importTable()
 {
-    const QString name = QtFileDialog::getOpenFileName(this, QStringLiteral("导入"), QString(), kFilter);
+    const QString what = QStringLiteral("导入");
+    const QString name = QtFileDialog::getOpenFileName(this, what, QString(), kFilter);
     if (name.isEmpty())
         return;
-    QByteArray content;
-    QString why;
-    // What has no size may be a device, which is never read to its end.
-    const qint64 size = QFileInfo(name).size();
-    if (size == 0)
-        why = QFileInfo::exists(name) ? QStringLiteral("文件为空") : QStringLiteral("文件不存在");
-    else if (size > kMostFileBytes)
-        why = QStringLiteral("文件过大");
-    if (!why.isEmpty() || !SafeFile::read(name, kMostFileBytes, &content, &why)) {
-        showProgress(QStringLiteral("导入失败：%1").arg(why));
-        QtMessageBox::warning(this, kWarning, kCannotOpen);
-        return;
-    }
-    m_reader = std::make_unique<RegisterCsv::Reader>(content, kMostRows - usedRows());
+    QString reason;
+    if (!m_file.open(name, &reason))
+        return showFileError(what, reason);
     setBusy(true);
     m_stop->setVisible(false);
-    importSome();
+    importSlice();
 }
 
-void DataManagerWidget::importSome()
+void DataManagerWidget::importSlice()
 {
-    if (m_reader->read(kLinesAtOnce)) {
-        showProgress(QStringLiteral("正在导入：%1 行").arg(m_reader->rows().size()));
-        QTimer::singleShot(0, this, &DataManagerWidget::importSome);
+    const int firstNewRow = m_table->usedRows();
+    if (m_file.readSlice()) {
+        showProgress(QStringLiteral("正在导入：%1 行").arg(m_file.rowsRead()));
+        QTimer::singleShot(0, this, &DataManagerWidget::importSlice);
         return;
     }
+    m_pageBar->reset(m_table->pageCount());
+    SltChangePage(1);
+    if (m_file.rowsRead() > 0)
+        SltChangePage(firstNewRow / RegisterTableModel::rowsPerPage + 1);
     endImport();
 }
 
 void DataManagerWidget::endImport()
 {
-    const int read = m_reader->rows().size();
-    const int skipped = m_reader->skipped();
-    const int tooMany = m_reader->tooMany();
-    const int first = usedRows();
-    m_isModified = read > 0 ? first > 0 || tooMany > 0 : m_isModified; // else it is the file
-    setRows(m_rows.mid(0, first) + m_reader->rows());
-    m_reader.reset();
     setBusy(false);
-    // Where the new rows begin.
-    for (int page = 0; page < first / rowsPerPage && read > 0; ++page)
-        m_pageBar->SltNextPage();
-    QString text = QStringLiteral("读取 %1 行，跳过 %2 行").arg(read).arg(skipped);
+    const int tooMany = m_file.beyondLimit();
+    QString text = QStringLiteral("读取 %1 行，跳过 %2 行").arg(m_file.rowsRead()).arg(m_file.skippedLines());
     if (tooMany > 0)
         text += QStringLiteral("，超出 %1 行").arg(tooMany);
     showProgress(text);
     QtMessageTip::showTip(QStringLiteral("数据导入完成！！"));
     if (tooMany > 0)
-        QtMessageBox::warning(
-            this, kWarning,
-            QStringLiteral("寄存器表最多%1行，文件中有%2行没有导入！").arg(kMostRows).arg(tooMany));
+        QtMessageBox::warning(this, kWarning,
+                              QStringLiteral("寄存器表最多%1行，文件中有%2行没有导入！")
+                                  .arg(RegisterTableModel::maxRows)
+                                  .arg(tooMany));
 }
 
 void DataManagerWidget::clearTable()
 {
-    if (usedRows() > 0 &&
+    if (m_table->usedRows() > 0 &&
         QtMessageBox::question(this, kQuestion, QStringLiteral("是否清空所有寄存器？")) != 1)
         return;
-    setRows({});
-    m_isModified = false;
-    emit rowsMoved();
+    m_table->clear();
+    m_pageBar->reset(m_table->pageCount());
+    SltChangePage(1);
     showProgress({});
 }

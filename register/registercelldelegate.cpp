@@ -1,6 +1,7 @@
 #include "registercelldelegate.h"
 
 #include "qtmessagetip.h"
+#include "registertablemodel.h"
 
 #include <QLineEdit>
 #include <QRegularExpressionValidator>
@@ -10,7 +11,8 @@ QWidget *RegisterCellDelegate::createEditor(QWidget *parent, const QStyleOptionV
 {
     static const QRegularExpression hex(QStringLiteral("|[0-9A-Fa-f]{2,8}"));
     static const QRegularExpression text(QStringLiteral("[^,\\r\\n]*"));
-    const bool isHex = index.column() == Address || index.column() == Value;
+    const bool isHex =
+        index.column() == RegisterTableModel::Address || index.column() == RegisterTableModel::Value;
     auto *editor = new QLineEdit(parent);
     editor->setFrame(false);
     editor->setValidator(new QRegularExpressionValidator(isHex ? hex : text, editor));

@@ -1,7 +1,7 @@
 #pragma once
 
 // Edits the register table's cells: hexadecimal in address and value, anything
-// but commas and line breaks elsewhere. What is refused is said.
+// but commas and line breaks elsewhere. Tells the user why it refuses a character.
 
 #include <QStyledItemDelegate>
 
@@ -11,8 +11,6 @@ class RegisterCellDelegate : public QStyledItemDelegate
 
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
-
-    enum Column { Number, Address, Value, Description };
 
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const override;

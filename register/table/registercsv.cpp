@@ -10,7 +10,7 @@
 namespace {
 
 constexpr int kColumns = 4;
-constexpr int kMostDigits = 8;
+constexpr int kMaxDigits = 8;
 constexpr int kTestedBytes = 1024 * 1024; // more than a full table has, as a rule
 
 bool isUtf8(const QByteArray &content)
@@ -35,7 +35,7 @@ bool RegisterRow::parse(const QString &text, quint32 *result)
     QString digits = text.trimmed();
     if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
         digits.remove(0, 2);
-    if (digits.isEmpty() || digits.size() > kMostDigits)
+    if (digits.isEmpty() || digits.size() > kMaxDigits)
         return false;
     for (const QChar c : qAsConst(digits)) {
         const ushort code = c.toLower().unicode();
@@ -63,10 +63,10 @@ QByteArray write(const QVector<RegisterRow> &rows)
     return TextCodec::encode(text, TextCodec::Gb18030);
 }
 
-Reader::Reader(const QByteArray &content, int mostRows)
+Reader::Reader(const QByteArray &content, int maxRows)
     : m_content(content)
     , m_codec(TextCodec::Gb18030)
-    , m_mostRows(mostRows)
+    , m_maxRows(maxRows)
 {
     if (m_content.startsWith("\xEF\xBB\xBF")) {
         m_at = 3;
@@ -95,7 +95,7 @@ void Reader::readLine(const char *line, int size)
     QString cells[kColumns];
     int column = 0;
     int begin = 0;
-    const bool hasRoom = m_rows.size() < m_mostRows;
+    const bool hasRoom = m_rows.size() < m_maxRows;
     for (int at = 0; at <= size && column < kColumns; ++at) {
         if (at < size && line[at] != ',')
             continue;
@@ -109,7 +109,7 @@ void Reader::readLine(const char *line, int size)
     else if (hasRoom)
         m_rows.append({cells[0], cells[1], cells[2], cells[3]});
     else
-        ++m_tooMany;
+        ++m_beyondLimit;
 }
 
 } // namespace RegisterCsv

@@ -35,13 +35,13 @@ class Reader
 {
 public:
     // What is valid UTF-8, or has its byte order mark, is read as UTF-8.
-    Reader(const QByteArray &content, int mostRows);
+    Reader(const QByteArray &content, int maxRows);
 
     // Reads up to so many lines more; false when that was the end.
     bool read(int lines);
     const QVector<RegisterRow> &rows() const { return m_rows; }
     int skipped() const { return m_skipped; }
-    int tooMany() const { return m_tooMany; } // rows beyond the limit
+    int beyondLimit() const { return m_beyondLimit; } // rows beyond the limit
 
 private:
     void readLine(const char *line, int size);
@@ -49,9 +49,9 @@ private:
     QByteArray m_content;
     int m_at = 0;
     int m_codec;
-    int m_mostRows;
+    int m_maxRows;
     int m_skipped = 0;
-    int m_tooMany = 0;
+    int m_beyondLimit = 0;
     QVector<RegisterRow> m_rows;
 };
 

@@ -57,6 +57,14 @@ void QtPageBar::reset(int pageCount)
     showCount();
 }
 
+void QtPageBar::setCurrentPage(int page)
+{
+    if (page < 1 || page > m_count || page == m_current)
+        return;
+    m_current = page;
+    showCurrentPage();
+}
+
 void QtPageBar::SltAddNewPage()
 {
     if (m_count < mostPages)

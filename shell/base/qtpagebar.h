@@ -26,6 +26,8 @@ public:
 
     // Starts again at page 1 with this many pages (1 to 100); emits nothing.
     void reset(int pageCount);
+    // As jumping to that page; nothing where there is no such page.
+    void setCurrentPage(int page);
 
     // Asked with the number of the page that is to be deleted, while it is still
     // there; false keeps it.

@@ -1,12 +1,11 @@
-// The register table and its file.
+// The dialog of a register table.
 
 #include "datamanagerwidget.h"
 #include "dialoganswers.h"
 #include "korvexresources.h"
 #include "qtmessagetip.h"
-#include "textcodec.h"
+#include "registertablemodel.h"
 
-#include <QAbstractItemModel>
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
@@ -16,261 +15,209 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#ifdef Q_OS_UNIX
-#include <sys/stat.h>
-#endif
-
 class TestRegister : public QObject
 {
     Q_OBJECT
 
 private slots:
     void initTestCase() { initKorvexResources(); }
-    void readsFiles_data();
-    void readsFiles();
-    void knowsHexadecimal();
+    void init();
+    void cleanup();
     void exportsAndImports();
+    void asksBeforeRowsAreLost();
     void turnsPages();
+    void marksValues();
     void limitsCells();
-    void survivesAMillionRows();
+    void stopsWhenItIsClosed();
 
 private:
-    static void click(QWidget &dialog, const char *name)
+    void click(const char *name) const
     {
-        QTest::mouseClick(dialog.findChild<QPushButton *>(QLatin1String(name)), Qt::LeftButton);
+        QTest::mouseClick(m_dialog->findChild<QPushButton *>(QLatin1String(name)), Qt::LeftButton);
     }
-    QTemporaryDir m_folder;
+    QModelIndex shown(int row, int column) const { return m_view->model()->index(row, column); }
+    void type(int row, int column, const QString &text) const
+    {
+        m_view->model()->setData(shown(row, column), text);
+    }
+    QString progress() const { return m_dialog->findChild<QLabel *>("labelRegisterProgress")->text(); }
+
+    std::unique_ptr<RegisterTableModel> m_table;
+    std::unique_ptr<DataManagerWidget> m_dialog;
+    QTableView *m_view = nullptr;
+    QStringList m_questions;
+    int m_answer = 1;
+    QString m_fileName;
 };
 
-void TestRegister::readsFiles_data()
+void TestRegister::init()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("rows"); // cells with |, rows with /
-    QTest::addColumn<int>("skipped");
-    QTest::newRow("plain") << QByteArray("1,3008,5A,x\r\n2,3009,00,y\n") << "1|3008|5A|x/2|3009|00|y" << 0;
-    QTest::newRow("three and five cells") << QByteArray("1,2,3\n1,2,3,4,5\n\n") << "1|2|3|4" << 1;
-    QTest::newRow("no last line end") << QByteArray("1,2,3,4") << "1|2|3|4" << 0;
-    QTest::newRow("GB18030") << QByteArray("1,2,3,\xc6\xd8\xb9\xe2\n") << QStringLiteral("1|2|3|曝光") << 0;
-    QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbf"
-                                                   "1,2,3,\xe6\x9b\x9d")
-                                     << QStringLiteral("1|2|3|曝") << 0;
-    QTest::newRow("UTF-8 without a mark")
-        << QStringLiteral("1,2,3,曝光\n").toUtf8() << QStringLiteral("1|2|3|曝光") << 0;
-    QTest::newRow("quotes stay") << QByteArray("\"1\",\"30\",4,5") << "\"1\"|\"30\"|4|5" << 0;
-    QTest::newRow("cut character") << QByteArray("1,2,3,\xc6") << QStringLiteral("1|2|3|") << 0;
-    QTest::newRow("no room") << QByteArray("1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n")
-                             << "1|2|3|4/5|6|7|8/9|||" << 0;
+    m_table = std::make_unique<RegisterTableModel>();
+    m_dialog = std::make_unique<DataManagerWidget>(DataManagerWidget::Read, m_table.get());
+    m_dialog->show();
+    m_view = m_dialog->findChild<QTableView *>();
+    m_questions.clear();
+    m_answer = 1;
+    m_fileName.clear();
+    DialogAnswers::instance().message = [this](const QString &, const QString &text, int) {
+        m_questions.append(text);
+        return m_answer;
+    };
+    DialogAnswers::instance().fileNames = [this](auto...) {
+        return m_fileName.isEmpty() ? QStringList() : QStringList{m_fileName};
+    };
 }
 
-void TestRegister::readsFiles()
+void TestRegister::cleanup()
 {
-    QFETCH(QByteArray, content);
-    QFETCH(QString, rows);
-    QFETCH(int, skipped);
-    RegisterCsv::Reader reader(content, 3);
-    while (reader.read(1)) {
-    }
-    QStringList seen;
-    for (const RegisterRow &row : reader.rows())
-        seen += QStringList{row.number, row.address, row.value, row.description}.join(QLatin1Char('|'));
-    QCOMPARE(seen.join(QLatin1Char('/')), rows);
-    QCOMPARE(reader.skipped(), skipped);
-    QCOMPARE(reader.tooMany(), qMax(0, content.count("\n") - 3));
+    DialogAnswers::instance() = DialogAnswers();
+    m_dialog.reset();
 }
 
-void TestRegister::knowsHexadecimal()
-{
-    const struct
-    {
-        const char *text;
-        bool valid;
-        quint32 number;
-    } cases[] = {{"3008", true, 0x3008},
-                 {"fFfFfFfF", true, 0xFFFFFFFF},
-                 {"", false, 0},
-                 {" 0x30", true, 0x30},
-                 {"0x123456789", false, 0},
-                 {"0x", false, 0},
-                 {"30 08", false, 0},
-                 {"-1", false, 0}};
-    for (const auto &entry : cases) {
-        quint32 number = 0;
-        RegisterRow row;
-        row.address = QLatin1String(entry.text);
-        QCOMPARE(row.addressNumber(&number), entry.valid);
-        QCOMPARE(number, entry.number);
-    }
-}
-
-// The exported file whole, byte for byte; what was there before is gone.
 void TestRegister::exportsAndImports()
 {
-    const QString file = m_folder.filePath(QStringLiteral("table.csv"));
-    QFile before(file);
-    QVERIFY(before.open(QIODevice::WriteOnly) && before.write(QByteArray(1000, 'x')) == 1000);
-    before.close();
-    DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
-
-    DataManagerWidget table(DataManagerWidget::Read);
-    table.show();
-    QAbstractItemModel *model = table.findChild<QTableView *>()->model();
-    const QStringList cells{"1", "3008", "5A", QStringLiteral("曝光")};
-    for (int column = 0; column < 4; ++column)
-        model->setData(model->index(0, column), cells.at(column));
-    click(table, "btnExport");
-    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("文件导出成功！"));
-    QVERIFY(before.open(QIODevice::ReadOnly));
-    const QByteArray title =
-        TextCodec::encode(QStringLiteral("寄存器编号,寄存器地址,寄存器值,描述\n"), TextCodec::Gb18030);
-    QCOMPARE(before.readAll(), title + "1,3008,5A,\xc6\xd8\xb9\xe2\n");
-
-    // Appended, the titles as a row of their own.
-    click(table, "btnImport");
-    QTRY_COMPARE(table.findChild<QLabel *>("labelRegisterProgress")->text(),
-                 QStringLiteral("读取 2 行，跳过 0 行"));
-    QCOMPARE(table.rows().at(1).address, QStringLiteral("寄存器地址"));
-    QCOMPARE(table.rows().at(2).description, QStringLiteral("曝光"));
-
-    DialogAnswers::instance().message = [](auto...) { return 1; };
-    click(table, "btnClear");
-    QVERIFY(table.rows().at(0).isEmpty());
-
-    QString warned;
-    DialogAnswers::instance().message = [&warned](const QString &, const QString &text, int) {
-        warned = text;
-        return 1;
-    };
-    DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file + "/x.csv"}; };
-    for (const char *button : {"btnImport", "btnExport"}) {
-        warned.clear();
-        click(table, button);
-        QCOMPARE(warned, QStringLiteral("文件打开失败，请重试！"));
-    }
-#ifdef Q_OS_UNIX
-    // A pipe whose writer never comes, and one that never ends.
-    const QByteArray pipe = m_folder.filePath("pipe.csv").toLocal8Bit();
-    QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
-    for (const QString &name : {QString::fromLocal8Bit(pipe), QStringLiteral("/proc/kmsg")}) {
-        DialogAnswers::instance().fileNames = [name](auto...) { return QStringList{name}; };
-        warned.clear();
-        click(table, "btnImport");
-        QCOMPARE(warned, QStringLiteral("文件打开失败，请重试！"));
-    }
-#endif
     const QTemporaryDir folder;
-    QFile huge(folder.filePath(QStringLiteral("x.txt"))); // chosen by mistake
-    QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(3) << 30));
-    DialogAnswers::instance().fileNames = [&huge](auto...) { return QStringList{huge.fileName()}; };
-    warned.clear();
-    click(table, "btnImport");
-    QCOMPARE(warned, QStringLiteral("文件打开失败，请重试！"));
-    DialogAnswers::instance() = DialogAnswers();
+    m_fileName = folder.filePath(QStringLiteral("table.csv"));
+    type(98, RegisterTableModel::Address, QStringLiteral("3008"));
+    click("btnExport");
+    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("文件导出成功！"));
+    click("btnImport");
+    QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 100 行，跳过 0 行"), 20000);
+    QVERIFY(m_dialog->findChild<QPushButton *>("btnConfirm")->isEnabled());
+    QCOMPARE(m_table->row(99).address, QStringLiteral("寄存器地址"));
+    QCOMPARE(m_dialog->findChild<QLineEdit *>("pageEdit")->text(), QStringLiteral("1")); // where they begin
+    QVERIFY(m_questions.isEmpty());
+
+    QFile file(m_fileName);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray("1,30,5A,x\n").repeated(10005)) > 0);
+    file.close();
+    type(0, RegisterTableModel::Address, QStringLiteral("1"));
+    click("btnImport");
+    QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 9801 行，跳过 0 行，超出 204 行"), 20000);
+    QCOMPARE(m_questions, QStringList{QStringLiteral("寄存器表最多10000行，文件中有204行没有导入！")});
+    QCOMPARE(m_dialog->findChild<QLineEdit *>("pageEdit")->text(), QStringLiteral("2"));
+    QCOMPARE(shown(99, RegisterTableModel::Address).data().toString(), QStringLiteral("30"));
+
+    m_fileName += "/x.csv";
+    for (const char *button : {"btnImport", "btnExport"}) {
+        m_questions.clear();
+        click(button);
+        QCOMPARE(m_questions, QStringList{QStringLiteral("文件打开失败，请重试！")});
+    }
+}
+
+void TestRegister::asksBeforeRowsAreLost()
+{
+    click("btnClear");
+    QVERIFY(m_dialog->mayClose());
+    QVERIFY(m_questions.isEmpty());
+    type(0, RegisterTableModel::Address, QStringLiteral("3008"));
+    const QTemporaryDir folder;
+    for (m_answer = 0; m_answer < 3; ++m_answer) // cancel, save without a file name, discard
+        QCOMPARE(m_dialog->mayClose(), m_answer == 2);
+    m_answer = 1;
+    m_fileName = folder.filePath(QStringLiteral("table.csv"));
+    QVERIFY(m_dialog->mayClose());
+    QVERIFY(QFileInfo(m_fileName).size() > 0);
+    m_answer = 0;
+    QVERIFY(m_dialog->mayClose());
+    click("btnClear");
+    QCOMPARE(m_table->usedRows(), 1);
+    m_answer = 1;
+    click("btnClear");
+    QCOMPARE(m_table->usedRows(), 0);
 }
 
 void TestRegister::turnsPages()
 {
-    DataManagerWidget table(DataManagerWidget::Write);
-    table.show();
-    QAbstractItemModel *model = table.findChild<QTableView *>()->model();
-    const QSignalSpy refreshes(&table, &DataManagerWidget::signalRefreshData);
-    model->setData(model->index(0, 1), QStringLiteral("01"));
-    click(table, "btnAddPage");
-    click(table, "btnLastPage");
+    const QSignalSpy refreshes(m_dialog.get(), &DataManagerWidget::signalRefreshData);
+    type(0, RegisterTableModel::Address, QStringLiteral("01"));
+    click("btnAddPage");
+    click("btnLastPage");
     QCOMPARE(refreshes.last().at(0).toInt(), 2);
-    QCOMPARE(model->index(0, 1).data().toString(), QString());
-    model->setData(model->index(0, 1), QStringLiteral("02"));
-    table.setValue(100, QStringLiteral("AA")); // shown, and kept
-    QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("AA"));
-    table.setValue(0, QStringLiteral("BB")); // on the other page
-    QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("AA"));
-    click(table, "btnFirstPage");
-    QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("BB"));
-    QStringList questions;
-    int answer = 0;
-    DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
-        questions.append(text);
-        return answer;
+    QCOMPARE(m_view->model()->rowCount(), 100);
+    QVERIFY(shown(0, RegisterTableModel::Address).data().toString().isEmpty());
+    type(0, RegisterTableModel::Address, QStringLiteral("02"));
+    QCOMPARE(m_table->row(100).address, QStringLiteral("02"));
+    m_dialog->SltChangePage(3);
+    m_dialog->SltChangePage(1);
+    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("01"));
+    m_answer = 0;
+    click("btnDeletePage");
+    QCOMPARE(m_questions.size(), 1);
+    QCOMPARE(m_table->pageCount(), 2);
+    m_answer = 1;
+    click("btnDeletePage");
+    QCOMPARE(m_table->pageCount(), 1);
+    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("02"));
+
+    // The last one of three; an empty one goes without a question.
+    for (const char *address : {"03", ""}) {
+        click("btnAddPage");
+        click("btnLastPage");
+        type(0, RegisterTableModel::Address, QLatin1String(address));
+    }
+    m_questions.clear();
+    click("btnDeletePage");
+    QVERIFY(m_questions.isEmpty());
+    QCOMPARE(m_table->pageCount(), 2);
+    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("03"));
+    click("btnDeletePage");
+    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("02"));
+}
+
+void TestRegister::marksValues()
+{
+    const auto icon = [this](int row) {
+        const QVariant decoration = shown(row, RegisterTableModel::Value).data(Qt::DecorationRole);
+        return decoration.isNull() ? QImage() : decoration.value<QIcon>().pixmap(16).toImage();
     };
-    click(table, "btnDeletePage");
-    QCOMPARE(questions.size(), 1);
-    QCOMPARE(table.rows().size(), 200);
-    answer = 1;
-    click(table, "btnDeletePage");
-    QCOMPARE(table.rows().size(), 100);
-    QCOMPARE(model->index(0, 1).data().toString(), QStringLiteral("02"));
-    QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("AA"));
-    // The last one, shown, of three; an empty one goes without a question.
-    click(table, "btnAddPage");
-    click(table, "btnLastPage");
-    model->setData(model->index(0, 1), QStringLiteral("03"));
-    click(table, "btnAddPage");
-    click(table, "btnLastPage");
-    questions.clear();
-    click(table, "btnDeletePage");
-    QVERIFY(questions.isEmpty());
-    QCOMPARE(table.rows().at(100).address, QStringLiteral("03"));
-    click(table, "btnDeletePage");
-    QCOMPARE(table.rows().size(), 100);
-    QCOMPARE(model->index(0, 1).data().toString(), QStringLiteral("02"));
-    DialogAnswers::instance() = DialogAnswers();
-    const QSignalSpy stops(&table, &DataManagerWidget::stopRequested);
-    QHideEvent minimise;
-    QSpontaneKeyEvent::setSpontaneous(&minimise);
-    qApp->notify(&table, &minimise);
-    QCOMPARE(stops.size(), 0);
-    click(table, "btnCancel");
-    QVERIFY(!table.isVisible());
-    QCOMPARE(stops.size(), 1);
+    click("btnAddPage");
+    m_table->setOutcome(0, RegisterTableModel::Answered);
+    m_table->setOutcome(1, RegisterTableModel::Refused);
+    QVERIFY(!icon(0).isNull() && !icon(1).isNull() && icon(0) != icon(1));
+    QVERIFY(icon(2).isNull());
+    m_dialog->SltChangePage(2);
+    QVERIFY(icon(0).isNull());
 }
 
 void TestRegister::limitsCells()
 {
-    DataManagerWidget table(DataManagerWidget::Read);
-    table.show();
-    auto *view = table.findChild<QTableView *>();
-    const auto typed = [view](int column, const QString &text) {
-        view->setCurrentIndex(view->model()->index(0, column));
-        view->edit(view->currentIndex());
-        QTest::keyClicks(view->findChild<QLineEdit *>(), text);
-        const QString kept = view->findChild<QLineEdit *>()->text();
-        QTest::keyClick(view->findChild<QLineEdit *>(), Qt::Key_Escape);
+    const auto typed = [this](int column, const QString &text) {
+        m_view->setCurrentIndex(shown(0, column));
+        m_view->edit(m_view->currentIndex());
+        QTest::keyClicks(m_view->findChild<QLineEdit *>(), text);
+        const QString kept = m_view->findChild<QLineEdit *>()->text();
+        QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_Escape);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         return kept;
     };
     QCOMPARE(typed(1, QStringLiteral("0x3g008,123456")), QStringLiteral("03008123"));
     QCOMPARE(typed(3, QStringLiteral("a,b")), QStringLiteral("ab"));
-    // What is pasted is refused as a whole, and it is said.
+    // What is pasted is refused as a whole, with the reason.
     QtMessageTip::current()->close();
-    view->setCurrentIndex(view->model()->index(0, 3));
-    view->edit(view->currentIndex());
+    m_view->edit(shown(0, 3));
     QApplication::clipboard()->setText(QStringLiteral("two\nlines"));
-    QTest::keyClick(view->findChild<QLineEdit *>(), Qt::Key_V, Qt::ControlModifier);
-    QCOMPARE(view->findChild<QLineEdit *>()->text(), QString());
+    QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(m_view->findChild<QLineEdit *>()->text(), QString());
     QVERIFY(QtMessageTip::current());
     QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("不能含有逗号和换行！"));
 }
 
-void TestRegister::survivesAMillionRows()
+void TestRegister::stopsWhenItIsClosed()
 {
-    const QString file = m_folder.filePath(QStringLiteral("million.csv"));
-    QFile million(file);
-    QVERIFY(million.open(QIODevice::WriteOnly));
-    million.write(QByteArray("1,3008,5A,x\n").repeated(1000000));
-    million.close();
-    DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
-    QString warned;
-    DialogAnswers::instance().message = [&warned](const QString &, const QString &text, int) {
-        warned = text;
-        return 1;
-    };
-    DataManagerWidget table(DataManagerWidget::Read);
-    table.show();
-    click(table, "btnImport");
-    QTRY_COMPARE_WITH_TIMEOUT(table.findChild<QLabel *>("labelRegisterProgress")->text(),
-                              QStringLiteral("读取 10000 行，跳过 0 行，超出 990000 行"), 30000);
-    QCOMPARE(warned, QStringLiteral("寄存器表最多10000行，文件中有990000行没有导入！"));
-    QCOMPARE(table.rows().size(), 10000);
-    DialogAnswers::instance() = DialogAnswers();
+    const QSignalSpy stops(m_dialog.get(), &DataManagerWidget::stopRequested);
+    m_dialog->setBusy(true);
+    for (const char *name : {"btnImport", "btnClear", "btnConfirm", "btnAddPage", "btnDeletePage"})
+        QVERIFY(!m_dialog->findChild<QPushButton *>(QLatin1String(name))->isEnabled());
+    QCOMPARE(m_view->editTriggers(), QAbstractItemView::NoEditTriggers);
+    QHideEvent minimise;
+    QSpontaneKeyEvent::setSpontaneous(&minimise);
+    qApp->notify(m_dialog.get(), &minimise);
+    QCOMPARE(stops.size(), 0);
+    click("btnCancel");
+    QVERIFY(!m_dialog->isVisible());
+    QCOMPARE(stops.size(), 1);
 }
 
 QTEST_MAIN(TestRegister)

@@ -1,0 +1,125 @@
+#pragma once
+
+// Reads and writes the registers of a board: one at a time, or a whole table, at
+// a pace that a small board keeps up with. Owns the two tables, the pending
+// requests and their timeouts, and matches replies to requests. Sends nothing
+// itself: emits each request, and is given the replies.
+
+#include "registertablemodel.h"
+
+#include <QTimer>
+#include <QVector>
+
+#include <array>
+#include <optional>
+
+class RegisterSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum Access { Read, Write };
+    Q_ENUM(Access)
+
+    // Where requests go, and the bytes that they have for an address and a value.
+    struct Target
+    {
+        int device = 0;
+        int addressLength = 2;
+        int valueLength = 1;
+    };
+    // What a board says about a read request. It repeats only the low 16 bits of the
+    // address.
+    struct Reply
+    {
+        int device = 0;
+        quint16 address = 0;
+        bool isGood = true;
+        QString value; // hexadecimal
+    };
+    struct Request
+    {
+        quint32 address = 0;
+        std::optional<quint32> value; // none: read
+    };
+    // Of the table that was started last.
+    struct Progress
+    {
+        int done = 0;
+        int total = 0;
+        int unanswered = 0;
+        int refused = 0;
+        int notSent = 0; // rows that don't fit the target's lengths
+    };
+
+    explicit RegisterSession(QObject *parent = nullptr);
+
+    RegisterTableModel *table(Access access) { return &m_tables.at(access); }
+    void setTarget(const Target &target) { m_target = target; }
+
+    // Whether the number fits into that many bytes; true where the length is not 1
+    // to 4, which is an error of its own.
+    static bool fits(quint32 number, int length);
+
+    // One register. read() returns false when the request could not be sent.
+    bool read(quint32 address);
+    void write(quint32 address, quint32 value) { emit requested({address, value}); }
+
+    // Reads or writes all registers of a table. Rows without an address are left
+    // out. False while a table is being read or written.
+    bool start(Access access);
+    void stop(Access access);
+    bool isRunning() const { return m_timer.isActive(); }
+    Progress progress() const { return m_progress; }
+
+    // Nothing can be sent any more, or a request could not be: all pending requests
+    // are dropped.
+    void stopAll();
+
+    // Replies of other devices than the asked one are ignored. One to no pending
+    // request goes to the read table's first row of that address without an answer.
+    void addReply(const Reply &reply);
+
+public slots:
+    // The timers call these; a test does instead of waiting.
+    void reportUnanswered(); // the single read; a late reply still counts
+    void advance();          // the table, to its next request
+
+signals:
+    void requested(const RegisterSession::Request &request);
+    void valueRead(const QString &value); // answers read()
+    void unanswered(quint32 address);
+    void progressed(RegisterSession::Access access);
+    void finished(RegisterSession::Access access);
+
+private:
+    struct TableRequest
+    {
+        int row = 0;
+        Request request;
+    };
+    struct SingleRead
+    {
+        int device = 0;
+        quint32 address = 0;
+    };
+
+    void queueRow(int row);
+    void sendNext();
+    void endRead(RegisterTableModel::Outcome outcome, const QString &value);
+    void stopTable();
+    void addLateReply(const Reply &reply);
+
+    std::array<RegisterTableModel, 2> m_tables;
+    Target m_target;
+
+    std::optional<SingleRead> m_single;
+    QTimer m_singleTimer;
+
+    Access m_access = Read; // of the table started last
+    QVector<TableRequest> m_queue;
+    Progress m_progress;
+    bool m_isAwaiting = false;       // a reply to the last sent request of the queue
+    std::optional<int> m_readDevice; // which the read table was last read from
+    QTimer m_timer;                  // runs while a table does
+};

@@ -1,0 +1,168 @@
+#include "registertablemodel.h"
+
+#include <algorithm>
+
+namespace {
+
+QString RegisterRow::*cellOf(int column)
+{
+    constexpr QString RegisterRow::*cells[] = {&RegisterRow::number, &RegisterRow::address,
+                                               &RegisterRow::value, &RegisterRow::description};
+    return cells[column];
+}
+
+QString outcomeText(RegisterTableModel::Outcome outcome)
+{
+    switch (outcome) {
+    case RegisterTableModel::Unanswered:
+        return QStringLiteral("开发板没有应答");
+    case RegisterTableModel::Refused:
+    case RegisterTableModel::NotSent:
+        return QStringLiteral("开发板报告错误，或地址、值与设置的长度不符");
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+RegisterTableModel::RegisterTableModel(QObject *parent)
+    : QAbstractTableModel(parent)
+    , m_entries(rowsPerPage)
+{
+}
+
+int RegisterTableModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_entries.size();
+}
+
+int RegisterTableModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : columns;
+}
+
+QVariant RegisterTableModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const Entry &entry = m_entries.at(index.row());
+    if (role == Qt::DisplayRole || role == Qt::EditRole)
+        return entry.cells.*cellOf(index.column());
+    if (index.column() == Value && role == outcomeRole)
+        return entry.outcome;
+    if (index.column() == Value && role == Qt::ToolTipRole)
+        return outcomeText(entry.outcome);
+    return {};
+}
+
+bool RegisterTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    const QString text = value.toString();
+    const bool fitsFile = std::none_of(text.begin(), text.end(), [](QChar c) {
+        return c == QLatin1Char(',') || c == QLatin1Char('\n') || c == QLatin1Char('\r');
+    });
+    if (!index.isValid() || role != Qt::EditRole || !fitsFile)
+        return false;
+    QString &cell = m_entries[index.row()].cells.*cellOf(index.column());
+    if (cell != text) {
+        cell = text;
+        m_isModified = true;
+        emit dataChanged(index, index, {Qt::DisplayRole, Qt::EditRole});
+    }
+    return true;
+}
+
+QVariant RegisterTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return QAbstractTableModel::headerData(section, orientation, role);
+    return RegisterCsv::titles().value(section);
+}
+
+Qt::ItemFlags RegisterTableModel::flags(const QModelIndex &index) const
+{
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    return index.isValid() ? flags | Qt::ItemIsEditable : flags;
+}
+
+void RegisterTableModel::setValue(int row, const QString &value)
+{
+    setData(index(row, Value), value);
+}
+
+void RegisterTableModel::setOutcome(int row, Outcome outcome)
+{
+    if (m_entries.at(row).outcome == outcome)
+        return;
+    m_entries[row].outcome = outcome;
+    const QModelIndex changed = index(row, Value);
+    emit dataChanged(changed, changed, {outcomeRole, Qt::ToolTipRole});
+}
+
+int RegisterTableModel::filledRows(int page) const
+{
+    const auto first = m_entries.begin() + page * rowsPerPage;
+    return static_cast<int>(
+        std::count_if(first, first + rowsPerPage, [](const Entry &entry) { return !entry.cells.isEmpty(); }));
+}
+
+bool RegisterTableModel::addPage()
+{
+    const int rows = m_entries.size();
+    if (rows >= maxRows)
+        return false;
+    beginInsertRows({}, rows, rows + rowsPerPage - 1);
+    m_entries.resize(rows + rowsPerPage);
+    endInsertRows();
+    return true;
+}
+
+void RegisterTableModel::removePage(int page)
+{
+    m_isModified = m_isModified || filledRows(page) > 0;
+    if (pageCount() == 1)
+        addPage();
+    const int first = page * rowsPerPage;
+    beginRemoveRows({}, first, first + rowsPerPage - 1);
+    m_entries.remove(first, rowsPerPage);
+    endRemoveRows();
+}
+
+int RegisterTableModel::usedRows() const
+{
+    const auto last = std::find_if(m_entries.rbegin(), m_entries.rend(),
+                                   [](const Entry &entry) { return !entry.cells.isEmpty(); });
+    return static_cast<int>(m_entries.rend() - last);
+}
+
+QVector<RegisterRow> RegisterTableModel::rowsToSave() const
+{
+    QVector<RegisterRow> rows(usedRows());
+    std::transform(m_entries.begin(), m_entries.begin() + rows.size(), rows.begin(),
+                   [](const Entry &entry) { return entry.cells; });
+    return rows;
+}
+
+void RegisterTableModel::append(const QVector<RegisterRow> &rows, bool isWholeFile)
+{
+    const int used = usedRows();
+    const int added = qMin(rows.size(), maxRows - used);
+    if (added > 0) // a file read into an empty table is that table
+        m_isModified = used > 0 || added < rows.size() || !isWholeFile;
+    const int pages = qMax(1, (used + added + rowsPerPage - 1) / rowsPerPage);
+    beginResetModel();
+    m_entries.resize(used);
+    m_entries.resize(pages * rowsPerPage);
+    for (int i = 0; i < added; ++i)
+        m_entries[used + i].cells = rows.at(i);
+    endResetModel();
+}
+
+void RegisterTableModel::clear()
+{
+    beginResetModel();
+    m_entries = QVector<Entry>(rowsPerPage);
+    m_isModified = false;
+    endResetModel();
+}

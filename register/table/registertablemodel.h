@@ -1,0 +1,63 @@
+#pragma once
+
+// The rows of a register table: their cells, how the last request for each
+// ended, and whether a file has them. Holds complete pages, empty rows included.
+// Rows and pages are counted from 0. Knows no file, no board and no view.
+
+#include "registercsv.h"
+
+#include <QAbstractTableModel>
+
+class RegisterTableModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    static constexpr int rowsPerPage = 100;
+    static constexpr int maxPages = 100;
+    static constexpr int maxRows = maxPages * rowsPerPage;
+
+    enum Column { Number, Address, Value, Description, columns };
+    enum Outcome { NoOutcome, Answered, Written, Refused, Unanswered, NotSent };
+    static constexpr int outcomeRole = Qt::UserRole; // of the value: how its request ended
+
+    explicit RegisterTableModel(QObject *parent = nullptr);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    // Refuses what a cell of the file can't hold: commas and line breaks.
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+    const RegisterRow &row(int row) const { return m_entries.at(row).cells; }
+    Outcome outcome(int row) const { return m_entries.at(row).outcome; }
+    void setValue(int row, const QString &value);
+    void setOutcome(int row, Outcome outcome);
+
+    int pageCount() const { return m_entries.size() / rowsPerPage; }
+    int filledRows(int page) const;
+    bool addPage();            // false at the limit
+    void removePage(int page); // the last one that is left is emptied
+
+    int usedRows() const; // up to the last one that is not empty
+    QVector<RegisterRow> rowsToSave() const;
+    // Puts rows after the used ones, as many as fit. isWholeFile: the file that they
+    // come from has no others.
+    void append(const QVector<RegisterRow> &rows, bool isWholeFile);
+    void clear();
+
+    bool hasUnsavedRows() const { return m_isModified && usedRows() > 0; }
+    void setSaved() { m_isModified = false; }
+
+private:
+    struct Entry
+    {
+        RegisterRow cells;
+        Outcome outcome = NoOutcome;
+    };
+
+    QVector<Entry> m_entries; // complete pages
+    bool m_isModified = false;
+};
