@@ -3,7 +3,7 @@
 
 #include "frameassembler.h"
 #include "jpegscanner.h"
-#include "pixeldecoder.h"
+#include "pixelformat.h"
 
 #include <QList>
 
@@ -39,15 +39,19 @@ void copyPixels(benchmark::State &state)
     state.SetBytesProcessed(state.iterations() * size);
 }
 
+// The format with the code in the first argument.
 void decode(benchmark::State &state)
 {
-    const int width = static_cast<int>(state.range(0));
-    const int height = static_cast<int>(state.range(1));
-    const QByteArray source = noise(width * height * 2);
-    std::vector<uchar> output(static_cast<size_t>(width * height * 3));
+    const PixelFormat *const format = PixelFormat::find(static_cast<int>(state.range(0)));
+    const int width = static_cast<int>(state.range(1));
+    const int height = static_cast<int>(state.range(2));
+    const QByteArray bytes = noise(width * height * format->bytesPerPixel);
+    const PixelDecoder::Source source{reinterpret_cast<const uchar *>(bytes.constData()), bytes.size(), width,
+                                      height, state.range(3) != 0};
+    std::vector<uchar> output(PixelDecoder::imageBytes(width, height));
+    state.SetLabel(QString(format->name).toStdString());
     for (auto _ : state) {
-        PixelDecoder::rgb565(reinterpret_cast<const uchar *>(source.constData()), source.size(), width,
-                             height, state.range(2) != 0, output.data(), width * 3);
+        format->decode(source, output.data(), width * 3);
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(state.iterations() * static_cast<qint64>(output.size()));
@@ -104,12 +108,8 @@ void scanJpeg(benchmark::State &state)
 }
 
 BENCHMARK(copyPixels)->Args({640, 480})->Args({1920, 1080});
-BENCHMARK(decode)
-    ->ArgNames({"w", "h", "big"})
-    ->Args({640, 480, 0})
-    ->Args({640, 480, 1})
-    ->Args({1920, 1080, 0})
-    ->Args({1920, 1080, 1});
+BENCHMARK(decode)->ArgNames({"code", "w", "h", "big"})->ArgsProduct({{4, 5, 7}, {640}, {480}, {0, 1}});
+BENCHMARK(decode)->ArgNames({"code", "w", "h", "big"})->Args({4, 1920, 1080, 0});
 BENCHMARK(assemble)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
 BENCHMARK(scanJpeg)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
 

@@ -20,9 +20,6 @@ namespace {
 
 constexpr int kMinDigits = 2;
 
-constexpr int kFormats[] = {ImageRecord::Jpg,    ImageRecord::Bmp,    ImageRecord::Png,
-                            ImageRecord::Rgb565, ImageRecord::Rgb888, ImageRecord::Yuv422};
-
 } // namespace
 
 ImageFormatConfig::ImageFormatConfig(QWidget *parent)
@@ -71,8 +68,8 @@ FormGroup *ImageFormatConfig::buildFormat()
     m_height->setObjectName(QStringLiteral("spinImageHeight"));
     m_device->addItems({QStringLiteral("设备1"), QStringLiteral("设备2")});
     m_device->setToolTip(QStringLiteral("图像格式和寄存器请求所属的设备"));
-    for (const int format : kFormats)
-        m_format->addItem(ImageRecord::formatName(format), format);
+    for (const PixelFormat &format : PixelFormat::all())
+        m_format->addItem(format.name, format.code);
     for (QSpinBox *side : {m_width, m_height}) {
         side->setRange(0, 0xFFFF);
         side->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // two in a row

@@ -5,8 +5,8 @@
 // and shows; the requests are RegisterSession's, and the page sends them.
 
 #include "formpanel.h"
-#include "frameshow.h"
 #include "notice.h"
+#include "pixelformat.h"
 #include "registersession.h"
 #include "setting.h"
 

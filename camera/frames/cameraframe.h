@@ -15,13 +15,14 @@ constexpr int deviceAt = 4;
 constexpr int lengthAt = 5;
 constexpr int commandAt = 9;
 constexpr int bodyAt = 10;
-constexpr int overhead = 12;         // of a packet without a body
-constexpr int registerOverhead = 15; // of a read reply without its value
-constexpr int longestValue = 4;      // bytes of a register's address or value
+constexpr int overhead = 12;                // of a packet without a body
+constexpr int registerOverhead = 15;        // of a read reply without its value
+constexpr int maxValueBytes = 4;            // of a register's address or value
+constexpr int longestValue = maxValueBytes; // until the page says maxValueBytes
 
-// The longest packet that is waited for, and the largest picture: a length that
-// nobody means must not fill the memory.
-constexpr quint32 mostBytes = 64U * 1024 * 1024;
+// Of a packet and of a picture without framing: a false length must not fill the
+// memory.
+constexpr quint32 maxBytes = 64U * 1024 * 1024;
 
 enum Command { ImageFormat = 1, ImageData = 2, WriteRegister = 16, ReadRegister = 17 };
 

@@ -36,11 +36,11 @@ bool mayBeHeader(const char *bytes, qsizetype size)
     const quint32 length = readU32(bytes + lengthAt);
     switch (static_cast<quint8>(bytes[commandAt])) {
     case ImageData:
-        return length >= overhead && length <= mostBytes;
+        return length >= overhead && length <= maxBytes;
     case ImageFormat:
         return length >= kFormatSize && length <= kFormatSize + kChecksumSize;
     case ReadRegister:
-        return length > registerOverhead && length <= registerOverhead + longestValue;
+        return length > registerOverhead && length <= registerOverhead + maxValueBytes;
     default:
         return false;
     }
@@ -203,7 +203,7 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
     const quint32 length = readU32(m_buffer.front() + lengthAt);
     const auto command = static_cast<quint8>(m_buffer.front()[commandAt]);
     event->device = static_cast<quint8>(m_buffer.front()[deviceAt]) & 1;
-    if (length < bodyAt || length > mostBytes) {
+    if (length < bodyAt || length > maxBytes) {
         event->kind = CameraEvent::ImpossibleLength;
         discard(m_buffer.size());
         return true;
@@ -255,7 +255,7 @@ bool FrameAssembler::takeReply(CameraEvent *event, int valueLength)
 {
     const quint32 length = readU32(m_buffer.front() + lengthAt);
     const bool isWhole = m_buffer.size() >= static_cast<qsizetype>(length);
-    if (!isWhole && length <= registerOverhead + longestValue)
+    if (!isWhole && length <= registerOverhead + maxValueBytes)
         return false;
     const bool isReply = isWhole && length == static_cast<quint32>(registerOverhead + valueLength);
     if (!isReply) {

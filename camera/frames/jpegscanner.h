@@ -1,7 +1,7 @@
 #pragma once
 
-// Takes JPEG pictures out of a stream without any framing, by their start and
-// end markers. The time it takes grows with the bytes, not with their cutting.
+// Finds JPEG pictures in a stream without any framing, by their start and end
+// markers. The time it needs grows with the bytes, not with how they are cut.
 
 #include "bytequeue.h"
 
@@ -14,28 +14,27 @@ public:
     }
 
     void append(const QByteArray &chunk);
-    // The next picture: everything up to an end marker, whether or not it is
-    // one. False when more has to come first.
-    bool next(QByteArray *picture) { return m_mayHold && take(picture); }
+    // The next picture: everything up to an end marker, whether or not it is a
+    // picture. False when more has to arrive first.
+    bool next(QByteArray *picture);
     void clear();
 
-    bool hasStart() const { return m_start >= 0; }
-    // Asked once: a picture had no end for so long that it was given up.
+    bool hasStart() const { return m_hasStart; }
+    // Whether a picture without an end was dropped since the last call.
     bool takeOverflow();
-    // The bytes before pictures that were dropped since the last call.
+    // The bytes that were dropped since the last call.
     qint64 takeLost();
 
     int size() const { return m_buffer.size(); }
     int capacity() const { return m_buffer.capacity(); }
 
 private:
-    bool take(QByteArray *picture);
+    int find(char second, int from) const;
+    void drop(int bytes);
 
     ByteQueue m_buffer;
-    int m_start = -1;            // of the image; -1 when not yet found
-    int m_scanned = 0;           // bytes before which no end marker begins
-    bool m_mayHold = false;      // there is something that next() has not seen
-    bool m_endsInPrefix = false; // the last byte may be half a marker
-    bool m_overflow = false;
+    bool m_hasStart = false; // the buffer begins with a start marker
+    int m_scanned = 0;       // bytes in which no end marker begins
+    bool m_hasOverflown = false;
     qint64 m_lost = 0;
 };

@@ -1,91 +1,108 @@
 #include "pixeldecoder.h"
 
-#include "cameraframe.h"
-#include "pixelrow.h"
-
 #include <algorithm>
 #include <cstring>
 
 namespace PixelDecoder {
 
+namespace {
+
+constexpr quint64 kMaxImageBytes = 64U * 1024 * 1024;
+constexpr int kOutputBytes = 3; // of a pixel
+constexpr int kNoChroma = 128;
+
+void putRgb565(int high, int low, uchar *output)
+{
+    output[0] = static_cast<uchar>(high & 0xF8);
+    output[1] = static_cast<uchar>((high << 8 | low) >> 3 & 0xFC);
+    output[2] = static_cast<uchar>(low << 3);
+}
+
+// What the two pixels of a pair add to their luma.
+struct Chroma
+{
+    // Factors in 65536ths, rounded.
+    Chroma(int u, int v)
+        : red((91881 * (v - kNoChroma) + 32768) >> 16)
+        , green((-22554 * (u - kNoChroma) - 46802 * (v - kNoChroma) + 32768) >> 16)
+        , blue((116130 * (u - kNoChroma) + 32768) >> 16)
+    {
+    }
+
+    void put(int luma, uchar *output) const
+    {
+        output[0] = static_cast<uchar>(std::clamp(luma + red, 0, 255));
+        output[1] = static_cast<uchar>(std::clamp(luma + green, 0, 255));
+        output[2] = static_cast<uchar>(std::clamp(luma + blue, 0, 255));
+    }
+
+    int red;
+    int green;
+    int blue;
+};
+
+} // namespace
+
 quint32 imageBytes(int width, int height)
 {
     if (width <= 0 || height <= 0)
         return 0;
-    const quint64 bytes = static_cast<quint64>(width) * static_cast<quint64>(height) * 3;
-    return bytes > CameraFrame::mostBytes ? 0 : static_cast<quint32>(bytes);
+    const quint64 bytes = static_cast<quint64>(width) * static_cast<quint64>(height) * kOutputBytes;
+    return bytes > kMaxImageBytes ? 0 : static_cast<quint32>(bytes);
 }
 
-void rgb565(const uchar *source, qsizetype sourceSize, int width, int height, bool bigEndian, uchar *output,
-            qsizetype stride)
+void rgb565(const Source &source, uchar *output, qsizetype stride)
 {
-    const PixelRow::Decode vectorised = PixelRow::vectorised();
-    const PixelRow::Decode decodeRow = vectorised ? vectorised : PixelRow::portable;
-    const qsizetype pixels = sourceSize / 2;
-    for (int y = 1; y <= height; ++y, output += stride) {
-        const qsizetype last = static_cast<qsizetype>(width) * (y + 1); // what the row's first pixel takes
-        const qsizetype lacking = last + 1 - pixels;
-        const qsizetype black = std::clamp<qsizetype>(lacking, 0, width);
-        uchar *const seen = output + 3 * black;
-        std::memset(output, 0, static_cast<size_t>(3 * black));
-        if (black < width)
-            decodeRow(source + 2 * (last - black), width - static_cast<int>(black), bigEndian, seen);
-        if (sourceSize % 2 != 0 && black > 0 && black == lacking) { // of that one the first byte is there
-            const uchar half[] = {source[sourceSize - 1], 0};
-            PixelRow::portable(half, 1, bigEndian, seen - 3);
+    const int highAt = source.isBigEndian ? 0 : 1;
+    const qsizetype pixels = source.size / 2;
+    for (int y = 1; y <= source.height; ++y, output += stride) {
+        const qsizetype last = static_cast<qsizetype>(source.width) * (y + 1); // of the row's first pixel
+        const qsizetype missing = last + 1 - pixels;
+        const qsizetype black = std::clamp<qsizetype>(missing, 0, source.width);
+        std::memset(output, 0, static_cast<size_t>(kOutputBytes * black));
+        for (qsizetype x = black; x < source.width; ++x) {
+            const uchar *const pixel = source.bytes + 2 * (last - x);
+            putRgb565(pixel[highAt], pixel[1 - highAt], output + kOutputBytes * x);
+        }
+        if (source.size % 2 != 0 && black > 0 && black == missing) { // half a pixel ends the source
+            const int half = source.bytes[source.size - 1];
+            putRgb565(highAt == 0 ? half : 0, highAt == 0 ? 0 : half, output + kOutputBytes * (black - 1));
         }
     }
 }
 
-void rgb888(const uchar *source, qsizetype sourceSize, int width, int height, uchar *output, qsizetype stride)
+void rgb888(const Source &source, uchar *output, qsizetype stride)
 {
-    const qsizetype row = static_cast<qsizetype>(width) * 3;
-    for (int y = 0; y < height; ++y, output += stride) {
-        const qsizetype there = std::clamp<qsizetype>(sourceSize - row * y, 0, row);
-        if (there > 0)
-            std::memcpy(output, source + row * y, static_cast<size_t>(there));
-        std::memset(output + there, 0, static_cast<size_t>(row - there));
+    const qsizetype row = static_cast<qsizetype>(source.width) * kOutputBytes;
+    for (int y = 0; y < source.height; ++y, output += stride) {
+        const qsizetype available = std::clamp<qsizetype>(source.size - row * y, 0, row);
+        if (available > 0)
+            std::memcpy(output, source.bytes + row * y, static_cast<size_t>(available));
+        std::memset(output + available, 0, static_cast<size_t>(row - available));
     }
 }
 
-namespace {
-
-constexpr int kNoChroma = 128;
-
-// From Y, U and V in 65536ths.
-void putRgb(int luma, int u, int v, uchar *output)
+// Whatever a cut pair still has is used: at the end of an odd row that is Y and U.
+void yuv422(const Source &source, uchar *output, qsizetype stride)
 {
-    const auto rounded = [luma](int chroma) {
-        return static_cast<uchar>(std::clamp(luma + ((chroma + 32768) >> 16), 0, 255));
-    };
-    u -= kNoChroma;
-    v -= kNoChroma;
-    output[0] = rounded(91881 * v);
-    output[1] = rounded(-22554 * u - 46802 * v);
-    output[2] = rounded(116130 * u);
-}
-
-} // namespace
-
-void yuv422(const uchar *source, qsizetype sourceSize, int width, int height, bool bigEndian, uchar *output,
-            qsizetype stride)
-{
-    const int lumaAt = bigEndian ? 1 : 0;
+    const int lumaAt = source.isBigEndian ? 1 : 0;
     const int chromaAt = 1 - lumaAt;
-    for (int y = 0; y < height; ++y, output += stride) {
-        const qsizetype row = static_cast<qsizetype>(width) * y * 2;
-        for (qsizetype x = 0; x < width; ++x) {
-            const qsizetype pair = row + x / 2 * 4;
-            const qsizetype luma = row + 2 * x + lumaAt;
-            const qsizetype v = pair + 2 + chromaAt;
-            if (luma >= sourceSize) {
-                std::memset(output + 3 * x, 0, static_cast<size_t>(width - x) * 3);
-                break;
-            }
-            const bool hasPair = (x | 1) < width && v < sourceSize;
-            putRgb(source[luma], pair + chromaAt < sourceSize ? source[pair + chromaAt] : kNoChroma,
-                   hasPair ? source[v] : kNoChroma, output + 3 * x);
+    const qsizetype rowBytes = static_cast<qsizetype>(source.width) * 2;
+    for (int y = 0; y < source.height; ++y, output += stride) {
+        const qsizetype begin = qMin(rowBytes * y, source.size);
+        const uchar *pair = source.bytes + begin;
+        const uchar *const end = pair + qMin(rowBytes, source.size - begin);
+        uchar *pixel = output;
+        for (; end - pair >= 4; pair += 4, pixel += 2 * kOutputBytes) {
+            const Chroma chroma(pair[chromaAt], pair[2 + chromaAt]);
+            chroma.put(pair[lumaAt], pixel);
+            chroma.put(pair[2 + lumaAt], pixel + kOutputBytes);
         }
+        const auto chromaOf = [pair, end](qsizetype at) { return at < end - pair ? pair[at] : kNoChroma; };
+        const Chroma chroma(chromaOf(chromaAt), chromaOf(2 + chromaAt));
+        for (qsizetype at = lumaAt; at < end - pair; at += 2, pixel += kOutputBytes)
+            chroma.put(pair[at], pixel);
+        std::memset(pixel, 0, static_cast<size_t>(output + kOutputBytes * source.width - pixel));
     }
 }
 

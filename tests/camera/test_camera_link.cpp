@@ -3,8 +3,6 @@
 #include "checksum.h"
 #include "frameassembler.h"
 #include "jpegscanner.h"
-#include "pixeldecoder.h"
-#include "pixelrow.h"
 
 #include <QtTest>
 
@@ -76,8 +74,6 @@ QByteArray header(const char *length, const char *command)
 
 } // namespace
 
-Q_DECLARE_METATYPE(PixelRow::Decode)
-
 class TestCameraLink : public QObject
 {
     Q_OBJECT
@@ -96,13 +92,6 @@ private slots:
     void findsJpegsHoweverCut();
     void findsLargeJpegs();
     void givesUpEndlessJpegs();
-    void decodesRgb565_data();
-    void decodesRgb565();
-    void decodesEveryPixel_data();
-    void decodesEveryPixel();
-    void decodesRgb888();
-    void decodesYuv422();
-    void refusesSizes();
 };
 
 void TestCameraLink::buildsRequests()
@@ -359,157 +348,6 @@ void TestCameraLink::givesUpEndlessJpegs()
     QVERIFY(overflow && !scanner.takeOverflow());
     scanner.append(hex("ffd801ffd9"));
     QVERIFY(scanner.next(&picture));
-}
-
-void TestCameraLink::decodesRgb565_data()
-{
-    QTest::addColumn<QByteArray>("source");
-    QTest::addColumn<bool>("bigEndian");
-    QTest::addColumn<QByteArray>("output"); // 3 x 2, padded rows
-    // Source pixels 0 to 6; output row 0 takes 6 5 4, row 1 takes 9 8 7.
-    const QByteArray source = hex("0000"
-                                  "0000"
-                                  "0000"
-                                  "0000"
-                                  "e007"
-                                  "1f00"
-                                  "00f8"
-                                  "1234"
-                                  "5678"
-                                  "ffff");
-    const QByteArray firstRow = hex("000000"
-                                    "0000f8"
-                                    "00fc00"
-                                    "aaaa"
-                                    "000000"
-                                    "000000"
-                                    "000000"
-                                    "aaaa");
-    QTest::newRow("little") << source << false
-                            << hex("f80000"
-                                   "0000f8"
-                                   "00fc00"
-                                   "aaaa"
-                                   "f8fcf8"
-                                   "7808b0"
-                                   "308090"
-                                   "aaaa");
-    QTest::newRow("exact payload") << source.left(12) << false << firstRow;
-    QTest::newRow("odd bytes") << source.left(11) << false << firstRow;
-    QTest::newRow("nothing") << QByteArray() << true
-                             << hex("000000"
-                                    "000000"
-                                    "000000"
-                                    "aaaa"
-                                    "000000"
-                                    "000000"
-                                    "000000"
-                                    "aaaa");
-    QTest::newRow("big") << hex("0000"
-                                "0000"
-                                "0000"
-                                "0000"
-                                "07e0"
-                                "001f"
-                                "f800")
-                         << true
-                         << hex("f80000"
-                                "0000f8"
-                                "00fc00"
-                                "aaaa"
-                                "000000"
-                                "000000"
-                                "000000"
-                                "aaaa");
-}
-
-void TestCameraLink::decodesRgb565()
-{
-    QFETCH(QByteArray, source);
-    QFETCH(bool, bigEndian);
-    QFETCH(QByteArray, output);
-    QByteArray picture(output.size(), '\xaa');
-    PixelDecoder::rgb565(reinterpret_cast<const uchar *>(source.constData()), source.size(), 3, 2, bigEndian,
-                         reinterpret_cast<uchar *>(picture.data()), 11);
-    QCOMPARE(picture.toHex(), output.toHex());
-}
-
-void TestCameraLink::decodesEveryPixel_data()
-{
-    QTest::addColumn<PixelRow::Decode>("decode");
-    QTest::newRow("portable") << &PixelRow::portable;
-    if (const PixelRow::Decode vectorised = PixelRow::vectorised()) // this processor may have none
-        QTest::newRow("vectorised") << vectorised;
-}
-
-// Every value in rows of every remainder, at every alignment; beside the row
-// nothing is written.
-void TestCameraLink::decodesEveryPixel()
-{
-    QFETCH(PixelRow::Decode, decode);
-    QByteArray words;
-    for (int value = 0; value < 65536; ++value)
-        words.append(char(value)).append(char(value >> 8));
-    QList<QSize> rows{QSize(65536, 0)}; // pixels, and bytes before them
-    for (int width = 0; width < 40; ++width)
-        rows.append(QSize(width, width % 17));
-    for (const QSize &row : qAsConst(rows)) {
-        for (const bool bigEndian : {false, true}) {
-            const QByteArray source = QByteArray(row.height(), '.') + words.right(2 * row.width());
-            QByteArray expected(row.height(), '.');
-            for (int at = source.size() - 2; at >= row.height(); at -= 2) {
-                const int high = uchar(source.at(bigEndian ? at : at + 1));
-                const int low = uchar(source.at(bigEndian ? at + 1 : at));
-                const int word = high << 8 | low;
-                expected.append(char(high & 0xF8)).append(char(word >> 3 & 0xFC)).append(char(low << 3));
-            }
-            expected.append(64, '.');
-            QByteArray output(expected.size(), '.');
-            decode(reinterpret_cast<const uchar *>(source.constData()) + source.size() - 2, row.width(),
-                   bigEndian, reinterpret_cast<uchar *>(output.data()) + row.height());
-            QVERIFY2(output == expected, qPrintable(QString::number(row.width())));
-        }
-    }
-}
-
-void TestCameraLink::decodesRgb888()
-{
-    const QByteArray source("abcdefgh"); // of nine bytes
-    QByteArray picture(2 * 8, '.');
-    PixelDecoder::rgb888(reinterpret_cast<const uchar *>(source.constData()), source.size(), 1, 2,
-                         reinterpret_cast<uchar *>(picture.data()), 8);
-    QCOMPARE(picture, QByteArray("abc.....def....."));
-    picture.fill('.');
-    PixelDecoder::rgb888(reinterpret_cast<const uchar *>(source.constData()), source.size(), 2, 2,
-                         reinterpret_cast<uchar *>(picture.data()), 8);
-    QCOMPARE(picture, QByteArray("abcdef..gh\0\0\0\0..", 16));
-}
-
-// Rows of three pixels: white and black, an odd one of light blue; two reds, and a
-// pixel that is not there.
-void TestCameraLink::decodesYuv422()
-{
-    const QByteArray yuyv = hex("ff8000801dff"
-                                "4c551eff");
-    QByteArray uyvy;
-    for (int at = 0; at < yuyv.size(); at += 2)
-        uyvy.append(yuyv.at(at + 1)).append(yuyv.at(at));
-    for (const bool bigEndian : {false, true}) {
-        const QByteArray source = bigEndian ? uyvy : yuyv;
-        QByteArray picture(2 * 10, '.');
-        PixelDecoder::yuv422(reinterpret_cast<const uchar *>(source.constData()), source.size(), 3, 2,
-                             bigEndian, reinterpret_cast<uchar *>(picture.data()), 10);
-        QCOMPARE(picture.toHex(), QByteArray("ffffff0000001d00fe2e"
-                                             "fe0000d000000000002e"));
-    }
-}
-
-void TestCameraLink::refusesSizes()
-{
-    QCOMPARE(PixelDecoder::imageBytes(0, 240), 0U);
-    QCOMPARE(PixelDecoder::imageBytes(320, 0), 0U);
-    QCOMPARE(PixelDecoder::imageBytes(65535, 65535), 0U);
-    QCOMPARE(PixelDecoder::imageBytes(640, 480), 921600U);
 }
 
 QTEST_GUILESS_MAIN(TestCameraLink)

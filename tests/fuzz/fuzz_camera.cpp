@@ -5,7 +5,7 @@
 
 #include "frameassembler.h"
 #include "jpegscanner.h"
-#include "pixeldecoder.h"
+#include "pixelformat.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -28,12 +28,10 @@ void decode(const CameraEvent &image, quint16 width, quint16 height)
     if (bytes == 0 || bytes > 100000)
         return;
     std::vector<uchar> output(bytes);
-    const auto *source = reinterpret_cast<const uchar *>(image.data.constData());
-    PixelDecoder::rgb565(source, image.data.size(), width, height, image.device != 0, output.data(),
-                         width * 3);
-    PixelDecoder::yuv422(source, image.data.size(), width, height, image.device != 0, output.data(),
-                         width * 3);
-    PixelDecoder::rgb888(source, image.data.size(), width, height, output.data(), width * 3);
+    const PixelDecoder::Source source{reinterpret_cast<const uchar *>(image.data.constData()),
+                                      image.data.size(), width, height, image.device != 0};
+    for (const PixelFormat &format : PixelFormat::all())
+        format.decode(source, output.data(), width * 3);
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 #pragma once
 
-// Decodes frames and hands out their pictures, not faster than they can be
-// looked at: of what comes meanwhile only the newest of each device waits, and
-// the others are counted. Knows no stream and no widget.
+// Decodes frames and emits their pictures, not faster than they can be looked at:
+// of the frames that arrive meanwhile, only the newest of each device is pending,
+// and the others are counted as skipped. Knows no stream and no widget.
+
+#include "pixelformat.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -11,17 +13,6 @@
 
 #include <array>
 #include <optional>
-
-// What a device's frames are.
-struct ImageRecord
-{
-    quint8 format = 4;
-    quint16 width = 320;
-    quint16 height = 240;
-
-    enum { Jpg = 1, Bmp = 2, Png = 3, Rgb565 = 4, Rgb888 = 5, Yuv422 = 7 };
-    static QString formatName(int format); // "*.jpg" for unknown codes
-};
 
 struct CameraFrameData
 {
@@ -40,11 +31,11 @@ public:
     void add(int device, const CameraFrameData &frame);
 
     qint64 shown() const { return m_shown; }
-    qint64 skipped() const { return m_skipped; }   // a newer one came before they could be shown
-    qint64 unusable() const { return m_unusable; } // no picture could be made of them
+    qint64 skipped() const { return m_skipped; }   // a newer one arrived before they were shown
+    qint64 unusable() const { return m_unusable; } // were no picture
     void clearCounts();
 
-    // Null where no picture can be made of it.
+    // Null where the data is no picture.
     static QImage decode(const CameraFrameData &frame);
 
 signals:
@@ -54,8 +45,8 @@ signals:
 private:
     void showNewest();
 
-    std::array<std::optional<CameraFrameData>, 2> m_waiting;
-    size_t m_device = 0; // shown last
+    std::array<std::optional<CameraFrameData>, 2> m_pending;
+    size_t m_device = 0; // of the frame shown last
     QTimer m_timer;
     QElapsedTimer m_sinceShown;
     qint64 m_pauseMs = 0;
