@@ -67,7 +67,7 @@ int main(int argc, char *argv[])
     run.showPage(NetworkToolWidget::pageIndex);
     auto *page = run.window().findChild<NetworkToolWidget *>();
     auto *terminal = page->findChild<QtTerminalWidget *>();
-    auto *server = page->findChild<TcpServer *>();
+    const auto *server = page->findChild<TcpServer *>();
     page->findChild<QAbstractButton *>(QStringLiteral("radioRecvHex"))->setChecked(run.isSet("hex"));
     page->findChild<QAbstractButton *>(QStringLiteral("checkStopShow"))->setChecked(run.isSet("stop-show"));
     page->findChild<QComboBox *>(QStringLiteral("comboNetType"))->setCurrentIndex(run.isSet("udp") ? 2 : 0);

@@ -1,19 +1,19 @@
 #include "cameradebugwidget.h"
 
 #include "cameralinkpanel.h"
+#include "camerareceiver.h"
 #include "camerastatusrow.h"
-#include "clientsocket.h"
-#include "datagramsocket.h"
 #include "formpanel.h"
 #include "frameshow.h"
 #include "imageformatconfig.h"
 #include "imageviewer.h"
+#include "linksession.h"
 #include "peeraddress.h"
 #include "pictureactions.h"
+#include "portname.h"
 #include "qtmessagetip.h"
 #include "qtserialport.h"
-#include "readgate.h"
-#include "tcpserver.h"
+#include "stateindicator.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -23,46 +23,101 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace {
 
 constexpr int kRatePeriodMs = 1000;
 constexpr int kTipMs = 2000;
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
 
-bool isPacket(CameraEvent::Kind kind)
+// A line hands over a few bytes at a time, and an announcement that is cut is not
+// waited for. So bytes are gathered until the line pauses, but not for longer than
+// anybody would notice.
+constexpr int kSerialPauseMs = 3;
+constexpr int kMaxGathered = 256;
+
+const auto kClosedHint = QStringLiteral("选择协议并打开后，收到的图像将显示在这里");
+const auto kFromSerial = QStringLiteral("serial");
+
+// The serial port as a link.
+class PortLink : public Link
 {
-    return kind == CameraEvent::Image || kind == CameraEvent::Format || kind == CameraEvent::Register;
-}
+public:
+    explicit PortLink(QtSerialPort *port, QObject *parent)
+        : Link(parent)
+        , m_port(port)
+    {
+        connect(m_port, &QtSerialPort::bytesRead, this,
+                [this](const QByteArray &bytes) { emit received(bytes, nowUs(), {}); });
+        // Queued: the report comes from within the port's own reading.
+        connect(
+            m_port, &QtSerialPort::hungUp, this, [this] { vanish(); }, Qt::QueuedConnection);
+    }
+    bool open(const QString &name, int baudRate)
+    {
+        if (!name.isEmpty())
+            m_port->open(name, baudRate, 8, 0, 0);
+        setState(m_port->isOpen() ? State::Open : State::Closed,
+                 name.isEmpty() ? QString() : m_port->reason());
+        return isOpen();
+    }
+    void vanish()
+    {
+        if (!isOpen())
+            return;
+        m_port->close();
+        setState(State::Closed, QStringLiteral("串口已拔出"));
+    }
+    qint64 send(const QByteArray &bytes, quint64) override
+    {
+        if (!isOpen())
+            return 0;
+        m_port->writeBytes(bytes);
+        emit handedOver(bytes.size());
+        return bytes.size();
+    }
+    qint64 pendingBytes() const override { return 0; }
+    void close() override
+    {
+        m_port->close();
+        setState(State::Closed);
+    }
+
+protected:
+    void readingChanged() override {}
+
+private:
+    QtSerialPort *m_port;
+};
 
 } // namespace
 
 CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
-    , m_server(new TcpServer(this))
-    , m_socket(new ClientSocket(this))
-    , m_udp(new DatagramSocket(this))
-    , m_serial(new QtSerialPort(this))
     , m_serialPause(this)
-    , m_gate(new ReadGate([] { return qint64(0); }, this)) // what can't be shown is skipped
+    , m_receiver(new CameraReceiver(this))
     , m_show(new FrameShow(this))
     , m_rateTimer(this)
 {
     setObjectName(QStringLiteral("CameraDebugWidget"));
     buildUi();
+    // No backlog: a picture that can't be shown in time is skipped.
+    m_session = new LinkSession(
+        m_link, m_status->state(), QStringLiteral("摄像头调试助手"), [] { return qint64(0); }, this);
+    addSerialTransport();
     connectParts();
-    connectLinks();
-    showClosed();
-    m_clock.start();
+    connectSession();
+    connectReceiver();
+    SltChangeProtocol(m_link->protocol());
     m_sinceRate.start();
     m_rateTimer.start(kRatePeriodMs);
 }
 
 CameraDebugWidget::~CameraDebugWidget()
 {
-    blockSignals(true); // nobody is to be told any more
-    // They outlive this part of the page, and talk when they end.
-    for (QObject *link : std::initializer_list<QObject *>{m_server, m_socket, m_udp, m_serial})
-        link->disconnect(this);
+    blockSignals(true);
+    m_session->disconnect(this); // it outlives this part of the page
 }
 
 // ---- building
@@ -140,7 +195,10 @@ void CameraDebugWidget::connectParts()
     connect(m_status->foldButton(), &QPushButton::clicked, this, &CameraDebugWidget::fold);
     connect(m_deviceCount, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &CameraDebugWidget::SltChangeImageShow);
-    connect(m_jpegData, &QCheckBox::toggled, this, [this] { m_streams.clear(); });
+    connect(m_link, &CameraLinkPanel::openClicked, this, &CameraDebugWidget::SltOpenLink);
+    connect(m_link, &CameraLinkPanel::protocolChanged, this, &CameraDebugWidget::SltChangeProtocol);
+    connect(m_jpegData, &QCheckBox::toggled, m_receiver, &CameraReceiver::setRawJpeg);
+    connect(m_checkCrc, &QCheckBox::toggled, m_receiver, &CameraReceiver::setDropBadChecksums);
     connect(m_actions, &PictureActions::notify, this, &CameraDebugWidget::notify);
     connect(m_config, &ImageFormatConfig::signalReadWriteRegister, this,
             &CameraDebugWidget::SltReadWriteRegister);
@@ -149,7 +207,7 @@ void CameraDebugWidget::connectParts()
         m_viewer->setImage(device, QPixmap::fromImage(picture));
     });
     connect(m_show, &FrameShow::undecodable, this, [this](int device) {
-        raiseError(QStringLiteral("设备[%1]的数据无法按当前格式解码").arg(device + 1));
+        showError(QStringLiteral("设备[%1]的数据无法按当前格式解码").arg(device + 1));
     });
     connect(&m_rateTimer, &QTimer::timeout, this, &CameraDebugWidget::SltCalculationRate);
 }
@@ -167,117 +225,198 @@ void CameraDebugWidget::SltChangeImageShow(int index)
     m_actions->setTwo(index == 1);
 }
 
+// ---- the link
+
+void CameraDebugWidget::connectSession()
+{
+    connect(m_session, &LinkSession::notify, this, &CameraDebugWidget::notify);
+    connect(m_session, &LinkSession::joined, m_session, &LinkSession::notifyJoined);
+    connect(m_session, &LinkSession::left, this, [this](const QString &name) {
+        m_receiver->forget(name);
+        if (m_link->protocol() == CameraLinkPanel::TcpServer)
+            m_session->notifyLeft(name);
+    });
+    connect(m_session, &LinkSession::received, this, [this](const QString &sender, const QByteArray &bytes) {
+        if (m_link->protocol() == CameraLinkPanel::Serial)
+            gatherSerial(bytes);
+        else
+            SltRecvImageData(sender, bytes);
+    });
+    connect(m_session, &LinkSession::handedOver, this, [this](qint64 bytes) {
+        m_sendCount += bytes;
+        emit signalRefresCounts(pageIndex);
+    });
+    connect(m_session, &LinkSession::opening, this, [this] { m_link->setOpenState(true); });
+    connect(m_session, &LinkSession::opened, this, [this] {
+        m_errors = 0;
+        m_status->showErrors(0, {});
+        m_link->saveDefaults();
+        m_viewer->setHint(QStringLiteral("已打开，正在等待图像数据"));
+    });
+    connect(m_session, &LinkSession::closed, this, &CameraDebugWidget::endLink);
+    connect(m_session, &LinkSession::closedHere, this,
+            [this] { notify(Notice::information(QStringLiteral("摄像头连接已关闭！"))); });
+    connect(m_session, &LinkSession::socketError, this, &CameraDebugWidget::SltTcpError);
+}
+
+// The bytes that have arrived are reported by now.
+void CameraDebugWidget::endLink()
+{
+    if (!m_serialBytes.isEmpty())
+        passSerialOn();
+    m_receiver->forget();
+    m_config->stopRequests();
+    m_viewer->setHint(kClosedHint);
+    if (isClosed())
+        emit signalClosed();
+}
+
+void CameraDebugWidget::SltChangeProtocol(int)
+{
+    m_session->changeProtocol();
+    m_viewer->setHint(kClosedHint);
+}
+
+void CameraDebugWidget::SltOpenLink()
+{
+    if (m_session->link()->state() != Link::State::Closed || hasValidSerialFields())
+        m_session->toggle();
+}
+
+void CameraDebugWidget::closeLinks()
+{
+    m_session->close();
+}
+
+bool CameraDebugWidget::isClosed() const
+{
+    return m_session->isClosed();
+}
+
+void CameraDebugWidget::SltReadFromTcpSocket()
+{
+    m_session->readPending();
+}
+
+void CameraDebugWidget::SltReadyFromUdp()
+{
+    m_session->readPending();
+}
+
+void CameraDebugWidget::SltTcpError(QAbstractSocket::SocketError error)
+{
+    qDebug() << m_session->socketErrorString() << "Socket error" << error;
+}
+
+// ---- the serial port
+
+void CameraDebugWidget::addSerialTransport()
+{
+    auto *port = new QtSerialPort(this);
+    auto *link = new PortLink(port, m_session);
+    m_serial = link;
+    const auto name = [this] {
+        const QString device = PortName::fromEntry(m_link->serialPort());
+        return device.isEmpty() ? m_link->serialPort() : device;
+    };
+    connect(port, &QtSerialPort::failed, this,
+            [this](const QString &reason) { notify(Notice::error(reason)); });
+    m_session->addTransport({link,
+                             [this, link] {
+                                 m_serialName = PortName::fromEntry(m_link->serialPort());
+                                 return link->open(PortName::fromEntry(m_link->serialPort()),
+                                                   m_link->baudRate());
+                             },
+                             name,
+                             [name] { return QStringLiteral("串口[%1]已打开").arg(name()); },
+                             QStringLiteral("串口[%1]打开成功!"),
+                             QStringLiteral("串口[%1]打开失败!!!"),
+                             {},
+                             Notice::error(QStringLiteral("当前串口已拔出，请重新打开!"))});
+    m_serialPause.setSingleShot(true);
+    m_serialPause.setTimerType(Qt::PreciseTimer);
+    connect(&m_serialPause, &QTimer::timeout, this, &CameraDebugWidget::passSerialOn);
+}
+
+// Says what is wrong. Other protocols have no such fields.
+bool CameraDebugWidget::hasValidSerialFields()
+{
+    if (m_link->protocol() != CameraLinkPanel::Serial)
+        return true;
+    if (m_link->serialPort().isEmpty()) {
+        notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
+        return false;
+    }
+    if (m_link->baudRate() > 0)
+        return true;
+    m_session->showFailed(QStringLiteral("波特率为空"));
+    notify(Notice::error(QStringLiteral("波特率为空或不是正整数，串口未打开！")));
+    return false;
+}
+
+void CameraDebugWidget::gatherSerial(const QByteArray &bytes)
+{
+    m_serialBytes += bytes;
+    if (m_serialBytes.size() >= kMaxGathered)
+        passSerialOn();
+    else
+        m_serialPause.start(kSerialPauseMs);
+}
+
+void CameraDebugWidget::passSerialOn()
+{
+    m_serialPause.stop();
+    SltRecvSerialportData(std::exchange(m_serialBytes, {}));
+}
+
+void CameraDebugWidget::SltRecvSerialportData(QByteArray byData)
+{
+    SltRecvImageData(kFromSerial, byData);
+}
+
+void CameraDebugWidget::SltSerialportChanged(QStringList serialports)
+{
+    m_link->setSerialPorts(serialports);
+    if (!m_serial->isOpen())
+        return;
+    for (const QString &entry : qAsConst(serialports))
+        if (PortName::fromEntry(entry) == m_serialName)
+            return;
+    static_cast<PortLink *>(m_serial)->vanish();
+}
+
 // ---- receiving
 
-void CameraDebugWidget::noteLoss(CameraStreams::Stream &stream)
+void CameraDebugWidget::connectReceiver()
 {
-    const QString why = m_streams.countLoss(stream);
-    if (!why.isEmpty())
-        raiseError(why);
+    connect(m_receiver, &CameraReceiver::image, this, &CameraDebugWidget::showImage);
+    connect(m_receiver, &CameraReceiver::jpeg, m_show, [this](const QByteArray &file) {
+        m_show->add(0, {file, std::nullopt, false});
+    });
+    connect(m_receiver, &CameraReceiver::format, this, &CameraDebugWidget::showFormat);
+    connect(m_receiver, &CameraReceiver::registerReply, this, &CameraDebugWidget::showReply);
+    connect(m_receiver, &CameraReceiver::wrongReplyLength, this,
+            [] { QtMessageTip::showTip(QStringLiteral("当前数据长度与配置不符合！"), kTipMs); });
+    connect(m_receiver, &CameraReceiver::faulty, this, &CameraDebugWidget::showError);
+    connect(m_receiver, &CameraReceiver::notify, this, &CameraDebugWidget::notify);
 }
 
 void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
 {
     m_recvCount += byData.size();
-    m_gate->taken(byData.size());
-    CameraStreams::Stream &stream = m_streams.of(name, m_link->protocol() == CameraLinkPanel::Udp);
-    if (m_streams.takeForgotten())
-        notify(Notice::error(
-            QStringLiteral("UDP发送方超过%1个，图像可能不完整！").arg(CameraStreams::maxDatagramSenders)));
-    if (m_jpegData->isChecked()) {
-        stream.jpeg.append(byData);
-        takeJpegs(stream);
-    } else {
-        stream.packets.append(byData, m_clock.elapsed());
-        noteLoss(stream);
-        takePackets(name, stream);
-    }
+    m_receiver->receive(name, byData, m_link->protocol() == CameraLinkPanel::Udp, m_config->valueLength());
 }
 
-void CameraDebugWidget::takePackets(const QString &sender, CameraStreams::Stream &stream)
+void CameraDebugWidget::showImage(const CameraEvent &event)
 {
-    CameraEvent event;
-    while (stream.packets.next(&event, m_config->valueLength())) {
-        if (event.kind == CameraEvent::ImpossibleLength)
-            raiseError(QStringLiteral("数据包长度异常，已丢弃"));
-        stream.lossTold = stream.lossTold || event.kind == CameraEvent::ImpossibleLength;
-        noteLoss(stream);
-        switch (event.kind) {
-        case CameraEvent::ImageBegins:
-            startElapsed();
-            break;
-        case CameraEvent::Image:
-            actOnImage(event);
-            break;
-        case CameraEvent::Format:
-            actOnFormat(event);
-            break;
-        case CameraEvent::Register:
-            actOnRegister(sender, event);
-            break;
-        case CameraEvent::WrongLength:
-            QtMessageTip::showTip(QStringLiteral("当前数据长度与配置不符合！"), kTipMs);
-            break;
-        case CameraEvent::NoHeader:
-            qDebug().noquote() << "head" << QByteArray(CameraFrame::magic, CameraFrame::magicSize).toHex()
-                               << event.data.toHex();
-            break;
-        case CameraEvent::ImpossibleLength:
-            break;
-        case CameraEvent::Resynchronized:
-            notify(Notice::information(QStringLiteral("图像数据失步，已重新同步")));
-            break;
-        }
-        stream.lossTold = stream.lossTold && !isPacket(event.kind);
-    }
-    noteLoss(stream);
-}
-
-void CameraDebugWidget::takeJpegs(CameraStreams::Stream &stream)
-{
-    QByteArray picture;
-    bool more = true;
-    while (more) {
-        more = stream.jpeg.next(&picture);
-        noteLoss(stream);
-        if (stream.jpeg.takeOverflow())
-            raiseError(QStringLiteral("JPEG图像没有结束标记，已丢弃"));
-        if (more || stream.jpeg.hasStart())
-            startElapsed();
-        if (!more)
-            break;
-        m_show->add(0, {picture, std::nullopt, false});
-        countFrame();
-    }
-}
-
-void CameraDebugWidget::startElapsed()
-{
-    if (m_frames == 0 && !m_sinceFirst.isValid())
-        m_sinceFirst.start();
-}
-
-void CameraDebugWidget::actOnImage(const CameraEvent &event)
-{
-    if (!event.checksumRight) {
-        raiseError(QStringLiteral("设备[%1]的图像数据校验错误").arg(event.device + 1));
-        if (m_checkCrc->isChecked())
-            return;
-    }
     const ImageRecord &record = m_config->record(event.device);
-    if (m_frames == kTimedFrame &&
+    if (frames() == kTimedFrame &&
         (record.format == ImageRecord::Rgb565 || record.format == ImageRecord::Bmp))
-        qDebug() << m_sinceFirst.elapsed() << "ms";
+        qDebug() << m_receiver->sinceFirstMs() << "ms";
     m_show->add(event.device, {event.data, record, m_bigEndian->isChecked()});
-    countFrame();
 }
 
-void CameraDebugWidget::countFrame()
-{
-    ++m_frames;
-}
-
-void CameraDebugWidget::actOnFormat(const CameraEvent &event)
+void CameraDebugWidget::showFormat(const CameraEvent &event)
 {
     m_config->setRecord(event.device, {event.format, event.width, event.height});
     notify(Notice::information(QStringLiteral("设备[%1]修改图像格式[%2]成功: 宽度: %3像素,高度：%4像素.")
@@ -296,7 +435,7 @@ bool CameraDebugWidget::isAskedBoard(const QString &sender) const
     const QHostAddress address = m_link->destinationAddress();
     const QString host = PeerAddress::text(address) + QLatin1Char(':');
     const QString asked = host + QString::number(m_link->destinationPort());
-    if (m_streams.contains(asked))
+    if (m_receiver->hasReceivedFrom(asked))
         return sender == asked;
     const bool isOne = !address.isBroadcast() && !address.isMulticast() &&
                        !(address.protocol() == QAbstractSocket::IPv4Protocol &&
@@ -304,7 +443,7 @@ bool CameraDebugWidget::isAskedBoard(const QString &sender) const
     return !isOne || sender.startsWith(host);
 }
 
-void CameraDebugWidget::actOnRegister(const QString &sender, const CameraEvent &event)
+void CameraDebugWidget::showReply(const QString &sender, const CameraEvent &event)
 {
     if (!isAskedBoard(sender))
         return;
@@ -323,7 +462,7 @@ void CameraDebugWidget::actOnRegister(const QString &sender, const CameraEvent &
         QtMessageTip::showTip(text, kTipMs);
 }
 
-void CameraDebugWidget::raiseError(const QString &why)
+void CameraDebugWidget::showError(const QString &why)
 {
     m_status->showErrors(++m_errors, why);
 }
@@ -351,14 +490,14 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
     if (!isAddress || !isValue)
         return;
     const auto device = static_cast<quint8>(m_config->device());
-    const qint64 sent =
-        send(strValue.isEmpty()
-                 ? CameraFrame::readRequest(device, static_cast<quint16>(regId), address, addressLength)
-                 : CameraFrame::writeRequest(device, address, addressLength, value, valueLength));
-    if (sent == 0)
-        m_config->stopRequests();
-    m_sendCount += sent;
-    emit signalRefresCounts(pageIndex);
+    const qint64 sent = m_session->send(
+        strValue.isEmpty()
+            ? CameraFrame::readRequest(device, static_cast<quint16>(regId), address, addressLength)
+            : CameraFrame::writeRequest(device, address, addressLength, value, valueLength));
+    if (sent > 0)
+        return;
+    m_config->stopRequests();
+    notify(Notice::error(QStringLiteral("没有已连接的摄像头，数据未发送！")));
 }
 
 // ---- counts
@@ -366,18 +505,24 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
 void CameraDebugWidget::SltCalculationRate()
 {
     const double seconds = static_cast<double>(qMax<qint64>(1, m_sinceRate.restart())) / 1000;
-    m_status->showRates(static_cast<double>(m_frames - m_framesAtRate) / seconds,
+    m_status->showRates(static_cast<double>(frames() - m_framesAtRate) / seconds,
                         static_cast<double>(m_recvCount - m_recvAtRate) / seconds);
-    m_framesAtRate = m_frames;
+    m_framesAtRate = frames();
     m_recvAtRate = m_recvCount;
     showCounts();
 }
 
 void CameraDebugWidget::showCounts()
 {
-    m_status->showFrames(
-        m_frames, {m_show->skipped(), m_show->unusable(), m_streams.partialFrames(), m_streams.lostBytes()});
+    m_status->showFrames(frames(),
+                         {m_show->skipped(), m_show->unusable(), m_receiver->streams().partialFrames(),
+                          m_receiver->streams().lostBytes()});
     emit signalRefresCounts(pageIndex);
+}
+
+qint64 CameraDebugWidget::frames() const
+{
+    return m_receiver->frames();
 }
 
 QStringList CameraDebugWidget::counts() const
@@ -388,14 +533,12 @@ QStringList CameraDebugWidget::counts() const
 // The rates go on from the numbers of the last period.
 void CameraDebugWidget::clearCounts()
 {
-    m_framesAtRate -= m_frames;
+    m_framesAtRate -= frames();
     m_recvAtRate -= m_recvCount;
-    m_frames = 0;
     m_recvCount = 0;
     m_sendCount = 0;
     m_errors = 0;
-    m_streams.clearCounts();
-    m_sinceFirst.invalidate();
+    m_receiver->clearCounts();
     m_show->clearCounts();
     m_status->showErrors(0, {});
     showCounts();
@@ -409,6 +552,6 @@ bool CameraDebugWidget::mayClose()
 void CameraDebugWidget::reloadSettings()
 {
     m_config->loadDefaults();
-    if (!isLinkOpen()) // else its fields are the ones shown
+    if (isClosed()) // else its fields are the ones shown
         m_link->loadDefaults();
 }

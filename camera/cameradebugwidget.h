@@ -2,31 +2,29 @@
 
 // The camera assistant: takes the packets of a camera board, or raw JPEG
 // pictures, from a serial port or the network, shows the pictures and reads and
-// writes the board's registers. Owns the links and the streams; what a picture
-// is made of is FrameShow's, the registers are ImageFormatConfig's.
+// writes the board's registers. The links are LinkSession's, the received bytes
+// CameraReceiver's, the pictures FrameShow's, the registers ImageFormatConfig's.
 
-#include "camerastreams.h"
 #include "qtwidgetbase.h"
 
 #include <QAbstractSocket>
 #include <QElapsedTimer>
 #include <QTimer>
 
+struct CameraEvent;
 class CameraLinkPanel;
+class CameraReceiver;
 class CameraStatusRow;
-class ClientSocket;
-class DatagramSocket;
 class FormGroup;
 class FormPanel;
 class FrameShow;
 class ImageFormatConfig;
 class ImageViewer;
+class Link;
+class LinkSession;
 class PictureActions;
 class QCheckBox;
 class QComboBox;
-class QtSerialPort;
-class ReadGate;
-class TcpServer;
 
 class CameraDebugWidget : public QtWidgetBase
 {
@@ -42,9 +40,10 @@ public:
     void clearCounts() override;
     bool mayClose() override;
     void closeLinks() override;
+    bool isClosed() const override;
     void reloadSettings() override;
 
-    qint64 frames() const { return m_frames; } // counted, shown or not
+    qint64 frames() const; // counted, shown or not
     const FrameShow &frameShow() const { return *m_show; }
 
 public slots:
@@ -53,7 +52,7 @@ public slots:
     void SltOpenLink();
     void SltChangeImageShow(int index); // of the device-count control
 
-    // The one way of everything that comes in; the name tells the streams apart.
+    // The one path of all received bytes; the name tells the senders apart.
     void SltRecvImageData(QString name, QByteArray byData);
     void SltRecvSerialportData(QByteArray byData);
     void SltReadFromTcpSocket();
@@ -74,39 +73,19 @@ private:
     void addChecks(FormGroup *group);
     void connectParts();
 
-    // The links (cameralinks.cpp).
-    void connectLinks();
-    bool isLinkOpen() const;
-    void closeLink();
-    bool hasValidFields();
-    void openServer();
-    void openClient();
-    void openUdp();
-    void openSerial();
+    void connectSession();
+    void connectReceiver();
+    void addSerialTransport();
+
+    bool hasValidSerialFields();
     void gatherSerial(const QByteArray &bytes);
     void passSerialOn();
-    void showOpened(const QString &state);
-    void showClosed(const QString &state = {});
-    void showFailed(const QString &why);
-    void clientConnected();
-    void clientDisconnected();
-    void clientFailed(const QString &why);
-    void serialVanished();
-    void showPeers();
-    qint64 send(const QByteArray &packet);
-    qint64 sendDatagram(const QByteArray &packet);
-
-    // What came (cameradebugwidget.cpp).
-    void noteLoss(CameraStreams::Stream &stream);
-    void takePackets(const QString &sender, CameraStreams::Stream &stream);
-    void takeJpegs(CameraStreams::Stream &stream);
-    void actOnImage(const CameraEvent &event);
-    void actOnFormat(const CameraEvent &event);
-    void actOnRegister(const QString &sender, const CameraEvent &event);
+    void endLink();
+    void showImage(const CameraEvent &event);
+    void showFormat(const CameraEvent &event);
+    void showReply(const QString &sender, const CameraEvent &event);
     bool isAskedBoard(const QString &sender) const;
-    void countFrame();
-    void startElapsed();
-    void raiseError(const QString &why);
+    void showError(const QString &reason);
     void showCounts();
     void fold();
 
@@ -121,21 +100,16 @@ private:
     ImageViewer *m_viewer = nullptr;
     PictureActions *m_actions = nullptr;
 
-    TcpServer *m_server;
-    ClientSocket *m_socket;
-    DatagramSocket *m_udp;
-    QtSerialPort *m_serial;
+    LinkSession *m_session = nullptr;
+    Link *m_serial = nullptr;
+    QString m_serialName;     // of the port that is open
     QByteArray m_serialBytes; // gathered, until the line pauses
     QTimer m_serialPause;
-    ReadGate *m_gate;
+    CameraReceiver *m_receiver;
     FrameShow *m_show;
 
-    CameraStreams m_streams;
-    QElapsedTimer m_clock;
-    QElapsedTimer m_sinceFirst; // since the first frame began
     QElapsedTimer m_sinceRate;
     QTimer m_rateTimer;
-    qint64 m_frames = 0;
     qint64 m_framesAtRate = 0;
     qint64 m_errors = 0;
     qint64 m_sendCount = 0;

@@ -38,7 +38,14 @@ void NetworkConfigPanel::namePort()
     m_portLabel->setText(protocol() == Udp ? QStringLiteral("2.本地端口") : QStringLiteral("3.服务器端口"));
 }
 
-QString NetworkConfigPanel::portText() const
+void NetworkConfigPanel::saveDefaults() const
 {
-    return m_port->text().trimmed();
+    const QHostAddress local = localAddress();
+    const QString address = protocol() == TcpClient      ? serverAddress()
+                            : local == QHostAddress::Any ? QStringLiteral("0.0.0.0")
+                                                         : local.toString();
+    Settings::NetworkDefaults &kept = Settings::instance().network;
+    kept.type.set(protocol());
+    kept.address.set(address);
+    kept.port.set(port());
 }

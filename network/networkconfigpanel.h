@@ -12,8 +12,8 @@ public:
     // Chooses the defaults of the settings.
     explicit NetworkConfigPanel(QWidget *parent = nullptr);
 
-    QString portText() const;
     void loadDefaults();
+    void saveDefaults() const; // when a link has been opened
 
 private:
     void namePort();

@@ -1,34 +1,37 @@
 #include "networktoolwidget.h"
 
 #include "clientlistpanel.h"
-#include "clientsocket.h"
-#include "datagramsocket.h"
 #include "formpanel.h"
+#include "linksession.h"
 #include "networkconfigpanel.h"
+#include "qtmessagebox.h"
 #include "qtmessagetip.h"
 #include "qtterminalwidget.h"
-#include "readgate.h"
 #include "receivestore.h"
 #include "recvoptions.h"
 #include "sendoptions.h"
 #include "stateindicator.h"
-#include "tcpserver.h"
+#include "tcpserverlink.h"
 #include "workarea.h"
 
+#include <QDebug>
 #include <QPushButton>
 #include <QTime>
 
+namespace {
+const auto kFromServer = QStringLiteral(" 来自服务端消息 ");
+}
+
 NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     : QtWidgetBase(parent)
-    , m_server(new TcpServer(this))
-    , m_socket(new ClientSocket(this))
-    , m_udp(new DatagramSocket(this))
 {
     setObjectName(QStringLiteral("NetworkToolWidget"));
     buildUi();
-    m_gate = new ReadGate([this] { return m_terminal->queuedBytes(); }, this);
+    m_session = new LinkSession(
+        m_config, m_state, QStringLiteral("网络调试助手"), [this] { return m_terminal->queuedBytes(); },
+        this);
     connectParts();
-    connectSockets();
+    connectSession();
     sltChangeNetType(m_config->protocol());
     showCounts();
 }
@@ -36,10 +39,7 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
 NetworkToolWidget::~NetworkToolWidget()
 {
     blockSignals(true);
-    // They outlive this part of the page, and talk when they end.
-    m_server->disconnect(this);
-    m_socket->disconnect(this);
-    m_udp->disconnect(this);
+    m_session->disconnect(this); // it outlives this part of the page
 }
 
 // ---- building
@@ -84,16 +84,171 @@ void NetworkToolWidget::connectParts()
     connect(m_area, &WorkArea::countsDue, this, &NetworkToolWidget::showCounts);
 }
 
+// The slots that are named after sockets do the page's part of what the session
+// reports.
+void NetworkToolWidget::connectSession()
+{
+    connect(m_session, &LinkSession::notify, this, &NetworkToolWidget::notify);
+    connect(m_session, &LinkSession::joined, this, &NetworkToolWidget::sltNewClientConnected);
+    connect(m_session, &LinkSession::left, this, [this](const QString &name) {
+        if (m_config->protocol() == NetworkConfigPanel::TcpServer)
+            sltClientDisconnected(name);
+        else
+            m_terminal->endSource(kFromServer);
+    });
+    connect(m_session, &LinkSession::received, this, [this](const QString &sender, const QByteArray &bytes) {
+        const int protocol = m_config->protocol();
+        sltRecvSocketMessage(protocol == NetworkConfigPanel::TcpServer ? sender
+                             : protocol == NetworkConfigPanel::TcpClient
+                                 ? kFromServer
+                                 : QStringLiteral(" UDP from %1 ").arg(sender),
+                             bytes);
+    });
+    connect(m_session, &LinkSession::handedOver, this, [this](qint64 bytes) {
+        m_sendCount += bytes;
+        m_area->refreshCounts();
+    });
+    connect(m_session, &LinkSession::opening, this,
+            [this] { notify(Notice::information(QStringLiteral("正在与服务器建立连接...."))); });
+    connect(m_session, &LinkSession::opened, this, &NetworkToolWidget::sltConnectedToHost);
+    connect(m_session, &LinkSession::closing, this, [this] { m_sendBox->setDeviceOpen(false); });
+    connect(m_session, &LinkSession::closed, this, &NetworkToolWidget::sltDisConnectedToHost);
+    connect(m_session, &LinkSession::closedHere, this, [this](const QString &port) {
+        if (m_config->protocol() == NetworkConfigPanel::TcpServer)
+            notify(Notice::information(QStringLiteral("TCP服务监听[端口:%1]已关闭!!").arg(port)));
+        else if (m_config->protocol() == NetworkConfigPanel::TcpClient)
+            notify(Notice::information(QStringLiteral("[ TCP Client ] 已断开连接！")));
+    });
+    connect(m_session, &LinkSession::socketError, this, &NetworkToolWidget::sltTcpError);
+}
+
+// ---- the link
+
+void NetworkToolWidget::sltBtnOpenClicked()
+{
+    m_session->toggle();
+}
+
+void NetworkToolWidget::sltChangeNetType(int index)
+{
+    m_session->changeProtocol();
+    m_clients->setVisible(index == NetworkConfigPanel::TcpServer);
+    showLinkOpen(false);
+}
+
+void NetworkToolWidget::sltConnectedToHost()
+{
+    m_notSentReason.clear();
+    m_config->saveDefaults();
+    showLinkOpen(true);
+}
+
+void NetworkToolWidget::sltDisConnectedToHost()
+{
+    m_clients->chooseAll();
+    showLinkOpen(false);
+    if (m_defaultsDue) {
+        m_defaultsDue = false;
+        m_config->loadDefaults();
+    }
+    if (isClosed())
+        emit signalClosed();
+}
+
+void NetworkToolWidget::showLinkOpen(bool open)
+{
+    m_sendBox->setDeviceOpen(open);
+    m_area->showHint(open);
+    showCounts();
+}
+
+void NetworkToolWidget::sltReadyFromHost()
+{
+    m_session->readPending();
+}
+
+void NetworkToolWidget::sltReadyFromUdp()
+{
+    m_session->readPending();
+}
+
+void NetworkToolWidget::sltTcpError(QAbstractSocket::SocketError error)
+{
+    qDebug() << m_session->socketErrorString() << "Socket error" << error;
+}
+
+// ---- the server's clients
+
+void NetworkToolWidget::sltNewClientConnected(QString name)
+{
+    m_notSentReason.clear();
+    m_clients->add(name);
+    m_session->notifyJoined(name);
+    m_area->refreshCounts();
+}
+
+void NetworkToolWidget::sltClientDisconnected(QString name)
+{
+    m_terminal->endSource(name);
+    const bool wasChosen = m_clients->remove(name);
+    m_session->notifyLeft(name);
+    m_area->refreshCounts();
+    if (!wasChosen || !m_session->isOpen())
+        return;
+    m_sendBox->stopAutoSend();
+    notify(Notice::error(QStringLiteral("发送对象[%1]已断开连接，请重新选择客户端！").arg(name)));
+}
+
+void NetworkToolWidget::sltDisconnectClient()
+{
+    if (m_clients->count() < 2)
+        return;
+    const bool all = m_clients->allChosen();
+    if (!all && m_clients->chosen().isEmpty()) {
+        notify(Notice::information(QStringLiteral("请先选择需要断开的客户端！")));
+        return;
+    }
+    // Not by name: while the question is open, a newcomer may get the name.
+    const quint64 peer = all ? Link::allPeers : m_session->server()->peerNamed(m_clients->chosen());
+    const QString text =
+        all ? QStringLiteral("是否确认断开所有连接?") : QStringLiteral("是否确认断开当前客户端?");
+    if (QtMessageBox::question(this, QStringLiteral("询问"), text) == 1)
+        m_session->link()->closePeer(peer);
+}
+
+// ---- sending
+
+void NetworkToolWidget::sltSendData(QByteArray byData)
+{
+    quint64 peer = Link::allPeers;
+    if (m_session->isOpen() && m_config->protocol() == NetworkConfigPanel::TcpServer &&
+        !m_clients->allChosen()) {
+        peer = m_session->server()->peerNamed(m_clients->chosen());
+        if (peer == Link::allPeers)
+            return notifyNotSent(QStringLiteral("未选择客户端，数据未发送！"));
+    }
+    if (m_session->send(byData, peer) > 0)
+        m_notSentReason.clear();
+    else if (!m_session->link()->refusal().isEmpty())
+        notifyNotSent(m_session->link()->refusal());
+}
+
+void NetworkToolWidget::notifyNotSent(const QString &text)
+{
+    if (text != m_notSentReason || !m_sendBox->isAutoSending())
+        notify(Notice::error(text));
+    m_notSentReason = text;
+}
+
 // ---- receiving
 
-// The one way of everything that comes in. A datagram is a message by itself;
+// The one path of all received bytes. A datagram is a message by itself;
 // the bytes of a connection are one stream, whose characters may be cut.
 void NetworkToolWidget::sltRecvSocketMessage(QString name, QByteArray byData)
 {
     m_recvCount += byData.size();
     m_area->refreshCounts();
     m_received->add(byData);
-    m_gate->taken(byData.size());
     if (m_recvOptions->stopShow()) {
         m_received->setHidden();
         return;
@@ -142,11 +297,7 @@ void NetworkToolWidget::clearCounts()
 void NetworkToolWidget::showCounts()
 {
     m_area->showCounts(m_sendCount, m_recvCount);
-    if (m_server->isListening())
-        m_config->showState(QStringLiteral("正在监听端口%1，已连接%2个客户端")
-                                .arg(m_server->serverPort())
-                                .arg(m_server->clientCount()),
-                            false);
+    m_session->refreshState();
     emit signalRefresCounts(pageIndex);
 }
 
@@ -174,44 +325,30 @@ void NetworkToolWidget::sltBtnFoldClicked()
 
 void NetworkToolWidget::reloadSettings()
 {
-    m_defaultsDue = isLinkOpen(); // whose parameters are the ones shown
+    m_defaultsDue = !m_session->isClosed(); // whose parameters are the ones shown
     if (!m_defaultsDue)
         m_config->loadDefaults();
 }
 
+// What reading has left with the sockets belongs to the record, too.
 bool NetworkToolWidget::mayClose()
 {
-    takeThrottled();
+    m_session->readPending();
     return m_received->mayClose();
 }
 
 void NetworkToolWidget::closeLinks()
 {
-    takeThrottled();
-    closeLink();
-    if (m_socket->isFinishing())
-        showFinishing();
-    else
-        showClosed(QString());
+    m_session->close();
 }
 
 bool NetworkToolWidget::isClosed() const
 {
-    return !m_socket->isOpen() && !m_server->isFinishing();
+    return m_session->isClosed();
 }
 
 bool NetworkToolWidget::saveBeforeExit()
 {
-    takeThrottled();
+    m_session->readPending();
     return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit();
-}
-
-// What is not read while the gate is closed belongs to the record, too.
-void NetworkToolWidget::takeThrottled()
-{
-    if (m_gate->isOpen())
-        return;
-    m_server->setReading(true);
-    m_server->setReading(false);
-    m_socket->takeAll();
 }

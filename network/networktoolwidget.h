@@ -1,8 +1,8 @@
 #pragma once
 
 // The network assistant: TCP server, TCP client and UDP behind one panel, one
-// receive display and one send box. Owns the sockets; bytes that come in go to
-// a spool file and to the display.
+// receive display and one send box. Received bytes go to a spool file and to the
+// display. The links are LinkSession's.
 
 #include "qtwidgetbase.h"
 
@@ -10,18 +10,15 @@
 
 class ByteSpool;
 class ClientListPanel;
-class ClientSocket;
-class DatagramSocket;
 class FormPanel;
+class LinkSession;
 class NetworkConfigPanel;
 class QtSendBoxWidget;
 class QtTerminalWidget;
-class ReadGate;
 class ReceiveStore;
 class RecvOptions;
 class SendOptions;
 class StateIndicator;
-class TcpServer;
 class WorkArea;
 
 class NetworkToolWidget : public QtWidgetBase
@@ -70,27 +67,11 @@ signals:
 private:
     void buildUi();
     void connectParts();
-    void connectSockets();
+    void connectSession();
 
-    // Each opens or closes the link of its protocol.
-    void toggleServer();
-    void toggleClient();
-    void toggleUdp();
-    bool isLinkOpen() const;
-    void takeThrottled();
-    void closeLink();
-    bool hasValidFields();
-    void showOpened(const QString &state);
-    void showClosed(const QString &state);
-    void showFinishing(); // the client's connection
-    void showFailed(const QString &why);
-    void saveSettings();
-
-    qint64 sendToClients(const QByteArray &bytes);
-    qint64 sendToHost(const QByteArray &bytes);
-    qint64 sendDatagram(const QByteArray &bytes);
-    // Says so once in a row: a box that sends by itself would repeat it.
-    void tellNotSent(const QString &text);
+    void showLinkOpen(bool open);
+    // Posts it once in a row: a box that sends by itself would repeat it.
+    void notifyNotSent(const QString &text);
 
     void showCounts();
 
@@ -105,13 +86,10 @@ private:
     ReceiveStore *m_received = nullptr;
     QtSendBoxWidget *m_sendBox = nullptr;
 
-    TcpServer *m_server;
-    ClientSocket *m_socket;
-    DatagramSocket *m_udp;
-    ReadGate *m_gate = nullptr;
+    LinkSession *m_session = nullptr;
 
     qint64 m_sendCount = 0; // handed over to the system
     qint64 m_recvCount = 0;
-    QString m_notSentTold;      // why the last bytes were not sent
+    QString m_notSentReason;    // of the last bytes, where they were not sent
     bool m_defaultsDue = false; // settings were restored while the link was open
 };

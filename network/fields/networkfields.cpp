@@ -131,6 +131,11 @@ QString NetworkFields::serverAddress() const
     return PeerAddress::cleaned(m_server->text());
 }
 
+QString NetworkFields::portText() const
+{
+    return m_port->text().trimmed();
+}
+
 quint16 NetworkFields::port() const
 {
     return PeerAddress::portFromText(m_port->text());
@@ -148,6 +153,8 @@ quint16 NetworkFields::destinationPort() const
 
 QString NetworkFields::checkFields()
 {
+    if (protocol() == Serial)
+        return {};
     const bool isClient = protocol() == TcpClient;
     if (port() == 0) {
         QtMessageTip::showBelow(m_port, QStringLiteral("端口范围为1到65535！"));

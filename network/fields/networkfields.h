@@ -25,11 +25,12 @@ public:
     int protocol() const;
     QHostAddress localAddress() const; // Any for all interfaces; null for nonsense
     QString serverAddress() const;     // an address or a host's name
+    QString portText() const;          // as it was typed
     quint16 port() const;              // 0 where the text is no port
     QHostAddress destinationAddress() const;
     quint16 destinationPort() const;
 
-    // Points at the field that is wrong and says why; empty where none is.
+    // Points at the network field that is wrong and says why; empty where none is.
     QString checkFields();
 
     // Open: what the link is made of is fixed, and the button closes. Where

@@ -39,3 +39,21 @@ QString socketErrorText(QAbstractSocket::SocketError error, const QString &syste
         return QStringLiteral("系统错误，代码%1").arg(error);
     }
 }
+
+QString openErrorText(QAbstractSocket::SocketError error, const QString &systemText, const QString &tool)
+{
+    const QString text = socketErrorText(error, systemText);
+    if (error != QAbstractSocket::AddressInUseError || tool.isEmpty())
+        return text;
+    return QStringLiteral("%1：%2正在使用该端口").arg(text, tool);
+}
+
+QString SocketResource::tcp(quint16 port)
+{
+    return QStringLiteral("TCP %1").arg(port);
+}
+
+QString SocketResource::udp(quint16 port)
+{
+    return QStringLiteral("UDP %1").arg(port);
+}

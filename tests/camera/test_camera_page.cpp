@@ -82,6 +82,7 @@ void TestCameraPage::announces()
 // The line hands over byte after byte; two announcements have to arrive whole.
 void TestCameraPage::gathersFromASlowLine()
 {
+    choose(Serial);
     auto *port = m_page->findChild<QtSerialPort *>();
     const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
                              QByteArray::fromHex("00110000000105040005000000");

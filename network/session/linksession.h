@@ -1,0 +1,123 @@
+#pragma once
+
+// A page's side of its links: opens what the fields describe, closes it, shows
+// the state in the fields and the indicator, posts the notices, and pauses
+// reading while the page has too much to show. Owns the links over the network; a
+// page may add others. Does not know what the bytes mean.
+
+#include "link.h"
+#include "notice.h"
+
+#include <QAbstractSocket>
+#include <QHash>
+#include <functional>
+#include <vector>
+
+class NetworkFields;
+class ReadGate;
+class StateIndicator;
+class TcpClientLink;
+class TcpServerLink;
+class UdpLink;
+
+class LinkSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    // One entry of the protocol list. In the notices "%1" is the subject: the port,
+    // or the name of the device.
+    struct Transport
+    {
+        Link *link = nullptr;
+        std::function<bool()> open; // with what the fields say
+        std::function<QString()> subject;
+        std::function<QString()> stateText; // below the button while it is open
+        QString opened;
+        QString failed;  // without the reason, which follows
+        QString dropped; // "%1": the bytes that could not be sent
+        Notice ended;    // an open link has ended; an error only where not closed here
+    };
+
+    // backlog: the bytes that wait to be shown. tool: the page, as the user knows it.
+    LinkSession(NetworkFields *fields, StateIndicator *indicator, const QString &tool,
+                std::function<qint64()> backlog, QObject *parent);
+    ~LinkSession() override;
+
+    // For the next entry of the protocol list.
+    void addTransport(const Transport &transport);
+
+    // The chosen protocol's.
+    Link *link() const;
+    TcpServerLink *server() const { return m_server; }
+    // The system's text for the last error of the connection to a server; for the log.
+    QString socketErrorString() const;
+    bool isOpen() const { return link()->isOpen(); }
+    // No link is open, being opened or still sending.
+    bool isClosed() const;
+
+    // Over the chosen protocol's link; see Link::send().
+    qint64 send(const QByteArray &bytes, quint64 peer = Link::allPeers);
+
+    void showFailed(const QString &reason); // of opening
+    // Posts the notice of a server's peer.
+    void notifyJoined(const QString &name);
+    void notifyLeft(const QString &name);
+
+public slots:
+    // The open button: opens, closes, or drops what a closing link has not sent.
+    void toggle();
+    void close();
+    // Another protocol was chosen.
+    void changeProtocol();
+    // Reports what has arrived, although reading may be paused.
+    void readPending();
+    // What an open link says of itself has changed.
+    void refreshState();
+
+signals:
+    void notify(const Notice &notice);
+    void opening();
+    void opened();
+    void closing();
+    // Also where an open link has come to its end by itself.
+    void closed();
+    // After closed(), where this side has closed it.
+    void closedHere(const QString &subject);
+    void received(const QString &sender, const QByteArray &bytes);
+    void joined(const QString &name);
+    // A server's client, or the server; may come again under the same name.
+    void left(const QString &name);
+    void handedOver(qint64 bytes);
+    void socketError(QAbstractSocket::SocketError error);
+
+private:
+    struct Entry
+    {
+        Transport transport;
+        QString subject;        // of the link that was opened last
+        bool wasOpen = false;   // and not only being opened
+        bool hasFailed = false; // its last end was not an orderly one
+    };
+
+    void addNetworkTransports();
+    void open();
+    void handleState(int protocol);
+    void handleOpened(Entry &entry);
+    void handleClosed(Entry &entry);
+    void handleLeft(Entry &entry, const Peer &peer, const QString &reason);
+    void notifyDropped(const Entry &entry, const Peer &peer);
+    void showState();
+    Entry &current() { return m_entries[size_t(m_protocol)]; }
+
+    NetworkFields *m_fields;
+    StateIndicator *m_indicator;
+    QString m_tool;
+    ReadGate *m_gate;
+    TcpServerLink *m_server;
+    TcpClientLink *m_client;
+    UdpLink *m_udp;
+    std::vector<Entry> m_entries; // in the protocol list's order
+    int m_protocol = 0;
+    QHash<quint64, qint64> m_dropped; // bytes, by the peer's id; until it is reported
+};
