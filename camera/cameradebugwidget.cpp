@@ -12,9 +12,10 @@
 #include "pictureactions.h"
 #include "portname.h"
 #include "qtmessagetip.h"
-#include "qtserialport.h"
+#include "seriallink.h"
 #include "stateindicator.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDebug>
@@ -39,57 +40,6 @@ constexpr int kMaxGathered = 256;
 
 const auto kClosedHint = QStringLiteral("选择协议并打开后，收到的图像将显示在这里");
 const auto kFromSerial = QStringLiteral("serial");
-
-// The serial port as a link.
-class PortLink : public Link
-{
-public:
-    explicit PortLink(QtSerialPort *port, QObject *parent)
-        : Link(parent)
-        , m_port(port)
-    {
-        connect(m_port, &QtSerialPort::bytesRead, this,
-                [this](const QByteArray &bytes) { emit received(bytes, nowUs(), {}); });
-        // Queued: the report comes from within the port's own reading.
-        connect(
-            m_port, &QtSerialPort::hungUp, this, [this] { vanish(); }, Qt::QueuedConnection);
-    }
-    bool open(const QString &name, int baudRate)
-    {
-        if (!name.isEmpty())
-            m_port->open(name, baudRate, 8, 0, 0);
-        setState(m_port->isOpen() ? State::Open : State::Closed,
-                 name.isEmpty() ? QString() : m_port->reason());
-        return isOpen();
-    }
-    void vanish()
-    {
-        if (!isOpen())
-            return;
-        m_port->close();
-        setState(State::Closed, QStringLiteral("串口已拔出"));
-    }
-    qint64 send(const QByteArray &bytes, quint64) override
-    {
-        if (!isOpen())
-            return 0;
-        m_port->writeBytes(bytes);
-        emit handedOver(bytes.size());
-        return bytes.size();
-    }
-    qint64 pendingBytes() const override { return 0; }
-    void close() override
-    {
-        m_port->close();
-        setState(State::Closed);
-    }
-
-protected:
-    void readingChanged() override {}
-
-private:
-    QtSerialPort *m_port;
-};
 
 } // namespace
 
@@ -312,20 +262,23 @@ void CameraDebugWidget::SltTcpError(QAbstractSocket::SocketError error)
 
 void CameraDebugWidget::addSerialTransport()
 {
-    auto *port = new QtSerialPort(this);
-    auto *link = new PortLink(port, m_session);
-    m_serial = link;
+    m_serial = new SerialLink(m_session);
+    m_serial->setTool(QStringLiteral("摄像头调试助手"));
     const auto name = [this] {
         const QString device = PortName::fromEntry(m_link->serialPort());
         return device.isEmpty() ? m_link->serialPort() : device;
     };
-    connect(port, &QtSerialPort::failed, this,
+    connect(m_serial, &SerialLink::failed, this,
             [this](const QString &reason) { notify(Notice::error(reason)); });
-    m_session->addTransport({link,
-                             [this, link] {
-                                 m_serialName = PortName::fromEntry(m_link->serialPort());
-                                 return link->open(PortName::fromEntry(m_link->serialPort()),
-                                                   m_link->baudRate());
+    m_session->addTransport({m_serial,
+                             [this] {
+                                 SerialSettings settings;
+                                 settings.name = PortName::fromEntry(m_link->serialPort());
+                                 settings.baudRate = m_link->baudRate();
+                                 if (m_serial->open(settings))
+                                     return true;
+                                 QApplication::beep();
+                                 return false;
                              },
                              name,
                              [name] { return QStringLiteral("串口[%1]已打开").arg(name()); },
@@ -380,9 +333,9 @@ void CameraDebugWidget::SltSerialportChanged(QStringList serialports)
     if (!m_serial->isOpen())
         return;
     for (const QString &entry : qAsConst(serialports))
-        if (PortName::fromEntry(entry) == m_serialName)
+        if (PortName::fromEntry(entry) == m_serial->settings().name)
             return;
-    static_cast<PortLink *>(m_serial)->vanish();
+    m_serial->handleHangUp();
 }
 
 // ---- receiving

@@ -21,6 +21,7 @@ class FrameShow;
 class ImageFormatConfig;
 class ImageViewer;
 class Link;
+class SerialLink;
 class LinkSession;
 class PictureActions;
 class QCheckBox;
@@ -101,8 +102,7 @@ private:
     PictureActions *m_actions = nullptr;
 
     LinkSession *m_session = nullptr;
-    Link *m_serial = nullptr;
-    QString m_serialName;     // of the port that is open
+    SerialLink *m_serial = nullptr;
     QByteArray m_serialBytes; // gathered, until the line pauses
     QTimer m_serialPause;
     CameraReceiver *m_receiver;

@@ -16,6 +16,7 @@
 #include "settings.h"
 #include "stateindicator.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDebug>
@@ -42,6 +43,7 @@ PidDebugWidget::PidDebugWidget(QWidget *parent)
     , m_session(new PidSession(m_recorder, this))
 {
     setObjectName(QStringLiteral("PidDebugWidget"));
+    m_link->setTool(QStringLiteral("PID调试助手"));
     buildUi();
     connectLink();
     connectPanel();
@@ -99,8 +101,8 @@ QWidget *PidDebugWidget::buildWorkArea()
 void PidDebugWidget::connectLink()
 {
     connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
-    // Queued: the report comes from within the port's own reading.
-    connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished, Qt::QueuedConnection);
+    connect(m_link, &QtSerialPort::openFailed, this, &QApplication::beep);
+    connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished);
     connect(m_link, &QtSerialPort::failed, this,
             [this](const QString &reason) { notify(Notice::error(reason)); });
     connect(m_portPanel, &PidPortPanel::openClicked, this, &PidDebugWidget::SltOpenSerialport);
@@ -218,8 +220,6 @@ void PidDebugWidget::closePort()
 
 void PidDebugWidget::portVanished()
 {
-    if (!m_link->isOpen())
-        return;
     m_link->close();
     m_operations->setIdle(true);
     setPortState(false);
@@ -231,7 +231,6 @@ void PidDebugWidget::stopRunning()
     if (!m_session->stopAll(m_pid->channel(), !m_operations->isIdle(), Link::nowUs()))
         return;
     m_operations->setIdle(true);
-    m_link->flush(); // the session may be about to end
 }
 
 void PidDebugWidget::closeLinks()

@@ -1,9 +1,7 @@
 #include "filetransfer.h"
 
 #include "filesendpage.h"
-#include "portname.h"
-#include "qextserialport.h"
-#include "serialconfigpanel.h"
+#include "quietreader.h"
 #include "transferlogdialog.h"
 
 #include <QDebug>
@@ -12,12 +10,13 @@
 
 namespace {
 
-QSerialPort::Parity parityOf(int index)
+// Block 0 and the data have eight bits.
+SerialSettings transferSettings(SerialSettings settings)
 {
-    static const QSerialPort::Parity values[] = {QSerialPort::NoParity, QSerialPort::OddParity,
-                                                 QSerialPort::EvenParity, QSerialPort::MarkParity,
-                                                 QSerialPort::SpaceParity};
-    return index >= 0 && index < 5 ? values[index] : QSerialPort::NoParity;
+    settings.dataBits = QSerialPort::Data8;
+    if (settings.stopBits == QSerialPort::OneAndHalfStop)
+        settings.stopBits = QSerialPort::OneStop;
+    return settings;
 }
 
 QString endText(Ymodem::Status status)
@@ -36,14 +35,22 @@ QString endText(Ymodem::Status status)
 
 } // namespace
 
-FileTransfer::FileTransfer(QextSerialPort *port, const SerialConfigPanel *config, FileSendPage *view,
-                           QObject *parent)
+FileTransfer::FileTransfer(SerialLink *link, QuietReader *reader, FileSendPage *view, QObject *parent)
     : QObject(parent)
-    , m_port(port)
-    , m_config(config)
+    , m_link(link)
+    , m_reader(reader)
     , m_view(view)
 {
-    connect(m_port, &QextSerialPort::lent, this, &FileTransfer::begin);
+    connect(m_link, &SerialLink::drained, this, &FileTransfer::begin);
+    connect(m_link, &Link::received, this, [this](const QByteArray &bytes) { m_lastByte = bytes.back(); });
+    // Queued: the page hears of it while the transfer is still going on.
+    connect(
+        m_link, &Link::stateChanged, this,
+        [this] {
+            if (m_draining && !m_link->isOpen())
+                endEarly(Ymodem::Error, QStringLiteral("串口已断开"));
+        },
+        Qt::QueuedConnection);
 }
 
 YmodemFileTransmit *FileTransfer::create(QObject *parent)
@@ -55,50 +62,47 @@ YmodemFileTransmit *FileTransfer::create(QObject *parent)
 
 void FileTransfer::start(const QStringList &files)
 {
-    m_lending = true;
+    m_draining = true;
+    m_lastByte = m_reader->lastByte();
     m_endShown = false;
     m_earlyReason.clear();
+    m_pageSettings = m_link->settings();
     m_driver->setFileList(files);
-    m_driver->setPortName(PortName::device(m_port->portName()));
-    m_driver->setBaudRate(m_port->baudRate());
-    m_driver->setFrame(m_config->stopBitsIndex() == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop,
-                       parityOf(m_config->parityIndex()));
+    m_driver->setPortName(m_pageSettings.name);
+    m_driver->setBaudRate(m_pageSettings.baudRate);
     m_view->setSending(true); // before the device counts as closed: the button keeps the focus
-    emit handedOver();
-    m_port->lend();
+    emit started();
+    m_link->drain();
 }
 
-// The port's last bytes have left; null when the device has gone.
-void FileTransfer::begin(QSerialPort *port, qint64 unsentBytes)
+// The page's last bytes have left.
+void FileTransfer::begin()
 {
-    m_lending = false;
-    if (unsentBytes > 0)
-        emit notify(Notice::error(m_port->unsentText(unsentBytes)));
-    // What has come in meanwhile is the page's: the protocol would take a letter
-    // for a refusal. A receiver's request at its end may be the only one.
-    const bool isRequested = port && port->peek(port->bytesAvailable()).endsWith(Ymodem::Request);
-    emit readDue();
-    if (isRequested)
-        port->ungetChar(Ymodem::Request);
-    if (port && m_driver->startTransmit(port)) {
-        qDebug() << "startTransmit ok! " << m_port->portName() << m_port->baudRate();
-        return;
-    }
-    qDebug() << "startTransmit falied!";
-    endEarly(Ymodem::Error, QStringLiteral("串口已断开"));
+    m_draining = false;
+    // What has been received so far is the page's: the protocol would read a
+    // letter as a refusal. A receiver's request at its end may be the only one.
+    const bool isRequested = m_lastByte == static_cast<char>(Ymodem::Request);
+    m_reader->setActive(false);
+    m_link->apply(transferSettings(m_pageSettings));
+    if (m_driver->startTransmit(m_link, isRequested ? QByteArray(1, Ymodem::Request) : QByteArray()))
+        qDebug() << "startTransmit ok! " << m_pageSettings.name << m_pageSettings.baudRate;
+    else
+        endEarly(Ymodem::Error, QStringLiteral("串口已断开"));
 }
 
 // Before the driver has begun.
 void FileTransfer::endEarly(Ymodem::Status status, const QString &reason)
 {
-    m_lending = false;
+    qDebug() << "startTransmit falied!";
+    m_draining = false;
+    m_link->cancelDrain();
     m_earlyReason = reason;
-    takeStatus(status, QString());
+    handleStatus(status, QString());
 }
 
 void FileTransfer::stop()
 {
-    if (m_lending)
+    if (m_draining)
         endEarly(Ymodem::Abort, QStringLiteral("用户停止了传输"));
     else if (m_driver)
         m_driver->stopTransmit();
@@ -116,7 +120,7 @@ void FileTransfer::showProgress(int percent, const QString &name)
         m_view->setAmount(m_driver->bytesSent(), m_driver->fileSize());
 }
 
-void FileTransfer::takeStatus(Ymodem::Status status, const QString &name)
+void FileTransfer::handleStatus(Ymodem::Status status, const QString &name)
 {
     if (status == Ymodem::Establish) {
         m_view->appendText(QStringLiteral("\n开始传输文件->\n%1").arg(name));
@@ -125,13 +129,22 @@ void FileTransfer::takeStatus(Ymodem::Status status, const QString &name)
     }
     if (status == Ymodem::Transmit)
         return;
-    if (!m_endShown)
+    if (!m_endShown) {
+        giveReceivedToPage();
         showEnd(status);
+    }
     m_endShown = isBusy();
     if (!m_endShown) {
-        takeBack();
+        release();
         qDebug() << (status == Ymodem::Finish ? "file send success!" : "file send failed!");
     }
+}
+
+void FileTransfer::giveReceivedToPage()
+{
+    m_reader->setActive(true);
+    if (m_driver)
+        m_reader->append(m_driver->takeUnused());
 }
 
 void FileTransfer::showEnd(Ymodem::Status status)
@@ -158,14 +171,17 @@ void FileTransfer::showHint(const QString &text)
     emit notify(Notice::error(text));
 }
 
-void FileTransfer::takeBack()
+void FileTransfer::release()
 {
-    emit readDue(); // a board that has reset itself may be gone
-    if (m_port->takeBack())
+    m_reader->stop();
+    if (m_link->isOpen()) {
+        m_link->apply(m_pageSettings); // a refusal was reported when it was opened
         qDebug() << "serial is opne";
-    else if (!m_port->open(QIODevice::ReadWrite)) // a board that was reset may be back
+    } else if (!m_link->open(m_pageSettings,
+                             SerialLink::Refusal::KeepsOpen)) { // a board that was reset may be back
         qDebug() << "opne serial failure";
-    emit returned(m_port->isOpen());
+    }
+    emit ended();
     m_view->setSending(false);
 }
 

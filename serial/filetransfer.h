@@ -1,16 +1,17 @@
 #pragma once
 
-// File transfers of the serial page: lends the page's open port to the driver
-// and takes it back, and tells how it goes on the send box's file page.
+// File transfers of the serial page: lets the driver use the page's open link
+// and reports the progress on the send box's file page. While a transfer runs,
+// what the link receives is the driver's, before and after it the page's reader's.
 
 #include "notice.h"
+#include "seriallink.h"
 #include "ymodemfiletransmit.h"
 
 #include <QObject>
 
 class FileSendPage;
-class QextSerialPort;
-class SerialConfigPanel;
+class QuietReader;
 
 class FileTransfer : public QObject
 {
@@ -18,50 +19,50 @@ class FileTransfer : public QObject
 
 public:
     // All must outlive it.
-    FileTransfer(QextSerialPort *port, const SerialConfigPanel *config, FileSendPage *view, QObject *parent);
+    FileTransfer(SerialLink *link, QuietReader *reader, FileSendPage *view, QObject *parent);
 
     // The driver; made by create() for the first transfer, null before.
     YmodemFileTransmit *driver() const { return m_driver; }
     YmodemFileTransmit *create(QObject *parent);
 
-    // From the start until the port is the page's again.
-    bool isBusy() const { return m_lending || (m_driver && m_driver->isBusy()); }
+    // From the start until the link is the page's again.
+    bool isBusy() const { return m_draining || (m_driver && m_driver->isBusy()); }
 
-    // Lends the open port to the driver as soon as what was written to it has
-    // left. When the transfer cannot begin the port is taken back at once.
+    // Begins as soon as what was sent before has left the open link.
     void start(const QStringList &files);
     void stop();
-    // Ends without a word to the user; the receiver is told.
+    // Ends without a notice; the receiver is told.
     void abandon();
 
-    // What the driver reports. An end comes twice: its words are shown at the
-    // first, the port is taken back at the last.
+    // What the driver reports. An end comes twice: it is shown at the first, and
+    // the link is the page's again at the second.
     void showProgress(int percent, const QString &name);
-    void takeStatus(Ymodem::Status status, const QString &name);
+    void handleStatus(Ymodem::Status status, const QString &name);
 
     void showLog(QWidget *parent) const;
 
 signals:
-    // The port is the driver's.
-    void handedOver();
-    // What has come in is still, or already, the page's: it takes that now.
-    void readDue();
-    // The port is the page's again, open where it could be opened.
-    void returned(bool open);
+    void started();
+    // The link is the page's again, with the page's parameters. Where the device
+    // has gone meanwhile, it was opened again if that was possible.
+    void ended();
     void notify(const Notice &notice);
 
 private:
-    void begin(QSerialPort *port, qint64 unsentBytes);
+    void begin();
     void endEarly(Ymodem::Status status, const QString &reason);
+    void giveReceivedToPage();
     void showHint(const QString &text);
     void showEnd(Ymodem::Status status);
-    void takeBack();
+    void release();
 
-    QextSerialPort *m_port;
-    const SerialConfigPanel *m_config;
+    SerialLink *m_link;
+    QuietReader *m_reader;
     FileSendPage *m_view;
     YmodemFileTransmit *m_driver = nullptr;
-    bool m_lending = false; // the page's last bytes are still leaving
+    SerialSettings m_pageSettings; // of the link, without a transfer
+    bool m_draining = false;       // the page's last bytes are still leaving
+    char m_lastByte = '\0';        // received in the page's present packet or since
     bool m_endShown = false;
     QString m_earlyReason; // of an end before the driver began
 };

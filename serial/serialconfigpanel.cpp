@@ -4,6 +4,7 @@
 #include "buttonrole.h"
 #include "clickonce.h"
 #include "portcombobox.h"
+#include "portname.h"
 #include "settings.h"
 
 #include <QPushButton>
@@ -76,10 +77,10 @@ void SerialConfigPanel::loadDefaults()
 void SerialConfigPanel::rememberDefaults()
 {
     Settings::SerialDefaults &defaults = Settings::instance().serial;
-    defaults.baudRate.set(baudRate());
-    defaults.dataBits.set(dataBits());
-    defaults.openedStopBits.set(stopBitsIndex());
-    defaults.parity.set(parityIndex());
+    defaults.baudRate.set(m_baudRate->baudRate());
+    defaults.dataBits.set(m_dataBits->currentText().toInt());
+    defaults.openedStopBits.set(m_stopBits->currentIndex());
+    defaults.parity.set(m_parity->currentIndex());
 }
 
 QString SerialConfigPanel::portText() const
@@ -87,34 +88,20 @@ QString SerialConfigPanel::portText() const
     return m_port->currentText();
 }
 
-int SerialConfigPanel::baudRate() const
+SerialSettings SerialConfigPanel::chosen() const
 {
-    return m_baudRate->baudRate();
-}
-
-int SerialConfigPanel::dataBits() const
-{
-    return m_dataBits->currentText().toInt();
-}
-
-int SerialConfigPanel::stopBitsIndex() const
-{
-    return m_stopBits->currentIndex();
-}
-
-int SerialConfigPanel::parityIndex() const
-{
-    return m_parity->currentIndex();
-}
-
-QString SerialConfigPanel::stopBitsText() const
-{
-    return m_stopBits->currentText();
-}
-
-QString SerialConfigPanel::parityText() const
-{
-    return m_parity->currentText();
+    static const QSerialPort::StopBits stopBits[] = {QSerialPort::OneStop, QSerialPort::OneAndHalfStop,
+                                                     QSerialPort::TwoStop};
+    static const QSerialPort::Parity parities[] = {QSerialPort::NoParity, QSerialPort::OddParity,
+                                                   QSerialPort::EvenParity, QSerialPort::MarkParity,
+                                                   QSerialPort::SpaceParity};
+    SerialSettings settings;
+    settings.name = PortName::fromEntry(portText());
+    settings.baudRate = m_baudRate->baudRate();
+    settings.dataBits = static_cast<QSerialPort::DataBits>(m_dataBits->currentText().toInt());
+    settings.stopBits = stopBits[m_stopBits->currentIndex()];
+    settings.parity = parities[m_parity->currentIndex()];
+    return settings;
 }
 
 void SerialConfigPanel::setPorts(const QStringList &entries)

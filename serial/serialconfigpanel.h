@@ -4,6 +4,7 @@
 // and closes. Opens nothing itself.
 
 #include "formpanel.h"
+#include "serialsettings.h"
 
 class BaudRateBox;
 class PortComboBox;
@@ -19,13 +20,9 @@ public:
     explicit SerialConfigPanel(QWidget *parent = nullptr);
 
     QString portText() const; // an entry of the list, or what was typed
-    // 0 where the text is no rate.
-    int baudRate() const;
-    int dataBits() const;
-    int stopBitsIndex() const; // 0: 1, 1: 1.5, 2: 2
-    int parityIndex() const;   // 0 none, 1 odd, 2 even, 3 mark, 4 space
-    QString stopBitsText() const;
-    QString parityText() const;
+    // As chosen. The name is empty where the text names no port, the baud rate 0
+    // where its text is no rate.
+    SerialSettings chosen() const;
 
     // Refills the list; what was chosen or typed stays when it can.
     void setPorts(const QStringList &entries);

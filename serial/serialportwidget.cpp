@@ -1,7 +1,8 @@
 #include "serialportwidget.h"
 
+#include "filesendpage.h"
 #include "filetransfer.h"
-#include "portname.h"
+#include "formpanel.h"
 #include "qextserialport.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
@@ -14,26 +15,21 @@
 #include "stateindicator.h"
 #include "workarea.h"
 
-#include <QDebug>
+#include <QPushButton>
 #include <QTime>
+
 #include <utility>
-
-namespace {
-
-// A device that takes nothing gets no more than this queued.
-constexpr qint64 kMostToWrite = 16LL * 1024 * 1024;
-
-} // namespace
 
 SerialportWidget::SerialportWidget(QWidget *parent)
     : QtWidgetBase(parent)
     , m_port(std::make_unique<QextSerialPort>(QextSerialPort::EventDriven))
 {
     setObjectName(QStringLiteral("SerialportWidget"));
+    m_port->setTool(QStringLiteral("串口调试助手"));
     buildUi();
     m_reader = new QuietReader(
         m_port.get(), [this] { return m_terminal->queuedBytes(); }, this);
-    m_transfer = new FileTransfer(m_port.get(), m_config, m_sendBox->filePage(), this);
+    m_transfer = new FileTransfer(m_port.get(), m_reader, m_sendBox->filePage(), this);
     connectParts();
     setPortState(false);
     showCounts();
@@ -41,72 +37,116 @@ SerialportWidget::SerialportWidget(QWidget *parent)
 
 SerialportWidget::~SerialportWidget()
 {
-    blockSignals(true); // what still waits in the port is taken in, but told to nobody
-    m_port->disconnect(this);
+    blockSignals(true); // what still arrives is recorded, and reported to nobody
     m_transfer->abandon();
-    closePort();
+    if (m_port->isOpen())
+        m_port->close();
+    m_port->disconnect(this);
+}
+
+void SerialportWidget::buildUi()
+{
+    m_area = new WorkArea(QtSendBoxWidget::Serial, QStringLiteral("serial"),
+                          QStringLiteral("选择端口并打开串口后，接收到的数据将显示在这里"),
+                          QStringLiteral("串口已打开，正在等待数据"), this);
+    m_terminal = m_area->terminal();
+    m_received = m_area->received();
+    m_sendBox = m_area->sendBox();
+    m_state = m_area->state();
+
+    m_panel = new FormPanel(this);
+    m_panel->setObjectName(QStringLiteral("configPanel"));
+    m_config = new SerialConfigPanel(m_panel);
+    m_recvOptions = new RecvOptions(m_panel);
+    m_sendOptions = new SendOptions(m_sendBox, m_panel);
+    m_panel->addWidget(m_config);
+    m_panel->addWidget(m_recvOptions);
+    m_panel->addWidget(m_sendOptions);
+    m_area->placeBeside(m_panel, m_sendOptions->lastField());
+    setPageKeys(m_config->openButton(), m_area->foldButton());
+}
+
+void SerialportWidget::connectParts()
+{
+    connect(m_port.get(), &Link::received, this, &SerialportWidget::sltInterruptDetection);
+    connect(m_port.get(), &Link::stateChanged, this, &SerialportWidget::handlePortState);
+    connect(m_port.get(), &SerialLink::failed, this,
+            [this](const QString &notice) { notify(Notice::error(notice)); });
+    connect(m_reader, &QuietReader::quiet, this, &SerialportWidget::SltRecvFromSerialport);
+    connect(m_reader, &QuietReader::pieceRead, m_received, &ReceiveStore::add);
+    connect(m_reader, &QuietReader::packetRead, this, &SerialportWidget::handleReceived);
+    connect(m_reader, &QuietReader::gathering, m_area, &WorkArea::showGathering);
+    connect(m_area, &WorkArea::countsDue, this, &SerialportWidget::showCounts);
+
+    connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
+    connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
+    connect(m_recvOptions, &RecvOptions::saveClicked, this, &SerialportWidget::SltSaveDataToFile);
+    connect(m_recvOptions, &RecvOptions::delayChanged, this, &SerialportWidget::SltDelayChanged);
+    connect(m_sendOptions, &SendOptions::pageChosen, this, &SerialportWidget::SltChangeSendPage);
+    connect(m_sendOptions, &SendOptions::intervalEdited, this, &SerialportWidget::SltChangeAutoInterval);
+    connect(m_area->foldButton(), &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
+    connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &SerialportWidget::SltWriteDataToSerialport);
+    connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
+    connect(m_area, &WorkArea::notify, this, &SerialportWidget::notify);
+    connect(m_area, &WorkArea::clearRequested, this, &SerialportWidget::clearRecv);
+    connect(m_sendBox, &QtSendBoxWidget::signalSendFile, this, &SerialportWidget::sltSendXYmodemFile);
+    connect(m_sendBox->filePage()->logButton(), &QPushButton::clicked, this,
+            [this] { m_transfer->showLog(this); });
+    connect(m_transfer, &FileTransfer::started, this, &SerialportWidget::beginTransfer);
+    connect(m_transfer, &FileTransfer::ended, this, &SerialportWidget::endTransfer);
+    connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::notify);
 }
 
 // ---- the port
 
 void SerialportWidget::SltOpenSerialport()
 {
-    if (m_transfer->isBusy() || m_closing) {
+    if (m_transfer->isBusy()) {
+        notify(Notice::information(QStringLiteral("正在传输文件，停止发送后才能关闭串口")));
+    } else if (m_port->state() == Link::State::Closing) {
         notify(Notice::information(
-            m_closing ? QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->portName())
-                      : QStringLiteral("正在传输文件，停止发送后才能关闭串口")));
-        return;
+            QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->settings().name)));
+    } else if (m_port->isOpen()) {
+        m_closedByUser = true;
+        m_port->close();
+    } else {
+        openPort();
     }
-    if (m_port->isOpen()) {
-        m_closingNotice = QStringLiteral("串口[%1]已关闭!!").arg(m_port->portName());
-        closePort();
-        return;
-    }
+}
+
+void SerialportWidget::openPort()
+{
     const QString entry = m_config->portText();
     if (entry.isEmpty()) {
         notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
         return;
     }
-    const QString name = PortName::fromEntry(entry);
-    if (name.isEmpty()) {
+    const SerialSettings settings = m_config->chosen();
+    if (settings.name.isEmpty()) {
         notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(entry)));
         return;
     }
-    if (m_config->baudRate() <= 0) {
+    if (settings.baudRate <= 0) {
         notify(Notice::error(QStringLiteral("波特率为空或不是正整数，串口未打开！")));
         return;
     }
-    m_port->setPortName(name);
-    if (!m_port->open(QIODevice::ReadWrite)) {
-        notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(entry)));
-        notify(Notice::error(m_port->reason()));
+    if (!m_port->open(settings, SerialLink::Refusal::KeepsOpen)) {
+        reportFailedOpening(entry);
         return;
     }
-    const QStringList refused = applyParameters();
     setPortState(true);
-    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
+    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(settings.name)));
+    const QStringList refused = m_port->refusedParameters();
     if (!refused.isEmpty())
-        notify(Notice::error(
-            QStringLiteral("串口[%1]不支持以下参数：%2").arg(name, refused.join(QStringLiteral("、")))));
+        notify(Notice::error(QStringLiteral("串口[%1]不支持以下参数：%2")
+                                 .arg(settings.name, refused.join(QStringLiteral("、")))));
     m_config->rememberDefaults();
 }
 
-// Sets the open port's parameters in order; those that the device refuses
-// leave the port open and are named.
-QStringList SerialportWidget::applyParameters()
+void SerialportWidget::reportFailedOpening(const QString &port)
 {
-    m_writeBlockedTold = false;
-    QStringList refused;
-    if (!m_port->setBaudRate(m_config->baudRate()))
-        refused.append(QStringLiteral("波特率 %1").arg(m_config->baudRate()));
-    if (!m_port->setDataBits(m_config->dataBits()))
-        refused.append(QStringLiteral("数据位 %1").arg(m_config->dataBits()));
-    if (!m_port->setStopBits(m_config->stopBitsIndex()))
-        refused.append(QStringLiteral("停止位 %1").arg(m_config->stopBitsText()));
-    if (!m_port->setParity(m_config->parityIndex()))
-        refused.append(m_config->parityText());
-    m_port->setFlowControlOff();
-    return refused;
+    notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(port)));
+    notify(Notice::error(m_port->reason()));
 }
 
 void SerialportWidget::setPortState(bool open)
@@ -119,53 +159,41 @@ void SerialportWidget::setPortState(bool open)
     m_area->showHint(open);
 }
 
-// Takes in what has already arrived, then closes; what was written leaves first.
-void SerialportWidget::closePort()
+// A port that closes lets its last bytes leave first. What a transfer does to
+// the port is reported by the transfer.
+void SerialportWidget::handlePortState()
 {
-    if (!m_port->isOpen())
+    if (m_port->isOpen() || m_transfer->isBusy())
         return;
     m_reader->stop();
-    m_closing = true;
-    m_port->close();
-    if (!m_closing)
+    if (m_port->state() == Link::State::Closing) {
+        m_sendBox->setDeviceOpen(false);
+        m_state->setOn(false);
+        m_config->setClosing();
         return;
-    m_sendBox->setDeviceOpen(false);
-    m_state->setOn(false);
-    m_config->setClosing();
-}
-
-void SerialportWidget::portClosed(qint64 unsentBytes)
-{
-    if (!std::exchange(m_closing, false))
-        return; // not by this page
+    }
     setPortState(false);
-    const QString notice = std::exchange(m_closingNotice, QString());
-    if (!notice.isEmpty())
-        notify(Notice::information(notice));
-    if (unsentBytes > 0)
-        notify(Notice::error(m_port->unsentText(unsentBytes)));
+    if (std::exchange(m_closedByUser, false))
+        notify(Notice::information(QStringLiteral("串口[%1]已关闭!!").arg(m_port->settings().name)));
+    if (!m_port->reason().isEmpty())
+        notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
     emit signalClosed();
-}
-
-void SerialportWidget::portVanished()
-{
-    if (!m_port->isOpen())
-        return;
-    closePort();
-    notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
 }
 
 void SerialportWidget::SltSerialportChanged(QStringList serialports)
 {
     m_config->setPorts(serialports);
-    if (!m_port->isOpen())
+    if (!m_port->isOpen() || m_transfer->isBusy())
         return;
     // By the bare name against whole entries: an entry with a description
     // never matches, so that any change of the list closes the port.
-    if (serialports.contains(m_port->portName(), Qt::CaseSensitive))
-        m_config->selectEntry(m_port->portName());
-    else
-        portVanished();
+    const QString name = m_port->settings().name;
+    if (serialports.contains(name, Qt::CaseSensitive)) {
+        m_config->selectEntry(name);
+        return;
+    }
+    m_port->close();
+    notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
 }
 
 // ---- receiving
@@ -182,7 +210,7 @@ void SerialportWidget::SltDelayChanged()
 
 void SerialportWidget::SltRecvFromSerialport()
 {
-    m_reader->takePacket();
+    m_reader->endPacket();
 }
 
 void SerialportWidget::handleReceived(const QByteArrayList &pieces, qint64 size)
@@ -215,26 +243,10 @@ void SerialportWidget::clearRecv()
 
 void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
 {
-    if (!m_port->isOpen())
+    if (m_transfer->isBusy())
         return;
-    if (m_port->bytesToWrite() + byCmd.size() > kMostToWrite) {
-        if (!m_writeBlockedTold)
-            notify(Notice::error(QStringLiteral("设备长时间未接收数据，本次数据未发送！")));
-        m_writeBlockedTold = true;
-        return;
-    }
-    m_writeBlockedTold = false;
-    if (m_port->write(byCmd) < 0) {
-        writeFailed(byCmd.size());
-        return;
-    }
-    m_sendCount += static_cast<quint32>(byCmd.size());
+    m_sendCount += static_cast<quint32>(m_port->send(byCmd));
     m_area->refreshCounts();
-}
-
-void SerialportWidget::writeFailed(qint64 unsentBytes)
-{
-    notify(Notice::error(m_port->writeFailedText(unsentBytes)));
 }
 
 void SerialportWidget::SltChangeSendPage(int index)
@@ -279,33 +291,29 @@ void SerialportWidget::sltTransmitProgress(int porgress, QString name)
 
 void SerialportWidget::sltTransmitStatus(YmodemFileTransmit::Status status, QString name)
 {
-    m_transfer->takeStatus(status, name);
+    m_transfer->handleStatus(status, name);
 }
 
-void SerialportWidget::givePortAway()
+void SerialportWidget::beginTransfer()
 {
     m_sendBox->setDeviceOpen(false);
     m_config->setHandedOver(true);
 }
 
-void SerialportWidget::takePortBack(bool open)
+void SerialportWidget::endTransfer()
 {
     m_config->setHandedOver(false);
-    if (open)
-        applyParameters(); // a refusal was told when the port was first opened
-    setPortState(open);
-    if (std::exchange(m_ending, false)) {
-        closePort();
-        if (isClosed())
+    const bool isOpen = m_port->isOpen();
+    setPortState(isOpen);
+    if (std::exchange(m_quitting, false)) {
+        if (isOpen)
+            m_port->close();
+        else
             emit signalClosed();
         return;
     }
-    if (open) {
-        sltInterruptDetection(); // what comes in from now on
-        return;
-    }
-    notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(m_port->portName())));
-    notify(Notice::error(m_port->reason()));
+    if (!isOpen)
+        reportFailedOpening(m_port->settings().name);
 }
 
 // ---- counts
@@ -333,10 +341,16 @@ void SerialportWidget::SltSaveDataToFile()
     m_received->save();
 }
 
+// Without waiting for the line to be quiet.
+void SerialportWidget::takeArrived()
+{
+    m_port->readPending();
+    SltRecvFromSerialport();
+}
+
 bool SerialportWidget::mayClose()
 {
-    if (m_port->isOpen())
-        SltRecvFromSerialport();
+    takeArrived();
     if (m_transfer->isBusy() &&
         QtMessageBox::question(this, QStringLiteral("询问"),
                                QStringLiteral("正在传输文件，是否终止传输并退出？")) == 0)
@@ -346,22 +360,21 @@ bool SerialportWidget::mayClose()
 
 void SerialportWidget::closeLinks()
 {
-    m_ending = m_transfer->isBusy();
-    if (m_ending)
-        m_transfer->stop(); // takePortBack() closes
-    else
-        closePort();
+    m_quitting = m_transfer->isBusy();
+    if (m_quitting)
+        m_transfer->stop(); // endTransfer() closes
+    else if (m_port->isOpen())
+        m_port->close();
 }
 
 bool SerialportWidget::isClosed() const
 {
-    return !m_port->isOpen() && !m_closing && !m_transfer->isBusy();
+    return m_port->state() == Link::State::Closed && !m_transfer->isBusy();
 }
 
 bool SerialportWidget::saveBeforeExit()
 {
-    if (m_port->isOpen())
-        SltRecvFromSerialport();
+    takeArrived();
     return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit();
 }
 
@@ -372,8 +385,7 @@ const ByteSpool &SerialportWidget::spool() const
 
 void SerialportWidget::reloadSettings()
 {
-    // The parameters shown are those of the port, which a transfer gives back.
-    m_defaultsDue = m_port->isOpen() || m_closing || m_transfer->isBusy();
+    m_defaultsDue = !isClosed(); // the parameters shown are those of the port
     if (!m_defaultsDue)
         m_config->loadDefaults();
 }

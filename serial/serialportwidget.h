@@ -68,14 +68,13 @@ private:
     void buildUi();
     void connectParts();
 
-    QStringList applyParameters();
+    void openPort();
+    void reportFailedOpening(const QString &port);
     void setPortState(bool open);
-    void closePort();
-    void portClosed(qint64 unsentBytes);
-    void writeFailed(qint64 unsentBytes);
-    void givePortAway();
-    void takePortBack(bool open);
-    void portVanished();
+    void handlePortState();
+    void takeArrived();
+    void beginTransfer();
+    void endTransfer();
     void handleReceived(const QByteArrayList &pieces, qint64 size);
     void showCounts();
 
@@ -95,9 +94,7 @@ private:
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;
 
-    bool m_closing = false;  // the port, until what was written has left it
-    QString m_closingNotice; // posted when it is closed; may be empty
-    bool m_writeBlockedTold = false;
-    bool m_ending = false;      // a transfer is being stopped, its port not opened again
-    bool m_defaultsDue = false; // settings were restored while the port was open
+    bool m_closedByUser = false; // which is reported at the end of the closing
+    bool m_quitting = false;     // a transfer is being stopped, its port closed then
+    bool m_defaultsDue = false;  // settings were restored while the port was open
 };

@@ -15,22 +15,22 @@ constexpr Ymodem::uint32 kRepeatDivider = 499;
 constexpr Ymodem::uint32 kSilenceLimit = 5;
 constexpr Ymodem::uint32 kErrorLimit = 999;
 
-// So many requests for a file's begin in its middle are no coincidence.
+// This many requests for a file's beginning in its middle are no coincidence.
 constexpr Ymodem::uint32 kRestartRequests = 3;
 
 constexpr int kStepMs = 10;
 constexpr qint64 kStepUs = kStepMs * 1000;
 // From a packet's last bit on the line to the answer's arrival here, at best.
 constexpr qint64 kAnswerUs = 700;
-constexpr int kLastWordsMs = 100; // between an end and the closing of the port
-// Steps that were held up are caught up on, but not more than this.
-constexpr qint64 kMostBehindUs = 50 * 1000;
+constexpr int kReleaseMs = 100; // between the two reports of an end
+// Late steps are caught up on, but not more than this.
+constexpr qint64 kMaxBehindUs = 50 * 1000;
 // How long the last packet of a slow line is waited for.
-constexpr qint64 kLongestDrainMs = 10 * 1000;
+constexpr qint64 kMaxDrainMs = 10 * 1000;
 constexpr qint64 kBitsPerByte = 10;
 
 // What arrives is read slowly; the rest of a flood stays with the system.
-constexpr qint64 kReadBufferBytes = 64 * 1024;
+constexpr int kMaxInputBytes = 64 * 1024;
 
 // A block of fewer than 129 bytes goes out as a small one.
 constexpr qint64 kSmallBlock = 128;
@@ -52,12 +52,13 @@ QString whyNotReadable(const QString &name)
 YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
     : QObject(parent)
     , Ymodem(kRepeatDivider, kSilenceLimit, kErrorLimit)
+    , m_portName(QStringLiteral("COM1"))
+    , m_baudRate(QSerialPort::Baud9600)
     , m_readTimer(this)
     , m_writeTimer(this)
+    , m_nowUs(&Link::nowUs)
 {
     qRegisterMetaType<YmodemFileTransmit::Status>("YmodemFileTransmit::Status");
-    m_ownPort.setPortName(QStringLiteral("COM1"));
-    m_ownPort.setReadBufferSize(kReadBufferBytes);
     m_readTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_readTimer, &QTimer::timeout, this, &YmodemFileTransmit::readTimeOut);
     connect(&m_writeTimer, &QTimer::timeout, this, &YmodemFileTransmit::writeTimeOut);
@@ -66,11 +67,8 @@ YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
 YmodemFileTransmit::~YmodemFileTransmit()
 {
     blockSignals(true);
-    if (isRunning()) {
+    if (isRunning())
         abortTransfer();
-        if (m_port == &m_ownPort)
-            m_port->waitForBytesWritten(kLastWordsMs);
-    }
     release();
 }
 
@@ -83,101 +81,68 @@ void YmodemFileTransmit::setFileList(const QStringList &files)
     m_file.setFileName(files.value(0));
 }
 
-void YmodemFileTransmit::setPortName(const QString &name)
-{
-    m_ownPort.setPortName(name);
-}
-
-void YmodemFileTransmit::setBaudRate(qint32 baudRate)
-{
-    m_ownPort.setBaudRate(baudRate);
-}
-
-void YmodemFileTransmit::setFrame(QSerialPort::StopBits stopBits, QSerialPort::Parity parity)
-{
-    m_stopBits = stopBits;
-    m_parity = parity;
-}
-
 // ---- start and end
 
 bool YmodemFileTransmit::startTransmit()
 {
     if (isBusy())
         return false;
-    // The frame of an earlier transfer, or one that the device refuses, must
-    // not keep the port from opening.
-    m_ownPort.setStopBits(QSerialPort::OneStop);
-    m_ownPort.setParity(QSerialPort::NoParity);
-    if (!m_ownPort.open(QIODevice::ReadWrite)) {
-        qWarning().noquote() << "cannot open" << m_ownPort.portName() << m_ownPort.errorString();
-        clearRecords(m_ownPort);
-        m_reason = QStringLiteral("串口打开失败");
-        m_log.note(m_clock.elapsed(), m_reason);
-        return false;
-    }
-    m_ownPort.setDataTerminalReady(true); // or a board that is a USB device keeps silent
-    begin(&m_ownPort);
-    return true;
+    SerialSettings settings;
+    settings.name = m_portName;
+    settings.baudRate = m_baudRate;
+    if (m_ownLink.open(settings))
+        return startTransmit(&m_ownLink);
+    clearRecords();
+    m_reason = QStringLiteral("串口打开失败");
+    m_log.note(elapsedMs(), m_reason);
+    return false;
 }
 
-bool YmodemFileTransmit::startTransmit(QSerialPort *lentPort)
+bool YmodemFileTransmit::startTransmit(Link *link, const QByteArray &arrived)
 {
-    if (isBusy() || !lentPort->isOpen())
+    if (isBusy() || !link->isOpen())
         return false;
-    begin(lentPort);
-    return true;
-}
-
-void YmodemFileTransmit::begin(QSerialPort *port)
-{
-    clearRecords(*port);
-    m_port = port;
-    if (m_port->dataBits() != QSerialPort::Data8)
-        m_port->setDataBits(QSerialPort::Data8);
-    if (m_port->stopBits() != m_stopBits)
-        m_port->setStopBits(m_stopBits);
-    if (m_port->parity() != m_parity)
-        m_port->setParity(m_parity);
-    connect(m_port, &QSerialPort::readyRead, this, [this] {
-        if (m_stepPutOff && isRunning())
-            readTimeOut(); // what it waits for
-    });
-    // Queued: the report may come from within the engine's own writing.
-    connect(m_port, &QSerialPort::errorOccurred, this, &YmodemFileTransmit::handleError,
-            Qt::QueuedConnection);
+    clearRecords();
+    m_link = link;
+    m_input = arrived;
+    connect(m_link, &Link::received, this, &YmodemFileTransmit::receive);
+    // Queued: the reports may come from within the engine's own writing.
+    connect(
+        m_link, &Link::dropped, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
+    connect(
+        m_link, &Link::stateChanged, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
     resetTransfer();
     m_lineFreeAtUs = 0;
-    m_stepPutOff = false;
-    m_nextStepAtUs = nowUs() + kStepUs;
+    m_stepDeferred = false;
+    m_nextStepAtUs = elapsedUs() + kStepUs;
     m_readTimer.start(kStepMs);
+    return true;
 }
 
-void YmodemFileTransmit::clearRecords(const QSerialPort &port)
+void YmodemFileTransmit::clearRecords()
 {
     m_progress = 0;
     m_status = Establish;
     m_reason.clear();
     m_changed.clear();
-    m_restartTold = false;
+    m_restartReported = false;
     m_fileSize = 0;
     m_sentBytes = 0;
     m_log.clear();
-    m_clock.start();
+    m_startUs = m_nowUs();
     m_log.note(0, QStringLiteral("开始传输 %1个文件，端口 %2，波特率 %3")
                       .arg(m_files.size())
-                      .arg(port.portName())
-                      .arg(port.baudRate()));
+                      .arg(m_portName)
+                      .arg(m_baudRate));
 }
 
 void YmodemFileTransmit::release()
 {
-    if (!m_port)
+    if (!m_link)
         return;
-    m_port->disconnect(this);
-    m_port = nullptr;
-    if (m_ownPort.isOpen())
-        m_ownPort.close();
+    m_link->disconnect(this);
+    m_link = nullptr;
+    m_ownLink.close();
 }
 
 void YmodemFileTransmit::stopTransmit()
@@ -189,26 +154,28 @@ void YmodemFileTransmit::stopTransmit()
     end(Abort, QStringLiteral("用户停止了传输"));
 }
 
-// Puts the end on record and reports it; the port closes when the last bytes
-// have left. Answers for the engine.
+// Records the end and reports it, and once more when the last bytes have left.
+// Returns the engine's answer.
 Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
 {
     m_file.close();
     m_status = status;
     m_reason = reason;
-    const qint64 now = m_clock.elapsed();
+    const qint64 now = elapsedMs();
     m_log.note(now, reason.isEmpty() ? QStringLiteral("传输完成") : reason);
     const QStringList unsent = unsentFiles();
     for (const QString &name : unsent)
         m_log.note(now, QStringLiteral("未完成：%1").arg(name));
-    const qint64 drainMs = qBound<qint64>(0, m_lineFreeAtUs / 1000 - now, kLongestDrainMs);
-    m_writeTimer.start(kLastWordsMs + static_cast<int>(drainMs));
+    const qint64 drainMs = qBound<qint64>(0, m_lineFreeAtUs / 1000 - now, kMaxDrainMs);
+    m_writeTimer.start(kReleaseMs + static_cast<int>(drainMs));
+    m_link->disconnect(this);
     emit transmitStatus(status, QString());
+    m_link->setReading(true);
     return status == Finish ? Ack : Can;
 }
 
 // What the user must know of a batch that the receiver has confirmed.
-QString YmodemFileTransmit::blemish() const
+QString YmodemFileTransmit::finishWarning() const
 {
     if (!m_changed.isEmpty())
         return QStringLiteral("文件在传输过程中被修改，收到的内容可能是旧的或新旧混杂：%1")
@@ -226,13 +193,11 @@ void YmodemFileTransmit::writeTimeOut()
     emit transmitStatus(m_status, QString());
 }
 
-void YmodemFileTransmit::handleError(QSerialPort::SerialPortError error)
+void YmodemFileTransmit::handleLinkLost()
 {
-    const bool gone = error == QSerialPort::ResourceError || error == QSerialPort::ReadError ||
-                      error == QSerialPort::WriteError;
-    if (!gone || !isRunning())
+    if (!isRunning())
         return;
-    qWarning().noquote() << "lost" << m_port->portName() << m_port->errorString();
+    qWarning().noquote() << "lost" << m_portName;
     m_readTimer.stop();
     resetTransfer();
     m_lineFreeAtUs = 0; // nothing leaves any more
@@ -247,73 +212,75 @@ void YmodemFileTransmit::readTimeOut()
     // Before the last packet can have left and been answered a step would find
     // nothing, take that for silence, and be followed by the next one too late.
     const qint64 answerAt = m_lineFreeAtUs + kAnswerUs;
-    m_stepPutOff = m_port->bytesAvailable() == 0 && nowUs() < answerAt;
-    if (m_stepPutOff) {
-        scheduleStep(std::min(answerAt, nowUs() + kStepUs));
+    m_stepDeferred = m_input.isEmpty() && elapsedUs() < answerAt;
+    if (m_stepDeferred) {
+        scheduleStep(std::min(answerAt, elapsedUs() + kStepUs));
         return;
     }
     transmitStep();
-    noticeRestart();
+    checkForRestart();
     // Every 10 ms by the clock, however long a step or the window's drawing took.
     if (isRunning())
-        scheduleStep(std::max(m_nextStepAtUs + kStepUs, nowUs() - kMostBehindUs));
+        scheduleStep(std::max(m_nextStepAtUs + kStepUs, elapsedUs() - kMaxBehindUs));
 }
 
 // A receiver that begins to ask as for a first file has most likely been reset;
 // it gets the block again, but would never have the file.
-void YmodemFileTransmit::noticeRestart()
+void YmodemFileTransmit::checkForRestart()
 {
-    if (m_restartTold || requestsForSameData() < kRestartRequests || !isRunning())
+    if (m_restartReported || requestsForSameData() < kRestartRequests || !isRunning())
         return;
-    m_restartTold = true;
+    m_restartReported = true;
     const QString hint = QStringLiteral("接收端在文件中途反复请求开始传输，可能已复位，建议停止后重新发送");
-    m_log.note(m_clock.elapsed(), hint);
+    m_log.note(elapsedMs(), hint);
     emit transmitHint(hint);
 }
 
 void YmodemFileTransmit::scheduleStep(qint64 atUs)
 {
     m_nextStepAtUs = atUs;
-    const qint64 wait = std::max<qint64>(atUs - nowUs(), 0);
+    const qint64 wait = std::max<qint64>(atUs - elapsedUs(), 0);
     m_readTimer.start(static_cast<int>((wait + 999) / 1000));
 }
 
-qint64 YmodemFileTransmit::nowUs() const
+void YmodemFileTransmit::receive(const QByteArray &bytes)
 {
-    return m_clock.nsecsElapsed() / 1000;
+    m_input += bytes;
+    if (m_input.size() >= kMaxInputBytes)
+        m_link->setReading(false);
+    if (m_stepDeferred && isRunning())
+        readTimeOut(); // what it waits for
 }
 
 Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
 {
-    const qint64 count = m_port->read(reinterpret_cast<char *>(buffer), length);
-    if (count <= 0)
+    const QByteArray bytes = m_input.left(static_cast<int>(length));
+    if (bytes.isEmpty())
         return 0;
-    m_log.received(m_clock.elapsed(),
-                   QByteArray(reinterpret_cast<const char *>(buffer), static_cast<int>(count)));
-    return static_cast<uint32>(count);
+    m_input.remove(0, bytes.size());
+    std::copy(bytes.begin(), bytes.end(), buffer);
+    m_log.received(elapsedMs(), bytes);
+    if (m_input.size() < kMaxInputBytes)
+        m_link->setReading(true);
+    return static_cast<uint32>(bytes.size());
 }
 
 Ymodem::uint32 YmodemFileTransmit::writeBytes(uint8 *buffer, uint32 length)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(buffer), static_cast<int>(length));
-    m_log.sent(m_clock.elapsed(), bytes);
-    const bool idle = m_port->bytesToWrite() == 0;
-    const qint64 count = m_port->write(bytes);
-    // Before the window draws the progress that this packet means. The library
-    // takes a full driver for a lost one: what is queued must not be pushed.
-    if (idle)
-        m_port->flush();
-    const qint64 lineUs = m_port->baudRate() > 0 ? length * kBitsPerByte * 1000000 / m_port->baudRate() : 0;
-    m_lineFreeAtUs = std::max(m_lineFreeAtUs, nowUs()) + lineUs;
-    return count > 0 ? static_cast<uint32>(count) : 0;
+    m_log.sent(elapsedMs(), bytes);
+    const qint64 count = m_link->send(bytes);
+    const qint64 lineUs = m_baudRate > 0 ? length * kBitsPerByte * 1000000 / m_baudRate : 0;
+    m_lineFreeAtUs = std::max(m_lineFreeAtUs, elapsedUs()) + lineUs;
+    return static_cast<uint32>(count);
 }
 
 Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, uint32 *length)
 {
-    // Who asks for more has the last packet: the line may be faster than its
-    // baud rate says, as that of a board with USB of its own is.
+    // A receiver that asks for more has the last packet: the line may be faster
+    // than its baud rate says, as that of a board with USB of its own is.
     if (status <= Finish)
-        m_lineFreeAtUs = std::min(m_lineFreeAtUs, nowUs());
+        m_lineFreeAtUs = std::min(m_lineFreeAtUs, elapsedUs());
     switch (status) {
     case Establish:
         return openNextFile(buffer, length);
@@ -321,7 +288,7 @@ Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, u
         return readNextData(buffer, length);
     case Finish:
         m_completed = m_next;
-        return end(Finish, blemish());
+        return end(Finish, finishWarning());
     case Abort:
         return end(Abort, QStringLiteral("接收端取消了传输"));
     case Timeout:
@@ -355,9 +322,9 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
     const QByteArray header = fileHeader(name, m_fileSize);
     std::copy(header.begin(), header.end(), buffer);
     *length = blockZeroSize;
-    m_log.note(m_clock.elapsed(), QStringLiteral("文件 %1，%2字节").arg(name).arg(m_fileSize));
+    m_log.note(elapsedMs(), QStringLiteral("文件 %1，%2字节").arg(name).arg(m_fileSize));
     m_status = Establish;
-    m_restartTold = false;
+    m_restartReported = false;
     emit transmitStatus(Establish, name);
     return Ack;
 }

@@ -1,23 +1,24 @@
 #pragma once
 
-// Sends a list of files by YModem: owns the serial port, the file and the
-// timers around the engine. One step of the engine every 10 ms paces all.
-// An open port can be lent to it in place of its own.
+// Sends a list of files by YModem over a link: owns the file and the timers
+// around the engine. One step of the engine every 10 ms paces everything.
+// Without a link it opens the serial port of its name.
 //
-// An end (statuses 3 to 6) is reported twice: when it is decided, and about
-// 100 ms later, when the port is free for others: its own is closed then, a
-// lent one stays open with what came in after the end.
+// An end (statuses 3 to 6) is reported twice: when it is decided, and when its
+// last bytes have left, about 100 ms later. From the first on, what the link
+// receives belongs to the link's owner again.
 
+#include "seriallink.h"
 #include "transferlog.h"
 #include "ymodem.h"
 
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QObject>
-#include <QSerialPort>
 #include <QStringList>
 #include <QTimer>
+
+#include <functional>
 
 Q_DECLARE_METATYPE(Ymodem::Status)
 
@@ -33,21 +34,24 @@ public:
     ~YmodemFileTransmit() override;
 
     void setFileList(const QStringList &files); // full names
-    void setPortName(const QString &name);      // as the system knows it
-    void setBaudRate(qint32 baudRate);
-    // What block 0 and the data are framed in: 8 data bits always. Applied
-    // after opening; a device that refuses keeps its own.
-    void setFrame(QSerialPort::StopBits stopBits, QSerialPort::Parity parity);
+    void setPortName(const QString &name) { m_portName = name; }
+    // Also of the link: says how long a packet is on the line.
+    void setBaudRate(qint32 baudRate) { m_baudRate = baudRate; }
+    // Microseconds of a clock that only moves forward; Link::nowUs() if not set.
+    void setClock(std::function<qint64()> nowUs) { m_nowUs = std::move(nowUs); }
 
     // False when the port does not open; nothing is emitted then.
     bool startTransmit();
-    // The same over an open port, which has to outlive the transfer.
-    bool startTransmit(QSerialPort *lentPort);
+    // The same over an open link, which has to outlive the transfer. arrived:
+    // bytes that it has received already and that are meant for the transfer.
+    bool startTransmit(Link *link, const QByteArray &arrived = {});
     // Nothing happens when no transfer is running.
     void stopTransmit();
 
-    // From a successful start until the port is free again.
-    bool isBusy() const { return m_port != nullptr; }
+    // From a successful start until the last report of its end.
+    bool isBusy() const { return m_link != nullptr; }
+    // What was received and not used when the transfer ended.
+    QByteArray takeUnused() { return std::exchange(m_input, {}); }
 
     // Of the present file, in bytes.
     qint64 bytesSent() const { return m_sentBytes; }
@@ -83,37 +87,40 @@ private:
     uint8 openNextFile(uint8 *buffer, uint32 *length);
     uint8 readNextData(uint8 *buffer, uint32 *length);
     uint8 end(Status status, const QString &reason);
-    QString blemish() const;
-    void handleError(QSerialPort::SerialPortError error);
-    void clearRecords(const QSerialPort &port);
-    void begin(QSerialPort *port);
+    QString finishWarning() const;
+    void receive(const QByteArray &bytes);
+    void handleLinkLost();
+    void clearRecords();
     void release();
-    void noticeRestart();
+    void checkForRestart();
     bool isRunning() const { return isBusy() && (m_status == Establish || m_status == Transmit); }
     void scheduleStep(qint64 atUs);
-    qint64 nowUs() const;
+    qint64 elapsedUs() const { return m_nowUs() - m_startUs; }
+    qint64 elapsedMs() const { return elapsedUs() / 1000; }
 
     QStringList m_files;
     int m_next = 0;      // index of the next name
     int m_completed = 0; // files whose end the receiver has confirmed
     QFile m_file;
-    QSerialPort m_ownPort;
-    QSerialPort *m_port = nullptr; // that of the transfer, its own or a lent one
-    QSerialPort::StopBits m_stopBits = QSerialPort::OneStop;
-    QSerialPort::Parity m_parity = QSerialPort::NoParity;
+    QString m_portName;
+    qint32 m_baudRate;
+    SerialLink m_ownLink;
+    Link *m_link = nullptr; // of the transfer
+    QByteArray m_input;     // received and not read by the engine yet
     QTimer m_readTimer;
     QTimer m_writeTimer;
     qint64 m_fileSize = 0;
     QDateTime m_fileTime; // of its last change, when it was opened
-    bool m_restartTold = false;
+    bool m_restartReported = false;
     QStringList m_changed; // files that were written to while they were sent
     qint64 m_sentBytes = 0;
     int m_progress = 0; // percent, as last emitted
     Status m_status = Abort;
     QString m_reason;
     TransferLog m_log;
-    QElapsedTimer m_clock;     // since the start
-    bool m_stepPutOff = false; // a step is due, and waits for the answer
-    qint64 m_nextStepAtUs = 0; // microseconds on it
-    qint64 m_lineFreeAtUs = 0; // microseconds on it: what was written has left by then
+    std::function<qint64()> m_nowUs;
+    qint64 m_startUs = 0; // the two below count from it
+    qint64 m_nextStepAtUs = 0;
+    qint64 m_lineFreeAtUs = 0;   // what was written has left by then
+    bool m_stepDeferred = false; // a step is due, and waits for the answer
 };

@@ -42,6 +42,16 @@ void ClosingPort::start()
     m_drain->start();
 }
 
+qint64 ClosingPort::pendingBytes() const
+{
+    return m_port->bytesToWrite();
+}
+
+void ClosingPort::dropRest()
+{
+    m_drain->giveUp();
+}
+
 void ClosingPort::close(qint64 unsentBytes)
 {
     m_port->close();

@@ -21,6 +21,8 @@ public:
     ~ClosingPort() override;
 
     void start(); // may emit closed() from within
+    qint64 pendingBytes() const;
+    void dropRest(); // emits closed() from within
 
     // Whether the device is still on its way to being closed.
     static bool isClosing(const QString &portName);

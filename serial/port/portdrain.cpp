@@ -1,7 +1,5 @@
 #include "portdrain.h"
 
-#include "outputqueue.h"
-
 #include <QDebug>
 #include <QElapsedTimer>
 #include <QSerialPort>
@@ -10,10 +8,33 @@
 #include <chrono>
 #include <limits>
 
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#else
+#include <poll.h>
+#include <sys/ioctl.h>
+#endif
+
 namespace {
 
 constexpr int kCheckMs = 5;
 constexpr qint64 kFrameNs = 16LL * 1000 * 1000; // as long as the window may stand still
+
+// Bytes of an open port that the driver has accepted and not yet handed to the
+// transmitter; 0 where it cannot tell.
+qint64 driverBytes(const QSerialPort &port)
+{
+#ifdef Q_OS_WIN
+    DWORD errors = 0;
+    COMSTAT status = {};
+    if (!port.isOpen() || !ClearCommError(port.handle(), &errors, &status))
+        return 0;
+    return status.cbOutQue;
+#else
+    int bytes = 0;
+    return port.isOpen() && ioctl(port.handle(), TIOCOUTQ, &bytes) == 0 ? bytes : 0;
+#endif
+}
 
 } // namespace
 
@@ -32,7 +53,20 @@ qint64 PortDrain::byteNs(const QSerialPort &port)
 
 qint64 PortDrain::pendingBytes(const QSerialPort &port)
 {
-    return port.bytesToWrite() + outputQueue(port);
+    return port.bytesToWrite() + driverBytes(port);
+}
+
+void PortDrain::flush(QSerialPort &port)
+{
+    if (port.bytesToWrite() == 0)
+        return;
+#ifndef Q_OS_WIN
+    // The library takes a full driver for a lost one.
+    pollfd line = {port.handle(), POLLOUT, 0};
+    if (poll(&line, 1, 0) != 1 || (line.revents & POLLOUT) == 0)
+        return;
+#endif
+    port.flush();
 }
 
 PortDrain::PortDrain(QSerialPort *port, qint64 lineFreeAtNs, QObject *parent)
@@ -56,11 +90,16 @@ PortDrain::PortDrain(QSerialPort *port, qint64 lineFreeAtNs, QObject *parent)
 
 void PortDrain::start()
 {
-    flushOutput(*m_port);
+    flush(*m_port);
     if (isExpectedWithin(kFrameNs))
         waitFor(kFrameNs);
     if (!m_finished)
         m_timer.start();
+}
+
+void PortDrain::giveUp()
+{
+    finish(pendingBytes(*m_port));
 }
 
 void PortDrain::finishNow()

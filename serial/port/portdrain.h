@@ -19,8 +19,12 @@ public:
     static qint64 nowNs();
     // The time a byte takes with the port's present settings.
     static qint64 byteNs(const QSerialPort &port);
-    // Bytes that were written and are not with the transmitter yet.
+    // Bytes that were written and are not with the transmitter yet, as far as
+    // the system can tell.
     static qint64 pendingBytes(const QSerialPort &port);
+    // Hands queued bytes to the system now rather than in the event loop's next
+    // turn, as far as it accepts them.
+    static void flush(QSerialPort &port);
 
     // The port stays open and its owner's, and has to outlive this.
     PortDrain(QSerialPort *port, qint64 lineFreeAtNs, QObject *parent = nullptr);
@@ -28,6 +32,8 @@ public:
     // Emits finished(), from within when that takes no longer than one frame
     // of the screen.
     void start();
+    // Ends at once; what has not left is dropped.
+    void giveUp();
     // Blocks until the end.
     void finishNow();
 

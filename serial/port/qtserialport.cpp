@@ -1,6 +1,5 @@
 #include "qtserialport.h"
 
-#include <QApplication>
 #include <QDebug>
 
 namespace {
@@ -22,41 +21,40 @@ QSerialPort::StopBits stopBitsOf(int index)
 } // namespace
 
 QtSerialPort::QtSerialPort(QObject *parent)
-    : QObject(parent)
+    : SerialLink(parent)
 {
-    connect(&m_line, &SerialLine::readyRead, this, &QtSerialPort::SltReadFromSerialport);
-    connect(&m_line, &SerialLine::hungUp, this, &QtSerialPort::hungUp);
-    connect(&m_line, &SerialLine::writeFailed, this,
-            [this](qint64 bytes) { emit failed(m_line.writeFailedText(bytes)); });
-    connect(&m_line, &SerialLine::closed, this, [this](qint64 unsentBytes) {
-        if (unsentBytes > 0)
-            emit failed(m_line.unsentText(unsentBytes));
+    connect(this, &Link::received, this, [this](const QByteArray &bytes) { emit bytesRead(bytes); });
+    connect(this, &Link::stateChanged, this, [this](State state) {
+        if (state == State::Closed && !reason().isEmpty())
+            emit hungUp();
     });
 }
 
 void QtSerialPort::open(QString portName, int baudRate, int dataBits, int stopBits, int parity)
 {
-    QSerialPort &port = m_line.prepare(portName);
-    port.setBaudRate(baudRate, QSerialPort::AllDirections);
-    port.setDataBits(static_cast<QSerialPort::DataBits>(dataBits));
-    port.setStopBits(stopBitsOf(stopBits));
-    port.setParity(static_cast<QSerialPort::Parity>(parity));
-    if (!m_line.open(QIODevice::ReadWrite))
-        QApplication::beep();
+    SerialSettings settings;
+    settings.name = portName;
+    settings.baudRate = baudRate;
+    settings.dataBits = static_cast<QSerialPort::DataBits>(dataBits);
+    settings.stopBits = stopBitsOf(stopBits);
+    settings.parity = static_cast<QSerialPort::Parity>(parity);
+    if (!SerialLink::open(settings))
+        emit openFailed();
 }
 
 void QtSerialPort::close()
 {
-    m_line.close();
+    if (isOpen())
+        SerialLink::close();
 }
 
 void QtSerialPort::writeBytes(QByteArray data)
 {
-    if (m_line.write(data) == -1)
-        qWarning().noquote() << "Write data failed:" << m_line.port().errorString();
+    if (send(data) < data.size())
+        qWarning().noquote() << "Write data failed:" << errorText();
 }
 
 void QtSerialPort::SltReadFromSerialport()
 {
-    emit bytesRead(m_line.port().readAll());
+    readNow();
 }

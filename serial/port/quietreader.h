@@ -1,9 +1,10 @@
 #pragma once
 
-// Reads a port packet by packet: gathers what comes in until the line has been
-// quiet for some time. A busy line is read in pieces meanwhile, so that they
-// can be recorded. Does not read while too much is pending (back-pressure):
-// what is not read stays with the system, and a sender that can wait, waits.
+// Gathers what a link receives into packets: a packet ends when the line has
+// been quiet for some time. The pieces of a long one are handed out meanwhile,
+// so that they can be recorded. Pauses the link while too much is pending
+// (back-pressure): what is not read stays with the system, and a sender that
+// can wait, waits.
 
 #include <QByteArrayList>
 #include <QObject>
@@ -11,7 +12,7 @@
 
 #include <functional>
 
-class QextSerialPort;
+class Link;
 
 class QuietReader : public QObject
 {
@@ -19,38 +20,53 @@ class QuietReader : public QObject
 
 public:
     // Bytes that were handed out and are not shown yet come from backlog.
-    // The port must outlive the reader.
-    QuietReader(QextSerialPort *port, std::function<qint64()> backlog, QObject *parent);
+    // The link must outlive the reader.
+    QuietReader(Link *link, std::function<qint64()> backlog, QObject *parent);
 
-    void setQuietTime(int ms) { m_quiet.setInterval(ms); }
-    // The port may have something to read.
+    void setQuietTime(int ms) { m_quietMs = ms; }
+    // Somebody else gets what is received from now on, or no longer does. The
+    // packet so far is handed out.
+    void setActive(bool active);
+
+    // Received bytes that somebody else has left over.
+    void append(const QByteArray &bytes);
+    // The line is not quiet.
     void handleArrival();
-    // Ends the packet: what has arrived is handed out at once.
-    void takePacket();
-    // The same, and nothing further is expected.
+    // Ends the packet: it is handed out at once.
+    void endPacket();
+    // The same, and nothing further is expected for now.
     void stop();
 
     bool isPaused() const { return m_paused.isActive(); }
+    // The last byte of the packet so far; 0 where there is none.
+    char lastByte() const;
 
 signals:
     void pieceRead(QByteArray bytes); // in the order of arrival, each byte once
     // The pieces of one packet.
     void packetRead(QByteArrayList pieces, qint64 size);
-    void quiet(); // for so long; the packet is to be taken
+    void quiet(); // for so long; the packet is to be ended
     // A packet has been going on for a while; 0 when it has ended.
     void gathering(qint64 bytes);
 
 private:
-    void takePiece();
+    void checkQuiet();
     void checkBacklog();
+    void endPiece();
+    void pauseIfDue();
     void showGathering();
 
-    QextSerialPort *m_port;
+    Link *m_link;
     std::function<qint64()> m_backlog;
+    int m_quietMs;
+    qint64 m_arrivalUs = 0; // of the last bytes
     QTimer m_quiet;
     QTimer m_paused;
     QTimer m_progress;
+    QByteArray m_piece; // not handed out yet
     QByteArrayList m_pieces;
-    qint64 m_bytes = 0; // of them
+    qint64 m_pieceBytes = 0; // of m_pieces
+    bool m_active = true;
+    bool m_stopping = false;
     bool m_gatheringShown = false;
 };

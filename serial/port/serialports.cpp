@@ -1,15 +1,65 @@
 #include "serialports.h"
 
-#include "devicelisting.h"
 #include "portname.h"
 
 #include <QSerialPortInfo>
 
 #include <algorithm>
 
+#if defined(Q_OS_WIN)
+#include <qt_windows.h>
+#elif defined(Q_OS_LINUX)
+#include <dirent.h>
+#endif
+
 namespace {
 
 constexpr int kAsksAfterChange = 3;
+
+// Something that changes whenever a device comes or goes; empty where there is
+// no cheap way to tell.
+#if defined(Q_OS_WIN)
+// Drivers enter their ports there: the device's name, and the port's as value.
+QByteArray deviceListing()
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"HARDWARE\\DEVICEMAP\\SERIALCOMM", 0, KEY_QUERY_VALUE, &key) !=
+        ERROR_SUCCESS)
+        return {};
+    QByteArray listing;
+    wchar_t name[256];
+    char value[512];
+    for (DWORD i = 0;; ++i) {
+        DWORD nameSize = 256; // characters
+        DWORD valueSize = sizeof value;
+        if (RegEnumValueW(key, i, name, &nameSize, nullptr, nullptr, reinterpret_cast<BYTE *>(value),
+                          &valueSize) != ERROR_SUCCESS)
+            break;
+        listing.append(reinterpret_cast<const char *>(name), static_cast<int>(nameSize * sizeof(wchar_t)));
+        listing.append(value, static_cast<int>(valueSize));
+    }
+    RegCloseKey(key);
+    return listing;
+}
+#elif defined(Q_OS_LINUX)
+QByteArray deviceListing()
+{
+    QByteArray names;
+    if (DIR *folder = opendir("/sys/class/tty")) {
+        while (const dirent *item = readdir(folder)) {
+            names += item->d_name;
+            names += '/';
+        }
+        closedir(folder);
+    }
+    return names;
+}
+#else
+QByteArray deviceListing()
+{
+    return {};
+}
+#endif
 
 // Asking the system takes several milliseconds, and the port watch asks once a
 // second: it is asked again only when a device has come or gone, and a few

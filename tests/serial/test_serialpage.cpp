@@ -86,13 +86,13 @@ void TestSerialPage::namesWhatCannotBeOpened()
     openPort("/dev/null");
     QVERIFY(lastNotice().startsWith(QStringLiteral("设备不是可用的串口")));
 
-    // A port that another program holds.
+    // A port that another page of this program has.
     SerialportWidget other;
     other.findChild<QComboBox *>("comboPort")->setEditText(m_board->device());
     other.findChild<QAbstractButton *>("btnOpen")->click();
     openPort();
     QCOMPARE(refusal(), QStringLiteral("串口[%1]打开失败!!!").arg(m_board->device()));
-    QVERIFY(lastNotice().startsWith(QStringLiteral("串口正被其他程序占用")));
+    QCOMPARE(lastNotice(), QStringLiteral("串口已在“串口调试助手”中打开，请先在那里关闭"));
 }
 
 void TestSerialPage::needsABaudRate()

@@ -1,6 +1,0 @@
-#include "devicelisting.h"
-
-QByteArray deviceListing()
-{
-    return {};
-}

@@ -1,0 +1,91 @@
+#pragma once
+
+// A serial port as a Link. Owns the system's port. What was accepted for
+// sending leaves before the device is closed and its settings are restored
+// (see ClosingPort); a device that is unplugged closes the link with a reason;
+// one that refuses or takes nothing is reported by failed().
+
+#include "link.h"
+#include "serialsettings.h"
+
+#include <QStringList>
+
+#include <memory>
+
+class ClosingPort;
+class PortDrain;
+
+class SerialLink : public Link
+{
+    Q_OBJECT
+
+public:
+    // What becomes of the opening when the device refuses a parameter.
+    enum class Refusal { FailsOpening, KeepsOpen };
+
+    // A device that takes nothing gets no more than this queued.
+    static constexpr qint64 maxPendingBytes = 16LL * 1024 * 1024;
+
+    explicit SerialLink(QObject *parent = nullptr);
+    // As close(); the bytes leave all the same.
+    ~SerialLink() override;
+
+    // False with a reason() when it fails. An open port is closed first.
+    bool open(const SerialSettings &settings, Refusal refusal = Refusal::FailsOpening);
+    // Gives the open port these settings, all but the name. Returns the
+    // parameters that the device refused, for the user; it keeps its own there.
+    QStringList apply(const SerialSettings &settings);
+    // As they were asked for.
+    const SerialSettings &settings() const { return m_settings; }
+    // The parameters that were refused when it was opened.
+    QStringList refusedParameters() const { return m_refused; }
+    // The system's words for the port's last error, for the log.
+    QString errorText() const { return m_port->errorString(); }
+
+    qint64 send(const QByteArray &bytes, quint64 peer = allPeers) override;
+    qint64 pendingBytes() const override;
+    void close() override;
+    // The device has gone from the port list: an open link ends with a reason.
+    void handleHangUp();
+
+    // Waits until what was sent has left the line, for a limited time; see
+    // drained(), which may come from within. The port stays open.
+    void drain();
+    void cancelDrain();
+
+signals:
+    // As many accepted bytes were dropped.
+    void drained(qint64 unsentBytes);
+    // A notice for the user: accepted bytes did not leave, or the device has
+    // stopped taking any.
+    void failed(const QString &notice);
+
+protected:
+    void readingChanged() override;
+    void readNow(); // what has arrived, paused or not
+
+private:
+    bool openDevice(const SerialSettings &settings, Refusal refusal);
+    bool fail(const QString &reason);
+    void beginClosing();
+    void handleArrival();
+    void handleError(QSerialPort::SerialPortError error);
+    void handleWriteError();
+    void endNow(const QString &reason);
+    void letGo();
+    void handleClosed(const ClosingPort *closing, const QString &name, qint64 unsentBytes);
+    void reportUnsent(const QString &name, qint64 bytes);
+    void handleHandedOver(qint64 bytes);
+    void setBlocked(bool isBlocked);
+    bool isDevicePresent() const;
+
+    std::unique_ptr<QSerialPort> m_port;
+    std::unique_ptr<PortDrain> m_drain;
+    ClosingPort *m_closing = nullptr; // the port of a closing link
+    SerialSettings m_settings;
+    QStringList m_refused;
+    bool m_errorPending = false; // noticed, and handled in the event loop's next turn
+    bool m_hungUp = false;
+    bool m_blocked = false;
+    qint64 m_lineFreeAtNs = 0; // what was sent has left by then
+};
