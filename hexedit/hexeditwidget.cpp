@@ -1,21 +1,31 @@
 #include "hexeditwidget.h"
 
+#include "formpanel.h"
 #include "hexchangebar.h"
+#include "hexchecksumpanel.h"
+#include "hexcommand.h"
+#include "hexeditcommands.h"
+#include "hexfindpanel.h"
+#include "hexinspectorpanel.h"
+#include "hexjumppanel.h"
 #include "hexrecentbutton.h"
+#include "hexstaterow.h"
+#include "hextoolrow.h"
 #include "qhexedit.h"
 #include "qtfiledialog.h"
-#include "qtmessagebox.h"
 #include "qtmessagetip.h"
+#include "settings.h"
 
 #include <QApplication>
+#include <QButtonGroup>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFileInfo>
-#include <QLabel>
 #include <QMimeData>
-#include <QProgressBar>
 #include <QPushButton>
+#include <QTimer>
 #include <QUrl>
+#include <QVBoxLayout>
 #include <utility>
 
 namespace {
@@ -23,7 +33,6 @@ namespace {
 constexpr int kTipMs = 2000;
 constexpr int kLongTipMs = 5000; // more to read
 constexpr qint64 kLargeFile = qint64(4) << 30;
-constexpr qint64 kWriteSlice = 4 << 20;
 
 QString onlyFileOf(const QMimeData *data)
 {
@@ -31,12 +40,7 @@ QString onlyFileOf(const QMimeData *data)
     return urls.size() == 1 ? urls.first().toLocalFile() : QString();
 }
 
-void tellNotOpened(const QString &why)
-{
-    QtMessageTip::showTip(QStringLiteral("打开文件失败! ") + why, kLongTipMs);
-}
-
-// A copy is what we make of a file: after a move, its program would delete it.
+// After a move, the program that the file comes from would delete it.
 bool acceptCopy(QDropEvent *event)
 {
     const bool possible = event->possibleActions() & Qt::CopyAction;
@@ -49,15 +53,13 @@ bool acceptCopy(QDropEvent *event)
 
 HexEditWidget::HexEditWidget(QWidget *parent)
     : QtWidgetBase(parent)
-    , m_watch(this)
 {
     setObjectName(QStringLiteral("HexEditWidget"));
     setAcceptDrops(true);
     buildUi();
+    m_file = new HexFile(m_edit->task(), HexSaver::realDisk(), this);
+    buildCommands();
     connectParts();
-    connect(&m_watch, &HexFileWatch::changed, this, &HexEditWidget::showOutsideChange);
-    m_saver.pause = [this](qint64 bytes) { pause(bytes); };
-    endWork();
     reloadCodec();
     setAddress(0);
     setSize(0);
@@ -66,66 +68,180 @@ HexEditWidget::HexEditWidget(QWidget *parent)
 
 HexEditWidget::~HexEditWidget()
 {
+    if (m_file->isSaving())
+        QApplication::restoreOverrideCursor();
     m_edit->task()->disconnect(this);
     m_edit->disconnect(this);
 }
 
-bool HexEditWidget::mayClose()
+void HexEditWidget::buildUi()
 {
-    if (m_saving) {
-        QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
-        return false;
-    }
-    m_exitAnswer.reset();
-    if (!m_edit->isModified())
-        return true;
-    m_edit->task()->stop(); // saving needs bytes that keep still
-    m_exitAnswer = askAboutEdits();
-    return m_exitAnswer != QtMessageBox::Cancel;
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 8, 8, 8);
+    row->setSpacing(8);
+    QWidget *work = buildWorkArea(); // makes the editor that the panel's groups work on
+    row->addWidget(buildPanel());
+    row->addWidget(work, 1);
 }
 
-bool HexEditWidget::saveBeforeExit()
+QWidget *HexEditWidget::buildPanel()
 {
-    if (!m_edit->isModified() || m_exitAnswer == QtMessageBox::Discard)
-        return true;
-    return m_exitAnswer == QtMessageBox::Save ? save() : mayDiscard(); // edited after the question
+    m_panel = new FormPanel(this);
+    m_panel->setObjectName(QStringLiteral("configPanel"));
+    FormGroup *files = m_panel->addGroup(QStringLiteral("文件"));
+    m_recent = new HexRecentButton(files);
+    m_saveAsButton = new QPushButton(QStringLiteral("另存为"), files);
+    m_saveAsButton->setObjectName(QStringLiteral("btnSaveAs"));
+    m_saveAsButton->setToolTip(QStringLiteral("保存为另一个文件，之后编辑该文件（Ctrl+Shift+S）"));
+    files->addPair(m_recent, m_saveAsButton);
+    m_jump = new HexJumpPanel(m_edit, m_panel);
+    m_find = new HexFindPanel(m_edit, m_panel);
+    auto *checksums = new HexChecksumPanel(m_edit, m_panel);
+    for (QWidget *group : std::initializer_list<QWidget *>{m_jump, m_find, checksums})
+        m_panel->addWidget(group);
+    return m_panel;
+}
+
+QWidget *HexEditWidget::buildWorkArea()
+{
+    auto *area = new QWidget; // the layout adds it to the page after the panel, which sets the Tab order
+    auto *column = new QVBoxLayout(area);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    m_tools = new HexToolRow(area);
+    m_changeBar = new HexChangeBar(area);
+    m_edit = new QHexEdit(area);
+    m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
+    m_edit->setReadOnly(true, QStringLiteral("请先打开文件"));
+    auto *inspector = new HexInspectorPanel(m_edit, area);
+    m_state = new HexStateRow(m_edit, area);
+    column->addWidget(m_tools);
+    column->addWidget(m_changeBar);
+    column->addWidget(m_edit, 1);
+    column->addWidget(inspector);
+    column->addWidget(m_state);
+    return area;
+}
+
+void HexEditWidget::buildCommands()
+{
+    const auto add = [this](const QString &text, const QList<QKeySequence> &keys,
+                            void (HexEditWidget::*slot)()) {
+        auto *command = new HexCommand(text, keys, this);
+        connect(command, &QAction::triggered, this, slot);
+        return command;
+    };
+    const auto keyOf = [this](int id) {
+        return QList<QKeySequence>{m_tools->tools()->button(id)->shortcut()};
+    };
+    m_openCommand = add(QStringLiteral("打开文件"), keyOf(OpenFile), &HexEditWidget::chooseFile);
+    m_commands[OpenFile] = m_openCommand;
+    m_commands[SaveFile] = new HexCommand(QStringLiteral("保存文件"), keyOf(SaveFile), this);
+    connect(m_commands[SaveFile], &QAction::triggered, this, [this] { saveAnd({}); });
+    m_commands[Undo] = m_edit->commands()->undo();
+    m_commands[Redo] = m_edit->commands()->redo();
+    m_commands[CloseFile] = add(QStringLiteral("关闭文件"), keyOf(CloseFile), &HexEditWidget::closeFile);
+    m_saveAsCommand =
+        add(QStringLiteral("另存为"), {int(Qt::CTRL) + Qt::SHIFT + Qt::Key_S}, &HexEditWidget::saveAs);
+    m_reloadCommand = add(QStringLiteral("重新载入"), {}, &HexEditWidget::reload);
+}
+
+void HexEditWidget::connectParts()
+{
+    // The group reports a click on a tool button, see sltToolBtnsClicked().
+    for (int id = 0; id < HexToolRow::toolCount; ++id)
+        m_commands[id]->enableWith(m_tools->tools()->button(id));
+    connect(m_tools->tools(), QOverload<int>::of(&QButtonGroup::buttonClicked), this,
+            &HexEditWidget::sltToolBtnsClicked);
+    m_openCommand->enableWith(m_recent);
+    m_saveAsCommand->bind(m_saveAsButton);
+    for (HexCommand *command : {m_saveAsCommand, m_find->findCommand(), m_jump->goTo(), m_find->nextCommand(),
+                                m_find->previousCommand()})
+        command->listenIn(this);
+    setPageKeys(nullptr, m_tools->fold());
+    connect(m_tools->fold(), &QPushButton::clicked, this, [this] {
+        const bool hide = m_panel->isVisible();
+        m_panel->setVisible(!hide);
+        m_tools->fold()->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+    });
+    connect(m_recent, &HexRecentButton::chosen, this, &HexEditWidget::openFile);
+    connect(m_changeBar, &HexChangeBar::reloadWanted, m_reloadCommand, &HexCommand::run);
+    connect(m_changeBar, &HexChangeBar::keepWanted, this, &HexEditWidget::keepOurs);
+
+    connect(m_edit, &QHexEdit::currentAddressChanged, this, &HexEditWidget::setAddress);
+    connect(m_edit, &QHexEdit::currentSizeChanged, this, &HexEditWidget::setSize);
+    connect(m_edit, &QHexEdit::stateChanged, this, &HexEditWidget::showState);
+    connect(m_file, &HexFile::readingBegan, this, &HexEditWidget::makeRoom);
+    connect(m_file, &HexFile::blockRead, m_edit, &QHexEdit::appendData);
+    connect(m_file, &HexFile::changedOutside, this, &HexEditWidget::showOutsideChange);
+}
+
+// ---- what is shown
+
+QStringList HexEditWidget::counts() const
+{
+    return {QStringLiteral("Address: %1").arg(m_address), QStringLiteral("Size: %1").arg(m_size)};
+}
+
+void HexEditWidget::setSize(qint64 size)
+{
+    m_size = size;
+    m_tools->showSize(counts().at(1));
+    emit signalRefresCounts(pageIndex);
+}
+
+void HexEditWidget::setAddress(qint64 address)
+{
+    m_address = address;
+    m_tools->showAddress(counts().at(0));
+    emit signalRefresCounts(pageIndex);
+}
+
+void HexEditWidget::showState()
+{
+    m_state->showFile(m_file->name(), m_edit->isModified());
+    const QString busy = m_edit->busyReason();
+    const QString noFile = busy.isEmpty() && !m_file->isOpen() ? QStringLiteral("请先打开文件") : busy;
+    for (HexCommand *command : {m_openCommand, m_reloadCommand})
+        command->setRefusal(busy);
+    for (HexCommand *command : {m_commands[SaveFile], m_saveAsCommand, m_commands[CloseFile]})
+        command->setRefusal(noFile);
+}
+
+void HexEditWidget::reloadCodec()
+{
+    m_edit->setTextCodec(Settings::instance().textCodec);
+}
+
+void HexEditWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_file)
+        m_file->checkOutside();
+    QtWidgetBase::changeEvent(event);
 }
 
 void HexEditWidget::sltToolBtnsClicked(int id)
 {
-    if (refuseWhileBusy())
-        return;
-    switch (id) {
-    case OpenFile:
-        chooseFile();
-        break;
-    case SaveFile:
-        save();
-        break;
-    case Undo:
-        m_edit->undo();
-        break;
-    case Redo:
-        m_edit->redo();
-        break;
-    case CloseFile:
-        closeFile();
-        break;
-    }
+    if (id >= 0 && id < HexToolRow::toolCount)
+        m_commands[id]->run();
 }
 
+// A button that is disabled leaves its key to the page.
+void HexEditWidget::keyPressEvent(QKeyEvent *event)
+{
+    for (HexCommand *command : m_commands)
+        if (command->hasKey(event))
+            return command->run();
+    QtWidgetBase::keyPressEvent(event);
+}
+
+// For what does not come from a command, or was asked about since.
 bool HexEditWidget::refuseWhileBusy() const
 {
-    if (m_saving)
-        QtMessageTip::showTip(QStringLiteral("正在保存，请等待完成"), kTipMs);
-    return m_saving || m_edit->refuseWhileBusy();
-}
-
-bool HexEditWidget::refuseWithoutFile() const
-{
-    if (m_fileName.isEmpty())
-        QtMessageTip::showTip(QStringLiteral("请先打开文件"), kTipMs);
-    return m_fileName.isEmpty();
+    const QString busy = m_edit->busyReason();
+    if (!busy.isEmpty())
+        QtMessageTip::showTip(busy);
+    return !busy.isEmpty();
 }
 
 // ---- opening
@@ -141,98 +257,83 @@ void HexEditWidget::chooseFile()
 
 void HexEditWidget::openFile(const QString &fileName)
 {
-    if (refuseWhileBusy() || !mayDiscard())
+    if (refuseWhileBusy())
         return;
-    const QString leftover = chosenLeftover(fileName);
-    load(fileName, leftover.isEmpty() ? fileName : leftover, 0);
+    withoutEdits([this, fileName] {
+        const QString leftover = chosenLeftover(fileName);
+        load(fileName, leftover.isEmpty() ? fileName : leftover, 0);
+    });
 }
 
 // Where a save failed, the bytes may be beside the file, or instead of it.
 QString HexEditWidget::chosenLeftover(const QString &fileName)
 {
-    const QStringList leftovers = HexSaver::leftoversOf(fileName);
+    const QStringList leftovers = m_file->leftoversOf(fileName);
     for (const QString &leftover : leftovers) {
         const QFileInfo file(leftover);
-        const QString time = file.lastModified().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
-        const QString key = leftover + time;
-        if (m_declined.contains(key))
-            continue;
-        if (QtMessageBox::question(
-                this, QString(),
-                QStringLiteral("有上次保存失败时留下的内容：\n%1\n%2，%3字节\n确定载入它，取消则打开原文件。")
-                    .arg(QDir::toNativeSeparators(leftover), time)
-                    .arg(file.size())) == 1)
+        const QString text = QStringLiteral("有上次保存失败时留下的内容：\n%1\n%2，%3字节\n"
+                                            "确定载入它，取消则打开原文件。")
+                                 .arg(QDir::toNativeSeparators(leftover),
+                                      file.lastModified().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")))
+                                 .arg(file.size());
+        if (QtMessageBox::question(this, QString(), text) == 1)
             return leftover;
-        m_declined.insert(key);
+        m_file->decline(leftover);
     }
     return QString();
 }
 
 void HexEditWidget::load(const QString &fileName, const QString &source, qint64 address)
 {
-    const auto loading = std::make_shared<Loading>();
-    const FileStamp stamp = FileStamp::of(fileName);
-    loading->source = source;
-    loading->sourceStamp = FileStamp::of(source);
-    loading->address = address;
-    if (!loading->reader.open(source)) {
-        if (m_recent->forgetIfGone(source))
-            QtMessageTip::showTip(QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开"), kLongTipMs);
-        else
-            tellNotOpened(loading->reader.reason());
+    const qint64 size = FileStamp::of(source).size;
+    if (refuseWhileBusy())
         return;
-    }
-    if (loading->sourceStamp.size > kLargeFile &&
+    if (size > kLargeFile &&
         QtMessageBox::question(this, QString(),
                                QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗？")
-                                   .arg(double(loading->sourceStamp.size) / double(1 << 30), 0, 'f', 1)) != 1)
+                                   .arg(double(size) / double(1 << 30), 0, 'f', 1)) != 1)
         return;
-    loading->before = {m_fileName, m_watch.stamp(), std::move(m_edit->document()), m_edit->address()};
-    showFile({fileName, stamp, HexDocument(), 0});
+    m_file->open(fileName, source, [this, source, address](const HexFile::Result &result) {
+        endOpening(source, address, result);
+    });
+}
+
+void HexEditWidget::makeRoom()
+{
+    m_before = Shown{std::move(m_edit->document()), m_edit->address()};
+    showDocument({});
     m_edit->setFocus();
-    m_edit->task()->start({QStringLiteral("正在打开"),
-                           [this, loading] {
-                               QByteArray block;
-                               loading->state = loading->reader.step(&block);
-                               if (loading->state == HexReader::State::Running)
-                                   m_edit->appendData(block);
-                               return loading->state != HexReader::State::Running;
-                           },
-                           [loading] { return loading->reader.permille(); },
-                           [this, loading](bool) { finishOpening(*loading); }});
 }
 
-void HexEditWidget::showFile(Opened opened)
+void HexEditWidget::showDocument(Shown shown)
 {
-    m_fileName = opened.fileName;
-    m_watch.follow(opened.fileName, opened.stamp);
     m_changeBar->hide();
-    m_edit->setDocument(std::move(opened.document), opened.address);
-    m_edit->setReadOnly(m_fileName.isEmpty(), QStringLiteral("请先打开文件"));
+    m_edit->setDocument(std::move(shown.document), shown.address);
+    m_edit->setReadOnly(!m_file->isOpen(), QStringLiteral("请先打开文件"));
 }
 
-void HexEditWidget::finishOpening(Loading &loading)
+void HexEditWidget::endOpening(const QString &source, qint64 address, const HexFile::Result &result)
 {
-    if (loading.state == HexReader::State::Done) {
-        m_recent->remember(m_fileName);
-        if (loading.address > 0)
-            m_edit->goTo(loading.address);
-        if (!(FileStamp::of(loading.source) == loading.sourceStamp))
-            QtMessageTip::showTip(
-                QStringLiteral("文件在打开期间已被其他程序修改，内容可能不完整，请重新打开"), kLongTipMs);
-        if (loading.source != m_fileName) {
+    auto before = std::exchange(m_before, std::nullopt);
+    if (result.done) {
+        m_recent->remember(m_file->name());
+        if (address > 0)
+            m_edit->goTo(address);
+        if (!result.inPlace)
             m_edit->setUnsaved();
-            QtMessageTip::showTip(QStringLiteral("已载入上次保存失败时留下的内容，保存后写入原文件"),
-                                  kLongTipMs);
-        }
+        if (!result.consequence.isEmpty())
+            QtMessageTip::showTip(result.consequence, kLongTipMs);
         return;
     }
-    showFile(std::move(loading.before));
-    m_watch.check();
-    if (loading.state == HexReader::State::Failed)
-        tellNotOpened(loading.reader.reason());
-    else if (loading.state == HexReader::State::OutOfMemory)
-        tellNotOpened(QStringLiteral("内存不足"));
+    const bool isGone = !before && m_recent->forgetIfGone(source);
+    if (before) {
+        showDocument(std::move(*before));
+        m_file->checkOutside();
+    }
+    if (isGone)
+        QtMessageTip::showTip(QStringLiteral("打开文件失败! 文件已不存在，不再列入最近打开"), kLongTipMs);
+    else if (!result.reason.isEmpty())
+        QtMessageTip::showTip(QStringLiteral("打开文件失败! ") + result.reason, kLongTipMs);
 }
 
 // ---- changes by other programs
@@ -240,49 +341,25 @@ void HexEditWidget::finishOpening(Loading &loading)
 void HexEditWidget::showOutsideChange()
 {
     const bool edited = m_edit->isModified();
-    if (m_watch.isGone())
+    if (m_file->isGone())
         m_edit->setUnsaved(); // nothing else has these bytes
     m_changeBar->hide();
-    if (m_watch.differs())
-        m_changeBar->showChange(m_watch.isGone(), edited);
+    if (m_file->isChangedOutside())
+        m_changeBar->showChange(m_file->isGone(), edited);
 }
 
 void HexEditWidget::reload()
 {
-    if (!refuseWhileBusy())
-        load(m_fileName, m_fileName, m_edit->address());
+    load(m_file->name(), m_file->name(), m_edit->address());
 }
 
 // Saving still asks before it overwrites what the other program has written.
 void HexEditWidget::keepOurs()
 {
-    m_watch.acknowledge();
+    m_file->acknowledgeOutside();
     m_changeBar->hide();
     m_edit->setUnsaved();
     m_edit->setFocus();
-}
-
-// ---- closing
-
-void HexEditWidget::closeFile()
-{
-    if (mayDiscard())
-        showFile(Opened());
-}
-
-QtMessageBox::SaveAnswer HexEditWidget::askAboutEdits()
-{
-    return QtMessageBox::saveQuestion(
-        this, QString(),
-        QStringLiteral("文件有未保存的修改，是否保存？\n%1").arg(QFileInfo(m_fileName).fileName()));
-}
-
-bool HexEditWidget::mayDiscard()
-{
-    if (!m_edit->isModified())
-        return true;
-    const QtMessageBox::SaveAnswer answer = askAboutEdits();
-    return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && save());
 }
 
 void HexEditWidget::dragEnterEvent(QDragEnterEvent *event)
@@ -307,98 +384,143 @@ void HexEditWidget::dropEvent(QDropEvent *event)
 
 // ---- saving
 
-bool HexEditWidget::save()
-{
-    return !refuseWithoutFile() && mayOverwrite() && saveTo(m_fileName);
-}
-
 void HexEditWidget::saveAs()
 {
-    if (refuseWhileBusy() || refuseWithoutFile())
-        return;
-    const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("另存为"), m_fileName,
+    const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("另存为"), m_file->name(),
                                                        QStringLiteral("所有文件(*.*)"));
     if (name.isEmpty())
         return;
-    if (HexSaver::targetOf(name) == HexSaver::targetOf(m_fileName)) {
-        save();
-    } else {
-        HexSaver::setLeftoverAside(name);
-        saveTo(name); // the dialog has asked before it overwrites
+    if (m_file->isSame(name)) {
+        saveAnd({});
+        return;
     }
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    m_file->saveAs(name, m_edit->document(), // the dialog has asked before it overwrites
+                   [this, name](const HexFile::Result &result) { endSaving(name, result); });
 }
 
-bool HexEditWidget::saveTo(const QString &fileName)
+// Goes on with what needs the bytes on the disk.
+void HexEditWidget::saveAnd(const std::function<void()> &next)
 {
-    m_saving = true;
-    m_savedBytes = 0;
-    m_watch.setPaused(true);
-    m_edit->setReadOnly(true);
-    showWork(QStringLiteral("正在保存"));
-    m_stop->hide(); // half of a save is none
+    if (refuseWhileBusy() || !mayOverwrite())
+        return;
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const HexSaver::Outcome outcome =
-        m_saver.save(fileName, m_edit->size(), [this](QIODevice &device) { return writeTo(device); });
-    QApplication::restoreOverrideCursor();
-    endWork();
-    m_saving = false;
-    m_watch.setPaused(false);
-    m_edit->setReadOnly(false);
-    if (outcome.inPlace) {
-        m_fileName = fileName;
-        m_watch.follow(fileName, FileStamp::of(fileName));
-        m_changeBar->hide();
-        m_edit->setSaved();
-        m_recent->remember(fileName);
-    } else if (fileName == m_fileName) {
-        m_watch.acknowledge(); // what a failed save moved, the box tells
-    }
-    showOutcome(outcome, fileName);
-    return outcome.saved;
+    m_file->save(m_edit->document(), [this, next](const HexFile::Result &result) {
+        endSaving(m_file->name(), result);
+        if (result.done && next)
+            next();
+    });
 }
 
 bool HexEditWidget::mayOverwrite()
 {
-    const FileStamp now = FileStamp::of(m_fileName);
-    return !now.exists || now == m_watch.stamp() ||
-           QtMessageBox::question(this, QStringLiteral("告警"),
-                                  QStringLiteral("文件打开之后已被其他程序修改，确定用当前内容覆盖吗？")) ==
-               1;
-}
-
-bool HexEditWidget::writeTo(QIODevice &device)
-{
-    const qint64 size = m_edit->size();
-    for (qint64 at = 0; at < size; at += kWriteSlice) {
-        if (!m_edit->write(device, at, kWriteSlice))
-            return false;
-        pause(kWriteSlice);
-    }
+    if (!m_file->needsConsent())
+        return true;
+    if (QtMessageBox::question(this, QStringLiteral("告警"),
+                               QStringLiteral("文件打开之后已被其他程序修改，确定用当前内容覆盖吗？")) != 1)
+        return false;
+    m_file->giveConsent();
     return true;
 }
 
-// The window goes on drawing and the other tools go on receiving; the user's
-// hand has to wait.
-void HexEditWidget::pause(qint64 bytes)
+void HexEditWidget::endSaving(const QString &fileName, const HexFile::Result &result)
 {
-    // All is written twice: into the temporary file and from there.
-    m_savedBytes += bytes;
-    m_progress->setValue(
-        static_cast<int>(qMin<qint64>(1000, m_savedBytes * 500 / qMax<qint64>(m_edit->size(), 1))));
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-}
-
-void HexEditWidget::showOutcome(const HexSaver::Outcome &outcome, const QString &fileName)
-{
-    if (outcome.saved) {
+    QApplication::restoreOverrideCursor();
+    if (result.inPlace) {
+        m_changeBar->hide();
+        m_edit->setSaved();
+        m_recent->remember(fileName);
+    }
+    emit signalClosed();
+    if (result.done) {
         QtMessageTip::showTip(QStringLiteral("  文件已保存  "), kTipMs);
-        if (!outcome.consequence.isEmpty())
-            notify(Notice::error(outcome.consequence));
+        if (!result.consequence.isEmpty())
+            notify(Notice::error(result.consequence));
         return;
     }
-    notify(Notice::error(
-        QStringLiteral("保存失败：%1。%2").arg(outcome.reason, outcome.consequence).simplified()));
+    if (result.reason.isEmpty()) {
+        QtMessageTip::showTip(result.consequence, kTipMs);
+        return;
+    }
+    notify(Notice::error(QStringLiteral("保存失败：%1。%2").arg(result.reason, result.consequence).simplified()));
     QtMessageBox::warning(this, QStringLiteral("QHexEdit"),
                           QStringLiteral("Cannot write file %1.\n原因：%2\n%3")
-                              .arg(QDir::toNativeSeparators(fileName), outcome.reason, outcome.consequence));
+                              .arg(QDir::toNativeSeparators(fileName), result.reason, result.consequence));
+}
+
+// ---- closing
+
+void HexEditWidget::closeFile()
+{
+    withoutEdits([this] {
+        m_file->close();
+        showDocument({});
+    });
+}
+
+QtMessageBox::SaveAnswer HexEditWidget::askAboutEdits()
+{
+    return QtMessageBox::saveQuestion(
+        this, QString(),
+        QStringLiteral("文件有未保存的修改，是否保存？\n%1").arg(QFileInfo(m_file->name()).fileName()));
+}
+
+// Goes on where the edits are saved, or nobody wants them.
+void HexEditWidget::withoutEdits(const std::function<void()> &next)
+{
+    const auto answer = m_edit->isModified() ? askAboutEdits() : QtMessageBox::Discard;
+    if (answer == QtMessageBox::Discard)
+        next();
+    else if (answer == QtMessageBox::Save)
+        saveAnd(next);
+}
+
+// A save that is running was asked for: closing waits for it.
+bool HexEditWidget::mayClose()
+{
+    m_exit = m_file->isSaving() ? Exit::SaveBegan : Exit::Undecided;
+    if (m_exit == Exit::SaveBegan || !m_edit->isModified())
+        return true;
+    m_edit->task()->stop(); // saving needs bytes that keep still
+    const QtMessageBox::SaveAnswer answer = askAboutEdits();
+    if (answer != QtMessageBox::Cancel)
+        m_exit = answer == QtMessageBox::Save ? Exit::Save : Exit::Discard;
+    return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && mayOverwrite());
+}
+
+void HexEditWidget::closeLinks()
+{
+    if (m_exit == Exit::Save && m_edit->isModified())
+        beginExitSave();
+}
+
+bool HexEditWidget::isClosed() const
+{
+    return !m_file->isSaving();
+}
+
+void HexEditWidget::beginExitSave()
+{
+    m_exit = Exit::SaveBegan;
+    m_edit->task()->stop();
+    saveAnd({});
+}
+
+// At a log-off nothing was begun, and there is no time for the event loop.
+bool HexEditWidget::saveBeforeExit()
+{
+    if (m_edit->isModified() && m_exit == Exit::Undecided) { // edited after the question
+        const QtMessageBox::SaveAnswer answer = askAboutEdits();
+        if (answer == QtMessageBox::Cancel)
+            return false;
+        m_exit = answer == QtMessageBox::Save ? Exit::Save : Exit::Discard;
+    }
+    if (m_edit->isModified() && m_exit == Exit::Save)
+        beginExitSave();
+    if (m_file->isSaving())
+        m_edit->task()->runToEnd();
+    const bool isSaved = !m_edit->isModified();
+    if (isSaved && m_exit == Exit::SaveBegan)
+        m_exit = Exit::Save; // also what is edited where the log-off is cancelled
+    return isSaved || m_exit == Exit::Discard;
 }

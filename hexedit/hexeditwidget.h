@@ -1,29 +1,25 @@
 #pragma once
 
-// The editor for binary files: opens one file into memory, lets it be edited,
-// and puts it back without ever losing the bytes that were there.
+// The page of the binary editor. Owns the parts on display and the file; wires
+// them, asks where bytes would be lost, and shows how opening and saving ended.
+// Knows neither how a file is read and saved nor how bytes are edited.
 
-#include "hexdocument.h"
-#include "hexfilewatch.h"
-#include "hexreader.h"
-#include "hexsaver.h"
+#include "hexfile.h"
 #include "qtmessagebox.h"
 #include "qtwidgetbase.h"
 
-#include <QSet>
-#include <memory>
+#include <functional>
 #include <optional>
 
 class FormPanel;
 class HexChangeBar;
-class HexChecksumPanel;
+class HexCommand;
 class HexFindPanel;
 class HexJumpPanel;
 class HexRecentButton;
-class QButtonGroup;
+class HexStateRow;
+class HexToolRow;
 class QHexEdit;
-class QLabel;
-class QProgressBar;
 class QPushButton;
 
 class HexEditWidget : public QtWidgetBase
@@ -40,6 +36,8 @@ public:
 
     QStringList counts() const override;
     bool mayClose() override;
+    void closeLinks() override; // begins the save that was agreed to
+    bool isClosed() const override;
     bool saveBeforeExit() override;
     void reloadCodec() override;
 
@@ -47,102 +45,78 @@ public:
     // beside the file are meant, then shows the file, a large one while it is
     // being read. What was open before comes back where that fails.
     void openFile(const QString &fileName);
-    QString fileName() const { return m_fileName; }
-
-    HexSaver &saver() { return m_saver; } // for tests that make a step fail
+    QString fileName() const { return m_file->name(); }
 
 public slots:
     void sltToolBtnsClicked(int id);
     void setSize(qint64 size);
     void setAddress(qint64 address);
-    void saveAs();
 
 signals:
     void signalRefresCounts(int pageIndex);
 
 protected:
     void changeEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
-    struct Opened
+    struct Shown
     {
-        QString fileName; // empty while no file is open
-        FileStamp stamp;
         HexDocument document;
         qint64 address = 0;
     };
 
-    // hexeditpage.cpp: what it is made of
+    // What becomes of the edits when the program ends.
+    enum class Exit { Undecided, Discard, Save, SaveBegan };
+
     void buildUi();
     QWidget *buildPanel();
     QWidget *buildWorkArea();
-    QLayout *buildToolRow(QWidget *area);
-    QLayout *buildStateRow(QWidget *area);
+    void buildCommands();
     void connectParts();
-    void drawIcons();
 
     bool refuseWhileBusy() const;
-    bool refuseWithoutFile() const;
     void chooseFile();
-    // Reads the source, another file than the named one where a failed save
-    // left the bytes there.
-    void load(const QString &fileName, const QString &source, qint64 address);
     QString chosenLeftover(const QString &fileName);
-    void showFile(Opened opened);
-    struct Loading
-    {
-        HexReader reader;
-        HexReader::State state = HexReader::State::Running;
-        QString source;
-        FileStamp sourceStamp;
-        qint64 address = 0;
-        Opened before;
-    };
-    void finishOpening(Loading &loading);
+    void load(const QString &fileName, const QString &source, qint64 address);
+    void makeRoom();
+    void showDocument(Shown shown);
+    void endOpening(const QString &source, qint64 address, const HexFile::Result &result);
     void reload();
     void keepOurs();
     void showOutsideChange();
-    bool save();
-    bool saveTo(const QString &fileName);
-    void closeFile();
-    QtMessageBox::SaveAnswer askAboutEdits();
-    bool mayDiscard();
-    bool mayOverwrite();
-    bool writeTo(QIODevice &device);
-    void pause(qint64 bytes);
-    void showOutcome(const HexSaver::Outcome &outcome, const QString &fileName);
-    void showState();
-    void showWork(const QString &name);
-    void endWork();
 
-    QString m_fileName;
-    HexFileWatch m_watch;
-    QSet<QString> m_declined; // leftovers that the user did not want
-    HexSaver m_saver;
-    std::optional<QtMessageBox::SaveAnswer> m_exitAnswer; // to the question of mayClose()
-    bool m_saving = false;
-    qint64 m_savedBytes = 0;
+    void saveAs();
+    void saveAnd(const std::function<void()> &next);
+    void endSaving(const QString &fileName, const HexFile::Result &result);
+    bool mayOverwrite();
+    void closeFile();
+    void beginExitSave();
+    QtMessageBox::SaveAnswer askAboutEdits();
+    void withoutEdits(const std::function<void()> &next);
+    void showState();
+
+    QHexEdit *m_edit = nullptr;
+    HexFile *m_file = nullptr;
+    std::optional<Shown> m_before; // while a file is being opened
+    Exit m_exit = Exit::Undecided;
     qint64 m_size = 0;
     qint64 m_address = 0;
 
-    QHexEdit *m_edit = nullptr;
     FormPanel *m_panel = nullptr;
     HexJumpPanel *m_jump = nullptr;
     HexFindPanel *m_find = nullptr;
-    HexChecksumPanel *m_checksums = nullptr;
-    QButtonGroup *m_buttons = nullptr;
-    QPushButton *m_fold = nullptr;
     HexRecentButton *m_recent = nullptr;
-    QPushButton *m_saveAs = nullptr;
-    QPushButton *m_mode = nullptr;
-    QPushButton *m_stop = nullptr;
-    QLabel *m_addressLabel = nullptr;
-    QLabel *m_sizeLabel = nullptr;
-    QLabel *m_fileLabel = nullptr;
-    QLabel *m_selectionLabel = nullptr;
-    QProgressBar *m_progress = nullptr;
+    QPushButton *m_saveAsButton = nullptr;
+    HexToolRow *m_tools = nullptr;
+    HexStateRow *m_state = nullptr;
     HexChangeBar *m_changeBar = nullptr;
+
+    HexCommand *m_commands[5] = {}; // of the tool buttons, by their ids
+    HexCommand *m_openCommand = nullptr;
+    HexCommand *m_reloadCommand = nullptr;
+    HexCommand *m_saveAsCommand = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "hexfindpanel.h"
 
+#include "hexcommand.h"
 #include "hexparse.h"
 #include "qhexedit.h"
 #include "qtmessagetip.h"
@@ -44,28 +45,51 @@ HexFindPanel::HexFindPanel(QHexEdit *edit, QWidget *parent)
     addRow(QStringLiteral("类型"), m_kind);
     addRow(QStringLiteral("查找"), m_find);
     addRow(QStringLiteral("替换为"), m_replace);
-    const auto button = [this](const QString &text, const char *name, const QString &tip,
-                               void (HexFindPanel::*slot)()) {
-        auto *made = new QPushButton(text, this);
-        made->setObjectName(QLatin1String(name));
-        made->setToolTip(tip);
-        connect(made, &QPushButton::clicked, this, slot);
-        return made;
-    };
-    addPair(button(QStringLiteral("上一个"), "btnFindPrevious", QStringLiteral("向前查找（Shift+F3）"),
-                   &HexFindPanel::findPrevious),
-            button(QStringLiteral("下一个"), "btnFindNext", QStringLiteral("向后查找（F3）"),
-                   &HexFindPanel::findNext));
-    addPair(button(QStringLiteral("替换"), "btnReplace", QStringLiteral("替换选中的内容并查找下一个"),
-                   &HexFindPanel::replace),
-            button(QStringLiteral("全部替换"), "btnReplaceAll",
-                   QStringLiteral("替换整个文件中的所有内容，可一次撤销"), &HexFindPanel::replaceAll));
-    connect(m_find, &QLineEdit::returnPressed, this, &HexFindPanel::findNext);
+    m_begin = add(QStringLiteral("查找"), {int(Qt::CTRL) + Qt::Key_F}, &HexFindPanel::begin);
+    m_next = add(QStringLiteral("下一个"), {Qt::Key_F3}, &HexFindPanel::findNext);
+    m_previous = add(QStringLiteral("上一个"), {int(Qt::SHIFT) + Qt::Key_F3}, &HexFindPanel::findPrevious);
+    m_replaceOne = add(QStringLiteral("替换"), {}, &HexFindPanel::replace);
+    m_replaceAll = add(QStringLiteral("全部替换"), {}, &HexFindPanel::replaceAll);
+    buildButtons();
+    connect(m_find, &QLineEdit::returnPressed, m_next, &HexCommand::run);
+    connect(m_edit, &QHexEdit::stateChanged, this, &HexFindPanel::update);
+    update();
     const auto hint = [this](int kind) {
         m_find->setPlaceholderText(kind == 0 ? QStringLiteral("如 55 AA 01") : QStringLiteral("文本"));
     };
     connect(m_kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this, hint);
     hint(0);
+}
+
+HexCommand *HexFindPanel::add(const QString &text, const QList<QKeySequence> &keys,
+                              void (HexFindPanel::*slot)())
+{
+    auto *command = new HexCommand(text, keys, this);
+    connect(command, &QAction::triggered, this, slot);
+    return command;
+}
+
+void HexFindPanel::buildButtons()
+{
+    const auto button = [this](HexCommand *command, const char *name, const QString &tip) {
+        auto *made = new QPushButton(command->text(), this);
+        made->setObjectName(QLatin1String(name));
+        made->setToolTip(tip);
+        command->bind(made);
+        return made;
+    };
+    addPair(button(m_previous, "btnFindPrevious", QStringLiteral("向前查找（Shift+F3）")),
+            button(m_next, "btnFindNext", QStringLiteral("向后查找（F3）")));
+    addPair(button(m_replaceOne, "btnReplace", QStringLiteral("替换选中的内容并查找下一个")),
+            button(m_replaceAll, "btnReplaceAll", QStringLiteral("替换整个文件中的所有内容，可一次撤销")));
+}
+
+void HexFindPanel::update()
+{
+    for (HexCommand *command : {m_next, m_previous})
+        command->setRefusal(m_edit->busyReason());
+    for (HexCommand *command : {m_replaceOne, m_replaceAll})
+        command->setRefusal(m_edit->editRefusal());
 }
 
 void HexFindPanel::begin()
@@ -122,7 +146,7 @@ void HexFindPanel::keyPressEvent(QKeyEvent *event)
 void HexFindPanel::find(HexSearch::Direction direction)
 {
     const auto wanted = pattern();
-    if (!wanted || m_edit->refuseWhileBusy())
+    if (!wanted)
         return;
     qint64 from = m_edit->selectionBegin();
     if (direction == HexSearch::Forward && m_edit->selectionLength() > 0)
@@ -130,26 +154,36 @@ void HexFindPanel::find(HexSearch::Direction direction)
     const auto search = std::make_shared<HexSearch>(m_edit->document(), *wanted, from, direction);
     const auto state = std::make_shared<HexSearch::State>(HexSearch::State::Running);
     m_edit->task()->start({QStringLiteral("正在查找"),
-                           [search, state] { return (*state = search->step()) != HexSearch::State::Running; },
+                           [search, state] {
+                               *state = search->step();
+                               return *state == HexSearch::State::Running ? SlicedTask::Step::Running
+                                                                          : SlicedTask::Step::Done;
+                           },
                            [search] { return search->permille(); },
                            [this, search, state, direction, length = wanted->size()](bool) {
-                               if (*state == HexSearch::State::NotFound)
-                                   QtMessageTip::showTip(QStringLiteral("未找到要查找的内容"));
-                               if (*state != HexSearch::State::Found)
-                                   return;
-                               m_edit->select(search->position(), length);
-                               if (search->wentRound())
-                                   QtMessageTip::showTip(direction == HexSearch::Forward
-                                                             ? QStringLiteral("已到末尾，从开头继续查找")
-                                                             : QStringLiteral("已到开头，从末尾继续查找"));
-                           }});
+                               showFound(*search, *state, direction, length);
+                           },
+                           {}});
+}
+
+void HexFindPanel::showFound(const HexSearch &search, HexSearch::State state, HexSearch::Direction direction,
+                             int length)
+{
+    if (state == HexSearch::State::NotFound)
+        QtMessageTip::showTip(QStringLiteral("未找到要查找的内容"));
+    if (state != HexSearch::State::Found)
+        return;
+    m_edit->select(search.position(), length);
+    if (search.wentRound())
+        QtMessageTip::showTip(direction == HexSearch::Forward ? QStringLiteral("已到末尾，从开头继续查找")
+                                                              : QStringLiteral("已到开头，从末尾继续查找"));
 }
 
 // Bytes that move to other addresses are rarely wanted in an image: that takes
 // the insert mode.
 bool HexFindPanel::mayReplace(const std::optional<QByteArray> &old, const std::optional<QByteArray> &with)
 {
-    if (!old || !with || m_edit->refuseEdit())
+    if (!old || !with)
         return false;
     if (!m_edit->isOverwrite() || old->size() == with->size())
         return true;
@@ -173,39 +207,38 @@ void HexFindPanel::replace()
 
 void HexFindPanel::replaceAll()
 {
-    struct Replacing
-    {
-        HexSearch search;
-        HexDocument::Many many;
-        qint64 count = 0;
-    };
     const auto old = pattern();
     const auto with = old ? bytesOf(m_replace) : std::nullopt;
     if (!mayReplace(old, with))
         return;
     const auto job = std::shared_ptr<Replacing>(
-        new Replacing{{m_edit->document(), *old, 0, HexSearch::Forward, HexSearch::StopAtEnd}, {}, 0});
+        new Replacing{{m_edit->document(), *old, 0, HexSearch::Forward, HexSearch::StopAtEnd}, {}, *with, 0});
     m_edit->task()->start({QStringLiteral("正在替换"),
-                           [this, job, old = *old, with = *with] {
+                           [this, job, length = old->size()] {
                                const HexSearch::State state = job->search.step();
                                if (state == HexSearch::State::Found) {
                                    const qint64 at = job->search.position();
-                                   m_edit->document().addToMany(job->many, at, old.size(), with);
-                                   job->search.goOn(at + old.size());
+                                   m_edit->document().addToMany(job->many, at, length, job->with);
+                                   job->search.goOn(at + length);
                                    ++job->count;
                                }
-                               return state == HexSearch::State::NotFound;
+                               return state == HexSearch::State::NotFound ? SlicedTask::Step::Done
+                                                                          : SlicedTask::Step::Running;
                            },
                            [job] { return job->search.permille(); },
-                           [this, job](bool done) {
-                               if (!done) {
-                                   QtMessageTip::showTip(QStringLiteral("已停止，没有替换任何内容"));
-                                   return;
-                               }
-                               if (job->count > 0) {
-                                   m_edit->document().applyMany(job->many);
-                                   m_edit->contentEdited(m_edit->address());
-                               }
-                               QtMessageTip::showTip(QStringLiteral("已替换%1处").arg(job->count));
-                           }});
+                           [this, job](bool done) { endReplacing(*job, done); },
+                           {}});
+}
+
+void HexFindPanel::endReplacing(const Replacing &job, bool done)
+{
+    if (!done) {
+        QtMessageTip::showTip(QStringLiteral("已停止，没有替换任何内容"));
+        return;
+    }
+    if (job.count > 0) {
+        m_edit->document().applyMany(job.many);
+        m_edit->contentEdited(m_edit->address());
+    }
+    QtMessageTip::showTip(QStringLiteral("已替换%1处").arg(job.count));
 }

@@ -7,6 +7,7 @@
 
 #include <optional>
 
+class HexCommand;
 class QComboBox;
 class QHexEdit;
 class QLineEdit;
@@ -18,17 +19,33 @@ class HexFindPanel : public FormGroup
 public:
     explicit HexFindPanel(QHexEdit *edit, QWidget *parent = nullptr);
 
-public slots:
-    void begin(); // typing what to look for
-    void findNext();
-    void findPrevious();
-    void replace(); // what is selected, if it is what is looked for, and find the next one
-    void replaceAll();
+    HexCommand *findCommand() const { return m_begin; } // leads to typing what to look for
+    HexCommand *nextCommand() const { return m_next; }
+    HexCommand *previousCommand() const { return m_previous; }
 
 protected:
     void keyPressEvent(QKeyEvent *event) override; // Esc leads back to the bytes
 
 private:
+    struct Replacing
+    {
+        HexSearch search;
+        HexDocument::Many many;
+        QByteArray with;
+        qint64 count = 0;
+    };
+
+    void buildButtons();
+    HexCommand *add(const QString &text, const QList<QKeySequence> &keys, void (HexFindPanel::*slot)());
+    void update();
+    void begin();
+    void findNext();
+    void findPrevious();
+    void replace(); // what is selected, if it is what is looked for, and find the next one
+    void replaceAll();
+    void showFound(const HexSearch &search, HexSearch::State state, HexSearch::Direction direction,
+                   int length);
+    void endReplacing(const Replacing &job, bool done);
     std::optional<QByteArray> bytesOf(QLineEdit *field) const;
     std::optional<QByteArray> pattern() const;
     bool mayReplace(const std::optional<QByteArray> &old, const std::optional<QByteArray> &with);
@@ -38,4 +55,9 @@ private:
     QComboBox *m_kind;
     QLineEdit *m_find;
     QLineEdit *m_replace;
+    HexCommand *m_begin;
+    HexCommand *m_next;
+    HexCommand *m_previous;
+    HexCommand *m_replaceOne;
+    HexCommand *m_replaceAll;
 };

@@ -1,5 +1,6 @@
 #include "hexjumppanel.h"
 
+#include "hexcommand.h"
 #include "hexparse.h"
 #include "qhexedit.h"
 #include "qtmessagetip.h"
@@ -14,6 +15,7 @@ HexJumpPanel::HexJumpPanel(QHexEdit *edit, QWidget *parent)
     , m_edit(edit)
     , m_address(new QLineEdit(this))
     , m_base(new QComboBox(this))
+    , m_goTo(new HexCommand(QStringLiteral("跳转"), {int(Qt::CTRL) + Qt::Key_G}, this))
 {
     m_address->setObjectName(QStringLiteral("editJumpAddress"));
     m_address->setPlaceholderText(QStringLiteral("如 1F00、+10"));
@@ -27,6 +29,7 @@ HexJumpPanel::HexJumpPanel(QHexEdit *edit, QWidget *parent)
     jump->setObjectName(QStringLiteral("btnJump"));
     addRow(QStringLiteral("地址"), m_address);
     addPair(m_base, jump);
+    connect(m_goTo, &QAction::triggered, this, &HexJumpPanel::begin);
     connect(m_address, &QLineEdit::returnPressed, this, &HexJumpPanel::jump);
     connect(jump, &QPushButton::clicked, this, &HexJumpPanel::jump);
 }

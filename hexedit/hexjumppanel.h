@@ -4,6 +4,7 @@
 
 #include "formpanel.h"
 
+class HexCommand;
 class QComboBox;
 class QHexEdit;
 class QLineEdit;
@@ -15,15 +16,17 @@ class HexJumpPanel : public FormGroup
 public:
     explicit HexJumpPanel(QHexEdit *edit, QWidget *parent = nullptr);
 
-public slots:
-    void begin(); // typing an address
-    void jump();
+    HexCommand *goTo() const { return m_goTo; } // leads to typing an address
 
 protected:
     void keyPressEvent(QKeyEvent *event) override; // Esc leads back to the bytes
 
 private:
+    void begin();
+    void jump();
+
     QHexEdit *m_edit;
     QLineEdit *m_address;
     QComboBox *m_base;
+    HexCommand *m_goTo;
 };

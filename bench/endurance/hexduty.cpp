@@ -75,6 +75,7 @@ private:
     void save()
     {
         m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
+        m_edit->task()->runToEnd();
         ++m_saves;
         m_completeSaves += !m_edit->isModified();
     }

@@ -1,5 +1,6 @@
 #include "hexdocument.h"
 
+#include <QIODevice>
 #include <algorithm>
 #include <functional>
 #include <iterator>
@@ -51,6 +52,20 @@ QByteArray HexDocument::read(qint64 address, int count) const
         left -= inRow;
     }
     return bytes;
+}
+
+bool HexDocument::write(QIODevice &device, qint64 address, qint64 count) const
+{
+    const qint64 end = count < 0 ? size() : std::min(size(), address + count);
+    while (address < end) {
+        qint64 inRow = 0;
+        const char *bytes = span(address, &inRow);
+        inRow = std::min(inRow, end - address);
+        if (device.write(bytes, inRow) != inRow)
+            return false;
+        address += inRow;
+    }
+    return true;
 }
 
 std::vector<bool> HexDocument::changes(qint64 address, int count) const

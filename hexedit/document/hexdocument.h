@@ -10,6 +10,8 @@
 
 #include <QByteArray>
 
+class QIODevice;
+
 class HexDocument
 {
 public:
@@ -27,6 +29,10 @@ public:
 
     // At most `count` bytes; fewer at the end.
     QByteArray read(qint64 address, int count) const;
+
+    // Writes a range, to the end where no count is given. False when the device
+    // accepted less.
+    bool write(QIODevice &device, qint64 address = 0, qint64 count = -1) const;
 
     // One for each byte of a range inside the document: whether it differs from
     // the file as it was opened or saved. Bytes that only moved don't.

@@ -7,18 +7,15 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 #include <QTemporaryFile>
-#include <QThread>
 #include <algorithm>
-#include <memory>
 
 namespace {
 
 constexpr int kSlice = 4 << 20;
-constexpr int kFrameMs = 16;
 constexpr qint64 kMargin = 64 << 10; // directories and the file system's own
 
-// What the copy is called until it is whole. A part of a file under the file's
-// own name would be taken for the file, and saved over the whole bytes.
+// What the copy is called until it is complete. A part of a file under the
+// file's own name would be taken for the file, and saved over the complete bytes.
 QString partOf(const QString &fileName)
 {
     return fileName + QStringLiteral(".~part");
@@ -77,49 +74,29 @@ QString keptNew(const QString &temporary)
 
 } // namespace
 
-HexSaver::HexSaver()
-    : pause([](qint64) {})
-    , flush([this](const QString &fileName) { return flushMeanwhile(fileName); })
-    , freeBytes([](const QString &folder) { return QStorageInfo(folder).bytesAvailable(); })
-    , copy([this](const QString &from, const QString &to) { return copySlices(from, to); })
+HexSaver::Disk HexSaver::realDisk()
+{
+    return {[](const QString &fileName) { return !DiskSync::flush(pathOf(fileName)); },
+            [](const QString &folder) { return QStorageInfo(folder).bytesAvailable(); }};
+}
+
+HexSaver::HexSaver(const QString &fileName, const HexDocument &document, const Disk &disk)
+    : m_document(document)
+    , m_disk(disk)
+    , m_target(targetOf(fileName))
+    , m_temporary(temporaryOf(m_target))
+    , m_part(partOf(m_target))
 {
 }
 
-// A slow disk takes seconds for a large file, and the system does not say how
-// far it is: another thread waits for it.
-bool HexSaver::flushMeanwhile(const QString &fileName) const
+HexSaver::~HexSaver()
 {
-    std::error_code error = std::make_error_code(std::errc::io_error);
-    const std::unique_ptr<QThread> waiting(
-        QThread::create([&error, path = pathOf(fileName)] { error = DiskSync::flush(path); }));
-    waiting->start();
-    while (!waiting->wait(kFrameMs))
-        pause(0);
-    return !error;
-}
-
-bool HexSaver::copySlices(const QString &from, const QString &to) const
-{
-    QFile source(from);
-    QFile part(partOf(to));
-    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
-        !part.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
-        return false;
-    part.setPermissions(source.permissions());
-    QByteArray slice(kSlice, Qt::Uninitialized);
-    qint64 count = 0;
-    while ((count = source.read(slice.data(), slice.size())) > 0) {
-        if (part.write(slice.constData(), count) != count) {
-            count = -1;
-            break;
-        }
-        pause(count);
-    }
-    const bool whole = count == 0 && part.size() == source.size();
-    if (closes(part) && whole && flush(part.fileName()) && part.rename(to))
-        return true;
-    part.remove();
-    return false;
+    if (mayStop())
+        stop();
+    if (m_flush)
+        m_flush->wait();
+    if (m_stage == Stage::Copy || m_stage == Stage::FlushCopy)
+        m_part.remove();
 }
 
 QString HexSaver::targetOf(const QString &fileName)
@@ -137,9 +114,9 @@ QString HexSaver::temporaryOf(const QString &fileName)
     return fileName + QStringLiteral(".~tmp");
 }
 
-QString HexSaver::refusal(const QString &target, qint64 size) const
+QString HexSaver::refusal() const
 {
-    const QFileInfo old(target);
+    const QFileInfo old(m_target);
     const QString folder = old.absolutePath();
     if (old.isSymLink() || (old.exists() && !old.isFile()))
         return QStringLiteral("目标不是普通文件");
@@ -148,7 +125,7 @@ QString HexSaver::refusal(const QString &target, qint64 size) const
     if (!takesFiles(folder))
         return QStringLiteral("文件夹不可写入");
     qint64 freed = 0; // by what an earlier save left behind
-    for (const QString &name : {temporaryOf(target), partOf(target)}) {
+    for (const QString &name : {m_temporary.fileName(), m_part.fileName()}) {
         const QFileInfo left(name);
         if (left.isSymLink() || (left.exists() && !left.isFile()))
             return QStringLiteral("临时文件的名称已被占用");
@@ -156,7 +133,8 @@ QString HexSaver::refusal(const QString &target, qint64 size) const
     }
     // The temporary file stands beside the old one, and then beside its copy.
     const qint64 oldSize = old.exists() ? old.size() : 0;
-    const qint64 available = freeBytes(folder);
+    const qint64 size = m_document.size();
+    const qint64 available = m_disk.freeBytes(folder);
     if (available >= 0 && available + freed < std::max(size, 2 * size - oldSize) + kMargin)
         return QStringLiteral("磁盘空间不足");
     return QString();
@@ -183,66 +161,195 @@ void HexSaver::setLeftoverAside(const QString &fileName)
         QFile::rename(temporaryOf(target), freeRescueNameOf(target));
 }
 
-HexSaver::Outcome HexSaver::save(const QString &fileName, qint64 size,
-                                 const std::function<bool(QIODevice &)> &write) const
+HexSaver::State HexSaver::step()
 {
-    Outcome outcome;
-    const QString target = targetOf(fileName);
-    outcome.reason = refusal(target, size);
-    outcome.consequence =
+    if (isFlushing())
+        return State::Waiting;
+    switch (m_stage) {
+    case Stage::Begin:
+        begin();
+        break;
+    case Stage::Write:
+        writeSlice();
+        break;
+    case Stage::FlushTemporary:
+        replaceOld();
+        break;
+    case Stage::Copy:
+        copySlice();
+        break;
+    case Stage::FlushCopy:
+        putCopyInPlace();
+        break;
+    case Stage::Done:
+        break;
+    }
+    return m_stage == Stage::Done ? State::Done : State::Running;
+}
+
+int HexSaver::permille() const
+{
+    // All is written twice: into the temporary file and from there.
+    return static_cast<int>((m_written + m_copied) * 500 / std::max<qint64>(m_document.size(), 1));
+}
+
+void HexSaver::stop()
+{
+    if (m_flush)
+        m_flush->wait();
+    if (m_temporary.isOpen() || m_stage == Stage::FlushTemporary) {
+        m_temporary.close();
+        m_temporary.remove();
+    }
+    m_outcome = Outcome();
+    m_outcome.consequence = QStringLiteral("已停止保存，原文件未改动");
+    m_stage = Stage::Done;
+}
+
+void HexSaver::begin()
+{
+    const QString kept =
         QStringLiteral("原文件未改动，修改仍在编辑器中。请排除原因后再次保存，或另存为其他文件。");
-    if (!outcome.reason.isEmpty())
-        return outcome;
+    const QString why = refusal();
+    if (!why.isEmpty()) {
+        fail(why, kept);
+        return;
+    }
     // What an earlier save could not copy is all that the disk has of the file:
     // it becomes the file that it was meant to be before it is written over.
-    if (!QFileInfo::exists(target) && QFileInfo::exists(temporaryOf(target)) &&
-        !QFile::rename(temporaryOf(target), target)) {
-        outcome.reason = QStringLiteral("无法使用上次保留的临时文件");
-        return outcome;
+    if (!QFileInfo::exists(m_target) && m_temporary.exists() &&
+        !QFile::rename(m_temporary.fileName(), m_target)) {
+        fail(QStringLiteral("无法使用上次保留的临时文件"), kept);
+        return;
     }
-    QFile::remove(partOf(target));
-    QFile temporary(temporaryOf(target));
-    if (!temporary.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        outcome.reason = QStringLiteral("无法创建临时文件");
-        return outcome;
+    m_part.remove();
+    if (!m_temporary.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        fail(QStringLiteral("无法创建临时文件"), kept);
+        return;
     }
-    const bool replaces = QFileInfo::exists(target);
-    const FileAccess access = FileAccess::of(target);
-    if (replaces)
-        temporary.setPermissions(QFile::permissions(target) | QFile::ReadOwner | QFile::WriteOwner);
-    const bool written = write(temporary) && temporary.size() == size;
-    if (!closes(temporary) || !written || !flush(temporary.fileName())) {
-        // The old file is removed by another name: the old bytes are all there is
-        // on the disk. What was written of the new ones is of no use, and may
-        // leave no room for a longer name.
-        temporary.remove();
-        outcome.reason = QStringLiteral("写入失败，磁盘可能已满或已断开");
-        outcome.consequence = QStringLiteral("新内容只在编辑器中。请排除原因后再次保存，或另存为其他文件。");
-        if (replaces)
-            outcome.consequence.prepend(keptOld(target));
-        return outcome;
+    m_replaces = QFileInfo::exists(m_target);
+    m_access = FileAccess::of(m_target);
+    if (m_replaces)
+        m_temporary.setPermissions(QFile::permissions(m_target) | QFile::ReadOwner | QFile::WriteOwner);
+    m_stage = Stage::Write;
+}
+
+void HexSaver::writeSlice()
+{
+    if (!m_document.write(m_temporary, m_written, kSlice)) {
+        failWriting();
+        return;
     }
-    if (replaces && !QFile::remove(target)) {
-        outcome.reason = QStringLiteral("无法替换原文件，可能正被其他程序使用");
-        outcome.consequence = QStringLiteral("原文件未改动。") + keptNew(temporary.fileName());
-        return outcome;
+    m_written = std::min(m_document.size(), m_written + kSlice);
+    if (m_written < m_document.size())
+        return;
+    const bool isComplete = m_temporary.size() == m_document.size();
+    if (closes(m_temporary) && isComplete)
+        startFlush(m_temporary.fileName(), Stage::FlushTemporary);
+    else
+        failWriting();
+}
+
+// The old file is removed by another name: the old bytes are all there is on
+// the disk. What was written of the new ones is of no use, and may leave no
+// room for a longer name.
+void HexSaver::failWriting()
+{
+    m_temporary.close();
+    m_temporary.remove();
+    fail(QStringLiteral("写入失败，磁盘可能已满或已断开"),
+         (m_replaces ? keptOld(m_target) : QString()) +
+             QStringLiteral("新内容只在编辑器中。请排除原因后再次保存，或另存为其他文件。"));
+}
+
+void HexSaver::replaceOld()
+{
+    if (!m_flushed) {
+        failWriting();
+        return;
     }
-    if (!copy(temporary.fileName(), target)) {
-        if (replaces)
-            access.giveTo(temporary.fileName());
-        outcome.reason = QStringLiteral("复制失败，磁盘可能已满或已断开");
-        outcome.consequence = QStringLiteral("原文件已移除。") + keptNew(temporary.fileName());
-        return outcome;
+    if (m_replaces && !QFile::remove(m_target)) {
+        fail(QStringLiteral("无法替换原文件，可能正被其他程序使用"),
+             QStringLiteral("原文件未改动。") + keptNew(m_temporary.fileName()));
+        return;
     }
-    const QString lost = replaces ? access.giveTo(target) : QString();
-    outcome.consequence =
-        lost.isEmpty() ? QString() : QStringLiteral("文件已保存，但未能保留原来的%1").arg(lost);
-    outcome.inPlace = true;
-    outcome.saved = temporary.remove();
-    if (!outcome.saved) {
-        outcome.reason = QStringLiteral("临时文件无法删除");
-        outcome.consequence = QStringLiteral("文件已完整写入。多余的临时文件可以自行删除：\n") +
-                              QDir::toNativeSeparators(temporary.fileName());
+    m_stage = Stage::Copy;
+    if (m_temporary.open(QIODevice::ReadOnly | QIODevice::Unbuffered) &&
+        m_part.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        m_part.setPermissions(m_temporary.permissions());
+    else
+        failCopying();
+}
+
+void HexSaver::copySlice()
+{
+    const QByteArray slice = m_temporary.read(kSlice);
+    if (m_part.write(slice) != slice.size()) {
+        failCopying();
+        return;
     }
-    return outcome;
+    m_copied += slice.size();
+    if (!slice.isEmpty())
+        return;
+    const bool isComplete = m_part.size() == m_temporary.size() && m_copied == m_document.size();
+    if (closes(m_part) && isComplete)
+        startFlush(m_part.fileName(), Stage::FlushCopy);
+    else
+        failCopying();
+}
+
+void HexSaver::failCopying()
+{
+    m_temporary.close();
+    if (m_part.isOpen() || m_stage == Stage::FlushCopy) {
+        m_part.close();
+        m_part.remove();
+    }
+    if (m_replaces)
+        m_access.giveTo(m_temporary.fileName());
+    fail(QStringLiteral("复制失败，磁盘可能已满或已断开"),
+         QStringLiteral("原文件已移除。") + keptNew(m_temporary.fileName()));
+}
+
+void HexSaver::putCopyInPlace()
+{
+    if (!m_flushed || !m_part.rename(m_target)) {
+        failCopying();
+        return;
+    }
+    m_temporary.close();
+    const QString lost = m_replaces ? m_access.giveTo(m_target) : QString();
+    m_outcome.inPlace = true;
+    m_outcome.saved = m_temporary.remove();
+    if (!m_outcome.saved)
+        fail(QStringLiteral("临时文件无法删除"),
+             QStringLiteral("文件已完整写入。多余的临时文件可以自行删除：\n") +
+                 QDir::toNativeSeparators(m_temporary.fileName()));
+    else if (!lost.isEmpty())
+        m_outcome.consequence = QStringLiteral("文件已保存，但未能保留原来的%1").arg(lost);
+    m_stage = Stage::Done;
+}
+
+void HexSaver::fail(const QString &reason, const QString &consequence)
+{
+    m_outcome.reason = reason;
+    m_outcome.consequence = consequence;
+    m_stage = Stage::Done;
+}
+
+// A slow disk takes seconds for a large file, and the system does not say how
+// far it is: another thread waits for it.
+void HexSaver::startFlush(const QString &fileName, Stage next)
+{
+    m_stage = next;
+    m_flush.reset(QThread::create([this, fileName] { m_flushed = m_disk.flush(fileName); }));
+    m_flush->start();
+}
+
+bool HexSaver::isFlushing()
+{
+    if (m_flush && !m_flush->wait(0))
+        return true;
+    m_flush.reset();
+    return false;
 }

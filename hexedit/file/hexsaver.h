@@ -1,12 +1,18 @@
 #pragma once
 
-// Puts bytes in a file's place by way of a temporary file beside it: write,
-// remove the old one, copy, remove the temporary one. At no moment are the
-// old and the new bytes both missing from the disk. Shows nothing.
+// Puts a document in a file's place by way of a temporary file beside it:
+// write, remove the old one, copy, remove the temporary one, a slice at a time.
+// At no moment are the old and the new bytes both missing from the disk. Owns
+// the open files and the thread that waits for the disk; shows nothing.
+
+#include "fileaccess.h"
+#include "hexdocument.h"
 
 #include <QFile>
 #include <QStringList>
+#include <QThread>
 #include <functional>
+#include <memory>
 
 class HexSaver
 {
@@ -15,26 +21,34 @@ public:
     {
         bool saved = false;
         bool inPlace = false; // the file has the new bytes, saved or not
-        // For the user: why it is not saved, and then where the old and the new
-        // bytes are and what to do; where it is saved, what was lost all the same.
+        // For the user: why it is not saved (empty where it was stopped), and
+        // then where the old and the new bytes are and what to do; where it is
+        // saved, what was lost all the same.
         QString reason;
         QString consequence;
     };
 
-    // Called often while the copy is made, with the bytes copied since the last
-    // time, and while the disk is waited for.
-    std::function<void(qint64 bytes)> pause;
-
     // What a test can make fail.
-    std::function<bool(const QString &fileName)> flush; // to the disk
-    std::function<qint64(const QString &folder)> freeBytes;
-    std::function<bool(const QString &from, const QString &to)> copy;
+    struct Disk
+    {
+        std::function<bool(const QString &fileName)> flush; // called in a thread of its own
+        std::function<qint64(const QString &folder)> freeBytes;
+    };
+    static Disk realDisk();
 
-    HexSaver();
+    // The document must keep still until the end.
+    HexSaver(const QString &fileName, const HexDocument &document, const Disk &disk = realDisk());
+    ~HexSaver(); // as stop(), where it may be stopped
     Q_DISABLE_COPY_MOVE(HexSaver)
 
-    // `write` puts `size` bytes into the device, false when it couldn't.
-    Outcome save(const QString &fileName, qint64 size, const std::function<bool(QIODevice &)> &write) const;
+    enum class State { Running, Waiting, Done };
+    State step();
+    int permille() const;
+    const Outcome &outcome() const { return m_outcome; } // at the end
+
+    // Not after the old file was removed.
+    bool mayStop() const { return m_stage < Stage::Copy; }
+    void stop(); // the old file stays
 
     // Behind all links; the name itself where there is no such file yet.
     static QString targetOf(const QString &fileName);
@@ -51,7 +65,31 @@ public:
     static void setLeftoverAside(const QString &fileName);
 
 private:
-    bool flushMeanwhile(const QString &fileName) const;
-    bool copySlices(const QString &from, const QString &to) const;
-    QString refusal(const QString &target, qint64 size) const;
+    enum class Stage { Begin, Write, FlushTemporary, Copy, FlushCopy, Done };
+
+    QString refusal() const;
+    void begin();
+    void writeSlice();
+    void replaceOld();
+    void copySlice();
+    void putCopyInPlace();
+    void fail(const QString &reason, const QString &consequence);
+    void failWriting();
+    void failCopying();
+    void startFlush(const QString &fileName, Stage next);
+    bool isFlushing();
+
+    Stage m_stage = Stage::Begin;
+    Outcome m_outcome;
+    const HexDocument &m_document;
+    Disk m_disk;
+    QString m_target;
+    QFile m_temporary;
+    QFile m_part; // the copy until it is complete
+    FileAccess m_access;
+    bool m_replaces = false;
+    qint64 m_written = 0;
+    qint64 m_copied = 0;
+    std::unique_ptr<QThread> m_flush;
+    bool m_flushed = false;
 };

@@ -1,6 +1,7 @@
 #include "qhexedit.h"
 
 #include "fonts.h"
+#include "hexeditcommands.h"
 #include "qtmessagetip.h"
 
 #include <QEvent>
@@ -27,6 +28,9 @@ QHexEdit::QHexEdit(QWidget *parent)
     viewport()->setCursor(Qt::IBeamCursor);
     setAttribute(Qt::WA_InputMethodEnabled, false); // until the caret is in the text column
     verticalScrollBar()->setSingleStep(1);
+    m_commands = new HexEditCommands(this);
+    connect(&m_task, &SlicedTask::started, this, &QHexEdit::stateChanged);
+    connect(&m_task, &SlicedTask::ended, this, &QHexEdit::stateChanged);
     updateLayout();
 }
 
@@ -66,16 +70,7 @@ void QHexEdit::appendData(const QByteArray &block)
 
 bool QHexEdit::write(QIODevice &device, qint64 position, qint64 count) const
 {
-    const qint64 end = count < 0 ? size() : qMin(size(), position + count);
-    while (position < end) {
-        qint64 inRow = 0;
-        const char *bytes = m_document.span(position, &inRow);
-        inRow = qMin(inRow, end - position);
-        if (device.write(bytes, inRow) != inRow)
-            return false;
-        position += inRow;
-    }
-    return true;
+    return m_document.write(device, position, count);
 }
 
 void QHexEdit::setSaved()
@@ -90,11 +85,26 @@ void QHexEdit::setUnsaved()
     showState();
 }
 
-bool QHexEdit::refuseWhileBusy() const
+QString QHexEdit::busyReason() const
 {
-    if (m_task.isRunning())
-        QtMessageTip::showTip(m_task.name() + QStringLiteral("，请等待完成或单击“停止”"));
-    return m_task.isRunning();
+    if (!m_task.isRunning())
+        return QString();
+    return m_task.name() + (m_task.isStoppable() ? QStringLiteral("，请等待完成或单击“停止”")
+                                                 : QStringLiteral("，请等待完成"));
+}
+
+QString QHexEdit::editRefusal() const
+{
+    const QString busy = busyReason();
+    return busy.isEmpty() && m_readOnly ? m_readOnlyReason : busy;
+}
+
+bool QHexEdit::refuseEdit() const
+{
+    const QString reason = editRefusal();
+    if (!reason.isEmpty())
+        QtMessageTip::showTip(reason);
+    return !reason.isEmpty();
 }
 
 void QHexEdit::goTo(qint64 address)
@@ -117,7 +127,7 @@ void QHexEdit::replaceSelection(const QByteArray &bytes)
 void QHexEdit::setReadOnly(bool readOnly, const QString &reason)
 {
     m_readOnly = readOnly;
-    m_readOnlyReason = reason;
+    m_readOnlyReason = reason.isEmpty() ? QStringLiteral("内容只读") : reason;
     showState();
 }
 

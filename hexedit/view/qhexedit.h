@@ -12,6 +12,7 @@
 #include <QBasicTimer>
 #include <optional>
 
+class HexEditCommands;
 class QIODevice;
 
 class QHexEdit : public QAbstractScrollArea
@@ -35,9 +36,11 @@ public:
     HexDocument &document() { return m_document; } // call contentEdited() after an edit
     void contentEdited(qint64 address);
     SlicedTask *task() { return &m_task; }
-    // Tells the user to wait while work is being done on the document.
-    bool refuseWhileBusy() const;
-    bool refuseEdit() const; // also where it is read-only
+    HexEditCommands *commands() { return m_commands; }
+    // Why the bytes can't be edited, or replaced by another document, while work
+    // is being done on them; for the user. Empty where they can.
+    QString busyReason() const;
+    QString editRefusal() const; // also where it is read-only
     qint64 size() const { return m_document.size(); }
     qint64 address() const { return m_caret; }
     qint64 selectionBegin() const { return qMin(m_anchor, m_caret); }
@@ -79,7 +82,7 @@ signals:
     void currentAddressChanged(qint64 address);
     void currentSizeChanged(qint64 size);
     void contentChanged();
-    void stateChanged(); // bytes, caret, selection, mode or whether it is modified
+    void stateChanged(); // bytes, caret, selection, mode, work or whether it is modified
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -114,6 +117,7 @@ private:
     // qhexeditinput.cpp
     bool moveByKey(const QKeyEvent *event);
     bool editByKey(const QKeyEvent *event);
+    bool refuseEdit() const;
     bool refuseShift() const; // of the bytes behind, where they are overwritten
     void typeDigit(int digit);
     void takeDigitBack();
@@ -148,6 +152,7 @@ private:
 
     HexDocument m_document;
     SlicedTask m_task;
+    HexEditCommands *m_commands = nullptr;
     HexLayout m_layout;
     QString m_placeholder;
     qint64 m_caret = 0;

@@ -103,7 +103,11 @@ void QHexEdit::paste()
         std::make_shared<HexPaste>(text, m_inText ? HexPaste::As::Text : HexPaste::As::Hex, m_codec);
     const auto state = std::make_shared<HexPaste::State>(HexPaste::State::Running);
     m_task.start({QStringLiteral("正在粘贴"),
-                  [job, state] { return (*state = job->step()) != HexPaste::State::Running; },
+                  [job, state] {
+                      *state = job->step();
+                      return *state == HexPaste::State::Running ? SlicedTask::Step::Running
+                                                                : SlicedTask::Step::Done;
+                  },
                   [job] { return job->permille(); },
                   [this, job, state, anchor = m_anchor, caret = m_caret](bool) {
                       if (*state == HexPaste::State::Refused)
@@ -113,7 +117,8 @@ void QHexEdit::paste()
                       moveCaret(anchor, false); // the caret may have been moved meanwhile
                       moveCaret(caret, true);
                       putBytes(job->bytes(), HexDocument::Step::Alone);
-                  }});
+                  },
+                  {}});
 }
 
 void QHexEdit::deleteSelection()

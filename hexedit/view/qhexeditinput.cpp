@@ -1,5 +1,6 @@
 // Keyboard, mouse and input method of QHexEdit.
 
+#include "hexeditcommands.h"
 #include "qhexedit.h"
 #include "qtmessagetip.h"
 #include "textcodec.h"
@@ -19,16 +20,10 @@ constexpr int kDragScrollMs = 30;
 
 void QHexEdit::keyPressEvent(QKeyEvent *event)
 {
-    if (event->matches(QKeySequence::Copy))
-        copy();
-    else if (event->matches(QKeySequence::Cut))
-        cut();
-    else if (event->matches(QKeySequence::Paste))
-        paste();
-    else if (event->matches(QKeySequence::SelectAll))
-        selectAll();
-    else if (event->matches(QKeySequence::ZoomIn) ||
-             (event->key() == Qt::Key_Equal && event->modifiers() == Qt::ControlModifier))
+    if (m_commands->runKey(event))
+        return;
+    if (event->matches(QKeySequence::ZoomIn) ||
+        (event->key() == Qt::Key_Equal && event->modifiers() == Qt::ControlModifier))
         zoom(1);
     else if (event->matches(QKeySequence::ZoomOut))
         zoom(-1);
@@ -111,15 +106,6 @@ bool QHexEdit::editByKey(const QKeyEvent *event)
         return false;
     typeText(text);
     return true;
-}
-
-bool QHexEdit::refuseEdit() const
-{
-    if (refuseWhileBusy())
-        return true;
-    if (m_readOnly && !m_readOnlyReason.isEmpty())
-        QtMessageTip::showTip(m_readOnlyReason);
-    return m_readOnly;
 }
 
 // An image whose bytes move is no longer the image.
@@ -229,17 +215,7 @@ void QHexEdit::setInText(bool inText)
 void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
 {
     QMenu menu(this);
-    const bool some = selectionLength() > 0;
-    const auto add = [&menu, this](const QString &text, void (QHexEdit::*slot)(), bool enabled) {
-        menu.addAction(text, this, slot)->setEnabled(enabled);
-    };
-    add(QStringLiteral("剪切"), &QHexEdit::cut, some && !m_readOnly);
-    add(QStringLiteral("复制为十六进制"), &QHexEdit::copyHex, some);
-    add(QStringLiteral("复制为文本"), &QHexEdit::copyText, some);
-    add(QStringLiteral("粘贴"), &QHexEdit::paste, !m_readOnly);
-    add(QStringLiteral("删除"), &QHexEdit::deleteSelection, some && !m_readOnly);
-    menu.addSeparator();
-    add(QStringLiteral("全选"), &QHexEdit::selectAll, size() > 0);
+    m_commands->fill(&menu);
     // In what is no text, chance makes characters.
     QAction *ascii = menu.addAction(QStringLiteral("文本列仅显示ASCII"));
     ascii->setCheckable(true);
