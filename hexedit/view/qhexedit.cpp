@@ -1,12 +1,17 @@
 #include "qhexedit.h"
 
 #include "fonts.h"
+#include "hexdrag.h"
 #include "hexeditcommands.h"
+#include "hexpainter.h"
 #include "qtmessagetip.h"
+#include "skin.h"
 
-#include <QEvent>
-#include <QGuiApplication>
-#include <QIODevice>
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QPainter>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QTimerEvent>
@@ -14,12 +19,13 @@
 #include <utility>
 
 namespace {
-constexpr int kMostZoom = 16;
-constexpr int kLeastZoom = -4;
+constexpr int kMaxZoom = 16;
+constexpr int kMinZoom = -4;
 } // namespace
 
 QHexEdit::QHexEdit(QWidget *parent)
     : QAbstractScrollArea(parent)
+    , m_clipboard(&m_content, &m_task)
 {
     setObjectName(QStringLiteral("hexEdit"));
     setAccessibleName(QStringLiteral("文件内容"));
@@ -28,11 +34,14 @@ QHexEdit::QHexEdit(QWidget *parent)
     viewport()->setCursor(Qt::IBeamCursor);
     setAttribute(Qt::WA_InputMethodEnabled, false); // until the caret is in the text column
     verticalScrollBar()->setSingleStep(1);
+    m_drag = new HexDrag(this);
     m_commands = new HexEditCommands(this);
     connect(&m_task, &SlicedTask::started, this, &QHexEdit::stateChanged);
     connect(&m_task, &SlicedTask::ended, this, &QHexEdit::stateChanged);
     updateLayout();
 }
+
+// ---- content
 
 void QHexEdit::setData(const QByteArray &bytes)
 {
@@ -43,15 +52,11 @@ void QHexEdit::setData(const QByteArray &bytes)
 
 void QHexEdit::setDocument(HexDocument document, qint64 address)
 {
-    m_document = std::move(document);
-    m_caret = m_anchor = qBound<qint64>(0, address, size());
-    m_lowDigit = false;
-    m_dragFrom = -1;
+    m_content.setDocument(std::move(document), address);
+    m_drag->end();
     updateLayout();
     verticalScrollBar()->setValue(0);
-    ensureVisible();
-    showState();
-    emit contentChanged();
+    showEdit();
 }
 
 // Only the scroll bar changes where the rows on display are complete.
@@ -59,7 +64,7 @@ void QHexEdit::appendData(const QByteArray &block)
 {
     const qint64 before = size();
     const int width = m_layout.width();
-    m_document.appendContent(block);
+    document().appendContent(block);
     m_layout.update(fontMetrics(), size());
     updateScrollBars();
     if (before <= (topRow() + visibleRows() + 1) * HexLayout::bytesPerRow || width != m_layout.width())
@@ -70,18 +75,18 @@ void QHexEdit::appendData(const QByteArray &block)
 
 bool QHexEdit::write(QIODevice &device, qint64 position, qint64 count) const
 {
-    return m_document.write(device, position, count);
+    return document().write(device, position, count);
 }
 
 void QHexEdit::setSaved()
 {
-    m_document.setSaved();
+    document().setSaved();
     showState();
 }
 
 void QHexEdit::setUnsaved()
 {
-    m_document.setUnsaved();
+    document().setUnsaved();
     showState();
 }
 
@@ -107,6 +112,14 @@ bool QHexEdit::refuseEdit() const
     return !reason.isEmpty();
 }
 
+// An image whose bytes move is no longer the image.
+bool QHexEdit::refuseShift() const
+{
+    if (isOverwrite())
+        QtMessageTip::showTip(QStringLiteral("改写模式下不能删除字节，按Insert键切换到插入模式"), 3000);
+    return isOverwrite();
+}
+
 void QHexEdit::goTo(qint64 address)
 {
     moveCaret(address, false);
@@ -118,10 +131,37 @@ void QHexEdit::select(qint64 address, qint64 length)
     moveCaret(address + length, true);
 }
 
+void QHexEdit::selectTo(qint64 anchor, qint64 caret)
+{
+    m_content.select(anchor, caret);
+    ensureVisible();
+    showState();
+}
+
+void QHexEdit::selectAll()
+{
+    const int row = verticalScrollBar()->value();
+    select(0, size());
+    verticalScrollBar()->setValue(row);
+}
+
 void QHexEdit::replaceSelection(const QByteArray &bytes)
 {
-    const qint64 begin = selectionBegin();
-    edit(begin, selectionLength(), bytes, HexDocument::Step::Alone, begin + bytes.size());
+    m_content.replaceSelection(bytes);
+    showEdit();
+}
+
+void QHexEdit::contentEdited(qint64 address)
+{
+    m_content.endEdit(address);
+    showEdit();
+}
+
+void QHexEdit::moveCaret(qint64 address, bool keepAnchor)
+{
+    m_content.moveCaret(address, keepAnchor);
+    ensureVisible();
+    showState();
 }
 
 void QHexEdit::setReadOnly(bool readOnly, const QString &reason)
@@ -133,20 +173,26 @@ void QHexEdit::setReadOnly(bool readOnly, const QString &reason)
 
 void QHexEdit::setOverwrite(bool overwrite)
 {
-    m_overwrite = overwrite;
-    m_document.endTyping();
+    m_content.setOverwrite(overwrite);
+    showState();
+}
+
+void QHexEdit::setInText(bool inText)
+{
+    m_content.setInText(inText);
+    setAttribute(Qt::WA_InputMethodEnabled, inText); // digits must not open a list of candidates
     showState();
 }
 
 void QHexEdit::setTextCodec(int index)
 {
-    m_codec = index;
+    m_content.setCodec(index);
     viewport()->update();
 }
 
 void QHexEdit::setAsciiOnly(bool asciiOnly)
 {
-    m_asciiOnly = asciiOnly;
+    m_content.setAsciiOnly(asciiOnly);
     viewport()->update();
 }
 
@@ -158,7 +204,7 @@ void QHexEdit::setPlaceholderText(const QString &text)
 
 void QHexEdit::zoom(int steps)
 {
-    const int zoom = steps == 0 ? 0 : qBound(kLeastZoom, m_zoom + steps, kMostZoom);
+    const int zoom = steps == 0 ? 0 : qBound(kMinZoom, m_zoom + steps, kMaxZoom);
     if (zoom == m_zoom)
         return;
     m_zoom = zoom;
@@ -167,46 +213,287 @@ void QHexEdit::zoom(int steps)
     setFont(font); // leads to changeEvent()
 }
 
+// ---- commands
+
 void QHexEdit::undo()
 {
-    if (!m_document.canUndo() || refuseEdit())
-        return;
-    contentEdited(m_document.undo());
+    if (document().canUndo() && !refuseEdit())
+        contentEdited(document().undo());
 }
 
 void QHexEdit::redo()
 {
-    if (!m_document.canRedo() || refuseEdit())
-        return;
-    contentEdited(m_document.redo());
+    if (document().canRedo() && !refuseEdit())
+        contentEdited(document().redo());
 }
 
-void QHexEdit::contentEdited(qint64 address)
+void QHexEdit::copy()
 {
-    m_lowDigit = false;
-    m_caret = m_anchor = qBound<qint64>(0, address, size());
+    m_clipboard.copy(m_content.isInText() ? HexClip::As::Text : HexClip::As::Hex);
+}
+
+void QHexEdit::copyHex()
+{
+    m_clipboard.copy(HexClip::As::Hex);
+}
+
+void QHexEdit::copyText()
+{
+    m_clipboard.copy(HexClip::As::Text);
+}
+
+void QHexEdit::cut()
+{
+    if (m_content.hasSelection() && !refuseEdit() && !refuseShift() &&
+        m_clipboard.copy(m_content.isInText() ? HexClip::As::Text : HexClip::As::Hex))
+        deleteSelection();
+}
+
+void QHexEdit::paste()
+{
+    if (refuseEdit())
+        return;
+    m_clipboard.paste([this](qint64 anchor, qint64 caret, const QByteArray &bytes) {
+        m_content.select(anchor, caret); // the caret may have been moved meanwhile
+        m_content.putBytes(bytes, HexDocument::Step::Alone);
+        showEdit();
+    });
+}
+
+void QHexEdit::deleteSelection()
+{
+    if (!m_content.hasSelection() || refuseEdit() || refuseShift())
+        return;
+    m_content.deleteSelection();
+    showEdit();
+}
+
+// ---- keyboard and input method
+
+void QHexEdit::keyPressEvent(QKeyEvent *event)
+{
+    if (!m_commands->runKey(event) && !zoomByKey(event) && !moveByKey(event) && !editByKey(event))
+        QAbstractScrollArea::keyPressEvent(event);
+}
+
+bool QHexEdit::zoomByKey(const QKeyEvent *event)
+{
+    const bool control = event->modifiers() == Qt::ControlModifier;
+    if (event->matches(QKeySequence::ZoomIn) || (event->key() == Qt::Key_Equal && control))
+        zoom(1);
+    else if (event->matches(QKeySequence::ZoomOut))
+        zoom(-1);
+    else if (event->key() == Qt::Key_0 && control)
+        zoom(0);
+    else
+        return false;
+    return true;
+}
+
+bool QHexEdit::moveByKey(const QKeyEvent *event)
+{
+    constexpr int row = HexLayout::bytesPerRow;
+    const bool shift = event->modifiers() & Qt::ShiftModifier;
+    const bool control = event->modifiers() & Qt::ControlModifier;
+    const qint64 caret = m_content.caret();
+    // Behind the last byte of a selected row one is still in that row.
+    const qint64 rowStart = (shift && caret > m_content.anchor() ? caret - 1 : caret) / row * row;
+    const qint64 page = qint64(visibleRows()) * row;
+    qint64 to = caret;
+    switch (event->key()) {
+    case Qt::Key_Left:
+        to = caret - 1;
+        break;
+    case Qt::Key_Right:
+        to = caret + 1;
+        break;
+    case Qt::Key_Up:
+        to = caret >= row ? caret - row : caret;
+        break;
+    case Qt::Key_Down:
+        to = caret + row <= size() ? caret + row : caret;
+        break;
+    case Qt::Key_PageUp:
+        scrollByPage(true);
+        to = caret >= page ? caret - page : caret % row;
+        break;
+    case Qt::Key_PageDown:
+        scrollByPage(false);
+        to = caret + page <= size() ? caret + page : size();
+        break;
+    case Qt::Key_Home:
+        to = control ? 0 : rowStart;
+        break;
+    case Qt::Key_End:
+        to = control ? size() : qMin(rowStart + row - (shift ? 0 : 1), size());
+        break;
+    default:
+        return false;
+    }
+    moveCaret(to, shift);
+    return true;
+}
+
+void QHexEdit::scrollByPage(bool up)
+{
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + (up ? -visibleRows() : visibleRows()));
+}
+
+bool QHexEdit::editByKey(const QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Insert && event->modifiers() == Qt::NoModifier) {
+        setOverwrite(!isOverwrite());
+        return true;
+    }
+    if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
+        eraseByKey(event->key());
+        return true;
+    }
+    const QString text = event->text();
+    if (text.isEmpty() || !text.at(0).isPrint() ||
+        (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
+        return false;
+    typeText(text);
+    return true;
+}
+
+void QHexEdit::eraseByKey(int key)
+{
+    if (m_content.hasSelection()) {
+        deleteSelection();
+        return;
+    }
+    if (refuseEdit())
+        return;
+    const qint64 address = key == Qt::Key_Delete ? m_content.caret() : m_content.caret() - 1;
+    if (key == Qt::Key_Backspace && m_content.canTakeDigitBack())
+        m_content.takeDigitBack();
+    else if (address < 0 || address >= size() || refuseShift())
+        return;
+    else
+        m_content.deleteAt(address);
+    showEdit();
+}
+
+void QHexEdit::typeText(const QString &text)
+{
+    if (!refuseEdit() && m_content.typeText(text))
+        showEdit();
+}
+
+// The two columns come first, then the next widget.
+bool QHexEdit::focusNextPrevChild(bool next)
+{
+    if (next == m_content.isInText())
+        return QAbstractScrollArea::focusNextPrevChild(next);
+    setInText(next);
+    return true;
+}
+
+void QHexEdit::inputMethodEvent(QInputMethodEvent *event)
+{
+    if (!event->commitString().isEmpty())
+        typeText(event->commitString());
+    event->accept();
+}
+
+QVariant QHexEdit::inputMethodQuery(Qt::InputMethodQuery query) const
+{
+    if (query == Qt::ImCursorRectangle) {
+        const int row = static_cast<int>(
+            qBound<qint64>(0, m_content.caret() / HexLayout::bytesPerRow - topRow(), visibleRows()));
+        const int column = static_cast<int>(m_content.caret() % HexLayout::bytesPerRow);
+        return (m_content.isInText() ? m_layout.text(row, column) : m_layout.hex(row, column))
+            .translated(contentOrigin());
+    }
+    if (query == Qt::ImEnabled)
+        return m_content.isInText() && !m_readOnly;
+    return QAbstractScrollArea::inputMethodQuery(query);
+}
+
+// ---- mouse and context menu
+
+QRect QHexEdit::rowsRect() const
+{
+    return viewport()->rect().adjusted(0, m_layout.rowHeight(), 0, 0);
+}
+
+HexLayout::Place QHexEdit::placeAt(const QPoint &point) const
+{
+    HexLayout::Place place = m_layout.placeAt(point - contentOrigin());
+    place.row += topRow();
+    return place;
+}
+
+qint64 QHexEdit::addressAt(const QPoint &point) const
+{
+    const HexLayout::Place place = placeAt(point);
+    return qBound<qint64>(0, place.row * HexLayout::bytesPerRow + place.column, size());
+}
+
+void QHexEdit::placeCaret(const QPoint &point)
+{
+    const HexLayout::Place place = placeAt(point);
+    setInText(place.inText);
+    moveCaret(addressAt(point), false);
+    if (place.lowDigit)
+        m_content.moveToLowDigit();
+}
+
+void QHexEdit::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && event->pos().y() >= rowsRect().top())
+        m_drag->press(event);
+}
+
+void QHexEdit::mouseMoveEvent(QMouseEvent *event)
+{
+    m_drag->move(event);
+}
+
+void QHexEdit::mouseReleaseEvent(QMouseEvent *)
+{
+    m_drag->end();
+}
+
+// Selects the byte.
+void QHexEdit::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && event->pos().y() >= rowsRect().top())
+        select(addressAt(event->pos()), 1);
+}
+
+void QHexEdit::wheelEvent(QWheelEvent *event)
+{
+    if (event->modifiers() & Qt::ControlModifier) {
+        if (event->angleDelta().y() != 0)
+            zoom(event->angleDelta().y() > 0 ? 1 : -1);
+        event->accept();
+        return;
+    }
+    QAbstractScrollArea::wheelEvent(event);
+}
+
+void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu menu(this);
+    m_commands->fill(&menu);
+    // In bytes that are no text, characters come about by chance.
+    QAction *ascii = menu.addAction(QStringLiteral("文本列仅显示ASCII"));
+    ascii->setCheckable(true);
+    ascii->setChecked(m_content.isAsciiOnly());
+    connect(ascii, &QAction::toggled, this, &QHexEdit::setAsciiOnly);
+    menu.exec(event->globalPos());
+}
+
+// ---- what is shown
+
+void QHexEdit::showEdit()
+{
     updateLayout();
     ensureVisible();
     showState();
     emit contentChanged();
-}
-
-void QHexEdit::edit(qint64 address, qint64 length, const QByteArray &bytes, HexDocument::Step step,
-                    qint64 caret)
-{
-    m_document.replace(address, length, bytes, step);
-    contentEdited(caret);
-}
-
-void QHexEdit::moveCaret(qint64 address, bool keepAnchor)
-{
-    m_document.endTyping();
-    m_lowDigit = false;
-    m_caret = qBound<qint64>(0, address, size());
-    if (!keepAnchor)
-        m_anchor = m_caret;
-    ensureVisible();
-    showState();
 }
 
 void QHexEdit::showState()
@@ -214,8 +501,8 @@ void QHexEdit::showState()
     m_caretOn = true;
     viewport()->update();
     showSize();
-    if (m_caret != m_shownAddress) {
-        m_shownAddress = m_caret;
+    if (m_content.caret() != m_shownAddress) {
+        m_shownAddress = m_content.caret();
         emit currentAddressChanged(m_shownAddress);
     }
     updateMicroFocus();
@@ -232,7 +519,7 @@ void QHexEdit::showSize()
 
 void QHexEdit::ensureVisible()
 {
-    const qint64 row = m_caret / HexLayout::bytesPerRow;
+    const qint64 row = m_content.caret() / HexLayout::bytesPerRow;
     if (row < topRow())
         verticalScrollBar()->setValue(static_cast<int>(row));
     else if (row >= topRow() + visibleRows())
@@ -247,6 +534,11 @@ int QHexEdit::visibleRows() const
 qint64 QHexEdit::topRow() const
 {
     return verticalScrollBar()->value();
+}
+
+QPoint QHexEdit::contentOrigin() const
+{
+    return {-horizontalScrollBar()->value(), m_layout.rowHeight()};
 }
 
 void QHexEdit::updateLayout()
@@ -265,6 +557,22 @@ void QHexEdit::updateScrollBars()
     horizontalScrollBar()->setPageStep(viewport()->width());
     horizontalScrollBar()->setRange(0, qMax(0, m_layout.width() - viewport()->width()));
     horizontalScrollBar()->setSingleStep(m_layout.cellWidth());
+}
+
+void QHexEdit::paintEvent(QPaintEvent *)
+{
+    QPainter painter(viewport());
+    painter.fillRect(viewport()->rect(), QColor(Skin::palette().panel));
+    if (size() == 0 && m_readOnly) {
+        painter.setPen(QColor(Skin::palette().secondaryText));
+        painter.setFont(QApplication::font());
+        painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap,
+                         m_placeholder);
+        return;
+    }
+    const HexPainter::View view{viewport()->width(), contentOrigin(), topRow(), visibleRows(),
+                                hasFocus() && m_caretOn};
+    HexPainter(&painter, m_content, m_layout, view).paint();
 }
 
 void QHexEdit::resizeEvent(QResizeEvent *event)
@@ -304,12 +612,10 @@ void QHexEdit::focusOutEvent(QFocusEvent *event)
 
 void QHexEdit::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() == m_blink.timerId()) {
-        m_caretOn = !m_caretOn;
-        viewport()->update();
-    } else if (event->timerId() == m_dragScroll.timerId()) {
-        dragTo(m_dragPoint);
-    } else {
+    if (event->timerId() != m_blink.timerId()) {
         QAbstractScrollArea::timerEvent(event);
+        return;
     }
+    m_caretOn = !m_caretOn;
+    viewport()->update();
 }

@@ -1,17 +1,19 @@
 #pragma once
 
-// An editor for bytes of any number: address, hexadecimal and text columns.
-// It owns the document and the one long piece of work on it, during which the
-// bytes can't be edited; it draws only the rows on display, and knows no file.
+// An editor for bytes of any number: address, hexadecimal and text columns. Owns
+// the content and the one piece of long work on it, during which the bytes can't
+// be edited; turns keys and the input method into edits. Draws only the rows on
+// display, and knows no file.
 
-#include "hexdocument.h"
+#include "hexclipboard.h"
+#include "hexcontent.h"
 #include "hexlayout.h"
 #include "slicedtask.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>
-#include <optional>
 
+class HexDrag;
 class HexEditCommands;
 class QIODevice;
 
@@ -29,11 +31,12 @@ public:
     void appendData(const QByteArray &block);
 
     // Writes a range, to the end where no length is given. False when the
-    // device took less.
+    // device accepted less.
     bool write(QIODevice &device, qint64 position = 0, qint64 count = -1) const;
 
-    const HexDocument &document() const { return m_document; }
-    HexDocument &document() { return m_document; } // call contentEdited() after an edit
+    const HexContent &content() const { return m_content; }
+    const HexDocument &document() const { return m_content.document(); }
+    HexDocument &document() { return m_content.document(); } // call contentEdited() after an edit
     void contentEdited(qint64 address);
     SlicedTask *task() { return &m_task; }
     HexEditCommands *commands() { return m_commands; }
@@ -41,11 +44,11 @@ public:
     // is being done on them; for the user. Empty where they can.
     QString busyReason() const;
     QString editRefusal() const; // also where it is read-only
-    qint64 size() const { return m_document.size(); }
-    qint64 address() const { return m_caret; }
-    qint64 selectionBegin() const { return qMin(m_anchor, m_caret); }
-    qint64 selectionLength() const { return qAbs(m_anchor - m_caret); }
-    bool isModified() const { return m_document.isModified(); }
+    qint64 size() const { return m_content.size(); }
+    qint64 address() const { return m_content.caret(); }
+    qint64 selectionBegin() const { return m_content.selection().begin; }
+    qint64 selectionLength() const { return m_content.selection().length(); }
+    bool isModified() const { return document().isModified(); }
     void setSaved();
     void setUnsaved();
 
@@ -57,13 +60,21 @@ public:
     bool isReadOnly() const { return m_readOnly; }
     // The reason is shown where an edit is refused.
     void setReadOnly(bool readOnly, const QString &reason = QString());
-    bool isOverwrite() const { return m_overwrite; }
+    bool isOverwrite() const { return m_content.isOverwrite(); }
     void setOverwrite(bool overwrite);
     // How text that is typed, pasted, copied and shown becomes bytes and back.
     void setTextCodec(int index);
     void setAsciiOnly(bool asciiOnly); // shows nothing else as text
     void setPlaceholderText(const QString &text);
     void zoom(int steps); // 0 goes back to the beginning
+
+    // For the mouse, in pixels of the viewport.
+    QRect rowsRect() const; // below the header
+    HexLayout::Place placeAt(const QPoint &point) const;
+    qint64 addressAt(const QPoint &point) const; // of the byte there, or the end
+    void placeCaret(const QPoint &point);
+    void selectTo(qint64 anchor, qint64 caret); // scrolls to the caret
+    void setInText(bool inText);
 
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
@@ -103,74 +114,38 @@ protected:
     void scrollContentsBy(int dx, int dy) override;
 
 private:
-    // qhexedit.cpp
-    void edit(qint64 address, qint64 length, const QByteArray &bytes, HexDocument::Step step, qint64 caret);
+    bool zoomByKey(const QKeyEvent *event);
+    bool moveByKey(const QKeyEvent *event);
+    bool editByKey(const QKeyEvent *event);
+    void eraseByKey(int key);
+    void typeText(const QString &text);
+    bool refuseEdit() const;
+    bool refuseShift() const; // of the bytes behind, where they are overwritten
     void moveCaret(qint64 address, bool keepAnchor);
-    void showState(); // tells what has changed since the last time
+    void scrollByPage(bool up);
+
+    void showEdit();
+    void showState(); // notifies of what has changed since the last time
     void showSize();
     void ensureVisible();
     void updateLayout();
     void updateScrollBars();
     int visibleRows() const;
     qint64 topRow() const;
-
-    // qhexeditinput.cpp
-    bool moveByKey(const QKeyEvent *event);
-    bool editByKey(const QKeyEvent *event);
-    bool refuseEdit() const;
-    bool refuseShift() const; // of the bytes behind, where they are overwritten
-    void typeDigit(int digit);
-    void takeDigitBack();
-    void typeText(const QString &text);
-    void putBytes(const QByteArray &bytes, HexDocument::Step step);
-    void deleteAt(qint64 address);
-    void dragTo(const QPoint &point);
-    HexLayout::Place placeAt(const QPoint &point) const;
-    qint64 addressOf(const HexLayout::Place &place) const;
-    void setInText(bool inText);
-
-    // qhexeditclip.cpp
-    struct Range
-    {
-        qint64 begin;
-        qint64 end;
-    };
-    bool copyAs(bool text);
-    Range withWholeCharacters(Range range) const;
-    Range editedRange() const;                    // the selection, in the text column with whole characters
-    bool isInsideCharacter(qint64 address) const; // not at its first byte
-
-    // qhexeditpaint.cpp
-    void paintHeader(QPainter &painter) const;
-    void paintRow(QPainter &painter, int row, qint64 address) const;
-    void paintByte(QPainter &painter, int row, qint64 address, quint8 byte, bool changed) const;
-    void paintText(QPainter &painter, int row, qint64 address) const;
-    bool isSelected(qint64 address) const;
-    QColor colorOf(qint64 address) const;
-    void paintCaret(QPainter &painter) const;
     QPoint contentOrigin() const; // of the first row
 
-    HexDocument m_document;
+    HexContent m_content;
     SlicedTask m_task;
-    HexEditCommands *m_commands = nullptr;
+    HexClipboard m_clipboard;
     HexLayout m_layout;
+    HexEditCommands *m_commands = nullptr;
+    HexDrag *m_drag = nullptr;
     QString m_placeholder;
-    qint64 m_caret = 0;
-    qint64 m_anchor = 0;
-    bool m_lowDigit = false;
-    std::optional<QByteArray> m_beforeDigit; // what the first digit of a byte was typed over
-    bool m_inText = false;
-    bool m_overwrite = true;
     bool m_readOnly = false;
     QString m_readOnlyReason;
     bool m_caretOn = true;
-    int m_codec = 0;
-    bool m_asciiOnly = false;
     int m_zoom = 0;
     qint64 m_shownAddress = 0;
     qint64 m_shownSize = 0;
-    qint64 m_dragFrom = -1;
-    QPoint m_dragPoint;
     QBasicTimer m_blink;
-    QBasicTimer m_dragScroll;
 };

@@ -1,0 +1,187 @@
+#include "hexpainter.h"
+
+#include "contrast.h"
+#include "hexcharacters.h"
+#include "skin.h"
+
+#include <QPainter>
+
+namespace {
+
+constexpr ushort kFirstWide = 0x0250; // Latin letters are narrow
+
+QColor mixed(const QColor &over, const QColor &ground, double share)
+{
+    return QColor::fromRgbF(over.redF() * share + ground.redF() * (1 - share),
+                            over.greenF() * share + ground.greenF() * (1 - share),
+                            over.blueF() * share + ground.blueF() * (1 - share));
+}
+
+// Under the column numbers and the addresses: a shade of what is beside it, as
+// the headers of tables are.
+QColor headerGround(bool current)
+{
+    const SkinPalette &skin = Skin::palette();
+    const QColor ground = mixed(QColor(skin.secondaryText), QColor(skin.panel), 0.12);
+    return current ? mixed(QColor(skin.accent), ground, 0.3) : ground;
+}
+
+QColor headerText(bool current)
+{
+    return QColor(current ? Skin::palette().text : Skin::palette().secondaryText);
+}
+
+QColor onAccent(const QColor &accent)
+{
+    return Contrast::ratio(Qt::black, accent) >= Contrast::ratio(Qt::white, accent) ? Qt::black : Qt::white;
+}
+
+QString pairOf(quint8 byte)
+{
+    const char digits[] = "0123456789ABCDEF";
+    return QString(QLatin1Char(digits[byte >> 4])) + QLatin1Char(digits[byte & 15]);
+}
+
+} // namespace
+
+HexPainter::HexPainter(QPainter *painter, const HexContent &content, const HexLayout &layout,
+                       const View &view)
+    : m_painter(*painter)
+    , m_content(content)
+    , m_layout(layout)
+    , m_view(view)
+{
+}
+
+void HexPainter::paint()
+{
+    paintHeader();
+    m_painter.translate(m_view.origin);
+    const qint64 first = m_view.topRow * HexLayout::bytesPerRow;
+    for (int row = 0; row <= m_view.rows; ++row) {
+        const qint64 address = first + row * HexLayout::bytesPerRow;
+        if (address > m_content.size())
+            break;
+        paintRow(row, address);
+    }
+    paintCaret();
+}
+
+void HexPainter::paintHeader()
+{
+    m_painter.save();
+    m_painter.fillRect(0, 0, m_view.width, m_layout.rowHeight(), headerGround(false));
+    m_painter.setPen(headerText(false));
+    m_painter.translate(m_view.origin.x(), 0);
+    m_painter.drawText(m_layout.address(0), Qt::AlignCenter, QStringLiteral("地址"));
+    const qint64 column = m_content.caret() % HexLayout::bytesPerRow;
+    for (int i = 0; i < HexLayout::bytesPerRow; ++i) {
+        if (i == column)
+            m_painter.fillRect(m_layout.hex(0, i), headerGround(true));
+        m_painter.setPen(headerText(i == column));
+        m_painter.drawText(m_layout.hex(0, i), Qt::AlignCenter, pairOf(static_cast<quint8>(i)));
+    }
+    const QRect text = m_layout.text(0, 0).united(m_layout.text(0, HexLayout::bytesPerRow - 1));
+    m_painter.setPen(headerText(false));
+    m_painter.drawText(text, Qt::AlignCenter, QStringLiteral("文本"));
+    m_painter.restore();
+}
+
+void HexPainter::paintRow(int row, qint64 address)
+{
+    const QRect place = m_layout.address(row);
+    const bool current = m_content.caret() / HexLayout::bytesPerRow == address / HexLayout::bytesPerRow;
+    m_painter.fillRect(place, headerGround(current));
+    m_painter.setPen(headerText(current));
+    m_painter.drawText(
+        place, Qt::AlignCenter,
+        QStringLiteral("%1").arg(address, m_layout.addressDigits(), 16, QLatin1Char('0')).toUpper());
+
+    const QByteArray bytes = m_content.document().read(address, HexLayout::bytesPerRow);
+    const std::vector<bool> changed = m_content.document().changes(address, HexLayout::bytesPerRow);
+    for (int i = 0; i < bytes.size(); ++i)
+        paintByte(row, address + i, static_cast<quint8>(bytes.at(i)), changed[static_cast<size_t>(i)]);
+    paintText(row, address);
+}
+
+QColor HexPainter::colorOf(qint64 address) const
+{
+    return m_content.isSelected(address) ? onAccent(QColor(Skin::palette().accent))
+                                         : QColor(Skin::palette().text);
+}
+
+void HexPainter::paintByte(int row, qint64 address, quint8 byte, bool changed)
+{
+    const SkinPalette &skin = Skin::palette();
+    const QColor accent(skin.accent);
+    const int column = static_cast<int>(address % HexLayout::bytesPerRow);
+    const bool selected = m_content.isSelected(address);
+    QRect hex = m_layout.hex(row, column);
+    const QRect text = m_layout.text(row, column);
+    m_painter.setPen(colorOf(address));
+    if (selected || changed) {
+        const QColor ground = selected ? accent : mixed(accent, QColor(skin.panel), 0.3);
+        const bool goesOn =
+            selected && m_content.isSelected(address + 1) && column + 1 < HexLayout::bytesPerRow;
+        const int right = goesOn ? m_layout.hex(row, column + 1).left() : hex.right() + 1;
+        m_painter.fillRect(hex.left(), hex.top(), right - hex.left(), hex.height(), ground);
+        m_painter.fillRect(text, ground);
+    }
+    if (selected && changed) { // still told apart
+        m_painter.drawLine(hex.bottomLeft(), hex.bottomRight());
+        m_painter.drawLine(text.bottomLeft(), text.bottomRight());
+    }
+    m_painter.drawText(hex, Qt::AlignCenter, pairOf(byte));
+}
+
+// A character stands at its first byte, over two cells where it is a wide one;
+// what cells its bytes have beyond stay blank.
+void HexPainter::paintText(int row, qint64 address)
+{
+    const auto cells =
+        HexCharacters::cells(m_content.document(), address, HexLayout::bytesPerRow, m_content.shownCodec());
+    for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
+        const HexCharacters::Cell &cell = cells[static_cast<size_t>(column)];
+        if (cell.text.isEmpty())
+            continue;
+        const qint64 at = address + column;
+        const bool wide = cell.bytes > 1 && cell.text.at(0).unicode() >= kFirstWide;
+        const QRect place = m_layout.text(row, column, wide ? 2 : 1);
+        m_painter.setPen(colorOf(at));
+        m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
+        // The other half as its byte, or as what is behind the last cell.
+        const bool beyond = column + 1 == HexLayout::bytesPerRow;
+        const QColor other = beyond ? QColor(Skin::palette().text) : colorOf(at + 1);
+        if (wide && other != colorOf(at)) {
+            m_painter.save();
+            m_painter.setClipRect(m_layout.text(row, column + 1));
+            m_painter.setPen(other);
+            m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
+            m_painter.restore();
+        }
+    }
+}
+
+void HexPainter::paintCaret()
+{
+    const qint64 row = m_content.caret() / HexLayout::bytesPerRow - m_view.topRow;
+    if (row < 0 || row > m_view.rows)
+        return;
+    const int column = static_cast<int>(m_content.caret() % HexLayout::bytesPerRow);
+    QRect hex = m_layout.hex(static_cast<int>(row), column);
+    const QRect text = m_layout.text(static_cast<int>(row), column);
+    // The same byte in the other column.
+    m_painter.setPen(QColor(Skin::palette().secondaryText));
+    m_painter.drawRect((m_content.isInText() ? hex : text).adjusted(-1, 0, 0, -1));
+    if (!m_view.isCaretOn)
+        return;
+    if (!m_content.isInText() && m_content.isOnLowDigit())
+        hex.setLeft(hex.left() + m_layout.cellWidth());
+    else
+        hex.setWidth(m_layout.cellWidth());
+    const QRect cell = m_content.isInText() ? text : hex;
+    if (m_content.isOverwrite())
+        m_painter.fillRect(cell.left(), cell.bottom() - 2, cell.width(), 3, QColor(Skin::palette().text));
+    else
+        m_painter.fillRect(cell.left() - 1, cell.top(), 2, cell.height(), QColor(Skin::palette().text));
+}

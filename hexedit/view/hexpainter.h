@@ -1,0 +1,43 @@
+#pragma once
+
+// Draws the header, the rows on display and the caret of the editor, in the
+// colors of the skin. Knows the content and its layout, no widget.
+
+#include "hexcontent.h"
+#include "hexlayout.h"
+
+#include <QColor>
+#include <QPoint>
+
+class QPainter;
+
+class HexPainter
+{
+public:
+    // What of the content is on display, in pixels and rows.
+    struct View
+    {
+        int width = 0;
+        QPoint origin; // of the first row
+        qint64 topRow = 0;
+        int rows = 0; // that are complete
+        bool isCaretOn = false;
+    };
+
+    HexPainter(QPainter *painter, const HexContent &content, const HexLayout &layout, const View &view);
+
+    void paint();
+
+private:
+    void paintHeader();
+    void paintRow(int row, qint64 address);
+    void paintByte(int row, qint64 address, quint8 byte, bool changed);
+    void paintText(int row, qint64 address);
+    void paintCaret();
+    QColor colorOf(qint64 address) const;
+
+    QPainter &m_painter;
+    const HexContent &m_content;
+    const HexLayout &m_layout;
+    View m_view;
+};
