@@ -18,6 +18,10 @@ HexEditCommands::HexEditCommands(QHexEdit *edit)
     m_paste = add(QStringLiteral("粘贴"), keys(QKeySequence::Paste), &QHexEdit::paste);
     m_delete = add(QStringLiteral("删除"), {}, &QHexEdit::deleteSelection);
     m_selectAll = add(QStringLiteral("全选"), keys(QKeySequence::SelectAll), &QHexEdit::selectAll);
+    // In bytes that are no text, characters come about by chance.
+    m_asciiOnly = new QAction(QStringLiteral("文本列仅显示ASCII"), this);
+    m_asciiOnly->setCheckable(true);
+    connect(m_asciiOnly, &QAction::toggled, m_edit, &QHexEdit::setAsciiOnly);
     connect(edit, &QHexEdit::stateChanged, this, &HexEditCommands::update);
     update();
 }
@@ -55,6 +59,8 @@ void HexEditCommands::fill(QMenu *menu) const
         menu->addAction(command);
     menu->addSeparator();
     menu->addAction(m_selectAll);
+    m_asciiOnly->setChecked(m_edit->content().isAsciiOnly());
+    menu->addAction(m_asciiOnly);
 }
 
 bool HexEditCommands::runKey(const QKeyEvent *event)

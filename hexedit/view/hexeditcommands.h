@@ -40,4 +40,5 @@ private:
     HexCommand *m_paste;
     HexCommand *m_delete;
     HexCommand *m_selectAll;
+    QAction *m_asciiOnly;
 };

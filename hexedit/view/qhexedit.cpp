@@ -3,6 +3,7 @@
 #include "fonts.h"
 #include "hexdrag.h"
 #include "hexeditcommands.h"
+#include "hexkeys.h"
 #include "hexpainter.h"
 #include "qtmessagetip.h"
 #include "skin.h"
@@ -15,7 +16,6 @@
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QTimerEvent>
-#include <limits>
 #include <utility>
 
 namespace {
@@ -26,6 +26,7 @@ constexpr int kMinZoom = -4;
 QHexEdit::QHexEdit(QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_clipboard(&m_content, &m_task)
+    , m_view(this, m_content)
 {
     setObjectName(QStringLiteral("hexEdit"));
     setAccessibleName(QStringLiteral("文件内容"));
@@ -33,7 +34,6 @@ QHexEdit::QHexEdit(QWidget *parent)
     setFont(Fonts::monospace());
     viewport()->setCursor(Qt::IBeamCursor);
     setAttribute(Qt::WA_InputMethodEnabled, false); // until the caret is in the text column
-    verticalScrollBar()->setSingleStep(1);
     m_drag = new HexDrag(this);
     m_commands = new HexEditCommands(this);
     connect(&m_task, &SlicedTask::started, this, &QHexEdit::stateChanged);
@@ -63,11 +63,10 @@ void QHexEdit::setDocument(HexDocument document, qint64 address)
 void QHexEdit::appendData(const QByteArray &block)
 {
     const qint64 before = size();
-    const int width = m_layout.width();
+    const int width = m_view.layout().width();
     document().appendContent(block);
-    m_layout.update(fontMetrics(), size());
-    updateScrollBars();
-    if (before <= (topRow() + visibleRows() + 1) * HexLayout::bytesPerRow || width != m_layout.width())
+    m_view.update();
+    if (m_view.endsAt(before) || width != m_view.layout().width())
         showState();
     else
         showSize();
@@ -120,21 +119,23 @@ bool QHexEdit::refuseShift() const
     return isOverwrite();
 }
 
-void QHexEdit::goTo(qint64 address)
+void QHexEdit::goTo(qint64 address, bool keepAnchor)
 {
-    moveCaret(address, false);
+    m_content.moveCaret(address, keepAnchor);
+    m_view.scrollTo(m_content.caret());
+    showState();
 }
 
 void QHexEdit::select(qint64 address, qint64 length)
 {
-    moveCaret(address, false);
-    moveCaret(address + length, true);
+    goTo(address);
+    goTo(address + length, true);
 }
 
 void QHexEdit::selectTo(qint64 anchor, qint64 caret)
 {
     m_content.select(anchor, caret);
-    ensureVisible();
+    m_view.scrollTo(address());
     showState();
 }
 
@@ -155,13 +156,6 @@ void QHexEdit::contentEdited(qint64 address)
 {
     m_content.endEdit(address);
     showEdit();
-}
-
-void QHexEdit::moveCaret(qint64 address, bool keepAnchor)
-{
-    m_content.moveCaret(address, keepAnchor);
-    ensureVisible();
-    showState();
 }
 
 void QHexEdit::setReadOnly(bool readOnly, const QString &reason)
@@ -272,92 +266,11 @@ void QHexEdit::deleteSelection()
 
 void QHexEdit::keyPressEvent(QKeyEvent *event)
 {
-    if (!m_commands->runKey(event) && !zoomByKey(event) && !moveByKey(event) && !editByKey(event))
+    if (!m_commands->runKey(event) && !HexKeys(this).press(event))
         QAbstractScrollArea::keyPressEvent(event);
 }
 
-bool QHexEdit::zoomByKey(const QKeyEvent *event)
-{
-    const bool control = event->modifiers() == Qt::ControlModifier;
-    if (event->matches(QKeySequence::ZoomIn) || (event->key() == Qt::Key_Equal && control))
-        zoom(1);
-    else if (event->matches(QKeySequence::ZoomOut))
-        zoom(-1);
-    else if (event->key() == Qt::Key_0 && control)
-        zoom(0);
-    else
-        return false;
-    return true;
-}
-
-bool QHexEdit::moveByKey(const QKeyEvent *event)
-{
-    constexpr int row = HexLayout::bytesPerRow;
-    const bool shift = event->modifiers() & Qt::ShiftModifier;
-    const bool control = event->modifiers() & Qt::ControlModifier;
-    const qint64 caret = m_content.caret();
-    // Behind the last byte of a selected row one is still in that row.
-    const qint64 rowStart = (shift && caret > m_content.anchor() ? caret - 1 : caret) / row * row;
-    const qint64 page = qint64(visibleRows()) * row;
-    qint64 to = caret;
-    switch (event->key()) {
-    case Qt::Key_Left:
-        to = caret - 1;
-        break;
-    case Qt::Key_Right:
-        to = caret + 1;
-        break;
-    case Qt::Key_Up:
-        to = caret >= row ? caret - row : caret;
-        break;
-    case Qt::Key_Down:
-        to = caret + row <= size() ? caret + row : caret;
-        break;
-    case Qt::Key_PageUp:
-        scrollByPage(true);
-        to = caret >= page ? caret - page : caret % row;
-        break;
-    case Qt::Key_PageDown:
-        scrollByPage(false);
-        to = caret + page <= size() ? caret + page : size();
-        break;
-    case Qt::Key_Home:
-        to = control ? 0 : rowStart;
-        break;
-    case Qt::Key_End:
-        to = control ? size() : qMin(rowStart + row - (shift ? 0 : 1), size());
-        break;
-    default:
-        return false;
-    }
-    moveCaret(to, shift);
-    return true;
-}
-
-void QHexEdit::scrollByPage(bool up)
-{
-    verticalScrollBar()->setValue(verticalScrollBar()->value() + (up ? -visibleRows() : visibleRows()));
-}
-
-bool QHexEdit::editByKey(const QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Insert && event->modifiers() == Qt::NoModifier) {
-        setOverwrite(!isOverwrite());
-        return true;
-    }
-    if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
-        eraseByKey(event->key());
-        return true;
-    }
-    const QString text = event->text();
-    if (text.isEmpty() || !text.at(0).isPrint() ||
-        (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
-        return false;
-    typeText(text);
-    return true;
-}
-
-void QHexEdit::eraseByKey(int key)
+void QHexEdit::erase(bool forwards)
 {
     if (m_content.hasSelection()) {
         deleteSelection();
@@ -365,13 +278,13 @@ void QHexEdit::eraseByKey(int key)
     }
     if (refuseEdit())
         return;
-    const qint64 address = key == Qt::Key_Delete ? m_content.caret() : m_content.caret() - 1;
-    if (key == Qt::Key_Backspace && m_content.canTakeDigitBack())
+    const qint64 at = forwards ? address() : address() - 1;
+    if (!forwards && m_content.canTakeDigitBack())
         m_content.takeDigitBack();
-    else if (address < 0 || address >= size() || refuseShift())
+    else if (at < 0 || at >= size() || refuseShift())
         return;
     else
-        m_content.deleteAt(address);
+        m_content.deleteAt(at);
     showEdit();
 }
 
@@ -399,13 +312,8 @@ void QHexEdit::inputMethodEvent(QInputMethodEvent *event)
 
 QVariant QHexEdit::inputMethodQuery(Qt::InputMethodQuery query) const
 {
-    if (query == Qt::ImCursorRectangle) {
-        const int row = static_cast<int>(
-            qBound<qint64>(0, m_content.caret() / HexLayout::bytesPerRow - topRow(), visibleRows()));
-        const int column = static_cast<int>(m_content.caret() % HexLayout::bytesPerRow);
-        return (m_content.isInText() ? m_layout.text(row, column) : m_layout.hex(row, column))
-            .translated(contentOrigin());
-    }
+    if (query == Qt::ImCursorRectangle)
+        return m_view.caretRect();
     if (query == Qt::ImEnabled)
         return m_content.isInText() && !m_readOnly;
     return QAbstractScrollArea::inputMethodQuery(query);
@@ -413,36 +321,18 @@ QVariant QHexEdit::inputMethodQuery(Qt::InputMethodQuery query) const
 
 // ---- mouse and context menu
 
-QRect QHexEdit::rowsRect() const
-{
-    return viewport()->rect().adjusted(0, m_layout.rowHeight(), 0, 0);
-}
-
-HexLayout::Place QHexEdit::placeAt(const QPoint &point) const
-{
-    HexLayout::Place place = m_layout.placeAt(point - contentOrigin());
-    place.row += topRow();
-    return place;
-}
-
-qint64 QHexEdit::addressAt(const QPoint &point) const
-{
-    const HexLayout::Place place = placeAt(point);
-    return qBound<qint64>(0, place.row * HexLayout::bytesPerRow + place.column, size());
-}
-
 void QHexEdit::placeCaret(const QPoint &point)
 {
-    const HexLayout::Place place = placeAt(point);
+    const HexLayout::Place place = m_view.placeAt(point);
     setInText(place.inText);
-    moveCaret(addressAt(point), false);
+    goTo(m_view.addressAt(point));
     if (place.lowDigit)
         m_content.moveToLowDigit();
 }
 
 void QHexEdit::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton && event->pos().y() >= rowsRect().top())
+    if (event->button() == Qt::LeftButton && event->pos().y() >= m_view.rowsRect().top())
         m_drag->press(event);
 }
 
@@ -459,8 +349,8 @@ void QHexEdit::mouseReleaseEvent(QMouseEvent *)
 // Selects the byte.
 void QHexEdit::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton && event->pos().y() >= rowsRect().top())
-        select(addressAt(event->pos()), 1);
+    if (event->button() == Qt::LeftButton && event->pos().y() >= m_view.rowsRect().top())
+        select(m_view.addressAt(event->pos()), 1);
 }
 
 void QHexEdit::wheelEvent(QWheelEvent *event)
@@ -478,11 +368,6 @@ void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
 {
     QMenu menu(this);
     m_commands->fill(&menu);
-    // In bytes that are no text, characters come about by chance.
-    QAction *ascii = menu.addAction(QStringLiteral("文本列仅显示ASCII"));
-    ascii->setCheckable(true);
-    ascii->setChecked(m_content.isAsciiOnly());
-    connect(ascii, &QAction::toggled, this, &QHexEdit::setAsciiOnly);
     menu.exec(event->globalPos());
 }
 
@@ -491,9 +376,15 @@ void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
 void QHexEdit::showEdit()
 {
     updateLayout();
-    ensureVisible();
+    m_view.scrollTo(address());
     showState();
     emit contentChanged();
+}
+
+void QHexEdit::updateLayout()
+{
+    m_view.update();
+    viewport()->update();
 }
 
 void QHexEdit::showState()
@@ -517,48 +408,6 @@ void QHexEdit::showSize()
     emit currentSizeChanged(m_shownSize);
 }
 
-void QHexEdit::ensureVisible()
-{
-    const qint64 row = m_content.caret() / HexLayout::bytesPerRow;
-    if (row < topRow())
-        verticalScrollBar()->setValue(static_cast<int>(row));
-    else if (row >= topRow() + visibleRows())
-        verticalScrollBar()->setValue(static_cast<int>(row - visibleRows() + 1));
-}
-
-int QHexEdit::visibleRows() const
-{
-    return qMax(1, viewport()->height() / m_layout.rowHeight() - 1); // one is the header
-}
-
-qint64 QHexEdit::topRow() const
-{
-    return verticalScrollBar()->value();
-}
-
-QPoint QHexEdit::contentOrigin() const
-{
-    return {-horizontalScrollBar()->value(), m_layout.rowHeight()};
-}
-
-void QHexEdit::updateLayout()
-{
-    m_layout.update(fontMetrics(), size());
-    updateScrollBars();
-    viewport()->update();
-}
-
-void QHexEdit::updateScrollBars()
-{
-    const qint64 rows = size() / HexLayout::bytesPerRow + 1;
-    verticalScrollBar()->setPageStep(visibleRows());
-    verticalScrollBar()->setRange(
-        0, static_cast<int>(qBound<qint64>(0, rows - visibleRows(), std::numeric_limits<int>::max())));
-    horizontalScrollBar()->setPageStep(viewport()->width());
-    horizontalScrollBar()->setRange(0, qMax(0, m_layout.width() - viewport()->width()));
-    horizontalScrollBar()->setSingleStep(m_layout.cellWidth());
-}
-
 void QHexEdit::paintEvent(QPaintEvent *)
 {
     QPainter painter(viewport());
@@ -570,9 +419,10 @@ void QHexEdit::paintEvent(QPaintEvent *)
                          m_placeholder);
         return;
     }
-    const HexPainter::View view{viewport()->width(), contentOrigin(), topRow(), visibleRows(),
-                                hasFocus() && m_caretOn};
-    HexPainter(&painter, m_content, m_layout, view).paint();
+    HexPainter(
+        &painter, m_content, m_view.layout(),
+        {viewport()->width(), m_view.origin(), m_view.topRow(), m_view.rows(), hasFocus() && m_caretOn})
+        .paint();
 }
 
 void QHexEdit::resizeEvent(QResizeEvent *event)

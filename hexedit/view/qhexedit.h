@@ -2,12 +2,12 @@
 
 // An editor for bytes of any number: address, hexadecimal and text columns. Owns
 // the content and the one piece of long work on it, during which the bytes can't
-// be edited; turns keys and the input method into edits. Draws only the rows on
+// be edited. Draws only the rows on
 // display, and knows no file.
 
 #include "hexclipboard.h"
 #include "hexcontent.h"
-#include "hexlayout.h"
+#include "hexviewport.h"
 #include "slicedtask.h"
 
 #include <QAbstractScrollArea>
@@ -52,7 +52,7 @@ public:
     void setSaved();
     void setUnsaved();
 
-    void goTo(qint64 address);
+    void goTo(qint64 address, bool keepAnchor = false);
     void select(qint64 address, qint64 length);
     // In the place of the selection, whatever the mode; a step of undo.
     void replaceSelection(const QByteArray &bytes);
@@ -68,13 +68,13 @@ public:
     void setPlaceholderText(const QString &text);
     void zoom(int steps); // 0 goes back to the beginning
 
-    // For the mouse, in pixels of the viewport.
-    QRect rowsRect() const; // below the header
-    HexLayout::Place placeAt(const QPoint &point) const;
-    qint64 addressAt(const QPoint &point) const; // of the byte there, or the end
+    // For keys and mouse.
+    HexViewport &view() { return m_view; }
     void placeCaret(const QPoint &point);
     void selectTo(qint64 anchor, qint64 caret); // scrolls to the caret
     void setInText(bool inText);
+    void typeText(const QString &text);
+    void erase(bool forwards); // the selection, or a byte beside the caret
 
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
@@ -114,30 +114,18 @@ protected:
     void scrollContentsBy(int dx, int dy) override;
 
 private:
-    bool zoomByKey(const QKeyEvent *event);
-    bool moveByKey(const QKeyEvent *event);
-    bool editByKey(const QKeyEvent *event);
-    void eraseByKey(int key);
-    void typeText(const QString &text);
     bool refuseEdit() const;
     bool refuseShift() const; // of the bytes behind, where they are overwritten
-    void moveCaret(qint64 address, bool keepAnchor);
-    void scrollByPage(bool up);
 
     void showEdit();
     void showState(); // notifies of what has changed since the last time
     void showSize();
-    void ensureVisible();
     void updateLayout();
-    void updateScrollBars();
-    int visibleRows() const;
-    qint64 topRow() const;
-    QPoint contentOrigin() const; // of the first row
 
     HexContent m_content;
     SlicedTask m_task;
     HexClipboard m_clipboard;
-    HexLayout m_layout;
+    HexViewport m_view;
     HexEditCommands *m_commands = nullptr;
     HexDrag *m_drag = nullptr;
     QString m_placeholder;

@@ -1,0 +1,91 @@
+#include "hexkeys.h"
+
+#include "qhexedit.h"
+
+#include <QKeyEvent>
+
+HexKeys::HexKeys(QHexEdit *edit)
+    : m_edit(edit)
+{
+}
+
+bool HexKeys::press(const QKeyEvent *event)
+{
+    return zoom(event) || move(event) || edit(event);
+}
+
+bool HexKeys::zoom(const QKeyEvent *event)
+{
+    const bool control = event->modifiers() == Qt::ControlModifier;
+    if (event->matches(QKeySequence::ZoomIn) || (event->key() == Qt::Key_Equal && control))
+        m_edit->zoom(1);
+    else if (event->matches(QKeySequence::ZoomOut))
+        m_edit->zoom(-1);
+    else if (event->key() == Qt::Key_0 && control)
+        m_edit->zoom(0);
+    else
+        return false;
+    return true;
+}
+
+bool HexKeys::move(const QKeyEvent *event)
+{
+    constexpr int row = HexLayout::bytesPerRow;
+    const bool shift = event->modifiers() & Qt::ShiftModifier;
+    const bool control = event->modifiers() & Qt::ControlModifier;
+    const qint64 caret = m_edit->address();
+    // Behind the last byte of a selected row one is still in that row.
+    const qint64 rowStart = (shift && caret > m_edit->content().anchor() ? caret - 1 : caret) / row * row;
+    const qint64 page = qint64(m_edit->view().rows()) * row;
+    qint64 to = caret;
+    switch (event->key()) {
+    case Qt::Key_Left:
+        to = caret - 1;
+        break;
+    case Qt::Key_Right:
+        to = caret + 1;
+        break;
+    case Qt::Key_Up:
+        to = caret >= row ? caret - row : caret;
+        break;
+    case Qt::Key_Down:
+        to = caret + row <= m_edit->size() ? caret + row : caret;
+        break;
+    case Qt::Key_PageUp:
+        m_edit->view().scrollByPages(-1);
+        to = caret >= page ? caret - page : caret % row;
+        break;
+    case Qt::Key_PageDown:
+        m_edit->view().scrollByPages(1);
+        to = caret + page <= m_edit->size() ? caret + page : m_edit->size();
+        break;
+    case Qt::Key_Home:
+        to = control ? 0 : rowStart;
+        break;
+    case Qt::Key_End:
+        to = control ? m_edit->size() : qMin(rowStart + row - (shift ? 0 : 1), m_edit->size());
+        break;
+    default:
+        return false;
+    }
+    m_edit->goTo(to, shift);
+    return true;
+}
+
+bool HexKeys::edit(const QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Insert && event->modifiers() == Qt::NoModifier) {
+        m_edit->setOverwrite(!m_edit->isOverwrite());
+        return true;
+    }
+    if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
+        m_edit->erase(event->key() == Qt::Key_Delete);
+        return true;
+    }
+    const QString text = event->text();
+    if (text.isEmpty() || !text.at(0).isPrint() ||
+        (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
+        return false;
+    m_edit->typeText(text);
+    return true;
+}

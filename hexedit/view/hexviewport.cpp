@@ -1,0 +1,86 @@
+#include "hexviewport.h"
+
+#include <QAbstractScrollArea>
+#include <QScrollBar>
+#include <limits>
+
+HexViewport::HexViewport(QAbstractScrollArea *area, const HexContent &content)
+    : m_area(area)
+    , m_content(content)
+{
+    area->verticalScrollBar()->setSingleStep(1);
+}
+
+void HexViewport::update()
+{
+    m_layout.update(m_area->fontMetrics(), m_content.size());
+    const qint64 lastRow = m_content.size() / HexLayout::bytesPerRow;
+    m_area->verticalScrollBar()->setPageStep(rows());
+    m_area->verticalScrollBar()->setRange(
+        0, static_cast<int>(qBound<qint64>(0, lastRow + 1 - rows(), std::numeric_limits<int>::max())));
+    const int width = m_area->viewport()->width();
+    m_area->horizontalScrollBar()->setPageStep(width);
+    m_area->horizontalScrollBar()->setRange(0, qMax(0, m_layout.width() - width));
+    m_area->horizontalScrollBar()->setSingleStep(m_layout.cellWidth());
+}
+
+qint64 HexViewport::topRow() const
+{
+    return m_area->verticalScrollBar()->value();
+}
+
+int HexViewport::rows() const
+{
+    return qMax(1, m_area->viewport()->height() / m_layout.rowHeight() - 1); // one is the header
+}
+
+bool HexViewport::endsAt(qint64 address) const
+{
+    return address <= (topRow() + rows() + 1) * HexLayout::bytesPerRow;
+}
+
+void HexViewport::scrollTo(qint64 address)
+{
+    const qint64 row = address / HexLayout::bytesPerRow;
+    if (row < topRow())
+        m_area->verticalScrollBar()->setValue(static_cast<int>(row));
+    else if (row >= topRow() + rows())
+        m_area->verticalScrollBar()->setValue(static_cast<int>(row - rows() + 1));
+}
+
+void HexViewport::scrollByPages(int pages)
+{
+    m_area->verticalScrollBar()->setValue(m_area->verticalScrollBar()->value() + pages * rows());
+}
+
+QPoint HexViewport::origin() const
+{
+    return {-m_area->horizontalScrollBar()->value(), m_layout.rowHeight()};
+}
+
+QRect HexViewport::rowsRect() const
+{
+    return m_area->viewport()->rect().adjusted(0, m_layout.rowHeight(), 0, 0);
+}
+
+QRect HexViewport::caretRect() const
+{
+    const qint64 below = m_content.caret() / HexLayout::bytesPerRow - topRow();
+    const int row = static_cast<int>(qBound<qint64>(0, below, rows()));
+    const int column = static_cast<int>(m_content.caret() % HexLayout::bytesPerRow);
+    const QRect cell = m_content.isInText() ? m_layout.text(row, column) : m_layout.hex(row, column);
+    return cell.translated(origin());
+}
+
+HexLayout::Place HexViewport::placeAt(const QPoint &point) const
+{
+    HexLayout::Place place = m_layout.placeAt(point - origin());
+    place.row += topRow();
+    return place;
+}
+
+qint64 HexViewport::addressAt(const QPoint &point) const
+{
+    const HexLayout::Place place = placeAt(point);
+    return qBound<qint64>(0, place.row * HexLayout::bytesPerRow + place.column, m_content.size());
+}
