@@ -4,21 +4,24 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QLineEdit>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTest>
+#include <QTextEdit>
 #include <QTimer>
 #include <QWindow>
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
-constexpr int kLookMs = 20;
+constexpr int kWaitMs = 30000;
+constexpr int kPollMs = 20;
 
 bool fail(const QString &why, const QWidget *widget = nullptr)
 {
-    qWarning().noquote() << "the user could not go on:" << why
+    qWarning().noquote() << "the user cannot go on:" << why
                          << (widget ? QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') +
                                           widget->objectName()
                                     : QString());
@@ -45,6 +48,45 @@ QAction *actionNamed(const QMenu *menu, const QString &text)
     return nullptr;
 }
 
+// The window that gets the keys; null when none has them within the time.
+QWindow *keyWindow()
+{
+    const auto isReady = [] {
+        return QGuiApplication::focusWindow() && QGuiApplication::focusWindow()->isExposed();
+    };
+    return QTest::qWaitFor(isReady, kWaitMs) ? QGuiApplication::focusWindow() : nullptr;
+}
+
+// No list and no menu is open, and the window below has the keys again, which
+// comes a little later: keys typed in between are lost.
+bool waitForPopupsToClose()
+{
+    return QTest::qWaitFor(
+        [] {
+            const QWindow *window = QGuiApplication::focusWindow();
+            return !QApplication::activePopupWidget() && window && window->isExposed() &&
+                   window->type() != Qt::Popup;
+        },
+        kWaitMs);
+}
+
+// The widget or the field inside of it has the focus.
+bool hasFocus(const QWidget *widget)
+{
+    return widget->hasFocus() || widget->isAncestorOf(QApplication::focusWidget());
+}
+
+// What a field for text shows; nothing where the widget is none.
+QString textIn(const QWidget *field)
+{
+    if (const auto *line = qobject_cast<const QLineEdit *>(field))
+        return line->text();
+    if (const auto *plain = qobject_cast<const QPlainTextEdit *>(field))
+        return plain->toPlainText();
+    const auto *rich = qobject_cast<const QTextEdit *>(field);
+    return rich ? rich->toPlainText() : QString();
+}
+
 void closePopups()
 {
     while (QWidget *popup = QApplication::activePopupWidget())
@@ -58,11 +100,11 @@ bool walkMenu(QPushButton *button, const QStringList &path,
 {
     bool arrived = false;
     int step = 0;
-    QElapsedTimer patience;
-    patience.start();
+    QElapsedTimer clock;
+    clock.start();
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, [&] {
-        if (patience.hasExpired(kPatienceMs)) {
+        if (clock.hasExpired(kWaitMs)) {
             look.stop();
             closePopups();
             return;
@@ -81,10 +123,11 @@ bool walkMenu(QPushButton *button, const QStringList &path,
         arrived = true;
         atEnd(menu, action);
     });
-    look.start(kLookMs);
+    look.start(kPollMs);
     if (!UserHand::click(button))
         return false;
-    return arrived || fail(QStringLiteral("no menu ") + path.join(QStringLiteral(" > ")), button);
+    return (arrived && waitForPopupsToClose()) ||
+           fail(QStringLiteral("no menu ") + path.join(QStringLiteral(" > ")), button);
 }
 
 } // namespace
@@ -118,25 +161,24 @@ bool clickAt(QWidget *widget, const QPoint &place)
 
 bool press(int key, Qt::KeyboardModifiers modifiers)
 {
-    if (!QTest::qWaitFor([] { return QGuiApplication::focusWindow() != nullptr; }, kPatienceMs))
+    QWindow *window = keyWindow();
+    if (!window)
         return fail(QStringLiteral("no window has the focus"));
-    QTest::keyClick(QGuiApplication::focusWindow(), static_cast<Qt::Key>(key), modifiers);
+    QTest::keyClick(window, static_cast<Qt::Key>(key), modifiers);
     return true;
 }
 
 bool type(const QString &text)
 {
     for (const QChar character : text) {
+        QWindow *window = keyWindow();
+        if (!window || !QApplication::focusWidget())
+            return fail(QStringLiteral("nothing has the focus"));
         if (character == QLatin1Char('\n')) {
-            if (!press(Qt::Key_Return))
-                return false;
+            QTest::keyClick(window, Qt::Key_Return);
         } else if (character.unicode() < 0x7F) {
-            if (!QGuiApplication::focusWindow())
-                return fail(QStringLiteral("no window has the focus"));
-            QTest::keyClick(QGuiApplication::focusWindow(), character.toLatin1());
+            QTest::keyClick(window, character.toLatin1());
         } else {
-            if (!QApplication::focusWidget())
-                return fail(QStringLiteral("no widget has the focus"));
             QInputMethodEvent event;
             event.setCommitString(character);
             QCoreApplication::sendEvent(QApplication::focusWidget(), &event);
@@ -147,7 +189,21 @@ bool type(const QString &text)
 
 bool typeInto(QWidget *field, const QString &text)
 {
-    return click(field) && press(Qt::Key_A, Qt::ControlModifier) && press(Qt::Key_Backspace) && type(text);
+    if (!click(field))
+        return false;
+    if (!QTest::qWaitFor([field] { return hasFocus(field); }, kWaitMs))
+        return fail(QStringLiteral("the field did not get the focus"), field);
+    if (!press(Qt::Key_A, Qt::ControlModifier) || !press(Qt::Key_Backspace))
+        return false;
+    if (!QTest::qWaitFor([field] { return textIn(field).isEmpty(); }, kWaitMs))
+        return fail(QStringLiteral("the field was not emptied"), field);
+    if (!type(text))
+        return false;
+    if (!QTest::qWaitFor([field, &text] { return textIn(field) == text; }, kWaitMs))
+        return fail(QStringLiteral("the field shows ") + textIn(field) + QStringLiteral(" instead of ") +
+                        text,
+                    field);
+    return true;
 }
 
 bool choose(QComboBox *box, const QString &entry)
@@ -158,7 +214,7 @@ bool choose(QComboBox *box, const QString &entry)
     if (!clickAt(box, {box->width() - 8, box->height() / 2}))
         return false;
     QAbstractItemView *view = box->view();
-    if (!QTest::qWaitFor([view] { return isUp(view->window()); }, kPatienceMs))
+    if (!QTest::qWaitFor([view] { return isUp(view->window()); }, kWaitMs))
         return fail(QStringLiteral("the list did not open"), box);
     const QModelIndex index = box->model()->index(row, box->modelColumn());
     view->scrollTo(index);
@@ -167,12 +223,12 @@ bool choose(QComboBox *box, const QString &entry)
     // A list ignores the click that opened it until the pointer has moved on.
     QTest::mouseMove(list, place + QPoint(12, 0));
     QTest::mouseMove(list, place);
-    if (!QTest::qWaitFor([&] { return view->currentIndex() == index; }, kPatienceMs))
+    if (!QTest::qWaitFor([&] { return view->currentIndex() == index; }, kWaitMs))
         return fail(QStringLiteral("the entry could not be pointed at"), box);
     QTest::mouseClick(list, Qt::LeftButton, {}, place);
-    return QTest::qWaitFor([view] { return !view->isVisible(); }, kPatienceMs) && box->currentIndex() == row
-               ? true
-               : fail(QStringLiteral("the entry was not taken"), box);
+    if (!waitForPopupsToClose() || view->isVisible() || box->currentIndex() != row)
+        return fail(QStringLiteral("the entry was not chosen"), box);
+    return true;
 }
 
 bool chooseFromMenu(QPushButton *button, const QStringList &path)
@@ -193,12 +249,12 @@ bool visitMenu(QPushButton *button, const QStringList &path, const std::function
 bool inDialog(const std::function<bool()> &opens, const std::function<bool(QWidget *dialog)> &answer)
 {
     bool answered = false;
-    QElapsedTimer patience;
-    patience.start();
+    QElapsedTimer clock;
+    clock.start();
     QTimer look;
     QObject::connect(&look, &QTimer::timeout, [&] {
         QWidget *dialog = QApplication::activeModalWidget();
-        if (patience.hasExpired(kPatienceMs)) {
+        if (clock.hasExpired(kWaitMs)) {
             look.stop();
             if (dialog)
                 dialog->close();
@@ -209,11 +265,11 @@ bool inDialog(const std::function<bool()> &opens, const std::function<bool(QWidg
                 dialog->close();
         }
     });
-    look.start(kLookMs);
+    look.start(kPollMs);
     if (!opens())
         return false;
     // The dialog may open later than what asked for it returns.
-    const bool over = QTest::qWaitFor([&] { return !look.isActive(); }, kPatienceMs + 1000);
+    const bool over = QTest::qWaitFor([&] { return !look.isActive(); }, kWaitMs + 1000);
     return (over && answered) || fail(QStringLiteral("no dialog was answered"));
 }
 

@@ -1,0 +1,107 @@
+#include "dialoganswers.h"
+#include "loglines.h"
+#include "qtterminalwidget.h"
+#include "tours.h"
+#include "userhand.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTest>
+
+// Text and hexadecimal, by hand; the cable comes out and goes back in.
+void SerialTour::talksToABoard()
+{
+    BoardProcess board("COM5", stage().portsFolder());
+    const auto record = stage().file("record");
+    QVERIFY(stage().plugIn(board, {"--mode", "shell", "--encoding", "gb18030", "--record", record}));
+    QVERIFY(stage().chooseSetting({"编码设置", "GB18030"}));
+    QVERIFY(stage().openPort(board));
+    QVERIFY(click("checkNewline"));
+    QVERIFY(typeInto("textEditSend", "led on"));
+    QVERIFY(click("btnSingleSend"));
+    WAIT_EQUAL(stage().shownText(), QString("LED 已打开\n"));
+    QVERIFY(typeInto("textEditSend", "温度"));
+    QVERIFY(UserHand::press(Qt::Key_Return, Qt::ControlModifier));
+    WAIT_EQUAL(stage().content("record"), QByteArray("led on\r\n\xCE\xC2\xB6\xC8\r\n"));
+    WAIT_EQUAL(stage().shownText().count('\n'), 2); // an unknown command
+
+    QVERIFY(click("radioSendHex"));
+    QVERIFY(click("radioRecvHex"));
+    QVERIFY(click("btnClearRecv"));
+    QVERIFY(click("btnClearCount"));
+    QVERIFY(typeInto("textEditSend", "6C 65 64 20 6F 66 66"));
+    QVERIFY(click("btnSingleSend"));
+    WAIT_EQUAL(stage().sentShown(), qint64(9));
+    WAIT_EQUAL(stage().receivedShown(), qint64(12));
+    WAIT_EQUAL(stage().shownText(), QString("4C 45 44 20 D2 D1 B9 D8 B1 D5 0D 0A "));
+
+    // Long enough for the list of ports to change.
+    QVERIFY(click("radioSendText"));
+    QVERIFY(typeInto("textEditSend", "unplug 3000"));
+    QVERIFY(click("btnSingleSend"));
+    QVERIFY(stage().waitForNotice("当前串口已拔出，请重新打开!", Notice::Error));
+    WAIT_FOR(!stage().isOpenShown() && find<QComboBox>("comboPort")->findText("COM5 虚拟串口") < 0);
+    WAIT_FOR(find<QComboBox>("comboPort")->findText("COM5 虚拟串口") >= 0);
+    QVERIFY(stage().openPort(board));
+    QVERIFY(stage().closePort());
+    QVERIFY(stage().waitForNotice("串口[COM5]已关闭!!", Notice::Information));
+}
+
+void SerialTour::showsAndSavesTheLog()
+{
+    BoardProcess board("COM3", stage().portsFolder());
+    QVERIFY(stage().plugIn(board, {"--mode", "log", "--seed", "7", "--rate", "40"}));
+    QVERIFY(stage().chooseSetting({"编码设置", "UTF-8"}));
+    QVERIFY(stage().openPort(board));
+    WAIT_FOR(stage().shownText().count('\n') >= 60);
+    QVERIFY(stage().closePort());
+
+    // The newest line is in sight, and nothing was selected.
+    const QScrollBar *bar = stage().terminal()->verticalScrollBar();
+    QVERIFY(bar->maximum() > 0);
+    WAIT_EQUAL(bar->value(), bar->maximum());
+    QVERIFY(!stage().terminal()->textCursor().hasSelection());
+    const QString shown = stage().shownText();
+    QString expected;
+    for (quint32 line = 0; expected.size() < shown.size(); ++line)
+        expected += Boardsim::logLine(line, qint64(line) * 25, 7) + '\n';
+    QCOMPARE(shown, expected.left(shown.size()));
+
+    // Through the real file dialog, by typing a name.
+    const QString name = stage().file("接收.txt");
+    QVERIFY(UserHand::inDialog([this] { return click("btnSaveRecv"); },
+                               [&name](QWidget *dialog) {
+                                   return UserHand::typeInto(dialog->findChild<QWidget *>("fileNameEdit"),
+                                                             name) &&
+                                          UserHand::press(Qt::Key_Return);
+                               }));
+    QVERIFY(stage().waitForNotice("文件保存完成!", Notice::Information));
+    QCOMPARE(stage().content("接收.txt"), shown.toUtf8());
+}
+
+void SerialTour::sendsFiles()
+{
+    BoardProcess board("COM6", stage().portsFolder());
+    QVERIFY(stage().plugIn(board, {"--mode", "ymodem", "--ask-interval", "200", "--fault", "lose@2",
+                                   "--receive-folder", stage().file("received")}));
+    const QByteArray firmware = QByteArray("0123456789abcde").repeated(2000);
+    QFile file(stage().file("固件 v2.bin"));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size());
+    file.close();
+    Stage::answerFileDialogs(file.fileName());
+    QVERIFY(choose("comboSendPage", "发送文件"));
+    QVERIFY(click("btnOpenFiles"));
+    auto *send = find<QPushButton>("btnSendFiles");
+    QVERIFY(!send->isEnabled()); // without a port
+    QVERIFY(stage().openPort(board));
+    QVERIFY(click("btnSendFiles"));
+    WAIT_EQUAL(send->text(), QString("停止发送"));
+    WAIT_EQUAL(send->text(), QString("发送文件"));
+    QVERIFY(stage().waitForNotice("文件传输完成！", Notice::Information));
+    QCOMPARE(stage().content("received/固件 v2.bin"), firmware);
+    // The board asks for more, and the page has its port again.
+    const qint64 before = stage().receivedShown();
+    WAIT_FOR(stage().receivedShown() > before);
+}
