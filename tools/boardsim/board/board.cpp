@@ -1,13 +1,46 @@
 #include "board.h"
 
+#include <QRegularExpression>
+
+#include <limits>
+
 namespace Boardsim {
 
-Board::Board(const Options &options, QObject *parent)
+void Board::Options::addTo(CommandLine &line)
+{
+    constexpr int max = std::numeric_limits<int>::max();
+    folder = qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
+    line.addText("folder", "path",
+                 QStringLiteral("Folder of the port links (default: $KORVEX_VIRTUAL_PORTS)."), &folder);
+    line.addTexts("port", "COM<n>", QStringLiteral("Name of the port (default: COM3)."),
+                  [this](const QString &text) {
+                      static const QRegularExpression name(QStringLiteral("\\ACOM[1-9][0-9]{0,3}\\z"));
+                      port = text;
+                      return text.contains(name);
+                  });
+    line.addNumber("delay", "ms", QStringLiteral("Begins so long after a host has opened the port"),
+                   &startDelayMs, 0, max);
+    line.addFlag("start-on-byte", QStringLiteral("Begins with the first byte from the host instead."),
+                 &startOnByte);
+    line.addNumber("unplug-after", "ms",
+                   QStringLiteral("Vanishes so long after a host first opened the port; -1 never"),
+                   &unplugAfterMs, -1, max);
+    line.addNumber("replug-after", "ms", QStringLiteral("Comes back so long after vanishing; -1 never"),
+                   &replugAfterMs, -1, max);
+    line.addText("record", "file", QStringLiteral("Writes every byte from the host to this file."),
+                 &recordFile);
+    line.addCheck([this] {
+        if (folder.isEmpty())
+            CommandLine::reject(QStringLiteral("name a folder with --folder or in KORVEX_VIRTUAL_PORTS"));
+    });
+}
+
+Board::Board(const Options &options, const MakeMode &makeMode, QObject *parent)
     : BoardBase(parent)
     , m_options(options)
     , m_record(options.recordFile)
     , m_port(options.folder, options.port)
-    , m_mode(BoardMode::create(options, m_port))
+    , m_mode(makeMode(m_port))
     , m_unplugArmed(options.unplugAfterMs >= 0)
 {
     connect(&m_port, &VirtualPort::hostArrived, this, &Board::onHostArrived);

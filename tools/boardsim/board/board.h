@@ -1,13 +1,16 @@
 #pragma once
 
-// A board: its port, what it does there, when its cable is pulled, and the
-// record of what it was sent.
+// A board on a virtual port: the port, its mode, when its cable is pulled, and
+// the record of what it was sent.
 
 #include "boardbase.h"
 #include "boardmode.h"
 
 #include <QFile>
 #include <QTimer>
+
+#include <functional>
+#include <memory>
 
 namespace Boardsim {
 
@@ -16,14 +19,28 @@ class Board : public BoardBase
     Q_OBJECT
 
 public:
-    explicit Board(const Options &options, QObject *parent = nullptr);
+    struct Options
+    {
+        QString folder; // of the links
+        QString port = QStringLiteral("COM3");
+        int startDelayMs = 200;   // from the host's arrival
+        bool startOnByte = false; // instead of the delay
+        int unplugAfterMs = -1;   // from the host's first arrival; -1 never
+        int replugAfterMs = -1;   // from the unplugging; -1 never
+        QString recordFile;
+
+        void addTo(CommandLine &line);
+    };
+    using MakeMode = std::function<std::unique_ptr<BoardMode>(VirtualPort &port)>;
+
+    Board(const Options &options, const MakeMode &makeMode, QObject *parent = nullptr);
     ~Board() override;
 
     // Opens the record and plugs the port in; on failure false and an English text.
     bool begin(QString *error) override;
 
-    // Also "dropped=.. blocked_ms=..": bytes, and the
-    // milliseconds during which output waited for the host.
+    // Also "dropped=.. blocked_ms=..": bytes, and the milliseconds during which
+    // output was pending because the host did not read.
     QString statistics() const override;
 
 private:

@@ -3,14 +3,19 @@
 // What a board does with its port. A mode begins when the board starts to talk
 // to a host and ends when the host leaves; it may begin again with the next.
 
-#include "options.h"
+#include "payloadoptions.h"
 #include "virtualport.h"
 
 #include <QObject>
 
-#include <memory>
-
 namespace Boardsim {
+
+// Each mode has its options: what they are called on the command line and their
+// values.
+struct NoOptions
+{
+    void addTo(CommandLine &) {}
+};
 
 class BoardMode : public QObject
 {
@@ -18,10 +23,10 @@ class BoardMode : public QObject
 
 public:
     // The port must outlive the mode.
-    explicit BoardMode(VirtualPort &port);
-
-    // The mode that the options name.
-    static std::unique_ptr<BoardMode> create(const Options &options, VirtualPort &port);
+    explicit BoardMode(VirtualPort &port)
+        : m_port(port)
+    {
+    }
 
     virtual void start() {}
     virtual void stop() {}
@@ -43,6 +48,19 @@ protected:
 
 private:
     VirtualPort &m_port;
+};
+
+// Reads and counts what comes.
+class SilentMode : public BoardMode
+{
+    Q_OBJECT
+
+public:
+    using Options = NoOptions;
+    SilentMode(const Options &, VirtualPort &port)
+        : BoardMode(port)
+    {
+    }
 };
 
 } // namespace Boardsim

@@ -2,13 +2,21 @@
 
 namespace Boardsim {
 
+void BurstMode::Options::addTo(CommandLine &line)
+{
+    payload.addTo(line);
+    addTotal(line, &totalBytes);
+    line.addNumber("bytes-per-second", "n", QStringLiteral("Mean rate"), &bytesPerSecond, 1, 100000000);
+    line.addNumber("burst-pause", "ms", QStringLiteral("Silence between bursts"), &pauseMs, 1, 60000);
+}
+
 BurstMode::BurstMode(const Options &options, VirtualPort &port)
     : BoardMode(port)
-    , m_fresh(options.encoding, options.seed)
+    , m_fresh(options.payload.encoding, options.payload.seed)
     , m_total(options.totalBytes)
     , m_payload(m_fresh)
     , m_bytesPerSecond(options.bytesPerSecond)
-    , m_pauseMs(options.burstPauseMs)
+    , m_pauseMs(options.pauseMs)
 {
     m_pause.setSingleShot(true);
     m_pause.setTimerType(Qt::PreciseTimer);
@@ -33,8 +41,8 @@ void BurstMode::stop()
 
 void BurstMode::send()
 {
-    // As much as the rate allows for the time since the last burst, so that
-    // late timers do not lower the rate; but never more than two pauses' worth.
+    // What the rate allows for the time since the last burst, so that late
+    // timers do not lower the rate; at most that of two pauses.
     const qint64 elapsedUs = qMin(m_sinceBurst.nsecsElapsed() / 1000, qint64(m_pauseMs) * 2000);
     m_sinceBurst.start();
     m_owed += elapsedUs * m_bytesPerSecond;

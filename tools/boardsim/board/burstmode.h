@@ -15,6 +15,15 @@ class BurstMode : public BoardMode
     Q_OBJECT
 
 public:
+    struct Options
+    {
+        PayloadOptions payload;
+        qint64 totalBytes = -1; // for each host; -1 without end
+        int bytesPerSecond = 92000;
+        int pauseMs = 12; // between bursts
+        void addTo(CommandLine &line);
+    };
+
     BurstMode(const Options &options, VirtualPort &port);
 
     void start() override;

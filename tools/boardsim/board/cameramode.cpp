@@ -4,8 +4,8 @@ namespace Boardsim {
 
 CameraMode::CameraMode(const Options &options, VirtualPort &virtualPort)
     : BoardMode(virtualPort)
-    , m_stream(options.camera, {[this](const QByteArray &bytes) { port().write(bytes); },
-                                [this] { return qint64(port().queued()); }})
+    , m_stream(options, {[this](const QByteArray &bytes) { port().write(bytes); },
+                         [this] { return qint64(port().queued()); }})
 {
     connect(&m_stream, &CameraStream::finished, this, &CameraMode::finished);
 }

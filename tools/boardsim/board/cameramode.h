@@ -11,6 +11,8 @@ class CameraMode : public BoardMode
     Q_OBJECT
 
 public:
+    using Options = CameraOptions;
+
     CameraMode(const Options &options, VirtualPort &port);
 
     void start() override { m_stream.start(); }

@@ -4,6 +4,7 @@
 // they are asked for. The line is two functions of its owner.
 
 #include "cameraboard.h"
+#include "commandline.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -12,6 +13,13 @@
 #include <functional>
 
 namespace Boardsim {
+
+struct CameraOptions : CameraSettings
+{
+    bool isStill = false; // the color bars
+
+    void addTo(CommandLine &line);
+};
 
 class CameraStream : public QObject
 {

@@ -2,14 +2,14 @@
 
 namespace Boardsim {
 
-// With more than this to return, the board reads nothing new: a host that
-// sends and does not read is held up instead of filling the memory.
-static constexpr qsizetype mostQueued = 1 << 18;
+// With more than this pending, the board stops reading, so that a host that
+// sends and does not read is paused instead of filling the memory.
+static constexpr qsizetype maxQueued = 1 << 18;
 
 void EchoMode::received(const QByteArray &bytes)
 {
     port().write(bytes);
-    if (port().queued() > mostQueued)
+    if (port().queued() > maxQueued)
         port().setReading(false);
 }
 

@@ -4,13 +4,17 @@
 
 namespace Boardsim {
 
-// Returns what comes, byte for byte.
+// Returns what it receives, byte for byte.
 class EchoMode : public BoardMode
 {
     Q_OBJECT
 
 public:
-    using BoardMode::BoardMode;
+    using Options = NoOptions;
+    EchoMode(const Options &, VirtualPort &port)
+        : BoardMode(port)
+    {
+    }
 
     void received(const QByteArray &bytes) override;
     void outputEmpty() override;

@@ -4,9 +4,15 @@ namespace Boardsim {
 
 static constexpr qint64 chunkBytes = 16384;
 
+void FloodMode::Options::addTo(CommandLine &line)
+{
+    payload.addTo(line);
+    addTotal(line, &totalBytes);
+}
+
 FloodMode::FloodMode(const Options &options, VirtualPort &port)
     : BoardMode(port)
-    , m_fresh(options.encoding, options.seed)
+    , m_fresh(options.payload.encoding, options.payload.seed)
     , m_total(options.totalBytes)
     , m_payload(m_fresh)
 {

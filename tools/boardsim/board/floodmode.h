@@ -10,6 +10,13 @@ class FloodMode : public BoardMode
     Q_OBJECT
 
 public:
+    struct Options
+    {
+        PayloadOptions payload;
+        qint64 totalBytes = -1; // for each host; -1 without end
+        void addTo(CommandLine &line);
+    };
+
     FloodMode(const Options &options, VirtualPort &port);
 
     void start() override;

@@ -4,17 +4,23 @@
 
 namespace Boardsim {
 
-static constexpr qsizetype mostQueued = 1 << 16;
-static constexpr int shortestTickMs = 5;
+static constexpr qsizetype maxQueued = 1 << 16;
+static constexpr int minTickMs = 5;
+
+void LogMode::Options::addTo(CommandLine &line)
+{
+    payload.addTo(line);
+    line.addNumber("rate", "n", QStringLiteral("Lines per second"), &linesPerSecond, 1, 100000);
+}
 
 LogMode::LogMode(const Options &options, VirtualPort &port)
     : BoardMode(port)
-    , m_encoding(options.encoding)
-    , m_seed(options.seed)
+    , m_encoding(options.payload.encoding)
+    , m_seed(options.payload.seed)
     , m_linesPerSecond(options.linesPerSecond)
 {
     m_timer.setTimerType(Qt::PreciseTimer);
-    m_timer.setInterval(qMax(shortestTickMs, 1000 / m_linesPerSecond));
+    m_timer.setInterval(qMax(minTickMs, 1000 / m_linesPerSecond));
     connect(&m_timer, &QTimer::timeout, this, &LogMode::printDue);
 }
 
@@ -38,7 +44,7 @@ void LogMode::printDue()
         const qint64 timeMs = qint64(m_nextLine) * 1000 / m_linesPerSecond;
         lines += encoded(logLine(m_nextLine, timeMs, m_seed) + QStringLiteral("\r\n"), m_encoding);
     }
-    if (!lines.isEmpty() && port().queued() < mostQueued)
+    if (!lines.isEmpty() && port().queued() < maxQueued)
         port().write(lines);
 }
 

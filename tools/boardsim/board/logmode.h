@@ -14,6 +14,13 @@ class LogMode : public BoardMode
     Q_OBJECT
 
 public:
+    struct Options
+    {
+        PayloadOptions payload;
+        int linesPerSecond = 20;
+        void addTo(CommandLine &line);
+    };
+
     LogMode(const Options &options, VirtualPort &port);
 
     void start() override;

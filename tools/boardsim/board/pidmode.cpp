@@ -5,13 +5,30 @@ namespace Boardsim {
 namespace {
 
 constexpr int tickMs = 2;
-constexpr qsizetype mostQueued = 1 << 16; // a board waits for its line
-constexpr int gluedBytes = 20 * 15;       // twenty actual values
+constexpr qsizetype maxQueued = 1 << 16; // a board waits for its line
+constexpr int gluedBytes = 20 * 15;      // twenty actual values
 constexpr int faultPeriodMs = 2000;
 constexpr int silenceMs = 1000;
 constexpr int bootMs = 300;
 
 } // namespace
+
+void PidMode::Options::addTo(CommandLine &line)
+{
+    line.addNumber("report-rate", "n", QStringLiteral("Actual values per second of each running loop"),
+                   &reportsPerSecond, 1, 100000);
+    line.addNumber("noise", "units", QStringLiteral("Noise of the measurement, either way"), &noise, 0, 1000);
+    line.addNumber("seed", "n", QStringLiteral("Seed of noise and faults"), &seed, 0,
+                   std::numeric_limits<quint32>::max());
+    line.addChoice("pid-fault", QStringLiteral("What is wrong with it"), &fault,
+                   {{"none", Fault::None},
+                    {"garbage", Fault::Garbage},
+                    {"glued", Fault::Glued},
+                    {"cut", Fault::Cut},
+                    {"flood", Fault::Flood},
+                    {"silence", Fault::Silence},
+                    {"reset", Fault::Reset}});
+}
 
 PidMode::PidMode(const Options &options, VirtualPort &port)
     : BoardMode(port)
@@ -35,8 +52,8 @@ void PidMode::start()
     m_tick.start();
 }
 
-// The loops go on: a board does not notice that nobody listens. Time only
-// passes for them while somebody does, which nobody can tell.
+// The loops go on, since a board does not notice that no host listens. Their time
+// passes only while one does, which no host can tell.
 void PidMode::stop()
 {
     m_tick.stop();
@@ -44,31 +61,31 @@ void PidMode::stop()
 
 void PidMode::received(const QByteArray &bytes)
 {
-    if (!m_clock.isValid() || m_clock.elapsed() >= m_quietUntil || m_fault != Options::Fault::Reset)
+    if (!m_clock.isValid() || m_clock.elapsed() >= m_quietUntil || m_fault != Fault::Reset)
         m_board.receive(bytes);
 }
 
 void PidMode::tick()
 {
     const qint64 now = m_clock.elapsed();
-    if (port().queued() < mostQueued) {
+    if (port().queued() < maxQueued) {
         m_board.advance(now - m_told);
         m_told = now;
     }
     if (now >= m_nextFault) {
         m_nextFault = now + faultPeriodMs;
-        if (m_fault == Options::Fault::Silence)
+        if (m_fault == Fault::Silence)
             m_quietUntil = now + silenceMs;
-        else if (m_fault == Options::Fault::Reset && m_board.isRunning())
+        else if (m_fault == Fault::Reset && m_board.isRunning())
             crash();
     }
     send(m_board.takeOutput());
 }
 
-// With time running ever on: as many reports as the host takes.
+// Time advances with each call: as many reports as the host reads.
 void PidMode::outputEmpty()
 {
-    if (m_fault != Options::Fault::Flood || !m_tick.isActive() || !m_board.isRunning())
+    if (m_fault != Fault::Flood || !m_tick.isActive() || !m_board.isRunning())
         return;
     m_board.advance(20);
     send(m_board.takeOutput());
@@ -79,17 +96,17 @@ void PidMode::send(QByteArray bytes)
     if (m_clock.elapsed() < m_quietUntil)
         return;
     switch (m_fault) {
-    case Options::Fault::Garbage:
+    case Fault::Garbage:
         addGarbage(bytes);
         break;
-    case Options::Fault::Glued:
+    case Fault::Glued:
         m_held += bytes;
         if (m_board.isRunning() && m_held.size() < gluedBytes)
             return;
         bytes.swap(m_held);
         m_held.clear();
         break;
-    case Options::Fault::Cut:
+    case Fault::Cut:
         sendInPieces(bytes);
         return;
     default:
@@ -99,7 +116,7 @@ void PidMode::send(QByteArray bytes)
         port().write(bytes);
 }
 
-// Noise between frames, the beginning of a magic now and then. Output begins
+// Noise between frames, sometimes with the beginning of a magic. Output begins
 // and ends between frames.
 void PidMode::addGarbage(QByteArray &bytes)
 {
@@ -124,8 +141,7 @@ void PidMode::sendInPieces(const QByteArray &bytes)
     m_held.remove(0, count);
 }
 
-// The board falls over in the middle of a frame, and comes back a little later
-// with everything at rest.
+// The board crashes in the middle of a frame and restarts with all loops stopped.
 void PidMode::crash()
 {
     port().write(m_board.takeOutput() + QByteArray("ORVN\x01\x0f\x00\x00", 8));

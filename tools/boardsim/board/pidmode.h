@@ -15,6 +15,16 @@ class PidMode : public BoardMode
     Q_OBJECT
 
 public:
+    enum class Fault { None, Garbage, Glued, Cut, Flood, Silence, Reset };
+    struct Options
+    {
+        int reportsPerSecond = 100; // of each running loop
+        int noise = 2;              // of the measurement, in units either way
+        Fault fault = Fault::None;
+        quint32 seed = 1;
+        void addTo(CommandLine &line);
+    };
+
     PidMode(const Options &options, VirtualPort &port);
 
     void start() override;
@@ -32,7 +42,7 @@ private:
     quint32 random(quint32 below);
 
     PidBoard m_board;
-    Options::Fault m_fault;
+    Fault m_fault;
     quint32 m_seed;
     quint32 m_randoms = 0;
     QTimer m_tick;

@@ -6,10 +6,10 @@ namespace Boardsim {
 
 namespace {
 
-constexpr int longestLine = 256;
+constexpr int maxLineBytes = 256;
 constexpr qint64 chunkBytes = 16384;
-constexpr qlonglong longestWaitMs = 600000;
-constexpr qlonglong largestFlood = qlonglong(1) << 40;
+constexpr qlonglong maxWaitMs = 600000;
+constexpr qlonglong maxFloodBytes = qlonglong(1) << 40;
 
 // The one number that a command takes; false if it is missing or out of range.
 bool argument(const QStringList &words, qlonglong highest, qlonglong *value)
@@ -48,7 +48,7 @@ void ShellMode::received(const QByteArray &bytes)
             m_line.clear();
             if (!line.isEmpty())
                 execute(line);
-        } else if (m_line.size() < longestLine) {
+        } else if (m_line.size() < maxLineBytes) {
             m_line += byte;
         }
     }
@@ -71,14 +71,14 @@ void ShellMode::execute(const QString &line)
     } else if (line == QLatin1String("adc")) {
         const quint32 sample = scrambled(m_seed, m_samples++) % 4096; // 12 bits of 3.3 V
         answer(QStringLiteral("ADC = %1, 电压 %2 V").arg(sample).arg(sample * 3.3 / 4095, 0, 'f', 3));
-    } else if (command == QLatin1String("stall") && argument(words, longestWaitMs, &value)) {
+    } else if (command == QLatin1String("stall") && argument(words, maxWaitMs, &value)) {
         port().setStalled(true);
         m_stall.start(int(value));
-    } else if (command == QLatin1String("flood") && argument(words, largestFlood, &value)) {
+    } else if (command == QLatin1String("flood") && argument(words, maxFloodBytes, &value)) {
         m_payload = Payload(m_encoding, m_seed);
         m_floodLeft = value;
         outputEmpty();
-    } else if (command == QLatin1String("unplug") && argument(words, longestWaitMs, &value)) {
+    } else if (command == QLatin1String("unplug") && argument(words, maxWaitMs, &value)) {
         emit unplugRequested(int(value));
     } else {
         answer(QStringLiteral("未知命令: %1").arg(line));

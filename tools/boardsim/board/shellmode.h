@@ -13,6 +13,8 @@ class ShellMode : public BoardMode
     Q_OBJECT
 
 public:
+    using Options = PayloadOptions;
+
     ShellMode(const Options &options, VirtualPort &port);
 
     void stop() override;

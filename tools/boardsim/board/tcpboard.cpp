@@ -1,10 +1,8 @@
 #include "tcpboard.h"
 
-#include "tcplink.h"
-
 namespace Boardsim {
 
-TcpBoard::TcpBoard(const Options &options, QObject *parent)
+TcpBoard::TcpBoard(const TcpOptions &options, QObject *parent)
     : BoardBase(parent)
     , m_options(options)
     , m_record(options.recordFile)
@@ -28,12 +26,12 @@ bool TcpBoard::begin(QString *error)
         *error = QStringLiteral("cannot write %1").arg(m_options.recordFile);
         return false;
     }
-    if (m_options.mode == Options::Mode::TcpClient) {
+    if (m_options.connects) {
         for (int i = 0; i < m_options.peers; ++i)
             connectOut();
         return true;
     }
-    if (!m_server.listen(QHostAddress(m_options.address), quint16(m_options.netPort))) {
+    if (!m_server.listen(QHostAddress(m_options.address), quint16(m_options.port))) {
         *error = QStringLiteral("cannot listen: %1").arg(m_server.errorString());
         return false;
     }
@@ -55,7 +53,7 @@ void TcpBoard::connectOut()
         socket->setProperty("wasConnected", true);
         add(socket);
     });
-    socket->connectToHost(m_options.address, quint16(m_options.netPort));
+    socket->connectToHost(m_options.address, quint16(m_options.port));
 }
 
 void TcpBoard::connectLater()
@@ -84,9 +82,9 @@ void TcpBoard::closed(TcpLink *link)
     m_links.removeOne(link);
     link->deleteLater();
     emit happened(QStringLiteral("disconnected %1").arg(--m_connected));
-    const bool once = m_options.act == Options::Act::Vanish || m_options.act == Options::Act::Reset ||
-                      m_options.act == Options::Act::HalfClose;
-    if (m_options.mode == Options::Mode::TcpClient && !once)
+    const bool once = m_options.act == TcpOptions::Act::Vanish || m_options.act == TcpOptions::Act::Reset ||
+                      m_options.act == TcpOptions::Act::HalfClose;
+    if (m_options.connects && !once)
         connectLater();
 }
 

@@ -1,25 +1,23 @@
 #pragma once
 
-// A board that listens, or that connects as often as asked for; every
-// connection does what the options say. A client tries again until it gets
-// through, and comes back when it was disconnected unless that was its own doing.
+// A board that listens, or that makes a number of connections; every connection
+// does what the options say. A client retries until it is connected, and
+// reconnects unless it closed the connection itself.
 
 #include "boardbase.h"
-#include "options.h"
+#include "tcplink.h"
 
 #include <QFile>
 #include <QTcpServer>
 
 namespace Boardsim {
 
-class TcpLink;
-
 class TcpBoard : public BoardBase
 {
     Q_OBJECT
 
 public:
-    explicit TcpBoard(const Options &options, QObject *parent = nullptr);
+    explicit TcpBoard(const TcpOptions &options, QObject *parent = nullptr);
     ~TcpBoard() override;
 
     bool begin(QString *error) override;
@@ -31,7 +29,7 @@ private:
     void add(QTcpSocket *socket);
     void closed(TcpLink *link);
 
-    Options m_options;
+    TcpOptions m_options;
     QFile m_record;
     QTcpServer m_server;
     QList<TcpLink *> m_links;

@@ -1,12 +1,11 @@
 #pragma once
 
 // A board that speaks datagrams: returns them to their senders, counts them,
-// sends the payload in datagrams at a rate,
-// or is a camera.
+// sends the payload in datagrams at a rate, or is a camera.
 
 #include "boardbase.h"
 #include "camerastream.h"
-#include "options.h"
+#include "payloadoptions.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -20,6 +19,24 @@ class UdpBoard : public BoardBase
     Q_OBJECT
 
 public:
+    enum class Act { Echo, Silent, Flood, Camera };
+    struct Options
+    {
+        QString address = QStringLiteral("127.0.0.1"); // own, or the receiver's
+        int port = 0;                                  // own; 0 for any
+        int toPort = 0;                                // the receiver's
+        Act act = Act::Echo;
+        int datagramsPerSecond = 20; // flood
+        int messageBytes = 100;      // flood
+        qint64 totalBytes = -1;      // flood; -1 without end
+        int startDelayMs = 200;
+        QString recordFile;
+        PayloadOptions payload;
+        CameraOptions camera;
+
+        void addTo(CommandLine &line);
+    };
+
     explicit UdpBoard(const Options &options, QObject *parent = nullptr);
 
     bool begin(QString *error) override;

@@ -14,6 +14,14 @@ class YmodemMode : public BoardMode, private YmodemReceiver::Board
     Q_OBJECT
 
 public:
+    struct Options
+    {
+        PayloadOptions payload; // encoding of names, seed of noise
+        QString receiveFolder = QStringLiteral("received");
+        YmodemReceiver::Settings receiver;
+        void addTo(CommandLine &line);
+    };
+
     YmodemMode(const Options &options, VirtualPort &port);
 
     void start() override { m_receiver.start(); }

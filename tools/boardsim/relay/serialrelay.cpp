@@ -31,8 +31,8 @@ using namespace Boardsim;
 namespace {
 
 // How finely a busy line is looked after.
-constexpr qint64 longestNapNs = 250000;
-constexpr qint64 shortestNapNs = 20000;
+constexpr qint64 maxNapNs = 250000;
+constexpr qint64 minNapNs = 20000;
 
 class Direction
 {
@@ -108,13 +108,13 @@ void relay(int baudRate, SerialEnd &near, SerialEnd &far, const bool &ended)
         inward.advance(now);
         QCoreApplication::processEvents(); // what is to be written goes out
         now = clock.nsecsElapsed();
-        qint64 nap = longestNapNs;
+        qint64 nap = maxNapNs;
         for (const Direction *direction : {&outward, &inward}) {
             if (!direction->isIdle())
                 nap = qMin(nap, direction->doneNs() - now);
         }
         if (!outward.isIdle() || !inward.isIdle())
-            std::this_thread::sleep_for(std::chrono::nanoseconds(qMax(nap, shortestNapNs)));
+            std::this_thread::sleep_for(std::chrono::nanoseconds(qMax(nap, minNapNs)));
     }
 }
 

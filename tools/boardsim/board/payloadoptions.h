@@ -1,0 +1,36 @@
+#pragma once
+
+// Which payload a board sends, and in which encoding it writes its texts.
+
+#include "commandline.h"
+#include "payload.h"
+
+#include <limits>
+
+namespace Boardsim {
+
+struct PayloadOptions
+{
+    Encoding encoding = Encoding::Utf8;
+    quint32 seed = 1;
+
+    void addTo(CommandLine &line)
+    {
+        line.addChoice("encoding", QStringLiteral("Encoding"), &encoding,
+                       {{"utf8", Encoding::Utf8},
+                        {"gb18030", Encoding::Gb18030},
+                        {"ascii", Encoding::Ascii},
+                        {"binary", Encoding::Binary}});
+        line.addNumber("seed", "n", QStringLiteral("Seed of what is random"), &seed, 0,
+                       std::numeric_limits<quint32>::max());
+    }
+};
+
+// How much is sent to each host.
+inline void addTotal(CommandLine &line, qint64 *bytes)
+{
+    line.addNumber("total", "bytes", QStringLiteral("Bytes for each host; -1 without end"), bytes, -1,
+                   std::numeric_limits<qint64>::max());
+}
+
+} // namespace Boardsim
