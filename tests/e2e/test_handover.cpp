@@ -2,6 +2,7 @@
 // the user, downloads and quits; the unpacker waits for its process and
 // exchanges the files; the new version, which is the real program, runs.
 
+#include "testfiles.h"
 #include "updateserver.h"
 
 #include <QDir>
@@ -13,12 +14,6 @@
 #include <csignal>
 
 namespace {
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-}
 
 // The process that runs this very file; 0 where none does.
 pid_t processOf(const QString &program)
