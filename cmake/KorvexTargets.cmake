@@ -51,6 +51,10 @@ function(korvex_program name)
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} korvex_flags)
 endfunction()
 
+# Only with sanitizers: leaks fail a test, except those of libraries.
+set(KORVEX_LEAK_CHECK "ASAN_OPTIONS=detect_leaks=1"
+  "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/leaks.supp:print_suppressions=0")
+
 # korvex_test(<name> SOURCES ... LINKS ... [LABEL serial] [TIMEOUT 60] [ARGS ...])
 # A QtTest program, registered with CTest and run without a display.
 function(korvex_test name)
@@ -63,5 +67,5 @@ function(korvex_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
   add_test(NAME ${name} COMMAND ${name} ${ARG_ARGS})
   set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABEL}" TIMEOUT ${ARG_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;ASAN_OPTIONS=detect_leaks=0")
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;${KORVEX_LEAK_CHECK}")
 endfunction()
