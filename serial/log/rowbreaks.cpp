@@ -33,13 +33,15 @@ bool breaksBehind(QChar character)
 Row row(const QString &text, int start, int columns, Start from)
 {
     const bool isContinued = from.column > 0;
+    const QChar *const characters = text.constData();
     const int size = text.size();
     int used = from.column;
     int breakAt = start;
     int breakColumn = used;
     for (int i = start; i < size; ++i) {
-        const ushort unit = text.at(i).unicode();
-        if (isIdeograph(unit)) {
+        const ushort unit = characters[i].unicode();
+        const bool isWide = isIdeograph(unit);
+        if (isWide) {
             breakAt = i;
             breakColumn = used;
         }
@@ -54,9 +56,9 @@ Row row(const QString &text, int start, int columns, Start from)
         used = next;
         if (unit == QChar::LineSeparator)
             return {start, i + 1, from.column, columns};
-        if (QChar::isHighSurrogate(unit) && i + 1 < size && text.at(i + 1).isLowSurrogate())
+        if (QChar::isHighSurrogate(unit) && i + 1 < size && characters[i + 1].isLowSurrogate())
             ++i;
-        if (breaksBehind(QChar(unit))) {
+        if (isWide || unit == ' ' || unit == '\t') {
             breakAt = i + 1;
             breakColumn = used;
         }
