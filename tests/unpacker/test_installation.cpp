@@ -28,6 +28,8 @@ class TestInstallation : public QObject
 private slots:
     void init();
     void exchangesFiles();
+    void installsArchivesOfOthers_data();
+    void installsArchivesOfOthers();
     void survivesEveryFailure_data();
     void survivesEveryFailure();
     void goesBackWhereAFileIsInUse();
@@ -44,6 +46,7 @@ private:
     static void write(const fs::path &path, const QByteArray &content);
     static Tree treeAt(const fs::path &folder);
     void makeOld();
+    bool update(Disk &disk, const QByteArray &archive);
     bool update(Disk &disk);
     QString stateOf(const fs::path &folder) const;
     void checkAfterwards(const fs::path &folder, FaultyDisk::Fault fault, bool again);
@@ -106,12 +109,16 @@ void TestInstallation::makeOld()
 
 bool TestInstallation::update(Disk &disk)
 {
-    const QByteArray archive = makeZip({{"App", "new application", 0100755},
-                                        {"lib/a", "new a"},
-                                        {"plugins/deep/new.txt", "new file"},
-                                        {"unzip.exe", "new unpacker"},
-                                        {"conf/config.ini", "not these"},
-                                        {"lib/new", "another", 0100755}});
+    return update(disk, makeZip({{"App", "new application", 0100755},
+                                 {"lib/a", "new a"},
+                                 {"plugins/deep/new.txt", "new file"},
+                                 {"unzip.exe", "new unpacker"},
+                                 {"conf/config.ini", "not these"},
+                                 {"lib/new", "another", 0100755}}));
+}
+
+bool TestInstallation::update(Disk &disk, const QByteArray &archive)
+{
     std::istringstream stream(archive.toStdString());
     ZipReader reader(stream);
     Package package;
@@ -176,6 +183,36 @@ void TestInstallation::exchangesFiles()
     };
     QVERIFY(isExecutable("App") && isExecutable("unzip.exe") && isExecutable("lib/new"));
     QVERIFY(!isExecutable("lib/a"));
+}
+
+// As a maker of packages would make them, in whatever order of the files.
+void TestInstallation::installsArchivesOfOthers_data()
+{
+    QTest::addColumn<QString>("command"); // in a folder that holds the folder "K"
+    QTest::newRow("zip") << "cd K && zip -qr ../p.zip .";
+    QTest::newRow("zip, one folder") << "zip -qr p.zip K";
+    QTest::newRow("zip, to a pipe") << "zip -qr - K | cat > p.zip";
+    QTest::newRow("cmake, as cpack does") << "cmake -E tar cf p.zip --format=zip K";
+    QTest::newRow("python") << "python3 -m zipfile -c p.zip K/App K/lib K/中文.txt";
+}
+
+void TestInstallation::installsArchivesOfOthers()
+{
+    QFETCH(QString, command);
+    const QString prepare = "cd \"$0\"; mkdir -p K/lib; printf app > K/App; chmod 755 K/App; "
+                            "seq 30000 > K/lib/a; printf b > K/中文.txt; ";
+    QCOMPARE(QProcess::execute("sh", {"-ec", prepare + command, m_root->path()}), 0);
+    QFile archive(m_root->filePath("p.zip"));
+    QVERIFY(archive.open(QIODevice::ReadOnly));
+    FaultyDisk disk(FaultyDisk::None, 0);
+    QVERIFY2(update(disk, archive.readAll()), m_problem.c_str());
+    Tree expected = m_old;
+    expected["App"] = "app";
+    expected[QStringLiteral("中文.txt")] = "b";
+    expected["lib/a"].clear();
+    for (int i = 1; i <= 30000; ++i)
+        expected["lib/a"] += QByteArray::number(i) + '\n';
+    QCOMPARE(treeAt(folder()), expected);
 }
 
 void TestInstallation::survivesEveryFailure_data()
