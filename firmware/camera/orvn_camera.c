@@ -55,7 +55,7 @@ static void put_header(uint8_t *packet, uint8_t device, uint8_t command, uint32_
     packet[COMMAND] = command;
 }
 
-/* Puts everything around a short body that is already in its place. */
+/* Writes everything around a short body that is already in the buffer. */
 static size_t finish(uint8_t *packet, uint8_t device, uint8_t command, size_t body)
 {
     const size_t before = body + ORVN_CAMERA_HEADER;
@@ -112,7 +112,7 @@ static uint8_t length_of(const orvn_camera_receiver *receiver, uint8_t command)
     return 0;
 }
 
-/* Whether the bytes can still become a request. */
+/* Whether the bytes are the beginning of a request, or a complete one. */
 static int may_be_request(const orvn_camera_receiver *receiver, const uint8_t *bytes, uint8_t count)
 {
     const uint8_t compared = count < sizeof magic ? count : (uint8_t)sizeof magic;
@@ -125,8 +125,8 @@ static int may_be_request(const orvn_camera_receiver *receiver, const uint8_t *b
     return length != 0 && get(bytes + LENGTH, 4) == length;
 }
 
-/* Drops bytes at the front until what is left may be (the beginning of) a request. */
-static void resynchronise(orvn_camera_receiver *receiver)
+/* Drops bytes at the front until the rest may be (the beginning of) a request. */
+static void resynchronize(orvn_camera_receiver *receiver)
 {
     uint8_t skipped = 0;
     while (skipped < receiver->count &&
@@ -142,7 +142,7 @@ int orvn_camera_receive(orvn_camera_receiver *receiver, uint8_t byte, orvn_camer
     const uint8_t addresses = receiver->address_length;
     uint8_t length;
     receiver->bytes[receiver->count++] = byte;
-    resynchronise(receiver);
+    resynchronize(receiver);
     if (receiver->count <= COMMAND)
         return 0;
     length = length_of(receiver, packet[COMMAND]);
@@ -164,7 +164,7 @@ int orvn_camera_receive(orvn_camera_receiver *receiver, uint8_t byte, orvn_camer
         receiver->count = 0;
     } else { /* it may have been cut, and the next one may have begun in it */
         receiver->bytes[0] = 0;
-        resynchronise(receiver);
+        resynchronize(receiver);
     }
     return 1;
 }

@@ -3,12 +3,11 @@
 
 /*
  * The board's side of the camera link: builds the packets that carry pictures,
- * announcements and register values, and takes the host's register requests
- * out of received bytes.
+ * announcements and register values, and parses the host's register requests.
  *
  * C99, no allocation, no global state, independent of byte order. It knows no
- * line: a picture is sent as a header, its data as it lies in memory, and two
- * bytes of checksum, so that no copy of it is needed.
+ * line: a picture is sent as a header, its data from where it is in memory, and
+ * two bytes of checksum, so that no copy of it is needed.
  *
  * A packet, all numbers little-endian:
  *   "ORVN" | device (1 byte) | length of the packet (4) | command (1) | body |
@@ -41,7 +40,7 @@ enum {
 /* How a read request ended. */
 enum { ORVN_CAMERA_OK = 0, ORVN_CAMERA_BAD_PACKET = 1, ORVN_CAMERA_NO_REGISTER = 2 };
 
-/* CRC-16/MODBUS; begin with ORVN_CAMERA_CRC_START and go on with the result. */
+/* CRC-16/MODBUS; begin with ORVN_CAMERA_CRC_START and continue with the result. */
 #define ORVN_CAMERA_CRC_START 0xFFFFu
 uint16_t orvn_camera_crc(uint16_t crc, const uint8_t *bytes, size_t count);
 
@@ -84,8 +83,8 @@ typedef struct
 void orvn_camera_receiver_init(orvn_camera_receiver *receiver, uint8_t address_length, uint8_t value_length);
 
 /*
- * Takes one received byte. Returns 1 when it completes a request, which is then
- * in *request, otherwise 0. What is no request is skipped.
+ * Processes one received byte. Returns 1 when it completes a request, which is then
+ * in *request, otherwise 0. Other bytes are skipped.
  */
 int orvn_camera_receive(orvn_camera_receiver *receiver, uint8_t byte, orvn_camera_request *request);
 

@@ -51,7 +51,7 @@ static float get_float(const uint8_t *at)
     return value;
 }
 
-/* By its bits: -ffast-math takes isfinite() for always true. */
+/* By its bits: with -ffast-math, isfinite() is always true. */
 static int is_finite(const uint8_t *at)
 {
     return (get_u32(at) & 0x7F800000u) != 0x7F800000u;
@@ -94,7 +94,7 @@ static uint32_t length_of(uint8_t code)
     }
 }
 
-/* Whether the bytes can still become a frame; all of them together, if enough. */
+/* Whether the bytes are the beginning of a frame, or a complete one. */
 static int may_be_frame(const uint8_t *bytes, uint8_t count)
 {
     const uint8_t compared = count < sizeof magic ? count : (uint8_t)sizeof magic;
@@ -111,8 +111,8 @@ static int may_be_frame(const uint8_t *bytes, uint8_t count)
     return count < length || bytes[length - 1] == sum(bytes, length - 1);
 }
 
-/* Drops bytes at the front until what is left may be (the beginning of) a frame. */
-static void resynchronise(orvn_pid_receiver *receiver)
+/* Drops bytes at the front until the rest may be (the beginning of) a frame. */
+static void resynchronize(orvn_pid_receiver *receiver)
 {
     uint8_t skipped = 0;
     while (skipped < receiver->count &&
@@ -152,11 +152,11 @@ int orvn_pid_receive(orvn_pid_receiver *receiver, uint8_t byte, orvn_pid_command
     const uint8_t *frame;
     size_t left;
     if (receiver->count >= sizeof receiver->bytes)
-        receiver->count = 0; /* not initialised */
+        receiver->count = 0; /* not initialized */
     receiver->bytes[receiver->count++] = byte;
-    resynchronise(receiver);
-    /* A whole frame that ends here counts, also behind the torn beginning of
-       another: a stop must not wait until that has got its length. */
+    resynchronize(receiver);
+    /* A complete frame that ends here counts, also behind the torn beginning of
+       another: a stop must not wait until the other one is complete. */
     frame = receiver->bytes;
     for (left = receiver->count; left >= OVERHEAD; --left, ++frame) {
         if (left == length_of(frame[CODE]) && may_be_frame(frame, (uint8_t)left)) {
@@ -169,7 +169,7 @@ int orvn_pid_receive(orvn_pid_receiver *receiver, uint8_t byte, orvn_pid_command
 
 /* ---- reports */
 
-/* Puts everything around a payload that is already in its place. */
+/* Writes everything around a payload that is already in the buffer. */
 static size_t finish(uint8_t *frame, uint8_t channel, uint8_t code, size_t payload)
 {
     const size_t length = payload + OVERHEAD;

@@ -2,12 +2,12 @@
 #define ORVN_PID_H
 
 /*
- * The board's side of the PID link: takes the host's commands out of received
- * bytes and builds the reports that the host plots.
+ * The board's side of the PID link: parses the host's commands and builds the
+ * reports that the host plots.
  *
  * C99, no allocation, no global state, independent of byte order. It knows no
- * UART: bytes go in one at a time (from an interrupt, if need be), frames come
- * out in a buffer of the caller. `float` must be IEEE 754 single precision.
+ * UART: bytes are passed in one at a time (from an interrupt, if need be), frames
+ * are written to a buffer of the caller. `float` must be IEEE 754 single precision.
  *
  * A frame, all numbers little-endian:
  *   "ORVN" | channel (1 byte) | length of the frame (4) | command (1) |
@@ -42,18 +42,18 @@ typedef struct
     int32_t value;   /* of ORVN_PID_SET_TARGET and ORVN_PID_SET_PERIOD */
 } orvn_pid_command;
 
-/* One for each line; zero-initialised it is ready. */
+/* One for each line; zero-initialized it is ready. */
 typedef struct
 {
     uint8_t bytes[ORVN_PID_FRAME_MAX];
     uint8_t count;
 } orvn_pid_receiver;
 
-/* Forgets what has come so far, for example after the line was down. */
+/* Drops the bytes received so far, for example after the line was down. */
 void orvn_pid_receiver_reset(orvn_pid_receiver *receiver);
 
 /*
- * Takes one received byte. Returns 1 when it completes a command, which is
+ * Processes one received byte. Returns 1 when it completes a command, which is
  * then in *command, otherwise 0. A frame with a wrong checksum, length, channel
  * or code, or with gains that are not finite, is skipped.
  */

@@ -40,80 +40,71 @@ class TestOrvnPid : public QObject
     Q_OBJECT
 
 private slots:
-    void takesCommands_data();
-    void takesCommands();
-    void skipsWhatIsNoCommand_data();
+    void parsesCommands();
     void skipsWhatIsNoCommand();
     void survivesGarbageInTheReceiver();
     void buildsReports();
 };
 
-void TestOrvnPid::takesCommands_data()
+void TestOrvnPid::parsesCommands()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<int>("channel");
-    QTest::addColumn<float>("p");
-    QTest::addColumn<int>("value");
-    QTest::newRow("gains") << kGains << 0x10 << 2 << 1.5F << 0;
-    QTest::newRow("lowest target") << withSum("4f52564e010f0000001100000080") << 0x11 << 1 << 0.0F << INT_MIN;
-    QTest::newRow("highest target") << withSum("4f52564e050f00000011ffffff7f") << 0x11 << 5 << 0.0F
-                                    << INT_MAX;
-    QTest::newRow("start") << withSum("4f52564e030b00000012") << 0x12 << 3 << 0.0F << 0;
-    QTest::newRow("stop") << kStop << 0x13 << 5 << 0.0F << 0;
-    QTest::newRow("reset") << withSum("4f52564e010b00000014") << 0x14 << 1 << 0.0F << 0;
-    QTest::newRow("period") << withSum("4f52564e040f00000015feffffff") << 0x15 << 4 << 0.0F << -2;
-}
-
-void TestOrvnPid::takesCommands()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(float, p);
-    // Also glued to another, and behind everything that a line can leave there.
-    const QByteArray before[] = {
-        "", "\r\nok", "O", "ORV", "ORVORVN", "ORVN\x01\x0f", bytes.left(9), kGains.left(10), kStop};
-    for (const QByteArray &garbage : before) {
-        // Taken with its last byte, whatever an end that is missing would still ask for.
-        QCOMPARE(receive(garbage + bytes).size(), garbage == kStop ? 2 : 1);
-        const QVector<orvn_pid_command> commands = receive(garbage + bytes + kStop);
-        QCOMPARE(commands.size(), garbage == kStop ? 3 : 2);
-        const orvn_pid_command &command = commands.at(commands.size() - 2);
-        QTEST(int(command.code), "code");
-        QTEST(int(command.channel), "channel");
-        QTEST(command.value, "value");
-        QCOMPARE(command.p, p);
-        QCOMPARE(int(commands.last().code), 0x13);
+    const struct
+    {
+        QByteArray bytes;
+        int code;
+        int channel;
+        float p;
+        int value;
+    } rows[] = {
+        {kGains, 0x10, 2, 1.5F, 0},
+        {withSum("4f52564e010f0000001100000080"), 0x11, 1, 0, INT_MIN},
+        {withSum("4f52564e050f00000011ffffff7f"), 0x11, 5, 0, INT_MAX},
+        {withSum("4f52564e030b00000012"), 0x12, 3, 0, 0},
+        {kStop, 0x13, 5, 0, 0},
+        {withSum("4f52564e010b00000014"), 0x14, 1, 0, 0},
+        {withSum("4f52564e040f00000015feffffff"), 0x15, 4, 0, -2},
+    };
+    for (const auto &row : rows) {
+        // Also behind everything that a line can leave there.
+        for (const QByteArray &garbage :
+             {QByteArray(), QByteArray("\r\nok"), QByteArray("O"), QByteArray("ORVORVN"),
+              QByteArray("ORVN\x01\x0f"), row.bytes.left(9), kGains.left(10)}) {
+            // Complete with its last byte, even behind a frame that is not.
+            QCOMPARE(receive(garbage + row.bytes).size(), 1);
+            const QVector<orvn_pid_command> commands = receive(garbage + row.bytes + kStop);
+            QCOMPARE(commands.size(), 2);
+            const orvn_pid_command &command = commands.first();
+            QCOMPARE(int(command.code), row.code);
+            QCOMPARE(int(command.channel), row.channel);
+            QCOMPARE(command.value, row.value);
+            QCOMPARE(command.p, row.p);
+            QCOMPARE(int(commands.last().code), 0x13);
+        }
     }
-}
-
-void TestOrvnPid::skipsWhatIsNoCommand_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("wrong sum") << QByteArray(kGains).replace(22, 1, "\x6e");
-    QTest::newRow("channel 0") << withSum("4f52564e000b00000012");
-    QTest::newRow("channel 6") << withSum("4f52564e060b00000012");
-    QTest::newRow("channel 255") << withSum("4f52564eff0b00000012");
-    QTest::newRow("command 0x0f") << withSum("4f52564e010b0000000f");
-    QTest::newRow("command 0x16") << withSum("4f52564e010b00000016");
-    QTest::newRow("nothing at all") << withSum("4f52564e010000000000");
-    for (const char *length : {"00000000", "0a000000", "0c000000", "0f000000", "ffffff7f", "f5ffffff"})
-        QTest::newRow(length) << withSum(QByteArray("4f52564e01") + length + "12");
-    QTest::newRow("not a number") << withSum("4f52564e0117000000100000c07f0000000000000000");
-    QTest::newRow("infinite D") << withSum("4f52564e0117000000100000c03f000000000000807f");
 }
 
 void TestOrvnPid::skipsWhatIsNoCommand()
 {
-    QFETCH(QByteArray, bytes);
-    const QVector<orvn_pid_command> commands = receive(bytes + kGains);
-    QCOMPARE(commands.size(), 1);
-    QCOMPARE(int(commands.first().channel), 2);
+    QVector<QByteArray> all{QByteArray(kGains).replace(22, 1, "\x6e"),
+                            withSum("4f52564e0117000000100000c07f0000000000000000"),  // not a number
+                            withSum("4f52564e0117000000100000c03f000000000000807f")}; // infinite D
+    for (const char *channel : {"00", "06", "ff"})
+        all << withSum(QByteArray("4f52564e") + channel + "0b00000012");
+    for (const char *command : {"00", "0f", "16"})
+        all << withSum(QByteArray("4f52564e010b000000") + command);
+    for (const char *length : {"00000000", "0a000000", "0c000000", "0f000000", "ffffff7f", "f5ffffff"})
+        all << withSum(QByteArray("4f52564e01") + length + "12");
+    for (const QByteArray &bytes : qAsConst(all)) {
+        const QVector<orvn_pid_command> commands = receive(bytes + kGains);
+        QVERIFY2(commands.size() == 1, bytes.toHex());
+        QCOMPARE(int(commands.first().channel), 2);
+    }
 }
 
 void TestOrvnPid::survivesGarbageInTheReceiver()
 {
     orvn_pid_receiver receiver;
-    std::memset(&receiver, 0xFF, sizeof receiver); // on the stack, not initialised
+    std::memset(&receiver, 0xFF, sizeof receiver); // on the stack, not initialized
     orvn_pid_command command;
     int commands = 0;
     for (const char byte : kGains)
