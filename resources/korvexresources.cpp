@@ -5,4 +5,5 @@
 void initKorvexResources()
 {
     Q_INIT_RESOURCE(korvex);
+    Q_INIT_RESOURCE(skins);
 }

@@ -15,12 +15,25 @@ size. Standard library only, and the same bytes at every run.
 
 import math
 import os
+import pathlib
 import struct
 import sys
 import zlib
 
-ACCENT = {"dark": "#02a1dd", "white": "#02a1dd", "yellow": "#feba3b"}
-TEXT = {"dark": "#f2f2f2", "white": "#333333", "yellow": "#f2f2f2"}
+SKINS = pathlib.Path(__file__).parent.parent / "resources" / "css" / "skins.txt"
+
+
+def skin_row(name):
+    """A row of the table of skins, without its name."""
+    for line in SKINS.read_text(encoding="ascii").splitlines():
+        cells = line.split("//")[0].split()
+        if cells and cells[0] == name:
+            return cells[1:]
+    raise KeyError(name)
+
+
+ACCENT = dict(zip(skin_row("marks"), skin_row("accent")))
+TEXT = dict(zip(skin_row("marks"), skin_row("text")))
 # On the accent colour: white is readable on the blue, not on the yellow.
 ON_ACCENT = {"dark": "#ffffff", "white": "#ffffff", "yellow": "#1e1e1e"}
 DISABLED = "#808080"

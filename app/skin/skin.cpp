@@ -1,48 +1,42 @@
 #include "skin.h"
 
 #include "settings.h"
+#include "skincolors.h"
 
 #include <QApplication>
 #include <QFile>
 
+#include <iterator>
+
 namespace {
 
-// Until a known skin is chosen: no style sheet, colours that can be read on
-// the platform's own light widgets.
+SkinPalette paletteOf(const SkinColors &colors)
+{
+    const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
+    return {text(colors.name),   text(colors.text),   text(colors.accent),
+            text(colors.window), text(colors.border), text(colors.secondaryText),
+            text(colors.panel),  text(colors.header), QColor(text(colors.outline))};
+}
+
+// Until a known skin is chosen: no style sheet, and the light skin's colors,
+// which can be read on the platform's own light widgets.
+SkinPalette unstyledPalette()
+{
+    SkinPalette palette = paletteOf(skinColors[1]);
+    palette.name.clear();
+    return palette;
+}
+
 SkinPalette &current()
 {
-    static SkinPalette palette{QString(),
-                               QStringLiteral("#333333"),
-                               QStringLiteral("#02a1dd"),
-                               QStringLiteral("#f0f0f0"),
-                               QStringLiteral("#cccccc"),
-                               QStringLiteral("#000000"),
-                               QStringLiteral("#ffffff"),
-                               QStringLiteral("#e1e1e1"),
-                               QColor(0x79, 0x79, 0x79)};
+    static SkinPalette palette = unstyledPalette();
     return palette;
 }
 
 void choosePalette(int index)
 {
-    const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
-    switch (index) {
-    case 0:
-        current() = {text("default"), text("#f2f2f2"), text("#02a1dd"), text("#1e1e1e"), text("#454443"),
-                     text("#AEBFC5"), text("#302f2f"), text("#323232"), QColor(0, 0, 0)};
-        break;
-    case 1:
-        current() = {text("white"),   text("#333333"), text("#02a1dd"),
-                     text("#f0f0f0"), text("#cccccc"), text("#000000"),
-                     text("#ffffff"), text("#e1e1e1"), QColor(0x79, 0x79, 0x79)};
-        break;
-    case 2:
-        current() = {text("yellow"),  text("#f2f2f2"), text("#feba3b"), text("#263240"), text("#212d3b"),
-                     text("#AEBFC5"), text("#263240"), text("#323232"), QColor(0, 0, 0)};
-        break;
-    default:
-        break;
-    }
+    if (index >= 0 && index < int(std::size(skinColors)))
+        current() = paletteOf(skinColors[index]);
 }
 
 void colorAreas()

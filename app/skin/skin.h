@@ -1,13 +1,13 @@
 #pragma once
 
-// The colour skins: a palette for widgets that paint themselves and an
-// application style sheet from the resources, joined with the user's colours
+// The color skins: a palette for widgets that paint themselves and an
+// application style sheet from the resources, joined with the user's colors
 // of the receive and send areas.
 
 #include <QColor>
 #include <QString>
 
-// Colours of the skin in force, for widgets that paint themselves.
+// Colors of the skin in force, for widgets that paint themselves.
 struct SkinPalette
 {
     QString name;          // style sheet file without its suffix
@@ -18,14 +18,14 @@ struct SkinPalette
     QString secondaryText; // entry 5: axis labels, captions
     QString panel;         // entry 6: panels and fields
     QString header;        // entry 7: title strips and table headers
-    QColor outline;        // the palette colour: the window's edge
+    QColor outline;        // the palette color: the window's edge
 };
 
 namespace Skin {
 
 const SkinPalette &palette();
 
-// The style sheet for the palette and the user's colours in force. Empty when
+// The style sheet for the palette and the user's colors in force. Empty when
 // the skin's file is not in the resources.
 QString styleSheet();
 
