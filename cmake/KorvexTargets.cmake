@@ -4,19 +4,28 @@
 
 include_guard(GLOBAL)
 
+include(GNUInstallDirs)
+
 add_library(korvex_flags INTERFACE)
 target_compile_definitions(korvex_flags INTERFACE
   QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS QT_NO_FOREACH
   QT_DISABLE_DEPRECATED_BEFORE=0x050C00)
 if(MSVC)
-  target_compile_options(korvex_flags INTERFACE /W4 /WX /utf-8 /permissive-)
+  target_compile_options(korvex_flags INTERFACE /W4 /utf-8 /permissive- $<$<BOOL:${KORVEX_WERROR}>:/WX>)
 else()
-  target_compile_options(korvex_flags INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wpedantic -Werror)
+  target_compile_options(korvex_flags INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wpedantic
+    $<$<BOOL:${KORVEX_WERROR}>:-Werror>)
 endif()
 if(KORVEX_SANITIZE)
   target_compile_options(korvex_flags INTERFACE -fsanitize=${KORVEX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(korvex_flags INTERFACE -fsanitize=${KORVEX_SANITIZE})
 endif()
+
+# What is the same for every target with sources.
+function(korvex_set_properties target)
+  set_target_properties(${target} PROPERTIES
+    CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF C_STANDARD 99 AUTOMOC ON)
+endfunction()
 
 # korvex_library(<name> SOURCES ... LINKS ...)
 # The static library of a folder, also known as Korvex::<name>. It finds the
@@ -27,6 +36,16 @@ function(korvex_library name)
   add_library(Korvex::${name} ALIAS ${name})
   target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE korvex_flags)
   target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  korvex_set_properties(${name})
+endfunction()
+
+# korvex_headers(<name> FOLDER <folder>)
+# Headers without sources, also known as Korvex::<name>.
+function(korvex_headers name)
+  cmake_parse_arguments(ARG "" "FOLDER" "" ${ARGN})
+  add_library(${name} INTERFACE)
+  add_library(Korvex::${name} ALIAS ${name})
+  target_include_directories(${name} INTERFACE ${ARG_FOLDER})
 endfunction()
 
 # korvex_engine(<name> [WITHOUT_QT] SOURCES ... [LINKS ...])
@@ -49,6 +68,7 @@ function(korvex_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} korvex_flags)
+  korvex_set_properties(${name})
 endfunction()
 
 # Only with sanitizers: leaks fail a test, except those of libraries.

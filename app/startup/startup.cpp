@@ -1,6 +1,7 @@
 #include "startup.h"
 
 #include "apppaths.h"
+#include "appversion.h"
 #include "fonts.h"
 #include "korvexresources.h"
 #include "settings.h"
@@ -36,8 +37,7 @@ void prepare(QApplication &application)
 {
     initKorvexResources();
     QCoreApplication::setApplicationName(QStringLiteral("Korvex"));
-    QCoreApplication::setApplicationVersion(
-        QStringLiteral("%1.%2.%3.%4").arg(1, 0, 10).arg(0, 0, 10).arg(2, 0, 10).arg(6, 0, 10));
+    QCoreApplication::setApplicationVersion(QString::fromLatin1(AppVersion::text));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/resources/images/app_logo.png")));
     QApplication::setFont(QFont(Fonts::uiFamily(), 9));
 

@@ -1,5 +1,6 @@
 // Version numbers, and package names that others chose.
 
+#include "appversion.h"
 #include "packagename.h"
 #include "versionnumber.h"
 
@@ -12,6 +13,7 @@ class TestUpdateNames : public QObject
 private slots:
     void numbersVersions_data();
     void numbersVersions();
+    void offersTheNextVersion();
     void takesPlainNames_data();
     void takesPlainNames();
 };
@@ -37,6 +39,14 @@ void TestUpdateNames::numbersVersions()
 {
     QFETCH(QString, text);
     QTEST(VersionNumber::fromText(text), "number");
+}
+
+// All versions come from the project's.
+void TestUpdateNames::offersTheNextVersion()
+{
+    QCOMPARE(QString(AppVersion::text), QStringLiteral(PROJECT_VERSION));
+    QCOMPARE(VersionNumber::fromText(AppVersion::text), VersionNumber::firstNewer - 1);
+    QCOMPARE(VersionNumber::fromText(AppVersion::nextText), VersionNumber::firstNewer);
 }
 
 void TestUpdateNames::takesPlainNames_data()

@@ -1,7 +1,8 @@
 // The update service of demonstrations and benchmarks:
-//   updateserver [--port N] [--version 1.0.2.7] [--notes TEXT] [--name app.zip] [--package FILE]
+//   updateserver [--port N] [--version NUMBERS] [--notes TEXT] [--name app.zip] [--package FILE]
 // Prints its address and serves until it is ended, or its starter is gone.
 
+#include "appversion.h"
 #include "processend.h"
 #include "updateserver.h"
 
@@ -17,7 +18,8 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addOptions(
         {{QStringLiteral("port"), QString(), QStringLiteral("number"), QStringLiteral("0")},
-         {QStringLiteral("version"), QString(), QStringLiteral("text"), QStringLiteral("1.0.2.7")},
+         {QStringLiteral("version"), QString(), QStringLiteral("text"),
+          QString::fromLatin1(AppVersion::nextText)},
          {QStringLiteral("notes"), QString(), QStringLiteral("text")},
          {QStringLiteral("name"), QString(), QStringLiteral("name"), QStringLiteral("korvex.zip")},
          {QStringLiteral("package"), QString(), QStringLiteral("file")}});

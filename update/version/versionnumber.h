@@ -2,12 +2,14 @@
 
 // Version texts such as "1.0.2.7" as numbers that can be compared.
 
+#include "appversion.h"
+
 #include <QString>
 
 namespace VersionNumber {
 
-// The first version that is newer than this program's own, 1.0.2.6.
-constexpr quint64 firstNewer = 0x01000207;
+// The first version that is newer than this program's own.
+constexpr quint64 firstNewer = AppVersion::number + 1;
 
 // Part i of n (from 0) shifted left by (n - 1 - i) * 8 bits, all OR-ed: 1.0.2.7
 // is 0x01000207. Fewer than three parts are 0; a part that is no number, or
