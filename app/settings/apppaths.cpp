@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 namespace {
 QString &rootOverride()
@@ -9,13 +11,24 @@ QString &rootOverride()
     static QString folder;
     return folder;
 }
+// "cmake --install" leaves the file; the portable folder has none.
+bool isInPrefix()
+{
+    static const bool isThere = QFileInfo::exists(QCoreApplication::applicationDirPath() +
+                                                  QStringLiteral("/../share/korvex/prefix-install"));
+    return isThere;
+}
+
 } // namespace
 
 namespace AppPaths {
 
 QString root()
 {
-    return rootOverride().isEmpty() ? QCoreApplication::applicationDirPath() : rootOverride();
+    if (!rootOverride().isEmpty())
+        return rootOverride();
+    return isInPrefix() ? QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)
+                        : QCoreApplication::applicationDirPath();
 }
 
 void setRoot(const QString &folder)
@@ -36,6 +49,15 @@ QString confFolder()
 QString tmpFolder()
 {
     return root() + QStringLiteral("/tmp");
+}
+
+QString manual()
+{
+    const QString folder =
+        rootOverride().isEmpty() && isInPrefix()
+            ? QCoreApplication::applicationDirPath() + QStringLiteral("/../share/doc/Korvex")
+            : root() + QStringLiteral("/docs");
+    return QDir::cleanPath(folder + QStringLiteral("/manual/zh_CN.md"));
 }
 
 void makeFolders()

@@ -24,19 +24,10 @@ fi
 
 mkdir -p "${entry%/*}" "${picture%/*}"
 cp "$folder/korvex.png" "$picture"
-cat > "$entry.new" <<END
-[Desktop Entry]
-Type=Application
-Version=1.0
-Name=Orvane多功能调试助手
-GenericName=嵌入式调试工具
-Comment=串口、摄像头、网络、PID调试与二进制文件编辑
-Keywords=Korvex;serial;uart;tcp;udp;pid;hex;ymodem;串口;调试;
-Exec="$(printf %s "$folder" | sed 's/%/%%/g')/Korvex"
-Icon=$picture
-Terminal=false
-Categories=Development;Debugger;
-StartupWMClass=Korvex
-END
+{
+  grep -v -e '^Exec=' -e '^Icon=' "$folder/korvex.desktop"
+  printf 'Exec="%s/Korvex"\n' "$(printf %s "$folder" | sed 's/%/%%/g')"
+  printf 'Icon=%s\n' "$picture"
+} > "$entry.new"
 mv "$entry.new" "$entry"
 echo "已加入菜单：$entry"

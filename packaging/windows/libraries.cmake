@@ -11,7 +11,7 @@ macro(korvex_plugin target folder)
     message(FATAL_ERROR "This Qt has no plugin ${target}, without which the program does not run on Windows.")
   endif()
   get_target_property(plugin Qt5::${target} IMPORTED_LOCATION_RELEASE)
-  install(FILES ${plugin} DESTINATION ${folder})
+  install(FILES ${plugin} DESTINATION ${folder} ${portable})
   list(APPEND plugins ${plugin})
 endmacro()
 korvex_plugin(QWindowsIntegrationPlugin platforms)
@@ -27,7 +27,7 @@ foreach(module Core Gui Widgets Network SerialPort PrintSupport)
     list(APPEND qt_libraries ${library})
   endif()
 endforeach()
-install(FILES ${qt_libraries} DESTINATION .)
+install(FILES ${qt_libraries} DESTINATION . ${portable})
 
 get_target_property(qt_core Qt5::Core IMPORTED_LOCATION_RELEASE)
 get_filename_component(qt_folder ${qt_core} DIRECTORY)
@@ -57,7 +57,7 @@ if(MINGW)
   install(CODE "
     set(CMAKE_GET_RUNTIME_DEPENDENCIES_PLATFORM windows+pe)
     set(CMAKE_GET_RUNTIME_DEPENDENCIES_TOOL objdump)
-    set(CMAKE_GET_RUNTIME_DEPENDENCIES_COMMAND ${CMAKE_OBJDUMP})")
+    set(CMAKE_GET_RUNTIME_DEPENDENCIES_COMMAND ${CMAKE_OBJDUMP})" ${portable})
 endif()
 install(CODE "
   include(\"${CMAKE_CURRENT_LIST_DIR}/copylibraries.cmake\")
@@ -67,4 +67,4 @@ install(CODE "
     MODULES ${plugins}
     FOLDERS ${library_folders}
     STRIP \"${strip}\"
-    DESTINATION \"\${CMAKE_INSTALL_PREFIX}\")")
+    DESTINATION \"\${CMAKE_INSTALL_PREFIX}\")" ${portable})

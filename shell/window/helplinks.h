@@ -15,7 +15,7 @@ const auto makerSite = QStringLiteral("https://www.orvane.example/");
 
 inline QUrl help()
 {
-    const QString manual = AppPaths::root() + QStringLiteral("/docs/manual/zh_CN.md");
+    const QString manual = AppPaths::manual();
     return QFileInfo(manual).isFile() ? QUrl::fromLocalFile(manual) : QUrl(helpPage);
 }
 
