@@ -1,7 +1,7 @@
 #pragma once
 
-// The row above the pictures: frame rate, data rate, frame number, what was not
-// shown, what was wrong, and whether the link is open. Shows what it is told.
+// The row above the pictures: frame rate, data rate, frame number, frames that were
+// not shown, errors, and the state of the link. Counts nothing itself.
 
 #include <QWidget>
 
@@ -9,13 +9,13 @@ class QLabel;
 class QPushButton;
 class StateIndicator;
 
-// What came and was not shown.
+// What arrived and was not shown.
 struct CameraLosses
 {
-    qint64 skipped = 0;  // frames, for lack of time
+    qint64 skipped = 0;  // frames that a newer one replaced
     qint64 unusable = 0; // frames that could not be decoded
-    qint64 partial = 0;  // frames of which the end did not come
-    qint64 bytes = 0;    // that belong to no packet and no picture
+    qint64 partial = 0;  // frames without an end
+    qint64 bytes = 0;    // of no packet and no picture
 };
 
 class CameraStatusRow : public QWidget
@@ -30,7 +30,7 @@ public:
 
     void showRates(double framesPerSecond, double bytesPerSecond);
     void showFrames(qint64 number, const CameraLosses &losses);
-    // The error indicator: hidden while nothing was wrong.
+    // The error indicator; hidden while there are none.
     void showErrors(qint64 count, const QString &lastReason);
 
 private:

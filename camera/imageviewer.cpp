@@ -4,7 +4,7 @@
 
 namespace {
 
-const QColor kMissingColour(0x85, 0x95, 0x9B);
+const QColor kMissingColor(0x85, 0x95, 0x9B);
 constexpr int kMissingPixels = 13;
 
 } // namespace
@@ -46,7 +46,7 @@ void ImageViewer::paintEvent(QPaintEvent *)
     QFont font = painter.font();
     font.setPixelSize(kMissingPixels);
     painter.setFont(font);
-    painter.setPen(kMissingColour);
+    painter.setPen(kMissingColor);
     if (m_displayCount == 1) {
         paintImage(painter, 0, rect(), (width() - m_images[0].width()) / 2, QStringLiteral("图像显示区域"));
         return;

@@ -22,7 +22,7 @@ public:
     int displayCount() const { return m_displayCount; }
     void setDisplayCount(int count); // 1 or 2
 
-    // Below the words of a picture that is missing.
+    // Shown below the text that stands for a missing picture.
     void setHint(const QString &hint);
 
     QSize sizeHint() const override { return {640, 360}; }

@@ -20,7 +20,7 @@ constexpr int kJpegQuality = 95;
 
 const auto kWarning = QStringLiteral("告警");
 
-bool write(const QPixmap &picture, const QString &fileName, QString *why)
+bool write(const QPixmap &picture, const QString &fileName, QString *reason)
 {
     const bool isJpeg = fileName.endsWith(QStringLiteral(".jpg"), Qt::CaseInsensitive) ||
                         fileName.endsWith(QStringLiteral(".jpeg"), Qt::CaseInsensitive);
@@ -30,8 +30,8 @@ bool write(const QPixmap &picture, const QString &fileName, QString *why)
     if (isJpeg)
         writer.setQuality(kJpegQuality);
     if (writer.write(picture.toImage()))
-        return SafeFile::write(fileName, content.data(), why);
-    *why = QStringLiteral("无法生成图片");
+        return SafeFile::write(fileName, content.data(), reason);
+    *reason = QStringLiteral("无法生成图片");
     return false;
 }
 
@@ -45,7 +45,6 @@ PictureActions::PictureActions(const ImageViewer *viewer, QWidget *parent)
     m_choice->setObjectName(QStringLiteral("comboPicture"));
     m_choice->setAccessibleName(QStringLiteral("要保存或复制的图像"));
     m_choice->addItems({QStringLiteral("图像1"), QStringLiteral("图像2")});
-    m_choice->setAccessibleName(QStringLiteral("要保存或复制的图像"));
     m_choice->setVisible(false);
     auto *save = new QPushButton(QStringLiteral("保存图像"), this);
     save->setObjectName(QStringLiteral("btnSaveImage"));
@@ -74,7 +73,7 @@ QPixmap PictureActions::chosen() const
 
 void PictureActions::save()
 {
-    const QPixmap picture = chosen(); // the one that was there at the click
+    const QPixmap picture = chosen(); // a newer one may be shown while the dialog is open
     if (picture.isNull()) {
         emit notify(Notice::error(QStringLiteral("还没有图像，无法保存！")));
         return;
@@ -84,12 +83,12 @@ void PictureActions::save()
     if (fileName.isEmpty())
         return;
     const QString place = QDir::toNativeSeparators(fileName);
-    QString why;
-    if (write(picture, fileName, &why)) {
+    QString reason;
+    if (write(picture, fileName, &reason)) {
         emit notify(Notice::information(QStringLiteral("图像已保存：") + place));
         return;
     }
-    emit notify(Notice::error(QStringLiteral("%1 保存失败：%2").arg(place, why)));
+    emit notify(Notice::error(QStringLiteral("%1 保存失败：%2").arg(place, reason)));
     QtMessageBox::warning(this, kWarning, QStringLiteral("文件保存失败!"));
 }
 

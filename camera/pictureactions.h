@@ -1,7 +1,7 @@
 #pragma once
 
-// The row below the pictures: saves the one that is shown to a file and copies it
-// to the clipboard. Knows the viewer, not where pictures come from.
+// The row below the pictures: saves a shown picture to a file or copies it to the
+// clipboard. Knows the viewer, not where pictures come from.
 
 #include "notice.h"
 
@@ -18,7 +18,7 @@ class PictureActions : public QWidget
 public:
     explicit PictureActions(const ImageViewer *viewer, QWidget *parent = nullptr);
 
-    void setTwo(bool two); // of two pictures, one is chosen
+    void setTwo(bool two); // two pictures are shown: the user chooses one
 
 signals:
     void notify(const Notice &notice);

@@ -1,8 +1,7 @@
 #pragma once
 
-// What has come from each sender of a camera link and is not a complete frame yet,
-// so that two senders do not mix, and what was lost of it. Knows no link and shows
-// nothing.
+// The incomplete frames of each sender of a camera link, so that two senders do not
+// mix, and the count of what was lost. Knows no link and shows nothing.
 
 #include "frameassembler.h"
 #include "jpegscanner.h"
@@ -13,9 +12,8 @@
 class CameraStreams
 {
 public:
-    // Any host may send datagrams; beyond so many senders, the one that has been
-    // silent for longest is forgotten. Those of a server are known by their
-    // connections.
+    // Any host may send datagrams: beyond this limit, the sender that has been
+    // silent for longest is forgotten. The connections of a server have no limit.
     static constexpr int maxDatagramSenders = 16;
 
     struct Stream
@@ -23,20 +21,20 @@ public:
         FrameAssembler packets;
         JpegScanner jpeg;
         qint64 lastUse = 0;
-        bool lossTold = false; // since the last complete packet
+        bool lossTold = false; // the user knows of the loss since the last complete packet
     };
 
     Stream &of(const QString &sender, bool sendsDatagrams);
     bool contains(const QString &sender) const { return m_streams.contains(sender); }
-    // The sender is gone.
+    // The sender has left; an incomplete frame of it is counted.
     void end(const QString &sender);
     void clear(); // not the counts
 
-    // Asked once after clear(): a sender has been forgotten.
+    // Whether a sender has been forgotten since clear(); true once only.
     bool takeForgotten();
 
-    // Counts what the stream has lost. The reason where it is to be told: once for
-    // all that is lost in a row; otherwise empty.
+    // Counts what the stream has lost. Returns the reason when the user is to see
+    // it, once for consecutive losses; otherwise an empty text.
     QString countLoss(Stream &stream);
     qint64 partialFrames() const { return m_partialFrames; }
     qint64 lostBytes() const { return m_lostBytes; }

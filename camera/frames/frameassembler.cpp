@@ -15,8 +15,8 @@ bool beginsWithMagic(const char *bytes, qsizetype size)
     return size >= magicSize && std::memcmp(bytes, magic, magicSize) == 0;
 }
 
-// How many bytes of the magic there are when the chunk follows some of them; 0
-// where it does not go on so.
+// How many bytes of the magic have arrived with the chunk, which follows `before` of
+// them; 0 where it does not continue the magic.
 int magicReached(const QByteArray &chunk, int before)
 {
     const int compared = qMin(chunk.size(), magicSize - before);
@@ -25,8 +25,8 @@ int magicReached(const QByteArray &chunk, int before)
                : 0;
 }
 
-// Whether the bytes, as far as they have come, can be the header of a packet that
-// a board sends.
+// Whether the bytes can be the header of a packet that a board sends, or its
+// beginning.
 bool mayBeHeader(const char *bytes, qsizetype size)
 {
     if (std::memcmp(bytes, magic, static_cast<size_t>(qMin<qsizetype>(size, magicSize))) != 0)
@@ -59,17 +59,17 @@ void FrameAssembler::discard(qint64 bytes)
     m_buffer.drop(bytes);
 }
 
-// The awaited image packet does not become complete.
+// The awaited image packet stays incomplete.
 void FrameAssembler::discardFrame()
 {
     m_loss.frames += m_receiving ? 1 : 0;
     m_receiving = false;
 }
 
-// Looks for a magic that begins with a chunk.
+// Finds a magic that begins with a chunk.
 void FrameAssembler::lookForHeader(const QByteArray &chunk)
 {
-    if (m_begun > m_buffer.size()) // of these, some have been used up
+    if (m_begun > m_buffer.size()) // some of them have been read
         m_begun = 0;
     int matched = magicReached(chunk, m_begun);
     if (matched == 0) {
@@ -93,8 +93,8 @@ void FrameAssembler::append(const QByteArray &chunk, qint64 nowMs)
         extendChecksum();
 }
 
-// Over what is there of the packet, its last two bytes apart: a large frame's
-// checksum is not taken in one go when it is complete.
+// Over the bytes of the packet so far, except its last two, so that the checksum of
+// a large frame is not computed in one go.
 void FrameAssembler::extendChecksum()
 {
     const qsizetype covered = qMin<qsizetype>(m_buffer.size(), qMax<qsizetype>(m_packetLength, 2) - 2);
@@ -117,14 +117,14 @@ void FrameAssembler::watchProgress(qint64 bytes, qint64 nowMs)
 void FrameAssembler::endPacket()
 {
     m_since = m_now;
-    m_bytesSince = m_buffer.size(); // the beginning of the next one
+    m_bytesSince = m_buffer.size(); // of the next packet
     m_searching = false;
     m_regained = std::exchange(m_found, false);
 }
 
-// Drops what precedes the next bytes that can be a header; the beginning of one
-// at the end of what has come is kept. Within an awaited image packet the search
-// ends where the packet does.
+// Drops what precedes the next possible header, or the beginning of one at the end
+// of the buffer. Within an awaited image packet the search ends where the packet
+// does.
 void FrameAssembler::searchHeader()
 {
     const char *const bytes = m_buffer.front();
@@ -137,7 +137,7 @@ void FrameAssembler::searchHeader()
     }
     m_searched = at;
     if (m_receiving && (at >= end || size - at < bodyAt))
-        return; // none, or not all of it has come
+        return; // none, or an incomplete one
     m_found = m_found || at > 0;
     discardFrame();
     discard(at);
@@ -156,9 +156,9 @@ bool FrameAssembler::next(CameraEvent *event, int valueLength)
         if (!m_receiving && m_buffer.size() < overhead)
             return false;
         if (m_receiving)
-            return takeImage(event);
+            return readImage(event);
         bool isEvent = false;
-        if (!takeHeader(event, valueLength, &isEvent))
+        if (!readHeader(event, valueLength, &isEvent))
             return false;
         if (isEvent)
             return true;
@@ -166,7 +166,7 @@ bool FrameAssembler::next(CameraEvent *event, int valueLength)
     return false;
 }
 
-bool FrameAssembler::takeImage(CameraEvent *event)
+bool FrameAssembler::readImage(CameraEvent *event)
 {
     if (m_buffer.size() < static_cast<qsizetype>(m_packetLength))
         return false;
@@ -188,9 +188,9 @@ bool FrameAssembler::takeImage(CameraEvent *event)
     return true;
 }
 
-// Acts on the packet at the front, of which at least a header is there. False
-// when it has to be waited for.
-bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEvent)
+// Reads the packet at the front, of which at least the header has arrived. False
+// when the rest has to arrive first.
+bool FrameAssembler::readHeader(CameraEvent *event, int valueLength, bool *isEvent)
 {
     *event = CameraEvent();
     *isEvent = true;
@@ -210,29 +210,14 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
     }
     switch (command) {
     case ImageData:
-        m_receiving = true;
-        m_packetLength = length;
-        m_checked = 0;
-        m_searched = 0;
-        m_checksum.reset();
-        extendChecksum();
+        beginImage(length);
         event->kind = CameraEvent::ImageBegins;
         return true;
     case ImageFormat:
-        *isEvent = length >= kFormatSize && m_buffer.size() >= static_cast<qsizetype>(length);
-        if (!*isEvent) { // a short one is not waited for, whatever follows it
-            discard(length);
-        } else {
-            event->kind = CameraEvent::Format;
-            event->format = static_cast<quint8>(m_buffer.front()[bodyAt]);
-            event->width = readU16(m_buffer.front() + bodyAt + 1);
-            event->height = readU16(m_buffer.front() + bodyAt + 3);
-            m_buffer.drop(length);
-            endPacket();
-        }
+        *isEvent = readFormat(event, length);
         return true;
     case ReadRegister:
-        return takeReply(event, valueLength);
+        return readReply(event, valueLength);
     default:
         *isEvent = false;
         dropPacket(length);
@@ -240,7 +225,34 @@ bool FrameAssembler::takeHeader(CameraEvent *event, int valueLength, bool *isEve
     }
 }
 
-// One that means nothing here. What an incomplete one claims is lost.
+void FrameAssembler::beginImage(quint32 length)
+{
+    m_receiving = true;
+    m_packetLength = length;
+    m_checked = 0;
+    m_searched = 0;
+    m_checksum.reset();
+    extendChecksum();
+}
+
+// False for a cut announcement, which is dropped with what follows it.
+bool FrameAssembler::readFormat(CameraEvent *event, quint32 length)
+{
+    if (length < kFormatSize || m_buffer.size() < static_cast<qsizetype>(length)) {
+        discard(length);
+        return false;
+    }
+    event->kind = CameraEvent::Format;
+    event->format = static_cast<quint8>(m_buffer.front()[bodyAt]);
+    event->width = readU16(m_buffer.front() + bodyAt + 1);
+    event->height = readU16(m_buffer.front() + bodyAt + 3);
+    m_buffer.drop(length);
+    endPacket();
+    return true;
+}
+
+// Drops a packet that has no meaning here; the buffered bytes of an incomplete one
+// are lost.
 void FrameAssembler::dropPacket(quint32 length)
 {
     if (m_buffer.size() < static_cast<qsizetype>(length))
@@ -249,27 +261,23 @@ void FrameAssembler::dropPacket(quint32 length)
         m_buffer.drop(length);
 }
 
-// Waited for is what can still become a reply; a longer packet is given up at
-// once, or it would hold up the pictures.
-bool FrameAssembler::takeReply(CameraEvent *event, int valueLength)
+// Waits for a packet that can still become a reply. A longer one is dropped at once,
+// because waiting for it would delay the pictures.
+bool FrameAssembler::readReply(CameraEvent *event, int valueLength)
 {
     const quint32 length = readU32(m_buffer.front() + lengthAt);
-    const bool isWhole = m_buffer.size() >= static_cast<qsizetype>(length);
-    if (!isWhole && length <= registerOverhead + maxValueBytes)
+    const bool isComplete = m_buffer.size() >= static_cast<qsizetype>(length);
+    if (!isComplete && length <= registerOverhead + maxValueBytes)
         return false;
-    const bool isReply = isWhole && length == static_cast<quint32>(registerOverhead + valueLength);
-    if (!isReply) {
+    if (!isComplete || length != static_cast<quint32>(registerOverhead + valueLength)) {
         event->kind = CameraEvent::WrongLength;
-    } else {
-        event->kind = CameraEvent::Register;
-        event->status = static_cast<quint8>(m_buffer.front()[bodyAt]);
-        event->address = readU16(m_buffer.front() + bodyAt + 1);
-        event->data = QByteArray(m_buffer.front() + bodyAt + 3, valueLength);
-    }
-    if (!isReply) {
         dropPacket(length);
         return true;
     }
+    event->kind = CameraEvent::Register;
+    event->status = static_cast<quint8>(m_buffer.front()[bodyAt]);
+    event->address = readU16(m_buffer.front() + bodyAt + 1);
+    event->data = QByteArray(m_buffer.front() + bodyAt + 3, valueLength);
     m_buffer.drop(length);
     endPacket();
     return true;

@@ -1,8 +1,8 @@
 #pragma once
 
-// Takes packets of the camera link out of a stream that arrives in chunks of
-// any size. The time it takes grows with the bytes, not with their cutting.
-// A stream that has lost its step is found again after a second. Knows no picture
+// Extracts the packets of the camera link from a stream that arrives in chunks of
+// any size. The time it needs grows with the bytes, not with how they are cut.
+// Resynchronizes a stream without complete packets after a second. Knows no picture
 // format beyond the announcement and no link; the time is passed in.
 
 #include "bytequeue.h"
@@ -12,13 +12,13 @@
 struct CameraEvent
 {
     enum Kind {
-        ImageBegins,      // the header of an image packet has come
-        Image,            // a whole image packet: data, checksumRight
+        ImageBegins,      // the header of an image packet has arrived
+        Image,            // a complete image packet: data, checksumRight
         Format,           // an announcement: format, width, height
-        Register,         // a whole read reply: status, address, data (the value)
+        Register,         // a complete read reply: status, address, data (the value)
         WrongLength,      // a read reply whose length does not fit the value length
-        NoHeader,         // what has come is no packet; data holds its first four bytes
-        ImpossibleLength, // a length that no packet has; all that came is dropped
+        NoHeader,         // the buffered bytes are no packet; data holds the first four
+        ImpossibleLength, // a length that no packet has; all buffered bytes are dropped
         Resynchronized    // a search for a header has led to the packet before
     };
     Kind kind = NoHeader;
@@ -35,15 +35,15 @@ struct CameraEvent
 class FrameAssembler
 {
 public:
-    // Without a complete packet for so long, while the bytes of a frame came, the
-    // next header that can be one is searched for in the stream.
+    // After this time without a complete packet, in which the bytes of a frame
+    // arrived, the stream is searched for the next possible header.
     static constexpr qint64 searchAfterMs = 1000;
 
-    // What was dropped because it belongs to no complete packet.
+    // Bytes that were dropped because they belong to no complete packet.
     struct Loss
     {
         qint64 bytes = 0;
-        qint64 frames = 0; // image packets of which the end did not come
+        qint64 frames = 0; // image packets without an end
     };
 
     explicit FrameAssembler(int maxIdleBytes = ByteQueue::defaultIdleBytes)
@@ -52,11 +52,11 @@ public:
     }
 
     // nowMs: of any clock that does not go back.
-    // A chunk that begins with the magic wins over an unfinished packet. So does
-    // a magic that begins a chunk and ends in a later one, unless an image is
-    // awaited: a line that hands over single bytes is found again.
+    // A chunk that begins with the magic replaces an incomplete packet. So does a
+    // magic that begins a chunk and ends in a later one, unless an image is awaited:
+    // this way a line that delivers single bytes is resynchronized.
     void append(const QByteArray &chunk, qint64 nowMs);
-    // The next event of what has come; false when more has to come first.
+    // The next event; false when more has to arrive first.
     // valueLength: the bytes of a register's value, 1 to 4.
     bool next(CameraEvent *event, int valueLength);
     Loss takeLoss();                                 // since the last call
@@ -74,12 +74,14 @@ private:
     void discard(qint64 bytes);
     void discardFrame();
     void dropPacket(quint32 length);
-    bool takeImage(CameraEvent *event);
-    bool takeHeader(CameraEvent *event, int valueLength, bool *isEvent);
-    bool takeReply(CameraEvent *event, int valueLength);
+    bool readImage(CameraEvent *event);
+    bool readHeader(CameraEvent *event, int valueLength, bool *isEvent);
+    void beginImage(quint32 length);
+    bool readFormat(CameraEvent *event, quint32 length);
+    bool readReply(CameraEvent *event, int valueLength);
 
     ByteQueue m_buffer;
-    int m_begun = 0; // bytes at the back that may become a magic, of which the first began a chunk
+    int m_begun = 0; // bytes at the back that may become a magic and began a chunk
     bool m_receiving = false;
     quint32 m_packetLength = 0; // while receiving
     qsizetype m_checked = 0;    // bytes of the packet that m_checksum covers
@@ -87,7 +89,7 @@ private:
 
     Loss m_loss;
     qint64 m_now = 0;
-    qint64 m_since = 0;                          // when the first of the bytes below came
+    qint64 m_since = 0;                          // when the first of m_bytesSince arrived
     qint64 m_bytesSince = 0;                     // since the last complete packet
     qint64 m_frameBytes = CameraFrame::overhead; // of the last good image packet
     bool m_searching = false;

@@ -11,14 +11,14 @@ namespace {
 
 constexpr int kColumns = 4;
 constexpr int kMaxDigits = 8;
-constexpr int kTestedBytes = 1024 * 1024; // more than a full table has, as a rule
+constexpr int kTestedBytes = 1024 * 1024; // more than most full tables have
 
 bool isUtf8(const QByteArray &content)
 {
     QTextCodec::ConverterState state;
     QTextCodec::codecForName("UTF-8")->toUnicode(content.constData(), qMin(content.size(), kTestedBytes),
                                                  &state);
-    const bool isCut = content.size() > kTestedBytes; // maybe within a character
+    const bool isCut = content.size() > kTestedBytes; // possibly within a character
     return state.invalidChars == 0 && (isCut || state.remainingChars == 0);
 }
 
@@ -29,7 +29,7 @@ bool RegisterRow::isEmpty() const
     return number.isEmpty() && address.isEmpty() && value.isEmpty() && description.isEmpty();
 }
 
-// As tables of other programs have them: with blanks and "0x" before them, too.
+// Tables of other programs may have blanks and "0x" before the digits.
 bool RegisterRow::parse(const QString &text, quint32 *result)
 {
     QString digits = text.trimmed();

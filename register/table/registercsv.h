@@ -34,14 +34,14 @@ QByteArray write(const QVector<RegisterRow> &rows);
 class Reader
 {
 public:
-    // What is valid UTF-8, or has its byte order mark, is read as UTF-8.
+    // Valid UTF-8, and what has its byte order mark, is read as UTF-8.
     Reader(const QByteArray &content, int maxRows);
 
-    // Reads up to so many lines more; false when that was the end.
+    // Reads up to that many more lines. False at the end.
     bool read(int lines);
     const QVector<RegisterRow> &rows() const { return m_rows; }
     int skipped() const { return m_skipped; }
-    int beyondLimit() const { return m_beyondLimit; } // rows beyond the limit
+    int beyondLimit() const { return m_beyondLimit; } // rows for which there was no room
 
 private:
     void readLine(const char *line, int size);
