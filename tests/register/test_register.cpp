@@ -26,7 +26,6 @@ private slots:
     void exportsAndImports();
     void asksBeforeRowsAreLost();
     void turnsPages();
-    void marksValues();
     void limitsCells();
     void stopsWhenItIsClosed();
 
@@ -131,54 +130,41 @@ void TestRegister::asksBeforeRowsAreLost()
 void TestRegister::turnsPages()
 {
     const QSignalSpy refreshes(m_dialog.get(), &DataManagerWidget::signalRefreshData);
-    type(0, RegisterTableModel::Address, QStringLiteral("01"));
-    click("btnAddPage");
-    click("btnLastPage");
-    QCOMPARE(refreshes.last().at(0).toInt(), 2);
-    QCOMPARE(m_view->model()->rowCount(), 100);
-    QVERIFY(shown(0, RegisterTableModel::Address).data().toString().isEmpty());
-    type(0, RegisterTableModel::Address, QStringLiteral("02"));
-    QCOMPARE(m_table->row(100).address, QStringLiteral("02"));
-    m_dialog->SltChangePage(3);
-    m_dialog->SltChangePage(1);
-    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("01"));
-    m_answer = 0;
-    click("btnDeletePage");
-    QCOMPARE(m_questions.size(), 1);
-    QCOMPARE(m_table->pageCount(), 2);
-    m_answer = 1;
-    click("btnDeletePage");
-    QCOMPARE(m_table->pageCount(), 1);
-    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("02"));
-
-    // The last one of three; an empty one goes without a question.
-    for (const char *address : {"03", ""}) {
+    const auto address = [this] { return shown(0, RegisterTableModel::Address).data().toString(); };
+    for (const char *text : {"02", "03", ""}) {
         click("btnAddPage");
         click("btnLastPage");
-        type(0, RegisterTableModel::Address, QLatin1String(address));
+        type(0, RegisterTableModel::Address, QLatin1String(text));
     }
-    m_questions.clear();
-    click("btnDeletePage");
+    QCOMPARE(refreshes.last().at(0).toInt(), 4);
+    QCOMPARE(m_view->model()->rowCount(), 100);
+    m_dialog->SltChangePage(5);
+    QCOMPARE(address(), QString());
+    click("btnDeletePage"); // an empty one goes without a question
     QVERIFY(m_questions.isEmpty());
-    QCOMPARE(m_table->pageCount(), 2);
-    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("03"));
-    click("btnDeletePage");
-    QCOMPARE(shown(0, RegisterTableModel::Address).data().toString(), QStringLiteral("02"));
-}
-
-void TestRegister::marksValues()
-{
-    const auto icon = [this](int row) {
-        const QVariant decoration = shown(row, RegisterTableModel::Value).data(Qt::DecorationRole);
-        return decoration.isNull() ? QImage() : decoration.value<QIcon>().pixmap(16).toImage();
-    };
-    click("btnAddPage");
-    m_table->setOutcome(0, RegisterTableModel::Answered);
-    m_table->setOutcome(1, RegisterTableModel::Refused);
-    QVERIFY(!icon(0).isNull() && !icon(1).isNull() && icon(0) != icon(1));
-    QVERIFY(icon(2).isNull());
+    QCOMPARE(address(), QStringLiteral("03"));
     m_dialog->SltChangePage(2);
-    QVERIFY(icon(0).isNull());
+    m_answer = 0;
+    click("btnDeletePage");
+    QCOMPARE(m_questions, QStringList{QStringLiteral("当前页有1行已填写，是否确认删除当前页？")});
+    QCOMPARE(address(), QStringLiteral("02"));
+    m_answer = 1;
+    click("btnDeletePage");
+    QCOMPARE(address(), QStringLiteral("03"));
+    QCOMPARE(m_table->row(100).address, QStringLiteral("03"));
+
+    const auto mark = [this](int row) {
+        return shown(row, RegisterTableModel::Value)
+            .data(Qt::DecorationRole)
+            .value<QIcon>()
+            .pixmap(16)
+            .toImage();
+    };
+    m_table->setOutcome(100, RegisterTableModel::Answered);
+    m_table->setOutcome(101, RegisterTableModel::Refused);
+    QVERIFY(!mark(0).isNull() && !mark(1).isNull() && mark(0) != mark(1) && mark(2).isNull());
+    click("btnFirstPage");
+    QVERIFY(mark(0).isNull());
 }
 
 void TestRegister::limitsCells()
