@@ -6,46 +6,8 @@
 
 #include <QNetworkDatagram>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QUdpSocket>
-
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-namespace {
-
-// Accepts nobody: a connection keeps its queue full, so that the system leaves
-// each further attempt without an answer.
-class BusyServer
-{
-public:
-    BusyServer()
-    {
-        sockaddr_in any = {};
-        any.sin_family = AF_INET;
-        any.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof(m_address);
-        m_good = ::bind(m_listener, reinterpret_cast<sockaddr *>(&any), sizeof(any)) == 0 &&
-                 ::listen(m_listener, 0) == 0 &&
-                 ::getsockname(m_listener, reinterpret_cast<sockaddr *>(&m_address), &size) == 0 &&
-                 ::connect(m_filler, reinterpret_cast<sockaddr *>(&m_address), size) == 0;
-    }
-    ~BusyServer()
-    {
-        ::close(m_filler);
-        ::close(m_listener);
-    }
-    Q_DISABLE_COPY_MOVE(BusyServer)
-    quint16 port() const { return m_good ? ntohs(m_address.sin_port) : 0; }
-
-private:
-    int m_listener = ::socket(AF_INET, SOCK_STREAM, 0);
-    int m_filler = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in m_address = {};
-    bool m_good = false;
-};
-
-} // namespace
 
 class TestNetworkClient : public NetworkPageTest
 {
@@ -54,13 +16,10 @@ class TestNetworkClient : public NetworkPageTest
 private slots:
     void connects_data();
     void connects();
-    void connectsAfterARefusal_data();
     void connectsAfterARefusal();
     void cancelsConnecting();
     void deliversBeforeDisconnecting_data();
     void deliversBeforeDisconnecting();
-    void takesInWhatHasCome_data();
-    void takesInWhatHasCome();
     void hearsOfTheServersEnd_data();
     void hearsOfTheServersEnd();
     void exchangesDatagrams_data();
@@ -74,7 +33,6 @@ private slots:
 void TestNetworkClient::connects_data()
 {
     addFamilies();
-    QTest::newRow("name") << "localhost";
     QTest::newRow("brackets") << "[::1] ";
 }
 
@@ -82,11 +40,7 @@ void TestNetworkClient::connects()
 {
     QFETCH(QString, address);
     BoardProcess board;
-    QVERIFY(board.startOnNetwork("tcp-server", to(0,
-                                                  address == "localhost"    ? "127.0.0.1"
-                                                  : address.startsWith('[') ? "::1"
-                                                                            : address,
-                                                  {})));
+    QVERIFY(board.startOnNetwork("tcp-server", to(0, address.contains(':') ? QString("::1") : address, {})));
     write("editServerAddress", address);
     open(Client, board.netPort());
     QCOMPARE(m_notices->at(0).at(0).toString(), QStringLiteral("正在与服务器建立连接...."));
@@ -105,52 +59,39 @@ void TestNetworkClient::connects()
     QVERIFY(board.waitForEvent("disconnected"));
 }
 
-void TestNetworkClient::connectsAfterARefusal_data()
-{
-    QTest::addColumn<QString>("address");
-    QTest::addColumn<QString>("state");
-    QTest::newRow("refused") << "127.0.0.1" << QStringLiteral("连接失败：对方拒绝连接");
-    QTest::newRow("no such host") << "no-such-host.invalid" << QStringLiteral("连接失败：找不到该主机");
-    QTest::newRow("nonsense") << "a b c" << QString();
-    QTest::newRow("unreachable") << "255.255.255.255" << QString();
-}
-
 void TestNetworkClient::connectsAfterARefusal()
 {
-    QFETCH(QString, address);
-    QFETCH(QString, state);
-    write("editServerAddress", address);
-    open(Client, freePort());
+    QTcpSocket deaf; // has the port, but does not listen
+    QVERIFY(deaf.bind(QHostAddress::LocalHost));
+    open(Client, deaf.localPort());
     WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
-    QVERIFY(stateText().startsWith(QStringLiteral("连接失败：")));
-    if (!state.isEmpty())
-        QCOMPARE(stateText(), state);
+    QCOMPARE(stateText(), QStringLiteral("连接失败：对方拒绝连接"));
     QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(), QStringLiteral("上次错误：") + stateText());
     QCOMPARE(lastNotice(), QStringLiteral("[TCP Client]") + stateText());
+    QCOMPARE(m_notices->size(), 2);
     QCOMPARE(caption(), QStringLiteral("建立连接"));
     QVERIFY(fieldsAreEnabled(true));
 
     QTcpServer host;
     QVERIFY(host.listen(QHostAddress::LocalHost));
-    write("editServerAddress", "127.0.0.1");
     open(Client, host.serverPort()); // one press is enough
     WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
 }
 
 void TestNetworkClient::cancelsConnecting()
 {
-    const BusyServer server;
-    write("editServerAddress", "127.0.0.1");
-    open(Client, server.port());
+    QTcpSocket deaf;
+    QVERIFY(deaf.bind(QHostAddress::LocalHost));
+    open(Client, deaf.localPort());
     QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
     click("btnOpen");
     QCOMPARE(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
+    QCOMPARE(stateText(), QStringLiteral("未连接"));
     QVERIFY(fieldsAreEnabled(true));
+    m_notices->clear();
     for (const char *port : {"0", "70000", ""}) { // nothing is opened
-        m_notices->clear();
         write("editPort", port);
         click("btnOpen");
-        QVERIFY(m_notices->isEmpty());
         QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
     }
     write("editServerAddress", QString());
@@ -202,46 +143,6 @@ void TestNetworkClient::deliversBeforeDisconnecting()
     QVERIFY(m_page->isClosed() && closed.count() == 1);
     QCOMPARE(caption(), QStringLiteral("建立连接"));
     QVERIFY(fieldsAreEnabled(true));
-}
-
-void TestNetworkClient::takesInWhatHasCome_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::newRow("TCP Server") << int(Server);
-    QTest::newRow("TCP Client") << int(Client);
-    QTest::newRow("UDP") << int(Udp);
-}
-
-// More than a socket's buffer, which the page has had no turn to read, and then it
-// closes.
-void TestNetworkClient::takesInWhatHasCome()
-{
-    QFETCH(int, type);
-    const QByteArray bytes(150000, 'x');
-    QTcpServer host;
-    QTcpSocket client;
-    QTcpSocket *peer = &client;
-    if (type == Udp) {
-        const quint16 port = open(Udp);
-        QUdpSocket datagrams;
-        for (int at = 0; at < bytes.size(); at += 30000)
-            datagrams.writeDatagram(bytes.mid(at, 30000), QHostAddress::LocalHost, port);
-    } else {
-        if (type == Server) {
-            client.connectToHost(QHostAddress::LocalHost, open(Server));
-            WAIT_FOR(clients().size() == 2 && client.state() == QAbstractSocket::ConnectedState);
-        } else {
-            QVERIFY(host.listen(QHostAddress::LocalHost));
-            open(Client, host.serverPort());
-            WAIT_FOR(caption() == QStringLiteral("断开连接") && host.hasPendingConnections());
-            peer = host.nextPendingConnection();
-        }
-        peer->write(bytes);
-        while (peer->bytesToWrite() > 0)
-            QVERIFY(peer->waitForBytesWritten(30000));
-    }
-    m_page->sltBtnOpenClicked();
-    QCOMPARE(received(), qint64(bytes.size()));
 }
 
 void TestNetworkClient::hearsOfTheServersEnd_data()

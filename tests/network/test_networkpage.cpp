@@ -228,14 +228,14 @@ void TestNetworkPage::remembersWhatOpened()
     click("btnOpen");
 
     QTcpServer host;
-    QVERIFY(host.listen(QHostAddress::LocalHost));
-    write("editServerAddress", "localhost");
+    QVERIFY(host.listen(QHostAddress::AnyIPv4));
+    write("editServerAddress", "127.0.0.2");
     open(Client, host.serverPort());
     QCOMPARE(stored().at(0), QString("2")); // not before it is connected
-    WAIT_EQUAL(stored(), (QStringList{"1", "localhost", QString::number(host.serverPort())}));
+    WAIT_EQUAL(stored(), (QStringList{"1", "127.0.0.2", QString::number(host.serverPort())}));
     Settings::load();
     QCOMPARE(fields(NetworkToolWidget()),
-             (QStringList{"TCP Client", all, "localhost", QString::number(host.serverPort())}));
+             (QStringList{"TCP Client", all, "127.0.0.2", QString::number(host.serverPort())}));
 
     // Restored settings wait for an open link to close.
     Settings::instance().network.type = 0;
