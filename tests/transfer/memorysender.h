@@ -100,7 +100,7 @@ protected:
         const QByteArray &file = files.at(index - 1);
         if (offset == file.size())
             return 0x04;
-        const int size = file.size() - offset < 129 ? 128 : 1024;
+        const int size = file.size() < 300 ? 128 : 1024; // the engine sends what it is given
         const QByteArray part = file.mid(offset, size);
         std::copy(part.begin(), part.end(), buffer);
         offset += part.size();

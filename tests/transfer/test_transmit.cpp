@@ -1,15 +1,16 @@
-// The driver on a pseudo-terminal: what goes over the wire, what is reported
+// The driver on a link in memory: what goes over the wire, what is reported
 // when, and files that are not what they seemed.
 
+#include "memorysender.h"
 #include "ptypeer.h"
-#include "ymodemfiletransmit.h"
+#include "virtualtransfer.h"
 
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
 #include <sys/stat.h>
+#include <termios.h>
 
 class TestTransmit : public QObject
 {
@@ -17,8 +18,9 @@ class TestTransmit : public QObject
 
 private slots:
     void init();
-    void cleanup();
     void sendsAFile();
+    void cutsFilesIntoBlocks_data();
+    void cutsFilesIntoBlocks();
     void namesFilesInBlockZero_data();
     void namesFilesInBlockZero();
     void announcesHugeFiles();
@@ -31,40 +33,34 @@ private slots:
     void endsWithThePort();
     void knowsThatALineCanBeFaster();
     void noticesARestartedReceiver();
-    void needsAPort();
-    void survivesAFlood();
+    void opensItsPort();
+    void pausesAFlood();
     void logsBeginningAndEnd();
 
 private:
     QString makeFile(const QString &name, const QByteArray &content) const;
-    bool start(const QStringList &files, int baudRate = 115200);
-    // Sends the answer and reads so many bytes.
-    QByteArray answered(const char *answer, int count);
-    QVector<int> statuses() const;
-    bool waitForEnd()
+    bool start(const QStringList &files, int baudRate = 115200) { return m_run->start(files, baudRate); }
+    void answer(const QByteArray &bytes) { m_run->link.receive(bytes); }
+    // What is sent once it is as long as that.
+    QByteArray sent(int count);
+    QByteArray answered(const char *bytes, int count)
     {
-        return QTest::qWaitFor([this] { return !m_transmit->isBusy(); }, 20000);
+        answer(bytes);
+        return sent(count);
     }
+    QVector<int> statuses() const;
+    bool waitForEnd(int seconds = 20) { return m_run->stepToEnd(seconds); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<PtyPeer> m_board;
-    std::unique_ptr<YmodemFileTransmit> m_transmit;
-    std::unique_ptr<QSignalSpy> m_statuses;
+    std::unique_ptr<VirtualTransfer> m_run;
+    YmodemFileTransmit *m_transmit = nullptr;
 };
 
 void TestTransmit::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
-    m_board = std::make_unique<PtyPeer>();
-    m_transmit = std::make_unique<YmodemFileTransmit>();
-    m_statuses = std::make_unique<QSignalSpy>(m_transmit.get(), &YmodemFileTransmit::transmitStatus);
-}
-
-void TestTransmit::cleanup()
-{
-    m_statuses.reset();
-    m_transmit.reset();
-    m_board.reset();
+    m_run = std::make_unique<VirtualTransfer>();
+    m_transmit = &m_run->driver;
 }
 
 QString TestTransmit::makeFile(const QString &name, const QByteArray &content) const
@@ -76,54 +72,75 @@ QString TestTransmit::makeFile(const QString &name, const QByteArray &content) c
     return path;
 }
 
-bool TestTransmit::start(const QStringList &files, int baudRate)
+QByteArray TestTransmit::sent(int count)
 {
-    m_transmit->setFileList(files);
-    m_transmit->setPortName(m_board->device());
-    m_transmit->setBaudRate(baudRate);
-    return m_transmit->startTransmit();
-}
-
-QByteArray TestTransmit::answered(const char *answer, int count)
-{
-    m_board->write(answer);
-    return m_board->read(count, 20000);
+    m_run->stepUntil([&] { return m_run->link.sent.size() >= count; });
+    return std::exchange(m_run->link.sent, {});
 }
 
 QVector<int> TestTransmit::statuses() const
 {
     QVector<int> list;
-    for (const QList<QVariant> &arguments : *m_statuses)
+    for (const QList<QVariant> &arguments : m_run->statuses)
         list.append(arguments.at(0).value<Ymodem::Status>());
     return list;
 }
 
 void TestTransmit::sendsAFile()
 {
-    QSignalSpy progress(m_transmit.get(), &YmodemFileTransmit::transmitProgress);
+    QSignalSpy progress(m_transmit, &YmodemFileTransmit::transmitProgress);
     const QString name = makeFile("a.bin", QByteArray("\x18hello", 5));
     QVERIFY(start({name}));
     const QByteArray zero = answered("C", 133);
     QCOMPARE(zero.size(), 133);
     QCOMPARE(zero.left(3), QByteArray("\x01\x00\xFF", 3));
     QCOMPARE(zero.mid(3, 128), QByteArray("a.bin\0005\0", 8) + QByteArray(120, '\0'));
-    QVERIFY(m_board->write("\x06"));
+    answer("\x06");
     const QByteArray block = answered("C", 133);
     QCOMPARE(block.left(3), QByteArray("\x01\x01\xFE"));
     QCOMPARE(block.mid(3, 128), QByteArray("\x18hell") + QByteArray(123, '\0'));
     QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
-    QVERIFY(m_board->write("\x06"));
+    answer("\x06");
     QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(128, '\0'));
     QVERIFY(m_transmit->isBusy());
-    QVERIFY(m_board->write("\x06"));
+    answer("\x06");
     QVERIFY(waitForEnd());
 
     QCOMPARE(statuses(), (QVector<int>{0, 1, 1, 1, 3, 3}));
-    QCOMPARE(m_statuses->at(0).at(1).toString(), name);
-    QCOMPARE(m_statuses->at(1).at(1).toString(), QString());
+    QCOMPARE(m_run->statuses.at(0).at(1).toString(), name);
+    QCOMPARE(m_run->statuses.at(1).at(1).toString(), QString());
     QCOMPARE(progress.size(), 1);
     QCOMPARE(progress.at(0), (QList<QVariant>{100, name}));
     QVERIFY(m_transmit->unsentFiles().isEmpty());
+}
+
+void TestTransmit::cutsFilesIntoBlocks_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<QVector<int>>("blocks");
+    QTest::newRow("1") << 1 << QVector<int>{128};
+    QTest::newRow("128") << 128 << QVector<int>{128};
+    QTest::newRow("129") << 129 << QVector<int>{1024};
+    QTest::newRow("1024") << 1024 << QVector<int>{1024};
+    QTest::newRow("1025") << 1025 << QVector<int>{1024, 128};
+    QTest::newRow("2153") << 2153 << QVector<int>{1024, 1024, 128};
+}
+
+void TestTransmit::cutsFilesIntoBlocks()
+{
+    QFETCH(int, size);
+    QFETCH(QVector<int>, blocks);
+    const QByteArray bytes = content(size);
+    QVERIFY(start({makeFile("a.bin", bytes)}));
+    answered("C", 133);
+    answer("\x06");
+    int at = 0;
+    for (int i = 0; i < blocks.size(); ++i) {
+        const QByteArray part = bytes.mid(at, blocks[i]);
+        QCOMPARE(answered(i == 0 ? "C" : "\x06", 1), packet(i + 1, part, blocks[i]));
+        at += blocks[i];
+    }
+    QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
 }
 
 void TestTransmit::namesFilesInBlockZero_data()
@@ -164,7 +181,7 @@ void TestTransmit::announcesHugeFiles()
     QVERIFY(QFile::resize(name, qint64(5) << 30)); // sparse
     QVERIFY(start({name}));
     QCOMPARE(answered("C", 133).mid(3, 20), QByteArray("huge.img\0005368709120\0", 20));
-    m_board->write("\x06");
+    answer("\x06");
     QCOMPARE(answered("C", 1029).size(), 1029);
     QCOMPARE(answered("\x06", 1029).left(3), QByteArray("\x02\x02\xFD"));
 }
@@ -175,12 +192,15 @@ void TestTransmit::neverReadsBeyondTheAnnouncedSize()
     QVERIFY(start({name}));
     answered("C", 133);
     makeFile("grows.bin", QByteArray(3000, 'b'));
-    m_board->write("\x06");
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(10), QFileDevice::FileModificationTime));
+    answer("\x06");
     QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(5, 'b') + QByteArray(123, '\0'));
     QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
-    m_board->write("\x06");
+    answer("\x06");
     answered("C", 133);
-    m_board->write("\x06");
+    answer("\x06");
     QVERIFY(waitForEnd());
     QCOMPARE(statuses().last(), 3);
     QVERIFY(m_transmit->reason().contains(name)); // some of it may be old, some new
@@ -191,13 +211,13 @@ void TestTransmit::endsWithAFileThatShrinks()
     const QString name = makeFile("shrinks.bin", QByteArray(100000, 'a'));
     QVERIFY(start({name}));
     answered("C", 133);
-    m_board->write("\x06");
+    answer("\x06");
     answered("C", 1029);
     QVERIFY(QFile::resize(name, 1030));
     // What was read ahead may still go out, never zeros in its place.
     QByteArray begin = answered("\x06", 5);
     for (int blocks = 1; !begin.startsWith('\x18') && blocks < 98; ++blocks) {
-        const QByteArray block = begin + m_board->read(1029 - begin.size());
+        const QByteArray block = begin + sent(1029 - begin.size());
         QCOMPARE(block.mid(3, 1024), QByteArray(1024, 'a'));
         begin = answered("\x06", 5);
     }
@@ -228,7 +248,7 @@ void TestTransmit::refusesWhatIsNoFile()
     QCOMPARE(answered("C", 5), QByteArray("\x18\x18\x18\x18\x18"));
     QVERIFY(waitForEnd());
     QCOMPARE(statuses(), (QVector<int>{6, 6}));
-    QCOMPARE(m_statuses->at(0).at(1).toString(), QString());
+    QCOMPARE(m_run->statuses.at(0).at(1).toString(), QString());
     QVERIFY(m_transmit->reason().contains(name));
 }
 
@@ -237,11 +257,11 @@ void TestTransmit::namesWhatWasNotSent()
     const QStringList names{makeFile("first.bin", "1"), makeFile("second.bin", "2")};
     QVERIFY(start(names));
     answered("C", 133);
-    m_board->write("\x06");
+    answer("\x06");
     answered("C", 133);
     answered("\x06", 1);
     QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(128, '\0')); // no answer to the end of the file
-    m_board->write("\x06");
+    answer("\x06");
     QVERIFY(waitForEnd());
     QCOMPARE(statuses().last(), 3);
     QCOMPARE(m_transmit->unsentFiles(), QStringList{names.at(1)});
@@ -252,22 +272,22 @@ void TestTransmit::namesWhatWasNotSent()
 void TestTransmit::stopsAndSendsAgain()
 {
     m_transmit->stopTransmit(); // nothing runs
-    QCOMPARE(m_statuses->size(), 0);
+    QCOMPARE(m_run->statuses.size(), 0);
     const QString name = makeFile("a.bin", QByteArray(5000, 'a'));
     QVERIFY(start({name}));
-    QVERIFY(!m_transmit->startTransmit());
+    QVERIFY(!m_transmit->startTransmit(&m_run->link));
     answered("C", 133);
     m_transmit->stopTransmit();
     m_transmit->stopTransmit();
     QCOMPARE(statuses(), (QVector<int>{0, 4}));
     QVERIFY(m_transmit->isBusy()); // until the last bytes have left
-    QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18"));
+    QCOMPARE(sent(5), QByteArray("\x18\x18\x18\x18\x18"));
     QVERIFY(waitForEnd());
     QCOMPARE(statuses(), (QVector<int>{0, 4, 4}));
 
     QVERIFY(start({name}));
     QCOMPARE(answered("C", 133).mid(3, 6), QByteArray("a.bin\0", 6));
-    m_board->write("\x18");
+    answer("\x18");
     QVERIFY(waitForEnd());
     QCOMPARE(statuses(), (QVector<int>{0, 4, 4, 0, 4, 4}));
 }
@@ -276,7 +296,7 @@ void TestTransmit::endsWithThePort()
 {
     QVERIFY(start({makeFile("a.bin", QByteArray(5000, 'a'))}));
     answered("C", 133);
-    m_board->hangUp();
+    m_run->link.close();
     QVERIFY(waitForEnd());
     QCOMPARE(statuses(), (QVector<int>{0, 6, 6}));
     QCOMPARE(m_transmit->reason(), QStringLiteral("串口已断开"));
@@ -288,25 +308,25 @@ void TestTransmit::knowsThatALineCanBeFaster()
 {
     QVERIFY(start({makeFile("a.bin", QByteArray(3000, 'a'))}, 1200));
     answered("C", 133);
-    m_board->write("\x06");
+    answer("\x06");
     answered("C", 1029);
     answered("\x06", 1029);
     answered("\x06", 1029);
     answered("\x06", 1);
-    m_board->write("\x06");
+    answer("\x06");
     answered("C", 133);
-    m_board->write("\x06");
-    QVERIFY(QTest::qWaitFor([this] { return !m_transmit->isBusy(); }, 5000));
+    answer("\x06");
+    QVERIFY(waitForEnd(5));
     QCOMPARE(statuses().last(), 3);
 }
 
 // A receiver that was reset asks as for a first file.
 void TestTransmit::noticesARestartedReceiver()
 {
-    const QSignalSpy hints(m_transmit.get(), &YmodemFileTransmit::transmitHint);
+    const QSignalSpy hints(m_transmit, &YmodemFileTransmit::transmitHint);
     QVERIFY(start({makeFile("a.bin", QByteArray(5000, 'a'))}));
     answered("C", 133);
-    m_board->write("\x06");
+    answer("\x06");
     const QByteArray block = answered("C", 1029);
     QCOMPARE(answered("C", 1029), block);
     QCOMPARE(answered("\x15", 1029), block);
@@ -314,30 +334,54 @@ void TestTransmit::noticesARestartedReceiver()
     QCOMPARE(hints.count(), 0);
     for (int i = 0; i < 5; ++i)
         QCOMPARE(answered("C", 1029), block);
-    QTRY_COMPARE(hints.count(), 1);
+    QCOMPARE(hints.count(), 1);
     QVERIFY(m_transmit->isBusy());
     QVERIFY(answered("\x06", 1029) != block); // it may go on all the same
 }
 
-void TestTransmit::needsAPort()
+// Without a link.
+void TestTransmit::opensItsPort()
 {
+    PtyPeer board;
     m_transmit->setFileList({makeFile("a.bin", "a")});
+    m_transmit->setBaudRate(57600);
     m_transmit->setPortName(m_folder->filePath("nothing"));
     QVERIFY(!m_transmit->startTransmit());
     QVERIFY(!m_transmit->isBusy());
     m_transmit->stopTransmit();
-    QCOMPARE(m_statuses->size(), 0);
+    QCOMPARE(m_run->statuses.size(), 0);
+    m_transmit->setPortName(board.device());
+    QVERIFY(m_transmit->startTransmit());
+    QVERIFY(!m_transmit->startTransmit());
+    termios line{};
+    tcgetattr(board.descriptor(), &line);
+    QCOMPARE(cfgetospeed(&line), speed_t(B57600));
+    m_transmit->stopTransmit();
+    QCOMPARE(board.read(5), QByteArray("\x18\x18\x18\x18\x18"));
+    QVERIFY(waitForEnd());
 }
 
-// A board that talks while nobody listens delays its own answers; that is all.
-void TestTransmit::survivesAFlood()
+// A board that talks while nobody listens delays its own answers, and is paused;
+// what was not read is the link's owner's.
+void TestTransmit::pausesAFlood()
 {
     QVERIFY(start({makeFile("a.bin", "a")}));
-    for (int i = 0; i < 60; ++i)
-        QVERIFY(m_board->write(QByteArray(1000, '.')));
+    answer(QByteArray(65535, '.'));
+    QVERIFY(m_run->link.isReading());
+    answer(".");
+    answer("and more");
+    QVERIFY(!m_run->link.isReading());
+    QVERIFY(m_run->stepUntil([this] { return m_run->link.isReading(); }, 1));
     QVERIFY(m_transmit->isBusy());
+    answer("...");
+    QVERIFY(!m_run->link.isReading());
     m_transmit->stopTransmit();
-    QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18"));
+    QVERIFY(m_run->link.isReading());
+    QCOMPARE(m_run->link.sent, QByteArray("\x18\x18\x18\x18\x18"));
+    const QByteArray unused = m_transmit->takeUnused();
+    QVERIFY2(unused.size() > 65000 && unused.endsWith("and more..."), unused.right(20));
+    answer("and more"); // nobody's but the owner's
+    QCOMPARE(m_transmit->takeUnused(), QByteArray());
     QVERIFY(waitForEnd());
 }
 

@@ -9,8 +9,6 @@ class TestYmodem : public QObject
 
 private slots:
     void sendsABatch();
-    void cutsFilesIntoBlocks_data();
-    void cutsFilesIntoBlocks();
     void wrapsSequenceNumbers();
     void repeatsWhatIsAskedFor();
     void keepsAFetchedPacketUntilAsked();
@@ -53,43 +51,14 @@ void TestYmodem::sendsABatch()
     QCOMPARE(sender.reported, QVector<int>{3});
 }
 
-void TestYmodem::cutsFilesIntoBlocks_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::addColumn<QVector<int>>("blocks");
-    QTest::newRow("1") << 1 << QVector<int>{128};
-    QTest::newRow("128") << 128 << QVector<int>{128};
-    QTest::newRow("129") << 129 << QVector<int>{1024};
-    QTest::newRow("1024") << 1024 << QVector<int>{1024};
-    QTest::newRow("1025") << 1025 << QVector<int>{1024, 128};
-    QTest::newRow("2153") << 2153 << QVector<int>{1024, 1024, 128};
-}
-
-void TestYmodem::cutsFilesIntoBlocks()
-{
-    QFETCH(int, size);
-    QFETCH(QVector<int>, blocks);
-    MemorySender sender;
-    sender.files = {content(size)};
-    establish(sender);
-    QCOMPARE(sender.step("\x06"), QByteArray());
-    int at = 0;
-    for (int i = 0; i < blocks.size(); ++i) {
-        QCOMPARE(sender.step(i == 0 ? "C" : "\x06"),
-                 packet(i + 1, content(size).mid(at, blocks[i]), blocks[i]));
-        at += blocks[i];
-    }
-    QCOMPARE(sender.step("\x06"), QByteArray("\x04"));
-}
-
 void TestYmodem::wrapsSequenceNumbers()
 {
     MemorySender sender;
-    sender.files = {content(258 * 1024)};
+    const QByteArray file = content(258 * 1024);
+    sender.files = {file};
     transmit(sender);
     for (int number = 2; number <= 258; ++number)
-        QCOMPARE(sender.step("\x06"),
-                 packet(number % 256, content(258 * 1024).mid((number - 1) * 1024, 1024), 1024));
+        QCOMPARE(sender.step("\x06"), packet(number % 256, file.mid((number - 1) * 1024, 1024), 1024));
 }
 
 void TestYmodem::repeatsWhatIsAskedFor()
