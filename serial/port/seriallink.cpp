@@ -203,7 +203,7 @@ void SerialLink::beginClosing()
 {
     if (!isOpen())
         return;
-    readNow();
+    readRest();
     if (!isOpen())
         return;
     if (m_hungUp) {
@@ -211,6 +211,7 @@ void SerialLink::beginClosing()
         return;
     }
     letGo();
+    connect(m_port.get(), &QSerialPort::bytesWritten, this, &Link::handedOver);
     auto *closing = new ClosingPort(std::exchange(m_port, std::make_unique<QSerialPort>()), m_lineFreeAtNs);
     m_closing = closing;
     connect(closing, &ClosingPort::closed, this, [this, closing, name = m_settings.name](qint64 unsentBytes) {
@@ -240,9 +241,9 @@ void SerialLink::reportUnsent(const QString &name, qint64 bytes)
 
 // ---- sending
 
-qint64 SerialLink::send(const QByteArray &bytes, quint64)
+qint64 SerialLink::send(const QByteArray &bytes, quint64 peer)
 {
-    if (!isOpen() || m_hungUp)
+    if (!isOpen() || m_hungUp || peer != allPeers)
         return 0;
     const qint64 pending = m_port->bytesToWrite();
     const bool isTooMuch = pending + bytes.size() > maxPendingBytes;
@@ -313,6 +314,18 @@ void SerialLink::readNow()
     const QByteArray bytes = m_port->readAll();
     if (!bytes.isEmpty())
         emit received(bytes, nowUs(), Peer());
+}
+
+// What the system still has, as well; a flood has no end.
+void SerialLink::readRest()
+{
+    const QSerialPort *port = m_port.get();
+    for (qint64 left = kReadBufferBytes; left > 0 && isOpen() && m_port.get() == port;) {
+        left -= m_port->bytesAvailable();
+        readNow();
+        if (!isOpen() || m_port.get() != port || !m_port->waitForReadyRead(0))
+            break;
+    }
 }
 
 void SerialLink::readingChanged()

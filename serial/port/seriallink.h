@@ -65,6 +65,7 @@ protected:
     void readNow(); // what has arrived, paused or not
 
 private:
+    void readRest();
     bool openDevice(const SerialSettings &settings, Refusal refusal);
     bool fail(const QString &reason);
     void beginClosing();
