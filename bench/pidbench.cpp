@@ -69,6 +69,7 @@ void fitAndDraw(benchmark::State &state)
     for (int64_t i = 0; i < state.range(0); ++i)
         for (int channel = 0; channel < PidPlot::channels; ++channel)
             recorder.addActual(channel, static_cast<int>(i * 7 % 5), i * step);
+    plot.drawNew();
     int64_t number = state.range(0);
     for (auto _ : state) {
         for (const int64_t end = number + 33; number < end; ++number)

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The fewest digits that give the value again.
+// With the minimum of digits that parse to the same value.
 QString fullText(float value)
 {
     QString text;
@@ -27,9 +27,9 @@ QRegularExpression accepted(PidField::Kind kind)
 
 } // namespace
 
-// Digits, point, digits; or an integer. Blanks around it, as they come with
-// copied text, are dropped. What the program itself has put into the field (a
-// negative or very small gain of the board) is accepted as it stands.
+// Digits, point, digits; or an integer. Blanks around it, as in copied text, are
+// dropped. Text that the program has set (a negative or very small gain of the
+// board) is accepted unchanged.
 class PidField::Validator : public QRegularExpressionValidator
 {
 public:
@@ -175,5 +175,5 @@ void PidField::keyPressEvent(QKeyEvent *event)
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     QLineEdit::keyPressEvent(event);
     if (isReturn && !isComplete())
-        emit incomplete(); // Qt says nothing then
+        emit incomplete(); // Qt emits nothing then
 }

@@ -35,7 +35,7 @@ public:
     void setRecord(const QString &text, float value = 0, bool keepText = false);
     // Drops what was typed and shows the record.
     void revert();
-    // The text was sent: it is no longer taken for being typed.
+    // The text was sent: it no longer counts as typed.
     void setSent();
 
     bool isTyped() const { return isModified(); }

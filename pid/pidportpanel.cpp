@@ -21,7 +21,7 @@ PidPortPanel::PidPortPanel(QWidget *parent)
     m_baudRate->addItems(QStringLiteral("2400 4800 9600 19200 38400 57600 115200 128000 230400 256000 460800")
                              .split(QLatin1Char(' ')));
     m_baudRate->setCurrentText(QStringLiteral("115200"));
-    // A long description must not widen the panel; the list shows it whole.
+    // A long description must not widen the panel; the list shows it in full.
     for (QComboBox *box : {static_cast<QComboBox *>(m_port), m_baudRate})
         letShrink(box);
     addRow(QStringLiteral("端口"), m_port);

@@ -1,9 +1,9 @@
-// Replaces the installation that it lies in, once the application has ended,
-// and starts the application again:
+// Replaces the installation whose folder it is in, once the application has ended,
+// and restarts the application:
 //   unzip.exe PACKAGE APPLICATION     puts the package's files in place
 //   unzip.exe --clean APPLICATION     removes what an update could not remove
 // Under the application's name, and in "_update", a copy of it finishes an
-// update that was ended in the middle.
+// interrupted update.
 
 #include "installation.h"
 #include "progresswindow.h"
@@ -17,19 +17,19 @@ namespace {
 
 constexpr int kWaitForEndMs = 60000;
 constexpr int kWaitForOthersMs = 15000;
-constexpr int kLookEveryMs = 50;
+constexpr int kPollMs = 50;
 
 template <class Condition> bool waitFor(const Condition &condition, int milliseconds)
 {
-    for (int waited = 0; !condition(); waited += kLookEveryMs) {
+    for (int waited = 0; !condition(); waited += kPollMs) {
         if (waited >= milliseconds)
             return false;
-        Platform::sleep(kLookEveryMs);
+        Platform::sleep(kPollMs);
     }
     return true;
 }
 
-// The application shows what went wrong.
+// The application shows the problem.
 int restart(const fs::path &program, const std::string &problem)
 {
     std::vector<std::string> arguments;
@@ -43,8 +43,8 @@ int restart(const fs::path &program, const std::string &problem)
     return problem.empty() ? 0 : 1;
 }
 
-// After an update that did not succeed.
-int giveUp(const Installation &installation, const std::string &problem)
+// After a failed update.
+int reportFailure(const Installation &installation, const std::string &problem)
 {
     if (!installation.isHalfway())
         return restart(installation.executablePath(), "升级失败，程序仍为原来的版本：" + problem);
@@ -70,7 +70,8 @@ bool exchangeFiles(Installation &installation, const fs::path &packagePath, cons
            installation.update(reader, package, self, problem);
 }
 
-// It was downloaded for this update only. Another place is the user's.
+// A package in "download" was downloaded for this update only. One elsewhere belongs
+// to the user.
 void removePackage(const fs::path &packagePath, const fs::path &folder)
 {
     std::error_code error;
@@ -78,7 +79,7 @@ void removePackage(const fs::path &packagePath, const fs::path &folder)
         fs::remove(packagePath, error);
 }
 
-// Everything up to the restart, while a window says what is being done.
+// Everything up to the restart, with a progress window.
 bool update(Installation &installation, const fs::path &packagePath, const fs::path &self,
             std::string &problem)
 {
@@ -92,7 +93,7 @@ bool update(Installation &installation, const fs::path &packagePath, const fs::p
     if (!exchangeFiles(installation, packagePath, self, problem))
         return false;
     removePackage(packagePath, program.parent_path());
-    installation.clean(); // but for this program itself on Windows; the new version sees to that
+    installation.clean(); // except this program itself on Windows; the new version removes it
     return true;
 }
 
@@ -100,7 +101,7 @@ int update(Installation &installation, const fs::path &packagePath, const fs::pa
 {
     std::string problem;
     return update(installation, packagePath, self, problem) ? restart(installation.executablePath(), {})
-                                                            : giveUp(installation, problem);
+                                                            : reportFailure(installation, problem);
 }
 
 bool finish(Installation &installation, std::string &problem)
@@ -118,7 +119,7 @@ int finish(Installation &installation)
 {
     std::string problem;
     return finish(installation, problem) ? restart(installation.executablePath(), {})
-                                         : giveUp(installation, problem);
+                                         : reportFailure(installation, problem);
 }
 
 bool isName(const std::string &text)
@@ -132,12 +133,12 @@ int run(const std::vector<std::string> &arguments)
     const fs::path own = self.parent_path();
     const bool isFinisher = own.filename() == Package::workFolder();
     const fs::path folder = isFinisher ? own.parent_path() : own;
-    const std::string begun = Installation::begunFor(folder);
+    const std::string pending = Installation::pendingFor(folder);
     Disk disk;
-    // Windows tells the name as it was typed, "korvex.exe" for "Korvex.exe".
-    if (!isFinisher && !begun.empty() &&
-        PackageNames::folded(begun) == PackageNames::folded(self.filename().u8string())) {
-        const Installation halfway(folder, begun, disk);
+    // Windows reports the name as it was typed, "korvex.exe" for "Korvex.exe".
+    if (!isFinisher && !pending.empty() &&
+        PackageNames::folded(pending) == PackageNames::folded(self.filename().u8string())) {
+        const Installation halfway(folder, pending, disk);
         if (Platform::start(halfway.finisher(), {}))
             return 0;
         Platform::showMessage("上次升级没有完成，请重新解压升级包！");
@@ -148,10 +149,10 @@ int run(const std::vector<std::string> &arguments)
         return 2;
     }
     const bool cleanOnly = !isFinisher && arguments[0] == "--clean";
-    Installation installation(folder, isFinisher ? begun : Platform::executableName(arguments[1]), disk);
+    Installation installation(folder, isFinisher ? pending : Platform::executableName(arguments[1]), disk);
     Platform::FolderLock lock;
     if (!waitFor([&] { return lock.acquire(folder); }, isFinisher ? 0 : kWaitForOthersMs)) {
-        if (!isFinisher && !cleanOnly) // otherwise the other one does it
+        if (!isFinisher && !cleanOnly) // otherwise the other process does it
             Platform::showMessage("另一个升级正在进行，请稍候。");
         return 1;
     }

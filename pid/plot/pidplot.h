@@ -7,7 +7,7 @@
 //
 // Live, it follows new samples: curves and axes are updated once for each
 // picture, not for each sample. Dragging, or zooming the time axis, holds the
-// view: the curves stand still, and the recorder is told to keep what is shown.
+// view: the curves stand still, and the recorder keeps what is shown.
 // Zooming the value axis only fixes that axis. returnToLive() ends both.
 
 #include "halograph.h"
@@ -71,7 +71,7 @@ public slots:
 
 signals:
     void followChanged(PidPlot::Follow follow);
-    void curvesCreated(); // anew: colors, names and visibility are to be set
+    void curvesCreated(); // again: colors, names and visibility are to be set
     void drawn();         // a picture of new samples
 
 protected:

@@ -75,6 +75,7 @@ void PidParser::clear()
     m_at = 0;
     m_removed = 0;
     m_arrivals.clear();
+    m_arrival = {0, 0};
 }
 
 PidParser::Outcome PidParser::next(PidReport *report)
@@ -87,8 +88,8 @@ PidParser::Outcome PidParser::next(PidReport *report)
     const int frameSize = qMax(0, length());
     *report = decode({m_buffer.constData() + m_at, frameSize});
     m_at += frameSize;
-    forgetArrivals(m_removed + m_at - 1);
-    report->arrivalUs = m_arrivals.front().us;
+    findArrival(m_removed + m_at - 1);
+    report->arrivalUs = m_arrival.us;
     const bool known =
         static_cast<quint8>(report->channel - 1) < PidFrame::channels && report->command <= PidFrame::Period;
     return known ? Outcome::Report : Outcome::Dropped;
@@ -143,11 +144,13 @@ void PidParser::compact()
     m_buffer.remove(0, m_at);
     m_removed += m_at;
     m_at = 0;
-    forgetArrivals(m_removed);
+    findArrival(m_removed);
 }
 
-void PidParser::forgetArrivals(qint64 before)
+void PidParser::findArrival(qint64 byte)
 {
-    while (m_arrivals.size() > 1 && m_arrivals.front().end <= before)
+    while (m_arrival.end <= byte && !m_arrivals.empty()) {
+        m_arrival = m_arrivals.front();
         m_arrivals.pop_front();
+    }
 }

@@ -55,13 +55,14 @@ private:
     };
 
     bool hasHead() const;  // a frame up to its command is at the front
-    qint32 length() const; // as it says
+    qint32 length() const; // as in its header
     void resynchronize();
     void compact();
-    void forgetArrivals(qint64 before); // of the bytes before that one
+    void findArrival(qint64 byte); // sets m_arrival; bytes before are not asked for again
 
     QByteArray m_buffer;
     int m_at = 0;         // the first byte not parsed yet
     qint64 m_removed = 0; // bytes that were before the buffer's first
     std::deque<Arrival> m_arrivals;
+    Arrival m_arrival{0, 0}; // of the first byte not parsed yet, or an earlier one
 };

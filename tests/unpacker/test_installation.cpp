@@ -137,7 +137,7 @@ QString TestInstallation::stateOf(const fs::path &folder) const
     if (tree == m_new)
         return QStringLiteral("new");
     FaultyDisk disk(FaultyDisk::None, 0);
-    return tree.value("App") == "the unpacker" && Installation::begunFor(folder) == "App" &&
+    return tree.value("App") == "the unpacker" && Installation::pendingFor(folder) == "App" &&
                    Installation(folder, "App", disk).isHalfway()
                ? QStringLiteral("halfway")
                : QStringLiteral("broken: ") + tree.keys().join(QLatin1Char(' '));

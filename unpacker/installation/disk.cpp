@@ -20,11 +20,11 @@ std::error_code Disk::writeNew(const fs::path &path, bool executable, const Prod
     std::error_code error = file.open(path, executable);
     if (error)
         return error;
-    const bool whole = produce([&](const char *data, std::size_t size) {
+    const bool isComplete = produce([&](const char *data, std::size_t size) {
         error = writePiece(file, data, size);
         return !error;
     });
-    if (!whole && !error)
+    if (!isComplete && !error)
         error = std::make_error_code(std::errc::operation_canceled);
     return error ? error : file.close();
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-// Everything that an update does to the disk, one operation each, so that a
-// test can let any of them fail. Each is on the disk, or will be after
-// syncFolder() of the folders concerned, in this order and no other.
+// Everything that an update does to the disk, one operation each, so that a test
+// can make any of them fail. Each is durable at once, or after syncFolder() of the
+// folders concerned, in the order of the calls.
 
 #include "platform.h"
 
@@ -17,8 +17,8 @@ public:
     virtual ~Disk() = default;
 
     virtual std::error_code makeFolder(const std::filesystem::path &folder); // and those above it
-    // A new file with what the producer hands to the sink; on the disk when it
-    // returns. Stops where the producer gives up (std::errc::operation_canceled).
+    // A new file with the bytes that the producer passes to the sink; durable when
+    // it returns. Fails where the producer does (std::errc::operation_canceled).
     virtual std::error_code writeNew(const std::filesystem::path &path, bool executable,
                                      const Producer &produce);
     virtual std::error_code move(const std::filesystem::path &from, const std::filesystem::path &to);

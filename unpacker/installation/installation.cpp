@@ -56,7 +56,7 @@ Installation::Installation(const fs::path &folder, const std::string &executable
 {
 }
 
-std::string Installation::begunFor(const fs::path &folder)
+std::string Installation::pendingFor(const fs::path &folder)
 {
     const std::vector<std::string> lines = linesOf(journalIn(folder / Package::workFolder()));
     return lines.empty() ? std::string() : lines.front();
@@ -89,8 +89,8 @@ bool Installation::succeeded(const std::error_code &error, const fs::path &path)
 
 bool Installation::move(const fs::path &from, const fs::path &to)
 {
-    const bool isTakenAway = *from.lexically_relative(m_folder).begin() != Package::workFolder();
-    return succeeded(m_disk.move(from, to), isTakenAway ? from : to);
+    const bool isFromInstallation = *from.lexically_relative(m_folder).begin() != Package::workFolder();
+    return succeeded(m_disk.move(from, to), isFromInstallation ? from : to);
 }
 
 bool Installation::makeFolderFor(const fs::path &file)
@@ -98,8 +98,8 @@ bool Installation::makeFolderFor(const fs::path &file)
     return succeeded(m_disk.makeFolder(file.parent_path()), file);
 }
 
-// Nothing that comes later is begun before everything so far is on the disk,
-// what a process did that was ended in the middle included.
+// Everything done so far is on the disk before anything else is done, including
+// what an interrupted process did.
 bool Installation::sync()
 {
     return std::all_of(m_folders.begin(), m_folders.end(), [this](const fs::path &folder) {
@@ -118,10 +118,10 @@ void Installation::noteFiles(const std::vector<std::string> &files)
                 m_folders.insert(above);
 }
 
-// ---- before anything is touched
+// ---- checks before any change
 
-// What is replaced are files; a folder in the way of one, or a link in the
-// place of a folder, is somebody's arrangement.
+// Only files are replaced. A folder where a file belongs, or a link where a folder
+// belongs, was made by the user and stays.
 bool Installation::mayReplace(const Package &package, std::string &problem) const
 {
     std::error_code error;
@@ -146,13 +146,13 @@ bool Installation::mayReplace(const Package &package, std::string &problem) cons
     return true;
 }
 
-bool Installation::hasRoom(const Package &package) const
+bool Installation::hasSpace(const Package &package) const
 {
     std::error_code error;
     const fs::space_info space = fs::space(m_folder, error);
     const std::uintmax_t old = fs::file_size(executablePath(), error);
     constexpr std::uintmax_t kReserve =
-        std::uintmax_t{16} * 1024 * 1024; // the unpacker twice, and what files take up
+        std::uintmax_t{16} * 1024 * 1024; // two copies of the unpacker, block sizes
     return error || space.available > package.size() + old + kReserve;
 }
 
@@ -167,7 +167,7 @@ bool Installation::update(ZipReader &reader, const Package &package, const fs::p
         problem = "无法写入程序目录：" + m_detail;
         return false;
     }
-    if (!hasRoom(package)) {
+    if (!hasSpace(package)) {
         problem = "磁盘空间不足";
         return false;
     }
@@ -177,7 +177,7 @@ bool Installation::update(ZipReader &reader, const Package &package, const fs::p
         clean();
         return false;
     }
-    // From here on the executable is the unpacker, and finish() can do the rest.
+    // From here on the executable is the unpacker, and finish() can complete the update.
     if (move(m_work / "stub", executablePath()) && sync())
         return finish(problem);
     problem = "无法替换程序文件：" + m_detail;
@@ -255,9 +255,9 @@ bool Installation::finish(std::string &problem)
     return false;
 }
 
-// Where each file is tells what was done with it; so this can be begun again
-// at any point. The two halves are kept apart by sync(): no file may be seen as
-// replaced whose old content is not yet known to be in "old".
+// The place of each file shows how far it was exchanged, so this can be repeated
+// from any point. sync() separates the two halves: no file may count as replaced
+// while its old content may be missing in "old".
 bool Installation::goForward()
 {
     for (const std::string &file : m_files) {
@@ -276,12 +276,12 @@ bool Installation::goForward()
     }
     if (!sync() || !move(pathOf(Part::New, m_executable), executablePath()))
         return false;
-    sync(); // done; a power cut now finds the unpacker, and it has nothing left to do but this
+    sync(); // after a power cut before it, the unpacker repeats only this step
     return true;
 }
 
-// The same the other way round. Interrupted, it may as well be gone on with
-// forward: the new files are all in "new" or in their places.
+// The same in reverse. Interrupted, the update may also continue forward: each new
+// file is in "new" or in its place.
 bool Installation::goBack()
 {
     for (const std::string &file : m_files)

@@ -1,15 +1,14 @@
 #pragma once
 
-// An installation whose files are exchanged for those of a package, so that
-// whatever ends it and whenever, starting the program again gives the old
-// version or the new one. docs/adr/0012-unpacker.md has the argument.
+// Exchanges the files of an installation for those of a package, so that after an
+// interruption at any point, starting the program again gives the old version or
+// the new one. docs/adr/0012-unpacker.md has the argument.
 //
-// In short: everything new is brought to the disk in "_update/new". Then the
-// program's own executable is replaced, in one step, by a copy of the unpacker,
-// which finishes the work when it is started. Under its cover the other files
-// are exchanged; the last step puts the new executable in its place. So the
-// executable itself says how far things are: an unpacker, halfway; anything
-// else, and the installation is whole.
+// In short: all new files are written to "_update/new". Then the program's own
+// executable is replaced, in one step, by a copy of the unpacker, which finishes
+// the work when it is started. Then the other files are exchanged; the last step
+// puts the new executable in its place. So the executable itself shows the state:
+// an unpacker means halfway; any other, and the installation is complete.
 
 #include "disk.h"
 #include "package.h"
@@ -22,20 +21,20 @@ public:
     // `executable` is the program's file name in the folder.
     Installation(const std::filesystem::path &folder, const std::string &executable, Disk &disk);
 
-    // The executable named by an update that was begun in the folder; empty
-    // where there is none.
-    static std::string begunFor(const std::filesystem::path &folder);
+    // The executable of an unfinished update in the folder; empty where there is
+    // none.
+    static std::string pendingFor(const std::filesystem::path &folder);
 
-    // An update was ended in the middle; nothing but finish() may be done.
+    // An update was interrupted; only finish() may be called.
     bool isHalfway() const;
 
-    // Exchanges the files. `unpacker` is the program that finishes it if need
-    // be. False: the old version is there (or isHalfway(), where not even that
-    // could be done), and `problem` says in Chinese why.
+    // Exchanges the files. `unpacker` is the program that finishes the update after
+    // an interruption. False: the old version is there (or isHalfway(), where going
+    // back failed too), and `problem` is the reason in Chinese.
     bool update(ZipReader &reader, const Package &package, const std::filesystem::path &unpacker,
                 std::string &problem);
-    // Goes on with an update, or back where that can't be. True: the new
-    // version is there. False: as above.
+    // Continues an update, or goes back where that fails. True: the new version is
+    // there. False: as above.
     bool finish(std::string &problem);
     // Removes what an update left. False where something stays.
     bool clean();
@@ -48,7 +47,7 @@ private:
     enum class Part { Current, New, Old };
     std::filesystem::path pathOf(Part part, const std::string &file) const;
     bool mayReplace(const Package &package, std::string &problem) const;
-    bool hasRoom(const Package &package) const;
+    bool hasSpace(const Package &package) const;
     bool stage(ZipReader &reader, const Package &package, const std::filesystem::path &unpacker,
                std::string &problem);
     void noteFiles(const std::vector<std::string> &files);

@@ -60,8 +60,8 @@ private:
     std::intptr_t m_handle = -1;
 };
 
-// Held by one process for a folder, at most; ends with the process. Leaves
-// nothing behind in the folder.
+// Held by at most one process for a folder; ends with the process. Creates no file
+// in the folder.
 class FolderLock
 {
 public:

@@ -23,7 +23,7 @@ std::error_code lastError()
     return {errno, std::generic_category()};
 }
 
-// Closed without syncing: nothing was promised.
+// Closed without syncing: close() was not called.
 void closeQuietly(std::intptr_t &handle)
 {
     if (handle >= 0)
@@ -38,7 +38,7 @@ namespace Platform {
 void prepare()
 {
     ::signal(SIGXFSZ, SIG_IGN); // a limit is reported as an error of the write instead
-    ::signal(SIGHUP, SIG_IGN);  // the terminal may go with the application
+    ::signal(SIGHUP, SIG_IGN);  // the terminal may close with the application
     ::signal(SIGPIPE, SIG_IGN); // and the progress window with its user
 }
 
@@ -68,8 +68,8 @@ bool isRunning(const fs::path &program)
 
 bool start(const fs::path &program, const std::vector<std::string> &arguments)
 {
-    // Whether exec succeeded comes through a pipe that exec closes. What the
-    // child needs is made before it exists.
+    // A successful exec closes the pipe; a failed one writes to it. Everything the
+    // child needs is allocated before the fork.
     std::vector<char *> argv{const_cast<char *>(program.c_str())};
     for (const std::string &argument : arguments)
         argv.push_back(const_cast<char *>(argument.c_str()));
@@ -193,7 +193,7 @@ bool FolderLock::acquire(const fs::path &folder)
 {
     closeQuietly(m_handle);
     m_handle = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    // A file system without locks does not stand in the way.
+    // A file system without locks is accepted.
     return m_handle >= 0 &&
            (::flock(static_cast<int>(m_handle), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK);
 }

@@ -34,8 +34,8 @@ std::wstring wide(const std::string &text)
     return fs::u8path(text).wstring();
 }
 
-// One argument of a command line, as CommandLineToArgvW and the C library take
-// it apart: quotes, and backslashes before quotes, are escaped.
+// One argument of a command line, as CommandLineToArgvW and the C library parse it:
+// quotes, and backslashes before quotes, are escaped.
 std::wstring quoted(const std::wstring &argument)
 {
     std::wstring result = L"\"";
@@ -194,8 +194,8 @@ NewFile::~NewFile()
         ::CloseHandle(handleOf(m_handle));
 }
 
-// A named mutex; the name is made of the folder's path, in which case does not
-// count and a backslash is not allowed.
+// A named mutex; the name is made of the folder's path, where case does not
+// matter and a backslash is not allowed.
 bool FolderLock::acquire(const fs::path &folder)
 {
     std::wstring name = folder.wstring();

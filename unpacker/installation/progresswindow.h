@@ -1,7 +1,7 @@
 #pragma once
 
-// A small window that says what is being done, until this is destroyed. Runs
-// beside the work, which need not let it draw. On Windows it is a window of our
+// A small window with the progress of the work, until this is destroyed. Runs in
+// parallel with the work, which need not process events. On Windows it is a window of our
 // own, elsewhere that of zenity; where there is no display or no zenity, nothing
 // is shown. Texts are UTF-8.
 

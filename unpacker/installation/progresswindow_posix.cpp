@@ -38,7 +38,7 @@ void ProgressWindow::setText(const std::string &text)
 {
     const std::string line = "# " + text + '\n';
     if (m_handle >= 0 && ::write(static_cast<int>(m_handle), line.data(), line.size()) < 0) {
-        ::close(static_cast<int>(m_handle)); // its user has closed it
+        ::close(static_cast<int>(m_handle)); // the user has closed it
         m_handle = -1;
     }
 }

@@ -32,7 +32,7 @@ std::wstring wide(const std::string &text)
 LRESULT CALLBACK handle(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
-    case WM_CLOSE: // the work goes on, and so does this
+    case WM_CLOSE: // stays until the work is done
         return 0;
     case kEnd:
         ::DestroyWindow(window);

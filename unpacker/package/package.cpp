@@ -19,8 +19,8 @@ bool fail(std::string &problem, const std::string &text, const std::string &name
     return false;
 }
 
-// Remembers every file and folder under the name that all systems would find
-// it by. False where two are spelled differently, or the same file comes twice.
+// Keeps every file and folder under the name by which all systems would find it.
+// False where two differ only in case, or a file occurs twice.
 class Spellings
 {
 public:
@@ -43,9 +43,9 @@ private:
     std::map<std::string, std::pair<std::string, bool>> m_known;
 };
 
-bool isModest(const ZipEntry &entry)
+bool hasPlausibleSize(const ZipEntry &entry)
 {
-    return entry.size <= 65536 + Package::kMostRatio * entry.packed;
+    return entry.size <= 65536 + Package::kMaxRatio * entry.packed;
 }
 
 // "Korvex-1.0.2.7/" where everything is in that folder, the executable too;
@@ -81,7 +81,7 @@ bool Package::check(ZipReader &reader, const std::string &executable, std::strin
         if (!spellings.add(path, entry.isFolder()))
             return fail(problem, "升级包中有重复的文件名", entry.name);
         m_size += entry.size;
-        if (!isModest(entry) || m_size > kMostBytes)
+        if (!hasPlausibleSize(entry) || m_size > kMaxBytes)
             return fail(problem, "升级包解压后过大", entry.name);
     }
     std::string top;

@@ -1,9 +1,8 @@
 #pragma once
 
-// What an archive may bring into an installation. Checks the whole of it before
-// anything is written, and says which entry becomes which file. Paths are
-// UTF-8, relative, with '/'. A name that is harmless on one system and not on
-// another is refused on both.
+// The files that an archive may bring into an installation. Checks the complete
+// archive before anything is written. Paths are UTF-8, relative, with '/'. A name
+// that is harmless on one system and not on another is refused on both.
 
 #include "zipreader.h"
 
@@ -21,10 +20,10 @@ public:
         bool executable;
     };
 
-    static constexpr std::uint64_t kMostBytes = 2048ULL * 1024 * 1024; // unpacked
-    // Unpacked to packed, of an entry: what deflate reaches for a file of equal
-    // bytes. A larger one is a false size.
-    static constexpr std::uint64_t kMostRatio = 1032;
+    static constexpr std::uint64_t kMaxBytes = 2048ULL * 1024 * 1024; // unpacked
+    // Unpacked to packed size of an entry: that of a file of equal bytes, deflated.
+    // A larger ratio means a false size.
+    static constexpr std::uint64_t kMaxRatio = 1032;
 
     // The folder that an update works in; no entry may reach into it.
     static const char *workFolder() { return "_update"; }
@@ -51,8 +50,8 @@ namespace PackageNames {
 // no drive, device, or character with a meaning, valid UTF-8, not too long.
 bool isSafe(const std::string &path);
 
-// For comparing where case does not count. Latin letters only: files of other
-// scripts that some system takes for one are found when they are made.
+// For comparing names regardless of case. Latin letters only: files of other
+// scripts that a system regards as the same fail when they are created.
 std::string folded(const std::string &path);
 
 } // namespace PackageNames

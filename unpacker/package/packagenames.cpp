@@ -5,9 +5,9 @@
 
 namespace {
 
-constexpr std::size_t kLongestPath = 180; // Windows has 260 for folder and path together
+constexpr std::size_t kMaxPath = 180; // Windows has 260 for folder and path together
 
-// Number of bytes of the character that begins there; 0 where none does.
+// Number of bytes of the character at that offset; 0 where it is not valid.
 std::size_t characterSize(const std::string &text, std::size_t at)
 {
     const auto byte = [&text](std::size_t i) {
@@ -22,7 +22,7 @@ std::size_t characterSize(const std::string &text, std::size_t at)
     for (std::size_t i = 1; i < size; ++i)
         if ((byte(at + i) & 0xC0) != 0x80)
             return 0;
-    const unsigned second = byte(at + 1); // too long a form, a surrogate, above U+10FFFF
+    const unsigned second = byte(at + 1); // overlong form, surrogate, above U+10FFFF
     const bool wrong = (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
                        (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
     return wrong ? 0 : size;
@@ -42,7 +42,7 @@ bool hasPlainCharacters(const std::string &text)
     return true;
 }
 
-// Windows opens a device for these, whatever their suffix.
+// Windows opens a device for these names, with any suffix.
 bool isDevice(const std::string &part)
 {
     static const std::array<const char *, 6> devices{"con", "prn", "aux", "nul", "conin$", "conout$"};
@@ -68,7 +68,7 @@ bool isSafePart(const std::string &part)
 
 bool PackageNames::isSafe(const std::string &path)
 {
-    if (path.empty() || path.size() > kLongestPath || !hasPlainCharacters(path))
+    if (path.empty() || path.size() > kMaxPath || !hasPlainCharacters(path))
         return false;
     std::size_t begin = 0;
     while (begin <= path.size()) {

@@ -12,7 +12,7 @@ constexpr std::uint32_t kEndSignature = 0x06054b50;
 constexpr std::size_t kEntryHeader = 30;
 constexpr std::size_t kDirectoryHeader = 46;
 constexpr std::size_t kEndHeader = 22;
-constexpr std::size_t kMostDirectoryBytes = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t kMaxDirectoryBytes = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t kPiece = 65536;
 
 constexpr std::uint16_t kEncryptedFlags = 1 | 1 << 6 | 1 << 13;
@@ -68,7 +68,7 @@ bool ZipReader::open(std::string &problem)
     m_source.seekg(0, std::ios::end);
     const auto size = static_cast<std::streamoff>(m_source.tellg());
     m_size = size < 0 ? 0 : static_cast<std::uint64_t>(size);
-    if (m_size > kMostBytes)
+    if (m_size > kMaxBytes)
         return fail(problem, "升级包过大");
 
     std::uint64_t end = 0;
@@ -81,7 +81,7 @@ bool ZipReader::open(std::string &problem)
     return parseDirectory(directory, count, problem) && checkHeaders(problem);
 }
 
-// The end record is the last thing in the file, but for its own comment.
+// The end record is the last in the file, except for its own comment.
 bool ZipReader::findDirectory(std::uint64_t &end, std::size_t &count, std::string &problem)
 {
     const auto tail = static_cast<std::size_t>(std::min<std::uint64_t>(m_size, kEndHeader + 0xFFFF));
@@ -103,7 +103,7 @@ bool ZipReader::findDirectory(std::uint64_t &end, std::size_t &count, std::strin
         return fail(problem, kUnsupported); // ZIP64, or in several volumes
     if (u16(bytes, at + 8) != count || m_directoryAt + size != end)
         return fail(problem, kDamaged);
-    if (count > kMostEntries || size > kMostDirectoryBytes)
+    if (count > kMaxEntries || size > kMaxDirectoryBytes)
         return fail(problem, "升级包中的文件过多");
     return true;
 }
@@ -115,9 +115,9 @@ bool ZipReader::parseDirectory(const std::string &directory, std::size_t count, 
         if (directory.size() - at < kDirectoryHeader || u32(directory, at) != kDirectorySignature)
             return fail(problem, kDamaged);
         const std::size_t nameSize = u16(directory, at + 28);
-        const std::size_t whole =
+        const std::size_t recordSize =
             kDirectoryHeader + nameSize + u16(directory, at + 30) + u16(directory, at + 32);
-        if (directory.size() - at < whole)
+        if (directory.size() - at < recordSize)
             return fail(problem, kDamaged);
         ZipEntry entry;
         const unsigned madeBy = u16(directory, at + 4) >> 8;
@@ -139,16 +139,16 @@ bool ZipReader::parseDirectory(const std::string &directory, std::size_t count, 
         if (entry.method == kStored && entry.packed != entry.size)
             return fail(problem, kDamaged);
         m_entries.push_back(entry);
-        at += whole;
+        at += recordSize;
     }
     return at == directory.size() || fail(problem, kDamaged);
 }
 
-// What stands before each entry says the same, and no entry reaches into
-// another one or into the directory.
+// The header before each entry must agree with the directory, and no entry may
+// overlap another one or the directory.
 bool ZipReader::checkHeaders(std::string &problem)
 {
-    std::vector<std::pair<std::uint64_t, std::uint64_t>> places;
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> ranges; // of bytes
     for (ZipEntry &entry : m_entries) {
         std::string header;
         std::string name;
@@ -163,14 +163,14 @@ bool ZipReader::checkHeaders(std::string &problem)
             !agrees(14, entry.crc) || !agrees(18, entry.packed) || !agrees(22, entry.size))
             return fail(problem, kDamaged);
         entry.data = entry.at + kEntryHeader + name.size() + u16(header, 28);
-        places.emplace_back(entry.at, entry.data + entry.packed);
+        ranges.emplace_back(entry.at, entry.data + entry.packed);
     }
-    std::sort(places.begin(), places.end());
+    std::sort(ranges.begin(), ranges.end());
     std::uint64_t end = 0;
-    for (const auto &place : places) {
-        if (place.first < end)
+    for (const auto &range : ranges) {
+        if (range.first < end)
             return fail(problem, kDamaged);
-        end = place.second;
+        end = range.second;
     }
     return end <= m_directoryAt || fail(problem, kDamaged);
 }
@@ -190,7 +190,7 @@ bool ZipReader::extract(const ZipEntry &entry, const Sink &sink, std::string &pr
     };
     const bool done = entry.method == kStored ? copyEntry(entry, counting) : inflateEntry(entry, counting);
     if (refused)
-        return false; // the sink knows why
+        return false; // the sink has reported why
     return (done && handedOut == entry.size && crc == entry.crc) ||
            fail(problem, std::string(kDamaged) + "：" + entry.name);
 }
@@ -215,8 +215,8 @@ bool ZipReader::inflateEntry(const ZipEntry &entry, const Sink &sink)
     std::string piece;
     std::uint64_t at = 0;
     int state = Z_OK;
-    bool goesOn = true;
-    while (goesOn && state == Z_OK) {
+    bool isWanted = true;
+    while (isWanted && state == Z_OK) {
         if (stream.avail_in == 0) {
             const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, entry.packed - at));
             if (size == 0 || !read(entry.data + at, size, piece))
@@ -229,9 +229,9 @@ bool ZipReader::inflateEntry(const ZipEntry &entry, const Sink &sink)
         stream.avail_out = static_cast<uInt>(out.size());
         state = inflate(&stream, Z_NO_FLUSH);
         const std::size_t made = out.size() - stream.avail_out;
-        goesOn = made == 0 || sink(out.data(), made);
+        isWanted = made == 0 || sink(out.data(), made);
     }
-    const bool whole = goesOn && state == Z_STREAM_END && at == entry.packed && stream.avail_in == 0;
+    const bool isComplete = isWanted && state == Z_STREAM_END && at == entry.packed && stream.avail_in == 0;
     inflateEnd(&stream);
-    return whole;
+    return isComplete;
 }

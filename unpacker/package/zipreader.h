@@ -1,10 +1,10 @@
 #pragma once
 
-// A ZIP archive, read strictly: whatever two readers could understand in two
-// ways is refused. The directory at the end and the headers before each entry
-// must say the same, entries may not overlap, nothing is encrypted or spread
-// over several files. Stored and deflated entries, no ZIP64. Does not judge
-// names; knows no file but the stream that it is given. Layout:
+// Reads a ZIP archive strictly: anything that two readers could interpret
+// differently is refused. The directory at the end and the headers before the
+// entries must agree, entries may not overlap, nothing is encrypted or split into
+// several files. Stored and deflated entries, no ZIP64. Does not judge
+// names; knows only the stream that it is given. Layout:
 // PKWARE APPNOTE.TXT, sections 4.3 and 4.4.
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 
 struct ZipEntry
 {
-    std::string name;       // as it stands there
+    std::string name;       // as in the archive
     std::uint64_t at = 0;   // of its header
     std::uint64_t data = 0; // of its bytes
     std::uint32_t packed = 0;
@@ -37,8 +37,8 @@ class ZipReader
 public:
     using Sink = std::function<bool(const char *data, std::size_t size)>;
 
-    static constexpr std::uint64_t kMostBytes = 1024ULL * 1024 * 1024; // of the archive
-    static constexpr std::size_t kMostEntries = 20000;
+    static constexpr std::uint64_t kMaxBytes = 1024ULL * 1024 * 1024; // of the archive
+    static constexpr std::size_t kMaxEntries = 20000;
 
     // The stream (binary, seekable) must outlive the reader.
     explicit ZipReader(std::istream &source)
@@ -50,8 +50,8 @@ public:
     bool open(std::string &problem);
     const std::vector<ZipEntry> &entries() const { return m_entries; }
 
-    // Hands out the entry's bytes in pieces; never more than its size. False,
-    // after any number of pieces, where they are damaged or the sink refuses.
+    // Passes the entry's bytes to the sink in pieces; never more than its size.
+    // False, after any number of pieces, where they are damaged or the sink refuses.
     bool extract(const ZipEntry &entry, const Sink &sink, std::string &problem);
 
 private:

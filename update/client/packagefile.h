@@ -1,7 +1,7 @@
 #pragma once
 
-// The package on its way to disk: opened afresh, appended to, and removed
-// unless it was kept. Says what went wrong in English, for the log.
+// The file of a package while it is downloaded: created, appended to, and removed
+// unless it is kept. Errors are in English, for the log.
 
 #include <QFile>
 
@@ -10,7 +10,7 @@ class PackageFile
 public:
     ~PackageFile() { discard(); }
 
-    // Replaces an older file of that name; the folder is made if need be.
+    // Replaces an older file of that name; the folder is created if missing.
     bool begin(const QString &path);
     // False when the bytes did not reach the file.
     bool append(const QByteArray &bytes);

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr int kMostCharacters = 150;
+constexpr int kMaxCharacters = 150;
 
 // The value behind "filename=": up to the closing quote, or to the next field.
 QString valueOf(const QString &header)
@@ -19,7 +19,7 @@ QString valueOf(const QString &header)
     return rest.section(QLatin1Char(';'), 0, 0);
 }
 
-// Windows opens a device for these, whatever their suffix.
+// Windows opens a device for these names, with any suffix.
 bool isDevice(const QString &name)
 {
     static const QRegularExpression devices(
@@ -43,7 +43,7 @@ QString PackageName::fromHeader(const QString &contentDisposition)
     name.replace(meaningful, QStringLiteral("_"));
     name = name.trimmed();
     while (name.endsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char(' ')))
-        name.chop(1); // Windows would drop them, and mean another file
-    const bool usable = !name.isEmpty() && name.size() <= kMostCharacters && !isDevice(name);
+        name.chop(1); // Windows drops them and opens another file
+    const bool usable = !name.isEmpty() && name.size() <= kMaxCharacters && !isDevice(name);
     return usable ? name : fallback();
 }
