@@ -403,7 +403,7 @@ void CameraDebugWidget::showReply(const QString &sender, const CameraEvent &even
     quint32 value = 0;
     for (int i = event.data.size() - 1; i >= 0; --i)
         value = value << 8 | static_cast<uchar>(event.data.at(i));
-    m_config->takeReply(event.device, event.address, event.status, value, event.data.size());
+    m_config->addReply(event.device, event.address, event.status, value, event.data.size());
     QString text;
     if (event.status == 1)
         text = QStringLiteral("数据包接收错误!");
@@ -426,12 +426,12 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
 {
     const int addressLength = m_config->addressLength();
     const int valueLength = m_config->valueLength();
-    if (addressLength < 1 || addressLength > CameraFrame::longestValue) {
+    if (addressLength < 1 || addressLength > CameraFrame::maxValueBytes) {
         QtMessageTip::showTip(QStringLiteral("寄存器地址长度设置错误[1~4]"), kTipMs);
         m_config->stopRequests();
         return;
     }
-    if (!strValue.isEmpty() && (valueLength < 1 || valueLength > CameraFrame::longestValue)) {
+    if (!strValue.isEmpty() && (valueLength < 1 || valueLength > CameraFrame::maxValueBytes)) {
         QtMessageTip::showTip(QStringLiteral("寄存器值长度设置错误[1~4]"), kTipMs);
         m_config->stopRequests();
         return;

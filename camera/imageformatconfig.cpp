@@ -255,7 +255,7 @@ void ImageFormatConfig::writeRegister()
         m_session.write(m_address->text().toUInt(nullptr, 16), m_value->text().toUInt(nullptr, 16));
 }
 
-void ImageFormatConfig::takeReply(int device, quint16 address, quint8 status, quint32 value, int valueLength)
+void ImageFormatConfig::addReply(int device, quint16 address, quint8 status, quint32 value, int valueLength)
 {
     const QString text = QStringLiteral("%1").arg(value, 2 * valueLength, 16, QLatin1Char('0')).toUpper();
     m_session.addReply({device, address, status == 0, text});

@@ -36,7 +36,7 @@ public:
 
     // A read reply: the low 16 bits of the address, and the value where the status
     // is 0. One of another device than the asked one is ignored.
-    void takeReply(int device, quint16 address, quint8 status, quint32 value, int valueLength);
+    void addReply(int device, quint16 address, quint8 status, quint32 value, int valueLength);
     // Nothing can be sent any more, or a request could not be.
     void stopRequests();
     // Offers to save the rows of the tables. False: the user wants to stay.

@@ -15,10 +15,9 @@ constexpr int deviceAt = 4;
 constexpr int lengthAt = 5;
 constexpr int commandAt = 9;
 constexpr int bodyAt = 10;
-constexpr int overhead = 12;                // of a packet without a body
-constexpr int registerOverhead = 15;        // of a read reply without its value
-constexpr int maxValueBytes = 4;            // of a register's address or value
-constexpr int longestValue = maxValueBytes; // until the page says maxValueBytes
+constexpr int overhead = 12;         // of a packet without a body
+constexpr int registerOverhead = 15; // of a read reply without its value
+constexpr int maxValueBytes = 4;     // of a register's address or value
 
 // Of a packet and of a picture without framing: a false length must not fill the
 // memory.

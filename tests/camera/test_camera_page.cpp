@@ -11,24 +11,6 @@
 #include <QLabel>
 #include <QSpinBox>
 
-namespace {
-
-// A grey JPEG of 8 x 8 pixels in so many scans: one of the block's mean, the rest
-// of its remainder, of which there is none.
-QByteArray progressive(int scans)
-{
-    return QByteArray::fromHex("ffd8ffdb004300") + QByteArray(64, 1) +
-           QByteArray::fromHex("ffc2000b080008000801011100" // 8 x 8, one colour
-                               "ffc400140001000000000000000000000000000000"
-                               "00" // mean: code 0
-                               "ffc400141001000000000000000000000000000000"
-                               "00" // end of block: code 0
-                               "ffda000801010000000000") +
-           QByteArray::fromHex("ffda0008010100013f0000").repeated(scans - 1) + QByteArray::fromHex("ffd9");
-}
-
-} // namespace
-
 class TestCameraPage : public CameraPageTest
 {
     Q_OBJECT
@@ -39,9 +21,6 @@ private slots:
     void gathersFromASlowLine();
     void resynchronizes();
     void showsOnlyTheNewest();
-    void takesTurns();
-    void decodesFormats_data();
-    void decodesFormats();
     void takesRawJpegs();
     void savesAndCopies();
 };
@@ -128,59 +107,6 @@ void TestCameraPage::showsOnlyTheNewest()
     QCOMPARE(child<QLabel>("labelSkipped")->text(), QStringLiteral("未显示: 49"));
     m_page->clearCounts();
     QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 0"));
-}
-
-// The devices' pictures, however many come of one of them.
-void TestCameraPage::takesTurns()
-{
-    FrameShow show;
-    const CameraFrameData frame{"1234", ImageRecord{4, 1, 1}, false};
-    QList<int> devices;
-    connect(&show, &FrameShow::pictureReady, this, [&](int device) {
-        devices.append(device);
-        if (devices.size() < 3)
-            show.add(1, frame);
-    });
-    show.add(0, frame);
-    show.add(1, frame);
-    QTRY_COMPARE(devices, (QList<int>{1, 0, 1}));
-}
-
-void TestCameraPage::decodesFormats_data()
-{
-    QTest::addColumn<int>("format");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QSize>("size"); // empty: nothing is shown
-    const QByteArray file = jpegFile(30, Qt::green);
-    QTest::newRow("jpg file") << 1 << 100 << file << QSize(30, 30);
-    QTest::newRow("png code with a file") << 3 << 100 << file << QSize(30, 30);
-    QTest::newRow("jpg code, raw") << 1 << 2 << QByteArray(12, 'x') << QSize(2, 2);
-    QTest::newRow("jpg code, longer than raw") << 1 << 2 << QByteArray(99, 'x') << QSize(2, 2);
-    QTest::newRow("short and no file") << 1 << 100 << QByteArray(10, 'x') << QSize();
-    QTest::newRow("corrupt jpg") << 1 << 100 << file.left(20) + QByteArray(400, 'z') << QSize();
-    QTest::newRow("jpg of 32 scans") << 1 << 100 << progressive(32) << QSize(8, 8);
-    QTest::newRow("jpg of 33 scans") << 1 << 100 << progressive(33) << QSize();
-    QTest::newRow("drawing") << 1 << 100 << QByteArray("<svg width='9' height='9'/>") << QSize();
-    QTest::newRow("bmp code is RGB565") << 2 << 2 << QByteArray(8, 'x') << QSize(2, 2);
-    QTest::newRow("RGB565, short") << 4 << 64 << QByteArray(8, 'x') << QSize(64, 64);
-    QTest::newRow("RGB565, nothing") << 4 << 64 << QByteArray() << QSize(64, 64);
-    QTest::newRow("RGB888, short") << 5 << 64 << QByteArray(8, 'x') << QSize(64, 64);
-    QTest::newRow("unknown") << 9 << 2 << QByteArray(99, 'x') << QSize();
-    QTest::newRow("YUV422") << 7 << 2 << QByteArray(8, 'x') << QSize(2, 2);
-    QTest::newRow("no size") << 4 << 0 << QByteArray(99, 'x') << QSize();
-    QTest::newRow("largest size") << 4 << 65535 << QByteArray(99, 'x') << QSize();
-}
-
-void TestCameraPage::decodesFormats()
-{
-    QFETCH(int, format);
-    QFETCH(int, width);
-    QFETCH(QByteArray, bytes);
-    QFETCH(QSize, size);
-    const auto side = quint16(width);
-    const QImage picture = FrameShow::decode({bytes, ImageRecord{quint8(format), side, side}, false});
-    QCOMPARE(picture.size(), size.isValid() ? size : QSize(0, 0));
 }
 
 void TestCameraPage::takesRawJpegs()

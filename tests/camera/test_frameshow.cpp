@@ -5,14 +5,72 @@
 #include <QBuffer>
 #include <QtTest>
 
+namespace {
+
+// A grey JPEG of 8 x 8 pixels in that many scans: the first has the mean, the others
+// the rest of the block, which is empty.
+QByteArray progressive(int scans)
+{
+    return QByteArray::fromHex("ffd8ffdb004300") + QByteArray(64, 1) +
+           QByteArray::fromHex("ffc2000b080008000801011100ffc40014000100000000000000000000000000000000"
+                               "ffc40014100100000000000000000000000000000000ffda000801010000000000") +
+           QByteArray::fromHex("ffda0008010100013f0000").repeated(scans - 1) + QByteArray::fromHex("ffd9");
+}
+
+QByteArray jpegFile()
+{
+    QImage picture(30, 30, QImage::Format_RGB32);
+    picture.fill(Qt::green);
+    QBuffer buffer;
+    picture.save(&buffer, "jpg");
+    return buffer.data();
+}
+
+} // namespace
+
 class TestFrameShow : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void decodesFormats_data();
+    void decodesFormats();
     void takesTurns();
     void showsOnlyTheNewest();
 };
+
+void TestFrameShow::decodesFormats_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::addColumn<int>("side");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("shownSide"); // 0: nothing is shown
+    QTest::newRow("jpg file") << 1 << 100 << jpegFile() << 30;
+    QTest::newRow("png code, jpg file") << 3 << 100 << jpegFile() << 30;
+    QTest::newRow("file, no size announced") << 1 << 0 << jpegFile() << 30;
+    QTest::newRow("jpg code, raw") << 1 << 2 << QByteArray(12, 'x') << 2;
+    QTest::newRow("short and no file") << 1 << 2 << QByteArray(11, 'x') << 0;
+    QTest::newRow("corrupt jpg") << 1 << 100 << jpegFile().left(20) + QByteArray(400, 'z') << 0;
+    QTest::newRow("jpg of 32 scans") << 1 << 100 << progressive(32) << 8;
+    QTest::newRow("jpg of 33 scans") << 1 << 100 << progressive(33) << 0;
+    QTest::newRow("drawing") << 1 << 100 << QByteArray("<svg width='9' height='9'/>") << 0;
+    for (const int raw : {2, 4, 5, 7})
+        QTest::addRow("short data, code %d", raw) << raw << 64 << QByteArray(8, 'x') << 64;
+    QTest::newRow("unknown") << 9 << 2 << QByteArray(99, 'x') << 0;
+    QTest::newRow("no size") << 4 << 0 << QByteArray(99, 'x') << 0;
+    QTest::newRow("largest size") << 4 << 65535 << QByteArray(99, 'x') << 0;
+}
+
+void TestFrameShow::decodesFormats()
+{
+    QFETCH(int, format);
+    QFETCH(int, side);
+    QFETCH(QByteArray, bytes);
+    const ImageRecord record{quint8(format), quint16(side), quint16(side)};
+    const QImage picture = FrameShow::decode({bytes, record, false});
+    QTEST(picture.width(), "shownSide");
+    QCOMPARE(picture.height(), picture.width());
+}
 
 // However many frames arrive of one device, the other is shown as well.
 void TestFrameShow::takesTurns()
@@ -36,15 +94,14 @@ void TestFrameShow::takesTurns()
 void TestFrameShow::showsOnlyTheNewest()
 {
     FrameShow show;
-    QList<QImage> pictures;
+    QList<int> widths;
     connect(&show, &FrameShow::pictureReady, this,
-            [&](int, const QImage &picture) { pictures.append(picture); });
+            [&](int, const QImage &picture) { widths.append(picture.width()); });
     for (int side = 1; side <= 5; ++side)
         show.add(1, {QByteArray(75, 'x'), ImageRecord{5, quint16(side), quint16(side)}, false});
     show.add(0, {"no picture", std::nullopt, false});
-    QTRY_VERIFY_WITH_TIMEOUT(!pictures.isEmpty() && show.unusable() == 1, 20000);
-    QCOMPARE(pictures.size(), 1);
-    QCOMPARE(pictures.first().width(), 5);
+    QTRY_VERIFY_WITH_TIMEOUT(!widths.isEmpty() && show.unusable() == 1, 20000);
+    QCOMPARE(widths, QList<int>{5});
     QVERIFY(show.shown() == 1 && show.skipped() == 4);
     show.clearCounts();
     QVERIFY(show.shown() == 0 && show.skipped() == 0 && show.unusable() == 0);
