@@ -4,7 +4,7 @@
 
 const std::array<PixelFormat, 6> &PixelFormat::all()
 {
-    static constexpr std::array<PixelFormat, 6> formats{{
+    static const std::array<PixelFormat, 6> formats{{
         {ImageRecord::Jpg, QLatin1String("*.jpg"), 3, true, PixelDecoder::rgb888},
         {ImageRecord::Bmp, QLatin1String("*.bmp"), 2, false, PixelDecoder::rgb565},
         {ImageRecord::Png, QLatin1String("*.png"), 3, true, PixelDecoder::rgb888},
