@@ -29,14 +29,6 @@ int JpegScanner::find(char second, int from) const
     return -1;
 }
 
-void JpegScanner::clear()
-{
-    m_buffer.clear();
-    m_hasStart = false;
-    m_scanned = 0;
-    m_hasOverflown = false;
-}
-
 void JpegScanner::drop(int bytes)
 {
     m_lost += bytes;
@@ -46,8 +38,9 @@ void JpegScanner::drop(int bytes)
 void JpegScanner::append(const QByteArray &chunk)
 {
     if (chunk.size() > static_cast<int>(CameraFrame::maxBytes) - size()) {
-        m_lost += size();
-        clear();
+        drop(size());
+        m_hasStart = false;
+        m_scanned = 0;
         m_hasOverflown = true;
     }
     m_buffer.append(chunk);

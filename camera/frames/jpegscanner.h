@@ -17,7 +17,6 @@ public:
     // The next picture: everything up to an end marker, whether or not it is a
     // picture. False when more has to arrive first.
     bool next(QByteArray *picture);
-    void clear();
 
     bool hasStart() const { return m_hasStart; }
     // Whether a picture without an end was dropped since the last call.
