@@ -442,7 +442,8 @@ void HexEditWidget::endSaving(const QString &fileName, const HexFile::Result &re
         QtMessageTip::showTip(result.consequence, kTipMs);
         return;
     }
-    notify(Notice::error(QStringLiteral("保存失败：%1。%2").arg(result.reason, result.consequence).simplified()));
+    notify(Notice::error(
+        QStringLiteral("保存失败：%1。%2").arg(result.reason, result.consequence).simplified()));
     QtMessageBox::warning(this, QStringLiteral("QHexEdit"),
                           QStringLiteral("Cannot write file %1.\n原因：%2\n%3")
                               .arg(QDir::toNativeSeparators(fileName), result.reason, result.consequence));

@@ -332,7 +332,7 @@ void TestHexEditPage::savesAsAnotherFile()
     QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
     QCOMPARE(m_page->fileName(), path("new.bin"));
     QVERIFY(!edit()->isModified());
-    QCOMPARE(Settings::instance().recentFiles.first(), path("new.bin"));
+    QCOMPARE(Settings::instance().recentFiles.value().value(0), path("new.bin"));
     put("new.bin", "another program's");
     m_answer = 0;
     saveAs(path("new.bin")); // is saving, which asks
