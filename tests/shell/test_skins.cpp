@@ -15,7 +15,7 @@
 #include <QTest>
 #include <QTextBrowser>
 
-// The names that the sheet's rule for the user's colours goes by.
+// The names that the sheet's rule for the user's colors goes by.
 class QtTerminalWidget : public QTextBrowser
 {
     Q_OBJECT
@@ -25,7 +25,7 @@ namespace {
 
 // The value of a property in the rule with exactly this selector; the last one
 // counts.
-QColor colourOf(const QString &sheet, const QString &selector, const QString &property)
+QColor colorOf(const QString &sheet, const QString &selector, const QString &property)
 {
     static const QRegularExpression comment(QStringLiteral("/\\*.*?\\*/"),
                                             QRegularExpression::DotMatchesEverythingOption);
@@ -79,7 +79,7 @@ private slots:
         QVERIFY(bytes.size() > 5000);
         for (const char byte : bytes)
             QVERIFY(byte >= 0);
-        QVERIFY2(!bytes.contains('@'), "a colour of the template was not filled in");
+        QVERIFY2(!bytes.contains('@'), "a color of the template was not filled in");
         QVERIFY(!bytes.contains("recvBrowser") && !bytes.contains("textEditSend"));
         // Every picture that is named exists.
         static const QRegularExpression url(QStringLiteral("url\\(([^)]+)\\)"));
@@ -108,82 +108,53 @@ private slots:
         QFETCH(int, index);
         Skin::apply(index);
         const QString sheet = Skin::styleSheet();
-        const auto colour = [&sheet](const char *selector, const char *property) {
-            const QColor found = colourOf(sheet, QLatin1String(selector), QLatin1String(property));
-            if (!found.isValid())
-                qWarning("no %s in the rule of %s", property, selector);
-            return found;
+        const auto color = [&sheet](const char *selector, const char *property) {
+            return colorOf(sheet, QLatin1String(selector), QLatin1String(property));
         };
-        const QColor text = colour("QWidget", "color");
-        const QColor disabled = colour("QWidget:disabled", "color");
-        const QColor error = colour("QLabel[kind=\"error\"]", "color");
-        const QColor window = colour("QDialog", "background-color");
-        const QColor bar = colour("QtTitleBar", "background-color");
-        const QColor field = colour("QLineEdit", "background-color");
-        const QColor panel = colour("QMenu", "background-color");
-        const QColor secondary = colour("QtStatusBar StatusLabel", "color");
-        const QColor onAccent = colour("QPushButton[primary=\"true\"]", "color");
-        const struct
-        {
-            const char *what;
-            QColor front;
-            QColor back;
-        } pairs[] = {
-            {"text on the window", text, window},
-            {"text on bars", text, bar},
-            {"text on a hovered bar", text, colour("QtTitleBar QPushButton:hover", "background-color")},
-            {"text in fields", text, field},
-            {"text in menus", text, panel},
-            {"chosen menu item", text, colour("QMenu::item:selected", "background-color")},
-            {"text on a button", text, colour("QPushButton", "background-color")},
-            {"text on a hovered button", text, colour("QPushButton:hover", "background-color")},
-            {"text on a pressed button", text, colour("QPushButton:pressed", "background-color")},
-            {"text on a checked button", text, colour("QPushButton:checked", "background-color")},
-            {"primary button", onAccent, colour("QPushButton[primary=\"true\"]", "background-color")},
-            {"hovered primary button", onAccent,
-             colour("QPushButton[primary=\"true\"]:hover", "background-color")},
-            {"pressed primary button", onAccent,
-             colour("QPushButton[primary=\"true\"]:pressed", "background-color")},
-            {"selection", colour("QWidget", "selection-color"),
-             colour("QWidget", "selection-background-color")},
-            {"selection without focus", text,
-             colour("QAbstractItemView::item:selected:!active", "background-color")},
-            {"table header", text, colour("QHeaderView::section", "background-color")},
-            {"second row", text, colour("QAbstractItemView", "alternate-background-color")},
-            {"disabled text on the window", disabled, window},
-            {"disabled text in fields", disabled, colour("QLineEdit:disabled", "background-color")},
-            {"disabled text in tables", disabled, field},
-            {"disabled text in every second row", disabled,
-             colour("QAbstractItemView", "alternate-background-color")},
-            {"disabled menu item", disabled, panel},
-            {"disabled button", disabled, colour("QPushButton:disabled", "background-color")},
-            {"error on the window", error, window},
-            {"error in the status bar", colour("QtStatusBar StatusLabel[kind=\"error\"]", "color"), bar},
-            {"error in a hovered status bar", error,
-             colour("QtStatusBar StatusLabel:hover", "background-color")},
-            {"notice", secondary, bar},
-            {"group title", colour("QGroupBox::title", "color"), window},
-            {"tab", colour("QTabBar::tab", "color"), bar},
-            {"read-only field", colour("QLineEdit:read-only", "color"), window},
-            {"progress", text, colour("QProgressBar::chunk", "background-color")},
-            {"tool tip", colour("QToolTip", "color"), colour("QToolTip", "background-color")},
-            {"window icons on a hovered close button", QColor(Skin::palette().text),
-             colour("QtTitleBar QToolButton#btnClose:hover", "background-color")},
+        const QColor text = color("QWidget", "color");
+        const QColor disabled = color("QWidget:disabled", "color");
+        const QColor error = color("QLabel[kind=\"error\"]", "color");
+        const QColor window = color("QDialog", "background-color");
+        const QColor onAccent = color("QPushButton[primary=\"true\"]", "color");
+        const auto readable = [&color](const QColor &front, const char *selector,
+                                       const char *property = "background-color") {
+            const QColor back = color(selector, property);
+            if (front.isValid() && back.isValid() && Contrast::ratio(front, back) >= Contrast::readable)
+                return true;
+            qWarning("%s: %s on %s", selector, qPrintable(front.name()), qPrintable(back.name()));
+            return false;
         };
-        for (const auto &pair : pairs) {
-            const double ratio = Contrast::ratio(pair.front, pair.back);
-            QVERIFY2(pair.front.isValid() && pair.back.isValid() && ratio >= Contrast::readable,
-                     qPrintable(QStringLiteral("%1: %2").arg(QLatin1String(pair.what)).arg(ratio)));
-        }
+        for (const char *ground :
+             {"QDialog", "QtTitleBar", "QtTitleBar QPushButton:hover", "QLineEdit", "QMenu",
+              "QMenu::item:selected", "QPushButton", "QPushButton:hover", "QPushButton:pressed",
+              "QPushButton:checked", "QAbstractItemView::item:selected:!active", "QHeaderView::section",
+              "QProgressBar::chunk", "QtTitleBar QToolButton#btnClose:hover"})
+            QVERIFY(readable(text, ground));
+        for (const char *ground :
+             {"QDialog", "QLineEdit:disabled", "QLineEdit", "QMenu", "QPushButton:disabled"})
+            QVERIFY(readable(disabled, ground));
+        for (const QColor &front : {text, disabled})
+            QVERIFY(readable(front, "QAbstractItemView", "alternate-background-color"));
+        for (const char *state : {"", ":hover", ":pressed"})
+            QVERIFY(readable(onAccent, qPrintable(QString("QPushButton[primary=\"true\"]") + state)));
+        QVERIFY(readable(color("QWidget", "selection-color"), "QWidget", "selection-background-color"));
+        for (const char *ground : {"QDialog", "QtStatusBar StatusLabel:hover"})
+            QVERIFY(readable(error, ground));
+        for (const char *front :
+             {"QtStatusBar StatusLabel[kind=\"error\"]", "QtStatusBar StatusLabel", "QTabBar::tab"})
+            QVERIFY(readable(color(front, "color"), "QtTitleBar"));
+        for (const char *front : {"QGroupBox::title", "QLineEdit:read-only"})
+            QVERIFY(readable(color(front, "color"), "QDialog"));
+        QVERIFY(readable(color("QToolTip", "color"), "QToolTip"));
         // The help button's white glyph, as a picture: 3 to 1.
-        QVERIFY(Contrast::ratio(Qt::white, colour("QtTitleBar QPushButton#btnHelp", "background-color")) >=
+        QVERIFY(Contrast::ratio(Qt::white, color("QtTitleBar QPushButton#btnHelp", "background-color")) >=
                 2.9);
         QCOMPARE(window, QColor(Skin::palette().window));
         QCOMPARE(text, QColor(Skin::palette().text));
     }
 
-    void userColoursWin_data() { files_data(); }
-    void userColoursWin()
+    void userColorsWin_data() { files_data(); }
+    void userColorsWin()
     {
         QFETCH(int, index);
         Settings::instance().recvBackground = QColor("#123456");

@@ -1,5 +1,5 @@
-// The status bar: which notice is shown when, that a long one never widens the
-// window, and the counters.
+// The status bar: which notice is shown and for how long, that a long one never
+// widens the window, and the counters.
 
 #include "noticelist.h"
 #include "qtcountlabel.h"
@@ -15,116 +15,103 @@
 #include <QTextDocument>
 #include <QTimer>
 
+namespace {
+
+constexpr int information = 0;
+constexpr int error = 255;
+
+// Lets the running timer with the interval time out now.
+bool timeOut(QtStatusBar &bar, int interval)
+{
+    const auto timers = bar.findChildren<QTimer *>();
+    for (QTimer *timer : timers) {
+        if (timer->isActive() && timer->interval() == interval) {
+            timer->start(0);
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
 class StatusBarTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void errorIsHeld()
+    void holdsAnErrorForAWhile()
     {
         QtStatusBar bar;
         auto *label = bar.findChild<StatusLabel *>();
-        bar.showSystemNotify(QStringLiteral("一"), 0);
-        bar.showSystemNotify(QStringLiteral("二"), 0);
-        QCOMPARE(label->fullText(), QStringLiteral("二"));
-        QCOMPARE(label->property("kind").toString(), QStringLiteral("info"));
-
-        bar.showSystemNotify(QStringLiteral("出错"), 255);
-        bar.showSystemNotify(QStringLiteral("三"), 0);
-        bar.showSystemNotify(QStringLiteral("四"), 0);
-        QCOMPARE(label->fullText(), QStringLiteral("出错"));
-        QCOMPARE(label->property("kind").toString(), QStringLiteral("error"));
+        bar.showSystemNotify("一", error);
+        bar.showSystemNotify("信息", information);
+        bar.showSystemNotify("二", error); // newer than the pending information, which is dropped
+        QCOMPARE(label->fullText(), QString("二"));
         bar.sltEndErrorHold();
-        QCOMPARE(label->fullText(), QStringLiteral("四"));
-        QCOMPARE(label->property("kind").toString(), QStringLiteral("info"));
-        QVERIFY(!label->isError());
-
-        // With nothing waiting the error stays for a while, though not for good.
-        bar.showSystemNotify(QStringLiteral("又错"), 255);
-        bar.sltEndErrorHold();
-        QCOMPARE(label->fullText(), QStringLiteral("又错"));
-        bar.showSystemNotify(QStringLiteral("五"), 0);
-        QCOMPARE(label->fullText(), QStringLiteral("五"));
-        const auto running = [&bar](int interval) {
-            const auto timers = bar.findChildren<QTimer *>();
-            return std::any_of(timers.begin(), timers.end(), [interval](const QTimer *timer) {
-                return timer->isActive() && timer->interval() == interval;
-            });
-        };
-        QVERIFY(!running(QtStatusBar::errorHoldMs)); // it would end the next notice
-        QVERIFY(running(QtStatusBar::informationShownMs));
-        bar.showSystemNotify(QStringLiteral("再错"), 255);
-        QVERIFY(running(QtStatusBar::errorShownMs));
-        bar.sltEndNotice();
-        QCOMPARE(label->fullText(), QString());
-        QVERIFY(!label->isError());
-        bar.showSystemNotify(QStringLiteral("六"), 0); // no hold is left
-        QCOMPARE(label->fullText(), QStringLiteral("六"));
+        QCOMPARE(label->fullText(), QString("二"));
+        bar.showSystemNotify("三", error);
+        bar.showSystemNotify("四", information);
+        bar.showSystemNotify("五", information);
+        QCOMPARE(label->fullText(), QString("三"));
+        QCOMPARE(label->property("kind").toString(), QString("error"));
+        QVERIFY(timeOut(bar, QtStatusBar::errorHoldMs));
+        QTRY_COMPARE(label->fullText(), QString("五"));
+        QCOMPARE(label->property("kind").toString(), QString("info"));
+        QVERIFY(!timeOut(bar, QtStatusBar::errorHoldMs)); // it would end the next notice
     }
 
-    // What a page posted ends when the user turns to another one; an error is
+    void endsNotices()
+    {
+        QtStatusBar bar;
+        auto *label = bar.findChild<StatusLabel *>();
+        bar.showSystemNotify("信息", information);
+        QVERIFY(timeOut(bar, QtStatusBar::informationShownMs));
+        QTRY_COMPARE(label->fullText(), QString());
+        bar.showSystemNotify("错误", error);
+        QVERIFY(timeOut(bar, QtStatusBar::errorShownMs));
+        QTRY_COMPARE(label->fullText(), QString());
+        QVERIFY(!label->isError());
+        bar.showSystemNotify("信息", information); // the hold ended with the error
+        QCOMPARE(label->fullText(), QString("信息"));
+    }
+
+    // A page's notice ends when the user turns to another page; an error is
     // shown for the time of its hold at least.
     void endsWithItsPage()
     {
-        class Page : public QtWidgetBase
-        {
-        public:
-            void post(QtStatusBar &bar, int kind)
-            {
-                connect(this, &QWidget::windowTitleChanged, &bar,
-                        [&bar, kind](const QString &text) { bar.showSystemNotify(text, kind); });
-                setWindowTitle(QStringLiteral("提示%1").arg(kind));
-                disconnect(&bar);
-            }
-        } first, second;
         QtStatusBar bar;
         auto *label = bar.findChild<StatusLabel *>();
-        first.post(bar, 0);
+        QtWidgetBase first, second;
+        connect(&first, &QtWidgetBase::signalNotify, &bar, &QtStatusBar::showSystemNotify);
+        emit first.signalNotify("信息", information);
         bar.showPage(&first);
-        QCOMPARE(label->fullText(), QStringLiteral("提示0"));
+        QCOMPARE(label->fullText(), QString("信息"));
         bar.showPage(&second);
         QCOMPARE(label->fullText(), QString());
-        first.post(bar, 255);
+        emit first.signalNotify("错误", error);
         bar.showPage(&second);
-        QCOMPARE(label->fullText(), QStringLiteral("提示255"));
+        QCOMPARE(label->fullText(), QString("错误"));
         bar.sltEndErrorHold();
         QCOMPARE(label->fullText(), QString());
-        bar.showSystemNotify(QStringLiteral("设置"), 0); // of no page
+        bar.showSystemNotify("设置", information); // of no page
         bar.showPage(&first);
-        QCOMPARE(label->fullText(), QStringLiteral("设置"));
-        QVERIFY(label->isEnabled());
+        QCOMPARE(label->fullText(), QString("设置"));
     }
 
-    void newErrorReplacesAtOnce()
+    void listsRecentNotices()
     {
         QtStatusBar bar;
-        auto *label = bar.findChild<StatusLabel *>();
-        bar.showSystemNotify(QStringLiteral("错一"), 255);
-        bar.showSystemNotify(QStringLiteral("信息"), 0);
-        bar.showSystemNotify(QStringLiteral("错二"), 255);
-        QCOMPARE(label->fullText(), QStringLiteral("错二"));
-        // The information is older than the error on display: not shown again.
-        bar.sltEndErrorHold();
-        QCOMPARE(label->fullText(), QStringLiteral("错二"));
-    }
-
-    void recentNotices()
-    {
-        QtStatusBar bar;
-        bar.resize(600, 32);
         bar.show();
         for (int i = 0; i < NoticeLog::remembered + 20; ++i)
-            bar.showSystemNotify(QStringLiteral("第%1条").arg(i), i % 10 == 0 ? 255 : 0);
-        QCOMPARE(bar.notices().recent().size(), NoticeLog::remembered);
-        QCOMPARE(bar.notices().recent().first().text, QStringLiteral("第20条"));
-
+            bar.showSystemNotify(QString("第%1条").arg(i), i % 10 == 0 ? error : information);
         QTest::mouseClick(bar.findChild<StatusLabel *>(), Qt::LeftButton);
         auto *list = bar.findChild<NoticeList *>();
         QVERIFY(list && list->isVisible());
         const auto *view = list->findChild<QListWidget *>();
         QCOMPARE(view->count(), NoticeLog::remembered);
-        QVERIFY(view->item(0)->text().endsWith(QStringLiteral("第119条")));
-        QVERIFY(view->item(9)->text().contains(QStringLiteral("[错误] 第110条")));
+        QVERIFY(view->item(0)->text().endsWith("第119条"));
+        QVERIFY(view->item(9)->text().contains("[错误] 第110条"));
         list->setErrorColor(Qt::red);
         QCOMPARE(view->item(9)->foreground().color(), QColor(Qt::red));
         QVERIFY(view->item(8)->foreground().color() != QColor(Qt::red));
@@ -132,51 +119,41 @@ private slots:
         QVERIFY(!list->isVisible());
     }
 
-    void longNoticeIsCut()
+    void cutsLongNotices()
     {
         QWidget window;
-        auto *layout = new QHBoxLayout(&window);
         auto *bar = new QtStatusBar;
-        layout->addWidget(bar);
+        (new QHBoxLayout(&window))->addWidget(bar);
         window.resize(500, 60);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
-        const int least = window.minimumSizeHint().width();
-        const QString text = QStringLiteral("<b>很长的\n提示</b>").repeated(200);
-        bar->showSystemNotify(text, 255);
-        QApplication::processEvents();
-        QCOMPARE(window.width(), 500);
-        QCOMPARE(window.minimumSizeHint().width(), least);
+        const int minWidth = window.minimumSizeHint().width();
+        bar->showSystemNotify(QString("<b>很长的\n提示</b>").repeated(200), error);
+        QCOMPARE(window.minimumSizeHint().width(), minWidth);
         auto *label = bar->findChild<StatusLabel *>();
-        QVERIFY(!label->fullText().contains(QLatin1Char('\n')));
+        QVERIFY(!label->fullText().contains('\n'));
         QVERIFY(label->geometry().right() < bar->findChild<QPushButton *>()->geometry().left());
         // Markup in a name from outside is text in the tool tip, too.
-        QVERIFY(label->toolTip().contains(QStringLiteral("&lt;b&gt;")));
-        bar->showSystemNotify(QString(5000, QLatin1Char('x')), 255);
+        QVERIFY(label->toolTip().contains("&lt;b&gt;"));
+        bar->showSystemNotify(QString(5000, 'x'), error);
         QTextDocument tip; // as a tool tip lays it out
         tip.setHtml(label->toolTip());
         tip.setTextWidth(400);
-        QVERIFY2(tip.size().height() < 300 && tip.idealWidth() <= 400,
-                 qPrintable(QStringLiteral("%1 x %2").arg(tip.idealWidth()).arg(tip.size().height())));
+        QVERIFY(tip.size().height() < 300 && tip.idealWidth() <= 400);
     }
 
-    void counts()
+    void showsCounts()
     {
         QtStatusBar bar;
-        auto *sent = bar.findChild<QtCountLabel *>(QStringLiteral("sentCount"));
-        auto *received = bar.findChild<QtCountLabel *>(QStringLiteral("receivedCount"));
-        bar.showCounts({QStringLiteral("12"), QStringLiteral("34567")});
-        QCOMPARE(sent->text(), QStringLiteral("发送字节数: 12"));
-        QCOMPARE(received->text(), QStringLiteral("接收字节数: 34567"));
+        const auto text = [&bar](const char *name) { return bar.findChild<QtCountLabel *>(name)->text(); };
+        bar.showCounts({"12", "34567"});
+        QCOMPARE(text("sentCount"), QString("发送字节数: 12"));
+        QCOMPARE(text("receivedCount"), QString("接收字节数: 34567"));
         bar.showCounts({});
-        QVERIFY(sent->text().isEmpty());
-        QVERIFY(received->text().isEmpty());
-
-        QSignalSpy spy(&bar, &QtStatusBar::clearCount);
-        auto *button = bar.findChild<QPushButton *>(QStringLiteral("btnClearCount"));
-        QCOMPARE(button->text(), QStringLiteral("清空计数"));
-        QTest::mouseClick(button, Qt::LeftButton);
-        QCOMPARE(spy.count(), 1);
+        QVERIFY(text("sentCount").isEmpty() && text("receivedCount").isEmpty());
+        const QSignalSpy cleared(&bar, &QtStatusBar::clearCount);
+        bar.findChild<QPushButton *>("btnClearCount")->click();
+        QCOMPARE(cleared.count(), 1);
     }
 };
 
