@@ -19,6 +19,11 @@ int digitValue(QChar character)
 
 namespace HexText {
 
+bool isDigit(QChar character)
+{
+    return digitValue(character) >= 0;
+}
+
 QString render(const char *bytes, int size)
 {
     static const char digits[] = "0123456789ABCDEF";

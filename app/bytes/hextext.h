@@ -14,15 +14,17 @@ inline QString render(const QByteArray &bytes)
     return render(bytes.constData(), bytes.size());
 }
 
+bool isDigit(QChar character); // 0 to 9, A to F, a to f
+
 struct Parsed
 {
     QByteArray bytes;
-    int ignored = 0; // characters from the first one that is no digit, or the odd last digit
+    int ignored = 0; // characters other than spaces from the first one that makes no byte
 };
 
 // Spaces are skipped; each byte is made of two digits, high one first. The
-// first character that is neither ends the conversion. A single digit left
-// over makes no byte: nobody can tell whether "1" meant 0x01 or 0x10.
+// first character that is neither ends the conversion. A single digit at the
+// end makes no byte: "1" could mean 0x01 or 0x10.
 Parsed parse(const QString &text);
 
 } // namespace HexText

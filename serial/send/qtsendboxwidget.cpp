@@ -3,7 +3,6 @@
 #include "apppaths.h"
 #include "buttonrole.h"
 #include "filesendpage.h"
-#include "hextext.h"
 #include "multisendpage.h"
 #include "qtfiledialog.h"
 #include "qtmessagebox.h"
@@ -13,7 +12,6 @@
 #include "safefile.h"
 #include "settings.h"
 #include "singlesendpage.h"
-#include "textcodec.h"
 
 #include <QButtonGroup>
 #include <QDesktopServices>
@@ -27,13 +25,6 @@
 namespace {
 
 constexpr int kDefaultAutoInterval = 1000;
-constexpr int kSaveDelayMs = 500;
-
-const QByteArray &newLine()
-{
-    static const QByteArray bytes("\x0D\x0A", 2);
-    return bytes;
-}
 
 QString confFile(QtSendBoxWidget::Owner owner, const char *serialName, const char *networkName)
 {
@@ -57,7 +48,7 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     : QWidget(parent)
     , m_owner(owner)
     , m_pages(new QStackedWidget(this))
-    , m_single(new SingleSendPage(this))
+    , m_single(new SingleSendPage(textFile(owner), this))
     , m_multi(new MultiSendPage(listFile(owner), this))
     , m_file(new FileSendPage(this))
 {
@@ -74,16 +65,8 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     m_autoTimer.setInterval(kDefaultAutoInterval);
     m_autoTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_autoTimer, &QTimer::timeout, this, &QtSendBoxWidget::SltAutoSendData);
-    m_saveTimer.setSingleShot(true);
-    m_saveTimer.setInterval(kSaveDelayMs);
-    connect(&m_saveTimer, &QTimer::timeout, this, &QtSendBoxWidget::saveSingleText);
 
-    loadSingleText();
-    connect(m_single->editor(), &QTextEdit::textChanged, this, [this] {
-        m_textChanged = true;
-        m_ignoredTold = 0;
-        m_saveTimer.start();
-    });
+    connect(m_single->editor(), &QTextEdit::textChanged, this, [this] { m_reportedIgnored = 0; });
     connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
     connect(m_single->editor(), &QtTextEditInput::pasteRefused, this,
             [this] { QtMessageTip::showTip(tooLong(QStringLiteral("粘贴的内容超过20万字符"))); });
@@ -101,6 +84,7 @@ void QtSendBoxWidget::connectPages()
         connect(edit, &QLineEdit::editingFinished, this, &QtSendBoxWidget::SltMultiEditFinished);
     connect(m_multi->clearButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltClearMultiEdit);
     connect(m_multi->pageBar(), &QtPageBar::signalChangePage, this, &QtSendBoxWidget::SltMultiChangePage);
+    connect(m_single, &SingleSendPage::notify, this, &QtSendBoxWidget::notify);
     connect(m_multi, &MultiSendPage::notify, this, &QtSendBoxWidget::notify);
 
     connect(m_file->openButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltBorwserXYModemFile);
@@ -157,11 +141,9 @@ void QtSendBoxWidget::sltClearXYModemFile()
 
 QtSendBoxWidget::~QtSendBoxWidget()
 {
-    // The page that listens is half gone, and so is this box for its rows.
-    blockSignals(true);
+    // The pages save in their destructors, when nothing is there to show notices.
+    m_single->blockSignals(true);
     m_multi->blockSignals(true);
-    if (m_textChanged)
-        saveSingleText();
 }
 
 void QtSendBoxWidget::setDeviceOpen(bool open)
@@ -175,13 +157,13 @@ void QtSendBoxWidget::setDeviceOpen(bool open)
 
 bool QtSendBoxWidget::setAutoInterval(int milliseconds)
 {
-    if (milliseconds < leastAutoInterval)
+    if (milliseconds < minAutoInterval)
         return false;
     m_autoTimer.setInterval(milliseconds);
     return true;
 }
 
-// The box is as high as the page shown needs: the pages behind don't count.
+// The box is as high as the page shown needs, whatever the others would.
 void QtSendBoxWidget::setCurrentPage(int index)
 {
     for (int i = 0; i < m_pages->count(); ++i)
@@ -196,30 +178,30 @@ void QtSendBoxWidget::setCurrentPage(int index)
 
 void QtSendBoxWidget::setNewline(bool bCheck)
 {
-    m_newline = bCheck;
+    m_format.addsNewLine = bCheck;
 }
 
 void QtSendBoxWidget::setAutoSend(bool bCheck)
 {
-    m_ignoredTold = 0;
+    m_reportedIgnored = 0;
     if (!bCheck) {
         m_autoTimer.stop();
     } else if (m_pages->currentIndex() != SinglePage) {
         stopAutoSend(); // what it sends would not be seen
         QtMessageTip::showTip(QStringLiteral("自动发送只用于单项发送"));
-    } else if (deviceIsOpen()) {
+    } else if (requireDevice()) {
         m_autoTimer.start();
     }
 }
 
 void QtSendBoxWidget::setHexSend(bool bCheck)
 {
-    m_hexSend = bCheck;
-    m_ignoredTold = 0;
+    m_format.isHex = bCheck;
+    m_reportedIgnored = 0;
     m_single->editor()->setHexMode(bCheck);
 }
 
-bool QtSendBoxWidget::deviceIsOpen()
+bool QtSendBoxWidget::requireDevice()
 {
     if (m_deviceOpen)
         return true;
@@ -239,13 +221,13 @@ void QtSendBoxWidget::SltSingleSendPage()
     sendOnce(m_single->text());
 }
 
-// At the user's request: there, nothing to send is worth a word.
+// At the user's request, which an empty text answers with a tip.
 void QtSendBoxWidget::sendOnce(const QString &text)
 {
-    m_ignoredTold = 0;
-    if (!deviceIsOpen())
+    m_reportedIgnored = 0;
+    if (!requireDevice())
         return;
-    if (text.isEmpty() && !m_newline)
+    if (text.isEmpty() && !m_format.addsNewLine)
         QtMessageTip::showTip(QStringLiteral("请输入需要发送的数据"));
     else
         sendText(text);
@@ -253,40 +235,30 @@ void QtSendBoxWidget::sendOnce(const QString &text)
 
 void QtSendBoxWidget::SltAutoSendData()
 {
-    if (deviceIsOpen())
+    if (requireDevice())
         sendText(m_single->text());
 }
 
-void QtSendBoxWidget::sendText(QString text)
+void QtSendBoxWidget::sendText(const QString &text)
 {
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    QByteArray bytes;
-    if (m_hexSend) {
-        const HexText::Parsed parsed = HexText::parse(text);
-        bytes = parsed.bytes;
-        notifyHexIgnored(parsed.ignored, bytes.isEmpty());
-        if (bytes.isEmpty() && parsed.ignored > 0)
-            return; // a new line alone is not what was typed
-    } else {
-        bytes = TextCodec::encode(text, Settings::instance().textCodec);
-    }
-    if (m_newline)
-        bytes += newLine();
-    if (!bytes.isEmpty())
-        emit signalSendData(bytes);
+    m_format.codecIndex = Settings::instance().textCodec;
+    const SendText::Encoded encoded = m_format.encode(text);
+    reportIgnored(encoded);
+    if (!encoded.bytes.isEmpty())
+        emit signalSendData(encoded.bytes);
 }
 
 // Once for each text, not at every period.
-void QtSendBoxWidget::notifyHexIgnored(int ignored, bool nothingLeft)
+void QtSendBoxWidget::reportIgnored(const SendText::Encoded &encoded)
 {
-    if (ignored > 0 && ignored != m_ignoredTold) {
-        const QString text =
-            nothingLeft
-                ? QStringLiteral("没有完整的十六进制字节，未发送！")
-                : QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！").arg(ignored);
+    if (encoded.ignored > 0 && encoded.ignored != m_reportedIgnored) {
+        const QString text = encoded.hasNoByte()
+                                 ? QStringLiteral("没有完整的十六进制字节，未发送！")
+                                 : QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！")
+                                       .arg(encoded.ignored);
         emit notify(Notice::error(text));
     }
-    m_ignoredTold = ignored;
+    m_reportedIgnored = encoded.ignored;
 }
 
 QString QtSendBoxWidget::tooLong(const QString &what) const
@@ -300,46 +272,22 @@ void QtSendBoxWidget::SltLoadDataFile()
                                                        QStringLiteral("文本文件(*.txt);;所有文件(*.*)"));
     if (name.isEmpty())
         return;
-    // A byte makes at most three characters of hexadecimal.
-    const int most = QtTextEditInput::mostCharacters / (m_hexSend ? 3 : 1);
+    const int maxBytes = m_format.maxFileBytes();
     QByteArray content;
     QString error;
-    if (QFileInfo(name).size() > most) {
-        emit notify(Notice::error(tooLong(QStringLiteral("文件超过%1字节").arg(most))));
-    } else if (!SafeFile::read(name, most, &content, &error) || content.isNull()) {
+    if (QFileInfo(name).size() > maxBytes) {
+        emit notify(Notice::error(tooLong(QStringLiteral("文件超过%1字节").arg(maxBytes))));
+    } else if (!SafeFile::read(name, maxBytes, &content, &error) || content.isNull()) {
         emit notify(Notice::error(QStringLiteral("文件加载失败!")));
         emit notify(Notice::error(error.isEmpty() ? QStringLiteral("文件不存在") : error));
     } else {
-        m_single->showFile(content);
+        m_single->replaceText(m_format.ofFile(content));
     }
-}
-
-void QtSendBoxWidget::loadSingleText()
-{
-    QByteArray content;
-    if (SafeFile::read(textFile(m_owner), 20 * QtTextEditInput::mostCharacters, &content, &m_textReadError))
-        m_single->setText(TextCodec::decodeFile(content));
-    else // told when the page has been connected
-        QTimer::singleShot(0, this, [this] {
-            emit notify(Notice::error(QStringLiteral("发送数据读取失败：%1").arg(m_textReadError)));
-        });
-}
-
-QString QtSendBoxWidget::saveSingleText()
-{
-    m_saveTimer.stop();
-    // A text that could not be read is not written over.
-    QString error = QFileInfo::exists(textFile(m_owner)) ? m_textReadError : QString();
-    if (error.isEmpty() && SafeFile::write(textFile(m_owner), m_single->text().toUtf8(), &error))
-        m_textChanged = false;
-    else
-        emit notify(Notice::error(QStringLiteral("发送数据保存失败：%1").arg(error)));
-    return error;
 }
 
 bool QtSendBoxWidget::saveBeforeExit()
 {
-    QString error = m_textChanged ? saveSingleText() : QString();
+    QString error = m_single->saveChanges();
     const QString rowsError = m_multi->storeShownPage();
     if (error.isEmpty())
         error = rowsError;

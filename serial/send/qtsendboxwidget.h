@@ -1,10 +1,11 @@
 #pragma once
 
-// The send area of the serial and the network page: single send, multi-send
-// and file send. It turns typed text into bytes and emits them; it knows no
-// device, only whether its page says that one is open.
+// The send area of the serial and the network page: wires and shows its three
+// pages (single send, multi-send, file send) and emits the bytes to send. Knows
+// no device, only whether its page says that one is open.
 
 #include "notice.h"
+#include "sendtext.h"
 
 #include <QStackedWidget>
 #include <QTimer>
@@ -21,23 +22,23 @@ public:
     enum Owner { Serial, Network };
     enum Page { SinglePage = 0, MultiPage = 1, FilePage = 2 };
 
-    static constexpr int leastAutoInterval = 10; // milliseconds
+    static constexpr int minAutoInterval = 10; // milliseconds
 
     explicit QtSendBoxWidget(Owner owner, QWidget *parent = nullptr);
     ~QtSendBoxWidget() override;
 
-    // Over sockets no file transfer is spoken.
+    // Files are sent over serial ports only.
     bool offersFiles() const { return m_owner == Serial; }
 
-    // Saves the typed text and the rows. False where that failed and the user wants
-    // to stay.
+    // Saves the typed text and the rows. False where that failed and the user
+    // stays.
     bool saveBeforeExit();
 
     void setDeviceOpen(bool open);
     bool isAutoSending() const { return m_autoTimer.isActive(); }
 
-    // Sends the single-send text again and again while that page is shown.
-    // Milliseconds between two sends; false when below leastAutoInterval.
+    // Milliseconds between two sends by itself, of the single-send text while that
+    // page is shown; false when below minAutoInterval.
     bool setAutoInterval(int milliseconds);
     int autoInterval() const { return m_autoTimer.interval(); }
 
@@ -74,12 +75,11 @@ private slots:
 private:
     void connectPages();
     void sendOnce(const QString &text);
-    void sendText(QString text);
-    bool deviceIsOpen();
+    void sendText(const QString &text);
+    // Stops sending by itself and shows a tip where no device is open.
+    bool requireDevice();
     QString tooLong(const QString &what) const;
-    void loadSingleText();
-    QString saveSingleText(); // the reason of a failure, which is also posted
-    void notifyHexIgnored(int ignored, bool nothingLeft);
+    void reportIgnored(const SendText::Encoded &encoded);
 
     Owner m_owner;
     QStackedWidget *m_pages;
@@ -87,11 +87,7 @@ private:
     MultiSendPage *m_multi;
     FileSendPage *m_file;
     QTimer m_autoTimer;
-    QTimer m_saveTimer; // the typed text is written when typing pauses
     bool m_deviceOpen = false;
-    bool m_hexSend = false;
-    bool m_newline = false;
-    bool m_textChanged = false;
-    QString m_textReadError; // why the stored text could not be read
-    int m_ignoredTold = 0;   // characters that the user was told are not sent
+    SendText m_format;         // how typed text becomes bytes
+    int m_reportedIgnored = 0; // characters that the user knows are not sent
 };

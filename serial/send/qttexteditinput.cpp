@@ -1,6 +1,7 @@
 #include "qttexteditinput.h"
 
 #include "placeholdertext.h"
+#include "sendtext.h"
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>
@@ -50,8 +51,8 @@ QtTextEditInput::QtTextEditInput(QWidget *parent)
     setAccessibleName(QStringLiteral("发送编辑区"));
     setAcceptRichText(false);
     setTabChangesFocus(true);
-    // Looking for word ends costs with the square of a line's length: a minute
-    // for a pasted line of a million characters.
+    // Looking for word ends costs the square of a line's length: a minute for a
+    // pasted line of a million characters.
     setWordWrapMode(QTextOption::WrapAnywhere);
     setPlaceholderText(QStringLiteral("请输入需要发送的数据"));
     PlaceholderText::keepFaint(this);
@@ -91,45 +92,16 @@ bool QtTextEditInput::canInsertFromMimeData(const QMimeData *source) const
 void QtTextEditInput::insertFromMimeData(const QMimeData *source)
 {
     QString text = source->text();
-    if (text.size() > mostCharacters) {
+    if (text.size() > SendText::maxCharacters) {
         emit pasteRefused();
         return;
     }
     if (m_hexMode) {
         int dropped = 0;
-        text = hexTextOf(text, &dropped);
+        text = SendText::hexOf(text, &dropped);
         if (dropped > 0)
             emit showErrorHint();
     }
     textCursor().insertText(text);
     ensureCursorVisible();
-}
-
-QString QtTextEditInput::hexTextOf(const QString &text, int *dropped)
-{
-    QString kept;
-    kept.reserve(text.size());
-    *dropped = 0;
-    const auto space = [&kept] {
-        if (!kept.isEmpty() && !kept.endsWith(QLatin1Char(' ')))
-            kept += QLatin1Char(' ');
-    };
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar character = text.at(i);
-        const ushort code = character.unicode();
-        const bool prefix = code == '0' && i + 1 < text.size() &&
-                            (text.at(i + 1) == QLatin1Char('x') || text.at(i + 1) == QLatin1Char('X'));
-        if (prefix) {
-            space();
-            ++i;
-        } else if ((code >= '0' && code <= '9') || (code >= 'A' && code <= 'F') ||
-                   (code >= 'a' && code <= 'f')) {
-            kept += character;
-        } else if (character.isSpace() || code == ',' || code == ';' || code == ':') {
-            space();
-        } else {
-            ++*dropped;
-        }
-    }
-    return kept;
 }

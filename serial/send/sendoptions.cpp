@@ -72,6 +72,6 @@ void SendOptions::applyInterval()
     if (isNumber && m_box->setAutoInterval(milliseconds))
         return;
     QtMessageTip::showBelow(
-        m_interval, QStringLiteral("自动发送周期不能小于%1毫秒！").arg(QtSendBoxWidget::leastAutoInterval));
+        m_interval, QStringLiteral("自动发送周期不能小于%1毫秒！").arg(QtSendBoxWidget::minAutoInterval));
     m_interval->setText(QString::number(m_box->autoInterval()));
 }

@@ -56,7 +56,7 @@ int SendList::lastFilledPage() const
 
 int SendList::pageCount() const
 {
-    return qBound(fewestPages, lastFilledPage(), mostPages);
+    return qBound(minPages, lastFilledPage(), maxPages);
 }
 
 void SendList::read(const QByteArray &file)
@@ -90,7 +90,7 @@ void SendList::readLine(const QStringRef &line, QStringList *others)
     QStringRef row = line.mid(separator + 1);
     while (row.endsWith(QLatin1Char('\r')))
         row.chop(1);
-    if (separator < 0 || !isNumber || rowIndex < 0 || rowIndex >= mostPages * rowsPerPage ||
+    if (separator < 0 || !isNumber || rowIndex < 0 || rowIndex >= maxPages * rowsPerPage ||
         row.size() > kLongestRow) {
         others->append(line.toString());
         return;

@@ -17,8 +17,8 @@ class SendList
 {
 public:
     static constexpr int rowsPerPage = 10;
-    static constexpr int fewestPages = 5;
-    static constexpr int mostPages = 100;
+    static constexpr int minPages = 5;
+    static constexpr int maxPages = 100;
 
     static int index(int page, int place) { return (page - 1) * rowsPerPage + place; }
 
@@ -40,7 +40,7 @@ public:
 
     // The page of the highest row, 0 without rows.
     int lastFilledPage() const;
-    // Pages to offer: at least fewestPages, at most mostPages.
+    // Pages to offer: at least minPages, at most maxPages.
     int pageCount() const;
 
     // Replaces the rows by those of a file's bytes (UTF-8, or GB18030 where

@@ -1,33 +1,13 @@
-// Port names, draining lines, the spool of received bytes, the multi-send list and the bounded
-// receive buffer.
+// Port names, draining lines, the multi-send list, and typed text as bytes.
 
-#include "bytespool.h"
 #include "linedrain.h"
 #include "portname.h"
-#include "receivebuffer.h"
 #include "sendlist.h"
+#include "sendtext.h"
 #include "textcodec.h"
 
-#include <QRandomGenerator>
 #include <QTemporaryDir>
-#include <QTextCodec>
 #include <QtTest>
-
-#ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
-#endif
-
-namespace {
-
-// A read may stop where the file ends and memory begins.
-QByteArray readBack(const ByteSpool &spool, qint64 offset, qint64 count)
-{
-    const QByteArray front = spool.read(offset, count);
-    return front + spool.read(offset + front.size(), count - front.size());
-}
-
-} // namespace
 
 class TestSerialEngine : public QObject
 {
@@ -39,16 +19,14 @@ private slots:
     void findsVirtualPorts();
     void drainsALine_data();
     void drainsALine();
-    void spoolsExactlyWhatCame();
-    void keepsBytesWhenTheDiskIsFull();
     void readsListsOfOtherPrograms();
     void writesTheListExactly();
     void keepsWhatOthersWroteIntoTheList();
     void deletesPagesOfTheList();
     void survivesHostileLists();
-    void editsLeadToTheWholeText_data();
-    void editsLeadToTheWholeText();
-    void editsAreSmall();
+    void encodesTypedText_data();
+    void encodesTypedText();
+    void readsFilesAsText();
 };
 
 void TestSerialEngine::namesThePortOfAnEntry()
@@ -131,77 +109,6 @@ void TestSerialEngine::findsVirtualPorts()
 #endif
 }
 
-void TestSerialEngine::spoolsExactlyWhatCame()
-{
-    const QTemporaryDir folder;
-    QString name;
-    {
-        ByteSpool spool(folder.path(), "serial");
-        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 0); // no file before the first byte
-        QByteArray all;
-        for (int i = 0; i < 300; ++i) {
-            const QByteArray piece(i * 7 % 251, static_cast<char>(i));
-            QCOMPARE(spool.append(piece.constData(), piece.size()), ByteSpool::State::OnDisk);
-            all += piece;
-            if (i % 7 == 0)
-                QCOMPARE(spool.flush(), ByteSpool::State::OnDisk);
-            if (i % 10 == 0) // reading in between moves no writing
-                QCOMPARE(readBack(spool, all.size() / 2, 5), all.mid(all.size() / 2, 5));
-        }
-        QCOMPARE(spool.size(), qint64(all.size()));
-        QCOMPARE(spool.flush(), ByteSpool::State::OnDisk);
-        QCOMPARE(spool.read(0, 1 << 20), all);
-        QCOMPARE(spool.read(spool.size(), 10), QByteArray());
-        // On disk under its name, for whoever looks for it after a crash.
-        name = folder.filePath(QDir(folder.path()).entryList({"serial_*"}).value(0));
-        QCOMPARE(QFileInfo(name).size(), qint64(all.size()));
-        spool.clear();
-        QCOMPARE(spool.size(), qint64(0));
-    }
-    QVERIFY(!QFileInfo::exists(name));
-
-    // A folder that cannot be written: the system's temporary folder serves.
-    ByteSpool elsewhere("/no/such/folder", "serial");
-    elsewhere.append("abc", 3);
-    QCOMPARE(elsewhere.flush(), ByteSpool::State::OnDisk);
-    QCOMPARE(elsewhere.read(0, 9), QByteArray("abc"));
-}
-
-void TestSerialEngine::keepsBytesWhenTheDiskIsFull()
-{
-#ifdef Q_OS_UNIX
-    const QTemporaryDir folder;
-    ByteSpool spool(folder.path(), "serial", 3000);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit tight = before;
-    tight.rlim_cur = 1000; // the file takes no more than that
-    setrlimit(RLIMIT_FSIZE, &tight);
-    QByteArray all;
-    const QByteArray much(100 * 1000, 'x');
-    ByteSpool recovers(folder.path(), "serial");
-    QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
-    setrlimit(RLIMIT_FSIZE, &before); // somebody makes room
-    QCOMPARE(recovers.append("end", 3), ByteSpool::State::OnDisk);
-    QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end");
-    setrlimit(RLIMIT_FSIZE, &tight);
-    for (int i = 0; i < 15; ++i) {
-        const QByteArray piece(300, static_cast<char>('a' + i));
-        spool.append(piece.constData(), piece.size());
-        spool.flush();
-        all += piece;
-        const ByteSpool::State expected = all.size() <= 1000   ? ByteSpool::State::OnDisk
-                                          : all.size() <= 4000 ? ByteSpool::State::InMemory
-                                                               : ByteSpool::State::Incomplete;
-        QCOMPARE(spool.state(), expected);
-    }
-    setrlimit(RLIMIT_FSIZE, &before);
-    QCOMPARE(spool.size(), qint64(4000));
-    QCOMPARE(readBack(spool, 0, 5000), all.left(4000));
-#endif
-}
-
 void TestSerialEngine::readsListsOfOtherPrograms()
 {
     SendList list;
@@ -277,69 +184,48 @@ void TestSerialEngine::survivesHostileLists()
     QVERIFY(list.write().endsWith("zz\n") && list.write().size() > 10 * 1000 * 1000); // whole
 }
 
-void TestSerialEngine::editsLeadToTheWholeText_data()
+void TestSerialEngine::encodesTypedText_data()
 {
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("hex");
+    QTest::addColumn<bool>("newLine");
     QTest::addColumn<int>("codec");
-    QTest::addColumn<int>("kind"); // 0 log text, 1 random bytes, 2 Chinese without line ends, 3 one letter
-    for (int codec = 0; codec < 2; ++codec) {
-        for (int kind = 0; kind < 4; ++kind)
-            QTest::addRow("codec %d kind %d", codec, kind) << codec << kind;
-    }
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("ignored");
+    const QString typed = QStringLiteral("温\r\nb");
+    QTest::newRow("UTF-8") << typed << false << false << 0 << QByteArray("\xe6\xb8\xa9\nb") << 0;
+    QTest::newRow("GB18030") << typed << false << true << 1 << QByteArray("\xce\xc2\nb\r\n") << 0;
+    QTest::newRow("nothing") << "" << false << false << 0 << QByteArray() << 0;
+    QTest::newRow("new line alone") << "" << false << true << 0 << QByteArray("\r\n") << 0;
+    QTest::newRow("hexadecimal") << "01 fF" << true << false << 0 << QByteArray("\x01\xff") << 0;
+    QTest::newRow("odd digit") << "01 02 fF 7" << true << true << 0 << QByteArray("\x01\x02\xff\r\n") << 1;
+    QTest::newRow("no digit") << "hello" << true << true << 0 << QByteArray() << 5;
+    QTest::newRow("hexadecimal new line alone") << " " << true << true << 0 << QByteArray("\r\n") << 0;
 }
 
-void TestSerialEngine::editsLeadToTheWholeText()
+void TestSerialEngine::encodesTypedText()
 {
+    QFETCH(QString, text);
+    QFETCH(bool, hex);
+    QFETCH(bool, newLine);
     QFETCH(int, codec);
-    QFETCH(int, kind);
-    QRandomGenerator random(static_cast<quint32>(codec * 10 + kind));
-    ReceiveBuffer buffer;
-    QByteArray held;
-    QString shown;
-    for (int round = 0; round < 600; ++round) {
-        QByteArray bytes;
-        const int size = round % 100 == 0 ? 25000 : random.bounded(200);
-        while (bytes.size() < size) {
-            if (kind == 0)
-                bytes += TextCodec::encode(QStringLiteral("温度 %1\r\n").arg(random.generate()), codec);
-            else if (kind == 1)
-                bytes += static_cast<char>(random.bounded(256));
-            else if (kind == 2)
-                bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
-            else
-                bytes += random.bounded(50) == 0 ? '\r' : 'A';
-        }
-        bytes.truncate(size); // cuts characters and line ends anywhere
-        buffer.append(bytes);
-        const ReceiveBuffer::Edit edit = buffer.update(codec);
-        QVERIFY(edit.frontRemoved + edit.backRemoved <= shown.size());
-        shown = edit.frontInserted +
-                shown.mid(edit.frontRemoved, shown.size() - edit.frontRemoved - edit.backRemoved) +
-                edit.backInserted;
-
-        held = (held + bytes).right(20480);
-        QString whole = TextCodec::decode(held, codec);
-        whole.replace("\r\n", "\n").replace('\r', '\n');
-        for (const ushort end : {ushort(0x2029), ushort(0xFDD0), ushort(0xFDD1)})
-            whole.replace(QChar(end), '\n');
-        QCOMPARE(shown, whole);
-        QCOMPARE(buffer.text(), whole);
-    }
+    const SendText::Encoded encoded = SendText{hex, newLine, codec}.encode(text);
+    QTEST(encoded.bytes, "bytes");
+    QTEST(encoded.ignored, "ignored");
 }
 
-void TestSerialEngine::editsAreSmall()
+void TestSerialEngine::readsFilesAsText()
 {
-    for (int codec = 0; codec < 2; ++codec) {
-        ReceiveBuffer buffer;
-        for (int i = 0; i < 3000; ++i) {
-            const QByteArray line = TextCodec::encode(QStringLiteral("第%1行 温度\r\n").arg(i, 6), codec);
-            buffer.append(line);
-            const ReceiveBuffer::Edit edit = buffer.update(codec);
-            if (i > 2000) {
-                QVERIFY2(edit.frontRemoved < 60 && edit.frontInserted.size() < 60, "the front is redone");
-                QVERIFY2(edit.backRemoved < 10 && edit.backInserted.size() < 60, "the end is redone");
-            }
-        }
-    }
+    SendText format;
+    QCOMPARE(format.maxFileBytes(), 200000);
+    QCOMPARE(format.ofFile("\xce\xc2\r\nx"), QStringLiteral("温\r\nx"));
+    format.isHex = true;
+    QCOMPARE(format.maxFileBytes(), 66666);
+    QCOMPARE(format.ofFile(QByteArray("\x01\xfe\x00", 3)), QStringLiteral("01 FE 00 "));
+    QCOMPARE(format.ofFile("0x0A,0X0B\r\n; 0c:0"), QStringLiteral("0A 0B 0c 0"));
+    int dropped = 0;
+    QCOMPARE(SendText::hexOf(QStringLiteral(" 01 zz 温 02"), &dropped), QStringLiteral("01 02"));
+    QCOMPARE(dropped, 3);
 }
 
 QTEST_GUILESS_MAIN(TestSerialEngine)

@@ -1,0 +1,39 @@
+#pragma once
+
+// How the text of the send box becomes bytes: in a codec, or as hexadecimal
+// digits, with or without a new line behind it; and which text stands for a
+// file's bytes. Knows no editor and no device.
+
+#include <QByteArray>
+#include <QString>
+
+struct SendText
+{
+    // The most characters that a paste, a drop or a file may bring; laying out
+    // more would hold up the window. Larger data belongs in a file.
+    static constexpr int maxCharacters = 200 * 1000;
+
+    struct Encoded
+    {
+        QByteArray bytes;
+        int ignored = 0; // characters at the end of the text that make no byte
+        bool hasNoByte() const { return bytes.isEmpty() && ignored > 0; }
+    };
+
+    bool isHex = false;
+    bool addsNewLine = false; // 0x0D 0x0A; not behind text that makes no byte
+    int codecIndex = 0;       // of TextCodec, where it is not hexadecimal
+
+    Encoded encode(QString text) const;
+
+    // The size up to which a file's text has at most maxCharacters.
+    int maxFileBytes() const { return isHex ? maxCharacters / 3 : maxCharacters; }
+    // A file's content as text. Hexadecimal: its digits where it holds nothing
+    // else, and the digits of its bytes otherwise.
+    QString ofFile(const QByteArray &content) const;
+
+    // What hexadecimal text keeps of any text: digits, in pairs as they stand,
+    // line ends and other white space as one space each, "0x" and separators
+    // dropped. `dropped` counts characters that were neither.
+    static QString hexOf(const QString &text, int *dropped);
+};

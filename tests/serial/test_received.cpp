@@ -1,0 +1,362 @@
+// Received bytes on their way to a display, without one: the changes that it is
+// asked for, the record, the spool on disk, and where rows break.
+
+#include "bytespool.h"
+#include "receivedtext.h"
+#include "rowbreaks.h"
+#include "textcodec.h"
+
+#include <QDir>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTextCodec>
+#include <QtTest>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+namespace {
+
+constexpr int kNewest = 20480; // bytes that log mode shows
+
+// A read may stop where the file ends and memory begins.
+QByteArray readBack(const ByteSpool &spool, qint64 offset, qint64 count)
+{
+    const QByteArray front = spool.read(offset, count);
+    return front + spool.read(offset + front.size(), count - front.size());
+}
+
+// Does what it is asked for with a string.
+struct Display
+{
+    QTemporaryDir folder;
+    ReceivedText text{folder.path()};
+    QString shown;
+    int touched = 0; // characters, by the last change of the ends
+
+    void apply(const ReceivedText::Change &change)
+    {
+        const ReceiveBuffer::Edit &ends = change.ends;
+        if (change.kind == ReceivedText::Change::Append) {
+            shown += change.text;
+        } else if (change.kind == ReceivedText::Change::Replace) {
+            shown = change.text;
+        } else if (change.kind == ReceivedText::Change::EditEnds) {
+            const int kept = shown.size() - ends.frontRemoved - ends.backRemoved;
+            QVERIFY(kept >= 0);
+            shown = ends.frontInserted + shown.mid(ends.frontRemoved, kept) + ends.backInserted;
+            touched =
+                ends.frontRemoved + ends.backRemoved + ends.frontInserted.size() + ends.backInserted.size();
+        }
+    }
+    QString flush(int codec = TextCodec::Utf8, int slice = 100)
+    {
+        while (text.hasPending())
+            apply(text.next(slice, codec));
+        apply(text.putOff(codec));
+        return shown;
+    }
+    QString recorded() const
+    {
+        QString all;
+        ReceivedText::Reader reader(text);
+        for (QString piece = reader.next(); !piece.isEmpty(); piece = reader.next())
+            all += piece;
+        return reader.failed() ? QStringLiteral("(failed)") : all;
+    }
+};
+
+QString plain(QString text)
+{
+    text.replace("\r\n", "\n");
+    for (const ushort end : {ushort('\r'), ushort(0x2029), ushort(0xFDD0), ushort(0xFDD1)})
+        text.replace(QChar(end), '\n');
+    return text;
+}
+
+} // namespace
+
+class TestReceived : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void spoolsExactlyWhatCame();
+    void keepsBytesWhenTheDiskIsFull();
+    void showsChunksBehindHeaders();
+    void joinsWhatAChunkEndCut();
+    void separatesSources();
+    void logModeDecodesTheNewestBytes_data();
+    void logModeDecodesTheNewestBytes();
+    void logModeIsABoundOnly();
+    void showsTextOfTheProgram();
+    void breaksRowsByColumns_data();
+    void breaksRowsByColumns();
+};
+
+void TestReceived::spoolsExactlyWhatCame()
+{
+    const QTemporaryDir folder;
+    const auto files = [&] { return QDir(folder.path()).entryInfoList(QDir::Files); };
+    {
+        ByteSpool spool(folder.path(), "serial");
+        QCOMPARE(files().size(), 0); // no file before the first byte
+        QByteArray all;
+        for (int i = 0; i < 300; ++i) {
+            const QByteArray piece(i * 7 % 251, static_cast<char>(i));
+            QCOMPARE(spool.append(piece.constData(), piece.size()), ByteSpool::State::OnDisk);
+            all += piece;
+            if (i % 7 == 0)
+                QCOMPARE(spool.flush(), ByteSpool::State::OnDisk);
+            if (i % 10 == 0) // reading in between moves no writing
+                QCOMPARE(readBack(spool, all.size() / 2, 5), all.mid(all.size() / 2, 5));
+        }
+        const QByteArray large(100 * 1000, 'x'); // past the memory
+        spool.append(large.constData(), large.size());
+        all += large;
+        QCOMPARE(files().value(0).size(), qint64(all.size())); // with a name, for after a crash
+        QVERIFY(files().value(0).fileName().startsWith("serial_"));
+        QCOMPARE(spool.size(), qint64(all.size()));
+        QCOMPARE(spool.read(0, 1 << 20), all);
+        QCOMPARE(spool.read(spool.size(), 10), QByteArray());
+        spool.clear();
+        QCOMPARE(spool.size(), qint64(0));
+        spool.append("again", 5);
+        spool.flush();
+        QCOMPARE(spool.read(0, 9), QByteArray("again"));
+    }
+    QCOMPARE(files().size(), 0);
+    ByteSpool elsewhere("/no/such/folder", "serial"); // in the system's temporary folder
+    elsewhere.append("abc", 3);
+    QCOMPARE(elsewhere.flush(), ByteSpool::State::OnDisk);
+    QCOMPARE(elsewhere.read(0, 9), QByteArray("abc"));
+}
+
+void TestReceived::keepsBytesWhenTheDiskIsFull()
+{
+#ifdef Q_OS_UNIX
+    const QTemporaryDir folder;
+    ByteSpool spool(folder.path(), "serial", 3000);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit tight = before;
+    tight.rlim_cur = 1000; // the file takes no more than that
+    setrlimit(RLIMIT_FSIZE, &tight);
+    QByteArray all;
+    const QByteArray much(100 * 1000, 'x');
+    ByteSpool recovers(folder.path(), "serial");
+    QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
+    setrlimit(RLIMIT_FSIZE, &before); // somebody makes room
+    QCOMPARE(recovers.append("end", 3), ByteSpool::State::OnDisk);
+    QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end");
+    setrlimit(RLIMIT_FSIZE, &tight);
+    for (int i = 0; i < 15; ++i) {
+        const QByteArray piece(300, static_cast<char>('a' + i));
+        spool.append(piece.constData(), piece.size());
+        spool.flush();
+        all += piece;
+        const ByteSpool::State expected = all.size() <= 1000   ? ByteSpool::State::OnDisk
+                                          : all.size() <= 4000 ? ByteSpool::State::InMemory
+                                                               : ByteSpool::State::Incomplete;
+        QCOMPARE(spool.state(), expected);
+    }
+    setrlimit(RLIMIT_FSIZE, &before);
+    QCOMPARE(spool.size(), qint64(4000));
+    QCOMPARE(readBack(spool, 0, 5000), all.left(4000));
+#endif
+}
+
+void TestReceived::showsChunksBehindHeaders()
+{
+    Display display;
+    display.text.receive("one", "[12:00:00.000] ASCII >\n", false);
+    display.text.receive("two\n", "[12:00:00.020] ASCII >\n", false);
+    display.text.receive(QByteArray("\x0A\x1B\xFF"), "[12:00:00.040] HEX >\n", true);
+    QCOMPARE(display.text.pendingBytes(), qint64(3 + 23 + 4 + 23 + 3 + 21));
+    QCOMPARE(display.flush(), QStringLiteral("[12:00:00.000] ASCII >\none[12:00:00.020] ASCII >\ntwo\n"
+                                             "[12:00:00.040] HEX >\n0A 1B FF "));
+    QCOMPARE(display.text.pendingBytes(), qint64(0));
+    QCOMPARE(display.recorded(), display.shown);
+    display.text.clear();
+    QVERIFY(display.text.isEmpty());
+    QCOMPARE(display.recorded(), QString());
+}
+
+void TestReceived::joinsWhatAChunkEndCut()
+{
+    const QString text = QStringLiteral("温度: 25\r\n湿度: 60\r\rend\n");
+    for (int codec = 0; codec < 2; ++codec) {
+        const QByteArray bytes = TextCodec::encode(text, codec);
+        for (int cut = 1; cut < bytes.size(); ++cut) {
+            Display display;
+            display.text.receive(bytes.left(cut), "[1]", false); // also across a header
+            display.text.receive(bytes.mid(cut), QString(), false);
+            QCOMPARE(display.flush(codec, cut), QStringLiteral("[1]温度: 25\n湿度: 60\n\nend\n"));
+        }
+    }
+    // Half a character of the other codec, and of before hexadecimal, is gone.
+    Display display;
+    display.text.receive("\xe6\xb8\xa9\xe6", QString(), false);
+    display.flush(TextCodec::Utf8);
+    display.text.receive("\xce\xc2\x84", QString(), false);
+    display.flush(TextCodec::Gb18030);
+    display.text.receive("\x01", QString(), true);
+    display.text.receive("a", QString(), false);
+    QCOMPARE(display.flush(TextCodec::Gb18030), QStringLiteral("温温01 a"));
+}
+
+void TestReceived::separatesSources()
+{
+    Display display;
+    ReceivedText &text = display.text;
+    text.receiveMessage("\xe6\xb8", "[a] ", false, "a");
+    text.receiveMessage("b", "[b] ", false, "b"); // a header begins a line
+    text.receiveMessage("\xa9\r", QString(), false, "a");
+    text.receiveMessage("\n\xe6", QString(), false, "a");
+    text.endSource("a");
+    text.receiveMessage("\xb8", QString(), false, "a"); // no longer the other's half
+    text.receiveMessage("\x01", QString(), true, "b");  // so does a change of form
+    text.receiveMessage("\xe6", QString(), false, QString());
+    const QString broken(QChar::ReplacementCharacter);
+    QCOMPARE(display.flush(),
+             QStringLiteral("[a] \n[b] b温\n") + broken + QStringLiteral("\n01 \n") + broken);
+}
+
+void TestReceived::logModeDecodesTheNewestBytes_data()
+{
+    QTest::addColumn<int>("codec");
+    QTest::addColumn<int>("kind"); // 0 log text, 1 random bytes, 2 Chinese without line ends, 3 one letter
+    for (int codec = 0; codec < 2; ++codec)
+        for (int kind = 0; kind < 4; ++kind)
+            QTest::addRow("codec %d kind %d", codec, kind) << codec << kind;
+}
+
+void TestReceived::logModeDecodesTheNewestBytes()
+{
+    QFETCH(int, codec);
+    QFETCH(int, kind);
+    QRandomGenerator random(static_cast<quint32>(codec * 10 + kind));
+    Display display;
+    QByteArray held;
+    for (int round = 0; round < 150; ++round) {
+        QByteArray bytes;
+        const int size = round % 50 == 0 ? 25000 : 1 + random.bounded(200);
+        while (bytes.size() < size) {
+            if (kind == 0)
+                bytes += TextCodec::encode(QStringLiteral("温度 %1\r\n").arg(random.generate()), codec);
+            else if (kind == 1)
+                bytes += static_cast<char>(random.bounded(256));
+            else if (kind == 2)
+                bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
+            else
+                bytes += random.bounded(50) == 0 ? '\r' : 'A';
+        }
+        bytes.truncate(size); // cuts characters and line ends anywhere
+        display.text.receive(bytes, QString(), false, ReceivedText::Bound::Newest);
+        held = (held + bytes).right(kNewest);
+        QCOMPARE(display.flush(codec, 8192), plain(TextCodec::decode(held, codec)));
+        if (kind == 0 && size < 1000) // what stays is not touched
+            QVERIFY2(display.touched < 2 * size + 60, qPrintable(QString::number(display.touched)));
+    }
+}
+
+// It replaces no text when it begins, keeps the order, and the record holds
+// what the bound drops.
+void TestReceived::logModeIsABoundOnly()
+{
+    constexpr auto newest = ReceivedText::Bound::Newest;
+    Display display;
+    ReceivedText &text = display.text;
+    text.receive("before\n", QString(), false);
+    text.receive("ab", "[1]\n", false, newest);
+    text.receive("c\n", "[2]\n", false, newest); // in a line: no header
+    text.receive("d", "[3]\n", false, newest);
+    QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd"));
+    text.receive("\x01", QString(), true, newest);
+    QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd01 "));
+    text.receive("\xe6", QString(), false, newest); // hexadecimal is not among the newest text
+    QCOMPARE(display.flush(),
+             QStringLiteral("before\n[1]\nabc\n[3]\nd") + QChar(QChar::ReplacementCharacter));
+    text.receive("\xb8\xa9\n", QString(), false, newest);
+    text.receive("between\n", QString(), false); // without the bound, behind what has it
+    text.receive("e", QString(), false, newest);
+    QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd温\nbetween\ne"));
+    QString all = QStringLiteral("before\n[1]\nabc\n[3]\nd01 温\nbetween\ne");
+    QCOMPARE(display.recorded(), all);
+    const QByteArray flood = QByteArray("0123456789abcde\n").repeated(5000);
+    text.receive(flood, QString(), false, newest);
+    all += QString::fromLatin1(flood);
+    QCOMPARE(display.flush(TextCodec::Utf8, 8192), all.right(kNewest));
+    QVERIFY(display.recorded() == all);
+    text.clear();
+    text.receive("f", QString(), false, newest);
+    display.flush();
+    QCOMPARE(display.shown, QStringLiteral("f"));
+}
+
+void TestReceived::showsTextOfTheProgram()
+{
+    Display display;
+    display.apply(display.text.setText("one\r\n"));
+    display.apply(display.text.appendText("abc"));
+    display.apply(display.text.appendText("def\r"));
+    QCOMPARE(display.shown, QStringLiteral("one\nabcdef\n"));
+    QCOMPARE(display.recorded(), display.shown);
+    display.text.clear();
+    display.apply(display.text.appendLines("10%\r50%\r100%\r\nne"));
+    QCOMPARE(display.shown, QStringLiteral("100%\nne"));
+    display.apply(display.text.appendLines("xt\r\n"));
+    QCOMPARE(display.shown, QStringLiteral("100%\nnext\n"));
+    QCOMPARE(display.recorded(), display.shown);
+}
+
+void TestReceived::breaksRowsByColumns_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<int>("from"); // column, of a row that the text before has begun
+    QTest::addColumn<QStringList>("rows");
+    QTest::newRow("word") << "abcdef" << 4 << 0 << QStringList{"abcd", "ef"};
+    QTest::newRow("words") << "ab cdef" << 6 << 0 << QStringList{"ab ", "cdef"};
+    QTest::newRow("space hangs") << "0A 1B 2C " << 5 << 0 << QStringList{"0A 1B ", "2C "};
+    QTest::newRow("space fits") << "0A 1B 2C " << 7 << 0 << QStringList{"0A 1B ", "2C "};
+    QTest::newRow("Chinese") << QStringLiteral("ab温度") << 5 << 0 << QStringList{"ab温", "度"};
+    QTest::newRow("tab") << "a\tb" << 8 << 0 << QStringList{"a\t", "b"};
+    QTest::newRow("tab fits") << "a\tb" << 9 << 0 << QStringList{"a\tb"};
+    QTest::newRow("two planes") << QString::fromUcs4(U"\U0001F600\U0001F601") << 3 << 0
+                                << QStringList{QString::fromUcs4(U"\U0001F600"),
+                                               QString::fromUcs4(U"\U0001F601")};
+    QTest::newRow("wider than a row") << QStringLiteral("温b") << 1 << 0 << QStringList{"温", "b"};
+    QTest::newRow("separator") << QStringLiteral("a\u2028b") << 9 << 0
+                               << QStringList{QStringLiteral("a\u2028"), "b"};
+    QTest::newRow("begun") << "abc def" << 8 << 6 << QStringList{"", "abc def"};
+    QTest::newRow("begun, fits") << "ab cd" << 8 << 5 << QStringList{"ab ", "cd"};
+    QTest::newRow("begun, space hangs") << " ab" << 8 << 8 << QStringList{" ", "ab"};
+    QTest::newRow("empty") << "" << 8 << 0 << QStringList{""};
+}
+
+void TestReceived::breaksRowsByColumns()
+{
+    QFETCH(QString, text);
+    QFETCH(int, columns);
+    QFETCH(int, from);
+    QStringList found;
+    for (const RowBreaks::Row &row : RowBreaks::rows(text, columns, {from, true}))
+        found += text.mid(row.start, row.end - row.start);
+    QTEST(found, "rows");
+    const RowBreaks::Row first = RowBreaks::row(text, 0, columns, {from, true});
+    const bool isNarrow = RowBreaks::maxColumnsOf(text) == text.size();
+    if (isNarrow && !text.isEmpty()) {
+        const RowBreaks::Row narrow = RowBreaks::narrowRow(text, 0, columns, {from, true});
+        QCOMPARE(narrow.end, first.end);
+        QCOMPARE(narrow.endColumn, first.endColumn);
+    }
+    if (from > 0 && found.first().isEmpty()) // a word that the text before has begun goes on
+        QCOMPARE(RowBreaks::row(text, 0, columns, {from, false}).end, columns - from);
+}
+
+QTEST_GUILESS_MAIN(TestReceived)
+#include "test_received.moc"
