@@ -42,17 +42,15 @@ private slots:
     void filtersKeysInHexMode();
     void reducesPastedText();
     void sendsTypedText();
-    void sendsHexadecimalAndTellsWhatItIgnored();
+    void tellsOnceWhatHexadecimalIgnores();
     void refusesWithoutDevice();
     void autoSendsWithItsPeriod();
-    void refusesSenselessPeriods();
     void keepsTheTypedText();
     void loadsDataFiles();
     void keepsAndSendsRows();
     void sharesRowsWithAnotherCopy();
     void tellsWhatItCannotStore();
-    void addsAndDeletesPages();
-    void clearingAPageAsksFirst();
+    void clearsAndDeletesPages();
     void listsFilesToSend();
 
 private:
@@ -113,24 +111,21 @@ QByteArray TestSendBox::file(const char *name) const
 void TestSendBox::filtersKeysInHexMode()
 {
     const QSignalSpy hints(m_box.get(), &QtSendBoxWidget::showErrorHint);
+    const auto press = [this](std::initializer_list<Qt::Key> keys) {
+        for (const Qt::Key key : keys)
+            QTest::keyClick(m_editor, key);
+    };
     m_box->setHexSend(true);
     QTest::keyClicks(m_editor, "0a F9");
-    QTest::keyClick(m_editor, Qt::Key_Left);
-    QTest::keyClick(m_editor, Qt::Key_Backspace);
-    QTest::keyClick(m_editor, Qt::Key_Return);
-    for (const Qt::Key modifier : {Qt::Key_Shift, Qt::Key_Control, Qt::Key_Alt, Qt::Key_CapsLock})
-        QTest::keyClick(m_editor, modifier);
+    press(
+        {Qt::Key_Left, Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Shift, Qt::Key_Control, Qt::Key_CapsLock});
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \n9"));
     QCOMPARE(hints.count(), 0);
-
     QTest::keyClicks(m_editor, "g-");
-    for (const Qt::Key key :
-         {Qt::Key_Delete, Qt::Key_Enter, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End})
-        QTest::keyClick(m_editor, key);
+    press({Qt::Key_Delete, Qt::Key_Enter, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End});
     QTest::keyClick(m_editor, Qt::Key_V, Qt::ControlModifier);
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \n9"));
     QCOMPARE(hints.count(), 9);
-
     m_box->setHexSend(false);
     QTest::keyClicks(m_editor, "g");
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \ng9"));
@@ -139,130 +134,87 @@ void TestSendBox::filtersKeysInHexMode()
 void TestSendBox::reducesPastedText()
 {
     const auto paste = [this](const QString &text) {
-        m_editor->clear();
+        m_editor->selectAll();
         QGuiApplication::clipboard()->setText(text);
         m_editor->paste();
         return m_editor->toPlainText();
     };
     QCOMPARE(paste("any 文本\n2"), QStringLiteral("any 文本\n2"));
+    const QString limit(200 * 1000, 'x');
+    QCOMPARE(paste(limit), limit);
+    QCOMPARE(paste(limit + 'y'), limit); // refused, with a tip
+    QVERIFY(QtMessageTip::current());
     m_box->setHexSend(true);
     const QSignalSpy hints(m_box.get(), &QtSendBoxWidget::showErrorHint);
-    QCOMPARE(paste("0x01, 0X2f;\r\n03:04"), QStringLiteral("01 2f 03 04"));
+    QCOMPARE(paste("0x01, 0X2f"), QStringLiteral("01 2f"));
     QCOMPARE(hints.count(), 0);
-    QCOMPARE(paste("01 zz 温 02"), QStringLiteral("01 02"));
+    QCOMPARE(paste("01 zz 02"), QStringLiteral("01 02"));
     QCOMPARE(hints.count(), 1);
-
-    // Far too much is refused at once and changes nothing.
-    m_box->setHexSend(false);
-    m_editor->setPlainText("kept");
-    QGuiApplication::clipboard()->setText(QString(50 * 1000 * 1000, 'x'));
-    QElapsedTimer clock;
-    clock.start();
-    m_editor->paste();
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("kept"));
-    QVERIFY(clock.elapsed() < 10000);
-
-    // A long line without a space costs as much as one with spaces.
-    const auto costOf = [&](const QString &line) {
-        QGuiApplication::clipboard()->setText(line);
-        m_editor->clear();
-        clock.start();
-        m_editor->paste();
-        return clock.nsecsElapsed();
-    };
-    const qint64 words = costOf(QStringLiteral("ab cd ").repeated(20 * 1000));
-    QVERIFY(costOf(QStringLiteral("abcdef").repeated(20 * 1000)) < 6 * words);
 }
 
 void TestSendBox::sendsTypedText()
 {
-    m_editor->setPlainText(QStringLiteral("温\nb"));
+    m_editor->setPlainText(QStringLiteral("温"));
     press("btnSingleSend");
-    QCOMPARE(lastSent(), QByteArray("\xce\xc2\nb"));
+    QCOMPARE(lastSent(), QByteArray("\xce\xc2"));
     Settings::instance().textCodec = 0;
     m_box->setNewline(true);
     press("btnSingleSend");
-    QCOMPARE(lastSent(), QByteArray("\xe6\xb8\xa9\nb\r\n"));
-    m_editor->clear();
+    QCOMPARE(lastSent(), QByteArray("\xe6\xb8\xa9\r\n"));
+    press("btnClearSend");
     press("btnSingleSend");
     QCOMPARE(lastSent(), QByteArray("\r\n"));
     m_box->setNewline(false);
-    const int before = m_sent->count();
-    press("btnSingleSend");
-    QCOMPARE(m_sent->count(), before); // nothing to send
+    press("btnSingleSend"); // nothing to send
+    QCOMPARE(m_sent->count(), 3);
+    m_editor->undo();
+    QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
 }
 
-void TestSendBox::sendsHexadecimalAndTellsWhatItIgnored()
+void TestSendBox::tellsOnceWhatHexadecimalIgnores()
 {
     m_editor->setPlainText("hello");
     const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
     m_box->setHexSend(true);
     m_box->setNewline(true);
     press("btnSingleSend");
-    QCOMPARE(m_sent->count(), 0); // no byte, and no line end alone
+    QCOMPARE(m_sent->count(), 0);
     QCOMPARE(notices.count(), 1);
     m_editor->setPlainText("01 02 fF 7");
     press("btnSingleSend");
     QCOMPARE(lastSent(), QByteArray("\x01\x02\xff\r\n"));
-    QCOMPARE(notices.count(), 2);
-    QVERIFY(noticeOf(notices.last()).text.contains("1"));
     QVERIFY(noticeOf(notices.last()).isError());
-
-    // The same text sent again and again by itself is told about once.
+    QVERIFY(noticeOf(notices.last()).text.contains(QStringLiteral("末尾1个字符")));
+    press("btnSingleSend"); // each time the user asks for it
+    QCOMPARE(notices.count(), 3);
     m_box->setAutoInterval(10);
     m_box->setAutoSend(true);
     QTRY_VERIFY(m_sent->count() >= 4);
     m_box->setAutoSend(false);
-    QCOMPARE(notices.count(), 3);
+    QCOMPARE(notices.count(), 4);
     m_editor->setPlainText("01");
     press("btnSingleSend");
-    QCOMPARE(notices.count(), 3);
+    QCOMPARE(notices.count(), 4);
 }
 
 void TestSendBox::refusesWithoutDevice()
 {
     m_box->setDeviceOpen(false);
-    const QSignalSpy stopped(m_box.get(), &QtSendBoxWidget::autoSendStopped);
     m_editor->setPlainText("x");
+    child<QLineEdit>("multiEdit0")->setText("row");
     press("btnSingleSend");
-    QCOMPARE(m_sent->count(), 0);
-    QCOMPARE(stopped.count(), 1);
-    QVERIFY(QtMessageTip::current());
-    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请确认通信设备是否打开?"));
+    press("multiSend0");
     m_box->setAutoSend(true);
     QVERIFY(!m_box->isAutoSending());
-    child<QLineEdit>("multiEdit0")->setText("row");
-    press("multiSend0");
     QCOMPARE(m_sent->count(), 0);
+    QVERIFY(QtMessageTip::current());
+    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请确认通信设备是否打开?"));
 }
 
 void TestSendBox::autoSendsWithItsPeriod()
 {
     SendOptions options(m_box.get());
     auto *check = options.findChild<QCheckBox *>("checkAutoSend");
-    m_editor->setPlainText("ping");
-    QCOMPARE(m_box->autoInterval(), 1000);
-    m_box->setAutoInterval(20);
-    check->click();
-    QVERIFY(m_box->isAutoSending());
-    QTRY_VERIFY(m_sent->count() >= 3);
-    // On a page that shows another text it neither goes on nor starts.
-    m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
-    QVERIFY(!check->isChecked());
-    check->click();
-    QVERIFY(!check->isChecked());
-    QVERIFY(!m_box->isAutoSending());
-    m_box->setCurrentPage(QtSendBoxWidget::SinglePage);
-    check->click();
-    QVERIFY(m_box->isAutoSending());
-    m_box->setDeviceOpen(false);
-    QVERIFY(!check->isChecked());
-    QVERIFY(!m_box->isAutoSending());
-}
-
-void TestSendBox::refusesSenselessPeriods()
-{
-    SendOptions options(m_box.get());
     auto *edit = options.findChild<QLineEdit *>("editAutoInterval");
     for (const char *text : {"9", "", "abc", "-20", "99999999999"}) {
         edit->setText(text);
@@ -273,6 +225,20 @@ void TestSendBox::refusesSenselessPeriods()
     edit->setText("10");
     options.applyInterval();
     QCOMPARE(m_box->autoInterval(), 10);
+    m_editor->setPlainText("ping");
+    check->click();
+    QVERIFY(m_box->isAutoSending());
+    QTRY_VERIFY(m_sent->count() >= 3);
+    // On a page that shows another text it neither goes on nor starts.
+    m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
+    QVERIFY(!check->isChecked() && !m_box->isAutoSending());
+    check->click();
+    QVERIFY(!check->isChecked() && !m_box->isAutoSending());
+    m_box->setCurrentPage(QtSendBoxWidget::SinglePage);
+    check->click();
+    QVERIFY(m_box->isAutoSending());
+    m_box->setDeviceOpen(false);
+    QVERIFY(!check->isChecked() && !m_box->isAutoSending());
 }
 
 void TestSendBox::keepsTheTypedText()
@@ -302,17 +268,17 @@ void TestSendBox::loadsDataFiles()
         filter = offered;
         return QStringList(name);
     };
-    load("\xce\xc2\r\nx");
+    load("\xce\xc2");
     QCOMPARE(filter, QStringLiteral("文本文件(*.txt);;所有文件(*.*)"));
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("温\nx"));
+    QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
     m_box->setHexSend(true);
-    load(QByteArray("\x01\xfe\x00", 3));
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("01 FE 00 "));
-    load("0A 0B\n0c");
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("0A 0B 0c"));
+    load("\x01\xfe");
+    QCOMPARE(m_editor->toPlainText(), QStringLiteral("01 FE "));
+    load(QByteArray(200 * 1000 / 3, '\x01'));
+    QCOMPARE(m_editor->toPlainText().size(), 199998);
 
     const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
-    load(QByteArray(2 * 1000 * 1000, 'x'));
+    load(QByteArray(200 * 1000 / 3 + 1, '\x01'));
     QCOMPARE(notices.count(), 1);
     QFile::remove(name);
     press("btnLoadDataFile");
@@ -321,34 +287,25 @@ void TestSendBox::loadsDataFiles()
     DialogAnswers::instance().fileNames = [](auto, auto, auto, auto) { return QStringList(); };
     press("btnLoadDataFile"); // cancelled
     QCOMPARE(notices.count(), 3);
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("0A 0B 0c"));
+    QCOMPARE(m_editor->toPlainText().size(), 199998);
 }
 
 void TestSendBox::keepsAndSendsRows()
 {
-    m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
     auto *third = child<QLineEdit>("multiEdit2");
     QCOMPARE(third->property("id").toInt(), 2);
     QCOMPARE(child<QPushButton>("multiSend2")->text(), QStringLiteral("3"));
-    QVERIFY(QDir(AppPaths::confFolder()).removeRecursively()); // it is made again
     QTest::keyClicks(third, "AT#1");
     QTest::keyClick(third, Qt::Key_Return);
     QCOMPARE(file("ser_multi_conf.txt"), QByteArray("2#AT#1\n"));
-    m_box->setNewline(true);
-    press("multiSend2");
-    QCOMPARE(lastSent(), QByteArray("AT#1\r\n"));
     m_box->setHexSend(true);
     third->clear();
     QGuiApplication::clipboard()->setText("01\r\n02\n"); // of two lines a row makes one
     third->paste();
     press("multiSend2"); // typed but not finished counts
-    QCOMPARE(lastSent(), QByteArray("\x01\x02\r\n"));
-    press("multiSend5"); // an empty row is the line end alone, or nothing
-    QCOMPARE(lastSent(), QByteArray("\r\n"));
-    m_box->setNewline(false);
-    const int sent = m_sent->count();
-    press("multiSend5");
-    QCOMPARE(m_sent->count(), sent);
+    QCOMPARE(lastSent(), QByteArray("\x01\x02"));
+    press("multiSend5"); // empty
+    QCOMPARE(m_sent->count(), 1);
 
     // Turning the page stores what is being typed.
     child<QLineEdit>("multiEdit0")->setText("unfinished");
@@ -356,11 +313,8 @@ void TestSendBox::keepsAndSendsRows()
     bar->SltNextPage();
     QCOMPARE(child<QLineEdit>("multiEdit0")->text(), QString());
     child<QLineEdit>("multiEdit9")->setText("row 19");
-    bar->SltPrevPage();
-    QCOMPARE(child<QLineEdit>("multiEdit0")->text(), QStringLiteral("unfinished"));
+    makeBox(); // so does the end
     QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#unfinished\n2#01 02\n19#row 19\n"));
-
-    makeBox();
     QCOMPARE(child<QLineEdit>("multiEdit2")->text(), QStringLiteral("01 02"));
 }
 
@@ -428,10 +382,10 @@ void TestSendBox::tellsWhatItCannotStore()
     QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#y\n"));
 }
 
-void TestSendBox::addsAndDeletesPages()
+void TestSendBox::clearsAndDeletesPages()
 {
     int asked = 0;
-    int answer = 1;
+    int answer = 0;
     DialogAnswers::instance().message = [&](auto, auto, auto) {
         ++asked;
         return answer;
@@ -445,90 +399,68 @@ void TestSendBox::addsAndDeletesPages()
     bar->SltAddNewPage();
     bar->SltJumpLastPage();
     edit->setText("6");
-    QCOMPARE(bar->pageCount(), 6);
-
-    answer = 0;
     bar->SltDeleteCurrentPage();
+    press("btnClearMulti");
+    QCOMPARE(asked, 2); // and refused
     QCOMPARE(bar->pageCount(), 6);
     QCOMPARE(edit->text(), QStringLiteral("6"));
     answer = 1;
     bar->SltPrevPage(); // page 5 of 6: a page in the middle
     bar->SltDeleteCurrentPage();
     QCOMPARE(edit->text(), QStringLiteral("6")); // the next one moved here
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#1\n10#2\n20#3\n30#4\n40#6\n"));
-    bar->SltDeleteCurrentPage(); // the last page
+    bar->SltDeleteCurrentPage();                 // the last page
     QCOMPARE(bar->currentPage(), 4);
-    QCOMPARE(edit->text(), QStringLiteral("4"));
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#1\n10#2\n20#3\n30#4\n"));
     bar->SltJumpFirshPage();
     edit->setText("1b");
     bar->SltDeleteCurrentPage(); // with text that was being typed
     QCOMPARE(edit->text(), QStringLiteral("2"));
     QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#2\n10#3\n20#4\n"));
-    QCOMPARE(asked, 4);
-    bar->SltAddNewPage();
-    bar->SltJumpLastPage();
-    bar->SltDeleteCurrentPage(); // empty
-    QCOMPARE(asked, 4);
-    QCOMPARE(bar->pageCount(), 3);
-}
-
-void TestSendBox::clearingAPageAsksFirst()
-{
-    auto *edit = child<QLineEdit>("multiEdit4");
-    edit->setText("x");
-    int asked = 0;
-    DialogAnswers::instance().message = [&](auto, auto, auto) { return asked++; };
-    press("btnClearMulti"); // answered with 0: no
-    QCOMPARE(edit->text(), QStringLiteral("x"));
     press("btnClearMulti");
-    QCOMPARE(asked, 2);
     QCOMPARE(edit->text(), QString());
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray());
+    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("10#3\n20#4\n"));
+    QCOMPARE(asked, 6);
+    bar->SltDeleteCurrentPage(); // empty: not asked
+    QCOMPARE(asked, 6);
+    QCOMPARE(edit->text(), QStringLiteral("3"));
 }
 
 void TestSendBox::listsFilesToSend()
 {
-    DialogAnswers::instance().fileNames = [](auto, auto, auto, const QString &filter) {
-        return filter == QStringLiteral("所有文件(*.*)") ? QStringList{"/tmp/a.bin", "/tmp/b.bin"}
-                                                         : QStringList();
+    const QStringList files{"/tmp/a.bin", "/tmp/b.bin"};
+    DialogAnswers::instance().fileNames = [&](auto, auto, auto, const QString &filter) {
+        return filter == QStringLiteral("所有文件(*.*)") ? files : QStringList();
     };
     FileSendPage *page = m_box->filePage();
     press("btnOpenFiles");
-    QCOMPARE(page->files(), (QStringList{"/tmp/a.bin", "/tmp/b.bin"}));
+    QCOMPARE(page->files(), files);
     m_box->setDeviceOpen(false);
     QVERIFY(!child<QPushButton>("btnSendFiles")->isEnabled());
     m_box->setDeviceOpen(true);
-    QSignalSpy requests(m_box.get(), &QtSendBoxWidget::signalSendFile);
+    const QSignalSpy requests(m_box.get(), &QtSendBoxWidget::signalSendFile);
     press("btnSendFiles");
-    QCOMPARE(requests.last().at(0).toInt(), 1);
-    QCOMPARE(requests.last().at(1).toInt(), 1024);
-    QCOMPARE(requests.last().at(2).toStringList().size(), 2);
-
-    // While files are on their way the button stops them.
-    page->setSending(true);
-    QCOMPARE(child<QPushButton>("btnSendFiles")->text(), QStringLiteral("停止发送"));
+    QCOMPARE(requests.last(), (QList<QVariant>{1, 1024, files}));
+    page->setSending(true); // the button stops them
     QVERIFY(!child<QPushButton>("btnClearFiles")->isEnabled());
     press("btnSendFiles");
     QCOMPARE(requests.last().at(2).toStringList(), QStringList());
-    // What is said last is seen, however the lines before it break.
-    m_box->setCurrentPage(QtSendBoxWidget::FilePage);
-    auto *said = child<QPlainTextEdit>("textTransfer");
-    for (int width = 120; width < 160; width += 4) {
-        said->clear();
-        said->setFixedSize(width, 120);
-        for (const char *text :
-             {"\n1->\n/tmp/a long/name/of two/lines.bin", "ok", "\n2->\n/tmp/b.bin", "ok"}) {
-            page->appendText(text);
-            QCoreApplication::processEvents();
-        }
-        QCOMPARE(said->verticalScrollBar()->value(), said->verticalScrollBar()->maximum());
-    }
     page->setSending(false);
     press("btnClearFiles");
     QCOMPARE(page->files(), QStringList());
     press("btnSendFiles"); // nothing to send, and nothing to stop
     QCOMPARE(requests.size(), 2);
+
+    // The last line stays in view, however the lines before it break.
+    m_box->setCurrentPage(QtSendBoxWidget::FilePage);
+    auto *log = child<QPlainTextEdit>("textTransfer");
+    for (int width = 120; width < 160; width += 4) {
+        log->setFixedSize(width, 120);
+        for (const char *text :
+             {"\n1->\n/tmp/a long/name/of two/lines.bin", "ok", "\n2->\n/tmp/b.bin", "ok"}) {
+            page->appendText(text);
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(log->verticalScrollBar()->value(), log->verticalScrollBar()->maximum());
+    }
 }
 
 QTEST_MAIN(TestSendBox)
