@@ -123,7 +123,7 @@ void PidTour::leavesAPortThatTheSerialPageHolds()
     QVERIFY(stage().plugIn(board, {"--mode", "pid"}));
     QVERIFY(stage().openPort(board)); // the serial page's
     QVERIFY(openPort(stage(), board));
-    WAIT_EQUAL(stage().lastNotice().kind, int(Notice::Error));
+    WAIT_EQUAL(stage().lastNotice().kind, Notice::Error);
     QCOMPARE(find<QPushButton>("btnPidOpen")->text(), QString("打开串口"));
     QVERIFY(stage().showTool(0) && stage().isOpenShown());
 }

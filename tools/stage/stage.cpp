@@ -135,11 +135,11 @@ qint64 Stage::receivedShown()
 
 Notice Stage::lastNotice()
 {
-    const QVector<Notice> &notices = find<QtStatusBar>("statusBar")->notices().recent();
+    const auto &notices = find<QtStatusBar>("statusBar")->notices().recent();
     return notices.isEmpty() ? Notice() : notices.last();
 }
 
-bool Stage::waitForNotice(const QString &text, int kind)
+bool Stage::waitForNotice(const QString &text, Notice::Kind kind)
 {
     const bool came =
         QTest::qWaitFor([&] { return lastNotice().text == text && lastNotice().kind == kind; }, kWaitLimitMs);

@@ -62,7 +62,7 @@ public:
     qint64 sentShown();
     qint64 receivedShown();
     Notice lastNotice();
-    bool waitForNotice(const QString &text, int kind);
+    bool waitForNotice(const QString &text, Notice::Kind kind);
 
     // A port that nobody listens at at present.
     static quint16 freePort();
