@@ -1,6 +1,7 @@
 #include "cameradebugwidget.h"
 
 #include "cameralinkpanel.h"
+#include "cameraport.h"
 #include "camerareceiver.h"
 #include "camerastatusrow.h"
 #include "formpanel.h"
@@ -8,14 +9,9 @@
 #include "imageformatconfig.h"
 #include "imageviewer.h"
 #include "linksession.h"
-#include "peeraddress.h"
 #include "pictureactions.h"
-#include "portname.h"
 #include "qtmessagetip.h"
-#include "seriallink.h"
-#include "stateindicator.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDebug>
@@ -24,19 +20,11 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <utility>
-
 namespace {
 
 constexpr int kRatePeriodMs = 1000;
 constexpr int kTipMs = 2000;
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
-
-// A line hands over a few bytes at a time, and an announcement that is cut is not
-// waited for. So bytes are gathered until the line pauses, but not for longer than
-// anybody would notice.
-constexpr int kSerialPauseMs = 3;
-constexpr int kMaxGathered = 256;
 
 const auto kClosedHint = QStringLiteral("选择协议并打开后，收到的图像将显示在这里");
 const auto kFromSerial = QStringLiteral("serial");
@@ -45,7 +33,6 @@ const auto kFromSerial = QStringLiteral("serial");
 
 CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     : QtWidgetBase(parent)
-    , m_serialPause(this)
     , m_receiver(new CameraReceiver(this))
     , m_show(new FrameShow(this))
     , m_rateTimer(this)
@@ -55,7 +42,8 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     // No backlog: a picture that can't be shown in time is skipped.
     m_session = new LinkSession(
         m_link, m_status->state(), QStringLiteral("摄像头调试助手"), [] { return qint64(0); }, this);
-    addSerialTransport();
+    m_port = new CameraPort(m_link, m_session);
+    m_session->addTransport(m_port->transport());
     connectParts();
     connectSession();
     connectReceiver();
@@ -188,7 +176,7 @@ void CameraDebugWidget::connectSession()
     });
     connect(m_session, &LinkSession::received, this, [this](const QString &sender, const QByteArray &bytes) {
         if (m_link->protocol() == CameraLinkPanel::Serial)
-            gatherSerial(bytes);
+            m_port->gather(bytes);
         else
             SltRecvImageData(sender, bytes);
     });
@@ -207,13 +195,14 @@ void CameraDebugWidget::connectSession()
     connect(m_session, &LinkSession::closedHere, this,
             [this] { notify(Notice::information(QStringLiteral("摄像头连接已关闭！"))); });
     connect(m_session, &LinkSession::socketError, this, &CameraDebugWidget::SltTcpError);
+    connect(m_port, &CameraPort::received, this, &CameraDebugWidget::SltRecvSerialportData);
+    connect(m_port, &CameraPort::notify, this, &CameraDebugWidget::notify);
 }
 
 // The bytes that have arrived are reported by now.
 void CameraDebugWidget::endLink()
 {
-    if (!m_serialBytes.isEmpty())
-        passSerialOn();
+    m_port->passOn();
     m_receiver->forget();
     m_config->stopRequests();
     m_viewer->setHint(kClosedHint);
@@ -229,8 +218,14 @@ void CameraDebugWidget::SltChangeProtocol(int)
 
 void CameraDebugWidget::SltOpenLink()
 {
-    if (m_session->link()->state() != Link::State::Closed || hasValidSerialFields())
-        m_session->toggle();
+    const bool opens = m_session->link()->state() == Link::State::Closed;
+    const CameraPort::Fault fault =
+        opens && m_link->protocol() == CameraLinkPanel::Serial ? m_port->checkFields() : CameraPort::Fault();
+    if (fault.notice.isEmpty())
+        return m_session->toggle();
+    if (!fault.state.isEmpty())
+        m_session->showFailed(fault.state);
+    notify(Notice::error(fault.notice));
 }
 
 void CameraDebugWidget::closeLinks()
@@ -258,70 +253,6 @@ void CameraDebugWidget::SltTcpError(QAbstractSocket::SocketError error)
     qDebug() << m_session->socketErrorString() << "Socket error" << error;
 }
 
-// ---- the serial port
-
-void CameraDebugWidget::addSerialTransport()
-{
-    m_serial = new SerialLink(m_session);
-    m_serial->setTool(QStringLiteral("摄像头调试助手"));
-    const auto name = [this] {
-        const QString device = PortName::fromEntry(m_link->serialPort());
-        return device.isEmpty() ? m_link->serialPort() : device;
-    };
-    connect(m_serial, &SerialLink::failed, this,
-            [this](const QString &reason) { notify(Notice::error(reason)); });
-    m_session->addTransport({m_serial,
-                             [this] {
-                                 SerialSettings settings;
-                                 settings.name = PortName::fromEntry(m_link->serialPort());
-                                 settings.baudRate = m_link->baudRate();
-                                 if (m_serial->open(settings))
-                                     return true;
-                                 QApplication::beep();
-                                 return false;
-                             },
-                             name,
-                             [name] { return QStringLiteral("串口[%1]已打开").arg(name()); },
-                             QStringLiteral("串口[%1]打开成功!"),
-                             QStringLiteral("串口[%1]打开失败!!!"),
-                             {},
-                             Notice::error(QStringLiteral("当前串口已拔出，请重新打开!"))});
-    m_serialPause.setSingleShot(true);
-    m_serialPause.setTimerType(Qt::PreciseTimer);
-    connect(&m_serialPause, &QTimer::timeout, this, &CameraDebugWidget::passSerialOn);
-}
-
-// Says what is wrong. Other protocols have no such fields.
-bool CameraDebugWidget::hasValidSerialFields()
-{
-    if (m_link->protocol() != CameraLinkPanel::Serial)
-        return true;
-    if (m_link->serialPort().isEmpty()) {
-        notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
-        return false;
-    }
-    if (m_link->baudRate() > 0)
-        return true;
-    m_session->showFailed(QStringLiteral("波特率为空"));
-    notify(Notice::error(QStringLiteral("波特率为空或不是正整数，串口未打开！")));
-    return false;
-}
-
-void CameraDebugWidget::gatherSerial(const QByteArray &bytes)
-{
-    m_serialBytes += bytes;
-    if (m_serialBytes.size() >= kMaxGathered)
-        passSerialOn();
-    else
-        m_serialPause.start(kSerialPauseMs);
-}
-
-void CameraDebugWidget::passSerialOn()
-{
-    m_serialPause.stop();
-    SltRecvSerialportData(std::exchange(m_serialBytes, {}));
-}
-
 void CameraDebugWidget::SltRecvSerialportData(QByteArray byData)
 {
     SltRecvImageData(kFromSerial, byData);
@@ -329,13 +260,7 @@ void CameraDebugWidget::SltRecvSerialportData(QByteArray byData)
 
 void CameraDebugWidget::SltSerialportChanged(QStringList serialports)
 {
-    m_link->setSerialPorts(serialports);
-    if (!m_serial->isOpen())
-        return;
-    for (const QString &entry : qAsConst(serialports))
-        if (PortName::fromEntry(entry) == m_serial->settings().name)
-            return;
-    m_serial->handleHangUp();
+    m_port->setPorts(serialports);
 }
 
 // ---- receiving
@@ -379,26 +304,11 @@ void CameraDebugWidget::showFormat(const CameraEvent &event)
                                    .arg(event.height)));
 }
 
-// Datagrams may come from anywhere. A board may answer from another port than the
-// one it is asked at, unless that one is known to send.
-bool CameraDebugWidget::isAskedBoard(const QString &sender) const
-{
-    if (m_link->protocol() != CameraLinkPanel::Udp)
-        return true;
-    const QHostAddress address = m_link->destinationAddress();
-    const QString host = PeerAddress::text(address) + QLatin1Char(':');
-    const QString asked = host + QString::number(m_link->destinationPort());
-    if (m_receiver->hasReceivedFrom(asked))
-        return sender == asked;
-    const bool isOne = !address.isBroadcast() && !address.isMulticast() &&
-                       !(address.protocol() == QAbstractSocket::IPv4Protocol &&
-                         (address.toIPv4Address() & 0xFF) == 0xFF); // a network's broadcast address
-    return !isOne || sender.startsWith(host);
-}
-
 void CameraDebugWidget::showReply(const QString &sender, const CameraEvent &event)
 {
-    if (!isAskedBoard(sender))
+    // Datagrams may come from anywhere.
+    if (m_link->protocol() == CameraLinkPanel::Udp &&
+        !m_receiver->mayAnswer(sender, m_link->destinationAddress(), m_link->destinationPort()))
         return;
     quint32 value = 0;
     for (int i = event.data.size() - 1; i >= 0; --i)

@@ -13,6 +13,7 @@
 
 struct CameraEvent;
 class CameraLinkPanel;
+class CameraPort;
 class CameraReceiver;
 class CameraStatusRow;
 class FormGroup;
@@ -20,8 +21,6 @@ class FormPanel;
 class FrameShow;
 class ImageFormatConfig;
 class ImageViewer;
-class Link;
-class SerialLink;
 class LinkSession;
 class PictureActions;
 class QCheckBox;
@@ -76,16 +75,11 @@ private:
 
     void connectSession();
     void connectReceiver();
-    void addSerialTransport();
 
-    bool hasValidSerialFields();
-    void gatherSerial(const QByteArray &bytes);
-    void passSerialOn();
     void endLink();
     void showImage(const CameraEvent &event);
     void showFormat(const CameraEvent &event);
     void showReply(const QString &sender, const CameraEvent &event);
-    bool isAskedBoard(const QString &sender) const;
     void showError(const QString &reason);
     void showCounts();
     void fold();
@@ -102,9 +96,7 @@ private:
     PictureActions *m_actions = nullptr;
 
     LinkSession *m_session = nullptr;
-    SerialLink *m_serial = nullptr;
-    QByteArray m_serialBytes; // gathered, until the line pauses
-    QTimer m_serialPause;
+    CameraPort *m_port = nullptr;
     CameraReceiver *m_receiver;
     FrameShow *m_show;
 

@@ -1,5 +1,7 @@
 #include "camerareceiver.h"
 
+#include "peeraddress.h"
+
 #include <QDebug>
 
 namespace {
@@ -112,6 +114,18 @@ void CameraReceiver::reportLoss(CameraStreams::Stream &stream)
     const QString reason = m_streams.countLoss(stream);
     if (!reason.isEmpty())
         emit faulty(reason);
+}
+
+bool CameraReceiver::mayAnswer(const QString &sender, const QHostAddress &address, quint16 port) const
+{
+    const QString host = PeerAddress::text(address) + QLatin1Char(':');
+    const QString asked = host + QString::number(port);
+    if (m_streams.contains(asked))
+        return sender == asked;
+    const bool isOne = !address.isBroadcast() && !address.isMulticast() &&
+                       !(address.protocol() == QAbstractSocket::IPv4Protocol &&
+                         (address.toIPv4Address() & 0xFF) == 0xFF); // a network's broadcast address
+    return !isOne || sender.startsWith(host);
 }
 
 void CameraReceiver::beginFrame()

@@ -8,6 +8,7 @@
 #include "notice.h"
 
 #include <QElapsedTimer>
+#include <QHostAddress>
 #include <QObject>
 
 class CameraReceiver : public QObject
@@ -27,7 +28,9 @@ public:
     // What is incomplete belongs to the link that it came over.
     void forget() { m_streams.clear(); }
     void forget(const QString &sender) { m_streams.end(sender); }
-    bool hasReceivedFrom(const QString &sender) const { return m_streams.contains(sender); }
+    // Whether a datagram's sender may be the board that is asked at that address. It
+    // may answer from another port, unless the asked one is known to send.
+    bool mayAnswer(const QString &sender, const QHostAddress &address, quint16 port) const;
 
     qint64 frames() const { return m_frames; } // reported; one that is being reported not yet
     qint64 sinceFirstMs() const;               // since the first frame began

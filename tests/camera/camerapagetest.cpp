@@ -65,10 +65,10 @@ QString CameraPageTest::tip() const
     return QtMessageTip::current() ? QtMessageTip::current()->text() : QString();
 }
 
-QByteArray CameraPageTest::jpegFile(int side, Qt::GlobalColor colour)
+QByteArray CameraPageTest::jpegFile(int side, Qt::GlobalColor color)
 {
     QImage picture(side, side, QImage::Format_RGB32);
-    picture.fill(colour);
+    picture.fill(color);
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);

@@ -39,5 +39,5 @@ protected:
     bool hasPicture(int device) { return !child<ImageViewer>("imageViewer")->image(device).isNull(); }
     QString tip() const;
 
-    static QByteArray jpegFile(int side, Qt::GlobalColor colour);
+    static QByteArray jpegFile(int side, Qt::GlobalColor color);
 };

@@ -3,7 +3,7 @@
 #include "camerapagetest.h"
 #include "dialoganswers.h"
 #include "frameshow.h"
-#include "qtserialport.h"
+#include "seriallink.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -62,11 +62,11 @@ void TestCameraPage::announces()
 void TestCameraPage::gathersFromASlowLine()
 {
     choose(Serial);
-    auto *port = m_page->findChild<QtSerialPort *>();
+    auto *port = m_page->findChild<SerialLink *>();
     const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
                              QByteArray::fromHex("00110000000105040005000000");
     for (const char byte : bytes)
-        emit port->bytesRead(QByteArray(1, byte));
+        emit port->received(QByteArray(1, byte), 0, {});
     QTRY_COMPARE(child<QSpinBox>("spinImageHeight")->value(), 5);
     child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
     QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 3);
