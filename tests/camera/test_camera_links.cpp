@@ -267,7 +267,8 @@ void TestCameraLinks::sendsAndCloses()
     QTRY_VERIFY(m_page->isClosed());
     QCOMPARE(closed.count(), 1);
     QVERIFY(!isOpen());
-    QCOMPARE(m_page->counts().at(0), QString::number(2 * size));
+    if (protocol != Serial) // which closes before the system has reported the last bytes
+        QCOMPARE(m_page->counts().at(0), QString::number(2 * size));
 }
 
 void TestCameraLinks::saysWhichToolHasThePort()

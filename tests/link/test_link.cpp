@@ -87,7 +87,8 @@ public:
     QIODevice &peer() override { return *m_peer; }
     bool open() override
     {
-        m_host.listen(QHostAddress::LocalHost);
+        if (!m_host.isListening() && !m_host.listen(QHostAddress::LocalHost))
+            return false;
         if (!m_link.open({QStringLiteral("127.0.0.1"), m_host.serverPort()}))
             return false;
         const bool came = waitFor([this] { return m_link.isOpen() && m_host.hasPendingConnections(); });
@@ -227,8 +228,14 @@ private:
     void letPeerRead()
     {
         const auto read = [this] { m_atPeer += m_wire->read().size(); };
-        connect(&m_wire->peer(), &QIODevice::readyRead, this, read);
-        read();
+        if (m_wire->isSocket()) {
+            connect(&m_wire->peer(), &QIODevice::readyRead, this, read);
+            read();
+        } else {
+            auto *poll = new QTimer(&link());
+            connect(poll, &QTimer::timeout, this, read);
+            poll->start(1);
+        }
     }
     bool isServer() const { return m_wire->link().inherits("TcpServerLink"); }
 
