@@ -110,6 +110,7 @@ void TestFileTransfer::listsFilesOnce()
 void TestFileTransfer::sendsFiles()
 {
     QVERIFY(!child<QAbstractButton>("btnSendFiles")->isEnabled());
+    child<QComboBox>("comboBaudRate")->setEditText("57600");
     openPort();
     QVERIFY(!child<QAbstractButton>("btnSendFiles")->isEnabled()); // no file
     const int watch = inotify_init1(IN_NONBLOCK);
@@ -143,6 +144,8 @@ void TestFileTransfer::sendsFiles()
     QCOMPARE(read(watch, event, sizeof event), ssize_t(-1)); // DTR would go down and up
     close(watch);
     QVERIFY(text().endsWith(QStringLiteral("握手成功\n\n传输完成")));
+    const QString log = m_page->findChild<YmodemFileTransmit *>()->log().text();
+    QVERIFY(log.contains(QStringLiteral("端口 %1，波特率 57600").arg(m_board->device())));
     QCOMPARE(child<QProgressBar>("progressTransfer")->text(), QStringLiteral("传输完成  100%"));
     QCOMPARE(child<QLabel>("labelTransferAmount")->text(), QStringLiteral("2.9 KB / 2.9 KB"));
     QCOMPARE(lastNotice(), QStringLiteral("文件传输完成！"));
