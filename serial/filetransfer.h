@@ -31,7 +31,7 @@ public:
     // Begins as soon as what was sent before has left the open link.
     void start(const QStringList &files);
     void stop();
-    // Ends without a notice; the receiver is told.
+    // Ends without a notice for the user; the receiver is cancelled.
     void abandon();
 
     // What the driver reports. An end comes twice: it is shown at the first, and

@@ -47,7 +47,7 @@ void SerialConfigPanel::buildUi()
     m_stopBits->addItems({QStringLiteral("1"), QStringLiteral("1.5"), QStringLiteral("2")});
     m_parity->addItems({QStringLiteral("无校验"), QStringLiteral("奇校验"), QStringLiteral("偶校验"),
                         QStringLiteral("标志(1)"), QStringLiteral("空格(0)")});
-    // A long description must not widen the panel; the list shows it whole.
+    // A long description must not widen the panel; the list shows all of it.
     for (QComboBox *box :
          std::initializer_list<QComboBox *>{m_port, m_baudRate, m_parity, m_dataBits, m_stopBits})
         FormGroup::letShrink(box);

@@ -37,7 +37,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
 
 SerialportWidget::~SerialportWidget()
 {
-    blockSignals(true); // what still arrives is recorded, and reported to nobody
+    blockSignals(true); // what still arrives is recorded without a notice
     m_transfer->abandon();
     if (m_port->isOpen())
         m_port->close();
@@ -185,7 +185,7 @@ void SerialportWidget::SltSerialportChanged(QStringList serialports)
     m_config->setPorts(serialports);
     if (!m_port->isOpen() || m_transfer->isBusy())
         return;
-    // By the bare name against whole entries: an entry with a description
+    // The bare name is compared with complete entries: one with a description
     // never matches, so that any change of the list closes the port.
     const QString name = m_port->settings().name;
     if (serialports.contains(name, Qt::CaseSensitive)) {

@@ -210,7 +210,7 @@ void YmodemFileTransmit::readTimeOut()
 {
     m_readTimer.stop();
     // Before the last packet can have left and been answered a step would find
-    // nothing, take that for silence, and be followed by the next one too late.
+    // nothing, count that as silence, and be followed by the next one too late.
     const qint64 answerAt = m_lineFreeAtUs + kAnswerUs;
     m_stepDeferred = m_input.isEmpty() && elapsedUs() < answerAt;
     if (m_stepDeferred) {
@@ -219,7 +219,7 @@ void YmodemFileTransmit::readTimeOut()
     }
     transmitStep();
     checkForRestart();
-    // Every 10 ms by the clock, however long a step or the window's drawing took.
+    // Every 10 ms by the clock, however long a step or a repaint lasted.
     if (isRunning())
         scheduleStep(std::max(m_nextStepAtUs + kStepUs, elapsedUs() - kMaxBehindUs));
 }
@@ -304,7 +304,7 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
 {
     qDebug("length=%d, index=%d\n", m_files.size(), m_next);
     m_file.close();
-    m_completed = m_next; // a receiver that asks for the next file has taken the last one's end
+    m_completed = m_next; // a receiver that asks for the next file has accepted the end of the last one
     if (m_next >= m_files.size()) {
         m_status = Transmit;
         emit transmitStatus(Transmit, QString());

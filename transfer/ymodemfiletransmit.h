@@ -30,7 +30,7 @@ public:
     using Status = Ymodem::Status;
 
     explicit YmodemFileTransmit(QObject *parent = nullptr);
-    // Ends a running transfer; the receiver is told.
+    // Ends a running transfer and cancels the receiver.
     ~YmodemFileTransmit() override;
 
     void setFileList(const QStringList &files); // full names

@@ -10,7 +10,7 @@
 
 namespace {
 
-// What still comes in belongs to nobody; the rest of a flood stays with the system.
+// Bytes that still arrive have no reader; the rest of a flood stays with the system.
 constexpr qint64 kReadBufferBytes = 4096;
 
 QVector<ClosingPort *> &closingPorts()

@@ -33,8 +33,8 @@ LineDrain::State LineDrain::check(qint64 nowNs, qint64 pendingBytes)
         m_emptyAtNs = nowNs;
     if (pendingBytes == 0 && expectedNs(nowNs, 0) <= 0)
         return State::Left;
-    const qint64 patienceNs = kGraceNs + transmitterBytes * m_byteNs;
-    const bool stuck = pendingBytes > 0 && nowNs - m_progressAtNs > patienceNs;
+    const qint64 stallLimitNs = kGraceNs + transmitterBytes * m_byteNs;
+    const bool stuck = pendingBytes > 0 && nowNs - m_progressAtNs > stallLimitNs;
     return stuck || nowNs > m_deadlineNs ? State::TimedOut : State::Pending;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 // Decides when the bytes that were written to a serial line have left it, and
-// when waiting for them no longer makes sense. Knows no port and reads no
+// when waiting for them has to time out. Knows no port and reads no
 // clock; times are nanoseconds of the caller's clock.
 
 #include <QtGlobal>
@@ -26,7 +26,7 @@ public:
     // baud rate says that it should be, times out; so does any after 10 s.
     State check(qint64 nowNs, qint64 pendingBytes);
 
-    // How long it takes from now on where the line keeps its pace.
+    // The time from now until the end, at the speed of the baud rate.
     qint64 expectedNs(qint64 nowNs, qint64 pendingBytes) const;
 
 private:

@@ -61,7 +61,7 @@ void PortDrain::flush(QSerialPort &port)
     if (port.bytesToWrite() == 0)
         return;
 #ifndef Q_OS_WIN
-    // The library takes a full driver for a lost one.
+    // The library mistakes a full driver for a lost one.
     pollfd line = {port.handle(), POLLOUT, 0};
     if (poll(&line, 1, 0) != 1 || (line.revents & POLLOUT) == 0)
         return;
@@ -77,7 +77,7 @@ PortDrain::PortDrain(QSerialPort *port, qint64 lineFreeAtNs, QObject *parent)
     m_timer.setInterval(kCheckMs);
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &PortDrain::check);
-    // The device is gone, or takes nothing any more.
+    // The device is gone or accepts nothing any more.
     connect(
         m_port, &QSerialPort::errorOccurred, this,
         [this](QSerialPort::SerialPortError error) {
@@ -155,7 +155,8 @@ void PortDrain::finish(qint64 unsentBytes)
     if (unsentBytes > 0) {
         // What the system still holds would keep closing from returning.
         m_port->clear(QSerialPort::Output);
-        qWarning().noquote() << m_port->portName() << "took no more," << unsentBytes << "bytes were dropped";
+        qWarning().noquote() << m_port->portName() << "accepts no more," << unsentBytes
+                             << "bytes were dropped";
     }
     emit finished(unsentBytes);
 }

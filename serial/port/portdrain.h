@@ -41,7 +41,7 @@ public:
     void cancel();
 
 signals:
-    // Bytes that were dropped, at least; once.
+    // Once. unsentBytes: the minimum of what was dropped.
     void finished(qint64 unsentBytes);
 
 private:

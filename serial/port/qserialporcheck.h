@@ -1,6 +1,6 @@
 #pragma once
 
-// Looks once a second which serial ports are present and tells when their
+// Polls once a second which serial ports are present and reports when their
 // number has changed. A port that gives way to another within one period goes
 // unnoticed: the comparison is by count.
 

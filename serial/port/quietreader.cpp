@@ -70,8 +70,8 @@ void QuietReader::append(const QByteArray &bytes)
     handleArrival();
 }
 
-// The timer is not started anew for each arrival: when it ends, the time of the
-// last one is looked at.
+// Restarting the timer for each arrival would be expensive: when it ends, the
+// time of the last arrival is checked.
 void QuietReader::handleArrival()
 {
     if (isPaused() || !m_active)

@@ -24,13 +24,13 @@ public:
     QuietReader(Link *link, std::function<qint64()> backlog, QObject *parent);
 
     void setQuietTime(int ms) { m_quietMs = ms; }
-    // Somebody else gets what is received from now on, or no longer does. The
-    // packet so far is handed out.
+    // While inactive, what is received belongs to another reader. Ends the packet
+    // so far.
     void setActive(bool active);
 
-    // Received bytes that somebody else has left over.
+    // Received bytes that the other reader has not used.
     void append(const QByteArray &bytes);
-    // The line is not quiet.
+    // Restarts the quiet time.
     void handleArrival();
     // Ends the packet: it is handed out at once.
     void endPacket();
@@ -45,7 +45,7 @@ signals:
     void pieceRead(QByteArray bytes); // in the order of arrival, each byte once
     // The pieces of one packet.
     void packetRead(QByteArrayList pieces, qint64 size);
-    void quiet(); // for so long; the packet is to be ended
+    void quiet(); // for the quiet time; the packet is to be ended
     // A packet has been going on for a while; 0 when it has ended.
     void gathering(qint64 bytes);
 

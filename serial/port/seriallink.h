@@ -3,7 +3,7 @@
 // A serial port as a Link. Owns the system's port. What was accepted for
 // sending leaves before the device is closed and its settings are restored
 // (see ClosingPort); a device that is unplugged closes the link with a reason;
-// one that refuses or takes nothing is reported by failed().
+// one that refuses or accepts nothing is reported by failed().
 
 #include "link.h"
 #include "serialsettings.h"
@@ -23,7 +23,7 @@ public:
     // What becomes of the opening when the device refuses a parameter.
     enum class Refusal { FailsOpening, KeepsOpen };
 
-    // A device that takes nothing gets no more than this queued.
+    // A device that accepts nothing gets no more than this queued.
     static constexpr qint64 maxPendingBytes = 16LL * 1024 * 1024;
 
     explicit SerialLink(QObject *parent = nullptr);
@@ -54,10 +54,10 @@ public:
     void cancelDrain();
 
 signals:
-    // As many accepted bytes were dropped.
+    // unsentBytes were dropped.
     void drained(qint64 unsentBytes);
-    // A notice for the user: accepted bytes did not leave, or the device has
-    // stopped taking any.
+    // A notice for the user: accepted bytes did not leave, or the device
+    // accepts no more.
     void failed(const QString &notice);
 
 protected:

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int kAsksAfterChange = 3;
+constexpr int kQueriesAfterChange = 3;
 
 // Something that changes whenever a device comes or goes; empty where there is
 // no cheap way to tell.
@@ -61,20 +61,20 @@ QByteArray deviceListing()
 }
 #endif
 
-// Asking the system takes several milliseconds, and the port watch asks once a
-// second: it is asked again only when a device has come or gone, and a few
-// times after that, because descriptions come later than devices.
+// A query takes several milliseconds, and the port watch runs once a second: the
+// system is queried only when a device has come or gone, and a few times after
+// that, because descriptions are known later than devices.
 QStringList systemEntries()
 {
     static QByteArray known;
     static QStringList list;
-    static int asksLeft = 0;
+    static int queriesLeft = 0;
     const QByteArray listing = deviceListing();
     if (listing != known)
-        asksLeft = kAsksAfterChange;
-    if (!listing.isEmpty() && asksLeft == 0)
+        queriesLeft = kQueriesAfterChange;
+    if (!listing.isEmpty() && queriesLeft == 0)
         return list;
-    asksLeft = qMax(0, asksLeft - 1);
+    queriesLeft = qMax(0, queriesLeft - 1);
     known = listing;
     list.clear();
     QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();

@@ -20,7 +20,7 @@
 
 namespace {
 
-constexpr int kMostLines = 2000;     // of the transfer's text
+constexpr int kMaxLines = 2000;      // of the transfer's text
 constexpr int kAmountPeriodMs = 250; // numbers that change faster cannot be read
 constexpr qint64 kSpeedOverMs = 3000;
 constexpr int kLeastNameWidth = 120; // in the progress bar, before it has its place
@@ -78,8 +78,8 @@ void FileSendPage::buildUi()
 
     m_text->setObjectName(QStringLiteral("textTransfer"));
     m_text->setReadOnly(true);
-    m_text->setMaximumBlockCount(kMostLines);
-    // One that comes up later would break the lines anew, and Qt then no longer
+    m_text->setMaximumBlockCount(kMaxLines);
+    // One that comes up later would break the lines again, and Qt then no longer
     // follows the end.
     m_text->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     m_text->setPlaceholderText(QStringLiteral("传输过程将显示在这里"));
@@ -285,7 +285,7 @@ void FileSendPage::chooseFiles()
     updateButtons();
 }
 
-// Files that were chosen earlier may have been made anew since.
+// Files that were chosen earlier may have been rewritten since.
 void FileSendPage::describeFiles()
 {
     for (int i = 0; i < m_files->count(); ++i) {

@@ -68,7 +68,7 @@ void Ymodem::resetTransfer()
 
 // ---- what the receiver says
 
-// One byte, or Soh or Stx for a whole packet; None when nothing is complete.
+// One byte, or Soh or Stx for a complete packet; None when nothing is complete.
 Ymodem::uint8 Ymodem::receiveItem()
 {
     if (m_receiveState == 1)

@@ -1,9 +1,9 @@
 #pragma once
 
 // The sending side of the YModem batch protocol (CRC-16 variant): bytes,
-// stages and counters. Owns no port, file, clock or timer: whoever derives from
-// it moves the bytes, supplies the data and calls transmitStep() at its own
-// pace; all silences are counted in such steps.
+// stages and counters. Owns no port, file, clock or timer: the derived class
+// moves the bytes, supplies the data and calls transmitStep() at its own pace;
+// all silences are counted in such steps.
 //
 // Packet on the wire: SOH (128 data bytes) or STX (1024), sequence number, 0xFF
 // minus that number, data, CRC-16/XMODEM of the data, high byte first.
@@ -18,7 +18,7 @@ public:
     using uint8 = std::uint8_t;
     using uint32 = std::uint32_t;
 
-    // What statusCallback() is told. 2 is not used.
+    // The argument of statusCallback(). 2 is not used.
     enum Status { Establish = 0, Transmit = 1, Finish = 3, Abort = 4, Timeout = 5, Error = 6 };
 
     // Control bytes; Ack, Eot and Can are also the answers of statusCallback().
@@ -59,7 +59,7 @@ protected:
     void resetTransfer();
 
     // How often the receiver has sent a Request, which asks for a beginning,
-    // since the last data packet that it took.
+    // since the last data packet that it accepted.
     uint32 requestsForSameData() const { return m_requests; }
 
     // Establish: fill in the file's name and size. buffer has 128 zero bytes.
