@@ -100,7 +100,8 @@ QWidget *PidDebugWidget::buildWorkArea()
 
 void PidDebugWidget::connectLink()
 {
-    connect(m_link, &QtSerialPort::bytesRead, this, &PidDebugWidget::SltRecvFromSerialport);
+    connect(m_link, &Link::received, m_session,
+            [this](const QByteArray &bytes, qint64 arrivalUs) { m_session->receive(bytes, arrivalUs); });
     connect(m_link, &QtSerialPort::openFailed, this, &QApplication::beep);
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished);
     connect(m_link, &QtSerialPort::failed, this,
@@ -207,13 +208,15 @@ void PidDebugWidget::setPortState(bool open)
     m_session->setOpen(open);
     m_portPanel->setOpenState(open);
     m_operations->setOpenState(open);
+    if (!open)
+        m_operations->setIdle(true); // also after a report that arrived while closing
     m_chart->state()->setOn(open);
     m_chart->plot()->showHint(open);
 }
 
 void PidDebugWidget::closePort()
 {
-    stopRunning();
+    m_session->stopAll(m_pid->channel(), !m_operations->isIdle(), Link::nowUs());
     m_link->close();
     setPortState(false);
 }
@@ -221,16 +224,8 @@ void PidDebugWidget::closePort()
 void PidDebugWidget::portVanished()
 {
     m_link->close();
-    m_operations->setIdle(true);
     setPortState(false);
     notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
-}
-
-void PidDebugWidget::stopRunning()
-{
-    if (!m_session->stopAll(m_pid->channel(), !m_operations->isIdle(), Link::nowUs()))
-        return;
-    m_operations->setIdle(true);
 }
 
 void PidDebugWidget::closeLinks()

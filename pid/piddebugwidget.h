@@ -79,7 +79,6 @@ private:
     void setPortState(bool open);
     void closePort();
     void portVanished();
-    void stopRunning();
 
     void showReport(const PidReport &report);
     void followStart(const PidReport &report);

@@ -64,19 +64,14 @@ void PidSession::reset(int channel)
         emit command(PidFrame::Reset, channel, {});
 }
 
-bool PidSession::stopAll(int selected, bool selectedRuns, qint64 us)
+void PidSession::stopAll(int selected, bool selectedRuns, qint64 us)
 {
-    bool any = selectedRuns || m_startedHere.at(static_cast<size_t>(selected));
-    const bool stopSelected = any;
-    for (int channel = 0; channel < PidRecorder::channels; ++channel) {
-        if (channel == selected || !m_startedHere.at(static_cast<size_t>(channel)))
-            continue;
-        stop(channel, us);
-        any = true;
-    }
+    const bool stopSelected = selectedRuns || m_startedHere.at(static_cast<size_t>(selected));
+    for (int channel = 0; channel < PidRecorder::channels; ++channel)
+        if (channel != selected && m_startedHere.at(static_cast<size_t>(channel)))
+            stop(channel, us);
     if (stopSelected)
         stop(selected, us);
-    return any;
 }
 
 // ---- reports

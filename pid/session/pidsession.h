@@ -33,8 +33,8 @@ public:
     void stop(int channel, qint64 us);
     void reset(int channel);
     // Stops every channel that was started from here, and the selected one too
-    // where it runs, whoever started it. False where there is none.
-    bool stopAll(int selected, bool selectedRuns, qint64 us);
+    // where it runs, whoever started it.
+    void stopAll(int selected, bool selectedRuns, qint64 us);
 
 signals:
     void command(PidFrame::Command command, int channel, const QByteArray &payload);

@@ -44,7 +44,6 @@ private:
         m_session->setOpen(true);
         for (const int channel : channels)
             m_session->start(channel, 0);
-        m_sent.clear();
     }
     const PidSamples &samples(int channel) const { return m_recorder->samples().at(size_t(channel)); }
 
@@ -162,26 +161,23 @@ void TestPidSession::sendsNothingWhileClosed()
 
 void TestPidSession::forgetsWhatWasStarted()
 {
+    const auto stopped = [this](int selected, bool runs) {
+        m_sent.clear();
+        m_session->stopAll(selected, runs, 0);
+        return m_sent.join(' ');
+    };
     start({0, 2, 4});
-    QVERIFY(m_session->stopAll(2, false, 0));
-    QCOMPARE(m_sent, (QStringList{"13:0", "13:4", "13:2"}));
-    QVERIFY(!m_session->stopAll(2, false, 0)); // once
-
-    start({});
-    QVERIFY(m_session->stopAll(3, true, 0)); // started by someone else
-    QCOMPARE(m_sent, QStringList("13:3"));
-
+    QCOMPARE(stopped(2, false), "13:0 13:4 13:2"); // the selected one at last
+    QCOMPARE(stopped(2, false), "");
+    QCOMPARE(stopped(3, true), "13:3"); // started by someone else
     start({0, 1});
     m_session->stop(0, 0);
     m_session->receive(report(2, PidFrame::Stopped), 0); // by the board
-    m_sent.clear();
-    QVERIFY(!m_session->stopAll(4, false, 0));
-    QVERIFY(m_sent.isEmpty());
-
+    QCOMPARE(stopped(4, false), "");
     start({1});
     m_session->setOpen(false); // unplugged
     m_session->setOpen(true);
-    QVERIFY(!m_session->stopAll(0, false, 0));
+    QCOMPARE(stopped(0, false), "");
 }
 
 void TestPidSession::recordsNothingWhilePaused()
