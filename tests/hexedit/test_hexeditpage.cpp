@@ -1,13 +1,13 @@
 // The page with real files: open, edit, save, close, quit, and what stands in the way.
 
-#include "apppaths.h"
 #include "dialoganswers.h"
+#include "freshfolder.h"
 #include "hexeditwidget.h"
 #include "korvexresources.h"
 #include "qhexedit.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
-#include "settings.h"
+#include "testfiles.h"
 
 #include <QButtonGroup>
 #include <QClipboard>
@@ -16,7 +16,6 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QtTest>
 
 class TestHexEditPage : public QObject
@@ -27,7 +26,7 @@ private slots:
     void initTestCase() { initKorvexResources(); }
     void init();
     void cleanup();
-    void hasTheToolButtons();
+    void enablesWhatIsPossible();
     void opensEditsAndSaves();
     void cannotOpen();
     void asksBeforeEditsAreLost();
@@ -37,66 +36,66 @@ private slots:
     void offersWhatAFailedSaveLeft();
     void tellsWhenItCannotSave();
     void opensDroppedFiles();
-    void findsAndReplaces();
+    void finds();
+    void replaces();
     void jumpsAndSums();
     void stopsOpening();
     void stopsLongWork();
 
 private:
-    template <class Widget> Widget *child(const char *name) const
+    template <class Widget> Widget *child(const QString &name) const
     {
-        return m_page->findChild<Widget *>(QLatin1String(name));
+        return m_page->findChild<Widget *>(name);
     }
+    QString text(const char *label) const { return child<QLabel>(label)->text(); }
+    QHexEdit *edit() const { return m_page->findChild<QHexEdit *>(); }
+    // A busy machine takes more than one slice even for a small file.
+    void waitForWork() { QTRY_VERIFY_WITH_TIMEOUT(!edit()->task()->isRunning(), 60000); }
     void click(const char *name)
     {
         child<QAbstractButton>(name)->click();
         waitForWork();
     }
-    // A busy machine takes more than one slice even for a small file.
-    void waitForWork() { QTRY_VERIFY_WITH_TIMEOUT(!edit()->task()->isRunning(), 60000); }
     void tool(int id)
     {
         m_page->sltToolBtnsClicked(id);
         waitForWork();
     }
-    QHexEdit *edit() const { return m_page->findChild<QHexEdit *>(); }
+    void type(const char *keys) { QTest::keyClicks(edit(), keys); }
+    void enter(const char *field, const QString &text) { child<QLineEdit>(field)->setText(text); }
     QString path(const QString &name) const { return m_root->filePath(name); }
-    void put(const QString &name, const QByteArray &bytes)
-    {
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-    }
+    void put(const QString &name, const QByteArray &bytes) { QVERIFY(writeFile(path(name), bytes)); }
     void putLarge(const QString &name, qint64 megabytes)
     {
         QFile file(path(name));
         QVERIFY(file.open(QIODevice::ReadWrite) && file.write("begin") == 5 && file.resize(megabytes << 20));
     }
-    QByteArray content(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-    }
+    QByteArray content(const QString &name) const { return contentOf(path(name)); }
     QByteArray shown() const { return edit()->document().read(0, 1 << 20); }
     void beginOpening(const QString &name)
     {
-        DialogAnswers::instance().fileNames = [name](auto, auto, auto, auto) {
-            return name.isEmpty() ? QStringList() : QStringList(name);
-        };
+        DialogAnswers::instance().fileNames = [name](auto, auto, auto, auto) { return QStringList(name); };
         m_page->sltToolBtnsClicked(HexEditWidget::OpenFile);
     }
     void open(const QString &name)
     {
-        beginOpening(name);
+        beginOpening(path(name));
         waitForWork();
     }
-    // In the way of the temporary file of rom.bin.
+    void makePage()
+    {
+        m_page = std::make_unique<HexEditWidget>();
+        m_page->resize(1000, 500);
+        m_page->show();
+    }
+    // Something stands in the way of the temporary file of rom.bin.
     void setSavable(bool savable)
     {
         QVERIFY(savable ? QDir().rmdir(path("rom.bin.~tmp")) : QDir().mkdir(path("rom.bin.~tmp")));
     }
-    QString tip() const { return QtMessageTip::current() ? QtMessageTip::current()->text() : QString(); }
+    static QString tip() { return QtMessageTip::current() ? QtMessageTip::current()->text() : QString(); }
 
-    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<FreshFolder> m_root;
     std::unique_ptr<HexEditWidget> m_page;
     QStringList m_questions; // "title|text" of the boxes
     int m_answer = 1;
@@ -104,19 +103,14 @@ private:
 
 void TestHexEditPage::init()
 {
-    m_root = std::make_unique<QTemporaryDir>();
-    AppPaths::setRoot(m_root->path());
-    AppPaths::makeFolders();
-    Settings::instance() = Settings();
+    m_root = std::make_unique<FreshFolder>();
     m_questions.clear();
     m_answer = 1;
     DialogAnswers::instance().message = [this](const QString &title, const QString &text, int) {
         m_questions.append(title + '|' + text);
         return m_answer;
     };
-    m_page = std::make_unique<HexEditWidget>();
-    m_page->resize(1000, 500);
-    m_page->show();
+    makePage();
     put("rom.bin", "0123456789");
     QtMessageTip::showTip(QString());
 }
@@ -128,7 +122,8 @@ void TestHexEditPage::cleanup()
     DialogAnswers::instance() = DialogAnswers();
 }
 
-void TestHexEditPage::hasTheToolButtons()
+// A key of what is not possible says why.
+void TestHexEditPage::enablesWhatIsPossible()
 {
     const std::pair<const char *, const char *> buttons[] = {
         {"打开文件 快捷键 Ctrl+O", "Ctrl+O"}, {"保存文件 快捷键 Ctrl+S", "Ctrl+S"},
@@ -136,103 +131,97 @@ void TestHexEditPage::hasTheToolButtons()
         {"关闭文件 快捷键 Ctrl+W", "Ctrl+W"},
     };
     auto *group = m_page->findChild<QButtonGroup *>();
+    for (int id = 0; id < 5; ++id) {
+        QCOMPARE(group->button(id)->toolTip(), QString(buttons[id].first));
+        QCOMPARE(group->button(id)->shortcut().toString(), QString(buttons[id].second));
+    }
     const auto enabled = [group] {
         QString ids;
         for (int id = 0; id < 5; ++id)
             ids += group->button(id)->isEnabled() ? QString::number(id) : QString();
         return ids;
     };
-    for (int id = 0; id < 5; ++id) {
-        QCOMPARE(group->button(id)->toolTip(), QString::fromUtf8(buttons[id].first));
-        QCOMPARE(group->button(id)->shortcut().toString(), QString::fromLatin1(buttons[id].second));
+    QCOMPARE(enabled(), QString("0"));
+    for (const int key : {Qt::Key_S, Qt::Key_Z, Qt::Key_W}) {
+        QtMessageTip::showTip(QString());
+        QTest::keyClick(child<QLineEdit>("editReplace"), Qt::Key(key), Qt::ControlModifier);
+        QTest::keyClick(edit(), Qt::Key(key), Qt::ControlModifier);
+        QVERIFY2(!tip().isEmpty(), qPrintable(QString(QChar(key))));
     }
-    QCOMPARE(m_page->counts(), (QStringList{"Address: 0", "Size: 0"}));
-    QCOMPARE(child<QLabel>("labelAddress")->text(), QStringLiteral("Address: 0"));
-    QVERIFY(!child<QLabel>("labelFile")->text().isEmpty());
+    open("rom.bin");
+    QCOMPARE(enabled(), QString("014"));
+    type("41");
+    QCOMPARE(enabled(), QString("0124"));
+    click("btnUndo");
+    QCOMPARE(enabled(), QString("0134"));
+    QVERIFY(QTest::qWaitForWindowActive(m_page.get(), 30000));
+    QTest::keyClick(m_page->windowHandle(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(shown(), QByteArray("A123456789"));
+
     m_page->resize(1000, 430); // what the smallest usual window leaves
     QApplication::processEvents();
     for (const char *name : {"inspect_double", "comboByteOrder"})
         QCOMPARE(child<QWidget>(name)->visibleRegion().boundingRect(), child<QWidget>(name)->rect());
-
-    // What is not possible is disabled, and its key says why.
-    QCOMPARE(enabled(), QStringLiteral("0"));
-    for (const int key : {Qt::Key_S, Qt::Key_Z, Qt::Key_W}) {
-        QtMessageTip::showTip(QString());
-        QTest::keyClick(edit(), Qt::Key(key), Qt::ControlModifier);
-        QVERIFY2(!tip().isEmpty(), qPrintable(QString(QChar(key))));
-    }
-    open(path("rom.bin"));
-    QCOMPARE(enabled(), QStringLiteral("014"));
-    QTest::keyClicks(edit(), "41");
-    QCOMPARE(enabled(), QStringLiteral("0124"));
-    click("btnUndo");
-    QCOMPARE(enabled(), QStringLiteral("0134"));
-    QVERIFY(QTest::qWaitForWindowActive(m_page.get(), 30000));
-    QTest::keyClick(m_page->windowHandle(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(shown(), QByteArray("A123456789"));
 }
 
 void TestHexEditPage::opensEditsAndSaves()
 {
     QSignalSpy counts(m_page.get(), &HexEditWidget::signalRefresCounts);
-    open(path("rom.bin"));
+    open("rom.bin");
     QCOMPARE(shown(), QByteArray("0123456789"));
-    QCOMPARE(child<QLabel>("labelSize")->text(), QStringLiteral("Size: 10"));
+    QCOMPARE(text("labelSize"), QString("Size: 10"));
     QCOMPARE(counts.takeLast().at(0).toInt(), 4);
-    QTest::keyClicks(edit(), "4142");
+    type("4142");
     QCOMPARE(m_page->counts(), (QStringList{"Address: 2", "Size: 10"}));
-    QVERIFY(child<QLabel>("labelFile")->text().contains(QStringLiteral("未保存")));
+    QCOMPARE(text("labelAddress"), QString("Address: 2"));
+    QVERIFY(text("labelFile").contains("未保存"));
     tool(HexEditWidget::Undo);
     QCOMPARE(shown(), QByteArray("0123456789"));
     tool(HexEditWidget::Redo);
     tool(HexEditWidget::SaveFile);
-    QCOMPARE(tip(), QStringLiteral("  文件已保存  "));
+    QCOMPARE(tip(), QString("  文件已保存  "));
     QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
-    QVERIFY(!QFile::exists(path("rom.bin.~tmp")));
-    QVERIFY(!edit()->isModified());
-    QVERIFY(m_questions.isEmpty());
+    QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified() && m_questions.isEmpty());
     Settings::load();
     QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
     tool(HexEditWidget::CloseFile);
     QCOMPARE(m_page->counts(), (QStringList{"Address: 0", "Size: 0"}));
-    QVERIFY(m_page->fileName().isEmpty());
-    QTest::keyClicks(edit(), "41"); // into nothing
+    type("41"); // into nothing
     tool(HexEditWidget::SaveFile);
-    open(QString()); // cancelled
+    beginOpening(QString()); // canceled
     QVERIFY(m_page->fileName().isEmpty() && edit()->size() == 0);
 }
 
 void TestHexEditPage::cannotOpen()
 {
-    open(path("rom.bin"));
-    open(path("missing"));
-    QCOMPARE(tip(), QStringLiteral("打开文件失败! 文件不存在"));
+    open("rom.bin");
+    open("missing");
+    QCOMPARE(tip(), QString("打开文件失败! 文件不存在"));
     QCOMPARE(shown(), QByteArray("0123456789")); // the open file stays
     QCOMPARE(m_page->fileName(), path("rom.bin"));
     Settings::instance().recentFiles.set({path("rom.bin"), path("missing")});
-    open(path("missing"));
+    open("missing");
     QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
 }
 
 void TestHexEditPage::asksBeforeEditsAreLost()
 {
     put("other.bin", "other");
-    open(path("rom.bin"));
-    QTest::keyClicks(edit(), "41");
+    open("rom.bin");
+    type("41");
     m_answer = QtMessageBox::Cancel;
-    open(path("other.bin"));
+    open("other.bin");
     tool(HexEditWidget::CloseFile);
     QCOMPARE(m_questions.size(), 2);
-    QCOMPARE(shown(), QByteArray("A123456789"));
     m_answer = QtMessageBox::Save;
     setSavable(false);
-    open(path("other.bin"));
+    open("other.bin");
     QCOMPARE(shown(), QByteArray("A123456789")); // what could not be saved stays
     setSavable(true);
-    open(path("other.bin"));
+    open("other.bin");
     QCOMPARE(shown(), QByteArray("other"));
     QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
-    QTest::keyClicks(edit(), "41");
+    type("41");
     m_answer = QtMessageBox::Discard;
     tool(HexEditWidget::CloseFile);
     QCOMPARE(edit()->size(), qint64(0));
@@ -241,35 +230,31 @@ void TestHexEditPage::asksBeforeEditsAreLost()
 
 void TestHexEditPage::savesBeforeItEnds()
 {
-    open(path("rom.bin"));
+    open("rom.bin");
     QVERIFY(m_page->mayClose() && m_questions.isEmpty());
-    QTest::keyClicks(edit(), "41");
+    type("41");
     m_answer = QtMessageBox::Cancel;
-    QVERIFY(!m_page->mayClose());
-    QVERIFY(!m_page->saveBeforeExit() && edit()->isModified());
+    QVERIFY(!m_page->mayClose() && !m_page->saveBeforeExit() && edit()->isModified());
     m_answer = QtMessageBox::Discard;
     QVERIFY(m_page->mayClose());
     m_page->closeLinks();
     QVERIFY(m_page->isClosed() && m_page->saveBeforeExit());
-    QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
-
     m_answer = QtMessageBox::Save;
     QVERIFY(m_page->mayClose());
-    QCOMPARE(content("rom.bin"), QByteArray("0123456789")); // asking changes nothing
+    QCOMPARE(content("rom.bin"), QByteArray("0123456789")); // neither discarding nor asking changes it
     setSavable(false);
     m_questions.clear();
     m_page->closeLinks();
     QVERIFY(!m_page->saveBeforeExit() && edit()->isModified()); // what could not be saved stays
     QCOMPARE(m_questions.size(), 1);                            // the failure, told once
     setSavable(true);
-    QVERIFY(m_page->mayClose()); // at a log-off
-    QVERIFY(m_page->saveBeforeExit());
+    QVERIFY(m_page->mayClose() && m_page->saveBeforeExit()); // at a log-off
     QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
-    QTest::keyClicks(edit(), "42"); // it was cancelled by another program, and then it comes
+    type("42"); // another program has canceled it, and then it comes
     m_page->closeLinks();
     QVERIFY(m_page->saveBeforeExit());
     QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
-    QTest::keyClicks(edit(), "43");
+    type("43");
     QSignalSpy closed(m_page.get(), &QtWidgetBase::signalClosed);
     m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
     QVERIFY(m_page->mayClose()); // perhaps while it is being saved
@@ -282,27 +267,23 @@ void TestHexEditPage::savesBeforeItEnds()
 void TestHexEditPage::noticesAChangeOnDisk()
 {
     const auto bar = [this] { return child<QWidget>("hexChangeBar"); };
-    open(path("rom.bin"));
+    open("rom.bin");
     edit()->goTo(3);
-    QVERIFY(bar()->isHidden());
     put("rom.bin", "another program");
     QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
     click("btnReload");
     QCOMPARE(shown(), QByteArray("another program"));
-    QCOMPARE(edit()->address(), qint64(3));
-    QVERIFY(bar()->isHidden() && !edit()->isModified());
+    QVERIFY(edit()->address() == 3 && bar()->isHidden() && !edit()->isModified());
 
     put("rom.bin", "again");
     QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
     click("btnKeepOurs");
     QVERIFY(bar()->isHidden() && edit()->isModified());
-    m_answer = 0;
-    tool(HexEditWidget::SaveFile);
-    QCOMPARE(m_questions.size(), 1);
-    QCOMPARE(content("rom.bin"), QByteArray("again"));
-    m_answer = 1;
-    tool(HexEditWidget::SaveFile);
-    QCOMPARE(content("rom.bin"), QByteArray("another program"));
+    for (const char *expected : {"again", "another program"}) { // refused, then agreed to
+        m_answer = m_questions.size();
+        tool(HexEditWidget::SaveFile);
+        QCOMPARE(content("rom.bin"), QByteArray(expected));
+    }
     QVERIFY(QFile::remove(path("rom.bin")));
     QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
     QVERIFY(edit()->isModified()); // these are the only bytes left
@@ -314,28 +295,26 @@ void TestHexEditPage::noticesAChangeOnDisk()
 void TestHexEditPage::savesAsAnotherFile()
 {
     const auto saveAs = [this](const QString &name) {
-        DialogAnswers::instance().fileNames = [=](DialogAnswers::FileMode mode, auto, const QString &proposed,
-                                                  auto) {
-            return mode == DialogAnswers::FileMode::Save && proposed == m_page->fileName() ? QStringList(name)
-                                                                                           : QStringList();
+        DialogAnswers::instance().fileNames = [=](auto mode, auto, const QString &proposed, auto) {
+            const bool isRight =
+                mode == DialogAnswers::FileMode::Save && proposed == m_page->fileName() && !name.isEmpty();
+            return isRight ? QStringList(path(name)) : QStringList();
         };
         click("btnSaveAs");
     };
-    open(path("rom.bin"));
-    QTest::keyClicks(edit(), "41");
+    open("rom.bin");
+    type("41");
     saveAs(QString());
-    saveAs(path("missing/new.bin"));
-    QCOMPARE(m_questions.size(), 1);
-    QVERIFY(m_questions.takeFirst().contains("missing") && edit()->isModified());
-    saveAs(path("new.bin"));
+    saveAs("missing/new.bin");
+    QVERIFY(m_questions.takeFirst().contains("missing") && m_questions.isEmpty() && edit()->isModified());
+    saveAs("new.bin");
     QCOMPARE(content("new.bin"), QByteArray("A123456789"));
     QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
-    QCOMPARE(m_page->fileName(), path("new.bin"));
-    QVERIFY(!edit()->isModified());
+    QVERIFY(m_page->fileName() == path("new.bin") && !edit()->isModified());
     QCOMPARE(Settings::instance().recentFiles.value().value(0), path("new.bin"));
     put("new.bin", "another program's");
     m_answer = 0;
-    saveAs(path("new.bin")); // is saving, which asks
+    saveAs("new.bin"); // is saving, which asks
     QCOMPARE(m_questions.size(), 1);
     QCOMPARE(content("new.bin"), QByteArray("another program's"));
 }
@@ -347,52 +326,44 @@ void TestHexEditPage::offersWhatAFailedSaveLeft()
     put("rom.bin.~tmp", "new bytes");
     put("rom.bin.~bak", "older");
     m_answer = 0;
-    open(path("rom.bin"));
+    open("rom.bin");
+    open("rom.bin");
     QVERIFY(m_page->fileName().isEmpty());
-    QCOMPARE(m_questions.size(), 2); // both files
+    QCOMPARE(m_questions.size(), 2); // one for each file, once
     QVERIFY(m_questions.first().contains(path("rom.bin.~tmp")));
-    open(path("rom.bin"));
-    QCOMPARE(m_questions.size(), 2); // once is enough
-    m_page = std::make_unique<HexEditWidget>();
-    m_page->show();
+    makePage();
     m_answer = 1;
-    open(path("rom.bin"));
+    open("rom.bin");
     QCOMPARE(shown(), QByteArray("new bytes"));
-    QCOMPARE(m_page->fileName(), path("rom.bin"));
-    QVERIFY(edit()->isModified());
+    QVERIFY(m_page->fileName() == path("rom.bin") && edit()->isModified());
     tool(HexEditWidget::SaveFile);
     QCOMPARE(content("rom.bin"), QByteArray("new bytes"));
     QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified());
 }
 
+// One box that begins with the message, goes on with reason and consequence,
+// and stays as a notice.
 void TestHexEditPage::tellsWhenItCannotSave()
 {
     QSignalSpy notices(m_page.get(), &HexEditWidget::signalNotify);
-    open(path("rom.bin"));
-    QTest::keyClicks(edit(), "41");
+    open("rom.bin");
+    type("41");
     setSavable(false);
     tool(HexEditWidget::SaveFile);
-    // One box that begins with the message, goes on with reason and consequence, and stays as a notice.
-    const QString message =
-        QStringLiteral("QHexEdit|Cannot write file %1.\n").arg(QDir::toNativeSeparators(path("rom.bin")));
-    QVERIFY(m_questions.size() == 1 && m_questions.first().startsWith(message));
-    for (const QString &text : {m_questions.first(), notices.value(0).value(0).toString()}) {
-        QVERIFY2(text.contains(QStringLiteral("临时文件的名称已被占用")), qPrintable(text));
-        QVERIFY2(text.contains(QStringLiteral("原文件未改动")), qPrintable(text));
-    }
+    const QString name = QDir::toNativeSeparators(path("rom.bin"));
+    QVERIFY(m_questions.size() == 1 &&
+            m_questions.first().startsWith(QString("QHexEdit|Cannot write file %1.\n").arg(name)));
+    for (const QString &told : {m_questions.first(), notices.value(0).value(0).toString()})
+        QVERIFY2(told.contains("临时文件的名称已被占用") && told.contains("原文件未改动"), qPrintable(told));
     QVERIFY(edit()->isModified() && !edit()->isReadOnly());
-    QVERIFY(tip() != QStringLiteral("  文件已保存  "));
-    setSavable(true);
-    tool(HexEditWidget::SaveFile);
-    QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
+    QVERIFY(tip() != QString("  文件已保存  "));
 }
 
 // As a copy: a source whose file was moved deletes it.
 void TestHexEditPage::opensDroppedFiles()
 {
-    put("dropped.bin", "dropped");
     QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(path("dropped.bin"))});
+    data.setUrls({QUrl::fromLocalFile(path("rom.bin"))});
     QDragEnterEvent moveOnly({300, 200}, Qt::MoveAction, &data, Qt::LeftButton, {});
     QApplication::sendEvent(m_page.get(), &moveOnly);
     QVERIFY(!moveOnly.isAccepted());
@@ -407,58 +378,65 @@ void TestHexEditPage::opensDroppedFiles()
         QVERIFY(event->isAccepted());
         QCOMPARE(event->dropAction(), Qt::CopyAction);
     }
-    QTRY_COMPARE(m_page->fileName(), path("dropped.bin"));
-    QCOMPARE(shown(), QByteArray("dropped"));
+    QTRY_COMPARE(shown(), QByteArray("0123456789"));
 }
 
-void TestHexEditPage::findsAndReplaces()
+void TestHexEditPage::finds()
 {
-    put("text.bin", QByteArray("ab\xD6\xD0"
-                               "ab\xE4\xB8\xAD"
-                               "ab"));
-    open(path("text.bin"));
-    const auto find = [this](int kind, const QString &text, const char *button) {
-        child<QComboBox>("comboFindKind")->setCurrentIndex(kind);
-        child<QLineEdit>("editFind")->setText(text);
-        click(button);
-        return std::make_pair(edit()->selectionBegin(), edit()->selectionLength());
+    put("text.bin", "ab\xD6\xD0!ab\xE4\xB8\xAD!ab");
+    open("text.bin");
+    const struct
+    {
+        int kind;
+        QString text;
+        const char *button;
+        qint64 begin, length;
+    } rows[] = {
+        {0, "61 62", "btnFindNext", 0, 2},  {0, "61 62", "btnFindNext", 5, 2},
+        {1, "中", "btnFindNext", 7, 3},     {2, "中", "btnFindPrevious", 2, 2},
+        {1, "ab", "btnFindPrevious", 0, 2}, {1, "ab", "btnFindPrevious", 11, 2}, // round the start
+        {0, "6", "btnFindNext", 11, 2},     {1, "nowhere", "btnFindNext", 11, 2},
+        {1, "", "btnFindNext", 11, 2},      {0, QString("61").repeated(4001), "btnFindNext", 11, 2},
     };
-    using Range = std::pair<qint64, qint64>;
-    QCOMPARE(find(0, "61 62", "btnFindNext"), Range(0, 2));
-    QCOMPARE(find(0, "61 62", "btnFindNext"), Range(4, 2));
-    QCOMPARE(find(1, QStringLiteral("中"), "btnFindNext"), Range(6, 3));
-    QCOMPARE(find(2, QStringLiteral("中"), "btnFindPrevious"), Range(2, 2));
-    QCOMPARE(find(1, "ab", "btnFindPrevious"), Range(0, 2));
-    QCOMPARE(find(1, "ab", "btnFindPrevious"), Range(9, 2)); // round the start
-    QCOMPARE(find(0, "6", "btnFindNext"), Range(9, 2));      // no bytes
-    QCOMPARE(find(1, "nowhere", "btnFindNext"), Range(9, 2));
-
-    // A part of a long pattern would be another pattern.
-    QtMessageTip::showTip(QString());
-    QCOMPARE(find(0, QStringLiteral("61").repeated(4001), "btnFindNext"), Range(9, 2));
-    QVERIFY(tip().contains("4001"));
-    child<QLineEdit>("editFind")->setText("61");
+    for (const auto &row : rows) {
+        QtMessageTip::showTip(QString());
+        child<QComboBox>("comboFindKind")->setCurrentIndex(row.kind);
+        enter("editFind", row.text);
+        click(row.button);
+        QCOMPARE(edit()->selectionBegin(), row.begin);
+        QCOMPARE(edit()->selectionLength(), row.length);
+    }
+    QVERIFY(tip().contains("4001")); // a part of a long pattern would be another one
+    auto *field = child<QLineEdit>("editFind");
+    field->setText("61");
     QApplication::clipboard()->setText(QString(20001, '6'));
-    child<QLineEdit>("editFind")->paste();
-    QTRY_COMPARE(child<QLineEdit>("editFind")->text(), QStringLiteral("61"));
-    child<QLineEdit>("editFind")->setFocus();
-    QTest::keyClick(child<QLineEdit>("editFind"), Qt::Key_Escape);
+    field->paste();
+    QTRY_COMPARE(field->text(), QString("61"));
+    field->setFocus();
+    QTest::keyClick(field, Qt::Key_Escape);
     QCOMPARE(m_page->focusWidget(), edit());
+}
 
-    child<QLineEdit>("editReplace")->setText("long");
-    QCOMPARE(find(1, "ab", "btnReplaceAll"), Range(9, 2)); // refused: overwriting moves nothing
+void TestHexEditPage::replaces()
+{
+    put("text.bin", "ab-ab-ab");
+    open("text.bin");
+    child<QComboBox>("comboFindKind")->setCurrentIndex(1);
+    enter("editFind", "ab");
+    enter("editReplace", "long");
+    click("btnReplaceAll"); // overwriting moves nothing
     QVERIFY(!edit()->isModified());
-    child<QLineEdit>("editReplace")->setText("XY");
+    enter("editReplace", "XY");
+    click("btnReplace"); // finds the first one
+    QVERIFY(!edit()->isModified());
     click("btnReplace");
-    QCOMPARE(shown(), QByteArray("ab\xD6\xD0"
-                                 "ab\xE4\xB8\xAD"
-                                 "XY"));
+    QCOMPARE(shown(), QByteArray("XY-ab-ab"));
+    QCOMPARE(edit()->selectionBegin(), qint64(3));
     edit()->setOverwrite(false);
-    child<QLineEdit>("editReplace")->setText("long");
+    enter("editReplace", "long");
     click("btnReplaceAll");
-    QCOMPARE(shown(), QByteArray("long\xD6\xD0"
-                                 "long\xE4\xB8\xAD"
-                                 "XY"));
+    QCOMPARE(tip(), QString("已替换2处"));
+    QCOMPARE(shown(), QByteArray("XY-long-long"));
     tool(HexEditWidget::Undo);
     tool(HexEditWidget::Undo);
     QVERIFY(!edit()->isModified());
@@ -467,21 +445,24 @@ void TestHexEditPage::findsAndReplaces()
 void TestHexEditPage::jumpsAndSums()
 {
     put("sum.bin", "##123456789##");
-    open(path("sum.bin"));
-    child<QLineEdit>("editJumpAddress")->setText("0xB");
+    open("sum.bin");
+    enter("editJumpAddress", "0xB");
     click("btnJump");
     QCOMPARE(edit()->address(), qint64(11));
-    QCOMPARE(child<QLabel>("inspect_uint8")->text(), QStringLiteral("35"));
-    QCOMPARE(child<QLabel>("inspect_int32")->text(), QStringLiteral("-"));
-    child<QLineEdit>("editJumpAddress")->setText("14");
+    QCOMPARE(text("inspect_uint8"), QString("35"));
+    QCOMPARE(text("inspect_int32"), QString("-"));
+    enter("editJumpAddress", "14");
     click("btnJump");
     QCOMPARE(edit()->address(), qint64(11));
+    const auto sum = [this](const char *name) { return child<QLineEdit>(name)->text(); };
     edit()->select(2, 9);
     click("btnChecksum");
-    QCOMPARE(child<QLineEdit>("editCrc32")->text(), QStringLiteral("0xCBF43926"));
-    QCOMPARE(child<QLineEdit>("editCrc16")->text(), QStringLiteral("0x4B37"));
-    QTest::keyClicks(edit(), "00");
-    QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty()); // of bytes that are gone
+    QCOMPARE(sum("editCrc32"), QString("0xCBF43926"));
+    QCOMPARE(sum("editCrc16"), QString("0x4B37"));
+    type("00");
+    QVERIFY(sum("editCrc32").isEmpty()); // of bytes that are gone
+    click("btnChecksum");                // of all
+    QCOMPARE(sum("editSum"), QString("0x00000238"));
 }
 
 // What has been read is there at once; stopping brings back what was open.
@@ -489,14 +470,13 @@ void TestHexEditPage::stopsOpening()
 {
     constexpr qint64 megabytes = 300;
     putLarge("large.bin", megabytes);
-    open(path("rom.bin"));
-    QTest::keyClicks(edit(), "41");
+    open("rom.bin");
+    type("41");
     m_answer = QtMessageBox::Discard;
     beginOpening(path("large.bin"));
-    QVERIFY(edit()->task()->isRunning() && !child<QWidget>("btnStopWork")->isHidden());
-    QCOMPARE(edit()->document().read(0, 5), QByteArray("begin"));
+    QVERIFY(edit()->task()->isRunning() && child<QWidget>("btnStopWork")->isVisible());
     QVERIFY(edit()->size() < megabytes << 20);
-    QTest::keyClicks(edit(), "42");
+    type("42");
     m_page->sltToolBtnsClicked(HexEditWidget::CloseFile); // not while it is being opened
     m_page->openFile(path("rom.bin"));
     QCOMPARE(edit()->document().read(0, 5), QByteArray("begin"));
@@ -506,46 +486,47 @@ void TestHexEditPage::stopsOpening()
     QVERIFY(edit()->isModified() && !edit()->isReadOnly() && child<QWidget>("btnStopWork")->isHidden());
 
     QtMessageTip::showTip(QString());
-    open(path("large.bin"));
-    QCOMPARE(m_page->counts().at(1), QStringLiteral("Size: %1").arg(megabytes << 20));
+    open("large.bin");
+    QCOMPARE(text("labelSize"), QString("Size: %1").arg(megabytes << 20));
     QVERIFY(tip().isEmpty() && !edit()->isModified() && !edit()->isReadOnly());
     beginOpening(path("large.bin"));
     QVERIFY(m_page->mayClose()); // ending in the middle of it loses nothing
-    m_page.reset();
 }
 
 void TestHexEditPage::stopsLongWork()
 {
     putLarge("large.bin", 200);
-    open(path("large.bin"));
+    open("large.bin");
     auto *checksum = child<QPushButton>("btnChecksum");
     checksum->setFocus();
     checksum->click();
-    const QStringList names{"btnOpenFile", "btnSaveFile",   "btnSaveAs",  "btnFindNext",
-                            "btnReplace",  "btnReplaceAll", "btnChecksum"};
-    for (const QString &name : names)
-        QVERIFY2(!m_page->findChild<QPushButton *>(name)->isEnabled(), qPrintable(name));
+    const auto areEnabled = [this](bool enabled) {
+        for (const char *name : {"btnOpenFile", "btnSaveFile", "btnSaveAs", "btnFindNext", "btnReplaceAll",
+                                 "btnChecksum", "btnRecent"})
+            if (child<QPushButton>(name)->isEnabled() != enabled)
+                return false;
+        return true;
+    };
+    QVERIFY(areEnabled(false));
     // Nothing is ignored in silence, and the bytes keep still.
     const std::pair<int, Qt::KeyboardModifiers> keys[] = {
         {Qt::Key_S, Qt::ControlModifier}, {Qt::Key_V, Qt::ControlModifier}, {Qt::Key_4, Qt::NoModifier}};
     for (const auto &[key, modifiers] : keys) {
         QtMessageTip::showTip(QString());
         QTest::keyClick(edit(), Qt::Key(key), modifiers);
-        QVERIFY2(tip().contains(QStringLiteral("正在计算校验")), qPrintable(QString(QChar(key))));
+        QVERIFY2(tip().contains("正在计算校验"), qPrintable(QString(QChar(key))));
     }
     click("btnStopWork");
-    for (const QString &name : names.mid(0, 4))
-        QVERIFY2(m_page->findChild<QPushButton *>(name)->isEnabled(), qPrintable(name));
+    QVERIFY(areEnabled(true));
     QCOMPARE(m_page->focusWidget(), checksum);
-    QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty());
-    QVERIFY(!edit()->isModified() && !edit()->isReadOnly());
+    QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty() && !edit()->isModified());
 
     // Saving as well: the file stays what it was.
-    QTest::keyClicks(edit(), "41");
+    type("41");
     m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
-    QVERIFY(edit()->task()->isRunning());
+    QVERIFY(edit()->task()->isRunning() && QApplication::overrideCursor());
     click("btnStopWork");
-    QVERIFY(edit()->isModified() && tip().contains(QStringLiteral("原文件未改动")));
+    QVERIFY(edit()->isModified() && tip().contains("原文件未改动"));
     QCOMPARE(content("large.bin").left(5), QByteArray("begin"));
 }
 

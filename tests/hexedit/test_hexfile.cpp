@@ -2,6 +2,7 @@
 // copies that fail, links, permissions, stopping, changes by other programs.
 
 #include "hexfile.h"
+#include "testfiles.h"
 
 #include <QSemaphore>
 #include <QTemporaryDir>
@@ -39,16 +40,8 @@ private slots:
 
 private:
     QString path(const QString &name) const { return m_root->filePath(name); }
-    void put(const QString &name, const QByteArray &bytes)
-    {
-        QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-    }
-    QByteArray content(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-    }
+    void put(const QString &name, const QByteArray &bytes) { QVERIFY(writeFile(path(name), bytes)); }
+    QByteArray content(const QString &name) const { return contentOf(path(name)); }
     QStringList files() const
     {
         return QDir(m_root->path()).entryList(QDir::Files | QDir::Hidden, QDir::Name);

@@ -19,23 +19,18 @@ private slots:
     void initTestCase() { initKorvexResources(); }
     void init();
     void cleanup() { m_edit.reset(); }
-    void tellsAddressAndSize();
-    void types_data();
+    void reportsAddressAndSize();
     void types();
-    void undoesTypingStepwise();
-    void movesAndSelects_data();
     void movesAndSelects();
     void selectsByMouse();
     void keepsTheCaretInSight();
     void copiesAndPastes();
-    void movesBytesExactly_data();
     void movesBytesExactly();
-    void refusesWhatTextCannotSay();
     void pastesLongTextInSlices();
     void takesChineseInTheTextColumn();
     void drawsCharactersOfTheCodec();
     void refusesWhenReadOnly();
-    void drawsOnlyWhatIsVisible();
+    void takesThreeGigabytes();
 
 private:
     void keys(const QString &names);
@@ -90,7 +85,7 @@ void TestQHexEdit::keys(const QString &names)
     }
 }
 
-void TestQHexEdit::tellsAddressAndSize()
+void TestQHexEdit::reportsAddressAndSize()
 {
     QSignalSpy address(m_edit.get(), &QHexEdit::currentAddressChanged);
     QSignalSpy size(m_edit.get(), &QHexEdit::currentSizeChanged);
@@ -107,87 +102,75 @@ void TestQHexEdit::tellsAddressAndSize()
     QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(0));
 }
 
-void TestQHexEdit::types_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QByteArray>("expected"); // of "0123" and an end
-    QTest::addColumn<int>("address");
-    QTest::newRow("overwrites") << "4142" << QByteArray("AB23") << 2;
-    QTest::newRow("half a byte") << "4" << QByteArray("@123") << 0;
-    QTest::newRow("takes half a byte back") << "41 5 Backspace 42" << QByteArray("AB23") << 2;
-    QTest::newRow("takes an inserted half back") << "Ins 41 5 Backspace" << QByteArray("A0123") << 1;
-    QTest::newRow("inserts") << "Ins 4142" << QByteArray("AB0123") << 2;
-    QTest::newRow("appends") << "Ctrl+End 4142" << QByteArray("0123AB") << 6;
-    QTest::newRow("no digits") << "xyz" << QByteArray("0123") << 0;
-    QTest::newRow("text column") << "Tab xyz" << QByteArray("xyz3") << 3;
-    QTest::newRow("inserts text") << "Tab Ins xyz" << QByteArray("xyz0123") << 3;
-    QTest::newRow("deletes") << "Ins Right Del Backspace" << QByteArray("23") << 0;
-    QTest::newRow("nothing to delete") << "Ins Backspace Ctrl+End Del" << QByteArray("0123") << 4;
-    QTest::newRow("deletes the selection") << "Ins Shift+Right Shift+Right Del" << QByteArray("23") << 0;
-    QTest::newRow("over a selection") << "Right Shift+Right Shift+Right 41" << QByteArray("0A23") << 2;
-    QTest::newRow("instead of a selection")
-        << "Ins Right Shift+Right Shift+Right 41" << QByteArray("0A3") << 2;
-    QTest::newRow("shifts nothing") << "Right Del Backspace Shift+Right Del Ctrl+X" << QByteArray("0123")
-                                    << 2;
-    QTest::newRow("all") << "Ins Ctrl+A Del" << QByteArray("") << 0;
-}
-
 void TestQHexEdit::types()
 {
-    QFETCH(QString, typed);
-    showData("0123");
-    keys(typed);
-    QTEST(content(), "expected");
-    QTEST(static_cast<int>(m_edit->address()), "address");
-    while (m_edit->document().canUndo())
-        m_edit->undo();
-    QCOMPARE(content(), QByteArray("0123"));
-    QVERIFY(!m_edit->isModified());
-}
-
-void TestQHexEdit::undoesTypingStepwise()
-{
-    showData("0123456789");
-    keys("414243 Right 44");
-    QCOMPARE(content(), QByteArray("ABC3D56789"));
-    m_edit->undo();
-    QCOMPARE(content(), QByteArray("ABC3456789"));
-    QCOMPARE(m_edit->address(), qint64(4));
-    m_edit->undo();
-    QCOMPARE(content(), QByteArray("0123456789"));
-    m_edit->redo();
-    m_edit->redo();
-    QCOMPARE(content(), QByteArray("ABC3D56789"));
-}
-
-void TestQHexEdit::movesAndSelects_data()
-{
-    QTest::addColumn<QString>("pressed"); // with the caret at 100 of 1000
-    QTest::addColumn<int>("begin");
-    QTest::addColumn<int>("length");
-    QTest::newRow("home") << "Home" << 96 << 0;
-    QTest::newRow("end") << "End" << 111 << 0;
-    QTest::newRow("the rest of the row") << "Shift+End Shift+End" << 100 << 12;
-    QTest::newRow("start") << "Ctrl+Home" << 0 << 0;
-    QTest::newRow("very end") << "Ctrl+End" << 1000 << 0;
-    QTest::newRow("up, down") << "Up Up Down" << 84 << 0;
-    QTest::newRow("not above the top") << "Ctrl+Home Up" << 0 << 0;
-    QTest::newRow("to the start") << "Shift+Ctrl+Home" << 0 << 100;
-    QTest::newRow("to the end") << "Shift+Ctrl+End" << 100 << 900;
-    QTest::newRow("rows") << "Shift+Down Shift+Left" << 100 << 15;
-    QTest::newRow("backwards") << "Shift+Left Shift+Up" << 83 << 17;
-    QTest::newRow("all") << "Ctrl+A" << 0 << 1000;
-    QTest::newRow("given up") << "Shift+Right Left" << 100 << 0;
+    const struct
+    {
+        const char *keys;
+        const char *expected; // of "0123"
+        qint64 address;
+    } rows[] = {
+        {"4142", "AB23", 2},
+        {"4", "@123", 0}, // half a byte
+        {"41 5 Backspace 42", "AB23", 2},
+        {"Ins 41 5 Backspace", "A0123", 1},
+        {"Ins 4142", "AB0123", 2},
+        {"Ctrl+End 4142", "0123AB", 6},
+        {"xyz", "0123", 0},
+        {"Tab xyz", "xyz3", 3},
+        {"Tab Ins xyz", "xyz0123", 3},
+        {"Ins Right Del Backspace", "23", 0},
+        {"Ins Backspace Ctrl+End Del", "0123", 4}, // nothing to delete
+        {"Ins Shift+Right Shift+Right Del", "23", 0},
+        {"Right Shift+Right Shift+Right 41", "0A23", 2},
+        {"Ins Right Shift+Right Shift+Right 41", "0A3", 2},
+        {"Right Del Backspace Shift+Right Del Ctrl+X", "0123", 2}, // moves no bytes
+        {"Ins Ctrl+A Del", "", 0},
+        {"41 Right 42 Ctrl+Z", "A123", 2}, // a step ends where the caret moves
+        {"41 Right 42 Ctrl+Z Ctrl+Z Ctrl+Shift+Z", "A123", 1},
+    };
+    for (const auto &row : rows) {
+        showData("0123");
+        keys("Shift+Tab Home");
+        keys(row.keys);
+        QCOMPARE(content(), QByteArray(row.expected));
+        QCOMPARE(m_edit->address(), row.address);
+        while (m_edit->document().canUndo())
+            m_edit->undo();
+        QCOMPARE(content(), QByteArray("0123"));
+        QVERIFY(!m_edit->isModified());
+    }
 }
 
 void TestQHexEdit::movesAndSelects()
 {
-    QFETCH(QString, pressed);
+    const struct
+    {
+        const char *keys; // with the caret at 100 of 1000
+        qint64 begin, length;
+    } rows[] = {
+        {"Home", 96, 0},
+        {"End", 111, 0},
+        {"Shift+End Shift+End", 100, 12}, // the rest of the row
+        {"Ctrl+Home", 0, 0},
+        {"Ctrl+End", 1000, 0},
+        {"Up Up Down", 84, 0},
+        {"Ctrl+Home Up", 0, 0},
+        {"Ctrl+End Down", 1000, 0},
+        {"Shift+Ctrl+Home", 0, 100},
+        {"Shift+Ctrl+End", 100, 900},
+        {"Shift+Down Shift+Left", 100, 15},
+        {"Shift+Left Shift+Up", 83, 17},
+        {"Ctrl+A", 0, 1000},
+        {"Shift+Right Left", 100, 0},
+    };
     showData(QByteArray(1000, 'x'));
-    m_edit->goTo(100);
-    keys(pressed);
-    QTEST(static_cast<int>(m_edit->selectionBegin()), "begin");
-    QTEST(static_cast<int>(m_edit->selectionLength()), "length");
+    for (const auto &row : rows) {
+        m_edit->goTo(100);
+        keys(row.keys);
+        QCOMPARE(m_edit->selectionBegin(), row.begin);
+        QCOMPARE(m_edit->selectionLength(), row.length);
+    }
 }
 
 void TestQHexEdit::selectsByMouse()
@@ -259,59 +242,49 @@ void TestQHexEdit::copiesAndPastes()
 
 // What is cut from one column and pasted into the other is what it was, and no
 // half of a character stays behind.
-void TestQHexEdit::movesBytesExactly_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("codec");
-    QTest::addColumn<bool>("inText");
-    QTest::addColumn<int>("begin");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<QByteArray>("left");
-    QTest::addColumn<QString>("text"); // for other programs
-    const QByteArray binary("\x00\xff\x80\xc3z", 5);
-    QTest::newRow("no text") << binary << 0 << true << 0 << 4 << QByteArray("z")
-                             << QString(QChar(0)) + QString(3, QChar(0xFFFD));
-    const QByteArray chinese("a\xCE\xC2\xB6\xC8z");
-    QTest::newRow("halves") << chinese << 1 << true << 2 << 2 << QByteArray("az") << QStringLiteral("温度");
-    QTest::newRow("bytes") << chinese << 1 << false << 2 << 2 << QByteArray("a\xCE\xC8z") << "C2 B6";
-    QTest::newRow("mark") << QByteArray("\xEF\xBB\xBF"
-                                        "12")
-                          << 0 << true << 0 << 4 << QByteArray("2") << QStringLiteral("\uFEFF1");
-}
-
 void TestQHexEdit::movesBytesExactly()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, codec);
-    QFETCH(bool, inText);
-    QFETCH(int, begin);
-    QFETCH(int, length);
-    showData(bytes);
-    m_edit->setTextCodec(codec);
-    m_edit->setOverwrite(false);
-    click(0, inText);
-    m_edit->select(begin, length);
-    keys("Ctrl+X");
-    QTEST(content(), "left");
-    QTEST(QApplication::clipboard()->text(), "text");
-    keys(inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");
-    QCOMPARE(content(), bytes);
-}
-
-void TestQHexEdit::refusesWhatTextCannotSay()
-{
-    showData("z");
+    const struct
+    {
+        QByteArray bytes;
+        int codec;
+        bool inText;
+        qint64 begin, length;
+        QByteArray left;
+        QString text; // for other programs
+    } rows[] = {
+        {QByteArray("\x00\xff\x80\xc3z", 5), 0, true, 0, 4, "z",
+         QString(QChar(0)) + QString(3, QChar(0xFFFD))},
+        {"a\xCE\xC2\xB6\xC8z", 1, true, 2, 2, "az", "温度"},
+        {"a\xCE\xC2\xB6\xC8z", 1, false, 2, 2, "a\xCE\xC8z", "C2 B6"},
+        {"\xEF\xBB\xBF-2", 0, true, 0, 4, "2", QStringLiteral("\uFEFF-")},
+    };
+    for (const auto &row : rows) {
+        showData(row.bytes);
+        m_edit->setTextCodec(row.codec);
+        m_edit->setOverwrite(false);
+        click(0, row.inText);
+        m_edit->select(row.begin, row.length);
+        keys("Ctrl+X");
+        QCOMPARE(content(), row.left);
+        QCOMPARE(QApplication::clipboard()->text(), row.text);
+        keys(row.inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");
+        QCOMPARE(content(), row.bytes);
+    }
+    // Text that the codec can't say is refused.
+    m_edit->setTextCodec(0);
     click(0, true);
-    for (const QString &text : {QStringLiteral("a\uFFFD"), QString(QChar(0xD800)) + 'a', QString()}) {
+    const QByteArray before = content();
+    for (const QString &text : {QString("a\uFFFD"), QString(QChar(0xD800)) + 'a', QString()}) {
         QtMessageTip::showTip(QString());
         QApplication::clipboard()->setText(text);
         keys("Ctrl+V");
-        QCOMPARE(content(), QByteArray("z"));
+        QCOMPARE(content(), before);
         QVERIFY(!QtMessageTip::current()->text().isEmpty());
     }
-    QApplication::clipboard()->setText(QStringLiteral("\uFEFF\U0001F600"));
+    QApplication::clipboard()->setText(QStringLiteral("\U0001F600"));
     keys("Ctrl+V");
-    QCOMPARE(content(), QByteArray("\xEF\xBB\xBF\xF0\x9F\x98\x80"));
+    QCOMPARE(content(), "\xF0\x9F\x98\x80" + before);
 }
 
 // It arrives where the caret was, and nothing is edited before.
@@ -332,14 +305,29 @@ void TestQHexEdit::pastesLongTextInSlices()
 
 void TestQHexEdit::keepsTheCaretInSight()
 {
-    showData(QByteArray(10000, 'x'));
-    for (const qint64 address : {9999, 5000, 5016, 0}) {
-        m_edit->goTo(address);
-        keys(address == 5016 ? "PgDown Down" : "Down");
+    const auto isInSight = [this] {
         const QRect caret = m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
-        QVERIFY2(m_edit->viewport()->rect().contains(caret), qPrintable(QString::number(address)));
-        QVERIFY(caret.top() >= caret.height()); // below the header
-    }
+        return m_edit->viewport()->rect().contains(caret) &&
+               caret.top() >= caret.height(); // below the header
+    };
+    showData(QByteArray(10000, 'x'));
+    for (int row = 0; row < 40; ++row, keys("Down"))
+        QVERIFY2(isInSight(), qPrintable(QString::number(row)));
+    for (int row = 0; row < 40; ++row, keys("Up"))
+        QVERIFY2(isInSight(), qPrintable(QString::number(row)));
+    keys("Ctrl+End");
+    QVERIFY(isInSight());
+    keys("PgUp PgUp PgDown");
+    QVERIFY(isInSight());
+    // Rows scroll by while the mouse is below them.
+    keys("Ctrl+Home");
+    QTest::mousePress(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
+    QMouseEvent below(QEvent::MouseMove, QPointF(at(0, false).x(), m_edit->viewport()->height() + 5),
+                      Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(m_edit->viewport(), &below);
+    QTRY_VERIFY_WITH_TIMEOUT(m_edit->verticalScrollBar()->value() > 3, 30000);
+    QTest::mouseRelease(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
+    QVERIFY(isInSight() && m_edit->selectionBegin() == 0);
 }
 
 void TestQHexEdit::takesChineseInTheTextColumn()
@@ -392,8 +380,8 @@ void TestQHexEdit::refusesWhenReadOnly()
     QCOMPARE(content(), QByteArray("A123"));
 }
 
-// Scrolling and drawing cost by the rows on display, at any size.
-void TestQHexEdit::drawsOnlyWhatIsVisible()
+// More than a scroll bar of bytes could hold, or an int.
+void TestQHexEdit::takesThreeGigabytes()
 {
     const QByteArray block(64 << 20, 'x'); // shared: three gigabytes cost 64 MB
     for (int i = 0; i < 48; ++i)
@@ -402,11 +390,6 @@ void TestQHexEdit::drawsOnlyWhatIsVisible()
     keys("Ctrl+End PgUp 41");
     QVERIFY(m_edit->address() > (qint64(3) << 30) - 1000);
     QCOMPARE(m_edit->verticalScrollBar()->maximum() / 1000, (3 << 26) / 1000);
-    QElapsedTimer clock;
-    clock.start();
-    for (int i = 0; i < 50; ++i)
-        m_edit->grab();
-    QVERIFY2(clock.elapsed() < 20000, "drawing takes longer than rows on display can explain");
 }
 
 QTEST_MAIN(TestQHexEdit)
