@@ -15,86 +15,74 @@ class TestSettings : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { initKorvexResources(); }
     void init();
     void firstStartWritesTheTable();
     void leavesAFileWithGroupsAlone();
-    void readsDefaultsForWhatIsMissing();
-    void refusesSenselessValues();
-    void survivesGarbage_data();
+    void readsDefaultsForMissingValues();
+    void refusesValuesOutOfRange();
     void survivesGarbage();
-    void writesOneValueAtATime();
     void reportsAFileThatCannotBeWritten();
     void restoresTheFirstStart();
     void buildsTheStyleSheetInOrder();
     void unknownSkinLeavesTheProgramUnstyled();
 
 private:
-    void writeFile(const QByteArray &content);
-    QVariant stored(const char *key);
+    void writeFile(const QByteArray &content)
+    {
+        QFile file(AppPaths::configFile());
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
+    // "key=value" of all values in the file, sorted.
+    static QStringList stored()
+    {
+        const QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+        QStringList lines;
+        for (const QString &key : file.allKeys())
+            lines += key + '=' + file.value(key).toString();
+        lines.sort();
+        return lines;
+    }
 
     std::unique_ptr<QTemporaryDir> m_root;
+    Settings &s = Settings::instance();
+    const QStringList m_firstStart{"Common/RecvBackground=#4b4b4b",
+                                   "Common/RecvTextColor=#f2f2f2",
+                                   "Common/SendBackground=#4b4b4b",
+                                   "Common/SendTextColor=#f2f2f2",
+                                   "Common/Skin=0",
+                                   "Common/TextCodec=1",
+                                   "DAPCfg/Language=qt_app_zh.qm",
+                                   "DAPCfg/OpenUrl=",
+                                   "LoRaTool/UpdateUrl=https://www.orvane.example/firmware",
+                                   "NetTools/IPAddr=127.0.0.1",
+                                   "NetTools/NetType=0",
+                                   "NetTools/Port=8000",
+                                   "Serialport/BaudRate=115200",
+                                   "Serialport/DataBit=8",
+                                   "Serialport/Parity=0",
+                                   "Serialport/SotpBit=1"};
 };
-
-void TestSettings::initTestCase()
-{
-    initKorvexResources();
-}
 
 void TestSettings::init()
 {
     m_root = std::make_unique<QTemporaryDir>();
     AppPaths::setRoot(m_root->path());
     AppPaths::makeFolders();
-    Settings::instance() = Settings();
-}
-
-void TestSettings::writeFile(const QByteArray &content)
-{
-    QFile file(AppPaths::configFile());
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-
-QVariant TestSettings::stored(const char *key)
-{
-    return QSettings(AppPaths::configFile(), QSettings::IniFormat).value(QLatin1String(key));
+    s = Settings();
 }
 
 void TestSettings::firstStartWritesTheTable()
 {
     for (const char *folder : {"tmp", "download", "conf"})
-        QVERIFY(QFileInfo(m_root->filePath(QLatin1String(folder))).isDir());
+        QVERIFY(QFileInfo(m_root->filePath(folder)).isDir());
+    QCOMPARE(s.probe.port, QString("SW")); // before the file is read
+    QCOMPARE(s.probe.frequency, QString("10MHz"));
     Settings::writeDefaults();
-    const QMap<QString, QString> expected{
-        {"Common/RecvBackground", "#4b4b4b"},
-        {"Common/RecvTextColor", "#f2f2f2"},
-        {"Common/SendBackground", "#4b4b4b"},
-        {"Common/SendTextColor", "#f2f2f2"},
-        {"Common/TextCodec", "1"},
-        {"Common/Skin", "0"},
-        {"Serialport/BaudRate", "115200"},
-        {"Serialport/DataBit", "8"},
-        {"Serialport/SotpBit", "1"},
-        {"Serialport/Parity", "0"},
-        {"NetTools/NetType", "0"},
-        {"NetTools/IPAddr", "127.0.0.1"},
-        {"NetTools/Port", "8000"},
-        {"DAPCfg/OpenUrl", ""},
-        {"DAPCfg/Language", "qt_app_zh.qm"},
-    };
-    const QSettings file(AppPaths::configFile(), QSettings::IniFormat);
-    for (auto it = expected.begin(); it != expected.end(); ++it)
-        QCOMPARE(file.value(it.key()).toString(), it.value());
-    QVERIFY(!file.value("LoRaTool/UpdateUrl").toString().isEmpty());
-    QCOMPARE(file.allKeys().size(), expected.size() + 1);
-
+    QCOMPARE(stored(), m_firstStart);
     Settings::load();
-    const Settings &s = Settings::instance();
     QCOMPARE(s.serial.baudRate, 115200);
     QCOMPARE(s.closeBehaviour, 0);
-    QCOMPARE(s.probe.port, QStringLiteral("SWD"));
-    QCOMPARE(s.probe.frequency, QStringLiteral("10HMz"));
     QCOMPARE(s.probe.openUrl, QString());
 }
 
@@ -102,85 +90,86 @@ void TestSettings::leavesAFileWithGroupsAlone()
 {
     writeFile("[Serialport]\nDataBit=7\n");
     Settings::writeDefaults();
-    QCOMPARE(QSettings(AppPaths::configFile(), QSettings::IniFormat).allKeys(),
-             QStringList("Serialport/DataBit"));
-    Settings::load();
-    QCOMPARE(Settings::instance().serial.dataBits, 7);
-    QCOMPARE(Settings::instance().serial.baudRate, 115400);
-
-    // A file without any group counts as new.
-    writeFile("; nothing\n");
+    QCOMPARE(stored(), QStringList("Serialport/DataBit=7"));
+    writeFile("; a file without any group counts as new\n");
     Settings::writeDefaults();
-    QCOMPARE(stored("Serialport/BaudRate").toInt(), 115200);
+    QCOMPARE(stored(), m_firstStart);
 }
 
-void TestSettings::readsDefaultsForWhatIsMissing()
+void TestSettings::readsDefaultsForMissingValues()
 {
-    Settings::instance().probe.chip = QStringLiteral("other");
+    s.probe.chip.setForThisRun("other");
     Settings::load();
-    const Settings &s = Settings::instance();
     QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
     QCOMPARE(s.textCodec, 1);
     QCOMPARE(s.serial.baudRate, 115400);
-    QCOMPARE(s.serial.stopBits, 1);
-    QCOMPARE(s.network.address, QStringLiteral("127.0.0.1"));
-    QCOMPARE(s.network.port, 8000);
-    QCOMPARE(s.probe.chip, QStringLiteral("STM32F103RC"));
-    QCOMPARE(s.probe.openUrl, QStringLiteral("d:/"));
+    QCOMPARE(s.network.address, QString("127.0.0.1"));
+    QCOMPARE(s.camera.baudRate, 921600);
+    QCOMPARE(s.probe.chip, QString("STM32F103RC"));
+    QCOMPARE(s.probe.port, QString("SWD"));
+    QCOMPARE(s.probe.frequency, QString("10HMz"));
+    QCOMPARE(s.probe.openUrl, QString("d:/"));
     QVERIFY(!QFileInfo::exists(AppPaths::configFile())); // reading writes nothing
 }
 
-void TestSettings::refusesSenselessValues()
+void TestSettings::refusesValuesOutOfRange()
 {
-    writeFile("[Common]\nRecvBackground=nonsense\nRecvTextColor=#12\nSendTextColor=red\nTextCodec=7\nSkin=x\n"
-              "Buffer=-1\n[Serialport]\nBaudRate=-5\nDataBit=99\nSotpBit=abc\nParity=9\n"
-              "[NetTools]\nNetType=4\nPort=0\n");
-    Settings::load();
-    const Settings &s = Settings::instance();
-    QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
-    QCOMPARE(s.recvTextColor, QColor("#f2f2f2"));
-    QCOMPARE(s.sendTextColor, QColor("red"));
-    QCOMPARE(s.textCodec, 1);
-    QCOMPARE(s.skin, 0);
-    QCOMPARE(s.closeBehaviour, 0);
-    QCOMPARE(s.serial.baudRate, 115400);
-    QCOMPARE(s.serial.dataBits, 8);
-    QCOMPARE(s.serial.stopBits, 1);
-    QCOMPARE(s.serial.parity, 0);
-    QCOMPARE(s.network.type, 0);
-    QCOMPARE(s.network.port, 8000);
-}
-
-void TestSettings::survivesGarbage_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QByteArray noise;
-    quint32 state = 1;
-    for (int i = 0; i < 5000; ++i) {
-        state = state * 1664525 + 1013904223;
-        noise.append(static_cast<char>(state >> 24));
+    struct Row
+    {
+        const char *path;
+        const Setting<int> &setting;
+        int usual;
+        int min;
+        int max;
+    };
+    const int any = std::numeric_limits<int>::max();
+    const Row rows[] = {{"Common/TextCodec", s.textCodec, 1, 0, 1},
+                        {"Common/Buffer", s.closeBehaviour, 0, 0, 2},
+                        {"Common/Skin", s.skin, 0, -any, any}, // an unknown one is kept
+                        {"Serialport/BaudRate", s.serial.baudRate, 115400, 1, any},
+                        {"Serialport/DataBit", s.serial.dataBits, 8, 5, 8},
+                        {"Serialport/SotpBit", s.serial.stopBits, 1, 0, 2},
+                        {"Serialport/Parity", s.serial.parity, 0, 0, 4},
+                        {"NetTools/NetType", s.network.type, 0, 0, 2},
+                        {"NetTools/Port", s.network.port, 8000, 1, 65535},
+                        {"Camera/AddrLength", s.camera.addressLength, 2, 1, 4},
+                        {"Camera/ValueLength", s.camera.valueLength, 1, 1, 4},
+                        {"Camera/NetType", s.camera.type, 0, 0, 3},
+                        {"Camera/Port", s.camera.port, 8000, 1, 65535},
+                        {"Camera/DestPort", s.camera.destinationPort, 8000, 1, 65535},
+                        {"Camera/BaudRate", s.camera.baudRate, 921600, 1, any}};
+    const auto loaded = [](const Row &row, const QVariant &value) {
+        QSettings(AppPaths::configFile(), QSettings::IniFormat).setValue(row.path, value);
+        Settings::load();
+        return row.setting.value();
+    };
+    for (const Row &row : rows) {
+        QCOMPARE(loaded(row, row.min), row.min);
+        QCOMPARE(loaded(row, row.max), row.max);
+        QCOMPARE(loaded(row, qint64(row.min) - 1), row.usual);
+        QCOMPARE(loaded(row, qint64(row.max) + 1), row.usual);
+        QCOMPARE(loaded(row, "abc"), row.usual);
     }
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("noise") << noise;
-    QTest::newRow("one long line") << QByteArray(1000 * 1000, '[');
+    writeFile("[Common]\nRecvBackground=nonsense\nSendTextColor=red\nRecvFollowsSkin=2\nSendFollowsSkin=1\n"
+              "[Pid]\nFitAll=1\n");
+    Settings::load();
+    QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
+    QCOMPARE(s.sendTextColor, QColor("red"));
+    QVERIFY(!s.recvFollowsSkin && s.sendFollowsSkin && s.pid.fitAll);
 }
 
 void TestSettings::survivesGarbage()
 {
-    QFETCH(QByteArray, content);
-    writeFile(content);
-    Settings::writeDefaults();
-    Settings::load();
-    QVERIFY(Settings::instance().serial.baudRate == 115200 || Settings::instance().serial.baudRate == 115400);
-    QCOMPARE(Settings::instance().recvBackground, QColor("#4b4b4b"));
-}
-
-void TestSettings::writesOneValueAtATime()
-{
-    Settings::writeDefaults();
-    QVERIFY(Settings::instance().textCodec.set(0));
-    QCOMPARE(stored("Common/TextCodec").toInt(), 0);
-    QCOMPARE(stored("Serialport/BaudRate").toInt(), 115200);
+    QByteArray noise;
+    for (quint32 state = 1; noise.size() < 5000; state = state * 1664525 + 1013904223)
+        noise.append(static_cast<char>(state >> 24));
+    for (const QByteArray &content : {noise, QByteArray(1000 * 1000, '[')}) {
+        writeFile(content);
+        Settings::writeDefaults();
+        Settings::load();
+        QVERIFY(s.serial.baudRate == 115200 || s.serial.baudRate == 115400);
+        QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
+    }
 }
 
 void TestSettings::reportsAFileThatCannotBeWritten()
@@ -191,85 +180,90 @@ void TestSettings::reportsAFileThatCannotBeWritten()
     QStringList reasons;
     SettingsFile::setFailureHandler([&reasons](const QString &reason) { reasons.append(reason); });
     for (int i = 0; i < 2; ++i)
-        QVERIFY(!Settings::instance().textCodec.set(0));
-    QCOMPARE(reasons, QStringList(QStringLiteral("程序目录下无法建立文件夹conf"))); // told once
-    Settings::load();
-    QCOMPARE(Settings::instance().textCodec, 1);
-
-    QVERIFY(blocker.remove()); // the folder is made with the next value
-    QVERIFY(Settings::instance().textCodec.set(0));
-    QCOMPARE(stored("Common/TextCodec").toInt(), 0);
+        QVERIFY(!s.textCodec.set(0));
+    QCOMPARE(reasons, QStringList("程序目录下无法建立文件夹conf")); // told once
+    QCOMPARE(s.textCodec, 0);                                       // for this run
+    QVERIFY(blocker.remove());                                      // the folder is made with the next value
+    QVERIFY(s.textCodec.set(0));
+    QCOMPARE(stored(), QStringList("Common/TextCodec=0"));
     AppPaths::setRoot(AppPaths::configFile());
-    QVERIFY(!Settings::instance().textCodec.set(1));
+    QVERIFY(!s.textCodec.set(1));
     QCOMPARE(reasons.size(), 2);
     SettingsFile::setFailureHandler({});
 }
 
 void TestSettings::restoresTheFirstStart()
 {
+    const auto changeAll = [this] {
+        s.closeBehaviour.set(2);
+        s.recvFollowsSkin.set(true);
+        s.skin.set(2);
+        s.serial.baudRate.set(9600);
+        s.camera.addressLength.set(4);
+        s.pid.fitAll.set(true);
+        s.recentFiles.set({"a.bin"});
+        s.probe.chip.set("other");
+    };
+    const auto values = [this] {
+        return QStringList{QString::number(s.closeBehaviour), QString::number(s.recvFollowsSkin),
+                           QString::number(s.skin),           QString::number(s.serial.baudRate),
+                           QString::number(s.pid.fitAll),     QString::number(s.camera.addressLength),
+                           s.recentFiles->join(','),          s.probe.chip};
+    };
+    const QStringList restored{"0", "0", "0", "115200", "0", "2", "a.bin", "other"};
     Settings::writeDefaults();
-    Settings::instance().closeBehaviour.set(2);
-    Settings::instance().recvFollowsSkin.set(true);
-    Settings::instance().skin.set(2);
-    Settings::instance().serial.baudRate.set(9600);
-    Settings::instance().camera.addressLength.set(4);
-    Settings::instance().recentFiles.set({"a.bin"});
-    Settings::load();
-    QCOMPARE(Settings::instance().closeBehaviour, 2);
+    changeAll();
     QVERIFY(Settings::restoreDefaults());
-    QCOMPARE(Settings::instance().skin, 0);
-    QCOMPARE(Settings::instance().serial.baudRate, 115200);
-    QCOMPARE(Settings::instance().closeBehaviour, 0);
-    QVERIFY(!stored("Common/Buffer").isValid());
-    QCOMPARE(Settings::instance().camera.addressLength, 2);
-    QVERIFY(!stored("Camera/AddrLength").isValid());
-    QVERIFY(!Settings::instance().recvFollowsSkin);
-    QVERIFY(stored("HexEdit/RecentFiles").isValid()); // no setting
+    QCOMPARE(values(), restored);
+    QStringList expected = m_firstStart + QStringList{"DAPCfg/Chip=other", "HexEdit/RecentFiles=a.bin"};
+    expected.sort();
+    QCOMPARE(stored(), expected);
 
     AppPaths::setRoot(AppPaths::configFile()); // a file: nothing can be written below it
-    Settings::instance().closeBehaviour = 2;
-    QVERIFY(!Settings::restoreDefaults()); // and yet, in memory
-    QCOMPARE(Settings::instance().closeBehaviour, 0);
-    QCOMPARE(Settings::instance().serial.baudRate, 115200);
-    QCOMPARE(Settings::instance().recentFiles, QStringList("a.bin"));
+    changeAll();
+    QVERIFY(!Settings::restoreDefaults()); // for this run
+    QCOMPARE(values(), restored);
 }
 
 void TestSettings::buildsTheStyleSheetInOrder()
 {
-    Settings::instance().recvBackground = QColor(0xAB, 0xCD, 0xEF);
+    s.recvBackground.setForThisRun(QColor(0xAB, 0xCD, 0xEF));
     for (int skin = 0; skin < 3; ++skin) {
         Skin::apply(skin);
-        QCOMPARE(stored("Common/Skin").toInt(), skin);
-        const QString sheet = qApp->styleSheet();
-        QVERIFY(sheet.startsWith("QtTerminalWidget#recvBrowser {background-color: #abcdef; color:#f2f2f2; } "
-                                 "QtTextEditInput#textEditSend {background-color:#4b4b4b; color:#f2f2f2; }"));
-        QVERIFY(sheet.endsWith("QWidget#widgetSingleSend {background-color:#4b4b4b; }"));
-        QFile file(QStringLiteral(":/resources/css/%1.css").arg(Skin::palette().name));
+        QVERIFY(stored().contains(QString("Common/Skin=%1").arg(skin)));
+        QFile file(QString(":/resources/css/%1.css").arg(Skin::palette().name));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
-        QVERIFY(bytes.size() > 1000);
-        // Stored as GB18030, read as UTF-8: only ASCII is the same in both.
-        QVERIFY(std::all_of(bytes.begin(), bytes.end(),
-                            [](char c) { return static_cast<unsigned char>(c) < 0x80; }));
-        QVERIFY(sheet.contains(QString::fromLatin1(bytes)));
+        QCOMPARE(qApp->styleSheet(),
+                 "QtTerminalWidget#recvBrowser {background-color: #abcdef; color:#f2f2f2; } "
+                 "QtTextEditInput#textEditSend {background-color:#4b4b4b; color:#f2f2f2; }" +
+                     QString::fromLatin1(file.readAll()) +
+                     "QWidget#widgetSingleSend {background-color:#4b4b4b; }");
     }
-    Skin::apply(2);
-    QCOMPARE(Skin::palette().accent, QStringLiteral("#feba3b"));
-    Skin::apply(1);
-    QCOMPARE(Skin::palette().outline, QColor("#797979"));
+    const auto colors = [](int skin) {
+        Skin::apply(skin);
+        const SkinPalette &p = Skin::palette();
+        return QStringList{p.name,          p.text,  p.accent, p.window,        p.border,
+                           p.secondaryText, p.panel, p.header, p.outline.name()};
+    };
+    QCOMPARE(colors(0).join(' '),
+             QString("default #f2f2f2 #02a1dd #1e1e1e #454443 #AEBFC5 #302f2f #323232 #000000"));
+    QCOMPARE(colors(1).join(' '),
+             QString("white #333333 #02a1dd #f0f0f0 #cccccc #000000 #ffffff #e1e1e1 #797979"));
+    QCOMPARE(colors(2).join(' '),
+             QString("yellow #f2f2f2 #feba3b #263240 #212d3b #AEBFC5 #263240 #323232 #000000"));
 }
 
 void TestSettings::unknownSkinLeavesTheProgramUnstyled()
 {
-    qApp->setStyleSheet(QString());
     Skin::apply(0);
     const QString before = qApp->styleSheet();
-    Skin::apply(3);
-    QCOMPARE(qApp->styleSheet(), before);
-    QCOMPARE(Skin::palette().name, QStringLiteral("default"));
-    QCOMPARE(stored("Common/Skin").toInt(), 3);
-    Settings::load();
-    QCOMPARE(Settings::instance().skin, 3);
+    for (const int skin : {3, -1}) {
+        Skin::apply(skin);
+        QCOMPARE(qApp->styleSheet(), before);
+        QCOMPARE(Skin::palette().name, QString("default"));
+        Settings::load();
+        QCOMPARE(s.skin, skin);
+    }
 }
 
 QTEST_MAIN(TestSettings)

@@ -1,7 +1,0 @@
-#include "dialoganswers.h"
-
-DialogAnswers &DialogAnswers::instance()
-{
-    static DialogAnswers answers;
-    return answers;
-}
