@@ -26,11 +26,16 @@ for package in $wanted; do
 done
 
 if [ -n "$missing" ]; then
-  echo "== Installing with apt-get:$missing"
   run_as_root=
   if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || { echo "These packages need root or sudo." >&2; exit 1; }
+    command -v sudo >/dev/null || { echo "These packages need root or sudo:$missing" >&2; exit 1; }
     run_as_root=sudo
+  fi
+  echo "== These packages are missing and will be installed:$missing"
+  echo "== with: ${run_as_root:+sudo }apt-get install --no-install-recommends; nothing else on this system changes."
+  if [ -t 0 ]; then
+    echo "== Ctrl+C within 5 seconds to stop."
+    sleep 5
   fi
   $run_as_root apt-get update
   # shellcheck disable=SC2086
