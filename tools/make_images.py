@@ -5,7 +5,7 @@ and the icon of the Windows executable.
     make_images.py <resources/images> <packaging/windows>
 
 Style sheets can show image files only (no glyphs) for check marks, radio
-dots, arrows and tree branches; each skin has its own set in its own colours,
+dots, arrows and tree branches; each skin has its own set in its own colors,
 and each mark a second size, name@2x.png, which Qt takes on dense screens.
 
 Shapes are signed distances in pixels, negative inside: the coverage of a
@@ -34,7 +34,7 @@ def skin_row(name):
 
 ACCENT = dict(zip(skin_row("marks"), skin_row("accent")))
 TEXT = dict(zip(skin_row("marks"), skin_row("text")))
-# On the accent colour: white is readable on the blue, not on the yellow.
+# On the accent color: white is readable on the blue, not on the yellow.
 ON_ACCENT = {"dark": "#ffffff", "white": "#ffffff", "yellow": "#1e1e1e"}
 DISABLED = "#808080"
 
@@ -81,15 +81,15 @@ def ring(shape, width):
 
 # --- pictures -------------------------------------------------------------
 
-def colour(text):
+def color(text):
     return tuple(int(text[i:i + 2], 16) for i in (1, 3, 5))
 
 
 def png_bytes(side, scale, layers):
-    """Paints (shape, colour) layers, lowest first, on a transparent square.
+    """Paints (shape, color) layers, lowest first, on a transparent square.
     Shapes are in units of which the picture has side; scale pixels per unit."""
     pixels = round(side * scale)
-    layers = [(shape, colour(text)) for shape, text in layers]
+    layers = [(shape, color(text)) for shape, text in layers]
     rows = bytearray()
     for row in range(pixels):
         rows.append(0)
@@ -102,7 +102,7 @@ def png_bytes(side, scale, layers):
                 green = g * cover + green * (1 - cover)
                 blue = b * cover + blue * (1 - cover)
                 alpha = cover + alpha * (1 - cover)
-            if alpha > 0:  # the file wants colours not multiplied by alpha
+            if alpha > 0:  # the file wants colors not multiplied by alpha
                 rows += bytes(min(255, round(c / alpha)) for c in (red, green, blue))
             else:
                 rows += bytes(3)

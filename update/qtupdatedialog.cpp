@@ -125,7 +125,7 @@ void QtUpdateDialog::buildUi()
     m_splitLine->setAttribute(Qt::WA_StyledBackground);
     m_splitLine->setStyleSheet(QStringLiteral("background-color: #797979;"));
     m_splitLine->setFixedHeight(1);
-    titleBar()->setIconColour(QColor(0xd4, 0xd4, 0xd4));
+    titleBar()->setIconColor(QColor(0xd4, 0xd4, 0xd4));
     m_update->setObjectName(QStringLiteral("btnUpdate"));
     m_update->setEnabled(false);
     m_cancel->setObjectName(QStringLiteral("btnCancelUpdate"));

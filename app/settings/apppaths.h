@@ -19,7 +19,7 @@ QString tmpFolder();  // tmp: spool files of the running program
 QString manual(); // whether it is there or not
 
 // Makes "tmp", "download" and "conf" where they are missing. A folder that
-// cannot be made is left out; whoever writes there reports it.
+// cannot be made is skipped; a later write there reports the failure.
 void makeFolders();
 
 } // namespace AppPaths

@@ -1,7 +1,7 @@
 #pragma once
 
-// A list of baud rates that any other rate can be typed into. Arrow keys and
-// the wheel go from the rate that is shown to its neighbour in the list.
+// An editable list of baud rates. Arrow keys and the wheel step from the rate
+// shown to its neighbor in the list.
 
 #include <QComboBox>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Makes a button take a double click as one click: one that starts something
-// and becomes the one that ends it would otherwise do both.
+// Makes a double click on a button count as one click: a button that starts
+// something and then stops it would otherwise do both.
 
 class QAbstractButton;
 

@@ -13,10 +13,9 @@ double linear(double channel)
 
 namespace Contrast {
 
-double luminance(const QColor &colour)
+double luminance(const QColor &color)
 {
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
-           0.0722 * linear(colour.blueF());
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }
 
 double ratio(const QColor &one, const QColor &other)

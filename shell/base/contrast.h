@@ -1,8 +1,8 @@
 #pragma once
 
-// How well a text colour can be read on a background: the contrast ratio of
-// WCAG 2.1 ("relative luminance" and "contrast ratio"), 1 to 21. Text should
-// have 4.5 at least.
+// How well a text color can be read on a background: the contrast ratio of
+// WCAG 2.1 ("relative luminance" and "contrast ratio"), 1 to 21. Text needs
+// at least 4.5.
 
 #include <QColor>
 
@@ -10,7 +10,7 @@ namespace Contrast {
 
 constexpr double readable = 4.5;
 
-double luminance(const QColor &colour);
+double luminance(const QColor &color);
 double ratio(const QColor &one, const QColor &other);
 
 } // namespace Contrast

@@ -1,7 +1,7 @@
 #pragma once
 
 // Answers given in the user's place, for tests and demonstrations: where a
-// function is set, no dialog opens and its result is taken. All are empty in
+// function is set, no dialog opens and its result is used. All are empty in
 // the program itself. Every modal dialog of shell/base asks here first.
 
 #include <QStringList>
@@ -20,5 +20,9 @@ struct DialogAnswers
                               const QString &filter)>
         fileNames;
 
-    static DialogAnswers &instance();
+    static DialogAnswers &instance()
+    {
+        static DialogAnswers answers;
+        return answers;
+    }
 };

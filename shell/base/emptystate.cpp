@@ -50,7 +50,7 @@ void EmptyState::changeEvent(QEvent *event)
 
 void EmptyState::drawIcon()
 {
-    QColor colour(Skin::palette().secondaryText);
-    colour.setAlpha(160);
-    m_icon->setPixmap(IconFont::pixmap(m_glyph, colour, iconSide, iconSide));
+    QColor color(Skin::palette().secondaryText);
+    color.setAlpha(160);
+    m_icon->setPixmap(IconFont::pixmap(m_glyph, color, iconSide, iconSide));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// What an area shows that has nothing to show yet: an icon and a short text
-// that says what will appear and how to get it.
+// The picture of an empty area: an icon and a short text that says what will
+// appear and how to get it.
 
 #include "iconfont.h"
 

@@ -1,5 +1,6 @@
 #include "fieldbehavior.h"
 
+#include <QAbstractButton>
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>
 #include <QApplication>
@@ -64,6 +65,14 @@ void FieldBehavior::install()
     auto *behavior = new FieldBehavior(qApp);
     behavior->setObjectName(name);
     qApp->installEventFilter(behavior);
+}
+
+void FieldBehavior::nameIconButtons(QWidget *parent)
+{
+    const auto buttons = parent->findChildren<QAbstractButton *>();
+    for (QAbstractButton *button : buttons)
+        if (button->text().isEmpty() && button->accessibleName().isEmpty())
+            button->setAccessibleName(button->toolTip());
 }
 
 bool FieldBehavior::eventFilter(QObject *watched, QEvent *event)

@@ -19,6 +19,10 @@ public:
     // Once for the application; does nothing when called again.
     static void install();
 
+    // Gives each button without a text its tool tip as its name for screen
+    // readers. Call it when the children of the widget exist.
+    static void nameIconButtons(QWidget *parent);
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 

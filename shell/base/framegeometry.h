@@ -1,7 +1,7 @@
 #pragma once
 
 // The arithmetic of a window that draws its own frame: which edges a point
-// grabs, which cursor says so, and what a drag makes of a rectangle. Knows no
+// grabs, which cursor shows that, and what a drag makes of a rectangle. Knows no
 // window; all values are logical pixels.
 
 #include <QRect>

@@ -2,9 +2,9 @@
 
 // Makes a top-level widget a window without the system's frame that still
 // behaves like one with it: moved by its title bar, resized at edges and
-// corners, maximised to the work area. The system does the moving and
-// resizing where it can; otherwise it is done here. Owned by its window, which
-// draws what is to be seen (paintOutline does the edge).
+// corners, maximised to the work area. The system moves and resizes where it
+// can; otherwise this class does. Owned by its window, which draws itself
+// (paintOutline draws the edge).
 
 #include <QObject>
 #include <QPointer>
@@ -37,7 +37,7 @@ public:
 
     bool isMaximized() const;
 
-    // Background by style sheet and one pixel of the skin's outline colour.
+    // Background by style sheet and one pixel of the skin's outline color.
     // For the window's paintEvent().
     static void paintOutline(QWidget *window);
 

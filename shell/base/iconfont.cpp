@@ -31,7 +31,7 @@ QFont font(int pixelSize)
     return result;
 }
 
-QPixmap pixmap(Glyph glyph, const QColor &colour, int glyphSize, int side)
+QPixmap pixmap(Glyph glyph, const QColor &color, int glyphSize, int side)
 {
     const qreal ratio = qGuiApp->devicePixelRatio();
     QPixmap result(QSize(side, side) * ratio);
@@ -40,17 +40,17 @@ QPixmap pixmap(Glyph glyph, const QColor &colour, int glyphSize, int side)
     QPainter painter(&result);
     painter.setRenderHint(QPainter::TextAntialiasing);
     painter.setFont(font(glyphSize));
-    painter.setPen(colour);
+    painter.setPen(color);
     painter.drawText(QRect(0, 0, side, side), Qt::AlignCenter, QString(QChar(glyph)));
     return result;
 }
 
-QIcon icon(Glyph glyph, const QColor &colour, int glyphSize, int side)
+QIcon icon(Glyph glyph, const QColor &color, int glyphSize, int side)
 {
-    QIcon result(pixmap(glyph, colour, glyphSize, side));
+    QIcon result(pixmap(glyph, color, glyphSize, side));
     // The style's own way hardly dims a light icon on a dark ground.
-    QColor dimmed = colour;
-    dimmed.setAlphaF(colour.alphaF() * 0.4);
+    QColor dimmed = color;
+    dimmed.setAlphaF(color.alphaF() * 0.4);
     result.addPixmap(pixmap(glyph, dimmed, glyphSize, side), QIcon::Disabled);
     return result;
 }

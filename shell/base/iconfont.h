@@ -1,6 +1,6 @@
 #pragma once
 
-// Glyphs of the icon font, as icons and pixmaps in any colour and size.
+// Glyphs of the icon font, as icons and pixmaps in any color and size.
 
 #include <QColor>
 #include <QFont>
@@ -71,7 +71,7 @@ enum Glyph : ushort {
 QFont font(int pixelSize);
 
 // One glyph centred in a transparent square, sharp at the device pixel ratio.
-QPixmap pixmap(Glyph glyph, const QColor &colour, int glyphSize, int side);
-QIcon icon(Glyph glyph, const QColor &colour, int glyphSize = 16, int side = 16);
+QPixmap pixmap(Glyph glyph, const QColor &color, int glyphSize, int side);
+QIcon icon(Glyph glyph, const QColor &color, int glyphSize = 16, int side = 16);
 
 } // namespace IconFont

@@ -9,13 +9,13 @@ constexpr int kAlpha = 178; // 70 %
 
 void fade(QWidget *widget)
 {
-    QPalette colours = widget->palette();
-    QColor faint = colours.color(QPalette::Text);
+    QPalette colors = widget->palette();
+    QColor faint = colors.color(QPalette::Text);
     faint.setAlpha(kAlpha);
-    if (colours.color(QPalette::PlaceholderText) == faint)
+    if (colors.color(QPalette::PlaceholderText) == faint)
         return;
-    colours.setColor(QPalette::PlaceholderText, faint);
-    widget->setPalette(colours);
+    colors.setColor(QPalette::PlaceholderText, faint);
+    widget->setPalette(colors);
 }
 
 class Fader : public QObject

@@ -1,9 +1,8 @@
 #pragma once
 
-// A list of serial ports that can also be typed into. Refilling keeps what was
-// chosen or typed; what was chosen and vanished is chosen again when it is back,
-// unless the user has chosen or opened another. Knows only the entries' texts,
-// not what they stand for.
+// An editable list of serial ports. Refilling keeps the chosen or typed entry; a
+// chosen port that vanishes is chosen again when it is back, unless the user has
+// chosen or opened another. Knows the entries' texts, not the ports.
 
 #include <QComboBox>
 

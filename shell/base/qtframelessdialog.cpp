@@ -3,7 +3,6 @@
 #include "fieldbehavior.h"
 #include "framegeometry.h"
 #include "framelesshelper.h"
-#include "iconbuttons.h"
 #include "qttitlebar.h"
 
 #include <QScreen>
@@ -50,7 +49,7 @@ void QtFramelessDialog::paintEvent(QPaintEvent *)
 // Over the middle of its window, and wholly on the screen.
 void QtFramelessDialog::showEvent(QShowEvent *event)
 {
-    IconButtons::nameByToolTips(this);
+    FieldBehavior::nameIconButtons(this);
     QDialog::showEvent(event);
     if (m_placed || !parentWidget())
         return;

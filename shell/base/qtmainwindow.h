@@ -1,9 +1,8 @@
 #pragma once
 
 // The frameless base of the main window: a widget with an outline of its own
-// that is moved, resized, minimised and maximised by its FramelessHelper. Its
-// children are laid out by whoever derives from it, inside a margin of one
-// pixel.
+// that is moved, resized, minimised and maximised by its FramelessHelper. The
+// derived class lays out its children, inside a margin of one pixel.
 
 #include <QWidget>
 

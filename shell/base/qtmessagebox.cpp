@@ -20,7 +20,7 @@ constexpr int longestTextHeight = 320;
 
 struct IconLook
 {
-    QColor colour;
+    QColor color;
     IconFont::Glyph glyph;
     int glyphSize;
     int side;
@@ -132,7 +132,7 @@ void QtMessageBox::setMessage(const QString &title, const QString &text, int typ
     const std::optional<IconLook> look = iconFor(type);
     m_icon->setVisible(look.has_value());
     if (look)
-        m_icon->setPixmap(IconFont::pixmap(look->glyph, look->colour, look->glyphSize, look->side));
+        m_icon->setPixmap(IconFont::pixmap(look->glyph, look->color, look->glyphSize, look->side));
     const int iconHeight = look ? look->side : 0;
 
     // As high as the text needs at the fixed width, up to where it scrolls.

@@ -1,8 +1,8 @@
 #pragma once
 
-// A notice that goes away by itself. One for the whole process: another text
-// while one is showing takes its place. It is in nobody's way: a press goes to
-// what is below it, and takes a bubble away wherever it is.
+// A notice that closes by itself. One instance for the process: a new text
+// replaces the one shown. It is transparent for the mouse, and a press anywhere
+// closes a bubble.
 
 #include <QTimer>
 #include <QWidget>

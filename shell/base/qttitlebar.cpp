@@ -118,19 +118,19 @@ QToolButton *QtTitleBar::addButton(const QString &objectName, const QString &too
     return button;
 }
 
-void QtTitleBar::setIconColour(const QColor &colour)
+void QtTitleBar::setIconColor(const QColor &color)
 {
-    m_iconColour = colour;
+    m_iconColor = color;
     drawIcons();
 }
 
 void QtTitleBar::drawIcons()
 {
-    const QColor colour = m_iconColour.isValid() ? m_iconColour : QColor(Skin::palette().text);
+    const QColor color = m_iconColor.isValid() ? m_iconColor : QColor(Skin::palette().text);
     if (m_minimize)
-        m_minimize->setIcon(IconFont::icon(IconFont::WindowMinimize, colour));
+        m_minimize->setIcon(IconFont::icon(IconFont::WindowMinimize, color));
     if (m_maximize)
         m_maximize->setIcon(
-            IconFont::icon(m_maximized ? IconFont::WindowRestore : IconFont::WindowMaximize, colour));
-    m_close->setIcon(IconFont::icon(IconFont::WindowClose, colour));
+            IconFont::icon(m_maximized ? IconFont::WindowRestore : IconFont::WindowMaximize, color));
+    m_close->setIcon(IconFont::icon(IconFont::WindowClose, color));
 }

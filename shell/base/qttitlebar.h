@@ -1,7 +1,7 @@
 #pragma once
 
 // The strip at the top of a frameless window: icon, caption, room for menu
-// buttons and the window's buttons. It only tells what was pressed; the
+// buttons and the window's buttons. It only signals what was pressed; the
 // window's FramelessHelper acts.
 
 #include <QColor>
@@ -30,9 +30,9 @@ public:
     // Puts a widget to the left of the window's buttons.
     void addMenuWidget(QWidget *widget);
 
-    // Of the window's buttons, instead of the skin's text colour: for a window
+    // Of the window's buttons, instead of the skin's text color: for a window
     // whose ground is not the skin's.
-    void setIconColour(const QColor &colour);
+    void setIconColor(const QColor &color);
 
     // The close button can be hidden where there is nothing to cancel.
     void setClosable(bool closable);
@@ -61,5 +61,5 @@ private:
     QToolButton *m_maximize = nullptr;
     QToolButton *m_close = nullptr;
     bool m_maximized = false;
-    QColor m_iconColour; // invalid: the skin's
+    QColor m_iconColor; // invalid: the skin's
 };

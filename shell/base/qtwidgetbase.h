@@ -1,13 +1,13 @@
 #pragma once
 
-// What every tool page is: a widget that can be asked for its byte counts and
-// told to forget them, and that ends in three steps, so that nothing is lost:
-//   mayClose()        all pages ask what they have to ask; nothing changes yet
-//   closeLinks()      nothing more comes in; may take time to end
-//   saveBeforeExit()  what was agreed is saved, with all that came meanwhile
-// A page that refuses a step keeps the program open. When a log-off is
-// announced the links stay open, since another program may cancel it: only the
-// first and the last step are taken.
+// The base of every tool page: byte counts, notices, keys, and closing in three
+// steps, so that no data is lost:
+//   mayClose()        each page asks its questions; nothing changes yet
+//   closeLinks()      links close and receive no more; may take time
+//   saveBeforeExit()  saves what the user agreed to, with the last bytes received
+// A page that refuses a step keeps the program open. A log-off may be cancelled
+// by another program, so only the first and the last step run and the links stay
+// open.
 
 #include "notice.h"
 
@@ -30,24 +30,24 @@ public:
     // Sets the page's counters to zero.
     virtual void clearCounts();
 
-    // Asks the user about what ending would lose, and keeps the answers for
-    // saveBeforeExit(). False: the user changed their mind.
+    // Asks the user about data that closing would lose, and keeps the answers for
+    // saveBeforeExit(). False: the user cancelled.
     virtual bool mayClose();
 
-    // Takes in what has arrived, stops what runs and begins to close the links.
+    // Reads what has arrived, stops running work and begins to close the links.
     virtual void closeLinks();
     // The links are closed and nothing is pending. Where closeLinks() needs the
     // event loop for that, the page emits signalClosed() when it is done.
     virtual bool isClosed() const;
 
-    // Saves as the user answered, and asks only about what came after the
-    // question. False: saving failed and the user wants to stay.
+    // Saves as the user answered, and asks only about data received after the
+    // question. False: saving failed and the user keeps the program open.
     virtual bool saveBeforeExit();
 
     // The settings were restored: shows what they are now.
     virtual void reloadSettings();
 
-    // Another text codec was chosen: what is decoded when it is drawn is drawn anew.
+    // Another text codec was chosen: redraws what is decoded when it is drawn.
     virtual void reloadCodec();
 
 signals:

@@ -33,15 +33,15 @@ void StateIndicator::paintEvent(QPaintEvent *event)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF disc = QRectF(rect()).adjusted(3, 3, -3, -3);
-    static const QColor colours[] = {
+    static const QColor colors[] = {
         {0x8a, 0x8a, 0x8a}, {0x34, 0xc3, 0x88}, {0xf8, 0x9a, 0x34}, {0xf0, 0x3e, 0x10}};
-    const QColor colour = colours[m_state];
-    painter.setPen(QPen(colour, 2));
+    const QColor color = colors[m_state];
+    painter.setPen(QPen(color, 2));
     if (m_state == Failed) {
         painter.drawLine(disc.topLeft(), disc.bottomRight());
         painter.drawLine(disc.bottomLeft(), disc.topRight());
         return;
     }
-    painter.setBrush(m_state == On ? QBrush(colour) : QBrush(Qt::NoBrush));
+    painter.setBrush(m_state == On ? QBrush(color) : QBrush(Qt::NoBrush));
     painter.drawEllipse(disc);
 }

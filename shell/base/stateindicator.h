@@ -1,6 +1,6 @@
 #pragma once
 
-// A small dot that tells whether a device is open, by colour and by shape: a
+// A small dot that shows whether a device is open, by color and by shape: a
 // filled green disc when it is, a grey ring when it isn't, an orange ring while
 // it is being opened and a red cross when that failed.
 

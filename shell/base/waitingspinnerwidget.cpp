@@ -48,12 +48,12 @@ void WaitingSpinnerWidget::paintEvent(QPaintEvent *)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.translate(width() / 2.0, height() / 2.0);
-    QColor colour(Skin::palette().accent);
+    QColor color(Skin::palette().accent);
     for (int line = 0; line < lineCount; ++line) {
         // The further behind the brightest line, the fainter.
         const int behind = (m_position - line + lineCount) % lineCount;
-        colour.setAlphaF(qMax(0.15, 1.0 - behind / double(lineCount)));
-        painter.setBrush(colour);
+        color.setAlphaF(qMax(0.15, 1.0 - behind / double(lineCount)));
+        painter.setBrush(color);
         painter.save();
         painter.rotate(360.0 * line / lineCount);
         painter.drawRoundedRect(QRectF(-lineWidth / 2.0, -innerRadius - lineLength, lineWidth, lineLength),

@@ -1,6 +1,6 @@
 #pragma once
 
-// A ring of lines that turns while something is going on.
+// A ring of lines that turns while work is in progress.
 
 #include <QTimer>
 #include <QWidget>

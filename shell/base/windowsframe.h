@@ -1,7 +1,7 @@
 #pragma once
 
-// What Windows must be told so that a window without a frame is still snapped,
-// animated, shown in the task bar and maximised to the work area, and has a
+// The styles and messages by which Windows still snaps and animates a window
+// without a frame, shows it in the task bar, maximises it to the work area, and gives it a
 // shadow, a menu at its title and, from Windows 11 on, the choice of places at
 // its maximise button. Compiled on Windows only; elsewhere it is not made.
 

@@ -1,4 +1,4 @@
-#include "colourswatches.h"
+#include "colorswatches.h"
 
 #include "skin.h"
 
@@ -12,7 +12,7 @@ constexpr int side = 22;
 constexpr int gap = 4;
 } // namespace
 
-ColourSwatches::ColourSwatches(int columns, int rows, QWidget *parent)
+ColorSwatches::ColorSwatches(int columns, int rows, QWidget *parent)
     : QWidget(parent)
     , m_columns(columns)
     , m_rows(rows)
@@ -21,43 +21,43 @@ ColourSwatches::ColourSwatches(int columns, int rows, QWidget *parent)
     setFixedSize(sizeHint());
 }
 
-void ColourSwatches::setColours(const QVector<QColor> &colours)
+void ColorSwatches::setColors(const QVector<QColor> &colors)
 {
-    m_colours = colours.mid(0, m_columns * m_rows);
+    m_colors = colors.mid(0, m_columns * m_rows);
     moveCursor(0);
 }
 
-void ColourSwatches::setCurrentColour(const QColor &colour)
+void ColorSwatches::setCurrentColor(const QColor &color)
 {
-    m_current = colour;
-    if (const int index = m_colours.indexOf(colour); index >= 0)
+    m_current = color;
+    if (const int index = m_colors.indexOf(color); index >= 0)
         moveCursor(index);
     update();
 }
 
-QRect ColourSwatches::cell(int index) const
+QRect ColorSwatches::cell(int index) const
 {
     return {(index % m_columns) * (side + gap), (index / m_columns) * (side + gap), side, side};
 }
 
-QSize ColourSwatches::sizeHint() const
+QSize ColorSwatches::sizeHint() const
 {
     return {m_columns * (side + gap) - gap, m_rows * (side + gap) - gap};
 }
 
-void ColourSwatches::paintEvent(QPaintEvent *)
+void ColorSwatches::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const SkinPalette &palette = Skin::palette();
-    QColor outline(palette.text); // seen on the window and around any colour
+    QColor outline(palette.text); // seen on the window and around any color
     outline.setAlpha(80);
     for (int i = 0; i < m_columns * m_rows; ++i) {
         const QRectF box = QRectF(cell(i)).adjusted(0.5, 0.5, -0.5, -0.5);
-        const bool filled = i < m_colours.size();
-        const bool current = filled && m_colours.at(i) == m_current;
+        const bool filled = i < m_colors.size();
+        const bool current = filled && m_colors.at(i) == m_current;
         const bool focused = filled && hasFocus() && i == m_cursor;
-        painter.setBrush(filled ? QBrush(m_colours.at(i)) : QBrush(Qt::NoBrush));
+        painter.setBrush(filled ? QBrush(m_colors.at(i)) : QBrush(Qt::NoBrush));
         painter.setPen(QPen(current || focused ? QColor(palette.accent) : outline, 1));
         painter.drawRoundedRect(box, 3, 3);
         if (!current && !focused)
@@ -69,13 +69,13 @@ void ColourSwatches::paintEvent(QPaintEvent *)
     }
 }
 
-void ColourSwatches::mousePressEvent(QMouseEvent *event)
+void ColorSwatches::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::LeftButton)
         pick(indexAt(event->pos()));
 }
 
-void ColourSwatches::keyPressEvent(QKeyEvent *event)
+void ColorSwatches::keyPressEvent(QKeyEvent *event)
 {
     int step = 0;
     switch (event->key()) {
@@ -98,43 +98,43 @@ void ColourSwatches::keyPressEvent(QKeyEvent *event)
         QWidget::keyPressEvent(event);
         return;
     }
-    if (m_cursor + step >= 0 && m_cursor + step < m_colours.size())
+    if (m_cursor + step >= 0 && m_cursor + step < m_colors.size())
         moveCursor(m_cursor + step);
 }
 
 // A screen reader reads the color at the cursor.
-void ColourSwatches::moveCursor(int index)
+void ColorSwatches::moveCursor(int index)
 {
     m_cursor = index;
-    setAccessibleName(m_colours.isEmpty() ? QStringLiteral("颜色")
-                                          : QStringLiteral("颜色 %1").arg(m_colours.at(index).name()));
+    setAccessibleName(m_colors.isEmpty() ? QStringLiteral("颜色")
+                                         : QStringLiteral("颜色 %1").arg(m_colors.at(index).name()));
     update();
 }
 
-bool ColourSwatches::event(QEvent *event)
+bool ColorSwatches::event(QEvent *event)
 {
     if (event->type() == QEvent::ToolTip) {
         auto *help = static_cast<QHelpEvent *>(event);
         const int index = indexAt(help->pos());
-        QToolTip::showText(help->globalPos(), index < 0 ? QString() : m_colours.at(index).name(), this);
+        QToolTip::showText(help->globalPos(), index < 0 ? QString() : m_colors.at(index).name(), this);
         return true;
     }
     return QWidget::event(event);
 }
 
-int ColourSwatches::indexAt(const QPoint &point) const
+int ColorSwatches::indexAt(const QPoint &point) const
 {
-    for (int i = 0; i < m_colours.size(); ++i)
+    for (int i = 0; i < m_colors.size(); ++i)
         if (cell(i).contains(point))
             return i;
     return -1;
 }
 
-void ColourSwatches::pick(int index)
+void ColorSwatches::pick(int index)
 {
-    if (index < 0 || index >= m_colours.size())
+    if (index < 0 || index >= m_colors.size())
         return;
     m_cursor = index;
-    setCurrentColour(m_colours.at(index));
+    setCurrentColor(m_colors.at(index));
     emit picked(m_current);
 }

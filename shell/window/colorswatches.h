@@ -1,29 +1,29 @@
 #pragma once
 
-// A grid of colours to pick from, by mouse or with the arrow keys and Space.
+// A grid of colors to pick from, by mouse or with the arrow keys and Space.
 
 #include <QColor>
 #include <QVector>
 #include <QWidget>
 
-class ColourSwatches : public QWidget
+class ColorSwatches : public QWidget
 {
     Q_OBJECT
 
 public:
-    // Empty places are drawn for colours that are still to come.
-    ColourSwatches(int columns, int rows, QWidget *parent = nullptr);
+    // Places without a color are drawn empty.
+    ColorSwatches(int columns, int rows, QWidget *parent = nullptr);
 
-    void setColours(const QVector<QColor> &colours);
-    const QVector<QColor> &colours() const { return m_colours; }
-    // Marks the swatch of this colour, if there is one.
-    void setCurrentColour(const QColor &colour);
+    void setColors(const QVector<QColor> &colors);
+    const QVector<QColor> &colors() const { return m_colors; }
+    // Marks the swatch of this color, if there is one.
+    void setCurrentColor(const QColor &color);
 
     QRect cell(int index) const;
     QSize sizeHint() const override;
 
 signals:
-    void picked(const QColor &colour);
+    void picked(const QColor &color);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -40,5 +40,5 @@ private:
     int m_rows;
     int m_cursor = 0;
     QColor m_current;
-    QVector<QColor> m_colours;
+    QVector<QColor> m_colors;
 };

@@ -31,7 +31,7 @@ HueSaturationField::HueSaturationField(QWidget *parent)
     setAccessibleName(QStringLiteral("色相和饱和度"));
 }
 
-void HueSaturationField::setColour(int hue, int saturation)
+void HueSaturationField::setColor(int hue, int saturation)
 {
     m_hue = qBound(0, hue, 359);
     m_saturation = qBound(0, saturation, 255);

@@ -16,7 +16,7 @@ public:
     int hue() const { return m_hue; }               // 0 to 359
     int saturation() const { return m_saturation; } // 0 to 255
     // Emits nothing.
-    void setColour(int hue, int saturation);
+    void setColor(int hue, int saturation);
 
     QSize sizeHint() const override;
 

@@ -2,9 +2,8 @@
 
 #include "apppaths.h"
 #include "cameradebugwidget.h"
-#include "helplinks.h"
+#include "fieldbehavior.h"
 #include "hexeditwidget.h"
-#include "iconbuttons.h"
 #include "iconfont.h"
 #include "networktoolwidget.h"
 #include "piddebugwidget.h"
@@ -24,6 +23,7 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFileInfo>
 #include <QMenu>
 #include <QPushButton>
 #include <QSessionManager>
@@ -36,8 +36,8 @@
 
 namespace {
 
-const auto kRecvColours = QStringLiteral("接收区设置");
-const auto kSendColours = QStringLiteral("发送区设置");
+const auto kRecvColors = QStringLiteral("接收区设置");
+const auto kSendColors = QStringLiteral("发送区设置");
 const auto kRestore = QStringLiteral("恢复默认设置");
 const auto kExit = QStringLiteral("退出");
 const QStringList kCodecs{QStringLiteral("UTF-8"), QStringLiteral("GB18030")};
@@ -47,6 +47,8 @@ const QStringList kCloseBehaviours{QStringLiteral("关闭时不提醒"), QString
 const auto kAbout = QStringLiteral("关于...");
 const auto kCheckUpdate = QStringLiteral("检查版本更新");
 const auto kAboutMaker = QStringLiteral("关于Orvane科技");
+const auto kHelpPage = QStringLiteral("https://www.orvane.example/korvex/help");
+const auto kMakerSite = QStringLiteral("https://www.orvane.example/");
 
 void check(QActionGroup *group, int index)
 {
@@ -79,7 +81,7 @@ MainWindow::MainWindow(QWidget *parent)
     QGuiApplication::setFallbackSessionManagementEnabled(false);
     connect(qApp, &QGuiApplication::commitDataRequest, this, &MainWindow::commitData, Qt::DirectConnection);
     connect(qApp, &QCoreApplication::aboutToQuit, &m_quitGuard, &QuitGuard::end);
-    connect(&m_quitGuard, &QuitGuard::waiting, this, &MainWindow::showWaiting);
+    connect(&m_quitGuard, &QuitGuard::waiting, this, &MainWindow::setWaiting);
 }
 
 MainWindow::~MainWindow()
@@ -124,10 +126,10 @@ void MainWindow::SltActionTrigger(QAction *action)
 {
     Settings &settings = Settings::instance();
     const QString text = action->text();
-    if (text == kRecvColours) {
-        openFromMenu([this] { chooseColours(QtStyleDialog::ReceiveArea); });
-    } else if (text == kSendColours) {
-        openFromMenu([this] { chooseColours(QtStyleDialog::SendArea); });
+    if (text == kRecvColors) {
+        openFromMenu([this] { chooseColors(QtStyleDialog::ReceiveArea); });
+    } else if (text == kSendColors) {
+        openFromMenu([this] { chooseColors(QtStyleDialog::SendArea); });
     } else if (const int codec = kCodecs.indexOf(text); codec >= 0) {
         settings.textCodec.set(codec);
         for (QtWidgetBase *page : qAsConst(m_pages))
@@ -150,7 +152,7 @@ void MainWindow::SltAboutMenuTrigger(QAction *action)
     else if (action->text() == kCheckUpdate)
         openFromMenu([this] { checkForUpdate(); });
     else if (action->text() == kAboutMaker)
-        openUrl(QUrl(HelpLinks::makerSite));
+        openUrl(QUrl(kMakerSite));
 }
 
 // A menu's button stays pressed until the menu has returned to it; a dialog
@@ -192,7 +194,9 @@ void MainWindow::openUrl(const QUrl &url)
 
 void MainWindow::SltBtnHelpClicked()
 {
-    openUrl(HelpLinks::help());
+    // The manual where it is installed, a web address otherwise.
+    const QString manual = AppPaths::manual();
+    openUrl(QFileInfo(manual).isFile() ? QUrl::fromLocalFile(manual) : QUrl(kHelpPage));
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -234,7 +238,7 @@ void MainWindow::buildUi()
     for (QtWidgetBase *page : qAsConst(m_pages))
         m_stack->addWidget(page);
     m_quitGuard.setPages(m_pages);
-    IconButtons::nameByToolTips(m_stack);
+    FieldBehavior::nameIconButtons(m_stack);
 
     m_statusBar = new QtStatusBar(this);
     layout->addWidget(m_statusBar);
@@ -301,8 +305,8 @@ QMenu *MainWindow::buildSettingsMenu()
 {
     auto *menu = new QMenu(this);
     menu->setObjectName(QStringLiteral("settingsMenu"));
-    menu->addAction(kRecvColours);
-    menu->addAction(kSendColours);
+    menu->addAction(kRecvColors);
+    menu->addAction(kSendColors);
     m_codecs = addChoices(menu, QStringLiteral("编码设置"), kCodecs);
     m_skins = addChoices(menu, QStringLiteral("主题"), kSkins);
     m_closeBehaviours = addChoices(menu, QStringLiteral("数据缓存"), kCloseBehaviours);
@@ -342,7 +346,7 @@ void MainWindow::showChecks()
     check(m_closeBehaviours, settings.closeBehaviour);
 }
 
-void MainWindow::chooseColours(QtStyleDialog::Area area)
+void MainWindow::chooseColors(QtStyleDialog::Area area)
 {
     QtStyleDialog dialog(area, this);
     if (dialog.exec() == 1)
@@ -375,7 +379,7 @@ void MainWindow::commitData(QSessionManager &manager)
     manager.release();
 }
 
-void MainWindow::showWaiting(bool waits)
+void MainWindow::setWaiting(bool waits)
 {
     m_stack->setEnabled(!waits);
     if (waits)

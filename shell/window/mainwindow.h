@@ -1,8 +1,8 @@
 #pragma once
 
 // The program's window: title bar with the menus, tab bar, the five tools and
-// the status bar. Routes the pages' notices and counts, feeds the list of
-// serial ports to those who use it, and ends the program.
+// the status bar. Routes the pages' notices and counts, hands the
+// list of serial ports to the pages that use it, and ends the program.
 
 #include "qtmainwindow.h"
 #include "qtstyledialog.h"
@@ -37,8 +37,8 @@ public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    // Asks every page, closes the links and saves, once on whatever way out the
-    // user takes. False keeps the program open.
+    // Asks every page, closes the links and saves, once for all ways to quit.
+    // False keeps the program open.
     bool prepareToQuit();
 
 public slots:
@@ -62,13 +62,13 @@ private:
     QActionGroup *addChoices(QMenu *menu, const QString &title, const QStringList &choices);
     void showChecks();
     void openFromMenu(const std::function<void()> &open);
-    void chooseColours(QtStyleDialog::Area area);
+    void chooseColors(QtStyleDialog::Area area);
     void restoreDefaults();
     void checkForUpdate();
     void showAbout();
     void openUrl(const QUrl &url);
     void commitData(QSessionManager &manager);
-    void showWaiting(bool waits);
+    void setWaiting(bool waits); // pages are disabled while links close
     QtWidgetBase *currentPage() const;
 
     QtTitleBar *m_titleBar;

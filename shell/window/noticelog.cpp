@@ -3,16 +3,16 @@
 bool NoticeLog::add(const PostedNotice &notice)
 {
     m_recent.append(notice);
-    if (m_recent.size() > remembered)
+    if (m_recent.size() > maxRecent)
         m_recent.removeFirst();
     if (m_holding && !notice.isError()) {
-        m_waiting = notice; // only the newest one still says how things are
-        m_hasWaiting = true;
+        m_pending = notice; // only the newest one is up to date
+        m_hasPending = true;
         return false;
     }
     m_current = notice;
     m_holding = notice.isError();
-    m_hasWaiting = false;
+    m_hasPending = false;
     return true;
 }
 
@@ -20,15 +20,15 @@ void NoticeLog::endCurrent()
 {
     m_current = {};
     m_holding = false;
-    m_hasWaiting = false;
+    m_hasPending = false;
 }
 
 bool NoticeLog::endHold()
 {
     m_holding = false;
-    if (!m_hasWaiting)
+    if (!m_hasPending)
         return false;
-    m_current = m_waiting;
-    m_hasWaiting = false;
+    m_current = m_pending;
+    m_hasPending = false;
     return true;
 }

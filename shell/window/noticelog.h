@@ -1,8 +1,8 @@
 #pragma once
 
-// Decides which notice the status bar shows. An error is shown at once and
-// held for a while: information that comes meanwhile waits until the hold is
-// over. Keeps the recent notices. Knows no clock: the owner runs the hold.
+// Decides which notice the status bar shows. An error is shown at once and held
+// for a while; information posted during the hold is pending until its end.
+// Keeps the recent notices. Knows no clock: the owner times the hold.
 
 #include "notice.h"
 
@@ -19,16 +19,16 @@ struct PostedNotice : Notice
 class NoticeLog
 {
 public:
-    static constexpr int remembered = 100;
+    static constexpr int maxRecent = 100;
 
-    // Takes a notice. True when it is now the one to show; the owner then
-    // starts the hold if it is an error.
+    // Adds a notice. True when it is now the current one; the owner then starts
+    // the hold if it is an error.
     bool add(const PostedNotice &notice);
 
-    // The hold is over. True when a waiting notice is now the one to show.
+    // Ends the hold. True when the pending notice is now the current one.
     bool endHold();
 
-    // Nothing is to be shown any more; the notice stays among the recent ones.
+    // No notice is current any more; the last one stays among the recent ones.
     void endCurrent();
 
     bool isHolding() const { return m_holding; }
@@ -37,8 +37,8 @@ public:
 
 private:
     PostedNotice m_current;
-    PostedNotice m_waiting;
+    PostedNotice m_pending;
     bool m_holding = false;
-    bool m_hasWaiting = false;
+    bool m_hasPending = false;
     QVector<PostedNotice> m_recent;
 };

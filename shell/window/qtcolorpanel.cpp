@@ -1,6 +1,6 @@
 #include "qtcolorpanel.h"
 
-#include "colourswatches.h"
+#include "colorswatches.h"
 #include "huesaturationfield.h"
 
 #include <QGridLayout>
@@ -15,8 +15,8 @@ namespace {
 
 constexpr int columns = 12;
 
-// Greys, dark and soft backgrounds, and clear text colours.
-QVector<QColor> standardColours()
+// Greys, dark and soft backgrounds, and clear text colors.
+QVector<QColor> standardColors()
 {
     static const char *const names[] = {
         "#000000", "#1e1e1e", "#302f2f", "#4b4b4b", "#666666", "#808080", "#a6a6a6", "#c0c0c0", "#d9d9d9",
@@ -24,10 +24,10 @@ QVector<QColor> standardColours()
         "#2d1f3d", "#e8f4fb", "#e9f7ef", "#fff8e1", "#fdecea", "#f3e8fd", "#02a1dd", "#5ec8f2", "#2ecc9a",
         "#7ddb6f", "#c3e64c", "#ffe066", "#feba3b", "#ff8c42", "#ff6b5e", "#f06fb0", "#b48cf2", "#aebfc5",
     };
-    QVector<QColor> colours;
+    QVector<QColor> colors;
     for (const char *name : names)
-        colours.append(QColor(QLatin1String(name)));
-    return colours;
+        colors.append(QColor(QLatin1String(name)));
+    return colors;
 }
 
 const QRegularExpression &hexPattern()
@@ -40,33 +40,33 @@ const QRegularExpression &hexPattern()
 
 QtColorPanel::QtColorPanel(QWidget *parent)
     : QWidget(parent)
-    , m_swatches(new ColourSwatches(columns, 3, this))
-    , m_recent(new ColourSwatches(columns, 1, this))
+    , m_swatches(new ColorSwatches(columns, 3, this))
+    , m_recent(new ColorSwatches(columns, 1, this))
     , m_field(new HueSaturationField(this))
     , m_value(new QSlider(Qt::Vertical, this))
     , m_hex(new QLineEdit(this))
     , m_sample(new QLabel(this))
 {
     buildUi();
-    connect(m_swatches, &ColourSwatches::picked, this,
-            [this](const QColor &colour) { take(colour, Source::Swatch); });
-    connect(m_recent, &ColourSwatches::picked, this,
-            [this](const QColor &colour) { take(colour, Source::Swatch); });
+    connect(m_swatches, &ColorSwatches::picked, this,
+            [this](const QColor &color) { take(color, Source::Swatch); });
+    connect(m_recent, &ColorSwatches::picked, this,
+            [this](const QColor &color) { take(color, Source::Swatch); });
     connect(m_field, &HueSaturationField::changed, this, &QtColorPanel::takeFromField);
     connect(m_value, &QSlider::valueChanged, this, &QtColorPanel::takeFromSlider);
     connect(m_hex, &QLineEdit::textEdited, this, &QtColorPanel::takeFromHex);
-    setColour(m_colour);
+    setColor(m_color);
 }
 
-void QtColorPanel::setColour(const QColor &colour)
+void QtColorPanel::setColor(const QColor &color)
 {
-    take(colour, Source::Program);
+    take(color, Source::Program);
 }
 
-void QtColorPanel::setRecentColours(const QVector<QColor> &colours)
+void QtColorPanel::setRecentColors(const QVector<QColor> &colors)
 {
-    m_recent->setColours(colours);
-    m_recent->setCurrentColour(m_colour);
+    m_recent->setColors(colors);
+    m_recent->setCurrentColor(m_color);
 }
 
 bool QtColorPanel::isHexValid() const
@@ -76,9 +76,9 @@ bool QtColorPanel::isHexValid() const
 
 void QtColorPanel::buildUi()
 {
-    m_swatches->setColours(standardColours());
-    m_swatches->setObjectName(QStringLiteral("standardColours"));
-    m_recent->setObjectName(QStringLiteral("recentColours"));
+    m_swatches->setColors(standardColors());
+    m_swatches->setObjectName(QStringLiteral("standardColors"));
+    m_recent->setObjectName(QStringLiteral("recentColors"));
     m_field->setObjectName(QStringLiteral("hueSaturation"));
     m_value->setObjectName(QStringLiteral("valueSlider"));
     m_value->setRange(0, 255);
@@ -111,25 +111,25 @@ void QtColorPanel::buildUi()
 
 // What the user is just handling keeps what it shows: a field dragged at value
 // 0 keeps its hue, and a half-typed text is not written over.
-void QtColorPanel::take(const QColor &colour, Source source)
+void QtColorPanel::take(const QColor &color, Source source)
 {
-    m_colour = colour.toRgb(); // one form, so that equal colours compare equal
+    m_color = color.toRgb(); // one form, so that equal colors compare equal
     if (source != Source::Field && source != Source::Slider) {
-        const int hue = colour.hue() < 0 ? m_field->hue() : colour.hue();
-        m_field->setColour(hue, colour.saturation());
+        const int hue = color.hue() < 0 ? m_field->hue() : color.hue();
+        m_field->setColor(hue, color.saturation());
         const QSignalBlocker blocker(m_value);
-        m_value->setValue(colour.value());
+        m_value->setValue(color.value());
     }
     if (source != Source::Hex)
-        m_hex->setText(colour.name());
+        m_hex->setText(color.name());
     markHex(true);
-    m_swatches->setCurrentColour(colour);
-    m_recent->setCurrentColour(colour);
+    m_swatches->setCurrentColor(color);
+    m_recent->setCurrentColor(color);
     m_sample->setStyleSheet(
         QStringLiteral("background-color: %1; border: 1px solid #808080; border-radius: 3px;")
-            .arg(colour.name()));
+            .arg(color.name()));
     if (source != Source::Program)
-        emit colourChanged(m_colour);
+        emit colorChanged(m_color);
 }
 
 void QtColorPanel::takeFromField(int hue, int saturation)

@@ -1,13 +1,13 @@
 #pragma once
 
-// The colour picker: swatches, a hue and saturation field, a value slider, a
-// hexadecimal field and the colours used before. All show the same colour.
+// The color picker: swatches, a hue and saturation field, a value slider, a
+// hexadecimal field and the colors used before. All show the same color.
 
 #include <QColor>
 #include <QVector>
 #include <QWidget>
 
-class ColourSwatches;
+class ColorSwatches;
 class HueSaturationField;
 class QLabel;
 class QLineEdit;
@@ -20,30 +20,30 @@ class QtColorPanel : public QWidget
 public:
     explicit QtColorPanel(QWidget *parent = nullptr);
 
-    QColor colour() const { return m_colour; }
+    QColor color() const { return m_color; }
     // Emits nothing.
-    void setColour(const QColor &colour);
-    void setRecentColours(const QVector<QColor> &colours);
+    void setColor(const QColor &color);
+    void setRecentColors(const QVector<QColor> &colors);
 
-    // The hexadecimal field holds no whole colour at the moment.
+    // False while the hexadecimal field holds an incomplete color.
     bool isHexValid() const;
 
 signals:
-    void colourChanged(const QColor &colour);
+    void colorChanged(const QColor &color);
 
 private:
     enum class Source { Program, Field, Slider, Hex, Swatch };
 
     void buildUi();
-    void take(const QColor &colour, Source source);
+    void take(const QColor &color, Source source);
     void takeFromField(int hue, int saturation);
     void takeFromSlider(int value);
     void takeFromHex(const QString &text);
     void markHex(bool valid);
 
-    QColor m_colour{Qt::white};
-    ColourSwatches *m_swatches;
-    ColourSwatches *m_recent;
+    QColor m_color{Qt::white};
+    ColorSwatches *m_swatches;
+    ColorSwatches *m_recent;
     HueSaturationField *m_field;
     QSlider *m_value;
     QLineEdit *m_hex;

@@ -11,7 +11,7 @@ QtCountLabel::QtCountLabel(const QString &caption, QWidget *parent)
 // counts, so that the bar keeps still.
 void QtCountLabel::setCount(const QString &count)
 {
-    // What is no number says by itself what it is.
+    // Pages may count something else, with a text of their own.
     const bool isNumber = !count.isEmpty() && count.at(0).isDigit();
     setText(isNumber ? m_caption + QStringLiteral(": ") + count : count);
     const int width = sizeHint().width();

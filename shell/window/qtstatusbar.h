@@ -27,7 +27,7 @@ public:
     // Sent and received bytes as texts; blank where the list is shorter.
     void showCounts(const QStringList &counts);
 
-    // The user has turned to the page: what others posted is not about it.
+    // The user turned to the page: ends the notices of other pages.
     void showPage(const QObject *page);
 
     const NoticeLog &notices() const { return m_log; }
@@ -52,7 +52,7 @@ private:
     NoticeLog m_log;
     QPointer<const QObject> m_page;
     QTimer m_errorHold;
-    QTimer m_shown; // runs out when the current notice has been shown for long enough
+    QTimer m_shown; // times out when the current notice ends
     StatusLabel *m_notice;
     QtCountLabel *m_sent;
     QtCountLabel *m_received;

@@ -17,21 +17,21 @@
 
 namespace {
 
-constexpr int mostRecent = 12;
+constexpr int maxRecent = 12;
 
-// The colours accepted in this run, newest first.
-QVector<QColor> &recentColours()
+// The colors accepted in this run, newest first.
+QVector<QColor> &recentColors()
 {
-    static QVector<QColor> colours;
-    return colours;
+    static QVector<QColor> colors;
+    return colors;
 }
 
-void remember(const QColor &colour)
+void remember(const QColor &color)
 {
-    recentColours().removeAll(colour);
-    recentColours().prepend(colour);
-    if (recentColours().size() > mostRecent)
-        recentColours().removeLast();
+    recentColors().removeAll(color);
+    recentColors().prepend(color);
+    if (recentColors().size() > maxRecent)
+        recentColors().removeLast();
 }
 
 } // namespace
@@ -50,11 +50,11 @@ QtStyleDialog::QtStyleDialog(Area area, QWidget *parent)
 {
     buildUi();
     const Settings &settings = Settings::instance();
-    m_background->setColour(area == ReceiveArea ? settings.recvBackground : settings.sendBackground);
-    m_text->setColour(area == ReceiveArea ? settings.recvTextColor : settings.sendTextColor);
+    m_background->setColor(area == ReceiveArea ? settings.recvBackground : settings.sendBackground);
+    m_text->setColor(area == ReceiveArea ? settings.recvTextColor : settings.sendTextColor);
     for (QtColorPanel *panel : {m_background, m_text}) {
-        panel->setRecentColours(recentColours());
-        connect(panel, &QtColorPanel::colourChanged, this, &QtStyleDialog::showPreview);
+        panel->setRecentColors(recentColors());
+        connect(panel, &QtColorPanel::colorChanged, this, &QtStyleDialog::showPreview);
     }
     m_follow->setChecked(area == ReceiveArea ? settings.recvFollowsSkin : settings.sendFollowsSkin);
     showPreview();
@@ -62,12 +62,12 @@ QtStyleDialog::QtStyleDialog(Area area, QWidget *parent)
 
 QColor QtStyleDialog::background() const
 {
-    return m_background->colour();
+    return m_background->color();
 }
 
-QColor QtStyleDialog::textColour() const
+QColor QtStyleDialog::textColor() const
 {
-    return m_text->colour();
+    return m_text->color();
 }
 
 void QtStyleDialog::accept()
@@ -76,13 +76,13 @@ void QtStyleDialog::accept()
     const bool receives = m_area == ReceiveArea;
     const bool follows = m_follow->isChecked();
     (receives ? settings.recvFollowsSkin : settings.sendFollowsSkin).set(follows);
-    if (follows) { // the colours in the file are the user's own, for later
+    if (follows) { // the colors in the file are the user's own, for later
         QtFramelessDialog::accept();
         return;
     }
     (receives ? settings.recvBackground : settings.sendBackground).set(background());
-    (receives ? settings.recvTextColor : settings.sendTextColor).set(textColour());
-    remember(textColour());
+    (receives ? settings.recvTextColor : settings.sendTextColor).set(textColor());
+    remember(textColor());
     remember(background());
     QtFramelessDialog::accept();
 }
@@ -96,7 +96,7 @@ void QtStyleDialog::buildUi()
     body()->addWidget(m_tabs, 1);
     body()->addLayout(buildChoices());
 
-    m_preview->setObjectName(QStringLiteral("colourPreview"));
+    m_preview->setObjectName(QStringLiteral("colorPreview"));
     m_preview->setFont(Fonts::monospace());
     m_preview->setText(QStringLiteral("[12:30:45.678] ASCII >\n串口调试 AT+VERSION 0A 1B FF"));
     m_preview->setMargin(8);
@@ -128,8 +128,8 @@ QLayout *QtStyleDialog::buildChoices()
     defaults->setAutoDefault(false);
     connect(defaults, &QPushButton::clicked, this, [this] {
         m_follow->setChecked(false);
-        m_background->setColour(Settings::defaultBackground());
-        m_text->setColour(Settings::defaultTextColor());
+        m_background->setColor(Settings::defaultBackground());
+        m_text->setColor(Settings::defaultTextColor());
         showPreview();
     });
     m_follow->setObjectName(QStringLiteral("checkFollowSkin"));
@@ -145,8 +145,8 @@ void QtStyleDialog::followSkin(bool follows)
 {
     m_tabs->setEnabled(!follows);
     if (follows) {
-        m_background->setColour(QColor(Skin::palette().panel));
-        m_text->setColour(QColor(Skin::palette().text));
+        m_background->setColor(QColor(Skin::palette().panel));
+        m_text->setColor(QColor(Skin::palette().text));
     }
     showPreview();
 }
@@ -154,8 +154,8 @@ void QtStyleDialog::followSkin(bool follows)
 void QtStyleDialog::showPreview()
 {
     m_preview->setStyleSheet(QStringLiteral("background-color: %1; color: %2; border: 1px solid #808080;")
-                                 .arg(background().name(), textColour().name()));
-    const double ratio = Contrast::ratio(background(), textColour());
+                                 .arg(background().name(), textColor().name()));
+    const double ratio = Contrast::ratio(background(), textColor());
     const bool poor = ratio < Contrast::readable;
     m_contrast->setText(QStringLiteral("对比度 %1 : 1%2")
                             .arg(ratio, 0, 'f', 1)

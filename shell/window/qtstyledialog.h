@@ -1,9 +1,9 @@
 #pragma once
 
-// Chooses background and text colour of the receive or the send area, or that
-// the area has the colours of the skin. Accepted, it returns 1 and the settings
-// hold and the file has the choice; cancelled, nothing has changed. The caller
-// applies the skin.
+// Chooses background and text color of the receive or the send area, or that
+// the area has the colors of the skin. Accepted, it returns 1 and has set
+// and written the settings; cancelled, it changes nothing. The caller applies
+// the skin.
 
 #include "qtframelessdialog.h"
 
@@ -25,7 +25,7 @@ public:
     explicit QtStyleDialog(Area area, QWidget *parent = nullptr);
 
     QColor background() const;
-    QColor textColour() const;
+    QColor textColor() const;
 
 public slots:
     void accept() override;

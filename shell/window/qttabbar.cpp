@@ -63,9 +63,9 @@ void QtTabBar::drawIcons()
 {
     const SkinPalette &palette = Skin::palette();
     for (int i = 0; i < qMin(count(), m_glyphs.size()); ++i) {
-        const QColor colour(i == currentIndex() ? palette.accent : palette.secondaryText);
+        const QColor color(i == currentIndex() ? palette.accent : palette.secondaryText);
         // Its letters are half as high as the other pictures.
         const int size = m_glyphs.at(i) == IconFont::BinaryFile ? 22 : 16;
-        setTabIcon(i, IconFont::icon(m_glyphs.at(i), colour, size, 16));
+        setTabIcon(i, IconFont::icon(m_glyphs.at(i), color, size, 16));
     }
 }

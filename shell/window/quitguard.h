@@ -1,9 +1,8 @@
 #pragma once
 
-// Leads the pages through the end of the program, on whatever way out the user
-// takes: all are asked, then all close their links, then all save (see
-// QtWidgetBase). Each is asked once; after a refusal the next attempt asks all
-// again.
+// Quits the program in steps, the same for all ways to quit: all pages are
+// asked, then all close their links, then all save (see QtWidgetBase). Each page
+// is asked once; after a refusal the next attempt asks all again.
 
 #include <QObject>
 #include <QPointer>
@@ -17,25 +16,25 @@ class QuitGuard : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int closeLimitMs = 12000; // longer than a page needs; then links are closed or not
+    static constexpr int closeLimitMs = 12000; // longer than a page needs; then the program quits
 
     explicit QuitGuard(QObject *parent = nullptr);
 
     void setPages(const QVector<QtWidgetBase *> &pages) { m_pages = pages; }
 
-    // Takes all steps; waits in an event loop where links need time to close.
-    // True when the program may end. False keeps it open: a page refused, or
-    // is being asked at this moment. A call during the wait ends the wait.
+    // Runs all steps; waits in an event loop where links need time to close.
+    // True when the program may quit. False keeps it open: a page refused, or a
+    // question is open. A call during the wait ends the wait.
     bool mayQuit();
 
     // The session is about to end, which another program may cancel: asks and
     // saves, leaves the links open, and asks again the next time.
     bool mayEndSession();
 
-    // The event loop has ended. Takes the steps that are left.
+    // The event loop has ended. Runs the remaining steps.
     void end();
 
-    // The program stays open although it might have ended.
+    // The program stays open although it was allowed to quit.
     void stay() { m_state = State::Open; }
 
 signals:

@@ -34,7 +34,7 @@ void StatusLabel::showIdle()
 
 void StatusLabel::showNotice(const QString &text, bool isError)
 {
-    // A notice is one line, whatever a port or a file is called.
+    // A notice is one line, even where the name of a file has several.
     m_fullText = text.simplified();
     setEnabled(!m_fullText.isEmpty());
     if (isError != m_isError) {
@@ -65,12 +65,12 @@ void StatusLabel::paintEvent(QPaintEvent *)
     style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
     if (!isEnabled())
         return;
-    const QColor colour = palette().color(QPalette::WindowText);
-    const QPixmap icon = IconFont::pixmap(m_isError ? IconFont::AlertCircle : IconFont::Information, colour,
+    const QColor color = palette().color(QPalette::WindowText);
+    const QPixmap icon = IconFont::pixmap(m_isError ? IconFont::AlertCircle : IconFont::Information, color,
                                           iconSide - 1, iconSide);
     painter.drawPixmap(gap, (height() - iconSide) / 2, icon);
     const QRect area = rect().adjusted(iconSide + 2 * gap, 0, 0, 0);
-    painter.setPen(colour);
+    painter.setPen(color);
     painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                      fontMetrics().elidedText(m_fullText, Qt::ElideRight, area.width()));
 }

@@ -14,7 +14,7 @@ public:
     explicit StatusLabel(QWidget *parent = nullptr);
 
     void showNotice(const QString &text, bool isError);
-    // No notice is current; the recent ones can still be had.
+    // No notice is current; a click still lists the recent ones.
     void showIdle();
     QString fullText() const { return m_fullText; }
     bool isError() const { return m_isError; }

@@ -2,7 +2,7 @@
 // would drive them.
 
 #include "apppaths.h"
-#include "colourswatches.h"
+#include "colorswatches.h"
 #include "contrast.h"
 #include "dialoganswers.h"
 #include "huesaturationfield.h"
@@ -275,7 +275,7 @@ private slots:
         QtColorPanel panel;
         panel.resize(360, 340);
         panel.show();
-        panel.setColour(QColor("#336699"));
+        panel.setColor(QColor("#336699"));
         auto *hex = panel.findChild<QLineEdit *>("hexField");
         auto *field = panel.findChild<HueSaturationField *>();
         auto *value = panel.findChild<QSlider *>("valueSlider");
@@ -283,29 +283,29 @@ private slots:
         QCOMPARE(field->hue(), QColor("#336699").hue());
         hex->selectAll();
         QTest::keyClicks(hex, "#Zz12"); // letters that are no digits are refused
-        QCOMPARE(panel.colour(), QColor("#336699"));
+        QCOMPARE(panel.color(), QColor("#336699"));
         QCOMPARE(hex->property("kind").toString(), QString("error"));
         QTest::keyClicks(hex, "AbCd");
-        QCOMPARE(panel.colour(), QColor("#12abcd"));
+        QCOMPARE(panel.color(), QColor("#12abcd"));
         QVERIFY(hex->property("kind").toString().isEmpty());
         QCOMPARE(value->value(), 0xcd);
         // Down to black and up again: the hue is not lost.
         value->setValue(0);
-        QCOMPARE(panel.colour(), QColor(Qt::black));
+        QCOMPARE(panel.color(), QColor(Qt::black));
         value->setValue(0xcd);
-        QVERIFY(qAbs(panel.colour().hue() - QColor("#12abcd").hue()) <= 1);
+        QVERIFY(qAbs(panel.color().hue() - QColor("#12abcd").hue()) <= 1);
         QTest::mouseClick(field, Qt::LeftButton, {}, {1, 1}); // red, full saturation
-        QCOMPARE(panel.colour().hue(), 0);
-        QCOMPARE(panel.colour().saturation(), 255);
+        QCOMPARE(panel.color().hue(), 0);
+        QCOMPARE(panel.color().saturation(), 255);
         QTest::keyClick(field, Qt::Key_Right, Qt::ShiftModifier);
-        QVERIFY(panel.colour().hue() > 0);
-        QCOMPARE(hex->text(), panel.colour().name());
-        auto *swatches = panel.findChild<ColourSwatches *>("standardColours");
+        QVERIFY(panel.color().hue() > 0);
+        QCOMPARE(hex->text(), panel.color().name());
+        auto *swatches = panel.findChild<ColorSwatches *>("standardColors");
         QTest::mouseClick(swatches, Qt::LeftButton, {}, swatches->cell(3).center());
-        QCOMPARE(panel.colour(), swatches->colours().at(3));
+        QCOMPARE(panel.color(), swatches->colors().at(3));
         for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Down, Qt::Key_Space})
             QTest::keyClick(swatches, key);
-        QCOMPARE(panel.colour(), swatches->colours().at(16));
+        QCOMPARE(panel.color(), swatches->colors().at(16));
     }
 
     void styleDialogWarnsAndStores()
@@ -328,7 +328,7 @@ private slots:
         QCOMPARE(settings.sendTextColor, QColor("#505050"));
         QCOMPARE(settings.recvTextColor, QColor("#f2f2f2"));
         const QtStyleDialog next(QtStyleDialog::ReceiveArea); // offers the colors of this run
-        QVERIFY(next.findChild<ColourSwatches *>("recentColours")->colours().contains(QColor("#505050")));
+        QVERIFY(next.findChild<ColorSwatches *>("recentColors")->colors().contains(QColor("#505050")));
         QVERIFY(qAbs(Contrast::ratio(QColor("#767676"), Qt::white) - 4.54) < 0.005);
     }
 

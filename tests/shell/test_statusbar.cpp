@@ -103,13 +103,13 @@ private slots:
     {
         QtStatusBar bar;
         bar.show();
-        for (int i = 0; i < NoticeLog::remembered + 20; ++i)
+        for (int i = 0; i < NoticeLog::maxRecent + 20; ++i)
             bar.showSystemNotify(QString("第%1条").arg(i), i % 10 == 0 ? error : information);
         QTest::mouseClick(bar.findChild<StatusLabel *>(), Qt::LeftButton);
         auto *list = bar.findChild<NoticeList *>();
         QVERIFY(list && list->isVisible());
         const auto *view = list->findChild<QListWidget *>();
-        QCOMPARE(view->count(), NoticeLog::remembered);
+        QCOMPARE(view->count(), NoticeLog::maxRecent);
         QVERIFY(view->item(0)->text().endsWith("第119条"));
         QVERIFY(view->item(9)->text().contains("[错误] 第110条"));
         list->setErrorColor(Qt::red);
