@@ -28,6 +28,13 @@ inline bool isPlain(QChar character)
            (unit >= 0x4E00 && unit <= 0x9FFF) || (unit >= 0xFF01 && unit <= 0xFF60);
 }
 
+// What a QTextLine counts: a pair of surrogates is one glyph.
+int codePoints(const QStringRef &text)
+{
+    return static_cast<int>(
+        std::count_if(text.begin(), text.end(), [](QChar unit) { return !unit.isLowSurrogate(); }));
+}
+
 } // namespace
 
 LogLayout::LogLayout(QTextDocument *document)
@@ -275,7 +282,7 @@ void LogLayout::layOut(const QTextBlock &block) const
         QTextLine line = layout->createLine();
         if (!line.isValid())
             break;
-        line.setNumColumns(qMax(1, row.end - row.start));
+        line.setNumColumns(qMax(1, codePoints(block.text().midRef(row.start, row.end - row.start))));
         line.setPosition(
             QPointF(document()->documentMargin() + row.startColumn * m_columnWidth, number * m_lineHeight));
     }
