@@ -9,7 +9,7 @@
 
 namespace {
 
-void giveReason(const QSaveFile &file, QString *error)
+void reportFailure(const QSaveFile &file, QString *error)
 {
     qWarning().noquote() << "cannot write" << file.fileName() << file.errorString();
     if (error)
@@ -24,7 +24,7 @@ bool commit(QSaveFile &file, QString *error)
 {
     if (file.flush() && file.error() == QFileDevice::NoError && file.commit())
         return true;
-    giveReason(file, error);
+    reportFailure(file, error);
     if (error && error->isEmpty())
         *error = QStringLiteral("磁盘空间不足或无法写入");
     file.cancelWriting();
@@ -37,7 +37,7 @@ bool write(const QString &fileName, const QByteArray &content, QString *error)
     QSaveFile file(fileName);
     if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size())
         return commit(file, error);
-    giveReason(file, error);
+    reportFailure(file, error);
     return false;
 }
 
@@ -46,12 +46,12 @@ bool read(const QString &fileName, qint64 maxBytes, QByteArray *content, QString
     QFile file(fileName);
     if (!file.exists())
         return true;
-    if (!QFileInfo(fileName).isFile()) { // opening a named pipe waits for its writer
+    if (!QFileInfo(fileName).isFile()) { // opening a named pipe blocks
         *error = QStringLiteral("不是普通文件");
         return false;
     }
     QByteArray bytes;
-    if (file.open(QIODevice::ReadOnly)) // no more than it has: the kernel's log waits for more
+    if (file.open(QIODevice::ReadOnly)) // not beyond its size: reading the kernel's log would block
         bytes = file.read(qMin(file.size(), maxBytes + 1));
     *error = bytes.size() > maxBytes ? QStringLiteral("文件过大") : FileReason::of(file);
     if (!error->isEmpty())

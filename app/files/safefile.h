@@ -1,6 +1,6 @@
 #pragma once
 
-// Files that are replaced whole or not at all.
+// Files that are replaced completely or not at all.
 
 #include <QByteArray>
 #include <QString>
@@ -9,10 +9,10 @@ class QSaveFile;
 
 namespace SafeFile {
 
-// Puts what was written in the old file's place. False when any of it did not
-// reach the disk; the old file then stays. (QSaveFile::commit() alone misses
-// an error of its last flush and would put a cut file in place.) `error` (if
-// given) then holds the reason, see FileReason.
+// Puts the file written in the old one's place. False when any of it did not
+// reach the disk; the old file then stays, and `error` (if given) holds the
+// reason, see FileReason. (QSaveFile::commit() alone misses an error of its last
+// flush and would put a cut file in place.)
 bool commit(QSaveFile &file, QString *error = nullptr);
 
 // Replaces a file's content and makes its folder where that is missing. On

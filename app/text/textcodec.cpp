@@ -4,10 +4,10 @@
 
 namespace {
 
-// Qt's own GB18030 decoder, in use where Qt is built without ICU, takes
-// characters beyond U+FFFF for others and swallows the byte behind half a
-// character, a line end say. So it is given whole characters up to U+FFFF only.
-// Bytes at the end that begin a character are counted and left out.
+// Qt's own GB18030 decoder, in use where Qt is built without ICU, decodes
+// characters above U+FFFF wrongly and drops the byte behind half a character,
+// such as a line end. So it gets complete characters up to U+FFFF only. Bytes at
+// the end that begin a character are counted and left out.
 QString fromGb18030(const QByteArray &bytes, int *unfinished)
 {
     static const QByteArray replacement("\x84\x31\xA4\x37"); // U+FFFD
@@ -16,11 +16,11 @@ QString fromGb18030(const QByteArray &bytes, int *unfinished)
     const auto byte = [&bytes](int i) { return static_cast<uchar>(bytes.at(i)); };
     QString text;
     QByteArray plain;
-    int taken = 0;
+    int done = 0;
     int at = 0;
-    const auto takeUpTo = [&](int next) {
-        plain.append(bytes.constData() + taken, at - taken);
-        at = taken = next;
+    const auto flushUpTo = [&](int next) {
+        plain.append(bytes.constData() + done, at - done);
+        at = done = next;
     };
     *unfinished = 0;
     while (at < bytes.size()) {
@@ -30,13 +30,13 @@ QString fromGb18030(const QByteArray &bytes, int *unfinished)
             break;
         }
         if (length == 0) {
-            takeUpTo(at + 1);
+            flushUpTo(at + 1);
             plain += replacement;
         } else if (length == 4 && byte(at) >= 0x90) {
             const int number = ((byte(at) - 0x81) * 10 + byte(at + 1) - '0') * 1260 +
                                (byte(at + 2) - 0x81) * 10 + byte(at + 3) - '0';
             const uint code = static_cast<uint>(number - firstBeyond) + 0x10000;
-            takeUpTo(at + 4);
+            flushUpTo(at + 4);
             text += codec->toUnicode(plain);
             text += code <= QChar::LastValidCodePoint ? QString::fromUcs4(&code, 1)
                                                       : QString(QChar(QChar::ReplacementCharacter));
@@ -45,15 +45,14 @@ QString fromGb18030(const QByteArray &bytes, int *unfinished)
             at += length;
         }
     }
-    if (taken == 0)
+    if (done == 0)
         return codec->toUnicode(bytes.constData(), at);
-    takeUpTo(at);
+    flushUpTo(at);
     return text + codec->toUnicode(plain);
 }
 
-// Qt's decoder of UTF-8 forgets the bytes of a broken character that a chunk's
-// end has cut: nothing is shown for them. Here they are decoded together with
-// what follows.
+// Qt's decoder of UTF-8 drops the bytes of a broken character that a chunk's end
+// has cut. Here they are decoded together with the next chunk.
 QString fromUtf8(const QByteArray &bytes, int *unfinished)
 {
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);

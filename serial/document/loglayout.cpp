@@ -19,8 +19,8 @@ constexpr int kStartMask = 0x3FF << kStartShift;
 constexpr int kColumnsShift = 11;
 constexpr int kMaxBlockColumns = 0xFFFFF;
 
-// Characters that are drawn as the glyph that the face has for them, whatever
-// stands beside them: printable ASCII, and Chinese with its punctuation.
+// Characters whose glyph does not depend on their neighbours: printable ASCII,
+// and Chinese with its punctuation.
 inline bool isPlain(QChar character)
 {
     const ushort unit = character.unicode();
@@ -299,7 +299,7 @@ void LogLayout::layOutLine(QTextLayout &layout) const
     QTextLine line = layout.createLine();
     if (line.isValid()) {
         line.setLineWidth(1e6);
-        // One baseline for all lines, whatever face a character falls back to.
+        // One baseline for all lines, also where characters fall back to another face.
         line.setPosition(QPointF(0, m_ascent - line.ascent()));
     }
     layout.endLayout();

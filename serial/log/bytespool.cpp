@@ -74,7 +74,7 @@ ByteSpool::State ByteSpool::flush()
 
 void ByteSpool::handleRefusal()
 {
-    qWarning() << "spool file takes no more:" << (m_file ? m_file->errorString() : QString());
+    qWarning() << "cannot write the spool file:" << (m_file ? m_file->errorString() : QString());
     m_state = State::InMemory;
 }
 

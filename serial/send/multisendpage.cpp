@@ -15,10 +15,10 @@
 
 namespace {
 
-constexpr qint64 kMaxBytes = 64LL * 1024 * 1024; // a thousand rows of 32767 characters fit in
+constexpr qint64 kMaxBytes = 64LL * 1024 * 1024; // more than a thousand rows of 32767 characters
 
-// Makes one line of what is pasted: a line edit shows a line break as a space
-// but keeps it, and in the file it would end the row and begin another one.
+// Makes one line of pasted text: a line edit shows a line break as a space but
+// keeps it, and in the file it would end the row.
 class OneLine : public QValidator
 {
 public:
@@ -96,7 +96,7 @@ void MultiSendPage::load()
     QString error;
     if (SafeFile::read(m_fileName, kMaxBytes, &content, &error))
         m_rows.read(content);
-    else // when the page has been connected
+    else // once the page has been connected
         QTimer::singleShot(0, this, [this, error] {
             emit notify(Notice::error(QStringLiteral("多项发送数据读取失败：%1").arg(error)));
         });
@@ -110,7 +110,7 @@ QString MultiSendPage::save()
     QString error;
     bool saved = SafeFile::read(m_fileName, kMaxBytes, &content, &error);
     if (saved && !content.isNull())
-        takeOver(content);
+        mergeFile(content);
     saved = saved && SafeFile::write(m_fileName, m_rows.write(), &error);
     if (saved)
         m_rows.setWritten();
@@ -119,9 +119,9 @@ QString MultiSendPage::save()
     return error;
 }
 
-// What another copy of the program or an editor has written meanwhile comes in,
+// Merges what another copy of the program or an editor has written meanwhile,
 // except over rows that were changed here or are being typed.
-void MultiSendPage::takeOver(const QByteArray &content)
+void MultiSendPage::mergeFile(const QByteArray &content)
 {
     const SendList before = m_rows;
     m_rows.merge(content);
@@ -151,7 +151,7 @@ QString MultiSendPage::storeShownPage()
 void MultiSendPage::turnTo(int page)
 {
     if (m_deletedPage > 0)
-        return; // its rows are the ones shown; onPageDeleted() follows
+        return; // it is the one shown; onPageDeleted() follows
     storeShownPage();
     showPage(page);
 }
@@ -162,7 +162,7 @@ bool MultiSendPage::mayDelete(int page)
     QByteArray content;
     QString error;
     if (SafeFile::read(m_fileName, kMaxBytes, &content, &error) && !content.isNull())
-        takeOver(content); // another copy may have filled the page
+        mergeFile(content); // another copy may have filled the page
     if (m_rows.isFilled(page) &&
         QtMessageBox::question(this, QStringLiteral("询问"),
                                QStringLiteral("当前页的数据将一并删除，确认删除当前页吗？")) != 1)

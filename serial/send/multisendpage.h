@@ -1,7 +1,7 @@
 #pragma once
 
 // The send box's second page: stored commands in numbered rows, ten to a page.
-// Keeps the rows and their file; the box, whose slots these controls reach, sends.
+// Owns the rows and their file; the box, whose slots the buttons reach, sends.
 
 #include "notice.h"
 #include "sendlist.h"
@@ -36,8 +36,8 @@ public:
     // The text of a row as it stands in its edit; stored before it is sent.
     QString rowToSend(int place);
 
-    // Takes over what stands in the ten edits, typed to the end or not, and saves
-    // what has changed. The reason of a failure.
+    // Stores the ten edits, also one that is being typed, and saves changes. The
+    // reason of a failure.
     QString storeShownPage();
 
 signals:
@@ -46,10 +46,10 @@ signals:
 private:
     void buildUi();
     void load();
-    // Lays the rows changed here over what the file holds by now. The reason of a
-    // failure, which is also posted.
+    // Writes the rows changed here over those that the file holds by now. The
+    // reason of a failure, which is also posted.
     QString save();
-    void takeOver(const QByteArray &content);
+    void mergeFile(const QByteArray &content);
     void showPage(int page);
     bool mayDelete(int page);
     void onPageDeleted(int current);

@@ -1,7 +1,7 @@
 #pragma once
 
-// The options of a send box: which of its pages is shown, how typed text
-// becomes bytes, and sending by itself.
+// The options of a send box: the page shown, how typed text becomes bytes, and
+// sending by itself.
 
 #include "formpanel.h"
 
@@ -16,11 +16,11 @@ class SendOptions : public FormGroup
     Q_OBJECT
 
 public:
-    // Drives the box, and follows it when it stops sending by itself.
+    // Sets the box up, and shows when it stops sending by itself.
     explicit SendOptions(QtSendBoxWidget *box, QWidget *parent = nullptr);
 
-    // Takes the period typed last; below 10 ms, empty or no number is refused
-    // with a tip and the former period comes back.
+    // Applies the period that was typed. One below 10 ms, or no number, is
+    // refused with a tip, and the former period is shown again.
     void applyInterval();
 
     QWidget *lastField() const; // in tab order

@@ -6,9 +6,8 @@
 
 namespace {
 
-// Longer than any line edit can show or send; a line of that length was not
-// written by a send list.
-constexpr int kLongestRow = 32767;
+// What a line edit holds; a longer line was not written by a send list.
+constexpr int kMaxRow = 32767;
 
 constexpr int kBehindAll = std::numeric_limits<int>::max();
 
@@ -71,7 +70,7 @@ void SendList::read(const QByteArray &file)
         if (end < 0)
             end = text.size();
         // A byte order mark would be part of a line here and not at the front of
-        // the file, where the line may come to stand.
+        // the file, where the line may end up.
         while (start < end && text.at(start) == QChar::ByteOrderMark)
             ++start;
         readLine(text.midRef(start, end - start), &others);
@@ -91,7 +90,7 @@ void SendList::readLine(const QStringRef &line, QStringList *others)
     while (row.endsWith(QLatin1Char('\r')))
         row.chop(1);
     if (separator < 0 || !isNumber || rowIndex < 0 || rowIndex >= maxPages * rowsPerPage ||
-        row.size() > kLongestRow) {
+        row.size() > kMaxRow) {
         others->append(line.toString());
         return;
     }

@@ -10,7 +10,7 @@
 struct SendText
 {
     // The most characters that a paste, a drop or a file may bring; laying out
-    // more would hold up the window. Larger data belongs in a file.
+    // more would freeze the window. Larger data belongs in a file.
     static constexpr int maxCharacters = 200 * 1000;
 
     struct Encoded

@@ -31,7 +31,7 @@ public:
     // The text held, after everything pending was shown.
     QString toPlainText();
 
-    // What was shown and what is pending, whatever the display still holds.
+    // What was shown and what is pending, also where the display has dropped it.
     const ReceivedText &received() const { return m_received; }
     qint64 queuedBytes() const { return m_received.pendingBytes(); }
 
@@ -55,7 +55,7 @@ public slots:
 
 signals:
     void clearRequested(); // by the context menu
-    // The disk takes no more: what is shown from now on is not in the record.
+    // The disk refuses: what is shown from now on is not in the record.
     void recordFailed();
 
 protected:

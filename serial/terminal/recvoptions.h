@@ -15,8 +15,7 @@ class RecvOptions : public FormGroup
     Q_OBJECT
 
 public:
-    // Messages: what comes is in pieces already, so that there is no pause to
-    // wait for and no log view.
+    // Messages arrive in pieces: there is no pause to wait for, and no log mode.
     enum Kind { Stream, Messages };
 
     explicit RecvOptions(QWidget *parent = nullptr, Kind kind = Stream);
@@ -25,7 +24,7 @@ public:
     bool stopShow() const;
     bool logMode() const;
     bool timeStamp() const;
-    // Milliseconds without a byte after which what came is taken as one piece.
+    // Milliseconds without a byte that end a packet.
     int quietTime() const;
 
 signals:

@@ -36,7 +36,7 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
 {
     buildUi();
     m_countTimer.setSingleShot(true);
-    connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::countsDue);
+    connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::flushAndCount);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &WorkArea::clearRequested);
     auto *clear = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_L), page);
     clear->setContext(Qt::WidgetWithChildrenShortcut);
@@ -139,16 +139,21 @@ void WorkArea::refreshCounts()
         return;
     const qint64 since = m_sinceCounts.isValid() ? m_sinceCounts.elapsed() : kCountPeriodMs;
     if (since >= kCountPeriodMs)
-        emit countsDue();
+        flushAndCount();
     else
         m_countTimer.start(static_cast<int>(kCountPeriodMs - since));
+}
+
+void WorkArea::flushAndCount()
+{
+    m_received->flush();
+    emit countsDue();
 }
 
 void WorkArea::showCounts(qint64 sent, qint64 received)
 {
     m_countTimer.stop();
     m_sinceCounts.start();
-    m_received->flush();
     m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(sent));
     m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(received));
 }

@@ -46,12 +46,12 @@ public:
     ReceiveStore *received() const { return m_received; }
     QtSendBoxWidget *sendBox() const { return m_sendBox; }
 
-    // Counts have changed: countsDue() comes at once, but not more often than
-    // the eye can follow.
+    // Flushes what was received and emits countsDue(), at once, but not more often
+    // than the eye can follow.
     void refreshCounts();
-    // Bytes; also writes what was received to the spool file.
+    // Bytes.
     void showCounts(qint64 sent, qint64 received);
-    // Bytes of a packet that has not ended yet; 0 hides the line.
+    // Bytes of a packet that has not ended yet; 0 hides the label.
     void showGathering(qint64 bytes);
 
 signals:
@@ -60,6 +60,8 @@ signals:
     void notify(const Notice &notice);
 
 private:
+    // Flushes what was received and emits countsDue().
+    void flushAndCount();
     QLayout *buildTop();
     void buildUi();
 
