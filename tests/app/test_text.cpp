@@ -1,11 +1,14 @@
-// Text codec helpers, hexadecimal text, and the reasons of file errors.
+// Text codec helpers, hexadecimal text, the byte queue, and the reasons of file
+// errors.
 
+#include "bytequeue.h"
 #include "filereason.h"
 #include "hextext.h"
 #include "textcodec.h"
 
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QtTest>
 
 class TestText : public QObject
@@ -16,6 +19,7 @@ private slots:
     void rendersBytesInOrder();
     void parsesDigitPairs_data();
     void parsesDigitPairs();
+    void queuesBytes();
     void namesCodecs();
     void readsFilesOfEitherEncoding();
     void decodesAnyCutOfAStream_data();
@@ -55,6 +59,26 @@ void TestText::parsesDigitPairs()
     const HexText::Parsed parsed = HexText::parse(text);
     QCOMPARE(parsed.bytes, bytes);
     QCOMPARE(parsed.ignored, ignored);
+}
+
+void TestText::queuesBytes()
+{
+    QRandomGenerator random(1);
+    ByteQueue queue(10 * 1000);
+    QByteArray expected;
+    for (int round = 0; round < 2000; ++round) {
+        const QByteArray chunk(random.bounded(round < 1000 ? 600 : 400), static_cast<char>(round));
+        const int dropped = random.bounded(round < 1000 ? 400 : 900);
+        queue.append(chunk);
+        expected += chunk;
+        QVERIFY(queue.view() == expected);
+        queue.drop(dropped);
+        expected.remove(0, dropped);
+        QCOMPARE(queue.size(), expected.size());
+        QVERIFY(queue.view() == expected);
+        QVERIFY(expected.size() > 0 || queue.capacity() <= 10 * 1000);
+        QVERIFY(queue.capacity() < 1000 * 1000); // dropped bytes give their room up
+    }
 }
 
 void TestText::namesCodecs()
