@@ -136,7 +136,7 @@ qint64 Stage::receivedShown()
 Notice Stage::lastNotice()
 {
     const auto &notices = find<QtStatusBar>("statusBar")->notices().recent();
-    return notices.isEmpty() ? Notice() : notices.last();
+    return notices.isEmpty() ? Notice() : Notice(notices.last());
 }
 
 bool Stage::waitForNotice(const QString &text, Notice::Kind kind)
