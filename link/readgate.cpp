@@ -4,7 +4,7 @@
 
 namespace {
 
-// A message costs about as much as this many bytes, whatever its size; some
+// A message of any size costs about as much as this many bytes; some
 // hundred messages, or a quarter of a megabyte, take a few milliseconds.
 constexpr qint64 kMessageCost = 1024;
 constexpr qint64 kMaxCost = 256 * 1024;

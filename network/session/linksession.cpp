@@ -259,7 +259,7 @@ void LinkSession::handleLeft(Entry &entry, const Peer &peer, const QString &reas
     emit left(name);
     if (peer.id == 0) {
         entry.hasFailed = !reason.isEmpty();
-        return; // the link ends with its only peer, and says so then
+        return; // the link ends with its only peer, and reports it then
     }
     refreshState();
     notifyDropped(entry, peer);

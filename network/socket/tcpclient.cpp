@@ -67,8 +67,8 @@ void TcpClient::SltReadMessage()
 
 void TcpClient::readRest()
 {
-    m_reading = true;
     for (int i = 0; i < kMaxRestReads; ++i) {
+        m_reading = true; // the owner may pause again at each message
         SltReadMessage();
         if (state() != ConnectedState || !waitForReadyRead(0))
             return;

@@ -360,9 +360,11 @@ void TestLink::pausesReading()
     WAIT_EQUAL(m_received, "waits" + kMuch);
 }
 
-// Paused or not, without a turn of the event loop.
+// Paused or not, and paused again by the first bytes, as a page may do that has too
+// much to show; without a turn of the event loop.
 void TestLink::readsTheRestBeforeClosing()
 {
+    connect(&link(), &Link::received, this, [this] { link().setReading(false); });
     for (const bool reading : {true, false}) {
         m_received.clear();
         QVERIFY(m_wire->open());

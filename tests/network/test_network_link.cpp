@@ -25,7 +25,6 @@ private slots:
     void deliversBeforeClosing_data();
     void deliversBeforeClosing();
     void deliversWhatTheSystemHolds();
-    void throttlesASender();
     void endsWithPeers();
 
 private:
@@ -221,26 +220,6 @@ void TestNetworkLink::deliversWhatTheSystemHolds()
     QVERIFY(peer.write("more") == 4 && peer.flush());
     int read = 0;
     WAIT_FOR((read += peer.readAll().size()) == total);
-}
-
-void TestNetworkLink::throttlesASender()
-{
-    TcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    qint64 sum = 0;
-    connect(&server, &TcpServer::signalReadMessage, this, [&](const QString &, const QByteArray &data) {
-        QVERIFY(data.size() <= 65536);
-        sum += data.size();
-    });
-    server.setReading(false);
-    const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
-    BoardProcess board;
-    QVERIFY(board.startOnNetwork(
-        "tcp-client", options(server, "127.0.0.1", {"--act", "half-close", "--total", "30000000"})));
-    WAIT_FOR(server.clientCount() == 1 && server.clients().at(0)->bytesAvailable() == 65536);
-    server.setReading(true);
-    WAIT_EQUAL(left.count(), 1);
-    QCOMPARE(sum, qint64(30000000));
 }
 
 void TestNetworkLink::endsWithPeers()

@@ -186,14 +186,14 @@ void TestNetworkServer::takesAFloodWhole()
     const qint64 total = 6000000;
     QVERIFY(board.startOnNetwork(
         "tcp-client", to(port, "127.0.0.1", {"--act", "flood", "--total", QString::number(total)})));
-    qint64 mostQueued = 0;
+    qint64 maxQueued = 0;
     const auto *terminal = child<QtTerminalWidget>("recvBrowser");
     const auto all = [&] {
-        mostQueued = qMax(mostQueued, terminal->queuedBytes());
+        maxQueued = qMax(maxQueued, terminal->queuedBytes());
         return received() == total && terminal->queuedBytes() == 0;
     };
     QTRY_VERIFY_WITH_TIMEOUT(all(), 60000);
-    QVERIFY(mostQueued < 3000000); // held up instead of hoarded
+    QVERIFY(maxQueued < 3000000); // throttled
     QCOMPARE(m_page->spool().size(), total);
 }
 
@@ -227,7 +227,7 @@ void TestNetworkServer::tellsOfAPeerThatNeverReads()
     QVERIFY(hearing.waitForEvent("disconnected"));
     QVERIFY(hearing.stop());
     QCOMPARE(hearing.statistics().value("read"), qint64(pieces) * piece.size());
-    // Counted is what was handed over, and what was not is told.
+    // The page counts what was handed over and reports what was dropped.
     QVERIFY(sent() < qint64(pieces + 16) * piece.size());
     const auto told = [](const QList<QVariant> &notice) {
         return notice.at(0).toString().contains(QStringLiteral("字节未能发送！"));
