@@ -1,7 +1,8 @@
 #pragma once
 
-// Tells above the bytes that another program has changed the file, and offers
-// what can be done. No question: it may come while a box is open, and often.
+// Shows above the bytes that another program has changed the file, and offers
+// to reload or to keep. It is no question box, because it may appear while one
+// is open, and often.
 
 #include <QWidget>
 

@@ -235,7 +235,7 @@ void HexEditWidget::keyPressEvent(QKeyEvent *event)
     QtWidgetBase::keyPressEvent(event);
 }
 
-// For what does not come from a command, or was asked about since.
+// For calls that no command guards, or that a question has delayed.
 bool HexEditWidget::refuseWhileBusy() const
 {
     const QString busy = m_edit->busyReason();
@@ -353,7 +353,7 @@ void HexEditWidget::reload()
     load(m_file->name(), m_file->name(), m_edit->address());
 }
 
-// Saving still asks before it overwrites what the other program has written.
+// Saving still asks before it overwrites the other program's bytes.
 void HexEditWidget::keepOurs()
 {
     m_file->acknowledgeOutside();
@@ -377,7 +377,7 @@ void HexEditWidget::dropEvent(QDropEvent *event)
 {
     if (!acceptCopy(event))
         return;
-    // The question must not keep the program waiting that the file comes from.
+    // A question must not block the program that the file was dragged from.
     const QString name = onlyFileOf(event->mimeData());
     QTimer::singleShot(0, this, [this, name] { openFile(name); });
 }
@@ -399,7 +399,7 @@ void HexEditWidget::saveAs()
                    [this, name](const HexFile::Result &result) { endSaving(name, result); });
 }
 
-// Goes on with what needs the bytes on the disk.
+// Calls next() once the bytes are on the disk.
 void HexEditWidget::saveAnd(const std::function<void()> &next)
 {
     if (refuseWhileBusy() || !mayOverwrite())
@@ -466,7 +466,7 @@ QtMessageBox::SaveAnswer HexEditWidget::askAboutEdits()
         QStringLiteral("文件有未保存的修改，是否保存？\n%1").arg(QFileInfo(m_file->name()).fileName()));
 }
 
-// Goes on where the edits are saved, or nobody wants them.
+// Calls next() once the edits are saved or discarded.
 void HexEditWidget::withoutEdits(const std::function<void()> &next)
 {
     const auto answer = m_edit->isModified() ? askAboutEdits() : QtMessageBox::Discard;
@@ -522,6 +522,6 @@ bool HexEditWidget::saveBeforeExit()
         m_edit->task()->runToEnd();
     const bool isSaved = !m_edit->isModified();
     if (isSaved && m_exit == Exit::SaveBegan)
-        m_exit = Exit::Save; // also what is edited where the log-off is cancelled
+        m_exit = Exit::Save; // edits after a canceled log-off as well
     return isSaved || m_exit == Exit::Discard;
 }

@@ -43,7 +43,7 @@ public:
 
     // Asks where edits would be lost, and whether bytes that a failed save left
     // beside the file are meant, then shows the file, a large one while it is
-    // being read. What was open before comes back where that fails.
+    // being read. Where that fails, the file that was open is open again.
     void openFile(const QString &fileName);
     QString fileName() const { return m_file->name(); }
 

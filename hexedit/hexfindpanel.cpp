@@ -174,13 +174,13 @@ void HexFindPanel::showFound(const HexSearch &search, HexSearch::State state, He
     if (state != HexSearch::State::Found)
         return;
     m_edit->select(search.position(), length);
-    if (search.wentRound())
+    if (search.hasWrapped())
         QtMessageTip::showTip(direction == HexSearch::Forward ? QStringLiteral("已到末尾，从开头继续查找")
                                                               : QStringLiteral("已到开头，从末尾继续查找"));
 }
 
-// Bytes that move to other addresses are rarely wanted in an image: that takes
-// the insert mode.
+// Bytes of an image rarely have to move to other addresses: only the insert
+// mode does that.
 bool HexFindPanel::mayReplace(const std::optional<QByteArray> &old, const std::optional<QByteArray> &with)
 {
     if (!old || !with)
@@ -218,8 +218,8 @@ void HexFindPanel::replaceAll()
                                const HexSearch::State state = job->search.step();
                                if (state == HexSearch::State::Found) {
                                    const qint64 at = job->search.position();
-                                   m_edit->document().addToMany(job->many, at, length, job->with);
-                                   job->search.goOn(at + length);
+                                   m_edit->document().addToBatch(job->batch, at, length, job->with);
+                                   job->search.continueFrom(at + length);
                                    ++job->count;
                                }
                                return state == HexSearch::State::NotFound ? SlicedTask::Step::Done
@@ -237,7 +237,7 @@ void HexFindPanel::endReplacing(const Replacing &job, bool done)
         return;
     }
     if (job.count > 0) {
-        m_edit->document().applyMany(job.many);
+        m_edit->document().applyBatch(job.batch);
         m_edit->contentEdited(m_edit->address());
     }
     QtMessageTip::showTip(QStringLiteral("已替换%1处").arg(job.count));

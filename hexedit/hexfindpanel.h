@@ -19,7 +19,7 @@ class HexFindPanel : public FormGroup
 public:
     explicit HexFindPanel(QHexEdit *edit, QWidget *parent = nullptr);
 
-    HexCommand *findCommand() const { return m_begin; } // leads to typing what to look for
+    HexCommand *findCommand() const { return m_begin; } // moves the focus to the pattern
     HexCommand *nextCommand() const { return m_next; }
     HexCommand *previousCommand() const { return m_previous; }
 
@@ -30,7 +30,7 @@ private:
     struct Replacing
     {
         HexSearch search;
-        HexDocument::Many many;
+        HexDocument::Batch batch;
         QByteArray with;
         qint64 count = 0;
     };
@@ -41,7 +41,7 @@ private:
     void begin();
     void findNext();
     void findPrevious();
-    void replace(); // what is selected, if it is what is looked for, and find the next one
+    void replace(); // the selection, if it matches, and find the next match
     void replaceAll();
     void showFound(const HexSearch &search, HexSearch::State state, HexSearch::Direction direction,
                    int length);

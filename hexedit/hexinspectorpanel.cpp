@@ -15,7 +15,7 @@ struct Place
 {
     int row;
     int column;
-    const char *longest;
+    const char *widestText;
 };
 constexpr Place kPlaces[] = {{0, 0, "-128"},
                              {1, 0, "-128"},
@@ -53,7 +53,7 @@ HexInspectorPanel::HexInspectorPanel(QHexEdit *edit, QWidget *parent)
         label->setTextFormat(Qt::PlainText);
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
         label->setFocusPolicy(Qt::NoFocus);
-        label->setMinimumWidth(label->fontMetrics().horizontalAdvance(QLatin1String(place.longest)));
+        label->setMinimumWidth(label->fontMetrics().horizontalAdvance(QLatin1String(place.widestText)));
         const bool wide = place.row == 3; // its name begins in the column before
         grid->addWidget(caption, place.row, 2 * place.column - (wide ? 2 : 0), 1, wide ? 3 : 1);
         grid->addWidget(label, place.row, 2 * place.column + 1);
@@ -75,7 +75,7 @@ HexInspectorPanel::HexInspectorPanel(QHexEdit *edit, QWidget *parent)
 
 void HexInspectorPanel::showValues()
 {
-    const QByteArray bytes = m_edit->document().read(m_edit->selectionBegin(), HexInspector::longest);
+    const QByteArray bytes = m_edit->document().read(m_edit->selectionBegin(), HexInspector::maxBytes);
     const auto values = HexInspector::values(bytes, m_byteOrder->currentIndex() == 1);
     for (int i = 0; i < values.size(); ++i) {
         m_values.at(i)->setText(values.at(i).text.isEmpty() ? QStringLiteral("-") : values.at(i).text);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Shows what the bytes at the caret mean, in a strip that fits below them.
+// Shows the bytes at the caret as numbers and text, in a strip below the rows.
 
 #include <QGroupBox>
 #include <QVector>

@@ -16,7 +16,7 @@ class HexJumpPanel : public FormGroup
 public:
     explicit HexJumpPanel(QHexEdit *edit, QWidget *parent = nullptr);
 
-    HexCommand *goTo() const { return m_goTo; } // leads to typing an address
+    HexCommand *goTo() const { return m_goTo; } // moves the focus to the address
 
 protected:
     void keyPressEvent(QKeyEvent *event) override; // Esc leads back to the bytes

@@ -1,7 +1,7 @@
 #pragma once
 
-// "最近打开" with its menu. Owns the list of recently opened files and keeps it
-// in the settings.
+// "最近打开" with its menu. Shows and updates the list of recently opened files,
+// which the settings own.
 
 #include <QPushButton>
 

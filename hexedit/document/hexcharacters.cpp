@@ -24,7 +24,7 @@ bool standsAlone(quint8 byte)
 }
 
 // A place before the address from which decoding leads to the right characters.
-// UTF-8: no character is longer. GB18030: bytes don't tell whether they begin
+// UTF-8: no character is longer. GB18030: bytes don't show whether they begin
 // one, but behind a byte that stands alone one begins. Without such a byte in
 // the address's page of 4 KB and the page before, it is where that one begins:
 // a place that all rows of the page have in common.

@@ -1,6 +1,6 @@
 #pragma once
 
-// The checksums that firmware comes with, over bytes that arrive in slices.
+// The usual checksums of firmware images, over bytes that are added in slices.
 
 #include "checksum.h"
 

@@ -122,7 +122,7 @@ void HexContent::typeDigit(int digit)
     m_isOnLowDigit = true;
 }
 
-void HexContent::takeDigitBack()
+void HexContent::eraseDigit()
 {
     edit({m_caret, m_caret + 1}, *m_beforeDigit, Step::Typing, m_caret);
 }

@@ -56,11 +56,11 @@ public:
     // Digits in the hexadecimal column, where other characters are ignored.
     // False where nothing was typed.
     bool typeText(const QString &text);
-    bool canTakeDigitBack() const { return m_isOnLowDigit && m_beforeDigit; }
-    void takeDigitBack(); // the first digit of a byte, which was typed last
+    bool canEraseDigit() const { return m_isOnLowDigit && m_beforeDigit; }
+    void eraseDigit(); // the first digit of a byte, which was typed last
     // At the caret, over the bytes there or between them as the mode says.
     void putBytes(const QByteArray &bytes, Step step);
-    void replaceSelection(const QByteArray &bytes); // whatever the mode
+    void replaceSelection(const QByteArray &bytes); // in both modes
     void deleteSelection();
     void deleteAt(qint64 address);
     // After an edit of the document itself.

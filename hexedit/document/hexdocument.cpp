@@ -8,12 +8,11 @@
 
 namespace {
 
-// Typing that joins into one step ends here: undo takes back what a user can
-// oversee.
+// Bytes of one undo step of typing: no more than a user keeps in mind.
 constexpr qint64 kTypingStep = 32;
 
-// Replacements that are so near to each other are kept as bytes with what is
-// between them: a piece costs more than that.
+// Replacements with fewer bytes between them are stored together with these
+// bytes: a piece of its own would cost more memory.
 constexpr qint64 kNear = 256;
 
 } // namespace
@@ -98,27 +97,27 @@ void HexDocument::replace(qint64 address, qint64 length, const QByteArray &bytes
         put({address, m_table.copy(address, length), keep(bytes)}, step);
 }
 
-void HexDocument::addToMany(Many &many, qint64 address, qint64 length, const QByteArray &bytes)
+void HexDocument::addToBatch(Batch &batch, qint64 address, qint64 length, const QByteArray &bytes)
 {
-    if (!many.m_anything) {
-        many.m_anything = true;
-        many.m_begin = many.m_end = address;
+    if (!batch.m_anything) {
+        batch.m_anything = true;
+        batch.m_begin = batch.m_end = address;
     }
-    const qint64 between = address - many.m_end;
-    const bool near = between < kNear && !many.m_pieces.empty();
+    const qint64 between = address - batch.m_end;
+    const bool near = between < kNear && !batch.m_pieces.empty();
     const Pieces kept =
-        near ? keepCopy(many.m_end, static_cast<int>(between)) : m_table.copy(many.m_end, between);
+        near ? keepCopy(batch.m_end, static_cast<int>(between)) : m_table.copy(batch.m_end, between);
     for (const Piece &piece : kept)
-        PieceTable::append(many.m_pieces, piece);
+        PieceTable::append(batch.m_pieces, piece);
     for (const Piece &piece : keep(bytes))
-        PieceTable::append(many.m_pieces, piece);
-    many.m_end = address + length;
+        PieceTable::append(batch.m_pieces, piece);
+    batch.m_end = address + length;
 }
 
-void HexDocument::applyMany(const Many &many)
+void HexDocument::applyBatch(const Batch &batch)
 {
-    if (many.m_anything)
-        put({many.m_begin, m_table.copy(many.m_begin, many.m_end - many.m_begin), many.m_pieces},
+    if (batch.m_anything)
+        put({batch.m_begin, m_table.copy(batch.m_begin, batch.m_end - batch.m_begin), batch.m_pieces},
             Step::Alone);
 }
 
@@ -165,7 +164,7 @@ Pieces HexDocument::keep(const QByteArray &bytes)
     return pieces;
 }
 
-// Bytes that stay what they are; so does whether they differ from the file.
+// Stores unchanged bytes again, and which of them differ from the file.
 Pieces HexDocument::keepCopy(qint64 address, int count)
 {
     m_same.resize(static_cast<size_t>(m_added.size() - m_sameBegin), false);
@@ -188,8 +187,8 @@ void HexDocument::put(Edit edit, Step step)
     m_typing = typing;
 }
 
-// True when the edit goes on where the last one ended (typing, deleting
-// forwards), takes back its end (the second digit of a byte), or ends where it
+// True when the edit continues where the last one ended (typing, deleting
+// forwards), replaces its end (the second digit of a byte), or ends where it
 // began (deleting backwards).
 bool HexDocument::join(Edit &last, const Edit &edit)
 {

@@ -1,8 +1,9 @@
 #pragma once
 
 // The bytes of an open file and every edit since: read, replace, undo, redo.
-// An edit costs by itself and by the number of edits before it, never by the
-// size of the file. Addresses count from 0. Knows no widget and no file.
+// Owns the bytes and the history. The cost of an edit grows with the number of
+// edits before it, not with the size of the file. Addresses count from 0. Knows
+// no widget and no file.
 
 #include "bytestore.h"
 #include "piecetable.h"
@@ -23,8 +24,8 @@ public:
 
     qint64 size() const { return m_table.size(); }
 
-    // The bytes at an address inside the document, and how many follow in a
-    // row. Good until the next edit.
+    // The bytes at an address inside the document, and how many of them are
+    // contiguous in memory. Valid until the next edit.
     const char *span(qint64 address, qint64 *inRow) const;
 
     // At most `count` bytes; fewer at the end.
@@ -38,14 +39,14 @@ public:
     // the file as it was opened or saved. Bytes that only moved don't.
     std::vector<bool> changes(qint64 address, int count) const;
 
-    // Puts bytes in the place of a range. What reaches beyond the end is cut.
+    // Replaces a range, which is cut at the end of the document.
     void replace(qint64 address, qint64 length, const QByteArray &bytes, Step step = Step::Alone);
-    // Typing goes on at another place: the next edit begins a step.
+    // The next edit begins a new undo step, even if it is typing.
     void endTyping() { m_typing = false; }
 
-    // Many replacements that are one step of undo, from lower addresses to
-    // higher ones that don't overlap. Nothing changes before applyMany().
-    class Many
+    // Replacements that are one undo step, in ascending order of their addresses
+    // and without overlap. Nothing changes before applyBatch().
+    class Batch
     {
         friend class HexDocument;
         qint64 m_begin = -1;
@@ -53,8 +54,8 @@ public:
         Pieces m_pieces;
         bool m_anything = false;
     };
-    void addToMany(Many &many, qint64 address, qint64 length, const QByteArray &bytes);
-    void applyMany(const Many &many);
+    void addToBatch(Batch &batch, qint64 address, qint64 length, const QByteArray &bytes);
+    void applyBatch(const Batch &batch);
 
     bool canUndo() const { return m_done > 0; }
     bool canRedo() const { return m_done < m_edits.size(); }
@@ -63,9 +64,9 @@ public:
     qint64 redo();
 
     bool isModified() const { return m_done != m_savedAt; }
-    // What it holds now is in the file.
+    // The file has the present bytes.
     void setSaved();
-    // What it holds is in no file any more: modified until it is saved.
+    // No file has the present bytes: modified until it is saved.
     void setUnsaved();
 
 private:

@@ -15,8 +15,8 @@ struct Value
     QString text; // empty where too few bytes follow or they mean nothing
 };
 
-// As many bytes as any value needs.
-constexpr int longest = 16;
+// No value needs more bytes.
+constexpr int maxBytes = 16;
 
 // Always the same names in the same order. The time stamp is 32 bits of
 // seconds since 1970, shown in UTC.

@@ -12,7 +12,7 @@ namespace HexParse {
 // Pairs of digits, in one row or parted by blanks, commas, semicolons, colons,
 // hyphens or brackets, each row with "0x" or "\x" before it if need be. A
 // single digit is a byte only behind such a prefix. Nothing where anything else
-// occurs: half of what was pasted is worse than none.
+// occurs: a part of the pasted text is worse than none.
 std::optional<QByteArray> bytes(const QString &text);
 
 // The same a slice at a time, for text of any size.
@@ -22,7 +22,7 @@ public:
     explicit Reader(const QString &text);
 
     enum class State { Running, Done, Invalid };
-    // At most about so many characters.
+    // Reads about that many characters at most.
     State read(int characters);
 
     const QByteArray &bytes() const { return m_bytes; }

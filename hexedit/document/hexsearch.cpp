@@ -92,7 +92,7 @@ int HexSearch::permille() const
     return static_cast<int>(m_searched * 1000 / std::max<qint64>(m_document.size(), 1));
 }
 
-void HexSearch::goOn(qint64 from)
+void HexSearch::continueFrom(qint64 from)
 {
     m_searched += from - m_legs[m_leg].begin;
     m_legs[m_leg].begin = from;

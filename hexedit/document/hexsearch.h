@@ -1,8 +1,8 @@
 #pragma once
 
 // Looks for a row of bytes in a document, forwards or backwards, a slice at a
-// time, so that a large file can be searched without a pause. It goes round
-// the end once, back to where it began. The document must not change meanwhile.
+// time, so that a large file can be searched without a pause. It wraps
+// once and ends where it began. The document must not change meanwhile.
 
 #include "hexdocument.h"
 
@@ -26,11 +26,11 @@ public:
     State step();
 
     qint64 position() const { return m_found; }
-    bool wentRound() const { return m_leg > 0; }
+    bool hasWrapped() const { return m_leg > 0; }
     int permille() const;
 
-    // Goes on behind what was found.
-    void goOn(qint64 from);
+    // Continues the search after a find.
+    void continueFrom(qint64 from);
 
 private:
     struct Leg // where finds may begin

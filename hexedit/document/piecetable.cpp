@@ -39,7 +39,7 @@ Pieces PieceTable::copy(qint64 address, qint64 length) const
 
 void PieceTable::replace(qint64 address, qint64 length, const Pieces &pieces)
 {
-    // The neighbours are taken along, so that they can join with what comes.
+    // The neighbors are replaced as well, so that they can join the new pieces.
     const qint64 end = address + length;
     const size_t first = address > 0 ? indexOf(address - 1) : 0;
     const size_t last = end < m_size ? indexOf(end) + 1 : m_pieces.size();

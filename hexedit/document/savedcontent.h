@@ -1,7 +1,7 @@
 #pragma once
 
 // Which bytes of the two stores are in the file as it was last read or saved,
-// and where. Costs by the number of pieces, never by the size of the file.
+// and where. The cost grows with the number of pieces, not with the file's size.
 
 #include "piecetable.h"
 

@@ -21,7 +21,7 @@ FileAccess FileAccess::of(const QString &fileName)
     return access;
 }
 
-QString FileAccess::giveTo(const QString &fileName) const
+QString FileAccess::applyTo(const QString &fileName) const
 {
     const QByteArray name = QFile::encodeName(fileName);
     FileAccess now = of(fileName);
@@ -52,7 +52,7 @@ FileAccess FileAccess::of(const QString &fileName)
     return access;
 }
 
-QString FileAccess::giveTo(const QString &fileName) const
+QString FileAccess::applyTo(const QString &fileName) const
 {
     return QFile::setPermissions(fileName, m_permissions) ? QString() : QStringLiteral("权限");
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Who a file belongs to and who may do what with it, for the file that takes
-// its place: owner, group and mode with set-user-ID on POSIX systems, the
+// The owner and the access rights of a file, to be applied to the file that
+// replaces it: owner, group and mode with set-user-ID on POSIX systems, the
 // attributes that Qt knows elsewhere. Access lists are not among them.
 
 #include <QFile>
@@ -12,9 +12,9 @@ class FileAccess
 public:
     static FileAccess of(const QString &fileName);
 
-    // Gives all of it to another file. The set-user-ID bit goes where the owner
-    // can't be kept. Returns what was lost, for the user; empty where nothing was.
-    QString giveTo(const QString &fileName) const;
+    // Applies all of it to another file, without the set-user-ID bit where the
+    // owner can't be kept. Returns what was lost, for the user; empty if nothing.
+    QString applyTo(const QString &fileName) const;
 
 private:
 #ifdef Q_OS_UNIX

@@ -60,8 +60,9 @@ void HexFileWatch::check()
     emit changed();
 }
 
-// A file that was removed is no longer watched, and its folder tells that it is
-// back. Where the system watches nothing (some network drives), check() is left.
+// A file that was removed is no longer watched; its folder reports when it is
+// back. Where the system watches nothing (some network drives), only check()
+// notices changes.
 void HexFileWatch::watch()
 {
     if (m_fileName.isEmpty())

@@ -1,8 +1,8 @@
 #pragma once
 
 // Notices that another program has changed the file under the editor, as soon
-// as the system or a caller's check() tells. Knows the file's size and time,
-// not its bytes.
+// as the system reports it or a caller runs check(). Compares the file's size
+// and time; does not know its bytes.
 
 #include <QDateTime>
 #include <QFileSystemWatcher>

@@ -12,7 +12,7 @@
 #endif
 
 namespace {
-constexpr int kBlock = 1 << 20; // also what a slow disk delivers without a felt pause
+constexpr int kBlock = 1 << 20; // bytes; a slow disk reads them in less than 50 ms
 }
 
 bool HexReader::open(const QString &fileName)
@@ -26,7 +26,7 @@ bool HexReader::open(const QString &fileName)
         return false;
     constexpr QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Unbuffered;
 #ifdef Q_OS_UNIX
-    // The system's own log says that it is a file, and waits for the next message.
+    // The kernel's log claims to be a file, and blocks until the next message.
     const int handle = ::open(QFile::encodeName(target).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (handle >= 0)
         return m_file.open(handle, mode, QFileDevice::AutoCloseHandle);
@@ -42,7 +42,7 @@ QString HexReader::reason() const
 
 HexReader::State HexReader::step(QByteArray *block)
 {
-    // What a file says of its size may be wrong; its end is where no more comes.
+    // The reported size may be wrong (/proc): the file ends where nothing is read.
     const qint64 left = m_file.size() - m_read;
     try {
         *block = QByteArray(static_cast<int>(std::clamp<qint64>(left, 1 << 16, kBlock)), Qt::Uninitialized);

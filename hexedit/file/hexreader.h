@@ -1,8 +1,8 @@
 #pragma once
 
-// Reads a file block by block, so that what has come can be shown while the
-// rest is on its way. Reading and not mapping: another program that cuts a
-// mapped file would end ours.
+// Reads a file block by block, so that the first ones are shown while the rest
+// is being read. It does not map the file: another program that truncates a
+// mapped file would crash ours. Owns the open file.
 
 #include <QByteArray>
 #include <QFile>

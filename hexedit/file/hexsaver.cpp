@@ -14,22 +14,22 @@ namespace {
 constexpr int kSlice = 4 << 20;
 constexpr qint64 kMargin = 64 << 10; // directories and the file system's own
 
-// What the copy is called until it is complete. A part of a file under the
+// The name of the copy until it is complete. A part of a file under the
 // file's own name would be taken for the file, and saved over the complete bytes.
 QString partOf(const QString &fileName)
 {
     return fileName + QStringLiteral(".~part");
 }
 
-// A file can be made there. Attributes don't tell: Windows marks the desktop
-// as read-only for reasons of its own, and says nothing of access rights.
+// A file can be created there. The attributes are no answer: Windows marks the
+// desktop as read-only for its own reasons, and they ignore access rights.
 bool takesFiles(const QString &folder)
 {
     QTemporaryFile probe(folder + QStringLiteral("/.~XXXXXX"));
     return probe.open();
 }
 
-// Some file systems report only now that they couldn't keep what was written.
+// Some file systems report a failed write only when the file is closed.
 bool closes(QFile &file)
 {
     file.close();
@@ -306,7 +306,7 @@ void HexSaver::failCopying()
         m_part.remove();
     }
     if (m_replaces)
-        m_access.giveTo(m_temporary.fileName());
+        m_access.applyTo(m_temporary.fileName());
     fail(QStringLiteral("复制失败，磁盘可能已满或已断开"),
          QStringLiteral("原文件已移除。") + keptNew(m_temporary.fileName()));
 }
@@ -318,7 +318,7 @@ void HexSaver::putCopyInPlace()
         return;
     }
     m_temporary.close();
-    const QString lost = m_replaces ? m_access.giveTo(m_target) : QString();
+    const QString lost = m_replaces ? m_access.applyTo(m_target) : QString();
     m_outcome.inPlace = true;
     m_outcome.saved = m_temporary.remove();
     if (!m_outcome.saved)
@@ -337,8 +337,8 @@ void HexSaver::fail(const QString &reason, const QString &consequence)
     m_stage = Stage::Done;
 }
 
-// A slow disk takes seconds for a large file, and the system does not say how
-// far it is: another thread waits for it.
+// A slow disk needs seconds for a large file, and the system reports no
+// progress: another thread waits for it.
 void HexSaver::startFlush(const QString &fileName, Stage next)
 {
     m_stage = next;

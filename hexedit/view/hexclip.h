@@ -1,7 +1,7 @@
 #pragma once
 
 // Bytes on the clipboard: exact for this program, text for others. The text is
-// made when somebody asks for it, which for most copies is never.
+// made on request: most copies never need it.
 
 #include <QByteArray>
 #include <QMimeData>

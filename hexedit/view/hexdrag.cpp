@@ -38,7 +38,7 @@ void HexDrag::move(const QMouseEvent *event)
         m_scroll.start(kScrollMs, this);
     else if (!isOutside)
         m_scroll.stop();
-    // A hand that trembles selects nothing.
+    // A tremor within one byte selects nothing.
     if (m_edit->selectionLength() > 0 || m_edit->view().addressAt(m_point) != m_from)
         dragTo(m_point);
 }

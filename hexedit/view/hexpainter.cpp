@@ -127,15 +127,15 @@ void HexPainter::paintByte(int row, qint64 address, quint8 byte, bool changed)
         m_painter.fillRect(hex.left(), hex.top(), right - hex.left(), hex.height(), ground);
         m_painter.fillRect(text, ground);
     }
-    if (selected && changed) { // still told apart
+    if (selected && changed) { // still visible as changed
         m_painter.drawLine(hex.bottomLeft(), hex.bottomRight());
         m_painter.drawLine(text.bottomLeft(), text.bottomRight());
     }
     m_painter.drawText(hex, Qt::AlignCenter, pairOf(byte));
 }
 
-// A character stands at its first byte, over two cells where it is a wide one;
-// what cells its bytes have beyond stay blank.
+// A character is drawn at its first byte, over two cells if it is a wide one;
+// further cells of its bytes stay blank.
 void HexPainter::paintText(int row, qint64 address)
 {
     const auto cells =
@@ -149,7 +149,7 @@ void HexPainter::paintText(int row, qint64 address)
         const QRect place = m_layout.text(row, column, wide ? 2 : 1);
         m_painter.setPen(colorOf(at));
         m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
-        // The other half as its byte, or as what is behind the last cell.
+        // The other half in the color of its byte, or of the ground behind the last cell.
         const bool beyond = column + 1 == HexLayout::bytesPerRow;
         const QColor other = beyond ? QColor(Skin::palette().text) : colorOf(at + 1);
         if (wide && other != colorOf(at)) {

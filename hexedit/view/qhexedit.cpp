@@ -111,7 +111,7 @@ bool QHexEdit::refuseEdit() const
     return !reason.isEmpty();
 }
 
-// An image whose bytes move is no longer the image.
+// The bytes of an image must keep their addresses.
 bool QHexEdit::refuseShift() const
 {
     if (isOverwrite())
@@ -279,8 +279,8 @@ void QHexEdit::erase(bool forwards)
     if (refuseEdit())
         return;
     const qint64 at = forwards ? address() : address() - 1;
-    if (!forwards && m_content.canTakeDigitBack())
-        m_content.takeDigitBack();
+    if (!forwards && m_content.canEraseDigit())
+        m_content.eraseDigit();
     else if (at < 0 || at >= size() || refuseShift())
         return;
     else
@@ -294,7 +294,7 @@ void QHexEdit::typeText(const QString &text)
         showEdit();
 }
 
-// The two columns come first, then the next widget.
+// Tab leads through the two columns before it leads to the next widget.
 bool QHexEdit::focusNextPrevChild(bool next)
 {
     if (next == m_content.isInText())

@@ -54,7 +54,7 @@ public:
 
     void goTo(qint64 address, bool keepAnchor = false);
     void select(qint64 address, qint64 length);
-    // In the place of the selection, whatever the mode; a step of undo.
+    // One undo step, in both modes.
     void replaceSelection(const QByteArray &bytes);
 
     bool isReadOnly() const { return m_readOnly; }

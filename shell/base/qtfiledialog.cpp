@@ -98,7 +98,7 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     if (auto *sidebar = m_dialog->findChild<QListView *>(QStringLiteral("sidebar")))
         sidebar->setIconSize({16, 16});
     if (auto *split = m_dialog->findChild<QSplitter *>(QStringLiteral("splitter")))
-        split->setSizes({130, 570}); // "计算机" whole
+        split->setSizes({130, 570}); // the width of "计算机"
 
     body()->setContentsMargins(4, 4, 4, 4);
     body()->addWidget(m_dialog);
@@ -209,8 +209,8 @@ void QtFileDialog::drawIcons()
         {"toParentButton", IconFont::ArrowUp},  {"newFolderButton", IconFont::FolderPlus},
         {"listModeButton", IconFont::ViewList}, {"detailModeButton", IconFont::ViewDetail},
     };
-    const QColor colour(Skin::palette().text);
+    const QColor color(Skin::palette().text);
     for (const auto &button : buttons)
         if (auto *toolButton = m_dialog->findChild<QToolButton *>(QLatin1String(button.objectName)))
-            toolButton->setIcon(IconFont::icon(button.glyph, colour));
+            toolButton->setIcon(IconFont::icon(button.glyph, color));
 }

@@ -150,11 +150,11 @@ void TestHexDocument::marksWhatDiffersFromTheFile()
         return text;
     };
     const auto replaceAll = [&document](const QByteArray &what, const QByteArray &with) {
-        HexDocument::Many many;
+        HexDocument::Batch many;
         for (int at = all(document).indexOf(what); at >= 0;
              at = all(document).indexOf(what, at + what.size()))
-            document.addToMany(many, at, what.size(), with);
-        document.applyMany(many);
+            document.addToBatch(many, at, what.size(), with);
+        document.applyBatch(many);
     };
     document.replace(1, 3, "XcY");
     QCOMPARE(marks(), QByteArray(".!.!...."));
@@ -202,17 +202,17 @@ void TestHexDocument::replacesMany()
     // Near and far ones, and neighbours.
     QByteArray model = "abab" + QByteArray(1000, '.') + "ab" + QByteArray(50, '-') + "ab";
     HexDocument document = documentOf(model, 100);
-    HexDocument::Many many;
+    HexDocument::Batch many;
     HexSearch search(document, "ab", 0, HexSearch::Forward, HexSearch::StopAtEnd);
     int count = 0;
     while (search.step() == HexSearch::State::Found) {
-        document.addToMany(many, search.position(), 2, "<x>");
-        search.goOn(search.position() + 2);
+        document.addToBatch(many, search.position(), 2, "<x>");
+        search.continueFrom(search.position() + 2);
         ++count;
     }
     QCOMPARE(count, 4);
     QCOMPARE(all(document), model);
-    document.applyMany(many);
+    document.applyBatch(many);
     const QByteArray before = model;
     model.replace("ab", "<x>");
     QCOMPARE(all(document), model);
@@ -267,7 +267,7 @@ void TestHexDocument::finds()
     QTEST(state == HexSearch::State::Found ? static_cast<int>(search.position()) : -1, "position");
     QVERIFY(state != HexSearch::State::Running);
     if (state == HexSearch::State::Found)
-        QTEST(search.wentRound(), "round");
+        QTEST(search.hasWrapped(), "round");
 }
 
 // What makes a simple search crawl: it must stay near one look at each byte.
