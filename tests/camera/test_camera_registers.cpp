@@ -72,14 +72,12 @@ void TestCameraRegisters::readsAndWritesRegisters()
     click("btnWriteRegister");
     QCOMPARE(readValue("3008"), QStringLiteral("BEEF"));
     QCOMPARE(m_page->counts().at(0).toInt(), 16 + 16 + 16);
-
-    child<QLineEdit>("editRegisterAddress")->setText("4000");
-    click("btnReadRegister");
-    QTRY_COMPARE(tip(), QStringLiteral("没有这个寄存器!"));
-    child<QLineEdit>("editRegisterAddress")->setText("00EE");
-    click("btnReadRegister");
-    QTRY_COMPARE(tip(), QStringLiteral("寄存器读取错误，错误代码[5]!"));
-
+    for (const auto &error : {std::make_pair("4000", "没有这个寄存器!"),
+                              std::make_pair("00EE", "寄存器读取错误，错误代码[5]!")}) {
+        child<QLineEdit>("editRegisterAddress")->setText(error.first);
+        click("btnReadRegister");
+        QTRY_COMPARE_WITH_TIMEOUT(tip(), QString::fromUtf8(error.second), 20000);
+    }
     child<QSpinBox>("spinAddressLength")->setValue(5);
     click("btnReadRegister");
     QCOMPARE(tip(), QStringLiteral("寄存器地址长度设置错误[1~4]"));
