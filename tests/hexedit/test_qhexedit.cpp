@@ -1,9 +1,11 @@
 // The editor as keyboard, mouse and clipboard work it.
 
+#include "hexdrag.h"
 #include "korvexresources.h"
 #include "qhexedit.h"
 #include "qtmessagetip.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
@@ -328,6 +330,8 @@ void TestQHexEdit::keepsTheCaretInSight()
     QTRY_VERIFY_WITH_TIMEOUT(m_edit->verticalScrollBar()->value() > 3, 30000);
     QTest::mouseRelease(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
     QVERIFY(isInSight() && m_edit->selectionBegin() == 0);
+    auto *dispatcher = QAbstractEventDispatcher::instance(); // the hand is gone, and so is the timer
+    QVERIFY(dispatcher->registeredTimers(m_edit->findChild<HexDrag *>()).isEmpty());
 }
 
 void TestQHexEdit::takesChineseInTheTextColumn()
