@@ -180,7 +180,7 @@ public:
     void write(const QByteArray &bytes) override { m_socket->write(bytes); }
     QByteArray read(int count) override
     {
-        QTest::qWaitFor([this, count] { return m_socket->bytesAvailable() >= count; }, 20000);
+        (void)QTest::qWaitFor([this, count] { return m_socket->bytesAvailable() >= count; }, 20000);
         return m_socket->readAll();
     }
 
