@@ -32,40 +32,42 @@ DemoBoards::~DemoBoards()
 void DemoBoards::start()
 {
 #ifndef Q_OS_WIN // where there are no virtual ports without a driver
-    const auto onPort = [this](const QString &port, const QString &mode) {
-        startBoard(port, {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), port,
-                          QStringLiteral("--mode"), mode});
+    const auto onPort = [this](const QString &port, const QString &mode, const QStringList &options = {}) {
+        startBoard(port, QStringList{QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"),
+                                     port, QStringLiteral("--mode"), mode} +
+                             options);
     };
-    onPort(QStringLiteral("COM3"), QStringLiteral("log"));
+    onPort(QStringLiteral("COM3"), QStringLiteral("log"), encoding());
     onPort(QStringLiteral("COM4"), QStringLiteral("echo"));
-    onPort(QStringLiteral("COM5"), QStringLiteral("shell"));
+    onPort(QStringLiteral("COM5"), QStringLiteral("shell"), encoding());
     onPort(QStringLiteral("COM6"), QStringLiteral("pid"));
-    startBoard(QStringLiteral("COM7"),
-               {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), QStringLiteral("COM7"),
-                QStringLiteral("--mode"), QStringLiteral("ymodem"), QStringLiteral("--receive-folder"),
-                m_folder.filePath(QStringLiteral("received"))});
-    startBoard(QStringLiteral("COM8"),
-               {QStringLiteral("--folder"), m_folder.path(), QStringLiteral("--port"), QStringLiteral("COM8"),
-                QStringLiteral("--mode"), QStringLiteral("camera"), QStringLiteral("--devices"),
-                QStringLiteral("2")});
+    onPort(QStringLiteral("COM7"), QStringLiteral("ymodem"),
+           {QStringLiteral("--receive-folder"), m_folder.filePath(QStringLiteral("received"))});
+    onPort(QStringLiteral("COM8"), QStringLiteral("camera"),
+           {QStringLiteral("--devices"), QStringLiteral("2")});
 #endif
     startUpdateServer();
     startBoard(QStringLiteral("TCP"),
-               {QStringLiteral("--mode"), QStringLiteral("tcp-client"), QStringLiteral("--net-port"),
-                QString::number(Settings::instance().network.port), QStringLiteral("--act"),
-                QStringLiteral("log"), QStringLiteral("--rate"), QStringLiteral("2"),
-                QStringLiteral("--period"), QStringLiteral("500")});
+               encoding() + QStringList{QStringLiteral("--mode"), QStringLiteral("tcp-client"),
+                                        QStringLiteral("--net-port"),
+                                        QString::number(Settings::instance().network.port),
+                                        QStringLiteral("--act"), QStringLiteral("log"),
+                                        QStringLiteral("--rate"), QStringLiteral("2"),
+                                        QStringLiteral("--period"), QStringLiteral("500")});
+}
+
+// That in which the program decodes, so that Chinese is readable.
+QStringList DemoBoards::encoding() const
+{
+    const bool utf8 = Settings::instance().textCodec == TextCodec::Utf8;
+    return {QStringLiteral("--encoding"), utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
 }
 
 void DemoBoards::startBoard(const QString &name, const QStringList &options)
 {
-    // In the encoding that the program decodes with, so that Chinese is readable.
-    const bool utf8 = Settings::instance().textCodec == TextCodec::Utf8;
-    const QStringList common{QStringLiteral("--encoding"),
-                             utf8 ? QStringLiteral("utf8") : QStringLiteral("gb18030")};
     QProcess *board = makeProcess(QStringLiteral("模拟开发板[%1]").arg(name), QStringLiteral("boardsim"));
     board->setStandardOutputFile(QProcess::nullDevice());
-    board->setArguments(common + options);
+    board->setArguments(options);
     board->start();
 }
 

@@ -26,6 +26,7 @@ signals:
     void failed(QString text);
 
 private:
+    QStringList encoding() const;
     void startBoard(const QString &name, const QStringList &options);
     void startUpdateServer();
     QProcess *makeProcess(const QString &name, const QString &program);
