@@ -181,6 +181,13 @@ void RegisterSession::addLateReply(const Reply &reply)
             continue;
         rows->setValue(row, reply.value);
         rows->setOutcome(row, RegisterTableModel::Answered);
+        if (outcome == RegisterTableModel::Unanswered && m_access == Read && m_progress.unanswered > 0) {
+            --m_progress.unanswered;
+            if (isRunning())
+                emit progressed(Read);
+            else
+                emit finished(Read);
+        }
         return;
     }
 }

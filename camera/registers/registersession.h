@@ -90,6 +90,7 @@ signals:
     void valueRead(const QString &value); // answers read()
     void unanswered(quint32 address);
     void progressed(RegisterSession::Access access);
+    // Again when a late reply changes the progress.
     void finished(RegisterSession::Access access);
 
 private:

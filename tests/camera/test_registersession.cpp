@@ -153,6 +153,7 @@ void TestRegisterSession::addsLateReplies()
     reply(1, 0x3001, "43");
     reply(1, 0x3001, "99");
     QCOMPARE(rows(), QStringLiteral("42A|43A| "));
+    QCOMPARE(m_session->progress().unanswered, 0);
 }
 
 // Values too wide, and rows without one, are not sent; nobody answers.
