@@ -281,9 +281,15 @@ void MainWindow::buildMenus()
     helpPageButton->setToolTip(QStringLiteral("打开使用手册（F1）"));
     helpPageButton->setAccessibleName(QStringLiteral("打开使用手册"));
     m_menuButtons = {settingsButton, helpButton};
-    settingsButton->setToolTip(QStringLiteral("F10"));
-    auto *openSettings = new QShortcut(QKeySequence(Qt::Key_F10), this);
-    connect(openSettings, &QShortcut::activated, settingsButton, &QPushButton::showMenu);
+    settingsButton->setToolTip(QStringLiteral("F10、Alt+S"));
+    helpButton->setToolTip(QStringLiteral("Alt+H"));
+    const auto openWith = [this](int key, QPushButton *button) {
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, button,
+                &QPushButton::showMenu);
+    };
+    openWith(Qt::Key_F10, settingsButton);
+    openWith(int(Qt::ALT) + Qt::Key_S, settingsButton);
+    openWith(int(Qt::ALT) + Qt::Key_H, helpButton);
     auto *openHelp = new QShortcut(QKeySequence(Qt::Key_F1), this);
     connect(openHelp, &QShortcut::activated, this, &MainWindow::SltBtnHelpClicked);
     for (QPushButton *button : {settingsButton, helpButton, helpPageButton})
