@@ -7,8 +7,8 @@ namespace PixelDecoder {
 
 namespace {
 
-constexpr quint64 kMaxImageBytes = 64U * 1024 * 1024;
-constexpr int kOutputBytes = 3; // of a pixel
+constexpr quint64 kMaxImageBytes = 64ULL * 1024 * 1024;
+constexpr qsizetype kOutputBytes = 3; // of a pixel
 constexpr int kNoChroma = 128;
 
 void putRgb565(int high, int low, uchar *output)
@@ -73,7 +73,7 @@ void rgb565(const Source &source, uchar *output, qsizetype stride)
 
 void rgb888(const Source &source, uchar *output, qsizetype stride)
 {
-    const qsizetype row = static_cast<qsizetype>(source.width) * kOutputBytes;
+    const qsizetype row = source.width * kOutputBytes;
     for (int y = 0; y < source.height; ++y, output += stride) {
         const qsizetype available = std::clamp<qsizetype>(source.size - row * y, 0, row);
         if (available > 0)

@@ -25,5 +25,5 @@ const PixelFormat *PixelFormat::find(int code)
 QString ImageRecord::formatName(int format)
 {
     const PixelFormat *const known = PixelFormat::find(format);
-    return known ? known->name : PixelFormat::find(Jpg)->name;
+    return (known ? *known : PixelFormat::all().front()).name;
 }

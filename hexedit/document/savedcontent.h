@@ -5,6 +5,8 @@
 
 #include "piecetable.h"
 
+#include <array>
+
 class SavedContent
 {
 public:
@@ -16,5 +18,5 @@ public:
 
 private:
     PieceTable m_table;
-    Pieces m_ranges[2]; // of the original and of the added bytes, by offset
+    std::array<Pieces, 2> m_ranges; // of the original and of the added bytes, by offset
 };

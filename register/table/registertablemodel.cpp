@@ -102,7 +102,7 @@ void RegisterTableModel::setOutcome(int row, Outcome outcome)
 
 int RegisterTableModel::filledRows(int page) const
 {
-    const auto first = m_entries.begin() + page * rowsPerPage;
+    const auto first = m_entries.begin() + static_cast<qsizetype>(page) * rowsPerPage;
     return static_cast<int>(
         std::count_if(first, first + rowsPerPage, [](const Entry &entry) { return !entry.cells.isEmpty(); }));
 }

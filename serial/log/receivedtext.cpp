@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr qint64 kReadBytes = 256 * 1024; // of the record, at a time
+constexpr qint64 kReadBytes = 256LL * 1024; // of the record, at a time
 
 } // namespace
 
