@@ -312,16 +312,17 @@ void SerialLink::readNow()
     if (!m_port->isOpen())
         return;
     const QByteArray bytes = m_port->readAll();
+    m_readBytes += bytes.size();
     if (!bytes.isEmpty())
         emit received(bytes, nowUs(), Peer());
 }
 
-// What the system still has, as well; a flood has no end.
+// What the system still has, as well; a flood has no end. Waiting may read, too.
 void SerialLink::readRest()
 {
     const QSerialPort *port = m_port.get();
-    for (qint64 left = kReadBufferBytes; left > 0 && isOpen() && m_port.get() == port;) {
-        left -= m_port->bytesAvailable();
+    const qint64 limit = m_readBytes + kReadBufferBytes;
+    while (m_readBytes < limit && isOpen() && m_port.get() == port) {
         readNow();
         if (!isOpen() || m_port.get() != port || !m_port->waitForReadyRead(0))
             break;

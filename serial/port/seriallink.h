@@ -89,4 +89,5 @@ private:
     bool m_hungUp = false;
     bool m_blocked = false;
     qint64 m_lineFreeAtNs = 0; // what was sent has left by then
+    qint64 m_readBytes = 0;
 };

@@ -78,6 +78,7 @@ private slots:
     void limitsWhatIsQueued();
     void endsAPacketWhenTheLineIsQuiet();
     void pausesWhileTooMuchIsPending();
+    void closesUnderAFlood();
     void noticesChangesByCount();
 
 private:
@@ -386,6 +387,29 @@ void TestSerialLink::pausesWhileTooMuchIsPending()
     QTRY_COMPARE(read.size(), bytes.size());
     QCOMPARE(read, bytes);
     QTRY_VERIFY(packets > 0);
+}
+
+// There is always more to read.
+void TestSerialLink::closesUnderAFlood()
+{
+    constexpr qint64 kEnough = 4 * 1024 * 1024;
+    m_port->open(m_board->device(), 115200, 8, 0, 0);
+    pollfd line{descriptorsOf(m_board->device()).values().last(), POLLIN, 0};
+    qint64 read = 0;
+    const QByteArray more(2048, 'f');
+    const auto feed = [&] {
+        if (read >= kEnough)
+            return;
+        QVERIFY(::write(m_board->descriptor(), more.constData(), size_t(more.size())) > 0);
+        poll(&line, 1, 5000);
+    };
+    connect(m_port.get(), &Link::received, this, [&](const QByteArray &bytes) {
+        read += bytes.size();
+        feed();
+    });
+    feed();
+    m_port->close();
+    QVERIFY2(read > 0 && read < kEnough, qPrintable(QString::number(read)));
 }
 
 void TestSerialLink::noticesChangesByCount()
