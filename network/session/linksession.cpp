@@ -179,8 +179,8 @@ void LinkSession::close()
 
 void LinkSession::changeProtocol()
 {
-    close();
     m_protocol = m_fields->protocol();
+    close();
     m_gate->setMaxBacklog(link() == m_udp ? kMaxDatagramBacklog : kMaxStreamBacklog);
     m_fields->setOpenState(false);
     showState();
@@ -248,7 +248,7 @@ void LinkSession::handleClosed(Entry &entry)
         emit notify(Notice::error(QStringLiteral("[TCP Client]连接失败：%1").arg(reason)));
     else if (wasOpen && !transport.ended.text.isEmpty() && (!reason.isEmpty() || !transport.ended.isError()))
         emit notify(transport.ended);
-    if (reason.isEmpty())
+    if (isShown && reason.isEmpty())
         emit closedHere(entry.subject);
     notifyDropped(entry, {});
 }

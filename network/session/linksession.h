@@ -82,7 +82,7 @@ signals:
     void closing();
     // Also where an open link has come to its end by itself.
     void closed();
-    // After closed(), where this side has closed it.
+    // After closed(), where this side has closed it, but not for another protocol.
     void closedHere(const QString &subject);
     void received(const QString &sender, const QByteArray &bytes);
     void joined(const QString &name);

@@ -88,7 +88,12 @@ void TestNetworkClient::cancelsConnecting()
     QCOMPARE(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
     QCOMPARE(stateText(), QStringLiteral("未连接"));
     QVERIFY(fieldsAreEnabled(true));
+    open(Client, deaf.localPort());
     m_notices->clear();
+    choose(Server); // cancels, too, but no server was closed
+    QVERIFY(m_notices->isEmpty());
+    QCOMPARE(stateText(), QStringLiteral("未监听"));
+    choose(Client);
     for (const char *port : {"0", "70000", ""}) { // nothing is opened
         write("editPort", port);
         click("btnOpen");
