@@ -191,6 +191,9 @@ void CameraDebugWidget::connectSession()
         m_link->saveDefaults();
         m_viewer->setHint(QStringLiteral("已打开，正在等待图像数据"));
     });
+    // Later: a reply that has already arrived is read while the link begins to close.
+    connect(m_session, &LinkSession::closing, m_config, &ImageFormatConfig::stopRequests,
+            Qt::QueuedConnection);
     connect(m_session, &LinkSession::closed, this, &CameraDebugWidget::endLink);
     connect(m_session, &LinkSession::closedHere, this,
             [this] { notify(Notice::information(QStringLiteral("摄像头连接已关闭！"))); });
