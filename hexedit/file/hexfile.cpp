@@ -158,7 +158,9 @@ HexFile::Result HexFile::endSaving(const QString &fileName, bool done)
     m_watch.setPaused(false);
     if (outcome.inPlace)
         follow(fileName, FileStamp::of(fileName));
-    else if (fileName == m_name)
+    else if (done && fileName == m_name)
         m_watch.acknowledge(); // the report tells what a failed save has moved
+    else
+        m_watch.check(); // what other programs did while it was paused
     return {outcome.saved, outcome.inPlace, outcome.reason, outcome.consequence};
 }

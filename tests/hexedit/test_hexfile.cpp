@@ -284,10 +284,13 @@ void TestHexFile::stopsBeforeTheOldFileIsGone()
     m_file->save(m_document, keepResult());
     begun.acquire();
     QVERIFY(m_task->isStoppable());
+    put("rom.bin", "another program's"); // unnoticed while we save
+    QSignalSpy changed(m_file.get(), &HexFile::changedOutside);
     go.release();
     m_task->stop();
     QVERIFY(!result().done && !m_result->inPlace && m_result->reason.isEmpty());
-    QCOMPARE(content("rom.bin"), QByteArray("old bytes"));
+    QVERIFY(changed.size() == 1 && m_file->isChangedOutside());
+    QCOMPARE(content("rom.bin"), QByteArray("another program's"));
     QCOMPARE(files(), QStringList{"rom.bin"});
 
     m_file->save(m_document, keepResult());
