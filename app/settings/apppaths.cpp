@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 namespace {
@@ -11,11 +10,15 @@ QString &rootOverride()
     static QString folder;
     return folder;
 }
-// "cmake --install" leaves the file; the portable folder has none.
+// "cmake --install" leaves the one file beside the programs' folder, the portable
+// folder has the other in itself: it may stand in a prefix, too.
 bool isInPrefix()
 {
-    static const bool isThere = QFileInfo::exists(QCoreApplication::applicationDirPath() +
-                                                  QStringLiteral("/../share/korvex/prefix-install"));
+    static const bool isThere = [] {
+        const QDir folder(QCoreApplication::applicationDirPath());
+        return folder.exists(QStringLiteral("../share/korvex/prefix-install")) &&
+               !folder.exists(QStringLiteral("install-launcher.sh"));
+    }();
     return isThere;
 }
 
