@@ -286,12 +286,12 @@ QString HexEditWidget::chosenLeftover(const QString &fileName)
 void HexEditWidget::load(const QString &fileName, const QString &source, qint64 address)
 {
     const qint64 size = FileStamp::of(source).size;
-    if (refuseWhileBusy())
-        return;
     if (size > kLargeFile &&
         QtMessageBox::question(this, QString(),
                                QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗？")
                                    .arg(double(size) / double(1 << 30), 0, 'f', 1)) != 1)
+        return;
+    if (refuseWhileBusy())
         return;
     m_file->open(fileName, source, [this, source, address](const HexFile::Result &result) {
         endOpening(source, address, result);
@@ -388,7 +388,7 @@ void HexEditWidget::saveAs()
 {
     const QString name = QtFileDialog::getSaveFileName(this, QStringLiteral("另存为"), m_file->name(),
                                                        QStringLiteral("所有文件(*.*)"));
-    if (name.isEmpty())
+    if (name.isEmpty() || refuseWhileBusy())
         return;
     if (m_file->isSame(name)) {
         saveAnd({});
@@ -454,6 +454,8 @@ void HexEditWidget::endSaving(const QString &fileName, const HexFile::Result &re
 void HexEditWidget::closeFile()
 {
     withoutEdits([this] {
+        if (refuseWhileBusy())
+            return;
         m_file->close();
         showDocument({});
     });
