@@ -167,9 +167,11 @@ void ImageFormatConfig::connectSession()
             QStringLiteral("寄存器[%1]没有应答！").arg(address, 4, 16, QLatin1Char('0')).toUpper()));
     });
     connect(&m_session, &RegisterSession::progressed, this,
-            [this](RegisterSession::Access access) { showProgress(access, false); });
-    connect(&m_session, &RegisterSession::finished, this,
-            [this](RegisterSession::Access access) { showProgress(access, true); });
+            [this](RegisterSession::Access access) { showProgress(access); });
+    connect(&m_session, &RegisterSession::finished, this, [this](RegisterSession::Access access) {
+        m_tables.at(access)->setBusy(false);
+        showProgress(access);
+    });
 }
 
 void ImageFormatConfig::loadDefaults()
@@ -307,7 +309,7 @@ void ImageFormatConfig::startTable(RegisterSession::Access access)
         emit notify(Notice::error(QStringLiteral("另一个寄存器表正在读写，请稍候！")));
 }
 
-void ImageFormatConfig::showProgress(RegisterSession::Access access, bool isFinished)
+void ImageFormatConfig::showProgress(RegisterSession::Access access)
 {
     const RegisterSession::Progress progress = m_session.progress();
     QString text = QStringLiteral("%1/%2").arg(progress.done).arg(progress.total);
@@ -315,11 +317,8 @@ void ImageFormatConfig::showProgress(RegisterSession::Access access, bool isFini
         text += QStringLiteral("，无应答 %1，错误 %2").arg(progress.unanswered).arg(progress.refused);
     if (progress.notSent > 0)
         text += QStringLiteral("，未发送 %1").arg(progress.notSent);
-    const QString state = !isFinished                      ? QStringLiteral("正在进行 ")
+    const QString state = m_session.isRunning()            ? QStringLiteral("正在进行 ")
                           : progress.done < progress.total ? QStringLiteral("已停止 ")
                                                            : QStringLiteral("已完成 ");
-    DataManagerWidget *const table = m_tables.at(access);
-    if (isFinished)
-        table->setBusy(false);
-    table->showProgress(state + text);
+    m_tables.at(access)->showProgress(state + text);
 }

@@ -66,7 +66,7 @@ private:
     void writeRegister();
     void openTable(RegisterSession::Access access);
     void startTable(RegisterSession::Access access);
-    void showProgress(RegisterSession::Access access, bool isFinished);
+    void showProgress(RegisterSession::Access access);
 
     FormGroup *m_formatGroup = nullptr;
     std::array<ImageRecord, 2> m_records;

@@ -183,10 +183,7 @@ void RegisterSession::addLateReply(const Reply &reply)
         rows->setOutcome(row, RegisterTableModel::Answered);
         if (outcome == RegisterTableModel::Unanswered && m_access == Read && m_progress.unanswered > 0) {
             --m_progress.unanswered;
-            if (isRunning())
-                emit progressed(Read);
-            else
-                emit finished(Read);
+            emit progressed(Read);
         }
         return;
     }

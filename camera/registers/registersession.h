@@ -89,8 +89,7 @@ signals:
     void requested(const RegisterSession::Request &request);
     void valueRead(const QString &value); // answers read()
     void unanswered(quint32 address);
-    void progressed(RegisterSession::Access access);
-    // Again when a late reply changes the progress.
+    void progressed(RegisterSession::Access access); // by a late reply also after finished()
     void finished(RegisterSession::Access access);
 
 private:

@@ -20,9 +20,9 @@ public:
 
     // Reads until count bytes have come, the port has hung up, or nothing has
     // come for quietMs.
-    QByteArray read(qint64 count, int quietMs = 5000);
+    QByteArray read(qint64 count, int quietMs = 20000);
     // Reads until what has come ends in the given bytes, or as above.
-    QByteArray readUntil(const QByteArray &end, int quietMs = 5000);
+    QByteArray readUntil(const QByteArray &end, int quietMs = 20000);
     // Writes all, waiting for room up to timeoutMs at a time; false otherwise.
     bool write(const QByteArray &bytes, int timeoutMs = 5000);
     // Whether the system reports the other end as gone within the time.

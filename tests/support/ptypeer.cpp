@@ -24,6 +24,8 @@ PtyPeer::PtyPeer()
 PtyPeer::~PtyPeer()
 {
     hangUp();
+    if (m_slave >= 0)
+        ::close(m_slave);
 }
 
 bool PtyPeer::write(const QByteArray &bytes)
@@ -69,11 +71,11 @@ QByteArray PtyPeer::read(int count, int timeoutMs)
     return std::exchange(m_received, QByteArray());
 }
 
+// The number stays taken: another test beside this one must not get it and be
+// opened in its place.
 void PtyPeer::hangUp()
 {
-    if (m_slave >= 0)
-        ::close(m_slave);
     if (m_master >= 0)
         ::close(m_master);
-    m_slave = m_master = -1;
+    m_master = -1;
 }

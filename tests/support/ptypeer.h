@@ -21,7 +21,7 @@ public:
     int writeSome(const QByteArray &bytes);
     // What has arrived once it is as long as that, or whatever is there after
     // the time.
-    QByteArray read(int count, int timeoutMs = 5000);
+    QByteArray read(int count, int timeoutMs = 20000);
     void hangUp(); // the adapter is pulled out
 
 private:
