@@ -1,4 +1,4 @@
-// Writes two JPEG files of a colour gradient with noise, as a camera makes them.
+// Writes two JPEG files of a color gradient with noise, as a camera makes them.
 //   camerapicture FOLDER WIDTH HEIGHT
 
 #include <QDir>

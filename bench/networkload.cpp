@@ -93,7 +93,7 @@ int main(int argc, char *argv[])
     };
     QElapsedTimer clock; // from the first byte, or from the first sending
     qint64 lastCame = 0;
-    double mostResident = 0;
+    double maxResident = 0;
     double cpuBefore = 0;
     bool broadcastDone = false;
     qint64 before = 0;
@@ -103,7 +103,7 @@ int main(int argc, char *argv[])
     QVector<double> residents; // once a second
     QObject::connect(&sampler, &QTimer::timeout, [&] {
         const qint64 bytes = received();
-        mostResident = qMax(mostResident, ProcessFigures::residentMegabytes());
+        maxResident = qMax(maxResident, ProcessFigures::residentMegabytes());
         const bool allThere = run.isSet("peers") && server->clientCount() >= run.number("peers");
         if (!clock.isValid() && (bytes > 0 || (run.isSet("auto-send") && allThere))) {
             clock.start();
@@ -151,7 +151,7 @@ int main(int argc, char *argv[])
                 "cpu %.1f s, resident at most %.0f MB; each second:",
                 static_cast<long long>(received()), static_cast<long long>(page->spool().size()),
                 qPrintable(page->counts().value(0)), seconds, double(received()) / 1e6 / seconds,
-                heartbeat.worst(), ProcessFigures::cpuSeconds() - cpuBefore, mostResident);
+                heartbeat.worst(), ProcessFigures::cpuSeconds() - cpuBefore, maxResident);
     for (const double resident : qAsConst(residents))
         std::printf(" %.0f", resident);
     std::printf("\n");

@@ -106,7 +106,7 @@ void PidCurveList::addCell(QGridLayout *grid, int graph, Curve &curve)
     curve.shown->setObjectName(QStringLiteral("checkCurve%1").arg(graph));
     curve.shown->setChecked(true);
     curve.swatch = new QToolButton(this);
-    curve.swatch->setObjectName(QStringLiteral("curveColour%1").arg(graph));
+    curve.swatch->setObjectName(QStringLiteral("curveColor%1").arg(graph));
     curve.swatch->setToolTip(QStringLiteral("单击选择颜色"));
     curve.swatch->setAccessibleName(name(graph) + QStringLiteral("的颜色"));
     curve.shown->setAccessibleName(name(graph));

@@ -18,7 +18,7 @@ public:
     explicit DemoBoards(QObject *parent = nullptr);
     ~DemoBoards() override;
 
-    // Plugs the boards in; call it when whoever shows failures is connected.
+    // Plugs the boards in; call it when failed() is connected.
     void start();
 
 signals:

@@ -33,7 +33,7 @@ public:
     void stop(int channel, qint64 us);
     void reset(int channel);
     // Stops every channel that was started from here, and the selected one too
-    // where it runs, whoever started it.
+    // where it runs, whether the board or this program started it.
     void stopAll(int selected, bool selectedRuns, qint64 us);
 
 signals:

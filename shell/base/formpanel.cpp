@@ -162,7 +162,7 @@ bool FormPanel::eventFilter(QObject *watched, QEvent *event)
 
 // A scroll area follows the keyboard only while that stays inside. What a mouse
 // presses is seen already, and must not move under it; nor is anything shown
-// anew when the window comes to the front.
+// again when the window comes to the front.
 void FormPanel::showFocus(QWidget *before, QWidget *now)
 {
     if (before && now && isAncestorOf(now) && now->visibleRegion().isEmpty())

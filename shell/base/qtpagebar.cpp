@@ -51,7 +51,7 @@ QtPageBar::QtPageBar(QWidget *parent)
 
 void QtPageBar::reset(int pageCount)
 {
-    m_count = qBound(1, pageCount, mostPages);
+    m_count = qBound(1, pageCount, maxPages);
     m_current = 1;
     m_pageEdit->setText(QString::number(m_current));
     showCount();
@@ -67,7 +67,7 @@ void QtPageBar::setCurrentPage(int page)
 
 void QtPageBar::SltAddNewPage()
 {
-    if (m_count < mostPages)
+    if (m_count < maxPages)
         ++m_count;
     showCount();
     emit addPage(m_count);

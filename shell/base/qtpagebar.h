@@ -17,7 +17,7 @@ class QtPageBar : public QWidget
     Q_OBJECT
 
 public:
-    static constexpr int mostPages = 100;
+    static constexpr int maxPages = 100;
 
     explicit QtPageBar(QWidget *parent = nullptr);
 

@@ -38,12 +38,12 @@ int PtyPeer::writeSome(const QByteArray &bytes)
     return writeFor(bytes, 500);
 }
 
-int PtyPeer::writeFor(const QByteArray &bytes, int patienceMs)
+int PtyPeer::writeFor(const QByteArray &bytes, int timeoutMs)
 {
     int done = 0;
     QElapsedTimer sinceProgress;
     sinceProgress.start();
-    while (done < bytes.size() && sinceProgress.elapsed() < patienceMs) {
+    while (done < bytes.size() && sinceProgress.elapsed() < timeoutMs) {
         const ssize_t count =
             ::write(m_master, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
         if (count > 0) {

@@ -25,7 +25,7 @@ public:
     void hangUp(); // the adapter is pulled out
 
 private:
-    int writeFor(const QByteArray &bytes, int patienceMs); // without progress
+    int writeFor(const QByteArray &bytes, int timeoutMs); // without progress
 
     int m_master = -1;
     int m_slave = -1; // keeps the line up while the program has it closed

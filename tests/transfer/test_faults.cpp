@@ -112,13 +112,13 @@ void TestFaults::sends_data()
     QTest::newRow("late request for the next file") << two << "late-c=1500@eot" << 3 << 2;
     QTest::newRow("end answered by a request") << two << "only-c@eot" << 3 << 1;
     QTest::newRow("silent for a while") << two << "silence=3000@2" << 3 << 2;
-    QTest::newRow("silent for ever") << two << "silence@2" << 6 << 0;
+    QTest::newRow("silent indefinitely") << two << "silence@2" << 6 << 0;
     QTest::newRow("never asks") << two << "" << 5 << 0;
     QTest::newRow("cancels at block 0") << two << "can@0" << 4 << 0;
     QTest::newRow("cancels data") << two << "can@2" << 4 << 0;
     QTest::newRow("cancels the end") << two << "can@eot" << 4 << 0;
     QTest::newRow("cancels by hand") << two << "a@1" << 4 << 0;
-    QTest::newRow("refuses for ever") << two << "nak@1*1000000" << 6 << 0;
+    QTest::newRow("refuses indefinitely") << two << "nak@1*1000000" << 6 << 0;
 }
 
 void TestFaults::sends()

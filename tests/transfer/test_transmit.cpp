@@ -233,7 +233,7 @@ void TestTransmit::refusesWhatIsNoFile_data()
     QTest::addColumn<QString>("what");
     QTest::newRow("vanished") << "vanished";
     QTest::newRow("a folder") << "folder";
-    QTest::newRow("a pipe") << "pipe"; // opening it would wait for ever
+    QTest::newRow("a pipe") << "pipe"; // opening it would wait indefinitely
 }
 
 void TestTransmit::refusesWhatIsNoFile()

@@ -35,7 +35,7 @@ ProcessEnd::ProcessEnd(QObject *parent)
         for (const int signal : {SIGINT, SIGTERM, SIGHUP})
             ::sigaction(signal, &action, nullptr);
     }
-    ::signal(SIGPIPE, SIG_IGN); // whoever read our messages may have gone
+    ::signal(SIGPIPE, SIG_IGN); // the reader of our messages may have gone
 
     auto *watch = new QTimer(this);
     connect(watch, &QTimer::timeout, this, [this, starter = ::getppid()] {

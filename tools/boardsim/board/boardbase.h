@@ -20,7 +20,7 @@ public:
     virtual QString statistics() const = 0;
 
 signals:
-    // One line for whoever follows the board's doings: "plugged COM3
+    // One line for a user or test that follows the board: "plugged COM3
     // /dev/pts/4", "unplugged COM3", "host arrived", "host left"; on the network
     // "bound 127.0.0.1 4711", "connected 3", "disconnected 2" (and how many
     // are); "finished", or what a mode reports.

@@ -40,7 +40,7 @@ signals:
     void finished();
     // The board wants its cable out for a while, in milliseconds.
     void unplugRequested(int ms);
-    // Something that whoever follows the board may want to know.
+    // Something that a user or test that follows the board may want to know.
     void happened(const QString &text);
 
 protected:

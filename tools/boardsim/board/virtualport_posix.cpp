@@ -134,7 +134,7 @@ bool VirtualPort::makeLink(QString *error)
         *error = QStringLiteral("%1 exists and is not a link").arg(m_link);
         return false;
     }
-    // By renaming, so that whoever lists the folder sees a whole link or none.
+    // By renaming, so that a program that lists the folder sees a complete link or none.
     const QString fresh = QDir(m_folder).filePath(QStringLiteral(".boardsim-%1").arg(::getpid()));
     QFile::remove(fresh);
     if (!QFile::link(m_device, fresh) ||

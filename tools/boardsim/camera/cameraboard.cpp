@@ -17,9 +17,9 @@ constexpr quint32 silentRegister = 0x00DD; // never answers
 constexpr quint32 brokenRegister = 0x00EE; // answers with an error code
 constexpr quint8 brokenStatus = 5;
 
-void appendWord(QByteArray &bytes, quint32 colour, bool bigEndian)
+void appendWord(QByteArray &bytes, quint32 color, bool bigEndian)
 {
-    const quint32 word = (colour >> 8 & 0xF800) | (colour >> 5 & 0x07E0) | (colour >> 3 & 0x001F);
+    const quint32 word = (color >> 8 & 0xF800) | (color >> 5 & 0x07E0) | (color >> 3 & 0x001F);
     const char high = char(word >> 8);
     const char low = char(word & 0xFF);
     bytes.append(bigEndian ? high : low).append(bigEndian ? low : high);
@@ -51,7 +51,7 @@ void CameraBoard::readFolder()
     }
 }
 
-quint32 CameraBoard::colourAt(int x, int y, int width, int height, int moved)
+quint32 CameraBoard::colorAt(int x, int y, int width, int height, int moved)
 {
     static constexpr quint32 bars[8] = {0xFFFFFF, 0xFFFF00, 0x00FFFF, 0x00FF00,
                                         0xFF00FF, 0xFF0000, 0x0000FF, 0x000000};
@@ -80,11 +80,11 @@ QByteArray CameraBoard::pixels(qint64 number) const
                 const int x = column == 0 ? width : column;
                 const int y = column == 0 ? row - 1 : row;
                 const bool isSeen = y >= 1;
-                appendWord(bytes, isSeen ? colourAt(width - x, y - 1, width, height, moved) : 0,
+                appendWord(bytes, isSeen ? colorAt(width - x, y - 1, width, height, moved) : 0,
                            m_settings.bigEndian);
             } else {
-                const quint32 colour = colourAt(column, row, width, height, moved);
-                bytes.append(char(colour >> 16)).append(char(colour >> 8)).append(char(colour));
+                const quint32 color = colorAt(column, row, width, height, moved);
+                bytes.append(char(color >> 16)).append(char(color >> 8)).append(char(color));
             }
         }
     }

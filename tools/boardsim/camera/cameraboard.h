@@ -46,8 +46,8 @@ public:
     // Requests in, replies out.
     QByteArray receive(const QByteArray &bytes);
 
-    // Colour bars as 0xRRGGBB, as they are meant to be seen. Moved by so much.
-    static quint32 colourAt(int x, int y, int width, int height, int moved);
+    // Color bars as 0xRRGGBB, as they are meant to be seen. Moved by so much.
+    static quint32 colorAt(int x, int y, int width, int height, int moved);
 
 private:
     QByteArray pixels(qint64 number) const;

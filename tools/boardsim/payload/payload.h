@@ -1,7 +1,7 @@
 #pragma once
 
 // The bytes that a simulated board streams: a function of encoding and seed
-// alone, so that whoever receives them can compute what must have arrived.
+// alone, so that the receiver can compute what must have arrived.
 
 #include <QByteArray>
 #include <QString>

@@ -32,7 +32,7 @@ public:
         Nak,          // "nak": what came is refused
         Cancel,       // "can": the board gives up with CAN CAN
         CancelByText, // "a": it gives up with 'A', as a user at its console would
-        Silence,      // "silence": deaf and mute, for the value in ms or for ever
+        Silence,      // "silence": deaf and mute, for the value in ms or indefinitely
         Noise,        // "noise": value (3) bytes before the answer that mean nothing
         WildNoise,    // "wild-noise": the same of any bytes
         LateRequest,  // "late-c": the 'C' behind an ACK comes value (500) ms later

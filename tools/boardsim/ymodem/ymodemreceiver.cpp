@@ -21,7 +21,7 @@ constexpr char nakAlone[] = {nak, 0};
 constexpr char cancellation[] = {can, can, 0};
 
 constexpr int gapMs = 1000; // within a packet
-constexpr int mostTimeOuts = 10;
+constexpr int maxTimeouts = 10;
 constexpr int cansThatCancel = 2;
 
 quint16 crcOf(const QByteArray &field)
@@ -269,7 +269,7 @@ void YmodemReceiver::timeOut()
     // The sender may have given up in the middle of a block.
     if (m_input.endsWith(QByteArray(cansThatCancel, can)) && m_state == State::Data) {
         cancel(QStringLiteral("by the sender"), {});
-    } else if (m_state == State::Data && ++m_timeOuts > mostTimeOuts) {
+    } else if (m_state == State::Data && ++m_timeOuts > maxTimeouts) {
         cancel(QStringLiteral("nothing comes"), cancellation);
     } else if (m_state == State::Data && !m_input.isEmpty()) {
         refuse(QStringLiteral("a part of a block"));
@@ -380,7 +380,7 @@ void YmodemReceiver::setTimer()
     int ms = m_specialMs;
     m_specialMs = -1;
     if (m_silent)
-        ms = ms > 0 ? ms : -1; // no value: for ever
+        ms = ms > 0 ? ms : -1; // no value: indefinitely
     else if (ms < 0)
         ms = !m_input.isEmpty() ? gapMs : isAsking() ? m_settings.askMs : m_settings.packetMs;
     m_board.setTimer(ms);

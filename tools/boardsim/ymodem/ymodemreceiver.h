@@ -2,7 +2,7 @@
 
 // Receives files by YModem (CRC-16, blocks of 128 and 1024 bytes), batch after
 // batch, as a boot loader does: asks with 'C' while nothing comes. Knows bytes
-// and waiting times only; whoever owns the port, the files and the clock is
+// and waiting times only; the owner of the port, the files and the clock is
 // told what to do through YmodemReceiver::Board. What it does wrong on purpose
 // is in its settings.
 
