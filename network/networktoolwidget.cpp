@@ -242,7 +242,7 @@ void NetworkToolWidget::notifyNotSent(const QString &text)
 
 // ---- receiving
 
-// The one path of all received bytes. A datagram is a message by itself;
+// The one path of all received bytes. A datagram is a complete message;
 // the bytes of a connection are one stream, whose characters may be cut.
 void NetworkToolWidget::sltRecvSocketMessage(QString name, QByteArray byData)
 {

@@ -70,7 +70,7 @@ private:
     void connectSession();
 
     void showLinkOpen(bool open);
-    // Posts it once in a row: a box that sends by itself would repeat it.
+    // Posts it once in a row: automatic sending would repeat it.
     void notifyNotSent(const QString &text);
 
     void showCounts();

@@ -4,7 +4,7 @@ namespace {
 
 constexpr int kSingleReplyMs = 1000;
 constexpr int kTableReplyMs = 300; // longer than a slow board needs, over a slow line
-constexpr int kWritePauseMs = 10;  // nobody answers writes
+constexpr int kWritePauseMs = 10;  // writes have no reply
 constexpr int kReadPauseMs = 1;
 
 bool isSameAddress(quint32 requested, quint16 replied)
@@ -166,7 +166,7 @@ void RegisterSession::addReply(const Reply &reply)
     }
 }
 
-// One that came too late, or that nobody asked for. Values that were read are not
+// A late reply, or one without a request. Values that were read are not
 // overwritten, nor rows that will be read.
 void RegisterSession::addLateReply(const Reply &reply)
 {

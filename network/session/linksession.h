@@ -80,7 +80,7 @@ signals:
     void opening();
     void opened();
     void closing();
-    // Also where an open link has come to its end by itself.
+    // Also where an open link has ended without being closed here.
     void closed();
     // After closed(), where this side has closed it, but not for another protocol.
     void closedHere(const QString &subject);

@@ -37,7 +37,7 @@ public:
     void setDeviceOpen(bool open);
     bool isAutoSending() const { return m_autoTimer.isActive(); }
 
-    // Milliseconds between two sends by itself, of the single-send text while that
+    // Milliseconds between two automatic sends, of the single-send text while that
     // page is shown; false when below minAutoInterval.
     bool setAutoInterval(int milliseconds);
     int autoInterval() const { return m_autoTimer.interval(); }
@@ -55,7 +55,7 @@ signals:
     void signalSendData(QByteArray byCmd);
     void showErrorHint();
     void signalSendFile(int type, int size, QStringList fileName);
-    // The box stopped sending by itself or was refused to start.
+    // Automatic sending stopped or was refused.
     void autoSendStopped();
     void notify(const Notice &notice);
 
@@ -76,7 +76,7 @@ private:
     void connectPages();
     void sendOnce(const QString &text);
     void sendText(const QString &text);
-    // Stops sending by itself and shows a tip where no device is open.
+    // Stops automatic sending and shows a tip where no device is open.
     bool requireDevice();
     QString tooLong(const QString &what) const;
     void reportIgnored(const SendText::Encoded &encoded);

@@ -1,7 +1,7 @@
 #pragma once
 
 // The options of a send box: the page shown, how typed text becomes bytes, and
-// sending by itself.
+// automatic sending.
 
 #include "formpanel.h"
 
@@ -16,7 +16,7 @@ class SendOptions : public FormGroup
     Q_OBJECT
 
 public:
-    // Sets the box up, and shows when it stops sending by itself.
+    // Sets the box up, and shows when it stops automatic sending.
     explicit SendOptions(QtSendBoxWidget *box, QWidget *parent = nullptr);
 
     // Applies the period that was typed. One below 10 ms, or no number, is

@@ -18,7 +18,7 @@
 namespace {
 
 // The shortest time from one flush to the next, longer while more than a screen
-// arrives at a time, which nobody can read; and the longest time of one flush.
+// arrives at a time, which cannot be read; and the longest time of one flush.
 constexpr int kFlushIntervalMs = 50;
 constexpr int kFloodIntervalMs = 200;
 constexpr int kFlushBudgetMs = 8;

@@ -1,6 +1,6 @@
 #pragma once
 
-// A notice that closes by itself. One instance for the process: a new text
+// A notice that closes after a time. One instance for the process: a new text
 // replaces the one shown. It is transparent for the mouse, and a press anywhere
 // closes a bubble.
 
