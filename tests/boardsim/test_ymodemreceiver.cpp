@@ -101,27 +101,6 @@ class TestYmodemReceiver : public QObject
     Q_OBJECT
 
 private slots:
-    void knownBytes()
-    {
-        FakeBoard board;
-        YmodemReceiver receiver({}, board);
-        receiver.start();
-        receiver.received(QByteArray("\x01\x00\xff"
-                                     "a.bin\0005",
-                                     10) +
-                          QByteArray(121, '\0') + QByteArray::fromHex("1d32"));
-        receiver.received(QByteArray::fromHex("0101fe") + "hello" + QByteArray(123, '\0') +
-                          QByteArray::fromHex("a546"));
-        receiver.received("\x04");
-        receiver.received(QByteArray::fromHex("0100ff") + QByteArray(130, '\0'));
-        QCOMPARE(board.sent.toHex(), QByteArray("43"
-                                                "0643"
-                                                "06"
-                                                "0643"
-                                                "06"));
-        QCOMPARE(board.kept, QList<QByteArray>{"hello"});
-    }
-
     void transcript_data()
     {
         QTest::addColumn<QString>("faults");
@@ -136,7 +115,6 @@ private slots:
 
         row("two batches", "", "H>0643 D1>06 e>0643 Z>06 T1000>43 H>0643 d1>06 d2>06 d3>06 e>0643 Z>06",
             "file a.bin 300 bytes|batch end 1 files|file a.bin 300 bytes|batch end 1 files");
-        row("less than announced", "", "H>0643 d1>06 e>0643", "file a.bin 128 of 300 bytes");
         row("everything repeated", "", "H>0643 H>0643 d1>06 d1>06 d2>06 d2>06 d3>06 e>0643 e>0643 Z>06",
             "repeated block|repeated block|repeated block|file a.bin 300 bytes|repeated EOT|batch end 1 "
             "files");
@@ -157,14 +135,11 @@ private slots:
         row("double", "double", "H>060643 D1>0606 e>060643 Z>0606", done);
         row("nak", "nak@0 nak@1*2 nak@eot nak@end", "H>15 H>0643 D1>15 D1>15 D1>06 e>15 e>0643 Z>15 Z>06",
             "refused|refused|refused|refused|file a.bin 300 bytes|refused|batch end 1 files");
-        row("nak every", "nak@every2", "H>0643 d1>06 d2>15 d2>06 d3>06 d4>15 d4>06 e>0643",
-            "refused|refused|file a.bin 300 bytes");
         row("can, a", "can@0 a@eot", "H>1818 H>0643 D1>06 e>41",
             "cancelled: on purpose|cancelled: on purpose");
         row("silence", "silence=700@2", "H>0643 d1>06 d2>- d2>- e>- X>- T>- d2>06 d3>06 e>0643",
             "silent|file a.bin 300 bytes");
         row("late request", "late-c=2500@0 late-c", "T>43 H>06 T2500>43 D1>06 e>06 T500>43 Z>06", done);
-        row("request instead of ACK", "only-c@eot", "H>0643 D1>06 e>43 Z>06 T>43", done);
     }
 
     void transcript()
@@ -208,39 +183,18 @@ private slots:
         }
     }
 
-    void blockNumbersWrap()
-    {
-        FakeBoard board;
-        YmodemReceiver receiver({}, board);
-        receiver.start();
-        receiver.received(header("long", "100000"));
-        QByteArray content;
-        for (int block = 1; block <= 800; ++block) {
-            const QByteArray field(128, char(block * 7));
-            content += field;
-            receiver.received(packet(1, block & 0xff, field) + packet(1, block & 0xff, field));
-        }
-        receiver.received("\x04");
-        QCOMPARE(board.kept.size(), 1);
-        QVERIFY(board.kept.first() == content.left(100000));
-    }
-
     void headers()
     {
         struct
         {
             QByteArray name, fileSize, stored; // stored empty: refused
         } const rows[] = {
-            {"a b.bin", "300 14717 0 0 1 300", "a b.bin"},
-            {"固件.bin", "", "固件.bin"},
+            {"固件 b.bin", "300 14717 0 0 1 300", "固件 b.bin"},
             {"\xb9\xcc\xbc\xfe\x81\x5c.bin", "1", "固件乗.bin"}, // GB18030, with a backslash in it
             {"../../etc/passwd", "1", "passwd"},
-            {"C:\\boot\\..\\x.bin", "1", "x.bin"},
-            {"a:b\n\x7f", "1", "a_b__"},
+            {"C:\\boot\\..\\a:b\n\x7f", "1", "a_b__"},
             {"..", "1", ""},
-            {"boot/", "1", ""},
             {"a.bin", "-1", ""},
-            {"a.bin", "12x", ""},
             {"a.bin", "99999999999999999999", ""},
             {"a.bin", "9223372036854775807", "a.bin"}, // nothing is reserved for it
             {QByteArray(128, 'n'), "", ""},            // without an end
@@ -285,14 +239,6 @@ private slots:
             QVERIFY(!board.sent.chopped(1).contains(meaningful));
         receiver.received(wire("e"));
         QCOMPARE(board.sent.size(), 201 + 7);
-    }
-
-    void refusesUnknownFaults()
-    {
-        Boardsim::YmodemFaults faults;
-        for (const char *text :
-             {"", "nak@", "nap@3", "nak@-1", "nak@every0", "nak@x", "nak3", "nak@3*", "silence=@3", "nak@3 "})
-            QVERIFY2(!faults.add(text), text);
     }
 };
 
