@@ -1,6 +1,6 @@
 // Runs the real window with its camera page shown, listening, and takes frames
 // from a board in another process. Prints what came, what was shown, how long
-// the user-interface thread was held up at worst, and what memory it took. The
+// the user-interface thread was blocked at worst, and what memory it took. The
 // port goes to standard output first: "port 4711".
 //
 //   cameraload [--frames N] [--seconds S]

@@ -1,6 +1,6 @@
 #pragma once
 
-// How long the user-interface thread was held up: the longest time between two
+// How long the user-interface thread was blocked: the longest time between two
 // beats of a timer of 5 ms, less its period.
 
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 // Runs the real window with its network page shown, as a server or over UDP,
 // and receives from a board in another process. Prints what came, how long the
-// user-interface thread was held up at worst, and what it cost. The port that
+// user-interface thread was blocked at worst, and what it cost. The port that
 // was opened goes to standard output first: "port 4711".
 //
 //   networkload [--udp] [--hex] [--stop-show] [--expect BYTES] [--peers N]

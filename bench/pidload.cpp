@@ -1,6 +1,6 @@
 // Runs the real window with its PID page shown and starts all five channels of
 // a board in another process (boardsim in pid mode). Prints how many reports
-// came, how long the user-interface thread was held up at worst, how often the
+// came, how long the user-interface thread was blocked at worst, how often the
 // chart was drawn, and what it cost in processor time and memory. The board
 // prints how many it sent.
 //

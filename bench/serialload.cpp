@@ -1,7 +1,7 @@
 // Runs the real window with its serial page shown and receives from a board in
 // another process (boardsim in burst or flood mode, with the same encoding and
 // seed). Prints whether every byte came, how long the user-interface thread
-// was held up at worst, and what it cost.
+// was blocked at worst, and what it cost.
 //
 //   serialload --port COM3 --total BYTES [--hex] [--stamp] [--log-mode]
 //              [--encoding utf8] [--seed 1] [--no-heartbeat] [--picture FILE]

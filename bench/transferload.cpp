@@ -1,7 +1,7 @@
 // Runs the real window with its serial page's file page shown and sends a file
 // by YModem to a receiver in another process. Prints how long it took, beside
 // what one step of the sender every 10 ms allows on such a line, and how long
-// the user-interface thread was held up at worst.
+// the user-interface thread was blocked at worst.
 //
 //   transferload --port COM3 --file NAME [--baud 115200] [--line BAUD] [--picture FILE]
 //

@@ -83,7 +83,7 @@ QWidget *CameraDebugWidget::buildPanel()
     return m_panel;
 }
 
-// How the data of the pictures are taken.
+// How the data of the pictures are read.
 void CameraDebugWidget::addChecks(FormGroup *group)
 {
     m_jpegData = new QCheckBox(QStringLiteral("JPEG数据"), group);

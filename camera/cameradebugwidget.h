@@ -1,6 +1,6 @@
 #pragma once
 
-// The camera assistant: takes the packets of a camera board, or raw JPEG
+// The camera assistant: receives the packets of a camera board, or raw JPEG
 // pictures, from a serial port or the network, shows the pictures and reads and
 // writes the board's registers. The links are LinkSession's, the received bytes
 // CameraReceiver's, the pictures FrameShow's, the registers ImageFormatConfig's.

@@ -478,7 +478,7 @@ void HexEditWidget::withoutEdits(const std::function<void()> &next)
         saveAnd(next);
 }
 
-// A save that is running was asked for: closing waits for it.
+// The user asked for the running save: closing waits for it.
 bool HexEditWidget::mayClose()
 {
     m_exit = m_file->isSaving() ? Exit::SaveBegan : Exit::Undecided;

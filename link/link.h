@@ -1,6 +1,6 @@
 #pragma once
 
-// The way to a board, whatever it is made of: a serial port, a TCP server and
+// The way to a board over any transport: a serial port, a TCP server and
 // its clients, a connection to a server, datagrams. Each implementation adds
 // an open() with its own settings; everything else is the same for all.
 //

@@ -122,5 +122,5 @@ private:
     qint64 m_startUs = 0; // the two below count from it
     qint64 m_nextStepAtUs = 0;
     qint64 m_lineFreeAtUs = 0;   // what was written has left by then
-    bool m_stepDeferred = false; // a step is due, and waits for the answer
+    bool m_stepDeferred = false; // a step is due as soon as the answer is here
 };

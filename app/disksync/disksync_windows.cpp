@@ -8,7 +8,7 @@ std::error_code DiskSync::flush(const std::filesystem::path &path)
                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (file == INVALID_HANDLE_VALUE)
-        return {}; // a scanner may hold it; that is no reason to take it for lost
+        return {}; // a virus scanner may hold it; the data are written all the same
     const DWORD error = ::FlushFileBuffers(file) ? ERROR_SUCCESS : ::GetLastError();
     ::CloseHandle(file);
     // NTFS writes its changes of names to a log in their order; flushing a

@@ -85,7 +85,7 @@ void DemoBoards::startUpdateServer()
     server->start();
 }
 
-// A program beside the executable whose failures are told; not started yet.
+// A program beside the executable whose failures are reported; not started yet.
 QProcess *DemoBoards::makeProcess(const QString &name, const QString &program)
 {
     auto *board = new QProcess(this);

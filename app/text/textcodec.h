@@ -18,7 +18,7 @@ QTextCodec *codec(int index);
 
 QByteArray encode(const QString &text, int index);
 
-// Decodes a whole byte sequence; what is no character becomes a replacement
+// Decodes a whole byte sequence; bytes that are no character become a replacement
 // character. Half a GB18030 character at the end is left out.
 QString decode(const QByteArray &bytes, int index);
 

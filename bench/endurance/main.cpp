@@ -1,5 +1,5 @@
 // Runs the whole program with all five tools busy against simulated boards and
-// prints, for each minute, how long the user-interface thread was held up at
+// prints, for each minute, how long the user-interface thread was blocked at
 // worst, memory, open files and processor share; at the end what was lost.
 // Nothing must be lost, and nothing must grow once the displays are full.
 //

@@ -82,7 +82,7 @@ void rgb888(const Source &source, uchar *output, qsizetype stride)
     }
 }
 
-// Whatever a cut pair still has is used: at the end of an odd row that is Y and U.
+// The bytes that a cut pair still has are used: at the end of an odd row, Y and U.
 void yuv422(const Source &source, uchar *output, qsizetype stride)
 {
     const int lumaAt = source.isBigEndian ? 1 : 0;

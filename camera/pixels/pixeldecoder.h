@@ -24,8 +24,8 @@ using Decode = void (*)(const Source &source, uchar *output, qsizetype stride);
 // be more than 64 MB.
 quint32 imageBytes(int width, int height);
 
-// Two bytes a pixel. With W x H pixels, output pixel W*y - x takes source pixel
-// W*y + x, for x from 1 to W and y from 1 to H: each row is mirrored and taken from
+// Two bytes a pixel. With W x H pixels, output pixel W*y - x is source pixel
+// W*y + x, for x from 1 to W and y from 1 to H: each row is mirrored and read from
 // one row further down.
 void rgb565(const Source &source, uchar *output, qsizetype stride);
 

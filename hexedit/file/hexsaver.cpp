@@ -15,7 +15,7 @@ constexpr int kSlice = 4 << 20;
 constexpr qint64 kMargin = 64 << 10; // directories and the file system's own
 
 // The name of the copy until it is complete. A part of a file under the
-// file's own name would be taken for the file, and saved over the complete bytes.
+// file's own name would look like the file, and be saved over the complete bytes.
 QString partOf(const QString &fileName)
 {
     return fileName + QStringLiteral(".~part");

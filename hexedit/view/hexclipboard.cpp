@@ -11,7 +11,7 @@
 namespace {
 
 constexpr qint64 kMaxCopied = 16 << 20;  // bytes; other programs get them as text
-constexpr qint64 kCheckedText = 1 << 20; // larger text takes too long to compare
+constexpr qint64 kCheckedText = 1 << 20; // comparing a larger text is too slow
 constexpr int kMaxPasted = 64 << 20;     // characters
 
 } // namespace

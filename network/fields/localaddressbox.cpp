@@ -45,7 +45,7 @@ void LocalAddressBox::fill()
     setCurrentIndex(findText(before));
     setEditText(before);
 
-    // A long address must not widen the panel; the list shows it whole.
+    // A long address must not widen the panel; the list shows all of it.
     const QFontMetrics metrics(view()->font());
     int widest = 0;
     for (int i = 0; i < count(); ++i)

@@ -20,7 +20,7 @@ QString cleaned(const QString &text)
 QHostAddress fromText(const QString &text)
 {
     const QString trimmed = cleaned(text);
-    // "8000" is 0.0.31.64 to the parser, which nobody means.
+    // "8000" is 0.0.31.64 to the parser, which no user means.
     const bool complete = trimmed.contains(QLatin1Char(':')) || trimmed.count(QLatin1Char('.')) == 3;
     return complete ? QHostAddress(trimmed) : QHostAddress();
 }

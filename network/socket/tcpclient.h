@@ -46,7 +46,7 @@ public:
     // Closes the connection when what is queued has been delivered, with
     // disconnected() at the end; at once where nothing is queued. A peer that reads
     // nothing for three seconds, or is not done after fifteen, gets no more. What
-    // the system has taken and the peer has not acknowledged is waited for as well:
+    // the system has accepted and the peer has not acknowledged is waited for as well:
     // the system drops it when a peer sends to a closed connection.
     void finish();
     // From finish() until disconnected(); also while that is emitted.

@@ -129,7 +129,7 @@ void TcpServer::closeAll()
 
 void TcpServer::closeClient(const QString &name)
 {
-    // A copy: each one that leaves takes itself out of the table.
+    // A copy: each one that leaves removes itself from the table.
     const QStringList names = name.isEmpty() ? m_clients.keys() : QStringList{name};
     for (const QString &each : names) {
         if (TcpClient *const client = m_clients.value(each))

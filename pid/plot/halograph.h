@@ -1,6 +1,6 @@
 #pragma once
 
-// A curve that stands out from the background whatever its color: where the
+// A curve that stands out from the background in any color: where the
 // contrast is too low, a line of another color is drawn along both its sides.
 
 // The header of QCustomPlot iterates with a keyword that our build switches off.

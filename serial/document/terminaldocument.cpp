@@ -133,7 +133,7 @@ int TerminalDocument::blockToKeep() const
 void TerminalDocument::dropOldest()
 {
     const QTextBlock first = findBlockByNumber(blockToKeep());
-    // A row that a block before has begun goes as a whole.
+    // A row that began in an earlier block is removed completely.
     if (first.position() > 0)
         replaceFront(first.position() + m_layout->firstRowStart(first), QString());
 }

@@ -10,7 +10,7 @@ namespace PortName {
 
 // The port named by an entry: the first "COM" followed by digits. On systems
 // that name their devices otherwise, an entry without such a match is also
-// taken when it begins with a device name of that system ("ttyUSB0", an
+// accepted when it begins with a device name of that system ("ttyUSB0", an
 // absolute path); the name then ends at the first space. Empty when the entry
 // names no port.
 QString fromEntry(const QString &entry);

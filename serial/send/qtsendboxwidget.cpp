@@ -163,7 +163,7 @@ bool QtSendBoxWidget::setAutoInterval(int milliseconds)
     return true;
 }
 
-// The box is as high as the page shown needs, whatever the others would.
+// The box is as high as the page shown needs, not as the highest page.
 void QtSendBoxWidget::setCurrentPage(int index)
 {
     for (int i = 0; i < m_pages->count(); ++i)

@@ -15,7 +15,7 @@ struct DialogAnswers
     // "取消".
     std::function<int(const QString &title, const QString &text, int type)> message;
 
-    // The chosen paths, empty for "取消". The save form takes the first.
+    // The chosen paths, empty for "取消". The save dialog uses the first.
     std::function<QStringList(FileMode mode, const QString &caption, const QString &folder,
                               const QString &filter)>
         fileNames;

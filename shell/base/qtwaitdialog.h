@@ -1,6 +1,6 @@
 #pragma once
 
-// A modal dialog for work that takes a moment: a spinner, a text and, where
+// A modal dialog for work of a few seconds: a spinner, a text and, where
 // the work can be stopped, "取消". The owner closes it with accept().
 
 #include "qtframelessdialog.h"

@@ -221,7 +221,7 @@ bool WindowsFrame::hitTest(const void *message, long *result) const
     return *result != HTCLIENT;
 }
 
-// What Windows takes for its own button gets no mouse events of Qt's.
+// Where Windows sees a button of its own, Qt gets no mouse events.
 bool WindowsFrame::workMaximizeButton(const void *message, long *result)
 {
     const auto *msg = static_cast<const MSG *>(message);

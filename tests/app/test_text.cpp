@@ -120,7 +120,7 @@ void TestText::decodesAnyCutOfAStream()
         const QString front = decoder.decode(bytes.constData(), cut, codec);
         QCOMPARE(front + decoder.decode(bytes.constData() + cut, bytes.size() - cut, codec), text);
     }
-    // Nothing vanishes of broken characters, whatever the cut.
+    // Nothing of a broken character vanishes, wherever it is cut.
     const QByteArray broken("a\xe6\xb8:b\xf0\x9f\x98 \xef\xbb\xbf\xc3(", 14);
     StreamDecoder whole;
     const QString expected = whole.decode(broken.constData(), broken.size(), codec);

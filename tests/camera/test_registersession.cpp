@@ -138,7 +138,7 @@ void TestRegisterSession::addsLateReplies()
 {
     fill(RegisterSession::Read, {{"00DD", ""}, {"3001", ""}, {"100DD", ""}});
     m_session->setTarget({1, 3, 1});
-    reply(1, 0x3001, "41"); // nobody asked for it
+    reply(1, 0x3001, "41"); // unsolicited
     QCOMPARE(rows(), QStringLiteral(" |41A| "));
     m_session->start(RegisterSession::Read);
     m_session->advance();
@@ -156,7 +156,7 @@ void TestRegisterSession::addsLateReplies()
     QCOMPARE(m_session->progress().unanswered, 0);
 }
 
-// Values too wide, and rows without one, are not sent; nobody answers.
+// Values too wide, and rows without one, are not sent; no board answers.
 void TestRegisterSession::writesTables()
 {
     fill(RegisterSession::Write, {{"3001", "FF"}, {"3002", "100"}, {"3003", ""}, {"3004", "44"}});

@@ -1,5 +1,5 @@
 // What an update server may send: a version text, and a header that names the
-// package. Whatever the name says, the file stays in its folder on any system.
+// package. The file stays in its folder under any name, on any system.
 
 #include "packagename.h"
 #include "versionnumber.h"

@@ -440,7 +440,7 @@ void TestPidPage::noticesAVanishedPort()
     open();
     click("btnPidStart");
     m_page->SltSerialportChanged({m_board->device() + " USB", QStringLiteral("COM9 ")});
-    QVERIFY(isOpen()); // by name, whatever the description
+    QVERIFY(isOpen()); // by name, not by description
     receive(hex("4f52564e01ffffff7f040000"));
     m_page->SltSerialportChanged({QStringLiteral("COM9 ")});
     QVERIFY(!isOpen());

@@ -1,5 +1,5 @@
 // The receive display: what it shows, what it hands out, and that the user's
-// selection and scroll position survive what comes in.
+// selection and scroll position survive incoming text.
 
 #include "apppaths.h"
 #include "korvexresources.h"

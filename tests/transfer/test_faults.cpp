@@ -1,5 +1,5 @@
 // Transfers to the simulated board's own receiver, which does what real ones
-// do wrong: whatever is called finished has arrived byte for byte, and
+// do wrong: what is called finished has arrived byte for byte, and
 // everything else ends with a reason.
 
 #include "virtualtransfer.h"

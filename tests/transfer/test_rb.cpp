@@ -23,7 +23,7 @@ QByteArray randomBytes(int size)
     return bytes;
 }
 
-// The received name is a row of bytes, whatever the system's encoding.
+// The received name is a row of bytes, independent of the system's encoding.
 QByteArray contentOf(const QByteArray &path)
 {
     QByteArray content;

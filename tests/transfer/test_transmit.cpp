@@ -350,7 +350,7 @@ void TestTransmit::opensItsPort()
     QVERIFY(waitForEnd());
 }
 
-// A board that talks while nobody listens delays its own answers, and is paused;
+// A board that talks while the page does not read delays its own answers, and is paused;
 // what was not read is the link's owner's.
 void TestTransmit::pausesAFlood()
 {
@@ -369,7 +369,7 @@ void TestTransmit::pausesAFlood()
     QCOMPARE(m_run->link.sent, QByteArray("\x18\x18\x18\x18\x18"));
     const QByteArray unused = m_transmit->takeUnused();
     QVERIFY2(unused.size() > 65000 && unused.endsWith("and more..."), unused.right(20));
-    answer("and more"); // nobody's but the owner's
+    answer("and more"); // the owner reads this
     QCOMPARE(m_transmit->takeUnused(), QByteArray());
     QVERIFY(waitForEnd());
 }

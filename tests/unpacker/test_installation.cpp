@@ -185,7 +185,7 @@ void TestInstallation::exchangesFiles()
     QVERIFY(!isExecutable("lib/a"));
 }
 
-// As a maker of packages would make them, in whatever order of the files.
+// As a maker of packages would make them, with the files in any order.
 void TestInstallation::installsArchivesOfOthers_data()
 {
     QTest::addColumn<QString>("command"); // in a folder that holds the folder "K"

@@ -26,7 +26,7 @@ bool shows(const QImage &screen, const QImage &window)
 }
 
 // What the screen shows at a window's place, menus and tips in front of it
-// included, as soon as it has come to rest. A new window takes a while to be
+// included, as soon as it no longer changes. A new window needs a while to be
 // placed and painted. A page on which something moves does not come to rest:
 // then the window must be on the screen.
 QPixmap onScreen(const QWidget *widget)

@@ -103,7 +103,7 @@ void tools(Gallery &gallery)
         Stage::answerFileDialogs(gallery.path(QStringLiteral("pid-saved"), type));
         NEED(UserHand::click(stage.find<QWidget>("btnPidPicture")));
     }
-    if (gallery.isInFirstSkin()) { // as a window is at the least
+    if (gallery.isInFirstSkin()) { // at the minimum size
         NEED(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
         NEED(gallery.resize({800, 500}));
         NEED(gallery.save(QStringLiteral("serial-small"), tabs));

@@ -54,12 +54,12 @@ Stage::~Stage()
         tip->sltTimeOut();
 }
 
-// A dialog that nobody expects would block everything that follows.
+// An unexpected dialog would block everything that follows.
 void Stage::closeForgottenDialog()
 {
     QWidget *dialog = QApplication::activeModalWidget();
     if (dialog && dialog == m_dialog) {
-        qCritical().noquote() << "nobody answers the dialog" << dialog->windowTitle();
+        qCritical().noquote() << "unexpected dialog" << dialog->windowTitle();
         m_hadForgottenDialog = true;
         dialog->close();
     }

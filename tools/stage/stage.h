@@ -64,7 +64,7 @@ public:
     Notice lastNotice();
     bool waitForNotice(const QString &text, Notice::Kind kind);
 
-    // A port that nobody listens at at present.
+    // A port that is free at present.
     static quint16 freePort();
 
     // Menus of the title bar.

@@ -126,7 +126,7 @@ void Ymodem::stepEstablishing(uint8 item)
     }
 }
 
-// Block 0 is out. Its Ack fetches what comes next, and the Request that
+// Block 0 is out. Its Ack fetches the next packet, and the Request that
 // follows sends it. A sequence number above 0 says that it has been fetched:
 // one more Ack must not fetch again, for what was kept would be lost.
 void Ymodem::stepEstablished(uint8 item)

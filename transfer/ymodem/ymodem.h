@@ -70,7 +70,7 @@ protected:
     // the answer.
     virtual uint8 statusCallback(Status status, uint8 *buffer, uint32 *length) = 0;
     // At most length bytes of what has arrived; returns their number, 0 if
-    // nothing waits.
+    // none has.
     virtual uint32 readBytes(uint8 *buffer, uint32 length) = 0;
     // Returns the number of bytes written.
     virtual uint32 writeBytes(uint8 *buffer, uint32 length) = 0;

@@ -66,7 +66,7 @@ Board::Board(const Options &options, const MakeMode &makeMode, QObject *parent)
 
 Board::~Board()
 {
-    // While the mode still exists to hear of it.
+    // While the mode still exists to receive it.
     m_port.unplug();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// A board, whatever it is reached through.
+// A board, independent of its transport.
 
 #include <QObject>
 #include <QString>
@@ -25,7 +25,7 @@ signals:
     // "bound 127.0.0.1 4711", "connected 3", "disconnected 2" (and how many
     // are); "finished", or what a mode reports.
     void happened(const QString &text);
-    // The board cannot go on.
+    // The board stops with an error.
     void failed(const QString &error);
 };
 

@@ -36,9 +36,9 @@ public:
     virtual QString statistics() const { return {}; }
 
 signals:
-    // The whole payload has been taken by the port.
+    // The port has accepted the complete payload.
     void finished();
-    // The board wants its cable out for a while, in milliseconds.
+    // The board asks to be unplugged for that many milliseconds.
     void unplugRequested(int ms);
     // Something that a user or test that follows the board may want to know.
     void happened(const QString &text);
@@ -50,7 +50,7 @@ private:
     VirtualPort &m_port;
 };
 
-// Reads and counts what comes.
+// Reads and counts incoming bytes.
 class SilentMode : public BoardMode
 {
     Q_OBJECT

@@ -8,8 +8,8 @@
 namespace Boardsim {
 
 // Sends the payload in bursts at a mean rate, with a pause between the end of
-// one burst and the beginning of the next. A host that is slow in taking a
-// burst puts off the next one and gets no larger one for it.
+// one burst and the beginning of the next. A host that reads a burst
+// slowly delays the next one and does not get a larger one for it.
 class BurstMode : public BoardMode
 {
     Q_OBJECT
@@ -39,7 +39,7 @@ private:
     qint64 m_left = 0;
     int m_bytesPerSecond;
     int m_pauseMs;
-    qint64 m_owed = 0; // what the last burst left over, in millionths of a byte
+    qint64 m_owed = 0; // remainder of the last burst, in millionths of a byte
     QElapsedTimer m_sinceBurst;
     QTimer m_pause;
     bool m_sending = false;

@@ -4,7 +4,7 @@ namespace Boardsim {
 
 namespace {
 
-constexpr qint64 maxQueued = 256 * 1024; // a frame begins only when less waits
+constexpr qint64 maxQueued = 256 * 1024; // a frame begins only when less is pending
 constexpr int readyFrames = 8;           // made beforehand at full speed
 
 } // namespace
@@ -76,7 +76,7 @@ void CameraStream::receive(const QByteArray &bytes)
     send(m_board.receive(bytes));
 }
 
-// What the line has no room for in time is not sent: a camera has no film.
+// A frame that the line has no room for in time is dropped.
 void CameraStream::sendDue()
 {
     if (!m_tick.isActive())

@@ -29,7 +29,7 @@ public:
     struct Line
     {
         std::function<void(const QByteArray &)> write;
-        std::function<qint64()> queued; // bytes that the line has not taken
+        std::function<qint64()> queued; // bytes that the line has not accepted
     };
 
     CameraStream(const CameraSettings &settings, Line line, QObject *parent = nullptr);
@@ -37,7 +37,7 @@ public:
     void start();
     void stop();
     void receive(const QByteArray &bytes);
-    void sendDue(); // also when the line has taken something
+    void sendDue(); // also when the line has room again
 
     qint64 framesSent() const { return m_sent; }
 
@@ -53,7 +53,7 @@ private:
     QTimer m_tick;
     QElapsedTimer m_clock;
     QList<QByteArray> m_ready; // frames as fast as possible: made beforehand
-    qint64 m_due = 0;          // frames that time has asked for
+    qint64 m_due = 0;          // frames due by the clock
     qint64 m_sent = 0;         // frames of all devices together
     bool m_over = false;
 };

@@ -2,10 +2,10 @@
 
 // The command line of a board, to which each part of the board adds the options
 // that it has. An option is described once: its name, its help and where its
-// value goes. What is not given keeps the value that it has.
+// value goes. An option that is not given keeps its value.
 //
-// Ends the program with an English message where the command line makes no
-// sense, and after the help.
+// Ends the program with an English message where the command line is invalid,
+// and after the help.
 
 #include <QCommandLineParser>
 #include <QStringList>
@@ -25,7 +25,7 @@ public:
     void addText(const char *name, const char *valueName, const QString &help, QString *value);
     void addFlag(const char *name, const QString &help, bool *value);
     // May be given several times; the function gets each and returns false for
-    // one that makes no sense.
+    // an invalid one.
     void addTexts(const char *name, const char *valueName, const QString &help,
                   const std::function<bool(const QString &text)> &take);
     template <class Number>

@@ -4,7 +4,7 @@
 
 namespace Boardsim {
 
-// Sends the payload as fast as the host takes it.
+// Sends the payload as fast as the host reads it.
 class FloodMode : public BoardMode
 {
     Q_OBJECT

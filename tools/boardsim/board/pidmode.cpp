@@ -44,7 +44,7 @@ PidMode::PidMode(const Options &options, VirtualPort &port)
 void PidMode::start()
 {
     m_clock.start();
-    m_told = 0;
+    m_advanced = 0;
     m_quietUntil = 0;
     m_nextFault = faultPeriodMs;
     m_held.clear();
@@ -69,8 +69,8 @@ void PidMode::tick()
 {
     const qint64 now = m_clock.elapsed();
     if (port().queued() < maxQueued) {
-        m_board.advance(now - m_told);
-        m_told = now;
+        m_board.advance(now - m_advanced);
+        m_advanced = now;
     }
     if (now >= m_nextFault) {
         m_nextFault = now + faultPeriodMs;

@@ -8,8 +8,8 @@
 
 namespace Boardsim {
 
-// Five control loops behind the PID link, in real time; and what can be wrong
-// with a line or a board, where asked for.
+// Five control loops behind the PID link, in real time; the options add faults
+// of a line or a board.
 class PidMode : public BoardMode
 {
     Q_OBJECT
@@ -47,7 +47,7 @@ private:
     quint32 m_randoms = 0;
     QTimer m_tick;
     QElapsedTimer m_clock;
-    qint64 m_told = 0;       // milliseconds that the board has been told of
+    qint64 m_advanced = 0;   // milliseconds that the board has been advanced
     qint64 m_quietUntil = 0; // by m_clock: nothing is sent
     qint64 m_nextFault = 0;
     QByteArray m_held; // glued or cut: to be sent later

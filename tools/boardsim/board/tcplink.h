@@ -56,7 +56,7 @@ public:
     // if that is open.
     TcpLink(QTcpSocket *socket, const TcpOptions &options, QFile *record, QObject *parent);
 
-    qint64 written() const { return m_written; } // bytes that the system has taken
+    qint64 written() const { return m_written; } // bytes that the system has accepted
     qint64 read() const { return m_read; }
 
 signals:

@@ -4,7 +4,7 @@
 // end as if it were a serial port. Writes and reads without ever blocking.
 //
 // While no program has the port open nothing can be sent, as on a wire with
-// nobody at the other end; hostArrived() and hostLeft() tell.
+// no host at the other end; see hostArrived() and hostLeft().
 
 #include "serialend.h"
 
@@ -25,7 +25,7 @@ class VirtualPort : public SerialEnd
 public:
     struct Statistics
     {
-        qint64 written = 0;   // bytes that the port has taken
+        qint64 written = 0;   // bytes that the port has accepted
         qint64 read = 0;      // bytes that came from the host
         qint64 dropped = 0;   // bytes that were to be written when the host left
         qint64 blockedMs = 0; // time during which output waited for room
@@ -60,7 +60,7 @@ public:
 signals:
     void hostArrived();
     void hostLeft();
-    // The port has taken everything that was queued.
+    // The port has accepted everything that was queued.
     void outputEmpty();
 
 private:
@@ -86,7 +86,7 @@ private:
     std::unique_ptr<QSocketNotifier> m_readable;
     std::unique_ptr<QSocketNotifier> m_writable;
     QTimer m_watch;
-    QElapsedTimer m_waiting; // valid while there is output that the port has not taken
+    QElapsedTimer m_waiting; // valid while output is pending
     qint64 m_waitedNs = 0;
     Statistics m_statistics;
 };

@@ -26,7 +26,7 @@ struct CameraSettings
     QString folder;            // of JPEG files, sent as they are
     bool bigEndian = false;    // RGB565
     bool rawJpeg = false;      // no packets: the files one after the other
-    int framesPerSecond = 10;  // of each device; 0 as fast as the line takes them
+    int framesPerSecond = 10;  // of each device; 0 as fast as the line accepts them
     int chunkBytes = 0;        // cut what is sent; 0 not at all
     Fault fault = Fault::None; // of every fifth frame
     int addressLength = 2;

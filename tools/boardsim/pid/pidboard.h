@@ -2,7 +2,7 @@
 
 // A board with five control loops, one for each kind of plant, behind the PID
 // link. Built on the firmware's link code, as a real board would be. Knows
-// neither port nor clock: bytes go in, time is told, bytes come out.
+// neither port nor clock: its owner passes bytes and time in and reads bytes out.
 
 #include "orvn_pid.h"
 #include "pidcontroller.h"
@@ -31,7 +31,7 @@ public:
     void receive(const QByteArray &bytes);
     void advance(qint64 milliseconds);
 
-    // What is to be sent since the last call: whole frames.
+    // Output since the last call: complete frames.
     QByteArray takeOutput();
 
     // Actual values reported so far, by all loops.

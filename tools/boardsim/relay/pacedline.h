@@ -16,7 +16,7 @@ public:
     // Bits per second; 0 for a line that takes no time.
     explicit PacedLine(int baudRate);
 
-    // How many bytes the buffer takes at once.
+    // How many bytes the buffer has room for.
     int room() const { return qMax(0, bufferBytes - m_buffer.size()); }
     bool isEmpty() const { return m_buffer.isEmpty(); }
 
@@ -24,7 +24,7 @@ public:
     void append(const QByteArray &bytes, qint64 nowNs);
     // What has arrived at the other end by now.
     QByteArray take(qint64 nowNs);
-    // The other end takes nothing: the wire stands still until now.
+    // The other end accepts nothing: the wire stands still until now.
     void hold(qint64 nowNs);
     // When the last byte of the buffer will have arrived.
     qint64 doneNs() const;

@@ -1,6 +1,6 @@
 // A serial line of a given speed between two programs that know only
 // pseudo-terminals, which take no time: bytes go through at ten bits each, both
-// ways at once, and a sender that is faster is held up as by a driver's buffer.
+// ways at once, and a sender that is faster is throttled as by a driver's buffer.
 // The near end is a virtual port; the far end is another one or a device.
 //
 //   serialrelay --folder DIR --port COM3 --far-port COM4 --baud 115200

@@ -27,7 +27,7 @@ class YmodemFaults
 {
 public:
     enum Kind {
-        LoseAnswer,   // "lose": what came is taken, but not answered
+        LoseAnswer,   // "lose": accepted, but not answered
         DoubleAck,    // "double": two ACK instead of one
         Nak,          // "nak": what came is refused
         Cancel,       // "can": the board gives up with CAN CAN

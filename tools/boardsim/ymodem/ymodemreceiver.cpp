@@ -115,10 +115,10 @@ void YmodemReceiver::received(const QByteArray &bytes)
     setTimer();
 }
 
-// Takes one thing off the input; false if there is no whole one.
+// Removes one packet or control byte from the input; false if none is complete.
 bool YmodemReceiver::consume()
 {
-    // Outside a batch most of what comes is not meant for us.
+    // Outside a batch, incoming bytes are mostly meant for other parts of the board.
     int at = 0;
     const auto isHeaderSoFar = [this, &at] {
         const auto matches = [this, &at](int offset, char byte) {
