@@ -64,16 +64,14 @@ void PidParser::append(const QByteArray &bytes, qint64 arrivalUs)
 {
     if (isBlocked() && size() > kMaxBlockedBytes)
         return;
-    compact();
-    m_buffer += bytes;
-    m_arrivals.push_back({m_removed + m_buffer.size(), arrivalUs});
+    m_pending.append(bytes);
+    m_arrivals.push_back({m_parsed + size(), arrivalUs});
 }
 
 void PidParser::clear()
 {
-    m_buffer.clear();
-    m_at = 0;
-    m_removed = 0;
+    m_pending.clear();
+    m_parsed = 0;
     m_arrivals.clear();
     m_arrival = {0, 0};
 }
@@ -86,10 +84,10 @@ PidParser::Outcome PidParser::next(PidReport *report)
     if (size() < length())
         return Outcome::Waiting;
     const int frameSize = qMax(0, length());
-    *report = decode({m_buffer.constData() + m_at, frameSize});
-    m_at += frameSize;
-    findArrival(m_removed + m_at - 1);
+    *report = decode({m_pending.front(), frameSize});
+    findArrival(m_parsed + frameSize - 1);
     report->arrivalUs = m_arrival.us;
+    drop(frameSize);
     const bool known =
         static_cast<quint8>(report->channel - 1) < PidFrame::channels && report->command <= PidFrame::Period;
     return known ? Outcome::Report : Outcome::Dropped;
@@ -97,12 +95,12 @@ PidParser::Outcome PidParser::next(PidReport *report)
 
 qint32 PidParser::length() const
 {
-    return qFromLittleEndian<qint32>(m_buffer.constData() + m_at + kLengthAt);
+    return qFromLittleEndian<qint32>(m_pending.front() + kLengthAt);
 }
 
 bool PidParser::hasHead() const
 {
-    return size() >= PidFrame::overhead && startsWithMagic(m_buffer.constData() + m_at);
+    return size() >= PidFrame::overhead && startsWithMagic(m_pending.front());
 }
 
 bool PidParser::isBlocked() const
@@ -117,34 +115,29 @@ bool PidParser::isOverlong() const
 
 void PidParser::skipHead()
 {
-    m_at += qMin(1, size());
+    drop(qMin(1, size()));
 }
 
 // Drops bytes until the magic is at the front. Three bytes may be its beginning
 // and stay.
 void PidParser::resynchronize()
 {
-    const char *const begin = m_buffer.constData();
-    const char *at = begin + m_at;
-    const char *const end = begin + m_buffer.size();
+    const char *const begin = m_pending.front();
+    const char *const end = begin + size();
+    const char *at = begin;
     while (end - at >= kMagicSize && !startsWithMagic(at)) {
         const void *first = std::memchr(at + 1, 'O', static_cast<size_t>(end - at - 1));
         at = first ? static_cast<const char *>(first) : end;
         at = qMin(at, end - (kMagicSize - 1));
     }
-    m_at = static_cast<int>(at - begin);
+    drop(static_cast<int>(at - begin));
 }
 
-// Parsed bytes are removed once they are the greater part, so that no byte is
-// moved twice.
-void PidParser::compact()
+void PidParser::drop(int bytes)
 {
-    if (m_at <= m_buffer.size() / 2)
-        return;
-    m_buffer.remove(0, m_at);
-    m_removed += m_at;
-    m_at = 0;
-    findArrival(m_removed);
+    m_pending.drop(bytes);
+    m_parsed += bytes;
+    findArrival(m_parsed);
 }
 
 void PidParser::findArrival(qint64 byte)

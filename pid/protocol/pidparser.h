@@ -7,6 +7,7 @@
 // length of 0 or less blocks the bytes behind it until the buffer is cleared; a
 // length that is never reached blocks them until the caller skips it.
 
+#include "bytequeue.h"
 #include "pidframe.h"
 
 #include <deque>
@@ -37,7 +38,7 @@ public:
     // continues while it gets reports; what a run leaves is parsed by the next.
     Outcome next(PidReport *report);
 
-    int size() const { return m_buffer.size() - m_at; } // bytes not parsed yet
+    int size() const { return m_pending.size(); } // bytes not parsed yet
 
     // The frame at the front has a length of 0 or less. The number of bytes kept
     // behind it is limited.
@@ -57,12 +58,11 @@ private:
     bool hasHead() const;  // a frame up to its command is at the front
     qint32 length() const; // as in its header
     void resynchronize();
-    void compact();
-    void findArrival(qint64 byte); // sets m_arrival; bytes before are not asked for again
+    void drop(int bytes);
+    void findArrival(qint64 byte); // sets m_arrival; earlier bytes are not asked for again
 
-    QByteArray m_buffer;
-    int m_at = 0;         // the first byte not parsed yet
-    qint64 m_removed = 0; // bytes that were before the buffer's first
+    ByteQueue m_pending;
+    qint64 m_parsed = 0; // bytes before those pending
     std::deque<Arrival> m_arrivals;
-    Arrival m_arrival{0, 0}; // of the first byte not parsed yet, or an earlier one
+    Arrival m_arrival{0, 0}; // of the first pending byte, or an earlier one
 };
