@@ -63,9 +63,6 @@ public slots:
     void SltReadWriteRegister(QString strAddr, QString strValue, int regId);
     void SltCalculationRate();
 
-signals:
-    void signalRefresCounts(int pageIndex);
-
 private:
     void buildUi();
     QWidget *buildPanel();

@@ -52,9 +52,6 @@ public slots:
     void setSize(qint64 size);
     void setAddress(qint64 address);
 
-signals:
-    void signalRefresCounts(int pageIndex);
-
 protected:
     void changeEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;

@@ -61,9 +61,6 @@ public slots:
     void sltTcpError(QAbstractSocket::SocketError error);
     void sltReadyFromUdp();
 
-signals:
-    void signalRefresCounts(int pageIndex);
-
 private:
     void buildUi();
     void connectParts();

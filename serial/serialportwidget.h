@@ -61,9 +61,6 @@ public slots:
     void sltTransmitProgress(int porgress, QString name);
     void sltTransmitStatus(YmodemFileTransmit::Status status, QString name);
 
-signals:
-    void signalRefresCounts(int pageIndex);
-
 private:
     void buildUi();
     void connectParts();

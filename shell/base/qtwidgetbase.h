@@ -54,6 +54,8 @@ signals:
     void signalClosed();
     // For the status bar; kind is one of Notice::Kind.
     void signalNotify(QString text, int kind);
+    // The page's byte counts have changed.
+    void signalRefresCounts(int pageIndex);
 
 protected:
     // Posts the notice to the status bar.

@@ -249,12 +249,10 @@ void MainWindow::connectPages()
 {
     connect(m_tabBar, &QtTabBar::clicked, this, &MainWindow::sltTabBarClicked);
     connect(m_statusBar, &QtStatusBar::clearCount, this, &MainWindow::SltClearCounts);
-    for (QtWidgetBase *page : qAsConst(m_pages))
+    for (QtWidgetBase *page : qAsConst(m_pages)) {
         connect(page, &QtWidgetBase::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
-    connect(m_serial, &SerialportWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
-    connect(m_camera, &CameraDebugWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
-    connect(m_network, &NetworkToolWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
-    connect(m_hexEdit, &HexEditWidget::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
+        connect(page, &QtWidgetBase::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
+    }
     connect(m_portChecker, &QSerialPorCheck::signalSerialChanged, m_serial,
             &SerialportWidget::SltSerialportChanged);
     connect(m_portChecker, &QSerialPorCheck::signalSerialChanged, m_camera,
