@@ -75,10 +75,10 @@ endfunction()
 set(KORVEX_LEAK_CHECK "ASAN_OPTIONS=detect_leaks=1"
   "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/leaks.supp:print_suppressions=0")
 
-# korvex_test(<name> SOURCES ... LINKS ... [LABEL serial] [TIMEOUT 60] [ARGS ...])
+# korvex_test(<name> SOURCES ... LINKS ... [LABEL serial ...] [TIMEOUT 60] [ARGS ...])
 # A QtTest program, registered with CTest and run without a display.
 function(korvex_test name)
-  cmake_parse_arguments(ARG "" "LABEL;TIMEOUT" "SOURCES;LINKS;ARGS" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT" "LABEL;SOURCES;LINKS;ARGS" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 600) # on a busy machine; a wait of a test ends long before
   endif()

@@ -1,0 +1,219 @@
+// What a user finds on each page at first start: every widget with its texts,
+// ranges, defaults, keys and layout, compared with the record in widgets.txt.
+// A change that is meant: copy the file that the failed test names over it.
+
+#include "apppaths.h"
+#include "korvexresources.h"
+#include "mainwindow.h"
+#include "qtmessagebox.h"
+#include "qtstyledialog.h"
+#include "qttabbar.h"
+#include "qtupdatedialog.h"
+#include "qtwaitdialog.h"
+#include "settings.h"
+#include "skin.h"
+#include "testfiles.h"
+#include "transferlogdialog.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QBoxLayout>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QMenu>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const char *const kProperties[] = {"objectName",
+                                   "text",
+                                   "title",
+                                   "windowTitle",
+                                   "placeholderText",
+                                   "toolTip",
+                                   "accessibleName",
+                                   "accessibleDescription",
+                                   "checkable",
+                                   "checked",
+                                   "readOnly",
+                                   "maxLength",
+                                   "minimum",
+                                   "maximum",
+                                   "value",
+                                   "singleStep",
+                                   "editable",
+                                   "focusPolicy",
+                                   "contextMenuPolicy",
+                                   "shortcut",
+                                   "shortcuts",
+                                   "autoDefault",
+                                   "autoRepeat",
+                                   "autoExclusive",
+                                   "wordWrap",
+                                   "textInteractionFlags",
+                                   "alignment",
+                                   "acceptDrops",
+                                   "undoRedoEnabled",
+                                   "tabChangesFocus",
+                                   "lineWrapMode",
+                                   "horizontalScrollBarPolicy",
+                                   "verticalScrollBarPolicy",
+                                   "widgetResizable",
+                                   "orientation",
+                                   "childrenCollapsible",
+                                   "insertPolicy",
+                                   "maxVisibleItems",
+                                   "selectionMode",
+                                   "selectionBehavior",
+                                   "editTriggers",
+                                   "alternatingRowColors",
+                                   "sortingEnabled",
+                                   "cornerButtonEnabled",
+                                   "showGrid",
+                                   "primary",
+                                   "kind"};
+
+const QStringList kUsual{"0",
+                         "false",
+                         "contextMenuPolicy=1",
+                         "textInteractionFlags=4",
+                         "alignment=129",
+                         "maxLength=32767",
+                         "maxVisibleItems=10",
+                         "insertPolicy=3",
+                         "autoRepeat=true"};
+
+// Filled from the machine: its ports and addresses.
+bool isOfTheMachine(const QObject *object)
+{
+    return object->inherits("LocalAddressBox") || object->inherits("PortComboBox");
+}
+
+QString valueOf(const QVariant &value)
+{
+    if (value.userType() == qMetaTypeId<QList<QKeySequence>>())
+        return QKeySequence::listToString(value.value<QList<QKeySequence>>());
+    QString text = value.canConvert<QString>() ? value.toString() : QString::number(value.toInt());
+    return text.replace('\n', "\\n");
+}
+
+// All values that are neither empty, 0, false nor Qt's usual ones.
+QString described(const QObject *object)
+{
+    QString line = object->metaObject()->className();
+    for (const char *name : kProperties) {
+        const QVariant value = object->property(name);
+        const QString text = value.isValid() ? valueOf(value) : QString();
+        if (!text.isEmpty() && !kUsual.contains(text) && !kUsual.contains(QLatin1String(name) + '=' + text))
+            line += QStringLiteral(" %1=%2").arg(name, text);
+    }
+    if (const auto *action = qobject_cast<const QAction *>(object))
+        line += action->icon().isNull() ? "" : " icon";
+    if (const auto *button = qobject_cast<const QAbstractButton *>(object))
+        line += button->icon().isNull() ? "" : " icon";
+    return line;
+}
+
+QString describedLayout(const QLayout *layout)
+{
+    const QMargins margins = layout->contentsMargins();
+    QString line = QStringLiteral("%1 margins=%2,%3,%4,%5 spacing=%6")
+                       .arg(layout->metaObject()->className())
+                       .arg(margins.left())
+                       .arg(margins.top())
+                       .arg(margins.right())
+                       .arg(margins.bottom())
+                       .arg(layout->spacing());
+    for (int i = 0; i < layout->count(); ++i) {
+        if (const auto *box = qobject_cast<const QBoxLayout *>(layout))
+            line += QStringLiteral(" %1").arg(box->stretch(i));
+        if (const auto *grid = qobject_cast<const QGridLayout *>(layout)) {
+            int place[4];
+            grid->getItemPosition(i, &place[0], &place[1], &place[2], &place[3]);
+            line += QStringLiteral(" %1,%2,%3,%4").arg(place[0]).arg(place[1]).arg(place[2]).arg(place[3]);
+        }
+        if (const QLayout *inner = layout->itemAt(i)->layout())
+            line += " (" + describedLayout(inner) + ')';
+    }
+    return line;
+}
+
+void describe(const QObject *object, int depth, QStringList *lines)
+{
+    const QString indent(depth, ' ');
+    const auto *widget = qobject_cast<const QWidget *>(object);
+    if ((object->objectName().startsWith("qt_") && !object->objectName().endsWith("viewport") &&
+         !object->objectName().endsWith("stackedwidget")) ||
+        (!widget && !qobject_cast<const QAction *>(object)) || object->inherits("QComboBoxPrivateContainer"))
+        return;
+    *lines += indent + described(object);
+    if (!widget)
+        return;
+    if (!widget->isEnabled() && (!widget->parentWidget() || widget->parentWidget()->isEnabled()))
+        lines->last() += " disabled";
+    if (widget->isHidden() && !widget->isWindow())
+        lines->last() += " hidden";
+    if (const auto *combo = qobject_cast<const QComboBox *>(object); combo && !isOfTheMachine(widget)) {
+        QStringList items;
+        for (int i = 0; i < combo->count(); ++i)
+            items += combo->itemText(i) + '=' + combo->itemData(i).toString();
+        lines->last() += QStringLiteral(" [%1] %2").arg(items.join('|'), combo->currentText());
+    }
+    if (isOfTheMachine(widget))
+        return;
+    if (widget->layout())
+        *lines += indent + " " + describedLayout(widget->layout());
+    for (const QObject *child : object->children())
+        describe(child, depth + 1, lines);
+}
+
+} // namespace
+
+class TestWidgets : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void areAsRecorded()
+    {
+        initKorvexResources();
+        QTemporaryDir root;
+        AppPaths::setRoot(root.path());
+        AppPaths::makeFolders();
+        Settings::writeDefaults();
+        Settings::load();
+        Skin::apply(0);
+        MainWindow window;
+        window.resize(1600, 1200); // no panel scrolls
+        window.show();
+        auto *const tabs = window.findChild<QtTabBar *>();
+        QStringList lines;
+        for (int i = tabs->count() - 1; i >= 0; --i) { // each has been shown
+            tabs->setCurrentIndex(i);
+            QCoreApplication::processEvents();
+        }
+        describe(&window, 0, &lines);
+        QtStyleDialog style(QtStyleDialog::SendArea);
+        QtMessageBox box;
+        QtWaitDialog wait("wait");
+        QtUpdateDialog update;
+        TransferLogDialog log("log");
+        for (const QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log})
+            describe(dialog, 0, &lines);
+        const QByteArray actual = lines.join('\n').toUtf8() + '\n';
+        const QByteArray expected = contentOf(QFINDTESTDATA("widgets.txt"));
+        const QString name = QDir::current().filePath("widgets.actual.txt");
+        QVERIFY(writeFile(name, actual));
+        const QList<QByteArray> were = expected.split('\n');
+        const QList<QByteArray> are = actual.split('\n');
+        for (int i = 0; i < qMin(were.size(), are.size()); ++i)
+            QVERIFY2(were.at(i) == are.at(i), "line " + QByteArray::number(i + 1) + " of " + name.toUtf8() +
+                                                  ":\n" + are.at(i) + "\ninstead of\n" + were.at(i));
+        QCOMPARE(are.size(), were.size());
+    }
+};
+
+QTEST_MAIN(TestWidgets)
+#include "test_widgets.moc"
