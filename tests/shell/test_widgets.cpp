@@ -151,6 +151,8 @@ void describe(const QObject *object, int depth, QStringList *lines)
     *lines += indent + described(object);
     if (!widget)
         return;
+    if (widget->isWindow() && !widget->windowIcon().isNull())
+        lines->last() += " icon";
     if (!widget->isEnabled() && (!widget->parentWidget() || widget->parentWidget()->isEnabled()))
         lines->last() += " disabled";
     if (widget->isHidden() && !widget->isWindow())
