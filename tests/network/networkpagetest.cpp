@@ -1,11 +1,9 @@
 #include "networkpagetest.h"
 
-#include "apppaths.h"
 #include "dialoganswers.h"
 #include "korvexresources.h"
 #include "qtmessagetip.h"
 #include "qttexteditinput.h"
-#include "settings.h"
 
 #include <QLabel>
 #include <QTcpServer>
@@ -17,15 +15,8 @@ void NetworkPageTest::initTestCase()
 
 void NetworkPageTest::init()
 {
-    m_root = std::make_unique<QTemporaryDir>();
-    AppPaths::setRoot(m_root->path());
-    AppPaths::makeFolders();
-    Settings::instance() = Settings();
+    makePage(900, 600);
     Settings::instance().textCodec = 0;
-    m_page = std::make_unique<NetworkToolWidget>();
-    m_page->resize(900, 600);
-    m_page->show();
-    m_notices = std::make_unique<QSignalSpy>(m_page.get(), &NetworkToolWidget::signalNotify);
 }
 
 void NetworkPageTest::cleanup()

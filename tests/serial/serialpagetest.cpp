@@ -1,9 +1,7 @@
 #include "serialpagetest.h"
 
-#include "apppaths.h"
 #include "dialoganswers.h"
 #include "korvexresources.h"
-#include "settings.h"
 
 #include <QComboBox>
 
@@ -14,15 +12,8 @@ void SerialPageTest::initTestCase()
 
 void SerialPageTest::init()
 {
-    m_root = std::make_unique<QTemporaryDir>();
-    AppPaths::setRoot(m_root->path());
-    AppPaths::makeFolders();
-    Settings::instance() = Settings();
     m_board = std::make_unique<PtyPeer>();
-    m_page = std::make_unique<SerialportWidget>();
-    m_page->resize(900, 500);
-    m_page->show();
-    m_notices = std::make_unique<QSignalSpy>(m_page.get(), &SerialportWidget::signalNotify);
+    makePage(900, 500);
 }
 
 void SerialPageTest::cleanup()
@@ -50,10 +41,4 @@ void SerialPageTest::chooseFile(const QString &name)
     DialogAnswers::instance().fileNames = [name](auto, auto, auto, auto) {
         return name.isEmpty() ? QStringList() : QStringList(name);
     };
-}
-
-QByteArray SerialPageTest::contentOf(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }

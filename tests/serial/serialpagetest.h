@@ -7,6 +7,7 @@
 #include "ptypeer.h"
 #include "qtterminalwidget.h"
 #include "serialportwidget.h"
+#include "testfiles.h"
 
 #include <QAbstractButton>
 #include <QtTest>
@@ -27,7 +28,6 @@ protected:
     qint64 received() const { return m_page->counts().at(1).toLongLong(); }
     void receive(const QByteArray &bytes);
     void chooseFile(const QString &name);
-    static QByteArray contentOf(const QString &name);
 
     std::unique_ptr<PtyPeer> m_board;
 };

@@ -3,6 +3,9 @@
 // What the tests of every page have: the page, its folder, its notices, and a
 // way to its widgets.
 
+#include "apppaths.h"
+#include "settings.h"
+
 #include <QAbstractButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -12,6 +15,18 @@
 template <class Page> class PageParts
 {
 protected:
+    // As after installing the program: empty folders, default settings.
+    void makePage(int width, int height)
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        AppPaths::setRoot(m_root->path());
+        AppPaths::makeFolders();
+        Settings::instance() = Settings();
+        m_page = std::make_unique<Page>();
+        m_page->resize(width, height);
+        m_page->show();
+        m_notices = std::make_unique<QSignalSpy>(m_page.get(), &Page::signalNotify);
+    }
     template <class Widget> Widget *child(const char *name) const
     {
         return m_page->template findChild<Widget *>(QLatin1String(name));
