@@ -110,8 +110,7 @@ void TestReceived::spoolsExactlyWhatCame()
             all += piece;
             if (i % 7 == 0)
                 QCOMPARE(spool.flush(), ByteSpool::State::OnDisk);
-            if (i % 10 == 0) // reading in between moves no writing
-                QCOMPARE(readBack(spool, all.size() / 2, 5), all.mid(all.size() / 2, 5));
+            QCOMPARE(readBack(spool, all.size() / 2, 5), all.mid(all.size() / 2, 5)); // moves no writing
         }
         const QByteArray large(100 * 1000, 'x'); // past the memory
         spool.append(large.constData(), large.size());
@@ -139,14 +138,12 @@ void TestReceived::keepsBytesWhenTheDiskIsFull()
 {
 #ifdef Q_OS_UNIX
     const QTemporaryDir folder;
-    ByteSpool spool(folder.path(), "serial", 3000);
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     rlimit tight = before;
     tight.rlim_cur = 1000; // the file takes no more than that
     setrlimit(RLIMIT_FSIZE, &tight);
-    QByteArray all;
     const QByteArray much(100 * 1000, 'x');
     ByteSpool recovers(folder.path(), "serial");
     QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
@@ -154,6 +151,8 @@ void TestReceived::keepsBytesWhenTheDiskIsFull()
     QCOMPARE(recovers.append("end", 3), ByteSpool::State::OnDisk);
     QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end");
     setrlimit(RLIMIT_FSIZE, &tight);
+    QByteArray all;
+    ByteSpool spool(folder.path(), "serial", 3000);
     for (int i = 0; i < 15; ++i) {
         const QByteArray piece(300, static_cast<char>('a' + i));
         spool.append(piece.constData(), piece.size());
@@ -173,12 +172,11 @@ void TestReceived::keepsBytesWhenTheDiskIsFull()
 void TestReceived::showsChunksBehindHeaders()
 {
     Display display;
-    display.text.receive("one", "[12:00:00.000] ASCII >\n", false);
-    display.text.receive("two\n", "[12:00:00.020] ASCII >\n", false);
-    display.text.receive(QByteArray("\x0A\x1B\xFF"), "[12:00:00.040] HEX >\n", true);
-    QCOMPARE(display.text.pendingBytes(), qint64(3 + 23 + 4 + 23 + 3 + 21));
-    QCOMPARE(display.flush(), QStringLiteral("[12:00:00.000] ASCII >\none[12:00:00.020] ASCII >\ntwo\n"
-                                             "[12:00:00.040] HEX >\n0A 1B FF "));
+    display.text.receive("one", "[1] ASCII >\n", false);
+    display.text.receive("two\n", "[2] ASCII >\n", false);
+    display.text.receive(QByteArray("\x0A\x1B\xFF"), "[3] HEX >\n", true);
+    QCOMPARE(display.text.pendingBytes(), qint64(3 + 12 + 4 + 12 + 3 + 10));
+    QCOMPARE(display.flush(), QStringLiteral("[1] ASCII >\none[2] ASCII >\ntwo\n[3] HEX >\n0A 1B FF "));
     QCOMPARE(display.text.pendingBytes(), qint64(0));
     QCOMPARE(display.recorded(), display.shown);
     display.text.clear();

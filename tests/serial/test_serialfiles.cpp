@@ -87,9 +87,8 @@ void TestSerialFiles::failedSavesDoNotCount()
         QVERIFY(m_page->mayClose());
         QVERIFY(!m_page->saveBeforeExit());
         Settings::instance().closeBehaviour = Settings::AutoSave;
-        QFile inTheWay(m_root->filePath("save"));
-        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
-        qputenv("HOME", "/dev/null"); // the user's documents
+        QVERIFY(writeFile(m_root->filePath("save"), {})); // in the way
+        qputenv("HOME", "/dev/null");                     // the user's documents
         answer = QtMessageBox::Cancel;
         QVERIFY(!m_page->saveBeforeExit());
         QVERIFY(!m_page->saveBeforeExit());
