@@ -48,7 +48,6 @@ public:
         }
     }
     virtual QByteArray read() { return peer().readAll(); }
-    virtual void leave() { static_cast<QAbstractSocket &>(peer()).abort(); }
 };
 
 class ServerWire : public Wire

@@ -1,12 +1,12 @@
 #include "networkpagetest.h"
 
 #include "dialoganswers.h"
+#include "freeport.h"
 #include "korvexresources.h"
 #include "qtmessagetip.h"
 #include "qttexteditinput.h"
 
 #include <QLabel>
-#include <QTcpServer>
 
 void NetworkPageTest::initTestCase()
 {
@@ -37,13 +37,6 @@ void NetworkPageTest::addFamilies()
 QStringList NetworkPageTest::to(quint16 port, const QString &address, const QStringList &more)
 {
     return QStringList{"--address", address, "--net-port", QString::number(port), "--delay", "0"} + more;
-}
-
-quint16 NetworkPageTest::freePort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::Any);
-    return probe.serverPort();
 }
 
 quint16 NetworkPageTest::open(Type type, quint16 port)

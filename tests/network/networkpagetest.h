@@ -47,6 +47,4 @@ protected:
     static void addFamilies();
     // Options of a board that talks at once.
     static QStringList to(quint16 port, const QString &address, const QStringList &more);
-    // A port that is free at the moment.
-    static quint16 freePort();
 };
