@@ -1,13 +1,11 @@
 #include "camerapagetest.h"
 
-#include "apppaths.h"
 #include "dialoganswers.h"
+#include "freeport.h"
 #include "korvexresources.h"
 #include "qtmessagetip.h"
-#include "settings.h"
 
 #include <QBuffer>
-#include <QTcpServer>
 
 void CameraPageTest::initTestCase()
 {
@@ -16,14 +14,7 @@ void CameraPageTest::initTestCase()
 
 void CameraPageTest::init()
 {
-    m_root = std::make_unique<QTemporaryDir>();
-    AppPaths::setRoot(m_root->path());
-    AppPaths::makeFolders();
-    Settings::instance() = Settings();
-    m_page = std::make_unique<CameraDebugWidget>();
-    m_page->resize(1000, 600);
-    m_page->show();
-    m_notices = std::make_unique<QSignalSpy>(m_page.get(), &CameraDebugWidget::signalNotify);
+    makePage(1000, 600);
 }
 
 void CameraPageTest::cleanup()
@@ -38,12 +29,8 @@ quint16 CameraPageTest::openPort(Protocol protocol)
 {
     choose(protocol);
     for (int attempt = 0; attempt < 20; ++attempt) { // another program may take it first
-        QTcpServer probe;
-        probe.listen(QHostAddress::Any);
-        const quint16 port = probe.serverPort();
-        probe.close();
-        child<QLineEdit>("editCameraPort")->setText(QString::number(port));
-        click("btnCameraOpen");
+        const quint16 port = freePort();
+        openAt(port);
         if (isOpen())
             return port;
     }

@@ -26,6 +26,11 @@ protected:
     enum Protocol { Server, Client, Udp, Serial };
 
     void choose(Protocol protocol) { child<QComboBox>("comboCameraProtocol")->setCurrentIndex(protocol); }
+    void openAt(quint16 port)
+    {
+        child<QLineEdit>("editCameraPort")->setText(QString::number(port));
+        click("btnCameraOpen");
+    }
     // Chooses the protocol and opens it on a port that is free; 0 on failure.
     quint16 openPort(Protocol protocol);
     bool isOpen() { return !child<QComboBox>("comboCameraProtocol")->isEnabled(); }

@@ -184,6 +184,11 @@ void TestCameraLink::countsLosses()
     QCOMPARE(loss(header("0c000000", "7f") + "ab"), QStringLiteral("0/0")); // for somebody else
     QCOMPARE(loss(header("00100000", "7f") + "ab"), QStringLiteral("12/0"));
     QCOMPARE(loss(header("00100000", "11") + "ab"), QStringLiteral("12/0"));
+    // An announcement that was searched for ends the search.
+    FrameAssembler joined;
+    for (const qint64 nowMs : {0, 1000})
+        joined.append("x" + kImage.mid(4) + kFormat, nowMs);
+    QCOMPARE(events(joined), QStringLiteral("F1:5:2x3 S N "));
 }
 
 // Nothing is allocated for what is only announced, and a stream of frames leaves

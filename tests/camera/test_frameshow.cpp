@@ -91,16 +91,29 @@ void TestFrameShow::takesTurns()
     }
 }
 
+// And a picture that takes long leaves as much time for the rest.
 void TestFrameShow::showsOnlyTheNewest()
 {
     FrameShow show;
     QList<int> widths;
-    connect(&show, &FrameShow::pictureReady, this,
-            [&](int, const QImage &picture) { widths.append(picture.width()); });
+    QElapsedTimer clock;
+    connect(&show, &FrameShow::pictureReady, this, [&](int, const QImage &picture) {
+        widths.append(picture.width());
+        for (clock.start(); clock.elapsed() < 40;) {
+        }
+        clock.start();
+    });
+    qint64 pauseMs = 0;
+    connect(&show, &FrameShow::undecodable, this, [&] { pauseMs = clock.restart(); });
     for (int side = 1; side <= 5; ++side)
         show.add(1, {QByteArray(75, 'x'), ImageRecord{5, quint16(side), quint16(side)}, false});
-    show.add(0, {"no picture", std::nullopt, false});
-    QTRY_VERIFY_WITH_TIMEOUT(!widths.isEmpty() && show.unusable() == 1, 20000);
+    const CameraFrameData noPicture{"no picture", std::nullopt, false};
+    show.add(0, noPicture);
+    QTRY_VERIFY_WITH_TIMEOUT(show.unusable() == 1, 20000);
+    QVERIFY(pauseMs >= 40);
+    show.add(0, noPicture);
+    QTRY_VERIFY_WITH_TIMEOUT(show.unusable() == 2, 20000);
+    QVERIFY(pauseMs >= 15);
     QCOMPARE(widths, QList<int>{5});
     QVERIFY(show.shown() == 1 && show.skipped() == 4);
     show.clearCounts();

@@ -9,22 +9,10 @@ class TestPixels : public QObject
     Q_OBJECT
 
 private slots:
-    void listsFormats();
     void decodes_data();
     void decodes();
     void limitsSizes();
 };
-
-void TestPixels::listsFormats()
-{
-    QStringList formats;
-    for (const PixelFormat &format : PixelFormat::all())
-        formats += QString::asprintf("%d %s %d", format.code, format.name.data(), format.bytesPerPixel) +
-                   (format.mayBeFile ? "*" : "");
-    QCOMPARE(formats.join('|'), QString("1 *.jpg 3*|2 *.bmp 2|3 *.png 3*|4 RGB565 2|5 RGB888 3|7 YUV422 2"));
-    QCOMPARE(ImageRecord::formatName(7) + ImageRecord::formatName(6), QStringLiteral("YUV422*.jpg"));
-    QVERIFY(ImageRecord().format == 4 && ImageRecord().width == 320 && ImageRecord().height == 240);
-}
 
 // Pictures 3 pixels wide and 2 high, unless the name says otherwise, in rows of 10
 // bytes.
