@@ -91,7 +91,6 @@ private slots:
     void logModeDecodesTheNewestBytes_data();
     void logModeDecodesTheNewestBytes();
     void logModeIsABoundOnly();
-    void showsTextOfTheProgram();
     void breaksRowsByColumns_data();
     void breaksRowsByColumns();
 };
@@ -294,22 +293,6 @@ void TestReceived::logModeIsABoundOnly()
     text.receive("f", QString(), false, newest);
     display.flush();
     QCOMPARE(display.shown, QStringLiteral("f"));
-}
-
-void TestReceived::showsTextOfTheProgram()
-{
-    Display display;
-    display.apply(display.text.setText("one\r\n"));
-    display.apply(display.text.appendText("abc"));
-    display.apply(display.text.appendText("def\r"));
-    QCOMPARE(display.shown, QStringLiteral("one\nabcdef\n"));
-    QCOMPARE(display.recorded(), display.shown);
-    display.text.clear();
-    display.apply(display.text.appendLines("10%\r50%\r100%\r\nne"));
-    QCOMPARE(display.shown, QStringLiteral("100%\nne"));
-    display.apply(display.text.appendLines("xt\r\n"));
-    QCOMPARE(display.shown, QStringLiteral("100%\nnext\n"));
-    QCOMPARE(display.recorded(), display.shown);
 }
 
 void TestReceived::breaksRowsByColumns_data()

@@ -288,29 +288,13 @@ void TestSerialLink::limitsWhatIsQueued()
     m_port->SerialLink::close();
 }
 
-namespace {
-
-// A link of nothing but what it is made to receive.
-class MemoryLink : public Link
-{
-public:
-    using Link::Link;
-    qint64 send(const QByteArray &, quint64) override { return 0; }
-    qint64 pendingBytes() const override { return 0; }
-    void close() override {}
-    void readingChanged() override {}
-    void receive(const QByteArray &bytes) { emit received(bytes, nowUs(), Peer()); }
-};
-
-} // namespace
-
 // The reader looks at the time of the last arrival when its timer ends, so that
 // a timer that is late ends no packet early.
 void TestSerialLink::endsAPacketWhenTheLineIsQuiet()
 {
-    MemoryLink link;
     QuietReader reader(
-        &link, [] { return 0; }, nullptr);
+        m_port.get(), [] { return 0; }, nullptr);
+    const auto receive = [this](const QByteArray &bytes) { emit m_port->received(bytes, 0, Peer()); };
     const QSignalSpy packets(&reader, &QuietReader::packetRead);
     qint64 quietUs = 0;
     qint64 lastUs = 0;
@@ -320,18 +304,18 @@ void TestSerialLink::endsAPacketWhenTheLineIsQuiet()
     });
     reader.setQuietTime(50);
     const qint64 firstUs = Link::nowUs();
-    link.receive("first ");
+    receive("first ");
     do // until the timer is late
         lastUs = Link::nowUs();
     while (lastUs < firstUs + 51000);
-    link.receive("second");
+    receive("second");
     QCOMPARE(reader.lastByte(), 'd');
     QTRY_COMPARE(packets.count(), 1);
     QVERIFY(quietUs >= 50000);
     QCOMPARE(packets.at(0).at(0).value<QByteArrayList>().join(), QByteArray("first second"));
     QCOMPARE(reader.lastByte(), '\0');
     reader.setActive(false);
-    link.receive("somebody else's");
+    receive("somebody else's");
     reader.setActive(true);
     reader.append("left over");
     reader.stop();
