@@ -8,9 +8,10 @@
 #include "pageparts.h"
 #include "piddebugwidget.h"
 #include "pidplot.h"
-#include "pidrecorder.h"
+#include "pidsession.h"
 #include "ptypeer.h"
 #include "settings.h"
+#include "testfiles.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -52,31 +53,390 @@ class TestPidPage : public QObject, PageParts<PidDebugWidget>
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void initTestCase()
+    {
+        initKorvexResources();
+        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+    }
 
-    void sendsCommands();
-    void sendsWithReturn();
-    void refusesValues();
-    void refusesTextWhileTyping();
-    void sendsGainsInFull();
-    void showsReportsOfTheSelectedChannel();
-    void keepsTypedText();
-    void showsReportsAgainAfterSendingOrEsc();
-    void followsStartAndStop();
-    void showsActualValues();
-    void tellsOfFalseLengths();
+    void init()
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        AppPaths::setRoot(m_root->path());
+        m_board = std::make_unique<PtyPeer>();
+        m_page = std::make_unique<PidDebugWidget>();
+        m_page->resize(1200, 460);
+        m_page->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+        m_notices = std::make_unique<QSignalSpy>(m_page.get(), &PidDebugWidget::signalNotify);
+        m_warnings.clear();
+        DialogAnswers::instance().message = [this](const QString &title, const QString &text, int) {
+            m_warnings << title + QLatin1Char('|') + text;
+            return 1;
+        };
+    }
 
-    void refusesWithoutAPort();
-    void stopsBeforeClosing();
-    void closesBesideADeafBoard();
-    void noticesAVanishedPort();
-    void choosesAPortAgainThatIsBack();
-    void exportsAndSaves();
-    void exportsLongCurvesBetweenEvents();
-    void remembersToFitAllCurves();
-    void reportsWhatCannotBeSaved();
+    void cleanup()
+    {
+        m_page.reset();
+        m_board.reset();
+        DialogAnswers::instance() = DialogAnswers();
+    }
+
+    void sendsCommands()
+    {
+        open();
+        click("btnSendPid"); // the first text of the fields, 0.567
+        QCOMPARE(m_board->read(23), hex("4f52564e011700000010e926113fe926113fe926113f8a"));
+        select(2);
+        type("editP", "1.5");
+        type("editD", "0.0");
+        type("editI", "2");
+        press("editI", Qt::Key_Return);
+        QCOMPARE(child<QLineEdit>("editI")->selectedText(), "2.0");
+        QCOMPARE(m_board->read(23), hex("4f52564e0217000000100000c03f0000004000000000ad"));
+        type("editTarget", "-2147483648x");
+        press("editTarget", Qt::Key_Return);
+        QCOMPARE(child<QLineEdit>("editTarget")->selectedText(), "-2147483648");
+        QCOMPARE(m_board->read(15), hex("4f52564e020f0000001100000080e7"));
+        type("editPeriod", "20");
+        click("btnSendPeriod");
+        QCOMPARE(m_board->read(15), hex("4f52564e020f00000015140000007f"));
+        select(1);
+        click("btnPidStart");
+        QCOMPARE(startText(), kRunning);
+        click("btnPidStart");
+        QCOMPARE(startText(), kIdle);
+        receive(report(1, 2, "01000000"));
+        click("btnPidReset");
+        QVERIFY(samples(1).isEmpty());
+        QCOMPARE(m_board->read(33), kStart1 + kStop1 + kReset1);
+        select(2); // what was sent is stored; the period is the board's to report
+        QCOMPARE(texts() + '|' + integers(), "1.500/2.000/0.000|-2147483648/0");
+        click("btnSendTarget");
+        QCOMPARE(m_board->read(15), hex("4f52564e020f0000001100000080e7"));
+    }
+
+    void refusesValues()
+    {
+        open();
+        const auto refuses = [this](const char *field, const char *button, const QString &text) {
+            m_notices->clear();
+            child<QLineEdit>(field)->setText(text);
+            click(button);
+            return lastNotice().contains(QStringLiteral("为空或超出范围，未发送"));
+        };
+        for (const char *text : {"", "2147483648", "-2147483649"})
+            QVERIFY2(refuses("editTarget", "btnSendTarget", text) &&
+                         refuses("editPeriod", "btnSendPeriod", text),
+                     text);
+        for (const QString &text : {QString(), QString(50, '9') + ".0"})
+            QVERIFY2(refuses("editD", "btnSendPid", text), qPrintable(text));
+        click("btnPidReset");
+        QCOMPARE(m_board->read(11), kReset1); // the first that arrives
+    }
+
+    void refusesTextWhileTyping()
+    {
+        const auto paste = [this](const char *field, const QString &text) {
+            m_notices->clear();
+            child<QLineEdit>(field)->clear();
+            child<QLineEdit>(field)->insert(text); // as pasting does
+            if (text.isEmpty())
+                press(field, Qt::Key_Return);
+            return child<QLineEdit>(field)->text() + lastNotice();
+        };
+        QCOMPARE(paste("editP", " \t3.25 \n"), "3.25");
+        QCOMPARE(paste("editTarget", " -300 "), "-300");
+        QCOMPARE(paste("editP", "3,25"), QStringLiteral("P、I、D值只能是小数，例如：3.25"));
+        QCOMPARE(paste("editTarget", "3.5"), QStringLiteral("目标值只能是整数，例如：300"));
+        QCOMPARE(paste("editD", ""), QStringLiteral("P、I、D值为空或不完整，未发送！"));
+        QCOMPARE(paste("editTarget", ""), QStringLiteral("目标值为空或不完整，未发送！"));
+    }
+
+    void sendsGainsInFull()
+    {
+        open();
+        receive(report(1, 3, "e9d6fc3d95bfd6b301247449")); // 0.123456786, -1.00000001e-07, 1000000.06
+        QCOMPARE(texts(), "0.123457/-1e-07/1e+06");
+        click("btnSendPid");
+        QCOMPARE(sentGains(), "e9d6fc3d95bfd6b301247449");
+        select(2);
+        select(1);
+        QCOMPARE(texts(), "0.123/-0.000/1000000.063");
+        QCOMPARE(child<QLineEdit>("editP")->toolTip(), "0.12345678");
+        type("editD", "0.5");
+        press("editI", Qt::Key_Return); // its text is the program's
+        QCOMPARE(sentGains(), "e9d6fc3d95bfd6b30000003f");
+        type("editP", "0.123"); // typed, the same text means what it says
+        click("btnSendPid");
+        QCOMPARE(sentGains().left(8), "6de7fb3d");
+        receive(report(1, 3, "0000c07f0000807f0000803f"));
+        QCOMPARE(texts(), "nan/inf/1");
+        click("btnSendPid");
+        QVERIFY(lastNotice().contains(QStringLiteral("未发送")));
+    }
+
+    void keepsTypedText()
+    {
+        const QByteArray integersOf1 = report(1, 1, "63000000") + report(1, 6, "64000000"); // 99, 100
+        for (const auto &[field, text] :
+             {std::pair{"editP", "3.0"}, {"editI", "4.0"}, {"editTarget", "12"}, {"editPeriod", "5"}})
+            type(field, text);
+        for (const char *button : {"btnSendPid", "btnSendTarget", "btnSendPeriod"})
+            click(button); // the port is closed: still not sent
+        receive(kGains + integersOf1);
+        QCOMPARE(texts() + '|' + integers(), "3.0/4.0/0.567|12/5");
+        select(2); // has nothing typed
+        receive(report(2, 1, "39300000") + report(2, 6, "64000000") +
+                report(2, 3, "0000803f000000000000003f"));
+        QCOMPARE(texts() + '|' + integers(), "1/0/0.5|12345/100");
+        select(1);
+        QCOMPARE(texts() + '|' + integers(), "3.0/4.0/0.567|12/5");
+        press("editP", Qt::Key_Escape);
+        QCOMPARE(texts(), "1.500/0.250/0.000"); // what came meanwhile
+        press("editPeriod", Qt::Key_Escape);
+        QCOMPARE(integers(), "12/100");
+
+        open(); // what is sent is not typed any more
+        press("editTarget", Qt::Key_Return);
+        type("editP", "3.0");
+        press("editP", Qt::Key_Return);
+        type("editPeriod", "5");
+        click("btnSendPeriod");
+        receive(integersOf1 + kGains);
+        QCOMPARE(texts() + '|' + integers(), "1.5/0.25/0|99/100");
+    }
+
+    void followsStartAndStop()
+    {
+        receive(report(1, 2, "01000000")); // before any start: absolute time
+        QVERIFY(qAbs(samples(1).last().us - Link::nowUs()) < 60000000);
+        QVERIFY(!recorder()->hasOrigin());
+        child<QPushButton>("btnPidStart")->setText(kRunning);
+        receive(report(4, 4)); // says nothing new
+        QVERIFY(!recorder()->hasOrigin());
+        receive(report(4, 5));
+        QCOMPARE(startText(), kIdle);
+        receive(report(4, 4));
+        QCOMPARE(startText(), kRunning);
+        QVERIFY(samples(1).isEmpty()); // it would be fifty years away
+        receive(report(4, 5));
+        receive(report(1, 2, "01000000"));
+        const double first = recorder()->secondsOf(samples(1).last().us);
+        QVERIFY(first >= 0 && first < 60);
+        receive(report(4, 4) + report(1, 2, "01000000")); // on the same axis
+        QCOMPARE(samples(1).size(), 2);
+        QVERIFY(recorder()->secondsOf(samples(1).at(0).us) == first);
+    }
+
+    void showsActualValues()
+    {
+        receive(report(3, 1, "64000000") + report(3, 2, "00000080") + report(3, 2, "05000000"));
+        QCOMPARE(m_page->actualReports(), 2ULL);
+        QTRY_COMPARE(child<QLabel>("curveValue7")->text(), "5");
+        QCOMPARE(child<QLabel>("curveValue2")->text(), "100");
+        click("checkCurve7");
+        QVERIFY(!plot()->graph(7)->visible());
+        click("btnPidClear");
+        QVERIFY(samples(3).isEmpty() && plot()->graph(7)->data()->isEmpty());
+        QCOMPARE(child<QLabel>("curveValue7")->text(), "");
+        QVERIFY(!plot()->graph(7)->visible());
+        QCOMPARE(plot()->graph(9)->pen().color(), QColor(0x42, 0x00, 0x80));
+        receive(report(3, 2, "05000000")); // as the one before
+        QTRY_COMPARE(child<QLabel>("curveValue7")->text(), "5");
+        click("checkPidStopShow");
+        receive(report(3, 2, "06000000"));
+        QCOMPARE(samples(3).size(), 1);
+    }
+
+    void tellsOfFalseLengths()
+    {
+        auto *session = m_page->findChild<PidSession *>();
+        emit session->lengthSkipped();
+        QCOMPARE(lastNotice(), QStringLiteral("收到长度异常的数据帧，已跳过！"));
+        emit session->blocked();
+        QCOMPARE(lastNotice(), QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"));
+        receive(hex("4f52564e010000000000000000") + report(1, 1, "0a000000"));
+        QCOMPARE(texts({"editTarget"}), "");
+        open();
+        receive(report(1, 1, "0b000000"));
+        QCOMPARE(texts({"editTarget"}), "11");
+    }
+
+    void refusesWithoutAPort()
+    {
+        for (const char *button : {"btnSendPid", "btnPidReset"})
+            click(button);
+        QVERIFY(m_warnings.isEmpty() && m_notices->isEmpty());
+        click("btnPidStart");
+        QCOMPARE(m_warnings, QStringList(QStringLiteral("告警|请确认是否打开串口！")));
+        QCOMPARE(startText(), kIdle);
+        child<QComboBox>("comboPidPort")->setEditText(QStringLiteral("COM77 没有"));
+        click("btnPidOpen");
+        QCOMPARE(m_notices->at(m_notices->count() - 2).at(0).toString(),
+                 QStringLiteral("串口[COM77]打开失败!!!")); // and the reason
+        // One button of the page stands out.
+        for (const bool opened : {false, true}) {
+            QCOMPARE(child<QPushButton>("btnPidOpen")->property("primary").toBool(), !opened);
+            QCOMPARE(child<QPushButton>("btnPidStart")->property("primary").toBool(), opened);
+            if (!opened)
+                open();
+        }
+    }
+
+    void stopsBeforeClosing()
+    {
+        open();
+        click("btnPidStart");
+        select(3);
+        click("btnPidOpen"); // the selected channel, and the one that was started
+        QCOMPARE(startText(), kIdle);
+        QCOMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
+        QCOMPARE(m_board->read(33), kStart1 + kStop1 + kStop3);
+
+        select(1);
+        open();
+        click("btnPidOpen"); // nothing runs: nothing is sent
+        open();
+        click("btnPidReset");
+        QCOMPARE(m_board->read(11), kReset1);
+
+        select(3);
+        receive(report(3, 4));
+        m_page.reset();
+        QCOMPARE(m_board->read(11), kStop3);
+    }
+
+    void closesBesideADeafBoard()
+    {
+        open();
+        for (int i = 0; i < 20000; ++i) // more than the line holds: nobody reads
+            m_page->SendPidFrame(0x10, 1, QByteArray(12, '\0'));
+        click("btnPidStart");
+        click("btnPidOpen");
+        QVERIFY(!isOpen() && startText() == kIdle);
+    }
+
+    void noticesAVanishedPort()
+    {
+        const auto vanished = QStringLiteral("当前串口已拔出，请重新打开!");
+        open();
+        click("btnPidStart");
+        m_page->SltSerialportChanged({m_board->device() + " USB", QStringLiteral("COM9 ")});
+        QVERIFY(isOpen()); // by name, whatever the description
+        receive(hex("4f52564e01ffffff7f040000"));
+        m_page->SltSerialportChanged({QStringLiteral("COM9 ")});
+        QVERIFY(!isOpen());
+        QCOMPARE(startText(), kIdle);
+        QCOMPARE(lastNotice(), vanished);
+        receive(report(1, 1, "09000000")); // not behind what came before
+        QCOMPARE(texts({"editTarget"}), "9");
+
+        m_board = std::make_unique<PtyPeer>();
+        open();
+        click("btnPidStart");
+        m_board->hangUp();
+        QTRY_VERIFY(!isOpen());
+        QCOMPARE(startText(), kIdle);
+        QCOMPARE(lastNotice(), vanished);
+    }
+
+    void choosesAPortAgainThatIsBack()
+    {
+        const QStringList without{"COM1 ", "COM2 modem"};
+        const QStringList with = without + QStringList("COM6 board");
+        auto *ports = child<QComboBox>("comboPidPort");
+        m_page->SltSerialportChanged(with);
+        ports->setCurrentIndex(2);
+        for (const QStringList &none : {without, QStringList()}) {
+            m_page->SltSerialportChanged(none);
+            m_page->SltSerialportChanged(with);
+            QCOMPARE(ports->currentText(), "COM6 board");
+        }
+        // Not where the user has chosen another, be it the one the list fell back to.
+        m_page->SltSerialportChanged(without);
+        QTest::keyClick(ports, Qt::Key_Down);
+        QTest::keyClick(ports, Qt::Key_Up);
+        m_page->SltSerialportChanged(with);
+        QCOMPARE(ports->currentText(), "COM1 ");
+    }
+
+    void exportsAndSaves()
+    {
+        receive(report(1, 1, "0a000000") + report(1, 2, "0c000000"));
+        saveTo("btnPidExport", QString()); // "取消"
+        QVERIFY(m_notices->isEmpty());
+        saveTo("btnPidExport", file("a.csv"));
+        QCOMPARE(lastNotice(), QStringLiteral("文件已导出：") + file("a.csv"));
+        QVERIFY(contentOf(file("a.csv")).contains("\n1,12,10,2\n\n\n"));
+        for (const auto &[name, magic] : {std::pair{"p.png", "\x89PNG"}, std::pair{"p.pdf", "%PDF"}}) {
+            saveTo("btnPidPicture", file(name));
+            QCOMPARE(lastNotice(), QStringLiteral("图片已保存：") + file(name));
+            QVERIFY(contentOf(file(name)).startsWith(magic));
+        }
+    }
+
+    void exportsLongCurvesBetweenEvents()
+    {
+        const auto record = [this](int channels) {
+            for (int channel = 0; channel < channels; ++channel)
+                for (int i = 0; i < 100000; ++i)
+                    recorder()->addActual(channel, -i, i);
+        };
+        record(5);
+        saveTo("btnPidExport", file("a.csv"));
+        QVERIFY(m_notices->isEmpty() && !QFile::exists(file("a.csv"))); // more than fits into a moment
+        click("btnPidExport");
+        QVERIFY(lastNotice().contains(QStringLiteral("尚未完成")));
+        click("btnPidClear"); // the file has what was shown
+        QTRY_VERIFY_WITH_TIMEOUT(lastNotice().startsWith(QStringLiteral("文件已导出：")), 60000);
+        QCOMPARE(contentOf(file("a.csv")).count('\n'), 1 + 5 * (2 + 100000 + 2));
+
+        record(1);
+        saveTo("btnPidExport", file("b.csv"));
+        QVERIFY(m_page->saveBeforeExit()); // the rest at once
+        QVERIFY(QFile::exists(file("b.csv")));
+        saveTo("btnPidExport", file("b.csv/below.csv"));
+        QVERIFY(!m_page->saveBeforeExit());
+        QVERIFY(m_page->saveBeforeExit()); // the user knows
+    }
+
+    void remembersToFitAllCurves()
+    {
+        click("checkPidFitAll");
+        Settings::load();
+        const PidDebugWidget next;
+        QVERIFY(next.findChild<QCheckBox *>("checkPidFitAll")->isChecked());
+        Settings::restoreDefaults();
+        m_page->reloadSettings();
+        QVERIFY(!child<QCheckBox>("checkPidFitAll")->isChecked());
+    }
+
+    void reportsWhatCannotBeSaved()
+    {
+        receive(report(1, 2, "0c000000").repeated(1000));
+        const QString old = file("old.csv");
+        QVERIFY(writeFile(old, "old"));
+        saveTo("btnPidExport", old + "/below.csv");
+        QVERIFY(lastNotice().startsWith(old + QStringLiteral("/below.csv 保存失败：")));
+        QVERIFY(!lastNotice().endsWith("："));
+
+        // As on a full disk: the file there stays as it was.
+        rlimit before{};
+        getrlimit(RLIMIT_FSIZE, &before);
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit tight{4096, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &tight);
+        saveTo("btnPidExport", old);
+        saveTo("btnPidPicture", old);
+        saveTo("btnPidPicture", file("new.pdf"));
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+        QCOMPARE(m_warnings.count(QStringLiteral("告警|文件保存失败!")), 4);
+        QVERIFY(!QFile::exists(file("new.pdf")));
+        QCOMPARE(contentOf(old), QByteArray("old"));
+    }
 
 private:
     void type(const char *field, const QString &text)
@@ -97,7 +457,14 @@ private:
     QString startText() const { return child<QPushButton>("btnPidStart")->text(); }
     bool isOpen() const { return child<QPushButton>("btnPidOpen")->text() == QStringLiteral("关闭串口"); }
     void select(int channel) { child<QComboBox>("comboPidChannel")->setCurrentIndex(channel - 1); }
-    void open();
+    void open()
+    {
+        child<QComboBox>("comboPidPort")->setEditText(m_board->device());
+        click("btnPidOpen");
+        QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
+        QVERIFY(isOpen());
+    }
+
     void receive(const QByteArray &bytes) { m_page->SltRecvFromSerialport(bytes); }
     QByteArray sentGains() { return m_board->read(23).mid(10, 12).toHex(); }
     PidPlot *plot() const { return child<PidPlot>("pidPlot"); }
@@ -105,462 +472,25 @@ private:
     const PidSamples &samples(int channel) const { return recorder()->samples().at(size_t(channel - 1)); }
     QString file(const QString &name) const { return m_root->filePath(name); }
     // Answers a file dialog, or cancels it.
-    void saveTo(const char *button, const QString &fileName);
+    void saveTo(const char *button, const QString &fileName)
+    {
+        DialogAnswers::instance().fileNames = [fileName](auto, auto, auto, auto) {
+            return fileName.isEmpty() ? QStringList() : QStringList(fileName);
+        };
+        click(button);
+    }
 
     std::unique_ptr<PtyPeer> m_board;
     QStringList m_warnings;
 };
 
-void TestPidPage::initTestCase()
-{
-    initKorvexResources();
-    QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
-}
-
-void TestPidPage::init()
-{
-    m_root = std::make_unique<QTemporaryDir>();
-    AppPaths::setRoot(m_root->path());
-    m_board = std::make_unique<PtyPeer>();
-    m_page = std::make_unique<PidDebugWidget>();
-    m_page->resize(1200, 460);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
-    m_notices = std::make_unique<QSignalSpy>(m_page.get(), &PidDebugWidget::signalNotify);
-    m_warnings.clear();
-    DialogAnswers::instance().message = [this](const QString &title, const QString &text, int) {
-        m_warnings << title + QLatin1Char('|') + text;
-        return 1;
-    };
-}
-
-void TestPidPage::cleanup()
-{
-    m_page.reset();
-    m_board.reset();
-    DialogAnswers::instance() = DialogAnswers();
-}
-
-void TestPidPage::open()
-{
-    child<QComboBox>("comboPidPort")->setEditText(m_board->device());
-    click("btnPidOpen");
-    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
-    QVERIFY(isOpen());
-}
-
-void TestPidPage::saveTo(const char *button, const QString &fileName)
-{
-    DialogAnswers::instance().fileNames = [fileName](auto, auto, auto, auto) {
-        return fileName.isEmpty() ? QStringList() : QStringList(fileName);
-    };
-    click(button);
-}
-
 // ---- fields
-
-void TestPidPage::sendsCommands()
-{
-    open();
-    click("btnSendPid"); // the first text of the fields, 0.567
-    QCOMPARE(m_board->read(23), hex("4f52564e011700000010e926113fe926113fe926113f8a"));
-    select(2);
-    type("editP", "1.5");
-    type("editI", "0.0");
-    type("editD", "0.0");
-    click("btnSendPid");
-    QCOMPARE(m_board->read(23), hex("4f52564e0217000000100000c03f00000000000000006d"));
-    type("editTarget", "-2147483648");
-    click("btnSendTarget");
-    QCOMPARE(m_board->read(15), hex("4f52564e020f0000001100000080e7"));
-    type("editPeriod", "20");
-    click("btnSendPeriod");
-    QCOMPARE(m_board->read(15), hex("4f52564e020f00000015140000007f"));
-    select(1);
-    click("btnPidStart");
-    QCOMPARE(startText(), kRunning);
-    click("btnPidStart");
-    QCOMPARE(startText(), kIdle);
-    receive(report(1, 2, "01000000"));
-    click("btnPidReset");
-    QVERIFY(samples(1).isEmpty());
-    QCOMPARE(m_board->read(33), kStart1 + kStop1 + kReset1);
-    select(2); // what was sent is stored; the period is the board's to report
-    QCOMPARE(texts() + '|' + integers(), "1.500/0.000/0.000|-2147483648/0");
-}
-
-void TestPidPage::sendsWithReturn()
-{
-    open();
-    type("editI", "2");
-    press("editI", Qt::Key_Return);
-    QCOMPARE(child<QLineEdit>("editI")->selectedText(), "2.0");
-    QCOMPARE(sentGains(), "e926113f00000040e926113f");
-    type("editTarget", "7x");
-    press("editTarget", Qt::Key_Return);
-    QCOMPARE(child<QLineEdit>("editTarget")->selectedText(), "7");
-    QCOMPARE(m_board->read(15).mid(10, 4), hex("07000000"));
-}
-
-void TestPidPage::refusesValues()
-{
-    open();
-    const auto refuses = [this](const char *field, const char *button, const QString &text) {
-        m_notices->clear();
-        child<QLineEdit>(field)->setText(text);
-        click(button);
-        return lastNotice().contains(QStringLiteral("为空或超出范围，未发送"));
-    };
-    for (const char *text : {"", "-", "2147483648", "-2147483649"}) {
-        QVERIFY2(refuses("editTarget", "btnSendTarget", text), text);
-        QVERIFY2(refuses("editPeriod", "btnSendPeriod", text), text);
-    }
-    for (const QString &text : {QString(), QString(50, '9') + ".0"})
-        QVERIFY2(refuses("editD", "btnSendPid", text), qPrintable(text));
-    click("btnPidReset");
-    QCOMPARE(m_board->read(11), kReset1); // the first that arrives
-}
-
-void TestPidPage::refusesTextWhileTyping()
-{
-    const auto paste = [this](const char *field, const QString &text) {
-        m_notices->clear();
-        child<QLineEdit>(field)->clear();
-        child<QLineEdit>(field)->insert(text); // as pasting does
-        if (text.isEmpty())
-            press(field, Qt::Key_Return);
-        return child<QLineEdit>(field)->text() + lastNotice();
-    };
-    QCOMPARE(paste("editP", " \t3.25 \n"), "3.25");
-    QCOMPARE(paste("editTarget", " -300 "), "-300");
-    QCOMPARE(paste("editP", "3,25"), QStringLiteral("P、I、D值只能是小数，例如：3.25"));
-    QCOMPARE(paste("editTarget", "3.5"), QStringLiteral("目标值只能是整数，例如：300"));
-    QCOMPARE(paste("editD", ""), QStringLiteral("P、I、D值为空或不完整，未发送！"));
-    QCOMPARE(paste("editTarget", ""), QStringLiteral("目标值为空或不完整，未发送！"));
-}
-
-void TestPidPage::sendsGainsInFull()
-{
-    open();
-    receive(report(1, 3, "e9d6fc3d95bfd6b301247449")); // 0.123456786, -1.00000001e-07, 1000000.06
-    QCOMPARE(texts(), "0.123457/-1e-07/1e+06");
-    click("btnSendPid");
-    QCOMPARE(sentGains(), "e9d6fc3d95bfd6b301247449");
-    select(2);
-    select(1);
-    QCOMPARE(texts(), "0.123/-0.000/1000000.063");
-    QCOMPARE(child<QLineEdit>("editP")->toolTip(), "0.12345678");
-    type("editD", "0.5");
-    press("editI", Qt::Key_Return); // its text is the program's
-    QCOMPARE(sentGains(), "e9d6fc3d95bfd6b30000003f");
-    type("editP", "0.123"); // typed, the same text means what it says
-    click("btnSendPid");
-    QCOMPARE(sentGains().left(8), "6de7fb3d");
-    receive(report(1, 3, "0000c07f0000807f0000803f"));
-    QCOMPARE(texts(), "nan/inf/1");
-    click("btnSendPid");
-    QVERIFY(lastNotice().contains(QStringLiteral("未发送")));
-}
-
-void TestPidPage::showsReportsOfTheSelectedChannel()
-{
-    receive(report(2, 1, "39300000") + report(2, 6, "64000000") + report(2, 3, "0000803f000000000000003f"));
-    QCOMPARE(texts() + '|' + integers(), "0.567/0.567/0.567|/");
-    select(2);
-    QCOMPARE(texts() + '|' + integers(), "1.000/0.000/0.500|12345/100");
-    receive(report(2, 1, "ffffffff") + report(2, 6, "01000000") + report(2, 3, "cdcccc3d0000000000000000"));
-    QCOMPARE(texts() + '|' + integers(), "0.1/0/0|-1/1");
-}
-
-void TestPidPage::keepsTypedText()
-{
-    type("editP", "3.0");
-    type("editI", "4.0"); // P has no focus any more
-    receive(kGains);
-    QCOMPARE(texts(), "3.0/4.0/0.567");
-    select(2); // has nothing typed
-    receive(report(2, 3, "0000803f0000803f0000803f"));
-    QCOMPARE(texts(), "1/1/1");
-    select(1);
-    QCOMPARE(texts(), "3.0/4.0/0.567");
-}
-
-void TestPidPage::showsReportsAgainAfterSendingOrEsc()
-{
-    const QByteArray integersOf1 = report(1, 1, "63000000") + report(1, 6, "64000000"); // 99, 100
-    type("editTarget", "12");
-    type("editPeriod", "5");
-    click("btnSendTarget"); // the port is closed: still not sent
-    click("btnSendPeriod");
-    receive(integersOf1);
-    QCOMPARE(integers(), "12/5");
-    type("editP", "3.0");
-    click("btnSendPid");
-    receive(kGains);
-    QCOMPARE(texts(), "3.0/0.567/0.567");
-    press("editP", Qt::Key_Escape);
-    QCOMPARE(texts(), "1.5/0.25/0"); // what came meanwhile
-    press("editPeriod", Qt::Key_Escape);
-    QCOMPARE(integers(), "12/100");
-
-    open();
-    press("editTarget", Qt::Key_Return);
-    type("editP", "3.0");
-    press("editP", Qt::Key_Return);
-    type("editPeriod", "5");
-    click("btnSendPeriod");
-    receive(integersOf1 + kGains);
-    QCOMPARE(texts() + '|' + integers(), "1.5/0.25/0|99/100");
-    select(2);
-    select(1);
-    QCOMPARE(texts(), "1.500/0.250/0.000");
-}
 
 // ---- reports
 
-void TestPidPage::followsStartAndStop()
-{
-    receive(report(1, 2, "01000000")); // before any start: absolute time
-    QVERIFY(qAbs(samples(1).last().us - Link::nowUs()) < 60000000);
-    QVERIFY(!recorder()->hasOrigin());
-    child<QPushButton>("btnPidStart")->setText(kRunning);
-    receive(report(4, 4)); // says nothing new
-    QVERIFY(!recorder()->hasOrigin());
-    receive(report(4, 5));
-    QCOMPARE(startText(), kIdle);
-    receive(report(4, 4));
-    QCOMPARE(startText(), kRunning);
-    QVERIFY(samples(1).isEmpty()); // it would be fifty years away
-    receive(report(4, 5));
-    receive(report(1, 2, "01000000"));
-    const double first = recorder()->secondsOf(samples(1).last().us);
-    QVERIFY(first >= 0 && first < 60);
-    receive(report(4, 4) + report(1, 2, "01000000")); // on the same axis
-    QCOMPARE(samples(1).size(), 2);
-    QVERIFY(recorder()->secondsOf(samples(1).at(0).us) == first);
-}
-
-void TestPidPage::showsActualValues()
-{
-    receive(report(3, 1, "64000000") + report(3, 2, "00000080") + report(3, 2, "ffffff7f"));
-    QCOMPARE(m_page->actualReports(), 2ULL);
-    receive(report(3, 2, "05000000"));
-    QTRY_COMPARE(child<QLabel>("curveValue7")->text(), "5");
-    QCOMPARE(child<QLabel>("curveValue2")->text(), "100");
-    QCOMPARE(plot()->graph(2)->data()->at(0)->value, 100.0);
-    QCOMPARE(plot()->yAxis->range(), QCPRange(-2147483648.0, 2147483647.0));
-    QCOMPARE(plot()->xAxis->range().size(), 10.0);
-    click("checkCurve7");
-    QVERIFY(!plot()->graph(7)->visible());
-    click("btnPidClear");
-    QVERIFY(samples(3).isEmpty() && plot()->graph(7)->data()->isEmpty());
-    QCOMPARE(child<QLabel>("curveValue7")->text(), "");
-    QVERIFY(!plot()->graph(7)->visible());
-    QCOMPARE(plot()->graph(9)->pen().color(), QColor(0x42, 0x00, 0x80));
-    receive(report(3, 2, "05000000")); // as the one before
-    QTRY_COMPARE(child<QLabel>("curveValue7")->text(), "5");
-    click("checkPidStopShow");
-    receive(report(3, 2, "06000000"));
-    QCOMPARE(samples(3).size(), 1);
-}
-
-void TestPidPage::tellsOfFalseLengths()
-{
-    receive(hex("4f52564e01ffffff7f0200000000") + report(1, 1, "09000000"));
-    QTRY_COMPARE(lastNotice(), QStringLiteral("收到长度异常的数据帧，已跳过！"));
-    QCOMPARE(texts({"editTarget"}), "9");
-    receive(hex("4f52564e010000000000000000") + report(1, 1, "0a000000"));
-    QTRY_COMPARE(lastNotice(), QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"));
-    QCOMPARE(texts({"editTarget"}), "9");
-    open();
-    receive(report(1, 1, "0b000000"));
-    QCOMPARE(texts({"editTarget"}), "11");
-}
-
 // ---- the port
 
-void TestPidPage::refusesWithoutAPort()
-{
-    for (const char *button : {"btnSendPid", "btnPidReset"})
-        click(button);
-    QVERIFY(m_warnings.isEmpty() && m_notices->isEmpty());
-    click("btnPidStart");
-    QCOMPARE(m_warnings, QStringList(QStringLiteral("告警|请确认是否打开串口！")));
-    QCOMPARE(startText(), kIdle);
-    child<QComboBox>("comboPidPort")->setEditText(QStringLiteral("COM77 没有"));
-    click("btnPidOpen");
-    QCOMPARE(m_notices->at(m_notices->count() - 2).at(0).toString(),
-             QStringLiteral("串口[COM77]打开失败!!!")); // and the reason
-    // One button of the page stands out.
-    for (const bool opened : {false, true}) {
-        QCOMPARE(child<QPushButton>("btnPidOpen")->property("primary").toBool(), !opened);
-        QCOMPARE(child<QPushButton>("btnPidStart")->property("primary").toBool(), opened);
-        if (!opened)
-            open();
-    }
-}
-
-void TestPidPage::stopsBeforeClosing()
-{
-    open();
-    click("btnPidStart");
-    select(3);
-    click("btnPidOpen"); // the selected channel, and the one that was started
-    QCOMPARE(startText(), kIdle);
-    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
-    QCOMPARE(m_board->read(33), kStart1 + kStop1 + kStop3);
-
-    select(1);
-    open();
-    click("btnPidOpen"); // nothing runs: nothing is sent
-    open();
-    click("btnPidReset");
-    QCOMPARE(m_board->read(11), kReset1);
-
-    select(3);
-    receive(report(3, 4));
-    m_page.reset();
-    QCOMPARE(m_board->read(11), kStop3);
-}
-
-void TestPidPage::closesBesideADeafBoard()
-{
-    open();
-    for (int i = 0; i < 20000; ++i) // more than the line holds: nobody reads
-        m_page->SendPidFrame(0x10, 1, QByteArray(12, '\0'));
-    click("btnPidStart");
-    click("btnPidOpen");
-    QVERIFY(!isOpen());
-    QCOMPARE(startText(), kIdle);
-}
-
-void TestPidPage::noticesAVanishedPort()
-{
-    const auto vanished = QStringLiteral("当前串口已拔出，请重新打开!");
-    open();
-    click("btnPidStart");
-    m_page->SltSerialportChanged({m_board->device() + " USB", QStringLiteral("COM9 ")});
-    QVERIFY(isOpen()); // by name, not by description
-    receive(hex("4f52564e01ffffff7f040000"));
-    m_page->SltSerialportChanged({QStringLiteral("COM9 ")});
-    QVERIFY(!isOpen());
-    QCOMPARE(startText(), kIdle);
-    QCOMPARE(lastNotice(), vanished);
-    receive(report(1, 1, "09000000")); // not behind what came before
-    QCOMPARE(texts({"editTarget"}), "9");
-
-    m_board = std::make_unique<PtyPeer>();
-    open();
-    click("btnPidStart");
-    m_board->hangUp();
-    QTRY_VERIFY(!isOpen());
-    QCOMPARE(startText(), kIdle);
-    QCOMPARE(lastNotice(), vanished);
-}
-
-void TestPidPage::choosesAPortAgainThatIsBack()
-{
-    const QStringList without{"COM1 ", "COM2 modem"};
-    const QStringList with = without + QStringList("COM6 board");
-    auto *ports = child<QComboBox>("comboPidPort");
-    m_page->SltSerialportChanged(with);
-    ports->setCurrentIndex(2);
-    for (const QStringList &none : {without, QStringList()}) {
-        m_page->SltSerialportChanged(none);
-        m_page->SltSerialportChanged(with);
-        QCOMPARE(ports->currentText(), "COM6 board");
-    }
-    // Not where the user has chosen another, be it the one the list fell back to.
-    m_page->SltSerialportChanged(without);
-    QTest::keyClick(ports, Qt::Key_Down);
-    QTest::keyClick(ports, Qt::Key_Up);
-    m_page->SltSerialportChanged(with);
-    QCOMPARE(ports->currentText(), "COM1 ");
-}
-
 // ---- files
-
-void TestPidPage::exportsAndSaves()
-{
-    receive(report(1, 1, "0a000000") + report(1, 2, "0c000000"));
-    saveTo("btnPidExport", QString()); // "取消"
-    QVERIFY(m_notices->isEmpty());
-    saveTo("btnPidExport", file("a.csv"));
-    QCOMPARE(lastNotice(), QStringLiteral("文件已导出：") + file("a.csv"));
-    QFile csv(file("a.csv"));
-    QVERIFY(csv.open(QIODevice::ReadOnly) && csv.readAll().contains("\n1,12,10,2\n\n\n"));
-    for (const auto &[name, magic] : {std::pair{"p.png", "\x89PNG"}, std::pair{"p.pdf", "%PDF"}}) {
-        saveTo("btnPidPicture", file(name));
-        QCOMPARE(lastNotice(), QStringLiteral("图片已保存：") + file(name));
-        QFile saved(file(name));
-        QVERIFY(saved.open(QIODevice::ReadOnly) && saved.read(4) == magic);
-    }
-}
-
-void TestPidPage::exportsLongCurvesBetweenEvents()
-{
-    const auto record = [this](int channels) {
-        for (int channel = 0; channel < channels; ++channel)
-            for (int i = 0; i < 100000; ++i)
-                recorder()->addActual(channel, -i, i);
-    };
-    record(5);
-    saveTo("btnPidExport", file("a.csv"));
-    QVERIFY(m_notices->isEmpty() && !QFile::exists(file("a.csv"))); // more than fits into a moment
-    click("btnPidExport");
-    QVERIFY(lastNotice().contains(QStringLiteral("尚未完成")));
-    click("btnPidClear"); // the file has what was shown
-    QTRY_VERIFY_WITH_TIMEOUT(lastNotice().startsWith(QStringLiteral("文件已导出：")), 60000);
-    QFile csv(file("a.csv"));
-    QVERIFY(csv.open(QIODevice::ReadOnly));
-    QCOMPARE(csv.readAll().count('\n'), 1 + 5 * (2 + 100000 + 2));
-
-    record(1);
-    saveTo("btnPidExport", file("b.csv"));
-    QVERIFY(m_page->saveBeforeExit()); // the rest at once
-    QVERIFY(QFile::exists(file("b.csv")));
-    saveTo("btnPidExport", file("b.csv/below.csv"));
-    QVERIFY(!m_page->saveBeforeExit());
-    QVERIFY(m_page->saveBeforeExit()); // the user knows
-}
-
-void TestPidPage::remembersToFitAllCurves()
-{
-    click("checkPidFitAll");
-    Settings::load();
-    const PidDebugWidget next;
-    QVERIFY(next.findChild<QCheckBox *>("checkPidFitAll")->isChecked());
-    Settings::restoreDefaults();
-    m_page->reloadSettings();
-    QVERIFY(!child<QCheckBox>("checkPidFitAll")->isChecked());
-}
-
-void TestPidPage::reportsWhatCannotBeSaved()
-{
-    receive(report(1, 2, "0c000000").repeated(1000));
-    QFile old(file("old.csv"));
-    QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
-    old.close();
-    saveTo("btnPidExport", file("old.csv/below.csv"));
-    QVERIFY(lastNotice().startsWith(file("old.csv/below.csv") + QStringLiteral(" 保存失败：")));
-    QVERIFY(!lastNotice().endsWith("："));
-
-    // As on a full disk: the file there stays as it was.
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit tight{4096, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &tight);
-    saveTo("btnPidExport", old.fileName());
-    saveTo("btnPidPicture", old.fileName());
-    saveTo("btnPidPicture", file("new.pdf"));
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-    QCOMPARE(m_warnings.count(QStringLiteral("告警|文件保存失败!")), 4);
-    QVERIFY(!QFile::exists(file("new.pdf")));
-    QVERIFY(old.open(QIODevice::ReadOnly));
-    QCOMPARE(old.readAll(), QByteArray("old"));
-}
 
 QTEST_MAIN(TestPidPage)
 #include "test_pid_page.moc"
