@@ -11,7 +11,6 @@
 #include <QComboBox>
 #include <QImage>
 #include <QLabel>
-#include <QLayout>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -59,19 +58,6 @@ private slots:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    void pageBarHasItsParts()
-    {
-        QCOMPARE(m_bar->pageCount(), 5);
-        QCOMPARE(m_bar->findChild<QLabel *>("pageCount")->text(), QString("/ 5"));
-        QStringList parts;
-        for (int i = 0; i < m_bar->layout()->count(); ++i) {
-            QWidget *widget = m_bar->layout()->itemAt(i)->widget();
-            const auto *button = qobject_cast<QPushButton *>(widget);
-            parts += button ? button->text() : widget ? widget->objectName() : "stretch";
-        }
-        QCOMPARE(parts.join(' '), QString("stretch 添加一页 删除当前页 首页 < pageEdit pageCount > 尾页"));
-    }
-
     void pageBarNavigates()
     {
         for (const char *button : {"btnFirstPage", "btnPrevPage", "btnNextPage", "btnLastPage", "btnLastPage",
@@ -79,6 +65,7 @@ private slots:
             m_bar->findChild<QPushButton *>(button)->click();
         QCOMPARE(taken(), QString("page 2;page 5;page 4;page 1;")); // nothing at an end
         QCOMPARE(pageEdit()->text(), QString("1"));
+        QCOMPARE(m_bar->findChild<QLabel *>("pageCount")->text(), QString("/ 5"));
     }
 
     void pageBarAddsAndDeletes()
@@ -283,12 +270,10 @@ private slots:
 
     void fieldsOfAPanelHaveSpokenNames()
     {
-        const char *const names[][2] = {{"1. 协议类型", "协议类型"},
-                                        {"目的地址:", "目的地址"},
-                                        {"    周期", "周期"},
-                                        {"断帧间隔(ms)", "断帧间隔(ms)"}};
         FormGroup group("组");
-        for (const auto &[label, name] : names) {
+        for (const auto &[label, name] : {std::pair{"1. 协议类型", "协议类型"},
+                                          {"    周期:", "周期"},
+                                          {"断帧间隔(ms)", "断帧间隔(ms)"}}) {
             auto *field = new QLineEdit;
             group.addRow(label, field);
             QCOMPARE(field->accessibleName(), QString(name));

@@ -12,6 +12,7 @@
 #include "qtstyledialog.h"
 #include "qtwaitdialog.h"
 #include "settings.h"
+#include "testfiles.h"
 #include "waitingspinnerwidget.h"
 
 #include <QApplication>
@@ -82,54 +83,46 @@ private slots:
     }
     void cleanup() { DialogAnswers::instance() = {}; }
 
-    void answersQuestions_data()
-    {
-        QTest::addColumn<int>("question");
-        QTest::addColumn<int>("saveQuestion");
-        QTest::newRow("btnOk") << 1 << int(QtMessageBox::Save);
-        QTest::newRow("btnCancel") << 0 << int(QtMessageBox::Cancel);
-        QTest::newRow("return") << 1 << int(QtMessageBox::Cancel);
-        QTest::newRow("escape") << 0 << int(QtMessageBox::Cancel);
-        QTest::newRow("close") << 0 << int(QtMessageBox::Cancel);
-        QTest::newRow("btnDiscard") << -1 << int(QtMessageBox::Discard);
-    }
-
     // Esc means stay; a question that may lose something has no default answer.
     void answersQuestions()
     {
-        QFETCH(int, question);
-        const auto act = [](QWidget *box) { answer(box, QTest::currentDataTag()); };
-        whenModal(act);
-        QTEST(int(QtMessageBox::saveQuestion(nullptr, {}, "保存?")), "saveQuestion");
-        if (question < 0)
-            return;
-        whenModal(act);
-        QCOMPARE(QtMessageBox::question(nullptr, "询问", "继续?"), question);
+        const struct
+        {
+            const char *how;
+            int question;
+            QtMessageBox::SaveAnswer saveQuestion;
+        } rows[] = {{"btnOk", 1, QtMessageBox::Save},    {"btnCancel", 0, QtMessageBox::Cancel},
+                    {"return", 1, QtMessageBox::Cancel}, {"escape", 0, QtMessageBox::Cancel},
+                    {"close", 0, QtMessageBox::Cancel},  {"btnDiscard", -1, QtMessageBox::Discard}};
+        for (const auto &row : rows) {
+            const auto act = [&row](QWidget *box) { answer(box, row.how); };
+            whenModal(act);
+            QCOMPARE(QtMessageBox::saveQuestion(nullptr, {}, "保存?"), row.saveQuestion);
+            if (row.question < 0)
+                continue;
+            whenModal(act);
+            QCOMPARE(QtMessageBox::question(nullptr, "询问", "继续?"), row.question);
+        }
     }
 
     void drawsTheIconOfTheKind()
     {
-        const struct
-        {
-            int kind;
-            int side; // of the picture; 0: none
-            const char *color;
-        } looks[] = {{0, 50, "#34c388"}, {1, 50, "#f86934"}, {2, 50, "#f86934"}, {3, 50, "#34c388"},
-                     {4, 60, "#34c388"}, {5, 60, "#f86934"}, {6, 0, ""},         {-1, 0, ""}};
+        const std::tuple<int, int, const char *> looks[] = {
+            {0, 50, "#34c388"}, {1, 50, "#f86934"}, {4, 60, "#34c388"}, {5, 60, "#f86934"}, {6, 0, ""}};
         QtMessageBox box;
         auto *icon = box.findChild<QLabel *>("msgBoxIcon");
-        for (const auto &look : looks) {
-            box.setMessage({}, "x", look.kind);
+        for (const auto &[kind, side, color] : looks) {
+            box.setMessage({}, "x", kind);
             QCOMPARE(box.title(), QString("提示"));
-            QCOMPARE(icon->isVisibleTo(&box), look.side > 0);
-            if (look.side == 0)
+            QCOMPARE(icon->isVisibleTo(&box), side > 0);
+            if (side == 0)
                 continue;
             const QImage image = icon->pixmap(Qt::ReturnByValue).toImage();
-            QCOMPARE(image.size(), QSize(look.side, look.side));
+            QCOMPARE(image.size(), QSize(side, side));
             int painted = 0;
-            for (int i = 0; i < look.side * look.side; ++i)
-                painted += image.pixelColor(i % look.side, i / look.side) == QColor(look.color);
-            QVERIFY2(painted > 100, qPrintable(QString::number(look.kind)));
+            for (int i = 0; i < side * side; ++i)
+                painted += image.pixelColor(i % side, i / side) == QColor(color);
+            QVERIFY2(painted > 100, qPrintable(QString::number(kind)));
         }
     }
 
@@ -177,44 +170,32 @@ private slots:
                  path);
     }
 
-    void savesFiles_data()
-    {
-        QTest::addColumn<QString>("filter");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("saved");
-        QTest::newRow("suffix of the filter") << "数据文件(*.bin)"
-                                              << "out"
-                                              << "out.bin";
-        QTest::newRow("suffix typed") << QString() << "out.log"
-                                      << "out.log";
-        QTest::newRow("no suffix") << "所有文件(*.*)"
-                                   << "plain"
-                                   << "plain";
-        QTest::newRow("there already") << "文本文件(*.txt)"
-                                       << "old"
-                                       << "old.txt";
-    }
-
     void savesFiles()
     {
-        QFETCH(QString, filter);
-        QFETCH(QString, typed);
-        QFETCH(QString, saved);
+        const struct
+        {
+            QString filter, typed, saved;
+        } rows[] = {{"数据文件(*.bin)", "out", "out.bin"},
+                    {QString(), "out.log", "out.log"},
+                    {"所有文件(*.*)", "plain", "plain"},
+                    {"文本文件(*.txt)", "old", "old.txt"}}; // there already
         touch("old.txt");
-        int asked = 0;
-        DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
-            return text.contains(saved) && ++asked == 2 ? 1 : 0;
-        };
-        whenModal([&typed](QWidget *dialog) {
-            typeName(dialog, typed);
-            if (dialog->isVisible()) // the first answer: not over the old one
-                typeName(dialog, typed);
-        });
-        const QString filters = "文本文件(*.txt);;数据文件(*.bin);;所有文件(*.*)";
-        QCOMPARE(QtFileDialog::getSaveFileName(nullptr, {}, m_root->path(), filters,
-                                               filter.isEmpty() ? nullptr : &filter),
-                 m_root->filePath(saved));
-        QCOMPARE(asked, saved == "old.txt" ? 2 : 0);
+        for (auto row : rows) {
+            int asked = 0;
+            DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+                return text.contains(row.saved) && ++asked == 2 ? 1 : 0;
+            };
+            whenModal([&row](QWidget *dialog) {
+                typeName(dialog, row.typed);
+                if (dialog->isVisible()) // the first answer: not over the old one
+                    typeName(dialog, row.typed);
+            });
+            QCOMPARE(QtFileDialog::getSaveFileName(nullptr, {}, m_root->path(),
+                                                   "文本文件(*.txt);;数据文件(*.bin);;所有文件(*.*)",
+                                                   row.filter.isEmpty() ? nullptr : &row.filter),
+                     m_root->filePath(row.saved));
+            QCOMPARE(asked, row.saved == "old.txt" ? 2 : 0);
+        }
     }
 
     void proposesANameWhenSaving()
@@ -335,8 +316,7 @@ private slots:
 private:
     QString touch(const QString &name)
     {
-        QFile file(m_root->filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write("x") == 1 ? file.fileName() : QString();
+        return writeFile(m_root->filePath(name), "x") ? m_root->filePath(name) : QString();
     }
 
     std::unique_ptr<QTemporaryDir> m_root;

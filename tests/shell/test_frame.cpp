@@ -26,35 +26,30 @@ class FrameTest : public QObject
     Q_OBJECT
 
 private slots:
-    void edgesOfPoints_data()
-    {
-        QTest::addColumn<QPoint>("point");
-        QTest::addColumn<int>("edges");
-        QTest::addColumn<int>("cursor");
-        const int left = Qt::LeftEdge, right = Qt::RightEdge, top = Qt::TopEdge, bottom = Qt::BottomEdge;
-        const auto row = [](int x, int y, int edges, Qt::CursorShape cursor) {
-            QTest::addRow("%d, %d", x, y) << QPoint(x, y) << edges << int(cursor);
-        };
-        row(4, 150, left, Qt::SizeHorCursor);
-        row(5, 150, 0, Qt::ArrowCursor);
-        row(395, 150, right, Qt::SizeHorCursor);
-        row(394, 150, 0, Qt::ArrowCursor);
-        row(200, 4, top, Qt::SizeVerCursor);
-        row(200, 295, bottom, Qt::SizeVerCursor);
-        row(9, 2, left | top, Qt::SizeFDiagCursor); // a corner reaches along the top
-        row(399, 0, right | top, Qt::SizeBDiagCursor);
-        row(1, 292, left | bottom, Qt::SizeBDiagCursor);
-        row(398, 298, right | bottom, Qt::SizeFDiagCursor);
-        row(400, 150, 0, Qt::ArrowCursor);
-        row(-1, -1, 0, Qt::ArrowCursor);
-    }
-
     void edgesOfPoints()
     {
-        QFETCH(QPoint, point);
-        const Qt::Edges found = FrameGeometry::edgesAt(point, {400, 300}, 5);
-        QTEST(int(found), "edges");
-        QTEST(int(FrameGeometry::cursorFor(found)), "cursor");
+        const struct
+        {
+            QPoint point; // of 400 x 300
+            Qt::Edges edges;
+            Qt::CursorShape cursor;
+        } rows[] = {{{4, 150}, Qt::LeftEdge, Qt::SizeHorCursor},
+                    {{5, 150}, {}, Qt::ArrowCursor},
+                    {{395, 150}, Qt::RightEdge, Qt::SizeHorCursor},
+                    {{394, 150}, {}, Qt::ArrowCursor},
+                    {{200, 4}, Qt::TopEdge, Qt::SizeVerCursor},
+                    {{200, 295}, Qt::BottomEdge, Qt::SizeVerCursor},
+                    {{9, 2}, Qt::LeftEdge | Qt::TopEdge, Qt::SizeFDiagCursor}, // reaches along the top
+                    {{399, 0}, Qt::RightEdge | Qt::TopEdge, Qt::SizeBDiagCursor},
+                    {{1, 292}, Qt::LeftEdge | Qt::BottomEdge, Qt::SizeBDiagCursor},
+                    {{398, 298}, Qt::RightEdge | Qt::BottomEdge, Qt::SizeFDiagCursor},
+                    {{400, 150}, {}, Qt::ArrowCursor},
+                    {{-1, -1}, {}, Qt::ArrowCursor}};
+        for (const auto &row : rows) {
+            const Qt::Edges found = FrameGeometry::edgesAt(row.point, {400, 300}, 5);
+            QCOMPARE(int(found), int(row.edges));
+            QCOMPARE(FrameGeometry::cursorFor(found), row.cursor);
+        }
     }
 
     void rectangles()

@@ -23,29 +23,22 @@ class QtTerminalWidget : public QTextBrowser
 
 namespace {
 
-// The value of a property in the rule with exactly this selector; the last one
-// counts.
-QColor colorOf(const QString &sheet, const QString &selector, const QString &property)
+// "selector@property" to the color that the sheet has for it; the last rule counts.
+QHash<QString, QColor> colorsOf(QString sheet)
 {
-    static const QRegularExpression comment(QStringLiteral("/\\*.*?\\*/"),
-                                            QRegularExpression::DotMatchesEverythingOption);
-    QString plain = sheet;
-    plain.remove(comment);
-    static const QRegularExpression rule(QStringLiteral("([^{}]+)\\{([^{}]*)\\}"));
-    QColor found;
-    auto rules = rule.globalMatch(plain);
-    while (rules.hasNext()) {
+    const QRegularExpression comment("/\\*.*?\\*/", QRegularExpression::DotMatchesEverythingOption);
+    const QRegularExpression rule("([^{}]+)\\{([^{}]*)\\}");
+    const QRegularExpression value("([a-z-]+):\\s*(#[0-9a-f]{6})");
+    QHash<QString, QColor> colors;
+    for (auto rules = rule.globalMatch(sheet.remove(comment)); rules.hasNext();) {
         const auto match = rules.next();
-        QStringList selectors = match.captured(1).split(QLatin1Char(','));
-        for (QString &one : selectors)
-            one = one.simplified();
-        if (!selectors.contains(selector))
-            continue;
-        const QRegularExpression value(QStringLiteral("(?:^|[;\\s])%1:\\s*(#[0-9a-f]{6})").arg(property));
-        if (const auto hit = value.match(match.captured(2)); hit.hasMatch())
-            found = QColor(hit.captured(1));
+        for (const QString &selector : match.captured(1).split(','))
+            for (auto values = value.globalMatch(match.captured(2)); values.hasNext();) {
+                const auto found = values.next();
+                colors[selector.simplified() + '@' + found.captured(1)] = QColor(found.captured(2));
+            }
     }
-    return found;
+    return colors;
 }
 
 } // namespace
@@ -107,50 +100,43 @@ private slots:
     {
         QFETCH(int, index);
         Skin::apply(index);
-        const QString sheet = Skin::styleSheet();
-        const auto color = [&sheet](const char *selector, const char *property) {
-            return colorOf(sheet, QLatin1String(selector), QLatin1String(property));
+        const auto colors = colorsOf(Skin::styleSheet());
+        // Which text can be read on which grounds.
+        const std::pair<const char *, const char *> rows[] = {
+            {"QWidget",
+             "QDialog|QtTitleBar|QtTitleBar QPushButton:hover|QLineEdit|QMenu|QMenu::item:selected|"
+             "QPushButton|QPushButton:hover|QPushButton:pressed|QPushButton:checked|"
+             "QAbstractItemView::item:selected:!active|QHeaderView::section|"
+             "QAbstractItemView@alternate-|QProgressBar::chunk|"
+             "QtTitleBar QToolButton#btnClose:hover"},
+            {"QWidget:disabled", "QDialog|QLineEdit:disabled|QLineEdit|QMenu|QPushButton:disabled|"
+                                 "QAbstractItemView@alternate-"},
+            {"QPushButton[primary=\"true\"]", "QPushButton[primary=\"true\"]|"
+                                              "QPushButton[primary=\"true\"]:hover|"
+                                              "QPushButton[primary=\"true\"]:pressed"},
+            {"QWidget@selection-", "QWidget@selection-"},
+            {"QLabel[kind=\"error\"]", "QDialog|QtStatusBar StatusLabel:hover"},
+            {"QtStatusBar StatusLabel[kind=\"error\"]", "QtTitleBar"},
+            {"QtStatusBar StatusLabel", "QtTitleBar"},
+            {"QTabBar::tab", "QtTitleBar"},
+            {"QGroupBox::title", "QDialog"},
+            {"QLineEdit:read-only", "QDialog"},
+            {"QToolTip", "QToolTip"}};
+        const auto color = [&colors](const QString &place, const QString &property) {
+            return colors.value(place + (place.contains('@') ? "" : "@") + property);
         };
-        const QColor text = color("QWidget", "color");
-        const QColor disabled = color("QWidget:disabled", "color");
-        const QColor error = color("QLabel[kind=\"error\"]", "color");
-        const QColor window = color("QDialog", "background-color");
-        const QColor onAccent = color("QPushButton[primary=\"true\"]", "color");
-        const auto readable = [&color](const QColor &front, const char *selector,
-                                       const char *property = "background-color") {
-            const QColor back = color(selector, property);
-            if (front.isValid() && back.isValid() && Contrast::ratio(front, back) >= Contrast::readable)
-                return true;
-            qWarning("%s: %s on %s", selector, qPrintable(front.name()), qPrintable(back.name()));
-            return false;
-        };
-        for (const char *ground :
-             {"QDialog", "QtTitleBar", "QtTitleBar QPushButton:hover", "QLineEdit", "QMenu",
-              "QMenu::item:selected", "QPushButton", "QPushButton:hover", "QPushButton:pressed",
-              "QPushButton:checked", "QAbstractItemView::item:selected:!active", "QHeaderView::section",
-              "QProgressBar::chunk", "QtTitleBar QToolButton#btnClose:hover"})
-            QVERIFY(readable(text, ground));
-        for (const char *ground :
-             {"QDialog", "QLineEdit:disabled", "QLineEdit", "QMenu", "QPushButton:disabled"})
-            QVERIFY(readable(disabled, ground));
-        for (const QColor &front : {text, disabled})
-            QVERIFY(readable(front, "QAbstractItemView", "alternate-background-color"));
-        for (const char *state : {"", ":hover", ":pressed"})
-            QVERIFY(readable(onAccent, qPrintable(QString("QPushButton[primary=\"true\"]") + state)));
-        QVERIFY(readable(color("QWidget", "selection-color"), "QWidget", "selection-background-color"));
-        for (const char *ground : {"QDialog", "QtStatusBar StatusLabel:hover"})
-            QVERIFY(readable(error, ground));
-        for (const char *front :
-             {"QtStatusBar StatusLabel[kind=\"error\"]", "QtStatusBar StatusLabel", "QTabBar::tab"})
-            QVERIFY(readable(color(front, "color"), "QtTitleBar"));
-        for (const char *front : {"QGroupBox::title", "QLineEdit:read-only"})
-            QVERIFY(readable(color(front, "color"), "QDialog"));
-        QVERIFY(readable(color("QToolTip", "color"), "QToolTip"));
+        for (const auto &[text, grounds] : rows)
+            for (const QString &ground : QString(grounds).split('|')) {
+                const QColor front = color(text, "color"), back = color(ground, "background-color");
+                QVERIFY2(front.isValid() && back.isValid() &&
+                             Contrast::ratio(front, back) >= Contrast::readable,
+                         qPrintable(text + (" on " + ground)));
+            }
         // The help button's white glyph, as a picture: 3 to 1.
         QVERIFY(Contrast::ratio(Qt::white, color("QtTitleBar QPushButton#btnHelp", "background-color")) >=
                 2.9);
-        QCOMPARE(window, QColor(Skin::palette().window));
-        QCOMPARE(text, QColor(Skin::palette().text));
+        QCOMPARE(color("QDialog", "background-color"), QColor(Skin::palette().window));
+        QCOMPARE(color("QWidget", "color"), QColor(Skin::palette().text));
     }
 
     void userColorsWin_data() { files_data(); }
