@@ -24,23 +24,429 @@ class TestHexEditPage : public QObject
 
 private slots:
     void initTestCase() { initKorvexResources(); }
-    void init();
-    void cleanup();
-    void enablesWhatIsPossible();
-    void opensEditsAndSaves();
-    void cannotOpen();
-    void asksBeforeEditsAreLost();
-    void savesBeforeItEnds();
-    void noticesAChangeOnDisk();
-    void savesAsAnotherFile();
-    void offersWhatAFailedSaveLeft();
-    void tellsWhenItCannotSave();
-    void opensDroppedFiles();
-    void finds();
-    void replaces();
-    void jumpsAndSums();
-    void stopsOpening();
-    void stopsLongWork();
+    void init()
+    {
+        m_root = std::make_unique<FreshFolder>();
+        m_questions.clear();
+        m_answer = 1;
+        DialogAnswers::instance().message = [this](const QString &title, const QString &text, int) {
+            m_questions.append(title + '|' + text);
+            return m_answer;
+        };
+        makePage();
+        put("rom.bin", "0123456789");
+        QtMessageTip::showTip(QString());
+    }
+
+    void cleanup()
+    {
+        m_page.reset();
+        QVERIFY(!QApplication::overrideCursor());
+        DialogAnswers::instance() = DialogAnswers();
+    }
+
+    // A key of what is not possible says why.
+    void enablesWhatIsPossible()
+    {
+        auto *group = m_page->findChild<QButtonGroup *>();
+        const char *const keys[] = {"Ctrl+O", "Ctrl+S", "Ctrl+Z", "Ctrl+Shift+Z", "Ctrl+W"};
+        for (int id = 0; id < 5; ++id)
+            QCOMPARE(group->button(id)->shortcut().toString(), QString(keys[id]));
+        const auto enabled = [group] {
+            QString ids;
+            for (int id = 0; id < 5; ++id)
+                ids += group->button(id)->isEnabled() ? QString::number(id) : QString();
+            return ids;
+        };
+        QCOMPARE(enabled(), QString("0"));
+        for (const int key : {Qt::Key_S, Qt::Key_Z, Qt::Key_W}) {
+            QtMessageTip::showTip(QString());
+            QTest::keyClick(child<QLineEdit>("editReplace"), Qt::Key(key), Qt::ControlModifier);
+            QTest::keyClick(edit(), Qt::Key(key), Qt::ControlModifier);
+            QVERIFY2(!tip().isEmpty(), qPrintable(QString(QChar(key))));
+        }
+        open("rom.bin");
+        QCOMPARE(enabled(), QString("014"));
+        type("41");
+        QCOMPARE(enabled(), QString("0124"));
+        click("btnUndo");
+        QCOMPARE(enabled(), QString("0134"));
+        QVERIFY(QTest::qWaitForWindowActive(m_page.get(), 30000));
+        QTest::keyClick(m_page->windowHandle(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(shown(), QByteArray("A123456789"));
+
+        m_page->resize(1000, 430); // what the smallest usual window leaves
+        QApplication::processEvents();
+        for (const char *name : {"inspect_double", "comboByteOrder"})
+            QCOMPARE(child<QWidget>(name)->visibleRegion().boundingRect(), child<QWidget>(name)->rect());
+    }
+
+    void opensEditsAndSaves()
+    {
+        QSignalSpy counts(m_page.get(), &HexEditWidget::signalRefresCounts);
+        open("rom.bin");
+        QCOMPARE(shown(), QByteArray("0123456789"));
+        QCOMPARE(text("labelSize"), QString("Size: 10"));
+        QCOMPARE(counts.takeLast().at(0).toInt(), 4);
+        type("4142");
+        QCOMPARE(m_page->counts(), (QStringList{"Address: 2", "Size: 10"}));
+        QCOMPARE(text("labelAddress"), QString("Address: 2"));
+        QVERIFY(text("labelFile").contains("未保存"));
+        tool(HexEditWidget::Undo);
+        QCOMPARE(shown(), QByteArray("0123456789"));
+        tool(HexEditWidget::Redo);
+        tool(HexEditWidget::SaveFile);
+        QCOMPARE(tip(), QString("  文件已保存  "));
+        QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
+        QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified() && m_questions.isEmpty());
+        Settings::load();
+        QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
+        tool(HexEditWidget::CloseFile);
+        QCOMPARE(m_page->counts(), (QStringList{"Address: 0", "Size: 0"}));
+        type("41"); // into nothing
+        tool(HexEditWidget::SaveFile);
+        beginOpening(QString()); // canceled
+        QVERIFY(m_page->fileName().isEmpty() && edit()->size() == 0);
+    }
+
+    void cannotOpen()
+    {
+        open("rom.bin");
+        open("missing");
+        QCOMPARE(tip(), QString("打开文件失败! 文件不存在"));
+        QCOMPARE(shown(), QByteArray("0123456789")); // the open file stays
+        QCOMPARE(m_page->fileName(), path("rom.bin"));
+        Settings::instance().recentFiles.set({path("rom.bin"), path("missing")});
+        open("missing");
+        QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
+    }
+
+    void asksBeforeEditsAreLost()
+    {
+        put("other.bin", "other");
+        open("rom.bin");
+        type("41");
+        m_answer = QtMessageBox::Cancel;
+        open("other.bin");
+        tool(HexEditWidget::CloseFile);
+        QCOMPARE(m_questions.size(), 2);
+        m_answer = QtMessageBox::Save;
+        setSavable(false);
+        open("other.bin");
+        QCOMPARE(shown(), QByteArray("A123456789")); // what could not be saved stays
+        setSavable(true);
+        open("other.bin");
+        QCOMPARE(shown(), QByteArray("other"));
+        QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
+        type("41");
+        m_answer = QtMessageBox::Discard;
+        tool(HexEditWidget::CloseFile);
+        QCOMPARE(edit()->size(), qint64(0));
+        QCOMPARE(content("other.bin"), QByteArray("other"));
+    }
+
+    void savesBeforeItEnds()
+    {
+        open("rom.bin");
+        QVERIFY(m_page->mayClose() && m_questions.isEmpty());
+        type("41");
+        m_answer = QtMessageBox::Cancel;
+        QVERIFY(!m_page->mayClose() && !m_page->saveBeforeExit() && edit()->isModified());
+        m_answer = QtMessageBox::Discard;
+        QVERIFY(m_page->mayClose());
+        m_page->closeLinks();
+        QVERIFY(m_page->isClosed() && m_page->saveBeforeExit());
+        m_answer = QtMessageBox::Save;
+        QVERIFY(m_page->mayClose());
+        QCOMPARE(content("rom.bin"), QByteArray("0123456789")); // neither discarding nor asking changes it
+        setSavable(false);
+        m_questions.clear();
+        m_page->closeLinks();
+        QVERIFY(!m_page->saveBeforeExit() && edit()->isModified()); // what could not be saved stays
+        QCOMPARE(m_questions.size(), 1);                            // the failure, told once
+        setSavable(true);
+        QVERIFY(m_page->mayClose() && m_page->saveBeforeExit()); // at a log-off
+        QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
+        type("42"); // another program has canceled it, and then it comes
+        m_page->closeLinks();
+        QVERIFY(m_page->saveBeforeExit());
+        QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
+        type("43");
+        QSignalSpy closed(m_page.get(), &QtWidgetBase::signalClosed);
+        m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
+        QVERIFY(m_page->mayClose()); // perhaps while it is being saved
+        QTRY_VERIFY_WITH_TIMEOUT(m_page->isClosed(), 30000);
+        QVERIFY(closed.size() == 1 && m_page->saveBeforeExit());
+        QCOMPARE(content("rom.bin"), QByteArray("ABC3456789"));
+    }
+
+    // At once, without a question that another one may stand in front of.
+    void noticesAChangeOnDisk()
+    {
+        const auto bar = [this] { return child<QWidget>("hexChangeBar"); };
+        open("rom.bin");
+        edit()->goTo(3);
+        put("rom.bin", "another program");
+        QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+        click("btnReload");
+        QCOMPARE(shown(), QByteArray("another program"));
+        QVERIFY(edit()->address() == 3 && bar()->isHidden() && !edit()->isModified());
+
+        put("rom.bin", "again");
+        QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+        click("btnKeepOurs");
+        QVERIFY(bar()->isHidden() && edit()->isModified());
+        for (const char *expected : {"again", "another program"}) { // refused, then agreed to
+            m_answer = m_questions.size();
+            tool(HexEditWidget::SaveFile);
+            QCOMPARE(content("rom.bin"), QByteArray(expected));
+        }
+        QVERIFY(QFile::remove(path("rom.bin")));
+        QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+        QVERIFY(edit()->isModified()); // these are the only bytes left
+        tool(HexEditWidget::SaveFile);
+        QVERIFY(m_questions.size() == 2 && bar()->isHidden());
+        QCOMPARE(content("rom.bin"), QByteArray("another program"));
+    }
+
+    void savesAsAnotherFile()
+    {
+        const auto saveAs = [this](const QString &name) {
+            DialogAnswers::instance().fileNames = [=](auto mode, auto, const QString &proposed, auto) {
+                const bool isRight = mode == DialogAnswers::FileMode::Save &&
+                                     proposed == m_page->fileName() && !name.isEmpty();
+                return isRight ? QStringList(path(name)) : QStringList();
+            };
+            click("btnSaveAs");
+        };
+        open("rom.bin");
+        type("41");
+        saveAs(QString());
+        saveAs("missing/new.bin");
+        QVERIFY(m_questions.takeFirst().contains("missing") && m_questions.isEmpty() && edit()->isModified());
+        saveAs("new.bin");
+        QCOMPARE(content("new.bin"), QByteArray("A123456789"));
+        QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
+        QVERIFY(m_page->fileName() == path("new.bin") && !edit()->isModified());
+        QCOMPARE(Settings::instance().recentFiles.value().value(0), path("new.bin"));
+        put("new.bin", "another program's");
+        m_answer = 0;
+        saveAs("new.bin"); // is saving, which asks
+        QCOMPARE(m_questions.size(), 1);
+        QCOMPARE(content("new.bin"), QByteArray("another program's"));
+    }
+
+    // After a copy that failed, opening the file again finds its bytes.
+    void offersWhatAFailedSaveLeft()
+    {
+        QVERIFY(QFile::remove(path("rom.bin")));
+        put("rom.bin.~tmp", "new bytes");
+        put("rom.bin.~bak", "older");
+        m_answer = 0;
+        open("rom.bin");
+        open("rom.bin");
+        QVERIFY(m_page->fileName().isEmpty());
+        QCOMPARE(m_questions.size(), 2); // one for each file, once
+        QVERIFY(m_questions.first().contains(path("rom.bin.~tmp")));
+        makePage();
+        m_answer = 1;
+        open("rom.bin");
+        QCOMPARE(shown(), QByteArray("new bytes"));
+        QVERIFY(m_page->fileName() == path("rom.bin") && edit()->isModified());
+        tool(HexEditWidget::SaveFile);
+        QCOMPARE(content("rom.bin"), QByteArray("new bytes"));
+        QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified());
+    }
+
+    // One box that begins with the message, goes on with reason and consequence,
+    // and stays as a notice.
+    void tellsWhenItCannotSave()
+    {
+        QSignalSpy notices(m_page.get(), &HexEditWidget::signalNotify);
+        open("rom.bin");
+        type("41");
+        setSavable(false);
+        tool(HexEditWidget::SaveFile);
+        const QString name = QDir::toNativeSeparators(path("rom.bin"));
+        QVERIFY(m_questions.size() == 1 &&
+                m_questions.first().startsWith(QString("QHexEdit|Cannot write file %1.\n").arg(name)));
+        for (const QString &told : {m_questions.first(), notices.value(0).value(0).toString()})
+            QVERIFY2(told.contains("临时文件的名称已被占用") && told.contains("原文件未改动"),
+                     qPrintable(told));
+        QVERIFY(edit()->isModified() && !edit()->isReadOnly());
+        QVERIFY(tip() != QString("  文件已保存  "));
+    }
+
+    // As a copy: a source whose file was moved deletes it.
+    void opensDroppedFiles()
+    {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path("rom.bin"))});
+        QDragEnterEvent moveOnly({300, 200}, Qt::MoveAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(m_page.get(), &moveOnly);
+        QVERIFY(!moveOnly.isAccepted());
+        const Qt::DropActions all = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+        QDragEnterEvent enter({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
+        QDragMoveEvent move({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
+        QDropEvent drop({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
+        for (QDropEvent *event : std::initializer_list<QDropEvent *>{&enter, &move, &drop}) {
+            event->setDropAction(Qt::MoveAction);
+            event->ignore();
+            QApplication::sendEvent(m_page.get(), event);
+            QVERIFY(event->isAccepted());
+            QCOMPARE(event->dropAction(), Qt::CopyAction);
+        }
+        QTRY_COMPARE(shown(), QByteArray("0123456789"));
+    }
+
+    void finds()
+    {
+        put("text.bin", "ab\xD6\xD0!ab\xE4\xB8\xAD!ab");
+        open("text.bin");
+        const struct
+        {
+            int kind;
+            QString text;
+            const char *button;
+            qint64 begin, length;
+        } rows[] = {
+            {0, "61 62", "btnFindNext", 0, 2},  {0, "61 62", "btnFindNext", 5, 2},
+            {1, "中", "btnFindNext", 7, 3},     {2, "中", "btnFindPrevious", 2, 2},
+            {1, "ab", "btnFindPrevious", 0, 2}, {1, "ab", "btnFindPrevious", 11, 2}, // round the start
+            {0, "6", "btnFindNext", 11, 2},     {1, "nowhere", "btnFindNext", 11, 2},
+            {1, "", "btnFindNext", 11, 2},      {0, QString("61").repeated(4001), "btnFindNext", 11, 2},
+        };
+        for (const auto &row : rows) {
+            QtMessageTip::showTip(QString());
+            child<QComboBox>("comboFindKind")->setCurrentIndex(row.kind);
+            enter("editFind", row.text);
+            click(row.button);
+            QCOMPARE(edit()->selectionBegin(), row.begin);
+            QCOMPARE(edit()->selectionLength(), row.length);
+        }
+        QVERIFY(tip().contains("4001")); // a part of a long pattern would be another one
+        auto *field = child<QLineEdit>("editFind");
+        field->setText("61");
+        QApplication::clipboard()->setText(QString(20001, '6'));
+        field->paste();
+        QTRY_COMPARE(field->text(), QString("61"));
+        field->setFocus();
+        QTest::keyClick(field, Qt::Key_Escape);
+        QCOMPARE(m_page->focusWidget(), edit());
+    }
+
+    void replaces()
+    {
+        put("text.bin", "ab-ab-ab");
+        open("text.bin");
+        child<QComboBox>("comboFindKind")->setCurrentIndex(1);
+        enter("editFind", "ab");
+        enter("editReplace", "long");
+        click("btnReplaceAll"); // overwriting moves nothing
+        QVERIFY(!edit()->isModified());
+        enter("editReplace", "XY");
+        click("btnReplace"); // finds the first one
+        QVERIFY(!edit()->isModified());
+        click("btnReplace");
+        QCOMPARE(shown(), QByteArray("XY-ab-ab"));
+        QCOMPARE(edit()->selectionBegin(), qint64(3));
+        edit()->setOverwrite(false);
+        enter("editReplace", "long");
+        click("btnReplaceAll");
+        QCOMPARE(tip(), QString("已替换2处"));
+        QCOMPARE(shown(), QByteArray("XY-long-long"));
+        tool(HexEditWidget::Undo);
+        tool(HexEditWidget::Undo);
+        QVERIFY(!edit()->isModified());
+    }
+
+    void jumpsAndSums()
+    {
+        put("sum.bin", "##123456789##");
+        open("sum.bin");
+        enter("editJumpAddress", "0xB");
+        click("btnJump");
+        QCOMPARE(edit()->address(), qint64(11));
+        QCOMPARE(text("inspect_uint8"), QString("35"));
+        QCOMPARE(text("inspect_int32"), QString("-"));
+        enter("editJumpAddress", "14");
+        click("btnJump");
+        QCOMPARE(edit()->address(), qint64(11));
+        const auto sum = [this](const char *name) { return child<QLineEdit>(name)->text(); };
+        edit()->select(2, 9);
+        click("btnChecksum");
+        QCOMPARE(sum("editCrc32"), QString("0xCBF43926"));
+        QCOMPARE(sum("editCrc16"), QString("0x4B37"));
+        type("00");
+        QVERIFY(sum("editCrc32").isEmpty()); // of bytes that are gone
+        click("btnChecksum");                // of all
+        QCOMPARE(sum("editSum"), QString("0x00000238"));
+    }
+
+    // What has been read is there at once; stopping brings back what was open.
+    void stopsOpening()
+    {
+        constexpr qint64 megabytes = 300;
+        putLarge("large.bin", megabytes);
+        open("rom.bin");
+        type("41");
+        m_answer = QtMessageBox::Discard;
+        beginOpening(path("large.bin"));
+        QVERIFY(edit()->task()->isRunning() && child<QWidget>("btnStopWork")->isVisible());
+        QVERIFY(edit()->size() < megabytes << 20);
+        type("42");
+        m_page->sltToolBtnsClicked(HexEditWidget::CloseFile); // not while it is being opened
+        m_page->openFile(path("rom.bin"));
+        QCOMPARE(edit()->document().read(0, 5), QByteArray("begin"));
+        click("btnStopWork");
+        QCOMPARE(m_page->fileName(), path("rom.bin"));
+        QCOMPARE(shown(), QByteArray("A123456789"));
+        QVERIFY(edit()->isModified() && !edit()->isReadOnly() && child<QWidget>("btnStopWork")->isHidden());
+
+        QtMessageTip::showTip(QString());
+        open("large.bin");
+        QCOMPARE(text("labelSize"), QString("Size: %1").arg(megabytes << 20));
+        QVERIFY(tip().isEmpty() && !edit()->isModified() && !edit()->isReadOnly());
+        beginOpening(path("large.bin"));
+        QVERIFY(m_page->mayClose()); // ending in the middle of it loses nothing
+    }
+
+    void stopsLongWork()
+    {
+        putLarge("large.bin", 200);
+        open("large.bin");
+        auto *checksum = child<QPushButton>("btnChecksum");
+        checksum->setFocus();
+        checksum->click();
+        const auto areEnabled = [this](bool enabled) {
+            for (const char *name : {"btnOpenFile", "btnSaveFile", "btnSaveAs", "btnFindNext",
+                                     "btnReplaceAll", "btnChecksum", "btnRecent"})
+                if (child<QPushButton>(name)->isEnabled() != enabled)
+                    return false;
+            return true;
+        };
+        QVERIFY(areEnabled(false));
+        // Nothing is ignored in silence, and the bytes keep still.
+        const std::pair<int, Qt::KeyboardModifiers> keys[] = {
+            {Qt::Key_S, Qt::ControlModifier}, {Qt::Key_V, Qt::ControlModifier}, {Qt::Key_4, Qt::NoModifier}};
+        for (const auto &[key, modifiers] : keys) {
+            QtMessageTip::showTip(QString());
+            QTest::keyClick(edit(), Qt::Key(key), modifiers);
+            QVERIFY2(tip().contains("正在计算校验"), qPrintable(QString(QChar(key))));
+        }
+        click("btnStopWork");
+        QVERIFY(areEnabled(true));
+        QCOMPARE(m_page->focusWidget(), checksum);
+        QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty() && !edit()->isModified());
+
+        // Saving as well: the file stays what it was.
+        type("41");
+        m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
+        QVERIFY(edit()->task()->isRunning() && QApplication::overrideCursor());
+        click("btnStopWork");
+        QVERIFY(edit()->isModified() && tip().contains("原文件未改动"));
+        QCOMPARE(content("large.bin").left(5), QByteArray("begin"));
+    }
 
 private:
     template <class Widget> Widget *child(const QString &name) const
@@ -100,435 +506,6 @@ private:
     QStringList m_questions; // "title|text" of the boxes
     int m_answer = 1;
 };
-
-void TestHexEditPage::init()
-{
-    m_root = std::make_unique<FreshFolder>();
-    m_questions.clear();
-    m_answer = 1;
-    DialogAnswers::instance().message = [this](const QString &title, const QString &text, int) {
-        m_questions.append(title + '|' + text);
-        return m_answer;
-    };
-    makePage();
-    put("rom.bin", "0123456789");
-    QtMessageTip::showTip(QString());
-}
-
-void TestHexEditPage::cleanup()
-{
-    m_page.reset();
-    QVERIFY(!QApplication::overrideCursor());
-    DialogAnswers::instance() = DialogAnswers();
-}
-
-// A key of what is not possible says why.
-void TestHexEditPage::enablesWhatIsPossible()
-{
-    const std::pair<const char *, const char *> buttons[] = {
-        {"打开文件 快捷键 Ctrl+O", "Ctrl+O"}, {"保存文件 快捷键 Ctrl+S", "Ctrl+S"},
-        {"撤销 快捷键 Ctrl+Z", "Ctrl+Z"},     {"恢复撤销 快捷键 Ctrl+Shift+Z", "Ctrl+Shift+Z"},
-        {"关闭文件 快捷键 Ctrl+W", "Ctrl+W"},
-    };
-    auto *group = m_page->findChild<QButtonGroup *>();
-    for (int id = 0; id < 5; ++id) {
-        QCOMPARE(group->button(id)->toolTip(), QString(buttons[id].first));
-        QCOMPARE(group->button(id)->shortcut().toString(), QString(buttons[id].second));
-    }
-    const auto enabled = [group] {
-        QString ids;
-        for (int id = 0; id < 5; ++id)
-            ids += group->button(id)->isEnabled() ? QString::number(id) : QString();
-        return ids;
-    };
-    QCOMPARE(enabled(), QString("0"));
-    for (const int key : {Qt::Key_S, Qt::Key_Z, Qt::Key_W}) {
-        QtMessageTip::showTip(QString());
-        QTest::keyClick(child<QLineEdit>("editReplace"), Qt::Key(key), Qt::ControlModifier);
-        QTest::keyClick(edit(), Qt::Key(key), Qt::ControlModifier);
-        QVERIFY2(!tip().isEmpty(), qPrintable(QString(QChar(key))));
-    }
-    open("rom.bin");
-    QCOMPARE(enabled(), QString("014"));
-    type("41");
-    QCOMPARE(enabled(), QString("0124"));
-    click("btnUndo");
-    QCOMPARE(enabled(), QString("0134"));
-    QVERIFY(QTest::qWaitForWindowActive(m_page.get(), 30000));
-    QTest::keyClick(m_page->windowHandle(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(shown(), QByteArray("A123456789"));
-
-    m_page->resize(1000, 430); // what the smallest usual window leaves
-    QApplication::processEvents();
-    for (const char *name : {"inspect_double", "comboByteOrder"})
-        QCOMPARE(child<QWidget>(name)->visibleRegion().boundingRect(), child<QWidget>(name)->rect());
-}
-
-void TestHexEditPage::opensEditsAndSaves()
-{
-    QSignalSpy counts(m_page.get(), &HexEditWidget::signalRefresCounts);
-    open("rom.bin");
-    QCOMPARE(shown(), QByteArray("0123456789"));
-    QCOMPARE(text("labelSize"), QString("Size: 10"));
-    QCOMPARE(counts.takeLast().at(0).toInt(), 4);
-    type("4142");
-    QCOMPARE(m_page->counts(), (QStringList{"Address: 2", "Size: 10"}));
-    QCOMPARE(text("labelAddress"), QString("Address: 2"));
-    QVERIFY(text("labelFile").contains("未保存"));
-    tool(HexEditWidget::Undo);
-    QCOMPARE(shown(), QByteArray("0123456789"));
-    tool(HexEditWidget::Redo);
-    tool(HexEditWidget::SaveFile);
-    QCOMPARE(tip(), QString("  文件已保存  "));
-    QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
-    QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified() && m_questions.isEmpty());
-    Settings::load();
-    QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
-    tool(HexEditWidget::CloseFile);
-    QCOMPARE(m_page->counts(), (QStringList{"Address: 0", "Size: 0"}));
-    type("41"); // into nothing
-    tool(HexEditWidget::SaveFile);
-    beginOpening(QString()); // canceled
-    QVERIFY(m_page->fileName().isEmpty() && edit()->size() == 0);
-}
-
-void TestHexEditPage::cannotOpen()
-{
-    open("rom.bin");
-    open("missing");
-    QCOMPARE(tip(), QString("打开文件失败! 文件不存在"));
-    QCOMPARE(shown(), QByteArray("0123456789")); // the open file stays
-    QCOMPARE(m_page->fileName(), path("rom.bin"));
-    Settings::instance().recentFiles.set({path("rom.bin"), path("missing")});
-    open("missing");
-    QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
-}
-
-void TestHexEditPage::asksBeforeEditsAreLost()
-{
-    put("other.bin", "other");
-    open("rom.bin");
-    type("41");
-    m_answer = QtMessageBox::Cancel;
-    open("other.bin");
-    tool(HexEditWidget::CloseFile);
-    QCOMPARE(m_questions.size(), 2);
-    m_answer = QtMessageBox::Save;
-    setSavable(false);
-    open("other.bin");
-    QCOMPARE(shown(), QByteArray("A123456789")); // what could not be saved stays
-    setSavable(true);
-    open("other.bin");
-    QCOMPARE(shown(), QByteArray("other"));
-    QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
-    type("41");
-    m_answer = QtMessageBox::Discard;
-    tool(HexEditWidget::CloseFile);
-    QCOMPARE(edit()->size(), qint64(0));
-    QCOMPARE(content("other.bin"), QByteArray("other"));
-}
-
-void TestHexEditPage::savesBeforeItEnds()
-{
-    open("rom.bin");
-    QVERIFY(m_page->mayClose() && m_questions.isEmpty());
-    type("41");
-    m_answer = QtMessageBox::Cancel;
-    QVERIFY(!m_page->mayClose() && !m_page->saveBeforeExit() && edit()->isModified());
-    m_answer = QtMessageBox::Discard;
-    QVERIFY(m_page->mayClose());
-    m_page->closeLinks();
-    QVERIFY(m_page->isClosed() && m_page->saveBeforeExit());
-    m_answer = QtMessageBox::Save;
-    QVERIFY(m_page->mayClose());
-    QCOMPARE(content("rom.bin"), QByteArray("0123456789")); // neither discarding nor asking changes it
-    setSavable(false);
-    m_questions.clear();
-    m_page->closeLinks();
-    QVERIFY(!m_page->saveBeforeExit() && edit()->isModified()); // what could not be saved stays
-    QCOMPARE(m_questions.size(), 1);                            // the failure, told once
-    setSavable(true);
-    QVERIFY(m_page->mayClose() && m_page->saveBeforeExit()); // at a log-off
-    QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
-    type("42"); // another program has canceled it, and then it comes
-    m_page->closeLinks();
-    QVERIFY(m_page->saveBeforeExit());
-    QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
-    type("43");
-    QSignalSpy closed(m_page.get(), &QtWidgetBase::signalClosed);
-    m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
-    QVERIFY(m_page->mayClose()); // perhaps while it is being saved
-    QTRY_VERIFY_WITH_TIMEOUT(m_page->isClosed(), 30000);
-    QVERIFY(closed.size() == 1 && m_page->saveBeforeExit());
-    QCOMPARE(content("rom.bin"), QByteArray("ABC3456789"));
-}
-
-// At once, without a question that another one may stand in front of.
-void TestHexEditPage::noticesAChangeOnDisk()
-{
-    const auto bar = [this] { return child<QWidget>("hexChangeBar"); };
-    open("rom.bin");
-    edit()->goTo(3);
-    put("rom.bin", "another program");
-    QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
-    click("btnReload");
-    QCOMPARE(shown(), QByteArray("another program"));
-    QVERIFY(edit()->address() == 3 && bar()->isHidden() && !edit()->isModified());
-
-    put("rom.bin", "again");
-    QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
-    click("btnKeepOurs");
-    QVERIFY(bar()->isHidden() && edit()->isModified());
-    for (const char *expected : {"again", "another program"}) { // refused, then agreed to
-        m_answer = m_questions.size();
-        tool(HexEditWidget::SaveFile);
-        QCOMPARE(content("rom.bin"), QByteArray(expected));
-    }
-    QVERIFY(QFile::remove(path("rom.bin")));
-    QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
-    QVERIFY(edit()->isModified()); // these are the only bytes left
-    tool(HexEditWidget::SaveFile);
-    QVERIFY(m_questions.size() == 2 && bar()->isHidden());
-    QCOMPARE(content("rom.bin"), QByteArray("another program"));
-}
-
-void TestHexEditPage::savesAsAnotherFile()
-{
-    const auto saveAs = [this](const QString &name) {
-        DialogAnswers::instance().fileNames = [=](auto mode, auto, const QString &proposed, auto) {
-            const bool isRight =
-                mode == DialogAnswers::FileMode::Save && proposed == m_page->fileName() && !name.isEmpty();
-            return isRight ? QStringList(path(name)) : QStringList();
-        };
-        click("btnSaveAs");
-    };
-    open("rom.bin");
-    type("41");
-    saveAs(QString());
-    saveAs("missing/new.bin");
-    QVERIFY(m_questions.takeFirst().contains("missing") && m_questions.isEmpty() && edit()->isModified());
-    saveAs("new.bin");
-    QCOMPARE(content("new.bin"), QByteArray("A123456789"));
-    QCOMPARE(content("rom.bin"), QByteArray("0123456789"));
-    QVERIFY(m_page->fileName() == path("new.bin") && !edit()->isModified());
-    QCOMPARE(Settings::instance().recentFiles.value().value(0), path("new.bin"));
-    put("new.bin", "another program's");
-    m_answer = 0;
-    saveAs("new.bin"); // is saving, which asks
-    QCOMPARE(m_questions.size(), 1);
-    QCOMPARE(content("new.bin"), QByteArray("another program's"));
-}
-
-// After a copy that failed, opening the file again finds its bytes.
-void TestHexEditPage::offersWhatAFailedSaveLeft()
-{
-    QVERIFY(QFile::remove(path("rom.bin")));
-    put("rom.bin.~tmp", "new bytes");
-    put("rom.bin.~bak", "older");
-    m_answer = 0;
-    open("rom.bin");
-    open("rom.bin");
-    QVERIFY(m_page->fileName().isEmpty());
-    QCOMPARE(m_questions.size(), 2); // one for each file, once
-    QVERIFY(m_questions.first().contains(path("rom.bin.~tmp")));
-    makePage();
-    m_answer = 1;
-    open("rom.bin");
-    QCOMPARE(shown(), QByteArray("new bytes"));
-    QVERIFY(m_page->fileName() == path("rom.bin") && edit()->isModified());
-    tool(HexEditWidget::SaveFile);
-    QCOMPARE(content("rom.bin"), QByteArray("new bytes"));
-    QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified());
-}
-
-// One box that begins with the message, goes on with reason and consequence,
-// and stays as a notice.
-void TestHexEditPage::tellsWhenItCannotSave()
-{
-    QSignalSpy notices(m_page.get(), &HexEditWidget::signalNotify);
-    open("rom.bin");
-    type("41");
-    setSavable(false);
-    tool(HexEditWidget::SaveFile);
-    const QString name = QDir::toNativeSeparators(path("rom.bin"));
-    QVERIFY(m_questions.size() == 1 &&
-            m_questions.first().startsWith(QString("QHexEdit|Cannot write file %1.\n").arg(name)));
-    for (const QString &told : {m_questions.first(), notices.value(0).value(0).toString()})
-        QVERIFY2(told.contains("临时文件的名称已被占用") && told.contains("原文件未改动"), qPrintable(told));
-    QVERIFY(edit()->isModified() && !edit()->isReadOnly());
-    QVERIFY(tip() != QString("  文件已保存  "));
-}
-
-// As a copy: a source whose file was moved deletes it.
-void TestHexEditPage::opensDroppedFiles()
-{
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(path("rom.bin"))});
-    QDragEnterEvent moveOnly({300, 200}, Qt::MoveAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(m_page.get(), &moveOnly);
-    QVERIFY(!moveOnly.isAccepted());
-    const Qt::DropActions all = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
-    QDragEnterEvent enter({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
-    QDragMoveEvent move({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
-    QDropEvent drop({300, 200}, all, &data, Qt::LeftButton, Qt::ShiftModifier);
-    for (QDropEvent *event : std::initializer_list<QDropEvent *>{&enter, &move, &drop}) {
-        event->setDropAction(Qt::MoveAction);
-        event->ignore();
-        QApplication::sendEvent(m_page.get(), event);
-        QVERIFY(event->isAccepted());
-        QCOMPARE(event->dropAction(), Qt::CopyAction);
-    }
-    QTRY_COMPARE(shown(), QByteArray("0123456789"));
-}
-
-void TestHexEditPage::finds()
-{
-    put("text.bin", "ab\xD6\xD0!ab\xE4\xB8\xAD!ab");
-    open("text.bin");
-    const struct
-    {
-        int kind;
-        QString text;
-        const char *button;
-        qint64 begin, length;
-    } rows[] = {
-        {0, "61 62", "btnFindNext", 0, 2},  {0, "61 62", "btnFindNext", 5, 2},
-        {1, "中", "btnFindNext", 7, 3},     {2, "中", "btnFindPrevious", 2, 2},
-        {1, "ab", "btnFindPrevious", 0, 2}, {1, "ab", "btnFindPrevious", 11, 2}, // round the start
-        {0, "6", "btnFindNext", 11, 2},     {1, "nowhere", "btnFindNext", 11, 2},
-        {1, "", "btnFindNext", 11, 2},      {0, QString("61").repeated(4001), "btnFindNext", 11, 2},
-    };
-    for (const auto &row : rows) {
-        QtMessageTip::showTip(QString());
-        child<QComboBox>("comboFindKind")->setCurrentIndex(row.kind);
-        enter("editFind", row.text);
-        click(row.button);
-        QCOMPARE(edit()->selectionBegin(), row.begin);
-        QCOMPARE(edit()->selectionLength(), row.length);
-    }
-    QVERIFY(tip().contains("4001")); // a part of a long pattern would be another one
-    auto *field = child<QLineEdit>("editFind");
-    field->setText("61");
-    QApplication::clipboard()->setText(QString(20001, '6'));
-    field->paste();
-    QTRY_COMPARE(field->text(), QString("61"));
-    field->setFocus();
-    QTest::keyClick(field, Qt::Key_Escape);
-    QCOMPARE(m_page->focusWidget(), edit());
-}
-
-void TestHexEditPage::replaces()
-{
-    put("text.bin", "ab-ab-ab");
-    open("text.bin");
-    child<QComboBox>("comboFindKind")->setCurrentIndex(1);
-    enter("editFind", "ab");
-    enter("editReplace", "long");
-    click("btnReplaceAll"); // overwriting moves nothing
-    QVERIFY(!edit()->isModified());
-    enter("editReplace", "XY");
-    click("btnReplace"); // finds the first one
-    QVERIFY(!edit()->isModified());
-    click("btnReplace");
-    QCOMPARE(shown(), QByteArray("XY-ab-ab"));
-    QCOMPARE(edit()->selectionBegin(), qint64(3));
-    edit()->setOverwrite(false);
-    enter("editReplace", "long");
-    click("btnReplaceAll");
-    QCOMPARE(tip(), QString("已替换2处"));
-    QCOMPARE(shown(), QByteArray("XY-long-long"));
-    tool(HexEditWidget::Undo);
-    tool(HexEditWidget::Undo);
-    QVERIFY(!edit()->isModified());
-}
-
-void TestHexEditPage::jumpsAndSums()
-{
-    put("sum.bin", "##123456789##");
-    open("sum.bin");
-    enter("editJumpAddress", "0xB");
-    click("btnJump");
-    QCOMPARE(edit()->address(), qint64(11));
-    QCOMPARE(text("inspect_uint8"), QString("35"));
-    QCOMPARE(text("inspect_int32"), QString("-"));
-    enter("editJumpAddress", "14");
-    click("btnJump");
-    QCOMPARE(edit()->address(), qint64(11));
-    const auto sum = [this](const char *name) { return child<QLineEdit>(name)->text(); };
-    edit()->select(2, 9);
-    click("btnChecksum");
-    QCOMPARE(sum("editCrc32"), QString("0xCBF43926"));
-    QCOMPARE(sum("editCrc16"), QString("0x4B37"));
-    type("00");
-    QVERIFY(sum("editCrc32").isEmpty()); // of bytes that are gone
-    click("btnChecksum");                // of all
-    QCOMPARE(sum("editSum"), QString("0x00000238"));
-}
-
-// What has been read is there at once; stopping brings back what was open.
-void TestHexEditPage::stopsOpening()
-{
-    constexpr qint64 megabytes = 300;
-    putLarge("large.bin", megabytes);
-    open("rom.bin");
-    type("41");
-    m_answer = QtMessageBox::Discard;
-    beginOpening(path("large.bin"));
-    QVERIFY(edit()->task()->isRunning() && child<QWidget>("btnStopWork")->isVisible());
-    QVERIFY(edit()->size() < megabytes << 20);
-    type("42");
-    m_page->sltToolBtnsClicked(HexEditWidget::CloseFile); // not while it is being opened
-    m_page->openFile(path("rom.bin"));
-    QCOMPARE(edit()->document().read(0, 5), QByteArray("begin"));
-    click("btnStopWork");
-    QCOMPARE(m_page->fileName(), path("rom.bin"));
-    QCOMPARE(shown(), QByteArray("A123456789"));
-    QVERIFY(edit()->isModified() && !edit()->isReadOnly() && child<QWidget>("btnStopWork")->isHidden());
-
-    QtMessageTip::showTip(QString());
-    open("large.bin");
-    QCOMPARE(text("labelSize"), QString("Size: %1").arg(megabytes << 20));
-    QVERIFY(tip().isEmpty() && !edit()->isModified() && !edit()->isReadOnly());
-    beginOpening(path("large.bin"));
-    QVERIFY(m_page->mayClose()); // ending in the middle of it loses nothing
-}
-
-void TestHexEditPage::stopsLongWork()
-{
-    putLarge("large.bin", 200);
-    open("large.bin");
-    auto *checksum = child<QPushButton>("btnChecksum");
-    checksum->setFocus();
-    checksum->click();
-    const auto areEnabled = [this](bool enabled) {
-        for (const char *name : {"btnOpenFile", "btnSaveFile", "btnSaveAs", "btnFindNext", "btnReplaceAll",
-                                 "btnChecksum", "btnRecent"})
-            if (child<QPushButton>(name)->isEnabled() != enabled)
-                return false;
-        return true;
-    };
-    QVERIFY(areEnabled(false));
-    // Nothing is ignored in silence, and the bytes keep still.
-    const std::pair<int, Qt::KeyboardModifiers> keys[] = {
-        {Qt::Key_S, Qt::ControlModifier}, {Qt::Key_V, Qt::ControlModifier}, {Qt::Key_4, Qt::NoModifier}};
-    for (const auto &[key, modifiers] : keys) {
-        QtMessageTip::showTip(QString());
-        QTest::keyClick(edit(), Qt::Key(key), modifiers);
-        QVERIFY2(tip().contains("正在计算校验"), qPrintable(QString(QChar(key))));
-    }
-    click("btnStopWork");
-    QVERIFY(areEnabled(true));
-    QCOMPARE(m_page->focusWidget(), checksum);
-    QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty() && !edit()->isModified());
-
-    // Saving as well: the file stays what it was.
-    type("41");
-    m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
-    QVERIFY(edit()->task()->isRunning() && QApplication::overrideCursor());
-    click("btnStopWork");
-    QVERIFY(edit()->isModified() && tip().contains("原文件未改动"));
-    QCOMPARE(content("large.bin").left(5), QByteArray("begin"));
-}
 
 QTEST_MAIN(TestHexEditPage)
 #include "test_hexeditpage.moc"

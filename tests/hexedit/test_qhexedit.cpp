@@ -19,23 +19,326 @@ class TestQHexEdit : public QObject
 
 private slots:
     void initTestCase() { initKorvexResources(); }
-    void init();
+    void init()
+    {
+        m_edit = std::make_unique<QHexEdit>();
+        m_edit->resize(900, 400);
+        m_edit->show();
+    }
+
     void cleanup() { m_edit.reset(); }
-    void reportsAddressAndSize();
-    void types();
-    void movesAndSelects();
-    void selectsByMouse();
-    void keepsTheCaretInSight();
-    void copiesAndPastes();
-    void movesBytesExactly();
-    void pastesLongTextInSlices();
-    void takesChineseInTheTextColumn();
-    void drawsCharactersOfTheCodec();
-    void refusesWhenReadOnly();
-    void takesThreeGigabytes();
+    void reportsAddressAndSize()
+    {
+        QSignalSpy address(m_edit.get(), &QHexEdit::currentAddressChanged);
+        QSignalSpy size(m_edit.get(), &QHexEdit::currentSizeChanged);
+        showData(QByteArray(100, 'x'));
+        QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(100));
+        keys("Right Right");
+        QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(2));
+        keys("Ins Del");
+        QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(99));
+        m_edit->goTo(1000);
+        QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(99));
+        m_edit->setData(QByteArray());
+        QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(0));
+        QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(0));
+    }
+
+    void types()
+    {
+        const std::tuple<const char *, const char *, qint64> rows[] = {
+            // of "0123"
+            {"4142", "AB23", 2},
+            {"4", "@123", 0}, // half a byte
+            {"41 5 Backspace 42", "AB23", 2},
+            {"Ins 41 5 Backspace", "A0123", 1},
+            {"Ins 4142", "AB0123", 2},
+            {"Ctrl+End 4142", "0123AB", 6},
+            {"xyz", "0123", 0},
+            {"Tab xyz", "xyz3", 3},
+            {"Tab Ins xyz", "xyz0123", 3},
+            {"Ins Right Del Backspace", "23", 0},
+            {"Ins Backspace Ctrl+End Del", "0123", 4}, // nothing to delete
+            {"Right Shift+Right Shift+Right 41", "0A23", 2},
+            {"Ins Right Shift+Right Shift+Right 41", "0A3", 2},
+            {"Right Del Backspace Shift+Right Del Ctrl+X", "0123", 2}, // moves no bytes
+            {"Ins Ctrl+A Del", "", 0},
+            {"41 Right 42 Ctrl+Z", "A123", 2}, // a step ends where the caret moves
+            {"41 Right 42 Ctrl+Z Ctrl+Z Ctrl+Shift+Z", "A123", 1},
+        };
+        for (const auto &[pressed, expected, address] : rows) {
+            showData("0123");
+            keys("Shift+Tab Home");
+            keys(pressed);
+            QCOMPARE(content(), QByteArray(expected));
+            QCOMPARE(m_edit->address(), address);
+            while (m_edit->document().canUndo())
+                m_edit->undo();
+            QCOMPARE(content(), QByteArray("0123"));
+            QVERIFY(!m_edit->isModified());
+        }
+    }
+
+    void movesAndSelects()
+    {
+        const std::tuple<const char *, qint64, qint64> rows[] = {
+            {"Home", 96, 0},
+            {"End", 111, 0},
+            {"Shift+End Shift+End", 100, 12}, // the rest of the row
+            {"Up Up Down", 84, 0},
+            {"Ctrl+Home Up", 0, 0},
+            {"Ctrl+End Down", 1000, 0},
+            {"Shift+Ctrl+Home", 0, 100},
+            {"Shift+Ctrl+End", 100, 900},
+            {"Shift+Down Shift+Left", 100, 15},
+            {"Shift+Left Shift+Up", 83, 17},
+            {"Ctrl+A", 0, 1000},
+            {"Shift+Right Left", 100, 0},
+        };
+        showData(QByteArray(1000, 'x'));
+        for (const auto &[pressed, begin, length] : rows) {
+            m_edit->goTo(100);
+            keys(pressed);
+            QCOMPARE(m_edit->selectionBegin(), begin);
+            QCOMPARE(m_edit->selectionLength(), length);
+        }
+    }
+
+    void selectsByMouse()
+    {
+        using Selection = std::pair<qint64, qint64>;
+        const auto selection = [this] {
+            return Selection(m_edit->selectionBegin(), m_edit->selectionLength());
+        };
+        const auto drag = [&](qint64 from, qint64 to, bool inText) {
+            QTest::mousePress(m_edit->viewport(), Qt::LeftButton, {}, at(from, inText));
+            QMouseEvent move(QEvent::MouseMove, at(to, inText), Qt::NoButton, Qt::LeftButton, {});
+            QApplication::sendEvent(m_edit->viewport(), &move);
+            QTest::mouseRelease(m_edit->viewport(), Qt::LeftButton, {}, at(to, inText));
+            return selection();
+        };
+        showData(QByteArray(100, 'x'));
+        click(18, false);
+        QCOMPARE(selection(), Selection(18, 0));
+        // Both ends belong to it, either way.
+        QCOMPARE(drag(5, 20, false), Selection(5, 16));
+        QCOMPARE(drag(20, 5, true), Selection(5, 16));
+        click(9, true);
+        keys("Z"); // the text column was clicked
+        QCOMPARE(content().mid(8, 3), QByteArray("xZx"));
+        // The right digit of a byte.
+        QTest::mouseClick(m_edit->viewport(), Qt::LeftButton, {},
+                          at(9, false) + QPoint(m_edit->fontMetrics().horizontalAdvance('0'), 0));
+        keys("b");
+        QCOMPARE(content().mid(8, 3), QByteArray("x[x"));
+        click(2, false);
+        for (const auto &[end, expected] : {std::pair{6, Selection(2, 5)}, // the first byte stays
+                                            {1, Selection(1, 2)},
+                                            {0, Selection(0, 3)},
+                                            {6, Selection(2, 5)}}) {
+            click(end, false, Qt::ShiftModifier);
+            QCOMPARE(selection(), expected);
+        }
+    }
+
+    void keepsTheCaretInSight()
+    {
+        const auto isInSight = [this] {
+            const QRect caret = m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+            return m_edit->viewport()->rect().contains(caret) &&
+                   caret.top() >= caret.height(); // below the header
+        };
+        showData(QByteArray(10000, 'x'));
+        for (const auto &[key, times] :
+             {std::pair{"Down", 40}, {"Up", 40}, {"Ctrl+End", 1}, {"PgUp", 2}, {"PgDown", 1}})
+            for (int i = 0; i < times; ++i) {
+                keys(key);
+                QVERIFY2(isInSight(), qPrintable(key + QString::number(i)));
+            }
+        // Rows scroll by while the mouse is below them.
+        keys("Ctrl+Home");
+        QTest::mousePress(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
+        QMouseEvent below(QEvent::MouseMove, QPointF(at(0, false).x(), m_edit->viewport()->height() + 5),
+                          Qt::NoButton, Qt::LeftButton, {});
+        QApplication::sendEvent(m_edit->viewport(), &below);
+        QTRY_VERIFY_WITH_TIMEOUT(m_edit->verticalScrollBar()->value() > 3, 30000);
+        QTest::mouseRelease(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
+        QVERIFY(isInSight() && m_edit->selectionBegin() == 0);
+        auto *dispatcher = QAbstractEventDispatcher::instance(); // the hand is gone, and so is the timer
+        QVERIFY(dispatcher->registeredTimers(m_edit->findChild<HexDrag *>()).isEmpty());
+    }
+
+    void copiesAndPastes()
+    {
+        QClipboard *clipboard = QApplication::clipboard();
+        showData("\x01\xAB"
+                 "cd");
+        m_edit->select(0, 2);
+        m_edit->copy();
+        QCOMPARE(clipboard->text(), QStringLiteral("01 AB"));
+        m_edit->select(2, 2);
+        m_edit->copyText();
+        QCOMPARE(clipboard->text(), QStringLiteral("cd"));
+        clipboard->setText(QStringLiteral("0x31, 0x32"));
+        m_edit->goTo(0);
+        keys("Ctrl+V");
+        QCOMPARE(content(), QByteArray("12cd")); // over, not between
+        m_edit->setOverwrite(false);
+        keys("Ctrl+V");
+        QCOMPARE(content(), QByteArray("1212cd"));
+        clipboard->setText(QStringLiteral("no digits"));
+        keys("Ctrl+V");
+        QCOMPARE(content(), QByteArray("1212cd"));
+        QVERIFY(QtMessageTip::current() && QtMessageTip::current()->isVisible());
+        keys("Tab Ctrl+V Shift+Left Ctrl+X");
+        QCOMPARE(content(), QByteArray("1212no digitcd"));
+        QCOMPARE(clipboard->text(), QStringLiteral("s"));
+        m_edit->undo();
+        m_edit->undo();
+        QCOMPARE(content(), QByteArray("1212cd"));
+    }
+
+    // What is cut from one column and pasted into the other is what it was, and no
+    // half of a character stays behind.
+    void movesBytesExactly()
+    {
+        const struct
+        {
+            QByteArray bytes;
+            int codec;
+            bool inText;
+            qint64 begin, length;
+            QByteArray left;
+            QString text; // for other programs
+        } rows[] = {
+            {QByteArray("\x00\xff\x80\xc3z", 5), 0, true, 0, 4, "z",
+             QString(QChar(0)) + QString(3, QChar(0xFFFD))},
+            {"a\xCE\xC2\xB6\xC8z", 1, true, 2, 2, "az", "温度"},
+            {"a\xCE\xC2\xB6\xC8z", 1, false, 2, 2, "a\xCE\xC8z", "C2 B6"},
+            {"\xEF\xBB\xBF-2", 0, true, 0, 4, "2", QStringLiteral("\uFEFF-")},
+        };
+        for (const auto &row : rows) {
+            showData(row.bytes);
+            m_edit->setTextCodec(row.codec);
+            m_edit->setOverwrite(false);
+            click(0, row.inText);
+            m_edit->select(row.begin, row.length);
+            keys("Ctrl+X");
+            QCOMPARE(content(), row.left);
+            QCOMPARE(QApplication::clipboard()->text(), row.text);
+            keys(row.inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");
+            QCOMPARE(content(), row.bytes);
+        }
+        // Text that the codec can't say is refused.
+        m_edit->setTextCodec(0);
+        click(0, true);
+        const QByteArray before = content();
+        for (const QString &text : {QString("a\uFFFD"), QString(QChar(0xD800)) + 'a', QString()}) {
+            QtMessageTip::showTip(QString());
+            QApplication::clipboard()->setText(text);
+            keys("Ctrl+V");
+            QCOMPARE(content(), before);
+            QVERIFY(!QtMessageTip::current()->text().isEmpty());
+        }
+        QApplication::clipboard()->setText(QStringLiteral("\U0001F600"));
+        keys("Ctrl+V");
+        QCOMPARE(content(), "\xF0\x9F\x98\x80" + before);
+    }
+
+    // It arrives where the caret was, and nothing is edited before.
+    void pastesLongTextInSlices()
+    {
+        const int count = 6 << 20; // more than fits into the first slice
+        showData("0123");
+        keys("Ins Right");
+        QApplication::clipboard()->setText(QStringLiteral("41 ").repeated(count));
+        keys("Ctrl+V");
+        QVERIFY(m_edit->task()->isRunning());
+        QtMessageTip::showTip(QString());
+        keys("Right Del");
+        QVERIFY(!QtMessageTip::current()->text().isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_edit->task()->isRunning(), 60000);
+        QCOMPARE(content(), "0" + QByteArray(count, 'A') + "123");
+    }
+
+    void takesChineseInTheTextColumn()
+    {
+        const auto commit = [this](const QString &text) {
+            QInputMethodEvent event;
+            event.setCommitString(text);
+            QApplication::sendEvent(m_edit.get(), &event);
+        };
+        showData("......");
+        QVERIFY(!m_edit->testAttribute(Qt::WA_InputMethodEnabled)); // digits go straight in
+        click(0, true);
+        QVERIFY(m_edit->testAttribute(Qt::WA_InputMethodEnabled));
+        m_edit->setTextCodec(1);
+        commit(QStringLiteral("中"));
+        QCOMPARE(content(), QByteArray("\xD6\xD0...."));
+        m_edit->setTextCodec(0);
+        commit(QStringLiteral("中"));
+        QCOMPARE(content(), QByteArray("\xD6\xD0\xE4\xB8\xAD."));
+        QVERIFY(m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect().contains(at(5, true)));
+    }
+
+    // Over two cells, at the first byte's, far from the caret.
+    void drawsCharactersOfTheCodec()
+    {
+        showData("..\xCE\xC2\xCE\xC2..");
+        const auto cells = [this](qint64 address) {
+            const int width = at(address + 1, true).x() - at(address, true).x();
+            const QPoint corner(at(address, true).x() - width / 2, at(address, true).y() - 8);
+            return m_edit->viewport()->grab({corner, QSize(2 * width, 16)}).toImage();
+        };
+        const QImage dots = cells(6);
+        m_edit->setTextCodec(0);
+        QCOMPARE(cells(2), dots);
+        m_edit->setTextCodec(1);
+        QVERIFY(cells(2) != dots);
+        QCOMPARE(cells(2), cells(4));
+        m_edit->setAsciiOnly(true);
+        QCOMPARE(cells(2), dots);
+    }
+
+    void refusesWhenReadOnly()
+    {
+        showData("0123");
+        keys("41");
+        m_edit->setReadOnly(true);
+        QApplication::clipboard()->setText(QStringLiteral("55"));
+        keys("42 Del Ctrl+V Ctrl+A Ctrl+X");
+        m_edit->undo();
+        QCOMPARE(content(), QByteArray("A123"));
+    }
+
+    // More than a scroll bar of bytes could hold, or an int.
+    void takesThreeGigabytes()
+    {
+        const QByteArray block(64 << 20, 'x'); // shared: three gigabytes cost 64 MB
+        for (int i = 0; i < 48; ++i)
+            m_edit->appendData(block);
+        QCOMPARE(m_edit->size(), qint64(48) * (64 << 20));
+        keys("Ctrl+End PgUp 41");
+        QVERIFY(m_edit->address() > (qint64(3) << 30) - 1000);
+        QCOMPARE(m_edit->verticalScrollBar()->maximum() / 1000, (3 << 26) / 1000);
+    }
 
 private:
-    void keys(const QString &names);
+    // "A1 Ins Left Shift+Right ..."; what is no key's name is typed.
+    void keys(const QString &names)
+    {
+        for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            const QKeySequence sequence(name);
+            const int code = static_cast<int>(sequence[0]);
+            const int modifiers = static_cast<int>(Qt::KeyboardModifierMask);
+            if ((name.size() > 2 || name == "Up") && code != Qt::Key_unknown)
+                QTest::keyClick(m_edit.get(), Qt::Key(code & ~modifiers),
+                                Qt::KeyboardModifiers(code & modifiers));
+            else
+                QTest::keyClicks(m_edit.get(), name);
+        }
+    }
+
     QByteArray content() const
     {
         QBuffer buffer;
@@ -64,337 +367,6 @@ private:
 
     std::unique_ptr<QHexEdit> m_edit;
 };
-
-void TestQHexEdit::init()
-{
-    m_edit = std::make_unique<QHexEdit>();
-    m_edit->resize(900, 400);
-    m_edit->show();
-}
-
-// "A1 Ins Left Shift+Right ..."; what is no key's name is typed.
-void TestQHexEdit::keys(const QString &names)
-{
-    for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        const QKeySequence sequence(name);
-        const int code = static_cast<int>(sequence[0]);
-        const int modifiers = static_cast<int>(Qt::KeyboardModifierMask);
-        if ((name.size() > 2 || name == "Up") && code != Qt::Key_unknown)
-            QTest::keyClick(m_edit.get(), Qt::Key(code & ~modifiers),
-                            Qt::KeyboardModifiers(code & modifiers));
-        else
-            QTest::keyClicks(m_edit.get(), name);
-    }
-}
-
-void TestQHexEdit::reportsAddressAndSize()
-{
-    QSignalSpy address(m_edit.get(), &QHexEdit::currentAddressChanged);
-    QSignalSpy size(m_edit.get(), &QHexEdit::currentSizeChanged);
-    showData(QByteArray(100, 'x'));
-    QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(100));
-    keys("Right Right");
-    QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(2));
-    keys("Ins Del");
-    QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(99));
-    m_edit->goTo(1000);
-    QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(99));
-    m_edit->setData(QByteArray());
-    QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(0));
-    QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(0));
-}
-
-void TestQHexEdit::types()
-{
-    const struct
-    {
-        const char *keys;
-        const char *expected; // of "0123"
-        qint64 address;
-    } rows[] = {
-        {"4142", "AB23", 2},
-        {"4", "@123", 0}, // half a byte
-        {"41 5 Backspace 42", "AB23", 2},
-        {"Ins 41 5 Backspace", "A0123", 1},
-        {"Ins 4142", "AB0123", 2},
-        {"Ctrl+End 4142", "0123AB", 6},
-        {"xyz", "0123", 0},
-        {"Tab xyz", "xyz3", 3},
-        {"Tab Ins xyz", "xyz0123", 3},
-        {"Ins Right Del Backspace", "23", 0},
-        {"Ins Backspace Ctrl+End Del", "0123", 4}, // nothing to delete
-        {"Ins Shift+Right Shift+Right Del", "23", 0},
-        {"Right Shift+Right Shift+Right 41", "0A23", 2},
-        {"Ins Right Shift+Right Shift+Right 41", "0A3", 2},
-        {"Right Del Backspace Shift+Right Del Ctrl+X", "0123", 2}, // moves no bytes
-        {"Ins Ctrl+A Del", "", 0},
-        {"41 Right 42 Ctrl+Z", "A123", 2}, // a step ends where the caret moves
-        {"41 Right 42 Ctrl+Z Ctrl+Z Ctrl+Shift+Z", "A123", 1},
-    };
-    for (const auto &row : rows) {
-        showData("0123");
-        keys("Shift+Tab Home");
-        keys(row.keys);
-        QCOMPARE(content(), QByteArray(row.expected));
-        QCOMPARE(m_edit->address(), row.address);
-        while (m_edit->document().canUndo())
-            m_edit->undo();
-        QCOMPARE(content(), QByteArray("0123"));
-        QVERIFY(!m_edit->isModified());
-    }
-}
-
-void TestQHexEdit::movesAndSelects()
-{
-    const struct
-    {
-        const char *keys; // with the caret at 100 of 1000
-        qint64 begin, length;
-    } rows[] = {
-        {"Home", 96, 0},
-        {"End", 111, 0},
-        {"Shift+End Shift+End", 100, 12}, // the rest of the row
-        {"Ctrl+Home", 0, 0},
-        {"Ctrl+End", 1000, 0},
-        {"Up Up Down", 84, 0},
-        {"Ctrl+Home Up", 0, 0},
-        {"Ctrl+End Down", 1000, 0},
-        {"Shift+Ctrl+Home", 0, 100},
-        {"Shift+Ctrl+End", 100, 900},
-        {"Shift+Down Shift+Left", 100, 15},
-        {"Shift+Left Shift+Up", 83, 17},
-        {"Ctrl+A", 0, 1000},
-        {"Shift+Right Left", 100, 0},
-    };
-    showData(QByteArray(1000, 'x'));
-    for (const auto &row : rows) {
-        m_edit->goTo(100);
-        keys(row.keys);
-        QCOMPARE(m_edit->selectionBegin(), row.begin);
-        QCOMPARE(m_edit->selectionLength(), row.length);
-    }
-}
-
-void TestQHexEdit::selectsByMouse()
-{
-    showData(QByteArray(100, 'x'));
-    click(18, false);
-    QCOMPARE(m_edit->address(), qint64(18));
-    QCOMPARE(m_edit->selectionLength(), qint64(0));
-    const auto drag = [this](qint64 from, qint64 to, bool inText) {
-        QTest::mousePress(m_edit->viewport(), Qt::LeftButton, {}, at(from, inText));
-        QMouseEvent move(QEvent::MouseMove, at(to, inText), Qt::NoButton, Qt::LeftButton, {});
-        QApplication::sendEvent(m_edit->viewport(), &move);
-        QTest::mouseRelease(m_edit->viewport(), Qt::LeftButton, {}, at(to, inText));
-        return std::make_pair(m_edit->selectionBegin(), m_edit->selectionLength());
-    };
-    // Both ends belong to it, either way.
-    QCOMPARE(drag(5, 20, false), std::make_pair(qint64(5), qint64(16)));
-    QCOMPARE(drag(20, 5, true), std::make_pair(qint64(5), qint64(16)));
-    click(9, true);
-    keys("Z"); // the text column was clicked
-    QCOMPARE(content().mid(8, 3), QByteArray("xZx"));
-    // The right digit of a byte.
-    QTest::mouseClick(m_edit->viewport(), Qt::LeftButton, {},
-                      at(9, false) + QPoint(m_edit->fontMetrics().horizontalAdvance('0'), 0));
-    keys("b");
-    QCOMPARE(content().mid(8, 3), QByteArray("x[x"));
-    click(2, false);
-    for (int i = 0; i < 2; ++i) { // the first byte stays, whichever way and how often
-        click(6, false, Qt::ShiftModifier);
-        QCOMPARE(m_edit->selectionBegin(), qint64(2));
-        QCOMPARE(m_edit->selectionLength(), qint64(5));
-        for (const qint64 before : {1, 0}) {
-            click(before, false, Qt::ShiftModifier);
-            QCOMPARE(m_edit->selectionBegin(), before);
-            QCOMPARE(m_edit->selectionLength(), 3 - before);
-        }
-    }
-}
-
-void TestQHexEdit::copiesAndPastes()
-{
-    QClipboard *clipboard = QApplication::clipboard();
-    showData("\x01\xAB"
-             "cd");
-    m_edit->select(0, 2);
-    m_edit->copy();
-    QCOMPARE(clipboard->text(), QStringLiteral("01 AB"));
-    m_edit->select(2, 2);
-    m_edit->copyText();
-    QCOMPARE(clipboard->text(), QStringLiteral("cd"));
-    clipboard->setText(QStringLiteral("0x31, 0x32"));
-    m_edit->goTo(0);
-    keys("Ctrl+V");
-    QCOMPARE(content(), QByteArray("12cd")); // over, not between
-    m_edit->setOverwrite(false);
-    keys("Ctrl+V");
-    QCOMPARE(content(), QByteArray("1212cd"));
-    clipboard->setText(QStringLiteral("no digits"));
-    keys("Ctrl+V");
-    QCOMPARE(content(), QByteArray("1212cd"));
-    QVERIFY(QtMessageTip::current() && QtMessageTip::current()->isVisible());
-    keys("Tab Ctrl+V Shift+Left Ctrl+X");
-    QCOMPARE(content(), QByteArray("1212no digitcd"));
-    QCOMPARE(clipboard->text(), QStringLiteral("s"));
-    m_edit->undo();
-    m_edit->undo();
-    QCOMPARE(content(), QByteArray("1212cd"));
-}
-
-// What is cut from one column and pasted into the other is what it was, and no
-// half of a character stays behind.
-void TestQHexEdit::movesBytesExactly()
-{
-    const struct
-    {
-        QByteArray bytes;
-        int codec;
-        bool inText;
-        qint64 begin, length;
-        QByteArray left;
-        QString text; // for other programs
-    } rows[] = {
-        {QByteArray("\x00\xff\x80\xc3z", 5), 0, true, 0, 4, "z",
-         QString(QChar(0)) + QString(3, QChar(0xFFFD))},
-        {"a\xCE\xC2\xB6\xC8z", 1, true, 2, 2, "az", "温度"},
-        {"a\xCE\xC2\xB6\xC8z", 1, false, 2, 2, "a\xCE\xC8z", "C2 B6"},
-        {"\xEF\xBB\xBF-2", 0, true, 0, 4, "2", QStringLiteral("\uFEFF-")},
-    };
-    for (const auto &row : rows) {
-        showData(row.bytes);
-        m_edit->setTextCodec(row.codec);
-        m_edit->setOverwrite(false);
-        click(0, row.inText);
-        m_edit->select(row.begin, row.length);
-        keys("Ctrl+X");
-        QCOMPARE(content(), row.left);
-        QCOMPARE(QApplication::clipboard()->text(), row.text);
-        keys(row.inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");
-        QCOMPARE(content(), row.bytes);
-    }
-    // Text that the codec can't say is refused.
-    m_edit->setTextCodec(0);
-    click(0, true);
-    const QByteArray before = content();
-    for (const QString &text : {QString("a\uFFFD"), QString(QChar(0xD800)) + 'a', QString()}) {
-        QtMessageTip::showTip(QString());
-        QApplication::clipboard()->setText(text);
-        keys("Ctrl+V");
-        QCOMPARE(content(), before);
-        QVERIFY(!QtMessageTip::current()->text().isEmpty());
-    }
-    QApplication::clipboard()->setText(QStringLiteral("\U0001F600"));
-    keys("Ctrl+V");
-    QCOMPARE(content(), "\xF0\x9F\x98\x80" + before);
-}
-
-// It arrives where the caret was, and nothing is edited before.
-void TestQHexEdit::pastesLongTextInSlices()
-{
-    const int count = 6 << 20; // more than fits into the first slice
-    showData("0123");
-    keys("Ins Right");
-    QApplication::clipboard()->setText(QStringLiteral("41 ").repeated(count));
-    keys("Ctrl+V");
-    QVERIFY(m_edit->task()->isRunning());
-    QtMessageTip::showTip(QString());
-    keys("Right Del");
-    QVERIFY(!QtMessageTip::current()->text().isEmpty());
-    QTRY_VERIFY_WITH_TIMEOUT(!m_edit->task()->isRunning(), 60000);
-    QCOMPARE(content(), "0" + QByteArray(count, 'A') + "123");
-}
-
-void TestQHexEdit::keepsTheCaretInSight()
-{
-    const auto isInSight = [this] {
-        const QRect caret = m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
-        return m_edit->viewport()->rect().contains(caret) &&
-               caret.top() >= caret.height(); // below the header
-    };
-    showData(QByteArray(10000, 'x'));
-    for (int row = 0; row < 40; ++row, keys("Down"))
-        QVERIFY2(isInSight(), qPrintable(QString::number(row)));
-    for (int row = 0; row < 40; ++row, keys("Up"))
-        QVERIFY2(isInSight(), qPrintable(QString::number(row)));
-    keys("Ctrl+End");
-    QVERIFY(isInSight());
-    keys("PgUp PgUp PgDown");
-    QVERIFY(isInSight());
-    // Rows scroll by while the mouse is below them.
-    keys("Ctrl+Home");
-    QTest::mousePress(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
-    QMouseEvent below(QEvent::MouseMove, QPointF(at(0, false).x(), m_edit->viewport()->height() + 5),
-                      Qt::NoButton, Qt::LeftButton, {});
-    QApplication::sendEvent(m_edit->viewport(), &below);
-    QTRY_VERIFY_WITH_TIMEOUT(m_edit->verticalScrollBar()->value() > 3, 30000);
-    QTest::mouseRelease(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
-    QVERIFY(isInSight() && m_edit->selectionBegin() == 0);
-    auto *dispatcher = QAbstractEventDispatcher::instance(); // the hand is gone, and so is the timer
-    QVERIFY(dispatcher->registeredTimers(m_edit->findChild<HexDrag *>()).isEmpty());
-}
-
-void TestQHexEdit::takesChineseInTheTextColumn()
-{
-    const auto commit = [this](const QString &text) {
-        QInputMethodEvent event;
-        event.setCommitString(text);
-        QApplication::sendEvent(m_edit.get(), &event);
-    };
-    showData("......");
-    QVERIFY(!m_edit->testAttribute(Qt::WA_InputMethodEnabled)); // digits go straight in
-    click(0, true);
-    QVERIFY(m_edit->testAttribute(Qt::WA_InputMethodEnabled));
-    m_edit->setTextCodec(1);
-    commit(QStringLiteral("中"));
-    QCOMPARE(content(), QByteArray("\xD6\xD0...."));
-    m_edit->setTextCodec(0);
-    commit(QStringLiteral("中"));
-    QCOMPARE(content(), QByteArray("\xD6\xD0\xE4\xB8\xAD."));
-    QVERIFY(m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect().contains(at(5, true)));
-}
-
-// Over two cells, at the first byte's, far from the caret.
-void TestQHexEdit::drawsCharactersOfTheCodec()
-{
-    showData("..\xCE\xC2\xCE\xC2..");
-    const auto cells = [this](qint64 address) {
-        const int width = at(address + 1, true).x() - at(address, true).x();
-        const QPoint corner(at(address, true).x() - width / 2, at(address, true).y() - 8);
-        return m_edit->viewport()->grab({corner, QSize(2 * width, 16)}).toImage();
-    };
-    const QImage dots = cells(6);
-    m_edit->setTextCodec(0);
-    QCOMPARE(cells(2), dots);
-    m_edit->setTextCodec(1);
-    QVERIFY(cells(2) != dots);
-    QCOMPARE(cells(2), cells(4));
-    m_edit->setAsciiOnly(true);
-    QCOMPARE(cells(2), dots);
-}
-
-void TestQHexEdit::refusesWhenReadOnly()
-{
-    showData("0123");
-    keys("41");
-    m_edit->setReadOnly(true);
-    QApplication::clipboard()->setText(QStringLiteral("55"));
-    keys("42 Del Ctrl+V Ctrl+A Ctrl+X");
-    m_edit->undo();
-    QCOMPARE(content(), QByteArray("A123"));
-}
-
-// More than a scroll bar of bytes could hold, or an int.
-void TestQHexEdit::takesThreeGigabytes()
-{
-    const QByteArray block(64 << 20, 'x'); // shared: three gigabytes cost 64 MB
-    for (int i = 0; i < 48; ++i)
-        m_edit->appendData(block);
-    QCOMPARE(m_edit->size(), qint64(48) * (64 << 20));
-    keys("Ctrl+End PgUp 41");
-    QVERIFY(m_edit->address() > (qint64(3) << 30) - 1000);
-    QCOMPARE(m_edit->verticalScrollBar()->maximum() / 1000, (3 << 26) / 1000);
-}
 
 QTEST_MAIN(TestQHexEdit)
 #include "test_qhexedit.moc"
