@@ -13,9 +13,56 @@ class TestDemoBoards : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void reportsAMissingBoardsim();
-    void plugsBoardsInAndTakesThemAway();
+    void init()
+    {
+        QFile::remove(beside("boardsim"));
+        QFile::remove(beside("updateserver"));
+    }
+
+    void reportsAMissingBoardsim()
+    {
+        DemoBoards boards;
+        const QSignalSpy failures(&boards, &DemoBoards::failed);
+        for (int i = 0; i < 7; ++i)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^.* failed:"));
+        boards.start();
+        QTRY_COMPARE(failures.count(), 8);
+        QVERIFY(failures.first().at(0).toString().contains("[COM3]"));
+    }
+
+    void plugsBoardsInAndTakesThemAway()
+    {
+        QVERIFY(QFile::link(BOARDSIM_PATH, beside("boardsim")));
+        QVERIFY(QFile::link(UPDATESERVER_PATH, beside("updateserver")));
+        QString folder;
+        {
+            DemoBoards boards;
+            const QSignalSpy failures(&boards, &DemoBoards::failed);
+            boards.start();
+            folder = qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
+            QTRY_COMPARE(QDir(folder).entryList(QDir::System, QDir::Name),
+                         (QStringList{"COM3", "COM4", "COM5", "COM6", "COM7", "COM8"}));
+            QTRY_VERIFY(qEnvironmentVariable("KORVEX_UPDATE_SERVER").startsWith("127.0.0.1:"));
+            QCOMPARE(failures.count(), 0);
+
+            // In the encoding that the program starts with, or Chinese is garbled.
+            QCOMPARE(Settings::instance().textCodec, 1);
+            // tools/run builds what is started here.
+            QFile presets(PRESETS_PATH);
+            QVERIFY(presets.open(QIODevice::ReadOnly));
+            QJsonArray built;
+            for (const QJsonValue preset :
+                 QJsonDocument::fromJson(presets.readAll())["buildPresets"].toArray())
+                if (preset["name"] == QLatin1String("run"))
+                    built = preset["targets"].toArray();
+            for (const QProcess *board : boards.findChildren<QProcess *>())
+                QVERIFY(built.contains(QFileInfo(board->program()).fileName()));
+            for (const QProcess *board : boards.findChildren<QProcess *>())
+                if (board->arguments().contains("log") || board->arguments().contains("shell"))
+                    QVERIFY(board->arguments().contains("gb18030"));
+        }
+        QVERIFY(!QFileInfo::exists(folder));
+    }
 
 private:
     static QString beside(const QString &program)
@@ -23,56 +70,6 @@ private:
         return QCoreApplication::applicationDirPath() + QLatin1Char('/') + program;
     }
 };
-
-void TestDemoBoards::init()
-{
-    QFile::remove(beside("boardsim"));
-    QFile::remove(beside("updateserver"));
-}
-
-void TestDemoBoards::reportsAMissingBoardsim()
-{
-    DemoBoards boards;
-    const QSignalSpy failures(&boards, &DemoBoards::failed);
-    for (int i = 0; i < 7; ++i)
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^.* failed:"));
-    boards.start();
-    QTRY_COMPARE(failures.count(), 8);
-    QVERIFY(failures.first().at(0).toString().contains("[COM3]"));
-}
-
-void TestDemoBoards::plugsBoardsInAndTakesThemAway()
-{
-    QVERIFY(QFile::link(BOARDSIM_PATH, beside("boardsim")));
-    QVERIFY(QFile::link(UPDATESERVER_PATH, beside("updateserver")));
-    QString folder;
-    {
-        DemoBoards boards;
-        const QSignalSpy failures(&boards, &DemoBoards::failed);
-        boards.start();
-        folder = qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
-        QTRY_COMPARE(QDir(folder).entryList(QDir::System, QDir::Name),
-                     (QStringList{"COM3", "COM4", "COM5", "COM6", "COM7", "COM8"}));
-        QTRY_VERIFY(qEnvironmentVariable("KORVEX_UPDATE_SERVER").startsWith("127.0.0.1:"));
-        QCOMPARE(failures.count(), 0);
-
-        // In the encoding that the program starts with, or Chinese is garbled.
-        QCOMPARE(Settings::instance().textCodec, 1);
-        // tools/run builds what is started here.
-        QFile presets(PRESETS_PATH);
-        QVERIFY(presets.open(QIODevice::ReadOnly));
-        QJsonArray built;
-        for (const QJsonValue preset : QJsonDocument::fromJson(presets.readAll())["buildPresets"].toArray())
-            if (preset["name"] == QLatin1String("run"))
-                built = preset["targets"].toArray();
-        for (const QProcess *board : boards.findChildren<QProcess *>())
-            QVERIFY(built.contains(QFileInfo(board->program()).fileName()));
-        for (const QProcess *board : boards.findChildren<QProcess *>())
-            if (board->arguments().contains("log") || board->arguments().contains("shell"))
-                QVERIFY(board->arguments().contains("gb18030"));
-    }
-    QVERIFY(!QFileInfo::exists(folder));
-}
 
 QTEST_GUILESS_MAIN(TestDemoBoards)
 #include "test_demoboards.moc"

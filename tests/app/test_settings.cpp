@@ -1,13 +1,14 @@
 // The configuration file, its two kinds of default, and the skins.
 
 #include "apppaths.h"
+#include "freshfolder.h"
 #include "korvexresources.h"
 #include "settings.h"
 #include "skin.h"
+#include "testfiles.h"
 
 #include <QApplication>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <QtTest>
 
 class TestSettings : public QObject
@@ -16,23 +17,192 @@ class TestSettings : public QObject
 
 private slots:
     void initTestCase() { initKorvexResources(); }
-    void init();
-    void firstStartWritesTheTable();
-    void leavesAFileWithGroupsAlone();
-    void readsDefaultsForMissingValues();
-    void refusesValuesOutOfRange();
-    void survivesGarbage();
-    void reportsAFileThatCannotBeWritten();
-    void restoresTheFirstStart();
-    void buildsTheStyleSheetInOrder();
-    void unknownSkinLeavesTheProgramUnstyled();
+    void init() { m_root = std::make_unique<FreshFolder>(); }
+
+    void firstStartWritesTheTable()
+    {
+        for (const char *folder : {"tmp", "download", "conf"})
+            QVERIFY(QFileInfo(m_root->filePath(folder)).isDir());
+        QCOMPARE(s.probe.port, QString("SW")); // before the file is read
+        QCOMPARE(s.probe.frequency, QString("10MHz"));
+        Settings::writeDefaults();
+        QCOMPARE(stored(), m_firstStart);
+        Settings::load();
+        QCOMPARE(s.serial.baudRate, 115200);
+        QCOMPARE(s.closeBehaviour, 0);
+        QCOMPARE(s.probe.openUrl, QString());
+    }
+
+    void leavesAFileWithGroupsAlone()
+    {
+        QVERIFY(writeFile(AppPaths::configFile(), "[Serialport]\nDataBit=7\n"));
+        Settings::writeDefaults();
+        QCOMPARE(stored(), QStringList("Serialport/DataBit=7"));
+        QVERIFY(writeFile(AppPaths::configFile(), "; a file without any group counts as new\n"));
+        Settings::writeDefaults();
+        QCOMPARE(stored(), m_firstStart);
+    }
+
+    void readsDefaultsForMissingValues()
+    {
+        s.probe.chip.setForThisRun("other");
+        Settings::load();
+        QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
+        QCOMPARE(s.textCodec, 1);
+        QCOMPARE(s.serial.baudRate, 115400);
+        QCOMPARE(s.network.address, QString("127.0.0.1"));
+        QCOMPARE(s.camera.baudRate, 921600);
+        QCOMPARE(s.probe.chip, QString("STM32F103RC"));
+        QCOMPARE(s.probe.port, QString("SWD"));
+        QCOMPARE(s.probe.frequency, QString("10HMz"));
+        QCOMPARE(s.probe.openUrl, QString("d:/"));
+        QVERIFY(!QFileInfo::exists(AppPaths::configFile())); // reading writes nothing
+    }
+
+    void refusesValuesOutOfRange()
+    {
+        struct Row
+        {
+            const char *path;
+            const Setting<int> &setting;
+            int usual;
+            int min;
+            int max;
+        };
+        const int any = std::numeric_limits<int>::max();
+        const Row rows[] = {{"Common/TextCodec", s.textCodec, 1, 0, 1},
+                            {"Common/Buffer", s.closeBehaviour, 0, 0, 2},
+                            {"Common/Skin", s.skin, 0, -any, any}, // an unknown one is kept
+                            {"Serialport/BaudRate", s.serial.baudRate, 115400, 1, any},
+                            {"Serialport/DataBit", s.serial.dataBits, 8, 5, 8},
+                            {"Serialport/SotpBit", s.serial.stopBits, 1, 0, 2},
+                            {"Serialport/Parity", s.serial.parity, 0, 0, 4},
+                            {"NetTools/NetType", s.network.type, 0, 0, 2},
+                            {"NetTools/Port", s.network.port, 8000, 1, 65535},
+                            {"Camera/AddrLength", s.camera.addressLength, 2, 1, 4},
+                            {"Camera/ValueLength", s.camera.valueLength, 1, 1, 4},
+                            {"Camera/NetType", s.camera.type, 0, 0, 3},
+                            {"Camera/Port", s.camera.port, 8000, 1, 65535},
+                            {"Camera/DestPort", s.camera.destinationPort, 8000, 1, 65535},
+                            {"Camera/BaudRate", s.camera.baudRate, 921600, 1, any}};
+        const auto loaded = [](const Row &row, const QVariant &value) {
+            QSettings(AppPaths::configFile(), QSettings::IniFormat).setValue(row.path, value);
+            Settings::load();
+            return row.setting.value();
+        };
+        for (const Row &row : rows) {
+            QCOMPARE(loaded(row, row.min), row.min);
+            QCOMPARE(loaded(row, row.max), row.max);
+            QCOMPARE(loaded(row, qint64(row.min) - 1), row.usual);
+            QCOMPARE(loaded(row, qint64(row.max) + 1), row.usual);
+            QCOMPARE(loaded(row, "abc"), row.usual);
+        }
+        QVERIFY(writeFile(
+            AppPaths::configFile(),
+            "[Common]\nRecvBackground=nonsense\nSendTextColor=red\nRecvFollowsSkin=2\nSendFollowsSkin=1\n"
+            "[Pid]\nFitAll=1\n"));
+        Settings::load();
+        QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
+        QCOMPARE(s.sendTextColor, QColor("red"));
+        QVERIFY(!s.recvFollowsSkin && s.sendFollowsSkin && s.pid.fitAll);
+    }
+
+    void survivesGarbage()
+    {
+        for (const QByteArray &content : {patternBytes(5000), QByteArray(1000 * 1000, '[')}) {
+            QVERIFY(writeFile(AppPaths::configFile(), content));
+            Settings::writeDefaults();
+            Settings::load();
+            QVERIFY(s.serial.baudRate == 115200 || s.serial.baudRate == 115400);
+            QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
+        }
+    }
+
+    void reportsAFileThatCannotBeWritten()
+    {
+        AppPaths::setRoot(m_root->filePath("missing/deep"));
+        QFile blocker(m_root->filePath("missing")); // a file where a folder is needed
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        QStringList reasons;
+        SettingsFile::setFailureHandler([&reasons](const QString &reason) { reasons.append(reason); });
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(!s.textCodec.set(0));
+        QCOMPARE(reasons, QStringList("程序目录下无法建立文件夹conf")); // told once
+        QCOMPARE(s.textCodec, 0);                                       // for this run
+        QVERIFY(blocker.remove()); // the folder is made with the next value
+        QVERIFY(s.textCodec.set(0));
+        QCOMPARE(stored(), QStringList("Common/TextCodec=0"));
+        AppPaths::setRoot(AppPaths::configFile());
+        QVERIFY(!s.textCodec.set(1));
+        QCOMPARE(reasons.size(), 2);
+        SettingsFile::setFailureHandler({});
+    }
+
+    void restoresTheFirstStart()
+    {
+        const auto changeAll = [this] {
+            s.closeBehaviour.set(2);
+            s.recvFollowsSkin.set(true);
+            s.skin.set(2);
+            s.serial.baudRate.set(9600);
+            s.camera.addressLength.set(4);
+            s.pid.fitAll.set(true);
+            s.recentFiles.set({"a.bin"});
+            s.probe.chip.set("other");
+        };
+        const auto values = [this] {
+            return QStringList{QString::number(s.closeBehaviour), QString::number(s.recvFollowsSkin),
+                               QString::number(s.skin),           QString::number(s.serial.baudRate),
+                               QString::number(s.pid.fitAll),     QString::number(s.camera.addressLength),
+                               s.recentFiles->join(','),          s.probe.chip};
+        };
+        const QStringList restored{"0", "0", "0", "115200", "0", "2", "a.bin", "other"};
+        Settings::writeDefaults();
+        changeAll();
+        QVERIFY(Settings::restoreDefaults());
+        QCOMPARE(values(), restored);
+        QStringList expected = m_firstStart + QStringList{"DAPCfg/Chip=other", "HexEdit/RecentFiles=a.bin"};
+        expected.sort();
+        QCOMPARE(stored(), expected);
+
+        AppPaths::setRoot(AppPaths::configFile()); // a file: nothing can be written below it
+        changeAll();
+        QVERIFY(!Settings::restoreDefaults()); // for this run
+        QCOMPARE(values(), restored);
+    }
+
+    void buildsTheStyleSheetInOrder()
+    {
+        s.recvBackground.setForThisRun(QColor(0xAB, 0xCD, 0xEF));
+        for (int skin = 0; skin < 3; ++skin) {
+            Skin::apply(skin);
+            QVERIFY(stored().contains(QString("Common/Skin=%1").arg(skin)));
+            const QString sheet = QString(":/resources/css/%1.css").arg(Skin::palette().name);
+            QCOMPARE(qApp->styleSheet(),
+                     "QtTerminalWidget#recvBrowser {background-color: #abcdef; color:#f2f2f2; } "
+                     "QtTextEditInput#textEditSend {background-color:#4b4b4b; color:#f2f2f2; }" +
+                         QString::fromLatin1(contentOf(sheet)) +
+                         "QWidget#widgetSingleSend {background-color:#4b4b4b; }");
+        }
+        Skin::apply(1);
+        QCOMPARE(Skin::palette().text, QString("#333333"));
+        QCOMPARE(Skin::palette().outline, QColor("#797979"));
+    }
+
+    void unknownSkinLeavesTheProgramUnstyled()
+    {
+        Skin::apply(0);
+        const QString before = qApp->styleSheet();
+        for (const int skin : {3, -1}) {
+            Skin::apply(skin);
+            QCOMPARE(qApp->styleSheet(), before);
+            QCOMPARE(Skin::palette().name, QString("default"));
+            Settings::load();
+            QCOMPARE(s.skin, skin);
+        }
+    }
 
 private:
-    void writeFile(const QByteArray &content)
-    {
-        QFile file(AppPaths::configFile());
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-    }
     // "key=value" of all values in the file, sorted.
     static QStringList stored()
     {
@@ -44,7 +214,7 @@ private:
         return lines;
     }
 
-    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<FreshFolder> m_root;
     Settings &s = Settings::instance();
     const QStringList m_firstStart{"Common/RecvBackground=#4b4b4b",
                                    "Common/RecvTextColor=#f2f2f2",
@@ -63,208 +233,6 @@ private:
                                    "Serialport/Parity=0",
                                    "Serialport/SotpBit=1"};
 };
-
-void TestSettings::init()
-{
-    m_root = std::make_unique<QTemporaryDir>();
-    AppPaths::setRoot(m_root->path());
-    AppPaths::makeFolders();
-    s = Settings();
-}
-
-void TestSettings::firstStartWritesTheTable()
-{
-    for (const char *folder : {"tmp", "download", "conf"})
-        QVERIFY(QFileInfo(m_root->filePath(folder)).isDir());
-    QCOMPARE(s.probe.port, QString("SW")); // before the file is read
-    QCOMPARE(s.probe.frequency, QString("10MHz"));
-    Settings::writeDefaults();
-    QCOMPARE(stored(), m_firstStart);
-    Settings::load();
-    QCOMPARE(s.serial.baudRate, 115200);
-    QCOMPARE(s.closeBehaviour, 0);
-    QCOMPARE(s.probe.openUrl, QString());
-}
-
-void TestSettings::leavesAFileWithGroupsAlone()
-{
-    writeFile("[Serialport]\nDataBit=7\n");
-    Settings::writeDefaults();
-    QCOMPARE(stored(), QStringList("Serialport/DataBit=7"));
-    writeFile("; a file without any group counts as new\n");
-    Settings::writeDefaults();
-    QCOMPARE(stored(), m_firstStart);
-}
-
-void TestSettings::readsDefaultsForMissingValues()
-{
-    s.probe.chip.setForThisRun("other");
-    Settings::load();
-    QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
-    QCOMPARE(s.textCodec, 1);
-    QCOMPARE(s.serial.baudRate, 115400);
-    QCOMPARE(s.network.address, QString("127.0.0.1"));
-    QCOMPARE(s.camera.baudRate, 921600);
-    QCOMPARE(s.probe.chip, QString("STM32F103RC"));
-    QCOMPARE(s.probe.port, QString("SWD"));
-    QCOMPARE(s.probe.frequency, QString("10HMz"));
-    QCOMPARE(s.probe.openUrl, QString("d:/"));
-    QVERIFY(!QFileInfo::exists(AppPaths::configFile())); // reading writes nothing
-}
-
-void TestSettings::refusesValuesOutOfRange()
-{
-    struct Row
-    {
-        const char *path;
-        const Setting<int> &setting;
-        int usual;
-        int min;
-        int max;
-    };
-    const int any = std::numeric_limits<int>::max();
-    const Row rows[] = {{"Common/TextCodec", s.textCodec, 1, 0, 1},
-                        {"Common/Buffer", s.closeBehaviour, 0, 0, 2},
-                        {"Common/Skin", s.skin, 0, -any, any}, // an unknown one is kept
-                        {"Serialport/BaudRate", s.serial.baudRate, 115400, 1, any},
-                        {"Serialport/DataBit", s.serial.dataBits, 8, 5, 8},
-                        {"Serialport/SotpBit", s.serial.stopBits, 1, 0, 2},
-                        {"Serialport/Parity", s.serial.parity, 0, 0, 4},
-                        {"NetTools/NetType", s.network.type, 0, 0, 2},
-                        {"NetTools/Port", s.network.port, 8000, 1, 65535},
-                        {"Camera/AddrLength", s.camera.addressLength, 2, 1, 4},
-                        {"Camera/ValueLength", s.camera.valueLength, 1, 1, 4},
-                        {"Camera/NetType", s.camera.type, 0, 0, 3},
-                        {"Camera/Port", s.camera.port, 8000, 1, 65535},
-                        {"Camera/DestPort", s.camera.destinationPort, 8000, 1, 65535},
-                        {"Camera/BaudRate", s.camera.baudRate, 921600, 1, any}};
-    const auto loaded = [](const Row &row, const QVariant &value) {
-        QSettings(AppPaths::configFile(), QSettings::IniFormat).setValue(row.path, value);
-        Settings::load();
-        return row.setting.value();
-    };
-    for (const Row &row : rows) {
-        QCOMPARE(loaded(row, row.min), row.min);
-        QCOMPARE(loaded(row, row.max), row.max);
-        QCOMPARE(loaded(row, qint64(row.min) - 1), row.usual);
-        QCOMPARE(loaded(row, qint64(row.max) + 1), row.usual);
-        QCOMPARE(loaded(row, "abc"), row.usual);
-    }
-    writeFile("[Common]\nRecvBackground=nonsense\nSendTextColor=red\nRecvFollowsSkin=2\nSendFollowsSkin=1\n"
-              "[Pid]\nFitAll=1\n");
-    Settings::load();
-    QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
-    QCOMPARE(s.sendTextColor, QColor("red"));
-    QVERIFY(!s.recvFollowsSkin && s.sendFollowsSkin && s.pid.fitAll);
-}
-
-void TestSettings::survivesGarbage()
-{
-    QByteArray noise;
-    for (quint32 state = 1; noise.size() < 5000; state = state * 1664525 + 1013904223)
-        noise.append(static_cast<char>(state >> 24));
-    for (const QByteArray &content : {noise, QByteArray(1000 * 1000, '[')}) {
-        writeFile(content);
-        Settings::writeDefaults();
-        Settings::load();
-        QVERIFY(s.serial.baudRate == 115200 || s.serial.baudRate == 115400);
-        QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
-    }
-}
-
-void TestSettings::reportsAFileThatCannotBeWritten()
-{
-    AppPaths::setRoot(m_root->filePath("missing/deep"));
-    QFile blocker(m_root->filePath("missing")); // a file where a folder is needed
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    QStringList reasons;
-    SettingsFile::setFailureHandler([&reasons](const QString &reason) { reasons.append(reason); });
-    for (int i = 0; i < 2; ++i)
-        QVERIFY(!s.textCodec.set(0));
-    QCOMPARE(reasons, QStringList("程序目录下无法建立文件夹conf")); // told once
-    QCOMPARE(s.textCodec, 0);                                       // for this run
-    QVERIFY(blocker.remove());                                      // the folder is made with the next value
-    QVERIFY(s.textCodec.set(0));
-    QCOMPARE(stored(), QStringList("Common/TextCodec=0"));
-    AppPaths::setRoot(AppPaths::configFile());
-    QVERIFY(!s.textCodec.set(1));
-    QCOMPARE(reasons.size(), 2);
-    SettingsFile::setFailureHandler({});
-}
-
-void TestSettings::restoresTheFirstStart()
-{
-    const auto changeAll = [this] {
-        s.closeBehaviour.set(2);
-        s.recvFollowsSkin.set(true);
-        s.skin.set(2);
-        s.serial.baudRate.set(9600);
-        s.camera.addressLength.set(4);
-        s.pid.fitAll.set(true);
-        s.recentFiles.set({"a.bin"});
-        s.probe.chip.set("other");
-    };
-    const auto values = [this] {
-        return QStringList{QString::number(s.closeBehaviour), QString::number(s.recvFollowsSkin),
-                           QString::number(s.skin),           QString::number(s.serial.baudRate),
-                           QString::number(s.pid.fitAll),     QString::number(s.camera.addressLength),
-                           s.recentFiles->join(','),          s.probe.chip};
-    };
-    const QStringList restored{"0", "0", "0", "115200", "0", "2", "a.bin", "other"};
-    Settings::writeDefaults();
-    changeAll();
-    QVERIFY(Settings::restoreDefaults());
-    QCOMPARE(values(), restored);
-    QStringList expected = m_firstStart + QStringList{"DAPCfg/Chip=other", "HexEdit/RecentFiles=a.bin"};
-    expected.sort();
-    QCOMPARE(stored(), expected);
-
-    AppPaths::setRoot(AppPaths::configFile()); // a file: nothing can be written below it
-    changeAll();
-    QVERIFY(!Settings::restoreDefaults()); // for this run
-    QCOMPARE(values(), restored);
-}
-
-void TestSettings::buildsTheStyleSheetInOrder()
-{
-    s.recvBackground.setForThisRun(QColor(0xAB, 0xCD, 0xEF));
-    for (int skin = 0; skin < 3; ++skin) {
-        Skin::apply(skin);
-        QVERIFY(stored().contains(QString("Common/Skin=%1").arg(skin)));
-        QFile file(QString(":/resources/css/%1.css").arg(Skin::palette().name));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(qApp->styleSheet(),
-                 "QtTerminalWidget#recvBrowser {background-color: #abcdef; color:#f2f2f2; } "
-                 "QtTextEditInput#textEditSend {background-color:#4b4b4b; color:#f2f2f2; }" +
-                     QString::fromLatin1(file.readAll()) +
-                     "QWidget#widgetSingleSend {background-color:#4b4b4b; }");
-    }
-    const auto colors = [](int skin) {
-        Skin::apply(skin);
-        const SkinPalette &p = Skin::palette();
-        return QStringList{p.name,          p.text,  p.accent, p.window,        p.border,
-                           p.secondaryText, p.panel, p.header, p.outline.name()};
-    };
-    QCOMPARE(colors(0).join(' '),
-             QString("default #f2f2f2 #02a1dd #1e1e1e #454443 #AEBFC5 #302f2f #323232 #000000"));
-    QCOMPARE(colors(1).join(' '),
-             QString("white #333333 #02a1dd #f0f0f0 #cccccc #000000 #ffffff #e1e1e1 #797979"));
-    QCOMPARE(colors(2).join(' '),
-             QString("yellow #f2f2f2 #feba3b #263240 #212d3b #AEBFC5 #263240 #323232 #000000"));
-}
-
-void TestSettings::unknownSkinLeavesTheProgramUnstyled()
-{
-    Skin::apply(0);
-    const QString before = qApp->styleSheet();
-    for (const int skin : {3, -1}) {
-        Skin::apply(skin);
-        QCOMPARE(qApp->styleSheet(), before);
-        QCOMPARE(Skin::palette().name, QString("default"));
-        Settings::load();
-        QCOMPARE(s.skin, skin);
-    }
-}
 
 QTEST_MAIN(TestSettings)
 #include "test_settings.moc"

@@ -16,163 +16,134 @@ class TestText : public QObject
     Q_OBJECT
 
 private slots:
-    void rendersBytesInOrder();
-    void parsesDigitPairs_data();
-    void parsesDigitPairs();
-    void queuesBytes();
-    void namesCodecs();
-    void readsFilesOfEitherEncoding();
-    void decodesAnyCutOfAStream_data();
-    void decodesAnyCutOfAStream();
-    void startsAfreshWithAnotherCodec();
-    void saysWhyAFileFails_data();
-    void saysWhyAFileFails();
-};
-
-void TestText::rendersBytesInOrder()
-{
-    QCOMPARE(HexText::render(QByteArray("\x0A\x1B\xFF\x00\x9c", 5)), QStringLiteral("0A 1B FF 00 9C "));
-    QCOMPARE(HexText::render(QByteArray()), QString());
-}
-
-void TestText::parsesDigitPairs_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("ignored");
-    QTest::newRow("plain") << "01 02 fF" << QByteArray("\x01\x02\xff") << 0;
-    QTest::newRow("no spaces") << "0102AB" << QByteArray("\x01\x02\xab") << 0;
-    QTest::newRow("pair across a space") << "1 2 3 4" << QByteArray("\x12\x34") << 0;
-    QTest::newRow("stops at a letter") << "01 0G 03" << QByteArray("\x01") << 4;
-    QTest::newRow("stops at a line break") << "01\n02" << QByteArray("\x01") << 3;
-    QTest::newRow("odd last digit") << "01 2" << QByteArray("\x01") << 1;
-    QTest::newRow("odd digit before a stranger") << "01 2-" << QByteArray("\x01") << 2;
-    QTest::newRow("full-width digits are no digits") << QStringLiteral("０１") << QByteArray() << 2;
-    QTest::newRow("empty") << "   " << QByteArray() << 0;
-}
-
-void TestText::parsesDigitPairs()
-{
-    QFETCH(QString, text);
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, ignored);
-    const HexText::Parsed parsed = HexText::parse(text);
-    QCOMPARE(parsed.bytes, bytes);
-    QCOMPARE(parsed.ignored, ignored);
-}
-
-void TestText::queuesBytes()
-{
-    QRandomGenerator random(1);
-    ByteQueue queue(10 * 1000);
-    QByteArray expected;
-    for (int round = 0; round < 2000; ++round) {
-        const QByteArray chunk(random.bounded(round < 1000 ? 600 : 400), static_cast<char>(round));
-        const int dropped = random.bounded(round < 1000 ? 400 : 900);
-        queue.append(chunk);
-        expected += chunk;
-        QVERIFY(queue.view() == expected);
-        queue.drop(dropped);
-        expected.remove(0, dropped);
-        QCOMPARE(queue.size(), expected.size());
-        QVERIFY(queue.view() == expected);
-        QVERIFY(expected.size() > 0 || queue.capacity() <= 10 * 1000);
-        QVERIFY(queue.capacity() < 1000 * 1000); // dropped bytes give their room up
+    void rendersBytesInOrder()
+    {
+        QCOMPARE(HexText::render(QByteArray("\x0A\x1B\xFF\x00\x9c", 5)), QStringLiteral("0A 1B FF 00 9C "));
+        QCOMPARE(HexText::render(QByteArray()), QString());
     }
-}
 
-void TestText::namesCodecs()
-{
-    QCOMPARE(TextCodec::name(0), QByteArray("UTF-8"));
-    QCOMPARE(TextCodec::name(1), QByteArray("GB18030"));
-    QCOMPARE(TextCodec::encode(QStringLiteral("温"), 0), QByteArray("\xe6\xb8\xa9"));
-    QCOMPARE(TextCodec::encode(QStringLiteral("温"), 1), QByteArray("\xce\xc2"));
-    QCOMPARE(TextCodec::decode("\xce\xc2", 1), QStringLiteral("温"));
-    // Beyond the first plane, and half characters before a line end and at the end.
-    QCOMPARE(TextCodec::decode("\x94\x39\xfc\x36\xad\n\x81\x30\x81", 1),
-             QString::fromUcs4(U"\U0001F600\uFFFD\n"));
-}
+    void parsesDigitPairs()
+    {
+        const std::tuple<QString, QByteArray, int> rows[] = {
+            {"01 02 fF", "\x01\x02\xff", 0},
+            {"0102AB", "\x01\x02\xab", 0},
+            {"1 2 3 4", "\x12\x34", 0}, // pairs across a space
+            {"01 0G 03", "\x01", 4},
+            {"01\n02", "\x01", 3},
+            {"01 2", "\x01", 1},
+            {"01 2-", "\x01", 2},
+            {"０１", "", 2}, // full-width digits are no digits
+            {"   ", "", 0}};
+        for (const auto &[text, bytes, ignored] : rows) {
+            const HexText::Parsed parsed = HexText::parse(text);
+            QCOMPARE(parsed.bytes, bytes);
+            QCOMPARE(parsed.ignored, ignored);
+        }
+    }
 
-void TestText::readsFilesOfEitherEncoding()
-{
-    const QString text = QStringLiteral("0#温度\n");
-    QCOMPARE(TextCodec::decodeFile(text.toUtf8()), text);
-    QCOMPARE(TextCodec::decodeFile("\xEF\xBB\xBF" + text.toUtf8()), text);
-    QCOMPARE(TextCodec::decodeFile(TextCodec::encode(text, 1)), text);
-}
+    void queuesBytes()
+    {
+        QRandomGenerator random(1);
+        ByteQueue queue(10 * 1000);
+        QByteArray expected;
+        for (int round = 0; round < 2000; ++round) {
+            const QByteArray chunk(random.bounded(round < 1000 ? 600 : 400), static_cast<char>(round));
+            const int dropped = random.bounded(round < 1000 ? 400 : 900);
+            queue.append(chunk);
+            expected += chunk;
+            QVERIFY(queue.view() == expected);
+            queue.drop(dropped);
+            expected.remove(0, dropped);
+            QCOMPARE(queue.size(), expected.size());
+            QVERIFY(queue.view() == expected);
+            QVERIFY(expected.size() > 0 || queue.capacity() <= 10 * 1000);
+            QVERIFY(queue.capacity() < 1000 * 1000); // dropped bytes give their room up
+        }
+    }
 
-void TestText::decodesAnyCutOfAStream_data()
-{
-    QTest::addColumn<int>("codec");
-    QTest::newRow("UTF-8") << 0;
-    QTest::newRow("GB18030") << 1;
-}
+    void namesCodecs()
+    {
+        QCOMPARE(TextCodec::name(0), QByteArray("UTF-8"));
+        QCOMPARE(TextCodec::name(1), QByteArray("GB18030"));
+        QCOMPARE(TextCodec::encode(QStringLiteral("温"), 0), QByteArray("\xe6\xb8\xa9"));
+        QCOMPARE(TextCodec::encode(QStringLiteral("温"), 1), QByteArray("\xce\xc2"));
+        QCOMPARE(TextCodec::decode("\xce\xc2", 1), QStringLiteral("温"));
+        // Beyond the first plane, and half characters before a line end and at the end.
+        QCOMPARE(TextCodec::decode("\x94\x39\xfc\x36\xad\n\x81\x30\x81", 1),
+                 QString::fromUcs4(U"\U0001F600\uFFFD\n"));
+    }
 
-void TestText::decodesAnyCutOfAStream()
-{
-    QFETCH(int, codec);
-    // Two, three and four bytes to a character, and one beyond the first plane.
-    const QString text =
-        QStringLiteral("aé温度ÿ€") + QString::fromUcs4(U"\U0001F600\U00020000") + QStringLiteral("z");
-    const QByteArray bytes = TextCodec::encode(text, codec);
-    for (int cut = 0; cut <= bytes.size(); ++cut) {
+    void readsFilesOfEitherEncoding()
+    {
+        const QString text = QStringLiteral("0#温度\n");
+        QCOMPARE(TextCodec::decodeFile(text.toUtf8()), text);
+        QCOMPARE(TextCodec::decodeFile("\xEF\xBB\xBF" + text.toUtf8()), text);
+        QCOMPARE(TextCodec::decodeFile(TextCodec::encode(text, 1)), text);
+    }
+
+    void decodesAnyCutOfAStream()
+    {
+        // Two, three and four bytes to a character, and one beyond the first plane.
+        const QString text = QStringLiteral("aé温度ÿ€\U0001F600\U00020000z");
+        // Nothing vanishes of broken characters, whatever the cut.
+        const QByteArray broken("a\xe6\xb8:b\xf0\x9f\x98 \xef\xbb\xbf\xc3(", 14);
+        StreamDecoder once;
+        const QString shown = once.decode(broken.constData(), broken.size(), 0);
+        QVERIFY(shown.contains(QChar::ReplacementCharacter));
+        const std::tuple<QByteArray, int, QString> rows[] = {
+            {TextCodec::encode(text, 0), 0, text}, {TextCodec::encode(text, 1), 1, text}, {broken, 0, shown}};
+        for (const auto &[bytes, codec, expected] : rows) {
+            for (int cut = 0; cut <= bytes.size(); ++cut) {
+                StreamDecoder decoder;
+                const QString front = decoder.decode(bytes.constData(), cut, codec);
+                QCOMPARE(front + decoder.decode(bytes.constData() + cut, bytes.size() - cut, codec),
+                         expected);
+            }
+            StreamDecoder decoder;
+            QString single;
+            for (const char byte : bytes)
+                single += decoder.decode(&byte, 1, codec);
+            QCOMPARE(single, expected);
+        }
+    }
+
+    void startsAfreshWithAnotherCodec()
+    {
         StreamDecoder decoder;
-        const QString front = decoder.decode(bytes.constData(), cut, codec);
-        QCOMPARE(front + decoder.decode(bytes.constData() + cut, bytes.size() - cut, codec), text);
-    }
-    // Nothing of a broken character vanishes, wherever it is cut.
-    const QByteArray broken("a\xe6\xb8:b\xf0\x9f\x98 \xef\xbb\xbf\xc3(", 14);
-    StreamDecoder whole;
-    const QString expected = whole.decode(broken.constData(), broken.size(), codec);
-    QVERIFY(expected.contains(QChar::ReplacementCharacter));
-    for (int cut = 0; cut <= broken.size(); ++cut) {
-        StreamDecoder decoder;
-        const QString front = decoder.decode(broken.constData(), cut, codec);
-        QCOMPARE(front + decoder.decode(broken.constData() + cut, broken.size() - cut, codec), expected);
+        QCOMPARE(decoder.decode("\xe6\xb8", 2, 0), QString()); // waits for the third byte
+        QCOMPARE(decoder.decode("\xce\xc2", 2, 1), QStringLiteral("温"));
+        QCOMPARE(decoder.decode("\xe6\xb8", 2, 0), QString());
+        decoder.reset();
+        QCOMPARE(decoder.decode("A", 1, 0), QStringLiteral("A"));
     }
 
-    StreamDecoder decoder;
-    QString single;
-    for (const char byte : bytes)
-        single += decoder.decode(&byte, 1, codec);
-    QCOMPARE(single, text);
-}
-
-void TestText::startsAfreshWithAnotherCodec()
-{
-    StreamDecoder decoder;
-    QCOMPARE(decoder.decode("\xe6\xb8", 2, 0), QString()); // waits for the third byte
-    QCOMPARE(decoder.decode("\xce\xc2", 2, 1), QStringLiteral("温"));
-    QCOMPARE(decoder.decode("\xe6\xb8", 2, 0), QString());
-    decoder.reset();
-    QCOMPARE(decoder.decode("A", 1, 0), QStringLiteral("A"));
-}
-
-void TestText::saysWhyAFileFails_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("writes");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("none") << QCoreApplication::applicationFilePath() << false << QString();
-    QTest::newRow("no file") << "/no-such-file" << false << QStringLiteral("文件不存在");
-    QTest::newRow("no folder") << "/no/such/folder/x" << true << QStringLiteral("文件夹不存在");
-    QTest::newRow("folder") << QDir::tempPath() << true << QStringLiteral("这是一个文件夹");
+    void saysWhyAFileFails_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("writes");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("none") << QCoreApplication::applicationFilePath() << false << QString();
+        QTest::newRow("no file") << "/no-such-file" << false << QStringLiteral("文件不存在");
+        QTest::newRow("no folder") << "/no/such/folder/x" << true << QStringLiteral("文件夹不存在");
+        QTest::newRow("folder") << QDir::tempPath() << true << QStringLiteral("这是一个文件夹");
 #ifdef Q_OS_LINUX
-    QTest::newRow("long name") << '/' + QString(300, 'x') << true << QStringLiteral("文件名太长");
-    QTest::newRow("full disk") << "/dev/full" << true << QStringLiteral("磁盘空间不足");
+        QTest::newRow("long name") << '/' + QString(300, 'x') << true << QStringLiteral("文件名太长");
+        QTest::newRow("full disk") << "/dev/full" << true << QStringLiteral("磁盘空间不足");
 #endif
-}
+    }
 
-void TestText::saysWhyAFileFails()
-{
-    QFETCH(QString, name);
-    QFETCH(bool, writes);
-    QFETCH(QString, reason);
-    QFile file(name);
-    if (file.open((writes ? QIODevice::WriteOnly : QIODevice::ReadOnly) | QIODevice::Unbuffered) && writes)
-        file.write("x");
-    QCOMPARE(FileReason::of(file), reason);
-}
+    void saysWhyAFileFails()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, writes);
+        QFETCH(QString, reason);
+        QFile file(name);
+        if (file.open((writes ? QIODevice::WriteOnly : QIODevice::ReadOnly) | QIODevice::Unbuffered) &&
+            writes)
+            file.write("x");
+        QCOMPARE(FileReason::of(file), reason);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestText)
 #include "test_text.moc"

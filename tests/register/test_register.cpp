@@ -5,6 +5,7 @@
 #include "korvexresources.h"
 #include "qtmessagetip.h"
 #include "registertablemodel.h"
+#include "testfiles.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -21,13 +22,152 @@ class TestRegister : public QObject
 
 private slots:
     void initTestCase() { initKorvexResources(); }
-    void init();
-    void cleanup();
-    void exportsAndImports();
-    void asksBeforeRowsAreLost();
-    void turnsPages();
-    void limitsCells();
-    void stopsWhenItIsClosed();
+    void init()
+    {
+        m_table = std::make_unique<RegisterTableModel>();
+        m_dialog = std::make_unique<DataManagerWidget>(DataManagerWidget::Read, m_table.get());
+        m_dialog->show();
+        m_view = m_dialog->findChild<QTableView *>();
+        m_questions.clear();
+        m_answer = 1;
+        m_fileName.clear();
+        DialogAnswers::instance().message = [this](const QString &, const QString &text, int) {
+            m_questions.append(text);
+            return m_answer;
+        };
+        DialogAnswers::instance().fileNames = [this](auto...) {
+            return m_fileName.isEmpty() ? QStringList() : QStringList{m_fileName};
+        };
+    }
+
+    void cleanup()
+    {
+        DialogAnswers::instance() = DialogAnswers();
+        m_dialog.reset();
+    }
+
+    void exportsAndImports()
+    {
+        const QTemporaryDir folder;
+        m_fileName = folder.filePath(QStringLiteral("table.csv"));
+        for (const int row : {0, 98})
+            type(row, RegisterTableModel::Address, QStringLiteral("3008"));
+        click("btnExport");
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("文件导出成功！"));
+        click("btnImport");
+        QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 100 行，跳过 0 行"), 20000);
+        QVERIFY(m_dialog->findChild<QPushButton *>("btnConfirm")->isEnabled());
+        QCOMPARE(shown(99, RegisterTableModel::Address).data().toString(), QStringLiteral("寄存器地址"));
+
+        QVERIFY(writeFile(m_fileName, QByteArray("1,30,5A,x\n").repeated(10005)));
+        click("btnImport");
+        QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 9801 行，跳过 0 行，超出 204 行"), 20000);
+        QCOMPARE(m_questions, QStringList{QStringLiteral("寄存器表最多10000行，文件中有204行没有导入！")});
+        QCOMPARE(shown(99, RegisterTableModel::Address).data().toString(), QStringLiteral("30")); // on page 2
+
+        m_fileName += "/x.csv";
+        m_questions.clear();
+        click("btnImport");
+        click("btnExport");
+        const auto failed = QStringLiteral("文件打开失败，请重试！");
+        QCOMPARE(m_questions, (QStringList{failed, failed}));
+        QVERIFY(progress().startsWith(QStringLiteral("导出失败：")));
+    }
+
+    void asksBeforeRowsAreLost()
+    {
+        click("btnClear");
+        QVERIFY(m_dialog->mayClose() && m_questions.isEmpty());
+        type(0, RegisterTableModel::Address, QStringLiteral("3008"));
+        for (m_answer = 0; m_answer < 3; ++m_answer) // cancel, save without a file name, discard
+            QCOMPARE(m_dialog->mayClose(), m_answer == 2);
+        m_answer = 0;
+        click("btnClear");
+        QCOMPARE(m_table->usedRows(), 1);
+        m_answer = 1;
+        const QTemporaryDir folder;
+        m_fileName = folder.filePath(QStringLiteral("table.csv"));
+        QVERIFY(m_dialog->mayClose() && QFileInfo(m_fileName).size() > 0);
+        click("btnClear");
+        QCOMPARE(m_table->usedRows(), 0);
+    }
+
+    void turnsPages()
+    {
+        const QSignalSpy refreshes(m_dialog.get(), &DataManagerWidget::signalRefreshData);
+        const auto address = [this] { return shown(0, RegisterTableModel::Address).data().toString(); };
+        for (const char *text : {"02", "03", ""}) {
+            click("btnAddPage");
+            click("btnLastPage");
+            type(0, RegisterTableModel::Address, QLatin1String(text));
+        }
+        QCOMPARE(refreshes.last().at(0).toInt(), 4);
+        QCOMPARE(m_view->model()->rowCount(), 100);
+        m_dialog->SltChangePage(5);
+        QCOMPARE(address(), QString());
+        click("btnDeletePage"); // an empty one goes without a question
+        QVERIFY(m_questions.isEmpty());
+        QCOMPARE(address(), QStringLiteral("03"));
+        m_dialog->SltChangePage(2);
+        m_answer = 0;
+        click("btnDeletePage");
+        QCOMPARE(m_questions, QStringList{QStringLiteral("当前页有1行已填写，是否确认删除当前页？")});
+        QCOMPARE(address(), QStringLiteral("02"));
+        m_answer = 1;
+        click("btnDeletePage");
+        QCOMPARE(address(), QStringLiteral("03"));
+        QCOMPARE(m_table->row(100).address, QStringLiteral("03"));
+
+        const auto mark = [this](int row) {
+            return shown(row, RegisterTableModel::Value)
+                .data(Qt::DecorationRole)
+                .value<QIcon>()
+                .pixmap(16)
+                .toImage();
+        };
+        m_table->setOutcome(100, RegisterTableModel::Answered);
+        m_table->setOutcome(101, RegisterTableModel::Refused);
+        QVERIFY(!mark(0).isNull() && !mark(1).isNull() && mark(0) != mark(1) && mark(2).isNull());
+        click("btnFirstPage");
+        QVERIFY(mark(0).isNull());
+    }
+
+    void limitsCells()
+    {
+        const auto typed = [this](int column, const QString &text) {
+            m_view->setCurrentIndex(shown(0, column));
+            m_view->edit(m_view->currentIndex());
+            QTest::keyClicks(m_view->findChild<QLineEdit *>(), text);
+            const QString kept = m_view->findChild<QLineEdit *>()->text();
+            QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_Escape);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            return kept;
+        };
+        QCOMPARE(typed(1, QStringLiteral("0x3g008,123456")), QStringLiteral("03008123"));
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请输入2到8位十六进制数！"));
+        QCOMPARE(typed(3, QStringLiteral("a,b")), QStringLiteral("ab"));
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("不能含有逗号和换行！"));
+        m_view->edit(shown(0, 3));
+        QApplication::clipboard()->setText(QStringLiteral("two\nlines")); // refused as a whole
+        QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(m_view->findChild<QLineEdit *>()->text(), QString());
+    }
+
+    void stopsWhenItIsClosed()
+    {
+        const QSignalSpy stops(m_dialog.get(), &DataManagerWidget::stopRequested);
+        m_dialog->setBusy(true);
+        for (const char *name : {"btnImport", "btnClear", "btnConfirm", "btnAddPage", "btnDeletePage"})
+            QVERIFY(!m_dialog->findChild<QPushButton *>(QLatin1String(name))->isEnabled());
+        QCOMPARE(m_view->editTriggers(), QAbstractItemView::NoEditTriggers);
+        QHideEvent minimise;
+        QSpontaneKeyEvent::setSpontaneous(&minimise);
+        qApp->notify(m_dialog.get(), &minimise);
+        QCOMPARE(stops.size(), 0);
+        click("btnCancel");
+        QVERIFY(!m_dialog->isVisible());
+        QCOMPARE(stops.size(), 1);
+    }
 
 private:
     void click(const char *name) const
@@ -48,155 +188,6 @@ private:
     int m_answer = 1;
     QString m_fileName;
 };
-
-void TestRegister::init()
-{
-    m_table = std::make_unique<RegisterTableModel>();
-    m_dialog = std::make_unique<DataManagerWidget>(DataManagerWidget::Read, m_table.get());
-    m_dialog->show();
-    m_view = m_dialog->findChild<QTableView *>();
-    m_questions.clear();
-    m_answer = 1;
-    m_fileName.clear();
-    DialogAnswers::instance().message = [this](const QString &, const QString &text, int) {
-        m_questions.append(text);
-        return m_answer;
-    };
-    DialogAnswers::instance().fileNames = [this](auto...) {
-        return m_fileName.isEmpty() ? QStringList() : QStringList{m_fileName};
-    };
-}
-
-void TestRegister::cleanup()
-{
-    DialogAnswers::instance() = DialogAnswers();
-    m_dialog.reset();
-}
-
-void TestRegister::exportsAndImports()
-{
-    const QTemporaryDir folder;
-    m_fileName = folder.filePath(QStringLiteral("table.csv"));
-    for (const int row : {0, 98})
-        type(row, RegisterTableModel::Address, QStringLiteral("3008"));
-    click("btnExport");
-    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("文件导出成功！"));
-    click("btnImport");
-    QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 100 行，跳过 0 行"), 20000);
-    QVERIFY(m_dialog->findChild<QPushButton *>("btnConfirm")->isEnabled());
-    QCOMPARE(shown(99, RegisterTableModel::Address).data().toString(), QStringLiteral("寄存器地址"));
-
-    QFile file(m_fileName);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray("1,30,5A,x\n").repeated(10005)) > 0);
-    file.close();
-    click("btnImport");
-    QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 9801 行，跳过 0 行，超出 204 行"), 20000);
-    QCOMPARE(m_questions, QStringList{QStringLiteral("寄存器表最多10000行，文件中有204行没有导入！")});
-    QCOMPARE(shown(99, RegisterTableModel::Address).data().toString(), QStringLiteral("30")); // on page 2
-
-    m_fileName += "/x.csv";
-    m_questions.clear();
-    click("btnImport");
-    click("btnExport");
-    const auto failed = QStringLiteral("文件打开失败，请重试！");
-    QCOMPARE(m_questions, (QStringList{failed, failed}));
-    QVERIFY(progress().startsWith(QStringLiteral("导出失败：")));
-}
-
-void TestRegister::asksBeforeRowsAreLost()
-{
-    click("btnClear");
-    QVERIFY(m_dialog->mayClose() && m_questions.isEmpty());
-    type(0, RegisterTableModel::Address, QStringLiteral("3008"));
-    for (m_answer = 0; m_answer < 3; ++m_answer) // cancel, save without a file name, discard
-        QCOMPARE(m_dialog->mayClose(), m_answer == 2);
-    m_answer = 0;
-    click("btnClear");
-    QCOMPARE(m_table->usedRows(), 1);
-    m_answer = 1;
-    const QTemporaryDir folder;
-    m_fileName = folder.filePath(QStringLiteral("table.csv"));
-    QVERIFY(m_dialog->mayClose() && QFileInfo(m_fileName).size() > 0);
-    click("btnClear");
-    QCOMPARE(m_table->usedRows(), 0);
-}
-
-void TestRegister::turnsPages()
-{
-    const QSignalSpy refreshes(m_dialog.get(), &DataManagerWidget::signalRefreshData);
-    const auto address = [this] { return shown(0, RegisterTableModel::Address).data().toString(); };
-    for (const char *text : {"02", "03", ""}) {
-        click("btnAddPage");
-        click("btnLastPage");
-        type(0, RegisterTableModel::Address, QLatin1String(text));
-    }
-    QCOMPARE(refreshes.last().at(0).toInt(), 4);
-    QCOMPARE(m_view->model()->rowCount(), 100);
-    m_dialog->SltChangePage(5);
-    QCOMPARE(address(), QString());
-    click("btnDeletePage"); // an empty one goes without a question
-    QVERIFY(m_questions.isEmpty());
-    QCOMPARE(address(), QStringLiteral("03"));
-    m_dialog->SltChangePage(2);
-    m_answer = 0;
-    click("btnDeletePage");
-    QCOMPARE(m_questions, QStringList{QStringLiteral("当前页有1行已填写，是否确认删除当前页？")});
-    QCOMPARE(address(), QStringLiteral("02"));
-    m_answer = 1;
-    click("btnDeletePage");
-    QCOMPARE(address(), QStringLiteral("03"));
-    QCOMPARE(m_table->row(100).address, QStringLiteral("03"));
-
-    const auto mark = [this](int row) {
-        return shown(row, RegisterTableModel::Value)
-            .data(Qt::DecorationRole)
-            .value<QIcon>()
-            .pixmap(16)
-            .toImage();
-    };
-    m_table->setOutcome(100, RegisterTableModel::Answered);
-    m_table->setOutcome(101, RegisterTableModel::Refused);
-    QVERIFY(!mark(0).isNull() && !mark(1).isNull() && mark(0) != mark(1) && mark(2).isNull());
-    click("btnFirstPage");
-    QVERIFY(mark(0).isNull());
-}
-
-void TestRegister::limitsCells()
-{
-    const auto typed = [this](int column, const QString &text) {
-        m_view->setCurrentIndex(shown(0, column));
-        m_view->edit(m_view->currentIndex());
-        QTest::keyClicks(m_view->findChild<QLineEdit *>(), text);
-        const QString kept = m_view->findChild<QLineEdit *>()->text();
-        QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_Escape);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        return kept;
-    };
-    QCOMPARE(typed(1, QStringLiteral("0x3g008,123456")), QStringLiteral("03008123"));
-    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请输入2到8位十六进制数！"));
-    QCOMPARE(typed(3, QStringLiteral("a,b")), QStringLiteral("ab"));
-    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("不能含有逗号和换行！"));
-    m_view->edit(shown(0, 3));
-    QApplication::clipboard()->setText(QStringLiteral("two\nlines")); // refused as a whole
-    QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_V, Qt::ControlModifier);
-    QCOMPARE(m_view->findChild<QLineEdit *>()->text(), QString());
-}
-
-void TestRegister::stopsWhenItIsClosed()
-{
-    const QSignalSpy stops(m_dialog.get(), &DataManagerWidget::stopRequested);
-    m_dialog->setBusy(true);
-    for (const char *name : {"btnImport", "btnClear", "btnConfirm", "btnAddPage", "btnDeletePage"})
-        QVERIFY(!m_dialog->findChild<QPushButton *>(QLatin1String(name))->isEnabled());
-    QCOMPARE(m_view->editTriggers(), QAbstractItemView::NoEditTriggers);
-    QHideEvent minimise;
-    QSpontaneKeyEvent::setSpontaneous(&minimise);
-    qApp->notify(m_dialog.get(), &minimise);
-    QCOMPARE(stops.size(), 0);
-    click("btnCancel");
-    QVERIFY(!m_dialog->isVisible());
-    QCOMPARE(stops.size(), 1);
-}
 
 QTEST_MAIN(TestRegister)
 #include "test_register.moc"

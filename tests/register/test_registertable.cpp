@@ -2,6 +2,7 @@
 
 #include "registerfile.h"
 #include "registertablemodel.h"
+#include "testfiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -16,13 +17,158 @@ class TestRegisterTable : public QObject
     Q_OBJECT
 
 private slots:
-    void readsFiles_data();
-    void readsFiles();
-    void parsesHexadecimal();
-    void keepsRowsAndPages();
-    void knowsWhatIsUnsaved();
-    void savesAndReads();
-    void refusesFiles();
+    void readsFiles()
+    {
+        const struct
+        {
+            QByteArray content;
+            const char *rows; // cells with |, rows with /
+            int skipped;
+        } files[] = {{"1,3008,5A,x\n2,3009,00,y\n", "1|3008|5A|x/2|3009|00|y", 0},
+                     {"1,2,3\n1,2,3,4,5\n\n", "1|2|3|4", 1},
+                     {"1,2,3,4", "1|2|3|4", 0},
+                     {"1,2,3,\xc6\xd8\xb9\xe2\n", "1|2|3|曝光", 0},            // GB18030
+                     {"\xef\xbb\xbf" + QByteArray("1,2,3,曝"), "1|2|3|曝", 0}, // with a byte order mark
+                     {"1,2,3,曝光\n", "1|2|3|曝光", 0},
+                     {"\"1\",\"30\",4,5", "\"1\"|\"30\"|4|5", 0},
+                     {"1,2,3,\xc6", "1|2|3|", 0},
+                     {"1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n", "1|2|3|4/5|6|7|8/9|||", 0}};
+        for (const auto &file : files) {
+            RegisterCsv::Reader reader(file.content, 3);
+            while (reader.read(1)) {
+            }
+            QStringList seen;
+            for (const RegisterRow &row : reader.rows())
+                seen += QStringList{row.number, row.address, row.value, row.description}.join('|');
+            QCOMPARE(seen.join('/'), QString(file.rows));
+            QCOMPARE(reader.skipped(), file.skipped);
+            QCOMPARE(reader.beyondLimit(), qMax(0, file.content.count("\n") - 3));
+        }
+    }
+
+    void parsesHexadecimal()
+    {
+        const QMap<QString, qint64> cases{{"3008", 0x3008},    {"fFfFfFfF", 0xFFFFFFFF},
+                                          {" 0x30", 0x30},     {"", -1},
+                                          {"0x123456789", -1}, {"0x", -1},
+                                          {"30 08", -1},       {"3g", -1},
+                                          {"-1", -1}};
+        for (auto entry = cases.begin(); entry != cases.end(); ++entry) {
+            const RegisterRow row{{}, entry.key(), entry.key(), {}};
+            quint32 address = 0;
+            quint32 value = 0;
+            const bool isValid = row.addressNumber(&address) && row.valueNumber(&value);
+            QCOMPARE(isValid ? qint64(address) : -1, entry.value());
+            QVERIFY(address == value);
+        }
+    }
+
+    void keepsRowsAndPages()
+    {
+        RegisterTableModel table;
+        QVERIFY(table.addPage() && table.addPage());
+        for (const int row : {0, 150, 250}) {
+            set(table, row, RegisterTableModel::Address, QString::number(row));
+            table.setOutcome(row, row == 250 ? RegisterTableModel::Unanswered : RegisterTableModel::Answered);
+        }
+        QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a,b")));
+        QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a\nb")));
+        QCOMPARE(table.filledRows(1), 1);
+        table.removePage(1);
+        QCOMPARE(table.row(150).address, QStringLiteral("250"));
+        for (const int row : {0, 150})
+            QCOMPARE(table.index(row, RegisterTableModel::Value).data(Qt::ToolTipRole).toString(),
+                     row == 0 ? QString() : QStringLiteral("开发板没有应答"));
+        table.append(QVector<RegisterRow>(9850, {{}, "1", {}, {}}), true); // one more than fits
+        QCOMPARE(table.rowCount(), 10000);
+        QCOMPARE(table.row(151).address, QStringLiteral("1"));
+        QCOMPARE(table.outcome(150), RegisterTableModel::Unanswered);
+        QVERIFY(!table.addPage());
+        table.clear();
+        QCOMPARE(table.rowCount(), 100);
+        QVERIFY(table.row(0).isEmpty() && table.outcome(0) == RegisterTableModel::NoOutcome);
+    }
+
+    void knowsWhatIsUnsaved()
+    {
+        const QVector<RegisterRow> file(100, {{}, "1", {}, {}});
+        RegisterTableModel table;
+        table.append(file, true);
+        set(table, 5, RegisterTableModel::Address, QStringLiteral("1"));
+        QVERIFY(!table.hasUnsavedRows() && table.pageCount() == 1); // the file has them
+        set(table, 5, RegisterTableModel::Address, QStringLiteral("2"));
+        QVERIFY(table.hasUnsavedRows());
+        table.setSaved();
+        table.append({}, false);
+        QVERIFY(!table.hasUnsavedRows());
+        table.append(file, true); // now more than the file
+        QVERIFY(table.hasUnsavedRows());
+        table.setSaved();
+        table.removePage(1);
+        QVERIFY(table.hasUnsavedRows());
+        table.removePage(0); // nothing is left to save
+        QVERIFY(!table.hasUnsavedRows() && table.pageCount() == 1);
+        table.append(file, false); // cut
+        QVERIFY(table.hasUnsavedRows());
+    }
+
+    // The file byte by byte; what was in it before is gone.
+    void savesAndReads()
+    {
+        const QTemporaryDir folder;
+        const QString name = folder.filePath(QStringLiteral("table.csv"));
+        QVERIFY(writeFile(name, QByteArray(1000, 'x')));
+        RegisterTableModel table;
+        const QStringList cells{"1", "3008", "5A", QStringLiteral("曝光")};
+        for (int column = 0; column < 4; ++column)
+            set(table, 0, column, cells.at(column));
+        QString reason;
+        QVERIFY(!RegisterFile(&table).save(name + "/x", &reason) && !reason.isEmpty());
+        QVERIFY(table.hasUnsavedRows());
+        QVERIFY(RegisterFile(&table).save(name, &reason));
+        QVERIFY(!table.hasUnsavedRows());
+        const QByteArray titles(
+            "\xbc\xc4\xb4\xe6\xc6\xf7\xb1\xe0\xba\xc5,\xbc\xc4\xb4\xe6\xc6\xf7\xb5\xd8\xd6\xb7,"
+            "\xbc\xc4\xb4\xe6\xc6\xf7\xd6\xb5,\xc3\xe8\xca\xf6\n");
+        QCOMPARE(contentOf(name), titles + "1,3008,5A,\xc6\xd8\xb9\xe2\n");
+
+        RegisterFile again(&table);
+        QVERIFY(again.open(name, &reason));
+        QVERIFY(!again.readSlice());
+        QCOMPARE(again.rowsRead(), 2); // after the first one, the titles as a row
+        QCOMPARE(table.row(1).address, QStringLiteral("寄存器地址"));
+        QCOMPARE(table.row(2).description, QStringLiteral("曝光"));
+
+        QVERIFY(writeFile(name, QByteArray("1,3008,5A,x\n").repeated(10005)));
+        QVERIFY(again.open(name, &reason));
+        int slices = 1;
+        while (again.readSlice())
+            ++slices;
+        QVERIFY(slices > 1);
+        QCOMPARE(again.rowsRead(), 9997);
+        QCOMPARE(again.beyondLimit(), 8);
+        QVERIFY(table.hasUnsavedRows());
+    }
+
+    void refusesFiles()
+    {
+        const QTemporaryDir folder;
+        QMap<QString, QString> reasons{{folder.filePath("missing"), "文件不存在"},
+                                       {folder.filePath("huge"), "文件过大"}};
+        QFile huge(folder.filePath("huge")); // chosen by mistake
+        QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(3) << 30));
+#ifdef Q_OS_UNIX
+        QCOMPARE(::mkfifo(folder.filePath("pipe").toLocal8Bit().constData(), 0600), 0);
+        reasons.insert(folder.filePath("pipe"), "文件为空"); // whose writer never comes
+        reasons.insert("/proc/kmsg", "文件为空");            // which never ends
+#endif
+        for (auto file = reasons.begin(); file != reasons.end(); ++file) {
+            RegisterTableModel table;
+            QString reason;
+            QVERIFY(!RegisterFile(&table).open(file.key(), &reason));
+            QCOMPARE(reason, file.value());
+        }
+    }
 
 private:
     static void set(RegisterTableModel &table, int row, int column, const QString &text)
@@ -30,170 +176,6 @@ private:
         QVERIFY(table.setData(table.index(row, column), text));
     }
 };
-
-void TestRegisterTable::readsFiles_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("rows"); // cells with |, rows with /
-    QTest::addColumn<int>("skipped");
-    QTest::newRow("plain") << QByteArray("1,3008,5A,x\r\n2,3009,00,y\n") << "1|3008|5A|x/2|3009|00|y" << 0;
-    QTest::newRow("three and five cells") << QByteArray("1,2,3\n1,2,3,4,5\n\n") << "1|2|3|4" << 1;
-    QTest::newRow("no last line end") << QByteArray("1,2,3,4") << "1|2|3|4" << 0;
-    QTest::newRow("GB18030") << QByteArray("1,2,3,\xc6\xd8\xb9\xe2\n") << QStringLiteral("1|2|3|曝光") << 0;
-    QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbf"
-                                                   "1,2,3,\xe6\x9b\x9d")
-                                     << QStringLiteral("1|2|3|曝") << 0;
-    QTest::newRow("UTF-8 without a mark")
-        << QStringLiteral("1,2,3,曝光\n").toUtf8() << QStringLiteral("1|2|3|曝光") << 0;
-    QTest::newRow("quotes stay") << QByteArray("\"1\",\"30\",4,5") << "\"1\"|\"30\"|4|5" << 0;
-    QTest::newRow("cut character") << QByteArray("1,2,3,\xc6") << QStringLiteral("1|2|3|") << 0;
-    QTest::newRow("no room") << QByteArray("1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n")
-                             << "1|2|3|4/5|6|7|8/9|||" << 0;
-}
-
-void TestRegisterTable::readsFiles()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QString, rows);
-    RegisterCsv::Reader reader(content, 3);
-    while (reader.read(1)) {
-    }
-    QStringList seen;
-    for (const RegisterRow &row : reader.rows())
-        seen += QStringList{row.number, row.address, row.value, row.description}.join(QLatin1Char('|'));
-    QCOMPARE(seen.join(QLatin1Char('/')), rows);
-    QTEST(reader.skipped(), "skipped");
-    QCOMPARE(reader.beyondLimit(), qMax(0, content.count("\n") - 3));
-}
-
-void TestRegisterTable::parsesHexadecimal()
-{
-    const QMap<QString, qint64> cases{{"3008", 0x3008},    {"fFfFfFfF", 0xFFFFFFFF},
-                                      {" 0x30", 0x30},     {"", -1},
-                                      {"0x123456789", -1}, {"0x", -1},
-                                      {"30 08", -1},       {"3g", -1},
-                                      {"-1", -1}};
-    for (auto entry = cases.begin(); entry != cases.end(); ++entry) {
-        const RegisterRow row{{}, entry.key(), entry.key(), {}};
-        quint32 address = 0;
-        quint32 value = 0;
-        const bool isValid = row.addressNumber(&address) && row.valueNumber(&value);
-        QCOMPARE(isValid ? qint64(address) : -1, entry.value());
-        QVERIFY(address == value);
-    }
-}
-
-void TestRegisterTable::keepsRowsAndPages()
-{
-    RegisterTableModel table;
-    QVERIFY(table.addPage() && table.addPage());
-    for (const int row : {0, 150, 250}) {
-        set(table, row, RegisterTableModel::Address, QString::number(row));
-        table.setOutcome(row, row == 250 ? RegisterTableModel::Unanswered : RegisterTableModel::Answered);
-    }
-    QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a,b")));
-    QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a\nb")));
-    QCOMPARE(table.filledRows(1), 1);
-    table.removePage(1);
-    QCOMPARE(table.row(150).address, QStringLiteral("250"));
-    for (const int row : {0, 150})
-        QCOMPARE(table.index(row, RegisterTableModel::Value).data(Qt::ToolTipRole).toString(),
-                 row == 0 ? QString() : QStringLiteral("开发板没有应答"));
-    table.append(QVector<RegisterRow>(9850, {{}, "1", {}, {}}), true); // one more than fits
-    QCOMPARE(table.rowCount(), 10000);
-    QCOMPARE(table.row(151).address, QStringLiteral("1"));
-    QCOMPARE(table.outcome(150), RegisterTableModel::Unanswered);
-    QVERIFY(!table.addPage());
-    table.clear();
-    QCOMPARE(table.rowCount(), 100);
-    QVERIFY(table.row(0).isEmpty() && table.outcome(0) == RegisterTableModel::NoOutcome);
-}
-
-void TestRegisterTable::knowsWhatIsUnsaved()
-{
-    const QVector<RegisterRow> file(100, {{}, "1", {}, {}});
-    RegisterTableModel table;
-    table.append(file, true);
-    set(table, 5, RegisterTableModel::Address, QStringLiteral("1"));
-    QVERIFY(!table.hasUnsavedRows() && table.pageCount() == 1); // the file has them
-    set(table, 5, RegisterTableModel::Address, QStringLiteral("2"));
-    QVERIFY(table.hasUnsavedRows());
-    table.setSaved();
-    table.append({}, false);
-    QVERIFY(!table.hasUnsavedRows());
-    table.append(file, true); // now more than the file
-    QVERIFY(table.hasUnsavedRows());
-    table.setSaved();
-    table.removePage(1);
-    QVERIFY(table.hasUnsavedRows());
-    table.removePage(0); // nothing is left to save
-    QVERIFY(!table.hasUnsavedRows() && table.pageCount() == 1);
-    table.append(file, false); // cut
-    QVERIFY(table.hasUnsavedRows());
-}
-
-// The file byte by byte; what was in it before is gone.
-void TestRegisterTable::savesAndReads()
-{
-    const QTemporaryDir folder;
-    const QString name = folder.filePath(QStringLiteral("table.csv"));
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray(1000, 'x')) == 1000);
-    file.close();
-    RegisterTableModel table;
-    const QStringList cells{"1", "3008", "5A", QStringLiteral("曝光")};
-    for (int column = 0; column < 4; ++column)
-        set(table, 0, column, cells.at(column));
-    QString reason;
-    QVERIFY(!RegisterFile(&table).save(name + "/x", &reason) && !reason.isEmpty());
-    QVERIFY(table.hasUnsavedRows());
-    QVERIFY(RegisterFile(&table).save(name, &reason));
-    QVERIFY(!table.hasUnsavedRows());
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray titles(
-        "\xbc\xc4\xb4\xe6\xc6\xf7\xb1\xe0\xba\xc5,\xbc\xc4\xb4\xe6\xc6\xf7\xb5\xd8\xd6\xb7,"
-        "\xbc\xc4\xb4\xe6\xc6\xf7\xd6\xb5,\xc3\xe8\xca\xf6\n");
-    QCOMPARE(file.readAll(), titles + "1,3008,5A,\xc6\xd8\xb9\xe2\n");
-
-    RegisterFile again(&table);
-    QVERIFY(again.open(name, &reason));
-    QVERIFY(!again.readSlice());
-    QCOMPARE(again.rowsRead(), 2); // after the first one, the titles as a row
-    QCOMPARE(table.row(1).address, QStringLiteral("寄存器地址"));
-    QCOMPARE(table.row(2).description, QStringLiteral("曝光"));
-
-    file.close();
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray("1,3008,5A,x\n").repeated(10005)) > 0);
-    file.close();
-    QVERIFY(again.open(name, &reason));
-    int slices = 1;
-    while (again.readSlice())
-        ++slices;
-    QVERIFY(slices > 1);
-    QCOMPARE(again.rowsRead(), 9997);
-    QCOMPARE(again.beyondLimit(), 8);
-    QVERIFY(table.hasUnsavedRows());
-}
-
-void TestRegisterTable::refusesFiles()
-{
-    const QTemporaryDir folder;
-    QMap<QString, QString> reasons{{folder.filePath("missing"), "文件不存在"},
-                                   {folder.filePath("huge"), "文件过大"}};
-    QFile huge(folder.filePath("huge")); // chosen by mistake
-    QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(3) << 30));
-#ifdef Q_OS_UNIX
-    QCOMPARE(::mkfifo(folder.filePath("pipe").toLocal8Bit().constData(), 0600), 0);
-    reasons.insert(folder.filePath("pipe"), "文件为空"); // whose writer never comes
-    reasons.insert("/proc/kmsg", "文件为空");            // which never ends
-#endif
-    for (auto file = reasons.begin(); file != reasons.end(); ++file) {
-        RegisterTableModel table;
-        QString reason;
-        QVERIFY(!RegisterFile(&table).open(file.key(), &reason));
-        QCOMPARE(reason, file.value());
-    }
-}
 
 QTEST_GUILESS_MAIN(TestRegisterTable)
 #include "test_registertable.moc"

@@ -123,24 +123,14 @@ private slots:
 
     void marks()
     {
-        const QMap<QString, QColor> texts{{"dark", 0xf2f2f2}, {"white", 0x333333}, {"yellow", 0xf2f2f2}};
-        const QMap<QString, QColor> accents{{"dark", 0x02a1dd}, {"white", 0x02a1dd}, {"yellow", 0xfeba3b}};
-        for (const QString &skin : texts.keys()) {
-            const QMap<QString, QColor> marks{
-                {"arrow-down", texts[skin]},       {"arrow-down-accent", accents[skin]},
-                {"arrow-down-disabled", 0x808080}, {"check-disabled", 0x808080},
-                {"radio", accents[skin]},          {"branch-open", texts[skin]}};
-            for (auto mark = marks.begin(); mark != marks.end(); ++mark) {
-                const QString name = QString(":/resources/images/%1/%2%3.png").arg(skin, mark.key());
+        for (const char *skin : {"dark", "white", "yellow"})
+            for (const char *mark : {"arrow-down", "arrow-down-accent", "arrow-down-disabled",
+                                     "check-disabled", "radio", "branch-open"}) {
+                const QString name = QString(":/resources/images/%1/%2%3.png").arg(skin, mark);
                 const QImage once(name.arg("")), twice(name.arg("@2x"));
-                QVERIFY2(!inkBox(once).isEmpty(), qPrintable(name));
+                QVERIFY2(!inkBox(once).isEmpty() && !inkBox(twice).isEmpty(), qPrintable(name));
                 QCOMPARE(twice.size(), once.size() * 2);
-                bool isSolid = false;
-                for (int i = 0; i < twice.width() * twice.height(); ++i)
-                    isSolid |= twice.pixelColor(i % twice.width(), i / twice.width()) == mark.value();
-                QVERIFY2(isSolid, qPrintable(name));
             }
-        }
     }
 
     void menusAndDialogsAreChinese()

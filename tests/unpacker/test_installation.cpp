@@ -3,6 +3,7 @@
 
 #include "faultydisk.h"
 #include "installation.h"
+#include "testfiles.h"
 #include "zipmaker.h"
 
 #include <QDir>
@@ -26,302 +27,278 @@ class TestInstallation : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void exchangesFiles();
-    void installsArchivesOfOthers_data();
-    void installsArchivesOfOthers();
-    void survivesEveryFailure_data();
-    void survivesEveryFailure();
-    void goesBackWhereAFileIsInUse();
-    void goesOnWhenTheFileIsFree();
-    void leavesArrangementsOfTheUser_data();
-    void leavesArrangementsOfTheUser();
-    void letsOneWorkInAFolder();
+    // In memory where there is such a folder: there is a lot to sync.
+    void init()
+    {
+        const auto memory = QStringLiteral("/dev/shm");
+        m_root = std::make_unique<QTemporaryDir>((QDir(memory).exists() ? memory : QDir::tempPath()) +
+                                                 QStringLiteral("/test_installation-XXXXXX"));
+        QVERIFY(m_root->isValid());
+        write(folder("unpacker"), "the unpacker");
+        m_old = {{"App", "old application"},   {"lib/a", "old a"},        {"lib/b", "old b"},
+                 {"own/mine.txt", "mine"},     {"unzip.exe", "unpacker"}, {"conf/config.ini", "settings"},
+                 {"download/p.zip", "package"}};
+        m_new = m_old;
+        m_new["App"] = "new application";
+        m_new["lib/a"] = "new a";
+        m_new["unzip.exe"] = "new unpacker";
+        m_new["plugins/deep/new.txt"] = "new file";
+        m_new["lib/new"] = "another";
+        makeOld();
+    }
+
+    void exchangesFiles()
+    {
+        Disk disk;
+        QVERIFY2(update(disk), m_problem.c_str());
+        QCOMPARE(treeAt(folder()), m_new);
+        const auto isExecutable = [this](const char *name) {
+            return (fs::status(folder() / name).permissions() & fs::perms::owner_exec) != fs::perms::none;
+        };
+        QVERIFY(isExecutable("App") && isExecutable("unzip.exe") && isExecutable("lib/new"));
+        QVERIFY(!isExecutable("lib/a"));
+    }
+
+    // As a maker of packages would make them, in whatever order of the files.
+    void installsArchivesOfOthers_data()
+    {
+        QTest::addColumn<QString>("command"); // in a folder that holds the folder "K"
+        QTest::newRow("zip") << "cd K && zip -qr ../p.zip .";
+        QTest::newRow("zip, one folder") << "zip -qr p.zip K";
+        QTest::newRow("zip, to a pipe") << "zip -qr - K | cat > p.zip";
+        QTest::newRow("cmake, as cpack does") << "cmake -E tar cf p.zip --format=zip K";
+        QTest::newRow("python") << "python3 -m zipfile -c p.zip K/App K/lib K/中文.txt";
+    }
+
+    void installsArchivesOfOthers()
+    {
+        QFETCH(QString, command);
+        const QString prepare = "cd \"$0\"; mkdir -p K/lib; printf app > K/App; chmod 755 K/App; "
+                                "seq 30000 > K/lib/a; printf b > K/中文.txt; ";
+        QCOMPARE(QProcess::execute("sh", {"-ec", prepare + command, m_root->path()}), 0);
+        FaultyDisk disk(FaultyDisk::None, 0);
+        QVERIFY2(update(disk, contentOf(m_root->filePath("p.zip"))), m_problem.c_str());
+        Tree expected = m_old;
+        expected["App"] = "app";
+        expected[QStringLiteral("中文.txt")] = "b";
+        expected["lib/a"].clear();
+        for (int i = 1; i <= 30000; ++i)
+            expected["lib/a"] += QByteArray::number(i) + '\n';
+        QCOMPARE(treeAt(folder()), expected);
+    }
+
+    void survivesEveryFailure_data()
+    {
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<bool>("inUse"); // a file, so that the update goes back half the way
+        for (const bool inUse : {false, true}) {
+            const QByteArray which = inUse ? ", on the way back" : "";
+            QTest::newRow("one operation fails" + which) << int(FaultyDisk::FailsOnce) << inUse;
+            QTest::newRow("killed" + which) << int(FaultyDisk::Killed) << inUse;
+            QTest::newRow("power cut, all unsynced lost" + which) << int(FaultyDisk::LosesAll) << inUse;
+            QTest::newRow("power cut, every other lost" + which) << int(FaultyDisk::LosesEven) << inUse;
+            QTest::newRow("power cut, the others lost" + which) << int(FaultyDisk::LosesOdd) << inUse;
+        }
+    }
+
+    void survivesEveryFailure()
+    {
+        QFETCH(int, fault);
+        QFETCH(bool, inUse);
+        const auto kind = static_cast<FaultyDisk::Fault>(fault);
+        QSet<QString> seen;
+        bool failed = true;
+        for (int i = 1; failed; ++i) {
+            makeOld();
+            FaultyDisk disk(kind, i);
+            if (inUse)
+                disk.hold(folder() / "plugins/deep/new.txt");
+            const bool isNew = update(disk);
+            disk.cutPower();
+            failed = disk.hasFailed();
+            seen += stateOf(folder());
+            if (!failed)
+                QCOMPARE(stateOf(folder()), isNew ? QStringLiteral("new") : QStringLiteral("old"));
+            QCOMPARE(m_problem.empty(), isNew);
+            checkAfterwards(folder(), kind, kind == FaultyDisk::Killed && !inUse);
+            if (QTest::currentTestFailed()) {
+                qWarning("operation %d", i);
+                return;
+            }
+        }
+        QVERIFY(seen.contains("old") && seen.contains("new") != inUse);
+        QCOMPARE(seen.contains("halfway"), kind != FaultyDisk::FailsOnce || inUse);
+    }
+
+    void goesBackWhereAFileIsInUse()
+    {
+        for (const char *name : {"lib/a", "plugins/deep/new.txt", "App", "unzip.exe"}) {
+            makeOld();
+            FaultyDisk disk(FaultyDisk::None, 0);
+            disk.hold(folder() / name);
+            QVERIFY(!update(disk));
+            QCOMPARE(treeAt(folder()), m_old);
+            QVERIFY(!fs::exists(folder() / "_update"));
+        }
+    }
+
+    // Not even the way back is open: neither the new executable can be put in place
+    // nor the old one.
+    void goesOnWhenTheFileIsFree()
+    {
+        class Held : public Disk
+        {
+            std::error_code move(const fs::path &from, const fs::path &to) override
+            {
+                return to.filename() == "App" && from.filename() != "stub"
+                           ? std::make_error_code(std::errc::permission_denied)
+                           : Disk::move(from, to);
+            }
+        } held;
+        QVERIFY(!update(held));
+        QCOMPARE(stateOf(folder()), QStringLiteral("halfway"));
+        Disk disk;
+        QVERIFY(Installation(folder(), "App", disk).finish(m_problem));
+        QCOMPARE(treeAt(folder()), m_new);
+    }
+
+    void leavesArrangementsOfTheUser_data()
+    {
+        QTest::addColumn<QString>("command"); // in the installation
+        QTest::newRow("folder in the way") << "mkdir -p lib/new/x";
+        QTest::newRow("link instead of a folder") << "mv lib ../elsewhere; ln -s ../elsewhere lib";
+        QTest::newRow("file instead of a folder") << "touch plugins";
+        QTest::newRow("executable is a link") << "mv App other; ln -s other App";
+        QTest::newRow("no executable") << "rm App";
+    }
+
+    void leavesArrangementsOfTheUser()
+    {
+        QFETCH(QString, command);
+        QCOMPARE(QProcess::execute("sh", {"-ec", "cd \"$0\"; " + command, QString::fromStdString(folder())}),
+                 0);
+        const Tree before = treeAt(folder());
+        Disk disk;
+        QVERIFY(!update(disk));
+        QVERIFY(!m_problem.empty());
+        QCOMPARE(treeAt(folder()), before);
+        QVERIFY(!fs::exists(folder() / "_update"));
+    }
+
+    void letsOneWorkInAFolder()
+    {
+        Platform::FolderLock second;
+        {
+            Platform::FolderLock first;
+            QVERIFY(first.acquire(folder()));
+            QVERIFY(!second.acquire(folder()));
+        }
+        QVERIFY(second.acquire(folder()));
+    }
 
 private:
     fs::path folder(const QString &name = QStringLiteral("installation")) const
     {
         return m_root->filePath(name).toStdString();
     }
-    static void write(const fs::path &path, const QByteArray &content);
-    static Tree treeAt(const fs::path &folder);
-    void makeOld();
-    bool update(Disk &disk, const QByteArray &archive);
-    bool update(Disk &disk);
-    QString stateOf(const fs::path &folder) const;
-    void checkAfterwards(const fs::path &folder, FaultyDisk::Fault fault, bool again);
+    static void write(const fs::path &path, const QByteArray &content)
+    {
+        fs::create_directories(path.parent_path());
+        QVERIFY(writeFile(QString::fromStdString(path.string()), content));
+    }
+
+    // All files below, but not what an update works in.
+    static Tree treeAt(const fs::path &folder)
+    {
+        const QString root = QString::fromStdString(folder.string());
+        Tree tree;
+        QDirIterator files(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            const QString name = QDir(root).relativeFilePath(files.next());
+            if (!name.startsWith(QStringLiteral("_update/")))
+                tree.insert(name, contentOf(files.filePath()));
+        }
+        return tree;
+    }
+
+    void makeOld()
+    {
+        fs::remove_all(folder());
+        for (auto file = m_old.cbegin(); file != m_old.cend(); ++file)
+            write(folder() / file.key().toStdString(), file.value());
+    }
+
+    bool update(Disk &disk, const QByteArray &archive)
+    {
+        std::istringstream stream(archive.toStdString());
+        ZipReader reader(stream);
+        Package package;
+        m_problem.clear();
+        if (!reader.open(m_problem) || !package.check(reader, "App", m_problem))
+            return false;
+        return Installation(folder(), "App", disk).update(reader, package, folder("unpacker"), m_problem);
+    }
+
+    bool update(Disk &disk)
+    {
+        return update(disk, makeZip({{"App", "new application", 0100755},
+                                     {"lib/a", "new a"},
+                                     {"plugins/deep/new.txt", "new file"},
+                                     {"unzip.exe", "new unpacker"},
+                                     {"conf/config.ini", "not these"},
+                                     {"lib/new", "another", 0100755}}));
+    }
+
+    // Told by the executable; the rest has to fit.
+    QString stateOf(const fs::path &folder) const
+    {
+        const Tree tree = treeAt(folder);
+        if (tree == m_old)
+            return QStringLiteral("old");
+        if (tree == m_new)
+            return QStringLiteral("new");
+        FaultyDisk disk(FaultyDisk::None, 0);
+        return tree.value("App") == "the unpacker" && Installation::pendingFor(folder) == "App" &&
+                       Installation(folder, "App", disk).isHalfway()
+                   ? QStringLiteral("halfway")
+                   : QStringLiteral("broken: ") + tree.keys().join(QLatin1Char(' '));
+    }
+
+    // What a user finds who starts the program after it was interrupted; `again`:
+    // finishing is interrupted as well, at every operation.
+    void checkAfterwards(const fs::path &left, FaultyDisk::Fault fault, bool again)
+    {
+        const QString state = stateOf(left);
+        QVERIFY2(!state.startsWith(QStringLiteral("broken")), qPrintable(state));
+        std::string problem;
+        if (state == QStringLiteral("halfway")) {
+            bool interrupted = again;
+            for (int i = 1; interrupted; ++i) {
+                const fs::path copy = folder("copy");
+                fs::remove_all(copy);
+                fs::copy(left, copy, fs::copy_options::recursive);
+                FaultyDisk disk(fault, i);
+                Installation(copy, "App", disk).finish(problem);
+                disk.cutPower();
+                interrupted = disk.hasFailed();
+                checkAfterwards(copy, fault, false);
+                if (QTest::currentTestFailed())
+                    return;
+            }
+            FaultyDisk disk(FaultyDisk::None, 0);
+            const bool isNew = Installation(left, "App", disk).finish(problem);
+            QCOMPARE(stateOf(left), isNew ? QStringLiteral("new") : QStringLiteral("old"));
+        }
+        FaultyDisk disk(FaultyDisk::None, 0);
+        QVERIFY(Installation(left, "App", disk).clean());
+        QVERIFY(!fs::exists(left / "_update"));
+    }
 
     std::unique_ptr<QTemporaryDir> m_root;
     Tree m_old;
     Tree m_new;
     std::string m_problem;
 };
-
-// In memory where there is such a folder: there is a lot to sync.
-void TestInstallation::init()
-{
-    const auto memory = QStringLiteral("/dev/shm");
-    m_root = std::make_unique<QTemporaryDir>((QDir(memory).exists() ? memory : QDir::tempPath()) +
-                                             QStringLiteral("/test_installation-XXXXXX"));
-    QVERIFY(m_root->isValid());
-    write(folder("unpacker"), "the unpacker");
-    m_old = {{"App", "old application"},   {"lib/a", "old a"},        {"lib/b", "old b"},
-             {"own/mine.txt", "mine"},     {"unzip.exe", "unpacker"}, {"conf/config.ini", "settings"},
-             {"download/p.zip", "package"}};
-    m_new = m_old;
-    m_new["App"] = "new application";
-    m_new["lib/a"] = "new a";
-    m_new["unzip.exe"] = "new unpacker";
-    m_new["plugins/deep/new.txt"] = "new file";
-    m_new["lib/new"] = "another";
-    makeOld();
-}
-
-void TestInstallation::write(const fs::path &path, const QByteArray &content)
-{
-    fs::create_directories(path.parent_path());
-    QFile file(QString::fromStdString(path.string()));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
-
-// All files below, but not what an update works in.
-Tree TestInstallation::treeAt(const fs::path &folder)
-{
-    const QString root = QString::fromStdString(folder.string());
-    Tree tree;
-    QDirIterator files(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        QFile file(files.next());
-        const QString name = QDir(root).relativeFilePath(file.fileName());
-        if (!name.startsWith(QStringLiteral("_update/")) && file.open(QIODevice::ReadOnly))
-            tree.insert(name, file.readAll());
-    }
-    return tree;
-}
-
-void TestInstallation::makeOld()
-{
-    fs::remove_all(folder());
-    for (auto file = m_old.cbegin(); file != m_old.cend(); ++file)
-        write(folder() / file.key().toStdString(), file.value());
-}
-
-bool TestInstallation::update(Disk &disk)
-{
-    return update(disk, makeZip({{"App", "new application", 0100755},
-                                 {"lib/a", "new a"},
-                                 {"plugins/deep/new.txt", "new file"},
-                                 {"unzip.exe", "new unpacker"},
-                                 {"conf/config.ini", "not these"},
-                                 {"lib/new", "another", 0100755}}));
-}
-
-bool TestInstallation::update(Disk &disk, const QByteArray &archive)
-{
-    std::istringstream stream(archive.toStdString());
-    ZipReader reader(stream);
-    Package package;
-    m_problem.clear();
-    if (!reader.open(m_problem) || !package.check(reader, "App", m_problem))
-        return false;
-    return Installation(folder(), "App", disk).update(reader, package, folder("unpacker"), m_problem);
-}
-
-// Told by the executable; the rest has to fit.
-QString TestInstallation::stateOf(const fs::path &folder) const
-{
-    const Tree tree = treeAt(folder);
-    if (tree == m_old)
-        return QStringLiteral("old");
-    if (tree == m_new)
-        return QStringLiteral("new");
-    FaultyDisk disk(FaultyDisk::None, 0);
-    return tree.value("App") == "the unpacker" && Installation::pendingFor(folder) == "App" &&
-                   Installation(folder, "App", disk).isHalfway()
-               ? QStringLiteral("halfway")
-               : QStringLiteral("broken: ") + tree.keys().join(QLatin1Char(' '));
-}
-
-// What a user finds who starts the program after it was interrupted; `again`:
-// finishing is interrupted as well, at every operation.
-void TestInstallation::checkAfterwards(const fs::path &left, FaultyDisk::Fault fault, bool again)
-{
-    const QString state = stateOf(left);
-    QVERIFY2(!state.startsWith(QStringLiteral("broken")), qPrintable(state));
-    std::string problem;
-    if (state == QStringLiteral("halfway")) {
-        bool interrupted = again;
-        for (int i = 1; interrupted; ++i) {
-            const fs::path copy = folder("copy");
-            fs::remove_all(copy);
-            fs::copy(left, copy, fs::copy_options::recursive);
-            FaultyDisk disk(fault, i);
-            Installation(copy, "App", disk).finish(problem);
-            disk.cutPower();
-            interrupted = disk.hasFailed();
-            checkAfterwards(copy, fault, false);
-            if (QTest::currentTestFailed())
-                return;
-        }
-        FaultyDisk disk(FaultyDisk::None, 0);
-        const bool isNew = Installation(left, "App", disk).finish(problem);
-        QCOMPARE(stateOf(left), isNew ? QStringLiteral("new") : QStringLiteral("old"));
-    }
-    FaultyDisk disk(FaultyDisk::None, 0);
-    QVERIFY(Installation(left, "App", disk).clean());
-    QVERIFY(!fs::exists(left / "_update"));
-}
-
-void TestInstallation::exchangesFiles()
-{
-    Disk disk;
-    QVERIFY2(update(disk), m_problem.c_str());
-    QCOMPARE(treeAt(folder()), m_new);
-    const auto isExecutable = [this](const char *name) {
-        return (fs::status(folder() / name).permissions() & fs::perms::owner_exec) != fs::perms::none;
-    };
-    QVERIFY(isExecutable("App") && isExecutable("unzip.exe") && isExecutable("lib/new"));
-    QVERIFY(!isExecutable("lib/a"));
-}
-
-// As a maker of packages would make them, with the files in any order.
-void TestInstallation::installsArchivesOfOthers_data()
-{
-    QTest::addColumn<QString>("command"); // in a folder that holds the folder "K"
-    QTest::newRow("zip") << "cd K && zip -qr ../p.zip .";
-    QTest::newRow("zip, one folder") << "zip -qr p.zip K";
-    QTest::newRow("zip, to a pipe") << "zip -qr - K | cat > p.zip";
-    QTest::newRow("cmake, as cpack does") << "cmake -E tar cf p.zip --format=zip K";
-    QTest::newRow("python") << "python3 -m zipfile -c p.zip K/App K/lib K/中文.txt";
-}
-
-void TestInstallation::installsArchivesOfOthers()
-{
-    QFETCH(QString, command);
-    const QString prepare = "cd \"$0\"; mkdir -p K/lib; printf app > K/App; chmod 755 K/App; "
-                            "seq 30000 > K/lib/a; printf b > K/中文.txt; ";
-    QCOMPARE(QProcess::execute("sh", {"-ec", prepare + command, m_root->path()}), 0);
-    QFile archive(m_root->filePath("p.zip"));
-    QVERIFY(archive.open(QIODevice::ReadOnly));
-    FaultyDisk disk(FaultyDisk::None, 0);
-    QVERIFY2(update(disk, archive.readAll()), m_problem.c_str());
-    Tree expected = m_old;
-    expected["App"] = "app";
-    expected[QStringLiteral("中文.txt")] = "b";
-    expected["lib/a"].clear();
-    for (int i = 1; i <= 30000; ++i)
-        expected["lib/a"] += QByteArray::number(i) + '\n';
-    QCOMPARE(treeAt(folder()), expected);
-}
-
-void TestInstallation::survivesEveryFailure_data()
-{
-    QTest::addColumn<int>("fault");
-    QTest::addColumn<bool>("inUse"); // a file, so that the update goes back half the way
-    for (const bool inUse : {false, true}) {
-        const QByteArray which = inUse ? ", on the way back" : "";
-        QTest::newRow("one operation fails" + which) << int(FaultyDisk::FailsOnce) << inUse;
-        QTest::newRow("killed" + which) << int(FaultyDisk::Killed) << inUse;
-        QTest::newRow("power cut, all unsynced lost" + which) << int(FaultyDisk::LosesAll) << inUse;
-        QTest::newRow("power cut, every other lost" + which) << int(FaultyDisk::LosesEven) << inUse;
-        QTest::newRow("power cut, the others lost" + which) << int(FaultyDisk::LosesOdd) << inUse;
-    }
-}
-
-void TestInstallation::survivesEveryFailure()
-{
-    QFETCH(int, fault);
-    QFETCH(bool, inUse);
-    const auto kind = static_cast<FaultyDisk::Fault>(fault);
-    QSet<QString> seen;
-    bool failed = true;
-    for (int i = 1; failed; ++i) {
-        makeOld();
-        FaultyDisk disk(kind, i);
-        if (inUse)
-            disk.hold(folder() / "plugins/deep/new.txt");
-        const bool isNew = update(disk);
-        disk.cutPower();
-        failed = disk.hasFailed();
-        seen += stateOf(folder());
-        if (!failed)
-            QCOMPARE(stateOf(folder()), isNew ? QStringLiteral("new") : QStringLiteral("old"));
-        QCOMPARE(m_problem.empty(), isNew);
-        checkAfterwards(folder(), kind, kind == FaultyDisk::Killed && !inUse);
-        if (QTest::currentTestFailed()) {
-            qWarning("operation %d", i);
-            return;
-        }
-    }
-    QVERIFY(seen.contains("old") && seen.contains("new") != inUse);
-    QCOMPARE(seen.contains("halfway"), kind != FaultyDisk::FailsOnce || inUse);
-}
-
-void TestInstallation::goesBackWhereAFileIsInUse()
-{
-    for (const char *name : {"lib/a", "plugins/deep/new.txt", "App", "unzip.exe"}) {
-        makeOld();
-        FaultyDisk disk(FaultyDisk::None, 0);
-        disk.hold(folder() / name);
-        QVERIFY(!update(disk));
-        QCOMPARE(treeAt(folder()), m_old);
-        QVERIFY(!fs::exists(folder() / "_update"));
-    }
-}
-
-// Not even the way back is open: neither the new executable can be put in place
-// nor the old one.
-void TestInstallation::goesOnWhenTheFileIsFree()
-{
-    class Held : public Disk
-    {
-        std::error_code move(const fs::path &from, const fs::path &to) override
-        {
-            return to.filename() == "App" && from.filename() != "stub"
-                       ? std::make_error_code(std::errc::permission_denied)
-                       : Disk::move(from, to);
-        }
-    } held;
-    QVERIFY(!update(held));
-    QCOMPARE(stateOf(folder()), QStringLiteral("halfway"));
-    Disk disk;
-    QVERIFY(Installation(folder(), "App", disk).finish(m_problem));
-    QCOMPARE(treeAt(folder()), m_new);
-}
-
-void TestInstallation::leavesArrangementsOfTheUser_data()
-{
-    QTest::addColumn<QString>("command"); // in the installation
-    QTest::newRow("folder in the way") << "mkdir -p lib/new/x";
-    QTest::newRow("link instead of a folder") << "mv lib ../elsewhere; ln -s ../elsewhere lib";
-    QTest::newRow("file instead of a folder") << "touch plugins";
-    QTest::newRow("executable is a link") << "mv App other; ln -s other App";
-    QTest::newRow("no executable") << "rm App";
-}
-
-void TestInstallation::leavesArrangementsOfTheUser()
-{
-    QFETCH(QString, command);
-    QCOMPARE(QProcess::execute("sh", {"-ec", "cd \"$0\"; " + command, QString::fromStdString(folder())}), 0);
-    const Tree before = treeAt(folder());
-    Disk disk;
-    QVERIFY(!update(disk));
-    QVERIFY(!m_problem.empty());
-    QCOMPARE(treeAt(folder()), before);
-    QVERIFY(!fs::exists(folder() / "_update"));
-}
-
-void TestInstallation::letsOneWorkInAFolder()
-{
-    Platform::FolderLock second;
-    {
-        Platform::FolderLock first;
-        QVERIFY(first.acquire(folder()));
-        QVERIFY(!second.acquire(folder()));
-    }
-    QVERIFY(second.acquire(folder()));
-}
 
 QTEST_GUILESS_MAIN(TestInstallation)
 #include "test_installation.moc"

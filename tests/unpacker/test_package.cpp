@@ -8,19 +8,6 @@
 
 #include <sstream>
 
-class TestPackage : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void readsEmptyFlash();
-    void leavesOutFilesOfTheUser();
-    void refusesNames();
-    void refusesArchives_data();
-    void refusesArchives();
-    void refusesCutArchives();
-};
-
 namespace {
 
 const ZipPart kApp{"App", "application", 0100755};
@@ -40,47 +27,8 @@ QString listing(const QByteArray &archive)
     return paths.join(QLatin1Char(' '));
 }
 
-} // namespace
-
-// Deflate packs it as densely as possible.
-void TestPackage::readsEmptyFlash()
-{
-    QCOMPARE(listing(makeZip({kApp, {"flash.bin", QByteArray(4 << 20, '\xFF')}})), "App* flash.bin");
-}
-
-void TestPackage::leavesOutFilesOfTheUser()
-{
-    QCOMPARE(listing(makeZip({kApp,
-                              {"conf/config.ini", "x"},
-                              {"TMP/x", "x"},
-                              {"download", "x"},
-                              {"save/a/b", "x"},
-                              {"empty/", "", 040755, false},
-                              {"lib/save/x", "x"},
-                              {"unzip.exe", "x"}})),
-             QStringLiteral("App* lib/save/x unzip.exe*"));
-}
-
-void TestPackage::refusesNames()
-{
-    QList<QByteArray> names =
-        QByteArray("../x a/../x .. . ./x a/./x /x //host/x a//x \\x a\\x ..\\x C:x C:/x x:stream CON con.txt "
-                   "lib/NUL Com1.dll LPT\xC2\xB9 conin$ x. x./y x\x7F x? x* x|y x< x> x\" \xFF \xC0\xAE "
-                   "\xED\xA0\x80 \xE4\xB8 _update/journal _Update/x app App App/x LIB/b lib/A")
-            .split(' ');
-    names << "aux .txt"
-          << "x "
-          << "x /y"
-          << "x\ny"
-          << "" << QByteArray("x\0y", 3) << QByteArray(300, 'x');
-    for (const QByteArray &name : names) {
-        const QString shown = listing(makeZip({kApp, {"lib/a", "x"}, {name, "x"}}));
-        QVERIFY2(shown.startsWith(QStringLiteral("! 升级包中有")), name.toPercentEncoding());
-    }
-}
-
 // An archive whose program contains, as it is, an entry of the directory.
-static QByteArray nested()
+QByteArray nested()
 {
     const auto directoryAt = [](const QByteArray &zip) { return zip.indexOf("PK\x01\x02"); };
     const QByteArray inner = makeZip({{"lib/b", "b"}});
@@ -97,75 +45,121 @@ static QByteArray nested()
     return outer + record + end;
 }
 
-void TestPackage::refusesArchives_data()
-{
-    QTest::addColumn<QByteArray>("archive");
-    QTest::addColumn<QString>("why");
-    const auto row = [](const char *name, const QByteArray &archive, const QString &why) {
-        QTest::newRow(name) << archive << why;
-    };
-    const auto lying = [](const std::function<void(ZipLies &)> &lie) {
-        ZipLies lies;
-        lie(lies);
-        return makeZip({kApp, {"lib/a", "x"}}, lies);
-    };
-    const auto damaged = QStringLiteral("升级包已损坏");
-    const auto unsupported = QStringLiteral("不支持的压缩格式");
-    const auto special = QStringLiteral("升级包中有链接或特殊文件");
-    const auto tooLarge = QStringLiteral("升级包解压后过大");
-    const auto none = QStringLiteral("升级包中没有程序文件");
-    const auto noZip = QStringLiteral("升级包不是ZIP文件");
-    const auto encrypted = QStringLiteral("升级包已加密");
-    row("nothing", QByteArray(), noZip);
-    row("a page", QByteArray(5000, '<'), noZip);
-    row("before something", makeZip({kApp}) + "x", noZip);
-    row("no entries", makeZip({}), none);
-    row("two folders down", makeZip({{"a/b/App", "x"}}), none);
-    row("beside the folder", makeZip({{"a/App", "x"}, {"b", "x"}}), none);
-    row("link", makeZip({kApp, {"lib", "/etc", 0120777}}), special);
-    row("pipe", makeZip({kApp, {"pipe", "", 010644, false}}), special);
-    row("link of Windows", lying([](auto &l) { l.dosAttributes = 0x400; }), special);
-    row("encrypted", lying([](auto &l) { l.flags = 1; }), encrypted);
-    row("AES", lying([](auto &l) { l.method = 99; }), encrypted);
-    row("LZMA", lying([](auto &l) { l.method = 14; }), unsupported);
-    row("names differ", lying([](auto &l) { l.headerName = "../"; }), damaged);
-    row("wrong sum", lying([](auto &l) { l.crcError = 1; }), damaged);
-    row("said to be shorter", lying([](auto &l) { l.size = 10; }), damaged);
-    row("said to be longer", lying([](auto &l) { l.size = 12; }), damaged);
-    row("said to be stored", lying([](auto &l) { l.method = 0; }), damaged);
-    row("shared bytes", lying([](auto &l) { l.sharedBytes = true; }), damaged);
-    row("one in another", nested(), damaged);
-    row("behind something", "MZ" + makeZip({kApp}), damaged);
-    row("said to be huge", lying([](auto &l) { l.size = 3LL << 30; }), tooLarge);
-    QByteArray many = makeZip({kApp});
-    many.replace(many.size() - 14, 4, "\x21\x4E\x21\x4E"); // 20001 entries
-    row("many entries", many, QStringLiteral("升级包中的文件过多"));
-}
+} // namespace
 
-void TestPackage::refusesArchives()
+class TestPackage : public QObject
 {
-    QFETCH(QByteArray, archive);
-    QFETCH(QString, why);
-    const QString shown = listing(archive);
-    QVERIFY2(shown.startsWith(QStringLiteral("! ") + why), qPrintable(shown));
-}
+    Q_OBJECT
 
-// Cut at every byte: refused. With any byte changed: refused or harmless (times,
-// attributes).
-void TestPackage::refusesCutArchives()
-{
-    const QByteArray archive = makeZip({kApp, {"lib/a", "stored", 0100644, false}});
-    const QString whole = QStringLiteral("App* lib/a");
-    QCOMPARE(listing(archive), whole);
-    for (int i = 0; i < archive.size(); ++i) {
-        QVERIFY(listing(archive.left(i)).startsWith(QLatin1Char('!')));
-        QByteArray changed = archive;
-        changed[i] = static_cast<char>(changed[i] ^ 0x55);
-        const QString shown = listing(changed).remove(QLatin1Char('*'));
-        QVERIFY2(shown.startsWith(QLatin1Char('!')) || shown == QStringLiteral("App lib/a"),
-                 qPrintable(shown));
+private slots:
+    // Deflate packs it as densely as possible.
+    void readsEmptyFlash()
+    {
+        QCOMPARE(listing(makeZip({kApp, {"flash.bin", QByteArray(4 << 20, '\xFF')}})), "App* flash.bin");
     }
-}
+
+    void leavesOutFilesOfTheUser()
+    {
+        QCOMPARE(listing(makeZip({kApp,
+                                  {"conf/config.ini", "x"},
+                                  {"TMP/x", "x"},
+                                  {"download", "x"},
+                                  {"save/a/b", "x"},
+                                  {"empty/", "", 040755, false},
+                                  {"lib/save/x", "x"},
+                                  {"unzip.exe", "x"}})),
+                 QStringLiteral("App* lib/save/x unzip.exe*"));
+    }
+
+    void refusesNames()
+    {
+        QList<QByteArray> names =
+            QByteArray(
+                "../x a/../x .. . ./x a/./x /x //host/x a//x \\x a\\x ..\\x C:x C:/x x:stream CON con.txt "
+                "lib/NUL Com1.dll LPT\xC2\xB9 conin$ x. x./y x\x7F x? x* x|y x< x> x\" \xFF \xC0\xAE "
+                "\xED\xA0\x80 \xE4\xB8 _update/journal _Update/x app App App/x LIB/b lib/A")
+                .split(' ');
+        names << "aux .txt"
+              << "x "
+              << "x /y"
+              << "x\ny"
+              << "" << QByteArray("x\0y", 3) << QByteArray(300, 'x');
+        for (const QByteArray &name : names) {
+            const QString shown = listing(makeZip({kApp, {"lib/a", "x"}, {name, "x"}}));
+            QVERIFY2(shown.startsWith(QStringLiteral("! 升级包中有")), name.toPercentEncoding());
+        }
+    }
+
+    void refusesArchives_data()
+    {
+        QTest::addColumn<QByteArray>("archive");
+        QTest::addColumn<QString>("why");
+        const auto row = [](const char *name, const QByteArray &archive, const QString &why) {
+            QTest::newRow(name) << archive << why;
+        };
+        const auto lying = [](const std::function<void(ZipLies &)> &lie) {
+            ZipLies lies;
+            lie(lies);
+            return makeZip({kApp, {"lib/a", "x"}}, lies);
+        };
+        const auto damaged = QStringLiteral("升级包已损坏");
+        const auto unsupported = QStringLiteral("不支持的压缩格式");
+        const auto special = QStringLiteral("升级包中有链接或特殊文件");
+        const auto tooLarge = QStringLiteral("升级包解压后过大");
+        const auto none = QStringLiteral("升级包中没有程序文件");
+        const auto noZip = QStringLiteral("升级包不是ZIP文件");
+        const auto encrypted = QStringLiteral("升级包已加密");
+        row("nothing", QByteArray(), noZip);
+        row("a page", QByteArray(5000, '<'), noZip);
+        row("before something", makeZip({kApp}) + "x", noZip);
+        row("no entries", makeZip({}), none);
+        row("two folders down", makeZip({{"a/b/App", "x"}}), none);
+        row("beside the folder", makeZip({{"a/App", "x"}, {"b", "x"}}), none);
+        row("link", makeZip({kApp, {"lib", "/etc", 0120777}}), special);
+        row("pipe", makeZip({kApp, {"pipe", "", 010644, false}}), special);
+        row("link of Windows", lying([](auto &l) { l.dosAttributes = 0x400; }), special);
+        row("encrypted", lying([](auto &l) { l.flags = 1; }), encrypted);
+        row("AES", lying([](auto &l) { l.method = 99; }), encrypted);
+        row("LZMA", lying([](auto &l) { l.method = 14; }), unsupported);
+        row("names differ", lying([](auto &l) { l.headerName = "../"; }), damaged);
+        row("wrong sum", lying([](auto &l) { l.crcError = 1; }), damaged);
+        row("said to be shorter", lying([](auto &l) { l.size = 10; }), damaged);
+        row("said to be longer", lying([](auto &l) { l.size = 12; }), damaged);
+        row("said to be stored", lying([](auto &l) { l.method = 0; }), damaged);
+        row("shared bytes", lying([](auto &l) { l.sharedBytes = true; }), damaged);
+        row("one in another", nested(), damaged);
+        row("behind something", "MZ" + makeZip({kApp}), damaged);
+        row("said to be huge", lying([](auto &l) { l.size = 3LL << 30; }), tooLarge);
+        QByteArray many = makeZip({kApp});
+        many.replace(many.size() - 14, 4, "\x21\x4E\x21\x4E"); // 20001 entries
+        row("many entries", many, QStringLiteral("升级包中的文件过多"));
+    }
+
+    void refusesArchives()
+    {
+        QFETCH(QByteArray, archive);
+        QFETCH(QString, why);
+        const QString shown = listing(archive);
+        QVERIFY2(shown.startsWith(QStringLiteral("! ") + why), qPrintable(shown));
+    }
+
+    // Cut at every byte: refused. With any byte changed: refused or harmless (times,
+    // attributes).
+    void refusesCutArchives()
+    {
+        const QByteArray archive = makeZip({kApp, {"lib/a", "stored", 0100644, false}});
+        const QString whole = QStringLiteral("App* lib/a");
+        QCOMPARE(listing(archive), whole);
+        for (int i = 0; i < archive.size(); ++i) {
+            QVERIFY(listing(archive.left(i)).startsWith(QLatin1Char('!')));
+            QByteArray changed = archive;
+            changed[i] = static_cast<char>(changed[i] ^ 0x55);
+            const QString shown = listing(changed).remove(QLatin1Char('*'));
+            QVERIFY2(shown.startsWith(QLatin1Char('!')) || shown == QStringLiteral("App lib/a"),
+                     qPrintable(shown));
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestPackage)
 #include "test_package.moc"

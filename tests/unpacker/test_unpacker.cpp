@@ -1,6 +1,7 @@
 // The unpacker itself in a folder of its own, with a shell script for the
 // application: what it leaves, what it starts and what it says.
 
+#include "testfiles.h"
 #include "zipmaker.h"
 
 #include <QDir>
@@ -20,199 +21,180 @@ class TestUnpacker : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void waitsForTheApplication();
-    void leavesPackagesElsewhere();
-    void saysWhatWentWrong_data();
-    void saysWhatWentWrong();
-    void survivesBeingKilled();
-    void removesWhatWasLeft();
-    void doesNothingByItself();
+    void init()
+    {
+        m_root = std::make_unique<QTemporaryDir>();
+        QFile(m_root->path()).setPermissions(QFile::Permissions(0x7777)); // for another user as well
+        write("app/App", application("old"), true);
+        write("app/lib/a", "old");
+        write("app/conf/config.ini", "settings");
+        QVERIFY(QFile::copy(QStringLiteral(UNPACKER_PATH), path("app/unzip.exe")));
+        makePackage(1);
+    }
+
+    void waitsForTheApplication()
+    {
+        // It runs, and goes on running for a while after the unpacker was started.
+        QVERIFY(QFile::remove(path("app/App")) && QFile::copy("/bin/sleep", path("app/App")));
+        QProcess old;
+        old.start(path("app/App"), {"1000"});
+        QVERIFY(old.waitForStarted());
+        const QByteArray running = QByteArray::number(old.processId());
+        write("app/download/包 1.zip", makeZip({{"App",
+                                                 "#!/bin/sh\n[ -e /proc/" + running +
+                                                     "/exe ] && set early\n" + application("new").mid(10),
+                                                 0100755}}));
+        QProcess unpacker;
+        unpacker.setProcessEnvironment(withDialogs());
+        unpacker.start(path("app/unzip.exe"), arguments());
+        QVERIFY(unpacker.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(content("dialogs").contains("正在等待程序退出"), kTimeoutMs);
+        QVERIFY(!QFile::exists(path("app/_update")));
+        old.kill();
+        QVERIFY(old.waitForFinished());
+        QVERIFY(unpacker.waitForFinished());
+        QCOMPARE(unpacker.exitCode(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(content("started"), "new\n" + path("app").toUtf8() + "\n", kTimeoutMs);
+        QCOMPARE(content("app/conf/config.ini"), QByteArray("settings"));
+        QVERIFY(!QFile::exists(path("app/download/包 1.zip"))); // no longer needed
+        QVERIFY(!QFile::exists(path("app/_update")));
+        QVERIFY(content("dialogs").contains("# 正在安装新版本"));
+    }
+
+    void leavesPackagesElsewhere()
+    {
+        QVERIFY(QFile::rename(path("app/download/包 1.zip"), path("p.zip")));
+        QCOMPARE(QProcess::execute(path("app/unzip.exe"), {path("p.zip"), "App"}), 0);
+        QCOMPARE(content("app/lib/a"), QByteArray("new"));
+        QVERIFY(QFile::exists(path("p.zip")));
+    }
+
+    void saysWhatWentWrong_data()
+    {
+        QTest::addColumn<QString>("before"); // run in the folder
+        QTest::addColumn<QString>("how");    // prefix of the command
+        QTest::addColumn<QString>("says");
+        const QString plain = QStringLiteral("exec");
+        QTest::newRow("no package") << "rm \"$1\"" << plain << "未找到升级包";
+        QTest::newRow("no archive") << "echo '<html>' > \"$1\"" << plain << "升级包不是ZIP文件";
+        QTest::newRow("full disk")
+            << "mkdir K; head -c 3000000 /dev/urandom > K/big; zip -qr \"$1\" K; rm -r K"
+            << "ulimit -f 2000; exec"
+            << "无法写入程序目录";
+        // The superuser may write anywhere.
+        QTest::newRow("read-only folder")
+            << "chmod a-w ." << (geteuid() == 0 ? "exec setpriv --reuid=65534 --clear-groups" : plain)
+            << "无法写入程序目录";
+    }
+
+    void saysWhatWentWrong()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, how);
+        QFETCH(QString, says);
+        QProcess shell;
+        shell.setWorkingDirectory(path("app"));
+        shell.start(
+            "sh", {"-c", before + "; " + how + " ./unzip.exe \"$@\"", "sh", arguments()[0], arguments()[1]});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 1);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kTimeoutMs);
+        const QString told = content("started");
+        const QString said = QStringLiteral("升级失败，程序仍为原来的版本：") + says;
+        QVERIFY2(told.startsWith("old\n" + path("app") + "\n--notice\n" + said), qPrintable(told));
+        QVERIFY(QString::fromUtf8(shell.readAllStandardError()).contains(said));
+        QCOMPARE(content("app/App"), application("old"));
+        QCOMPARE(content("app/lib/a"), QByteArray("old"));
+        QVERIFY(!QFile::exists(path("app/_update")));
+    }
+
+    // The installation's test does this at every operation.
+    void survivesBeingKilled()
+    {
+        const int files = 100;
+        makePackage(files);
+        QProcess unpacker;
+        unpacker.start(path("app/unzip.exe"), arguments());
+        QVERIFY(unpacker.waitForStarted());
+        while (!QFile::exists(path("app/lib/b")) && !unpacker.waitForFinished(0)) {
+        }
+        unpacker.kill(); // files are being exchanged
+        unpacker.waitForFinished();
+        QVERIFY(QProcess::startDetached(path("app/App"), {}));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kTimeoutMs);
+        QCOMPARE(content("started").split('\n').first(), QByteArray("new"));
+        QCOMPARE(content("app/App"), application("new"));
+        QCOMPARE(QDir(path("app/lib")).entryList(QDir::Files).size(), files);
+    }
+
+    void removesWhatWasLeft()
+    {
+        write("app/_update/old/unzip.exe", "x");
+        QCOMPARE(QProcess::execute(path("app/unzip.exe"), {"--clean", "App"}), 0);
+        QVERIFY(!QFile::exists(path("app/_update")));
+        QVERIFY(!QFile::exists(path("started")));
+    }
+
+    void doesNothingByItself()
+    {
+        for (const QStringList &arguments :
+             {QStringList(), {path("app/x.zip")}, {path("app/x.zip"), "../App"}}) {
+            QProcess unpacker;
+            unpacker.setProcessEnvironment(withDialogs());
+            unpacker.start(path("app/unzip.exe"), arguments);
+            QVERIFY(unpacker.waitForFinished());
+            QCOMPARE(unpacker.exitCode(), 2);
+            QVERIFY(content("dialogs").contains("--error")); // in a window
+            QVERIFY(QFile::remove(path("dialogs")));
+        }
+        QVERIFY(!QFile::exists(path("started")));
+    }
 
 private:
     QString path(const QString &name) const { return m_root->filePath(name); }
-    QByteArray content(const QString &name) const;
-    void write(const QString &name, const QByteArray &bytes, bool executable = false) const;
+    QByteArray content(const QString &name) const { return contentOf(path(name)); }
+    void write(const QString &name, const QByteArray &bytes, bool executable = false) const
+    {
+        QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
+        QVERIFY(writeFile(path(name), bytes));
+        if (executable)
+            QVERIFY(QFile::setPermissions(path(name), QFile::Permissions(0x7755)));
+    }
+
     // An application that writes its version and its arguments to the file
     // "started" beside the folder.
-    QByteArray application(const QByteArray &version) const;
-    QProcessEnvironment withDialogs() const;
-    void makePackage(int files);
+    QByteArray application(const QByteArray &version) const
+    {
+        const QByteArray file = path("started").toUtf8();
+        return "#!/bin/sh\nprintf '%s\\n' " + version + " \"$PWD\" \"$@\" >" + file + ".part && mv " + file +
+               ".part " + file + "\n";
+    }
+
+    // A display, and a program that shows windows there: it writes down what.
+    QProcessEnvironment withDialogs() const
+    {
+        write("bin/zenity",
+              "#!/bin/sh\nfor a; do echo \"$a\"; done >>'" + path("dialogs").toUtf8() +
+                  "'\ncase $1 in --progress) exec cat >>'" + path("dialogs").toUtf8() + "' ;; esac\n",
+              true);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DISPLAY", ":none");
+        environment.insert("PATH", path("bin") + ":" + environment.value("PATH"));
+        return environment;
+    }
+
+    void makePackage(int files)
+    {
+        QVector<ZipPart> parts{{"K/App", application("new"), 0100755}, {"K/conf/config.ini", "not these"}};
+        for (int i = 0; i < files; ++i)
+            parts += {"K/lib/" + QByteArray(1, char('a' + i % 26)) + QByteArray(i / 26, 'x'), "new"};
+        write("app/download/包 1.zip", makeZip(parts));
+    }
+
     QStringList arguments() const { return {path("app/download/包 1.zip"), QStringLiteral("App")}; }
 
     std::unique_ptr<QTemporaryDir> m_root;
 };
-
-void TestUnpacker::init()
-{
-    m_root = std::make_unique<QTemporaryDir>();
-    QFile(m_root->path()).setPermissions(QFile::Permissions(0x7777)); // for another user as well
-    write("app/App", application("old"), true);
-    write("app/lib/a", "old");
-    write("app/conf/config.ini", "settings");
-    QVERIFY(QFile::copy(QStringLiteral(UNPACKER_PATH), path("app/unzip.exe")));
-    makePackage(1);
-}
-
-QByteArray TestUnpacker::content(const QString &name) const
-{
-    QFile file(path(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
-}
-
-void TestUnpacker::write(const QString &name, const QByteArray &bytes, bool executable) const
-{
-    QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
-    QFile file(path(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-    if (executable)
-        file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther);
-}
-
-QByteArray TestUnpacker::application(const QByteArray &version) const
-{
-    const QByteArray file = path("started").toUtf8();
-    return "#!/bin/sh\nprintf '%s\\n' " + version + " \"$PWD\" \"$@\" >" + file + ".part && mv " + file +
-           ".part " + file + "\n";
-}
-
-// A display, and a program that shows windows there: it writes down what.
-QProcessEnvironment TestUnpacker::withDialogs() const
-{
-    write("bin/zenity",
-          "#!/bin/sh\nfor a; do echo \"$a\"; done >>'" + path("dialogs").toUtf8() +
-              "'\ncase $1 in --progress) exec cat >>'" + path("dialogs").toUtf8() + "' ;; esac\n",
-          true);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("DISPLAY", ":none");
-    environment.insert("PATH", path("bin") + ":" + environment.value("PATH"));
-    return environment;
-}
-
-void TestUnpacker::makePackage(int files)
-{
-    QVector<ZipPart> parts{{"K/App", application("new"), 0100755}, {"K/conf/config.ini", "not these"}};
-    for (int i = 0; i < files; ++i)
-        parts += {"K/lib/" + QByteArray(1, char('a' + i % 26)) + QByteArray(i / 26, 'x'), "new"};
-    write("app/download/包 1.zip", makeZip(parts));
-}
-
-void TestUnpacker::waitsForTheApplication()
-{
-    // It runs, and goes on running for a while after the unpacker was started.
-    QVERIFY(QFile::remove(path("app/App")) && QFile::copy("/bin/sleep", path("app/App")));
-    QProcess old;
-    old.start(path("app/App"), {"1000"});
-    QVERIFY(old.waitForStarted());
-    const QByteArray running = QByteArray::number(old.processId());
-    write("app/download/包 1.zip",
-          makeZip({{"App",
-                    "#!/bin/sh\n[ -e /proc/" + running + "/exe ] && set early\n" + application("new").mid(10),
-                    0100755}}));
-    QProcess unpacker;
-    unpacker.setProcessEnvironment(withDialogs());
-    unpacker.start(path("app/unzip.exe"), arguments());
-    QVERIFY(unpacker.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(content("dialogs").contains("正在等待程序退出"), kTimeoutMs);
-    QVERIFY(!QFile::exists(path("app/_update")));
-    old.kill();
-    QVERIFY(old.waitForFinished());
-    QVERIFY(unpacker.waitForFinished());
-    QCOMPARE(unpacker.exitCode(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(content("started"), "new\n" + path("app").toUtf8() + "\n", kTimeoutMs);
-    QCOMPARE(content("app/conf/config.ini"), QByteArray("settings"));
-    QVERIFY(!QFile::exists(path("app/download/包 1.zip"))); // no longer needed
-    QVERIFY(!QFile::exists(path("app/_update")));
-    QVERIFY(content("dialogs").contains("# 正在安装新版本"));
-}
-
-void TestUnpacker::leavesPackagesElsewhere()
-{
-    QVERIFY(QFile::rename(path("app/download/包 1.zip"), path("p.zip")));
-    QCOMPARE(QProcess::execute(path("app/unzip.exe"), {path("p.zip"), "App"}), 0);
-    QCOMPARE(content("app/lib/a"), QByteArray("new"));
-    QVERIFY(QFile::exists(path("p.zip")));
-}
-
-void TestUnpacker::saysWhatWentWrong_data()
-{
-    QTest::addColumn<QString>("before"); // run in the folder
-    QTest::addColumn<QString>("how");    // prefix of the command
-    QTest::addColumn<QString>("says");
-    const QString plain = QStringLiteral("exec");
-    QTest::newRow("no package") << "rm \"$1\"" << plain << "未找到升级包";
-    QTest::newRow("no archive") << "echo '<html>' > \"$1\"" << plain << "升级包不是ZIP文件";
-    QTest::newRow("full disk") << "mkdir K; head -c 3000000 /dev/urandom > K/big; zip -qr \"$1\" K; rm -r K"
-                               << "ulimit -f 2000; exec"
-                               << "无法写入程序目录";
-    // The superuser may write anywhere.
-    QTest::newRow("read-only folder")
-        << "chmod a-w ." << (geteuid() == 0 ? "exec setpriv --reuid=65534 --clear-groups" : plain)
-        << "无法写入程序目录";
-}
-
-void TestUnpacker::saysWhatWentWrong()
-{
-    QFETCH(QString, before);
-    QFETCH(QString, how);
-    QFETCH(QString, says);
-    QProcess shell;
-    shell.setWorkingDirectory(path("app"));
-    shell.start("sh",
-                {"-c", before + "; " + how + " ./unzip.exe \"$@\"", "sh", arguments()[0], arguments()[1]});
-    QVERIFY(shell.waitForFinished());
-    QCOMPARE(shell.exitCode(), 1);
-    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kTimeoutMs);
-    const QString told = content("started");
-    const QString said = QStringLiteral("升级失败，程序仍为原来的版本：") + says;
-    QVERIFY2(told.startsWith("old\n" + path("app") + "\n--notice\n" + said), qPrintable(told));
-    QVERIFY(QString::fromUtf8(shell.readAllStandardError()).contains(said));
-    QCOMPARE(content("app/App"), application("old"));
-    QCOMPARE(content("app/lib/a"), QByteArray("old"));
-    QVERIFY(!QFile::exists(path("app/_update")));
-}
-
-// The installation's test does this at every operation.
-void TestUnpacker::survivesBeingKilled()
-{
-    const int files = 100;
-    makePackage(files);
-    QProcess unpacker;
-    unpacker.start(path("app/unzip.exe"), arguments());
-    QVERIFY(unpacker.waitForStarted());
-    while (!QFile::exists(path("app/lib/b")) && !unpacker.waitForFinished(0)) {
-    }
-    unpacker.kill(); // files are being exchanged
-    unpacker.waitForFinished();
-    QVERIFY(QProcess::startDetached(path("app/App"), {}));
-    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kTimeoutMs);
-    QCOMPARE(content("started").split('\n').first(), QByteArray("new"));
-    QCOMPARE(content("app/App"), application("new"));
-    QCOMPARE(QDir(path("app/lib")).entryList(QDir::Files).size(), files);
-}
-
-void TestUnpacker::removesWhatWasLeft()
-{
-    write("app/_update/old/unzip.exe", "x");
-    QCOMPARE(QProcess::execute(path("app/unzip.exe"), {"--clean", "App"}), 0);
-    QVERIFY(!QFile::exists(path("app/_update")));
-    QVERIFY(!QFile::exists(path("started")));
-}
-
-void TestUnpacker::doesNothingByItself()
-{
-    for (const QStringList &arguments : {QStringList(), {path("app/x.zip")}, {path("app/x.zip"), "../App"}}) {
-        QProcess unpacker;
-        unpacker.setProcessEnvironment(withDialogs());
-        unpacker.start(path("app/unzip.exe"), arguments);
-        QVERIFY(unpacker.waitForFinished());
-        QCOMPARE(unpacker.exitCode(), 2);
-        QVERIFY(content("dialogs").contains("--error")); // in a window
-        QVERIFY(QFile::remove(path("dialogs")));
-    }
-    QVERIFY(!QFile::exists(path("started")));
-}
 
 QTEST_GUILESS_MAIN(TestUnpacker)
 #include "test_unpacker.moc"
