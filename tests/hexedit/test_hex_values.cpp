@@ -74,7 +74,7 @@ private slots:
             const char *hex;
             int codec;
             const char *cells;
-        } rows[] = {{"41 C3A9 E6B8A9 F09F9880 42", 0, "Aé_温__😀___B"},
+        } rows[] = {{"41 C2A9 E6B8A9 F09F9880 42", 0, "A©_温__😀___B"},
                     {"E6B8 41 B8A9 E6", 0, "..A..."}, // cut
                     {"C080 E09FBF EDA080 F08FBFBF F4908080 F5 FF", 0, ".................."},
                     {"41 CEC2 42 81308130 43", 1, "A温_B....C"}, // U+0080 is a control

@@ -37,8 +37,11 @@ private slots:
         QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(2));
         keys("Ins Del");
         QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(99));
+        QApplication::clipboard()->setText("41 42");
+        keys("Ctrl+V");
+        QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(101));
         m_edit->goTo(1000);
-        QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(99));
+        QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(101));
         m_edit->setData(QByteArray());
         QCOMPARE(address.takeLast().at(0).toLongLong(), qint64(0));
         QCOMPARE(size.takeLast().at(0).toLongLong(), qint64(0));
