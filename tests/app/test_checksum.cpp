@@ -11,11 +11,7 @@ class TestChecksum : public QObject
 private slots:
     void checkValues()
     {
-        const struct
-        {
-            CrcModel model;
-            quint32 check;
-        } rows[] = {
+        const std::tuple<CrcModel, quint32> rows[] = {
             {CrcModels::crc8, 0xF4},
             {CrcModels::crc16Xmodem, 0x31C3},
             {CrcModels::crc16CcittFalse, 0x29B1},
@@ -25,15 +21,15 @@ private slots:
             {{16, 0x1021, 0x0000, true, true, 0x0000}, 0x2189},   // KERMIT
             {{12, 0x80F, 0x000, false, true, 0x000}, 0xDAF},      // UMTS, mirrored at its end only
         };
-        for (const auto &row : rows) {
-            Crc crc(row.model);
+        for (const auto &[model, check] : rows) {
+            Crc crc(model);
             crc.add("lost", 4);
             crc.reset();
             crc.add("1234", 4);
             crc.add("", 0);
             crc.add("56789", 5);
-            QCOMPARE(crc.value(), row.check);
-            QCOMPARE(Crc::of(row.model, "123456789", 9), row.check);
+            QCOMPARE(crc.value(), check);
+            QCOMPARE(Crc::of(model, "123456789", 9), check);
         }
     }
 };

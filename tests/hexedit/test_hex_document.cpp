@@ -212,34 +212,28 @@ private slots:
         document.replace(100002, 2, "di");
         document.replace(100000, 2, "+e");
         document.replace(100004, 2, "t+");
-        const struct
-        {
-            QByteArray pattern;
-            int from;
-            HexSearch::Direction direction;
-            qint64 position; // -1: nowhere
-            bool wraps;
-        } rows[] = {{"needle", 300000, HexSearch::Forward, 300000, false},
-                    {"needle", 1, HexSearch::Forward, 300000, false},
-                    {"needle", 300001, HexSearch::Forward, 300000, true},
-                    {"needle", 600000, HexSearch::Backward, 300000, false},
-                    {"needle", 300000, HexSearch::Backward, 300000, true},
-                    {"end", 0, HexSearch::Forward, 599997, false},
-                    {"start", 600000, HexSearch::Backward, 0, false},
-                    {"cut", 0, HexSearch::Forward, slice - 1, false}, // over two slices
-                    {"back", 599999, HexSearch::Backward, 600000 - slice - 5, false},
-                    {"+edit+", 0, HexSearch::Forward, 100000, false},
-                    {"nowhere", 5, HexSearch::Forward, -1, true},
-                    {QByteArray(700000, '.'), 5, HexSearch::Forward, -1, true},
-                    {QByteArray(), 5, HexSearch::Forward, -1, true}};
-        for (const auto &row : rows) {
-            HexSearch search(document, row.pattern, row.from, row.direction);
+        // Where it is found from the place, or -1, and whether round the end.
+        const std::tuple<QByteArray, int, HexSearch::Direction, qint64, bool> rows[] = {
+            {"needle", 300000, HexSearch::Forward, 300000, false},
+            {"needle", 1, HexSearch::Forward, 300000, false},
+            {"needle", 300001, HexSearch::Forward, 300000, true},
+            {"needle", 600000, HexSearch::Backward, 300000, false},
+            {"needle", 300000, HexSearch::Backward, 300000, true},
+            {"end", 0, HexSearch::Forward, 599997, false},
+            {"start", 600000, HexSearch::Backward, 0, false},
+            {"cut", 0, HexSearch::Forward, slice - 1, false}, // over two slices
+            {"back", 599999, HexSearch::Backward, 600000 - slice - 5, false},
+            {"+edit+", 0, HexSearch::Forward, 100000, false},
+            {"nowhere", 5, HexSearch::Forward, -1, true},
+            {QByteArray(700000, '.'), 5, HexSearch::Forward, -1, true},
+            {QByteArray(), 5, HexSearch::Forward, -1, true}};
+        for (const auto &[pattern, from, direction, position, wraps] : rows) {
+            HexSearch search(document, pattern, from, direction);
             HexSearch::State state = HexSearch::State::Running;
             for (int steps = 0; state == HexSearch::State::Running && steps < 20; ++steps)
                 state = search.step();
-            QCOMPARE(state, row.position < 0 ? HexSearch::State::NotFound : HexSearch::State::Found);
-            QVERIFY(row.position < 0 ||
-                    (search.position() == row.position && search.hasWrapped() == row.wraps));
+            QCOMPARE(state, position < 0 ? HexSearch::State::NotFound : HexSearch::State::Found);
+            QVERIFY(position < 0 || (search.position() == position && search.hasWrapped() == wraps));
         }
     }
 

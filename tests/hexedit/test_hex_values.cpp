@@ -69,24 +69,20 @@ private slots:
 
     void readsCharacters()
     {
-        const struct
-        {
-            const char *hex;
-            int codec;
-            const char *cells;
-        } rows[] = {{"41 C2A9 E6B8A9 F09F9880 42", 0, "A©_温__😀___B"},
-                    {"E6B8 41 B8A9 E6", 0, "..A..."}, // cut
-                    {"C080 E09FBF EDA080 F08FBFBF F4908080 F5 FF", 0, ".................."},
-                    {"41 CEC2 42 81308130 43", 1, "A温_B....C"}, // U+0080 is a control
-                    {"CEC2 9439DA33 3A 9439DA33", 1, "温_💩___:...."},
-                    {"CEC2 CE 0A C2 81 30 81 41", 1, "温_....0.."},       // cut
-                    {"8141 CEC2 8141 8141 20 8141", 1, "丄_温_丄_.. .."}, // rare ones
-                    {"41 CEC2 E6B8A9", -1, "A....."},
-                    {"00 1F 20 7E 7F E2808B EFBBBF CC81 EE8080", 0, ".. ~............"}};
-        for (const auto &row : rows) {
+        const std::tuple<const char *, int, const char *> rows[] = {
+            {"41 C2A9 E6B8A9 F09F9880 42", 0, "A©_温__😀___B"},
+            {"E6B8 41 B8A9 E6", 0, "..A..."}, // cut
+            {"C080 E09FBF EDA080 F08FBFBF F4908080 F5 FF", 0, ".................."},
+            {"41 CEC2 42 81308130 43", 1, "A温_B....C"}, // U+0080 is a control
+            {"CEC2 9439DA33 3A 9439DA33", 1, "温_💩___:...."},
+            {"CEC2 CE 0A C2 81 30 81 41", 1, "温_....0.."},       // cut
+            {"8141 CEC2 8141 8141 20 8141", 1, "丄_温_丄_.. .."}, // rare ones
+            {"41 CEC2 E6B8A9", -1, "A....."},
+            {"00 1F 20 7E 7F E2808B EFBBBF CC81 EE8080", 0, ".. ~............"}};
+        for (const auto &[hex, codec, cells] : rows) {
             HexDocument document;
-            document.appendContent(QByteArray::fromHex(row.hex));
-            QCOMPARE(shown(document, 0, 100, row.codec), QString(row.cells));
+            document.appendContent(QByteArray::fromHex(hex));
+            QCOMPARE(shown(document, 0, 100, codec), QString(cells));
         }
     }
 
@@ -109,12 +105,8 @@ private slots:
 
     void explainsBytes()
     {
-        const struct
-        {
-            QByteArray bytes;
-            bool bigEndian;
-            const char *expected; // name=text of those looked at
-        } rows[] = {
+        // "name=text" of those looked at.
+        const std::tuple<QByteArray, bool, const char *> rows[] = {
             {QByteArray::fromHex("FEFFFFFFFFFFFFFF"), false,
              "uint8=254 int8=-2 uint16=65534 int16=-2 uint32=4294967294 int32=-2 "
              "uint64=18446744073709551614 int64=-2"},
@@ -128,11 +120,11 @@ private slots:
             {"\xD6\xD0!", false, "GB18030=\xE4\xB8\xAD UTF-8="},
             {QByteArray::fromHex("6553F100"), true, "uint32=1700000000 时间戳(32位)=2023-11-14_22:13:20"},
             {QByteArray(), false, "uint8= int64= float= 时间戳(32位)= UTF-8="}};
-        for (const auto &row : rows) {
+        for (const auto &[bytes, bigEndian, expected] : rows) {
             QHash<QString, QString> values;
-            for (const HexInspector::Value &value : HexInspector::values(row.bytes, row.bigEndian))
+            for (const HexInspector::Value &value : HexInspector::values(bytes, bigEndian))
                 values.insert(value.name, QString(value.text).replace(' ', '_'));
-            for (const QString &pair : QString(row.expected).split(' '))
+            for (const QString &pair : QString(expected).split(' '))
                 QCOMPARE(values.value(pair.section('=', 0, 0), "(none)"), pair.section('=', 1));
         }
     }

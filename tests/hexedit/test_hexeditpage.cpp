@@ -303,26 +303,20 @@ private slots:
     {
         put("text.bin", "ab\xD6\xD0!ab\xE4\xB8\xAD!ab");
         open("text.bin");
-        const struct
-        {
-            int kind;
-            QString text;
-            const char *button;
-            qint64 begin, length;
-        } rows[] = {
+        const std::tuple<int, QString, const char *, qint64, qint64> rows[] = {
             {0, "61 62", "btnFindNext", 0, 2},  {0, "61 62", "btnFindNext", 5, 2},
             {1, "中", "btnFindNext", 7, 3},     {2, "中", "btnFindPrevious", 2, 2},
             {1, "ab", "btnFindPrevious", 0, 2}, {1, "ab", "btnFindPrevious", 11, 2}, // round the start
             {0, "6", "btnFindNext", 11, 2},     {1, "nowhere", "btnFindNext", 11, 2},
             {1, "", "btnFindNext", 11, 2},      {0, QString("61").repeated(4001), "btnFindNext", 11, 2},
         };
-        for (const auto &row : rows) {
+        for (const auto &[kind, text, button, begin, length] : rows) {
             QtMessageTip::showTip(QString());
-            child<QComboBox>("comboFindKind")->setCurrentIndex(row.kind);
-            enter("editFind", row.text);
-            click(row.button);
-            QCOMPARE(edit()->selectionBegin(), row.begin);
-            QCOMPARE(edit()->selectionLength(), row.length);
+            child<QComboBox>("comboFindKind")->setCurrentIndex(kind);
+            enter("editFind", text);
+            click(button);
+            QCOMPARE(edit()->selectionBegin(), begin);
+            QCOMPARE(edit()->selectionLength(), length);
         }
         QVERIFY(tip().contains("4001")); // a part of a long pattern would be another one
         auto *field = child<QLineEdit>("editFind");

@@ -205,32 +205,25 @@ private slots:
     // half of a character stays behind.
     void movesBytesExactly()
     {
-        const struct
-        {
-            QByteArray bytes;
-            int codec;
-            bool inText;
-            qint64 begin, length;
-            QByteArray left;
-            QString text; // for other programs
-        } rows[] = {
+        // What is selected, what is left, and the text for other programs.
+        const std::tuple<QByteArray, int, bool, qint64, qint64, QByteArray, QString> rows[] = {
             {QByteArray("\x00\xff\x80\xc3z", 5), 0, true, 0, 4, "z",
              QString(QChar(0)) + QString(3, QChar(0xFFFD))},
             {"a\xCE\xC2\xB6\xC8z", 1, true, 2, 2, "az", "温度"},
             {"a\xCE\xC2\xB6\xC8z", 1, false, 2, 2, "a\xCE\xC8z", "C2 B6"},
             {"\xEF\xBB\xBF-2", 0, true, 0, 4, "2", QStringLiteral("\uFEFF-")},
         };
-        for (const auto &row : rows) {
-            showData(row.bytes);
-            m_edit->setTextCodec(row.codec);
+        for (const auto &[bytes, codec, inText, begin, length, left, text] : rows) {
+            showData(bytes);
+            m_edit->setTextCodec(codec);
             m_edit->setOverwrite(false);
-            click(0, row.inText);
-            m_edit->select(row.begin, row.length);
+            click(0, inText);
+            m_edit->select(begin, length);
             keys("Ctrl+X");
-            QCOMPARE(content(), row.left);
-            QCOMPARE(QApplication::clipboard()->text(), row.text);
-            keys(row.inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");
-            QCOMPARE(content(), row.bytes);
+            QCOMPARE(content(), left);
+            QCOMPARE(QApplication::clipboard()->text(), text);
+            keys(inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");
+            QCOMPARE(content(), bytes);
         }
         // Text that the codec can't say is refused.
         m_edit->setTextCodec(0);

@@ -121,30 +121,22 @@ private slots:
     {
         const QStringList waiting("waiting"), dropped("dropped");
         const QStringList zero{"1:2:0", "2:2:9", "waiting"};
-        const struct
-        {
-            int length;
-            QStringList first;
-            const char *state;
-        } rows[] = {{-1, dropped, "blocked"},
-                    {0, dropped, "blocked"},
-                    {INT_MAX, waiting, "overlong"},
-                    {257, waiting, "overlong"},
-                    {256, waiting, ""},
-                    {5, {"1:0:0", "2:2:9", "waiting"}, ""},
-                    {10, zero, ""},
-                    {13, zero, ""},
-                    {16, {"1:2:5", "2:2:9", "waiting"}, ""}};
-        for (const auto &row : rows) {
+        const std::tuple<int, QStringList, const char *> rows[] = {{-1, dropped, "blocked"},
+                                                                   {0, dropped, "blocked"},
+                                                                   {INT_MAX, waiting, "overlong"},
+                                                                   {257, waiting, "overlong"},
+                                                                   {256, waiting, ""},
+                                                                   {5, {"1:0:0", "2:2:9", "waiting"}, ""},
+                                                                   {10, zero, ""},
+                                                                   {13, zero, ""},
+                                                                   {16, {"1:2:5", "2:2:9", "waiting"}, ""}};
+        for (const auto &[length, first, state] : rows) {
             PidParser parser;
-            QByteArray bytes = frame(1, row.length, 2, "05000000") + '\0';
-            if (row.length > 0 && row.length < bytes.size())
-                bytes.truncate(qMax(10, row.length)); // with the complete length in it
-            QCOMPARE(run(parser, bytes + actual(2, "09000000")), row.first);
-            QCOMPARE(QString(parser.isBlocked()    ? "blocked"
-                             : parser.isOverlong() ? "overlong"
-                                                   : ""),
-                     row.state);
+            QByteArray bytes = frame(1, length, 2, "05000000") + '\0';
+            if (length > 0 && length < bytes.size())
+                bytes.truncate(qMax(10, length)); // with the complete length in it
+            QCOMPARE(run(parser, bytes + actual(2, "09000000")), first);
+            QCOMPARE(QString(parser.isBlocked() ? "blocked" : parser.isOverlong() ? "overlong" : ""), state);
             if (!parser.isOverlong())
                 continue;
             parser.skipHead();

@@ -19,30 +19,27 @@ class TestRegisterTable : public QObject
 private slots:
     void readsFiles()
     {
-        const struct
-        {
-            QByteArray content;
-            const char *rows; // cells with |, rows with /
-            int skipped;
-        } files[] = {{"1,3008,5A,x\n2,3009,00,y\n", "1|3008|5A|x/2|3009|00|y", 0},
-                     {"1,2,3\n1,2,3,4,5\n\n", "1|2|3|4", 1},
-                     {"1,2,3,4", "1|2|3|4", 0},
-                     {"1,2,3,\xc6\xd8\xb9\xe2\n", "1|2|3|曝光", 0},            // GB18030
-                     {"\xef\xbb\xbf" + QByteArray("1,2,3,曝"), "1|2|3|曝", 0}, // with a byte order mark
-                     {"1,2,3,曝光\n", "1|2|3|曝光", 0},
-                     {"\"1\",\"30\",4,5", "\"1\"|\"30\"|4|5", 0},
-                     {"1,2,3,\xc6", "1|2|3|", 0},
-                     {"1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n", "1|2|3|4/5|6|7|8/9|||", 0}};
-        for (const auto &file : files) {
-            RegisterCsv::Reader reader(file.content, 3);
+        // Cells with |, rows with /; how many were skipped.
+        const std::tuple<QByteArray, const char *, int> files[] = {
+            {"1,3008,5A,x\n2,3009,00,y\n", "1|3008|5A|x/2|3009|00|y", 0},
+            {"1,2,3\n1,2,3,4,5\n\n", "1|2|3|4", 1},
+            {"1,2,3,4", "1|2|3|4", 0},
+            {"1,2,3,\xc6\xd8\xb9\xe2\n", "1|2|3|曝光", 0},            // GB18030
+            {"\xef\xbb\xbf" + QByteArray("1,2,3,曝"), "1|2|3|曝", 0}, // with a byte order mark
+            {"1,2,3,曝光\n", "1|2|3|曝光", 0},
+            {"\"1\",\"30\",4,5", "\"1\"|\"30\"|4|5", 0},
+            {"1,2,3,\xc6", "1|2|3|", 0},
+            {"1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n", "1|2|3|4/5|6|7|8/9|||", 0}};
+        for (const auto &[content, rows, skipped] : files) {
+            RegisterCsv::Reader reader(content, 3);
             while (reader.read(1)) {
             }
             QStringList seen;
             for (const RegisterRow &row : reader.rows())
                 seen += QStringList{row.number, row.address, row.value, row.description}.join('|');
-            QCOMPARE(seen.join('/'), QString(file.rows));
-            QCOMPARE(reader.skipped(), file.skipped);
-            QCOMPARE(reader.beyondLimit(), qMax(0, file.content.count("\n") - 3));
+            QCOMPARE(seen.join('/'), QString(rows));
+            QCOMPARE(reader.skipped(), skipped);
+            QCOMPARE(reader.beyondLimit(), qMax(0, content.count("\n") - 3));
         }
     }
 

@@ -86,22 +86,18 @@ private slots:
     // Esc means stay; a question that may lose something has no default answer.
     void answersQuestions()
     {
-        const struct
-        {
-            const char *how;
-            int question;
-            QtMessageBox::SaveAnswer saveQuestion;
-        } rows[] = {{"btnOk", 1, QtMessageBox::Save},    {"btnCancel", 0, QtMessageBox::Cancel},
-                    {"return", 1, QtMessageBox::Cancel}, {"escape", 0, QtMessageBox::Cancel},
-                    {"close", 0, QtMessageBox::Cancel},  {"btnDiscard", -1, QtMessageBox::Discard}};
-        for (const auto &row : rows) {
-            const auto act = [&row](QWidget *box) { answer(box, row.how); };
+        const std::tuple<const char *, int, QtMessageBox::SaveAnswer> rows[] = {
+            {"btnOk", 1, QtMessageBox::Save},    {"btnCancel", 0, QtMessageBox::Cancel},
+            {"return", 1, QtMessageBox::Cancel}, {"escape", 0, QtMessageBox::Cancel},
+            {"close", 0, QtMessageBox::Cancel},  {"btnDiscard", -1, QtMessageBox::Discard}};
+        for (const auto &[how, question, saveQuestion] : rows) {
+            const auto act = [name = how](QWidget *box) { answer(box, name); };
             whenModal(act);
-            QCOMPARE(QtMessageBox::saveQuestion(nullptr, {}, "保存?"), row.saveQuestion);
-            if (row.question < 0)
+            QCOMPARE(QtMessageBox::saveQuestion(nullptr, {}, "保存?"), saveQuestion);
+            if (question < 0)
                 continue;
             whenModal(act);
-            QCOMPARE(QtMessageBox::question(nullptr, "询问", "继续?"), row.question);
+            QCOMPARE(QtMessageBox::question(nullptr, "询问", "继续?"), question);
         }
     }
 
@@ -172,29 +168,27 @@ private slots:
 
     void savesFiles()
     {
-        const struct
-        {
-            QString filter, typed, saved;
-        } rows[] = {{"数据文件(*.bin)", "out", "out.bin"},
-                    {QString(), "out.log", "out.log"},
-                    {"所有文件(*.*)", "plain", "plain"},
-                    {"文本文件(*.txt)", "old", "old.txt"}}; // there already
+        const std::tuple<QString, QString, QString> rows[] = {
+            {"数据文件(*.bin)", "out", "out.bin"},
+            {QString(), "out.log", "out.log"},
+            {"所有文件(*.*)", "plain", "plain"},
+            {"文本文件(*.txt)", "old", "old.txt"}}; // there already
         touch("old.txt");
-        for (auto row : rows) {
+        for (auto [filter, typed, saved] : rows) {
             int asked = 0;
-            DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
-                return text.contains(row.saved) && ++asked == 2 ? 1 : 0;
+            DialogAnswers::instance().message = [&asked, name = saved](auto, const QString &text, int) {
+                return text.contains(name) && ++asked == 2 ? 1 : 0;
             };
-            whenModal([&row](QWidget *dialog) {
-                typeName(dialog, row.typed);
+            whenModal([name = typed](QWidget *dialog) {
+                typeName(dialog, name);
                 if (dialog->isVisible()) // the first answer: not over the old one
-                    typeName(dialog, row.typed);
+                    typeName(dialog, name);
             });
             QCOMPARE(QtFileDialog::getSaveFileName(nullptr, {}, m_root->path(),
                                                    "文本文件(*.txt);;数据文件(*.bin);;所有文件(*.*)",
-                                                   row.filter.isEmpty() ? nullptr : &row.filter),
-                     m_root->filePath(row.saved));
-            QCOMPARE(asked, row.saved == "old.txt" ? 2 : 0);
+                                                   filter.isEmpty() ? nullptr : &filter),
+                     m_root->filePath(saved));
+            QCOMPARE(asked, saved == "old.txt" ? 2 : 0);
         }
     }
 

@@ -28,27 +28,24 @@ class FrameTest : public QObject
 private slots:
     void edgesOfPoints()
     {
-        const struct
-        {
-            QPoint point; // of 400 x 300
-            Qt::Edges edges;
-            Qt::CursorShape cursor;
-        } rows[] = {{{4, 150}, Qt::LeftEdge, Qt::SizeHorCursor},
-                    {{5, 150}, {}, Qt::ArrowCursor},
-                    {{395, 150}, Qt::RightEdge, Qt::SizeHorCursor},
-                    {{394, 150}, {}, Qt::ArrowCursor},
-                    {{200, 4}, Qt::TopEdge, Qt::SizeVerCursor},
-                    {{200, 295}, Qt::BottomEdge, Qt::SizeVerCursor},
-                    {{9, 2}, Qt::LeftEdge | Qt::TopEdge, Qt::SizeFDiagCursor}, // reaches along the top
-                    {{399, 0}, Qt::RightEdge | Qt::TopEdge, Qt::SizeBDiagCursor},
-                    {{1, 292}, Qt::LeftEdge | Qt::BottomEdge, Qt::SizeBDiagCursor},
-                    {{398, 298}, Qt::RightEdge | Qt::BottomEdge, Qt::SizeFDiagCursor},
-                    {{400, 150}, {}, Qt::ArrowCursor},
-                    {{-1, -1}, {}, Qt::ArrowCursor}};
-        for (const auto &row : rows) {
-            const Qt::Edges found = FrameGeometry::edgesAt(row.point, {400, 300}, 5);
-            QCOMPARE(int(found), int(row.edges));
-            QCOMPARE(FrameGeometry::cursorFor(found), row.cursor);
+        // Points of 400 x 300.
+        const std::tuple<QPoint, Qt::Edges, Qt::CursorShape> rows[] = {
+            {{4, 150}, Qt::LeftEdge, Qt::SizeHorCursor},
+            {{5, 150}, {}, Qt::ArrowCursor},
+            {{395, 150}, Qt::RightEdge, Qt::SizeHorCursor},
+            {{394, 150}, {}, Qt::ArrowCursor},
+            {{200, 4}, Qt::TopEdge, Qt::SizeVerCursor},
+            {{200, 295}, Qt::BottomEdge, Qt::SizeVerCursor},
+            {{9, 2}, Qt::LeftEdge | Qt::TopEdge, Qt::SizeFDiagCursor}, // reaches along the top
+            {{399, 0}, Qt::RightEdge | Qt::TopEdge, Qt::SizeBDiagCursor},
+            {{1, 292}, Qt::LeftEdge | Qt::BottomEdge, Qt::SizeBDiagCursor},
+            {{398, 298}, Qt::RightEdge | Qt::BottomEdge, Qt::SizeFDiagCursor},
+            {{400, 150}, {}, Qt::ArrowCursor},
+            {{-1, -1}, {}, Qt::ArrowCursor}};
+        for (const auto &[point, edges, cursor] : rows) {
+            const Qt::Edges found = FrameGeometry::edgesAt(point, {400, 300}, 5);
+            QCOMPARE(int(found), int(edges));
+            QCOMPARE(FrameGeometry::cursorFor(found), cursor);
         }
     }
 

@@ -315,24 +315,19 @@ private slots:
     // what is below can be scrolled to.
     void panelsFitTheWindow()
     {
-        const struct
-        {
-            int tool;
-            const char *box;
-            int protocol;
-        } rows[] = {{0, nullptr, 0},
-                    {1, "comboCameraProtocol", 0},
-                    {1, "comboCameraProtocol", 3}, // serial port
-                    {2, "comboNetType", 0},
-                    {2, "comboNetType", 2}, // UDP
-                    {3, nullptr, 0}};
+        const std::tuple<int, const char *, int> rows[] = {{0, nullptr, 0},
+                                                           {1, "comboCameraProtocol", 0},
+                                                           {1, "comboCameraProtocol", 3}, // serial port
+                                                           {2, "comboNetType", 0},
+                                                           {2, "comboNetType", 2}, // UDP
+                                                           {3, nullptr, 0}};
         QApplication::setFont(QFont(Fonts::uiFamily(), 9));
         makeWindow();
         show();
-        for (const auto &row : rows) {
-            m_stack->setCurrentIndex(row.tool);
-            if (row.box)
-                m_window->findChild<QComboBox *>(row.box)->setCurrentIndex(row.protocol);
+        for (const auto &[tool, box, protocol] : rows) {
+            m_stack->setCurrentIndex(tool);
+            if (box)
+                m_window->findChild<QComboBox *>(box)->setCurrentIndex(protocol);
             auto *panel = m_stack->currentWidget()->findChild<FormPanel *>();
             m_window->resize(1000, 550);
             QTRY_COMPARE(panel->verticalScrollBar()->maximum(), 0);
