@@ -1,6 +1,7 @@
 // What a user finds on each page at first start: every widget with its texts,
-// ranges, defaults, keys and layout, compared with the record in widgets.txt.
-// A change that is meant: copy the file that the failed test names over it.
+// ranges, defaults, keys and layout; then what changes when every option is
+// used, and what is kept of it. Compared with the record in widgets.txt. To accept
+// an intended change, copy the file that the failed test names over the record.
 
 #include "apppaths.h"
 #include "korvexresources.h"
@@ -21,6 +22,7 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QMenu>
+#include <QSpinBox>
 #include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -171,6 +173,29 @@ void describe(const QObject *object, int depth, QStringList *lines)
         describe(child, depth + 1, lines);
 }
 
+QStringList described(const QWidget &window)
+{
+    QStringList lines;
+    describe(&window, 0, &lines);
+    return lines;
+}
+
+// Chooses the last entry of every list, and presses every check box and every
+// button that only changes the view.
+void useOptions(const QWidget &window)
+{
+    for (auto *combo : window.findChildren<QComboBox *>())
+        if (!isOfTheMachine(combo))
+            combo->setCurrentIndex(combo->count() - 1);
+    for (auto *spin : window.findChildren<QSpinBox *>())
+        spin->stepUp();
+    for (auto *button : window.findChildren<QAbstractButton *>())
+        if (button->isEnabled() &&
+            (button->isCheckable() || button->objectName() == "btnFold" || button->objectName() == "btnMode"))
+            button->click();
+    QCoreApplication::processEvents();
+}
+
 } // namespace
 
 class TestWidgets : public QObject
@@ -196,7 +221,7 @@ private slots:
             tabs->setCurrentIndex(i);
             QCoreApplication::processEvents();
         }
-        describe(&window, 0, &lines);
+        lines = described(window);
         QtStyleDialog style(QtStyleDialog::SendArea);
         QtMessageBox box;
         QtWaitDialog wait("wait");
@@ -204,6 +229,15 @@ private slots:
         TransferLogDialog log("log");
         for (const QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log})
             describe(dialog, 0, &lines);
+        const QStringList before = described(window);
+        useOptions(window);
+        const QStringList after = described(window);
+        lines += "after every option was used:";
+        for (int i = 0; i < after.size(); ++i)
+            if (before.value(i) != after.at(i))
+                lines += after.at(i);
+        lines += "the settings then:";
+        lines += QString::fromUtf8(contentOf(AppPaths::configFile())).split('\n');
         const QByteArray actual = lines.join('\n').toUtf8() + '\n';
         const QByteArray expected = contentOf(QFINDTESTDATA("widgets.txt"));
         const QString name = QDir::current().filePath("widgets.actual.txt");
