@@ -180,6 +180,10 @@ private slots:
     void keepsTypedText()
     {
         const QByteArray integersOf1 = report(1, 1, "63000000") + report(1, 6, "64000000"); // 99, 100
+        const QByteArray allOf2 =
+            report(2, 1, "39300000") + report(2, 6, "64000000") + report(2, 3, "0000803f000000000000003f");
+        receive(allOf2); // another channel is selected
+        QCOMPARE(texts() + '|' + integers(), "0.567/0.567/0.567|/");
         for (const auto &[field, text] :
              {std::pair{"editP", "3.0"}, {"editI", "4.0"}, {"editTarget", "12"}, {"editPeriod", "5"}})
             type(field, text);
@@ -188,8 +192,8 @@ private slots:
         receive(kGains + integersOf1);
         QCOMPARE(texts() + '|' + integers(), "3.0/4.0/0.567|12/5");
         select(2); // has nothing typed
-        receive(report(2, 1, "39300000") + report(2, 6, "64000000") +
-                report(2, 3, "0000803f000000000000003f"));
+        QCOMPARE(texts() + '|' + integers(), "1.000/0.000/0.500|12345/100");
+        receive(allOf2);
         QCOMPARE(texts() + '|' + integers(), "1/0/0.5|12345/100");
         select(1);
         QCOMPARE(texts() + '|' + integers(), "3.0/4.0/0.567|12/5");
@@ -206,6 +210,9 @@ private slots:
         click("btnSendPeriod");
         receive(integersOf1 + kGains);
         QCOMPARE(texts() + '|' + integers(), "1.5/0.25/0|99/100");
+        select(2);
+        select(1);
+        QCOMPARE(texts() + '|' + integers(), "1.500/0.250/0.000|99/100");
     }
 
     void followsStartAndStop()

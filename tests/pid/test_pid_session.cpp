@@ -193,6 +193,7 @@ private slots:
         }
         m_session->receive(PidFrame::build(9, 1, {}) + zeroLength + QByteArray(300, 'x'), 0); // returns
         m_session->setOpen(false);
+        QVERIFY(!timeout()->isActive());
         m_session->receive(actual(1, 7), 0);
         QCOMPARE(samples(0).size(), 1);
     }

@@ -100,10 +100,9 @@ private slots:
             pageEdit()->setText(wrong);
             QTest::keyClick(pageEdit(), Qt::Key_Return);
             m_bar->SltJumpPage();
-            QCOMPARE(taken(), QString());
-            QCOMPARE(m_bar->currentPage(), 12);
-            QCOMPARE(QtMessageTip::current()->text(), QString("当前设置超出范围！"));
+            QVERIFY(taken().isEmpty() && m_bar->currentPage() == 12);
             QVERIFY(QtMessageTip::current()->isVisible());
+            QCOMPARE(QtMessageTip::current()->text(), QString("当前设置超出范围！"));
             QtMessageTip::current()->sltTimeOut();
         }
     }
@@ -137,18 +136,15 @@ private slots:
 
     void tipLooks()
     {
-        const auto picture = [] {
-            return QtMessageTip::current()->grab().toImage().convertToFormat(QImage::Format_ARGB32);
-        };
+        const QColor ground("#f03e10");
         QtMessageTip::showTipAt("提示提示提示", {0, 0});
-        QImage image = picture();
-        QCOMPARE(image.pixelColor(1 + 15, 6), QColor("#f03e10")); // the pointer
+        QImage image = QtMessageTip::current()->grab().toImage().convertToFormat(QImage::Format_ARGB32);
+        QCOMPARE(image.pixelColor(1 + 15, 6), ground); // the pointer
         QCOMPARE(image.pixelColor(40, 6).alpha(), 0);
-        QCOMPARE(image.pixelColor(40, 11), QColor("#f03e10"));
+        QCOMPARE(image.pixelColor(40, 11), ground);
         QtMessageTip::showTip("提示提示提示");
-        image = picture();
+        image = QtMessageTip::current()->grab().toImage();
         QCOMPARE(image.pixelColor(6, image.height() / 2), QColor("#252526"));
-        QCOMPARE(image.pixelColor(0, image.height() / 2).alpha(), 0);
         const QRegion shape = QtMessageTip::current()->mask();
         QVERIFY(shape.contains(image.rect().center()) && !shape.contains(QPoint(0, 0)));
     }
@@ -161,7 +157,7 @@ private slots:
         QVERIFY(spinner.grab().toImage() != before);
         for (int i = 0; i < 11; ++i)
             spinner.rotate();
-        QCOMPARE(spinner.position(), 0);
+        QCOMPARE(spinner.grab().toImage(), before);
         spinner.start();
         QTRY_VERIFY_WITH_TIMEOUT(spinner.position() > 0, 30000);
         spinner.stop();

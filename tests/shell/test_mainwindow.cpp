@@ -74,6 +74,8 @@ private slots:
         m_window->resize(800, 500);
         show();
         QCOMPARE(m_window->size(), QSize(800, 500));
+        QCOMPARE(m_window->findChild<QtTitleBar *>()->title(), QString("Orvane多功能调试助手"));
+        QVERIFY(action("发送区设置") && action("检查版本更新"));
         QCOMPARE(m_tabs->count(), m_stack->count());
         QVERIFY(m_tabs->tabRect(4).right() < 800);
     }

@@ -6,6 +6,7 @@
 #include "korvexresources.h"
 #include "settings.h"
 #include "skin.h"
+#include "testfiles.h"
 
 #include <QApplication>
 #include <QFile>
@@ -66,12 +67,7 @@ private slots:
     void files()
     {
         QFETCH(int, index);
-        QFile file(QStringLiteral(":/resources/css/%1.css").arg(QLatin1String(QTest::currentDataTag())));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
-        QVERIFY(bytes.size() > 5000);
-        for (const char byte : bytes)
-            QVERIFY(byte >= 0);
+        const QByteArray bytes = contentOf(QString(":/resources/css/%1.css").arg(QTest::currentDataTag()));
         QVERIFY2(!bytes.contains('@'), "a color of the template was not filled in");
         QVERIFY(!bytes.contains("recvBrowser") && !bytes.contains("textEditSend"));
         // Every picture that is named exists.
