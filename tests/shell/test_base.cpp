@@ -95,12 +95,15 @@ private slots:
         QTest::keyClicks(pageEdit(), "1a2x3"); // digits only, two at most
         QTest::keyClick(pageEdit(), Qt::Key_Return);
         QCOMPARE(taken(), QString("page 12;"));
+        pageEdit()->setText("1");
+        QTest::keyClick(pageEdit(), Qt::Key_Return);
+        QCOMPARE(taken(), QString("page 1;"));
         QVERIFY(!QtMessageTip::current());
         for (const char *wrong : {"13", "0", ""}) {
             pageEdit()->setText(wrong);
             QTest::keyClick(pageEdit(), Qt::Key_Return);
             m_bar->SltJumpPage();
-            QVERIFY(taken().isEmpty() && m_bar->currentPage() == 12);
+            QVERIFY(taken().isEmpty() && m_bar->currentPage() == 1);
             QVERIFY(QtMessageTip::current()->isVisible());
             QCOMPARE(QtMessageTip::current()->text(), QString("当前设置超出范围！"));
             QtMessageTip::current()->sltTimeOut();

@@ -215,6 +215,7 @@ private slots:
         const QString path = touch("a.txt");
         QtFileDialog open(QtFileDialog::OpenFile, {}, path, {});
         open.show();
+        QCOMPARE(open.findChild<QFileDialog *>()->directory(), QDir(m_root->path())); // not the last one
         auto *list = open.findChild<QListView *>("listView");
         auto *model = open.findChild<QFileSystemModel *>();
         QTRY_VERIFY(model->index(path).isValid());

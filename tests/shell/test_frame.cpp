@@ -37,6 +37,7 @@ private slots:
             {{200, 4}, Qt::TopEdge, Qt::SizeVerCursor},
             {{200, 295}, Qt::BottomEdge, Qt::SizeVerCursor},
             {{9, 2}, Qt::LeftEdge | Qt::TopEdge, Qt::SizeFDiagCursor}, // reaches along the top
+            {{10, 2}, Qt::TopEdge, Qt::SizeVerCursor},
             {{399, 0}, Qt::RightEdge | Qt::TopEdge, Qt::SizeBDiagCursor},
             {{1, 292}, Qt::LeftEdge | Qt::BottomEdge, Qt::SizeBDiagCursor},
             {{398, 298}, Qt::RightEdge | Qt::BottomEdge, Qt::SizeFDiagCursor},

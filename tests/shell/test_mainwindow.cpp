@@ -201,6 +201,8 @@ private slots:
     {
         for (const char *text : {"UTF-8", "浅色", "自动保存"})
             action(text)->trigger();
+        auto *field = m_window->findChild<QAbstractButton *>("checkPidFitAll"); // of a page
+        field->click();
         const QByteArray before = config();
         QString asked;
         int answer = 0;
@@ -215,6 +217,7 @@ private slots:
         answer = 1;
         action("恢复默认设置")->trigger();
         QCOMPARE(checked(), QString("GB18030 深色 关闭时不提醒"));
+        QVERIFY(!field->isChecked());
         QCOMPARE(Skin::palette().name, QString("default"));
         QCOMPARE(QtMessageTip::current()->text(), QString("配置已恢复！"));
         QCOMPARE(QtMessageTip::current()->tipStyle(), QtMessageTip::Notice);
@@ -243,10 +246,17 @@ private slots:
 
     void everyPageReachesTheStatusBar()
     {
+        auto *count = m_window->findChild<QtCountLabel *>("sentCount");
         for (int i = 0; i < m_stack->count(); ++i) {
-            emit qobject_cast<QtWidgetBase *>(m_stack->widget(i))->signalNotify(QString::number(i), 255);
+            auto *page = qobject_cast<QtWidgetBase *>(m_stack->widget(i));
+            emit page->signalNotify(QString::number(i), 255);
             QCOMPARE(m_notice->fullText(), QString::number(i));
             QVERIFY(m_notice->isError());
+            m_stack->setCurrentIndex(i);
+            count->setText("before");
+            if (i != 3) // the PID page counts nothing
+                QVERIFY(QMetaObject::invokeMethod(page, "signalRefresCounts", Q_ARG(int, i)));
+            QCOMPARE(count->text() == "before", i == 3);
         }
     }
 
