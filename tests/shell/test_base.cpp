@@ -65,9 +65,9 @@ private slots:
             m_bar->findChild<QPushButton *>(button)->click();
         QCOMPARE(taken(), QString("page 2;page 5;page 4;page 1;")); // nothing at an end
         QCOMPARE(pageEdit()->text(), QString("1"));
-        for (const int page : {2, 6, 0, 1})
+        for (const int page : {5, 6, 0, 1})
             m_bar->setCurrentPage(page);
-        QCOMPARE(taken(), QString("page 2;page 1;"));
+        QCOMPARE(taken(), QString("page 5;page 1;"));
         QCOMPARE(m_bar->findChild<QLabel *>("pageCount")->text(), QString("/ 5"));
     }
 
