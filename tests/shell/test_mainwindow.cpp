@@ -254,9 +254,8 @@ private slots:
             QVERIFY(m_notice->isError());
             m_stack->setCurrentIndex(i);
             count->setText("before");
-            if (i != 3) // the PID page counts nothing
-                QVERIFY(QMetaObject::invokeMethod(page, "signalRefresCounts", Q_ARG(int, i)));
-            QCOMPARE(count->text() == "before", i == 3);
+            emit page->signalRefresCounts(i);
+            QVERIFY(count->text() != "before");
         }
     }
 
