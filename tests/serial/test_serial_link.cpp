@@ -304,11 +304,11 @@ void TestSerialLink::endsAPacketWhenTheLineIsQuiet()
     });
     reader.setQuietTime(50);
     const qint64 firstUs = Link::nowUs();
-    receive("first ");
+    link.receive("first ");
     do // until the timer is late
         lastUs = Link::nowUs();
     while (lastUs < firstUs + 51000);
-    receive("second");
+    link.receive("second");
     QCOMPARE(reader.lastByte(), 'd');
     QTRY_COMPARE(packets.count(), 1);
     QVERIFY(quietUs >= 50000);

@@ -18,8 +18,8 @@ class TestTerminal : public QObject
 private slots:
     void init();
 
-    void decodesAndInserts();
     void logModeWritesHeaders();
+    void decodesAndInserts();
     void showsFloodsInSlices();
 
     void copiesWithoutCuts();
@@ -81,10 +81,8 @@ void TestTerminal::decodesAndInserts()
     m_terminal->insertTerminalText("\nend"); // behind what is pending
     QCOMPARE(m_terminal->toPlainText(), QStringLiteral("50%\n100%温\nend"));
     m_terminal->setDirectInsert(false);
-    m_terminal->insertTerminalText("10%\r100%\r\nne");
-    m_terminal->insertTerminalText("xt\r\n");
-    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("100%\nnext\n"));
-    QCOMPARE(recorded(), m_terminal->toPlainText());
+    m_terminal->insertTerminalText("50%\r100%");
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("100%"));
 }
 
 void TestTerminal::showsFloodsInSlices()
