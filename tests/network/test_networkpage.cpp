@@ -39,20 +39,27 @@ private slots:
 
 void TestNetworkPage::controlsFollowTheMode_data()
 {
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("port");
     QTest::addColumn<QString>("caption");
     QTest::addColumn<QStringList>("hidden");
-    QTest::newRow("TCP Server") << QStringLiteral("开始监听")
+    QTest::newRow("TCP Server") << QStringLiteral("2.本地IP地址") << QStringLiteral("3.服务器端口")
+                                << QStringLiteral("开始监听")
                                 << QStringList{"editServerAddress", "editDestinationAddress",
                                                "editDestinationPort"};
-    QTest::newRow("TCP Client") << QStringLiteral("建立连接")
+    QTest::newRow("TCP Client") << QStringLiteral("2.服务器IP地址") << QStringLiteral("3.服务器端口")
+                                << QStringLiteral("建立连接")
                                 << QStringList{"comboLocalAddress", "editDestinationAddress",
                                                "editDestinationPort", "comboClients", "btnDisconnect"};
-    QTest::newRow("UDP") << QStringLiteral("打开")
+    QTest::newRow("UDP") << QStringLiteral("本地IP地址") << QStringLiteral("2.本地端口")
+                         << QStringLiteral("打开")
                          << QStringList{"editServerAddress", "comboClients", "btnDisconnect"};
 }
 
 void TestNetworkPage::controlsFollowTheMode()
 {
+    QFETCH(QString, address);
+    QFETCH(QString, port);
     QFETCH(QString, caption);
     QFETCH(QStringList, hidden);
     child<QComboBox>("comboNetType")->setCurrentText(QTest::currentDataTag());
@@ -60,6 +67,13 @@ void TestNetworkPage::controlsFollowTheMode()
     click("btnFold");
     QVERIFY(!child<QWidget>("configPanel")->isVisible());
     click("btnFold");
+    QStringList labels;
+    for (const QLabel *label : m_page->findChildren<QLabel *>()) {
+        if (label->isVisible())
+            labels.append(label->text());
+    }
+    QVERIFY(labels.contains(address) && labels.contains(port));
+    QCOMPARE(labels.contains(QStringLiteral("目的地址:")), !hidden.contains("editDestinationAddress"));
     for (const char *name : {"comboLocalAddress", "editServerAddress", "editPort", "editDestinationAddress",
                              "editDestinationPort", "comboClients", "btnDisconnect"})
         QCOMPARE(child<QWidget>(name)->isVisible(), !hidden.contains(name));

@@ -266,6 +266,11 @@ void TestFileTransfer::startsWhenTheLastBytesHaveLeft()
     QCOMPARE(m_board->read(bytes.size(), 20000), bytes);
     QCOMPARE(answered("C", 133).mid(3, 6), QByteArray("a.bin\0", 6));
     QVERIFY(shown().startsWith("A sign to the receiver"));
+    m_board->write("\x18");
+    QVERIFY(waitForEnd());
+    QVERIFY(text().contains(QStringLiteral("接收端取消了传输"))); // not what ended the first
+    click("btnSendFiles");
+    answered("C", 133);
     m_page.reset(); // and in the middle of a transfer the board is told
     QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18"));
 }

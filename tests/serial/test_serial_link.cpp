@@ -286,6 +286,10 @@ void TestSerialLink::limitsWhatIsQueued()
     QCOMPARE(m_failed->at(1).at(0).toString(), QStringLiteral("设备长时间未接收数据，本次数据未发送！"));
     m_port->close();
     m_port->SerialLink::close();
+    m_failed->clear();
+    m_port->open(m_board->device(), 115200, 8, 0, 0);
+    QCOMPARE(m_port->send(most + 'x'), qint64(0));
+    QCOMPARE(m_failed->count(), 1);
 }
 
 // The reader looks at the time of the last arrival when its timer ends, so that
@@ -347,6 +351,11 @@ void TestSerialLink::pausesWhileTooMuchIsPending()
     QTRY_COMPARE(read.size(), bytes.size());
     QCOMPARE(read, bytes);
     QTRY_VERIFY(packets > 0);
+    backlog = 1000LL * 1000 * 1000;
+    m_board->writeSome(bytes);
+    QVERIFY(!m_port->isReading());
+    reader.stop();
+    QVERIFY(m_port->isReading()); // for whoever has the port next
 }
 
 // There is always more to read.

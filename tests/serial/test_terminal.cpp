@@ -81,8 +81,13 @@ void TestTerminal::decodesAndInserts()
     m_terminal->insertTerminalText("\nend"); // behind what is pending
     QCOMPARE(m_terminal->toPlainText(), QStringLiteral("50%\n100%温\nend"));
     m_terminal->setDirectInsert(false);
-    m_terminal->insertTerminalText("50%\r100%");
-    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("100%"));
+    m_terminal->insertTerminalText("10%\r100%\r\nne");
+    m_terminal->insertTerminalText("xt\r\n");
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("100%\nnext\n"));
+    QCOMPARE(recorded(), m_terminal->toPlainText());
+    m_terminal->clearTerminal();
+    m_terminal->insertTerminalText("x");
+    QCOMPARE(m_terminal->toPlainText(), QStringLiteral("x"));
 }
 
 void TestTerminal::showsFloodsInSlices()
