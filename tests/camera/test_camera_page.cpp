@@ -38,6 +38,13 @@ void TestCameraPage::toleratesChecksums()
     QCOMPARE(m_page->frames(), qint64(1));
     QTRY_VERIFY(hasPicture(0));
     QCOMPARE(shown(0, 0, 0), qRgb(255, 0, 0));
+    // A loss is told once, and again behind a packet.
+    const auto error = [this] { return child<QLabel>("labelImageError")->toolTip(); };
+    m_page->SltRecvImageData("b", "ORVN" + QByteArray::fromHex("00ffffffff02") + "ab");
+    QCOMPARE(error(), QStringLiteral("数据包长度异常，已丢弃"));
+    m_page->SltRecvImageData("b", red);
+    m_page->SltRecvImageData("b", "this is no packet");
+    QCOMPARE(error(), QStringLiteral("无法识别的数据，已丢弃"));
 }
 
 void TestCameraPage::announces()

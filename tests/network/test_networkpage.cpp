@@ -296,12 +296,16 @@ void TestNetworkPage::keepsCharactersWhole()
 
 void TestNetworkPage::stopsShowing()
 {
+    m_page->sltRecvSocketMessage("a", "shown");
     click("checkStopShow");
     m_page->sltRecvSocketMessage("a", "hidden");
-    QCOMPARE(shown(), QString());
-    QCOMPARE(received(), qint64(6));
-    QCOMPARE(m_page->spool().read(0, 100), QByteArray("hidden"));
-    WAIT_EQUAL(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 6"));
+    QCOMPARE(shown(), QStringLiteral("[Tcp client a] shown"));
+    QCOMPARE(m_page->spool().read(0, 100), QByteArray("shownhidden"));
+    WAIT_EQUAL(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 11"));
+    const QString name = m_root->filePath("shown.txt");
+    DialogAnswers::instance().fileNames = [&](auto...) { return QStringList(name); };
+    click("btnSaveRecv");
+    QVERIFY(lastNotice().contains(QStringLiteral("不含“停止显示”期间的数据")));
     m_page->clearCounts();
     QCOMPARE(m_page->counts(), (QStringList{"0", "0"}));
 }

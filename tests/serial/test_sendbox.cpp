@@ -154,10 +154,12 @@ void TestSendBox::sendsTypedText()
     m_box->setNewline(true);
     press("btnSingleSend");
     QCOMPARE(lastSent(), QByteArray("\xe6\xb8\xa9\r\n"));
-    m_box->setNewline(false);
     press("btnClearSend");
+    press("btnSingleSend");
+    QCOMPARE(lastSent(), QByteArray("\r\n"));
+    m_box->setNewline(false);
     press("btnSingleSend"); // nothing to send
-    QCOMPARE(m_sent->count(), 2);
+    QCOMPARE(m_sent->count(), 3);
     m_editor->undo();
     QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
 }

@@ -133,10 +133,16 @@ void TestSerialFiles::tellsAFullDisk()
     const QString notice = lastNotice();
     save("full.txt");
     const QString saved = lastNotice();
+    Settings::instance().closeBehaviour = Settings::AutoSave;
+    qputenv("HOME", "/dev/null"); // the user's documents
+    DialogAnswers::instance().message = [](auto...) { return int(QtMessageBox::Cancel); };
+    const bool mayExit = m_page->saveBeforeExit();
     QString reason;
     const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
     setrlimit(RLIMIT_FSIZE, &before);
-    QVERIFY(!written);
+    QVERIFY(!written && !mayExit);
+    Settings::instance().closeBehaviour = Settings::Ask;
+    QVERIFY(!m_page->mayClose());
     for (const QString &text : {notice, saved, reason})
         QVERIFY2(text.contains(QStringLiteral("磁盘空间")), qPrintable(text));
     QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
@@ -252,6 +258,7 @@ void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
     QVERIFY(!shown().contains("not saved"));
     QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 2);
+    save("no/such/folder/x.bin");
     save("saved.txt"); // which does not hold it
     QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 3);
