@@ -10,6 +10,7 @@
 #include <QSpinBox>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QUdpSocket>
 
 class TestCameraLinks : public CameraPageTest
 {
@@ -181,6 +182,14 @@ void TestCameraLinks::takesTwentySenders()
     for (QTcpSocket *board : qAsConst(boards))
         board->write(frame.mid(13));
     QTRY_COMPARE_WITH_TIMEOUT(m_page->frames(), qint64(20), 20000);
+    click("btnCameraOpen");
+    QTRY_VERIFY(!isOpen());
+
+    // Nobody says when a sender of datagrams has ended: there is a limit, which is told.
+    const quint16 udpPort = openPort(Udp);
+    for (int i = 0; i < 17; ++i)
+        (new QUdpSocket(m_page.get()))->writeDatagram("ORVN", QHostAddress::LocalHost, udpPort);
+    QTRY_COMPARE_WITH_TIMEOUT(lastNotice(), QStringLiteral("UDP发送方超过16个，图像可能不完整！"), 20000);
 }
 
 void TestCameraLinks::forgetsHalfAFrame_data()

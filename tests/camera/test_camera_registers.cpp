@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QSpinBox>
 #include <QTableView>
+#include <QTcpServer>
 #include <QUdpSocket>
 
 class TestCameraRegisters : public CameraPageTest
@@ -199,6 +200,15 @@ void TestCameraRegisters::asksBeforeTablesAreLost()
 // Of the registers, and of the link that was opened.
 void TestCameraRegisters::keepsSettings()
 {
+    QTcpServer board;
+    QVERIFY(board.listen());
+    choose(Client);
+    child<QLineEdit>("editCameraServerAddress")->setText("localhost");
+    child<QLineEdit>("editCameraPort")->setText(QString::number(board.serverPort()));
+    click("btnCameraOpen");
+    QTRY_COMPARE(int(Settings::instance().camera.type), int(Client)); // once it is open
+    click("btnCameraOpen");
+    QTRY_VERIFY(!isOpen());
     const QString port = QString::number(openPort(Udp));
     click("btnCameraOpen");
     child<QLineEdit>("editCameraDestinationPort")->setText("1234");
@@ -215,6 +225,7 @@ void TestCameraRegisters::keepsSettings()
     QCOMPARE(again.findChild<QSpinBox *>("spinValueLength")->value(), 4);
     QCOMPARE(again.findChild<QComboBox *>("comboCameraProtocol")->currentIndex(), int(Udp));
     QCOMPARE(again.findChild<QLineEdit *>("editCameraPort")->text(), port);
+    QCOMPARE(again.findChild<QLineEdit *>("editCameraServerAddress")->text(), QStringLiteral("localhost"));
     QCOMPARE(again.findChild<QLineEdit *>("editCameraDestinationPort")->text(), QStringLiteral("1234"));
 }
 

@@ -114,6 +114,8 @@ void TestFileTransfer::sendsFiles()
     QVERIFY(inotify_add_watch(watch, QFile::encodeName(m_board->device()), IN_OPEN | IN_CLOSE) >= 0);
     const QString name = makeFile("a.bin", 3000);
     beginSending({name});
+    QTest::mouseDClick(child<QAbstractButton>("btnSendFiles"), Qt::LeftButton); // what follows a click in one
+    QTest::mouseRelease(child<QAbstractButton>("btnSendFiles"), Qt::LeftButton);
     QCOMPARE(sendButton(), QStringLiteral("停止发送"));
     QVERIFY(!child<QAbstractButton>("btnOpen")->isEnabled());
     QVERIFY(!child<QComboBox>("comboPort")->isEnabled());
@@ -177,10 +179,15 @@ void TestFileTransfer::endsInEveryWay()
         answered("C", 1029);
         answered("\x06", 1029);
     }
-    if (how == "stop")
+    if (how == "stop") {
+        m_board->write("\x06");
+        for (int i = 0; i < 4; ++i) // as a board that was reset
+            answered("C", 1029);
+        QTRY_VERIFY(lastNotice().contains(QStringLiteral("可能已复位")));
         click("btnSendFiles");
-    else
+    } else {
         m_board->write(how == "cancel" ? "\x18" : "C");
+    }
     QVERIFY(waitForEnd());
     QVERIFY2(text().contains(words), qPrintable(text()));
     QCOMPARE(text().count(words), 1);

@@ -135,6 +135,11 @@ void TestSerialPage::stepsFromTheShownBaudRate()
         box->setEditText(step.shown);
         QTest::keyClick(box, step.key);
         QCOMPARE(box->currentText(), QString(step.then));
+        box->setCurrentIndex(20);
+        box->setEditText(step.shown);
+        box->showPopup(); // on the rate shown, where the list has it
+        QCOMPARE(box->currentIndex(), box->findText(step.shown) < 0 ? 20 : box->findText(step.shown));
+        box->hidePopup();
     }
 }
 
