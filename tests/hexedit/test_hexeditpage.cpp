@@ -352,7 +352,7 @@ private slots:
     {
         put("sum.bin", "##123456789##");
         open("sum.bin");
-        enter("editJumpAddress", "0xB");
+        enter("editJumpAddress", "B"); // as the address column shows it
         click("btnJump");
         QCOMPARE(edit()->address(), qint64(11));
         QCOMPARE(text("inspect_uint8"), QString("35"));
@@ -422,6 +422,9 @@ private slots:
             QTest::keyClick(edit(), Qt::Key(key), modifiers);
             QVERIFY2(tip().contains("正在计算校验"), qPrintable(QString(QChar(key))));
         }
+        QtMessageTip::showTip(QString());
+        m_page->openFile(path("rom.bin")); // as one that is dropped
+        QVERIFY(tip().contains("正在计算校验"));
         click("btnStopWork");
         QVERIFY(areEnabled(true));
         QCOMPARE(m_page->focusWidget(), checksum);

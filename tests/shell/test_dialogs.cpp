@@ -20,15 +20,18 @@
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileSystemModel>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
 #include <QShortcut>
 #include <QSlider>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 
 namespace {
 
@@ -80,6 +83,7 @@ private slots:
         m_root = std::make_unique<QTemporaryDir>();
         AppPaths::setRoot(m_root->path());
         Settings::instance() = Settings();
+        qputenv("HOME", QFile::encodeName(m_root->path()));
     }
     void cleanup() { DialogAnswers::instance() = {}; }
 
@@ -195,30 +199,44 @@ private slots:
     void proposesANameWhenSaving()
     {
         QVERIFY(QDir(m_root->path()).mkdir("folder"));
+        QList<QUrl> places{QUrl("file:")};
+        for (const auto place : {QStandardPaths::HomeLocation, QStandardPaths::DesktopLocation,
+                                 QStandardPaths::DocumentsLocation}) {
+            places.append(QUrl::fromLocalFile(QStandardPaths::writableLocation(place)));
+            QVERIFY(QDir().mkpath(places.last().toLocalFile()));
+        }
         QtFileDialog save(QtFileDialog::SaveFile, {}, m_root->path(), "文本文件(*.txt)");
         auto *inner = save.findChild<QFileDialog *>();
         auto *name = save.findChild<QLineEdit *>("fileNameEdit");
         const QRegularExpression proposal("^数据_\\d{8}_\\d{6}\\.txt$");
         QVERIFY2(name->text().contains(proposal), qPrintable(name->text()));
         QCOMPARE(inner->labelText(QFileDialog::LookIn), QString("文件目录："));
-        // Qt takes the button for one that opens folders.
         save.show();
         typeName(&save, "folder");
         QTRY_COMPARE(inner->directory().dirName(), QString("folder"));
         auto *button = save.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save);
         QTRY_COMPARE(button->text(), QString("保存"));
         QVERIFY(save.isVisible() && name->text().contains(proposal));
+        QCOMPARE(inner->sidebarUrls(), places);
+        const QHeaderView *columns = save.findChild<QTreeView *>("treeView")->header();
+        QCOMPARE(columns->sectionResizeMode(0), QHeaderView::Stretch);
+        QCOMPARE(columns->sectionResizeMode(3), QHeaderView::ResizeToContents); // a whole date
     }
 
     void asksBeforeItDeletesAFile()
     {
         const QString path = touch("a.txt");
+        QVERIFY(QDir(m_root->path()).mkdir("folder"));
         QtFileDialog open(QtFileDialog::OpenFile, {}, path, {});
         open.show();
         QCOMPARE(open.findChild<QFileDialog *>()->directory(), QDir(m_root->path())); // not the last one
         auto *list = open.findChild<QListView *>("listView");
         auto *model = open.findChild<QFileSystemModel *>();
         QTRY_VERIFY(model->index(path).isValid());
+        // Qt takes the button for one that opens folders.
+        open.findChild<QLineEdit *>("fileNameEdit")->setText("folder");
+        QTRY_COMPARE(open.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open)->text(),
+                     QString("确定"));
         int answer = 0;
         DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
             return text.contains("a.txt") ? answer : 2;
