@@ -49,9 +49,6 @@ private slots:
     void enablesWhatIsPossible()
     {
         auto *group = m_page->findChild<QButtonGroup *>();
-        const char *const keys[] = {"Ctrl+O", "Ctrl+S", "Ctrl+Z", "Ctrl+Shift+Z", "Ctrl+W"};
-        for (int id = 0; id < 5; ++id)
-            QCOMPARE(group->button(id)->shortcut().toString(), QString(keys[id]));
         const auto enabled = [group] {
             QString ids;
             for (int id = 0; id < 5; ++id)

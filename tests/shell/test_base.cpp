@@ -267,18 +267,6 @@ private slots:
         QTRY_VERIFY(!bar->isEnabled()); // and so without a handle
     }
 
-    void fieldsOfAPanelHaveSpokenNames()
-    {
-        FormGroup group("组");
-        for (const auto &[label, name] : {std::pair{"1. 协议类型", "协议类型"},
-                                          {"    周期:", "周期"},
-                                          {"断帧间隔(ms)", "断帧间隔(ms)"}}) {
-            auto *field = new QLineEdit;
-            group.addRow(label, field);
-            QCOMPARE(field->accessibleName(), QString(name));
-        }
-    }
-
 private:
     QLineEdit *pageEdit() { return m_bar->findChild<QLineEdit *>("pageEdit"); }
     QString taken() { return std::exchange(m_signals, QString()); }

@@ -33,7 +33,6 @@
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTest>
-#include <QTextEdit>
 #include <QTimer>
 #include <QUrl>
 #include <QWheelEvent>
@@ -74,8 +73,6 @@ private slots:
         m_window->resize(800, 500);
         show();
         QCOMPARE(m_window->size(), QSize(800, 500));
-        QCOMPARE(m_window->findChild<QtTitleBar *>()->title(), QString("Orvane多功能调试助手"));
-        QVERIFY(action("发送区设置") && action("检查版本更新"));
         QCOMPARE(m_tabs->count(), m_stack->count());
         QVERIFY(m_tabs->tabRect(4).right() < 800);
     }
@@ -367,23 +364,6 @@ private slots:
                 QTest::keyClick(m_window.get(), Qt::Key_B, Qt::ControlModifier);
                 QCOMPARE(panel->isVisible(), visible);
             }
-        }
-    }
-
-    // What a screen reader calls a field, and a button that has no text.
-    void everythingHasAName()
-    {
-        const auto widgets = m_window->findChildren<QWidget *>();
-        for (const QWidget *widget : widgets) {
-            const auto *button = qobject_cast<const QAbstractButton *>(widget);
-            const bool isIcon = button && button->text().isEmpty() &&
-                                !button->inherits("QTableCornerButton") &&
-                                !button->objectName().startsWith("qt_");
-            const bool isField =
-                qobject_cast<const QComboBox *>(widget) || qobject_cast<const QAbstractSpinBox *>(widget) ||
-                qobject_cast<const QLineEdit *>(widget) || qobject_cast<const QTextEdit *>(widget);
-            if (isIcon || (isField && (widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy()))
-                QVERIFY2(!widget->accessibleName().isEmpty(), qPrintable(widget->objectName()));
         }
     }
 
