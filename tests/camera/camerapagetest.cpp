@@ -7,13 +7,9 @@
 
 #include <QBuffer>
 
-void CameraPageTest::initTestCase()
-{
-    initKorvexResources();
-}
-
 void CameraPageTest::init()
 {
+    initKorvexResources();
     makePage(1000, 600);
 }
 

@@ -18,7 +18,6 @@ class CameraPageTest : public QObject, protected PageParts<CameraDebugWidget>
     Q_OBJECT
 
 protected slots:
-    void initTestCase();
     void init();
     void cleanup();
 

@@ -8,13 +8,9 @@
 
 #include <QLabel>
 
-void NetworkPageTest::initTestCase()
-{
-    initKorvexResources();
-}
-
 void NetworkPageTest::init()
 {
+    initKorvexResources();
     makePage(900, 600);
     Settings::instance().textCodec = 0;
 }

@@ -22,7 +22,6 @@ class NetworkPageTest : public QObject, protected PageParts<NetworkToolWidget>
     Q_OBJECT
 
 protected slots:
-    void initTestCase();
     void init();
     void cleanup();
 

@@ -156,8 +156,10 @@ void TestNetworkServer::takesAFloodWhole()
     QVERIFY(maxQueued < 3000000); // throttled
     QCOMPARE(m_page->spool().size(), total);
     const QList<QByteArray> lines = m_page->spool().read(0, total).split('\n');
-    for (int n = 0; n < 40000; ++n) // then it begins anew
-        QCOMPARE(lines.at(n).left(8).toInt(), n);
+    int n = 0; // each begins with its number, until they begin anew
+    while (n < 40000 && lines.at(n).left(8).toInt() == n)
+        ++n;
+    QCOMPARE(n, 40000);
 }
 
 void TestNetworkServer::tellsOfAPeerThatNeverReads()

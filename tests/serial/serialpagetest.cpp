@@ -5,13 +5,9 @@
 
 #include <QComboBox>
 
-void SerialPageTest::initTestCase()
-{
-    initKorvexResources();
-}
-
 void SerialPageTest::init()
 {
+    initKorvexResources();
     m_board = std::make_unique<PtyPeer>();
     makePage(900, 500);
 }

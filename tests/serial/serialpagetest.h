@@ -18,7 +18,6 @@ class SerialPageTest : public QObject, protected PageParts<SerialportWidget>
     Q_OBJECT
 
 protected slots:
-    void initTestCase();
     void init();
     void cleanup();
 
