@@ -189,6 +189,9 @@ void TestCameraLink::countsLosses()
     for (const qint64 nowMs : {0, 1000})
         joined.append("x" + kImage.mid(4) + kFormat, nowMs);
     QCOMPARE(events(joined), QStringLiteral("F1:5:2x3 S N "));
+    const QByteArray data = "1" + header("40000000", "02") + QByteArray(80, 'x');
+    joined.append(CameraFrame::build(0, CameraFrame::ImageData, data), 1500);
+    QCOMPARE(events(joined), QStringLiteral("I91 "));
 }
 
 // Nothing is allocated for what is only announced, and a stream of frames leaves
