@@ -55,11 +55,11 @@ private slots:
     void offersANewerVersion()
     {
         m_server->setReply("cv",
-                           UpdateServer::version("9.9.9.9.<img src='http://x/1'>", "修复\n<b>bold</b>"));
+                           UpdateServer::version("9.9.9.9.<img src='http://x/1'>", "<b>修复</b>\nbold"));
         QVERIFY(!updateButton()->isEnabled());
         QCOMPARE(m_dialog->windowTitle(), QStringLiteral("检查版本更新（当前版本V1.0.2.6）"));
         QTRY_COMPARE(status(), QStringLiteral("检测到新版本: V9.9.9.9.1")); // by itself, soon after it opened
-        QCOMPARE(notes(), QStringLiteral("修复\n<b>bold</b>\n是否立即下载新版本?"));
+        QCOMPARE(notes(), QStringLiteral("<b>修复</b>\nbold\n是否立即下载新版本?"));
         QVERIFY(updateButton()->isEnabled());
         QVERIFY(!child<QProgressBar>("progressUpdate")->isVisible());
         QCOMPARE(m_server->requests().size(), 1);
