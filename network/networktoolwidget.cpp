@@ -204,12 +204,12 @@ void NetworkToolWidget::sltDisconnectClient()
     if (m_clients->count() < 2)
         return;
     const bool all = m_clients->allChosen();
-    if (!all && m_clients->chosen().isEmpty()) {
+    // Not by name: while the question is open, a newcomer may get the name.
+    const quint64 peer = all ? Link::allPeers : m_session->server()->peerNamed(m_clients->chosen());
+    if (!all && peer == Link::allPeers) { // none is chosen
         notify(Notice::information(QStringLiteral("请先选择需要断开的客户端！")));
         return;
     }
-    // Not by name: while the question is open, a newcomer may get the name.
-    const quint64 peer = all ? Link::allPeers : m_session->server()->peerNamed(m_clients->chosen());
     const QString text =
         all ? QStringLiteral("是否确认断开所有连接?") : QStringLiteral("是否确认断开当前客户端?");
     if (QtMessageBox::question(this, QStringLiteral("询问"), text) == 1)
