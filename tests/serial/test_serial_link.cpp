@@ -308,11 +308,11 @@ void TestSerialLink::endsAPacketWhenTheLineIsQuiet()
     });
     reader.setQuietTime(50);
     const qint64 firstUs = Link::nowUs();
-    link.receive("first ");
+    receive("first ");
     do // until the timer is late
         lastUs = Link::nowUs();
     while (lastUs < firstUs + 51000);
-    link.receive("second");
+    receive("second");
     QCOMPARE(reader.lastByte(), 'd');
     QTRY_COMPARE(packets.count(), 1);
     QVERIFY(quietUs >= 50000);
