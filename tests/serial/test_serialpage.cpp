@@ -24,7 +24,6 @@ class TestSerialPage : public SerialPageTest
 private slots:
     void opensAndClosesWithNotices();
     void namesWhatCannotBeOpened();
-    void needsABaudRate();
     void stepsFromTheShownBaudRate();
     void closesWhenTheLastBytesHaveLeft();
     void saysThatItIsReceiving();
@@ -105,16 +104,6 @@ void TestSerialPage::namesWhatCannotBeOpened()
     QCOMPARE(lastNotice(), QStringLiteral("串口已在“串口调试助手”中打开，请先在那里关闭"));
 }
 
-void TestSerialPage::needsABaudRate()
-{
-    child<QComboBox>("comboBaudRate")->setEditText(QString());
-    openPort();
-    QCOMPARE(m_notices->count(), 1);
-    QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
-    QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("Serialport/BaudRate"));
-}
-
 void TestSerialPage::stepsFromTheShownBaudRate()
 {
     const struct
@@ -141,18 +130,6 @@ void TestSerialPage::stepsFromTheShownBaudRate()
         QCOMPARE(box->currentIndex(), box->findText(step.shown) < 0 ? 20 : box->findText(step.shown));
         box->hidePopup();
     }
-}
-
-void TestSerialPage::takesADoubleClickAsOne()
-{
-    child<QComboBox>("comboPort")->setEditText(m_board->device());
-    auto *button = child<QAbstractButton>("btnOpen");
-    QTest::mouseClick(button, Qt::LeftButton);
-    QTest::mouseDClick(button, Qt::LeftButton);
-    QTest::mouseRelease(button, Qt::LeftButton);
-    QCOMPARE(button->text(), QStringLiteral("关闭串口"));
-    QTest::mouseClick(button, Qt::LeftButton);
-    QCOMPARE(button->text(), QStringLiteral("打开串口"));
 }
 
 // The window goes on, and the port is closed when its last bytes have left.
