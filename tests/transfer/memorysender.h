@@ -2,6 +2,7 @@
 
 // The engine sending files from memory, and the packets that it has to send.
 
+#include "testfiles.h"
 #include "ymodem.h"
 
 #include <QByteArray>
@@ -30,14 +31,6 @@ inline QByteArray packet(int number, const QByteArray &content, int size)
            static_cast<char>(255 - number) + data + crc(data);
 }
 
-inline QByteArray content(int size)
-{
-    QByteArray bytes(size, '\0');
-    for (int i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>(i * 7 + i / 251);
-    return bytes;
-}
-
 // Files from memory; what is written is kept, what is "received" is fed.
 class MemorySender : public Ymodem
 {
@@ -54,6 +47,13 @@ public:
         output.clear();
         transmitStep();
         return output;
+    }
+    // Begins, and takes each answer in a step of its own.
+    void answer(const QByteArray &answers)
+    {
+        step();
+        for (const char answer : answers)
+            step(QByteArray(1, answer));
     }
     // Steps until something is written or an end is reported; how many.
     int silentSteps(int most)

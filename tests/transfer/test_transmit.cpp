@@ -19,9 +19,7 @@ class TestTransmit : public QObject
 private slots:
     void init();
     void sendsAFile();
-    void cutsFilesIntoBlocks_data();
     void cutsFilesIntoBlocks();
-    void namesFilesInBlockZero_data();
     void namesFilesInBlockZero();
     void announcesHugeFiles();
     void neverReadsBeyondTheAnnouncedSize();
@@ -47,6 +45,21 @@ private:
         answer(bytes);
         return sent(count);
     }
+    // Block 0 is accepted, and the first data asked for.
+    QByteArray firstBlock(int count)
+    {
+        answered("C", 133);
+        answer("\x06");
+        return answered("C", count);
+    }
+    // The end of the last file is accepted, and so is that of the batch.
+    bool endsBatch(int seconds = 20)
+    {
+        answer("\x06");
+        answered("C", 133);
+        answer("\x06");
+        return waitForEnd(seconds);
+    }
     QVector<int> statuses() const;
     bool waitForEnd(int seconds = 20) { return m_run->stepToEnd(seconds); }
 
@@ -65,8 +78,7 @@ void TestTransmit::init()
 QString TestTransmit::makeFile(const QString &name, const QByteArray &content) const
 {
     const QString path = m_folder->filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+    if (!writeFile(path, content))
         qFatal("cannot make a file");
     return path;
 }
@@ -113,62 +125,40 @@ void TestTransmit::sendsAFile()
     QVERIFY(m_transmit->unsentFiles().isEmpty());
 }
 
-void TestTransmit::cutsFilesIntoBlocks_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::addColumn<QVector<int>>("blocks");
-    QTest::newRow("1") << 1 << QVector<int>{128};
-    QTest::newRow("128") << 128 << QVector<int>{128};
-    QTest::newRow("129") << 129 << QVector<int>{1024};
-    QTest::newRow("1024") << 1024 << QVector<int>{1024};
-    QTest::newRow("1025") << 1025 << QVector<int>{1024, 128};
-    QTest::newRow("2153") << 2153 << QVector<int>{1024, 1024, 128};
-}
-
 void TestTransmit::cutsFilesIntoBlocks()
 {
-    QFETCH(int, size);
-    QFETCH(QVector<int>, blocks);
-    const QByteArray bytes = content(size);
-    QVERIFY(start({makeFile("a.bin", bytes)}));
-    answered("C", 133);
-    answer("\x06");
-    int at = 0;
-    for (int i = 0; i < blocks.size(); ++i) {
-        const QByteArray part = bytes.mid(at, blocks[i]);
-        QCOMPARE(answered(i == 0 ? "C" : "\x06", 1), packet(i + 1, part, blocks[i]));
-        at += blocks[i];
+    const std::tuple<int, QVector<int>> rows[] = {{1, {128}},          {128, {128}},
+                                                  {129, {1024}},       {1024, {1024}},
+                                                  {1025, {1024, 128}}, {2153, {1024, 1024, 128}}};
+    for (const auto &[size, blocks] : rows) {
+        init();
+        const QByteArray bytes = patternBytes(size);
+        QVERIFY(start({makeFile("a.bin", bytes)}));
+        answered("C", 133);
+        answer("\x06");
+        for (int i = 0, at = 0; i < blocks.size(); at += blocks[i++])
+            QCOMPARE(answered(i == 0 ? "C" : "\x06", 1), packet(i + 1, bytes.mid(at, blocks[i]), blocks[i]));
+        QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
     }
-    QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
-}
-
-void TestTransmit::namesFilesInBlockZero_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<qint64>("size");
-    QTest::addColumn<QByteArray>("header"); // a zero is written as |
-    QTest::newRow("Chinese") << QStringLiteral("/固件/固件.bin") << qint64(7)
-                             << QByteArray("\xB9\xCC\xBC\xFE.bin|7|");
-    QTest::newRow("cut") << QString(122, 'n') + ".hex" << qint64(9) << QByteArray(121, 'n') + ".hex|9|";
-    QTest::newRow("cut for the size")
-        << QString(200, 'n') + ".hex" << (qint64(1) << 40) << QByteArray(109, 'n') + ".hex|1099511627776|";
-    // Two bytes a character: 60 fit before the suffix, half a one more does not.
-    QTest::newRow("cut between characters") << QString(70, QChar(0x4EF6)) + ".hex" << qint64(9)
-                                            << QByteArray("\xBC\xFE").repeated(60) + ".hex|9|";
-    // Four bytes and two code units a character.
-    QTest::newRow("cut between pairs") << QStringLiteral("\U0001F600").repeated(40) + ".hex" << qint64(9)
-                                       << QByteArray("\x94\x39\xFC\x36").repeated(30) + ".hex|9|";
-    QTest::newRow("no real suffix") << "a." + QString(200, 'n') << qint64(9)
-                                    << "a." + QByteArray(123, 'n') + "|9|";
 }
 
 void TestTransmit::namesFilesInBlockZero()
 {
-    QFETCH(QString, name);
-    QFETCH(qint64, size);
-    QFETCH(QByteArray, header);
-    QCOMPARE(YmodemFileTransmit::fileHeader(name, size).replace('\0', '|'), header);
-    QVERIFY(header.size() <= 128);
+    const std::tuple<QString, qint64, QByteArray> rows[] = {
+        // a zero is written as |
+        {QStringLiteral("/固件/固件.bin"), 7, "\xB9\xCC\xBC\xFE.bin|7|"},
+        {QString(122, 'n') + ".hex", 9, QByteArray(121, 'n') + ".hex|9|"},
+        {QString(200, 'n') + ".hex", qint64(1) << 40, QByteArray(109, 'n') + ".hex|1099511627776|"},
+        // Two bytes a character: 60 fit before the suffix, half a one more does not.
+        {QString(70, QChar(0x4EF6)) + ".hex", 9, QByteArray("\xBC\xFE").repeated(60) + ".hex|9|"},
+        // Four bytes and two code units a character.
+        {QStringLiteral("\U0001F600").repeated(40) + ".hex", 9,
+         QByteArray("\x94\x39\xFC\x36").repeated(30) + ".hex|9|"},
+        {"a." + QString(200, 'n'), 9, "a." + QByteArray(123, 'n') + "|9|"}}; // no real suffix
+    for (const auto &[name, size, header] : rows) {
+        QCOMPARE(YmodemFileTransmit::fileHeader(name, size).replace('\0', '|'), header);
+        QVERIFY(header.size() <= 128);
+    }
 }
 
 void TestTransmit::announcesHugeFiles()
@@ -194,10 +184,7 @@ void TestTransmit::neverReadsBeyondTheAnnouncedSize()
     answer("\x06");
     QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(5, 'b') + QByteArray(123, '\0'));
     QCOMPARE(answered("\x06", 1), QByteArray("\x04"));
-    answer("\x06");
-    answered("C", 133);
-    answer("\x06");
-    QVERIFY(waitForEnd());
+    QVERIFY(endsBatch());
     QCOMPARE(statuses().last(), 3);
     QVERIFY(m_transmit->reason().contains(name)); // some of it may be old, some new
 }
@@ -206,9 +193,7 @@ void TestTransmit::endsWithAFileThatShrinks()
 {
     const QString name = makeFile("shrinks.bin", QByteArray(100000, 'a'));
     QVERIFY(start({name}));
-    answered("C", 133);
-    answer("\x06");
-    answered("C", 1029);
+    firstBlock(1029);
     QVERIFY(QFile::resize(name, 1030));
     // What was read ahead may still go out, never zeros in its place.
     QByteArray begin = answered("\x06", 5);
@@ -245,9 +230,7 @@ void TestTransmit::namesWhatWasNotSent()
 {
     const QStringList names{makeFile("first.bin", "1"), makeFile("second.bin", "2")};
     QVERIFY(start(names));
-    answered("C", 133);
-    answer("\x06");
-    answered("C", 133);
+    firstBlock(133);
     answered("\x06", 1);
     QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(128, '\0')); // no answer to the end of the file
     answer("\x06");
@@ -296,16 +279,11 @@ void TestTransmit::endsWithThePort()
 void TestTransmit::knowsThatALineCanBeFaster()
 {
     QVERIFY(start({makeFile("a.bin", QByteArray(3000, 'a'))}, 1200));
-    answered("C", 133);
-    answer("\x06");
-    answered("C", 1029);
+    firstBlock(1029);
     answered("\x06", 1029);
     answered("\x06", 1029);
     answered("\x06", 1);
-    answer("\x06");
-    answered("C", 133);
-    answer("\x06");
-    QVERIFY(waitForEnd(5));
+    QVERIFY(endsBatch(5));
     QCOMPARE(statuses().last(), 3);
 }
 
@@ -314,9 +292,7 @@ void TestTransmit::noticesARestartedReceiver()
 {
     const QSignalSpy hints(m_transmit, &YmodemFileTransmit::transmitHint);
     QVERIFY(start({makeFile("a.bin", QByteArray(5000, 'a'))}));
-    answered("C", 133);
-    answer("\x06");
-    const QByteArray block = answered("C", 1029);
+    const QByteArray block = firstBlock(1029);
     QCOMPARE(answered("C", 1029), block);
     QCOMPARE(answered("\x15", 1029), block);
     QCOMPARE(answered("C", 1029), block);

@@ -13,7 +13,6 @@ private slots:
     void keepsAFetchedPacketUntilAsked();
     void anEarlyRequestDoesNotSkipTheNextFile();
     void repeatsAfterSilence();
-    void givesUpAfterSilence_data();
     void givesUpAfterSilence();
     void givesUpAfterErrors();
     void endsWhenCancelled();
@@ -26,8 +25,8 @@ private slots:
 void TestYmodem::sendsABatch()
 {
     MemorySender sender;
-    sender.files = {content(300), QByteArray()};
-    const QByteArray block = packet(1, content(300), 1024);
+    sender.files = {patternBytes(300), QByteArray()};
+    const QByteArray block = packet(1, patternBytes(300), 1024);
     QCOMPARE(block.left(3), QByteArray("\x02\x01\xFE"));
     QCOMPARE(block.mid(303, 724), QByteArray(724, '\0'));
 
@@ -52,13 +51,13 @@ void TestYmodem::sendsABatch()
 void TestYmodem::repeatsWhatIsAskedFor()
 {
     MemorySender sender;
-    sender.files = {content(1)};
+    sender.files = {patternBytes(1)};
     establish(sender);
     QCOMPARE(sender.step("\x15"), packet(0, "f0", 128));
     QCOMPARE(sender.step("C"), packet(0, "f0", 128)); // not acknowledged yet
     sender.step("\x06");
     QCOMPARE(sender.step("\x15"), packet(0, "f0", 128)); // the packet behind it waits
-    const QByteArray data = packet(1, content(1), 128);
+    const QByteArray data = packet(1, patternBytes(1), 128);
     QCOMPARE(sender.step("C"), data);
     QCOMPARE(sender.step("\x15"), data);
     QCOMPARE(sender.step("C"), data);
@@ -74,20 +73,20 @@ void TestYmodem::repeatsWhatIsAskedFor()
 void TestYmodem::keepsAFetchedPacketUntilAsked()
 {
     MemorySender sender;
-    sender.files = {content(3000)};
+    sender.files = {patternBytes(3000)};
     establish(sender);
     QCOMPARE(sender.step("\x06\x06\x06"), QByteArray());
     QCOMPARE(sender.step(), QByteArray());
     QCOMPARE(sender.silentSteps(25), -1); // two periods without a repeat
     QCOMPARE(sender.fetches, 1);
-    QCOMPARE(sender.step("C"), packet(1, content(1024), 1024));
-    QCOMPARE(sender.step("\x06"), packet(2, content(3000).mid(1024, 1024), 1024));
+    QCOMPARE(sender.step("C"), packet(1, patternBytes(1024), 1024));
+    QCOMPARE(sender.step("\x06"), packet(2, patternBytes(3000).mid(1024, 1024), 1024));
 }
 
 void TestYmodem::anEarlyRequestDoesNotSkipTheNextFile()
 {
     MemorySender sender;
-    sender.files = {content(2000), content(1)};
+    sender.files = {patternBytes(2000), patternBytes(1)};
     transmit(sender);
     sender.step("\x06");
     QCOMPARE(sender.step("\x06"), QByteArray("\x04"));
@@ -95,14 +94,14 @@ void TestYmodem::anEarlyRequestDoesNotSkipTheNextFile()
     QCOMPARE(sender.step("C"), packet(0, "f1", 128));
     QCOMPARE(sender.step("C"), packet(0, "f1", 128));
     sender.step("\x06");
-    QCOMPARE(sender.step("C"), packet(1, content(1), 128));
+    QCOMPARE(sender.step("C"), packet(1, patternBytes(1), 128));
 }
 
 // With a divider of 9 a period is ten steps.
 void TestYmodem::repeatsAfterSilence()
 {
     MemorySender sender;
-    sender.files = {content(1)};
+    sender.files = {patternBytes(1)};
     sender.step();
     QCOMPARE(sender.silentSteps(35), -1); // nothing to repeat before the first request
     QCOMPARE(sender.step("C"), packet(0, "f0", 128));
@@ -113,67 +112,41 @@ void TestYmodem::repeatsAfterSilence()
     sender.step("C"); // begins a new count
     for (int i = 0; i < 3; ++i)
         QCOMPARE(sender.silentSteps(20), 10);
-    QCOMPARE(sender.output, packet(1, content(1), 128));
+    QCOMPARE(sender.output, packet(1, patternBytes(1), 128));
     sender.step("\x06");
     QCOMPARE(sender.silentSteps(20), 10);
     QCOMPARE(sender.output, QByteArray("\x04"));
 }
 
-void TestYmodem::givesUpAfterSilence_data()
-{
-    QTest::addColumn<QByteArray>("answers");
-    QTest::addColumn<int>("status");
-    QTest::newRow("no request") << QByteArray() << 5;
-    QTest::newRow("block 0") << QByteArray("C") << 6;
-    QTest::newRow("packet kept") << QByteArray("C\x06") << 6;
-    QTest::newRow("packet") << QByteArray("C\x06"
-                                          "C")
-                            << 6;
-    QTest::newRow("end of file") << QByteArray("C\x06"
-                                               "C\x06")
-                                 << 6;
-    QTest::newRow("next file") << QByteArray("C\x06"
-                                             "C\x06\x06")
-                               << 5;
-    QTest::newRow("end of batch") << QByteArray("C\x06"
-                                                "C\x06\x06"
-                                                "C")
-                                  << 6;
-}
-
 void TestYmodem::givesUpAfterSilence()
 {
-    QFETCH(QByteArray, answers);
-    QFETCH(int, status);
-    MemorySender sender;
-    sender.files = {content(1)};
-    sender.step();
-    for (const char answer : answers)
-        sender.step(QByteArray(1, answer));
-    for (int i = 1; i < 40; ++i)
-        sender.step(i % 7 == 0 ? "?" : ""); // noise is no answer
-    QVERIFY(sender.reported.isEmpty());
-    QCOMPARE(sender.step(), kCancel);
-    QCOMPARE(sender.reported, QVector<int>{status});
-    // What comes later is a new transfer's.
-    sender.index = 0;
-    QCOMPARE(sender.step("C"), QByteArray());
-    QCOMPARE(sender.step(), packet(0, "f0", 128));
+    const std::tuple<const char *, int> rows[] = {{"", 5},         {"C", 6}, {"C\6", 6}, // a packet is kept
+                                                  {"C\6C", 6},                           // and sent
+                                                  {"C\6C\6", 6},                         // end of the file
+                                                  {"C\6C\6\6", 5},                       // next file
+                                                  {"C\6C\6\6C", 6}};                     // end of the batch
+    for (const auto &[answers, status] : rows) {
+        MemorySender sender;
+        sender.files = {patternBytes(1)};
+        sender.answer(answers);
+        for (int i = 1; i < 40; ++i)
+            sender.step(i % 7 == 0 ? "?" : ""); // noise is no answer
+        QVERIFY(sender.reported.isEmpty());
+        QCOMPARE(sender.step(), kCancel);
+        QCOMPARE(sender.reported, QVector<int>{status});
+        // What comes later is a new transfer's.
+        sender.index = 0;
+        QCOMPARE(sender.step("C"), QByteArray());
+        QCOMPARE(sender.step(), packet(0, "f0", 128));
+    }
 }
 
 void TestYmodem::givesUpAfterErrors()
 {
-    for (const QByteArray &answers : {QByteArray("C"),
-                                      QByteArray("C\x06"
-                                                 "C"),
-                                      QByteArray("C\x06"
-                                                 "C\x06\x06"
-                                                 "C")}) {
+    for (const char *answers : {"C", "C\6C", "C\6C\6\6C"}) {
         MemorySender sender;
-        sender.files = {content(1)};
-        sender.step();
-        for (const char answer : answers)
-            sender.step(QByteArray(1, answer));
+        sender.files = {patternBytes(1)};
+        sender.answer(answers);
         const QByteArray sent = sender.output;
         for (int i = 0; i < 4; ++i)
             QCOMPARE(sender.step(i % 2 == 0 ? "\x15" : "C"), sent);
@@ -187,10 +160,8 @@ void TestYmodem::endsWhenCancelled()
     for (const char cancel : {'\x18', 'A', 'a'}) {
         for (const char *answers : {"", "C", "C\x06"}) {
             MemorySender sender;
-            sender.files = {content(1)};
-            sender.step();
-            for (const char *answer = answers; *answer != '\0'; ++answer)
-                sender.step(QByteArray(1, *answer));
+            sender.files = {patternBytes(1)};
+            sender.answer(answers);
             QCOMPARE(sender.step(QByteArray(1, cancel)), QByteArray());
             QCOMPARE(sender.reported, QVector<int>{4});
         }
@@ -206,7 +177,7 @@ void TestYmodem::cancelsWhenTheSourceRefuses()
 
     for (const bool first : {true, false}) {
         MemorySender sender;
-        sender.files = {content(3000)};
+        sender.files = {patternBytes(3000)};
         first ? establish(sender) : transmit(sender);
         sender.refuses = true;
         QCOMPARE(sender.step("\x06"), kCancel);
@@ -220,7 +191,7 @@ void TestYmodem::cancelsWhenTheSourceRefuses()
 void TestYmodem::abortsAndStartsAgain()
 {
     MemorySender sender;
-    sender.files = {content(3000)};
+    sender.files = {patternBytes(3000)};
     transmit(sender);
     sender.step(QByteArray("\x01half", 5)); // of a packet
     sender.output.clear();
@@ -236,13 +207,13 @@ void TestYmodem::takesPacketsApart()
 {
     for (const int size : {128, 1024}) {
         MemorySender sender(499);
-        sender.files = {content(3000)};
+        sender.files = {patternBytes(3000)};
         transmit(sender);
         const QByteArray odd = packet(1, QByteArray(size, '\x06'), size);
         for (int at = 0; at < odd.size(); at += 40)
             QCOMPARE(sender.step(odd.mid(at, 40)), QByteArray());
         QCOMPARE(sender.fetches, 1);
-        QCOMPARE(sender.step("\x06"), packet(2, content(3000).mid(1024, 1024), 1024));
+        QCOMPARE(sender.step("\x06"), packet(2, patternBytes(3000).mid(1024, 1024), 1024));
     }
 }
 
