@@ -23,10 +23,8 @@ DemoBoards::~DemoBoards()
         board->terminate();
 #endif
     }
-    for (QProcess *board : boards) {
-        if (!board->waitForFinished(2000))
-            board->kill();
-    }
+    for (QProcess *board : boards)
+        board->waitForFinished(2000); // one that goes on is killed with its object
 }
 
 void DemoBoards::start()

@@ -55,11 +55,11 @@ private slots:
                  QJsonDocument::fromJson(presets.readAll())["buildPresets"].toArray())
                 if (preset["name"] == QLatin1String("run"))
                     built = preset["targets"].toArray();
-            for (const QProcess *board : boards.findChildren<QProcess *>())
+            for (const QProcess *board : boards.findChildren<QProcess *>()) {
                 QVERIFY(built.contains(QFileInfo(board->program()).fileName()));
-            for (const QProcess *board : boards.findChildren<QProcess *>())
                 if (board->arguments().contains("log") || board->arguments().contains("shell"))
                     QVERIFY(board->arguments().contains("gb18030"));
+            }
         }
         QVERIFY(!QFileInfo::exists(folder));
     }

@@ -5,6 +5,7 @@
 #include "korvexresources.h"
 #include "settings.h"
 #include "skin.h"
+#include "startup.h"
 #include "testfiles.h"
 
 #include <QApplication>
@@ -141,22 +142,25 @@ private slots:
     void restoresTheFirstStart()
     {
         const auto changeAll = [this] {
-            s.closeBehaviour.set(2);
-            s.recvFollowsSkin.set(true);
-            s.skin.set(2);
+            for (Setting<int> *setting : {&s.closeBehaviour, &s.skin, &s.camera.addressLength})
+                setting->set(2 + (setting == &s.camera.addressLength));
+            for (Setting<bool> *setting : {&s.recvFollowsSkin, &s.pid.fitAll})
+                setting->set(true);
             s.serial.baudRate.set(9600);
-            s.camera.addressLength.set(4);
-            s.pid.fitAll.set(true);
             s.recentFiles.set({"a.bin"});
             s.probe.chip.set("other");
         };
         const auto values = [this] {
-            return QStringList{QString::number(s.closeBehaviour), QString::number(s.recvFollowsSkin),
-                               QString::number(s.skin),           QString::number(s.serial.baudRate),
-                               QString::number(s.pid.fitAll),     QString::number(s.camera.addressLength),
-                               s.recentFiles->join(','),          s.probe.chip};
+            return QString("%1 %2 %3 %4 %5 %6 %7 %8")
+                .arg(s.closeBehaviour)
+                .arg(s.recvFollowsSkin)
+                .arg(s.skin)
+                .arg(s.serial.baudRate)
+                .arg(s.pid.fitAll)
+                .arg(s.camera.addressLength)
+                .arg(s.recentFiles->join(','), s.probe.chip.value());
         };
-        const QStringList restored{"0", "0", "0", "115200", "0", "2", "a.bin", "other"};
+        const QString restored = "0 0 0 115200 0 2 a.bin other";
         Settings::writeDefaults();
         changeAll();
         QVERIFY(Settings::restoreDefaults());
@@ -184,9 +188,14 @@ private slots:
                          QString::fromLatin1(contentOf(sheet)) +
                          "QWidget#widgetSingleSend {background-color:#4b4b4b; }");
         }
+        s.recvFollowsSkin.setForThisRun(true);
+        s.sendFollowsSkin.setForThisRun(true);
         Skin::apply(1);
-        QCOMPARE(Skin::palette().text, QString("#333333"));
         QCOMPARE(Skin::palette().outline, QColor("#797979"));
+        for (const Setting<QColor> *color : {&s.recvTextColor, &s.sendTextColor})
+            QCOMPARE(color->value(), QColor("#333333"));
+        for (const Setting<QColor> *color : {&s.recvBackground, &s.sendBackground})
+            QCOMPARE(color->value(), QColor(Skin::palette().panel));
     }
 
     void unknownSkinLeavesTheProgramUnstyled()
@@ -200,6 +209,27 @@ private slots:
             Settings::load();
             QCOMPARE(s.skin, skin);
         }
+    }
+
+    void preparesTheProgram()
+    {
+        Startup::prepare(*qApp);
+        QCOMPARE(QCoreApplication::applicationName(), QString("Korvex"));
+        QVERIFY(!QCoreApplication::applicationVersion().isEmpty() && !QApplication::windowIcon().isNull());
+        QCOMPARE(QApplication::font().pointSize(), 9);
+        QCOMPARE(QLocale().country(), QLocale::China);
+        QCOMPARE(QCoreApplication::translate("QLineEdit", "&Undo"), QStringLiteral("撤销(&U)"));
+        QCOMPARE(stored(), m_firstStart);
+        QCOMPARE(AppPaths::manual(), m_root->filePath("docs/manual/zh_CN.md"));
+#ifdef Q_OS_UNIX
+        const QString unpacker = m_root->filePath("unzip.exe");
+        QVERIFY(writeFile(unpacker, "#!/bin/sh\ncd \"$(dirname \"$0\")\" && echo \"$@\" _up* >> told\n"));
+        QVERIFY(QFile::setPermissions(unpacker, QFile::ReadOwner | QFile::ExeOwner));
+        Startup::removeUpdateRemains(); // there are none
+        QVERIFY(QDir(m_root->path()).mkdir("_update"));
+        Startup::removeUpdateRemains();
+        QTRY_COMPARE(contentOf(m_root->filePath("told")), QByteArray("--clean Korvex _update\n"));
+#endif
     }
 
 private:
@@ -216,22 +246,14 @@ private:
 
     std::unique_ptr<FreshFolder> m_root;
     Settings &s = Settings::instance();
-    const QStringList m_firstStart{"Common/RecvBackground=#4b4b4b",
-                                   "Common/RecvTextColor=#f2f2f2",
-                                   "Common/SendBackground=#4b4b4b",
-                                   "Common/SendTextColor=#f2f2f2",
-                                   "Common/Skin=0",
-                                   "Common/TextCodec=1",
-                                   "DAPCfg/Language=qt_app_zh.qm",
-                                   "DAPCfg/OpenUrl=",
-                                   "LoRaTool/UpdateUrl=https://www.orvane.example/firmware",
-                                   "NetTools/IPAddr=127.0.0.1",
-                                   "NetTools/NetType=0",
-                                   "NetTools/Port=8000",
-                                   "Serialport/BaudRate=115200",
-                                   "Serialport/DataBit=8",
-                                   "Serialport/Parity=0",
-                                   "Serialport/SotpBit=1"};
+    const QStringList m_firstStart =
+        QString("Common/RecvBackground=#4b4b4b Common/RecvTextColor=#f2f2f2 Common/SendBackground=#4b4b4b "
+                "Common/SendTextColor=#f2f2f2 Common/Skin=0 Common/TextCodec=1 "
+                "DAPCfg/Language=qt_app_zh.qm DAPCfg/OpenUrl= "
+                "LoRaTool/UpdateUrl=https://www.orvane.example/firmware "
+                "NetTools/IPAddr=127.0.0.1 NetTools/NetType=0 NetTools/Port=8000 "
+                "Serialport/BaudRate=115200 Serialport/DataBit=8 Serialport/Parity=0 Serialport/SotpBit=1")
+            .split(' ');
 };
 
 QTEST_MAIN(TestSettings)

@@ -5,7 +5,6 @@
 #include "ymodemfiletransmit.h"
 
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTextCodec>
 #include <QtTest>
@@ -74,7 +73,6 @@ void TestRb::receivesABatch()
     Cable cable(line, terminal, rb);
 
     YmodemFileTransmit transmit;
-    QSignalSpy statuses(&transmit, &YmodemFileTransmit::transmitStatus);
     transmit.setFileList(names);
     transmit.setPortName(line.device());
     transmit.setBaudRate(115200);
@@ -89,7 +87,6 @@ void TestRb::receivesABatch()
     loop.exec();
     QVERIFY(!transmit.isBusy());
     QVERIFY2(transmit.reason().isEmpty(), qPrintable(transmit.log().text().right(2000)));
-    QCOMPARE(statuses.last().at(0).value<Ymodem::Status>(), Ymodem::Finish);
     QTRY_COMPARE_WITH_TIMEOUT(rb.state(), QProcess::NotRunning, 20000);
     QCOMPARE(rb.exitCode(), 0);
 
