@@ -88,10 +88,8 @@ private slots:
     void showsChunksBehindHeaders();
     void joinsWhatAChunkEndCut();
     void separatesSources();
-    void logModeDecodesTheNewestBytes_data();
     void logModeDecodesTheNewestBytes();
     void logModeIsABoundOnly();
-    void breaksRowsByColumns_data();
     void breaksRowsByColumns();
 };
 
@@ -125,6 +123,10 @@ void TestReceived::spoolsExactlyWhatCame()
         spool.append("again", 5);
         spool.flush();
         QCOMPARE(spool.read(0, 9), QByteArray("again"));
+        bool failed = true;
+        QVERIFY(spool.read(5, 9, &failed).isEmpty() && !failed);
+        QVERIFY(QFile::resize(files().value(0).filePath(), 0)); // by somebody else
+        QVERIFY(spool.read(0, 9, &failed).isEmpty() && failed);
     }
     QCOMPARE(files().size(), 0);
     ByteSpool elsewhere("/no/such/folder", "serial"); // in the system's temporary folder
@@ -221,43 +223,44 @@ void TestReceived::separatesSources()
     const QString broken(QChar::ReplacementCharacter);
     QCOMPARE(display.flush(),
              QStringLiteral("[a] \n[b] b温\n") + broken + QStringLiteral("\n01 \n") + broken);
+    text.receiveMessage("\xe6", QString(), true, "b");
+    text.receiveMessage("\xe6\xb8", "[c] ", false, "c");
+    display.flush();
+    text.clear(); // forgets the line, the form and the halves
+    display.shown.clear();
+    text.receiveMessage("\xa9", "[c] ", false, "c");
+    QCOMPARE(display.flush(), QStringLiteral("[c] ") + broken);
 }
 
-void TestReceived::logModeDecodesTheNewestBytes_data()
-{
-    QTest::addColumn<int>("codec");
-    QTest::addColumn<int>("kind"); // 0 log text, 1 random bytes, 2 Chinese without line ends, 3 one letter
-    for (int codec = 0; codec < 2; ++codec)
-        for (int kind = 0; kind < 4; ++kind)
-            QTest::addRow("codec %d kind %d", codec, kind) << codec << kind;
-}
-
+// Log text, random bytes, Chinese without line ends, and one letter.
 void TestReceived::logModeDecodesTheNewestBytes()
 {
-    QFETCH(int, codec);
-    QFETCH(int, kind);
-    QRandomGenerator random(static_cast<quint32>(codec * 10 + kind));
-    Display display;
-    QByteArray held;
-    for (int round = 0; round < 150; ++round) {
-        QByteArray bytes;
-        const int size = round % 50 == 0 ? 25000 : 1 + random.bounded(200);
-        while (bytes.size() < size) {
-            if (kind == 0)
-                bytes += TextCodec::encode(QStringLiteral("温度 %1\r\n").arg(random.generate()), codec);
-            else if (kind == 1)
-                bytes += static_cast<char>(random.bounded(256));
-            else if (kind == 2)
-                bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
-            else
-                bytes += random.bounded(50) == 0 ? '\r' : 'A';
+    for (int row = 0; row < 8; ++row) {
+        const int codec = row / 4;
+        const int kind = row % 4;
+        QRandomGenerator random(static_cast<quint32>(row));
+        Display display;
+        QByteArray held;
+        for (int round = 0; round < 150; ++round) {
+            QByteArray bytes;
+            const int size = round % 50 == 0 ? 25000 : 1 + random.bounded(200);
+            while (bytes.size() < size) {
+                if (kind == 0)
+                    bytes += TextCodec::encode(QStringLiteral("温度 %1\r\n").arg(random.generate()), codec);
+                else if (kind == 1)
+                    bytes += static_cast<char>(random.bounded(256));
+                else if (kind == 2)
+                    bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
+                else
+                    bytes += random.bounded(50) == 0 ? '\r' : 'A';
+            }
+            bytes.truncate(size); // cuts characters and line ends anywhere
+            display.text.receive(bytes, QString(), false, ReceivedText::Bound::Newest);
+            held = (held + bytes).right(kNewest);
+            QCOMPARE(display.flush(codec, 8192), plain(TextCodec::decode(held, codec)));
+            if (kind == 0 && size < 1000) // what stays is not touched
+                QVERIFY2(display.touched < 2 * size + 60, qPrintable(QString::number(display.touched)));
         }
-        bytes.truncate(size); // cuts characters and line ends anywhere
-        display.text.receive(bytes, QString(), false, ReceivedText::Bound::Newest);
-        held = (held + bytes).right(kNewest);
-        QCOMPARE(display.flush(codec, 8192), plain(TextCodec::decode(held, codec)));
-        if (kind == 0 && size < 1000) // what stays is not touched
-            QVERIFY2(display.touched < 2 * size + 60, qPrintable(QString::number(display.touched)));
     }
 }
 
@@ -289,55 +292,52 @@ void TestReceived::logModeIsABoundOnly()
     all += QString::fromLatin1(flood);
     QCOMPARE(display.flush(TextCodec::Utf8, 8192), all.right(kNewest));
     QVERIFY(display.recorded() == all);
-    text.clear();
-    text.receive("f", QString(), false, newest);
+    text.receive("in a line\xe6", QString(), false, newest);
     display.flush();
-    QCOMPARE(display.shown, QStringLiteral("f"));
-}
-
-void TestReceived::breaksRowsByColumns_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("columns");
-    QTest::addColumn<int>("from"); // column, of a row that the text before has begun
-    QTest::addColumn<QStringList>("rows");
-    QTest::newRow("word") << "abcdef" << 4 << 0 << QStringList{"abcd", "ef"};
-    QTest::newRow("words") << "ab cdef" << 6 << 0 << QStringList{"ab ", "cdef"};
-    QTest::newRow("space hangs") << "0A 1B 2C " << 5 << 0 << QStringList{"0A 1B ", "2C "};
-    QTest::newRow("space fits") << "0A 1B 2C " << 7 << 0 << QStringList{"0A 1B ", "2C "};
-    QTest::newRow("Chinese") << QStringLiteral("ab温度") << 5 << 0 << QStringList{"ab温", "度"};
-    QTest::newRow("tab") << "a\tb" << 8 << 0 << QStringList{"a\t", "b"};
-    QTest::newRow("tab fits") << "a\tb" << 9 << 0 << QStringList{"a\tb"};
-    QTest::newRow("two planes") << QString::fromUcs4(U"\U0001F600\U0001F601") << 3 << 0
-                                << QStringList{QString::fromUcs4(U"\U0001F600"),
-                                               QString::fromUcs4(U"\U0001F601")};
-    QTest::newRow("wider than a row") << QStringLiteral("温b") << 1 << 0 << QStringList{"温", "b"};
-    QTest::newRow("separator") << QStringLiteral("a\u2028b") << 9 << 0
-                               << QStringList{QStringLiteral("a\u2028"), "b"};
-    QTest::newRow("begun") << "abc def" << 8 << 6 << QStringList{"", "abc def"};
-    QTest::newRow("begun, fits") << "ab cd" << 8 << 5 << QStringList{"ab ", "cd"};
-    QTest::newRow("begun, space hangs") << " ab" << 8 << 8 << QStringList{" ", "ab"};
-    QTest::newRow("empty") << "" << 8 << 0 << QStringList{""};
+    text.receive("f", QString(), false, newest);
+    text.next(8192, TextCodec::Utf8); // put off
+    text.clear();
+    QCOMPARE(text.putOff(TextCodec::Utf8).kind, ReceivedText::Change::None);
+    text.receive("\xb8", "[4]\n", false, newest);
+    QCOMPARE(display.flush(), QStringLiteral("[4]\n") + QChar(QChar::ReplacementCharacter));
+    text.clear();
+    text.receive("\xb8", QString(), false); // nor does the stream remember
+    QVERIFY(display.flush().endsWith(QChar(QChar::ReplacementCharacter)));
 }
 
 void TestReceived::breaksRowsByColumns()
 {
-    QFETCH(QString, text);
-    QFETCH(int, columns);
-    QFETCH(int, from);
-    QStringList found;
-    for (const RowBreaks::Row &row : RowBreaks::rows(text, columns, {from, true}))
-        found += text.mid(row.start, row.end - row.start);
-    QTEST(found, "rows");
-    const RowBreaks::Row first = RowBreaks::row(text, 0, columns, {from, true});
-    const bool isNarrow = RowBreaks::maxColumnsOf(text) == text.size();
-    if (isNarrow && !text.isEmpty()) {
-        const RowBreaks::Row narrow = RowBreaks::narrowRow(text, 0, columns, {from, true});
-        QCOMPARE(narrow.end, first.end);
-        QCOMPARE(narrow.endColumn, first.endColumn);
+    const QString planes = QString::fromUcs4(U"\U0001F600");
+    // Columns of a row, and the one at which the text before has begun it.
+    const std::tuple<QString, int, int, QStringList> table[] = {
+        {"abcdef", 4, 0, {"abcd", "ef"}},
+        {"ab cdef", 6, 0, {"ab ", "cdef"}},
+        {"0A 1B 2C ", 5, 0, {"0A 1B ", "2C "}}, // a space hangs
+        {"0A 1B 2C ", 7, 0, {"0A 1B ", "2C "}},
+        {"ab温度", 5, 0, {"ab温", "度"}},
+        {"a\tb", 8, 0, {"a\t", "b"}},
+        {"a\tb", 9, 0, {"a\tb"}},
+        {planes + planes, 3, 0, {planes, planes}},
+        {"温b", 1, 0, {"温", "b"}},
+        {"a\u2028b", 9, 0, {"a\u2028", "b"}},
+        {"abc def", 8, 6, {"", "abc def"}},
+        {"ab cd", 8, 5, {"ab ", "cd"}},
+        {" ab", 8, 8, {" ", "ab"}},
+        {"", 8, 0, {""}}};
+    for (const auto &[text, columns, from, expected] : table) {
+        QStringList found;
+        for (const RowBreaks::Row &row : RowBreaks::rows(text, columns, {from, true}))
+            found += text.mid(row.start, row.end - row.start);
+        QCOMPARE(found, expected);
+        const RowBreaks::Row first = RowBreaks::row(text, 0, columns, {from, true});
+        if (RowBreaks::maxColumnsOf(text) == text.size() && !text.isEmpty()) {
+            const RowBreaks::Row narrow = RowBreaks::narrowRow(text, 0, columns, {from, true});
+            QCOMPARE(narrow.end, first.end);
+            QCOMPARE(narrow.endColumn, first.endColumn);
+        }
+        if (from > 0 && found.first().isEmpty()) // a word that the text before has begun goes on
+            QCOMPARE(RowBreaks::row(text, 0, columns, {from, false}).end, columns - from);
     }
-    if (from > 0 && found.first().isEmpty()) // a word that the text before has begun goes on
-        QCOMPARE(RowBreaks::row(text, 0, columns, {from, false}).end, columns - from);
 }
 
 QTEST_GUILESS_MAIN(TestReceived)

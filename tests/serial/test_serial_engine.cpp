@@ -16,13 +16,11 @@ class TestSerialEngine : public QObject
 private slots:
     void namesAndOrdersPorts();
     void findsVirtualPorts();
-    void drainsALine_data();
     void drainsALine();
     void readsListsOfOtherPrograms();
     void writesTheListExactly();
     void keepsWhatOthersWroteIntoTheList();
     void survivesHostileLists();
-    void encodesTypedText_data();
     void encodesTypedText();
     void readsFilesAsText();
 };
@@ -46,43 +44,37 @@ void TestSerialEngine::namesAndOrdersPorts()
 }
 
 // 1000 baud with ten bits: a byte takes 10 ms, the transmitter's buffer 2.56 s.
-void TestSerialEngine::drainsALine_data()
-{
-    using Looks = QVector<QPair<int, int>>; // at so many ms, so many bytes pending
-    QTest::addColumn<int>("lineFreeMs");
-    QTest::addColumn<Looks>("looks");
-    QTest::addColumn<int>("endMs");
-    QTest::addColumn<bool>("left");
-    QTest::newRow("nothing was written") << 0 << Looks{{0, 0}} << 0 << true;
-    QTest::newRow("in the transmitter") << 50 << Looks{{0, 0}, {49, 0}, {51, 0}} << 51 << true;
-    QTest::newRow("faster than its baud rate says")
-        << 9000 << Looks{{0, 900}, {20, 0}, {2570, 0}, {2581, 0}} << 2581 << true;
-    QTest::newRow("slow") << 1000 << Looks{{0, 100}, {500, 50}, {1000, 0}, {1001, 0}} << 1000 << true;
-    QTest::newRow("stuck") << 900 << Looks{{0, 90}, {100, 80}, {3600, 80}, {3700, 80}} << 3700 << false;
-    QTest::newRow("too much") << 99999
-                              << Looks{{0, 9999}, {3000, 9700}, {6000, 9400}, {9000, 9100}, {10001, 9000}}
-                              << 10001 << false;
-    QTest::newRow("drips") << 100 << Looks{{0, 10}, {2000, 9}, {4000, 8}, {4900, 7}, {5001, 6}} << 5001
-                           << false;
-}
-
 void TestSerialEngine::drainsALine()
 {
-    using Looks = QVector<QPair<int, int>>;
-    QFETCH(int, lineFreeMs);
-    QFETCH(Looks, looks);
     constexpr qint64 ms = 1000 * 1000;
     constexpr qint64 start = 77777 * ms;
-    LineDrain drain(start, looks.first().second, LineDrain::byteNs(1000, 10), start + lineFreeMs * ms);
-    for (const auto &[at, pending] : looks) {
-        const LineDrain::State state = drain.check(start + at * ms, pending);
-        if (state == LineDrain::State::Pending)
-            continue;
-        QTEST(at, "endMs");
-        QTEST(state == LineDrain::State::Left, "left");
-        return;
+    struct Row
+    {
+        int lineFreeMs;
+        QVector<QPair<int, int>> looks; // at so many ms, so many bytes pending
+        int endMs;
+        bool left;
+    };
+    const Row rows[] = {
+        {0, {{0, 0}}, 0, true},
+        {50, {{0, 0}, {49, 0}, {51, 0}}, 51, true},                       // in the transmitter
+        {9000, {{0, 900}, {20, 0}, {2570, 0}, {2581, 0}}, 2581, true},    // faster than its baud rate says
+        {1000, {{0, 100}, {500, 50}, {1000, 0}, {1001, 0}}, 1000, true},  // slow
+        {900, {{0, 90}, {100, 80}, {3600, 80}, {3700, 80}}, 3700, false}, // stuck
+        {99999, {{0, 9999}, {3000, 9700}, {6000, 9400}, {9000, 9100}, {10001, 9000}}, 10001, false},
+        {100, {{0, 10}, {2000, 9}, {4000, 8}, {4900, 7}, {5001, 6}}, 5001, false}}; // drips
+    for (const Row &row : rows) {
+        LineDrain drain(start, row.looks.first().second, LineDrain::byteNs(1000, 10),
+                        start + row.lineFreeMs * ms);
+        LineDrain::State state = LineDrain::State::Pending;
+        int at = -1;
+        for (int i = 0; i < row.looks.size() && state == LineDrain::State::Pending; ++i) {
+            at = row.looks.at(i).first;
+            state = drain.check(start + at * ms, row.looks.at(i).second);
+        }
+        QCOMPARE(at, row.endMs);
+        QCOMPARE(state, row.left ? LineDrain::State::Left : LineDrain::State::TimedOut);
     }
-    QFAIL("never ends");
 }
 
 void TestSerialEngine::findsVirtualPorts()
@@ -168,34 +160,22 @@ void TestSerialEngine::survivesHostileLists()
     QVERIFY(list.write().contains("5#z" + longest + '\n')); // whole
 }
 
-void TestSerialEngine::encodesTypedText_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("hex");
-    QTest::addColumn<bool>("newLine");
-    QTest::addColumn<int>("codec");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("ignored");
-    const QString typed = QStringLiteral("温\r\nb");
-    QTest::newRow("UTF-8") << typed << false << false << 0 << QByteArray("\xe6\xb8\xa9\nb") << 0;
-    QTest::newRow("GB18030") << typed << false << true << 1 << QByteArray("\xce\xc2\nb\r\n") << 0;
-    QTest::newRow("nothing") << "" << false << false << 0 << QByteArray() << 0;
-    QTest::newRow("new line alone") << "" << false << true << 0 << QByteArray("\r\n") << 0;
-    QTest::newRow("hexadecimal") << "01 fF" << true << false << 0 << QByteArray("\x01\xff") << 0;
-    QTest::newRow("odd digit") << "01 02 fF 7" << true << true << 0 << QByteArray("\x01\x02\xff\r\n") << 1;
-    QTest::newRow("no digit") << "hello" << true << true << 0 << QByteArray() << 5;
-    QTest::newRow("hexadecimal new line alone") << " " << true << true << 0 << QByteArray("\r\n") << 0;
-}
-
 void TestSerialEngine::encodesTypedText()
 {
-    QFETCH(QString, text);
-    QFETCH(bool, hex);
-    QFETCH(bool, newLine);
-    QFETCH(int, codec);
-    const SendText::Encoded encoded = SendText{hex, newLine, codec}.encode(text);
-    QTEST(encoded.bytes, "bytes");
-    QTEST(encoded.ignored, "ignored");
+    const std::tuple<QString, SendText, QByteArray, int> rows[] = {
+        // hexadecimal, new line, codec
+        {"温\r\nb", {false, false, 0}, "\xe6\xb8\xa9\nb", 0},
+        {"温\r\nb", {false, true, 1}, "\xce\xc2\nb\r\n", 0},
+        {"", {false, false, 0}, "", 0},
+        {"", {false, true, 0}, "\r\n", 0},
+        {"01 fF", {true, false, 0}, "\x01\xff", 0},
+        {"01 02 fF 7", {true, true, 0}, "\x01\x02\xff\r\n", 1},
+        {"hello", {true, true, 0}, "", 5}, // not even a new line
+        {" ", {true, true, 0}, "\r\n", 0}};
+    for (const auto &[text, format, bytes, ignored] : rows) {
+        QCOMPARE(format.encode(text).bytes, bytes);
+        QCOMPARE(format.encode(text).ignored, ignored);
+    }
 }
 
 void TestSerialEngine::readsFilesAsText()
