@@ -371,7 +371,7 @@ int LogLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const
     QTextBlock block = document()->findBlockByLineNumber(rowNumber);
     // The last row of a block may go on with the next block.
     const auto goesOn = [&](const QTextBlock &next) {
-        return next.isValid() && startColumn(next) > 0 && rowNumber < next.firstLineNumber() &&
+        return next.isValid() && startColumn(next) > 0 && rowNumber + 1 == next.firstLineNumber() &&
                point.x() >= margin + startColumn(next) * m_columnWidth && firstRowStart(next) > 0;
     };
     while (goesOn(block.next()))

@@ -6,7 +6,9 @@
 #include "loglayout.h"
 #include "qtterminalwidget.h"
 
+#include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QMenu>
 #include <QScrollBar>
 #include <QtTest>
@@ -25,11 +27,10 @@ private slots:
     void copiesWithoutCuts();
     void keepsSelectionAndScrollPosition();
     void followsOnlyAtTheEnd();
-    void keepsItsPlaceWhenRowsLeave_data();
     void keepsItsPlaceWhenRowsLeave();
     void recordsWhatTheDisplayDrops();
-    void rowsShowNoCuts_data();
     void rowsShowNoCuts();
+    void drawsCharactersInTheirColumns();
     void zoomingKeepsThePlace();
     void hitsTheCharacterUnderThePointer();
 
@@ -116,7 +117,8 @@ void TestTerminal::showsFloodsInSlices()
 void TestTerminal::copiesWithoutCuts()
 {
     const QString text = QStringLiteral("first\n") + QString(5000, 'x') + QStringLiteral("\nlast");
-    m_terminal->insertTerminalText(text);
+    m_terminal->insertTerminalText(text.left(6 + 2048)); // a full block
+    m_terminal->insertTerminalText(text.mid(6 + 2048));
     const auto copied = [this](int from, int to) {
         QTextCursor some = m_terminal->textCursor();
         some.setPosition(from);
@@ -130,8 +132,15 @@ void TestTerminal::copiesWithoutCuts()
     m_terminal->selectAll();
     m_terminal->copy();
     QCOMPARE(QGuiApplication::clipboard()->text(), text);
-    const std::unique_ptr<QMenu> menu(m_terminal->createStandardContextMenu());
-    QCOMPARE(menu->actions().size(), 3); // copy and select all, nothing about links
+    const QSignalSpy clears(m_terminal.get(), &QtTerminalWidget::clearRequested);
+    QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(5, 5), QPoint(5, 5));
+    QCoreApplication::sendEvent(m_terminal.get(), &menuKey);
+    QWidget *menu = QApplication::activePopupWidget();
+    QVERIFY(menu);
+    QCOMPARE(menu->actions().size(), 5); // copy, select all and clear, nothing about links
+    menu->actions().last()->trigger();
+    QCOMPARE(clears.count(), 1);
+    menu->close();
 }
 
 void TestTerminal::keepsSelectionAndScrollPosition()
@@ -200,36 +209,31 @@ void TestTerminal::followsOnlyAtTheEnd()
 
 // What the user reads stays in place when rows leave at the front, by the bound
 // of log mode or by the display's own.
-void TestTerminal::keepsItsPlaceWhenRowsLeave_data()
-{
-    QTest::addColumn<bool>("logMode");
-    QTest::newRow("log mode") << true;
-    QTest::newRow("display") << false;
-}
-
 void TestTerminal::keepsItsPlaceWhenRowsLeave()
 {
-    QFETCH(bool, logMode);
     QByteArray full;
     for (int i = 0; full.size() < 20474; ++i)
         full += QByteArray::number(100000 + i) + '\n';
-    const auto show = [&](const QByteArray &bytes) {
-        if (logMode)
-            m_terminal->insertRecvData(bytes, false, false);
-        else
-            m_terminal->insertTerminalText(QString::fromLatin1(bytes));
-    };
-    if (!logMode)
-        m_terminal->setLimits(20480, 100000);
-    show(full);
-    QScrollBar *bar = m_terminal->verticalScrollBar();
-    bar->setValue(bar->maximum() / 2);
-    const auto lineOnTop = [this] { return m_terminal->cursorForPosition(QPoint(5, 10)).block().text(); };
-    const QString top = lineOnTop();
-    for (int i = 0; i < 20; ++i)
-        show("new line\nnew line\n");
-    QCOMPARE(lineOnTop(), top);
-    QVERIFY(!m_terminal->toPlainText().startsWith("100000"));
+    for (const bool logMode : {true, false}) {
+        init();
+        const auto show = [&](const QByteArray &bytes) {
+            if (logMode)
+                m_terminal->insertRecvData(bytes, false, false);
+            else
+                m_terminal->insertTerminalText(QString::fromLatin1(bytes));
+        };
+        if (!logMode)
+            m_terminal->setLimits(20480, 100000);
+        show(full);
+        QScrollBar *bar = m_terminal->verticalScrollBar();
+        bar->setValue(bar->maximum() / 2);
+        const auto lineOnTop = [this] { return m_terminal->cursorForPosition(QPoint(5, 10)).block().text(); };
+        const QString top = lineOnTop();
+        for (int i = 0; i < 20; ++i)
+            show("new line\nnew line\n");
+        QCOMPARE(lineOnTop(), top);
+        QVERIFY(!m_terminal->toPlainText().startsWith("100000"));
+    }
 }
 
 void TestTerminal::recordsWhatTheDisplayDrops()
@@ -255,60 +259,93 @@ void TestTerminal::recordsWhatTheDisplayDrops()
 // Hexadecimal rows hold whole bytes and are full up to the last one, at any
 // width, font and place, although the text is stored in pieces; so are rows of
 // text and words too long for one.
-void TestTerminal::rowsShowNoCuts_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("hexadecimal") << QStringLiteral("0A 1B FF ").repeated(1000);
-    QTest::newRow("Chinese") << QString(5000, QChar(0x6E29));
-    QTest::newRow("one word") << QString(5000, 'x');
-    QTest::newRow("words") << QStringLiteral("some words of several lengths, 温度 25.3 ").repeated(150);
-    QTest::newRow("two planes") << 'x' + QString::fromUcs4(U"\U0001F600").repeated(3000);
-    QTest::newRow("paragraphs") << QString(1000, 'x') + QStringLiteral("\n温度\n\n") + QString(4100, 'y');
-}
-
 void TestTerminal::rowsShowNoCuts()
 {
-    QFETCH(QString, text);
-    for (int i = 0; i < text.size(); i += 777)
-        m_terminal->insertTerminalText(text.mid(i, 777));
-    const auto *layout = static_cast<LogLayout *>(m_terminal->document()->documentLayout());
-    for (const int width : {600, 300, 451, 451}) {
-        m_terminal->resize(width, 300);
-        m_terminal->zoomIn(1);
-        const qreal margin = m_terminal->document()->documentMargin();
-        const int columns =
-            static_cast<int>((m_terminal->document()->pageSize().width() - 2 * margin) /
-                             QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0'));
-        QMap<int, QString> rows; // by their number, from what stands where
-        for (QTextBlock block = m_terminal->document()->firstBlock(); block.isValid(); block = block.next()) {
-            QVERIFY(!block.text().right(1).contains(QChar(0xD83D))); // half a character
-            const qreal top = layout->blockBoundingRect(block).top();
-            for (int i = 0; i < block.layout()->lineCount(); ++i) {
-                const QTextLine line = block.layout()->lineAt(i);
-                const qreal y = top + line.y();
-                QCOMPARE(layout->rowTop(block.position() + line.textStart()), y);
-                rows[qRound((y - margin) / layout->lineHeight())] +=
-                    block.text().midRef(line.textStart(), line.textLength());
+    for (const QString &text :
+         {QStringLiteral("0A 1B FF ").repeated(1000), QString(5000, QChar(0x6E29)), QString(5000, 'x'),
+          QStringLiteral("some words of several lengths, 温度 25.3 ").repeated(150),
+          'x' + QString::fromUcs4(U"\U0001F600").repeated(3000), // of two code units each
+          QString(1000, 'x') + QStringLiteral("\n温度\n\n") + QString(4100, 'y')}) {
+        init();
+        for (int i = 0; i < text.size(); i += 777)
+            m_terminal->insertTerminalText(text.mid(i, 777));
+        const auto *layout = static_cast<LogLayout *>(m_terminal->document()->documentLayout());
+        for (const int width : {600, 300, 451, 451}) {
+            m_terminal->resize(width, 300);
+            m_terminal->zoomIn(1);
+            const qreal margin = m_terminal->document()->documentMargin();
+            const int columns =
+                static_cast<int>((m_terminal->document()->pageSize().width() - 2 * margin) /
+                                 QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0'));
+            QMap<int, QString> rows; // by their number, from what stands where
+            for (QTextBlock block = m_terminal->document()->firstBlock(); block.isValid();
+                 block = block.next()) {
+                QVERIFY(!block.text().right(1).contains(QChar(0xD83D))); // half a character
+                const qreal top = layout->blockBoundingRect(block).top();
+                for (int i = 0; i < block.layout()->lineCount(); ++i) {
+                    const QTextLine line = block.layout()->lineAt(i);
+                    const qreal y = top + line.y();
+                    QCOMPARE(layout->rowTop(block.position() + line.textStart()), y);
+                    rows[qRound((y - margin) / layout->lineHeight())] +=
+                        block.text().midRef(line.textStart(), line.textLength());
+                }
             }
+            QStringList expected;
+            for (const QString &paragraph : text.split('\n')) {
+                int start = 0;
+                do {
+                    const int end = RowBreaks::row(paragraph, start, columns).end;
+                    expected += paragraph.mid(start, end - start);
+                    start = end;
+                } while (start < paragraph.size());
+            }
+            QCOMPARE(QStringList(rows.values()), expected);
+            QCOMPARE(layout->documentSize().height(), expected.size() * layout->lineHeight() + 2 * margin);
         }
-        QStringList expected;
-        for (const QString &paragraph : text.split('\n')) {
-            int start = 0;
-            do {
-                const int end = RowBreaks::row(paragraph, start, columns).end;
-                expected += paragraph.mid(start, end - start);
-                start = end;
-            } while (start < paragraph.size());
-        }
-        QCOMPARE(QStringList(rows.values()), expected);
-        QCOMPARE(layout->documentSize().height(), expected.size() * layout->lineHeight() + 2 * margin);
+        QCOMPARE(m_terminal->toPlainText(), text);
+        m_terminal->setLimits(3000, 1000); // rows go at the front as a whole
+        m_terminal->insertTerminalText(" ");
+        QVERIFY(m_terminal->document()->characterCount() < 3000 + 2048);
+        QVERIFY((text + ' ').endsWith(m_terminal->toPlainText()));
     }
-    QCOMPARE(m_terminal->toPlainText(), text);
-    m_terminal->setLimits(3000, 1000); // rows go at the front as a whole
-    m_terminal->insertTerminalText(" ");
-    QVERIFY(m_terminal->document()->characterCount() < 3000 + 2048);
-    QVERIFY((text + ' ').endsWith(m_terminal->toPlainText()));
-    m_terminal->grab();
+}
+
+// Seen as ink in the middle of each column of a row.
+void TestTerminal::drawsCharactersInTheirColumns()
+{
+    m_terminal->resize(600, 1000);
+    const auto *layout = static_cast<LogLayout *>(m_terminal->document()->documentLayout());
+    const qreal margin = m_terminal->document()->documentMargin();
+    const qreal width = QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0');
+    const auto ink = [&](int row, int columns) {
+        const QImage image = m_terminal->viewport()->grab().toImage();
+        const QRgb paper = image.pixel(image.width() - 1, image.height() - 1);
+        QString seen(columns, '.');
+        const int top = qRound(margin + row * layout->lineHeight());
+        for (int i = 0; i < columns; ++i)
+            for (qreal x = margin + (i + 0.25) * width; x < margin + (i + 0.75) * width; ++x)
+                for (int y = top + 1; y < top + layout->lineHeight() - 1; ++y)
+                    if (image.pixel(qRound(x), y) != paper)
+                        seen[i] = '#';
+        return seen;
+    };
+    m_terminal->insertTerminalText(QStringLiteral("M MM\n\nMM M\ne\u0301M"));
+    QCOMPARE((QStringList{ink(0, 6), ink(1, 6), ink(2, 6)}), (QStringList{"#.##..", "......", "##.#.."}));
+    QCOMPARE(ink(3, 6).mid(3), QStringLiteral("...")); // the accent stands above its letter
+    QTextCursor some = m_terminal->textCursor();
+    some.setPosition(1);
+    some.setPosition(5, QTextCursor::KeepAnchor); // with the end of the line
+    m_terminal->setTextCursor(some);
+    QCOMPARE((QStringList{ink(0, 6), ink(1, 6)}), (QStringList{"#####.", "......"}));
+    m_terminal->selectColorBrush(QColor(Qt::blue));
+    m_terminal->selectColorText(Qt::yellow);
+    m_terminal->setTerminalText(QString(3000, 'M'));
+    m_terminal->verticalScrollBar()->setValue(0);
+    const int columns = static_cast<int>((m_terminal->viewport()->width() - 2 * margin) / width);
+    for (const int row : {0, 2048 / columns, 2999 / columns - 1}) // also where a block ends
+        QCOMPARE(ink(row, columns), QString(columns, '#'));
+    const QImage image = m_terminal->viewport()->grab().toImage();
+    QCOMPARE(image.pixelColor(image.width() - 1, image.height() - 1), QColor(Qt::blue));
 }
 
 // A turn of the wheel keeps what stands on top, or the end.
@@ -330,6 +367,9 @@ void TestTerminal::zoomingKeepsThePlace()
                          false);
         QCoreApplication::sendEvent(m_terminal->viewport(), &turn);
     };
+    layout->blockBoundingRect(m_terminal->document()->firstBlock());
+    zoom(1);
+    QCOMPARE(m_terminal->document()->firstBlock().layout()->lineCount(), 1); // what fits is not counted again
     for (const int notches : {1, 3, -4}) {
         bar->setValue(bar->maximum());
         zoom(notches);
@@ -351,10 +391,11 @@ void TestTerminal::hitsTheCharacterUnderThePointer()
     QString text;
     for (int i = 0; i < 30; ++i)
         text += QStringLiteral("%1 %2温度 end\n").arg(i).arg(QString(i * 20, 'x'));
-    m_terminal->insertTerminalText(text);
+    m_terminal->insertTerminalText(text + QString(3000, 'y')); // which is stored in two blocks
+    const int end = m_terminal->document()->characterCount() - 1;
     m_terminal->verticalScrollBar()->setValue(0);
     auto *layout = m_terminal->document()->documentLayout();
-    for (int position = 0; position < text.size(); position += 7) {
+    for (int position = 0; position < end; position += 7) {
         const QTextBlock block = m_terminal->document()->findBlock(position);
         const QRectF rect = layout->blockBoundingRect(block);
         const QTextLine line = block.layout()->lineForTextPosition(position - block.position());
@@ -364,7 +405,9 @@ void TestTerminal::hitsTheCharacterUnderThePointer()
         QCOMPARE(layout->hitTest(point, Qt::FuzzyHit), position);
     }
     QCOMPARE(layout->hitTest(QPointF(5, -50), Qt::FuzzyHit), 0);
-    QCOMPARE(layout->hitTest(QPointF(5, 1e6), Qt::ExactHit), -1);
+    QCOMPARE(layout->hitTest(QPointF(5, 1e6), Qt::FuzzyHit), end);
+    for (const QPointF &outside : {QPointF(5, 1e6), QPointF(500, 10), QPointF(1, 10)})
+        QCOMPARE(layout->hitTest(outside, Qt::ExactHit), -1);
 }
 
 QTEST_MAIN(TestTerminal)
