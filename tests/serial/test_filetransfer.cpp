@@ -5,10 +5,14 @@
 
 #include "dialoganswers.h"
 #include "filesendpage.h"
+#include "filetransfer.h"
 #include "qtsendboxwidget.h"
+#include "quietreader.h"
 #include "settings.h"
 #include "stateindicator.h"
+#include "transferlogdialog.h"
 
+#include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
@@ -25,6 +29,8 @@ class TestFileTransfer : public SerialPageTest
 private slots:
     void listsFilesOnce();
     void sendsFiles();
+    void sendsWithEightBits();
+    void showsAmountsAndTheLog();
     void endsInEveryWay_data();
     void endsInEveryWay();
     void keepsItsOwnBytesApart();
@@ -152,6 +158,54 @@ void TestFileTransfer::sendsFiles()
     QCOMPARE(lastKind(), 0);
     checkThePort();
     QCOMPARE(m_page->counts().at(0), QStringLiteral("0")); // the page itself sent nothing
+}
+
+// Block 0 and the data need all eight bits, and no line has one and a half stop bits then.
+void TestFileTransfer::sendsWithEightBits()
+{
+    for (const auto &[chosen, used] : {std::pair(QSerialPort::OneAndHalfStop, QSerialPort::OneStop),
+                                       {QSerialPort::TwoStop, QSerialPort::TwoStop}}) {
+        SerialSettings settings;
+        settings.name = m_board->device();
+        settings.dataBits = QSerialPort::Data7;
+        settings.stopBits = chosen;
+        SerialLink link;
+        QVERIFY(link.open(settings, SerialLink::Refusal::KeepsOpen));
+        QuietReader reader(
+            &link, [] { return 0; }, nullptr);
+        FileSendPage page;
+        FileTransfer transfer(&link, &reader, &page, nullptr);
+        transfer.create(nullptr);
+        transfer.start({makeFile("a.bin", 1)});
+        QCOMPARE(link.settings().dataBits, QSerialPort::Data8);
+        QCOMPARE(link.settings().stopBits, used);
+        transfer.abandon();
+    }
+}
+
+// The amount with its speed, and the log with what can be done with it.
+void TestFileTransfer::showsAmountsAndTheLog()
+{
+    auto *page = m_page->findChild<FileSendPage *>();
+    const auto amount = [&](qint64 sent, qint64 size) {
+        page->setAmount(sent, size);
+        return child<QLabel>("labelTransferAmount")->text();
+    };
+    page->setSending(true);
+    QVERIFY(!amount(0, 1000000).contains("/s"));
+    const QRegularExpression form("^1 B / 976\\.6 KB   \\d B/s   剩余 \\d{1,3}:[0-5]\\d:[0-5]\\d$");
+    QTRY_VERIFY(form.match(amount(1, 1000000)).hasMatch());
+    page->setEnd("end", false);
+    QCOMPARE(child<QLabel>("labelTransferAmount")->text(), QStringLiteral("1 B / 976.6 KB"));
+    page->setSending(false);
+    QVERIFY(child<QAbstractButton>("btnTransferLog")->isEnabled());
+
+    chooseFile(m_root->filePath("log.txt"));
+    TransferLogDialog dialog("first\nlast", nullptr);
+    for (auto *button : dialog.findChildren<QAbstractButton *>())
+        button->click();
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("first\nlast"));
+    QCOMPARE(contentOf(m_root->filePath("log.txt")), QByteArray("first\nlast"));
 }
 
 void TestFileTransfer::endsInEveryWay_data()

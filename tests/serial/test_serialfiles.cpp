@@ -228,6 +228,17 @@ void TestSerialFiles::autoSavingKeepsTheBytes()
     QCOMPARE(binaries().size(), 2);
     QCOMPARE(contentOf(folder.filePath(binaries().last())), bytes + bytes);
     QCOMPARE(folder.entryList({"recv_*.txt"}).size(), 0);
+    qputenv("HOME", m_root->path().toLocal8Bit()); // to the user's documents where "save" cannot be made
+    QVERIFY(QDir(m_root->path()).rename("save", "saved") && writeFile(m_root->filePath("save"), {}));
+    receive("more");
+    QVERIFY(m_page->saveBeforeExit());
+    const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    QCOMPARE(documents.entryList({"recv_*"}).size(), 2);
+    for (const QFileInfo &file : QDir(AppPaths::tmpFolder()).entryInfoList(QDir::Files))
+        QVERIFY(QFile::resize(file.filePath(), 0)); // by somebody else
+    save("x.bin");
+    QVERIFY(lastNotice().endsWith(QStringLiteral("缓存文件无法读取")));
+    QVERIFY(QFile::remove(m_root->filePath("save")) && QDir(m_root->path()).mkdir("save"));
     // Two copies of the program that end together.
     const auto reserve = [&] { return ReceivedFiles::reserveDatedName(folder.path(), {".bin", ".txt"}); };
     QVERIFY(reserve() != reserve());
@@ -241,11 +252,11 @@ void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
         ++asked;
         return int(QtMessageBox::Discard);
     };
-    QVERIFY(m_page->mayClose());
+    QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
     openPort();
     receive("data");
     save("saved.txt");
-    QVERIFY(m_page->mayClose());
+    QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
     receive("more");
     click("btnClearRecv");
     QVERIFY(m_page->mayClose());
@@ -260,11 +271,20 @@ void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
     QCOMPARE(asked, 2);
     save("no/such/folder/x.bin");
     save("saved.txt"); // which does not hold it
+    QVERIFY(lastNotice().contains(QStringLiteral("停止显示")));
     QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 3);
-    save("saved.bin");
+    save("saved"); // bytes are offered first
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+    QVERIFY(contentOf(m_root->filePath("saved")).endsWith("not saved"));
     QVERIFY(m_page->mayClose());
     QCOMPARE(asked, 3);
+    receive("hidden and cleared");
+    click("btnClearRecv");
+    click("checkStopShow");
+    receive("shown");
+    QCOMPARE(save("shown"), QByteArray("shown")); // as text
+    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
 }
 
 QTEST_MAIN(TestSerialFiles)

@@ -141,6 +141,7 @@ void TestSerialPage::closesWhenTheLastBytesHaveLeft()
     click("btnOpen");
     QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("正在关闭…"));
     QVERIFY(!child<QAbstractButton>("btnOpen")->isEnabled());
+    QVERIFY(child<QAbstractButton>("btnOpen")->toolTip().contains(QStringLiteral("正在等待")));
     m_page->SltOpenSerialport(); // by the keyboard: not yet
     QVERIFY(lastNotice().contains(QStringLiteral("请稍候")));
     m_page->SltWriteDataToSerialport("no more");
@@ -242,8 +243,10 @@ void TestSerialPage::hintsAreFainterThanText()
 
 void TestSerialPage::tabsFromThePanelToTheWork()
 {
-    const QStringList places{"comboPort",   "editAutoInterval", "btnFold",
-                             "recvBrowser", "textEditSend",     "btnSingleSend"};
+    const QStringList places =
+        QString("comboPort comboSendPage checkNewline radioSendText radioSendHex checkAutoSend "
+                "editAutoInterval btnFold recvBrowser textEditSend btnSingleSend")
+            .split(' ');
     QStringList order;
     QWidget *widget = child<QComboBox>("comboPort");
     do {

@@ -313,7 +313,7 @@ void TestTerminal::rowsShowNoCuts()
 // Seen as ink in the middle of each column of a row.
 void TestTerminal::drawsCharactersInTheirColumns()
 {
-    m_terminal->resize(600, 1000);
+    m_terminal->resize(1200, 1000);
     const auto *layout = static_cast<LogLayout *>(m_terminal->document()->documentLayout());
     const qreal margin = m_terminal->document()->documentMargin();
     const qreal width = QFontMetricsF(m_terminal->document()->defaultFont()).horizontalAdvance('0');
