@@ -132,9 +132,8 @@ void SerialConfigPanel::setClosing()
     m_open->setToolTip(QStringLiteral("正在等待已写入的数据发出，最长10秒"));
 }
 
-void SerialConfigPanel::setHandedOver(bool handedOver)
+void SerialConfigPanel::setHandedOver()
 {
-    m_open->setEnabled(!handedOver);
-    m_open->setToolTip(handedOver ? QStringLiteral("正在传输文件，停止发送后才能关闭串口")
-                                  : QStringLiteral("快捷键：F5"));
+    m_open->setEnabled(false);
+    m_open->setToolTip(QStringLiteral("正在传输文件，停止发送后才能关闭串口"));
 }

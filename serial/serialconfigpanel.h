@@ -33,7 +33,7 @@ public:
     // The port is closed as soon as its last bytes have left.
     void setClosing();
     // Somebody else has the open port for a while: it cannot be closed here.
-    void setHandedOver(bool handedOver);
+    void setHandedOver();
 
     void loadDefaults();
     void rememberDefaults(); // in the settings file, for the next start

@@ -297,12 +297,11 @@ void SerialportWidget::sltTransmitStatus(YmodemFileTransmit::Status status, QStr
 void SerialportWidget::beginTransfer()
 {
     m_sendBox->setDeviceOpen(false);
-    m_config->setHandedOver(true);
+    m_config->setHandedOver();
 }
 
 void SerialportWidget::endTransfer()
 {
-    m_config->setHandedOver(false);
     const bool isOpen = m_port->isOpen();
     setPortState(isOpen);
     if (std::exchange(m_quitting, false)) {

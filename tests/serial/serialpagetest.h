@@ -26,6 +26,13 @@ protected:
     QString shown() { return child<QtTerminalWidget>("recvBrowser")->toPlainText(); }
     qint64 received() const { return m_page->counts().at(1).toLongLong(); }
     void receive(const QByteArray &bytes);
+    QString lastError() const { return lastKind() == 255 ? lastNotice() : QString(); }
+    QString noticeBefore() const { return m_notices->at(m_notices->count() - 2).at(0).toString(); }
+    bool isPortShownOpen() const
+    {
+        return child<QAbstractButton>("btnOpen")->text() == QStringLiteral("关闭串口");
+    }
+    bool isEnabled(const char *name) const { return child<QWidget>(name)->isEnabled(); }
     void chooseFile(const QString &name);
 
     std::unique_ptr<PtyPeer> m_board;

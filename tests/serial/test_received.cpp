@@ -83,262 +83,252 @@ class TestReceived : public QObject
     Q_OBJECT
 
 private slots:
-    void spoolsExactlyWhatCame();
-    void keepsBytesWhenTheDiskIsFull();
-    void showsChunksBehindHeaders();
-    void joinsWhatAChunkEndCut();
-    void separatesSources();
-    void logModeDecodesTheNewestBytes();
-    void logModeIsABoundOnly();
-    void breaksRowsByColumns();
-};
-
-void TestReceived::spoolsExactlyWhatCame()
-{
-    const QTemporaryDir folder;
-    const auto files = [&] { return QDir(folder.path()).entryInfoList(QDir::Files); };
+    void spoolsExactlyWhatCame()
     {
-        ByteSpool spool(folder.path(), "serial");
-        QCOMPARE(files().size(), 0); // no file before the first byte
-        QByteArray all;
-        for (int i = 0; i < 300; ++i) {
-            const QByteArray piece(i * 7 % 251, static_cast<char>(i));
-            QCOMPARE(spool.append(piece.constData(), piece.size()), ByteSpool::State::OnDisk);
-            all += piece;
-            if (i % 7 == 0)
-                QCOMPARE(spool.flush(), ByteSpool::State::OnDisk);
-            QCOMPARE(readBack(spool, all.size() / 2, 5), all.mid(all.size() / 2, 5)); // moves no writing
-        }
-        const QByteArray large(100 * 1000, 'x'); // past the memory
-        spool.append(large.constData(), large.size());
-        all += large;
-        QCOMPARE(files().value(0).size(), qint64(all.size())); // with a name, for after a crash
-        QVERIFY(files().value(0).fileName().startsWith("serial_"));
-        QCOMPARE(spool.size(), qint64(all.size()));
-        QCOMPARE(spool.read(0, 1 << 20), all);
-        QCOMPARE(spool.read(spool.size(), 10), QByteArray());
-        spool.clear();
-        QCOMPARE(spool.size(), qint64(0));
-        QCOMPARE(files().size(), 0); // its room on disk is given back
-        spool.append("again", 5);
-        spool.flush();
-        QCOMPARE(spool.read(0, 9), QByteArray("again"));
-        bool failed = true;
-        QVERIFY(spool.read(5, 9, &failed).isEmpty() && !failed);
-        QVERIFY(QFile::resize(files().value(0).filePath(), 0)); // by somebody else
-        QVERIFY(spool.read(0, 9, &failed).isEmpty() && failed);
-    }
-    QCOMPARE(files().size(), 0);
-    ByteSpool elsewhere("/no/such/folder", "serial"); // in the system's temporary folder
-    elsewhere.append("abc", 3);
-    QCOMPARE(elsewhere.flush(), ByteSpool::State::OnDisk);
-    QCOMPARE(elsewhere.read(0, 9), QByteArray("abc"));
-}
-
-void TestReceived::keepsBytesWhenTheDiskIsFull()
-{
-#ifdef Q_OS_UNIX
-    const QTemporaryDir folder;
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit tight = before;
-    tight.rlim_cur = 1000; // the file takes no more than that
-    setrlimit(RLIMIT_FSIZE, &tight);
-    const QByteArray much(100 * 1000, 'x');
-    ByteSpool recovers(folder.path(), "serial");
-    QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
-    setrlimit(RLIMIT_FSIZE, &before); // somebody makes room
-    QCOMPARE(recovers.append("end", 3), ByteSpool::State::OnDisk);
-    QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end");
-    setrlimit(RLIMIT_FSIZE, &tight);
-    QByteArray all;
-    ByteSpool spool(folder.path(), "serial", 3000);
-    for (int i = 0; i < 15; ++i) {
-        const QByteArray piece(300, static_cast<char>('a' + i));
-        spool.append(piece.constData(), piece.size());
-        spool.flush();
-        all += piece;
-        const ByteSpool::State expected = all.size() <= 1000   ? ByteSpool::State::OnDisk
-                                          : all.size() <= 4000 ? ByteSpool::State::InMemory
-                                                               : ByteSpool::State::Incomplete;
-        QCOMPARE(spool.state(), expected);
-    }
-    setrlimit(RLIMIT_FSIZE, &before);
-    QCOMPARE(spool.size(), qint64(4000));
-    QCOMPARE(readBack(spool, 0, 5000), all.left(4000));
-#endif
-}
-
-void TestReceived::showsChunksBehindHeaders()
-{
-    Display display;
-    display.text.receive("one", "[1] ASCII >\n", false);
-    display.text.receive("two\n", "[2] ASCII >\n", false);
-    display.text.receive(QByteArray("\x0A\x1B\xFF"), "[3] HEX >\n", true);
-    QCOMPARE(display.text.pendingBytes(), qint64(3 + 12 + 4 + 12 + 3 + 10));
-    QCOMPARE(display.flush(), QStringLiteral("[1] ASCII >\none[2] ASCII >\ntwo\n[3] HEX >\n0A 1B FF "));
-    QCOMPARE(display.text.pendingBytes(), qint64(0));
-    QCOMPARE(display.recorded(), display.shown);
-    display.text.clear();
-    QVERIFY(display.text.isEmpty());
-    QCOMPARE(display.recorded(), QString());
-}
-
-void TestReceived::joinsWhatAChunkEndCut()
-{
-    const QString text = QStringLiteral("温度: 25\r\n湿度: 60\r\rend\n");
-    for (int codec = 0; codec < 2; ++codec) {
-        const QByteArray bytes = TextCodec::encode(text, codec);
-        for (int cut = 1; cut < bytes.size(); ++cut) {
-            Display display;
-            display.text.receive(bytes.left(cut), "[1]", false); // also across a header
-            display.text.receive(bytes.mid(cut), QString(), false);
-            QCOMPARE(display.flush(codec, cut), QStringLiteral("[1]温度: 25\n湿度: 60\n\nend\n"));
-        }
-    }
-    // Half a character of the other codec, and of before hexadecimal, is gone.
-    Display display;
-    display.text.receive("\xe6\xb8\xa9\xe6", QString(), false);
-    display.flush(TextCodec::Utf8);
-    display.text.receive("\xce\xc2\x84", QString(), false);
-    display.flush(TextCodec::Gb18030);
-    display.text.receive("\x01", QString(), true);
-    display.text.receive("a", QString(), false);
-    QCOMPARE(display.flush(TextCodec::Gb18030), QStringLiteral("温温01 a"));
-}
-
-void TestReceived::separatesSources()
-{
-    Display display;
-    ReceivedText &text = display.text;
-    text.receiveMessage("\xe6\xb8", "[a] ", false, "a");
-    text.receiveMessage("b", "[b] ", false, "b"); // a header begins a line
-    text.receiveMessage("\xa9\r", QString(), false, "a");
-    text.receiveMessage("\n\xe6", QString(), false, "a");
-    text.endSource("a");
-    text.receiveMessage("\xb8", QString(), false, "a"); // no longer the other's half
-    text.receiveMessage("\x01", QString(), true, "b");  // so does a change of form
-    text.receiveMessage("\xe6", QString(), false, QString());
-    const QString broken(QChar::ReplacementCharacter);
-    QCOMPARE(display.flush(),
-             QStringLiteral("[a] \n[b] b温\n") + broken + QStringLiteral("\n01 \n") + broken);
-    text.receiveMessage("\xe6", QString(), true, "b");
-    text.receiveMessage("\xe6\xb8", "[c] ", false, "c");
-    display.flush();
-    text.clear(); // forgets the line, the form and the halves
-    display.shown.clear();
-    text.receiveMessage("\xa9", "[c] ", false, "c");
-    QCOMPARE(display.flush(), QStringLiteral("[c] ") + broken);
-}
-
-// Log text, random bytes, Chinese without line ends, and one letter.
-void TestReceived::logModeDecodesTheNewestBytes()
-{
-    for (int row = 0; row < 8; ++row) {
-        const int codec = row / 4;
-        const int kind = row % 4;
-        QRandomGenerator random(static_cast<quint32>(row));
-        Display display;
-        QByteArray held;
-        for (int round = 0; round < 150; ++round) {
-            QByteArray bytes;
-            const int size = round % 50 == 0 ? 25000 : 1 + random.bounded(200);
-            while (bytes.size() < size) {
-                if (kind == 0)
-                    bytes += TextCodec::encode(QStringLiteral("温度 %1\r\n").arg(random.generate()), codec);
-                else if (kind == 1)
-                    bytes += static_cast<char>(random.bounded(256));
-                else if (kind == 2)
-                    bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
-                else
-                    bytes += random.bounded(50) == 0 ? '\r' : 'A';
+        const QTemporaryDir folder;
+        const auto files = [&] { return QDir(folder.path()).entryInfoList(QDir::Files); };
+        {
+            ByteSpool spool(folder.path(), "serial");
+            QCOMPARE(files().size(), 0); // no file before the first byte
+            QByteArray all;
+            for (int i = 0; i < 300; ++i) {
+                const QByteArray piece(i * 7 % 251, static_cast<char>(i));
+                QCOMPARE(spool.append(piece.constData(), piece.size()), ByteSpool::State::OnDisk);
+                all += piece;
+                if (i % 7 == 0)
+                    QCOMPARE(spool.flush(), ByteSpool::State::OnDisk);
+                QCOMPARE(readBack(spool, all.size() / 2, 5), all.mid(all.size() / 2, 5)); // moves no writing
             }
-            bytes.truncate(size); // cuts characters and line ends anywhere
-            display.text.receive(bytes, QString(), false, ReceivedText::Bound::Newest);
-            held = (held + bytes).right(kNewest);
-            QCOMPARE(display.flush(codec, 8192), plain(TextCodec::decode(held, codec)));
-            if (kind == 0 && size < 1000) // what stays is not touched
-                QVERIFY2(display.touched < 2 * size + 60, qPrintable(QString::number(display.touched)));
+            const QByteArray large(100 * 1000, 'x'); // past the memory
+            spool.append(large.constData(), large.size());
+            all += large;
+            QCOMPARE(files().value(0).size(), qint64(all.size())); // with a name, for after a crash
+            QVERIFY(files().value(0).fileName().startsWith("serial_"));
+            QCOMPARE(spool.size(), qint64(all.size()));
+            QCOMPARE(spool.read(0, 1 << 20), all);
+            QCOMPARE(spool.read(spool.size(), 10), QByteArray());
+            spool.clear();
+            QCOMPARE(spool.size(), qint64(0));
+            QCOMPARE(files().size(), 0); // its room on disk is given back
+            spool.append("again", 5);
+            spool.flush();
+            QCOMPARE(spool.read(0, 9), QByteArray("again"));
+            bool failed = true;
+            QVERIFY(spool.read(5, 9, &failed).isEmpty() && !failed);
+            QVERIFY(QFile::resize(files().value(0).filePath(), 0)); // by somebody else
+            QVERIFY(spool.read(0, 9, &failed).isEmpty() && failed);
+        }
+        QCOMPARE(files().size(), 0);
+        ByteSpool elsewhere("/no/such/folder", "serial"); // in the system's temporary folder
+        elsewhere.append("abc", 3);
+        QCOMPARE(elsewhere.flush(), ByteSpool::State::OnDisk);
+        QCOMPARE(elsewhere.read(0, 9), QByteArray("abc"));
+    }
+
+    void keepsBytesWhenTheDiskIsFull()
+    {
+#ifdef Q_OS_UNIX
+        const QTemporaryDir folder;
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before{};
+        getrlimit(RLIMIT_FSIZE, &before);
+        rlimit tight = before;
+        tight.rlim_cur = 1000; // the file takes no more than that
+        setrlimit(RLIMIT_FSIZE, &tight);
+        const QByteArray much(100 * 1000, 'x');
+        ByteSpool recovers(folder.path(), "serial");
+        QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
+        setrlimit(RLIMIT_FSIZE, &before); // somebody makes room
+        QCOMPARE(recovers.append("end", 3), ByteSpool::State::OnDisk);
+        QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end");
+        setrlimit(RLIMIT_FSIZE, &tight);
+        QByteArray all;
+        ByteSpool spool(folder.path(), "serial", 3000);
+        for (int i = 0; i < 15; ++i) {
+            const QByteArray piece(300, static_cast<char>('a' + i));
+            spool.append(piece.constData(), piece.size());
+            spool.flush();
+            all += piece;
+            const ByteSpool::State expected = all.size() <= 1000   ? ByteSpool::State::OnDisk
+                                              : all.size() <= 4000 ? ByteSpool::State::InMemory
+                                                                   : ByteSpool::State::Incomplete;
+            QCOMPARE(spool.state(), expected);
+        }
+        setrlimit(RLIMIT_FSIZE, &before);
+        QCOMPARE(spool.size(), qint64(4000));
+        QCOMPARE(readBack(spool, 0, 5000), all.left(4000));
+#endif
+    }
+
+    void showsChunksBehindHeaders()
+    {
+        Display display;
+        display.text.receive("one", "[1] ASCII >\n", false);
+        display.text.receive("two\n", "[2] ASCII >\n", false);
+        display.text.receive(QByteArray("\x0A\x1B\xFF"), "[3] HEX >\n", true);
+        QCOMPARE(display.text.pendingBytes(), qint64(3 + 12 + 4 + 12 + 3 + 10));
+        QCOMPARE(display.flush(), QStringLiteral("[1] ASCII >\none[2] ASCII >\ntwo\n[3] HEX >\n0A 1B FF "));
+        QCOMPARE(display.text.pendingBytes(), qint64(0));
+        QCOMPARE(display.recorded(), display.shown);
+        display.text.clear();
+        QVERIFY(display.text.isEmpty());
+        QCOMPARE(display.recorded(), QString());
+    }
+
+    void joinsWhatAChunkEndCut()
+    {
+        const QString text = QStringLiteral("温度: 25\r\n湿度: 60\r\rend\n");
+        for (int codec = 0; codec < 2; ++codec) {
+            const QByteArray bytes = TextCodec::encode(text, codec);
+            for (int cut = 1; cut < bytes.size(); ++cut) {
+                Display display;
+                display.text.receive(bytes.left(cut), "[1]", false); // also across a header
+                display.text.receive(bytes.mid(cut), QString(), false);
+                QCOMPARE(display.flush(codec, cut), QStringLiteral("[1]温度: 25\n湿度: 60\n\nend\n"));
+            }
+        }
+        // Half a character of the other codec, and of before hexadecimal, is gone.
+        Display display;
+        display.text.receive("\xe6\xb8\xa9\xe6", QString(), false);
+        display.flush(TextCodec::Utf8);
+        display.text.receive("\xce\xc2\x84", QString(), false);
+        display.flush(TextCodec::Gb18030);
+        display.text.receive("\x01", QString(), true);
+        display.text.receive("a", QString(), false);
+        QCOMPARE(display.flush(TextCodec::Gb18030), QStringLiteral("温温01 a"));
+    }
+
+    void separatesSources()
+    {
+        Display display;
+        ReceivedText &text = display.text;
+        text.receiveMessage("\xe6\xb8", "[a] ", false, "a");
+        text.receiveMessage("b", "[b] ", false, "b"); // a header begins a line
+        text.receiveMessage("\xa9\r", QString(), false, "a");
+        text.receiveMessage("\n\xe6", QString(), false, "a");
+        text.endSource("a");
+        text.receiveMessage("\xb8", QString(), false, "a"); // no longer the other's half
+        text.receiveMessage("\x01", QString(), true, "b");  // so does a change of form
+        text.receiveMessage("\xe6", QString(), false, QString());
+        const QString broken(QChar::ReplacementCharacter);
+        QCOMPARE(display.flush(),
+                 QStringLiteral("[a] \n[b] b温\n") + broken + QStringLiteral("\n01 \n") + broken);
+        text.receiveMessage("\xe6", QString(), true, "b");
+        text.receiveMessage("\xe6\xb8", "[c] ", false, "c");
+        display.flush();
+        text.clear(); // forgets the line, the form and the halves
+        display.shown.clear();
+        text.receiveMessage("\xa9", "[c] ", false, "c");
+        QCOMPARE(display.flush(), QStringLiteral("[c] ") + broken);
+    }
+
+    // Log text, random bytes, Chinese without line ends, and one letter.
+    void logModeDecodesTheNewestBytes()
+    {
+        for (int row = 0; row < 8; ++row) {
+            const int codec = row / 4;
+            const int kind = row % 4;
+            QRandomGenerator random(static_cast<quint32>(row));
+            Display display;
+            QByteArray held;
+            for (int round = 0; round < 150; ++round) {
+                QByteArray bytes;
+                const int size = round % 50 == 0 ? 25000 : 1 + random.bounded(200);
+                while (bytes.size() < size) {
+                    if (kind == 0)
+                        bytes +=
+                            TextCodec::encode(QStringLiteral("温度 %1\r\n").arg(random.generate()), codec);
+                    else if (kind == 1)
+                        bytes += static_cast<char>(random.bounded(256));
+                    else if (kind == 2)
+                        bytes += TextCodec::encode(QString(QChar(0x4E00 + random.bounded(2000))), codec);
+                    else
+                        bytes += random.bounded(50) == 0 ? '\r' : 'A';
+                }
+                bytes.truncate(size); // cuts characters and line ends anywhere
+                display.text.receive(bytes, QString(), false, ReceivedText::Bound::Newest);
+                held = (held + bytes).right(kNewest);
+                QCOMPARE(display.flush(codec, 8192), plain(TextCodec::decode(held, codec)));
+                if (kind == 0 && size < 1000) // what stays is not touched
+                    QVERIFY2(display.touched < 2 * size + 60, qPrintable(QString::number(display.touched)));
+            }
         }
     }
-}
 
-// It replaces no text when it begins, keeps the order, and the record holds
-// what the bound drops.
-void TestReceived::logModeIsABoundOnly()
-{
-    constexpr auto newest = ReceivedText::Bound::Newest;
-    Display display;
-    ReceivedText &text = display.text;
-    text.receive("before\n", QString(), false);
-    text.receive("ab", "[1]\n", false, newest);
-    text.receive("c\n", "[2]\n", false, newest); // in a line: no header
-    text.receive("d", "[3]\n", false, newest);
-    QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd"));
-    text.receive("\x01", QString(), true, newest);
-    QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd01 "));
-    text.receive("\xe6", QString(), false, newest); // hexadecimal is not among the newest text
-    QCOMPARE(display.flush(),
-             QStringLiteral("before\n[1]\nabc\n[3]\nd") + QChar(QChar::ReplacementCharacter));
-    text.receive("\xb8\xa9\n", QString(), false, newest);
-    text.receive("between\n", QString(), false); // without the bound, behind what has it
-    text.receive("e", QString(), false, newest);
-    QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd温\nbetween\ne"));
-    QString all = QStringLiteral("before\n[1]\nabc\n[3]\nd01 温\nbetween\ne");
-    QCOMPARE(display.recorded(), all);
-    const QByteArray flood = QByteArray("0123456789abcde\n").repeated(5000);
-    text.receive(flood, QString(), false, newest);
-    all += QString::fromLatin1(flood);
-    QCOMPARE(display.flush(TextCodec::Utf8, 8192), all.right(kNewest));
-    QVERIFY(display.recorded() == all);
-    text.receive("in a line\xe6", QString(), false, newest);
-    display.flush();
-    text.receive("f", QString(), false, newest);
-    text.next(8192, TextCodec::Utf8); // put off
-    text.clear();
-    QCOMPARE(text.putOff(TextCodec::Utf8).kind, ReceivedText::Change::None);
-    text.receive("\xb8", "[4]\n", false, newest);
-    QCOMPARE(display.flush(), QStringLiteral("[4]\n") + QChar(QChar::ReplacementCharacter));
-    text.clear();
-    text.receive("\xb8", QString(), false); // nor does the stream remember
-    QVERIFY(display.flush().endsWith(QChar(QChar::ReplacementCharacter)));
-}
-
-void TestReceived::breaksRowsByColumns()
-{
-    const QString planes = QString::fromUcs4(U"\U0001F600");
-    // Columns of a row, and the one at which the text before has begun it.
-    const std::tuple<QString, int, int, QStringList> table[] = {
-        {"abcdef", 4, 0, {"abcd", "ef"}},
-        {"ab cdef", 6, 0, {"ab ", "cdef"}},
-        {"0A 1B 2C ", 5, 0, {"0A 1B ", "2C "}}, // a space hangs
-        {"0A 1B 2C ", 7, 0, {"0A 1B ", "2C "}},
-        {"ab温度", 5, 0, {"ab温", "度"}},
-        {"a\tb", 8, 0, {"a\t", "b"}},
-        {"a\tb", 9, 0, {"a\tb"}},
-        {planes + planes, 3, 0, {planes, planes}},
-        {"温b", 1, 0, {"温", "b"}},
-        {"a\u2028b", 9, 0, {"a\u2028", "b"}},
-        {"abc def", 8, 6, {"", "abc def"}},
-        {"ab cd", 8, 5, {"ab ", "cd"}},
-        {" ab", 8, 8, {" ", "ab"}},
-        {"", 8, 0, {""}}};
-    for (const auto &[text, columns, from, expected] : table) {
-        QStringList found;
-        for (const RowBreaks::Row &row : RowBreaks::rows(text, columns, {from, true}))
-            found += text.mid(row.start, row.end - row.start);
-        QCOMPARE(found, expected);
-        const RowBreaks::Row first = RowBreaks::row(text, 0, columns, {from, true});
-        if (RowBreaks::maxColumnsOf(text) == text.size() && !text.isEmpty()) {
-            const RowBreaks::Row narrow = RowBreaks::narrowRow(text, 0, columns, {from, true});
-            QCOMPARE(narrow.end, first.end);
-            QCOMPARE(narrow.endColumn, first.endColumn);
-        }
-        if (from > 0 && found.first().isEmpty()) // a word that the text before has begun goes on
-            QCOMPARE(RowBreaks::row(text, 0, columns, {from, false}).end, columns - from);
+    // It replaces no text when it begins, keeps the order, and the record holds
+    // what the bound drops.
+    void logModeIsABoundOnly()
+    {
+        constexpr auto newest = ReceivedText::Bound::Newest;
+        Display display;
+        ReceivedText &text = display.text;
+        text.receive("before\n", QString(), false);
+        text.receive("ab", "[1]\n", false, newest);
+        text.receive("c\n", "[2]\n", false, newest); // in a line: no header
+        text.receive("d", "[3]\n", false, newest);
+        QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd"));
+        text.receive("\x01", QString(), true, newest);
+        QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd01 "));
+        text.receive("\xe6", QString(), false, newest); // hexadecimal is not among the newest text
+        QCOMPARE(display.flush(),
+                 QStringLiteral("before\n[1]\nabc\n[3]\nd") + QChar(QChar::ReplacementCharacter));
+        text.receive("\xb8\xa9\n", QString(), false, newest);
+        text.receive("between\n", QString(), false); // without the bound, behind what has it
+        text.receive("e", QString(), false, newest);
+        QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd温\nbetween\ne"));
+        QString all = QStringLiteral("before\n[1]\nabc\n[3]\nd01 温\nbetween\ne");
+        QCOMPARE(display.recorded(), all);
+        const QByteArray flood = QByteArray("0123456789abcde\n").repeated(5000);
+        text.receive(flood, QString(), false, newest);
+        all += QString::fromLatin1(flood);
+        QCOMPARE(display.flush(TextCodec::Utf8, 8192), all.right(kNewest));
+        QVERIFY(display.recorded() == all);
+        text.receive("in a line\xe6", QString(), false, newest);
+        display.flush();
+        text.receive("f\xe6", QString(), false, newest);
+        text.next(8192, TextCodec::Utf8); // put off
+        text.clear();
+        QCOMPARE(text.putOff(TextCodec::Utf8).kind, ReceivedText::Change::None);
+        text.receive("\xb8", "[4]\n", false, newest);
+        QCOMPARE(display.flush(), QStringLiteral("[4]\n") + QChar(QChar::ReplacementCharacter));
+        QCOMPARE(display.recorded(), display.shown);
     }
-}
+
+    void breaksRowsByColumns()
+    {
+        const QString planes = QString::fromUcs4(U"\U0001F600");
+        // Columns of a row, and the one at which the text before has begun it.
+        const std::tuple<QString, int, int, QStringList> table[] = {
+            {"abcdef", 4, 0, {"abcd", "ef"}},
+            {"ab cdef", 6, 0, {"ab ", "cdef"}},
+            {"0A 1B 2C ", 5, 0, {"0A 1B ", "2C "}}, // a space hangs
+            {"0A 1B 2C ", 7, 0, {"0A 1B ", "2C "}},
+            {"ab温度", 5, 0, {"ab温", "度"}},
+            {"a\tb", 8, 0, {"a\t", "b"}},
+            {"a\tb", 9, 0, {"a\tb"}},
+            {planes + planes, 3, 0, {planes, planes}},
+            {"温b", 1, 0, {"温", "b"}},
+            {"a\u2028b", 9, 0, {"a\u2028", "b"}},
+            {"abc def", 8, 6, {"", "abc def"}},
+            {"ab cd", 8, 5, {"ab ", "cd"}},
+            {" ab", 8, 8, {" ", "ab"}},
+            {"", 8, 0, {""}}};
+        for (const auto &[text, columns, from, expected] : table) {
+            QStringList found;
+            for (const RowBreaks::Row &row : RowBreaks::rows(text, columns, {from, true}))
+                found += text.mid(row.start, row.end - row.start);
+            QCOMPARE(found, expected);
+            const RowBreaks::Row first = RowBreaks::row(text, 0, columns, {from, true});
+            if (RowBreaks::maxColumnsOf(text) == text.size() && !text.isEmpty()) {
+                const RowBreaks::Row narrow = RowBreaks::narrowRow(text, 0, columns, {from, true});
+                QCOMPARE(narrow.end, first.end);
+                QCOMPARE(narrow.endColumn, first.endColumn);
+            }
+            if (from > 0 && found.first().isEmpty()) // a word that the text before has begun goes on
+                QCOMPARE(RowBreaks::row(text, 0, columns, {from, false}).end, columns - from);
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestReceived)
 #include "test_received.moc"

@@ -32,21 +32,322 @@ class TestSendBox : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        initKorvexResources();
+        m_root = std::make_unique<FreshFolder>();
+        makeBox();
+    }
 
-    void filtersKeysInHexMode();
-    void reducesPastedText();
-    void sendsTypedText();
-    void tellsOnceWhatHexadecimalIgnores();
-    void refusesWithoutDevice();
-    void autoSendsWithItsPeriod();
-    void keepsTheTypedText();
-    void loadsDataFiles();
-    void keepsAndSendsRows();
-    void sharesRowsWithAnotherCopy();
-    void tellsWhatItCannotStore();
-    void clearsAndDeletesPages();
+    void cleanup()
+    {
+        DialogAnswers::instance() = DialogAnswers();
+        m_box.reset();
+    }
+
+    void filtersKeysInHexMode()
+    {
+        const QSignalSpy hints(m_box.get(), &QtSendBoxWidget::showErrorHint);
+        const auto press = [this](std::initializer_list<Qt::Key> keys) {
+            for (const Qt::Key key : keys)
+                QTest::keyClick(m_editor, key);
+        };
+        m_box->setHexSend(true);
+        QTest::keyClicks(m_editor, "0a F9");
+        press({Qt::Key_Left, Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Shift, Qt::Key_Control,
+               Qt::Key_CapsLock});
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \n9"));
+        QCOMPARE(hints.count(), 0);
+        QTest::keyClicks(m_editor, "g-");
+        press({Qt::Key_Delete, Qt::Key_Enter, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End});
+        QTest::keyClick(m_editor, Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \n9"));
+        QCOMPARE(hints.count(), 9);
+        m_box->setHexSend(false);
+        QTest::keyClicks(m_editor, "g");
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \ng9"));
+    }
+
+    void reducesPastedText()
+    {
+        const auto paste = [this](const QString &text) {
+            m_editor->selectAll();
+            QGuiApplication::clipboard()->setText(text);
+            m_editor->paste();
+            return m_editor->toPlainText();
+        };
+        QCOMPARE(paste("any 文本\n2"), QStringLiteral("any 文本\n2"));
+        const QString limit(200 * 1000, 'x');
+        QCOMPARE(paste(limit), limit);
+        QCOMPARE(paste(limit + 'y'), limit); // refused, with a tip
+        QVERIFY(QtMessageTip::current());
+        m_box->setHexSend(true);
+        const QSignalSpy hints(m_box.get(), &QtSendBoxWidget::showErrorHint);
+        QCOMPARE(paste("0x01, 0X2f"), QStringLiteral("01 2f"));
+        QCOMPARE(hints.count(), 0);
+        QCOMPARE(paste("01 zz 02"), QStringLiteral("01 02"));
+        QCOMPARE(hints.count(), 1);
+    }
+
+    void sendsTypedText()
+    {
+        m_editor->setPlainText(QStringLiteral("温"));
+        press("btnSingleSend");
+        QCOMPARE(lastSent(), QByteArray("\xce\xc2"));
+        Settings::instance().textCodec = 0;
+        m_box->setNewline(true);
+        press("btnSingleSend");
+        QCOMPARE(lastSent(), QByteArray("\xe6\xb8\xa9\r\n"));
+        press("btnClearSend");
+        press("btnSingleSend");
+        QCOMPARE(lastSent(), QByteArray("\r\n"));
+        m_box->setNewline(false);
+        press("btnSingleSend"); // nothing to send
+        QCOMPARE(m_sent->count(), 3);
+        m_editor->undo();
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
+    }
+
+    void tellsOnceWhatHexadecimalIgnores()
+    {
+        m_editor->setPlainText("hello");
+        const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
+        m_box->setHexSend(true);
+        m_box->setNewline(true);
+        press("btnSingleSend");
+        QCOMPARE(m_sent->count(), 0);
+        QCOMPARE(notices.count(), 1);
+        m_editor->setPlainText("01 02 fF 7");
+        press("btnSingleSend");
+        QCOMPARE(lastSent(), QByteArray("\x01\x02\xff\r\n"));
+        QVERIFY(noticeOf(notices.last()).isError());
+        QVERIFY(noticeOf(notices.last()).text.contains(QStringLiteral("末尾1个字符")));
+        press("btnSingleSend"); // each time the user asks for it
+        QCOMPARE(notices.count(), 3);
+        m_box->setAutoInterval(10);
+        m_box->setAutoSend(true);
+        QTRY_VERIFY(m_sent->count() >= 4);
+        m_box->setAutoSend(false);
+        QCOMPARE(notices.count(), 4);
+        m_editor->setPlainText("01");
+        press("btnSingleSend");
+        QCOMPARE(notices.count(), 4);
+    }
+
+    void refusesWithoutDevice()
+    {
+        m_box->setDeviceOpen(false);
+        m_editor->setPlainText("x");
+        child<QLineEdit>("multiEdit0")->setText("row");
+        press("btnSingleSend");
+        press("multiSend0");
+        m_box->setAutoSend(true);
+        QVERIFY(!m_box->isAutoSending());
+        QCOMPARE(m_sent->count(), 0);
+        QVERIFY(QtMessageTip::current());
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请确认通信设备是否打开?"));
+    }
+
+    void autoSendsWithItsPeriod()
+    {
+        SendOptions options(m_box.get());
+        auto *check = options.findChild<QCheckBox *>("checkAutoSend");
+        auto *edit = options.findChild<QLineEdit *>("editAutoInterval");
+        for (const char *text : {"9", "", "abc", "-20", "99999999999"}) {
+            edit->setText(text);
+            options.applyInterval();
+            QCOMPARE(m_box->autoInterval(), 1000);
+            QCOMPARE(edit->text(), QStringLiteral("1000"));
+        }
+        edit->setText("10");
+        options.applyInterval();
+        QCOMPARE(m_box->autoInterval(), 10);
+        m_editor->setPlainText("ping");
+        check->click();
+        QVERIFY(m_box->isAutoSending());
+        QTRY_VERIFY(m_sent->count() >= 3);
+        // On a page that shows another text it neither goes on nor starts.
+        m_editor->setMinimumHeight(2000); // the box is as high as the page shown needs
+        m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
+        QVERIFY(m_box->minimumSizeHint().height() < 2000);
+        QVERIFY(!check->isChecked() && !m_box->isAutoSending());
+        check->click();
+        QVERIFY(!check->isChecked() && !m_box->isAutoSending());
+        m_box->setCurrentPage(QtSendBoxWidget::SinglePage);
+        QVERIFY(m_box->minimumSizeHint().height() > 2000);
+        check->click();
+        QVERIFY(m_box->isAutoSending());
+        m_box->setDeviceOpen(false);
+        QVERIFY(!check->isChecked() && !m_box->isAutoSending());
+    }
+
+    void keepsTheTypedText()
+    {
+        QTest::keyClicks(m_editor, "hello");
+        m_editor->append(QStringLiteral("温度#"));
+        QTRY_COMPARE(file("ser_send_data.txt"),
+                     QByteArray("hello\n\xe6\xb8\xa9\xe5\xba\xa6#")); // when typing pauses
+        m_editor->append("end");
+        makeBox(); // and when the box goes
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("hello\n温度#\nend"));
+        QCOMPARE(file("net_send_data.txt"), QByteArray("(no file)"));
+    }
+
+    void loadsDataFiles()
+    {
+        const QString name = m_root->filePath(QStringLiteral("数据.txt"));
+        const auto load = [&](const QByteArray &content) {
+            QVERIFY(writeFile(name, content));
+            press("btnLoadDataFile");
+        };
+        DialogAnswers::instance().fileNames = [&](auto...) { return QStringList(name); };
+        load("\xce\xc2");
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
+        m_box->setHexSend(true);
+        load(QByteArray(200 * 1000 / 3, '\x01'));
+        QCOMPARE(m_editor->toPlainText().size(), 199998);
+
+        const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
+        load(QByteArray(200 * 1000 / 3 + 1, '\x01'));
+        QCOMPARE(notices.count(), 1);
+        QFile::remove(name);
+        press("btnLoadDataFile");
+        QCOMPARE(noticeOf(notices.at(1)).text, QStringLiteral("文件加载失败!"));
+        QCOMPARE(noticeOf(notices.at(2)).text, QStringLiteral("文件不存在"));
+        DialogAnswers::instance().fileNames = [](auto...) { return QStringList(); };
+        press("btnLoadDataFile"); // cancelled
+        QCOMPARE(notices.count(), 3);
+        QCOMPARE(m_editor->toPlainText().size(), 199998);
+    }
+
+    void keepsAndSendsRows()
+    {
+        auto *third = child<QLineEdit>("multiEdit2");
+        QTest::keyClicks(third, "AT#1");
+        QTest::keyClick(third, Qt::Key_Return);
+        QCOMPARE(file("ser_multi_conf.txt"), QByteArray("2#AT#1\n"));
+        m_box->setHexSend(true);
+        third->clear();
+        QGuiApplication::clipboard()->setText("01\r\n02\n"); // of two lines a row makes one
+        third->paste();
+        press("multiSend2"); // typed but not finished counts
+        QCOMPARE(lastSent(), QByteArray("\x01\x02"));
+        press("multiSend5"); // empty
+        QCOMPARE(m_sent->count(), 1);
+
+        // Turning the page stores what is being typed.
+        child<QLineEdit>("multiEdit0")->setText("unfinished");
+        auto *bar = m_box->findChild<QtPageBar *>();
+        bar->SltNextPage();
+        QCOMPARE(child<QLineEdit>("multiEdit0")->text(), QString());
+        child<QLineEdit>("multiEdit9")->setText("row 19");
+        makeBox(); // so does the end
+        QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#unfinished\n2#01 02\n19#row 19\n"));
+        QCOMPARE(child<QLineEdit>("multiEdit2")->text(), QStringLiteral("01 02"));
+    }
+
+    void sharesRowsWithAnotherCopy()
+    {
+        auto *first = child<QLineEdit>("multiEdit0");
+        finish(first, "mine");
+        QtSendBoxWidget copy(QtSendBoxWidget::Serial);
+        auto *theirs = copy.findChild<QLineEdit *>("multiEdit1");
+        finish(theirs, "theirs");
+        finish(first, "mine again");
+        QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#mine again\n1#theirs\n"));
+        QCOMPARE(child<QLineEdit>("multiEdit1")->text(), QStringLiteral("theirs"));
+        // Deleting a page that only the other copy has filled asks first.
+        bool asked = false;
+        DialogAnswers::instance().message = [&](auto, auto, auto) { return asked = true, 0; };
+        auto *bar = m_box->findChild<QtPageBar *>();
+        copy.findChild<QtPageBar *>()->SltNextPage();
+        bar->SltNextPage();
+        finish(theirs, "second page");
+        bar->SltDeleteCurrentPage();
+        QVERIFY(asked);
+        bar->SltPrevPage();
+        // "conf" has gone: all rows are written again.
+        QVERIFY(QDir(AppPaths::confFolder()).removeRecursively());
+        bar->SltJumpLastPage();
+        bar->SltDeleteCurrentPage(); // an empty one
+        bar->SltJumpFirshPage();
+        finish(first, "third");
+        QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#third\n1#theirs\n11#second page\n"));
+    }
+
+    // What can't be read is not written over, and every failure says why.
+    void tellsWhatItCannotStore()
+    {
+        const auto fold = [](const char *name) { // root may read any file, but none of these
+            QFile::remove(AppPaths::confFolder() + '/' + name);
+            QVERIFY(QDir(AppPaths::confFolder()).mkdir(name));
+        };
+        m_box.reset();
+        fold("ser_multi_conf.txt");
+        fold("ser_send_data.txt");
+        makeBox();
+        const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
+        QTRY_COMPARE(notices.count(), 2);
+        QTest::keyClicks(m_editor, "x");
+        QTRY_COMPARE(notices.count(), 3);
+        auto *row = child<QLineEdit>("multiEdit0");
+        finish(row, "y");
+        QVERIFY(notices.count() >= 4);
+        for (const int answer : {0, 1}) {
+            DialogAnswers::instance().message = [answer](auto, auto, auto) { return answer; };
+            QCOMPARE(m_box->saveBeforeExit(), answer == 1);
+        }
+        for (const QList<QVariant> &notice : notices) {
+            QVERIFY2(noticeOf(notice).text.endsWith(QStringLiteral("失败：不是普通文件")),
+                     qPrintable(noticeOf(notice).text));
+            QVERIFY(noticeOf(notice).isError());
+        }
+        QVERIFY(QDir(AppPaths::confFolder()).rmdir("ser_multi_conf.txt"));
+        QTest::keyClick(row, Qt::Key_Return); // tried again
+        QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#y\n"));
+    }
+
+    void clearsAndDeletesPages()
+    {
+        int asked = 0;
+        int answer = 0;
+        DialogAnswers::instance().message = [&](auto, auto, auto) {
+            ++asked;
+            return answer;
+        };
+        auto *bar = m_box->findChild<QtPageBar *>();
+        auto *edit = child<QLineEdit>("multiEdit0");
+        for (int page = 1; page <= 5; ++page) {
+            edit->setText(QString::number(page));
+            bar->SltNextPage();
+        }
+        bar->SltAddNewPage();
+        bar->SltJumpLastPage();
+        edit->setText("6");
+        bar->SltDeleteCurrentPage();
+        press("btnClearMulti");
+        QCOMPARE(asked, 2); // and refused
+        QCOMPARE(bar->pageCount(), 6);
+        QCOMPARE(edit->text(), QStringLiteral("6"));
+        answer = 1;
+        bar->SltPrevPage(); // page 5 of 6: a page in the middle
+        bar->SltDeleteCurrentPage();
+        QCOMPARE(edit->text(), QStringLiteral("6")); // the next one moved here
+        bar->SltDeleteCurrentPage();                 // the last page
+        QCOMPARE(bar->currentPage(), 4);
+        bar->SltJumpFirshPage();
+        edit->setText("1b");
+        bar->SltDeleteCurrentPage(); // with text that was being typed
+        QCOMPARE(edit->text(), QStringLiteral("2"));
+        QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#2\n10#3\n20#4\n"));
+        press("btnClearMulti");
+        QCOMPARE(edit->text(), QString());
+        QCOMPARE(file("ser_multi_conf.txt"), QByteArray("10#3\n20#4\n"));
+        QCOMPARE(asked, 6);
+        bar->SltDeleteCurrentPage(); // empty: not asked
+        QCOMPARE(asked, 6);
+        QCOMPARE(edit->text(), QStringLiteral("3"));
+    }
 
 private:
     template <class Widget> Widget *child(const char *name) const
@@ -67,337 +368,22 @@ private:
         row->setText(text);
         QTest::keyClick(row, Qt::Key_Return);
     }
-    void makeBox();
+
+    void makeBox()
+    {
+        m_box.reset(); // writes what it has first
+        m_box = std::make_unique<QtSendBoxWidget>(QtSendBoxWidget::Serial);
+        m_box->show();
+        m_sent = std::make_unique<QSignalSpy>(m_box.get(), &QtSendBoxWidget::signalSendData);
+        m_editor = child<QtTextEditInput>("textEditSend");
+        m_box->setDeviceOpen(true);
+    }
 
     std::unique_ptr<FreshFolder> m_root;
     std::unique_ptr<QtSendBoxWidget> m_box;
     std::unique_ptr<QSignalSpy> m_sent;
     QtTextEditInput *m_editor = nullptr;
 };
-
-void TestSendBox::init()
-{
-    initKorvexResources();
-    m_root = std::make_unique<FreshFolder>();
-    makeBox();
-}
-
-void TestSendBox::cleanup()
-{
-    DialogAnswers::instance() = DialogAnswers();
-    m_box.reset();
-}
-
-void TestSendBox::makeBox()
-{
-    m_box.reset(); // writes what it has first
-    m_box = std::make_unique<QtSendBoxWidget>(QtSendBoxWidget::Serial);
-    m_box->show();
-    m_sent = std::make_unique<QSignalSpy>(m_box.get(), &QtSendBoxWidget::signalSendData);
-    m_editor = child<QtTextEditInput>("textEditSend");
-    m_box->setDeviceOpen(true);
-}
-
-void TestSendBox::filtersKeysInHexMode()
-{
-    const QSignalSpy hints(m_box.get(), &QtSendBoxWidget::showErrorHint);
-    const auto press = [this](std::initializer_list<Qt::Key> keys) {
-        for (const Qt::Key key : keys)
-            QTest::keyClick(m_editor, key);
-    };
-    m_box->setHexSend(true);
-    QTest::keyClicks(m_editor, "0a F9");
-    press(
-        {Qt::Key_Left, Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Shift, Qt::Key_Control, Qt::Key_CapsLock});
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \n9"));
-    QCOMPARE(hints.count(), 0);
-    QTest::keyClicks(m_editor, "g-");
-    press({Qt::Key_Delete, Qt::Key_Enter, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End});
-    QTest::keyClick(m_editor, Qt::Key_V, Qt::ControlModifier);
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \n9"));
-    QCOMPARE(hints.count(), 9);
-    m_box->setHexSend(false);
-    QTest::keyClicks(m_editor, "g");
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("0a \ng9"));
-}
-
-void TestSendBox::reducesPastedText()
-{
-    const auto paste = [this](const QString &text) {
-        m_editor->selectAll();
-        QGuiApplication::clipboard()->setText(text);
-        m_editor->paste();
-        return m_editor->toPlainText();
-    };
-    QCOMPARE(paste("any 文本\n2"), QStringLiteral("any 文本\n2"));
-    const QString limit(200 * 1000, 'x');
-    QCOMPARE(paste(limit), limit);
-    QCOMPARE(paste(limit + 'y'), limit); // refused, with a tip
-    QVERIFY(QtMessageTip::current());
-    m_box->setHexSend(true);
-    const QSignalSpy hints(m_box.get(), &QtSendBoxWidget::showErrorHint);
-    QCOMPARE(paste("0x01, 0X2f"), QStringLiteral("01 2f"));
-    QCOMPARE(hints.count(), 0);
-    QCOMPARE(paste("01 zz 02"), QStringLiteral("01 02"));
-    QCOMPARE(hints.count(), 1);
-}
-
-void TestSendBox::sendsTypedText()
-{
-    m_editor->setPlainText(QStringLiteral("温"));
-    press("btnSingleSend");
-    QCOMPARE(lastSent(), QByteArray("\xce\xc2"));
-    Settings::instance().textCodec = 0;
-    m_box->setNewline(true);
-    press("btnSingleSend");
-    QCOMPARE(lastSent(), QByteArray("\xe6\xb8\xa9\r\n"));
-    press("btnClearSend");
-    press("btnSingleSend");
-    QCOMPARE(lastSent(), QByteArray("\r\n"));
-    m_box->setNewline(false);
-    press("btnSingleSend"); // nothing to send
-    QCOMPARE(m_sent->count(), 3);
-    m_editor->undo();
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
-}
-
-void TestSendBox::tellsOnceWhatHexadecimalIgnores()
-{
-    m_editor->setPlainText("hello");
-    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
-    m_box->setHexSend(true);
-    m_box->setNewline(true);
-    press("btnSingleSend");
-    QCOMPARE(m_sent->count(), 0);
-    QCOMPARE(notices.count(), 1);
-    m_editor->setPlainText("01 02 fF 7");
-    press("btnSingleSend");
-    QCOMPARE(lastSent(), QByteArray("\x01\x02\xff\r\n"));
-    QVERIFY(noticeOf(notices.last()).isError());
-    QVERIFY(noticeOf(notices.last()).text.contains(QStringLiteral("末尾1个字符")));
-    press("btnSingleSend"); // each time the user asks for it
-    QCOMPARE(notices.count(), 3);
-    m_box->setAutoInterval(10);
-    m_box->setAutoSend(true);
-    QTRY_VERIFY(m_sent->count() >= 4);
-    m_box->setAutoSend(false);
-    QCOMPARE(notices.count(), 4);
-    m_editor->setPlainText("01");
-    press("btnSingleSend");
-    QCOMPARE(notices.count(), 4);
-}
-
-void TestSendBox::refusesWithoutDevice()
-{
-    m_box->setDeviceOpen(false);
-    m_editor->setPlainText("x");
-    child<QLineEdit>("multiEdit0")->setText("row");
-    press("btnSingleSend");
-    press("multiSend0");
-    m_box->setAutoSend(true);
-    QVERIFY(!m_box->isAutoSending());
-    QCOMPARE(m_sent->count(), 0);
-    QVERIFY(QtMessageTip::current());
-    QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请确认通信设备是否打开?"));
-}
-
-void TestSendBox::autoSendsWithItsPeriod()
-{
-    SendOptions options(m_box.get());
-    auto *check = options.findChild<QCheckBox *>("checkAutoSend");
-    auto *edit = options.findChild<QLineEdit *>("editAutoInterval");
-    for (const char *text : {"9", "", "abc", "-20", "99999999999"}) {
-        edit->setText(text);
-        options.applyInterval();
-        QCOMPARE(m_box->autoInterval(), 1000);
-        QCOMPARE(edit->text(), QStringLiteral("1000"));
-    }
-    edit->setText("10");
-    options.applyInterval();
-    QCOMPARE(m_box->autoInterval(), 10);
-    m_editor->setPlainText("ping");
-    check->click();
-    QVERIFY(m_box->isAutoSending());
-    QTRY_VERIFY(m_sent->count() >= 3);
-    // On a page that shows another text it neither goes on nor starts.
-    m_editor->setMinimumHeight(2000); // the box is as high as the page shown needs
-    m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
-    QVERIFY(m_box->minimumSizeHint().height() < 2000);
-    QVERIFY(!check->isChecked() && !m_box->isAutoSending());
-    check->click();
-    QVERIFY(!check->isChecked() && !m_box->isAutoSending());
-    m_box->setCurrentPage(QtSendBoxWidget::SinglePage);
-    QVERIFY(m_box->minimumSizeHint().height() > 2000);
-    check->click();
-    QVERIFY(m_box->isAutoSending());
-    m_box->setDeviceOpen(false);
-    QVERIFY(!check->isChecked() && !m_box->isAutoSending());
-}
-
-void TestSendBox::keepsTheTypedText()
-{
-    QTest::keyClicks(m_editor, "hello");
-    m_editor->append(QStringLiteral("温度#"));
-    QTRY_COMPARE(file("ser_send_data.txt"),
-                 QByteArray("hello\n\xe6\xb8\xa9\xe5\xba\xa6#")); // when typing pauses
-    m_editor->append("end");
-    makeBox(); // and when the box goes
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("hello\n温度#\nend"));
-    QCOMPARE(file("net_send_data.txt"), QByteArray("(no file)"));
-}
-
-void TestSendBox::loadsDataFiles()
-{
-    const QString name = m_root->filePath(QStringLiteral("数据.txt"));
-    const auto load = [&](const QByteArray &content) {
-        QVERIFY(writeFile(name, content));
-        press("btnLoadDataFile");
-    };
-    DialogAnswers::instance().fileNames = [&](auto...) { return QStringList(name); };
-    load("\xce\xc2");
-    QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
-    m_box->setHexSend(true);
-    load(QByteArray(200 * 1000 / 3, '\x01'));
-    QCOMPARE(m_editor->toPlainText().size(), 199998);
-
-    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
-    load(QByteArray(200 * 1000 / 3 + 1, '\x01'));
-    QCOMPARE(notices.count(), 1);
-    QFile::remove(name);
-    press("btnLoadDataFile");
-    QCOMPARE(noticeOf(notices.at(1)).text, QStringLiteral("文件加载失败!"));
-    QCOMPARE(noticeOf(notices.at(2)).text, QStringLiteral("文件不存在"));
-    DialogAnswers::instance().fileNames = [](auto...) { return QStringList(); };
-    press("btnLoadDataFile"); // cancelled
-    QCOMPARE(notices.count(), 3);
-    QCOMPARE(m_editor->toPlainText().size(), 199998);
-}
-
-void TestSendBox::keepsAndSendsRows()
-{
-    auto *third = child<QLineEdit>("multiEdit2");
-    QTest::keyClicks(third, "AT#1");
-    QTest::keyClick(third, Qt::Key_Return);
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("2#AT#1\n"));
-    m_box->setHexSend(true);
-    third->clear();
-    QGuiApplication::clipboard()->setText("01\r\n02\n"); // of two lines a row makes one
-    third->paste();
-    press("multiSend2"); // typed but not finished counts
-    QCOMPARE(lastSent(), QByteArray("\x01\x02"));
-    press("multiSend5"); // empty
-    QCOMPARE(m_sent->count(), 1);
-
-    // Turning the page stores what is being typed.
-    child<QLineEdit>("multiEdit0")->setText("unfinished");
-    auto *bar = m_box->findChild<QtPageBar *>();
-    bar->SltNextPage();
-    QCOMPARE(child<QLineEdit>("multiEdit0")->text(), QString());
-    child<QLineEdit>("multiEdit9")->setText("row 19");
-    makeBox(); // so does the end
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#unfinished\n2#01 02\n19#row 19\n"));
-    QCOMPARE(child<QLineEdit>("multiEdit2")->text(), QStringLiteral("01 02"));
-}
-
-void TestSendBox::sharesRowsWithAnotherCopy()
-{
-    auto *first = child<QLineEdit>("multiEdit0");
-    finish(first, "mine");
-    QtSendBoxWidget copy(QtSendBoxWidget::Serial);
-    auto *theirs = copy.findChild<QLineEdit *>("multiEdit1");
-    finish(theirs, "theirs");
-    finish(first, "mine again");
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#mine again\n1#theirs\n"));
-    QCOMPARE(child<QLineEdit>("multiEdit1")->text(), QStringLiteral("theirs"));
-    // Deleting a page that only the other copy has filled asks first.
-    bool asked = false;
-    DialogAnswers::instance().message = [&](auto, auto, auto) { return asked = true, 0; };
-    auto *bar = m_box->findChild<QtPageBar *>();
-    copy.findChild<QtPageBar *>()->SltNextPage();
-    bar->SltNextPage();
-    finish(theirs, "second page");
-    bar->SltDeleteCurrentPage();
-    QVERIFY(asked);
-    bar->SltPrevPage();
-    // "conf" has gone: all rows are written again.
-    QVERIFY(QDir(AppPaths::confFolder()).removeRecursively());
-    finish(first, "third");
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#third\n1#theirs\n11#second page\n"));
-}
-
-// What can't be read is not written over, and every failure says why.
-void TestSendBox::tellsWhatItCannotStore()
-{
-    const auto fold = [](const char *name) { // root may read any file, but none of these
-        QFile::remove(AppPaths::confFolder() + '/' + name);
-        QVERIFY(QDir(AppPaths::confFolder()).mkdir(name));
-    };
-    m_box.reset();
-    fold("ser_multi_conf.txt");
-    fold("ser_send_data.txt");
-    makeBox();
-    const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
-    QTRY_COMPARE(notices.count(), 2);
-    QTest::keyClicks(m_editor, "x");
-    QTRY_COMPARE(notices.count(), 3);
-    auto *row = child<QLineEdit>("multiEdit0");
-    finish(row, "y");
-    QVERIFY(notices.count() >= 4);
-    for (const int answer : {0, 1}) {
-        DialogAnswers::instance().message = [answer](auto, auto, auto) { return answer; };
-        QCOMPARE(m_box->saveBeforeExit(), answer == 1);
-    }
-    for (const QList<QVariant> &notice : notices) {
-        QVERIFY2(noticeOf(notice).text.endsWith(QStringLiteral("失败：不是普通文件")),
-                 qPrintable(noticeOf(notice).text));
-        QVERIFY(noticeOf(notice).isError());
-    }
-    QVERIFY(QDir(AppPaths::confFolder()).rmdir("ser_multi_conf.txt"));
-    QTest::keyClick(row, Qt::Key_Return); // tried again
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#y\n"));
-}
-
-void TestSendBox::clearsAndDeletesPages()
-{
-    int asked = 0;
-    int answer = 0;
-    DialogAnswers::instance().message = [&](auto, auto, auto) {
-        ++asked;
-        return answer;
-    };
-    auto *bar = m_box->findChild<QtPageBar *>();
-    auto *edit = child<QLineEdit>("multiEdit0");
-    for (int page = 1; page <= 5; ++page) {
-        edit->setText(QString::number(page));
-        bar->SltNextPage();
-    }
-    bar->SltAddNewPage();
-    bar->SltJumpLastPage();
-    edit->setText("6");
-    bar->SltDeleteCurrentPage();
-    press("btnClearMulti");
-    QCOMPARE(asked, 2); // and refused
-    QCOMPARE(bar->pageCount(), 6);
-    QCOMPARE(edit->text(), QStringLiteral("6"));
-    answer = 1;
-    bar->SltPrevPage(); // page 5 of 6: a page in the middle
-    bar->SltDeleteCurrentPage();
-    QCOMPARE(edit->text(), QStringLiteral("6")); // the next one moved here
-    bar->SltDeleteCurrentPage();                 // the last page
-    QCOMPARE(bar->currentPage(), 4);
-    bar->SltJumpFirshPage();
-    edit->setText("1b");
-    bar->SltDeleteCurrentPage(); // with text that was being typed
-    QCOMPARE(edit->text(), QStringLiteral("2"));
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#2\n10#3\n20#4\n"));
-    press("btnClearMulti");
-    QCOMPARE(edit->text(), QString());
-    QCOMPARE(file("ser_multi_conf.txt"), QByteArray("10#3\n20#4\n"));
-    QCOMPARE(asked, 6);
-    bar->SltDeleteCurrentPage(); // empty: not asked
-    QCOMPARE(asked, 6);
-    QCOMPARE(edit->text(), QStringLiteral("3"));
-}
 
 QTEST_MAIN(TestSendBox)
 #include "test_sendbox.moc"

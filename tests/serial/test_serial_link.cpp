@@ -66,19 +66,334 @@ private slots:
         m_dropped = std::make_unique<QSignalSpy>(m_port.get(), &Link::dropped);
         m_failed = std::make_unique<QSignalSpy>(m_port.get(), &SerialLink::failed);
     }
-    void opensOnePortAtATime();
-    void saysWhyItCannotBeOpened();
-    void opensWithItsSettings();
-    void endsWithTheDevice();
-    void lastBytesLeaveFirst_data();
-    void lastBytesLeaveFirst();
-    void dropsWhatNeverLeaves();
-    void reportsWhatCannotBeWritten();
-    void limitsWhatIsQueued();
-    void endsAPacketWhenTheLineIsQuiet();
-    void pausesWhileTooMuchIsPending();
-    void closesUnderAFlood();
-    void noticesChangesByCount();
+
+    void opensOnePortAtATime()
+    {
+        m_port->open(m_board->device(), 115200, 8, 0, 0);
+        m_port->writeBytes(QByteArray("\x00\xff\n", 3));
+        QCOMPARE(m_port->pendingBytes(), qint64(0)); // left without the event loop
+        QCOMPARE(m_board->read(3), QByteArray("\x00\xff\n", 3));
+        PtyPeer second; // opening it closes the first
+        m_port->open(second.device(), 9600, 8, 0, 0);
+        QCOMPARE(m_port->portName(), second.device());
+        m_port->writeBytes("to second");
+        QCOMPARE(second.read(9), QByteArray("to second"));
+        QtSerialPort other;
+        other.open(m_board->device(), 9600, 8, 0, 0);
+        QVERIFY(other.isOpen());
+        m_port->close();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Write data failed:"));
+        m_port->writeBytes("x");
+        QCOMPARE(m_port->state(), Link::State::Closed);
+        QCOMPARE(m_port->reason(), QString());
+    }
+
+    void saysWhyItCannotBeOpened()
+    {
+        const QSignalSpy openFailed(m_port.get(), &QtSerialPort::openFailed);
+        m_port->open("COM4711", 115200, 8, 0, 0);
+        QCOMPARE(m_port->reason(), QStringLiteral("串口不存在，请检查设备是否已插好"));
+        m_port->open("/dev/null", 115200, 8, 0, 0);
+        QVERIFY2(m_port->reason().startsWith(QStringLiteral("设备不是可用的串口")),
+                 qPrintable(m_port->reason()));
+        QCOMPARE(openFailed.count(), 2);
+        QVERIFY(m_states->isEmpty());
+    }
+
+    // One and a half stop bits exist on Windows only.
+    void opensWithItsSettings()
+    {
+        SerialSettings settings = settingsOf(m_board->device(), 57600);
+        settings.stopBits = QSerialPort::TwoStop;
+        SerialLink &link = *m_port;
+        QVERIFY(link.open(settings));
+        termios line = lineSettings(*m_board);
+        QVERIFY((line.c_cflag & CSTOPB) != 0);
+        QCOMPARE(cfgetospeed(&line), speed_t(B57600));
+        settings.stopBits = QSerialPort::OneStop;
+        settings.baudRate = 9600;
+        QCOMPARE(link.apply(settings), QStringList());
+        line = lineSettings(*m_board);
+        QVERIFY((line.c_cflag & CSTOPB) == 0);
+        QCOMPARE(cfgetospeed(&line), speed_t(B9600));
+
+        settings.stopBits = QSerialPort::OneAndHalfStop;
+        QVERIFY(link.open(settings, SerialLink::Refusal::KeepsOpen));
+        QCOMPARE(link.refusedParameters(), QStringList{QStringLiteral("停止位 1.5")});
+        settings.baudRate = -1;
+        QCOMPARE(link.apply(settings),
+                 (QStringList{QStringLiteral("波特率 -1"), QStringLiteral("停止位 1.5")}));
+        QVERIFY(link.isOpen());
+        settings = settingsOf(m_board->device(), 1200);
+        QVERIFY(link.open(settings));
+        link.send(QByteArray(100, 'x'));
+        link.close();
+        QCOMPARE(link.pendingBytes(), qint64(0));
+        QCOMPARE(link.state(), Link::State::Closing); // the last of them is still on the line
+    }
+
+    // A line that hung up stays readable and fails at each read: it ends once.
+    void endsWithTheDevice()
+    {
+        QByteArray all;
+        connect(m_port.get(), &QtSerialPort::bytesRead, this, [&](const QByteArray &bytes) { all += bytes; });
+        const QSignalSpy hangUps(m_port.get(), &QtSerialPort::hungUp);
+        m_port->open(m_board->device(), 115200, 8, 0, 0);
+        QVERIFY(m_board->write("resetting"));
+        QTRY_COMPARE(all, QByteArray("resetting"));
+        m_port->setReading(false);
+        m_port->writeBytes(QByteArray(100000, 'x'));
+        m_board->hangUp();
+        QTRY_COMPARE(m_states->count(), 2);
+        QCOMPARE(m_port->state(), Link::State::Closed);
+        QVERIFY(m_port->reason().startsWith(QStringLiteral("设备没有响应")));
+        QCOMPARE(m_dropped->count(), 1);
+        QCOMPARE(hangUps.count(), 1);
+        QVERIFY(m_failed->isEmpty());
+        QCOMPARE(m_port->send("x"), qint64(0));
+        PtyPeer another;
+        m_port->open(another.device(), 115200, 8, 0, 0);
+        QVERIFY(m_port->isOpen());
+        QCOMPARE(m_port->reason(), QString());
+    }
+
+    // More than the system takes at once, and a board that reads later: neither
+    // may the tail be lost nor the speed of the line change under it.
+    void lastBytesLeaveFirst()
+    {
+        for (const char *const how : {"closed", "destroyed", "program ends"}) {
+            init();
+            const QByteArray bytes = QByteArray("0123456789abcdef").repeated(20000);
+            const auto speed = [this] {
+                const termios line = lineSettings(*m_board);
+                return cfgetospeed(&line);
+            };
+            const speed_t before = speed();
+            m_port->open(m_board->device(), 921600, 8, 0, 0);
+            m_port->writeBytes(bytes);
+            QVERIFY(m_port->pendingBytes() > 0);
+            if (QString(how) == "closed") {
+                m_port->close();
+                QCOMPARE(m_port->state(), Link::State::Closing);
+                QCOMPARE(m_port->send("no more"), qint64(0));
+                m_port->open(m_board->device(), 9600, 8, 0, 0); // not yet
+                QVERIFY(m_port->reason().contains(QStringLiteral("仍在发送")));
+                QCOMPARE(m_port->state(), Link::State::Closing);
+                QVERIFY(m_port->pendingBytes() > 0);
+            } else {
+                m_port.reset();
+            }
+            QCOMPARE(speed(), speed_t(B921600));
+            QByteArray arrived;
+            if (QString(how) == "program ends") { // no event loop runs any more
+                std::thread reader([&arrived, line = m_board->descriptor(), size = bytes.size()] {
+                    char piece[4096];
+                    pollfd readable = {line, POLLIN, 0};
+                    while (arrived.size() < size && poll(&readable, 1, 5000) == 1) {
+                        const ssize_t count = read(line, piece, sizeof piece);
+                        arrived.append(piece, static_cast<int>(qMax<ssize_t>(0, count)));
+                    }
+                });
+                ClosingPort::finishAll();
+                reader.join();
+            } else {
+                arrived = m_board->read(bytes.size(), 20000);
+            }
+            QCOMPARE(arrived, bytes);
+            QTRY_COMPARE(speed(), before);
+            if (QString(how) == "closed")
+                QTRY_COMPARE(m_port->state(), Link::State::Closed);
+            QVERIFY(m_dropped->isEmpty() && m_failed->isEmpty());
+        }
+    }
+
+    void dropsWhatNeverLeaves()
+    {
+        m_port->open(m_board->device(), 921600, 8, 0, 0);
+        m_port->writeBytes(QByteArray(300000, 'x'));
+        m_port->close();
+        m_port->close(); // does nothing
+        QCOMPARE(m_failed->count(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(m_failed->count(), 1, 20000);
+        const int arrived = m_board->read(300000, 100).size();
+        const qint64 unsent = m_dropped->value(0).value(0).toLongLong();
+        QVERIFY2(unsent > 200000 && arrived + unsent <= 300000, qPrintable(QString::number(unsent)));
+        QCOMPARE(m_failed->at(0).at(0).toString(),
+                 QStringLiteral("串口[%1]有 %2 字节未发出！").arg(m_board->device()).arg(unsent));
+        QCOMPARE(m_states->count(), 3);
+        m_port->open(m_board->device(), 921600, 8, 0, 0);
+        QVERIFY(m_port->isOpen());
+    }
+
+    // A socket whose other end reads no more stands in for the driver: it refuses
+    // to write and is otherwise well.
+    void reportsWhatCannotBeWritten()
+    {
+        signal(SIGPIPE, SIG_IGN);
+        const QTemporaryDir folder;
+        const QString device = folder.filePath("device");
+        QVERIFY(QFile::link(m_board->device(), device));
+        for (const bool gone : {false, true}) {
+            const QSet<int> before = descriptorsOf(m_board->device());
+            m_port->open(device, 115200, 8, 0, 0);
+            const QSet<int> opened = descriptorsOf(m_board->device()) - before;
+            QCOMPARE(opened.size(), 1);
+            int ends[2];
+            QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
+            QCOMPARE(shutdown(ends[1], SHUT_RD), 0);
+            QVERIFY(dup2(ends[0], *opened.begin()) >= 0);
+            if (gone)
+                QVERIFY(QFile::remove(device));
+            m_port->writeBytes("hello");
+            QTRY_COMPARE(m_dropped->count(), gone ? 2 : 1);
+            QCOMPARE(m_dropped->last().at(0).toLongLong(), qint64(5));
+            QCOMPARE(m_port->isOpen(), !gone);
+            m_port->close();
+            close(ends[0]);
+            close(ends[1]);
+        }
+        QCOMPARE(m_failed->count(), 1);
+        QVERIFY(m_failed->at(0).at(0).toString().startsWith(
+            QStringLiteral("数据发送失败，5 字节未发出：设备没有响应")));
+    }
+
+    // Reported once, and again after something was accepted.
+    void limitsWhatIsQueued()
+    {
+        const QByteArray most(SerialLink::maxPendingBytes, 'x');
+        m_port->open(m_board->device(), 115200, 8, 0, 0);
+        QCOMPARE(m_port->send(most + 'x'), qint64(0));
+        QCOMPARE(m_port->send(most), qint64(most.size()));
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(m_port->send(most), qint64(0));
+        QCOMPARE(m_failed->count(), 2);
+        QCOMPARE(m_failed->at(1).at(0).toString(), QStringLiteral("设备长时间未接收数据，本次数据未发送！"));
+        m_port->close();
+        m_port->SerialLink::close();
+        m_failed->clear();
+        m_port->open(m_board->device(), 115200, 8, 0, 0);
+        QCOMPARE(m_port->send(most + 'x'), qint64(0));
+        QCOMPARE(m_failed->count(), 1);
+    }
+
+    // The reader looks at the time of the last arrival when its timer ends, so that
+    // a timer that is late ends no packet early.
+    void endsAPacketWhenTheLineIsQuiet()
+    {
+        QuietReader reader(
+            m_port.get(), [] { return 0; }, nullptr);
+        const auto receive = [this](const QByteArray &bytes) { emit m_port->received(bytes, 0, Peer()); };
+        const QSignalSpy packets(&reader, &QuietReader::packetRead);
+        qint64 quietUs = 0;
+        qint64 lastUs = 0;
+        connect(&reader, &QuietReader::quiet, this, [&] {
+            quietUs = Link::nowUs() - lastUs;
+            reader.endPacket();
+        });
+        reader.setQuietTime(50);
+        const qint64 firstUs = Link::nowUs();
+        receive("first ");
+        do // until the timer is late
+            lastUs = Link::nowUs();
+        while (lastUs < firstUs + 51000);
+        receive("second");
+        QCOMPARE(reader.lastByte(), 'd');
+        QTRY_COMPARE(packets.count(), 1);
+        QVERIFY(quietUs >= 50000);
+        QCOMPARE(packets.at(0).at(0).value<QByteArrayList>().join(), QByteArray("first second"));
+        QCOMPARE(reader.lastByte(), '\0');
+        reader.setActive(false);
+        receive("somebody else's");
+        reader.setActive(true);
+        reader.append("left over");
+        reader.stop();
+        QCOMPARE(packets.at(1).at(0).value<QByteArrayList>().join(), QByteArray("left over"));
+        QCOMPARE(packets.at(1).at(1).toLongLong(), qint64(9));
+        reader.append(QByteArray(64 * 1024 * 1024, 'x')); // as much as a packet holds
+        QCOMPARE(packets.count(), 3);
+    }
+
+    void pausesWhileTooMuchIsPending()
+    {
+        m_port->open(m_board->device(), 115200, 8, 0, 0);
+        qint64 backlog = 0;
+        int packets = 0;
+        QByteArray read;
+        QuietReader reader(
+            m_port.get(), [&] { return backlog; }, nullptr);
+        connect(&reader, &QuietReader::pieceRead, this, [&](const QByteArray &bytes) { read += bytes; });
+        connect(&reader, &QuietReader::quiet, &reader, &QuietReader::endPacket);
+        connect(&reader, &QuietReader::packetRead, this, [&] { ++packets; });
+
+        backlog = 1000LL * 1000 * 1000;
+        const QByteArray bytes = QByteArray("0123456789abcdef").repeated(100000);
+        const int sent = m_board->writeSome(bytes);
+        QVERIFY(!m_port->isReading());
+        QVERIFY2(sent >= 1024 * 1024 && sent < bytes.size(), qPrintable(QString::number(sent)));
+        QVERIFY(read.size() < 512 * 1024);
+        QCOMPARE(packets, 0); // its own pause is no end of a packet
+        backlog = 0;
+        QVERIFY(m_board->write(bytes.mid(sent)));
+        QTRY_COMPARE(read.size(), bytes.size());
+        QCOMPARE(read, bytes);
+        QTRY_VERIFY(packets > 0);
+        backlog = 1000LL * 1000 * 1000;
+        m_board->writeSome(bytes);
+        QVERIFY(!m_port->isReading());
+        reader.stop();
+        QVERIFY(m_port->isReading()); // for whoever has the port next
+    }
+
+    // There is always more to read.
+    void closesUnderAFlood()
+    {
+        constexpr qint64 kEnough = 4 * 1024 * 1024;
+        m_port->open(m_board->device(), 115200, 8, 0, 0);
+        pollfd line{descriptorsOf(m_board->device()).values().last(), POLLIN, 0};
+        qint64 read = 0;
+        const QByteArray more(2048, 'f');
+        const auto feed = [&] {
+            if (read >= kEnough)
+                return;
+            QVERIFY(::write(m_board->descriptor(), more.constData(), size_t(more.size())) > 0);
+            poll(&line, 1, 5000);
+        };
+        connect(m_port.get(), &Link::received, this, [&](const QByteArray &bytes) {
+            read += bytes.size();
+            feed();
+        });
+        feed();
+        m_port->close();
+        QVERIFY2(read > 0 && read < kEnough, qPrintable(QString::number(read)));
+    }
+
+    void noticesChangesByCount()
+    {
+        const QTemporaryDir folder;
+        qputenv("KORVEX_VIRTUAL_PORTS", folder.path().toLocal8Bit());
+        const int systemPorts = SerialPorts::entries().size();
+        QSerialPorCheck check;
+        QSignalSpy changes(&check, &QSerialPorCheck::signalSerialChanged);
+        check.SltCheckSerialport();
+        QCOMPARE(changes.count(), systemPorts > 0 ? 1 : 0);
+        changes.clear();
+
+        QVERIFY(QFile::link(m_board->device(), folder.filePath("COM3")));
+        check.SltCheckSerialport();
+        QCOMPARE(changes.count(), 1);
+        QCOMPARE(changes.last().at(0).toStringList().value(0), QStringLiteral("COM3 虚拟串口"));
+        // One port for another between two looks goes unnoticed.
+        QVERIFY(QFile::rename(folder.filePath("COM3"), folder.filePath("COM4")));
+        check.SltCheckSerialport();
+        QCOMPARE(changes.count(), 1);
+        QVERIFY(QFile::remove(folder.filePath("COM4")));
+        check.SltCheckSerialport();
+        QCOMPARE(changes.count(), 2);
+        QVERIFY(QFile::link(m_board->device(), folder.filePath("COM5")));
+        check.start(); // and by itself, within about a second
+        QTRY_COMPARE(changes.count(), 3);
+        qunsetenv("KORVEX_VIRTUAL_PORTS");
+    }
 
 private:
     std::unique_ptr<PtyPeer> m_board;
@@ -87,337 +402,6 @@ private:
     std::unique_ptr<QSignalSpy> m_dropped;
     std::unique_ptr<QSignalSpy> m_failed;
 };
-
-void TestSerialLink::opensOnePortAtATime()
-{
-    m_port->open(m_board->device(), 115200, 8, 0, 0);
-    m_port->writeBytes(QByteArray("\x00\xff\n", 3));
-    QCOMPARE(m_port->pendingBytes(), qint64(0)); // left without the event loop
-    QCOMPARE(m_board->read(3), QByteArray("\x00\xff\n", 3));
-    PtyPeer second; // opening it closes the first
-    m_port->open(second.device(), 9600, 8, 0, 0);
-    QCOMPARE(m_port->portName(), second.device());
-    m_port->writeBytes("to second");
-    QCOMPARE(second.read(9), QByteArray("to second"));
-    QtSerialPort other;
-    other.open(m_board->device(), 9600, 8, 0, 0);
-    QVERIFY(other.isOpen());
-    m_port->close();
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Write data failed:"));
-    m_port->writeBytes("x");
-    QCOMPARE(m_port->state(), Link::State::Closed);
-    QCOMPARE(m_port->reason(), QString());
-}
-
-void TestSerialLink::saysWhyItCannotBeOpened()
-{
-    const QSignalSpy openFailed(m_port.get(), &QtSerialPort::openFailed);
-    m_port->open("COM4711", 115200, 8, 0, 0);
-    QCOMPARE(m_port->reason(), QStringLiteral("串口不存在，请检查设备是否已插好"));
-    m_port->open("/dev/null", 115200, 8, 0, 0);
-    QVERIFY2(m_port->reason().startsWith(QStringLiteral("设备不是可用的串口")), qPrintable(m_port->reason()));
-    QCOMPARE(openFailed.count(), 2);
-    QVERIFY(m_states->isEmpty());
-}
-
-// One and a half stop bits exist on Windows only.
-void TestSerialLink::opensWithItsSettings()
-{
-    SerialSettings settings = settingsOf(m_board->device(), 57600);
-    settings.stopBits = QSerialPort::TwoStop;
-    SerialLink &link = *m_port;
-    QVERIFY(link.open(settings));
-    termios line = lineSettings(*m_board);
-    QVERIFY((line.c_cflag & CSTOPB) != 0);
-    QCOMPARE(cfgetospeed(&line), speed_t(B57600));
-    settings.stopBits = QSerialPort::OneStop;
-    settings.baudRate = 9600;
-    QCOMPARE(link.apply(settings), QStringList());
-    line = lineSettings(*m_board);
-    QVERIFY((line.c_cflag & CSTOPB) == 0);
-    QCOMPARE(cfgetospeed(&line), speed_t(B9600));
-
-    settings.stopBits = QSerialPort::OneAndHalfStop;
-    QVERIFY(link.open(settings, SerialLink::Refusal::KeepsOpen));
-    QCOMPARE(link.refusedParameters(), QStringList{QStringLiteral("停止位 1.5")});
-    settings.baudRate = -1;
-    QCOMPARE(link.apply(settings), (QStringList{QStringLiteral("波特率 -1"), QStringLiteral("停止位 1.5")}));
-    QVERIFY(link.isOpen());
-    settings = settingsOf(m_board->device(), 1200);
-    QVERIFY(link.open(settings));
-    link.send(QByteArray(100, 'x'));
-    link.close();
-    QCOMPARE(link.pendingBytes(), qint64(0));
-    QCOMPARE(link.state(), Link::State::Closing); // the last of them is still on the line
-}
-
-// A line that hung up stays readable and fails at each read: it ends once.
-void TestSerialLink::endsWithTheDevice()
-{
-    QByteArray all;
-    connect(m_port.get(), &QtSerialPort::bytesRead, this, [&](const QByteArray &bytes) { all += bytes; });
-    const QSignalSpy hangUps(m_port.get(), &QtSerialPort::hungUp);
-    m_port->open(m_board->device(), 115200, 8, 0, 0);
-    QVERIFY(m_board->write("resetting"));
-    QTRY_COMPARE(all, QByteArray("resetting"));
-    m_port->setReading(false);
-    m_port->writeBytes(QByteArray(100000, 'x'));
-    m_board->hangUp();
-    QTRY_COMPARE(m_states->count(), 2);
-    QCOMPARE(m_port->state(), Link::State::Closed);
-    QVERIFY(m_port->reason().startsWith(QStringLiteral("设备没有响应")));
-    QCOMPARE(m_dropped->count(), 1);
-    QCOMPARE(hangUps.count(), 1);
-    QVERIFY(m_failed->isEmpty());
-    QCOMPARE(m_port->send("x"), qint64(0));
-    PtyPeer another;
-    m_port->open(another.device(), 115200, 8, 0, 0);
-    QVERIFY(m_port->isOpen());
-    QCOMPARE(m_port->reason(), QString());
-}
-
-void TestSerialLink::lastBytesLeaveFirst_data()
-{
-    QTest::addColumn<QString>("how");
-    for (const char *how : {"closed", "destroyed", "program ends"})
-        QTest::newRow(how) << how;
-}
-
-// More than the system takes at once, and a board that reads later: neither
-// may the tail be lost nor the speed of the line change under it.
-void TestSerialLink::lastBytesLeaveFirst()
-{
-    QFETCH(QString, how);
-    const QByteArray bytes = QByteArray("0123456789abcdef").repeated(20000);
-    const auto speed = [this] {
-        const termios line = lineSettings(*m_board);
-        return cfgetospeed(&line);
-    };
-    const speed_t before = speed();
-    m_port->open(m_board->device(), 921600, 8, 0, 0);
-    m_port->writeBytes(bytes);
-    QVERIFY(m_port->pendingBytes() > 0);
-    if (how == "closed") {
-        m_port->close();
-        QCOMPARE(m_port->state(), Link::State::Closing);
-        QCOMPARE(m_port->send("no more"), qint64(0));
-        m_port->open(m_board->device(), 9600, 8, 0, 0); // not yet
-        QVERIFY(m_port->reason().contains(QStringLiteral("仍在发送")));
-        QCOMPARE(m_port->state(), Link::State::Closing);
-        QVERIFY(m_port->pendingBytes() > 0);
-    } else {
-        m_port.reset();
-    }
-    QCOMPARE(speed(), speed_t(B921600));
-    QByteArray arrived;
-    if (how == "program ends") { // no event loop runs any more
-        std::thread reader([&arrived, line = m_board->descriptor(), size = bytes.size()] {
-            char piece[4096];
-            pollfd readable = {line, POLLIN, 0};
-            while (arrived.size() < size && poll(&readable, 1, 5000) == 1) {
-                const ssize_t count = read(line, piece, sizeof piece);
-                arrived.append(piece, static_cast<int>(qMax<ssize_t>(0, count)));
-            }
-        });
-        ClosingPort::finishAll();
-        reader.join();
-    } else {
-        arrived = m_board->read(bytes.size(), 20000);
-    }
-    QCOMPARE(arrived, bytes);
-    QTRY_COMPARE(speed(), before);
-    if (how == "closed")
-        QTRY_COMPARE(m_port->state(), Link::State::Closed);
-    QVERIFY(m_dropped->isEmpty() && m_failed->isEmpty());
-}
-
-void TestSerialLink::dropsWhatNeverLeaves()
-{
-    m_port->open(m_board->device(), 921600, 8, 0, 0);
-    m_port->writeBytes(QByteArray(300000, 'x'));
-    m_port->close();
-    m_port->close(); // does nothing
-    QCOMPARE(m_failed->count(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(m_failed->count(), 1, 20000);
-    const int arrived = m_board->read(300000, 100).size();
-    const qint64 unsent = m_dropped->value(0).value(0).toLongLong();
-    QVERIFY2(unsent > 200000 && arrived + unsent <= 300000, qPrintable(QString::number(unsent)));
-    QCOMPARE(m_failed->at(0).at(0).toString(),
-             QStringLiteral("串口[%1]有 %2 字节未发出！").arg(m_board->device()).arg(unsent));
-    QCOMPARE(m_states->count(), 3);
-    m_port->open(m_board->device(), 921600, 8, 0, 0);
-    QVERIFY(m_port->isOpen());
-}
-
-// A socket whose other end reads no more stands in for the driver: it refuses
-// to write and is otherwise well.
-void TestSerialLink::reportsWhatCannotBeWritten()
-{
-    signal(SIGPIPE, SIG_IGN);
-    const QTemporaryDir folder;
-    const QString device = folder.filePath("device");
-    QVERIFY(QFile::link(m_board->device(), device));
-    for (const bool gone : {false, true}) {
-        const QSet<int> before = descriptorsOf(m_board->device());
-        m_port->open(device, 115200, 8, 0, 0);
-        const QSet<int> opened = descriptorsOf(m_board->device()) - before;
-        QCOMPARE(opened.size(), 1);
-        int ends[2];
-        QCOMPARE(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
-        QCOMPARE(shutdown(ends[1], SHUT_RD), 0);
-        QVERIFY(dup2(ends[0], *opened.begin()) >= 0);
-        if (gone)
-            QVERIFY(QFile::remove(device));
-        m_port->writeBytes("hello");
-        QTRY_COMPARE(m_dropped->count(), gone ? 2 : 1);
-        QCOMPARE(m_dropped->last().at(0).toLongLong(), qint64(5));
-        QCOMPARE(m_port->isOpen(), !gone);
-        m_port->close();
-        close(ends[0]);
-        close(ends[1]);
-    }
-    QCOMPARE(m_failed->count(), 1);
-    QVERIFY(m_failed->at(0).at(0).toString().startsWith(
-        QStringLiteral("数据发送失败，5 字节未发出：设备没有响应")));
-}
-
-// Reported once, and again after something was accepted.
-void TestSerialLink::limitsWhatIsQueued()
-{
-    const QByteArray most(SerialLink::maxPendingBytes, 'x');
-    m_port->open(m_board->device(), 115200, 8, 0, 0);
-    QCOMPARE(m_port->send(most + 'x'), qint64(0));
-    QCOMPARE(m_port->send(most), qint64(most.size()));
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(m_port->send(most), qint64(0));
-    QCOMPARE(m_failed->count(), 2);
-    QCOMPARE(m_failed->at(1).at(0).toString(), QStringLiteral("设备长时间未接收数据，本次数据未发送！"));
-    m_port->close();
-    m_port->SerialLink::close();
-    m_failed->clear();
-    m_port->open(m_board->device(), 115200, 8, 0, 0);
-    QCOMPARE(m_port->send(most + 'x'), qint64(0));
-    QCOMPARE(m_failed->count(), 1);
-}
-
-// The reader looks at the time of the last arrival when its timer ends, so that
-// a timer that is late ends no packet early.
-void TestSerialLink::endsAPacketWhenTheLineIsQuiet()
-{
-    QuietReader reader(
-        m_port.get(), [] { return 0; }, nullptr);
-    const auto receive = [this](const QByteArray &bytes) { emit m_port->received(bytes, 0, Peer()); };
-    const QSignalSpy packets(&reader, &QuietReader::packetRead);
-    qint64 quietUs = 0;
-    qint64 lastUs = 0;
-    connect(&reader, &QuietReader::quiet, this, [&] {
-        quietUs = Link::nowUs() - lastUs;
-        reader.endPacket();
-    });
-    reader.setQuietTime(50);
-    const qint64 firstUs = Link::nowUs();
-    receive("first ");
-    do // until the timer is late
-        lastUs = Link::nowUs();
-    while (lastUs < firstUs + 51000);
-    receive("second");
-    QCOMPARE(reader.lastByte(), 'd');
-    QTRY_COMPARE(packets.count(), 1);
-    QVERIFY(quietUs >= 50000);
-    QCOMPARE(packets.at(0).at(0).value<QByteArrayList>().join(), QByteArray("first second"));
-    QCOMPARE(reader.lastByte(), '\0');
-    reader.setActive(false);
-    receive("somebody else's");
-    reader.setActive(true);
-    reader.append("left over");
-    reader.stop();
-    QCOMPARE(packets.at(1).at(0).value<QByteArrayList>().join(), QByteArray("left over"));
-    QCOMPARE(packets.at(1).at(1).toLongLong(), qint64(9));
-    reader.append(QByteArray(64 * 1024 * 1024, 'x')); // as much as a packet holds
-    QCOMPARE(packets.count(), 3);
-}
-
-void TestSerialLink::pausesWhileTooMuchIsPending()
-{
-    m_port->open(m_board->device(), 115200, 8, 0, 0);
-    qint64 backlog = 0;
-    int packets = 0;
-    QByteArray read;
-    QuietReader reader(
-        m_port.get(), [&] { return backlog; }, nullptr);
-    connect(&reader, &QuietReader::pieceRead, this, [&](const QByteArray &bytes) { read += bytes; });
-    connect(&reader, &QuietReader::quiet, &reader, &QuietReader::endPacket);
-    connect(&reader, &QuietReader::packetRead, this, [&] { ++packets; });
-
-    backlog = 1000LL * 1000 * 1000;
-    const QByteArray bytes = QByteArray("0123456789abcdef").repeated(100000);
-    const int sent = m_board->writeSome(bytes);
-    QVERIFY(!m_port->isReading());
-    QVERIFY2(sent >= 1024 * 1024 && sent < bytes.size(), qPrintable(QString::number(sent)));
-    QVERIFY(read.size() < 512 * 1024);
-    QCOMPARE(packets, 0); // its own pause is no end of a packet
-    backlog = 0;
-    QVERIFY(m_board->write(bytes.mid(sent)));
-    QTRY_COMPARE(read.size(), bytes.size());
-    QCOMPARE(read, bytes);
-    QTRY_VERIFY(packets > 0);
-    backlog = 1000LL * 1000 * 1000;
-    m_board->writeSome(bytes);
-    QVERIFY(!m_port->isReading());
-    reader.stop();
-    QVERIFY(m_port->isReading()); // for whoever has the port next
-}
-
-// There is always more to read.
-void TestSerialLink::closesUnderAFlood()
-{
-    constexpr qint64 kEnough = 4 * 1024 * 1024;
-    m_port->open(m_board->device(), 115200, 8, 0, 0);
-    pollfd line{descriptorsOf(m_board->device()).values().last(), POLLIN, 0};
-    qint64 read = 0;
-    const QByteArray more(2048, 'f');
-    const auto feed = [&] {
-        if (read >= kEnough)
-            return;
-        QVERIFY(::write(m_board->descriptor(), more.constData(), size_t(more.size())) > 0);
-        poll(&line, 1, 5000);
-    };
-    connect(m_port.get(), &Link::received, this, [&](const QByteArray &bytes) {
-        read += bytes.size();
-        feed();
-    });
-    feed();
-    m_port->close();
-    QVERIFY2(read > 0 && read < kEnough, qPrintable(QString::number(read)));
-}
-
-void TestSerialLink::noticesChangesByCount()
-{
-    const QTemporaryDir folder;
-    qputenv("KORVEX_VIRTUAL_PORTS", folder.path().toLocal8Bit());
-    const int systemPorts = SerialPorts::entries().size();
-    QSerialPorCheck check;
-    QSignalSpy changes(&check, &QSerialPorCheck::signalSerialChanged);
-    check.SltCheckSerialport();
-    QCOMPARE(changes.count(), systemPorts > 0 ? 1 : 0);
-    changes.clear();
-
-    QVERIFY(QFile::link(m_board->device(), folder.filePath("COM3")));
-    check.SltCheckSerialport();
-    QCOMPARE(changes.count(), 1);
-    QCOMPARE(changes.last().at(0).toStringList().value(0), QStringLiteral("COM3 虚拟串口"));
-    // One port for another between two looks goes unnoticed.
-    QVERIFY(QFile::rename(folder.filePath("COM3"), folder.filePath("COM4")));
-    check.SltCheckSerialport();
-    QCOMPARE(changes.count(), 1);
-    QVERIFY(QFile::remove(folder.filePath("COM4")));
-    check.SltCheckSerialport();
-    QCOMPARE(changes.count(), 2);
-    QVERIFY(QFile::link(m_board->device(), folder.filePath("COM5")));
-    check.start(); // and by itself, within about a second
-    QTRY_COMPARE(changes.count(), 3);
-    qunsetenv("KORVEX_VIRTUAL_PORTS");
-}
 
 QTEST_GUILESS_MAIN(TestSerialLink)
 #include "test_serial_link.moc"

@@ -2,6 +2,7 @@
 
 #include "serialpagetest.h"
 
+#include "bytespool.h"
 #include "dialoganswers.h"
 #include "qtmessagebox.h"
 #include "receivedfiles.h"
@@ -16,14 +17,246 @@ class TestSerialFiles : public SerialPageTest
     Q_OBJECT
 
 private slots:
-    void savesTextAndBytes();
-    void failedSavesDoNotCount();
-    void savesEverythingOfAFlood();
-    void tellsAFullDisk();
-    void closingFollowsTheSetting_data();
-    void closingFollowsTheSetting();
-    void autoSavingKeepsTheBytes();
-    void closingAsksOnlyForWhatIsUnsaved();
+    void savesTextAndBytes()
+    {
+        click("btnSaveRecv");
+        QCOMPARE(lastNotice(), QStringLiteral("当前无数据需要保存！"));
+        openPort();
+        const QByteArray first("before\r\n");
+        const QByteArray second("\xce\xc2\x80\xff"
+                                "end\r\n");
+        receive(first);
+        click("btnClearRecv");
+        receive(second);
+        const QByteArray text = save(QStringLiteral("记录.txt"));
+        QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+        QVERIFY(text.startsWith("\xce\xc2") && text.endsWith("end\n"));
+        QCOMPARE(save("data.bin"), first + second); // the session, as it came
+        QApplication::setActiveWindow(m_page.get());
+        QTest::keyClick(child<QtTerminalWidget>("recvBrowser"), Qt::Key_L, Qt::ControlModifier);
+        QCOMPARE(shown(), QString());
+        QCOMPARE(save("cleared"), first + second); // bytes: no text is left
+        const int notices = m_notices->count();
+        chooseFile(QString()); // cancelled
+        click("btnSaveRecv");
+        QCOMPARE(m_notices->count(), notices);
+    }
+
+    // What could not be saved is still unsaved, by hand and at the end.
+    void failedSavesDoNotCount()
+    {
+        int answer = QtMessageBox::Cancel;
+        int asked = 0;
+        DialogAnswers::instance().message = [&](auto, auto, auto) {
+            ++asked;
+            return answer;
+        };
+        openPort();
+        receive("data");
+        for (const char *name : {"no/such/folder/x.txt", "no/such/folder/x.bin"}) {
+            Settings::instance().closeBehaviour = Settings::Ask;
+            const int before = m_notices->count();
+            save(QLatin1String(name));
+            QCOMPARE(m_notices->count(), before + 2);
+            QCOMPARE(m_notices->at(before).at(0).toString(), QStringLiteral("文件保存失败!"));
+            QVERIFY(lastError().endsWith(QStringLiteral("：文件夹不存在")));
+            asked = 0;
+            answer = QtMessageBox::Cancel;
+            QVERIFY(!m_page->mayClose());
+            QCOMPARE(asked, 1);
+            answer = QtMessageBox::Save; // to the same place
+            QVERIFY(m_page->mayClose());
+            QVERIFY(!m_page->saveBeforeExit());
+            Settings::instance().closeBehaviour = Settings::AutoSave;
+            QVERIFY(writeFile(m_root->filePath("save"), {})); // in the way
+            qputenv("HOME", "/dev/null");                     // the user's documents
+            answer = QtMessageBox::Cancel;
+            QVERIFY(!m_page->saveBeforeExit());
+            QVERIFY(!m_page->saveBeforeExit());
+            QCOMPARE(asked, 4); // each time
+        }
+        Settings::instance().closeBehaviour = Settings::Ask;
+        QVERIFY(!m_page->mayClose());
+        Settings::instance().closeBehaviour = Settings::AutoSave;
+        chooseFile(m_root->filePath("elsewhere.bin"));
+        answer = QtMessageBox::Save;
+        QVERIFY(m_page->saveBeforeExit());
+        QCOMPARE(contentOf(m_root->filePath("elsewhere.bin")), QByteArray("data"));
+        receive("more");
+        answer = QtMessageBox::Discard;
+        QVERIFY(m_page->saveBeforeExit());
+    }
+
+    void savesEverythingOfAFlood()
+    {
+        openPort();
+        QByteArray all;
+        for (int i = 0; all.size() < 2 * 1000 * 1000; ++i)
+            all += "line " + QByteArray::number(i) + " \xce\xc2\n";
+        QVERIFY(m_board->write(all));
+        QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(all.size()), 20000);
+        QVERIFY(save("a.txt") == all);
+        QVERIFY(save("a.bin") == all);
+    }
+
+    void tellsAFullDisk()
+    {
+        openPort();
+        receive(QByteArray(500, 'a'));
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before{};
+        getrlimit(RLIMIT_FSIZE, &before);
+        rlimit tight = before;
+        tight.rlim_cur = 1000;
+        setrlimit(RLIMIT_FSIZE, &tight);
+        receive(QByteArray(800, 'b'));
+        QTRY_VERIFY(lastKind() == 255);
+        const QString notice = lastNotice();
+        save("full.txt");
+        const QString saved = lastNotice();
+        Settings::instance().closeBehaviour = Settings::AutoSave;
+        qputenv("HOME", "/dev/null"); // the user's documents
+        DialogAnswers::instance().message = [](auto...) { return int(QtMessageBox::Cancel); };
+        const bool mayExit = m_page->saveBeforeExit();
+        QString reason;
+        const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
+        setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY(!written && !mayExit);
+        Settings::instance().closeBehaviour = Settings::Ask;
+        QVERIFY(!m_page->mayClose());
+        for (const QString &text : {notice, saved, reason})
+            QVERIFY2(text.contains(QStringLiteral("磁盘空间")), qPrintable(text));
+        QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
+        const QByteArray all = QByteArray(500, 'a') + QByteArray(800, 'b');
+        QCOMPARE(shown(), QString::fromLatin1(all));
+        QCOMPARE(save("room.bin"), all); // the user has made room
+        receive("c");
+        QTRY_COMPARE(lastNotice(), QStringLiteral("缓存文件恢复写入，接收数据没有丢失"));
+    }
+
+    void closingFollowsTheSetting()
+    {
+        using Box = QtMessageBox;
+        const QString all = QStringLiteral("data, and more while another page asks");
+        const std::tuple<int, int, bool, bool, QString> rows[] = {
+            // chooses a file, closes, saved
+            {Settings::Discard, -1, false, true, ""},       {Settings::Ask, Box::Discard, false, true, ""},
+            {Settings::Ask, Box::Cancel, false, false, ""}, {Settings::Ask, Box::Save, true, true, all},
+            {Settings::Ask, Box::Save, false, false, ""},   {Settings::AutoSave, -1, false, true, all}};
+        for (const auto &[behaviour, answers, choosesFile, closes, saved] : rows) {
+            const int answer = answers; // a structured binding cannot be captured
+            cleanup();
+            init();
+            openPort();
+            receive("data");
+            Settings::instance().closeBehaviour = behaviour;
+            QStringList asked;
+            DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
+                asked.append(text);
+                return answer;
+            };
+            const QDir folder(m_root->filePath("save"));
+            chooseFile(choosesFile ? folder.filePath("recv_asked.txt") : QString());
+            QVERIFY(folder.mkpath("."));
+            QCOMPARE(m_page->mayClose(), closes);
+            QVERIFY(folder.entryList({"recv_*"}, QDir::Files).isEmpty()); // not before all have been asked
+            if (closes) {
+                receive(", and more while another page asks");
+                m_page->closeLinks();
+                QTRY_VERIFY(m_page->isClosed());
+                QVERIFY(m_page->saveBeforeExit());
+            }
+            const bool asks = behaviour == Settings::Ask;
+            QCOMPARE(asked, asks ? QStringList{QStringLiteral("当前有数据未保存，是否保存接收数据?")}
+                                 : QStringList());
+            QByteArray content;
+            for (const QString &name : folder.entryList({"recv_*.txt"}, QDir::Files))
+                content += contentOf(folder.filePath(name));
+            QCOMPARE(QString::fromUtf8(content), saved);
+        }
+    }
+
+    // Text can't reproduce bytes that are no characters, nor CR LF; and what was
+    // cleared or saved as text only is not in any file as it came.
+    void autoSavingKeepsTheBytes()
+    {
+        Settings::instance().closeBehaviour = Settings::AutoSave;
+        const QDir folder(m_root->filePath("save"));
+        const auto binaries = [&] { return folder.entryList({"recv_*.bin"}, QDir::Files, QDir::Name); };
+        openPort();
+        const QByteArray bytes("a\r\n\xff\x80");
+        receive(bytes);
+        click("btnClearRecv");
+        QVERIFY(m_page->saveBeforeExit());
+        QCOMPARE(binaries().size(), 1);
+        QCOMPARE(contentOf(folder.filePath(binaries().first())), bytes);
+        QVERIFY(m_page->saveBeforeExit()); // nothing came since
+        QCOMPARE(binaries().size(), 1);
+        receive(bytes);
+        save("by hand.txt");
+        QVERIFY(m_page->saveBeforeExit());
+        QCOMPARE(binaries().size(), 2);
+        QCOMPARE(contentOf(folder.filePath(binaries().last())), bytes + bytes);
+        QCOMPARE(folder.entryList({"recv_*.txt"}).size(), 0);
+        qputenv("HOME", m_root->path().toLocal8Bit()); // to the user's documents where "save" cannot be made
+        QVERIFY(QDir(m_root->path()).rename("save", "saved") && writeFile(m_root->filePath("save"), {}));
+        receive("more");
+        QVERIFY(m_page->saveBeforeExit());
+        const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+        QCOMPARE(documents.entryList({"recv_*"}).size(), 2);
+        const auto record = [] { return QDir(AppPaths::tmpFolder()).entryInfoList({"serial_*"}).value(0); };
+        QTRY_COMPARE(record().size(), m_page->spool().size());
+        QVERIFY(QFile::resize(record().filePath(), 0)); // by somebody else
+        save("x.bin");
+        QVERIFY(lastNotice().endsWith(QStringLiteral("缓存文件无法读取")));
+        QVERIFY(QFile::remove(m_root->filePath("save")) && QDir(m_root->path()).mkdir("save"));
+        // Two copies of the program that end together.
+        const auto reserve = [&] { return ReceivedFiles::reserveDatedName(folder.path(), {".bin", ".txt"}); };
+        QVERIFY(reserve() != reserve());
+    }
+
+    void closingAsksOnlyForWhatIsUnsaved()
+    {
+        Settings::instance().closeBehaviour = Settings::Ask;
+        int asked = 0;
+        DialogAnswers::instance().message = [&](auto, auto, auto) {
+            ++asked;
+            return int(QtMessageBox::Discard);
+        };
+        QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
+        openPort();
+        receive("data");
+        save("saved.txt");
+        QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
+        receive("more");
+        click("btnClearRecv");
+        QVERIFY(m_page->mayClose());
+        QCOMPARE(asked, 0);
+        receive("after the other pages were asked");
+        QVERIFY(m_page->saveBeforeExit());
+        QCOMPARE(asked, 1);
+        click("checkStopShow");
+        receive("not shown, not saved");
+        QVERIFY(!shown().contains("not saved"));
+        QVERIFY(m_page->mayClose());
+        QCOMPARE(asked, 2);
+        save("no/such/folder/x.bin");
+        save("saved.txt"); // which does not hold it
+        QVERIFY(lastNotice().contains(QStringLiteral("停止显示")));
+        QVERIFY(m_page->mayClose());
+        QCOMPARE(asked, 3);
+        save("saved"); // bytes are offered first
+        QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+        QVERIFY(contentOf(m_root->filePath("saved")).endsWith("not saved"));
+        QVERIFY(m_page->mayClose());
+        QCOMPARE(asked, 3);
+        receive("hidden and cleared");
+        click("btnClearRecv");
+        click("checkStopShow");
+        receive("shown");
+        QCOMPARE(save("shown"), QByteArray("shown")); // as text
+        QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+    }
 
 private:
     // By hand, to a file of the test's folder. Its content.
@@ -34,258 +267,6 @@ private:
         return contentOf(m_root->filePath(name));
     }
 };
-
-void TestSerialFiles::savesTextAndBytes()
-{
-    click("btnSaveRecv");
-    QCOMPARE(lastNotice(), QStringLiteral("当前无数据需要保存！"));
-    openPort();
-    const QByteArray first("before\r\n");
-    const QByteArray second("\xce\xc2\x80\xff"
-                            "end\r\n");
-    receive(first);
-    click("btnClearRecv");
-    receive(second);
-    const QByteArray text = save(QStringLiteral("记录.txt"));
-    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
-    QVERIFY(text.startsWith("\xce\xc2") && text.endsWith("end\n"));
-    QCOMPARE(save("data.bin"), first + second); // the session, as it came
-    QApplication::setActiveWindow(m_page.get());
-    QTest::keyClick(child<QtTerminalWidget>("recvBrowser"), Qt::Key_L, Qt::ControlModifier);
-    QCOMPARE(shown(), QString());
-    QCOMPARE(save("cleared"), first + second); // bytes: no text is left
-    const int notices = m_notices->count();
-    chooseFile(QString()); // cancelled
-    click("btnSaveRecv");
-    QCOMPARE(m_notices->count(), notices);
-}
-
-// What could not be saved is still unsaved, by hand and at the end.
-void TestSerialFiles::failedSavesDoNotCount()
-{
-    int answer = QtMessageBox::Cancel;
-    int asked = 0;
-    DialogAnswers::instance().message = [&](auto, auto, auto) {
-        ++asked;
-        return answer;
-    };
-    openPort();
-    receive("data");
-    for (const char *name : {"no/such/folder/x.txt", "no/such/folder/x.bin"}) {
-        Settings::instance().closeBehaviour = Settings::Ask;
-        const int before = m_notices->count();
-        save(QLatin1String(name));
-        QCOMPARE(m_notices->count(), before + 2);
-        QCOMPARE(m_notices->at(before).at(0).toString(), QStringLiteral("文件保存失败!"));
-        QVERIFY(lastNotice().endsWith(QStringLiteral("：文件夹不存在")));
-        QCOMPARE(lastKind(), 255);
-        asked = 0;
-        answer = QtMessageBox::Cancel;
-        QVERIFY(!m_page->mayClose());
-        QCOMPARE(asked, 1);
-        answer = QtMessageBox::Save; // to the same place
-        QVERIFY(m_page->mayClose());
-        QVERIFY(!m_page->saveBeforeExit());
-        Settings::instance().closeBehaviour = Settings::AutoSave;
-        QVERIFY(writeFile(m_root->filePath("save"), {})); // in the way
-        qputenv("HOME", "/dev/null");                     // the user's documents
-        answer = QtMessageBox::Cancel;
-        QVERIFY(!m_page->saveBeforeExit());
-        QVERIFY(!m_page->saveBeforeExit());
-        QCOMPARE(asked, 4); // each time
-    }
-    Settings::instance().closeBehaviour = Settings::Ask;
-    QVERIFY(!m_page->mayClose());
-    Settings::instance().closeBehaviour = Settings::AutoSave;
-    chooseFile(m_root->filePath("elsewhere.bin"));
-    answer = QtMessageBox::Save;
-    QVERIFY(m_page->saveBeforeExit());
-    QCOMPARE(contentOf(m_root->filePath("elsewhere.bin")), QByteArray("data"));
-    receive("more");
-    answer = QtMessageBox::Discard;
-    QVERIFY(m_page->saveBeforeExit());
-}
-
-void TestSerialFiles::savesEverythingOfAFlood()
-{
-    openPort();
-    QByteArray all;
-    for (int i = 0; all.size() < 2 * 1000 * 1000; ++i)
-        all += "line " + QByteArray::number(i) + " \xce\xc2\n";
-    QVERIFY(m_board->write(all));
-    QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(all.size()), 20000);
-    QVERIFY(save("a.txt") == all);
-    QVERIFY(save("a.bin") == all);
-}
-
-void TestSerialFiles::tellsAFullDisk()
-{
-    openPort();
-    receive(QByteArray(500, 'a'));
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit tight = before;
-    tight.rlim_cur = 1000;
-    setrlimit(RLIMIT_FSIZE, &tight);
-    receive(QByteArray(800, 'b'));
-    QTRY_VERIFY(lastKind() == 255);
-    const QString notice = lastNotice();
-    save("full.txt");
-    const QString saved = lastNotice();
-    Settings::instance().closeBehaviour = Settings::AutoSave;
-    qputenv("HOME", "/dev/null"); // the user's documents
-    DialogAnswers::instance().message = [](auto...) { return int(QtMessageBox::Cancel); };
-    const bool mayExit = m_page->saveBeforeExit();
-    QString reason;
-    const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
-    setrlimit(RLIMIT_FSIZE, &before);
-    QVERIFY(!written && !mayExit);
-    Settings::instance().closeBehaviour = Settings::Ask;
-    QVERIFY(!m_page->mayClose());
-    for (const QString &text : {notice, saved, reason})
-        QVERIFY2(text.contains(QStringLiteral("磁盘空间")), qPrintable(text));
-    QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
-    const QByteArray all = QByteArray(500, 'a') + QByteArray(800, 'b');
-    QCOMPARE(shown(), QString::fromLatin1(all));
-    QCOMPARE(save("room.bin"), all); // the user has made room
-    receive("c");
-    QTRY_COMPARE(lastNotice(), QStringLiteral("缓存文件恢复写入，接收数据没有丢失"));
-}
-
-void TestSerialFiles::closingFollowsTheSetting_data()
-{
-    QTest::addColumn<int>("behaviour");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("choosesFile");
-    QTest::addColumn<bool>("closes");
-    QTest::addColumn<QString>("saved");
-    using Box = QtMessageBox;
-    const QString all = QStringLiteral("data, and more while another page asks");
-    QTest::newRow("discard") << int(Settings::Discard) << -1 << false << true << QString();
-    QTest::newRow("ask, no") << int(Settings::Ask) << int(Box::Discard) << false << true << QString();
-    QTest::newRow("ask, stay") << int(Settings::Ask) << int(Box::Cancel) << false << false << QString();
-    QTest::newRow("ask, save") << int(Settings::Ask) << int(Box::Save) << true << true << all;
-    QTest::newRow("ask, save, no file")
-        << int(Settings::Ask) << int(Box::Save) << false << false << QString();
-    QTest::newRow("auto") << int(Settings::AutoSave) << -1 << false << true << all;
-}
-
-void TestSerialFiles::closingFollowsTheSetting()
-{
-    QFETCH(int, behaviour);
-    QFETCH(int, answer);
-    QFETCH(bool, choosesFile);
-    QFETCH(bool, closes);
-    QFETCH(QString, saved);
-    openPort();
-    receive("data");
-    Settings::instance().closeBehaviour = behaviour;
-    QStringList asked;
-    DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
-        asked.append(text);
-        return answer;
-    };
-    const QDir folder(m_root->filePath("save"));
-    chooseFile(choosesFile ? folder.filePath("recv_asked.txt") : QString());
-    QVERIFY(folder.mkpath("."));
-    QCOMPARE(m_page->mayClose(), closes);
-    QVERIFY(folder.entryList({"recv_*"}, QDir::Files).isEmpty()); // not before all have been asked
-    if (closes) {
-        receive(", and more while another page asks");
-        m_page->closeLinks();
-        QTRY_VERIFY(m_page->isClosed());
-        QVERIFY(m_page->saveBeforeExit());
-    }
-    const bool asks = behaviour == Settings::Ask;
-    QCOMPARE(asked,
-             asks ? QStringList{QStringLiteral("当前有数据未保存，是否保存接收数据?")} : QStringList());
-    QByteArray content;
-    for (const QString &name : folder.entryList({"recv_*.txt"}, QDir::Files))
-        content += contentOf(folder.filePath(name));
-    QCOMPARE(QString::fromUtf8(content), saved);
-}
-
-// Text can't reproduce bytes that are no characters, nor CR LF; and what was
-// cleared or saved as text only is not in any file as it came.
-void TestSerialFiles::autoSavingKeepsTheBytes()
-{
-    Settings::instance().closeBehaviour = Settings::AutoSave;
-    const QDir folder(m_root->filePath("save"));
-    const auto binaries = [&] { return folder.entryList({"recv_*.bin"}, QDir::Files, QDir::Name); };
-    openPort();
-    const QByteArray bytes("a\r\n\xff\x80");
-    receive(bytes);
-    click("btnClearRecv");
-    QVERIFY(m_page->saveBeforeExit());
-    QCOMPARE(binaries().size(), 1);
-    QCOMPARE(contentOf(folder.filePath(binaries().first())), bytes);
-    QVERIFY(m_page->saveBeforeExit()); // nothing came since
-    QCOMPARE(binaries().size(), 1);
-    receive(bytes);
-    save("by hand.txt");
-    QVERIFY(m_page->saveBeforeExit());
-    QCOMPARE(binaries().size(), 2);
-    QCOMPARE(contentOf(folder.filePath(binaries().last())), bytes + bytes);
-    QCOMPARE(folder.entryList({"recv_*.txt"}).size(), 0);
-    qputenv("HOME", m_root->path().toLocal8Bit()); // to the user's documents where "save" cannot be made
-    QVERIFY(QDir(m_root->path()).rename("save", "saved") && writeFile(m_root->filePath("save"), {}));
-    receive("more");
-    QVERIFY(m_page->saveBeforeExit());
-    const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    QCOMPARE(documents.entryList({"recv_*"}).size(), 2);
-    for (const QFileInfo &file : QDir(AppPaths::tmpFolder()).entryInfoList(QDir::Files))
-        QVERIFY(QFile::resize(file.filePath(), 0)); // by somebody else
-    save("x.bin");
-    QVERIFY(lastNotice().endsWith(QStringLiteral("缓存文件无法读取")));
-    QVERIFY(QFile::remove(m_root->filePath("save")) && QDir(m_root->path()).mkdir("save"));
-    // Two copies of the program that end together.
-    const auto reserve = [&] { return ReceivedFiles::reserveDatedName(folder.path(), {".bin", ".txt"}); };
-    QVERIFY(reserve() != reserve());
-}
-
-void TestSerialFiles::closingAsksOnlyForWhatIsUnsaved()
-{
-    Settings::instance().closeBehaviour = Settings::Ask;
-    int asked = 0;
-    DialogAnswers::instance().message = [&](auto, auto, auto) {
-        ++asked;
-        return int(QtMessageBox::Discard);
-    };
-    QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
-    openPort();
-    receive("data");
-    save("saved.txt");
-    QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
-    receive("more");
-    click("btnClearRecv");
-    QVERIFY(m_page->mayClose());
-    QCOMPARE(asked, 0);
-    receive("after the other pages were asked");
-    QVERIFY(m_page->saveBeforeExit());
-    QCOMPARE(asked, 1);
-    click("checkStopShow");
-    receive("not shown, not saved");
-    QVERIFY(!shown().contains("not saved"));
-    QVERIFY(m_page->mayClose());
-    QCOMPARE(asked, 2);
-    save("no/such/folder/x.bin");
-    save("saved.txt"); // which does not hold it
-    QVERIFY(lastNotice().contains(QStringLiteral("停止显示")));
-    QVERIFY(m_page->mayClose());
-    QCOMPARE(asked, 3);
-    save("saved"); // bytes are offered first
-    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
-    QVERIFY(contentOf(m_root->filePath("saved")).endsWith("not saved"));
-    QVERIFY(m_page->mayClose());
-    QCOMPARE(asked, 3);
-    receive("hidden and cleared");
-    click("btnClearRecv");
-    click("checkStopShow");
-    receive("shown");
-    QCOMPARE(save("shown"), QByteArray("shown")); // as text
-    QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
-}
 
 QTEST_MAIN(TestSerialFiles)
 #include "test_serialfiles.moc"

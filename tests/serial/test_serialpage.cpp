@@ -22,382 +22,346 @@ class TestSerialPage : public SerialPageTest
     Q_OBJECT
 
 private slots:
-    void opensAndClosesWithNotices();
-    void namesWhatCannotBeOpened();
-    void stepsFromTheShownBaudRate();
-    void closesWhenTheLastBytesHaveLeft();
-    void saysThatItIsReceiving();
-    void writesTheChosenParameters();
-    void showsTheStoredDefaults();
-    void hintsAreFainterThanText();
-    void tabsFromThePanelToTheWork();
-    void keepsTheChoiceInANewList();
-    void aNewListClosesThePort();
-    void aHangUpClosesThePort();
-    void showsHexTextAndTimes();
-    void countsWhatItDoesNotShow();
-    void sendsAndCounts();
-    void keepsTheHeightOfEachSendPage();
-};
-
-void TestSerialPage::opensAndClosesWithNotices()
-{
-    auto *display = child<QtTerminalWidget>("recvBrowser");
-    const QString howToBegin = display->placeholderText();
-    openPort();
-    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
-    QCOMPARE(lastKind(), 0);
-    QVERIFY(display->placeholderText().contains(QStringLiteral("等待数据")));
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("关闭串口"));
-    QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
-    click("btnFold");
-    QVERIFY(!child<QWidget>("configPanel")->isVisible());
-    QCOMPARE(child<QAbstractButton>("btnFold")->text(), QStringLiteral("显示配置界面"));
-    click("btnFold");
-    QVERIFY(child<QWidget>("configPanel")->isVisible());
-    for (const char *box : {"comboPort", "comboBaudRate", "comboParity", "comboDataBits", "comboStopBits"})
-        QVERIFY(!child<QComboBox>(box)->isEnabled());
-    click("btnOpen");
-    QCOMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
-    QVERIFY(child<QComboBox>("comboPort")->isEnabled());
-    QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
-    QCOMPARE(display->placeholderText(), howToBegin);
-    // A double click counts as one.
-    auto *button = child<QAbstractButton>("btnOpen");
-    QTest::mouseClick(button, Qt::LeftButton);
-    QTest::mouseDClick(button, Qt::LeftButton);
-    QTest::mouseRelease(button, Qt::LeftButton);
-    QCOMPARE(button->text(), QStringLiteral("关闭串口"));
-    QTest::mouseClick(button, Qt::LeftButton);
-    QCOMPARE(button->text(), QStringLiteral("打开串口"));
-}
-
-void TestSerialPage::namesWhatCannotBeOpened()
-{
-    const QString baudRate = child<QComboBox>("comboBaudRate")->currentText();
-    child<QComboBox>("comboBaudRate")->setEditText(QString());
-    openPort();
-    QCOMPARE(m_notices->count(), 1);
-    QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
-    QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("Serialport/BaudRate"));
-    child<QComboBox>("comboBaudRate")->setEditText(baudRate);
-    child<QComboBox>("comboPort")->setEditText(QString());
-    click("btnOpen");
-    QCOMPARE(lastNotice(), QStringLiteral("当前系统未检测到任何串口，请重试!!!"));
-    QCOMPARE(lastKind(), 255);
-    openPort("no port at all");
-    QCOMPARE(lastNotice(), QStringLiteral("串口[no port at all]打开失败!!!"));
-    // What the system refuses comes with the reason.
-    const auto refusal = [this] { return m_notices->at(m_notices->count() - 2).at(0).toString(); };
-    openPort(QStringLiteral("COM98 适配器"));
-    QCOMPARE(refusal(), QStringLiteral("串口[COM98 适配器]打开失败!!!"));
-    QVERIFY(lastNotice().startsWith(QStringLiteral("串口不存在")));
-    QCOMPARE(lastKind(), 255);
-    QVERIFY(child<QComboBox>("comboPort")->isEnabled());
-
-    // A port that another page of this program has.
-    SerialportWidget other;
-    other.findChild<QComboBox *>("comboPort")->setEditText(m_board->device());
-    other.findChild<QAbstractButton *>("btnOpen")->click();
-    openPort();
-    QCOMPARE(lastNotice(), QStringLiteral("串口已在“串口调试助手”中打开，请先在那里关闭"));
-}
-
-void TestSerialPage::stepsFromTheShownBaudRate()
-{
-    const struct
+    void opensAndClosesWithNotices()
     {
-        const char *shown;
-        Qt::Key key;
-        const char *then;
-    } steps[] = {{"115200", Qt::Key_Down, "128000"},
-                 {"115200", Qt::Key_Up, "76800"},
-                 {"115400", Qt::Key_Down, "128000"},
-                 {"115400", Qt::Key_Up, "115200"},
-                 {"4000000", Qt::Key_Down, "4000000"},
-                 {"5000000", Qt::Key_Up, "4000000"},
-                 {"", Qt::Key_Down, "1200"}};
-    auto *box = child<QComboBox>("comboBaudRate");
-    for (const auto &step : steps) {
-        box->setCurrentIndex(20);
-        box->setEditText(step.shown);
-        QTest::keyClick(box, step.key);
-        QCOMPARE(box->currentText(), QString(step.then));
-        box->setCurrentIndex(20);
-        box->setEditText(step.shown);
-        box->showPopup(); // on the rate shown, where the list has it
-        QCOMPARE(box->currentIndex(), box->findText(step.shown) < 0 ? 20 : box->findText(step.shown));
-        box->hidePopup();
+        auto *display = child<QtTerminalWidget>("recvBrowser");
+        const QString howToBegin = display->placeholderText();
+        openPort();
+        QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
+        QCOMPARE(lastKind(), 0);
+        QVERIFY(display->placeholderText().contains(QStringLiteral("等待数据")));
+        QVERIFY(isPortShownOpen());
+        QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+        for (const char *box :
+             {"comboPort", "comboBaudRate", "comboParity", "comboDataBits", "comboStopBits"})
+            QVERIFY(!child<QComboBox>(box)->isEnabled());
+        click("btnOpen");
+        QCOMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
+        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+        QVERIFY(isEnabled("comboPort"));
+        QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+        QCOMPARE(display->placeholderText(), howToBegin);
+        // A double click counts as one.
+        auto *button = child<QAbstractButton>("btnOpen");
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::mouseDClick(button, Qt::LeftButton);
+        QTest::mouseRelease(button, Qt::LeftButton);
+        QCOMPARE(button->text(), QStringLiteral("关闭串口"));
+        QTest::mouseClick(button, Qt::LeftButton);
+        QCOMPARE(button->text(), QStringLiteral("打开串口"));
     }
-}
 
-// The window goes on, and the port is closed when its last bytes have left.
-void TestSerialPage::closesWhenTheLastBytesHaveLeft()
-{
-    openPort();
-    const QByteArray bytes(300000, 'x');
-    m_page->SltWriteDataToSerialport(bytes);
-    click("btnOpen");
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("正在关闭…"));
-    QVERIFY(!child<QAbstractButton>("btnOpen")->isEnabled());
-    QVERIFY(child<QAbstractButton>("btnOpen")->toolTip().contains(QStringLiteral("正在等待")));
-    m_page->SltOpenSerialport(); // by the keyboard: not yet
-    QVERIFY(lastNotice().contains(QStringLiteral("请稍候")));
-    m_page->SltWriteDataToSerialport("no more");
-    QVERIFY(!m_page->isClosed()); // quitting waits
-    QCOMPARE(m_board->read(bytes.size(), 20000), bytes);
-    QTRY_COMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
-    QVERIFY(child<QAbstractButton>("btnOpen")->isEnabled());
-    openPort();
-    receive("back");
-}
+    void namesWhatCannotBeOpened()
+    {
+        const QString baudRate = child<QComboBox>("comboBaudRate")->currentText();
+        child<QComboBox>("comboBaudRate")->setEditText(QString());
+        openPort();
+        QCOMPARE(m_notices->count(), 1);
+        QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
+        QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("Serialport/BaudRate"));
+        child<QComboBox>("comboBaudRate")->setEditText(baudRate);
+        child<QComboBox>("comboPort")->setEditText(QString());
+        click("btnOpen");
+        QCOMPARE(lastError(), QStringLiteral("当前系统未检测到任何串口，请重试!!!"));
+        openPort("no port at all");
+        QCOMPARE(lastNotice(), QStringLiteral("串口[no port at all]打开失败!!!"));
+        // What the system refuses comes with the reason.
+        openPort(QStringLiteral("COM98 适配器"));
+        QCOMPARE(noticeBefore(), QStringLiteral("串口[COM98 适配器]打开失败!!!"));
+        QVERIFY(lastError().startsWith(QStringLiteral("串口不存在")));
+        QVERIFY(isEnabled("comboPort"));
 
-// A line without a pause counts and shows nothing; but it says that it is busy.
-void TestSerialPage::saysThatItIsReceiving()
-{
-    openPort();
-    auto *label = child<QLabel>("labelGathering");
-    child<QSpinBox>("spinQuietTime")->setValue(1000);
-    QVERIFY(m_board->write("a"));
-    QVERIFY(QTest::qWaitFor(
-        [&] {
-            m_page->sltInterruptDetection(); // as often as a line that has no pause
-            return label->text() == QStringLiteral("正在接收… 1 字节");
-        },
-        20000));
-    QVERIFY(label->isVisible());
-    QCOMPARE(received(), qint64(0));
-    QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(1), 20000);
-    QVERIFY(!label->isVisible());
-    QCOMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 1")); // at once
-}
+        // A port that another page of this program has.
+        SerialportWidget other;
+        other.findChild<QComboBox *>("comboPort")->setEditText(m_board->device());
+        other.findChild<QAbstractButton *>("btnOpen")->click();
+        openPort();
+        QCOMPARE(lastNotice(), QStringLiteral("串口已在“串口调试助手”中打开，请先在那里关闭"));
+    }
 
-void TestSerialPage::writesTheChosenParameters()
-{
-    child<QComboBox>("comboBaudRate")->setEditText("250000");
-    child<QComboBox>("comboStopBits")->setCurrentIndex(2);
-    openPort();
-    QSettings file(AppPaths::configFile(), QSettings::IniFormat);
-    QCOMPARE(file.value("Serialport/BaudRate").toInt(), 250000);
-    QCOMPARE(file.value("Serialport/DataBit").toInt(), 8);
-    QCOMPARE(file.value("Serialport/StopBit").toInt(), 2);
-    QCOMPARE(file.value("Serialport/Parity").toInt(), 0);
-    click("btnOpen");
+    void stepsFromTheShownBaudRate()
+    {
+        const std::tuple<const char *, Qt::Key, const char *> steps[] = {{"115200", Qt::Key_Down, "128000"},
+                                                                         {"115200", Qt::Key_Up, "76800"},
+                                                                         {"115400", Qt::Key_Down, "128000"},
+                                                                         {"115400", Qt::Key_Up, "115200"},
+                                                                         {"4000000", Qt::Key_Down, "4000000"},
+                                                                         {"5000000", Qt::Key_Up, "4000000"},
+                                                                         {"", Qt::Key_Down, "1200"}};
+        auto *box = child<QComboBox>("comboBaudRate");
+        for (const auto &[typed, key, then] : steps) {
+            box->setCurrentIndex(20);
+            box->setEditText(typed);
+            QTest::keyClick(box, key);
+            QCOMPARE(box->currentText(), QString(then));
+            box->setCurrentIndex(20);
+            box->setEditText(typed);
+            box->showPopup(); // on the rate shown, where the list has it
+            QCOMPARE(box->currentIndex(), box->findText(typed) < 0 ? 20 : box->findText(typed));
+            box->hidePopup();
+        }
+    }
 
-    // One and a half stop bits are refused by the system; the port stays open
-    // and the user is told.
-    child<QComboBox>("comboStopBits")->setCurrentIndex(1);
-    openPort();
-    QCOMPARE(m_notices->at(m_notices->count() - 2).at(0).toString(),
-             QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
-    QVERIFY(lastNotice().contains(QStringLiteral("停止位 1.5")));
-    QCOMPARE(lastKind(), 255);
-    receive("works");
-    QCOMPARE(shown(), QStringLiteral("works"));
-}
+    // The window goes on, and the port is closed when its last bytes have left.
+    void closesWhenTheLastBytesHaveLeft()
+    {
+        openPort();
+        const QByteArray bytes(300000, 'x');
+        m_page->SltWriteDataToSerialport(bytes);
+        click("btnOpen");
+        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("正在关闭…"));
+        QVERIFY(!isEnabled("btnOpen"));
+        QVERIFY(child<QAbstractButton>("btnOpen")->toolTip().contains(QStringLiteral("正在等待")));
+        m_page->SltOpenSerialport(); // by the keyboard: not yet
+        QVERIFY(lastNotice().contains(QStringLiteral("请稍候")));
+        m_page->SltWriteDataToSerialport("no more");
+        QVERIFY(!m_page->isClosed()); // quitting waits
+        QCOMPARE(m_board->read(bytes.size(), 20000), bytes);
+        QTRY_COMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
+        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+        QVERIFY(isEnabled("btnOpen"));
+        openPort();
+        receive("back");
+    }
 
-void TestSerialPage::showsTheStoredDefaults()
-{
-    const auto texts = [](SerialportWidget &page) {
-        QStringList list;
-        for (const char *box : {"comboBaudRate", "comboDataBits", "comboStopBits", "comboParity"})
-            list.append(page.findChild<QComboBox *>(QLatin1String(box))->currentText());
-        return list;
-    };
-    Settings::writeDefaults();
-    Settings::load();
-    Settings::SerialDefaults &defaults = Settings::instance().serial;
-    m_page->reloadSettings();
-    QCOMPARE(texts(*m_page), (QStringList{"115200", "8", "1", QStringLiteral("无校验")}));
-    defaults.baudRate = 1234567;
-    defaults.stopBits = 0; // no entry has that text
-    m_page->reloadSettings();
-    QCOMPARE(texts(*m_page), (QStringList{"1234567", "8", "1", QStringLiteral("无校验")}));
+    // A line without a pause counts and shows nothing; but it says that it is busy.
+    void saysThatItIsReceiving()
+    {
+        openPort();
+        auto *label = child<QLabel>("labelGathering");
+        child<QSpinBox>("spinQuietTime")->setValue(1000);
+        QVERIFY(m_board->write("a"));
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                m_page->sltInterruptDetection(); // as often as a line that has no pause
+                return label->text() == QStringLiteral("正在接收… 1 字节");
+            },
+            20000));
+        QVERIFY(label->isVisible());
+        QCOMPARE(received(), qint64(0));
+        QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(1), 20000);
+        QVERIFY(!label->isVisible());
+        QCOMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 1")); // at once
+    }
 
-    // An open port's parameters are shown until it closes.
-    openPort();
-    defaults.baudRate = 9600;
-    defaults.dataBits = 5;
-    defaults.stopBits = 2;
-    defaults.parity = 1;
-    m_page->reloadSettings();
-    QCOMPARE(texts(*m_page).at(0), QStringLiteral("1234567"));
-    click("btnOpen");
-    QCOMPARE(texts(*m_page), (QStringList{"9600", "5", "2", QStringLiteral("奇校验")}));
-}
+    void writesTheChosenParameters()
+    {
+        child<QComboBox>("comboBaudRate")->setEditText("250000");
+        child<QComboBox>("comboStopBits")->setCurrentIndex(2);
+        openPort();
+        QSettings file(AppPaths::configFile(), QSettings::IniFormat);
+        QCOMPARE(file.value("Serialport/BaudRate").toInt(), 250000);
+        QCOMPARE(file.value("Serialport/DataBit").toInt(), 8);
+        QCOMPARE(file.value("Serialport/StopBit").toInt(), 2);
+        QCOMPARE(file.value("Serialport/Parity").toInt(), 0);
+        click("btnOpen");
 
-void TestSerialPage::hintsAreFainterThanText()
-{
-    for (int skin = 0; skin < 3; ++skin) {
-        Skin::apply(skin);
+        // One and a half stop bits are refused by the system; the port stays open
+        // and the user is told.
+        child<QComboBox>("comboStopBits")->setCurrentIndex(1);
+        openPort();
+        QCOMPARE(noticeBefore(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
+        QVERIFY(lastError().contains(QStringLiteral("停止位 1.5")));
+        receive("works");
+        QCOMPARE(shown(), QStringLiteral("works"));
+    }
+
+    void showsTheStoredDefaults()
+    {
+        const auto texts = [this] {
+            QString all;
+            for (const char *box : {"comboBaudRate", "comboDataBits", "comboStopBits", "comboParity"})
+                all += child<QComboBox>(box)->currentText() + ' ';
+            return all.trimmed();
+        };
+        Settings::writeDefaults();
+        Settings::load();
+        Settings::SerialDefaults &defaults = Settings::instance().serial;
+        m_page->reloadSettings();
+        QCOMPARE(texts(), QStringLiteral("115200 8 1 无校验"));
+        defaults.baudRate = 1234567;
+        defaults.stopBits = 0; // no entry has that text
+        m_page->reloadSettings();
+        QCOMPARE(texts(), QStringLiteral("1234567 8 1 无校验"));
+
+        // An open port's parameters are shown until it closes.
+        openPort();
+        defaults.baudRate = 9600;
+        defaults.dataBits = 5;
+        defaults.stopBits = 2;
+        defaults.parity = 1;
+        m_page->reloadSettings();
+        QCOMPARE(texts(), QStringLiteral("1234567 8 1 无校验"));
+        click("btnOpen");
+        QCOMPARE(texts(), QStringLiteral("9600 5 2 奇校验"));
+    }
+
+    void hintsAreFainterThanText()
+    {
+        Skin::apply(1);
         for (const char *name : {"recvBrowser", "textEditSend", "multiEdit9"}) {
             const QPalette colors = child<QWidget>(name)->palette();
             QCOMPARE(colors.color(QPalette::PlaceholderText).rgb(), colors.color(QPalette::Text).rgb());
             QVERIFY2(colors.color(QPalette::PlaceholderText).alpha() < 200, name);
         }
+        qApp->setStyleSheet(QString());
     }
-    qApp->setStyleSheet(QString());
-}
 
-void TestSerialPage::tabsFromThePanelToTheWork()
-{
-    const QStringList places =
-        QString("comboPort comboSendPage checkNewline radioSendText radioSendHex checkAutoSend "
-                "editAutoInterval btnFold recvBrowser textEditSend btnSingleSend")
-            .split(' ');
-    QStringList order;
-    QWidget *widget = child<QComboBox>("comboPort");
-    do {
-        if (places.contains(widget->objectName()))
-            order.append(widget->objectName());
-        widget = widget->nextInFocusChain();
-    } while (widget != child<QComboBox>("comboPort"));
-    QCOMPARE(order, places);
-}
+    void tabsFromThePanelToTheWork()
+    {
+        const QStringList places =
+            QString("comboPort comboSendPage checkNewline radioSendText radioSendHex checkAutoSend "
+                    "editAutoInterval btnFold recvBrowser textEditSend btnSingleSend")
+                .split(' ');
+        QStringList order;
+        QWidget *widget = child<QComboBox>("comboPort");
+        do {
+            if (places.contains(widget->objectName()))
+                order.append(widget->objectName());
+            widget = widget->nextInFocusChain();
+        } while (widget != child<QComboBox>("comboPort"));
+        QCOMPARE(order, places);
+    }
 
-void TestSerialPage::keepsTheChoiceInANewList()
-{
-    auto *box = child<QComboBox>("comboPort");
-    m_page->SltSerialportChanged({"COM1 a", "COM2 b"});
-    QCOMPARE(box->currentText(), QStringLiteral("COM1 a"));
-    box->setCurrentIndex(1);
-    m_page->SltSerialportChanged({"COM1 a", "COM2 b", "COM3 c"});
-    QCOMPARE(box->currentText(), QStringLiteral("COM2 b"));
-    m_page->SltSerialportChanged({"COM1 a", "COM3 c"});
-    QCOMPARE(box->currentText(), QStringLiteral("COM1 a"));
-    box->setEditText("/dev/pts/99");
-    m_page->SltSerialportChanged({"COM1 a"});
-    QCOMPARE(box->currentText(), QStringLiteral("/dev/pts/99"));
-    m_page->SltSerialportChanged({});
-    QCOMPARE(box->currentText(), QStringLiteral("/dev/pts/99"));
-}
+    void keepsTheChoiceInANewList()
+    {
+        auto *box = child<QComboBox>("comboPort");
+        const auto shownOf = [&](const QStringList &ports) {
+            m_page->SltSerialportChanged(ports);
+            return box->currentText();
+        };
+        QCOMPARE(shownOf({"COM1 a", "COM2 b"}), QStringLiteral("COM1 a"));
+        box->setCurrentIndex(1);
+        QCOMPARE(shownOf({"COM1 a", "COM2 b", "COM3 c"}), QStringLiteral("COM2 b"));
+        QCOMPARE(shownOf({"COM1 a", "COM3 c"}), QStringLiteral("COM1 a"));
+        box->setEditText("/dev/pts/99");
+        QCOMPARE(shownOf({"COM1 a"}), QStringLiteral("/dev/pts/99"));
+        QCOMPARE(shownOf({}), QStringLiteral("/dev/pts/99"));
+    }
 
-void TestSerialPage::aNewListClosesThePort()
-{
-    openPort();
-    const QString name = m_board->device();
-    m_page->SltSerialportChanged({"COM1 a", name});
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("关闭串口"));
-    QCOMPARE(child<QComboBox>("comboPort")->currentText(), name);
-    // What came before counts, even when the line was not quiet yet.
-    QVERIFY(m_board->write("tail"));
-    m_page->SltSerialportChanged({"COM1 a", name + QStringLiteral(" 描述")});
-    QCOMPARE(received(), qint64(4));
-    QCOMPARE(lastNotice(), QStringLiteral("当前串口已拔出，请重新打开!"));
-    QCOMPARE(lastKind(), 255);
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
-    m_page->SltSerialportChanged({"COM1 a"});
-    QCOMPARE(m_notices->count(), 2); // told once
-}
+    void aNewListClosesThePort()
+    {
+        openPort();
+        const QString name = m_board->device();
+        m_page->SltSerialportChanged({"COM1 a", name});
+        QVERIFY(isPortShownOpen());
+        QCOMPARE(child<QComboBox>("comboPort")->currentText(), name);
+        // What came before counts, even when the line was not quiet yet.
+        QVERIFY(m_board->write("tail"));
+        m_page->SltSerialportChanged({"COM1 a", name + QStringLiteral(" 描述")});
+        QCOMPARE(received(), qint64(4));
+        QCOMPARE(lastError(), QStringLiteral("当前串口已拔出，请重新打开!"));
+        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+        m_page->SltSerialportChanged({"COM1 a"});
+        QCOMPARE(m_notices->count(), 2); // told once
+    }
 
-void TestSerialPage::aHangUpClosesThePort()
-{
-    openPort();
-    child<QtTextEditInput>("textEditSend")->setPlainText("ping");
-    click("checkAutoSend");
-    m_board->hangUp();
-    QTRY_COMPARE(lastNotice(), QStringLiteral("当前串口已拔出，请重新打开!"));
-    QCOMPARE(lastKind(), 255);
-    QVERIFY(!child<QAbstractButton>("checkAutoSend")->isChecked());
-    QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
-    m_board = std::make_unique<PtyPeer>(); // and another board works
-    openPort();
-    receive("back");
-    QCOMPARE(shown(), QStringLiteral("back"));
-    QCOMPARE(m_notices->count(), 3); // each once
-}
+    void aHangUpClosesThePort()
+    {
+        openPort();
+        child<QtTextEditInput>("textEditSend")->setPlainText("ping");
+        click("checkAutoSend");
+        m_board->hangUp();
+        QTRY_COMPARE(lastNotice(), QStringLiteral("当前串口已拔出，请重新打开!"));
+        QCOMPARE(lastKind(), 255);
+        QVERIFY(!child<QAbstractButton>("checkAutoSend")->isChecked());
+        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+        m_board = std::make_unique<PtyPeer>(); // and another board works
+        openPort();
+        receive("back");
+        QCOMPARE(shown(), QStringLiteral("back"));
+        QCOMPARE(m_notices->count(), 3); // each once
+    }
 
-void TestSerialPage::showsHexTextAndTimes()
-{
-    openPort();
-    click("radioRecvHex");
-    receive("\x0A\x1B\xFF");
-    QCOMPARE(shown(), QStringLiteral("0A 1B FF "));
-    click("radioRecvText");
-    receive("\xce\xc2"); // GB18030 is the default
-    QCOMPARE(shown(), QStringLiteral("0A 1B FF 温"));
-    click("btnClearRecv");
-    QCOMPARE(shown(), QString());
-    receive(QByteArray("\0\x1b[0m", 5));
-    QCOMPARE(shown(), QString::fromLatin1("\0\x1b[0m", 5));
-    click("btnClearRecv");
-    click("checkTimeStamp");
-    receive("one");
-    click("radioRecvHex");
-    receive("\x01");
-    const QString stamp = QStringLiteral("\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\]");
-    const QRegularExpression plain("^" + stamp + " ASCII >\none" + stamp + " HEX >\n01 $");
-    QVERIFY2(plain.match(shown()).hasMatch(), qPrintable(shown()));
+    void showsHexTextAndTimes()
+    {
+        openPort();
+        click("radioRecvHex");
+        receive("\x0A\x1B\xFF");
+        QCOMPARE(shown(), QStringLiteral("0A 1B FF "));
+        click("radioRecvText");
+        receive("\xce\xc2"); // GB18030 is the default
+        QCOMPARE(shown(), QStringLiteral("0A 1B FF 温"));
+        click("btnClearRecv");
+        QCOMPARE(shown(), QString());
+        receive(QByteArray("\0\x1b[0m", 5));
+        QCOMPARE(shown(), QString::fromLatin1("\0\x1b[0m", 5));
+        click("btnClearRecv");
+        click("checkTimeStamp");
+        receive("one");
+        click("radioRecvHex");
+        receive("\x01");
+        const QString stamp = QStringLiteral("\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\]");
+        const QRegularExpression plain("^" + stamp + " ASCII >\none" + stamp + " HEX >\n01 $");
+        QVERIFY2(plain.match(shown()).hasMatch(), qPrintable(shown()));
 
-    click("btnClearRecv");
-    click("checkLogMode");
-    receive("\x02");
-    const QRegularExpression logHex("^\n" + stamp + " Hex >\n02 $");
-    QVERIFY2(logHex.match(shown()).hasMatch(), qPrintable(shown()));
-}
+        click("btnClearRecv");
+        click("checkLogMode");
+        receive("\x02");
+        const QRegularExpression logHex("^\n" + stamp + " Hex >\n02 $");
+        QVERIFY2(logHex.match(shown()).hasMatch(), qPrintable(shown()));
+    }
 
-void TestSerialPage::countsWhatItDoesNotShow()
-{
-    openPort();
-    const QSignalSpy refreshes(m_page.get(), &SerialportWidget::signalRefresCounts);
-    click("checkStopShow");
-    receive("hidden");
-    QCOMPARE(shown(), QString());
-    QTRY_COMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 6"));
-    QTRY_VERIFY(!refreshes.isEmpty());
-    QCOMPARE(refreshes.last().at(0).toInt(), 0);
-    const int before = refreshes.count();
-    for (int i = 0; i < 100; ++i)
-        m_page->SltWriteDataToSerialport("x");
-    QVERIFY(refreshes.count() < before + 50); // not for each
-    m_page->clearCounts();
-    QCOMPARE(m_page->counts(), (QStringList{"0", "0"}));
-    QCOMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 0"));
-    QCOMPARE(m_page->spool().read(0, 100), QByteArray("hidden"));
-}
+    void countsWhatItDoesNotShow()
+    {
+        openPort();
+        const QSignalSpy refreshes(m_page.get(), &SerialportWidget::signalRefresCounts);
+        click("checkStopShow");
+        receive("hidden");
+        QCOMPARE(shown(), QString());
+        QTRY_COMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 6"));
+        QTRY_VERIFY(!refreshes.isEmpty());
+        QCOMPARE(refreshes.last().at(0).toInt(), 0);
+        const int before = refreshes.count();
+        for (int i = 0; i < 100; ++i)
+            m_page->SltWriteDataToSerialport("x");
+        QVERIFY(refreshes.count() < before + 50); // not for each
+        m_page->clearCounts();
+        QCOMPARE(m_page->counts(), (QStringList{"0", "0"}));
+        QCOMPARE(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 0"));
+        QCOMPARE(m_page->spool().read(0, 100), QByteArray("hidden"));
+    }
 
-void TestSerialPage::sendsAndCounts()
-{
-    m_page->SltWriteDataToSerialport("dropped");
-    QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
-    openPort();
-    auto *editor = child<QtTextEditInput>("textEditSend");
-    editor->setPlainText("AT");
-    click("checkNewline");
-    click("btnSingleSend");
-    QCOMPARE(m_board->read(4), QByteArray("AT\r\n"));
-    click("radioSendHex");
-    editor->setPlainText("00 ff");
-    click("btnSingleSend");
-    QCOMPARE(m_board->read(4), QByteArray("\x00\xff\r\n", 4));
-    QTRY_COMPARE(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 8"));
+    void sendsAndCounts()
+    {
+        m_page->SltWriteDataToSerialport("dropped");
+        QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
+        openPort();
+        auto *editor = child<QtTextEditInput>("textEditSend");
+        editor->setPlainText("AT");
+        click("checkNewline");
+        click("btnSingleSend");
+        QCOMPARE(m_board->read(4), QByteArray("AT\r\n"));
+        click("radioSendHex");
+        editor->setPlainText("00 ff");
+        click("btnSingleSend");
+        QCOMPARE(m_board->read(4), QByteArray("\x00\xff\r\n", 4));
+        QTRY_COMPARE(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 8"));
 
-    // What is not accepted does not count.
-    m_page->SltWriteDataToSerialport(QByteArray(17 * 1024 * 1024, 'x'));
-    QCOMPARE(m_page->counts().at(0), QStringLiteral("8"));
-    QCOMPARE(lastNotice(), QStringLiteral("设备长时间未接收数据，本次数据未发送！"));
-    QCOMPARE(lastKind(), 255);
-}
+        // What is not accepted does not count.
+        m_page->SltWriteDataToSerialport(QByteArray(17 * 1024 * 1024, 'x'));
+        QCOMPARE(m_page->counts().at(0), QStringLiteral("8"));
+        QCOMPARE(lastError(), QStringLiteral("设备长时间未接收数据，本次数据未发送！"));
+    }
 
-void TestSerialPage::keepsTheHeightOfEachSendPage()
-{
-    m_page->resize(800, 600);
-    auto *split = child<QSplitter>("splitRecvSend");
-    auto *pages = child<QComboBox>("comboSendPage");
-    const auto height = [split] { return split->sizes().at(1); };
-    const int lowest = height();
-    pages->setCurrentIndex(1); // ten rows, which need more
-    QTRY_VERIFY(height() > lowest);
-    pages->setCurrentIndex(0);
-    QTRY_COMPARE(height(), lowest);
-    split->setSizes({300, 200});
-    const int chosen = height();
-    pages->setCurrentIndex(1);
-    pages->setCurrentIndex(0);
-    QTRY_COMPARE(height(), chosen);
-}
+    void keepsTheHeightOfEachSendPage()
+    {
+        m_page->resize(800, 600);
+        auto *split = child<QSplitter>("splitRecvSend");
+        auto *pages = child<QComboBox>("comboSendPage");
+        const auto height = [split] { return split->sizes().at(1); };
+        const int lowest = height();
+        pages->setCurrentIndex(1); // ten rows, which need more
+        QTRY_VERIFY(height() > lowest);
+        pages->setCurrentIndex(0);
+        QTRY_COMPARE(height(), lowest);
+        split->setSizes({300, 200});
+        const int chosen = height();
+        pages->setCurrentIndex(1);
+        pages->setCurrentIndex(0);
+        QTRY_COMPARE(height(), chosen);
+    }
+};
 
 QTEST_MAIN(TestSerialPage)
 #include "test_serialpage.moc"

@@ -43,61 +43,60 @@ class TestRb : public QObject
     Q_OBJECT
 
 private slots:
-    void receivesABatch();
+    void receivesABatch()
+    {
+        const QVector<QPair<QString, int>> files{
+            {"empty.bin", 0},          {"one.bin", 1},
+            {"b127.bin", 127},         {"b128.bin", 128},
+            {"b129.bin", 129},         {"two words 300.bin", 300},
+            {"b1024.bin", 1024},       {QStringLiteral("固件升级包 v1.0.bin"), 5000},
+            {"large.bin", 270 * 1024}, // more blocks than sequence numbers
+        };
+        QTemporaryDir from;
+        QTemporaryDir to;
+        QStringList names;
+        for (const auto &file : files) {
+            names.append(from.filePath(file.first));
+            QVERIFY(writeFile(names.last(), patternBytes(file.second)));
+        }
+
+        PtyPeer line;
+        PtyPeer terminal;
+        QProcess rb;
+        rb.setWorkingDirectory(to.path());
+        rb.setStandardInputFile(terminal.device());
+        rb.start(QStringLiteral("rb"), {QStringLiteral("--binary")});
+        QVERIFY2(rb.waitForStarted(), "rb (package lrzsz) is missing");
+        Cable cable(line, terminal, rb);
+
+        YmodemFileTransmit transmit;
+        transmit.setFileList(names);
+        transmit.setPortName(line.device());
+        transmit.setBaudRate(115200);
+        QVERIFY(transmit.startTransmit());
+        // An event loop of its own: the waits of the test library sleep in between.
+        QEventLoop loop;
+        connect(&transmit, &YmodemFileTransmit::transmitStatus, &loop, [&] {
+            if (!transmit.isBusy())
+                loop.quit();
+        });
+        QTimer::singleShot(110000, &loop, &QEventLoop::quit);
+        loop.exec();
+        QVERIFY(!transmit.isBusy());
+        QVERIFY2(transmit.reason().isEmpty(), qPrintable(transmit.log().text().right(2000)));
+        QTRY_COMPARE_WITH_TIMEOUT(rb.state(), QProcess::NotRunning, 20000);
+        QCOMPARE(rb.exitCode(), 0);
+
+        QTextCodec *codec = QTextCodec::codecForName("GB18030");
+        for (const auto &file : files) {
+            const QByteArray name = codec->fromUnicode(file.first);
+            const QString readable = to.filePath("received"); // Qt cannot name every row of bytes
+            std::filesystem::rename((to.path().toStdString() + '/' + name.toStdString()),
+                                    readable.toStdString());
+            QVERIFY2(contentOf(readable) == patternBytes(file.second), name);
+        }
+    }
 };
-
-void TestRb::receivesABatch()
-{
-    const QVector<QPair<QString, int>> files{
-        {"empty.bin", 0},          {"one.bin", 1},
-        {"b127.bin", 127},         {"b128.bin", 128},
-        {"b129.bin", 129},         {"two words 300.bin", 300},
-        {"b1024.bin", 1024},       {QStringLiteral("固件升级包 v1.0.bin"), 5000},
-        {"large.bin", 270 * 1024}, // more blocks than sequence numbers
-    };
-    QTemporaryDir from;
-    QTemporaryDir to;
-    QStringList names;
-    for (const auto &file : files) {
-        names.append(from.filePath(file.first));
-        QVERIFY(writeFile(names.last(), patternBytes(file.second)));
-    }
-
-    PtyPeer line;
-    PtyPeer terminal;
-    QProcess rb;
-    rb.setWorkingDirectory(to.path());
-    rb.setStandardInputFile(terminal.device());
-    rb.start(QStringLiteral("rb"), {QStringLiteral("--binary")});
-    QVERIFY2(rb.waitForStarted(), "rb (package lrzsz) is missing");
-    Cable cable(line, terminal, rb);
-
-    YmodemFileTransmit transmit;
-    transmit.setFileList(names);
-    transmit.setPortName(line.device());
-    transmit.setBaudRate(115200);
-    QVERIFY(transmit.startTransmit());
-    // An event loop of its own: the waits of the test library sleep in between.
-    QEventLoop loop;
-    connect(&transmit, &YmodemFileTransmit::transmitStatus, &loop, [&] {
-        if (!transmit.isBusy())
-            loop.quit();
-    });
-    QTimer::singleShot(110000, &loop, &QEventLoop::quit);
-    loop.exec();
-    QVERIFY(!transmit.isBusy());
-    QVERIFY2(transmit.reason().isEmpty(), qPrintable(transmit.log().text().right(2000)));
-    QTRY_COMPARE_WITH_TIMEOUT(rb.state(), QProcess::NotRunning, 20000);
-    QCOMPARE(rb.exitCode(), 0);
-
-    QTextCodec *codec = QTextCodec::codecForName("GB18030");
-    for (const auto &file : files) {
-        const QByteArray name = codec->fromUnicode(file.first);
-        const QString readable = to.filePath("received"); // Qt cannot name every row of bytes
-        std::filesystem::rename((to.path().toStdString() + '/' + name.toStdString()), readable.toStdString());
-        QVERIFY2(contentOf(readable) == patternBytes(file.second), name);
-    }
-}
 
 QTEST_GUILESS_MAIN(TestRb)
 #include "test_rb.moc"

@@ -8,196 +8,186 @@ class TestYmodem : public QObject
     Q_OBJECT
 
 private slots:
-    void sendsABatch();
-    void repeatsWhatIsAskedFor();
-    void keepsAFetchedPacketUntilAsked();
-    void repeatsAfterSilence();
-    void givesUpAfterSilence();
-    void givesUpAfterErrors();
-    void endsWhenCancelled();
-    void cancelsWhenTheSourceRefuses();
-    void abortsAndStartsAgain();
-    void takesPacketsApart();
-};
-
-// Two files, one of them empty, to the end of the batch: each step's bytes.
-void TestYmodem::sendsABatch()
-{
-    MemorySender sender;
-    sender.files = {patternBytes(300), QByteArray()};
-    const QByteArray block = packet(1, patternBytes(300), 1024);
-    QCOMPARE(block.left(3), QByteArray("\x02\x01\xFE"));
-    QCOMPARE(block.mid(303, 724), QByteArray(724, '\0'));
-
-    QCOMPARE(sender.step(), QByteArray());
-    QCOMPARE(sender.step(), QByteArray());
-    QCOMPARE(sender.step("C"), packet(0, "f0", 128));
-    QCOMPARE(sender.step("\x06"), QByteArray());
-    QCOMPARE(sender.step("C"), block);
-    QCOMPARE(sender.step("\x06"), QByteArray("\x04"));
-    QCOMPARE(sender.step("\x15"), QByteArray("\x04")); // the first end is refused, as many do
-    QCOMPARE(sender.step("\x06"), QByteArray());
-    QCOMPARE(sender.step("C"), packet(0, "f1", 128));
-    QCOMPARE(sender.step("C"), packet(0, "f1", 128)); // no other file
-    QCOMPARE(sender.step("\x06"), QByteArray());
-    QCOMPARE(sender.step("C"), QByteArray("\x04")); // nothing in it
-    QCOMPARE(sender.step("\x06"), QByteArray());
-    QCOMPARE(sender.step("C"), packet(0, "", 128));
-    QVERIFY(sender.reported.isEmpty());
-    QCOMPARE(sender.step("\x06"), QByteArray());
-    QCOMPARE(sender.reported, QVector<int>{3});
-}
-
-void TestYmodem::repeatsWhatIsAskedFor()
-{
-    MemorySender sender;
-    sender.files = {patternBytes(1)};
-    establish(sender);
-    QCOMPARE(sender.step("\x15"), packet(0, "f0", 128));
-    QCOMPARE(sender.step("C"), packet(0, "f0", 128)); // not acknowledged yet
-    sender.step("\x06");
-    QCOMPARE(sender.step("\x15"), packet(0, "f0", 128)); // the packet behind it waits
-    const QByteArray data = packet(1, patternBytes(1), 128);
-    QCOMPARE(sender.step("C"), data);
-    QCOMPARE(sender.step("?"), QByteArray()); // noise
-    QCOMPARE(sender.step("\x06"), QByteArray("\x04"));
-    QCOMPARE(sender.step("C"), packet(0, "", 128)); // asks for a file before it has ended this one
-    sender.step("\x06");
-    QCOMPARE(sender.reported, QVector<int>{3});
-}
-
-void TestYmodem::keepsAFetchedPacketUntilAsked()
-{
-    MemorySender sender;
-    sender.files = {patternBytes(3000)};
-    establish(sender);
-    QCOMPARE(sender.step("\x06\x06\x06"), QByteArray());
-    QCOMPARE(sender.step(), QByteArray());
-    QCOMPARE(sender.silentSteps(25), -1); // two periods without a repeat
-    QCOMPARE(sender.fetches, 1);
-    QCOMPARE(sender.step("C"), packet(1, patternBytes(1024), 1024));
-    QCOMPARE(sender.step("\x06"), packet(2, patternBytes(3000).mid(1024, 1024), 1024));
-}
-
-// With a divider of 9 a period is ten steps.
-void TestYmodem::repeatsAfterSilence()
-{
-    MemorySender sender;
-    sender.files = {patternBytes(1)};
-    sender.step();
-    QCOMPARE(sender.silentSteps(35), -1); // nothing to repeat before the first request
-    QCOMPARE(sender.step("C"), packet(0, "f0", 128));
-    QCOMPARE(sender.silentSteps(20), 10);
-    QCOMPARE(sender.output, packet(0, "f0", 128));
-    QCOMPARE(sender.silentSteps(20), 10);
-    sender.step("\x06");
-    sender.step("C"); // begins a new count
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(sender.silentSteps(20), 10);
-    QCOMPARE(sender.output, packet(1, patternBytes(1), 128));
-    sender.step("\x06");
-    QCOMPARE(sender.silentSteps(20), 10);
-    QCOMPARE(sender.output, QByteArray("\x04"));
-}
-
-void TestYmodem::givesUpAfterSilence()
-{
-    const std::tuple<const char *, int> rows[] = {{"", 5},         {"C", 6}, {"C\6", 6}, // a packet is kept
-                                                  {"C\6C", 6},                           // and sent
-                                                  {"C\6C\6", 6},                         // end of the file
-                                                  {"C\6C\6\6", 5},                       // next file
-                                                  {"C\6C\6\6C", 6}};                     // end of the batch
-    for (const auto &[answers, status] : rows) {
+    // Two files, one of them empty, to the end of the batch: each step's bytes.
+    void sendsABatch()
+    {
         MemorySender sender;
-        sender.files = {patternBytes(1)};
-        sender.answer(answers);
-        for (int i = 1; i < 40; ++i)
-            sender.step(i % 7 == 0 ? "?" : ""); // noise is no answer
+        sender.files = {patternBytes(300), QByteArray()};
+        const QByteArray block = packet(1, patternBytes(300), 1024);
+        QCOMPARE(block.left(3), QByteArray("\x02\x01\xFE"));
+        QCOMPARE(block.mid(303, 724), QByteArray(724, '\0'));
+
+        QCOMPARE(sender.step(), QByteArray());
+        QCOMPARE(sender.step(), QByteArray());
+        QCOMPARE(sender.step("C"), packet(0, "f0", 128));
+        QCOMPARE(sender.step("\x06"), QByteArray());
+        QCOMPARE(sender.step("C"), block);
+        QCOMPARE(sender.step("\x06"), QByteArray("\x04"));
+        QCOMPARE(sender.step("\x15"), QByteArray("\x04")); // the first end is refused, as many do
+        QCOMPARE(sender.step("\x06"), QByteArray());
+        QCOMPARE(sender.step("C"), packet(0, "f1", 128));
+        QCOMPARE(sender.step("C"), packet(0, "f1", 128)); // no other file
+        QCOMPARE(sender.step("\x06"), QByteArray());
+        QCOMPARE(sender.step("C"), QByteArray("\x04")); // nothing in it
+        QCOMPARE(sender.step("\x06"), QByteArray());
+        QCOMPARE(sender.step("C"), packet(0, "", 128));
         QVERIFY(sender.reported.isEmpty());
-        QCOMPARE(sender.step(), kCancel);
-        QCOMPARE(sender.reported, QVector<int>{status});
-        // What comes later is a new transfer's.
-        sender.index = 0;
-        QCOMPARE(sender.step("C"), QByteArray());
-        QCOMPARE(sender.step(), packet(0, "f0", 128));
+        QCOMPARE(sender.step("\x06"), QByteArray());
+        QCOMPARE(sender.reported, QVector<int>{3});
     }
-}
 
-void TestYmodem::givesUpAfterErrors()
-{
-    for (const char *answers : {"C", "C\6C", "C\6C\6\6C"}) {
+    void repeatsWhatIsAskedFor()
+    {
         MemorySender sender;
         sender.files = {patternBytes(1)};
-        sender.answer(answers);
-        const QByteArray sent = sender.output;
-        for (int i = 0; i < 4; ++i)
-            QCOMPARE(sender.step(i % 2 == 0 ? "\x15" : "C"), sent);
-        QCOMPARE(sender.step("\x15"), kCancel);
-        QCOMPARE(sender.reported, QVector<int>{6});
+        establish(sender);
+        QCOMPARE(sender.step("\x15"), packet(0, "f0", 128));
+        QCOMPARE(sender.step("C"), packet(0, "f0", 128)); // not acknowledged yet
+        sender.step("\x06");
+        QCOMPARE(sender.step("\x15"), packet(0, "f0", 128)); // the packet behind it waits
+        const QByteArray data = packet(1, patternBytes(1), 128);
+        QCOMPARE(sender.step("C"), data);
+        QCOMPARE(sender.step("?"), QByteArray()); // noise
+        QCOMPARE(sender.step("\x06"), QByteArray("\x04"));
+        QCOMPARE(sender.step("C"), packet(0, "", 128)); // asks for a file before it has ended this one
+        sender.step("\x06");
+        QCOMPARE(sender.reported, QVector<int>{3});
     }
-}
 
-void TestYmodem::endsWhenCancelled()
-{
-    for (const char cancel : {'\x18', 'A', 'a'}) {
-        for (const char *answers : {"", "C", "C\x06"}) {
+    void keepsAFetchedPacketUntilAsked()
+    {
+        MemorySender sender;
+        sender.files = {patternBytes(3000)};
+        establish(sender);
+        QCOMPARE(sender.step("\x06\x06\x06"), QByteArray());
+        QCOMPARE(sender.step(), QByteArray());
+        QCOMPARE(sender.silentSteps(25), -1); // two periods without a repeat
+        QCOMPARE(sender.fetches, 1);
+        QCOMPARE(sender.step("C"), packet(1, patternBytes(1024), 1024));
+        QCOMPARE(sender.step("\x06"), packet(2, patternBytes(3000).mid(1024, 1024), 1024));
+    }
+
+    // With a divider of 9 a period is ten steps.
+    void repeatsAfterSilence()
+    {
+        MemorySender sender;
+        sender.files = {patternBytes(1)};
+        sender.step();
+        QCOMPARE(sender.silentSteps(35), -1); // nothing to repeat before the first request
+        QCOMPARE(sender.step("C"), packet(0, "f0", 128));
+        QCOMPARE(sender.silentSteps(20), 10);
+        QCOMPARE(sender.output, packet(0, "f0", 128));
+        QCOMPARE(sender.silentSteps(20), 10);
+        sender.step("\x06");
+        sender.step("C"); // begins a new count
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(sender.silentSteps(20), 10);
+        QCOMPARE(sender.output, packet(1, patternBytes(1), 128));
+        sender.step("\x06");
+        QCOMPARE(sender.silentSteps(20), 10);
+        QCOMPARE(sender.output, QByteArray("\x04"));
+    }
+
+    void givesUpAfterSilence()
+    {
+        const std::tuple<const char *, int> rows[] = {{"", 5},         {"C", 6},
+                                                      {"C\6", 6},        // a packet is kept
+                                                      {"C\6C", 6},       // and sent
+                                                      {"C\6C\6", 6},     // end of the file
+                                                      {"C\6C\6\6", 5},   // next file
+                                                      {"C\6C\6\6C", 6}}; // end of the batch
+        for (const auto &[answers, status] : rows) {
             MemorySender sender;
             sender.files = {patternBytes(1)};
             sender.answer(answers);
-            QCOMPARE(sender.step(QByteArray(1, cancel)), QByteArray());
-            QCOMPARE(sender.reported, QVector<int>{4});
+            for (int i = 1; i < 40; ++i)
+                sender.step(i % 7 == 0 ? "?" : ""); // noise is no answer
+            QVERIFY(sender.reported.isEmpty());
+            QCOMPARE(sender.step(), kCancel);
+            QCOMPARE(sender.reported, QVector<int>{status});
+            // What comes later is a new transfer's.
+            sender.index = 0;
+            QCOMPARE(sender.step("C"), QByteArray());
+            QCOMPARE(sender.step(), packet(0, "f0", 128));
         }
     }
-}
 
-void TestYmodem::cancelsWhenTheSourceRefuses()
-{
-    MemorySender atBlockZero;
-    atBlockZero.refuses = true;
-    atBlockZero.step();
-    QCOMPARE(atBlockZero.step("C"), kCancel);
+    void givesUpAfterErrors()
+    {
+        for (const char *answers : {"C", "C\6C", "C\6C\6\6C"}) {
+            MemorySender sender;
+            sender.files = {patternBytes(1)};
+            sender.answer(answers);
+            const QByteArray sent = sender.output;
+            for (int i = 0; i < 4; ++i)
+                QCOMPARE(sender.step(i % 2 == 0 ? "\x15" : "C"), sent);
+            QCOMPARE(sender.step("\x15"), kCancel);
+            QCOMPARE(sender.reported, QVector<int>{6});
+        }
+    }
 
-    for (const bool first : {true, false}) {
+    void endsWhenCancelled()
+    {
+        for (const char cancel : {'\x18', 'A', 'a'}) {
+            for (const char *answers : {"", "C", "C\x06"}) {
+                MemorySender sender;
+                sender.files = {patternBytes(1)};
+                sender.answer(answers);
+                QCOMPARE(sender.step(QByteArray(1, cancel)), QByteArray());
+                QCOMPARE(sender.reported, QVector<int>{4});
+            }
+        }
+    }
+
+    void cancelsWhenTheSourceRefuses()
+    {
+        MemorySender atBlockZero;
+        atBlockZero.refuses = true;
+        atBlockZero.step();
+        QCOMPARE(atBlockZero.step("C"), kCancel);
+
+        for (const bool first : {true, false}) {
+            MemorySender sender;
+            sender.files = {patternBytes(3000)};
+            first ? establish(sender) : transmit(sender);
+            sender.refuses = true;
+            QCOMPARE(sender.step("\x06"), kCancel);
+            QCOMPARE(sender.step(), QByteArray()); // at the beginning again
+            sender.refuses = false;
+            sender.index = 0;
+            QCOMPARE(sender.step("C"), packet(0, "f0", 128));
+        }
+    }
+
+    void abortsAndStartsAgain()
+    {
         MemorySender sender;
         sender.files = {patternBytes(3000)};
-        first ? establish(sender) : transmit(sender);
-        sender.refuses = true;
-        QCOMPARE(sender.step("\x06"), kCancel);
-        QCOMPARE(sender.step(), QByteArray()); // at the beginning again
-        sender.refuses = false;
-        sender.index = 0;
-        QCOMPARE(sender.step("C"), packet(0, "f0", 128));
-    }
-}
-
-void TestYmodem::abortsAndStartsAgain()
-{
-    MemorySender sender;
-    sender.files = {patternBytes(3000)};
-    transmit(sender);
-    sender.step(QByteArray("\x01half", 5)); // of a packet
-    sender.output.clear();
-    sender.abortTransfer();
-    QCOMPARE(sender.output, kCancel);
-    sender.index = 0;
-    transmit(sender);
-}
-
-// Packets from the receiver are read whole, over many steps if need be, and
-// none of their bytes is taken for an answer.
-void TestYmodem::takesPacketsApart()
-{
-    for (const int size : {128, 1024}) {
-        MemorySender sender(499);
-        sender.files = {patternBytes(3000)};
         transmit(sender);
-        const QByteArray odd = packet(1, QByteArray(size, '\x06'), size);
-        for (int at = 0; at < odd.size(); at += 40)
-            QCOMPARE(sender.step(odd.mid(at, 40)), QByteArray());
-        QCOMPARE(sender.fetches, 1);
-        QCOMPARE(sender.step("\x06"), packet(2, patternBytes(3000).mid(1024, 1024), 1024));
+        sender.step(QByteArray("\x01half", 5)); // of a packet
+        sender.output.clear();
+        sender.abortTransfer();
+        QCOMPARE(sender.output, kCancel);
+        sender.index = 0;
+        transmit(sender);
     }
-}
+
+    // Packets from the receiver are read whole, over many steps if need be, and
+    // none of their bytes is taken for an answer.
+    void takesPacketsApart()
+    {
+        for (const int size : {128, 1024}) {
+            MemorySender sender(499);
+            sender.files = {patternBytes(3000)};
+            transmit(sender);
+            const QByteArray odd = packet(1, QByteArray(size, '\x06'), size);
+            for (int at = 0; at < odd.size(); at += 40)
+                QCOMPARE(sender.step(odd.mid(at, 40)), QByteArray());
+            QCOMPARE(sender.fetches, 1);
+            QCOMPARE(sender.step("\x06"), packet(2, patternBytes(3000).mid(1024, 1024), 1024));
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(TestYmodem)
 #include "test_ymodem.moc"
