@@ -10,7 +10,6 @@ ClientListPanel::ClientListPanel(QWidget *parent)
     , m_disconnect(new QPushButton(QStringLiteral("断开"), this))
 {
     m_list->setObjectName(QStringLiteral("comboClients"));
-    m_list->setAccessibleName(title());
     m_list->addItem(QStringLiteral("All Clients"));
     m_list->setAccessibleName(QStringLiteral("客户端"));
     m_list->setPlaceholderText(QStringLiteral("请选择客户端"));

@@ -184,7 +184,6 @@ void NetworkToolWidget::sltNewClientConnected(QString name)
     m_notSentReason.clear();
     m_clients->add(name);
     m_session->notifyJoined(name);
-    m_area->refreshCounts();
 }
 
 void NetworkToolWidget::sltClientDisconnected(QString name)
@@ -192,7 +191,6 @@ void NetworkToolWidget::sltClientDisconnected(QString name)
     m_terminal->endSource(name);
     const bool wasChosen = m_clients->remove(name);
     m_session->notifyLeft(name);
-    m_area->refreshCounts();
     if (!wasChosen || !m_session->isOpen())
         return;
     m_sendBox->stopAutoSend();
@@ -297,7 +295,6 @@ void NetworkToolWidget::clearCounts()
 void NetworkToolWidget::showCounts()
 {
     m_area->showCounts(m_sendCount, m_recvCount);
-    m_session->refreshState();
     emit signalRefresCounts(pageIndex);
 }
 

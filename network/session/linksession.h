@@ -72,8 +72,6 @@ public slots:
     void changeProtocol();
     // Reports what has arrived, although reading may be paused.
     void readPending();
-    // What an open link says of itself has changed.
-    void refreshState();
 
 signals:
     void notify(const Notice &notice);
@@ -107,6 +105,7 @@ private:
     void handleClosed(Entry &entry);
     void handleLeft(Entry &entry, const Peer &peer, const QString &reason);
     void notifyDropped(const Entry &entry, const Peer &peer);
+    void refreshState(); // what an open link says of itself
     void showState();
     Entry &current() { return m_entries[size_t(m_protocol)]; }
 
