@@ -6,8 +6,11 @@
 #include "testfiles.h"
 
 #include <QFileInfo>
+#include <QNetworkDatagram>
+#include <QTcpSocket>
 #include <QTest>
 #include <QTextCodec>
+#include <QUdpSocket>
 
 namespace {
 
@@ -30,34 +33,45 @@ class TestBoardSim : public QObject
     Q_OBJECT
 
 private slots:
-    void sendsAllOfItsLines_data()
-    {
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<QString>("encoding");
-        QTest::addColumn<int>("total");
-        QTest::newRow("flood, utf8") << "flood"
-                                     << "utf8" << 1000001;
-        QTest::newRow("burst, gb18030") << "burst"
-                                        << "gb18030" << 50001;
-        QTest::newRow("nothing") << "flood"
-                                 << "ascii" << 0;
-    }
-
     void sendsAllOfItsLines()
     {
-        QFETCH(QString, mode);
-        QFETCH(QString, encoding);
-        QFETCH(int, total);
+        const std::tuple<const char *, const char *, int> boards[] = {
+            {"flood", "utf8", 1000001}, {"burst", "gb18030", 50001}, {"flood", "ascii", 0}};
+        for (const auto &[mode, encoding, total] : boards) {
+            BoardProcess board;
+            QVERIFY(board.start({"--mode", mode, "--encoding", encoding, "--seed", "4711", "--delay", "0",
+                                 "--total", QString::number(total)}));
+            HostPort host(board.link());
+            const QByteArray bytes = host.read(total);
+            QVERIFY(bytes.size() == total && isNumbered(bytes) == (total > 0));
+            QVERIFY(host.read(1, 100).isEmpty());
+            QVERIFY(board.stop());
+            QCOMPARE(board.statistics().value("written"), qint64(total));
+            QCOMPARE(board.statistics().value("dropped"), qint64(0));
+        }
+    }
+
+    void talksOnTheNetwork()
+    {
         BoardProcess board;
-        QVERIFY(board.start({"--mode", mode, "--encoding", encoding, "--seed", "4711", "--delay", "0",
-                             "--total", QString::number(total)}));
-        HostPort host(board.link());
-        const QByteArray bytes = host.read(total);
-        QVERIFY(bytes.size() == total && isNumbered(bytes) == (total > 0));
-        QVERIFY(host.read(1, 100).isEmpty());
-        QVERIFY(board.stop());
-        QCOMPARE(board.statistics().value("written"), qint64(total));
-        QCOMPARE(board.statistics().value("dropped"), qint64(0));
+        const QStringList total{"--message-bytes", "100", "--total", "250", "--delay", "0"};
+        QVERIFY(board.startOnNetwork("tcp-server", QStringList{"--act", "talk", "--period", "1"} + total));
+        QTcpSocket host;
+        host.connectToHost("127.0.0.1", board.netPort());
+        QVERIFY(board.waitForEvent("finished"));
+        QTRY_COMPARE(host.bytesAvailable(), 250);
+        QVERIFY(isNumbered(host.readAll()) && board.stop());
+        QUdpSocket receiver;
+        QVERIFY(receiver.bind(QHostAddress(QHostAddress::LocalHost)));
+        QVERIFY(board.startOnNetwork("udp", total.mid(0, 2) +
+                                                QStringList{"--act", "flood", "--rate", "1000", "--delay",
+                                                            "0", "--total", "300", "--to-port",
+                                                            QString::number(receiver.localPort())}));
+        QVERIFY(board.waitForEvent("finished"));
+        QByteArray bytes;
+        for (int i = 0; i < 3; ++i)
+            bytes += receiver.receiveDatagram().data();
+        QVERIFY(bytes.size() == 300 && isNumbered(bytes) && !receiver.hasPendingDatagrams());
     }
 
     void waitsForASlowHostThatStartsIt()
@@ -127,32 +141,28 @@ private slots:
         QVERIFY(ask(QByteArray(100000, 'x') + "\n").size() < 300);
         QVERIFY(host.write("flood 50000\n"));
         QVERIFY(isNumbered(host.read(50000)));
-    }
-
-    void comesOutAndGoesIn_data()
-    {
-        QTest::addColumn<QStringList>("options");
-        QTest::newRow("when asked") << QStringList{"--mode", "shell"};
-        QTest::newRow("by itself") << QStringList{"--mode", "echo",           "--unplug-after",
-                                                  "150",    "--replug-after", "100"};
+        QCOMPARE(ask("led on\n"), QString("LED 已打开")); // and nothing more of the flood
     }
 
     void comesOutAndGoesIn()
     {
-        QFETCH(QStringList, options);
-        BoardProcess board;
-        QVERIFY(board.start(options));
-        {
+        const QStringList boards[] = {{"--mode", "shell"},
+                                      {"--mode", "echo", "--unplug-after", "150", "--replug-after", "100"}};
+        for (const QStringList &options : boards) {
+            BoardProcess board;
+            QVERIFY(board.start(options));
+            {
+                HostPort host(board.link());
+                QVERIFY(host.write("unplug 200\n"));
+                QVERIFY(host.waitForHangUp());
+                QVERIFY(board.waitForEvent("unplugged COM3"));
+            }
+            QVERIFY(board.waitForEvent("plugged COM3", 2));
             HostPort host(board.link());
-            QVERIFY(host.write("unplug 200\n"));
-            QVERIFY(host.waitForHangUp());
-            QVERIFY(board.waitForEvent("unplugged COM3"));
+            QVERIFY(host.write("led on\n"));
+            QVERIFY(!host.readUntil("\n").isEmpty());
+            QVERIFY(!host.waitForHangUp(300)); // once only
         }
-        QVERIFY(board.waitForEvent("plugged COM3", 2));
-        HostPort host(board.link());
-        QVERIFY(host.write("led on\n"));
-        QVERIFY(!host.readUntil("\n").isEmpty());
-        QVERIFY(!host.waitForHangUp(300)); // once only
     }
 
     void ownsItsLink()
@@ -186,34 +196,31 @@ private slots:
         QVERIFY(board.stop());
         QProcess shell; // starts a board, waits for its link and ends
         shell.start("sh", {"-c",
-                           "\"$0\" --folder \"$1\" --port COM5 --mode silent >/dev/null 2>&1 & "
+                           "KORVEX_VIRTUAL_PORTS=\"$1\" \"$0\" --port COM5 --mode silent >/dev/null 2>&1 & "
                            "while ! [ -L \"$1/COM5\" ]; do sleep 0.05; done",
                            program, board.folder()});
         QVERIFY(shell.waitForFinished());
         QTRY_VERIFY(!QFileInfo(board.folder() + "/COM5").isSymLink());
     }
 
-    void rejectsNonsense_data()
-    {
-        QTest::addColumn<QStringList>("options");
-        QTest::newRow("mode") << QStringList{"--mode", "dance"};
-        QTest::newRow("port") << QStringList{"--port", "../COM3"};
-        QTest::newRow("number") << QStringList{"--rate", "0"};
-        QTest::newRow("option of another mode") << QStringList{"--mode", "echo", "--rate", "1"};
-        QTest::newRow("fault") << QStringList{"--mode", "ymodem", "--fault", "nap@3"};
-        QTest::newRow("options that contradict") << QStringList{"--mode", "camera", "--raw-jpeg"};
-        QTest::newRow("record") << QStringList{"--record", "/nowhere/at/all"};
-    }
-
     void rejectsNonsense()
     {
-        QFETCH(QStringList, options);
-        BoardProcess board;
-        QVERIFY(!board.start(options));
-        QVERIFY(board.process().waitForFinished() || board.process().state() == QProcess::NotRunning);
-        QVERIFY(board.process().exitCode() != 0);
-        QVERIFY(!board.errors().isEmpty());
-        QVERIFY(!QFileInfo(board.link()).isSymLink());
+        const QStringList rejected[] = {{"--mode", "dance"},
+                                        {"--port", "../COM3"},
+                                        {"--encoding", "latin"},
+                                        {"--rate", "0"},
+                                        {"--mode", "echo", "--rate", "1"},
+                                        {"--mode", "ymodem", "--fault", "nap@3"},
+                                        {"--mode", "camera", "--raw-jpeg"},
+                                        {"--record", "/nowhere/at/all"},
+                                        {"--folder", "/proc"}};
+        for (const QStringList &options : rejected) {
+            BoardProcess board;
+            QVERIFY2(!board.start(options), qPrintable(options.join(' ')));
+            QVERIFY(board.process().waitForFinished() || board.process().state() == QProcess::NotRunning);
+            QVERIFY(board.process().exitCode() != 0 && !board.errors().isEmpty());
+            QVERIFY(!QFileInfo(board.link()).isSymLink());
+        }
     }
 };
 

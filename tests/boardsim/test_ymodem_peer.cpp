@@ -17,38 +17,27 @@ private slots:
             QVERIFY(writeFile(m_sent.filePath(file.key()), patternBytes(file.value())));
     }
 
-    void receives_data()
-    {
-        QTest::addColumn<QStringList>("senderOptions");
-        QTest::addColumn<QStringList>("boardOptions");
-        QTest::addColumn<QString>("event");
-        QTest::newRow("128") << QStringList{} << QStringList{} << "batch end 8 files";
-        QTest::newRow("names with their folders") << QStringList{"-k", "-f"} << QStringList{} << "batch end";
-        QTest::newRow("refused") << QStringList{"-k"}
-                                 << QStringList{"--nak-first-eot", "--fault", "nak@0", "--fault",
-                                                "nak@every3"}
-                                 << "refused on purpose";
-        QTest::newRow("lost answers")
-            << QStringList{"-k"}
-            << QStringList{"--packet-timeout", "200",    "--ask-interval", "200",
-                           "--fault",          "lose@0", "--fault",        "lose@every30*2"}
-            << "repeated block";
-    }
-
     void receives()
     {
-        QFETCH(QStringList, senderOptions);
-        QFETCH(QStringList, boardOptions);
-        QFETCH(QString, event);
-        BoardProcess board;
-        QVERIFY(board.start(bootLoader(board) + boardOptions));
-        QCOMPARE(send(board, senderOptions, m_sizes.keys()), 0);
-        QVERIFY2(board.waitForEvent("batch end 8 files"), qPrintable(board.events().join('\n')));
-        QVERIFY(board.waitForEvent(event));
-        QVERIFY(board.stop());
-        for (auto file = m_sizes.cbegin(); file != m_sizes.cend(); ++file)
-            QVERIFY2(contentOf(received(board) + file.key()) == patternBytes(file.value()),
-                     qPrintable(file.key()));
+        const std::tuple<QStringList, QStringList, QString> transfers[] = {
+            {{}, {}, "batch end 8 files"},
+            {{"-k", "-f"}, // names with their folders
+             {"--nak-first-eot", "--fault", "nak@0", "--fault", "nak@every3"},
+             "refused on purpose"},
+            {{"-k"},
+             {"--packet-timeout", "200", "--ask-interval", "200", "--fault", "lose@0", "--fault",
+              "lose@every30*2"},
+             "repeated block"}};
+        for (const auto &[senderOptions, boardOptions, event] : transfers) {
+            BoardProcess board;
+            QVERIFY(board.start(bootLoader(board) + boardOptions));
+            QCOMPARE(send(board, senderOptions, m_sizes.keys()), 0);
+            QVERIFY2(board.waitForEvent("batch end 8 files"), qPrintable(board.events().join('\n')));
+            QVERIFY(board.waitForEvent(event) && board.stop());
+            for (auto file = m_sizes.cbegin(); file != m_sizes.cend(); ++file)
+                QVERIFY2(contentOf(received(board) + file.key()) == patternBytes(file.value()),
+                         qPrintable(file.key()));
+        }
     }
 
     void receivesTheNextBatchAfterCancelling()

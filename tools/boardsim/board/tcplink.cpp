@@ -156,10 +156,8 @@ void TcpLink::sendMore()
         if (m_left > 0)
             m_left -= size;
     }
-    if ((m_left == 0 || over) && m_socket->bytesToWrite() == 0) {
-        m_sending = false;
+    if ((m_left == 0 || over) && m_socket->bytesToWrite() == 0)
         emit finished();
-    }
 }
 
 void TcpLink::sendMessage()
