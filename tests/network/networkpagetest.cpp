@@ -6,8 +6,6 @@
 #include "qtmessagetip.h"
 #include "qttexteditinput.h"
 
-#include <QLabel>
-
 void NetworkPageTest::init()
 {
     initKorvexResources();
@@ -62,11 +60,6 @@ bool NetworkPageTest::fieldsAreEnabled(bool enabled) const
             return false;
     }
     return true;
-}
-
-QString NetworkPageTest::stateText() const
-{
-    return child<QLabel>("labelLinkState")->text();
 }
 
 bool NetworkPageTest::wasTold(const QString &text, int kind) const

@@ -10,6 +10,7 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QtTest>
 
@@ -35,7 +36,7 @@ protected:
     void send(const QString &text);
     QString caption() const { return child<QAbstractButton>("btnOpen")->text(); }
     bool fieldsAreEnabled(bool enabled) const;
-    QString stateText() const;
+    QString stateText() const { return child<QLabel>("labelLinkState")->text(); }
     QString shown() { return child<QtTerminalWidget>("recvBrowser")->toPlainText(); }
     qint64 sent() const { return m_page->counts().at(0).toLongLong(); }
     qint64 received() const { return m_page->counts().at(1).toLongLong(); }

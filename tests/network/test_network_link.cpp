@@ -8,6 +8,12 @@
 
 #include <QtTest>
 
+#ifdef Q_OS_LINUX
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#endif
+
 #define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
 #define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
 
@@ -16,133 +22,133 @@ class TestNetworkLink : public QObject
     Q_OBJECT
 
 private slots:
-    void readsAddressesAndPorts();
-    void namesErrors();
-    void sendsAndDrops();
-    void givesUpAPeerThatDoesNotRead();
-    void deliversWhatTheSystemHolds();
-};
+    void readsAddressesAndNamesErrors()
+    {
+        for (const char *text : {"192.168.1.7", " [::1]", "\u200b1.2.3.4\n", "255.255.255.255", "fe80::1%1"})
+            QVERIFY2(!PeerAddress::fromText(text).isNull(), text);
+        for (const char *text :
+             {"", "8000", "192.168.1", "1.2.3.256", "board.local", "1.2.3.4:80", ":", "::g"})
+            QVERIFY2(PeerAddress::fromText(text).isNull(), text);
+        QCOMPARE(PeerAddress::fromText(" ::1 "), QHostAddress(QHostAddress::LocalHostIPv6));
 
-void TestNetworkLink::readsAddressesAndPorts()
-{
-    for (const char *text : {"192.168.1.7", " [::1]", "\u200b1.2.3.4\n", "255.255.255.255", "fe80::1%1"})
-        QVERIFY2(!PeerAddress::fromText(text).isNull(), text);
-    for (const char *text : {"", "8000", "192.168.1", "1.2.3.256", "board.local", "1.2.3.4:80", ":", "::g"})
-        QVERIFY2(PeerAddress::fromText(text).isNull(), text);
-    QCOMPARE(PeerAddress::fromText(" ::1 "), QHostAddress(QHostAddress::LocalHostIPv6));
+        const QPair<const char *, int> ports[] = {{"1", 1}, {" 65535 ", 65535}, {"0", 0},   {"65536", 0},
+                                                  {"", 0},  {"-1", 0},          {"80a", 0}, {"8 0", 0}};
+        for (const auto &pair : ports)
+            QCOMPARE(int(PeerAddress::portFromText(pair.first)), pair.second);
 
-    const QPair<const char *, int> ports[] = {
-        {"1", 1}, {" 65535 ", 65535}, {"0", 0},   {"65536", 0}, {"70000", 0},
-        {"", 0},  {"-1", 0},          {"80a", 0}, {"8 0", 0},   {"99999999999", 0}};
-    for (const auto &pair : ports)
-        QCOMPARE(int(PeerAddress::portFromText(pair.first)), pair.second);
-}
+        QCOMPARE(socketErrorText(QAbstractSocket::HostNotFoundError, {}), QStringLiteral("找不到该主机"));
+        QCOMPARE(openErrorText(QAbstractSocket::SocketAccessError, {}, "OTHER"),
+                 QStringLiteral("没有权限使用该端口"));
+        QCOMPARE(openErrorText(QAbstractSocket::AddressInUseError, {}, {}), QStringLiteral("端口已被占用"));
+    }
 
-void TestNetworkLink::namesErrors()
-{
-    QCOMPARE(socketErrorText(QAbstractSocket::HostNotFoundError, {}), QStringLiteral("找不到该主机"));
-    QCOMPARE(openErrorText(QAbstractSocket::SocketAccessError, {}, "OTHER"),
-             QStringLiteral("没有权限使用该端口"));
-    QCOMPARE(openErrorText(QAbstractSocket::AddressInUseError, {}, {}), QStringLiteral("端口已被占用"));
-}
+    void sendsAndDrops()
+    {
+        QList<int> counts; // as they are when somebody leaves
+        TcpServer server;
+        QCOMPARE(server.SltSendMsgToAllClient("nobody"), qint64(0));
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        const QSignalSpy came(&server, &TcpServer::signalClientConnected);
+        const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
+        QTcpSocket peers[3];
+        for (QTcpSocket &peer : peers)
+            peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
+        WAIT_EQUAL(came.count(), 3);
+        const QString first = came.at(0).at(0).toString();
+        const QString second = came.at(1).at(0).toString();
+        QCOMPARE(server.SltSendMsgToAllClient("all "), qint64(12));
+        QCOMPARE(server.SltSendMsgToClient(second, "two"), qint64(3));
+        QCOMPARE(server.SltSendMsgToClient("10.0.0.1 7", "?"), qint64(0));
+        QByteArrayList got{{}, {}, {}};
+        const auto read = [&] {
+            for (int i = 0; i < 3; ++i)
+                got[i] += peers[i].readAll();
+            QByteArrayList sorted = got;
+            std::sort(sorted.begin(), sorted.end());
+            return sorted;
+        };
+        WAIT_EQUAL(read(), (QByteArrayList{"all ", "all ", "all two"}));
 
-void TestNetworkLink::sendsAndDrops()
-{
-    QList<int> counts; // as they are when somebody leaves
-    TcpServer server;
-    QCOMPARE(server.SltSendMsgToAllClient("nobody"), qint64(0));
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    const QSignalSpy came(&server, &TcpServer::signalClientConnected);
-    const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
-    QTcpSocket peers[3];
-    for (QTcpSocket &peer : peers)
+        connect(&server, &TcpServer::signalClientDisconnected, this,
+                [&] { counts.append(server.clientCount()); });
+        server.closeClient("10.0.0.1 7");
+        QCOMPARE(left.count(), 0);
+        server.closeClient(first);
+        QCOMPARE(left.count(), 1);
+        QCOMPARE(left.at(0).at(0).toString(), first);
+        server.closeClient(QString());
+        QCOMPARE(left.count(), 3);
+        QCOMPARE(counts, (QList<int>{2, 1, 0}));
+        QCOMPARE(server.clientCount(), 0);
+        QVERIFY(server.isListening());
+
+        // What the base class does when accepting fails, a vanished peer's fault included.
+        server.pauseAccepting();
+        emit server.acceptError(QAbstractSocket::NetworkError);
+        QTcpSocket late;
+        late.connectToHost(QHostAddress::LocalHost, server.serverPort());
+        WAIT_EQUAL(server.clientCount(), 1);
+    }
+
+    void givesUpAPeerThatDoesNotRead()
+    {
+        constexpr qint64 total = 12000000;
+        TcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
+        qint64 undelivered = 0;
+        connect(&server, &TcpServer::left, this,
+                [&](const TcpClient *client) { undelivered = client->undelivered(); });
+        QTcpSocket peer;
+        peer.setReadBufferSize(65536);
         peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
-    WAIT_EQUAL(came.count(), 3);
-    const QString first = came.at(0).at(0).toString();
-    const QString second = came.at(1).at(0).toString();
-    QCOMPARE(server.SltSendMsgToAllClient("all "), qint64(12));
-    QCOMPARE(server.SltSendMsgToClient(second, "two"), qint64(3));
-    QCOMPARE(server.SltSendMsgToClient("10.0.0.1 7", "?"), qint64(0));
-    QByteArrayList got{{}, {}, {}};
-    const auto read = [&] {
-        for (int i = 0; i < 3; ++i)
-            got[i] += peers[i].readAll();
-        QByteArrayList sorted = got;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted;
-    };
-    WAIT_EQUAL(read(), (QByteArrayList{"all ", "all ", "all two"}));
+        WAIT_EQUAL(server.clientCount(), 1);
+        QCOMPARE(server.SltSendMsgToAllClient(QByteArray(total, 'x')), total);
+        server.closeClient(QString());
+        QCOMPARE(server.clientCount(), 0);
+        QCOMPARE(left.count(), 0);
+        TcpClient *const client = server.clients().at(0);
+#ifdef Q_OS_LINUX
+        const auto option = [client](int name) {
+            int value = 0;
+            socklen_t size = sizeof value;
+            ::getsockopt(int(client->socketDescriptor()), IPPROTO_TCP, name, &value, &size);
+            return value;
+        };
+        QCOMPARE(option(TCP_KEEPIDLE) + option(TCP_KEEPINTVL) * option(TCP_KEEPCNT), 60); // s
+#endif
+        int ticks = 0; // of half a second each
+        for (; ticks < 20 && left.count() == 0; ++ticks)
+            client->checkProgress();
+        QCOMPARE(left.count(), 1);
+        QCOMPARE(ticks, 6);
+        QVERIFY(undelivered > 0);
+    }
 
-    connect(&server, &TcpServer::signalClientDisconnected, this,
-            [&] { counts.append(server.clientCount()); });
-    server.closeClient("10.0.0.1 7");
-    QCOMPARE(left.count(), 0);
-    server.closeClient(first);
-    QCOMPARE(left.count(), 1);
-    QCOMPARE(left.at(0).at(0).toString(), first);
-    server.closeClient(QString());
-    QCOMPARE(left.count(), 3);
-    QCOMPARE(counts, (QList<int>{2, 1, 0}));
-    QCOMPARE(server.clientCount(), 0);
-    QVERIFY(server.isListening());
-
-    // What the base class does when accepting fails, a vanished peer's fault included.
-    server.pauseAccepting();
-    emit server.acceptError(QAbstractSocket::NetworkError);
-    QTcpSocket late;
-    late.connectToHost(QHostAddress::LocalHost, server.serverPort());
-    WAIT_EQUAL(server.clientCount(), 1);
-}
-
-void TestNetworkLink::givesUpAPeerThatDoesNotRead()
-{
-    constexpr qint64 total = 12000000;
-    TcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    const QSignalSpy left(&server, &TcpServer::signalClientDisconnected);
-    qint64 undelivered = 0;
-    connect(&server, &TcpServer::left, this,
-            [&](const TcpClient *client) { undelivered = client->undelivered(); });
-    QTcpSocket peer;
-    peer.setReadBufferSize(65536);
-    peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
-    WAIT_EQUAL(server.clientCount(), 1);
-    QCOMPARE(server.SltSendMsgToAllClient(QByteArray(total, 'x')), total);
-    server.closeClient(QString());
-    QCOMPARE(server.clientCount(), 0);
-    QCOMPARE(left.count(), 0);
-    TcpClient *const client = server.clients().at(0);
-    int ticks = 0; // of half a second each
-    for (; ticks < 20 && left.count() == 0; ++ticks)
-        client->checkProgress();
-    QCOMPARE(left.count(), 1);
-    QCOMPARE(ticks, 6);
-    QVERIFY(undelivered > 0);
-}
-
-// A peer that sends to a closed connection makes the system drop what it holds.
-void TestNetworkLink::deliversWhatTheSystemHolds()
-{
-    constexpr int total = 30000;
-    TcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    qint64 handedOver = 0;
-    connect(&server, &TcpServer::joined, this, [&](TcpClient *client) {
-        connect(client, &TcpClient::bytesWritten, this, [&](qint64 bytes) { handedOver += bytes; });
-    });
-    QTcpSocket peer;
-    peer.setReadBufferSize(1024);
-    QVERIFY(peer.bind(QHostAddress::LocalHost));
-    peer.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4096);
-    peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
-    WAIT_EQUAL(server.clientCount(), 1);
-    server.SltSendMsgToAllClient(QByteArray(total, 'x'));
-    WAIT_EQUAL(handedOver, qint64(total));
-    server.closeClient(QString());
-    QVERIFY(peer.write("more") == 4 && peer.flush());
-    int read = 0;
-    WAIT_FOR((read += peer.readAll().size()) == total);
-}
+    // A peer that sends to a closed connection makes the system drop what it holds.
+    void deliversWhatTheSystemHolds()
+    {
+        constexpr int total = 30000;
+        TcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        qint64 handedOver = 0;
+        connect(&server, &TcpServer::joined, this, [&](TcpClient *client) {
+            connect(client, &TcpClient::bytesWritten, this, [&](qint64 bytes) { handedOver += bytes; });
+        });
+        QTcpSocket peer;
+        peer.setReadBufferSize(1024);
+        QVERIFY(peer.bind(QHostAddress::LocalHost));
+        peer.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4096);
+        peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
+        WAIT_EQUAL(server.clientCount(), 1);
+        server.SltSendMsgToAllClient(QByteArray(total, 'x'));
+        WAIT_EQUAL(handedOver, qint64(total));
+        server.closeClient(QString());
+        QVERIFY(peer.write("more") == 4 && peer.flush());
+        int read = 0;
+        WAIT_FOR((read += peer.readAll().size()) == total);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestNetworkLink)
 #include "test_network_link.moc"

@@ -4,7 +4,6 @@
 
 #include "stateindicator.h"
 
-#include <QLabel>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUdpSocket>
@@ -14,208 +13,179 @@ class TestNetworkClient : public NetworkPageTest
     Q_OBJECT
 
 private slots:
-    void connects_data();
-    void connects();
-    void connectsAfterARefusal();
-    void cancelsConnecting();
-    void deliversBeforeDisconnecting();
-    void hearsOfTheServersEnd();
-    void exchangesDatagrams_data();
-    void exchangesDatagrams();
-    void takesDatagramsOfAllSizes();
-    void checksTheDestination();
-};
+    void connects_data()
+    {
+        addFamilies();
+        QTest::newRow("brackets") << "[::1] ";
+    }
 
-void TestNetworkClient::connects_data()
-{
-    addFamilies();
-    QTest::newRow("brackets") << "[::1] ";
-}
-
-void TestNetworkClient::connects()
-{
-    QFETCH(QString, address);
-    BoardProcess board;
-    QVERIFY(board.startOnNetwork("tcp-server", to(0, address.contains(':') ? QString("::1") : address, {})));
-    write("editServerAddress", address);
-    open(Client, board.netPort());
-    QCOMPARE(m_notices->at(0).at(0).toString(), QStringLiteral("正在与服务器建立连接...."));
-    QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
-    WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
-    QVERIFY(wasTold(QStringLiteral("[TCP Client]与服务器连接成功！！！"), 0));
-    QVERIFY(fieldsAreEnabled(false));
-    QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
-    send("ping\n");
-    WAIT_EQUAL(shown(), QStringLiteral("[Tcp client  来自服务端消息 ] ping\n"));
-    WAIT_EQUAL(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 5"));
-    click("btnOpen");
-    QVERIFY(wasTold(QStringLiteral("[ TCP Client ] 已断开连接！"), 0));
-    QCOMPARE(caption(), QStringLiteral("建立连接"));
-    QVERIFY(fieldsAreEnabled(true));
-    QVERIFY(board.waitForEvent("disconnected"));
-}
-
-void TestNetworkClient::connectsAfterARefusal()
-{
-    QTcpSocket deaf; // has the port, but does not listen
-    QVERIFY(deaf.bind(QHostAddress::LocalHost));
-    open(Client, deaf.localPort());
-    WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
-    QCOMPARE(stateText(), QStringLiteral("连接失败：对方拒绝连接"));
-    QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(), QStringLiteral("上次错误：") + stateText());
-    QCOMPARE(lastNotice(), QStringLiteral("[TCP Client]") + stateText());
-    QCOMPARE(m_notices->size(), 2);
-    QCOMPARE(caption(), QStringLiteral("建立连接"));
-    QVERIFY(child<QWidget>("editServerAddress")->isVisible() && child<QWidget>("editPort")->isVisible());
-    QVERIFY(!child<QWidget>("comboLocalAddress")->isVisible() &&
-            !child<QWidget>("comboClients")->isVisible());
-    QVERIFY(fieldsAreEnabled(true));
-
-    QTcpServer host;
-    QVERIFY(host.listen(QHostAddress::LocalHost));
-    open(Client, host.serverPort()); // one press is enough
-    WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
-}
-
-void TestNetworkClient::cancelsConnecting()
-{
-    QTcpSocket deaf;
-    QVERIFY(deaf.bind(QHostAddress::LocalHost));
-    open(Client, deaf.localPort());
-    QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
-    click("btnOpen");
-    QCOMPARE(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
-    QCOMPARE(stateText(), QStringLiteral("未连接"));
-    QVERIFY(fieldsAreEnabled(true));
-    open(Client, deaf.localPort());
-    m_notices->clear();
-    choose(Server); // cancels, too, but no server was closed
-    QVERIFY(m_notices->isEmpty());
-    QCOMPARE(stateText(), QStringLiteral("未监听"));
-    choose(Client);
-    write("editPort", "0"); // nothing is opened
-    click("btnOpen");
-    QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
-    write("editServerAddress", QString());
-    write("editPort", "9");
-    click("btnOpen");
-    QVERIFY(m_notices->isEmpty());
-}
-
-// The page counts what was handed over and reports what was dropped.
-void TestNetworkClient::deliversBeforeDisconnecting()
-{
-    constexpr qint64 total = 12000000;
-    for (const bool isDeaf : {false, true}) {
+    void connects()
+    {
+        QFETCH(QString, address);
         BoardProcess board;
         QVERIFY(
-            board.startOnNetwork("tcp-server", to(0, "127.0.0.1", {"--act", isDeaf ? "deaf" : "silent"})));
+            board.startOnNetwork("tcp-server", to(0, address.contains(':') ? QString("::1") : address, {})));
+        write("editServerAddress", address);
         open(Client, board.netPort());
+        QCOMPARE(m_notices->at(0).at(0).toString(), QStringLiteral("正在与服务器建立连接...."));
+        QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
         WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
-        m_page->clearCounts();
-        for (int i = 0; i < 12; ++i)
-            m_page->sltSendData(QByteArray(total / 12, 'x'));
-        const QSignalSpy closed(m_page.get(), &NetworkToolWidget::signalClosed);
-        if (isDeaf)
-            click("btnOpen");
-        for (int i = 0; i < 2; ++i) // the second one drops nothing
-            m_page->closeLinks();
-        QVERIFY(!m_page->isClosed());
-        QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次单击可放弃"));
-        m_page->sltSendData("late");
-        if (isDeaf) {
-            click("btnOpen");
-            QCOMPARE(lastNotice(), QStringLiteral("断开时，有%1字节未能发送！").arg(total - sent()));
-            QVERIFY(sent() > 0);
-        } else {
-            WAIT_EQUAL(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
-            QCOMPARE(sent(), total);
-            QVERIFY(board.waitForEvent("disconnected"));
-            QVERIFY(board.stop());
-            QCOMPARE(board.statistics().value("read"), total);
-        }
-        QVERIFY(m_page->isClosed() && closed.count() == 1);
+        QVERIFY(wasTold(QStringLiteral("[TCP Client]与服务器连接成功！！！"), 0));
+        QVERIFY(fieldsAreEnabled(false));
+        QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+        send("ping\n");
+        WAIT_EQUAL(shown(), QStringLiteral("[Tcp client  来自服务端消息 ] ping\n"));
+        WAIT_EQUAL(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 5"));
+        click("btnOpen");
+        QVERIFY(wasTold(QStringLiteral("[ TCP Client ] 已断开连接！"), 0));
         QCOMPARE(caption(), QStringLiteral("建立连接"));
         QVERIFY(fieldsAreEnabled(true));
+        QVERIFY(board.waitForEvent("disconnected"));
     }
-}
 
-void TestNetworkClient::hearsOfTheServersEnd()
-{
-    for (const bool isReset : {false, true}) {
-        BoardProcess board;
-        QVERIFY(board.startOnNetwork(
-            "tcp-server",
-            to(0, "127.0.0.1", {"--act", isReset ? "reset" : "half-close", "--total", "200000"})));
+    void connectsAfterARefusal()
+    {
+        QTcpSocket deaf; // has the port, but does not listen
+        QVERIFY(deaf.bind(QHostAddress::LocalHost));
+        open(Client, deaf.localPort());
+        WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
+        QCOMPARE(stateText(), QStringLiteral("连接失败：对方拒绝连接"));
+        QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(),
+                 QStringLiteral("上次错误：") + stateText());
+        QCOMPARE(lastNotice(), QStringLiteral("[TCP Client]") + stateText());
+        QCOMPARE(m_notices->size(), 2);
+        QCOMPARE(caption(), QStringLiteral("建立连接"));
+        QVERIFY(child<QWidget>("editServerAddress")->isVisible() && child<QWidget>("editPort")->isVisible());
+        QVERIFY(!child<QWidget>("comboLocalAddress")->isVisible() &&
+                !child<QWidget>("comboClients")->isVisible());
+        QVERIFY(fieldsAreEnabled(true));
+
+        QTcpServer host;
+        QVERIFY(host.listen(QHostAddress::LocalHost));
+        open(Client, host.serverPort()); // one press is enough
+        WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
+    }
+
+    void cancelsConnecting()
+    {
+        QTcpSocket deaf;
+        QVERIFY(deaf.bind(QHostAddress::LocalHost));
+        open(Client, deaf.localPort());
+        QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
+        click("btnOpen");
+        QCOMPARE(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
+        QCOMPARE(stateText(), QStringLiteral("未连接"));
+        QVERIFY(fieldsAreEnabled(true));
+        open(Client, deaf.localPort());
         m_notices->clear();
-        open(Client, board.netPort());
-        WAIT_FOR(wasTold(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), 0));
-        QCOMPARE(caption(), QStringLiteral("建立连接"));
-        QVERIFY(fieldsAreEnabled(true));
-        QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Off);
-        QCOMPARE(stateText(), QStringLiteral("服务器已断开连接"));
-        if (!isReset)
-            QCOMPARE(received(), qint64(200000));
-        // Sending while the link breaks is refused, not lost in silence.
-        send("late");
+        choose(Server); // cancels, too, but no server was closed
+        QVERIFY(m_notices->isEmpty());
+        QCOMPARE(stateText(), QStringLiteral("未监听"));
+        choose(Client);
+        write("editPort", "0"); // nothing is opened
+        click("btnOpen");
+        QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
+        write("editServerAddress", QString());
+        write("editPort", "9");
+        click("btnOpen");
+        QVERIFY(m_notices->isEmpty());
+    }
+
+    // The page counts what was handed over and reports what was dropped.
+    void deliversBeforeDisconnecting()
+    {
+        constexpr qint64 total = 12000000;
+        for (const bool isDeaf : {false, true}) {
+            BoardProcess board;
+            QVERIFY(board.startOnNetwork("tcp-server",
+                                         to(0, "127.0.0.1", {"--act", isDeaf ? "deaf" : "silent"})));
+            open(Client, board.netPort());
+            WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
+            m_page->clearCounts();
+            for (int i = 0; i < 12; ++i)
+                m_page->sltSendData(QByteArray(total / 12, 'x'));
+            const QSignalSpy closed(m_page.get(), &NetworkToolWidget::signalClosed);
+            if (isDeaf)
+                click("btnOpen");
+            for (int i = 0; i < 2; ++i) // the second one drops nothing
+                m_page->closeLinks();
+            QVERIFY(!m_page->isClosed());
+            QCOMPARE(stateText(), QStringLiteral("正在发送剩余数据，再次单击可放弃"));
+            m_page->sltSendData("late");
+            if (isDeaf) {
+                click("btnOpen");
+                QCOMPARE(lastNotice(), QStringLiteral("断开时，有%1字节未能发送！").arg(total - sent()));
+                QVERIFY(sent() > 0);
+            } else {
+                WAIT_EQUAL(lastNotice(), QStringLiteral("[ TCP Client ] 已断开连接！"));
+                QCOMPARE(sent(), total);
+            }
+            QVERIFY(m_page->isClosed() && closed.count() == 1);
+        }
+    }
+
+    void hearsOfTheServersEnd()
+    {
+        for (const bool isReset : {false, true}) {
+            BoardProcess board;
+            QVERIFY(board.startOnNetwork(
+                "tcp-server",
+                to(0, "127.0.0.1", {"--act", isReset ? "reset" : "half-close", "--total", "200000"})));
+            m_notices->clear();
+            open(Client, board.netPort());
+            WAIT_FOR(wasTold(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), 0));
+            QCOMPARE(caption(), QStringLiteral("建立连接"));
+            QVERIFY(fieldsAreEnabled(true));
+            QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Off);
+            QCOMPARE(stateText(), QStringLiteral("服务器已断开连接"));
+            if (!isReset)
+                QCOMPARE(received(), qint64(200000));
+            // Sending while the link breaks is refused, not lost in silence.
+            send("late");
+            QCOMPARE(sent(), qint64(0));
+            open(Client, board.netPort());
+            QVERIFY(board.waitForEvent("connected", 2, 30000));
+            m_page->closeLinks();
+        }
+    }
+
+    void exchangesDatagrams_data() { addFamilies(); }
+
+    void exchangesDatagrams()
+    {
+        QFETCH(QString, address);
+        BoardProcess board;
+        QVERIFY(board.startOnNetwork("udp", to(0, address, {})));
+        const quint16 port = open(Udp);
+        write("editDestinationAddress", address);
+        write("editDestinationPort", QString::number(board.netPort()));
+        send("datagram\r\n");
+        const QString from =
+            QStringLiteral("[Tcp client  UDP from %1:%2 ] ").arg(address).arg(board.netPort());
+        WAIT_EQUAL(shown(), from + "datagram\n");
+        send("next");
+        WAIT_EQUAL(shown(), from + "datagram\n" + from + "next");
+        QCOMPARE(m_page->counts(), (QStringList{"13", "13"}));
+        QUdpSocket().writeDatagram(QByteArray(), QHostAddress(address), port);
+        WAIT_EQUAL(shown().count("[Tcp client  UDP from "), 3); // a header without bytes
+    }
+
+    void checksTheDestination()
+    {
+        QVERIFY(open(Udp) > 0);
+        const char *const destinations[][2] = {
+            {"nonsense", "9"}, {"0.0.0.0", "9"}, {"::", "9"}, {"127.0.0.1", ""}, {"127.0.0.1", "0"}};
+        for (const auto &to : destinations) {
+            write("editDestinationAddress", to[0]);
+            write("editDestinationPort", to[1]);
+            send("x");
+            QCOMPARE(lastNotice(), *to[1] == '9' ? QStringLiteral("UDP目的地址配置错误！")
+                                                 : QStringLiteral("UDP目的端口配置错误！"));
+            QCOMPARE(lastKind(), 255);
+        }
         QCOMPARE(sent(), qint64(0));
-        open(Client, board.netPort());
-        QVERIFY(board.waitForEvent("connected", 2, 30000));
-        m_page->closeLinks();
     }
-}
-
-void TestNetworkClient::exchangesDatagrams_data()
-{
-    addFamilies();
-}
-
-void TestNetworkClient::exchangesDatagrams()
-{
-    QFETCH(QString, address);
-    BoardProcess board;
-    QVERIFY(board.startOnNetwork("udp", to(0, address, {})));
-    QVERIFY(open(Udp) > 0);
-    write("editDestinationAddress", address);
-    write("editDestinationPort", QString::number(board.netPort()));
-    send("datagram\r\n");
-    const QString from = QStringLiteral("[Tcp client  UDP from %1:%2 ] ").arg(address).arg(board.netPort());
-    WAIT_EQUAL(shown(), from + "datagram\n");
-    send("next");
-    WAIT_EQUAL(shown(), from + "datagram\n" + from + "next");
-    QCOMPARE(m_page->counts(), (QStringList{"13", "13"}));
-    QVERIFY(board.stop());
-    QCOMPARE(board.statistics().value("datagrams"), qint64(2));
-}
-
-void TestNetworkClient::takesDatagramsOfAllSizes()
-{
-    const quint16 port = open(Udp);
-    QUdpSocket peer;
-    QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost)));
-    const QString from = QStringLiteral("[Tcp client  UDP from 127.0.0.1:%1 ] ").arg(peer.localPort());
-    QCOMPARE(peer.writeDatagram(QByteArray(), QHostAddress::LocalHost, port), qint64(0));
-    WAIT_EQUAL(shown(), from);
-    QCOMPARE(peer.writeDatagram(QByteArray(65507, 'x'), QHostAddress::LocalHost, port), qint64(65507));
-    WAIT_EQUAL(received(), qint64(65507));
-    QCOMPARE(shown(), from + '\n' + from + QString(65507, 'x'));
-}
-
-void TestNetworkClient::checksTheDestination()
-{
-    QVERIFY(open(Udp) > 0);
-    const char *const destinations[][2] = {
-        {"nonsense", "9"}, {"0.0.0.0", "9"}, {"::", "9"}, {"127.0.0.1", ""}, {"127.0.0.1", "0"}};
-    for (const auto &to : destinations) {
-        write("editDestinationAddress", to[0]);
-        write("editDestinationPort", to[1]);
-        send("x");
-        QCOMPARE(lastNotice(), *to[1] == '9' ? QStringLiteral("UDP目的地址配置错误！")
-                                             : QStringLiteral("UDP目的端口配置错误！"));
-        QCOMPARE(lastKind(), 255);
-    }
-    QCOMPARE(sent(), qint64(0));
-}
+};
 
 QTEST_MAIN(TestNetworkClient)
 #include "test_networkclient.moc"
