@@ -17,12 +17,123 @@ class TestCameraLinks : public CameraPageTest
     Q_OBJECT
 
 private slots:
-    void showsTwoDevicesOverUdp();
-    void sendsAndCloses_data();
-    void sendsAndCloses();
-    void takesTwentySenders();
-    void forgetsHalfAFrame_data();
-    void forgetsHalfAFrame();
+    void showsTwoDevicesOverUdp()
+    {
+        const QString port = QString::number(openPort(Udp));
+        BoardProcess board;
+        QVERIFY(board.startOnNetwork("udp", {"--act", "camera", "--test-pattern", "--big-endian", "--width",
+                                             "160", "--height", "120", "--fps", "10", "--devices", "2",
+                                             "--delay", "0", "--to-port", port}));
+        child<QCheckBox>("checkBigEndian")->setChecked(true);
+        QTRY_VERIFY_WITH_TIMEOUT(hasPicture(0) && hasPicture(1), 20000);
+        for (int device = 0; device < 2; ++device) { // bars: white, yellow, ...
+            QTRY_COMPARE(shown(device, 10, 10), qRgb(0xf8, 0xfc, 0xf8));
+            QCOMPARE(shown(device, 30, 10), qRgb(0xf8, 0xfc, 0));
+        }
+    }
+
+    void sendsAndCloses_data()
+    {
+        QTest::addColumn<int>("protocol");
+        QTest::newRow("a server's client") << int(Server);
+        QTest::newRow("a client") << int(Client);
+        QTest::newRow("a serial port") << int(Serial);
+    }
+
+    // A request leaves over each link, and one that was sent last leaves before it closes.
+    void sendsAndCloses()
+    {
+        QFETCH(int, protocol);
+        begin(Protocol(protocol));
+        m_page->SltReadWriteRegister("3008", "", 7);
+        QCOMPARE(lastNotice(), QStringLiteral("没有已连接的摄像头，数据未发送！"));
+        QVERIFY(plugIn());
+        write("x");
+        QTRY_COMPARE(m_page->counts().at(1), QString("1"));      // each side knows of the other
+        const QByteArray head = QByteArray("ORVN").append('\0'); // and the device
+        m_page->SltReadWriteRegister("3008", "", 7);
+        const int size = 4 + 1 + 4 + 1 + 2 + child<QSpinBox>("spinAddressLength")->value() + 2;
+        const QByteArray request = read(size);
+        QCOMPARE(request.size(), size);
+        QVERIFY(request.startsWith(head) && request.at(9) == 0x11);
+        QTRY_COMPARE(m_page->counts().at(0), QString::number(size));
+
+        m_page->SltReadWriteRegister("3008", "", 7);
+        const QSignalSpy closed(m_page.get(), &CameraDebugWidget::signalClosed);
+        m_page->closeLinks();
+        QCOMPARE(read(size), request);
+        QTRY_VERIFY(m_page->isClosed());
+        QCOMPARE(closed.count(), 1);
+        QVERIFY(!isOpen());
+        if (protocol != Serial) // which closes before the system has reported the last bytes
+            QCOMPARE(m_page->counts().at(0), QString::number(2 * size));
+    }
+
+    // Each in two halves, all first halves before the second ones.
+    void takesTwentySenders()
+    {
+        const quint16 port = openPort(Server);
+        const QByteArray frame = "ORVN" + QByteArray::fromHex("001200000002") + "123456cc";
+        QList<QTcpSocket *> boards;
+        for (int i = 0; i < 20; ++i) {
+            boards.append(new QTcpSocket(m_page.get()));
+            boards.last()->connectToHost(QHostAddress::LocalHost, port);
+            boards.last()->write(frame.left(13));
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(m_page->counts().at(1).toInt(), 20 * 13, 20000);
+        for (QTcpSocket *board : qAsConst(boards))
+            board->write(frame.mid(13));
+        QTRY_COMPARE_WITH_TIMEOUT(m_page->frames(), qint64(20), 20000);
+        click("btnCameraOpen");
+        QTRY_VERIFY(!isOpen());
+
+        // Nobody says when a sender of datagrams has ended: there is a limit, which is told.
+        const quint16 udpPort = openPort(Udp);
+        for (int i = 0; i < 17; ++i)
+            (new QUdpSocket(m_page.get()))->writeDatagram("ORVN", QHostAddress::LocalHost, udpPort);
+        QTRY_COMPARE_WITH_TIMEOUT(lastNotice(), QStringLiteral("UDP发送方超过16个，图像可能不完整！"), 20000);
+    }
+
+    void forgetsHalfAFrame_data() { sendsAndCloses_data(); }
+
+    // The link breaks in the middle of a red picture. The next one is blue, and
+    // comes in two pieces, so that no header at the start of a chunk mends anything.
+    void forgetsHalfAFrame()
+    {
+        QFETCH(int, protocol);
+        const bool isJpeg = protocol == Client;
+        const QByteArray announcement =
+            "ORVN" + QByteArray::fromHex("000f000000010502000100"); // RGB888, 2 x 1
+        const QByteArray header = "ORVN" + QByteArray::fromHex("001200000002");
+        const QByteArray red =
+            isJpeg ? jpegFile(40, Qt::red).left(400) : announcement + header + QByteArray::fromHex("ff0000");
+        const QByteArray blue =
+            isJpeg ? jpegFile(40, Qt::blue) : header + QByteArray::fromHex("0000ff0000ff") + "cc";
+        child<QCheckBox>("checkJpegData")->setChecked(isJpeg);
+        const auto received = [this] { return m_page->counts().at(1).toInt(); };
+
+        begin(Protocol(protocol));
+        QVERIFY(plugIn());
+        write(red);
+        QTRY_COMPARE(received(), red.size());
+        const int notices = m_notices->size();
+        pullOut();
+        QTRY_VERIFY(m_notices->size() > notices); // the page has noticed
+        if (protocol == Serial)
+            QCOMPARE(lastNotice(), QStringLiteral("当前串口已拔出，请重新打开!"));
+        QCOMPARE(isOpen(), protocol == Server);
+        QVERIFY(plugIn());
+        write(blue.left(2));
+        QTRY_COMPARE(received(), red.size() + 2);
+        write(blue.mid(2));
+        QTRY_VERIFY(hasPicture(0));
+        QCOMPARE(m_page->frames(), qint64(1));
+        const QImage picture = child<ImageViewer>("imageViewer")->image(0).toImage();
+        for (const QPoint &at : {QPoint(0, 0), QPoint(picture.width() - 1, picture.height() - 1)}) {
+            const QColor color = picture.pixelColor(at);
+            QVERIFY2(color.blue() > 250 && color.red() < 5, qPrintable(color.name()));
+        }
+    }
 
 private:
     // The board's end of a link, made by hand.
@@ -45,21 +156,6 @@ private:
     QTemporaryDir m_ports;
     std::unique_ptr<PtyPeer> m_line;
 };
-
-void TestCameraLinks::showsTwoDevicesOverUdp()
-{
-    const QString port = QString::number(openPort(Udp));
-    BoardProcess board;
-    QVERIFY(board.startOnNetwork("udp", {"--act", "camera", "--test-pattern", "--big-endian", "--width",
-                                         "160", "--height", "120", "--fps", "10", "--devices", "2", "--delay",
-                                         "0", "--to-port", port}));
-    child<QCheckBox>("checkBigEndian")->setChecked(true);
-    QTRY_VERIFY_WITH_TIMEOUT(hasPicture(0) && hasPicture(1), 20000);
-    for (int device = 0; device < 2; ++device) { // bars: white, yellow, ...
-        QTRY_COMPARE(shown(device, 10, 10), qRgb(0xf8, 0xfc, 0xf8));
-        QCOMPARE(shown(device, 30, 10), qRgb(0xf8, 0xfc, 0));
-    }
-}
 
 void TestCameraLinks::begin(Protocol protocol)
 {
@@ -110,111 +206,6 @@ QByteArray TestCameraLinks::read(int count)
         return m_line->read(count);
     (void)QTest::qWaitFor([this, count] { return m_socket->bytesAvailable() >= count; }, 20000);
     return m_socket->readAll();
-}
-
-void TestCameraLinks::sendsAndCloses_data()
-{
-    QTest::addColumn<int>("protocol");
-    QTest::newRow("a server's client") << int(Server);
-    QTest::newRow("a client") << int(Client);
-    QTest::newRow("a serial port") << int(Serial);
-}
-
-// A request leaves over each link, and one that was sent last leaves before it closes.
-void TestCameraLinks::sendsAndCloses()
-{
-    QFETCH(int, protocol);
-    begin(Protocol(protocol));
-    m_page->SltReadWriteRegister("3008", "", 7);
-    QCOMPARE(lastNotice(), QStringLiteral("没有已连接的摄像头，数据未发送！"));
-    QVERIFY(plugIn());
-    write("x");
-    QTRY_COMPARE(m_page->counts().at(1), QString("1"));      // each side knows of the other
-    const QByteArray head = QByteArray("ORVN").append('\0'); // and the device
-    m_page->SltReadWriteRegister("3008", "", 7);
-    const int size = 4 + 1 + 4 + 1 + 2 + child<QSpinBox>("spinAddressLength")->value() + 2;
-    const QByteArray request = read(size);
-    QCOMPARE(request.size(), size);
-    QVERIFY(request.startsWith(head) && request.at(9) == 0x11);
-    QTRY_COMPARE(m_page->counts().at(0), QString::number(size));
-
-    m_page->SltReadWriteRegister("3008", "", 7);
-    const QSignalSpy closed(m_page.get(), &CameraDebugWidget::signalClosed);
-    m_page->closeLinks();
-    QCOMPARE(read(size), request);
-    QTRY_VERIFY(m_page->isClosed());
-    QCOMPARE(closed.count(), 1);
-    QVERIFY(!isOpen());
-    if (protocol != Serial) // which closes before the system has reported the last bytes
-        QCOMPARE(m_page->counts().at(0), QString::number(2 * size));
-}
-
-// Each in two halves, all first halves before the second ones.
-void TestCameraLinks::takesTwentySenders()
-{
-    const quint16 port = openPort(Server);
-    const QByteArray frame = "ORVN" + QByteArray::fromHex("001200000002") + "123456cc";
-    QList<QTcpSocket *> boards;
-    for (int i = 0; i < 20; ++i) {
-        boards.append(new QTcpSocket(m_page.get()));
-        boards.last()->connectToHost(QHostAddress::LocalHost, port);
-        boards.last()->write(frame.left(13));
-    }
-    QTRY_COMPARE_WITH_TIMEOUT(m_page->counts().at(1).toInt(), 20 * 13, 20000);
-    for (QTcpSocket *board : qAsConst(boards))
-        board->write(frame.mid(13));
-    QTRY_COMPARE_WITH_TIMEOUT(m_page->frames(), qint64(20), 20000);
-    click("btnCameraOpen");
-    QTRY_VERIFY(!isOpen());
-
-    // Nobody says when a sender of datagrams has ended: there is a limit, which is told.
-    const quint16 udpPort = openPort(Udp);
-    for (int i = 0; i < 17; ++i)
-        (new QUdpSocket(m_page.get()))->writeDatagram("ORVN", QHostAddress::LocalHost, udpPort);
-    QTRY_COMPARE_WITH_TIMEOUT(lastNotice(), QStringLiteral("UDP发送方超过16个，图像可能不完整！"), 20000);
-}
-
-void TestCameraLinks::forgetsHalfAFrame_data()
-{
-    sendsAndCloses_data();
-}
-
-// The link breaks in the middle of a red picture. The next one is blue, and
-// comes in two pieces, so that no header at the start of a chunk mends anything.
-void TestCameraLinks::forgetsHalfAFrame()
-{
-    QFETCH(int, protocol);
-    const bool isJpeg = protocol == Client;
-    const QByteArray announcement = "ORVN" + QByteArray::fromHex("000f000000010502000100"); // RGB888, 2 x 1
-    const QByteArray header = "ORVN" + QByteArray::fromHex("001200000002");
-    const QByteArray red =
-        isJpeg ? jpegFile(40, Qt::red).left(400) : announcement + header + QByteArray::fromHex("ff0000");
-    const QByteArray blue =
-        isJpeg ? jpegFile(40, Qt::blue) : header + QByteArray::fromHex("0000ff0000ff") + "cc";
-    child<QCheckBox>("checkJpegData")->setChecked(isJpeg);
-    const auto received = [this] { return m_page->counts().at(1).toInt(); };
-
-    begin(Protocol(protocol));
-    QVERIFY(plugIn());
-    write(red);
-    QTRY_COMPARE(received(), red.size());
-    const int notices = m_notices->size();
-    pullOut();
-    QTRY_VERIFY(m_notices->size() > notices); // the page has noticed
-    if (protocol == Serial)
-        QCOMPARE(lastNotice(), QStringLiteral("当前串口已拔出，请重新打开!"));
-    QCOMPARE(isOpen(), protocol == Server);
-    QVERIFY(plugIn());
-    write(blue.left(2));
-    QTRY_COMPARE(received(), red.size() + 2);
-    write(blue.mid(2));
-    QTRY_VERIFY(hasPicture(0));
-    QCOMPARE(m_page->frames(), qint64(1));
-    const QImage picture = child<ImageViewer>("imageViewer")->image(0).toImage();
-    for (const QPoint &at : {QPoint(0, 0), QPoint(picture.width() - 1, picture.height() - 1)}) {
-        const QColor color = picture.pixelColor(at);
-        QVERIFY2(color.blue() > 250 && color.red() < 5, qPrintable(color.name()));
-    }
 }
 
 QTEST_MAIN(TestCameraLinks)

@@ -16,130 +16,128 @@ class TestCameraPage : public CameraPageTest
     Q_OBJECT
 
 private slots:
-    void toleratesChecksums();
-    void gathersFromASlowLine();
-    void resynchronizes();
-    void showsOnlyTheNewest();
-    void takesRawJpegs();
-    void savesAndCopies();
-};
-
-void TestCameraPage::toleratesChecksums()
-{
-    m_page->SltRecvImageData("b", "ORVN" + QByteArray::fromHex("000f000000010501000100"));
-    const QByteArray red = "ORVN" + QByteArray::fromHex("000f00000002ff0000bad0");
-    child<QCheckBox>("checkCrc16")->setChecked(true);
-    m_page->SltRecvImageData("b", red);
-    QCOMPARE(m_page->frames(), qint64(0));
-    QVERIFY(child<QLabel>("labelImageError")->isVisible());
-    child<QCheckBox>("checkCrc16")->setChecked(false);
-    m_page->SltRecvImageData("b", red);
-    QCOMPARE(m_page->frames(), qint64(1));
-    QTRY_VERIFY(hasPicture(0));
-    QCOMPARE(shown(0, 0, 0), qRgb(255, 0, 0));
-    // A loss is told once, and again behind a packet.
-    const auto error = [this] { return child<QLabel>("labelImageError")->toolTip(); };
-    m_page->SltRecvImageData("b", "ORVN" + QByteArray::fromHex("00ffffffff02") + "ab");
-    QCOMPARE(error(), QStringLiteral("数据包长度异常，已丢弃"));
-    m_page->SltRecvImageData("b", red);
-    m_page->SltRecvImageData("b", "this is no packet");
-    QCOMPARE(error(), QStringLiteral("无法识别的数据，已丢弃"));
-}
-
-// The line hands over byte after byte; two announcements have to arrive whole.
-void TestCameraPage::gathersFromASlowLine()
-{
-    choose(Serial);
-    auto *port = m_page->findChild<SerialLink *>();
-    const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
-                             QByteArray::fromHex("00110000000105040005000000");
-    for (const char byte : bytes)
-        emit port->received(QByteArray(1, byte), 0, {});
-    QTRY_COMPARE(child<QSpinBox>("spinImageHeight")->value(), 5);
-    QCOMPARE(m_notices->at(0).at(0).toString(),
-             QStringLiteral("设备[2]修改图像格式[RGB888]成功: 宽度: 2像素,高度：3像素."));
-    child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
-    QCOMPARE(child<QSpinBox>("spinImageWidth")->value(), 2);
-    QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 3);
-    QCOMPARE(child<QComboBox>("comboImageFormat")->currentText(), QStringLiteral("RGB888"));
-}
-
-// Joined in the middle of a frame, without a pause: dark for a second, then one
-// notice, and what was dropped is counted.
-void TestCameraPage::resynchronizes()
-{
-    const QByteArray frame = "ORVN" + QByteArray::fromHex("001000000002") + "1234cc";
-    const QByteArray piece = (frame.mid(3) + frame.left(3)).repeated(100);
-    QTRY_VERIFY_WITH_TIMEOUT((m_page->SltRecvImageData("a", piece), m_page->frames() > 0), 20000);
-    m_page->SltRecvImageData("a", piece);
-    QCOMPARE(m_notices->size(), 1);
-    QCOMPARE(lastNotice(), QStringLiteral("图像数据失步，已重新同步"));
-    m_page->SltCalculationRate();
-    QVERIFY(!child<QLabel>("labelSkipped")->toolTip().contains(QStringLiteral("数据：0 字节")));
-    QCOMPARE(child<QLabel>("labelImageError")->toolTip(), QStringLiteral("设备[1]的图像数据校验错误"));
-}
-
-void TestCameraPage::showsOnlyTheNewest()
-{
-    child<QSpinBox>("spinImageWidth")->setValue(1);
-    child<QSpinBox>("spinImageHeight")->setValue(1);
-    const QByteArray frame = "ORVN" + QByteArray::fromHex("00100000000200001f00") + "cc";
-    m_page->SltRecvImageData("a", frame.left(12)); // not completed
-    m_page->SltRecvImageData("a", frame.repeated(50));
-    QCOMPARE(m_page->frames(), qint64(50));
-    QTRY_COMPARE(m_page->frameShow().shown(), qint64(1));
-    m_page->SltCalculationRate();
-    QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 50"));
-    QCOMPARE(child<QLabel>("labelSkipped")->text(), QStringLiteral("未显示: 50"));
-    m_page->clearCounts();
-    QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 0"));
-}
-
-void TestCameraPage::takesRawJpegs()
-{
-    child<QCheckBox>("checkJpegData")->setChecked(true);
-    const QByteArray file = jpegFile(40, Qt::green);
-    m_page->SltRecvImageData("a", "noise" + file + file.left(50));
-    m_page->SltRecvImageData("a", file.mid(50));
-    QCOMPARE(m_page->frames(), qint64(2));
-    QTRY_VERIFY(hasPicture(0));
-    QCOMPARE(child<ImageViewer>("imageViewer")->image(0).size(), QSize(40, 40));
-    // Half a picture is forgotten with the mode.
-    m_page->SltRecvImageData("a", file.left(50));
-    child<QCheckBox>("checkJpegData")->setChecked(false);
-    child<QCheckBox>("checkJpegData")->setChecked(true);
-    m_page->SltRecvImageData("a", file.mid(50) + file);
-    QCOMPARE(m_page->frames(), qint64(3));
-    QTRY_COMPARE(m_page->frameShow().shown() + m_page->frameShow().skipped(), qint64(3));
-}
-
-void TestCameraPage::savesAndCopies()
-{
-    click("btnSaveImage");
-    QCOMPARE(lastNotice(), QStringLiteral("还没有图像，无法保存！"));
-    QPixmap picture(20, 10);
-    picture.fill(Qt::blue);
-    child<ImageViewer>("imageViewer")->setImage(0, picture);
-    picture.fill(Qt::red);
-    child<ImageViewer>("imageViewer")->setImage(1, picture);
-    for (const char *name : {"a.png", "a.jpg"}) {
-        const QString file = m_root->filePath(QLatin1String(name));
-        DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
-        click("btnSaveImage");
-        const QColor saved = QImage(file).pixelColor(5, 5);
-        QVERIFY(saved.blue() > 250 && saved.red() < 5);
-        QCOMPARE(QImage(file).size(), QSize(20, 10));
+    void toleratesChecksums()
+    {
+        m_page->SltRecvImageData("b", "ORVN" + QByteArray::fromHex("000f000000010501000100"));
+        const QByteArray red = "ORVN" + QByteArray::fromHex("000f00000002ff0000bad0");
+        child<QCheckBox>("checkCrc16")->setChecked(true);
+        m_page->SltRecvImageData("b", red);
+        QCOMPARE(m_page->frames(), qint64(0));
+        QVERIFY(child<QLabel>("labelImageError")->isVisible());
+        child<QCheckBox>("checkCrc16")->setChecked(false);
+        m_page->SltRecvImageData("b", red);
+        QCOMPARE(m_page->frames(), qint64(1));
+        QTRY_VERIFY(hasPicture(0));
+        QCOMPARE(shown(0, 0, 0), qRgb(255, 0, 0));
+        // A loss is told once, and again behind a packet.
+        const auto error = [this] { return child<QLabel>("labelImageError")->toolTip(); };
+        m_page->SltRecvImageData("b", "ORVN" + QByteArray::fromHex("00ffffffff02") + "ab");
+        QCOMPARE(error(), QStringLiteral("数据包长度异常，已丢弃"));
+        m_page->SltRecvImageData("b", red);
+        m_page->SltRecvImageData("b", "this is no packet");
+        QCOMPARE(error(), QStringLiteral("无法识别的数据，已丢弃"));
     }
-    const QString nowhere = m_root->filePath("a.png/below.png");
-    DialogAnswers::instance().fileNames = [nowhere](auto...) { return QStringList{nowhere}; };
-    DialogAnswers::instance().message = [](auto...) { return 1; };
-    click("btnSaveImage");
-    QVERIFY(lastNotice().startsWith(nowhere + QStringLiteral(" 保存失败：")) && !lastNotice().endsWith("："));
-    child<QComboBox>("comboDeviceCount")->setCurrentIndex(1);
-    child<QComboBox>("comboPicture")->setCurrentIndex(1);
-    click("btnCopyImage");
-    QCOMPARE(QApplication::clipboard()->image().pixelColor(5, 5), QColor(Qt::red));
-}
+
+    // The line hands over byte after byte; two announcements have to arrive whole.
+    void gathersFromASlowLine()
+    {
+        choose(Serial);
+        auto *port = m_page->findChild<SerialLink *>();
+        const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
+                                 QByteArray::fromHex("00110000000105040005000000");
+        for (const char byte : bytes)
+            emit port->received(QByteArray(1, byte), 0, {});
+        QTRY_COMPARE(child<QSpinBox>("spinImageHeight")->value(), 5);
+        QCOMPARE(m_notices->at(0).at(0).toString(),
+                 QStringLiteral("设备[2]修改图像格式[RGB888]成功: 宽度: 2像素,高度：3像素."));
+        child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
+        QCOMPARE(child<QSpinBox>("spinImageWidth")->value(), 2);
+        QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 3);
+        QCOMPARE(child<QComboBox>("comboImageFormat")->currentText(), QStringLiteral("RGB888"));
+    }
+
+    // Joined in the middle of a frame, without a pause: dark for a second, then one
+    // notice, and what was dropped is counted.
+    void resynchronizes()
+    {
+        const QByteArray frame = "ORVN" + QByteArray::fromHex("001000000002") + "1234cc";
+        const QByteArray piece = (frame.mid(3) + frame.left(3)).repeated(100);
+        QTRY_VERIFY_WITH_TIMEOUT((m_page->SltRecvImageData("a", piece), m_page->frames() > 0), 20000);
+        m_page->SltRecvImageData("a", piece);
+        QCOMPARE(m_notices->size(), 1);
+        QCOMPARE(lastNotice(), QStringLiteral("图像数据失步，已重新同步"));
+        m_page->SltCalculationRate();
+        QVERIFY(!child<QLabel>("labelSkipped")->toolTip().contains(QStringLiteral("数据：0 字节")));
+        QCOMPARE(child<QLabel>("labelImageError")->toolTip(), QStringLiteral("设备[1]的图像数据校验错误"));
+    }
+
+    void showsOnlyTheNewest()
+    {
+        child<QSpinBox>("spinImageWidth")->setValue(1);
+        child<QSpinBox>("spinImageHeight")->setValue(1);
+        const QByteArray frame = "ORVN" + QByteArray::fromHex("00100000000200001f00") + "cc";
+        m_page->SltRecvImageData("a", frame.left(12)); // not completed
+        m_page->SltRecvImageData("a", frame.repeated(50));
+        QCOMPARE(m_page->frames(), qint64(50));
+        QTRY_COMPARE(m_page->frameShow().shown(), qint64(1));
+        m_page->SltCalculationRate();
+        QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 50"));
+        QCOMPARE(child<QLabel>("labelSkipped")->text(), QStringLiteral("未显示: 50"));
+        m_page->clearCounts();
+        QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 0"));
+    }
+
+    void takesRawJpegs()
+    {
+        child<QCheckBox>("checkJpegData")->setChecked(true);
+        const QByteArray file = jpegFile(40, Qt::green);
+        m_page->SltRecvImageData("a", "noise" + file + file.left(50));
+        m_page->SltRecvImageData("a", file.mid(50));
+        QCOMPARE(m_page->frames(), qint64(2));
+        QTRY_VERIFY(hasPicture(0));
+        QCOMPARE(child<ImageViewer>("imageViewer")->image(0).size(), QSize(40, 40));
+        // Half a picture is forgotten with the mode.
+        m_page->SltRecvImageData("a", file.left(50));
+        child<QCheckBox>("checkJpegData")->setChecked(false);
+        child<QCheckBox>("checkJpegData")->setChecked(true);
+        m_page->SltRecvImageData("a", file.mid(50) + file);
+        QCOMPARE(m_page->frames(), qint64(3));
+        QTRY_COMPARE(m_page->frameShow().shown() + m_page->frameShow().skipped(), qint64(3));
+    }
+
+    void savesAndCopies()
+    {
+        click("btnSaveImage");
+        QCOMPARE(lastNotice(), QStringLiteral("还没有图像，无法保存！"));
+        QPixmap picture(20, 10);
+        picture.fill(Qt::blue);
+        child<ImageViewer>("imageViewer")->setImage(0, picture);
+        picture.fill(Qt::red);
+        child<ImageViewer>("imageViewer")->setImage(1, picture);
+        for (const char *name : {"a.png", "a.jpg"}) {
+            const QString file = m_root->filePath(QLatin1String(name));
+            DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
+            click("btnSaveImage");
+            const QColor saved = QImage(file).pixelColor(5, 5);
+            QVERIFY(saved.blue() > 250 && saved.red() < 5);
+            QCOMPARE(QImage(file).size(), QSize(20, 10));
+        }
+        const QString nowhere = m_root->filePath("a.png/below.png");
+        DialogAnswers::instance().fileNames = [nowhere](auto...) { return QStringList{nowhere}; };
+        DialogAnswers::instance().message = [](auto...) { return 1; };
+        click("btnSaveImage");
+        QVERIFY(lastNotice().startsWith(nowhere + QStringLiteral(" 保存失败：")) &&
+                !lastNotice().endsWith("："));
+        child<QComboBox>("comboDeviceCount")->setCurrentIndex(1);
+        child<QComboBox>("comboPicture")->setCurrentIndex(1);
+        const QImage page = child<ImageViewer>("imageViewer")->grab().toImage();
+        const int y = page.height() / 2;
+        QVERIFY(page.pixelColor(page.width() / 4, y) == Qt::blue &&
+                page.pixelColor(page.width() * 3 / 4, y) == Qt::red);
+        click("btnCopyImage");
+        QCOMPARE(QApplication::clipboard()->image().pixelColor(5, 5), QColor(Qt::red));
+    }
+};
 
 QTEST_MAIN(TestCameraPage)
 #include "test_camera_page.moc"

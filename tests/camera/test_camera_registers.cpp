@@ -19,13 +19,157 @@ class TestCameraRegisters : public CameraPageTest
     Q_OBJECT
 
 private slots:
-    void readsAndWritesRegisters();
-    void reportsBadReplies();
-    void readsFromTheBoardAsked();
-    void readsAndWritesTables();
-    void stopsTables();
-    void asksBeforeTablesAreLost();
-    void keepsSettings();
+    // The board's registers hold seven times their address.
+    void readsAndWritesRegisters()
+    {
+        BoardProcess board;
+        QVERIFY(connectBoard(board, {"--value-length", "2"}));
+        child<QSpinBox>("spinValueLength")->setValue(2);
+        QCOMPARE(readValue("3008"), QStringLiteral("5038"));
+        auto *value = child<QLineEdit>("editRegisterValue");
+        value->setText("beef");
+        click("btnWriteRegister");
+        QCOMPARE(readValue("3008"), QStringLiteral("BEEF"));
+        QCOMPARE(m_page->counts().at(0).toInt(), 16 + 16 + 16);
+        for (const auto &error : {std::make_pair("4000", "没有这个寄存器!"),
+                                  std::make_pair("00EE", "寄存器读取错误，错误代码[5]!")}) {
+            child<QLineEdit>("editRegisterAddress")->setText(error.first);
+            click("btnReadRegister");
+            QTRY_COMPARE_WITH_TIMEOUT(tip(), QString::fromUtf8(error.second), 20000);
+        }
+        child<QSpinBox>("spinAddressLength")->setValue(5);
+        click("btnReadRegister");
+        QCOMPARE(tip(), QStringLiteral("寄存器地址长度设置错误[1~4]"));
+        child<QSpinBox>("spinAddressLength")->setValue(2);
+        child<QSpinBox>("spinValueLength")->setValue(0);
+        value->setText("5A");
+        click("btnWriteRegister");
+        QCOMPARE(tip(), QStringLiteral("寄存器值长度设置错误[1~4]"));
+    }
+
+    void reportsBadReplies()
+    {
+        const QByteArray begin("ORVN\0", 5);
+        m_page->SltRecvImageData("board", begin + QByteArray::fromHex("1000000011010830000000"));
+        QCOMPARE(tip(), QStringLiteral("数据包接收错误!"));
+        m_page->SltRecvImageData("board", begin + QByteArray::fromHex("11000000110008305a5a0000"));
+        QCOMPARE(tip(), QStringLiteral("当前数据长度与配置不符合！"));
+    }
+
+    // Only what the asked board says becomes the value.
+    void readsFromTheBoardAsked()
+    {
+        child<QLineEdit>("editRegisterAddress")->setText("3008");
+        const quint16 port = openPort(Udp);
+        QUdpSocket asked;
+        QUdpSocket other;
+        QVERIFY(asked.bind(QHostAddress(QHostAddress::LocalHost)) &&
+                other.bind(QHostAddress(QHostAddress::LocalHost)));
+        child<QLineEdit>("editCameraDestinationPort")->setText(QString::number(asked.localPort()));
+        const auto reply = [this, port](QUdpSocket &board, const char *text) {
+            const int before = m_page->counts().at(1).toInt();
+            const QByteArray packet = "ORVN" + QByteArray::fromHex(text);
+            board.writeDatagram(packet, QHostAddress::LocalHost, port);
+            return QTest::qWaitFor([&] { return m_page->counts().at(1).toInt() == before + packet.size(); },
+                                   20000);
+        };
+        auto *value = child<QLineEdit>("editRegisterValue");
+        value->setText("55");
+        click("btnReadRegister");
+        QCOMPARE(value->text(), QString());                         // no answer leaves none
+        m_page->findChild<RegisterSession *>()->reportUnanswered(); // its timer does in a second
+        QCOMPARE(lastNotice(), QStringLiteral("寄存器[3008]没有应答！"));
+        QVERIFY(reply(asked, "00100000001100aaaa010000")); // the board is known now
+        QVERIFY(reply(other, "001000000011000830020000"));
+        QCOMPARE(value->text(), QString());
+        QVERIFY(reply(asked, "001000000011000830040000"));
+        QCOMPARE(value->text(), QStringLiteral("04"));
+    }
+
+    void readsAndWritesTables()
+    {
+        BoardProcess board;
+        QVERIFY(connectBoard(board));
+        QVERIFY(m_page->mayClose());
+        DataManagerWidget *const writes =
+            openTable("btnWriteTable", {{"3001", "11"}, {"3002", "1234"}, {"3003", "33"}});
+        press(writes, "btnConfirm");
+        QTRY_COMPARE_WITH_TIMEOUT(progress(writes), QStringLiteral("已完成 2/2，未发送 1"), 20000);
+        // The board is silent about the third and refuses the fourth.
+        DataManagerWidget *const reads =
+            openTable("btnReadTable", {{"3001", ""}, {"3002", ""}, {"00DD", "old"}, {"4000", "old"}});
+        press(reads, "btnConfirm");
+        press(writes, "btnConfirm");
+        QCOMPARE(lastNotice(), QStringLiteral("另一个寄存器表正在读写，请稍候！"));
+        QTRY_COMPARE_WITH_TIMEOUT(progress(reads), QStringLiteral("已完成 4/4，无应答 1，错误 1"), 20000);
+        const QStringList values{"11", "0E", "", ""}; // a board's register holds seven times its address
+        for (int row = 0; row < values.size(); ++row)
+            QCOMPARE(reads->findChild<QTableView *>()->model()->index(row, 2).data().toString(),
+                     values.at(row));
+        int questions = 0;
+        DialogAnswers::instance().message = [&questions](auto...) { return questions++; }; // cancelled
+        QVERIFY(!m_page->mayClose());
+        QCOMPARE(questions, 1);
+    }
+
+    void stopsTables()
+    {
+        BoardProcess board;
+        QVERIFY(connectBoard(board));
+        DataManagerWidget *const table =
+            openTable("btnReadTable", QVector<QStringList>(90, {"00DD", ""}).toList());
+        auto *confirm = table->findChild<QPushButton *>("btnConfirm");
+        const QList<std::function<void()>> ends{
+            [table] { press(table, "btnStopRegisters"); }, [table] { press(table, "btnCancel"); },
+            [&board] { board.stop(); }, // the next request has nobody to go to
+        };
+        for (const auto &end : ends) {
+            table->show();
+            press(table, "btnConfirm");
+            QTRY_VERIFY_WITH_TIMEOUT(progress(table).startsWith(QStringLiteral("正在进行")), 20000);
+            end();
+            QTRY_VERIFY_WITH_TIMEOUT(confirm->isEnabled(), 20000);
+            QVERIFY(progress(table).startsWith(QStringLiteral("已停止")));
+        }
+        openPort(Udp);
+        child<QLineEdit>("editCameraDestinationPort")->setText("9");
+        table->show();
+        press(table, "btnConfirm");
+        m_page.reset(); // while it runs
+    }
+
+    // Of the registers, and of the link that was opened.
+    void keepsSettings()
+    {
+        QTcpServer board;
+        QVERIFY(board.listen());
+        choose(Client);
+        child<QLineEdit>("editCameraServerAddress")->setText("localhost");
+        child<QLineEdit>("editCameraPort")->setText(QString::number(board.serverPort()));
+        click("btnCameraOpen");
+        QTRY_COMPARE(int(Settings::instance().camera.type), int(Client)); // once it is open
+        click("btnCameraOpen");
+        QTRY_VERIFY(!isOpen());
+        const QString port = QString::number(openPort(Udp));
+        click("btnCameraOpen");
+        child<QLineEdit>("editCameraDestinationPort")->setText("1234");
+        child<QLineEdit>("editCameraPort")->setText(port);
+        click("btnCameraOpen");
+        QVERIFY(isOpen());
+        child<QSpinBox>("spinAddressLength")->setValue(3);
+        child<QSpinBox>("spinValueLength")->setValue(4);
+        child<QSpinBox>("spinValueLength")->setValue(7); // nothing that could be used
+        Settings::instance() = Settings();
+        Settings::load();
+        const CameraDebugWidget again;
+        QCOMPARE(again.findChild<QSpinBox *>("spinAddressLength")->value(), 3);
+        QCOMPARE(again.findChild<QSpinBox *>("spinValueLength")->value(), 4);
+        QCOMPARE(again.findChild<QComboBox *>("comboCameraProtocol")->currentIndex(), int(Udp));
+        QCOMPARE(again.findChild<QLineEdit *>("editCameraPort")->text(), port);
+        QCOMPARE(again.findChild<QLineEdit *>("editCameraServerAddress")->text(),
+                 QStringLiteral("localhost"));
+        QCOMPARE(again.findChild<QLineEdit *>("editCameraDestinationPort")->text(), QStringLiteral("1234"));
+    }
 
 private:
     DataManagerWidget *openTable(const char *button, const QList<QStringList> &rows);
@@ -60,171 +204,6 @@ DataManagerWidget *TestCameraRegisters::openTable(const char *button, const QLis
         for (int column = 0; column < 2; ++column)
             model->setData(model->index(row, column + 1), rows.at(row).at(column));
     return table;
-}
-
-// The board's registers hold seven times their address.
-void TestCameraRegisters::readsAndWritesRegisters()
-{
-    BoardProcess board;
-    QVERIFY(connectBoard(board, {"--value-length", "2"}));
-    child<QSpinBox>("spinValueLength")->setValue(2);
-    QCOMPARE(readValue("3008"), QStringLiteral("5038"));
-    auto *value = child<QLineEdit>("editRegisterValue");
-    value->setText("beef");
-    click("btnWriteRegister");
-    QCOMPARE(readValue("3008"), QStringLiteral("BEEF"));
-    QCOMPARE(m_page->counts().at(0).toInt(), 16 + 16 + 16);
-    for (const auto &error : {std::make_pair("4000", "没有这个寄存器!"),
-                              std::make_pair("00EE", "寄存器读取错误，错误代码[5]!")}) {
-        child<QLineEdit>("editRegisterAddress")->setText(error.first);
-        click("btnReadRegister");
-        QTRY_COMPARE_WITH_TIMEOUT(tip(), QString::fromUtf8(error.second), 20000);
-    }
-    child<QSpinBox>("spinAddressLength")->setValue(5);
-    click("btnReadRegister");
-    QCOMPARE(tip(), QStringLiteral("寄存器地址长度设置错误[1~4]"));
-    child<QSpinBox>("spinAddressLength")->setValue(2);
-    child<QSpinBox>("spinValueLength")->setValue(0);
-    value->setText("5A");
-    click("btnWriteRegister");
-    QCOMPARE(tip(), QStringLiteral("寄存器值长度设置错误[1~4]"));
-}
-
-void TestCameraRegisters::reportsBadReplies()
-{
-    const QByteArray begin("ORVN\0", 5);
-    m_page->SltRecvImageData("board", begin + QByteArray::fromHex("1000000011010830000000"));
-    QCOMPARE(tip(), QStringLiteral("数据包接收错误!"));
-    m_page->SltRecvImageData("board", begin + QByteArray::fromHex("11000000110008305a5a0000"));
-    QCOMPARE(tip(), QStringLiteral("当前数据长度与配置不符合！"));
-}
-
-// Only what the asked board says becomes the value.
-void TestCameraRegisters::readsFromTheBoardAsked()
-{
-    child<QLineEdit>("editRegisterAddress")->setText("3008");
-    for (const Protocol closed : {Server, Client, Udp, Serial}) {
-        choose(closed);
-        m_notices->clear();
-        click("btnReadRegister");
-        QCOMPARE(lastNotice(), QStringLiteral("没有已连接的摄像头，数据未发送！"));
-    }
-    QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
-    const quint16 port = openPort(Udp);
-    QUdpSocket asked;
-    QUdpSocket other;
-    QVERIFY(asked.bind(QHostAddress(QHostAddress::LocalHost)) &&
-            other.bind(QHostAddress(QHostAddress::LocalHost)));
-    child<QLineEdit>("editCameraDestinationPort")->setText(QString::number(asked.localPort()));
-    const auto reply = [this, port](QUdpSocket &board, const char *text) {
-        const int before = m_page->counts().at(1).toInt();
-        const QByteArray packet = "ORVN" + QByteArray::fromHex(text);
-        board.writeDatagram(packet, QHostAddress::LocalHost, port);
-        return QTest::qWaitFor([&] { return m_page->counts().at(1).toInt() == before + packet.size(); },
-                               20000);
-    };
-    auto *value = child<QLineEdit>("editRegisterValue");
-    value->setText("55");
-    click("btnReadRegister");
-    QCOMPARE(value->text(), QString());                         // no answer leaves none
-    m_page->findChild<RegisterSession *>()->reportUnanswered(); // its timer does in a second
-    QCOMPARE(lastNotice(), QStringLiteral("寄存器[3008]没有应答！"));
-    QVERIFY(reply(asked, "00100000001100aaaa010000")); // the board is known now
-    QVERIFY(reply(other, "001000000011000830020000"));
-    QCOMPARE(value->text(), QString());
-    QVERIFY(reply(asked, "001000000011000830040000"));
-    QCOMPARE(value->text(), QStringLiteral("04"));
-}
-
-void TestCameraRegisters::readsAndWritesTables()
-{
-    BoardProcess board;
-    QVERIFY(connectBoard(board));
-    DataManagerWidget *const writes =
-        openTable("btnWriteTable", {{"3001", "11"}, {"3002", "1234"}, {"3003", "33"}});
-    press(writes, "btnConfirm");
-    QTRY_COMPARE_WITH_TIMEOUT(progress(writes), QStringLiteral("已完成 2/2，未发送 1"), 20000);
-    // The board is silent about the third and refuses the fourth.
-    DataManagerWidget *const reads =
-        openTable("btnReadTable", {{"3001", ""}, {"3002", ""}, {"00DD", "old"}, {"4000", "old"}});
-    press(reads, "btnConfirm");
-    press(writes, "btnConfirm");
-    QCOMPARE(lastNotice(), QStringLiteral("另一个寄存器表正在读写，请稍候！"));
-    QTRY_COMPARE_WITH_TIMEOUT(progress(reads), QStringLiteral("已完成 4/4，无应答 1，错误 1"), 20000);
-    const QStringList values{"11", "0E", "", ""}; // a board's register holds seven times its address
-    for (int row = 0; row < values.size(); ++row)
-        QCOMPARE(reads->findChild<QTableView *>()->model()->index(row, 2).data().toString(), values.at(row));
-}
-
-void TestCameraRegisters::stopsTables()
-{
-    BoardProcess board;
-    QVERIFY(connectBoard(board));
-    DataManagerWidget *const table =
-        openTable("btnReadTable", QVector<QStringList>(90, {"00DD", ""}).toList());
-    auto *confirm = table->findChild<QPushButton *>("btnConfirm");
-    const QList<std::function<void()>> ends{
-        [table] { press(table, "btnStopRegisters"); }, [table] { press(table, "btnCancel"); },
-        [&board] { board.stop(); }, // the next request has nobody to go to
-    };
-    for (const auto &end : ends) {
-        table->show();
-        press(table, "btnConfirm");
-        QTRY_VERIFY_WITH_TIMEOUT(progress(table).startsWith(QStringLiteral("正在进行")), 20000);
-        end();
-        QTRY_VERIFY_WITH_TIMEOUT(confirm->isEnabled(), 20000);
-        QVERIFY(progress(table).startsWith(QStringLiteral("已停止")));
-    }
-    openPort(Udp);
-    child<QLineEdit>("editCameraDestinationPort")->setText("9");
-    table->show();
-    press(table, "btnConfirm");
-    m_page.reset(); // while it runs
-}
-
-void TestCameraRegisters::asksBeforeTablesAreLost()
-{
-    QVERIFY(m_page->mayClose());
-    openTable("btnWriteTable", {{"3008", "1"}});
-    int questions = 0;
-    DialogAnswers::instance().message = [&questions](auto...) {
-        ++questions;
-        return 0;
-    };
-    QVERIFY(!m_page->mayClose());
-    QCOMPARE(questions, 1);
-}
-
-// Of the registers, and of the link that was opened.
-void TestCameraRegisters::keepsSettings()
-{
-    QTcpServer board;
-    QVERIFY(board.listen());
-    choose(Client);
-    child<QLineEdit>("editCameraServerAddress")->setText("localhost");
-    child<QLineEdit>("editCameraPort")->setText(QString::number(board.serverPort()));
-    click("btnCameraOpen");
-    QTRY_COMPARE(int(Settings::instance().camera.type), int(Client)); // once it is open
-    click("btnCameraOpen");
-    QTRY_VERIFY(!isOpen());
-    const QString port = QString::number(openPort(Udp));
-    click("btnCameraOpen");
-    child<QLineEdit>("editCameraDestinationPort")->setText("1234");
-    child<QLineEdit>("editCameraPort")->setText(port);
-    click("btnCameraOpen");
-    QVERIFY(isOpen());
-    child<QSpinBox>("spinAddressLength")->setValue(3);
-    child<QSpinBox>("spinValueLength")->setValue(4);
-    child<QSpinBox>("spinValueLength")->setValue(7); // nothing that could be used
-    Settings::instance() = Settings();
-    Settings::load();
-    const CameraDebugWidget again;
-    QCOMPARE(again.findChild<QSpinBox *>("spinAddressLength")->value(), 3);
-    QCOMPARE(again.findChild<QSpinBox *>("spinValueLength")->value(), 4);
-    QCOMPARE(again.findChild<QComboBox *>("comboCameraProtocol")->currentIndex(), int(Udp));
-    QCOMPARE(again.findChild<QLineEdit *>("editCameraPort")->text(), port);
-    QCOMPARE(again.findChild<QLineEdit *>("editCameraServerAddress")->text(), QStringLiteral("localhost"));
-    QCOMPARE(again.findChild<QLineEdit *>("editCameraDestinationPort")->text(), QStringLiteral("1234"));
 }
 
 QTEST_MAIN(TestCameraRegisters)

@@ -33,94 +33,89 @@ class TestFrameShow : public QObject
     Q_OBJECT
 
 private slots:
-    void decodesFormats_data();
-    void decodesFormats();
-    void takesTurns();
-    void showsOnlyTheNewest();
-};
-
-void TestFrameShow::decodesFormats_data()
-{
-    QTest::addColumn<int>("format");
-    QTest::addColumn<int>("side");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("shownSide"); // 0: nothing is shown
-    QTest::newRow("jpg file") << 1 << 100 << jpegFile() << 30;
-    QTest::newRow("png code, jpg file") << 3 << 100 << jpegFile() << 30;
-    QTest::newRow("file, no size announced") << 1 << 0 << jpegFile() << 30;
-    QTest::newRow("jpg code, raw") << 1 << 2 << QByteArray(12, 'x') << 2;
-    QTest::newRow("png code, raw") << 3 << 2 << QByteArray(12, 'x') << 2;
-    QTest::newRow("short and no file") << 1 << 2 << QByteArray(11, 'x') << 0;
-    QTest::newRow("corrupt jpg") << 1 << 100 << jpegFile().left(20) + QByteArray(400, 'z') << 0;
-    QTest::newRow("jpg of 32 scans") << 1 << 100 << progressive(32) << 8;
-    QTest::newRow("jpg of 33 scans") << 1 << 100 << progressive(33) << 0;
-    QTest::newRow("drawing") << 1 << 100 << QByteArray("<svg width='9' height='9'/>") << 0;
-    for (const int raw : {2, 4, 5, 7})
-        QTest::addRow("short data, code %d", raw) << raw << 64 << QByteArray(8, 'x') << 64;
-    QTest::newRow("unknown") << 9 << 2 << QByteArray(99, 'x') << 0;
-    QTest::newRow("no size") << 4 << 0 << QByteArray(99, 'x') << 0;
-    QTest::newRow("largest size") << 4 << 65535 << QByteArray(99, 'x') << 0;
-}
-
-void TestFrameShow::decodesFormats()
-{
-    QFETCH(int, format);
-    QFETCH(int, side);
-    QFETCH(QByteArray, bytes);
-    const ImageRecord record{quint8(format), quint16(side), quint16(side)};
-    const QImage picture = FrameShow::decode({bytes, record, false});
-    QTEST(picture.width(), "shownSide");
-    QCOMPARE(picture.height(), picture.width());
-}
-
-// However many frames arrive of one device, the other is shown as well.
-void TestFrameShow::takesTurns()
-{
-    for (const int busy : {0, 1}) {
-        FrameShow show;
-        const CameraFrameData frame{"1234", ImageRecord{4, 1, 1}, false};
-        QList<int> devices;
-        connect(&show, &FrameShow::pictureReady, this, [&](int device) {
-            devices.append(device);
-            show.add(busy, frame);
-            if (devices.size() == 2 || devices.size() == 4)
-                show.add(1 - busy, frame);
-        });
-        show.add(busy, frame);
-        QTRY_VERIFY_WITH_TIMEOUT(devices.size() >= 6, 20000);
-        QCOMPARE(devices.mid(0, 6), (QList<int>{busy, busy, 1 - busy, busy, 1 - busy, busy}));
+    void decodesFormats_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::addColumn<int>("side");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("shownSide"); // 0: nothing is shown
+        QTest::newRow("jpg file") << 1 << 100 << jpegFile() << 30;
+        QTest::newRow("png code, jpg file") << 3 << 100 << jpegFile() << 30;
+        QTest::newRow("file, no size announced") << 1 << 0 << jpegFile() << 30;
+        QTest::newRow("jpg code, raw") << 1 << 2 << QByteArray(12, 'x') << 2;
+        QTest::newRow("png code, raw") << 3 << 2 << QByteArray(12, 'x') << 2;
+        QTest::newRow("short and no file") << 1 << 2 << QByteArray(11, 'x') << 0;
+        QTest::newRow("corrupt jpg") << 1 << 100 << jpegFile().left(20) + QByteArray(400, 'z') << 0;
+        QTest::newRow("jpg of 32 scans") << 1 << 100 << progressive(32) << 8;
+        QTest::newRow("jpg of 33 scans") << 1 << 100 << progressive(33) << 0;
+        QTest::newRow("drawing") << 1 << 100 << QByteArray("<svg width='9' height='9'/>") << 0;
+        for (const int raw : {2, 4, 5, 7})
+            QTest::addRow("short data, code %d", raw) << raw << 64 << QByteArray(8, 'x') << 64;
+        QTest::newRow("unknown") << 9 << 2 << QByteArray(99, 'x') << 0;
+        QTest::newRow("no size") << 4 << 0 << QByteArray(99, 'x') << 0;
+        QTest::newRow("largest size") << 4 << 65535 << QByteArray(99, 'x') << 0;
     }
-}
 
-// And a picture that takes long leaves as much time for the rest.
-void TestFrameShow::showsOnlyTheNewest()
-{
-    FrameShow show;
-    QList<int> widths;
-    QElapsedTimer clock;
-    connect(&show, &FrameShow::pictureReady, this, [&](int, const QImage &picture) {
-        widths.append(picture.width());
-        for (clock.start(); clock.elapsed() < 40;) {
+    void decodesFormats()
+    {
+        QFETCH(int, format);
+        QFETCH(int, side);
+        QFETCH(QByteArray, bytes);
+        const ImageRecord record{quint8(format), quint16(side), quint16(side)};
+        const QImage picture = FrameShow::decode({bytes, record, false});
+        QTEST(picture.width(), "shownSide");
+        QCOMPARE(picture.height(), picture.width());
+    }
+
+    // However many frames arrive of one device, the other is shown as well.
+    void takesTurns()
+    {
+        for (const int busy : {0, 1}) {
+            FrameShow show;
+            const CameraFrameData frame{"1234", ImageRecord{4, 1, 1}, false};
+            QList<int> devices;
+            connect(&show, &FrameShow::pictureReady, this, [&](int device) {
+                devices.append(device);
+                show.add(busy, frame);
+                if (devices.size() == 2 || devices.size() == 4)
+                    show.add(1 - busy, frame);
+            });
+            show.add(busy, frame);
+            QTRY_VERIFY_WITH_TIMEOUT(devices.size() >= 6, 20000);
+            QCOMPARE(devices.mid(0, 6), (QList<int>{busy, busy, 1 - busy, busy, 1 - busy, busy}));
         }
-        clock.start();
-    });
-    const CameraFrameData noPicture{"no picture", std::nullopt, false};
-    QList<qint64> pausesMs;
-    connect(&show, &FrameShow::undecodable, this, [&] {
-        pausesMs.append(clock.restart());
-        if (pausesMs.size() == 1)
-            QTimer::singleShot(0, &show, [&] { show.add(0, noPicture); });
-    });
-    for (int side = 1; side <= 5; ++side)
-        show.add(1, {QByteArray(75, 'x'), ImageRecord{5, quint16(side), quint16(side)}, false});
-    show.add(0, noPicture);
-    QTRY_VERIFY_WITH_TIMEOUT(show.unusable() == 2, 20000);
-    QVERIFY(pausesMs.at(0) >= 40 && pausesMs.at(1) >= 15);
-    QCOMPARE(widths, QList<int>{5});
-    QVERIFY(show.shown() == 1 && show.skipped() == 4);
-    show.clearCounts();
-    QVERIFY(show.shown() == 0 && show.skipped() == 0 && show.unusable() == 0);
-}
+    }
+
+    // And a picture that takes long leaves as much time for the rest.
+    void showsOnlyTheNewest()
+    {
+        FrameShow show;
+        QList<int> widths;
+        QElapsedTimer clock;
+        connect(&show, &FrameShow::pictureReady, this, [&](int, const QImage &picture) {
+            widths.append(picture.width());
+            for (clock.start(); clock.elapsed() < 40;) {
+            }
+            clock.start();
+        });
+        const CameraFrameData noPicture{"no picture", std::nullopt, false};
+        QList<qint64> pausesMs;
+        connect(&show, &FrameShow::undecodable, this, [&] {
+            pausesMs.append(clock.restart());
+            if (pausesMs.size() == 1)
+                QTimer::singleShot(0, &show, [&] { show.add(0, noPicture); });
+        });
+        for (int side = 1; side <= 5; ++side)
+            show.add(1, {QByteArray(75, 'x'), ImageRecord{5, quint16(side), quint16(side)}, false});
+        show.add(0, noPicture);
+        QTRY_VERIFY_WITH_TIMEOUT(show.unusable() == 2, 20000);
+        QVERIFY(pausesMs.at(0) >= 40 && pausesMs.at(1) >= 15);
+        QCOMPARE(widths, QList<int>{5});
+        QVERIFY(show.shown() == 1 && show.skipped() == 4);
+        show.clearCounts();
+        QVERIFY(show.shown() == 0 && show.skipped() == 0 && show.unusable() == 0);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestFrameShow)
 #include "test_frameshow.moc"

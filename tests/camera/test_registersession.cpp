@@ -5,18 +5,173 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#define COMPARE_LOG(expected) QCOMPARE(std::exchange(m_log, {}).trimmed(), QStringLiteral(expected))
+
 class TestRegisterSession : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void readsOneRegister();
-    void readsTables();
-    void addsLateReplies();
-    void writesTables();
-    void stops();
-    void paces();
+    void init()
+    {
+        m_session = std::make_unique<RegisterSession>();
+        m_log.clear();
+        m_isConnected = true;
+        const auto session = m_session.get();
+        connect(session, &RegisterSession::requested, this, [this](const RegisterSession::Request &request) {
+            if (!m_isConnected)
+                return m_session->stopAll();
+            m_log += QString::number(request.address, 16);
+            m_log += request.value ? '=' + QString::number(*request.value, 16) + ' ' : QStringLiteral(" ");
+        });
+        connect(session, &RegisterSession::valueRead, this,
+                [this](const QString &text) { m_log += "value " + text + ' '; });
+        connect(session, &RegisterSession::unanswered, this,
+                [this](quint32 address) { m_log += "unanswered " + QString::number(address, 16) + ' '; });
+        connect(session, &RegisterSession::progressed, this, [this] { m_log += QStringLiteral(". "); });
+        connect(session, &RegisterSession::finished, this, [this](RegisterSession::Access access) {
+            const RegisterSession::Progress at = m_session->progress();
+            m_log += QString::asprintf("%d finished %d/%d %d %d %d ", access, at.done, at.total,
+                                       at.unanswered, at.refused, at.notSent);
+        });
+    }
+
+    // The reply has the low 16 bits of the address that was asked for.
+    void readsOneRegister()
+    {
+        m_session->setTarget({1, 4, 1});
+        QVERIFY(m_session->read(0x23008));
+        reply(0, 0x3008, "01"); // of the other device
+        reply(1, 0x3009, "02");
+        m_session->reportUnanswered();
+        reply(1, 0x3008, "03"); // late
+        reply(1, 0x3008, "04"); // asked for once
+        m_session->reportUnanswered();
+        COMPARE_LOG("23008 unanswered 23008 value 03");
+        m_session->read(0x10);
+        reply(1, 0x10, "05", false);
+        reply(1, 0x10, "06");
+        m_session->write(0x3008, 0);
+        COMPARE_LOG("10 3008=0");
+        m_session->read(1);
+        m_session->stopAll();
+        m_session->reportUnanswered();
+        reply(1, 1, "07");
+        COMPARE_LOG("1");
+        m_isConnected = false;
+        QVERIFY(!m_session->read(1));
+    }
+
+    void readsTables()
+    {
+        fill(RegisterSession::Read, {{"3001", ""},
+                                     {"13002", "old"}, // answered as 3002
+                                     {"00DD", "old"},
+                                     {"4000", "old"},
+                                     {"寄存器地址", "x"},
+                                     {"1000000", "old"}, // too wide
+                                     {" 0xFFFFFF", ""}});
+        m_session->setTarget({0, 3, 1});
+        QVERIFY(m_session->start(RegisterSession::Read));
+        QVERIFY(!m_session->start(RegisterSession::Write));
+        m_session->advance();
+        reply(1, 0x3001, "99");
+        reply(0, 0x3002, "99"); // will be read
+        QCOMPARE(rows(), QStringLiteral(" |old |old |old |x |oldN| "));
+        reply(0, 0x3001, "07");
+        COMPARE_LOG("3001 . .");
+        m_session->advance();
+        m_session->setTarget({1, 3, 1}); // for the next request
+        reply(0, 0x3002, "0E");
+        m_session->advance();
+        m_session->advance(); // no reply
+        m_session->advance();
+        reply(1, 0x4000, "99", false);
+        m_session->advance();
+        reply(1, 0xFFFF, "70");
+        COMPARE_LOG("13002 . . dd . . 4000 . . ffffff . .");
+        m_session->advance();
+        QVERIFY(!m_session->isRunning());
+        COMPARE_LOG("0 finished 5/5 1 1 1");
+        QCOMPARE(rows(), QStringLiteral("07A|0EA|U|R|x |oldN|70A"));
+        QVERIFY(m_session->start(RegisterSession::Read));
+        QCOMPARE(rows(), QStringLiteral("07 |0E | | |x |oldN|70 "));
+    }
+
+    // Values that were read are not overwritten, nor rows that will be read.
+    void addsLateReplies()
+    {
+        fill(RegisterSession::Read, {{"00DD", ""}, {"3001", ""}, {"100DD", ""}});
+        m_session->setTarget({1, 3, 1});
+        reply(1, 0x3001, "41"); // unsolicited
+        QCOMPARE(rows(), QStringLiteral(" |41A| "));
+        m_session->start(RegisterSession::Read);
+        m_session->advance();
+        m_session->advance(); // no reply
+        m_session->advance();
+        m_session->setTarget({0, 3, 1});
+        reply(0, 0x00DD, "99"); // the device that is chosen now
+        reply(1, 0x00DD, "99", false);
+        QCOMPARE(rows(), QStringLiteral("U|41 | "));
+        reply(1, 0x00DD, "42");
+        reply(1, 0x00DD, "99"); // again, as of another board
+        reply(1, 0x3001, "43");
+        reply(1, 0x3001, "99");
+        QCOMPARE(rows(), QStringLiteral("42A|43A| "));
+        QCOMPARE(m_session->progress().unanswered, 0);
+    }
+
+    // Values too wide, and rows without one, are not sent; no board answers.
+    void writesTables()
+    {
+        fill(RegisterSession::Write, {{"3001", "FF"}, {"3002", "100"}, {"3003", ""}, {"3004", "44"}});
+        m_session->start(RegisterSession::Write);
+        m_session->advance();
+        reply(0, 0x3001, "99");
+        m_session->advance();
+        m_session->advance();
+        COMPARE_LOG("3001=ff . 3004=44 . 1 finished 2/2 0 0 2");
+        QCOMPARE(rows(RegisterSession::Write), QStringLiteral("FFW|100N|N|44W"));
+        QVERIFY(RegisterSession::fits(0xFFFFFFFF, 4) && RegisterSession::fits(0xFFFFFFFF, 0));
+    }
+
+    void stops()
+    {
+        fill(RegisterSession::Read, {{"01", "old"}, {"02", ""}});
+        m_session->stopAll();
+        m_session->start(RegisterSession::Read);
+        m_session->advance();
+        m_session->stop(RegisterSession::Write); // the other one
+        COMPARE_LOG("1 .");
+        m_session->stop(RegisterSession::Read);
+        QVERIFY(!m_session->isRunning());
+        COMPARE_LOG("0 finished 1/2 0 0 0");
+        reply(0, 1, "11"); // sent before
+        QCOMPARE(rows(), QStringLiteral("11A| "));
+        m_session->start(RegisterSession::Read); // from the first row
+        m_isConnected = false;
+        m_session->advance();
+        COMPARE_LOG("0 finished 1/2 0 0 0");
+        QCOMPARE(rows(), QStringLiteral("11 | "));
+        fill(RegisterSession::Write, {{"01", "01"}});
+        m_session->start(RegisterSession::Write);
+        m_session->advance();
+        QCOMPARE(rows(RegisterSession::Write), QStringLiteral("01 "));
+    }
+
+    // By its own timers, to the end.
+    void paces()
+    {
+        fill(RegisterSession::Write, {{"01", "01"}, {"02", "02"}});
+        fill(RegisterSession::Read, {{"01", ""}, {"02", ""}});
+        for (const auto access : {RegisterSession::Write, RegisterSession::Read}) {
+            m_session->start(access);
+            QTRY_VERIFY_WITH_TIMEOUT(!m_session->isRunning(), 20000);
+        }
+        COMPARE_LOG("1=1 . 2=2 . 1 finished 2/2 0 0 0 1 . . 2 . . 0 finished 2/2 2 0 0");
+        m_session->read(1);
+        QTRY_VERIFY_WITH_TIMEOUT(m_log.contains("unanswered"), 20000);
+    }
 
 private:
     void fill(RegisterSession::Access access, const QList<QStringList> &rows) // address, value
@@ -44,169 +199,6 @@ private:
     QString m_log; // what the session has emitted since it was read
     bool m_isConnected = true;
 };
-
-void TestRegisterSession::init()
-{
-    m_session = std::make_unique<RegisterSession>();
-    m_log.clear();
-    m_isConnected = true;
-    const auto session = m_session.get();
-    connect(session, &RegisterSession::requested, this, [this](const RegisterSession::Request &request) {
-        if (!m_isConnected)
-            return m_session->stopAll();
-        m_log += QString::number(request.address, 16);
-        m_log += request.value ? '=' + QString::number(*request.value, 16) + ' ' : QStringLiteral(" ");
-    });
-    connect(session, &RegisterSession::valueRead, this,
-            [this](const QString &text) { m_log += "value " + text + ' '; });
-    connect(session, &RegisterSession::unanswered, this,
-            [this](quint32 address) { m_log += "unanswered " + QString::number(address, 16) + ' '; });
-    connect(session, &RegisterSession::progressed, this, [this] { m_log += QStringLiteral(". "); });
-    connect(session, &RegisterSession::finished, this, [this](RegisterSession::Access access) {
-        const RegisterSession::Progress at = m_session->progress();
-        m_log += QString::asprintf("%d finished %d/%d %d %d %d ", access, at.done, at.total, at.unanswered,
-                                   at.refused, at.notSent);
-    });
-}
-
-#define COMPARE_LOG(expected) QCOMPARE(std::exchange(m_log, {}).trimmed(), QStringLiteral(expected))
-
-// The reply has the low 16 bits of the address that was asked for.
-void TestRegisterSession::readsOneRegister()
-{
-    m_session->setTarget({1, 4, 1});
-    QVERIFY(m_session->read(0x23008));
-    reply(0, 0x3008, "01"); // of the other device
-    reply(1, 0x3009, "02");
-    m_session->reportUnanswered();
-    reply(1, 0x3008, "03"); // late
-    reply(1, 0x3008, "04"); // asked for once
-    m_session->reportUnanswered();
-    COMPARE_LOG("23008 unanswered 23008 value 03");
-    m_session->read(0x10);
-    reply(1, 0x10, "05", false);
-    reply(1, 0x10, "06");
-    m_session->write(0x3008, 0);
-    COMPARE_LOG("10 3008=0");
-    m_session->read(1);
-    m_session->stopAll();
-    m_session->reportUnanswered();
-    reply(1, 1, "07");
-    COMPARE_LOG("1");
-    m_isConnected = false;
-    QVERIFY(!m_session->read(1));
-}
-
-void TestRegisterSession::readsTables()
-{
-    fill(RegisterSession::Read, {{"3001", ""},
-                                 {"13002", "old"}, // answered as 3002
-                                 {"00DD", "old"},
-                                 {"4000", "old"},
-                                 {"寄存器地址", "x"},
-                                 {"1000000", "old"}, // too wide
-                                 {" 0xFFFFFF", ""}});
-    m_session->setTarget({0, 3, 1});
-    QVERIFY(m_session->start(RegisterSession::Read));
-    QVERIFY(!m_session->start(RegisterSession::Write));
-    m_session->advance();
-    reply(1, 0x3001, "99");
-    reply(0, 0x3002, "99"); // will be read
-    QCOMPARE(rows(), QStringLiteral(" |old |old |old |x |oldN| "));
-    reply(0, 0x3001, "07");
-    COMPARE_LOG("3001 . .");
-    m_session->advance();
-    m_session->setTarget({1, 3, 1}); // for the next request
-    reply(0, 0x3002, "0E");
-    m_session->advance();
-    m_session->advance(); // no reply
-    m_session->advance();
-    reply(1, 0x4000, "99", false);
-    m_session->advance();
-    reply(1, 0xFFFF, "70");
-    COMPARE_LOG("13002 . . dd . . 4000 . . ffffff . .");
-    m_session->advance();
-    QVERIFY(!m_session->isRunning());
-    COMPARE_LOG("0 finished 5/5 1 1 1");
-    QCOMPARE(rows(), QStringLiteral("07A|0EA|U|R|x |oldN|70A"));
-    QVERIFY(m_session->start(RegisterSession::Read));
-    QCOMPARE(rows(), QStringLiteral("07 |0E | | |x |oldN|70 "));
-}
-
-// Values that were read are not overwritten, nor rows that will be read.
-void TestRegisterSession::addsLateReplies()
-{
-    fill(RegisterSession::Read, {{"00DD", ""}, {"3001", ""}, {"100DD", ""}});
-    m_session->setTarget({1, 3, 1});
-    reply(1, 0x3001, "41"); // unsolicited
-    QCOMPARE(rows(), QStringLiteral(" |41A| "));
-    m_session->start(RegisterSession::Read);
-    m_session->advance();
-    m_session->advance(); // no reply
-    m_session->advance();
-    m_session->setTarget({0, 3, 1});
-    reply(0, 0x00DD, "99"); // the device that is chosen now
-    reply(1, 0x00DD, "99", false);
-    QCOMPARE(rows(), QStringLiteral("U|41 | "));
-    reply(1, 0x00DD, "42");
-    reply(1, 0x00DD, "99"); // again, as of another board
-    reply(1, 0x3001, "43");
-    reply(1, 0x3001, "99");
-    QCOMPARE(rows(), QStringLiteral("42A|43A| "));
-    QCOMPARE(m_session->progress().unanswered, 0);
-}
-
-// Values too wide, and rows without one, are not sent; no board answers.
-void TestRegisterSession::writesTables()
-{
-    fill(RegisterSession::Write, {{"3001", "FF"}, {"3002", "100"}, {"3003", ""}, {"3004", "44"}});
-    m_session->start(RegisterSession::Write);
-    m_session->advance();
-    reply(0, 0x3001, "99");
-    m_session->advance();
-    m_session->advance();
-    COMPARE_LOG("3001=ff . 3004=44 . 1 finished 2/2 0 0 2");
-    QCOMPARE(rows(RegisterSession::Write), QStringLiteral("FFW|100N|N|44W"));
-    QVERIFY(RegisterSession::fits(0xFFFFFFFF, 4) && RegisterSession::fits(0xFFFFFFFF, 0));
-}
-
-void TestRegisterSession::stops()
-{
-    fill(RegisterSession::Read, {{"01", "old"}, {"02", ""}});
-    m_session->stopAll();
-    m_session->start(RegisterSession::Read);
-    m_session->advance();
-    m_session->stop(RegisterSession::Write); // the other one
-    COMPARE_LOG("1 .");
-    m_session->stop(RegisterSession::Read);
-    QVERIFY(!m_session->isRunning());
-    COMPARE_LOG("0 finished 1/2 0 0 0");
-    reply(0, 1, "11"); // sent before
-    QCOMPARE(rows(), QStringLiteral("11A| "));
-    m_session->start(RegisterSession::Read); // from the first row
-    m_isConnected = false;
-    m_session->advance();
-    COMPARE_LOG("0 finished 1/2 0 0 0");
-    QCOMPARE(rows(), QStringLiteral("11 | "));
-    fill(RegisterSession::Write, {{"01", "01"}});
-    m_session->start(RegisterSession::Write);
-    m_session->advance();
-    QCOMPARE(rows(RegisterSession::Write), QStringLiteral("01 "));
-}
-
-// By its own timers, to the end.
-void TestRegisterSession::paces()
-{
-    fill(RegisterSession::Write, {{"01", "01"}, {"02", "02"}});
-    fill(RegisterSession::Read, {{"01", ""}, {"02", ""}});
-    for (const auto access : {RegisterSession::Write, RegisterSession::Read}) {
-        m_session->start(access);
-        QTRY_VERIFY_WITH_TIMEOUT(!m_session->isRunning(), 20000);
-    }
-    COMPARE_LOG("1=1 . 2=2 . 1 finished 2/2 0 0 0 1 . . 2 . . 0 finished 2/2 2 0 0");
-    m_session->read(1);
-    QTRY_VERIFY_WITH_TIMEOUT(m_log.contains("unanswered"), 20000);
-}
 
 QTEST_GUILESS_MAIN(TestRegisterSession)
 #include "test_registersession.moc"
