@@ -108,6 +108,9 @@ private slots:
         QVERIFY(board.waitForEvent("host left"));
         QVERIFY(board.stop());
         QVERIFY(contentOf(record) == sent + "last words");
+        // A host that only sends is paused.
+        QVERIFY(board.start({"--mode", "echo"}));
+        QVERIFY(!HostPort(board.link()).write(QByteArray(3000000, 'x'), 500));
     }
 
     void logsForOneHostAfterTheOther()
@@ -142,6 +145,15 @@ private slots:
         QVERIFY(host.write("flood 50000\n"));
         QVERIFY(isNumbered(host.read(50000)));
         QCOMPARE(ask("led on\n"), QString("LED 已打开")); // and nothing more of the flood
+    }
+
+    void crashesWhileALoopRuns()
+    {
+        BoardProcess board;
+        QVERIFY(board.start({"--mode", "pid", "--pid-fault", "reset", "--delay", "0"}));
+        HostPort host(board.link());
+        QVERIFY(host.write(QByteArray::fromHex("4f52564e010b0000001263"))); // starts the first
+        QVERIFY(host.readUntil("boot ok\r\n").endsWith("boot ok\r\n"));
     }
 
     void comesOutAndGoesIn()

@@ -175,10 +175,8 @@ private slots:
 
     void headers()
     {
-        struct
-        {
-            QByteArray name, fileSize, stored; // stored empty: refused
-        } const rows[] = {
+        // Name, size, and what it is stored as; nothing: refused.
+        const std::tuple<QByteArray, QByteArray, QByteArray> rows[] = {
             {"固件 b.bin", "300 14717 0 0 1 300", "固件 b.bin"},
             {"\xb9\xcc\xbc\xfe\x81\x5c.bin", "1", "固件乗.bin"}, // GB18030, with a backslash in it
             {"../../etc/passwd", "1", "passwd"},
@@ -189,17 +187,17 @@ private slots:
             {"a.bin", "9223372036854775807", "a.bin"}, // nothing is reserved for it
             {QByteArray(128, 'n'), "", ""},            // without an end
         };
-        for (const auto &row : rows) {
+        for (const auto &[name, fileSize, stored] : rows) {
             FakeBoard board;
             YmodemReceiver receiver({}, board);
             receiver.start();
             board.sent.clear();
-            const QByteArray block = header(row.name, row.fileSize);
-            receiver.received(block.size() == 133 ? block : packet(1, 0, row.name));
-            QCOMPARE(board.name.toUtf8(), row.stored);
-            QCOMPARE(board.sent.toHex(), QByteArray(row.stored.isEmpty() ? "1818" : "0643"));
+            const QByteArray block = header(name, fileSize);
+            receiver.received(block.size() == 133 ? block : packet(1, 0, name));
+            QCOMPARE(board.name.toUtf8(), stored);
+            QCOMPARE(board.sent.toHex(), QByteArray(stored.isEmpty() ? "1818" : "0643"));
             receiver.stop();
-            QCOMPARE(board.dropped, row.stored.isEmpty() ? 0 : 1);
+            QCOMPARE(board.dropped, stored.isEmpty() ? 0 : 1);
             QCOMPARE(board.timer, -1);
         }
     }
