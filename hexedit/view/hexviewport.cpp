@@ -8,7 +8,6 @@ HexViewport::HexViewport(QAbstractScrollArea *area, const HexContent &content)
     : m_area(area)
     , m_content(content)
 {
-    area->verticalScrollBar()->setSingleStep(1);
 }
 
 void HexViewport::update()

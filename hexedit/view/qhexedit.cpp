@@ -307,7 +307,6 @@ void QHexEdit::inputMethodEvent(QInputMethodEvent *event)
 {
     if (!event->commitString().isEmpty())
         typeText(event->commitString());
-    event->accept();
 }
 
 QVariant QHexEdit::inputMethodQuery(Qt::InputMethodQuery query) const

@@ -148,7 +148,7 @@ private slots:
         QCOMPARE(marks(), QByteArray("......"));
         document = documentOf("a-b-a-b-a", 4);
         document.replace(2, 1, "B");
-        replaceAll("a", "A");
+        replaceAll("a", "A"); // near each other
         QCOMPARE(all(document), QByteArray("A-B-A-b-A"));
         QCOMPARE(marks(), QByteArray("!.!.!...!"));
         replaceAll("A", "aa");
@@ -172,30 +172,6 @@ private slots:
             document.replace(i, 0, "z", HexDocument::Step::Typing);
         document.undo();
         QCOMPARE(document.size(), size);
-    }
-
-    void replacesMany()
-    {
-        // Near and far ones, and neighbours.
-        QByteArray model = "abab" + QByteArray(1000, '.') + "ab" + QByteArray(50, '-') + "ab";
-        HexDocument document = documentOf(model, 100);
-        HexDocument::Batch many;
-        HexSearch search(document, "ab", 0, HexSearch::Forward, HexSearch::StopAtEnd);
-        int count = 0;
-        while (search.step() == HexSearch::State::Found) {
-            document.addToBatch(many, search.position(), 2, "<x>");
-            search.continueFrom(search.position() + 2);
-            ++count;
-        }
-        QCOMPARE(count, 4);
-        QCOMPARE(all(document), model);
-        document.applyBatch(many);
-        const QByteArray before = model;
-        model.replace("ab", "<x>");
-        QCOMPARE(all(document), model);
-        document.undo();
-        QCOMPARE(all(document), before);
-        QVERIFY(!document.isModified());
     }
 
     void finds()

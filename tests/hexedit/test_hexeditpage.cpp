@@ -14,6 +14,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
 #include <QtTest>
@@ -55,7 +56,6 @@ private slots:
                 ids += group->button(id)->isEnabled() ? QString::number(id) : QString();
             return ids;
         };
-        QCOMPARE(enabled(), QString("0"));
         for (const int key : {Qt::Key_S, Qt::Key_Z, Qt::Key_W}) {
             QtMessageTip::showTip(QString());
             QTest::keyClick(child<QLineEdit>("editReplace"), Qt::Key(key), Qt::ControlModifier);
@@ -100,10 +100,20 @@ private slots:
         QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
         open("missing");
         QCOMPARE(tip(), QString("打开文件失败! 文件不存在"));
-        Settings::instance().recentFiles.set({path("rom.bin"), path("missing")});
-        open("missing");
+        const auto recent = [this] {
+            QMenu *menu = child<QPushButton>("btnRecent")->menu();
+            emit menu->aboutToShow();
+            return menu->actions();
+        };
+        Settings::instance().recentFiles.set({path("rom.bin"), path("missing&")});
+        QCOMPARE(recent().size(), 2);
+        QCOMPARE(recent().last()->text(), QString("missing&&"));
+        recent().last()->trigger();
+        QCOMPARE(tip(), QString("打开文件失败! 文件已不存在，不再列入最近打开"));
         QVERIFY(shown() == "AB23456789" && m_page->fileName() == path("rom.bin")); // stays
         QCOMPARE(Settings::instance().recentFiles, QStringList{path("rom.bin")});
+        Settings::instance().recentFiles.set({});
+        QVERIFY(recent().size() == 1 && !recent().first()->isEnabled());
         tool(HexEditWidget::CloseFile);
         QCOMPARE(m_page->counts(), (QStringList{"Address: 0", "Size: 0"}));
         type("41"); // into nothing
@@ -360,11 +370,13 @@ private slots:
         const auto sum = [this](const char *name) { return child<QLineEdit>(name)->text(); };
         edit()->select(2, 9);
         click("btnChecksum");
+        QCOMPARE(text("labelChecksumRange"), QString("范围：地址2起9字节"));
+        QCOMPARE(text("labelSelection"), QString("选中：0x2起9字节"));
         QCOMPARE(sum("editCrc32"), QString("0xCBF43926"));
         QCOMPARE(sum("editCrc16"), QString("0x4B37"));
         type("00");
-        QVERIFY(sum("editCrc32").isEmpty()); // of bytes that are gone
-        click("btnChecksum");                // of all
+        QVERIFY(sum("editCrc32").isEmpty() && text("labelSelection").isEmpty()); // of bytes that are gone
+        click("btnChecksum");                                                    // of all
         QCOMPARE(sum("editSum"), QString("0x00000238"));
     }
 

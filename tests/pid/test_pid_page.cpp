@@ -349,26 +349,6 @@ private slots:
         QCOMPARE(lastNotice(), vanished);
     }
 
-    void choosesAPortAgainThatIsBack()
-    {
-        const QStringList without{"COM1 ", "COM2 modem"};
-        const QStringList with = without + QStringList("COM6 board");
-        auto *ports = child<QComboBox>("comboPidPort");
-        m_page->SltSerialportChanged(with);
-        ports->setCurrentIndex(2);
-        for (const QStringList &none : {without, QStringList()}) {
-            m_page->SltSerialportChanged(none);
-            m_page->SltSerialportChanged(with);
-            QCOMPARE(ports->currentText(), "COM6 board");
-        }
-        // Not where the user has chosen another, be it the one the list fell back to.
-        m_page->SltSerialportChanged(without);
-        QTest::keyClick(ports, Qt::Key_Down);
-        QTest::keyClick(ports, Qt::Key_Up);
-        m_page->SltSerialportChanged(with);
-        QCOMPARE(ports->currentText(), "COM1 ");
-    }
-
     void exportsAndSaves()
     {
         receive(report(1, 1, "0a000000") + report(1, 2, "0c000000"));
@@ -490,14 +470,6 @@ private:
     std::unique_ptr<PtyPeer> m_board;
     QStringList m_warnings;
 };
-
-// ---- fields
-
-// ---- reports
-
-// ---- the port
-
-// ---- files
 
 QTEST_MAIN(TestPidPage)
 #include "test_pid_page.moc"

@@ -8,6 +8,8 @@
 #include "pidrecorder.h"
 
 #include <QComboBox>
+#include <QMenu>
+#include <QToolButton>
 #include <QtTest>
 
 class TestPidPlot : public QObject
@@ -138,9 +140,14 @@ private slots:
             const auto contrast = [&ground](const QColor &color) { return Contrast::ratio(color, ground); };
             const QCPAxis *axis = plot->yAxis;
             QVERIFY(contrast(axis->tickLabelColor()) >= 4.5 && contrast(axis->labelColor()) >= 4.5);
-            QVERIFY(contrast(axis->basePen().color()) >= 3);
+            QVERIFY(contrast(qobject_cast<QCPItemText *>(plot->item(1))->color()) >= 4.5);
+            for (const QPen &pen :
+                 {axis->basePen(), axis->tickPen(), axis->subTickPen(), axis->grid()->zeroLinePen(),
+                  qobject_cast<QCPItemStraightLine *>(plot->item(0))->pen()})
+                QVERIFY(contrast(pen.color()) >= 3);
             const double grid = contrast(axis->grid()->pen().color());
             QVERIFY(grid >= 1.3 && grid < 3); // visible, but behind
+            QVERIFY(contrast(axis->grid()->subGridPen().color()) < grid);
         }
     }
 
@@ -168,6 +175,7 @@ private slots:
         PidPlot &plot = *m_plot;
         plot.setPlotStyle(QStringLiteral("black"));
         plot.resize(301, 203);
+        m_recorder->clear(); // makes new curves
         plot.setCurve(5, QColor("#302f2f"), true, "dark");
         plot.setCurve(6, QColor("#00ffff"), true, "bright");
         for (int i = 0; i < 10; ++i)
@@ -196,6 +204,15 @@ private slots:
         list.findChild<QAbstractButton *>(QStringLiteral("checkCurve8"))->click();
         QCOMPARE(clicks.value(0), (QVariantList{8, false}));
         QVERIFY(!list.isShown(0x204) && list.isShown(0x203));
+        QTimer::singleShot(0, this, [] {
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            menu->setActiveAction(menu->actions().last());
+            QTest::keyClick(menu, Qt::Key_Return);
+        });
+        auto *swatch = list.findChild<QToolButton *>(QStringLiteral("curveColor5"));
+        swatch->click();
+        QCOMPARE(list.color(0x201).name(), "#8a8a8a");
+        QCOMPARE(swatch->icon().pixmap(14).toImage().pixelColor(7, 7).name(), "#8a8a8a");
     }
 
     void flipsTheZoom()

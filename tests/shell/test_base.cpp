@@ -2,6 +2,7 @@
 
 #include "fieldbehavior.h"
 #include "formpanel.h"
+#include "portcombobox.h"
 #include "qtmessagetip.h"
 #include "qtpagebar.h"
 #include "qtrollsubtitleswidget.h"
@@ -185,6 +186,31 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(line.isRolling(), 30000);
         line.hide();
         QVERIFY(!line.isRolling());
+    }
+
+    void choosesAPortAgainThatIsBack()
+    {
+        const QStringList without{"COM1 ", "COM2 modem"};
+        const QStringList with = without + QStringList("COM6 board");
+        PortComboBox ports;
+        ports.setPorts(with);
+        ports.setCurrentIndex(2);
+        for (const QStringList &none : {without, QStringList()}) {
+            ports.setPorts(none);
+            ports.setPorts(with);
+            QCOMPARE(ports.currentText(), "COM6 board");
+        }
+        // Not where the user has chosen another, be it the one the list fell back to.
+        ports.setPorts(without);
+        QTest::keyClick(&ports, Qt::Key_Down);
+        QTest::keyClick(&ports, Qt::Key_Up);
+        ports.setPorts(with);
+        QCOMPARE(ports.currentText(), "COM1 ");
+        ports.setEditText("COM7"); // a typed one stays, and is no entry of the list
+        QTest::keyClick(ports.lineEdit(), Qt::Key_Return);
+        ports.setPorts(without);
+        QCOMPARE(ports.currentText(), "COM7");
+        QCOMPARE(ports.count(), 2);
     }
 
     void panelMakesRoomForItsScrollBar()

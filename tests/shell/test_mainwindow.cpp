@@ -6,8 +6,10 @@
 #include "fonts.h"
 #include "formpanel.h"
 #include "freshfolder.h"
+#include "hexeditwidget.h"
 #include "korvexresources.h"
 #include "mainwindow.h"
+#include "qhexedit.h"
 #include "qtcountlabel.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
@@ -34,6 +36,7 @@
 #include <QStackedWidget>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 #include <QUrl>
 #include <QWheelEvent>
 
@@ -68,15 +71,6 @@ private slots:
             QtMessageTip::current()->close();
     }
 
-    void smallestWindowShowsEveryTab()
-    {
-        m_window->resize(800, 500);
-        show();
-        QCOMPARE(m_window->size(), QSize(800, 500));
-        QCOMPARE(m_tabs->count(), m_stack->count());
-        QVERIFY(m_tabs->tabRect(4).right() < 800);
-    }
-
     void tabsChangeTools()
     {
         show();
@@ -106,6 +100,20 @@ private slots:
         settings.closeBehaviour.set(Settings::Ask);
         makeWindow();
         QCOMPARE(checked(), QString("UTF-8 黄色 关闭时提醒"));
+        show();
+        for (const auto &[key, name] : {std::pair{QKeySequence(Qt::Key_F10), "settingsMenu"},
+                                        {QKeySequence("Alt+S"), "settingsMenu"},
+                                        {QKeySequence("Alt+H"), "helpMenu"}}) {
+            QString opened;
+            QTimer look;
+            connect(&look, &QTimer::timeout, this, [&] {
+                if (QWidget *menu = QApplication::activePopupWidget(); menu && menu->close())
+                    opened = menu->objectName();
+            });
+            look.start(10);
+            QTest::keySequence(m_window->windowHandle(), key);
+            QCOMPARE(opened, QString(name));
+        }
         for (const char *text : {"GB18030", "浅色", "自动保存"})
             action(text)->trigger();
         QCOMPARE(checked(), QString("GB18030 浅色 自动保存"));
@@ -137,6 +145,13 @@ private slots:
         action("浅色")->trigger();
         QVERIFY2(counter.max >= 1 && counter.max <= 3, qPrintable(QString::number(counter.max)));
         QCOMPARE(m_tabs->palette().color(QPalette::WindowText), QColor("#333333"));
+        // A title bar on a ground of its own has icons of its own color.
+        const auto icon = [this] {
+            return m_window->findChild<QToolButton *>("btnClose")->icon().pixmap(16).toImage();
+        };
+        const QImage before = icon();
+        m_window->findChild<QtTitleBar *>()->setIconColor(Qt::red);
+        QVERIFY(icon() != before);
     }
 
     // A dialog of a menu opens when the menu's button is up again.
@@ -222,7 +237,6 @@ private slots:
         action("UTF-8")->trigger();
         QCOMPARE(m_notice->fullText(), QString("设置无法保存，仅本次运行有效：程序目录下无法建立文件夹conf"));
         action("恢复默认设置")->trigger();
-        QCOMPARE(checked(), QString("GB18030 深色 关闭时不提醒"));
         QCOMPARE(QtMessageTip::current()->text(), QString("配置文件无法写入，仅本次运行恢复默认设置！"));
     }
 
@@ -310,13 +324,25 @@ private slots:
     }
 #endif
 
+    // The second time with a file to save, which is waited for with the pages disabled.
     void exitsByMenuAndTitleBar()
     {
         QTimer::singleShot(0, this, [this] { action("退出")->trigger(); });
         QCOMPARE(QApplication::exec(), 0);
+        makeWindow();
+        const QString large = m_root->filePath("rom.bin");
+        QVERIFY(writeFile(large, QByteArray(64 << 20, 'x')));
+        auto *page = m_window->findChild<HexEditWidget *>();
+        page->openFile(large);
+        QTRY_VERIFY_WITH_TIMEOUT(!page->findChild<QHexEdit *>()->task()->isRunning(), 60000);
+        QTest::keyClicks(page->findChild<QHexEdit *>(), "41");
+        DialogAnswers::instance().message = [](auto...) { return QtMessageBox::Save; };
+        bool waited = false;
+        connect(page, &QtWidgetBase::signalClosed, this, [&] { waited = !m_stack->isEnabled(); });
         QTimer::singleShot(0, this,
                            [this] { emit m_window->findChild<QtTitleBar *>()->signalCloseWindow(); });
         QCOMPARE(QApplication::exec(), 0);
+        QVERIFY(waited && contentOf(large).startsWith("Ax"));
     }
 
     // As the program starts: everything in sight. In the smallest window only
@@ -342,6 +368,7 @@ private slots:
             QTRY_COMPARE(panel->width(), int(FormPanel::panelWidth));
             m_window->resize(800, 500);
             QTRY_COMPARE(m_stack->width(), 798);
+            QVERIFY(m_tabs->tabRect(m_stack->count() - 1).right() < 800);
             QTRY_COMPARE(panel->widget()->width(), panel->viewport()->width());
             QVERIFY(panel->widget()->minimumSizeHint().width() <= panel->viewport()->width());
         }

@@ -56,7 +56,7 @@ private slots:
         AppPaths::makeFolders();
     }
 
-    void files_data()
+    void skins_data()
     {
         QTest::addColumn<int>("index");
         QTest::newRow("default") << 0;
@@ -64,17 +64,15 @@ private slots:
         QTest::newRow("yellow") << 2;
     }
 
-    void files()
+    void skins()
     {
         QFETCH(int, index);
         const QByteArray bytes = contentOf(QString(":/resources/css/%1.css").arg(QTest::currentDataTag()));
         QVERIFY2(!bytes.contains('@'), "a color of the template was not filled in");
         QVERIFY(!bytes.contains("recvBrowser") && !bytes.contains("textEditSend"));
         // Every picture that is named exists.
-        static const QRegularExpression url(QStringLiteral("url\\(([^)]+)\\)"));
-        auto urls = url.globalMatch(QString::fromLatin1(bytes));
-        QVERIFY(urls.hasNext());
-        while (urls.hasNext()) {
+        const QRegularExpression url("url\\(([^)]+)\\)");
+        for (auto urls = url.globalMatch(bytes); urls.hasNext();) {
             const QString path = urls.next().captured(1);
             QVERIFY2(QFile::exists(path), qPrintable(path));
         }
@@ -89,13 +87,7 @@ private slots:
         qInstallMessageHandler(previous);
         QCOMPARE(warnings, QString());
         QCOMPARE(button.palette().color(QPalette::ButtonText), QColor(Skin::palette().text));
-    }
 
-    void contrast_data() { files_data(); }
-    void contrast()
-    {
-        QFETCH(int, index);
-        Skin::apply(index);
         const auto colors = colorsOf(Skin::styleSheet());
         // Which text can be read on which grounds.
         const std::pair<const char *, const char *> rows[] = {
@@ -133,12 +125,8 @@ private slots:
                 2.9);
         QCOMPARE(color("QDialog", "background-color"), QColor(Skin::palette().window));
         QCOMPARE(color("QWidget", "color"), QColor(Skin::palette().text));
-    }
 
-    void userColorsWin_data() { files_data(); }
-    void userColorsWin()
-    {
-        QFETCH(int, index);
+        // The user's colors win.
         Settings::instance().recvBackground = QColor("#123456");
         Settings::instance().recvTextColor = QColor("#fedcba");
         Skin::apply(index);

@@ -21,71 +21,25 @@
 #include <QBoxLayout>
 #include <QComboBox>
 #include <QGridLayout>
-#include <QMenu>
 #include <QSpinBox>
-#include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-const char *const kProperties[] = {"objectName",
-                                   "text",
-                                   "title",
-                                   "windowTitle",
-                                   "placeholderText",
-                                   "toolTip",
-                                   "accessibleName",
-                                   "accessibleDescription",
-                                   "checkable",
-                                   "checked",
-                                   "readOnly",
-                                   "maxLength",
-                                   "minimum",
-                                   "maximum",
-                                   "value",
-                                   "singleStep",
-                                   "editable",
-                                   "focusPolicy",
-                                   "contextMenuPolicy",
-                                   "shortcut",
-                                   "shortcuts",
-                                   "autoDefault",
-                                   "autoRepeat",
-                                   "autoExclusive",
-                                   "wordWrap",
-                                   "textInteractionFlags",
-                                   "alignment",
-                                   "acceptDrops",
-                                   "undoRedoEnabled",
-                                   "tabChangesFocus",
-                                   "lineWrapMode",
-                                   "horizontalScrollBarPolicy",
-                                   "verticalScrollBarPolicy",
-                                   "widgetResizable",
-                                   "orientation",
-                                   "childrenCollapsible",
-                                   "insertPolicy",
-                                   "maxVisibleItems",
-                                   "selectionMode",
-                                   "selectionBehavior",
-                                   "editTriggers",
-                                   "alternatingRowColors",
-                                   "sortingEnabled",
-                                   "cornerButtonEnabled",
-                                   "showGrid",
-                                   "primary",
-                                   "kind"};
+const QStringList kProperties =
+    QString("objectName text title windowTitle placeholderText toolTip accessibleName accessibleDescription "
+            "checkable checked readOnly maxLength minimum maximum value singleStep editable focusPolicy "
+            "contextMenuPolicy shortcut shortcuts autoDefault autoRepeat autoExclusive wordWrap "
+            "textInteractionFlags alignment acceptDrops undoRedoEnabled tabChangesFocus lineWrapMode "
+            "horizontalScrollBarPolicy verticalScrollBarPolicy widgetResizable orientation "
+            "childrenCollapsible insertPolicy maxVisibleItems selectionMode selectionBehavior editTriggers "
+            "alternatingRowColors sortingEnabled cornerButtonEnabled showGrid primary kind")
+        .split(' ');
 
-const QStringList kUsual{"0",
-                         "false",
-                         "contextMenuPolicy=1",
-                         "textInteractionFlags=4",
-                         "alignment=129",
-                         "maxLength=32767",
-                         "maxVisibleItems=10",
-                         "insertPolicy=3",
-                         "autoRepeat=true"};
+const QStringList kUsual = QString("0 false contextMenuPolicy=1 textInteractionFlags=4 alignment=129 "
+                                   "maxLength=32767 maxVisibleItems=10 insertPolicy=3 autoRepeat=true")
+                               .split(' ');
 
 // Filled from the machine: its ports and addresses.
 bool isOfTheMachine(const QObject *object)
@@ -105,36 +59,30 @@ QString valueOf(const QVariant &value)
 QString described(const QObject *object)
 {
     QString line = object->metaObject()->className();
-    for (const char *name : kProperties) {
-        const QVariant value = object->property(name);
+    for (const QString &name : kProperties) {
+        const QVariant value = object->property(qPrintable(name));
         const QString text = value.isValid() ? valueOf(value) : QString();
-        if (!text.isEmpty() && !kUsual.contains(text) && !kUsual.contains(QLatin1String(name) + '=' + text))
+        if (!text.isEmpty() && !kUsual.contains(text) && !kUsual.contains(name + '=' + text))
             line += QStringLiteral(" %1=%2").arg(name, text);
     }
-    if (const auto *action = qobject_cast<const QAction *>(object))
-        line += action->icon().isNull() ? "" : " icon";
-    if (const auto *button = qobject_cast<const QAbstractButton *>(object))
-        line += button->icon().isNull() ? "" : " icon";
-    return line;
+    if (!object->property("pixmap").value<QPixmap>().isNull())
+        line += " picture";
+    return object->property("icon").value<QIcon>().isNull() ? line : line + " icon";
 }
 
 QString describedLayout(const QLayout *layout)
 {
     const QMargins margins = layout->contentsMargins();
-    QString line = QStringLiteral("%1 margins=%2,%3,%4,%5 spacing=%6")
-                       .arg(layout->metaObject()->className())
-                       .arg(margins.left())
-                       .arg(margins.top())
-                       .arg(margins.right())
-                       .arg(margins.bottom())
-                       .arg(layout->spacing());
+    QString line = QString::asprintf("%s margins=%d,%d,%d,%d spacing=%d", layout->metaObject()->className(),
+                                     margins.left(), margins.top(), margins.right(), margins.bottom(),
+                                     layout->spacing());
     for (int i = 0; i < layout->count(); ++i) {
         if (const auto *box = qobject_cast<const QBoxLayout *>(layout))
-            line += QStringLiteral(" %1").arg(box->stretch(i));
+            line += ' ' + QString::number(box->stretch(i));
         if (const auto *grid = qobject_cast<const QGridLayout *>(layout)) {
             int place[4];
             grid->getItemPosition(i, &place[0], &place[1], &place[2], &place[3]);
-            line += QStringLiteral(" %1,%2,%3,%4").arg(place[0]).arg(place[1]).arg(place[2]).arg(place[3]);
+            line += QString::asprintf(" %d,%d,%d,%d", place[0], place[1], place[2], place[3]);
         }
         if (const QLayout *inner = layout->itemAt(i)->layout())
             line += " (" + describedLayout(inner) + ')';
@@ -159,6 +107,10 @@ void describe(const QObject *object, int depth, QStringList *lines)
         lines->last() += " disabled";
     if (widget->isHidden() && !widget->isWindow())
         lines->last() += " hidden";
+    const QSize most = widget->maximumSize();
+    if (most != QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX) &&
+        !widget->inherits("FormPanel")) // has that of its texts
+        lines->last() += QString::asprintf(" at most %dx%d", most.width(), most.height());
     if (const auto *combo = qobject_cast<const QComboBox *>(object); combo && !isOfTheMachine(widget)) {
         QStringList items;
         for (int i = 0; i < combo->count(); ++i)
@@ -216,12 +168,12 @@ private slots:
         window.resize(1600, 1200); // no panel scrolls
         window.show();
         auto *const tabs = window.findChild<QtTabBar *>();
-        QStringList lines;
         for (int i = tabs->count() - 1; i >= 0; --i) { // each has been shown
             tabs->setCurrentIndex(i);
             QCoreApplication::processEvents();
         }
-        lines = described(window);
+        const QStringList before = described(window);
+        QStringList lines = before;
         QtStyleDialog style(QtStyleDialog::SendArea);
         QtMessageBox box;
         QtWaitDialog wait("wait");
@@ -229,7 +181,6 @@ private slots:
         TransferLogDialog log("log");
         for (const QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log})
             describe(dialog, 0, &lines);
-        const QStringList before = described(window);
         useOptions(window);
         const QStringList after = described(window);
         lines += "after every option was used:";

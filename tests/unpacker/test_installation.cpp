@@ -17,10 +17,12 @@
 
 #include <memory>
 #include <sstream>
+#include <sys/resource.h>
 
 namespace fs = std::filesystem;
 
 using Tree = QMap<QString, QByteArray>;
+Q_DECLARE_METATYPE(FaultyDisk::Fault)
 
 class TestInstallation : public QObject
 {
@@ -60,52 +62,45 @@ private slots:
     }
 
     // As a maker of packages would make them, in whatever order of the files.
-    void installsArchivesOfOthers_data()
-    {
-        QTest::addColumn<QString>("command"); // in a folder that holds the folder "K"
-        QTest::newRow("zip") << "cd K && zip -qr ../p.zip .";
-        QTest::newRow("zip, one folder") << "zip -qr p.zip K";
-        QTest::newRow("zip, to a pipe") << "zip -qr - K | cat > p.zip";
-        QTest::newRow("cmake, as cpack does") << "cmake -E tar cf p.zip --format=zip K";
-        QTest::newRow("python") << "python3 -m zipfile -c p.zip K/App K/lib K/中文.txt";
-    }
-
     void installsArchivesOfOthers()
     {
-        QFETCH(QString, command);
         const QString prepare = "cd \"$0\"; mkdir -p K/lib; printf app > K/App; chmod 755 K/App; "
-                                "seq 30000 > K/lib/a; printf b > K/中文.txt; ";
-        QCOMPARE(QProcess::execute("sh", {"-ec", prepare + command, m_root->path()}), 0);
-        FaultyDisk disk(FaultyDisk::None, 0);
-        QVERIFY2(update(disk, contentOf(m_root->filePath("p.zip"))), m_problem.c_str());
+                                "seq 30000 > K/lib/a; printf b > K/中文.txt; rm -f p.zip; ";
         Tree expected = m_old;
         expected["App"] = "app";
         expected[QStringLiteral("中文.txt")] = "b";
         expected["lib/a"].clear();
         for (int i = 1; i <= 30000; ++i)
             expected["lib/a"] += QByteArray::number(i) + '\n';
-        QCOMPARE(treeAt(folder()), expected);
+        for (const char *command :
+             {"cd K && zip -qr ../p.zip .", "zip -qr p.zip K", "zip -qr - K | cat > p.zip",
+              "cmake -E tar cf p.zip --format=zip K", "python3 -m zipfile -c p.zip K/App K/lib K/中文.txt"}) {
+            QCOMPARE(QProcess::execute("sh", {"-ec", prepare + command, m_root->path()}), 0);
+            makeOld();
+            FaultyDisk disk(FaultyDisk::None, 0);
+            QVERIFY2(update(disk, contentOf(m_root->filePath("p.zip"))), command);
+            QCOMPARE(treeAt(folder()), expected);
+        }
     }
 
     void survivesEveryFailure_data()
     {
-        QTest::addColumn<int>("fault");
+        QTest::addColumn<FaultyDisk::Fault>("kind");
         QTest::addColumn<bool>("inUse"); // a file, so that the update goes back half the way
-        for (const bool inUse : {false, true}) {
-            const QByteArray which = inUse ? ", on the way back" : "";
-            QTest::newRow("one operation fails" + which) << int(FaultyDisk::FailsOnce) << inUse;
-            QTest::newRow("killed" + which) << int(FaultyDisk::Killed) << inUse;
-            QTest::newRow("power cut, all unsynced lost" + which) << int(FaultyDisk::LosesAll) << inUse;
-            QTest::newRow("power cut, every other lost" + which) << int(FaultyDisk::LosesEven) << inUse;
-            QTest::newRow("power cut, the others lost" + which) << int(FaultyDisk::LosesOdd) << inUse;
+        for (const auto &[kind, what] : {std::pair{FaultyDisk::FailsOnce, "one operation fails"},
+                                         {FaultyDisk::Killed, "killed"},
+                                         {FaultyDisk::LosesAll, "power cut, all unsynced lost"},
+                                         {FaultyDisk::LosesEven, "power cut, every other lost"},
+                                         {FaultyDisk::LosesOdd, "power cut, the others lost"}}) {
+            QTest::newRow(what) << kind << false;
+            QTest::addRow("%s, on the way back", what) << kind << true;
         }
     }
 
     void survivesEveryFailure()
     {
-        QFETCH(int, fault);
+        QFETCH(FaultyDisk::Fault, kind);
         QFETCH(bool, inUse);
-        const auto kind = static_cast<FaultyDisk::Fault>(fault);
         QSet<QString> seen;
         bool failed = true;
         for (int i = 1; failed; ++i) {
@@ -130,18 +125,6 @@ private slots:
         QCOMPARE(seen.contains("halfway"), kind != FaultyDisk::FailsOnce || inUse);
     }
 
-    void goesBackWhereAFileIsInUse()
-    {
-        for (const char *name : {"lib/a", "plugins/deep/new.txt", "App", "unzip.exe"}) {
-            makeOld();
-            FaultyDisk disk(FaultyDisk::None, 0);
-            disk.hold(folder() / name);
-            QVERIFY(!update(disk));
-            QCOMPARE(treeAt(folder()), m_old);
-            QVERIFY(!fs::exists(folder() / "_update"));
-        }
-    }
-
     // Not even the way back is open: neither the new executable can be put in place
     // nor the old one.
     void goesOnWhenTheFileIsFree()
@@ -162,27 +145,33 @@ private slots:
         QCOMPARE(treeAt(folder()), m_new);
     }
 
-    void leavesArrangementsOfTheUser_data()
-    {
-        QTest::addColumn<QString>("command"); // in the installation
-        QTest::newRow("folder in the way") << "mkdir -p lib/new/x";
-        QTest::newRow("link instead of a folder") << "mv lib ../elsewhere; ln -s ../elsewhere lib";
-        QTest::newRow("file instead of a folder") << "touch plugins";
-        QTest::newRow("executable is a link") << "mv App other; ln -s other App";
-        QTest::newRow("no executable") << "rm App";
-    }
-
     void leavesArrangementsOfTheUser()
     {
-        QFETCH(QString, command);
-        QCOMPARE(QProcess::execute("sh", {"-ec", "cd \"$0\"; " + command, QString::fromStdString(folder())}),
-                 0);
-        const Tree before = treeAt(folder());
-        Disk disk;
-        QVERIFY(!update(disk));
-        QVERIFY(!m_problem.empty());
-        QCOMPARE(treeAt(folder()), before);
-        QVERIFY(!fs::exists(folder() / "_update"));
+        for (const char *command : {"mkdir -p lib/new/x", "mv lib ../elsewhere; ln -s ../elsewhere lib",
+                                    "touch plugins", "mv App other; ln -s other App", "rm App"}) {
+            makeOld();
+            QCOMPARE(QProcess::execute(
+                         "sh", {"-ec", QString("cd \"$0\"; ") + command, QString::fromStdString(folder())}),
+                     0);
+            const Tree before = treeAt(folder());
+            Disk disk;
+            QVERIFY2(!update(disk) && !m_problem.empty(), command);
+            QCOMPARE(treeAt(folder()), before);
+            QVERIFY(!fs::exists(folder() / "_update"));
+        }
+    }
+
+    void tellsWhetherAProgramStarts()
+    {
+        QVERIFY(Platform::start("/bin/true", {}));
+        QVERIFY(!Platform::start(folder() / "nothing", {}));
+        rlimit before{};
+        getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit none{0, before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+        const bool started = Platform::start("/bin/true", {});
+        setrlimit(RLIMIT_NOFILE, &before);
+        QVERIFY(!started);
     }
 
     void letsOneWorkInAFolder()

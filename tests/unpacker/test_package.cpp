@@ -90,12 +90,11 @@ private slots:
         }
     }
 
-    void refusesArchives_data()
+    void refusesArchives()
     {
-        QTest::addColumn<QByteArray>("archive");
-        QTest::addColumn<QString>("why");
         const auto row = [](const char *name, const QByteArray &archive, const QString &why) {
-            QTest::newRow(name) << archive << why;
+            const QString shown = listing(archive);
+            QVERIFY2(shown.startsWith("! " + why), qPrintable(name + (": " + shown)));
         };
         const auto lying = [](const std::function<void(ZipLies &)> &lie) {
             ZipLies lies;
@@ -133,14 +132,6 @@ private slots:
         QByteArray many = makeZip({kApp});
         many.replace(many.size() - 14, 4, "\x21\x4E\x21\x4E"); // 20001 entries
         row("many entries", many, QStringLiteral("升级包中的文件过多"));
-    }
-
-    void refusesArchives()
-    {
-        QFETCH(QByteArray, archive);
-        QFETCH(QString, why);
-        const QString shown = listing(archive);
-        QVERIFY2(shown.startsWith(QStringLiteral("! ") + why), qPrintable(shown));
     }
 
     // Cut at every byte: refused. With any byte changed: refused or harmless (times,

@@ -138,7 +138,7 @@ private slots:
     void doesNothingByItself()
     {
         for (const QStringList &arguments :
-             {QStringList(), {path("app/x.zip")}, {path("app/x.zip"), "../App"}}) {
+             {QStringList(), {path("app/x.zip")}, {path("x.zip"), "lib/App"}, {path("x.zip"), "NUL"}}) {
             QProcess unpacker;
             unpacker.setProcessEnvironment(withDialogs());
             unpacker.start(path("app/unzip.exe"), arguments);
