@@ -115,14 +115,14 @@ bool canBeShown(const QString &text)
 
 } // namespace
 
-std::vector<Cell> cells(const HexDocument &document, qint64 address, int count, int codec)
+std::vector<QString> cells(const HexDocument &document, qint64 address, int count, int codec)
 {
     const qint64 start = placeBefore(document, address, codec);
     const int skipped = static_cast<int>(address - start);
     count = static_cast<int>(std::min<qint64>(count, document.size() - address));
     // With one character more on either side.
     const QByteArray bytes = document.read(start, skipped + count + 2 * kLongest - 1);
-    std::vector<Cell> cells(static_cast<size_t>(count), Cell{QStringLiteral("."), 1});
+    std::vector<QString> cells(static_cast<size_t>(count), QStringLiteral("."));
     std::vector<Longer> longer;
     for (int at = 0; at < std::min(bytes.size(), skipped + count + kLongest);) {
         const int length = lengthOf(bytes, at, codec);
@@ -131,7 +131,7 @@ std::vector<Cell> cells(const HexDocument &document, qint64 address, int count, 
         if (length > 1 && place >= -2 * kLongest)
             longer.push_back({place, bytes.mid(at, length), isCommon(bytes, at, length, codec)});
         else if (length == 1 && place >= 0 && place < count && byte >= 0x20 && byte < 0x7F)
-            cells[static_cast<size_t>(place)].text = QLatin1Char(byte);
+            cells[static_cast<size_t>(place)] = QLatin1Char(byte);
         at += length;
     }
     dropChance(longer);
@@ -148,7 +148,7 @@ std::vector<Cell> cells(const HexDocument &document, qint64 address, int count, 
         const int first = longer[i].place;
         const int length = longer[i].bytes.size();
         for (int at = std::max(first, 0); at < std::min(first + length, count); ++at)
-            cells[static_cast<size_t>(at)] = at == first ? Cell{text, length} : Cell{QString(), 1};
+            cells[static_cast<size_t>(at)] = at == first ? text : QString();
     }
     return cells;
 }

@@ -64,7 +64,7 @@ int HexContent::shownCodec() const
 bool HexContent::isInsideCharacter(qint64 address) const
 {
     const auto cells = HexCharacters::cells(m_document, address, 1, shownCodec());
-    return !cells.empty() && cells.front().text.isEmpty();
+    return !cells.empty() && cells.front().isEmpty();
 }
 
 HexContent::Range HexContent::withWholeCharacters(Range range) const

@@ -141,14 +141,14 @@ void HexPainter::paintText(int row, qint64 address)
     const auto cells =
         HexCharacters::cells(m_content.document(), address, HexLayout::bytesPerRow, m_content.shownCodec());
     for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
-        const HexCharacters::Cell &cell = cells[static_cast<size_t>(column)];
-        if (cell.text.isEmpty())
+        const QString &text = cells[static_cast<size_t>(column)];
+        if (text.isEmpty())
             continue;
         const qint64 at = address + column;
-        const bool wide = cell.bytes > 1 && cell.text.at(0).unicode() >= kFirstWide;
+        const bool wide = text.at(0).unicode() >= kFirstWide;
         const QRect place = m_layout.text(row, column, wide ? 2 : 1);
         m_painter.setPen(colorOf(at));
-        m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
+        m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, text);
         // The other half in the color of its byte, or of the ground behind the last cell.
         const bool beyond = column + 1 == HexLayout::bytesPerRow;
         const QColor other = beyond ? QColor(Skin::palette().text) : colorOf(at + 1);
@@ -156,7 +156,7 @@ void HexPainter::paintText(int row, qint64 address)
             m_painter.save();
             m_painter.setClipRect(m_layout.text(row, column + 1));
             m_painter.setPen(other);
-            m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, cell.text);
+            m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, text);
             m_painter.restore();
         }
     }

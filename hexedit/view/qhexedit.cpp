@@ -38,7 +38,6 @@ QHexEdit::QHexEdit(QWidget *parent)
     m_commands = new HexEditCommands(this);
     connect(&m_task, &SlicedTask::started, this, &QHexEdit::stateChanged);
     connect(&m_task, &SlicedTask::ended, this, &QHexEdit::stateChanged);
-    updateLayout();
 }
 
 // ---- content

@@ -134,8 +134,8 @@ private:
     static QString shown(const HexDocument &document, qint64 at, int count, int codec)
     {
         QString text;
-        for (const HexCharacters::Cell &cell : HexCharacters::cells(document, at, count, codec))
-            text += cell.text.isEmpty() ? QStringLiteral("_") : cell.text;
+        for (const QString &cell : HexCharacters::cells(document, at, count, codec))
+            text += cell.isEmpty() ? QStringLiteral("_") : cell;
         return text;
     }
 };

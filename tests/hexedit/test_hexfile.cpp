@@ -4,8 +4,6 @@
 #include "hexfile.h"
 #include "testfiles.h"
 
-#include <QSemaphore>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <optional>
 
@@ -264,17 +262,6 @@ private slots:
         QVERIFY(!save("rom.bin", "newest").done && m_result->inPlace);
         QVERIFY(m_result->consequence.contains(path("rom.bin.~tmp")));
         QCOMPARE(content("rom.bin"), QByteArray("newest"));
-    }
-
-    void findsWhatFailedSavesLeft()
-    {
-        QVERIFY(m_file->leftoversOf(path("rom.bin")).isEmpty());
-        for (const char *name : {"rom.bin.~tmp", "rom.bin.~bak", "rom.bin.~bak1"})
-            put(name, "left");
-        const QStringList left{path("rom.bin.~tmp"), path("rom.bin.~bak1")};
-        QCOMPARE(m_file->leftoversOf(path("rom.bin")), left);
-        m_file->decline(left.first());
-        QCOMPARE(m_file->leftoversOf(path("rom.bin")), left.mid(1));
     }
 
     void resolvesLinksAndKeepsPermissions()

@@ -4,16 +4,10 @@
 #include "korvexresources.h"
 #include "qhexedit.h"
 #include "qtmessagetip.h"
+#include "skin.h"
 
-#include <QAbstractEventDispatcher>
-#include <QAction>
-#include <QApplication>
-#include <QBuffer>
-#include <QClipboard>
-#include <QInputMethodEvent>
-#include <QScreen>
-#include <QScrollBar>
 #include <QtTest>
+#include <QtWidgets>
 
 class TestQHexEdit : public QObject
 {
@@ -294,6 +288,48 @@ private slots:
         QCOMPARE(cells(2), dots);
     }
 
+    void paintsStates()
+    {
+        const SkinPalette &skin = Skin::palette();
+        const QRgb accent = QColor(skin.accent).rgb(), panel = QColor(skin.panel).rgb();
+        const QRgb text = QColor(skin.text).rgb(), onAccent = QColor(Qt::black).rgb();
+        m_edit->resize(1800, 400);
+        m_edit->zoom(10); // strokes that are wider than a pixel
+        showData(QByteArray(64, 'H'));
+        QVERIFY(QTest::qWaitForWindowActive(m_edit.get()));
+        keys("4A");           // byte 0 is changed
+        m_edit->select(3, 2); // and the caret is at 5
+        QImage image = m_edit->viewport()->grab().toImage();
+        const HexLayout places = layout();
+        const auto colors = [&image](const QRect &cell) {
+            QSet<QRgb> found;
+            for (int i = 0; i < cell.width() * cell.height(); ++i)
+                found += image.pixel(cell.topLeft() + QPoint(i % cell.width(), i / cell.width()));
+            return found;
+        };
+        for (const bool inText : {false, true}) {
+            const auto cell = [&](int i) { return colors(inText ? places.text(1, i) : places.hex(1, i)); };
+            QVERIFY(cell(2).contains(text) && cell(2).contains(panel));
+            QVERIFY(cell(0).contains(text) && !cell(0).contains(panel) && !cell(0).contains(accent));
+            for (const int i : {3, 4})
+                QVERIFY(cell(i).contains(accent) && cell(i).contains(onAccent) && !cell(i).contains(text));
+        }
+        const auto ground = [&image](const QRect &cell) {
+            return image.pixel(cell.topLeft() + QPoint(1, 1));
+        };
+        QCOMPARE(ground(places.hex(1, 4).translated(-4, 0)), accent); // no gap in a selection
+        QCOMPARE(ground(places.hex(1, 5).translated(-4, 0)), panel);
+        QVERIFY(ground(places.hex(0, 5)) != ground(places.hex(0, 6))); // the caret's column and row
+        QVERIFY(ground(places.address(1)) != ground(places.address(2)));
+        const QRect caret = places.hex(1, 5);
+        const QPoint below = caret.bottomLeft() + QPoint(1, -1), left = caret.topLeft() + QPoint(0, 3);
+        QVERIFY(image.pixel(below) == text && image.pixel(left) == panel);
+        QCOMPARE(image.pixel(places.text(1, 5).topLeft() + QPoint(-1, 3)), QColor(skin.secondaryText).rgb());
+        keys("Ins");
+        image = m_edit->viewport()->grab().toImage();
+        QVERIFY(image.pixel(below) == panel && image.pixel(left) == text);
+    }
+
     // More than a scroll bar of bytes could hold, or an int.
     void takesThreeGigabytes()
     {
@@ -351,15 +387,19 @@ private:
         m_edit->setData(data);
         m_edit->setOverwrite(true);
     }
-    // The middle of a byte's left digit, or of its character.
-    QPoint at(qint64 address, bool inText) const
+    HexLayout layout() const
     {
         HexLayout layout;
         layout.update(m_edit->fontMetrics(), m_edit->size());
+        return layout;
+    }
+    // The middle of a byte's left digit, or of its character.
+    QPoint at(qint64 address, bool inText) const
+    {
         const int row = static_cast<int>(address / 16) + 1; // below the header
         const int column = static_cast<int>(address % 16);
-        const QRect cell = inText ? layout.text(row, column) : layout.hex(row, column);
-        return {cell.left() + layout.cellWidth() / 2, cell.center().y()};
+        const QRect cell = inText ? layout().text(row, column) : layout().hex(row, column);
+        return {cell.left() + layout().cellWidth() / 2, cell.center().y()};
     }
     void click(qint64 address, bool inText, Qt::KeyboardModifiers modifiers = {})
     {

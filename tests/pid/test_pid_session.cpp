@@ -69,20 +69,6 @@ private slots:
         QCOMPARE(m_recorder->events().front().value, 4000);
     }
 
-    void keepsWhatIsHeld()
-    {
-        m_recorder->addActual(0, 1, 0);
-        m_recorder->setHeld(true);
-        m_recorder->addActual(0, 2, 20000000);
-        QCOMPARE(m_recorder->shown()[0].at(0).actual, 1);
-        QCOMPARE(samples(0).at(0).actual, 2);
-        m_recorder->setHeld(false);
-        QCOMPARE(m_recorder->shown()[0].at(0).actual, 2);
-        m_recorder->setHeld(true);
-        m_recorder->clear();
-        QVERIFY(m_recorder->shown()[0].isEmpty());
-    }
-
     void recordsEvents()
     {
         m_session->setOpen(true);

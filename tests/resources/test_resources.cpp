@@ -5,18 +5,8 @@
 #include "korvexresources.h"
 #include "testfiles.h"
 
-#include <QAbstractButton>
-#include <QColorDialog>
-#include <QFileDialog>
-#include <QFontMetrics>
-#include <QLineEdit>
-#include <QMenu>
-#include <QMessageBox>
-#include <QPlainTextEdit>
-#include <QRawFont>
-#include <QRegularExpression>
-#include <QTest>
-#include <QTranslator>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 

@@ -8,19 +8,9 @@
 #include "qtrollsubtitleswidget.h"
 #include "waitingspinnerwidget.h"
 
-#include <QAbstractItemView>
-#include <QComboBox>
-#include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPointer>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QSlider>
-#include <QSpinBox>
-#include <QTest>
-#include <QWheelEvent>
 #include <QtTest/qtestspontaneevent.h>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 

@@ -16,23 +16,8 @@
 #include "testfiles.h"
 #include "waitingspinnerwidget.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QDialogButtonBox>
-#include <QFileDialog>
-#include <QFileSystemModel>
-#include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListView>
-#include <QPushButton>
-#include <QShortcut>
-#include <QSlider>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
-#include <QTreeView>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 
@@ -123,6 +108,8 @@ private slots:
         }
         box.setMessage({}, "x", 6);
         QVERIFY(!icon->isVisibleTo(&box) && box.title() == "提示");
+        box.setButtons(QtMessageBox::SaveDiscardCancel);
+        QCOMPARE(box.findChild<QPushButton *>("btnOk")->text(), QString("保存"));
     }
 
     void wrapsLongMessages()
@@ -332,8 +319,13 @@ private slots:
         QCOMPARE(settings.recvTextColor, QColor("#f2f2f2"));
         for (int i = 0; i < 2; ++i) { // offers the colors of this run, each once
             QtStyleDialog next(QtStyleDialog::SendArea);
-            QCOMPARE(next.findChild<ColorSwatches *>("recentColors")->colors(),
-                     (QVector<QColor>{settings.sendBackground, "#505050"}));
+            auto *recent = next.findChild<ColorSwatches *>("recentColors");
+            QCOMPARE(recent->colors(), (QVector<QColor>{settings.sendBackground, "#505050"}));
+            for (const int cell : {2, 1}) { // the first of them is empty
+                QHelpEvent help(QEvent::ToolTip, recent->cell(cell).center(), {});
+                QApplication::sendEvent(recent, &help);
+                QCOMPARE(QToolTip::text(), QString(cell == 1 ? "#505050" : ""));
+            }
             next.accept();
         }
         QtStyleDialog following(QtStyleDialog::SendArea);

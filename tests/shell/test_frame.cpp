@@ -6,14 +6,8 @@
 #include "qtmainwindow.h"
 #include "qttitlebar.h"
 
-#include <QApplication>
-#include <QScreen>
-#include <QSignalSpy>
-#include <QStyleHints>
-#include <QTest>
-#include <QToolButton>
-#include <QVBoxLayout>
-#include <QWindow>
+#include <QtTest>
+#include <QtWidgets>
 
 class Window : public QtMainWindow
 {

@@ -24,21 +24,8 @@
 #include "ptypeer.h"
 #endif
 
-#include <QApplication>
-#include <QComboBox>
-#include <QDesktopServices>
-#include <QDir>
-#include <QLineEdit>
-#include <QMenu>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QSignalSpy>
-#include <QStackedWidget>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
-#include <QUrl>
-#include <QWheelEvent>
+#include <QtTest>
+#include <QtWidgets>
 
 class MainWindowTest : public QObject
 {

@@ -3,9 +3,8 @@
 #include "qtwidgetbase.h"
 #include "quitguard.h"
 
-#include <QSignalSpy>
-#include <QTest>
-#include <QTimer>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 

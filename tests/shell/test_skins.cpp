@@ -8,13 +8,8 @@
 #include "skin.h"
 #include "testfiles.h"
 
-#include <QApplication>
-#include <QFile>
-#include <QPushButton>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTextBrowser>
+#include <QtTest>
+#include <QtWidgets>
 
 // The names that the sheet's rule for the user's colors goes by.
 class QtTerminalWidget : public QTextBrowser

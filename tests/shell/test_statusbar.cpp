@@ -6,105 +6,85 @@
 #include "qtwidgetbase.h"
 #include "statuslabel.h"
 
-#include <QHBoxLayout>
-#include <QListWidget>
-#include <QPushButton>
-#include <QTest>
-#include <QTextDocument>
-#include <QTimer>
-
-namespace {
+#include <QtTest>
+#include <QtWidgets>
 
 constexpr int information = 0;
 constexpr int error = 255;
-
-// Lets the running timer with the interval time out now.
-bool timeOut(QtStatusBar &bar, int interval)
-{
-    for (QTimer *timer : bar.findChildren<QTimer *>())
-        if (timer->isActive() && timer->interval() == interval) {
-            timer->start(0);
-            return true;
-        }
-    return false;
-}
-
-} // namespace
 
 class StatusBarTest : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void init()
+    {
+        m_bar = std::make_unique<QtStatusBar>();
+        m_label = m_bar->findChild<StatusLabel *>();
+    }
+
     void holdsAnErrorForAWhile()
     {
-        QtStatusBar bar;
-        auto *label = bar.findChild<StatusLabel *>();
-        bar.showSystemNotify("一", error);
-        bar.showSystemNotify("信息", information);
-        bar.showSystemNotify("二", error); // newer than the pending information, which is dropped
-        QCOMPARE(label->fullText(), QString("二"));
-        bar.sltEndErrorHold();
-        QCOMPARE(label->fullText(), QString("二"));
-        bar.showSystemNotify("三", error);
-        bar.showSystemNotify("四", information);
-        bar.showSystemNotify("五", information);
-        QCOMPARE(label->fullText(), QString("三"));
-        QCOMPARE(label->property("kind").toString(), QString("error"));
-        QVERIFY(timeOut(bar, QtStatusBar::errorHoldMs));
-        QTRY_COMPARE(label->fullText(), QString("五"));
-        QCOMPARE(label->property("kind").toString(), QString("info"));
-        QVERIFY(!timeOut(bar, QtStatusBar::errorHoldMs)); // it would end the next notice
+        m_bar->showSystemNotify("一", error);
+        m_bar->showSystemNotify("信息", information);
+        m_bar->showSystemNotify("二", error); // newer than the pending information, which is dropped
+        QCOMPARE(m_label->fullText(), QString("二"));
+        m_bar->sltEndErrorHold();
+        QCOMPARE(m_label->fullText(), QString("二"));
+        m_bar->showSystemNotify("三", error);
+        m_bar->showSystemNotify("四", information);
+        m_bar->showSystemNotify("五", information);
+        QCOMPARE(m_label->fullText(), QString("三"));
+        QCOMPARE(m_label->property("kind").toString(), QString("error"));
+        QVERIFY(timeOut(QtStatusBar::errorHoldMs));
+        QTRY_COMPARE(m_label->fullText(), QString("五"));
+        QCOMPARE(m_label->property("kind").toString(), QString("info"));
+        QVERIFY(!timeOut(QtStatusBar::errorHoldMs)); // it would end the next notice
     }
 
     void endsNotices()
     {
-        QtStatusBar bar;
-        auto *label = bar.findChild<StatusLabel *>();
-        bar.showSystemNotify("信息", information);
-        QVERIFY(timeOut(bar, QtStatusBar::informationShownMs));
-        QTRY_COMPARE(label->fullText(), QString());
-        bar.showSystemNotify("错误", error);
-        QVERIFY(timeOut(bar, QtStatusBar::errorShownMs));
-        QTRY_COMPARE(label->fullText(), QString());
-        QVERIFY(!label->isError());
-        bar.showSystemNotify("信息", information); // the hold ended with the error
-        QCOMPARE(label->fullText(), QString("信息"));
+        m_bar->showSystemNotify("信息", information);
+        QVERIFY(timeOut(QtStatusBar::informationShownMs));
+        QTRY_COMPARE(m_label->fullText(), QString());
+        m_bar->showSystemNotify("错误", error);
+        QVERIFY(timeOut(QtStatusBar::errorShownMs));
+        QTRY_COMPARE(m_label->fullText(), QString());
+        QVERIFY(!m_label->isError());
+        m_bar->showSystemNotify("信息", information); // the hold ended with the error
+        QCOMPARE(m_label->fullText(), QString("信息"));
     }
 
     // A page's notice ends when the user turns to another page; an error is
     // shown for the time of its hold at least.
     void endsWithItsPage()
     {
-        QtStatusBar bar;
-        auto *label = bar.findChild<StatusLabel *>();
         QtWidgetBase first, second;
-        connect(&first, &QtWidgetBase::signalNotify, &bar, &QtStatusBar::showSystemNotify);
+        connect(&first, &QtWidgetBase::signalNotify, m_bar.get(), &QtStatusBar::showSystemNotify);
         emit first.signalNotify("信息", information);
-        bar.showPage(&first);
-        QCOMPARE(label->fullText(), QString("信息"));
-        bar.showPage(&second);
-        QCOMPARE(label->fullText(), QString());
+        m_bar->showPage(&first);
+        QCOMPARE(m_label->fullText(), QString("信息"));
+        m_bar->showPage(&second);
+        QCOMPARE(m_label->fullText(), QString());
         emit first.signalNotify("错误", error);
-        bar.showPage(&second);
-        QCOMPARE(label->fullText(), QString("错误"));
-        bar.sltEndErrorHold();
-        QCOMPARE(label->fullText(), QString());
-        bar.showSystemNotify("设置", information); // of no page
-        bar.showPage(&first);
-        QCOMPARE(label->fullText(), QString("设置"));
+        m_bar->showPage(&second);
+        QCOMPARE(m_label->fullText(), QString("错误"));
+        m_bar->sltEndErrorHold();
+        QCOMPARE(m_label->fullText(), QString());
+        m_bar->showSystemNotify("设置", information); // of no page
+        m_bar->showPage(&first);
+        QCOMPARE(m_label->fullText(), QString("设置"));
     }
 
     void listsRecentNotices()
     {
-        QtStatusBar bar;
-        bar.show();
-        bar.resize(500, 32);
+        m_bar->show();
+        m_bar->resize(500, 32);
         for (int i = 0; i < NoticeLog::maxRecent + 20; ++i)
-            bar.showSystemNotify(QString(i, 'x') + QString("第%1条").arg(i),
-                                 i % 10 == 0 ? error : information);
-        QTest::mouseClick(bar.findChild<StatusLabel *>(), Qt::LeftButton);
-        auto *list = bar.findChild<NoticeList *>();
+            m_bar->showSystemNotify(QString(i, 'x') + QString("第%1条").arg(i),
+                                    i % 10 == 0 ? error : information);
+        QTest::mouseClick(m_label, Qt::LeftButton);
+        auto *list = m_bar->findChild<NoticeList *>();
         QVERIFY(list && list->isVisible() && list->width() < 500);
         const auto *view = list->findChild<QListWidget *>();
         QCOMPARE(view->count(), NoticeLog::maxRecent);
@@ -120,25 +100,39 @@ private slots:
     void cutsLongNotices()
     {
         QWidget window;
-        auto *bar = new QtStatusBar;
-        (new QHBoxLayout(&window))->addWidget(bar);
+        (new QHBoxLayout(&window))->addWidget(m_bar.get());
+        const auto keep = qScopeGuard([this] { m_bar->setParent(nullptr); });
         window.resize(500, 60);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window, 30000));
         const int minWidth = window.minimumSizeHint().width();
-        bar->showSystemNotify(QString("<b>很长的\n提示</b>").repeated(200), error);
+        m_bar->showSystemNotify(QString("<b>很长的\n提示</b>").repeated(200), error);
         QCOMPARE(window.minimumSizeHint().width(), minWidth);
-        auto *label = bar->findChild<StatusLabel *>();
-        QVERIFY(!label->fullText().contains('\n'));
-        QVERIFY(label->geometry().right() < bar->findChild<QPushButton *>()->geometry().left());
+        QVERIFY(!m_label->fullText().contains('\n'));
+        QVERIFY(m_label->geometry().right() < m_bar->findChild<QPushButton *>()->geometry().left());
         // Markup in a name from outside is text in the tool tip, too.
-        QVERIFY(label->toolTip().contains("&lt;b&gt;"));
-        bar->showSystemNotify(QString(5000, 'x'), error);
+        QVERIFY(m_label->toolTip().contains("&lt;b&gt;"));
+        m_bar->showSystemNotify(QString(5000, 'x'), error);
         QTextDocument tip; // as a tool tip lays it out
-        tip.setHtml(label->toolTip());
+        tip.setHtml(m_label->toolTip());
         tip.setTextWidth(400);
         QVERIFY(tip.size().height() < 300 && tip.idealWidth() <= 400);
     }
+
+private:
+    // Lets the running timer with the interval time out now.
+    bool timeOut(int interval)
+    {
+        for (auto *timer : m_bar->findChildren<QTimer *>())
+            if (timer->isActive() && timer->interval() == interval) {
+                timer->start(0);
+                return true;
+            }
+        return false;
+    }
+
+    std::unique_ptr<QtStatusBar> m_bar;
+    StatusLabel *m_label = nullptr;
 };
 
 QTEST_MAIN(StatusBarTest)

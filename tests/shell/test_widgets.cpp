@@ -16,14 +16,8 @@
 #include "testfiles.h"
 #include "transferlogdialog.h"
 
-#include <QAbstractButton>
-#include <QAction>
-#include <QBoxLayout>
-#include <QComboBox>
-#include <QGridLayout>
-#include <QSpinBox>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 

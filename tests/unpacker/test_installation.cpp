@@ -6,13 +6,6 @@
 #include "testfiles.h"
 #include "zipmaker.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
-#include <QMap>
-#include <QProcess>
-#include <QSet>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>

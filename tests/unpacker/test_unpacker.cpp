@@ -4,11 +4,6 @@
 #include "testfiles.h"
 #include "zipmaker.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>

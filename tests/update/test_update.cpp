@@ -7,12 +7,8 @@
 #include "testfiles.h"
 #include "updateserver.h"
 
-#include <QLabel>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTextEdit>
 #include <QtTest>
+#include <QtWidgets>
 
 #include <memory>
 
