@@ -16,7 +16,6 @@ PidExporter::PidExporter(QObject *parent)
     : QObject(parent)
     , m_next(this)
 {
-    m_next.setInterval(0);
     connect(&m_next, &QTimer::timeout, this, [this] { runSlice(kSliceMs); });
 }
 

@@ -59,12 +59,8 @@ FieldBehavior::FieldBehavior(QObject *parent)
 
 void FieldBehavior::install()
 {
-    static const auto name = QStringLiteral("fieldBehavior");
-    if (qApp->findChild<FieldBehavior *>(name, Qt::FindDirectChildrenOnly))
-        return;
-    auto *behavior = new FieldBehavior(qApp);
-    behavior->setObjectName(name);
-    qApp->installEventFilter(behavior);
+    if (!qApp->findChild<FieldBehavior *>(QString(), Qt::FindDirectChildrenOnly))
+        qApp->installEventFilter(new FieldBehavior(qApp));
 }
 
 void FieldBehavior::nameIconButtons(QWidget *parent)

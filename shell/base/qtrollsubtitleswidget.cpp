@@ -43,7 +43,6 @@ void QtRollSubtitlesWidget::sltRoll()
 void QtRollSubtitlesWidget::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::WindowText));
     const int period = textWidth() + gap;
     const bool rolls = textWidth() > width();
     for (int x = -m_offset; x < width(); x += period) {

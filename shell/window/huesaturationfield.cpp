@@ -96,11 +96,6 @@ void HueSaturationField::keyPressEvent(QKeyEvent *event)
     }
 }
 
-void HueSaturationField::resizeEvent(QResizeEvent *)
-{
-    m_field = QImage();
-}
-
 void HueSaturationField::choose(int hue, int saturation)
 {
     m_hue = qBound(0, hue, 359);

@@ -70,7 +70,6 @@ bool QuitGuard::closeAndSave()
 
 bool QuitGuard::save()
 {
-    m_state = State::Asking; // saving may fail, which leads to a question
     for (QtWidgetBase *page : qAsConst(m_pages)) {
         if (!page->saveBeforeExit()) {
             m_state = State::Open;

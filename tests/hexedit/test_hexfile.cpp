@@ -62,8 +62,8 @@ private slots:
     {
         QSignalSpy began(m_file.get(), &HexFile::readingBegan);
         open("rom.bin");
-        QVERIFY(!open("missing").done && m_result->reason == QStringLiteral("文件不存在"));
-        QVERIFY(!open(".").done && m_result->reason == QStringLiteral("不是普通文件"));
+        QVERIFY(!open("missing").done && m_result->reason == QString("文件不存在"));
+        QVERIFY(!open(".").done && m_result->reason == QString("不是普通文件"));
         QCOMPARE(began.size(), 1);
         // Stopped: the file that was open is open again, with what is known of it.
         QFile large(path("large"));
@@ -145,7 +145,7 @@ private slots:
         // Room for the temporary file but not for the copy.
         m_disk.freeBytes = [](const QString &) { return qint64(1500000); };
         QVERIFY(!save("rom.bin", QByteArray(1000000, 'n')).done);
-        QCOMPARE(m_result->reason, QStringLiteral("磁盘空间不足"));
+        QCOMPARE(m_result->reason, QString("磁盘空间不足"));
         QVERIFY(!m_result->consequence.contains(m_root->path()));
         QVERIFY(save("rom.bin", "small").done);
         m_disk = HexSaver::realDisk();
@@ -169,14 +169,14 @@ private slots:
             QCOMPARE(::setresuid(nobody, nobody, 0), 0);
         }
         QCOMPARE(::chmod(qPrintable(m_root->path()), 0500), 0);
-        QVERIFY(!save("new.bin", "new").done && m_result->reason == QStringLiteral("文件夹不可写入"));
+        QVERIFY(!save("new.bin", "new").done && m_result->reason == QString("文件夹不可写入"));
         QCOMPARE(::chmod(qPrintable(m_root->path()), 0700), 0);
         put("fixed.bin", "old");
         QVERIFY(QFile::setPermissions(path("fixed.bin"), QFile::ReadOwner));
-        QVERIFY(!save("fixed.bin", "new").done && m_result->reason == QStringLiteral("文件为只读"));
+        QVERIFY(!save("fixed.bin", "new").done && m_result->reason == QString("文件为只读"));
         QCOMPARE(content("fixed.bin"), QByteArray("old"));
         QVERIFY(QFile::setPermissions(path("fixed.bin"), QFile::Permissions()));
-        QVERIFY(!open("fixed.bin").done && m_result->reason == QStringLiteral("没有权限"));
+        QVERIFY(!open("fixed.bin").done && m_result->reason == QString("没有权限"));
 #endif
     }
 

@@ -34,7 +34,7 @@ QStringList run(PidParser &parser, const QByteArray &bytes = {})
         const Outcome outcome = parser.next(&report);
         if (outcome != Outcome::Report)
             return found << (outcome == Outcome::Dropped ? "dropped" : "waiting");
-        found << QStringLiteral("%1:%2:%3").arg(report.channel).arg(report.command).arg(report.value);
+        found << QString("%1:%2:%3").arg(report.channel).arg(report.command).arg(report.value);
     }
 }
 

@@ -21,8 +21,8 @@
 
 namespace {
 
-const auto kIdle = QStringLiteral("启动");
-const auto kRunning = QStringLiteral("停止");
+const auto kIdle = QString("启动");
+const auto kRunning = QString("停止");
 
 QByteArray hex(const char *text)
 {
@@ -53,7 +53,7 @@ private slots:
     void initTestCase()
     {
         initKorvexResources();
-        QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
+        QLoggingCategory::setFilterRules(QString("default.debug=false"));
     }
 
     void init()
@@ -121,7 +121,7 @@ private slots:
             m_notices->clear();
             child<QLineEdit>(field)->setText(text);
             click(button);
-            return lastNotice().contains(QStringLiteral("为空或超出范围，未发送"));
+            return lastNotice().contains(QString("为空或超出范围，未发送"));
         };
         for (const char *text : {"", "2147483648", "-2147483649"})
             QVERIFY2(refuses("editTarget", "btnSendTarget", text) &&
@@ -145,10 +145,10 @@ private slots:
         };
         QCOMPARE(paste("editP", " \t3.25 \n"), "3.25");
         QCOMPARE(paste("editTarget", " -300 "), "-300");
-        QCOMPARE(paste("editP", "3,25"), QStringLiteral("P、I、D值只能是小数，例如：3.25"));
-        QCOMPARE(paste("editTarget", "3.5"), QStringLiteral("目标值只能是整数，例如：300"));
-        QCOMPARE(paste("editD", ""), QStringLiteral("P、I、D值为空或不完整，未发送！"));
-        QCOMPARE(paste("editTarget", ""), QStringLiteral("目标值为空或不完整，未发送！"));
+        QCOMPARE(paste("editP", "3,25"), QString("P、I、D值只能是小数，例如：3.25"));
+        QCOMPARE(paste("editTarget", "3.5"), QString("目标值只能是整数，例如：300"));
+        QCOMPARE(paste("editD", ""), QString("P、I、D值为空或不完整，未发送！"));
+        QCOMPARE(paste("editTarget", ""), QString("目标值为空或不完整，未发送！"));
     }
 
     void sendsGainsInFull()
@@ -171,7 +171,7 @@ private slots:
         receive(report(1, 3, "0000c07f0000807f0000803f"));
         QCOMPARE(texts(), "nan/inf/1");
         click("btnSendPid");
-        QVERIFY(lastNotice().contains(QStringLiteral("未发送")));
+        QVERIFY(lastNotice().contains(QString("未发送")));
     }
 
     void keepsTypedText()
@@ -258,9 +258,9 @@ private slots:
     {
         auto *session = m_page->findChild<PidSession *>();
         emit session->lengthSkipped();
-        QCOMPARE(lastNotice(), QStringLiteral("收到长度异常的数据帧，已跳过！"));
+        QCOMPARE(lastNotice(), QString("收到长度异常的数据帧，已跳过！"));
         emit session->blocked();
-        QCOMPARE(lastNotice(), QStringLiteral("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"));
+        QCOMPARE(lastNotice(), QString("收到长度异常的数据帧，后续数据无法解析，请重新打开串口！"));
         receive(hex("4f52564e010000000000000000") + report(1, 1, "0a000000"));
         QCOMPARE(texts({"editTarget"}), "");
         open();
@@ -274,12 +274,12 @@ private slots:
             click(button);
         QVERIFY(m_warnings.isEmpty() && m_notices->isEmpty());
         click("btnPidStart");
-        QCOMPARE(m_warnings, QStringList(QStringLiteral("告警|请确认是否打开串口！")));
+        QCOMPARE(m_warnings, QStringList(QString("告警|请确认是否打开串口！")));
         QCOMPARE(startText(), kIdle);
-        child<QComboBox>("comboPidPort")->setEditText(QStringLiteral("COM77 没有"));
+        child<QComboBox>("comboPidPort")->setEditText(QString("COM77 没有"));
         click("btnPidOpen");
         QCOMPARE(m_notices->at(m_notices->count() - 2).at(0).toString(),
-                 QStringLiteral("串口[COM77]打开失败!!!")); // and the reason
+                 QString("串口[COM77]打开失败!!!")); // and the reason
         // One button of the page stands out.
         for (const bool opened : {false, true}) {
             QCOMPARE(child<QPushButton>("btnPidOpen")->property("primary").toBool(), !opened);
@@ -296,7 +296,7 @@ private slots:
         select(3);
         click("btnPidOpen"); // the selected channel, and the one that was started
         QCOMPARE(startText(), kIdle);
-        QCOMPARE(lastNotice(), QStringLiteral("串口[%1]已关闭!!").arg(m_board->device()));
+        QCOMPARE(lastNotice(), QString("串口[%1]已关闭!!").arg(m_board->device()));
         QCOMPARE(m_board->read(33), kStart1 + kStop1 + kStop3);
 
         select(1);
@@ -324,13 +324,13 @@ private slots:
 
     void noticesAVanishedPort()
     {
-        const auto vanished = QStringLiteral("当前串口已拔出，请重新打开!");
+        const auto vanished = QString("当前串口已拔出，请重新打开!");
         open();
         click("btnPidStart");
-        m_page->SltSerialportChanged({m_board->device() + " USB", QStringLiteral("COM9 ")});
+        m_page->SltSerialportChanged({m_board->device() + " USB", QString("COM9 ")});
         QVERIFY(isOpen()); // by name, whatever the description
         receive(hex("4f52564e01ffffff7f040000"));
-        m_page->SltSerialportChanged({QStringLiteral("COM9 ")});
+        m_page->SltSerialportChanged({QString("COM9 ")});
         QVERIFY(!isOpen());
         QCOMPARE(startText(), kIdle);
         QCOMPARE(lastNotice(), vanished);
@@ -352,11 +352,11 @@ private slots:
         saveTo("btnPidExport", QString()); // "取消"
         QVERIFY(m_notices->isEmpty());
         saveTo("btnPidExport", file("a.csv"));
-        QCOMPARE(lastNotice(), QStringLiteral("文件已导出：") + file("a.csv"));
+        QCOMPARE(lastNotice(), QString("文件已导出：") + file("a.csv"));
         QVERIFY(contentOf(file("a.csv")).contains("\n1,12,10,2\n\n\n"));
         for (const auto &[name, magic] : {std::pair{"p.png", "\x89PNG"}, std::pair{"p.pdf", "%PDF"}}) {
             saveTo("btnPidPicture", file(name));
-            QCOMPARE(lastNotice(), QStringLiteral("图片已保存：") + file(name));
+            QCOMPARE(lastNotice(), QString("图片已保存：") + file(name));
             QVERIFY(contentOf(file(name)).startsWith(magic));
         }
     }
@@ -372,9 +372,9 @@ private slots:
         saveTo("btnPidExport", file("a.csv"));
         QVERIFY(m_notices->isEmpty() && !QFile::exists(file("a.csv"))); // more than fits into a moment
         click("btnPidExport");
-        QVERIFY(lastNotice().contains(QStringLiteral("尚未完成")));
+        QVERIFY(lastNotice().contains(QString("尚未完成")));
         click("btnPidClear"); // the file has what was shown
-        QTRY_VERIFY_WITH_TIMEOUT(lastNotice().startsWith(QStringLiteral("文件已导出：")), 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(lastNotice().startsWith(QString("文件已导出：")), 60000);
         QCOMPARE(contentOf(file("a.csv")).count('\n'), 1 + 5 * (2 + 100000 + 2));
 
         record(1);
@@ -399,7 +399,7 @@ private slots:
         const QString old = file("old.csv");
         QVERIFY(writeFile(old, "old"));
         saveTo("btnPidExport", old + "/below.csv");
-        QVERIFY(lastNotice().startsWith(old + QStringLiteral("/below.csv 保存失败：")));
+        QVERIFY(lastNotice().startsWith(old + QString("/below.csv 保存失败：")));
         QVERIFY(!lastNotice().endsWith("："));
 
         // As on a full disk: the file there stays as it was.
@@ -413,7 +413,7 @@ private slots:
         saveTo("btnPidPicture", file("new.pdf"));
         setrlimit(RLIMIT_FSIZE, &before);
         std::signal(SIGXFSZ, handler);
-        QCOMPARE(m_warnings.count(QStringLiteral("告警|文件保存失败!")), 4);
+        QCOMPARE(m_warnings.count(QString("告警|文件保存失败!")), 4);
         QVERIFY(!QFile::exists(file("new.pdf")));
         QCOMPARE(contentOf(old), QByteArray("old"));
     }
@@ -435,13 +435,13 @@ private:
     }
     QString integers() const { return texts({"editTarget", "editPeriod"}); }
     QString startText() const { return child<QPushButton>("btnPidStart")->text(); }
-    bool isOpen() const { return child<QPushButton>("btnPidOpen")->text() == QStringLiteral("关闭串口"); }
+    bool isOpen() const { return child<QPushButton>("btnPidOpen")->text() == QString("关闭串口"); }
     void select(int channel) { child<QComboBox>("comboPidChannel")->setCurrentIndex(channel - 1); }
     void open()
     {
         child<QComboBox>("comboPidPort")->setEditText(m_board->device());
         click("btnPidOpen");
-        QCOMPARE(lastNotice(), QStringLiteral("串口[%1]打开成功!").arg(m_board->device()));
+        QCOMPARE(lastNotice(), QString("串口[%1]打开成功!").arg(m_board->device()));
         QVERIFY(isOpen());
     }
 

@@ -108,7 +108,7 @@ private slots:
         m_recorder->clear();
         QCOMPARE(m_plot->readOut(0), QString());
         for (int graph = 0; graph < 10; ++graph)
-            m_plot->setCurve(graph, Qt::red, graph != 1, QStringLiteral("<%1>").arg(graph));
+            m_plot->setCurve(graph, Qt::red, graph != 1, QString("<%1>").arg(graph));
         add(1, 61.000, 300, 10);
         add(1, 61.500, 300, -2147483647);
         m_plot->drawNew();
@@ -131,7 +131,7 @@ private slots:
         auto *plot = page.findChild<PidPlot *>();
         plot->resize(300, 200);
         for (const QString &style : {QString("black"), QString("white"), QString("yellow")}) {
-            page.setStyleSheet(QStringLiteral("PidDebugWidget { qproperty-plotStyle: \"%1\"; }").arg(style));
+            page.setStyleSheet(QString("PidDebugWidget { qproperty-plotStyle: \"%1\"; }").arg(style));
             page.ensurePolished();
             QCOMPARE(page.plotStyle(), style);
             const QColor ground = plot->toPixmap().toImage().pixelColor(1, 1);
@@ -152,7 +152,7 @@ private slots:
     void paintsEveryPixel()
     {
         PidPlot &plot = *m_plot;
-        plot.setPlotStyle(QStringLiteral("black"));
+        plot.setPlotStyle(QString("black"));
         plot.resize(301, 203);
         for (const double ratio : {1.25, 1.5}) {
             QImage screen((QSizeF(plot.size()) * ratio).toSize(), QImage::Format_RGB32);
@@ -171,7 +171,7 @@ private slots:
     void tellsCurvesFromTheBackground()
     {
         PidPlot &plot = *m_plot;
-        plot.setPlotStyle(QStringLiteral("black"));
+        plot.setPlotStyle(QString("black"));
         plot.resize(301, 203);
         m_recorder->clear(); // makes new curves
         plot.setCurve(5, QColor("#302f2f"), true, "dark");
@@ -199,7 +199,7 @@ private slots:
         }
         QCOMPARE(list.color(0x106).name(), "#ff0000");
         const QSignalSpy clicks(&list, &PidCurveList::signalGraphClicked);
-        list.findChild<QAbstractButton *>(QStringLiteral("checkCurve8"))->click();
+        list.findChild<QAbstractButton *>(QString("checkCurve8"))->click();
         QCOMPARE(clicks.value(0), (QVariantList{8, false}));
         QVERIFY(!list.isShown(0x204) && list.isShown(0x203));
         QTimer::singleShot(0, this, [] {
@@ -207,7 +207,7 @@ private slots:
             menu->setActiveAction(menu->actions().last());
             QTest::keyClick(menu, Qt::Key_Return);
         });
-        auto *swatch = list.findChild<QToolButton *>(QStringLiteral("curveColor5"));
+        auto *swatch = list.findChild<QToolButton *>(QString("curveColor5"));
         swatch->click();
         QCOMPARE(list.color(0x201).name(), "#8a8a8a");
         const QImage picture = swatch->icon().pixmap(14).toImage();
@@ -219,7 +219,7 @@ private slots:
         PidDebugWidget page;
         page.resize(900, 460);
         auto *plot = page.findChild<PidPlot *>();
-        auto *box = page.findChild<QComboBox *>(QStringLiteral("comboPidZoom"));
+        auto *box = page.findChild<QComboBox *>(QString("comboPidZoom"));
         // As numbers: the names of flags are not exported by every build of the library.
         QCOMPARE(int(plot->interactions()), int(QCP::iRangeDrag | QCP::iRangeZoom));
         for (const Qt::Orientation expected : {Qt::Horizontal, Qt::Vertical, Qt::Horizontal}) {

@@ -31,7 +31,7 @@ private slots:
         m_session = std::make_unique<PidSession>(m_recorder.get());
         m_sent.clear();
         connect(m_session.get(), &PidSession::command, this, [this](int command, int channel) {
-            m_sent << QStringLiteral("%1:%2").arg(command, 0, 16).arg(channel);
+            m_sent << QString("%1:%2").arg(command, 0, 16).arg(channel);
         });
     }
 
@@ -84,7 +84,7 @@ private slots:
                            50);
         QStringList events;
         for (const PidEvent &e : m_recorder->events())
-            events << QStringLiteral("%1 CH%2 %3 %4 %5 %6")
+            events << QString("%1 CH%2 %3 %4 %5 %6")
                           .arg(e.kind)
                           .arg(e.channel + 1)
                           .arg(e.us)

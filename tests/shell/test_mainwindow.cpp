@@ -105,6 +105,7 @@ private slots:
             action(text)->trigger();
         QCOMPARE(checked(), QString("GB18030 浅色 自动保存"));
         QCOMPARE(Skin::palette().name, QString("white"));
+        QCOMPARE(m_window->findChild<QHexEdit *>()->content().shownCodec(), 1);
         Settings::load(); // as the next start does
         QCOMPARE(QList<int>({settings.textCodec, settings.skin, settings.closeBehaviour}),
                  QList<int>({1, 1, 2}));
@@ -164,26 +165,23 @@ private slots:
         QTRY_VERIFY2_WITH_TIMEOUT(shown.contains("1.2.3.4"), qPrintable(shown), 30000);
     }
 
-    // Cancelled, the colors stay; an area may follow the skin.
+    // An area may follow the skin.
     void choosesColors()
     {
         Settings &settings = Settings::instance();
         settings.recvBackground.set(QColor("#010203")); // applied with the next choice only
-        const QString before = qApp->styleSheet();
-        const auto visit = [this](const char *button, bool accepts) {
+        const auto visit = [this](const char *button) {
             QTimer::singleShot(0, this, [=] {
                 auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
                 if (button)
                     dialog->findChild<QAbstractButton *>(button)->click();
-                accepts ? dialog->accept() : dialog->reject();
+                dialog->accept();
             });
             action("接收区设置")->trigger();
         };
-        visit("btnDefaultColors", false);
-        QCOMPARE(qApp->styleSheet(), before);
-        visit(nullptr, true);
+        visit(nullptr);
         QVERIFY(qApp->styleSheet().contains("background-color: #010203"));
-        visit("checkFollowSkin", true);
+        visit("checkFollowSkin");
         action("浅色")->trigger();
         QVERIFY(qApp->styleSheet().startsWith(
             "QtTerminalWidget#recvBrowser {background-color: #ffffff; color:#333333;"));
@@ -191,7 +189,7 @@ private slots:
         QCOMPARE(settings.recvBackground, QColor("#010203"));
         Skin::apply(1);
         QCOMPARE(settings.recvBackground, QColor("#ffffff"));
-        visit("btnDefaultColors", true);
+        visit("btnDefaultColors");
         QVERIFY(!settings.recvFollowsSkin);
         QCOMPARE(settings.recvBackground, QColor("#4b4b4b"));
     }

@@ -126,8 +126,8 @@ private slots:
         Settings::instance().recvTextColor = QColor("#fedcba");
         Skin::apply(index);
         QtTerminalWidget terminal;
-        terminal.setObjectName(QStringLiteral("recvBrowser"));
-        terminal.setPlainText(QStringLiteral("x"));
+        terminal.setObjectName(QString("recvBrowser"));
+        terminal.setPlainText(QString("x"));
         terminal.resize(200, 100);
         for (const bool enabled : {true, false}) {
             terminal.setEnabled(enabled);

@@ -28,12 +28,15 @@ const QStringList kProperties =
             "textInteractionFlags alignment acceptDrops undoRedoEnabled tabChangesFocus lineWrapMode "
             "horizontalScrollBarPolicy verticalScrollBarPolicy widgetResizable orientation "
             "childrenCollapsible insertPolicy maxVisibleItems selectionMode selectionBehavior editTriggers "
-            "alternatingRowColors sortingEnabled cornerButtonEnabled showGrid primary kind")
+            "alternatingRowColors sortingEnabled cornerButtonEnabled showGrid primary kind expanding "
+            "drawBase elideMode default textVisible textFormat pageStep sizeAdjustPolicy "
+            "minimumContentsLength frameShape flat toolTipsVisible")
         .split(' ');
 
-const QStringList kUsual = QString("0 false contextMenuPolicy=1 textInteractionFlags=4 alignment=129 "
-                                   "maxLength=32767 maxVisibleItems=10 insertPolicy=3 autoRepeat=true")
-                               .split(' ');
+const QStringList kUsual =
+    QString("0 false contextMenuPolicy=1 textInteractionFlags=4 alignment=129 "
+            "maxLength=32767 maxVisibleItems=10 textFormat=2 pageStep=10 insertPolicy=3 autoRepeat=true")
+        .split(' ');
 
 // Filled from the machine: its ports and addresses.
 bool isOfTheMachine(const QObject *object)
@@ -57,7 +60,7 @@ QString described(const QObject *object)
         const QVariant value = object->property(qPrintable(name));
         const QString text = value.isValid() ? valueOf(value) : QString();
         if (!text.isEmpty() && !kUsual.contains(text) && !kUsual.contains(name + '=' + text))
-            line += QStringLiteral(" %1=%2").arg(name, text);
+            line += QString(" %1=%2").arg(name, text);
     }
     if (!object->property("pixmap").value<QPixmap>().isNull())
         line += " picture";
@@ -109,7 +112,7 @@ void describe(const QObject *object, int depth, QStringList *lines)
         QStringList items;
         for (int i = 0; i < combo->count(); ++i)
             items += combo->itemText(i) + '=' + combo->itemData(i).toString();
-        lines->last() += QStringLiteral(" [%1] %2").arg(items.join('|'), combo->currentText());
+        lines->last() += QString(" [%1] %2").arg(items.join('|'), combo->currentText());
     }
     if (isOfTheMachine(widget))
         return;

@@ -25,9 +25,9 @@ private slots:
     // In memory where there is such a folder: there is a lot to sync.
     void init()
     {
-        const auto memory = QStringLiteral("/dev/shm");
+        const auto memory = QString("/dev/shm");
         m_root = std::make_unique<QTemporaryDir>((QDir(memory).exists() ? memory : QDir::tempPath()) +
-                                                 QStringLiteral("/test_installation-XXXXXX"));
+                                                 QString("/test_installation-XXXXXX"));
         QVERIFY(m_root->isValid());
         write(folder("unpacker"), "the unpacker");
         m_old = {{"App", "old application"},   {"lib/a", "old a"},        {"lib/b", "old b"},
@@ -61,7 +61,7 @@ private slots:
                                 "seq 30000 > K/lib/a; printf b > K/中文.txt; rm -f p.zip; ";
         Tree expected = m_old;
         expected["App"] = "app";
-        expected[QStringLiteral("中文.txt")] = "b";
+        expected[QString("中文.txt")] = "b";
         expected["lib/a"].clear();
         for (int i = 1; i <= 30000; ++i)
             expected["lib/a"] += QByteArray::number(i) + '\n';
@@ -106,7 +106,7 @@ private slots:
             failed = disk.hasFailed();
             seen += stateOf(folder());
             if (!failed)
-                QCOMPARE(stateOf(folder()), isNew ? QStringLiteral("new") : QStringLiteral("old"));
+                QCOMPARE(stateOf(folder()), isNew ? QString("new") : QString("old"));
             QCOMPARE(m_problem.empty(), isNew);
             checkAfterwards(folder(), kind, kind == FaultyDisk::Killed && !inUse);
             if (QTest::currentTestFailed()) {
@@ -132,7 +132,7 @@ private slots:
             }
         } held;
         QVERIFY(!update(held));
-        QCOMPARE(stateOf(folder()), QStringLiteral("halfway"));
+        QCOMPARE(stateOf(folder()), QString("halfway"));
         Disk disk;
         QVERIFY(Installation(folder(), "App", disk).finish(m_problem));
         QCOMPARE(treeAt(folder()), m_new);
@@ -179,7 +179,7 @@ private slots:
     }
 
 private:
-    fs::path folder(const QString &name = QStringLiteral("installation")) const
+    fs::path folder(const QString &name = QString("installation")) const
     {
         return m_root->filePath(name).toStdString();
     }
@@ -197,7 +197,7 @@ private:
         QDirIterator files(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
         while (files.hasNext()) {
             const QString name = QDir(root).relativeFilePath(files.next());
-            if (!name.startsWith(QStringLiteral("_update/")))
+            if (!name.startsWith(QString("_update/")))
                 tree.insert(name, contentOf(files.filePath()));
         }
         return tree;
@@ -236,14 +236,14 @@ private:
     {
         const Tree tree = treeAt(folder);
         if (tree == m_old)
-            return QStringLiteral("old");
+            return QString("old");
         if (tree == m_new)
-            return QStringLiteral("new");
+            return QString("new");
         FaultyDisk disk(FaultyDisk::None, 0);
         return tree.value("App") == "the unpacker" && Installation::pendingFor(folder) == "App" &&
                        Installation(folder, "App", disk).isHalfway()
-                   ? QStringLiteral("halfway")
-                   : QStringLiteral("broken: ") + tree.keys().join(QLatin1Char(' '));
+                   ? QString("halfway")
+                   : QString("broken: ") + tree.keys().join(QLatin1Char(' '));
     }
 
     // What a user finds who starts the program after it was interrupted; `again`:
@@ -251,9 +251,9 @@ private:
     void checkAfterwards(const fs::path &left, FaultyDisk::Fault fault, bool again)
     {
         const QString state = stateOf(left);
-        QVERIFY2(!state.startsWith(QStringLiteral("broken")), qPrintable(state));
+        QVERIFY2(!state.startsWith(QString("broken")), qPrintable(state));
         std::string problem;
-        if (state == QStringLiteral("halfway")) {
+        if (state == QString("halfway")) {
             bool interrupted = again;
             for (int i = 1; interrupted; ++i) {
                 const fs::path copy = folder("copy");
@@ -269,7 +269,7 @@ private:
             }
             FaultyDisk disk(FaultyDisk::None, 0);
             const bool isNew = Installation(left, "App", disk).finish(problem);
-            QCOMPARE(stateOf(left), isNew ? QStringLiteral("new") : QStringLiteral("old"));
+            QCOMPARE(stateOf(left), isNew ? QString("new") : QString("old"));
         }
         FaultyDisk disk(FaultyDisk::None, 0);
         QVERIFY(Installation(left, "App", disk).clean());

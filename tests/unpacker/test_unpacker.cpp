@@ -69,7 +69,7 @@ private slots:
         QTest::addColumn<QString>("before"); // run in the folder
         QTest::addColumn<QString>("how");    // prefix of the command
         QTest::addColumn<QString>("says");
-        const QString plain = QStringLiteral("exec");
+        const QString plain = QString("exec");
         QTest::newRow("no package") << "rm \"$1\"" << plain << "未找到升级包";
         QTest::newRow("no archive") << "echo '<html>' > \"$1\"" << plain << "升级包不是ZIP文件";
         QTest::newRow("full disk")
@@ -95,7 +95,7 @@ private slots:
         QCOMPARE(shell.exitCode(), 1);
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kTimeoutMs);
         const QString told = content("started");
-        const QString said = QStringLiteral("升级失败，程序仍为原来的版本：") + says;
+        const QString said = QString("升级失败，程序仍为原来的版本：") + says;
         QVERIFY2(told.startsWith("old\n" + path("app") + "\n--notice\n" + said), qPrintable(told));
         QVERIFY(QString::fromUtf8(shell.readAllStandardError()).contains(said));
         QCOMPARE(content("app/App"), application("old"));
@@ -186,7 +186,7 @@ private:
         write("app/download/包 1.zip", makeZip(parts));
     }
 
-    QStringList arguments() const { return {path("app/download/包 1.zip"), QStringLiteral("App")}; }
+    QStringList arguments() const { return {path("app/download/包 1.zip"), QString("App")}; }
 
     std::unique_ptr<QTemporaryDir> m_root;
 };

@@ -18,7 +18,7 @@ class TestUpdateClient : public QObject
 private slots:
     void init()
     {
-        QCoreApplication::setApplicationName(QStringLiteral("Korvex"));
+        QCoreApplication::setApplicationName(QString("Korvex"));
         m_root = std::make_unique<QTemporaryDir>();
         m_server = std::make_unique<UpdateServer>();
         m_client = std::make_unique<UpdateClient>(QUrl("http://" + m_server->address()), m_root->path());
@@ -29,7 +29,7 @@ private slots:
         QSignalSpy contacting(m_client.get(), &UpdateClient::contacting);
         QCOMPARE(check(UpdateServer::version("1.0.2.7", "修复")), "Newer ");
         QCOMPARE(m_client->version().number, "1.0.2.7");
-        QCOMPARE(m_client->version().notes, QStringLiteral("修复"));
+        QCOMPARE(m_client->version().notes, QString("修复"));
         QCOMPARE(contacting.first().at(0).toUrl().authority(), QString(m_server->address()));
         QCOMPARE(check(UpdateServer::version("1.0.2.7", QByteArray(200000, 'n'))), "Newer ");
         QCOMPARE(m_client->version().notes.size(), 64 * 1024 + 1); // "…"
@@ -42,7 +42,7 @@ private slots:
         QVERIFY(m_server->requests().last().startsWith("GET /up/Korvex HTTP/1.1\r\n"));
         m_server.reset();
         QCOMPARE(wait(&UpdateClient::checked, [this] { m_client->check(); }),
-                 QStringLiteral("NoReply 服务器拒绝连接"));
+                 QString("NoReply 服务器拒绝连接"));
     }
 
     void judgesReplies()
@@ -52,17 +52,17 @@ private slots:
             reply.body = body;
             QVERIFY2(check(reply) == outcome, name);
         };
-        const auto noVersion = QStringLiteral(" 服务器的回复不是版本信息");
+        const auto noVersion = QString(" 服务器的回复不是版本信息");
         row("same", UpdateServer::version("1.0.2.6", "n").body, "Latest ");
         row("three parts", UpdateServer::version("1.0.3", "n").body, "Latest ");
         row("far newer", UpdateServer::version("128.0.0.0", "n").body, "Newer ");
         row("wrong types", "{\"verNum\": 16777735, \"verInfo\": []}", "Latest ");
-        row("no body", "", QStringLiteral("NoReply 服务器的回复是空的"));
+        row("no body", "", QString("NoReply 服务器的回复是空的"));
         row("no object", "[1, 2]", "NoReply" + noVersion);
         row("no JSON", "<html>proxy</html>", "BadReply" + noVersion);
         row("cut JSON", UpdateServer::version("1.0.2.7", "n").body.left(20), "BadReply" + noVersion);
         row("1 MB", QByteArray((1 << 20) - 2, ' ') + "{}", "Latest ");
-        row("above 1 MB", QByteArray(8 << 20, ' '), QStringLiteral("BadReply 服务器的回复过长"));
+        row("above 1 MB", QByteArray(8 << 20, ' '), QString("BadReply 服务器的回复过长"));
     }
 
     void storesPackages()
@@ -90,12 +90,12 @@ private slots:
             reply.cutAfter = cutAfter;
             QVERIFY2(download(reply) == outcome && files().isEmpty(), name);
         };
-        row("not found", QStringLiteral("Failed 服务器返回错误 404"), "404 Not Found", -1, -1);
-        row("error", QStringLiteral("Failed 服务器返回错误 500"), "500 Oops", -1, -1);
-        row("cut off", QStringLiteral("Failed 服务器断开了连接"), "200 OK", -1, 70000);
-        row("announced too long", QStringLiteral("Failed 服务器断开了连接"), "200 OK", 100001, -1);
-        row("empty", QStringLiteral("Failed 收到的数据不完整"), "200 OK", -1, -1, 0);
-        row("endless", QStringLiteral("TooLarge 1073741825 字节"), "200 OK", (1 << 30) + 1, -1);
+        row("not found", QString("Failed 服务器返回错误 404"), "404 Not Found", -1, -1);
+        row("error", QString("Failed 服务器返回错误 500"), "500 Oops", -1, -1);
+        row("cut off", QString("Failed 服务器断开了连接"), "200 OK", -1, 70000);
+        row("announced too long", QString("Failed 服务器断开了连接"), "200 OK", 100001, -1);
+        row("empty", QString("Failed 收到的数据不完整"), "200 OK", -1, -1, 0);
+        row("endless", QString("TooLarge 1073741825 字节"), "200 OK", (1 << 30) + 1, -1);
     }
 
     void reportsADiskThatRefuses()
