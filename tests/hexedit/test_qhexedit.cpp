@@ -203,7 +203,7 @@ private slots:
              QString(QChar(0)) + QString(3, QChar(0xFFFD))},
             {"a\xCE\xC2\xB6\xC8z", 1, true, 2, 2, "az", "温度"},
             {"a\xCE\xC2\xB6\xC8z", 1, false, 2, 2, "a\xCE\xC8z", "C2 B6"},
-            {"\xEF\xBB\xBF-2", 0, true, 0, 4, "2", QString("\uFEFF-")},
+            {"\xEF\xBB\xBF-2", 0, true, 0, 4, "2", QStringLiteral("\uFEFF-")},
         };
         for (const auto &[bytes, codec, inText, begin, length, left, text] : rows) {
             showData(bytes);
