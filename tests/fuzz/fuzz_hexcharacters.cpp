@@ -11,8 +11,8 @@ QString shown(const HexDocument &document, int rowLength, int codec)
 {
     QString all;
     for (qint64 at = 0; at < document.size(); at += rowLength)
-        for (const HexCharacters::Cell &cell : HexCharacters::cells(document, at, rowLength, codec))
-            all += cell.text + '|';
+        for (const QString &cell : HexCharacters::cells(document, at, rowLength, codec))
+            all += cell + '|';
     return all;
 }
 
