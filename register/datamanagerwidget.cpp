@@ -150,6 +150,7 @@ void DataManagerWidget::showProgress(const QString &text)
 
 void DataManagerWidget::hideEvent(QHideEvent *event)
 {
+    QtFramelessDialog::hideEvent(event);
     if (!event->spontaneous()) // minimised, it goes on
         emit stopRequested();
 }
