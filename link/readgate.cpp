@@ -9,7 +9,6 @@ namespace {
 constexpr qint64 kMessageCost = 1024;
 constexpr qint64 kMaxCost = 256 * 1024;
 
-constexpr qint64 kDefaultBacklog = 2 * 1024 * 1024;
 constexpr int kRetryMs = 5;
 
 } // namespace
@@ -18,7 +17,6 @@ ReadGate::ReadGate(std::function<qint64()> backlog, QObject *parent)
     : QObject(parent)
     , m_backlog(std::move(backlog))
     , m_timer(this)
-    , m_maxBacklog(kDefaultBacklog)
 {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &ReadGate::tryToOpen);

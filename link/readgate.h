@@ -36,6 +36,6 @@ private:
 
     std::function<qint64()> m_backlog;
     QTimer m_timer;
-    qint64 m_maxBacklog;
+    qint64 m_maxBacklog = 0;
     qint64 m_cost = 0;
 };

@@ -57,6 +57,16 @@ private slots:
         QCOMPARE(answer(board, frame(3, 0x15, "14000000")), frame(3, 6, "14000000"));
         QCOMPARE(answer(board, frame(3, 0x15, "00000000")), frame(3, 6, "14000000")); // not possible
         QCOMPARE(answer(board, frame(3, 0x16)), QByteArray());
+        // Started anew it has forgotten all, and says so.
+        board.receive(frame(1, 0x11, "f4010000") + frame(1, 0x12));
+        QVERIFY(board.isRunning());
+        board.reset();
+        QVERIFY(!board.isRunning() && !board.takeOutput().isEmpty());
+        board.greet(true);
+        const QByteArray greeting = board.takeOutput();
+        QVERIFY(greeting.startsWith(frame(1, 1, "00000000") + frame(1, 3, "cdcc4c3f0000803f00000000") +
+                                    frame(1, 6, "0a000000") + frame(1, 5)));
+        QVERIFY(greeting.endsWith(frame(5, 6, "0a000000") + frame(5, 5)));
     }
 
     void reportsAtTheRate()
@@ -87,21 +97,6 @@ private slots:
             for (int value : values.mid(25000))
                 QVERIFY2(qAbs(value - 500) <= 5, qPrintable(QString::number(value)));
         }
-    }
-
-    void greetsAndForgets()
-    {
-        PidBoard board(100, 0, 1);
-        board.receive(frame(1, 0x11, "f4010000") + frame(1, 0x12));
-        QVERIFY(board.isRunning());
-        board.reset();
-        QVERIFY(!board.isRunning());
-        (void)board.takeOutput();
-        board.greet(true);
-        const QByteArray greeting = board.takeOutput();
-        QVERIFY(greeting.startsWith(frame(1, 1, "00000000") + frame(1, 3, "cdcc4c3f0000803f00000000") +
-                                    frame(1, 6, "0a000000") + frame(1, 5)));
-        QVERIFY(greeting.endsWith(frame(5, 6, "0a000000") + frame(5, 5)));
     }
 };
 

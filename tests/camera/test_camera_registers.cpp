@@ -59,6 +59,10 @@ private slots:
     // Only what the asked board says becomes the value.
     void readsFromTheBoardAsked()
     {
+        child<QLineEdit>("editRegisterAddress")->setText("123456");
+        click("btnReadRegister");
+        QCOMPARE(tip(), QStringLiteral("数值超出设置的长度！"));
+        QVERIFY(m_notices->isEmpty()); // nothing was to be sent
         child<QLineEdit>("editRegisterAddress")->setText("3008");
         const quint16 port = openPort(Udp);
         QUdpSocket asked;

@@ -16,11 +16,8 @@ struct PayloadOptions
 
     void addTo(CommandLine &line)
     {
-        line.addChoice("encoding", QStringLiteral("Encoding"), &encoding,
-                       {{"utf8", Encoding::Utf8},
-                        {"gb18030", Encoding::Gb18030},
-                        {"ascii", Encoding::Ascii},
-                        {"binary", Encoding::Binary}});
+        line.addTexts("encoding", "name", QStringLiteral("utf8 (default), gb18030, ascii or binary."),
+                      [this](const QString &name) { return encodingFromName(name, &encoding); });
         line.addNumber("seed", "n", QStringLiteral("Seed of what is random"), &seed, 0,
                        std::numeric_limits<quint32>::max());
     }
