@@ -142,9 +142,14 @@ private slots:
         QVERIFY(m_board->write("resetting"));
         QTRY_COMPARE(all, QByteArray("resetting"));
         m_port->setReading(false);
+        pollfd line{descriptorsOf(m_board->device()).values().last(), POLLIN, 0};
+        QCOMPARE(write(m_board->descriptor(), "last words", 10), ssize_t(10));
+        QCOMPARE(poll(&line, 1, 20000), 1);
+        QCoreApplication::processEvents(); // into the port's own buffer
         m_port->writeBytes(QByteArray(100000, 'x'));
         m_board->hangUp();
         QTRY_COMPARE(m_states->count(), 2);
+        QVERIFY(all.endsWith("last words"));
         QCOMPARE(m_port->state(), Link::State::Closed);
         QVERIFY(m_port->reason().startsWith(QStringLiteral("设备没有响应")));
         QCOMPARE(m_dropped->count(), 1);
