@@ -311,6 +311,8 @@ private slots:
         QTest::keyClick(field, Qt::Key_Escape);
         QCOMPARE(m_page->focusWidget(), edit());
         QVERIFY(QTest::qWaitForWindowActive(m_page.get(), 30000));
+        field->setFocus();
+        field->deselect();
         QTest::keyClick(m_page->windowHandle(), Qt::Key_F, Qt::ControlModifier);
         QVERIFY(field->hasFocus() && field->selectedText() == "61");
         QTest::keyClick(m_page->windowHandle(), Qt::Key_G, Qt::ControlModifier);

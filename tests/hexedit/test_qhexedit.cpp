@@ -161,6 +161,7 @@ private slots:
         QVERIFY(isInSight() && m_edit->selectionBegin() == 0);
         auto *dispatcher = QAbstractEventDispatcher::instance(); // the hand is gone, and so is the timer
         QVERIFY(dispatcher->registeredTimers(m_edit->findChild<HexDrag *>()).isEmpty());
+        m_edit->verticalScrollBar()->setValue(0);
     }
 
     void copiesAndPastes()

@@ -222,9 +222,10 @@ private slots:
         auto *model = open.findChild<QFileSystemModel *>();
         QTRY_VERIFY(model->index(path).isValid());
         // Qt takes the button for one that opens folders.
+        auto *button = open.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open);
+        QCOMPARE(button->text(), QString("确定"));
         open.findChild<QLineEdit *>("fileNameEdit")->setText("folder");
-        QTRY_COMPARE(open.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open)->text(),
-                     QString("确定"));
+        QTRY_COMPARE(button->text(), QString("确定"));
         int answer = 0;
         DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
             return text.contains("a.txt") ? answer : 2;
