@@ -115,6 +115,7 @@ private slots:
             ::getsockopt(int(client->socketDescriptor()), IPPROTO_TCP, name, &value, &size);
             return value;
         };
+        QCOMPARE(option(TCP_NODELAY), 1);
         QCOMPARE(option(TCP_KEEPIDLE) + option(TCP_KEEPINTVL) * option(TCP_KEEPCNT), 60); // s
 #endif
         int ticks = 0; // of half a second each
