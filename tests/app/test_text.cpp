@@ -113,7 +113,7 @@ private slots:
     {
         // Two, three and four bytes to a character, and one beyond the first plane.
         const QString text = QStringLiteral("aé温度ÿ€\U0001F600\U00020000z");
-        // Nothing vanishes of broken characters, whatever the cut.
+        // Nothing of a broken character vanishes, wherever it is cut.
         const QByteArray broken("a\xe6\xb8:b\xf0\x9f\x98 \xef\xbb\xbf\xc3(", 14);
         StreamDecoder once;
         const QString shown = once.decode(broken.constData(), broken.size(), 0);

@@ -57,7 +57,7 @@ private slots:
         QCOMPARE(answer(board, frame(3, 0x15, "14000000")), frame(3, 6, "14000000"));
         QCOMPARE(answer(board, frame(3, 0x15, "00000000")), frame(3, 6, "14000000")); // not possible
         QCOMPARE(answer(board, frame(3, 0x16)), QByteArray());
-        // Started anew it has forgotten all, and says so.
+        // Started again it has forgotten all, and reports so.
         board.receive(frame(1, 0x11, "f4010000") + frame(1, 0x12));
         QVERIFY(board.isRunning());
         board.reset();

@@ -87,7 +87,7 @@ private slots:
         click("btnCameraOpen");
         QTRY_VERIFY(!isOpen());
 
-        // Nobody says when a sender of datagrams has ended: there is a limit, which is told.
+        // A sender of datagrams does not report its end: the number of senders is limited.
         const quint16 udpPort = openPort(Udp);
         for (int i = 0; i < 17; ++i)
             (new QUdpSocket(m_page.get()))->writeDatagram("ORVN", QHostAddress::LocalHost, udpPort);

@@ -125,7 +125,7 @@ private slots:
         auto *confirm = table->findChild<QPushButton *>("btnConfirm");
         const QList<std::function<void()>> ends{
             [table] { press(table, "btnStopRegisters"); }, [table] { press(table, "btnCancel"); },
-            [&board] { board.stop(); }, // the next request has nobody to go to
+            [&board] { board.stop(); }, // the next request reaches no board
         };
         for (const auto &end : ends) {
             table->show();

@@ -128,7 +128,7 @@ private slots:
         QVERIFY(m_file->needsConsent());
         m_file->giveConsent();
         QVERIFY(!m_file->needsConsent());
-        put("rom.bin", "another's again"); // nobody agreed to lose these
+        put("rom.bin", "another's again"); // no consent to lose these
         QVERIFY(m_file->needsConsent());
         QVERIFY(QFile::remove(path("rom.bin")));
         m_file->checkOutside();

@@ -384,7 +384,7 @@ private slots:
         QCOMPARE(link().state(), Link::State::Closed);
         QVERIFY(m_dropped > 0);
         if (!m_wire->isSocket())
-            return; // nobody leaves, and the driver gives back what it has
+            return; // no peer leaves, and the driver gives back what it has
         QCOMPARE(m_dropped, bytes.size() - m_handedOver);
         QCOMPARE(left.count(), 1);
         QCOMPARE(left.at(0).at(1).toString(), QString());

@@ -265,7 +265,7 @@ private slots:
         send("to nobody");
         QCOMPARE(lastNotice(), QStringLiteral("没有已连接的客户端，数据未发送！"));
         m_notices->clear();
-        click("btnDisconnect"); // with nobody there
+        click("btnDisconnect"); // without a client
         // Sending automatically tells it once, and again when a client has come and gone.
         click("checkAutoSend");
         m_page->sltSendData("x");

@@ -129,7 +129,7 @@ private slots:
         QVERIFY(maxQueued < 3000000); // throttled
         QCOMPARE(m_page->spool().size(), total);
         const QList<QByteArray> lines = m_page->spool().read(0, total).split('\n');
-        int n = 0; // each begins with its number, until they begin anew
+        int n = 0; // each begins with its number, until they begin again
         while (n < 40000 && lines.at(n).left(8).toInt() == n)
             ++n;
         QCOMPARE(n, 40000);

@@ -315,7 +315,7 @@ private slots:
     void closesBesideADeafBoard()
     {
         open();
-        for (int i = 0; i < 20000; ++i) // more than the line holds: nobody reads
+        for (int i = 0; i < 20000; ++i) // more than the line holds: the board does not read
             m_page->SendPidFrame(0x10, 1, QByteArray(12, '\0'));
         click("btnPidStart");
         click("btnPidOpen");
@@ -328,7 +328,7 @@ private slots:
         open();
         click("btnPidStart");
         m_page->SltSerialportChanged({m_board->device() + " USB", QString("COM9 ")});
-        QVERIFY(isOpen()); // by name, whatever the description
+        QVERIFY(isOpen()); // by name, not by description
         receive(hex("4f52564e01ffffff7f040000"));
         m_page->SltSerialportChanged({QString("COM9 ")});
         QVERIFY(!isOpen());

@@ -346,7 +346,7 @@ private slots:
         m_board->writeSome(bytes);
         QVERIFY(!m_port->isReading());
         reader.stop();
-        QVERIFY(m_port->isReading()); // for whoever has the port next
+        QVERIFY(m_port->isReading()); // for the next owner of the port
     }
 
     // There is always more to read.

@@ -104,10 +104,10 @@ void describe(const QObject *object, int depth, QStringList *lines)
         lines->last() += " disabled";
     if (widget->isHidden() && !widget->isWindow())
         lines->last() += " hidden";
-    const QSize most = widget->maximumSize();
-    if (most != QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX) &&
+    const QSize maximum = widget->maximumSize();
+    if (maximum != QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX) &&
         !widget->inherits("FormPanel")) // has that of its texts
-        lines->last() += QString::asprintf(" at most %dx%d", most.width(), most.height());
+        lines->last() += QString::asprintf(" at most %dx%d", maximum.width(), maximum.height());
     if (const auto *combo = qobject_cast<const QComboBox *>(object); combo && !isOfTheMachine(widget)) {
         QStringList items;
         for (int i = 0; i < combo->count(); ++i)

@@ -54,7 +54,7 @@ private slots:
         QVERIFY(!isExecutable("lib/a"));
     }
 
-    // As a maker of packages would make them, in whatever order of the files.
+    // As a maker of packages would make them, with the files in any order.
     void installsArchivesOfOthers()
     {
         const QString prepare = "cd \"$0\"; mkdir -p K/lib; printf app > K/App; chmod 755 K/App; "
