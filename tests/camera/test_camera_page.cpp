@@ -85,6 +85,8 @@ private slots:
         QCOMPARE(child<QLabel>("labelSkipped")->text(), QStringLiteral("未显示: 50"));
         m_page->clearCounts();
         QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 0"));
+        m_page->SltCalculationRate(); // no frame since
+        QCOMPARE(child<QLabel>("labelFrameRate")->text(), QStringLiteral("接收帧率: 0.0 FPS"));
     }
 
     void takesRawJpegs()
