@@ -188,7 +188,7 @@ private slots:
     }
 
     // Peers are streams of their own: the halves of a character belong together,
-    // even with bytes of others between them. A datagram is a message by itself.
+    // even with bytes of others between them. Each datagram is a message of its own.
     void keepsCharactersWhole()
     {
         const QByteArray bytes = QStringLiteral("温度").toUtf8();

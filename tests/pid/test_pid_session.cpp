@@ -141,7 +141,7 @@ private slots:
         QCOMPARE(m_recorder->params(0).target, 0); // the run ended; the rest waits
         m_session->parse();
         QCOMPARE(m_recorder->params(0).target, 9);
-        for (int i = 0; i < 1000; ++i) // what waits does not pile up
+        for (int i = 0; i < 1000; ++i) // pending bytes do not pile up
             m_session->receive(actual(1, 1).repeated(10), 20);
         QVERIFY(samples(0).isEmpty());
         m_session->setPaused(false);

@@ -395,7 +395,7 @@ private slots:
         check.SltCheckSerialport();
         QCOMPARE(changes.count(), 2);
         QVERIFY(QFile::link(m_board->device(), folder.filePath("COM5")));
-        check.start(); // and by itself, within about a second
+        check.start(); // and automatically, within about a second
         QTRY_COMPARE(changes.count(), 3);
         qunsetenv("KORVEX_VIRTUAL_PORTS");
     }

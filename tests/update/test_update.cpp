@@ -54,7 +54,7 @@ private slots:
                            UpdateServer::version("9.9.9.9.<img src='http://x/1'>", "<b>修复</b>\nbold"));
         QVERIFY(!updateButton()->isEnabled());
         QCOMPARE(m_dialog->windowTitle(), QString("检查版本更新（当前版本V1.0.2.6）"));
-        QTRY_COMPARE(status(), QString("检测到新版本: V9.9.9.9.1")); // by itself, soon after it opened
+        QTRY_COMPARE(status(), QString("检测到新版本: V9.9.9.9.1")); // automatically, soon after it opened
         QCOMPARE(notes(), QString("<b>修复</b>\nbold\n是否立即下载新版本?"));
         QVERIFY(updateButton()->isEnabled());
         QVERIFY(!child<QProgressBar>("progressUpdate")->isVisible());
