@@ -1,19 +1,14 @@
 #pragma once
 
-// The page of the binary editor. Owns the parts on display and the file; wires
-// them, asks where bytes would be lost, and shows how opening and saving ended.
-// Knows neither how a file is read and saved nor how bytes are edited.
+// The page of the binary editor: places the parts on display, wires them, and
+// shows the address and the size. What becomes of the file is HexFileSession's.
 
-#include "hexfile.h"
-#include "qtmessagebox.h"
 #include "qtwidgetbase.h"
-
-#include <functional>
-#include <optional>
 
 class FormPanel;
 class HexChangeBar;
 class HexCommand;
+class HexFileSession;
 class HexFindPanel;
 class HexJumpPanel;
 class HexRecentButton;
@@ -36,16 +31,14 @@ public:
 
     QStringList counts() const override;
     bool mayClose() override;
-    void closeLinks() override; // begins the save that was agreed to
+    void closeLinks() override;
     bool isClosed() const override;
     bool saveBeforeExit() override;
     void reloadCodec() override;
 
-    // Asks where edits would be lost, and whether bytes that a failed save left
-    // beside the file are meant, then shows the file, a large one while it is
-    // being read. Where that fails, the file that was open is open again.
+    // See HexFileSession::open().
     void openFile(const QString &fileName);
-    QString fileName() const { return m_file->name(); }
+    QString fileName() const;
 
 public slots:
     void sltToolBtnsClicked(int id);
@@ -60,46 +53,16 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
-    struct Shown
-    {
-        HexDocument document;
-        qint64 address = 0;
-    };
-
-    // What becomes of the edits when the program ends.
-    enum class Exit { Undecided, Discard, Save, SaveBegan };
-
     void buildUi();
     QWidget *buildPanel();
     QWidget *buildWorkArea();
     void buildCommands();
     void connectParts();
 
-    bool refuseWhileBusy() const;
-    void chooseFile();
-    QString chosenLeftover(const QString &fileName);
-    void load(const QString &fileName, const QString &source, qint64 address);
-    void makeRoom();
-    void showDocument(Shown shown);
-    void endOpening(const QString &source, qint64 address, const HexFile::Result &result);
-    void reload();
-    void keepOurs();
-    void showOutsideChange();
-
-    void saveAs();
-    void saveAnd(const std::function<void()> &next);
-    void endSaving(const QString &fileName, const HexFile::Result &result);
-    bool mayOverwrite();
-    void closeFile();
-    void beginExitSave();
-    QtMessageBox::SaveAnswer askAboutEdits();
-    void withoutEdits(const std::function<void()> &next);
     void showState();
 
     QHexEdit *m_edit = nullptr;
-    HexFile *m_file = nullptr;
-    std::optional<Shown> m_before; // while a file is being opened
-    Exit m_exit = Exit::Undecided;
+    HexFileSession *m_file = nullptr;
     qint64 m_size = 0;
     qint64 m_address = 0;
 
