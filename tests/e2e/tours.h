@@ -64,7 +64,6 @@ class CameraTour : public Tour
 
 private slots:
     void showsTwoCameras();
-    void readsRegisters();
 };
 
 class HexTour : public Tour
@@ -76,14 +75,12 @@ private slots:
     void asksBeforeEditsAreLost();
 };
 
-// The window around the tools, the update, and the end.
+// The window around the tools, and the end.
 class WindowTour : public Tour
 {
     Q_OBJECT
 
 private slots:
-    void turnsToToolsAndFoldsThePanel();
     void restoresTheSettings();
-    void downloadsAnUpdate();
     void savesWhenClosing();
 };

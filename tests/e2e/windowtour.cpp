@@ -1,19 +1,11 @@
-#include "qhexedit.h"
-#include "qtterminalwidget.h"
 #include "serialportwidget.h"
 #include "settings.h"
 #include "tours.h"
-#include "updateserver.h"
 #include "userhand.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QLabel>
-#include <QPushButton>
-#include <QStackedWidget>
-#include <QTabBar>
 #include <QTest>
-#include <QTextEdit>
 #include <QTimer>
 
 namespace {
@@ -32,28 +24,6 @@ bool endsProgram(const std::function<bool()> &action)
 
 } // namespace
 
-void WindowTour::turnsToToolsAndFoldsThePanel()
-{
-    auto *pages = find<QStackedWidget>("pageStack");
-    for (int i = find<QTabBar>("toolTabs")->count() - 1; i >= 0; --i) {
-        QVERIFY(stage().showTool(i));
-        QCOMPARE(pages->currentIndex(), i);
-    }
-    QVERIFY(UserHand::press(Qt::Key_Tab, Qt::ControlModifier));
-    QCOMPARE(pages->currentIndex(), 1);
-    QVERIFY(UserHand::press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier));
-    QCOMPARE(pages->currentIndex(), 0);
-
-    const auto *panel = find("configPanel");
-    const int width = stage().terminal()->width();
-    QVERIFY(click("btnFold"));
-    QVERIFY(!panel->isVisible());
-    // The display takes the panel's place and the 8 pixels between.
-    WAIT_EQUAL(stage().terminal()->width(), width + 8 + panel->width());
-    QVERIFY(click("btnFold"));
-    WAIT_EQUAL(stage().terminal()->width(), width);
-}
-
 void WindowTour::restoresTheSettings()
 {
     QVERIFY(stage().chooseSetting({"主题", "黄色"}));
@@ -64,34 +34,6 @@ void WindowTour::restoresTheSettings()
     QCOMPARE(Settings::instance().skin, 0);
     QVERIFY(stage().content("conf/config.ini").contains("Skin=0"));
     QVERIFY(stage().content("conf/config.ini").contains("TextCodec=1"));
-}
-
-// Where nothing can unpack it, the program stays open and tells where it lies.
-void WindowTour::downloadsAnUpdate()
-{
-    UpdateServer server;
-    server.setReply("cv", UpdateServer::version("1.0.2.7", "修复若干问题"));
-    server.setReply("up", UpdateServer::package("korvex.zip", "PK package"));
-    qputenv("KORVEX_UPDATE_SERVER", server.address());
-    QString notes;
-    QVERIFY(UserHand::inDialog(
-        [this] { return UserHand::chooseFromMenu(find<QPushButton>("btnHelpMenu"), {"检查版本更新"}); },
-        [&](QWidget *dialog) {
-            auto *update = dialog->findChild<QPushButton *>("btnUpdate");
-            auto *status = dialog->findChild<QLabel *>("labelUpdateStatus");
-            const auto comes = [&](const QString &text) {
-                return QTest::qWaitFor([&] { return update->isEnabled() && status->text() == text; },
-                                       kWaitLimitMs);
-            };
-            if (!comes("检测到新版本: V1.0.2.7") || !UserHand::click(update) ||
-                !comes("未找到解压程序，请手动解压升级包"))
-                return false;
-            notes = dialog->findChild<QTextEdit *>("textVersionNotes")->toPlainText();
-            return UserHand::press(Qt::Key_Escape);
-        }));
-    qunsetenv("KORVEX_UPDATE_SERVER");
-    QVERIFY(notes.contains(stage().file("download/korvex.zip")));
-    QCOMPARE(stage().content("download/korvex.zip"), QByteArray("PK package"));
 }
 
 // The serial page agrees at once, the editor asks; what the board sends
