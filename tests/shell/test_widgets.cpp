@@ -87,14 +87,29 @@ QString describedLayout(const QLayout *layout)
     return line;
 }
 
+// Of a stack the pages in its order, not in that in which they were shown. A
+// viewport only holds what is scrolled.
+QObjectList childrenOf(const QObject *object)
+{
+    QObjectList children;
+    if (const auto *stack = qobject_cast<const QStackedWidget *>(object)) {
+        for (int i = 0; i < stack->count(); ++i)
+            children += stack->widget(i);
+        return children;
+    }
+    for (QObject *child : object->children())
+        children += child->objectName().endsWith("viewport") ? child->children() : QObjectList{child};
+    return children;
+}
+
 void describe(const QObject *object, int depth, QStringList *lines)
 {
     const QString indent(depth, ' ');
+    const QString name = object->objectName();
     const auto *widget = qobject_cast<const QWidget *>(object);
-    if ((object->objectName().startsWith("qt_") && !object->objectName().endsWith("viewport") &&
-         !object->objectName().endsWith("stackedwidget")) ||
+    if ((name.startsWith("qt_") && !name.endsWith("stackedwidget")) || name.startsWith("Scroll") ||
         (!widget && !qobject_cast<const QAction *>(object)) || object->inherits("QComboBoxPrivateContainer"))
-        return;
+        return; // Qt's own
     *lines += indent + described(object);
     if (!widget)
         return;
@@ -116,9 +131,9 @@ void describe(const QObject *object, int depth, QStringList *lines)
     }
     if (isOfTheMachine(widget))
         return;
-    if (widget->layout())
+    if (widget->layout() && !widget->inherits("QStackedWidget"))
         *lines += indent + " " + describedLayout(widget->layout());
-    for (const QObject *child : object->children())
+    for (const QObject *child : childrenOf(object))
         describe(child, depth + 1, lines);
 }
 
@@ -127,6 +142,25 @@ QStringList described(const QWidget &window)
     QStringList lines;
     describe(&window, 0, &lines);
     return lines;
+}
+
+// A part that is described already, in the same way, is not described again.
+QStringList withoutRepeats(const QStringList &lines)
+{
+    const auto depth = [&lines](int i) { return lines.at(i).indexOf(QRegularExpression("\\S")); };
+    QSet<QString> seen;
+    QStringList kept;
+    for (int i = 0; i < lines.size(); ++i) {
+        int end = i + 1;
+        QString part = lines.at(i).trimmed();
+        for (; end < lines.size() && depth(end) > depth(i); ++end)
+            part += '\n' + lines.at(end).mid(depth(i));
+        const bool isKnown = end - i > 2 && seen.contains(part);
+        kept += isKnown ? lines.at(i) + ", as above" : lines.at(i);
+        seen += part;
+        i = isKnown ? end - 1 : i;
+    }
+    return kept;
 }
 
 // Chooses the last entry of every list, and presses every check box and every
@@ -170,7 +204,7 @@ private slots:
             QCoreApplication::processEvents();
         }
         const QStringList before = described(window);
-        QStringList lines = before;
+        QStringList lines = withoutRepeats(before);
         QtStyleDialog style(QtStyleDialog::SendArea);
         QtMessageBox box;
         QtWaitDialog wait("wait");
