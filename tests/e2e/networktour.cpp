@@ -2,8 +2,6 @@
 #include "userhand.h"
 
 #include <QComboBox>
-#include <QLabel>
-#include <QPushButton>
 #include <QTest>
 
 constexpr int kNetwork = 2; // the tab
@@ -52,25 +50,4 @@ void NetworkTour::servesBoards()
     QVERIFY(stage().waitForNotice(QString("TCP服务监听[端口:%1]已关闭!!").arg(port), Notice::Information));
     QVERIFY(first.stop());
     QCOMPARE(first.statistics().value("read"), qint64(3));
-}
-
-void NetworkTour::connectsToABoard()
-{
-    QVERIFY(stage().showTool(kNetwork));
-    const QString port = QString::number(Stage::freePort());
-    QVERIFY(choose("comboNetType", "TCP Client"));
-    QVERIFY(typeInto("editServerAddress", "::1"));
-    QVERIFY(typeInto("editPort", port));
-    QVERIFY(click("btnOpen"));
-    WAIT_EQUAL(textOf("labelLinkState"), QString("连接失败：对方拒绝连接"));
-    BoardProcess board;
-    QVERIFY(board.startOnNetwork("tcp-server", {"--address", "::1", "--net-port", port}));
-    QVERIFY(click("btnOpen"));
-    QVERIFY(stage().waitForNotice("[TCP Client]与服务器连接成功！！！", Notice::Information));
-    QVERIFY(typeInto("textEditSend", "温度?\n"));
-    QVERIFY(click("btnSingleSend"));
-    WAIT_EQUAL(stage().shownText(), QString("[Tcp client  来自服务端消息 ] 温度?\n"));
-    QVERIFY(board.stop());
-    QVERIFY(stage().waitForNotice("[TCP Client]与服务器已断开连接~~~", Notice::Information));
-    QCOMPARE(find<QPushButton>("btnOpen")->text(), QString("建立连接"));
 }

@@ -117,17 +117,6 @@ void PidTour::holdsTheViewAndReturns()
     WAIT_EQUAL(find<QComboBox>("comboPidZoom")->currentText(), QString("Y轴缩放"));
 }
 
-void PidTour::leavesAPortThatTheSerialPageHolds()
-{
-    BoardProcess board("COM6", stage().portsFolder());
-    QVERIFY(stage().plugIn(board, {"--mode", "pid"}));
-    QVERIFY(stage().openPort(board)); // the serial page's
-    QVERIFY(openPort(stage(), board));
-    WAIT_EQUAL(stage().lastNotice().kind, Notice::Error);
-    QCOMPARE(find<QPushButton>("btnPidOpen")->text(), QString("打开串口"));
-    QVERIFY(stage().showTool(0) && stage().isOpenShown());
-}
-
 // Told by the wire, when the window has agreed to end.
 void PidTour::stopsTheMotorWhenQuitting()
 {

@@ -1,13 +1,10 @@
 #include "dialoganswers.h"
-#include "loglines.h"
-#include "qtterminalwidget.h"
 #include "tours.h"
 #include "userhand.h"
 
 #include <QComboBox>
 #include <QFile>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTest>
 
 // Text and hexadecimal, by hand; the cable comes out and goes back in.
@@ -47,38 +44,6 @@ void SerialTour::talksToABoard()
     QVERIFY(stage().openPort(board));
     QVERIFY(stage().closePort());
     QVERIFY(stage().waitForNotice("串口[COM5]已关闭!!", Notice::Information));
-}
-
-void SerialTour::showsAndSavesTheLog()
-{
-    BoardProcess board("COM3", stage().portsFolder());
-    QVERIFY(stage().plugIn(board, {"--mode", "log", "--seed", "7", "--rate", "40"}));
-    QVERIFY(stage().chooseSetting({"编码设置", "UTF-8"}));
-    QVERIFY(stage().openPort(board));
-    WAIT_FOR(stage().shownText().count('\n') >= 60);
-    QVERIFY(stage().closePort());
-
-    // The newest line is in sight, and nothing was selected.
-    const QScrollBar *bar = stage().terminal()->verticalScrollBar();
-    QVERIFY(bar->maximum() > 0);
-    WAIT_EQUAL(bar->value(), bar->maximum());
-    QVERIFY(!stage().terminal()->textCursor().hasSelection());
-    const QString shown = stage().shownText();
-    QString expected;
-    for (quint32 line = 0; expected.size() < shown.size(); ++line)
-        expected += Boardsim::logLine(line, qint64(line) * 25, 7) + '\n';
-    QCOMPARE(shown, expected.left(shown.size()));
-
-    // Through the real file dialog, by typing a name.
-    const QString name = stage().file("接收.txt");
-    QVERIFY(UserHand::inDialog([this] { return click("btnSaveRecv"); },
-                               [&name](QWidget *dialog) {
-                                   return UserHand::typeInto(dialog->findChild<QWidget *>("fileNameEdit"),
-                                                             name) &&
-                                          UserHand::press(Qt::Key_Return);
-                               }));
-    QVERIFY(stage().waitForNotice("文件保存完成!", Notice::Information));
-    QCOMPARE(stage().content("接收.txt"), shown.toUtf8());
 }
 
 void SerialTour::sendsFiles()

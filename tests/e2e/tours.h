@@ -34,7 +34,6 @@ class SerialTour : public Tour
 
 private slots:
     void talksToABoard();
-    void showsAndSavesTheLog();
     void sendsFiles();
 };
 
@@ -45,7 +44,6 @@ class PidTour : public Tour
 private slots:
     void tunesALoop();
     void holdsTheViewAndReturns();
-    void leavesAPortThatTheSerialPageHolds();
     void stopsTheMotorWhenQuitting();
 };
 
@@ -55,7 +53,6 @@ class NetworkTour : public Tour
 
 private slots:
     void servesBoards();
-    void connectsToABoard();
 };
 
 class CameraTour : public Tour
