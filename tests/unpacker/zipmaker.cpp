@@ -1,17 +1,8 @@
 #include "zipmaker.h"
 
-namespace {
+#include "checksum.h"
 
-quint32 crcOf(const QByteArray &bytes)
-{
-    quint32 crc = 0xFFFFFFFF;
-    for (const char byte : bytes) {
-        crc ^= static_cast<quint8>(byte);
-        for (int i = 0; i < 8; ++i)
-            crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320U : 0U);
-    }
-    return ~crc;
-}
+namespace {
 
 QByteArray little(quint64 value, int size)
 {
@@ -35,7 +26,8 @@ QByteArray makeZip(const QVector<ZipPart> &parts, const ZipLies &lies)
         const quint16 flags = lied ? lies.flags : 0;
         const int method = lied && lies.method >= 0 ? lies.method : part.deflated ? 8 : 0;
         const qint64 size = lied && lies.size >= 0 ? lies.size : part.content.size();
-        const quint32 crc = crcOf(part.content) ^ (lied ? lies.crcError : 0);
+        const quint32 crc = Crc::of(CrcModels::crc32, part.content.constData(), part.content.size()) ^
+                            (lied ? lies.crcError : 0);
         const auto common = [&](const QByteArray &name) {
             return little(20, 2) + little(flags, 2) + little(static_cast<quint64>(method), 2) + little(0, 4) +
                    little(crc, 4) + little(static_cast<quint64>(packed.size()), 4) +
