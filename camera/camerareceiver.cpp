@@ -122,9 +122,9 @@ bool CameraReceiver::mayAnswer(const QString &sender, const QHostAddress &addres
     const QString asked = host + QString::number(port);
     if (m_streams.contains(asked))
         return sender == asked;
-    const bool isOne = !address.isBroadcast() && !address.isMulticast() &&
-                       !(address.protocol() == QAbstractSocket::IPv4Protocol &&
-                         (address.toIPv4Address() & 0xFF) == 0xFF); // a network's broadcast address
+    const bool isOne =
+        !address.isMulticast() && !(address.protocol() == QAbstractSocket::IPv4Protocol &&
+                                    (address.toIPv4Address() & 0xFF) == 0xFF); // a broadcast address
     return !isOne || sender.startsWith(host);
 }
 

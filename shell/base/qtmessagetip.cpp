@@ -88,7 +88,6 @@ void QtMessageTip::showBelow(const QWidget *widget, const QString &text, int mil
 
 void QtMessageTip::sltTimeOut()
 {
-    m_timer.stop();
     qApp->removeEventFilter(this);
     hide();
 }

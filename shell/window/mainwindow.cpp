@@ -363,7 +363,6 @@ void MainWindow::restoreDefaults()
         return;
     const bool written = Settings::restoreDefaults();
     Skin::apply(Settings::instance().skin);
-    showChecks();
     for (QtWidgetBase *page : qAsConst(m_pages)) {
         page->reloadSettings();
         page->reloadCodec();
