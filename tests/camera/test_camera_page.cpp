@@ -36,6 +36,8 @@ private slots:
         m_page->SltRecvImageData("b", red);
         m_page->SltRecvImageData("b", "this is no packet");
         QCOMPARE(error(), QStringLiteral("无法识别的数据，已丢弃"));
+        m_page->clearCounts();
+        QVERIFY(child<QLabel>("labelImageError")->isHidden() && m_page->counts() == QStringList({"0", "0"}));
     }
 
     // The line hands over byte after byte; two announcements have to arrive whole.

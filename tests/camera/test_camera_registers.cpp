@@ -2,6 +2,7 @@
 // process of its own.
 
 #include "camerapagetest.h"
+#include "camerareceiver.h"
 #include "datamanagerwidget.h"
 #include "dialoganswers.h"
 #include "registersession.h"
@@ -59,11 +60,18 @@ private slots:
     // Only what the asked board says becomes the value.
     void readsFromTheBoardAsked()
     {
-        child<QLineEdit>("editRegisterAddress")->setText("123456");
-        click("btnReadRegister");
-        QCOMPARE(tip(), QStringLiteral("数值超出设置的长度！"));
+        auto *value = child<QLineEdit>("editRegisterValue");
+        const std::tuple<const char *, const char *, const char *, const char *> refused[] = {
+            {"123456", "5A", "btnReadRegister", "数值超出设置的长度！"},
+            {"5", "5A", "btnReadRegister", "请输入2到8位十六进制数！"},
+            {"3008", "5A5", "btnWriteRegister", "数值超出设置的长度！"}};
+        for (const auto &[address, number, button, why] : refused) {
+            child<QLineEdit>("editRegisterAddress")->setText(address);
+            value->setText(number);
+            click(button);
+            QCOMPARE(tip(), QString(why));
+        }
         QVERIFY(m_notices->isEmpty()); // nothing was to be sent
-        child<QLineEdit>("editRegisterAddress")->setText("3008");
         const quint16 port = openPort(Udp);
         QUdpSocket asked;
         QUdpSocket other;
@@ -77,8 +85,6 @@ private slots:
             return QTest::qWaitFor([&] { return m_page->counts().at(1).toInt() == before + packet.size(); },
                                    20000);
         };
-        auto *value = child<QLineEdit>("editRegisterValue");
-        value->setText("55");
         click("btnReadRegister");
         QCOMPARE(value->text(), QString());                         // no answer leaves none
         m_page->findChild<RegisterSession *>()->reportUnanswered(); // its timer does in a second
@@ -88,6 +94,18 @@ private slots:
         QCOMPARE(value->text(), QString());
         QVERIFY(reply(asked, "001000000011000830040000"));
         QCOMPARE(value->text(), QStringLiteral("04"));
+        click("btnReadRegister");
+        QTest::keyClicks(value, "77"); // meanwhile
+        QVERIFY(reply(asked, "001000000011000830040000"));
+        QCOMPARE(value->text(), QStringLiteral("77"));
+
+        // Asked by a broadcast, any of them may answer.
+        for (const auto &[host, mayAnswer] : {std::pair{"10.0.0.8", false},
+                                              {"10.0.0.7", true},
+                                              {"10.0.0.255", true},
+                                              {"255.255.255.255", true},
+                                              {"239.1.2.3", true}})
+            QCOMPARE(CameraReceiver().mayAnswer("10.0.0.7:9", QHostAddress(host), 8000), mayAnswer);
     }
 
     void readsAndWritesTables()
@@ -173,10 +191,30 @@ private slots:
         QCOMPARE(again.findChild<QLineEdit *>("editCameraServerAddress")->text(),
                  QStringLiteral("localhost"));
         QCOMPARE(again.findChild<QLineEdit *>("editCameraDestinationPort")->text(), QStringLiteral("1234"));
+        Settings::instance() = Settings(); // restored: a link that is open keeps its fields
+        m_page->reloadSettings();
+        QCOMPARE(child<QSpinBox>("spinAddressLength")->value(), 2);
+        QCOMPARE(child<QLineEdit>("editCameraPort")->text(), port);
+        click("btnCameraOpen");
+        m_page->reloadSettings();
+        QCOMPARE(child<QLineEdit>("editCameraPort")->text(), QStringLiteral("8000"));
     }
 
 private:
-    DataManagerWidget *openTable(const char *button, const QList<QStringList> &rows);
+    // With these addresses and values.
+    DataManagerWidget *openTable(const char *button, const QList<QStringList> &rows)
+    {
+        child<QPushButton>(button)->click();
+        DataManagerWidget *table = nullptr;
+        for (auto *dialog : m_page->findChildren<DataManagerWidget *>())
+            if (dialog->windowTitle().contains(child<QPushButton>(button)->text()))
+                table = dialog;
+        QAbstractItemModel *model = table->findChild<QTableView *>()->model();
+        for (int row = 0; row < rows.size(); ++row)
+            for (int column = 0; column < 2; ++column)
+                model->setData(model->index(row, column + 1), rows.at(row).at(column));
+        return table;
+    }
     static void press(DataManagerWidget *table, const char *button)
     {
         QTest::mouseClick(table->findChild<QPushButton *>(QLatin1String(button)), Qt::LeftButton);
@@ -194,21 +232,6 @@ private:
                                                                                     : QString();
     }
 };
-
-// With these addresses and values.
-DataManagerWidget *TestCameraRegisters::openTable(const char *button, const QList<QStringList> &rows)
-{
-    child<QPushButton>(button)->click();
-    DataManagerWidget *table = nullptr;
-    for (auto *dialog : m_page->findChildren<DataManagerWidget *>())
-        if (dialog->windowTitle().contains(child<QPushButton>(button)->text()))
-            table = dialog;
-    QAbstractItemModel *model = table->findChild<QTableView *>()->model();
-    for (int row = 0; row < rows.size(); ++row)
-        for (int column = 0; column < 2; ++column)
-            model->setData(model->index(row, column + 1), rows.at(row).at(column));
-    return table;
-}
 
 QTEST_MAIN(TestCameraRegisters)
 #include "test_camera_registers.moc"

@@ -178,35 +178,46 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(m_page->isClosed(), 30000);
         QVERIFY(closed.size() == 1 && m_page->saveBeforeExit());
         QCOMPARE(content("rom.bin"), QByteArray("ABC3456789"));
+        QCOMPARE(notices.size(), 1);
     }
 
     // At once, without a question that another one may stand in front of.
     void noticesAChangeOnDisk()
     {
         const auto bar = [this] { return child<QWidget>("hexChangeBar"); };
+        const auto text = [&] { return bar()->findChild<QLabel *>()->text(); };
         open("rom.bin");
         edit()->goTo(3);
         put("rom.bin", "another program");
         QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+        QVERIFY(!text().contains("丢失"));
         click("btnReload");
         QCOMPARE(shown(), QByteArray("another program"));
         QVERIFY(edit()->address() == 3 && bar()->isHidden() && !edit()->isModified());
 
+        type("41");
+        QApplication::setActiveWindow(m_page.get());
         put("rom.bin", "again");
-        QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
+        QEvent activation(QEvent::ActivationChange); // finds it before the system reports it
+        QApplication::sendEvent(m_page.get(), &activation);
+        QVERIFY(bar()->isVisible() && text().contains("将丢失未保存的修改"));
         click("btnKeepOurs");
         QVERIFY(bar()->isHidden() && edit()->isModified());
-        for (const char *expected : {"again", "another program"}) { // refused, then agreed to
+        for (const char *expected : {"again", "anoAher program"}) { // refused, then agreed to
             m_answer = m_questions.size();
             tool(HexEditWidget::SaveFile);
             QCOMPARE(content("rom.bin"), QByteArray(expected));
         }
+        QVERIFY(QFile::rename(path("rom.bin"), path("away")));
+        QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible() && child<QWidget>("btnReload")->isHidden(), 30000);
+        QVERIFY(edit()->isModified()); // these may be the only bytes left
+        QVERIFY(QFile::rename(path("away"), path("rom.bin")));
+        QTRY_VERIFY_WITH_TIMEOUT(bar()->isHidden(), 30000);
         QVERIFY(QFile::remove(path("rom.bin")));
         QTRY_VERIFY_WITH_TIMEOUT(bar()->isVisible(), 30000);
-        QVERIFY(edit()->isModified()); // these are the only bytes left
         tool(HexEditWidget::SaveFile);
         QVERIFY(m_questions.size() == 2 && bar()->isHidden());
-        QCOMPARE(content("rom.bin"), QByteArray("another program"));
+        QCOMPARE(content("rom.bin"), QByteArray("anoAher program"));
     }
 
     void savesAsAnotherFile()
@@ -280,6 +291,10 @@ private slots:
             QCOMPARE(event->dropAction(), Qt::CopyAction);
         }
         QTRY_COMPARE(shown(), QByteArray("0123456789"));
+        data.setUrls(data.urls() + data.urls()); // which of them?
+        enter.ignore();
+        QApplication::sendEvent(m_page.get(), &enter);
+        QVERIFY(!enter.isAccepted());
     }
 
     void finds()

@@ -166,7 +166,9 @@ private slots:
         const auto rootAgain = qScopeGuard([=] { QVERIFY(!isRoot || ::setresuid(0, 0, 0) == 0); });
         if (isRoot) {
             QCOMPARE(::chown(qPrintable(m_root->path()), nobody, nobody), 0);
+            QCOMPARE(::chown(qPrintable(path("rom.bin")), nobody, 4712), 0);
             QCOMPARE(::setresuid(nobody, nobody, 0), 0);
+            QVERIFY(save("rom.bin", "new").consequence.endsWith("未能保留原来的用户组"));
         }
         QCOMPARE(::chmod(qPrintable(m_root->path()), 0500), 0);
         QVERIFY(!save("new.bin", "new").done && m_result->reason == QString("文件夹不可写入"));
@@ -241,12 +243,13 @@ private slots:
 
     void keepsTheNewBytesWhenTheCopyFails()
     {
+        QSignalSpy changed(m_file.get(), &HexFile::changedOutside);
         open("rom.bin");
         m_disk.flush = [this](const QString &fileName) { // in the way of the copy
             return !fileName.endsWith("~tmp") || QDir().mkdir(path("rom.bin.~part"));
         };
         QVERIFY(!save("rom.bin", "new").done && !m_result->inPlace);
-        QVERIFY(m_result->consequence.contains(path("rom.bin.~tmp")));
+        QVERIFY(m_result->consequence.contains(path("rom.bin.~tmp")) && changed.isEmpty());
         QCOMPARE(content("rom.bin.~tmp"), QByteArray("new"));
         QCOMPARE(files(), QStringList{"rom.bin.~tmp"});
         // It is not written over by the next try, which may fail as well.

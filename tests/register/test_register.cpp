@@ -131,8 +131,8 @@ private slots:
     {
         const auto typed = [this](int column, const QString &text) {
             m_view->setCurrentIndex(shown(0, column));
-            m_view->edit(m_view->currentIndex());
-            QTest::keyClicks(m_view->findChild<QLineEdit *>(), text);
+            QTest::keyClick(m_view, text.at(0).toLatin1()); // opens the editor
+            QTest::keyClicks(m_view->findChild<QLineEdit *>(), text.mid(1));
             const QString kept = m_view->findChild<QLineEdit *>()->text();
             QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_Escape);
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -142,7 +142,9 @@ private slots:
         QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请输入2到8位十六进制数！"));
         QCOMPARE(typed(3, QStringLiteral("a,b")), QStringLiteral("ab"));
         QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("不能含有逗号和换行！"));
-        m_view->edit(shown(0, 3));
+        const QPoint place = m_view->visualRect(shown(0, 3)).center();
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseDClick(m_view->viewport(), Qt::LeftButton, {}, place);
         QApplication::clipboard()->setText(QStringLiteral("two\nlines")); // refused as a whole
         QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_V, Qt::ControlModifier);
         QCOMPARE(m_view->findChild<QLineEdit *>()->text(), QString());
@@ -152,7 +154,8 @@ private slots:
     {
         const QSignalSpy stops(m_dialog.get(), &DataManagerWidget::stopRequested);
         m_dialog->setBusy(true);
-        for (const char *name : {"btnImport", "btnClear", "btnConfirm", "btnAddPage", "btnDeletePage"})
+        for (const char *name :
+             {"btnImport", "btnExport", "btnClear", "btnConfirm", "btnAddPage", "btnDeletePage"})
             QVERIFY(!m_dialog->findChild<QPushButton *>(QLatin1String(name))->isEnabled());
         QCOMPARE(m_view->editTriggers(), QAbstractItemView::NoEditTriggers);
         QHideEvent minimise;

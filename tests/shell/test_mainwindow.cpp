@@ -10,11 +10,13 @@
 #include "korvexresources.h"
 #include "mainwindow.h"
 #include "qhexedit.h"
+#include "qserialporcheck.h"
 #include "qtcountlabel.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
 #include "qttabbar.h"
 #include "qttitlebar.h"
+#include "qtupdatedialog.h"
 #include "serialportwidget.h"
 #include "settings.h"
 #include "skin.h"
@@ -170,14 +172,15 @@ private slots:
     {
         Settings &settings = Settings::instance();
         settings.recvBackground.set(QColor("#010203")); // applied with the next choice only
-        const auto visit = [this](const char *button) {
+        const auto visit = [this](const char *button, const char *area = "接收区设置") {
             QTimer::singleShot(0, this, [=] {
                 auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
                 if (button)
                     dialog->findChild<QAbstractButton *>(button)->click();
                 dialog->accept();
+                QCOMPARE(dialog->windowTitle(), QString(area));
             });
-            action("接收区设置")->trigger();
+            action(area)->trigger();
         };
         visit(nullptr);
         QVERIFY(qApp->styleSheet().contains("background-color: #010203"));
@@ -190,6 +193,7 @@ private slots:
         Skin::apply(1);
         QCOMPARE(settings.recvBackground, QColor("#ffffff"));
         visit("btnDefaultColors");
+        visit(nullptr, "发送区设置");
         QVERIFY(!settings.recvFollowsSkin);
         QCOMPARE(settings.recvBackground, QColor("#4b4b4b"));
     }
@@ -200,7 +204,8 @@ private slots:
             action(text)->trigger();
         auto *field = m_window->findChild<QAbstractButton *>("checkPidFitAll"); // of a page
         field->click();
-        const QByteArray before = config();
+        const auto *edit = m_window->findChild<QHexEdit *>();
+        const QByteArray before = contentOf(AppPaths::configFile());
         QString asked;
         int answer = 0;
         DialogAnswers::instance().message = [&](const QString &title, const QString &text, int type) {
@@ -209,12 +214,12 @@ private slots:
         };
         action("恢复默认设置")->trigger();
         QCOMPARE(asked, QString("询问确认恢复默认设置吗?1"));
-        QCOMPARE(config(), before);
+        QCOMPARE(contentOf(AppPaths::configFile()), before);
         QVERIFY(!QtMessageTip::current());
         answer = 1;
         action("恢复默认设置")->trigger();
         QCOMPARE(checked(), QString("GB18030 深色 关闭时不提醒"));
-        QVERIFY(!field->isChecked());
+        QVERIFY(!field->isChecked() && edit->content().shownCodec() == 1);
         QCOMPARE(Skin::palette().name, QString("default"));
         QCOMPARE(QtMessageTip::current()->text(), QString("配置已恢复！"));
         QCOMPARE(QtMessageTip::current()->tipStyle(), QtMessageTip::Notice);
@@ -238,6 +243,10 @@ private slots:
         show();
         QTest::keyClick(m_window->windowHandle(), Qt::Key_F1);
         QCOMPARE(m_opened.last(), QUrl::fromLocalFile(manual).toString());
+        QVERIFY(m_notice->fullText().isEmpty());
+        QDesktopServices::setUrlHandler("file", this, "missing");
+        QTest::keyClick(m_window->windowHandle(), Qt::Key_F1);
+        QCOMPARE(m_notice->fullText(), QString("系统中没有可打开[%1]的程序！").arg(manual));
     }
 
     void everyPageReachesTheStatusBar()
@@ -253,6 +262,9 @@ private slots:
             emit page->signalRefresCounts(i);
             QVERIFY(count->text() != "before");
         }
+        emit m_window->findChild<QSerialPorCheck *>()->signalSerialChanged({"COM9 board"});
+        for (const char *ports : {"comboPort", "comboCameraSerialPort", "comboPidPort"})
+            QVERIFY(m_window->findChild<QComboBox *>(ports)->findText("COM9 board") >= 0);
     }
 
 #ifdef Q_OS_UNIX
@@ -272,8 +284,9 @@ private slots:
         QVERIFY(board.write("hello"));
         QTRY_COMPARE_WITH_TIMEOUT(count("receivedCount"), QString("接收字节数: 5"), 30000);
         QCOMPARE(count("sentCount"), QString("发送字节数: 0"));
+        QVERIFY(m_notice->fullText().contains("打开成功"));
         m_tabs->setCurrentIndex(3);
-        QVERIFY(count("receivedCount").isEmpty());
+        QVERIFY(count("receivedCount").isEmpty() && m_notice->fullText().isEmpty());
         QVERIFY(board.write("more"));
         QTRY_COMPARE_WITH_TIMEOUT(serial->counts().value(1), QString("9"), 30000);
         emit serial->signalRefresCounts(0);
@@ -300,12 +313,20 @@ private slots:
         answer = QtMessageBox::Cancel;
         QVERIFY(!m_window->prepareToQuit());
         QCOMPARE(asked, 2);
-        // Agreed: the event loop ends, and its end asks no more.
+        // Agreed for an update, which then can't be started: asked again later.
         answer = QtMessageBox::Discard;
+        QVERIFY(m_window->prepareToQuit());
+        QTimer::singleShot(0, this, [this] {
+            auto *update = m_window->findChild<QtUpdateDialog *>();
+            emit update->stayedOpen();
+            update->close();
+        });
+        action("检查版本更新")->trigger();
+        // Agreed: the event loop ends, and its end asks no more.
         QTimer::singleShot(0, m_window.get(), &MainWindow::close);
         QCOMPARE(QApplication::exec(), 0);
         m_window.reset();
-        QCOMPARE(asked, 3);
+        QCOMPARE(asked, 4);
     }
 #endif
 
@@ -323,7 +344,9 @@ private slots:
         QTest::keyClicks(page->findChild<QHexEdit *>(), "41");
         DialogAnswers::instance().message = [](auto...) { return QtMessageBox::Save; };
         bool waited = false;
-        connect(page, &QtWidgetBase::signalClosed, this, [&] { waited = !m_stack->isEnabled(); });
+        connect(page, &QtWidgetBase::signalClosed, this, [&] {
+            waited = !m_stack->isEnabled() && m_notice->fullText().contains("再次关闭窗口可立即退出");
+        });
         QTimer::singleShot(0, this,
                            [this] { emit m_window->findChild<QtTitleBar *>()->signalCloseWindow(); });
         QCOMPARE(QApplication::exec(), 0);
@@ -412,10 +435,6 @@ private:
             if (action->isChecked())
                 texts += action->text();
         return texts.join(' ');
-    }
-    static QByteArray config()
-    {
-        return contentOf(AppPaths::configFile());
     }
 
     std::unique_ptr<FreshFolder> m_root;

@@ -118,6 +118,7 @@ private slots:
         QVERIFY(QProcess::startDetached(path("app/App"), {}));
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kTimeoutMs);
         QCOMPARE(content("started").split('\n').first(), QByteArray("new"));
+        QVERIFY(!QFile::exists(path("app/_update")));
         QCOMPARE(content("app/App"), application("new"));
         QCOMPARE(QDir(path("app/lib")).entryList(QDir::Files).size(), files);
     }
