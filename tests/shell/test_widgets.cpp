@@ -97,8 +97,10 @@ QObjectList childrenOf(const QObject *object)
             children += stack->widget(i);
         return children;
     }
+    const auto *menu = qobject_cast<const QMenu *>(object); // whose own action has its title
     for (QObject *child : object->children())
-        children += child->objectName().endsWith("viewport") ? child->children() : QObjectList{child};
+        if (!menu || child != menu->menuAction())
+            children += child->objectName().endsWith("viewport") ? child->children() : QObjectList{child};
     return children;
 }
 
@@ -204,6 +206,7 @@ private slots:
             QCoreApplication::processEvents();
         }
         const QStringList before = described(window);
+        const QList<QByteArray> settings = contentOf(AppPaths::configFile()).split('\n');
         QStringList lines = withoutRepeats(before);
         QtStyleDialog style(QtStyleDialog::SendArea);
         QtMessageBox box;
@@ -218,8 +221,10 @@ private slots:
         for (int i = 0; i < after.size(); ++i)
             if (before.value(i) != after.at(i))
                 lines += after.at(i);
-        lines += "the settings then:";
-        lines += QString::fromUtf8(contentOf(AppPaths::configFile())).split('\n');
+        lines += "settings that were changed by it:";
+        for (const QByteArray &line : contentOf(AppPaths::configFile()).split('\n'))
+            if (!settings.contains(line))
+                lines += line;
         const QByteArray actual = lines.join('\n').toUtf8() + '\n';
         const QByteArray expected = contentOf(QFINDTESTDATA("widgets.txt"));
         const QString name = QDir::current().filePath("widgets.actual.txt");
