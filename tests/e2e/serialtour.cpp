@@ -1,10 +1,7 @@
-#include "dialoganswers.h"
 #include "tours.h"
 #include "userhand.h"
 
 #include <QComboBox>
-#include <QFile>
-#include <QPushButton>
 #include <QTest>
 
 // Text and hexadecimal, by hand; the cable comes out and goes back in.
@@ -44,29 +41,4 @@ void SerialTour::talksToABoard()
     QVERIFY(stage().openPort(board));
     QVERIFY(stage().closePort());
     QVERIFY(stage().waitForNotice("串口[COM5]已关闭!!", Notice::Information));
-}
-
-void SerialTour::sendsFiles()
-{
-    BoardProcess board("COM6", stage().portsFolder());
-    QVERIFY(stage().plugIn(board, {"--mode", "ymodem", "--ask-interval", "200", "--fault", "lose@2",
-                                   "--receive-folder", stage().file("received")}));
-    const QByteArray firmware = QByteArray("0123456789abcde").repeated(2000);
-    QFile file(stage().file("固件 v2.bin"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size());
-    file.close();
-    Stage::answerFileDialogs(file.fileName());
-    QVERIFY(choose("comboSendPage", "发送文件"));
-    QVERIFY(click("btnOpenFiles"));
-    auto *send = find<QPushButton>("btnSendFiles");
-    QVERIFY(!send->isEnabled()); // without a port
-    QVERIFY(stage().openPort(board));
-    QVERIFY(click("btnSendFiles"));
-    WAIT_EQUAL(send->text(), QString("停止发送"));
-    WAIT_EQUAL(send->text(), QString("发送文件"));
-    QVERIFY(stage().waitForNotice("文件传输完成！", Notice::Information));
-    QCOMPARE(stage().content("received/固件 v2.bin"), firmware);
-    // The board asks for more, and the page has its port again.
-    const qint64 before = stage().receivedShown();
-    WAIT_FOR(stage().receivedShown() > before);
 }

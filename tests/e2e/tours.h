@@ -34,7 +34,6 @@ class SerialTour : public Tour
 
 private slots:
     void talksToABoard();
-    void sendsFiles();
 };
 
 class PidTour : public Tour

@@ -164,24 +164,23 @@ private:
         return wait(&UpdateClient::checked, [this] { m_client->check(); });
     }
 
-    template <typename Signal> QString wait(Signal signal, const std::function<void()> &start);
+    template <typename Signal> QString wait(Signal signal, const std::function<void()> &start)
+    {
+        QString result;
+        const auto connection =
+            connect(m_client.get(), signal, [&result](auto outcome, const QString &reason) {
+                result += QVariant::fromValue(outcome).toString() + ' ' + reason; // once
+            });
+        start();
+        (void)QTest::qWaitFor([&result] { return !result.isEmpty(); }, 20000);
+        disconnect(connection);
+        return result;
+    }
 
     std::unique_ptr<QTemporaryDir> m_root;
     std::unique_ptr<UpdateServer> m_server;
     std::unique_ptr<UpdateClient> m_client;
 };
-
-template <typename Signal> QString TestUpdateClient::wait(Signal signal, const std::function<void()> &start)
-{
-    QString result;
-    const auto connection = connect(m_client.get(), signal, [&result](auto outcome, const QString &reason) {
-        result += QVariant::fromValue(outcome).toString() + ' ' + reason; // once
-    });
-    start();
-    (void)QTest::qWaitFor([&result] { return !result.isEmpty(); }, 20000);
-    disconnect(connection);
-    return result;
-}
 
 QTEST_GUILESS_MAIN(TestUpdateClient)
 #include "test_update_client.moc"
