@@ -162,7 +162,6 @@ void HexFileSession::reload()
 // Saving still asks before it overwrites the other program's bytes.
 void HexFileSession::keepOurs()
 {
-    m_file->acknowledgeOutside();
     m_changeBar->hide();
     m_edit->setUnsaved();
     m_edit->setFocus();

@@ -58,7 +58,6 @@ public:
     bool isGone() const { return m_watch.isGone(); }
     bool isChangedOutside() const { return m_watch.differs(); }
     void checkOutside() { m_watch.check(); }
-    void acknowledgeOutside() { m_watch.acknowledge(); }
     // Saving would replace bytes of another program without the user's consent.
     bool needsConsent() const;
     void giveConsent() { m_consent = FileStamp::of(m_name); }

@@ -124,7 +124,6 @@ private slots:
         put("rom.bin", "another's");
         QVERIFY(changed.wait(30000));
         QVERIFY(m_file->isChangedOutside() && !m_file->isGone());
-        m_file->acknowledgeOutside();
         QVERIFY(m_file->needsConsent());
         m_file->giveConsent();
         QVERIFY(!m_file->needsConsent());
