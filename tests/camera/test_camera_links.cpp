@@ -4,6 +4,7 @@
 #include "camerapagetest.h"
 #include "frameshow.h"
 #include "ptypeer.h"
+#include "seriallink.h"
 #include "serialports.h"
 
 #include <QCheckBox>
@@ -117,6 +118,16 @@ private slots:
             const QColor color = picture.pixelColor(at);
             QVERIFY2(color.blue() > 250 && color.red() < 5, qPrintable(color.name()));
         }
+        if (protocol != Serial)
+            return;
+        CameraDebugWidget again;
+        again.SltSerialportChanged({"COM1 first", "COM3 board"});
+        QCOMPARE(again.findChild<QComboBox *>("comboCameraSerialPort")->currentText(), QString("COM3 board"));
+        // Gone from the list while the last bytes are gathered.
+        const int before = received();
+        emit m_page->findChild<SerialLink *>()->received("x", 0, {});
+        m_page->SltSerialportChanged({"COM1 first"});
+        QVERIFY(!isOpen() && received() == before + 1);
     }
 
 private:

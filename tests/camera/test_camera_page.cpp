@@ -44,6 +44,13 @@ private slots:
     void gathersFromASlowLine()
     {
         choose(Serial);
+        click("btnCameraOpen");
+        QCOMPARE(lastNotice(), QStringLiteral("当前系统未检测到任何串口，请重试!!!"));
+        m_page->SltSerialportChanged({"COM3 board"});
+        child<QComboBox>("comboCameraBaudRate")->setEditText("0");
+        click("btnCameraOpen");
+        QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
+        m_notices->clear();
         auto *port = m_page->findChild<SerialLink *>();
         const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
                                  QByteArray::fromHex("00110000000105040005000000");

@@ -168,8 +168,10 @@ private slots:
         choose(Client);
         child<QLineEdit>("editCameraServerAddress")->setText("localhost");
         child<QLineEdit>("editCameraPort")->setText(QString::number(board.serverPort()));
+        m_page->SltRecvImageData("a", "this is no packet");
         click("btnCameraOpen");
         QTRY_COMPARE(int(Settings::instance().camera.type), int(Client)); // once it is open
+        QVERIFY(child<QLabel>("labelImageError")->isHidden());
         click("btnCameraOpen");
         QTRY_VERIFY(!isOpen());
         const QString port = QString::number(openPort(Udp));

@@ -190,6 +190,13 @@ private slots:
             ports.setPorts(with);
             QCOMPARE(ports.currentText(), "COM6 board");
         }
+        // Not while the one that it fell back to is open.
+        ports.setPorts(without);
+        ports.setEnabled(false);
+        ports.setPorts(with);
+        QCOMPARE(ports.currentText(), "COM1 ");
+        ports.setEnabled(true);
+        ports.setCurrentIndex(2);
         // Not where the user has chosen another, be it the one the list fell back to.
         ports.setPorts(without);
         QTest::keyClick(&ports, Qt::Key_Down);

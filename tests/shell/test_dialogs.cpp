@@ -110,6 +110,8 @@ private slots:
         QVERIFY(!icon->isVisibleTo(&box) && box.title() == "提示");
         box.setButtons(QtMessageBox::SaveDiscardCancel);
         QCOMPARE(box.findChild<QPushButton *>("btnOk")->text(), QString("保存"));
+        box.setButtons(QtMessageBox::OkOnly);
+        QVERIFY(!box.findChild<QPushButton *>("btnCancel")->isVisibleTo(&box));
     }
 
     void wrapsLongMessages()
