@@ -40,14 +40,12 @@ int main(int argc, char *argv[])
     const QTemporaryDir temporary;
     AppPaths::setRoot(temporary.path());
     Startup::prepare(application);
-    SerialTour serial;
+    LinkTour links;
     PidTour pid;
-    NetworkTour network;
-    CameraTour camera;
     HexTour editing;
     WindowTour window;
     int failures = 0;
-    for (Tour *tour : std::initializer_list<Tour *>{&serial, &pid, &network, &camera, &editing, &window}) {
+    for (Tour *tour : std::initializer_list<Tour *>{&links, &pid, &editing, &window}) {
         const QStringList own = argumentsFor(*tour, QCoreApplication::arguments());
         if (!own.isEmpty())
             failures += QTest::qExec(tour, own);

@@ -28,12 +28,14 @@ private:
     std::unique_ptr<Stage> m_stage;
 };
 
-class SerialTour : public Tour
+class LinkTour : public Tour
 {
     Q_OBJECT
 
 private slots:
     void talksToABoard();
+    void servesBoards();
+    void showsTwoCameras();
 };
 
 class PidTour : public Tour
@@ -44,22 +46,6 @@ private slots:
     void tunesALoop();
     void holdsTheViewAndReturns();
     void stopsTheMotorWhenQuitting();
-};
-
-class NetworkTour : public Tour
-{
-    Q_OBJECT
-
-private slots:
-    void servesBoards();
-};
-
-class CameraTour : public Tour
-{
-    Q_OBJECT
-
-private slots:
-    void showsTwoCameras();
 };
 
 class HexTour : public Tour

@@ -87,8 +87,7 @@ QString describedLayout(const QLayout *layout)
     return line;
 }
 
-// Of a stack the pages in its order, not in that in which they were shown. A
-// viewport only holds what is scrolled.
+// The pages of a stack in its order, and for a viewport what it holds.
 QObjectList childrenOf(const QObject *object)
 {
     QObjectList children;
