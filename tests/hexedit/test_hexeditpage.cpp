@@ -261,6 +261,11 @@ private slots:
         QCOMPARE(m_questions.size(), 2); // one for each file, once
         QVERIFY(m_questions.first().contains(path("rom.bin.~tmp")));
         QVERIFY(m_questions.last().contains(path("rom.bin.~bak1"))); // the newest of these
+        const auto saved = [this] { return QFileInfo(path("rom.bin.~tmp")).lastModified(); };
+        const QDateTime before = saved();
+        QTRY_VERIFY((put("rom.bin.~tmp", "new bytes"), saved() > before)); // another one
+        open("rom.bin");
+        QCOMPARE(m_questions.size(), 3);
         makePage();
         m_answer = 1;
         open("rom.bin");

@@ -186,13 +186,16 @@ private slots:
     {
         QStringList flushed;
         int failing = 0;
+        bool isPrivate = QFile::setPermissions(path("rom.bin"), QFile::ReadOwner | QFile::WriteOwner);
         m_disk.flush = [&](const QString &fileName) {
+            isPrivate = isPrivate && !(QFile::permissions(fileName) & QFile::ReadOther);
             flushed.append(QFileInfo(fileName).fileName() + ": " + files().join(' '));
             return flushed.size() != failing;
         };
         QVERIFY(save("rom.bin", "new").done);
         QCOMPARE(flushed, (QStringList{"rom.bin.~tmp: rom.bin rom.bin.~tmp",
                                        "rom.bin.~part: rom.bin.~part rom.bin.~tmp"}));
+        QVERIFY(isPrivate); // as the file, all the time
         failing = 3;
         put("rom.bin.~bak", "another's");
         QVERIFY(!save("rom.bin", "newer").done && !m_result->inPlace);
@@ -278,6 +281,10 @@ private slots:
         const bool isRoot = ::geteuid() == 0;
         QVERIFY(!isRoot || ::chown(real.constData(), 4711, 4712) == 0);
         QCOMPARE(::chmod(real.constData(), 06750), 0);
+        open("twice.bin");
+        m_disk.flush = [](const QString &fileName) { return fileName.endsWith("~tmp"); };
+        QVERIFY(!save("twice.bin", "kept beside it").done);
+        m_disk = HexSaver::realDisk();
         QVERIFY(save("twice.bin", "new").done && m_result->consequence.isEmpty());
         struct stat state = {};
         QCOMPARE(::stat(real.constData(), &state), 0);
