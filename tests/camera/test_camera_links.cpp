@@ -73,7 +73,10 @@ private slots:
     // A sender of datagrams does not report its end.
     void limitsSendersOfDatagrams()
     {
+        choose(Udp);
+        const QImage closed = child<ImageViewer>("imageViewer")->grab().toImage();
         const quint16 port = openPort(Udp);
+        QVERIFY(child<ImageViewer>("imageViewer")->grab().toImage() != closed); // other hints
         for (int i = 0; i < 17; ++i)
             (new QUdpSocket(m_page.get()))->writeDatagram("ORVN", QHostAddress::LocalHost, port);
         QTRY_COMPARE_WITH_TIMEOUT(lastNotice(), QStringLiteral("UDP发送方超过16个，图像可能不完整！"), 20000);

@@ -86,8 +86,10 @@ private slots:
         const QTemporaryDir folder;
         m_fileName = folder.filePath(QStringLiteral("table.csv"));
         QVERIFY(m_dialog->mayClose() && QFileInfo(m_fileName).size() > 0);
+        click("btnAddPage");
         click("btnClear");
         QCOMPARE(m_table->usedRows(), 0);
+        QCOMPARE(m_dialog->findChild<QLabel *>("pageCount")->text(), "/ 1");
     }
 
     void turnsPages()
@@ -123,8 +125,9 @@ private slots:
         m_table->setOutcome(100, RegisterTableModel::Answered);
         m_table->setOutcome(101, RegisterTableModel::Refused);
         QVERIFY(!mark(0).isNull() && !mark(1).isNull() && mark(0) != mark(1) && mark(2).isNull());
+        m_view->scrollToBottom();
         click("btnFirstPage");
-        QVERIFY(mark(0).isNull());
+        QVERIFY(mark(0).isNull() && m_view->rowAt(0) == 0);
     }
 
     void limitsCells()

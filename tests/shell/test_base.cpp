@@ -189,6 +189,7 @@ private slots:
             ports.setPorts(none);
             ports.setPorts(with);
             QCOMPARE(ports.currentText(), "COM6 board");
+            QCOMPARE(ports.lineEdit()->cursorPosition(), 0); // a long entry shows its beginning
         }
         // Not while the one that it fell back to is open.
         ports.setPorts(without);
