@@ -4,6 +4,7 @@
 #include "tcpclientlink.h"
 #include "tcpserverlink.h"
 #include "udplink.h"
+#include "waitfor.h"
 
 #ifdef Q_OS_UNIX
 #include "ptypeer.h"
@@ -18,9 +19,6 @@
 
 #include <map>
 #include <memory>
-
-#define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
-#define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "networkpagetest.h"
 
-#include "dialoganswers.h"
 #include "freeport.h"
 #include "korvexresources.h"
 #include "qtmessagetip.h"
@@ -21,14 +20,7 @@ void NetworkPageTest::cleanup()
     m_page.reset();
 }
 
-void NetworkPageTest::addFamilies()
-{
-    QTest::addColumn<QString>("address");
-    QTest::newRow("IPv4") << "127.0.0.1";
-    QTest::newRow("IPv6") << "::1";
-}
-
-QStringList NetworkPageTest::to(quint16 port, const QString &address, const QStringList &more)
+QStringList NetworkPageTest::to(quint16 port, const QStringList &more, const QString &address)
 {
     return QStringList{"--address", address, "--net-port", QString::number(port), "--delay", "0"} + more;
 }

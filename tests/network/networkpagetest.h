@@ -3,20 +3,18 @@
 // A network page with boards in processes of their own: what the tests of the
 // page share.
 
+#include "answers.h"
 #include "boardprocess.h"
 #include "networktoolwidget.h"
 #include "pageparts.h"
 #include "qtterminalwidget.h"
+#include "waitfor.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QtTest>
-
-// For waits on what has to come sooner or later, however slow the machine.
-#define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
-#define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
 
 class NetworkPageTest : public QObject, protected PageParts<NetworkToolWidget>
 {
@@ -43,8 +41,6 @@ protected:
     bool wasTold(const QString &text, int kind) const;
     QStringList clients() const;
 
-    // Rows "IPv4" and "IPv6" with the loopback "address" of each.
-    static void addFamilies();
     // Options of a board that talks at once.
-    static QStringList to(quint16 port, const QString &address, const QStringList &more);
+    static QStringList to(quint16 port, const QStringList &more = {}, const QString &address = "127.0.0.1");
 };

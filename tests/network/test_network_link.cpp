@@ -5,6 +5,7 @@
 #include "socketerror.h"
 #include "tcpclient.h"
 #include "tcpserver.h"
+#include "waitfor.h"
 
 #include <QtTest>
 
@@ -13,9 +14,6 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #endif
-
-#define WAIT_FOR(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 30000)
-#define WAIT_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 30000)
 
 class TestNetworkLink : public QObject
 {

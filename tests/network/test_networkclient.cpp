@@ -13,34 +13,29 @@ class TestNetworkClient : public NetworkPageTest
     Q_OBJECT
 
 private slots:
-    void connects_data()
-    {
-        addFamilies();
-        QTest::newRow("brackets") << "[::1] ";
-    }
-
     void connects()
     {
-        QFETCH(QString, address);
-        BoardProcess board;
-        QVERIFY(
-            board.startOnNetwork("tcp-server", to(0, address.contains(':') ? QString("::1") : address, {})));
-        write("editServerAddress", address);
-        open(Client, board.netPort());
-        QCOMPARE(m_notices->at(0).at(0).toString(), QStringLiteral("正在与服务器建立连接...."));
-        QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
-        WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
-        QVERIFY(wasTold(QStringLiteral("[TCP Client]与服务器连接成功！！！"), 0));
-        QVERIFY(fieldsAreEnabled(false));
-        QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
-        send("ping\n");
-        WAIT_EQUAL(shown(), QStringLiteral("[Tcp client  来自服务端消息 ] ping\n"));
-        WAIT_EQUAL(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 5"));
-        click("btnOpen");
-        QVERIFY(wasTold(QStringLiteral("[ TCP Client ] 已断开连接！"), 0));
-        QCOMPARE(caption(), QStringLiteral("建立连接"));
-        QVERIFY(fieldsAreEnabled(true));
-        QVERIFY(board.waitForEvent("disconnected"));
+        for (const QString &address : {QString("127.0.0.1"), QString("[::1] ")}) {
+            init();
+            BoardProcess board;
+            QVERIFY(board.startOnNetwork("tcp-server", to(0, {}, address.contains(':') ? "::1" : address)));
+            write("editServerAddress", address);
+            open(Client, board.netPort());
+            QCOMPARE(m_notices->at(0).at(0).toString(), QStringLiteral("正在与服务器建立连接...."));
+            QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Busy);
+            WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
+            QVERIFY(wasTold(QStringLiteral("[TCP Client]与服务器连接成功！！！"), 0));
+            QVERIFY(fieldsAreEnabled(false));
+            QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+            send("ping\n");
+            WAIT_EQUAL(shown(), QStringLiteral("[Tcp client  来自服务端消息 ] ping\n"));
+            WAIT_EQUAL(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 5"));
+            click("btnOpen");
+            QVERIFY(wasTold(QStringLiteral("[ TCP Client ] 已断开连接！"), 0));
+            QCOMPARE(caption(), QStringLiteral("建立连接"));
+            QVERIFY(fieldsAreEnabled(true));
+            QVERIFY(board.waitForEvent("disconnected"));
+        }
     }
 
     void connectsAfterARefusal()
@@ -97,8 +92,7 @@ private slots:
         constexpr qint64 total = 12000000;
         for (const bool isDeaf : {false, true}) {
             BoardProcess board;
-            QVERIFY(board.startOnNetwork("tcp-server",
-                                         to(0, "127.0.0.1", {"--act", isDeaf ? "deaf" : "silent"})));
+            QVERIFY(board.startOnNetwork("tcp-server", to(0, {"--act", isDeaf ? "deaf" : "silent"})));
             open(Client, board.netPort());
             WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
             m_page->clearCounts();
@@ -129,8 +123,7 @@ private slots:
         for (const bool isReset : {false, true}) {
             BoardProcess board;
             QVERIFY(board.startOnNetwork(
-                "tcp-server",
-                to(0, "127.0.0.1", {"--act", isReset ? "reset" : "half-close", "--total", "200000"})));
+                "tcp-server", to(0, {"--act", isReset ? "reset" : "half-close", "--total", "200000"})));
             m_notices->clear();
             open(Client, board.netPort());
             WAIT_FOR(wasTold(QStringLiteral("[TCP Client]与服务器已断开连接~~~"), 0));
@@ -149,25 +142,25 @@ private slots:
         }
     }
 
-    void exchangesDatagrams_data() { addFamilies(); }
-
     void exchangesDatagrams()
     {
-        QFETCH(QString, address);
-        BoardProcess board;
-        QVERIFY(board.startOnNetwork("udp", to(0, address, {})));
-        const quint16 port = open(Udp);
-        write("editDestinationAddress", address);
-        write("editDestinationPort", QString::number(board.netPort()));
-        send("datagram\r\n");
-        const QString from =
-            QStringLiteral("[Tcp client  UDP from %1:%2 ] ").arg(address).arg(board.netPort());
-        WAIT_EQUAL(shown(), from + "datagram\n");
-        send("next");
-        WAIT_EQUAL(shown(), from + "datagram\n" + from + "next");
-        QCOMPARE(m_page->counts(), (QStringList{"13", "13"}));
-        QUdpSocket().writeDatagram(QByteArray(), QHostAddress(address), port);
-        WAIT_EQUAL(shown().count("[Tcp client  UDP from "), 3); // a header without bytes
+        for (const QString &address : {QString("127.0.0.1"), QString("::1")}) {
+            init();
+            BoardProcess board;
+            QVERIFY(board.startOnNetwork("udp", to(0, {}, address)));
+            const quint16 port = open(Udp);
+            write("editDestinationAddress", address);
+            write("editDestinationPort", QString::number(board.netPort()));
+            send("datagram\r\n");
+            const QString from =
+                QStringLiteral("[Tcp client  UDP from %1:%2 ] ").arg(address).arg(board.netPort());
+            WAIT_EQUAL(shown(), from + "datagram\n");
+            send("next");
+            WAIT_EQUAL(shown(), from + "datagram\n" + from + "next");
+            QCOMPARE(m_page->counts(), (QStringList{"13", "13"}));
+            QUdpSocket().writeDatagram(QByteArray(), QHostAddress(address), port);
+            WAIT_EQUAL(shown().count("[Tcp client  UDP from "), 3); // a header without bytes
+        }
     }
 
     void checksTheDestination()

@@ -5,7 +5,6 @@
 
 #include "apppaths.h"
 #include "bytespool.h"
-#include "dialoganswers.h"
 #include "qtmessagetip.h"
 #include "settings.h"
 #include "stateindicator.h"
@@ -50,50 +49,44 @@ private slots:
         }
     }
 
-    void refusesBadFields_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::newRow("server") << int(Server);
-        QTest::newRow("udp") << int(Udp);
-    }
-
     void refusesBadFields()
     {
-        QFETCH(int, type);
         QTcpServer holder;
         QUdpSocket udpHolder;
         QVERIFY(holder.listen(QHostAddress::AnyIPv4) && udpHolder.bind(QHostAddress(QHostAddress::AnyIPv4)));
-        const int taken = type == Server ? holder.serverPort() : udpHolder.localPort();
-        const QString rows[][3] = {{"", "0", QStringLiteral("端口范围为1到65535！")},
-                                   {"1.2.3", "8000", QStringLiteral("IP地址无效！")},
-                                   {"192.0.2.1", "8000", ""}, // another machine's
-                                   {"", QString::number(taken), ""}};
-        choose(Type(type));
-        for (const auto &[address, port, tip] : rows) {
-            m_notices->clear();
-            child<QComboBox>("comboLocalAddress")->setEditText(address);
-            write("editPort", port);
-            click("btnOpen");
-            QCOMPARE(m_notices->at(0).at(0).toString(),
-                     (type == Server ? "TCP" : "UDP") +
-                         QStringLiteral("服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port));
-            QCOMPARE(m_notices->size(), tip.isEmpty() ? 2 : 1);
-            QCOMPARE(lastKind(), 255);
-            if (tip.isEmpty()) // the second one says why
-                QCOMPARE(lastNotice(), stateText());
-            else
-                QCOMPARE(QtMessageTip::current()->text(), tip);
-            QVERIFY(fieldsAreEnabled(true));
-            QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
-            QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(),
-                     QStringLiteral("上次错误：") + stateText());
+        for (const Type type : {Server, Udp}) {
+            init();
+            const int taken = type == Server ? holder.serverPort() : udpHolder.localPort();
+            const QString rows[][3] = {{"", "0", QStringLiteral("端口范围为1到65535！")},
+                                       {"1.2.3", "8000", QStringLiteral("IP地址无效！")},
+                                       {"192.0.2.1", "8000", ""}, // another machine's
+                                       {"", QString::number(taken), ""}};
+            choose(type);
+            for (const auto &[address, port, tip] : rows) {
+                m_notices->clear();
+                child<QComboBox>("comboLocalAddress")->setEditText(address);
+                write("editPort", port);
+                click("btnOpen");
+                QCOMPARE(m_notices->at(0).at(0).toString(),
+                         (type == Server ? "TCP" : "UDP") +
+                             QStringLiteral("服务监听[端口:%1]失败，请确认该端口是否可用!!").arg(port));
+                QCOMPARE(m_notices->size(), tip.isEmpty() ? 2 : 1);
+                QCOMPARE(lastKind(), 255);
+                if (tip.isEmpty()) // the second one says why
+                    QCOMPARE(lastNotice(), stateText());
+                else
+                    QCOMPARE(QtMessageTip::current()->text(), tip);
+                QVERIFY(fieldsAreEnabled(true));
+                QCOMPARE(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
+                QCOMPARE(child<StateIndicator>("stateIndicator")->toolTip(),
+                         QStringLiteral("上次错误：") + stateText());
+            }
+            QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("NetTools/Port"));
+            // And after that a good port opens.
+            child<QComboBox>("comboLocalAddress")->setEditText(QString());
+            QVERIFY(open(type) > 0);
+            QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
         }
-        QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("NetTools/Port"));
-
-        // And after that a good port opens.
-        child<QComboBox>("comboLocalAddress")->setEditText(QString());
-        QVERIFY(open(Type(type)) > 0);
-        QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
     }
 
     void offersThisMachinesAddresses()
@@ -219,8 +212,7 @@ private slots:
         QCOMPARE(shown(), QStringLiteral("[Tcp client a] shown"));
         QCOMPARE(m_page->spool().read(0, 100), QByteArray("shownhidden"));
         WAIT_EQUAL(child<QLabel>("labelRecvCount")->text(), QStringLiteral("接收字节: 11"));
-        const QString name = m_root->filePath("shown.txt");
-        DialogAnswers::instance().fileNames = [&](auto...) { return QStringList(name); };
+        chooseFile(m_root->filePath("shown.txt"));
         click("btnSaveRecv");
         QVERIFY(lastNotice().contains(QStringLiteral("不含“停止显示”期间的数据")));
         m_page->clearCounts();
@@ -230,30 +222,26 @@ private slots:
     void savesAndClears()
     {
         const QString name = m_root->filePath("saved.txt");
-        DialogAnswers::instance().fileNames = [&](auto...) { return QStringList(name); };
+        chooseFile(name);
         m_page->sltRecvSocketMessage("a", "text\r\n");
         click("btnSaveRecv");
         QVERIFY(contentOf(name).contains("[Tcp client a] text"));
         // Something new came: closing asks.
         Settings::instance().closeBehaviour = Settings::Ask;
-        int asked = 0;
-        DialogAnswers::instance().message = [&asked](auto, auto, auto) {
-            ++asked;
-            return 2; // not to be saved
-        };
+        const Questions questions(2); // not to be saved
         m_page->sltRecvSocketMessage("a", "more");
         QVERIFY(m_page->mayClose());
-        QCOMPARE(asked, 1);
+        QCOMPARE(questions.asked.size(), 1);
         click("btnClearRecv");
         QCOMPARE(shown(), QString());
         QVERIFY(m_page->mayClose());
-        QCOMPARE(asked, 1);
+        QCOMPARE(questions.asked.size(), 1);
         // What reading has left with the socket is asked for, too.
         const quint16 port = open(Udp);
         m_page->findChild<UdpLink *>()->setReading(false);
         QUdpSocket().writeDatagram("unread", QHostAddress::LocalHost, port);
         QVERIFY(m_page->mayClose());
-        QCOMPARE(asked, 2);
+        QCOMPARE(questions.asked.size(), 2);
     }
 
     void needsAnOpenLink()

@@ -4,7 +4,6 @@
 #include "networkpagetest.h"
 
 #include "bytespool.h"
-#include "dialoganswers.h"
 #include "tcpserver.h"
 
 #include <QTcpSocket>
@@ -14,59 +13,50 @@ class TestNetworkServer : public NetworkPageTest
     Q_OBJECT
 
 private slots:
-    void serves_data() { addFamilies(); }
-
     void serves()
     {
-        QFETCH(QString, address);
-        const quint16 port = open(Server);
-        BoardProcess board;
-        QVERIFY(board.startOnNetwork("tcp-client", to(port, address, {"--peers", "2"})));
-        WAIT_EQUAL(clients().size(), 3);
-        QCOMPARE(clients().at(0), QString("All Clients"));
-        for (const QString &name : clients().mid(1)) {
-            QVERIFY(QRegularExpression(QStringLiteral("^%1 \\d+$").arg(address)).match(name).hasMatch());
-            QVERIFY(wasTold(QStringLiteral("新客户端[%1]已连接:").arg(name), 0));
+        for (const QString &address : {QString("127.0.0.1"), QString("::1")}) {
+            init();
+            const quint16 port = open(Server);
+            BoardProcess board;
+            QVERIFY(board.startOnNetwork("tcp-client", to(port, {"--peers", "2"}, address)));
+            WAIT_EQUAL(clients().size(), 3);
+            QCOMPARE(clients().at(0), QString("All Clients"));
+            const QStringList names = clients().mid(1);
+            send("hello");
+            WAIT_EQUAL(received(), qint64(10)); // from both
+            QCOMPARE(sent(), qint64(10));
+            for (const QString &name : names) {
+                QVERIFY(QRegularExpression(QStringLiteral("^%1 \\d+$").arg(address)).match(name).hasMatch());
+                QVERIFY(wasTold(QStringLiteral("新客户端[%1]已连接:").arg(name), 0));
+                QCOMPARE(shown().count(QStringLiteral("[Tcp client %1] hello").arg(name)), 1);
+            }
+            child<QComboBox>("comboClients")->setCurrentIndex(1);
+            send("you");
+            WAIT_EQUAL(received(), qint64(13));
+            QCOMPARE(sent(), qint64(13));
+            QVERIFY(shown().endsWith(QStringLiteral("\n[Tcp client %1] you").arg(names.at(0))));
+            QVERIFY(board.stop());
+            WAIT_EQUAL(clients().size(), 1);
+            for (const QString &name : names)
+                QVERIFY(wasTold(QStringLiteral("客户端[%1]已断开连接:").arg(name), 0));
+            QCOMPARE(board.statistics().value("read"), qint64(13));
         }
-        send("hello");
-        WAIT_EQUAL(received(), qint64(10)); // from both
-        QCOMPARE(sent(), qint64(10));
-        for (const QString &name : clients().mid(1))
-            QCOMPARE(shown().count(QStringLiteral("[Tcp client %1] hello").arg(name)), 1);
-
-        child<QComboBox>("comboClients")->setCurrentIndex(1);
-        send("you");
-        WAIT_EQUAL(received(), qint64(13));
-        QCOMPARE(sent(), qint64(13));
-        QVERIFY(shown().endsWith(QStringLiteral("\n[Tcp client %1] you").arg(clients().at(1))));
-
-        const QStringList names = clients().mid(1);
-        QVERIFY(board.stop());
-        WAIT_EQUAL(clients().size(), 1);
-        for (const QString &name : names)
-            QVERIFY(wasTold(QStringLiteral("客户端[%1]已断开连接:").arg(name), 0));
-        QCOMPARE(board.statistics().value("read"), qint64(13));
     }
 
     void disconnectsOneAndAll()
     {
         const quint16 port = open(Server);
         BoardProcess board;
-        QVERIFY(
-            board.startOnNetwork("tcp-client", to(port, "127.0.0.1", {"--peers", "3", "--period", "60000"})));
+        QVERIFY(board.startOnNetwork("tcp-client", to(port, {"--peers", "3", "--period", "60000"})));
         WAIT_EQUAL(clients().size(), 4);
         child<QComboBox>("comboClients")->setCurrentIndex(2);
         const QString chosen = clients().at(2);
-        QStringList questions;
-        int answer = 0;
-        DialogAnswers::instance().message = [&](const QString &title, const QString &text, int) {
-            questions.append(title + '|' + text);
-            return answer;
-        };
+        Questions questions(0);
         click("btnDisconnect");
-        QCOMPARE(questions, QStringList(QStringLiteral("询问|是否确认断开当前客户端?")));
+        QCOMPARE(questions.asked, QStringList(QStringLiteral("是否确认断开当前客户端?")));
         QCOMPARE(clients().size(), 4);
-        answer = 1;
+        questions.answer = 1;
         click("btnDisconnect");
         QCOMPARE(clients().size(), 3);
         QVERIFY(!clients().contains(chosen));
@@ -74,12 +64,12 @@ private slots:
 
         child<QComboBox>("comboClients")->setCurrentIndex(0);
         click("btnDisconnect");
-        QCOMPARE(questions.last(), QStringLiteral("询问|是否确认断开所有连接?"));
+        QCOMPARE(questions.asked.last(), QStringLiteral("是否确认断开所有连接?"));
         QCOMPARE(clients(), QStringList("All Clients"));
         QVERIFY(board.waitForEvent("disconnected 0"));
         QCOMPARE(caption(), QStringLiteral("停止监听"));
         click("btnDisconnect");
-        QCOMPARE(questions.size(), 3);
+        QCOMPARE(questions.asked.size(), 3);
         emit m_page->findChild<TcpServer *>()->acceptError(QAbstractSocket::SocketResourceError);
         QCOMPARE(lastNotice(), QStringLiteral("无法接受新的客户端：系统资源不足"));
     }
@@ -88,10 +78,10 @@ private slots:
     {
         const quint16 port = open(Server);
         BoardProcess leaving;
-        QVERIFY(leaving.startOnNetwork("tcp-client", to(port, "127.0.0.1", {})));
+        QVERIFY(leaving.startOnNetwork("tcp-client", to(port)));
         WAIT_EQUAL(clients().size(), 2);
         BoardProcess staying;
-        QVERIFY(staying.startOnNetwork("tcp-client", to(port, "127.0.0.1", {})));
+        QVERIFY(staying.startOnNetwork("tcp-client", to(port)));
         WAIT_EQUAL(clients().size(), 3);
         child<QComboBox>("comboClients")->setCurrentIndex(1);
         send("x");
@@ -117,8 +107,8 @@ private slots:
         const quint16 port = open(Server);
         BoardProcess board;
         const qint64 total = 6000000;
-        QVERIFY(board.startOnNetwork(
-            "tcp-client", to(port, "127.0.0.1", {"--act", "flood", "--total", QString::number(total)})));
+        QVERIFY(board.startOnNetwork("tcp-client",
+                                     to(port, {"--act", "flood", "--total", QString::number(total)})));
         qint64 maxQueued = 0;
         const auto *terminal = child<QtTerminalWidget>("recvBrowser");
         const auto all = [&] {
@@ -139,10 +129,10 @@ private slots:
     {
         const quint16 port = open(Server);
         BoardProcess deaf;
-        QVERIFY(deaf.startOnNetwork("tcp-client", to(port, "127.0.0.1", {"--act", "deaf"})));
+        QVERIFY(deaf.startOnNetwork("tcp-client", to(port, {"--act", "deaf"})));
         WAIT_EQUAL(clients().size(), 2);
         BoardProcess hearing;
-        QVERIFY(hearing.startOnNetwork("tcp-client", to(port, "127.0.0.1", {"--act", "silent"})));
+        QVERIFY(hearing.startOnNetwork("tcp-client", to(port, {"--act", "silent"})));
         WAIT_EQUAL(clients().size(), 3);
         const QString blocked =
             QStringLiteral("客户端[%1]长时间未接收数据，已暂停向其发送！").arg(clients().at(1));
@@ -200,37 +190,29 @@ private slots:
         QVERIFY(clients().contains(name));
     }
 
-    void closesInABurst_data()
-    {
-        QTest::addColumn<QString>("act");
-        QTest::addColumn<QString>("end");
-        for (const char *act : {"flood", "vanish", "reset"}) {
-            for (const char *end : {"close", "destroy"})
-                QTest::addRow("%s, %s", act, end) << act << end;
-        }
-    }
-
     void closesInABurst()
     {
-        QFETCH(QString, act);
-        QFETCH(QString, end);
-        const quint16 port = open(Server);
-        BoardProcess board;
-        QVERIFY(board.startOnNetwork(
-            "tcp-client", to(port, "127.0.0.1", {"--act", act, "--peers", "20", "--total", "2000000"})));
-        WAIT_FOR(wasTold(lastNotice(), 0) &&
-                 (act == "vanish" ? m_notices->count() > 20 : received() > 100000));
-        if (end == "destroy") {
-            m_page.reset();
-            return;
-        }
-        if (act == "flood")
-            QVERIFY(clients().size() > 1);
-        click("btnOpen");
-        QCOMPARE(clients(), QStringList("All Clients"));
-        QVERIFY(fieldsAreEnabled(true));
-        QCOMPARE(m_page->spool().size(), received());
-        QVERIFY(open(Server, port) == port); // and listens again at once
+        for (const bool destroyed : {false, true})
+            for (const QString &act : {QString("flood"), QString("vanish"), QString("reset")}) {
+                init();
+                const quint16 port = open(Server);
+                BoardProcess board;
+                QVERIFY(board.startOnNetwork(
+                    "tcp-client", to(port, {"--act", act, "--peers", "20", "--total", "2000000"})));
+                WAIT_FOR(wasTold(lastNotice(), 0) &&
+                         (act == "vanish" ? m_notices->count() > 20 : received() > 100000));
+                if (destroyed) {
+                    m_page.reset();
+                    continue;
+                }
+                if (act == "flood")
+                    QVERIFY(clients().size() > 1);
+                click("btnOpen");
+                QCOMPARE(clients(), QStringList("All Clients"));
+                QVERIFY(fieldsAreEnabled(true));
+                QCOMPARE(m_page->spool().size(), received());
+                QVERIFY(open(Server, port) == port); // and listens again at once
+            }
     }
 };
 

@@ -1,8 +1,8 @@
 // The PID page with a pseudo-terminal as its board: what is sent from the
 // fields, what reports change, how the port closes, and the files it writes.
 
-#include "apppaths.h"
-#include "dialoganswers.h"
+#include "answers.h"
+#include "fulldisk.h"
 #include "korvexresources.h"
 #include "link.h"
 #include "pageparts.h"
@@ -15,9 +15,6 @@
 
 #include <QtTest>
 #include <QtWidgets>
-
-#include <csignal>
-#include <sys/resource.h>
 
 namespace {
 
@@ -58,26 +55,17 @@ private slots:
 
     void init()
     {
-        m_root = std::make_unique<QTemporaryDir>();
-        AppPaths::setRoot(m_root->path());
         m_board = std::make_unique<PtyPeer>();
-        m_page = std::make_unique<PidDebugWidget>();
-        m_page->resize(1200, 460);
-        m_page->show();
+        makePage(1200, 460);
         QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
-        m_notices = std::make_unique<QSignalSpy>(m_page.get(), &PidDebugWidget::signalNotify);
-        m_warnings.clear();
-        DialogAnswers::instance().message = [this](const QString &title, const QString &text, int) {
-            m_warnings << title + QLatin1Char('|') + text;
-            return 1;
-        };
+        m_questions = std::make_unique<Questions>(1);
     }
 
     void cleanup()
     {
         m_page.reset();
         m_board.reset();
-        DialogAnswers::instance() = DialogAnswers();
+        m_questions.reset();
     }
 
     void sendsCommands()
@@ -272,9 +260,9 @@ private slots:
     {
         for (const char *button : {"btnSendPid", "btnPidReset"})
             click(button);
-        QVERIFY(m_warnings.isEmpty() && m_notices->isEmpty());
+        QVERIFY(m_questions->asked.isEmpty() && m_notices->isEmpty());
         click("btnPidStart");
-        QCOMPARE(m_warnings, QStringList(QString("告警|请确认是否打开串口！")));
+        QCOMPARE(m_questions->asked, QStringList(QString("请确认是否打开串口！")));
         QCOMPARE(startText(), kIdle);
         child<QComboBox>("comboPidPort")->setEditText(QString("COM77 没有"));
         click("btnPidOpen");
@@ -403,17 +391,12 @@ private slots:
         QVERIFY(!lastNotice().endsWith("："));
 
         // As on a full disk: the file there stays as it was.
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit tight{4096, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &tight);
+        std::optional<FullDisk> full(4096);
         saveTo("btnPidExport", old);
         saveTo("btnPidPicture", old);
         saveTo("btnPidPicture", file("new.pdf"));
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
-        QCOMPARE(m_warnings.count(QString("告警|文件保存失败!")), 4);
+        full.reset();
+        QCOMPARE(m_questions->asked.count(QString("文件保存失败!")), 4);
         QVERIFY(!QFile::exists(file("new.pdf")));
         QCOMPARE(contentOf(old), QByteArray("old"));
     }
@@ -451,17 +434,14 @@ private:
     PidRecorder *recorder() const { return m_page->findChild<PidRecorder *>(); }
     const PidSamples &samples(int channel) const { return recorder()->samples().at(size_t(channel - 1)); }
     QString file(const QString &name) const { return m_root->filePath(name); }
-    // Answers a file dialog, or cancels it.
     void saveTo(const char *button, const QString &fileName)
     {
-        DialogAnswers::instance().fileNames = [fileName](auto, auto, auto, auto) {
-            return fileName.isEmpty() ? QStringList() : QStringList(fileName);
-        };
+        chooseFile(fileName);
         click(button);
     }
 
     std::unique_ptr<PtyPeer> m_board;
-    QStringList m_warnings;
+    std::unique_ptr<Questions> m_questions;
 };
 
 QTEST_MAIN(TestPidPage)

@@ -1,6 +1,5 @@
 #include "serialpagetest.h"
 
-#include "dialoganswers.h"
 #include "korvexresources.h"
 
 #include <QComboBox>
@@ -30,11 +29,4 @@ void SerialPageTest::receive(const QByteArray &bytes)
     const qint64 before = received();
     QVERIFY(m_board->write(bytes));
     QTRY_COMPARE_WITH_TIMEOUT(received(), before + bytes.size(), 20000);
-}
-
-void SerialPageTest::chooseFile(const QString &name)
-{
-    DialogAnswers::instance().fileNames = [name](auto, auto, auto, auto) {
-        return name.isEmpty() ? QStringList() : QStringList(name);
-    };
 }

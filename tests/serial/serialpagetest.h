@@ -3,6 +3,7 @@
 // A serial page with a pseudo-terminal as its board: what the tests of the
 // page share.
 
+#include "answers.h"
 #include "pageparts.h"
 #include "ptypeer.h"
 #include "qtterminalwidget.h"
@@ -33,7 +34,6 @@ protected:
         return child<QAbstractButton>("btnOpen")->text() == QStringLiteral("关闭串口");
     }
     bool isEnabled(const char *name) const { return child<QWidget>(name)->isEnabled(); }
-    void chooseFile(const QString &name);
 
     std::unique_ptr<PtyPeer> m_board;
 };

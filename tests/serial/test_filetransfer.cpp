@@ -3,7 +3,6 @@
 
 #include "serialpagetest.h"
 
-#include "dialoganswers.h"
 #include "filesendpage.h"
 #include "filetransfer.h"
 #include "qtsendboxwidget.h"
@@ -31,7 +30,7 @@ private slots:
     {
         const QString name = makeFile("50%version.bin", 3000);
         const QString longName = makeFile(QString(200, 'n'), 3000);
-        DialogAnswers::instance().fileNames = [&](auto...) { return QStringList{name, longName}; };
+        chooseFiles({name, longName});
         click("btnOpenFiles");
         makeFile("50%version.bin", 4000);
         click("btnOpenFiles");
@@ -278,16 +277,11 @@ private slots:
         openPort();
         beginSending({makeFile("a.bin", 3000)});
         answered("C", 133);
-        int answer = 0;
-        QString asked;
-        DialogAnswers::instance().message = [&](auto, const QString &question, auto) {
-            asked = question;
-            return answer;
-        };
+        Questions questions(0);
         QVERIFY(!m_page->mayClose());
-        QCOMPARE(asked, QStringLiteral("正在传输文件，是否终止传输并退出？"));
+        QCOMPARE(questions.asked, QStringList(QStringLiteral("正在传输文件，是否终止传输并退出？")));
         QCOMPARE(sendButton(), QStringLiteral("停止发送")); // it goes on
-        answer = 1;
+        questions.answer = 1;
         QVERIFY(m_page->mayClose());
         m_page->closeLinks();
         QTRY_VERIFY(m_page->isClosed());
@@ -305,7 +299,7 @@ private:
 
     void beginSending(const QStringList &files)
     {
-        DialogAnswers::instance().fileNames = [files](auto...) { return files; };
+        chooseFiles(files);
         click("btnClearFiles");
         click("btnOpenFiles");
         click("btnSendFiles");

@@ -2,7 +2,7 @@
 // asked for, the record, the spool on disk, and where rows break.
 
 #include "bytespool.h"
-#include "receivedtext.h"
+#include "recordedtext.h"
 #include "rowbreaks.h"
 #include "textcodec.h"
 
@@ -13,8 +13,7 @@
 #include <QtTest>
 
 #ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
+#include "fulldisk.h"
 #endif
 
 namespace {
@@ -58,14 +57,7 @@ struct Display
         apply(text.putOff(codec));
         return shown;
     }
-    QString recorded() const
-    {
-        QString all;
-        ReceivedText::Reader reader(text);
-        for (QString piece = reader.next(); !piece.isEmpty(); piece = reader.next())
-            all += piece;
-        return reader.failed() ? QStringLiteral("(failed)") : all;
-    }
+    QString recorded() const { return recordedText(text); }
 };
 
 QString plain(QString text)
@@ -129,19 +121,14 @@ private slots:
     {
 #ifdef Q_OS_UNIX
         const QTemporaryDir folder;
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        rlimit tight = before;
-        tight.rlim_cur = 1000; // the file takes no more than that
-        setrlimit(RLIMIT_FSIZE, &tight);
+        std::optional<FullDisk> full(1000);
         const QByteArray much(100 * 1000, 'x');
         ByteSpool recovers(folder.path(), "serial");
         QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
-        setrlimit(RLIMIT_FSIZE, &before); // somebody makes room
+        full.reset(); // somebody makes room
         QCOMPARE(recovers.append("end", 3), ByteSpool::State::OnDisk);
         QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end");
-        setrlimit(RLIMIT_FSIZE, &tight);
+        full.emplace(1000);
         QByteArray all;
         ByteSpool spool(folder.path(), "serial", 3000);
         for (int i = 0; i < 15; ++i) {
@@ -154,7 +141,7 @@ private slots:
                                                                    : ByteSpool::State::Incomplete;
             QCOMPARE(spool.state(), expected);
         }
-        setrlimit(RLIMIT_FSIZE, &before);
+        full.reset();
         QCOMPARE(spool.size(), qint64(4000));
         QCOMPARE(readBack(spool, 0, 5000), all.left(4000));
 #endif

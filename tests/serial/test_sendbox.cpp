@@ -1,6 +1,6 @@
 // The send box: what is typed, what goes out, and what is kept.
 
-#include "dialoganswers.h"
+#include "answers.h"
 #include "filesendpage.h"
 #include "freshfolder.h"
 #include "korvexresources.h"
@@ -200,7 +200,7 @@ private slots:
             QVERIFY(writeFile(name, content));
             press("btnLoadDataFile");
         };
-        DialogAnswers::instance().fileNames = [&](auto...) { return QStringList(name); };
+        chooseFile(name);
         load("\xce\xc2");
         QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
         m_box->setHexSend(true);
@@ -214,7 +214,7 @@ private slots:
         press("btnLoadDataFile");
         QCOMPARE(noticeOf(notices.at(1)).text, QStringLiteral("文件加载失败!"));
         QCOMPARE(noticeOf(notices.at(2)).text, QStringLiteral("文件不存在"));
-        DialogAnswers::instance().fileNames = [](auto...) { return QStringList(); };
+        chooseFile(QString());
         press("btnLoadDataFile"); // cancelled
         QCOMPARE(notices.count(), 3);
         QCOMPARE(m_editor->toPlainText().size(), 199998);
@@ -257,14 +257,13 @@ private slots:
         QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#mine again\n1#theirs\n"));
         QCOMPARE(child<QLineEdit>("multiEdit1")->text(), QStringLiteral("theirs"));
         // Deleting a page that only the other copy has filled asks first.
-        bool asked = false;
-        DialogAnswers::instance().message = [&](auto, auto, auto) { return asked = true, 0; };
+        const Questions questions(0);
         auto *bar = m_box->findChild<QtPageBar *>();
         copy.findChild<QtPageBar *>()->SltNextPage();
         bar->SltNextPage();
         finish(theirs, "second page");
         bar->SltDeleteCurrentPage();
-        QVERIFY(asked);
+        QCOMPARE(questions.asked.size(), 1);
         bar->SltPrevPage();
         // "conf" has gone: all rows are written again.
         QVERIFY(QDir(AppPaths::confFolder()).removeRecursively());
@@ -294,7 +293,7 @@ private slots:
         finish(row, "y");
         QVERIFY(notices.count() >= 4);
         for (const int answer : {0, 1}) {
-            DialogAnswers::instance().message = [answer](auto, auto, auto) { return answer; };
+            const Questions questions(answer);
             QCOMPARE(m_box->saveBeforeExit(), answer == 1);
         }
         for (const QList<QVariant> &notice : notices) {
@@ -309,12 +308,7 @@ private slots:
 
     void clearsAndDeletesPages()
     {
-        int asked = 0;
-        int answer = 0;
-        DialogAnswers::instance().message = [&](auto, auto, auto) {
-            ++asked;
-            return answer;
-        };
+        Questions questions(0);
         auto *bar = m_box->findChild<QtPageBar *>();
         auto *edit = child<QLineEdit>("multiEdit0");
         for (int page = 1; page <= 5; ++page) {
@@ -326,10 +320,10 @@ private slots:
         edit->setText("6");
         bar->SltDeleteCurrentPage();
         press("btnClearMulti");
-        QCOMPARE(asked, 2); // and refused
+        QCOMPARE(questions.asked.size(), 2); // and refused
         QCOMPARE(bar->pageCount(), 6);
         QCOMPARE(edit->text(), QStringLiteral("6"));
-        answer = 1;
+        questions.answer = 1;
         bar->SltPrevPage(); // page 5 of 6: a page in the middle
         bar->SltDeleteCurrentPage();
         QCOMPARE(edit->text(), QStringLiteral("6")); // the next one moved here
@@ -343,9 +337,8 @@ private slots:
         press("btnClearMulti");
         QCOMPARE(edit->text(), QString());
         QCOMPARE(file("ser_multi_conf.txt"), QByteArray("10#3\n20#4\n"));
-        QCOMPARE(asked, 6);
         bar->SltDeleteCurrentPage(); // empty: not asked
-        QCOMPARE(asked, 6);
+        QCOMPARE(questions.asked.size(), 6);
         QCOMPARE(edit->text(), QStringLiteral("3"));
     }
 

@@ -3,14 +3,11 @@
 #include "serialpagetest.h"
 
 #include "bytespool.h"
-#include "dialoganswers.h"
+#include "fulldisk.h"
 #include "qtmessagebox.h"
 #include "receivedfiles.h"
 #include "safefile.h"
 #include "settings.h"
-
-#include <csignal>
-#include <sys/resource.h>
 
 class TestSerialFiles : public SerialPageTest
 {
@@ -45,12 +42,7 @@ private slots:
     // What could not be saved is still unsaved, by hand and at the end.
     void failedSavesDoNotCount()
     {
-        int answer = QtMessageBox::Cancel;
-        int asked = 0;
-        DialogAnswers::instance().message = [&](auto, auto, auto) {
-            ++asked;
-            return answer;
-        };
+        Questions questions(QtMessageBox::Cancel);
         openPort();
         receive("data");
         for (const char *name : {"no/such/folder/x.txt", "no/such/folder/x.bin"}) {
@@ -60,30 +52,30 @@ private slots:
             QCOMPARE(m_notices->count(), before + 2);
             QCOMPARE(m_notices->at(before).at(0).toString(), QStringLiteral("文件保存失败!"));
             QVERIFY(lastError().endsWith(QStringLiteral("：文件夹不存在")));
-            asked = 0;
-            answer = QtMessageBox::Cancel;
+            questions.asked.clear();
+            questions.answer = QtMessageBox::Cancel;
             QVERIFY(!m_page->mayClose());
-            QCOMPARE(asked, 1);
-            answer = QtMessageBox::Save; // to the same place
+            QCOMPARE(questions.asked.size(), 1);
+            questions.answer = QtMessageBox::Save; // to the same place
             QVERIFY(m_page->mayClose());
             QVERIFY(!m_page->saveBeforeExit());
             Settings::instance().closeBehaviour = Settings::AutoSave;
             QVERIFY(writeFile(m_root->filePath("save"), {})); // in the way
             qputenv("HOME", "/dev/null");                     // the user's documents
-            answer = QtMessageBox::Cancel;
+            questions.answer = QtMessageBox::Cancel;
             QVERIFY(!m_page->saveBeforeExit());
             QVERIFY(!m_page->saveBeforeExit());
-            QCOMPARE(asked, 4); // each time
+            QCOMPARE(questions.asked.size(), 4); // each time
         }
         Settings::instance().closeBehaviour = Settings::Ask;
         QVERIFY(!m_page->mayClose());
         Settings::instance().closeBehaviour = Settings::AutoSave;
         chooseFile(m_root->filePath("elsewhere.bin"));
-        answer = QtMessageBox::Save;
+        questions.answer = QtMessageBox::Save;
         QVERIFY(m_page->saveBeforeExit());
         QCOMPARE(contentOf(m_root->filePath("elsewhere.bin")), QByteArray("data"));
         receive("more");
-        answer = QtMessageBox::Discard;
+        questions.answer = QtMessageBox::Discard;
         QVERIFY(m_page->saveBeforeExit());
     }
 
@@ -103,12 +95,7 @@ private slots:
     {
         openPort();
         receive(QByteArray(500, 'a'));
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        rlimit tight = before;
-        tight.rlim_cur = 1000;
-        setrlimit(RLIMIT_FSIZE, &tight);
+        std::optional<FullDisk> full(1000);
         receive(QByteArray(800, 'b'));
         QTRY_VERIFY(lastKind() == 255);
         const QString notice = lastNotice();
@@ -116,11 +103,11 @@ private slots:
         const QString saved = lastNotice();
         Settings::instance().closeBehaviour = Settings::AutoSave;
         qputenv("HOME", "/dev/null"); // the user's documents
-        DialogAnswers::instance().message = [](auto...) { return int(QtMessageBox::Cancel); };
+        const Questions questions(QtMessageBox::Cancel);
         const bool mayExit = m_page->saveBeforeExit();
         QString reason;
         const bool written = SafeFile::write(m_root->filePath("full.dat"), QByteArray(5000, 'c'), &reason);
-        setrlimit(RLIMIT_FSIZE, &before);
+        full.reset();
         QVERIFY(!written && !mayExit);
         Settings::instance().closeBehaviour = Settings::Ask;
         QVERIFY(!m_page->mayClose());
@@ -144,17 +131,12 @@ private slots:
             {Settings::Ask, Box::Cancel, false, false, ""}, {Settings::Ask, Box::Save, true, true, all},
             {Settings::Ask, Box::Save, false, false, ""},   {Settings::AutoSave, -1, false, true, all}};
         for (const auto &[behaviour, answers, choosesFile, closes, saved] : rows) {
-            const int answer = answers; // a structured binding cannot be captured
             cleanup();
             init();
             openPort();
             receive("data");
             Settings::instance().closeBehaviour = behaviour;
-            QStringList asked;
-            DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
-                asked.append(text);
-                return answer;
-            };
+            const Questions questions(answers);
             const QDir folder(m_root->filePath("save"));
             chooseFile(choosesFile ? folder.filePath("recv_asked.txt") : QString());
             QVERIFY(folder.mkpath("."));
@@ -167,8 +149,9 @@ private slots:
                 QVERIFY(m_page->saveBeforeExit());
             }
             const bool asks = behaviour == Settings::Ask;
-            QCOMPARE(asked, asks ? QStringList{QStringLiteral("当前有数据未保存，是否保存接收数据?")}
-                                 : QStringList());
+            QCOMPARE(questions.asked, asks
+                                          ? QStringList{QStringLiteral("当前有数据未保存，是否保存接收数据?")}
+                                          : QStringList());
             QByteArray content;
             for (const QString &name : folder.entryList({"recv_*.txt"}, QDir::Files))
                 content += contentOf(folder.filePath(name));
@@ -218,11 +201,8 @@ private slots:
     void closingAsksOnlyForWhatIsUnsaved()
     {
         Settings::instance().closeBehaviour = Settings::Ask;
-        int asked = 0;
-        DialogAnswers::instance().message = [&](auto, auto, auto) {
-            ++asked;
-            return int(QtMessageBox::Discard);
-        };
+        const Questions questions(QtMessageBox::Discard);
+        const auto asked = [&questions] { return questions.asked.size(); };
         QVERIFY(m_page->mayClose() && m_page->saveBeforeExit());
         openPort();
         receive("data");
@@ -231,25 +211,25 @@ private slots:
         receive("more");
         click("btnClearRecv");
         QVERIFY(m_page->mayClose());
-        QCOMPARE(asked, 0);
+        QCOMPARE(asked(), 0);
         receive("after the other pages were asked");
         QVERIFY(m_page->saveBeforeExit());
-        QCOMPARE(asked, 1);
+        QCOMPARE(asked(), 1);
         click("checkStopShow");
         receive("not shown, not saved");
         QVERIFY(!shown().contains("not saved"));
         QVERIFY(m_page->mayClose());
-        QCOMPARE(asked, 2);
+        QCOMPARE(asked(), 2);
         save("no/such/folder/x.bin");
         save("saved.txt"); // which does not hold it
         QVERIFY(lastNotice().contains(QStringLiteral("停止显示")));
         QVERIFY(m_page->mayClose());
-        QCOMPARE(asked, 3);
+        QCOMPARE(asked(), 3);
         save("saved"); // bytes are offered first
         QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
         QVERIFY(contentOf(m_root->filePath("saved")).endsWith("not saved"));
         QVERIFY(m_page->mayClose());
-        QCOMPARE(asked, 3);
+        QCOMPARE(asked(), 3);
         receive("hidden and cleared");
         click("btnClearRecv");
         click("checkStopShow");

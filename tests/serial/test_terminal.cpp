@@ -5,6 +5,7 @@
 #include "korvexresources.h"
 #include "loglayout.h"
 #include "qtterminalwidget.h"
+#include "recordedtext.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -386,14 +387,7 @@ private slots:
     }
 
 private:
-    QString recorded() const
-    {
-        QString all;
-        ReceivedText::Reader reader(m_terminal->received());
-        for (QString text = reader.next(); !text.isEmpty(); text = reader.next())
-            all += text;
-        return reader.failed() ? QStringLiteral("(failed)") : all;
-    }
+    QString recorded() const { return recordedText(m_terminal->received()); }
 
     std::unique_ptr<FreshFolder> m_root;
     std::unique_ptr<QtTerminalWidget> m_terminal;

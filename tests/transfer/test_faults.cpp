@@ -2,11 +2,10 @@
 // do wrong: what is called finished has arrived byte for byte, and
 // everything else ends with a reason.
 
+#include "memoryboard.h"
 #include "testfiles.h"
 #include "virtualtransfer.h"
-#include "ymodemreceiver.h"
 
-#include <QMap>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -28,7 +27,7 @@ QString nameOf(int index)
 }
 
 // The board at the other end of the link in memory, on the same clock.
-class VirtualBoard : public Boardsim::YmodemReceiver::Board
+class VirtualBoard : public MemoryBoard
 {
 public:
     VirtualBoard(const Boardsim::YmodemReceiver::Settings &settings, VirtualTransfer &run)
@@ -47,38 +46,14 @@ public:
             m_dueMs = -1;
             m_receiver.timeOut();
         }
-        if (!m_answers.isEmpty())
-            m_run.link.receive(std::exchange(m_answers, {}));
+        if (!sent.isEmpty())
+            m_run.link.receive(std::exchange(sent, {}));
     }
-
-    void send(const QByteArray &bytes) override { m_answers += bytes; }
     void setTimer(int ms) override { m_dueMs = ms < 0 ? -1 : m_run.nowMs + ms; }
-    bool beginFile(const QString &name) override
-    {
-        m_name = name;
-        files[name].clear();
-        return true;
-    }
-    bool storeBytes(const QByteArray &bytes) override
-    {
-        files[m_name] += bytes;
-        return true;
-    }
-    void endFile(bool complete) override
-    {
-        if (!complete)
-            files.remove(m_name);
-    }
-    void report(const QString &event) override { events.append(event); }
-
-    QMap<QString, QByteArray> files;
-    QStringList events;
 
 private:
     VirtualTransfer &m_run;
     Boardsim::YmodemReceiver m_receiver;
-    QByteArray m_answers;
-    QString m_name;
     qint64 m_dueMs = -1;
 };
 
@@ -134,7 +109,7 @@ void TestFaults::sends()
         QCOMPARE(run.driver.reason().isEmpty(), status == Ymodem::Finish && arrived == sizes.size());
         QCOMPARE(sizes.size() - run.driver.unsentFiles().size(), arrived);
         for (int i = 0; i < arrived; ++i)
-            QVERIFY2(board.files.value(nameOf(i), "(none)") == patternBytes(sizes.at(i)), log);
+            QVERIFY2(board.kept.value(i) == qMakePair(nameOf(i), patternBytes(sizes.at(i))), log);
     }
 }
 
