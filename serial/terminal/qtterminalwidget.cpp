@@ -308,8 +308,6 @@ void QtTerminalWidget::changeEvent(QEvent *event)
     QTextBrowser::changeEvent(event);
     if (event->type() != QEvent::FontChange)
         return;
-    if (m_document->defaultFont() != font())
-        m_document->setDefaultFont(font());
     returnTo(before);
 }
 

@@ -156,6 +156,14 @@ private slots:
         QVERIFY(host.readUntil("boot ok\r\n").endsWith("boot ok\r\n"));
     }
 
+    void finishesItsPictures()
+    {
+        BoardProcess board;
+        QVERIFY(board.start({"--mode", "camera", "--frames", "1", "--width", "1", "--height", "1"}));
+        HostPort host(board.link());
+        QVERIFY(board.waitForEvent("finished"));
+    }
+
     void comesOutAndGoesIn()
     {
         const QStringList boards[] = {{"--mode", "shell"},

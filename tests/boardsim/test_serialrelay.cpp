@@ -67,6 +67,7 @@ private slots:
         HostPort near(board.folder() + "/COM7");
         QVERIFY(happens("host arrived COM7\n") && board.waitForEvent("host arrived"));
         const QByteArray sent = patternBytes(23040); // half a second of the line
+        QVERIFY(near.write("x") && near.read(1) == "x");
         QElapsedTimer clock;
         clock.start();
         QVERIFY(near.write(sent, 20000));

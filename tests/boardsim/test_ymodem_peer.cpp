@@ -2,7 +2,9 @@
 // lrzsz, on the board's port.
 
 #include "boardprocess.h"
+#include "hostport.h"
 #include "testfiles.h"
+#include "ymodempackets.h"
 
 #include <QTest>
 
@@ -50,6 +52,18 @@ private slots:
         QVERIFY(!QFile::exists(received(board) + "large.bin")); // a half is of no use
         QCOMPARE(send(board, {"-k"}, {"large.bin"}), 0);
         QVERIFY(board.waitForEvent("file large.bin 102400 bytes"));
+    }
+
+    void staysSilent()
+    {
+        BoardProcess board;
+        QVERIFY(
+            board.start(bootLoader(board) + QStringList{"--ask-interval", "100", "--fault", "silence@0"}));
+        HostPort host(board.link());
+        QCOMPARE(host.read(1), QByteArray("C"));
+        QVERIFY(host.write(packet(0, QByteArray("a.bin\0001", 7), 128)));
+        QVERIFY(board.waitForEvent("silent"));
+        QVERIFY(host.read(50, 1000).size() < 50); // and no more
     }
 
 private:

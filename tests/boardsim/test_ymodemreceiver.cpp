@@ -76,6 +76,7 @@ private slots:
             {"lose@0 lose@1*2 lose@eot lose@end", "H>- H>0643 D1>- D1>- D1>06 e>- e>0643 Z>- Z>06",
              "repeated block|repeated block|repeated block|file a.bin 300 bytes|repeated EOT|"
              "batch end 1 files|batch end 0 files"},
+            {"lose@start*3", "T>- H>0643 D1>06 e>0643 T>43 Z>06 T>- T>43", done}, // asks for a batch
             {"double", "H>060643 D1>0606 e>060643 Z>0606", done},
             {"nak@0 nak@1*2 nak@eot nak@end", "H>15 H>0643 D1>15 D1>15 D1>06 e>15 e>0643 Z>15 Z>06",
              "refused|refused|refused|refused|file a.bin 300 bytes|refused|batch end 1 files"},

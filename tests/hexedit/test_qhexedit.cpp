@@ -212,7 +212,9 @@ private slots:
             m_edit->setOverwrite(false);
             click(0, inText);
             m_edit->select(begin, length);
+            QtMessageTip::showTip(QString());
             keys("Ctrl+X");
+            QCOMPARE(QtMessageTip::current()->text().isEmpty(), !bytes.contains('\0')); // all text or not
             QCOMPARE(content(), left);
             QCOMPARE(QApplication::clipboard()->text(), text);
             keys(inText ? "Shift+Tab Ctrl+V" : "Tab Ctrl+V");

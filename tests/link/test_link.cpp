@@ -32,6 +32,7 @@ public:
     virtual bool openTaken() = 0; // what cannot be opened; true if it was
     virtual bool isStream() const { return true; }
     virtual bool isSocket() const { return true; }
+    bool isConnection() const { return isStream() && isSocket(); }
     virtual int maxTailBytes() const { return 12000000; } // that leave in time while it closes
     virtual QIODevice &peer() = 0;
     // It is with the system when this returns.
@@ -254,7 +255,7 @@ private slots:
     {
         const QSignalSpy joined(&link(), &Link::peerJoined);
         QVERIFY(m_wire->open());
-        QCOMPARE(joined.count(), m_wire->isStream() && m_wire->isSocket() ? 1 : 0);
+        QCOMPARE(joined.count(), m_wire->isConnection() ? 1 : 0);
         qint64 arrivalUs = 0;
         Peer sender;
         connect(&link(), &Link::received, this, [&](const QByteArray &, qint64 us, const Peer &from) {
@@ -360,9 +361,13 @@ private slots:
         QCOMPARE(link().state(), m_wire->isStream() ? Link::State::Closing : Link::State::Closed);
         QCOMPARE(link().send("late"), qint64(0));
         QVERIFY(link().peers().isEmpty());
+        bool peerWasFirst = false; // it heard the end, and closed
+        if (m_wire->isConnection())
+            connect(&link(), &Link::stateChanged, this, [&] { peerWasFirst = isPeerClosed(); });
         letPeerRead();
         WAIT_EQUAL(m_atPeer, qint64(bytes.size()));
         WAIT_EQUAL(link().state(), Link::State::Closed);
+        QCOMPARE(peerWasFirst, m_wire->isConnection());
         QCOMPARE(m_handedOver, qint64(bytes.size()));
         QCOMPARE(m_dropped, qint64(0));
     }
@@ -420,7 +425,7 @@ private slots:
     void noticesThatThePeerLeaves()
     {
         QVERIFY(m_wire->open());
-        if (!m_wire->isStream() || !m_wire->isSocket())
+        if (!m_wire->isConnection())
             return;
         QString name;
         QList<Peer> left;
@@ -451,6 +456,10 @@ private:
         auto *poll = new QTimer(&link());
         connect(poll, &QTimer::timeout, this, [this] { m_atPeer += m_wire->read().size(); });
         poll->start(1);
+    }
+    bool isPeerClosed()
+    {
+        return static_cast<QAbstractSocket &>(m_wire->peer()).state() == QAbstractSocket::UnconnectedState;
     }
     bool isServer() const { return m_wire->link().inherits("TcpServerLink"); }
 

@@ -228,6 +228,14 @@ private slots:
         QCOMPARE(m_page->actualReports(), 2ULL);
         QTRY_COMPARE(child<QLabel>("curveValue7")->text(), "5");
         QCOMPARE(child<QLabel>("curveValue2")->text(), "100");
+        const auto moveTo = [this](const QPoint &position) {
+            QMouseEvent move(QEvent::MouseMove, position, Qt::NoButton, Qt::NoButton, {});
+            m_page->SltPlotMoveEvent(&move);
+        };
+        moveTo(plot()->axisRect()->center());
+        QVERIFY(QToolTip::text().contains("CH3"));
+        moveTo(QPoint(0, 0));
+        QTRY_VERIFY(!QToolTip::isVisible());
         click("checkCurve7");
         QVERIFY(!plot()->graph(7)->visible());
         click("btnPidClear");

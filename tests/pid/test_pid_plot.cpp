@@ -146,9 +146,14 @@ private slots:
             const double grid = contrast(axis->grid()->pen().color());
             QVERIFY(grid >= 1.3 && grid < 3); // visible, but behind
             QVERIFY(contrast(axis->grid()->subGridPen().color()) < grid);
+            QBuffer file;
+            QVERIFY(file.open(QIODevice::WriteOnly) && plot->writePicture(&file, PidPlot::Png));
+            const QImage picture = QImage::fromData(file.data());
+            QCOMPARE(picture.pixelColor(picture.width() / 2, picture.height() - 5), ground); // the legend's
         }
     }
 
+    // And beside a level curve of the background's own color the pixels of a halo.
     void paintsEveryPixel()
     {
         PidPlot &plot = *m_plot;
@@ -165,14 +170,6 @@ private slots:
             for (int x = 0; x < screen.width(); ++x)
                 QCOMPARE(screen.pixel(x, screen.height() - 1), ground);
         }
-    }
-
-    // Beside a level curve of the background's own color are the pixels of a halo.
-    void tellsCurvesFromTheBackground()
-    {
-        PidPlot &plot = *m_plot;
-        plot.setPlotStyle(QString("black"));
-        plot.resize(301, 203);
         m_recorder->clear(); // makes new curves
         plot.setCurve(5, QColor("#302f2f"), true, "dark");
         plot.setCurve(6, QColor("#00ffff"), true, "bright");

@@ -91,11 +91,11 @@ private slots:
     void saysWhyItCannotBeOpened()
     {
         const QSignalSpy openFailed(m_port.get(), &QtSerialPort::openFailed);
-        m_port->open("COM4711", 115200, 8, 0, 0);
-        QCOMPARE(m_port->reason(), QStringLiteral("串口不存在，请检查设备是否已插好"));
-        m_port->open("/dev/null", 115200, 8, 0, 0);
-        QVERIFY2(m_port->reason().startsWith(QStringLiteral("设备不是可用的串口")),
-                 qPrintable(m_port->reason()));
+        for (const auto &[name, reason] : {std::pair("COM4711", "串口不存在，请检查设备是否已插好"),
+                                           {"/dev/null", "设备不是可用的串口"}}) {
+            m_port->open(name, 115200, 8, 0, 0);
+            QVERIFY2(m_port->reason().startsWith(reason), qPrintable(m_port->reason()));
+        }
         QCOMPARE(openFailed.count(), 2);
         QVERIFY(m_states->isEmpty());
     }
@@ -125,7 +125,7 @@ private slots:
                  (QStringList{QStringLiteral("波特率 -1"), QStringLiteral("停止位 1.5")}));
         QVERIFY(link.isOpen());
         settings = settingsOf(m_board->device(), 1200);
-        QVERIFY(link.open(settings));
+        QVERIFY(link.open(settings) && link.refusedParameters().isEmpty());
         link.send(QByteArray(100, 'x'));
         link.close();
         QCOMPARE(link.pendingBytes(), qint64(0));
@@ -212,12 +212,20 @@ private slots:
         }
     }
 
+    // At once where the device goes meanwhile.
     void dropsWhatNeverLeaves()
     {
         m_port->open(m_board->device(), 921600, 8, 0, 0);
         m_port->writeBytes(QByteArray(300000, 'x'));
         m_port->close();
         m_port->close(); // does nothing
+        PtyPeer gone;
+        SerialLink other;
+        QVERIFY(other.open(settingsOf(gone.device())));
+        other.send(QByteArray(300000, 'x'));
+        other.close();
+        gone.hangUp();
+        QTRY_COMPARE(other.state(), Link::State::Closed);
         QCOMPARE(m_failed->count(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(m_failed->count(), 1, 20000);
         const int arrived = m_board->read(300000, 100).size();

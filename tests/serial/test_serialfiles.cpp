@@ -89,6 +89,11 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(received(), qint64(all.size()), 20000);
         QVERIFY(save("a.txt") == all);
         QVERIFY(save("a.bin") == all);
+        bool ranMeanwhile = false; // timers
+        child<QtTerminalWidget>("recvBrowser")->setTerminalText(QString(4000000, QChar(0x6E29)));
+        QTimer::singleShot(0, this, [&] { ranMeanwhile = true; });
+        QCOMPARE(save("long.txt").size(), 8000000);
+        QVERIFY(ranMeanwhile);
     }
 
     void tellsAFullDisk()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <optional> // to end it early
 #include <sys/resource.h>
 
 // While it lives, no file gets longer than so many bytes, as on a full disk.

@@ -18,6 +18,7 @@ protected:
     // As after installing the program: empty folders, default settings.
     void makePage(int width, int height)
     {
+        m_page.reset(); // saves into its own folder
         m_root = std::make_unique<QTemporaryDir>();
         AppPaths::setRoot(m_root->path());
         AppPaths::makeFolders();

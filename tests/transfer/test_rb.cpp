@@ -11,33 +11,6 @@
 
 #include <filesystem>
 
-namespace {
-
-// Joins the line that the program opens to the terminal that rb reads. What rb
-// says comes through a pipe: on the terminal its last word would be lost when
-// it ends.
-class Cable : public QObject
-{
-public:
-    Cable(PtyPeer &line, PtyPeer &terminal, QProcess &rb)
-    {
-        connect(&m_poll, &QTimer::timeout, this, [&] {
-            if (std::exchange(m_busy, true))
-                return; // writing runs the event loop
-            terminal.write(line.read(0));
-            line.write(rb.readAllStandardOutput());
-            m_busy = false;
-        });
-        m_poll.start(1);
-    }
-
-private:
-    QTimer m_poll;
-    bool m_busy = false;
-};
-
-} // namespace
-
 class TestRb : public QObject
 {
     Q_OBJECT
@@ -46,12 +19,10 @@ private slots:
     void receivesABatch()
     {
         const QVector<QPair<QString, int>> files{
-            {"empty.bin", 0},          {"one.bin", 1},
-            {"b127.bin", 127},         {"b128.bin", 128},
-            {"b129.bin", 129},         {"two words 300.bin", 300},
-            {"b1024.bin", 1024},       {QStringLiteral("固件升级包 v1.0.bin"), 5000},
-            {"large.bin", 270 * 1024}, // more blocks than sequence numbers
-        };
+            {"empty.bin", 0},
+            {"two words.bin", 128},
+            {QStringLiteral("固件升级包 v1.0.bin"), 5000},
+            {"large.bin", 270 * 1024}}; // more blocks than sequence numbers
         QTemporaryDir from;
         QTemporaryDir to;
         QStringList names;
@@ -67,7 +38,18 @@ private slots:
         rb.setStandardInputFile(terminal.device());
         rb.start(QStringLiteral("rb"), {QStringLiteral("--binary")});
         QVERIFY2(rb.waitForStarted(), "rb (package lrzsz) is missing");
-        Cable cable(line, terminal, rb);
+        // Joins the line that the program opens to the terminal that rb reads. What rb says
+        // comes through a pipe: on the terminal its last word would be lost when it ends.
+        QTimer cable;
+        bool busy = false;
+        connect(&cable, &QTimer::timeout, this, [&] {
+            if (std::exchange(busy, true))
+                return; // writing runs the event loop
+            terminal.write(line.read(0));
+            line.write(rb.readAllStandardOutput());
+            busy = false;
+        });
+        cable.start(1);
 
         YmodemFileTransmit transmit;
         transmit.setFileList(names);

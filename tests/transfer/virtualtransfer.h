@@ -67,7 +67,9 @@ public:
             return;
         const bool isEnding = statuses.size() > m_earlierStatuses && status() >= Ymodem::Finish;
         m_endingSteps = isEnding ? m_endingSteps + 1 : 0;
-        if (!isEnding)
+        const auto timers = driver.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+        const auto runs = [](const QTimer *timer) { return timer->isActive(); };
+        if (!isEnding && std::any_of(timers.begin(), timers.end(), runs))
             QMetaObject::invokeMethod(&driver, "readTimeOut");
         else if (m_endingSteps > 10)
             QMetaObject::invokeMethod(&driver, "writeTimeOut");

@@ -17,7 +17,7 @@ public:
     explicit ProcessEnd(QObject *parent = nullptr);
 
 signals:
-    void requested();
+    void requested(); // until it ends
 };
 
 } // namespace Boardsim
