@@ -105,7 +105,6 @@ void QtTerminalWidget::clearTerminal()
 {
     m_flushTimer.stop();
     m_received.clear();
-    m_recordIsComplete = true;
     m_document->clear();
 }
 

@@ -32,7 +32,7 @@ quint16 NetworkPageTest::open(Type type, quint16 port)
     for (int attempt = 0; attempt < 20; ++attempt) {
         const quint16 tried = port ? port : freePort();
         write("editPort", QString::number(tried));
-        click("btnOpen");
+        doubleClick("btnOpen");
         if (type == Client || !fieldsAreEnabled(true))
             return tried;
     }

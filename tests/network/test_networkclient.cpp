@@ -144,6 +144,8 @@ private slots:
             BoardProcess board;
             QVERIFY(board.startOnNetwork("udp", to(0, {}, address)));
             const quint16 port = open(Udp);
+            for (const char *field : {"editDestinationAddress", "editDestinationPort"})
+                QVERIFY(child<QWidget>(field)->isEnabled());
             write("editDestinationAddress", address);
             write("editDestinationPort", QString::number(board.netPort()));
             send("datagram\r\n");

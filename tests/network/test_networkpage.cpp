@@ -84,8 +84,14 @@ private slots:
             QVERIFY(!QSettings(AppPaths::configFile(), QSettings::IniFormat).contains("NetTools/Port"));
             // And after that a good port opens.
             child<QComboBox>("comboLocalAddress")->setEditText(QString());
-            QVERIFY(open(type) > 0);
+            const quint16 opened = open(type);
             QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+            NetworkToolWidget other;
+            const QSignalSpy notices(&other, &NetworkToolWidget::signalNotify);
+            other.findChild<QComboBox *>("comboNetType")->setCurrentIndex(type);
+            other.findChild<QLineEdit *>("editPort")->setText(QString::number(opened));
+            other.findChild<QAbstractButton *>("btnOpen")->click();
+            QVERIFY(notices.last().at(0).toString().contains(QStringLiteral("网络调试助手")));
         }
     }
 
@@ -97,6 +103,8 @@ private slots:
             QVERIFY(box->findText(address.toString()) > 0);
         // The chosen one alone is listened on.
         box->setEditText("127.0.0.1");
+        box->showPopup(); // lists them again
+        box->hidePopup();
         const quint16 port = open(Server);
         QTcpSocket other;
         other.connectToHost("::1", port);

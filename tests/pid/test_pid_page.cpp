@@ -10,6 +10,7 @@
 #include "pidplot.h"
 #include "pidsession.h"
 #include "ptypeer.h"
+#include "qtserialport.h"
 #include "settings.h"
 #include "testfiles.h"
 
@@ -236,6 +237,10 @@ private slots:
         QVERIFY(QToolTip::text().contains("CH3"));
         moveTo(QPoint(0, 0));
         QTRY_VERIFY(!QToolTip::isVisible());
+        plot()->xAxis->setRange(0, 3); // as dragging does
+        QCOMPARE(child<QLabel>("labelPidFollow")->text(), QString("已暂停"));
+        click("btnPidLive");
+        QVERIFY(!child<QWidget>("btnPidLive")->isVisible());
         click("checkCurve7");
         QVERIFY(!plot()->graph(7)->visible());
         click("btnPidClear");
@@ -283,6 +288,9 @@ private slots:
             if (!opened)
                 open();
         }
+        QtSerialPort other;
+        other.open(m_board->device(), 9600, 8, 0, 0);
+        QVERIFY(other.reason().contains(QString("PID调试助手")));
     }
 
     void stopsBeforeClosing()
@@ -325,6 +333,7 @@ private slots:
         click("btnPidStart");
         m_page->SltSerialportChanged({m_board->device() + " USB", QString("COM9 ")});
         QVERIFY(isOpen()); // by name, not by description
+        QCOMPARE(child<QComboBox>("comboPidPort")->itemText(1), QString("COM9 "));
         receive(hex("4f52564e01ffffff7f040000"));
         m_page->SltSerialportChanged({QString("COM9 ")});
         QVERIFY(!isOpen());
@@ -431,7 +440,7 @@ private:
     void open()
     {
         child<QComboBox>("comboPidPort")->setEditText(m_board->device());
-        click("btnPidOpen");
+        doubleClick("btnPidOpen");
         QCOMPARE(lastNotice(), QString("串口[%1]打开成功!").arg(m_board->device()));
         QVERIFY(isOpen());
     }

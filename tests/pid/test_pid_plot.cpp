@@ -25,8 +25,11 @@ private slots:
 
     void showsWhatIsRecorded()
     {
+        const QCPLayerable *hint = m_plot->item(1);
+        QVERIFY(hint->visible());
         for (int i = 0; i <= 30; ++i) {
             add(1, i, i, -i);
+            QVERIFY(!hint->visible());
             if (i % 7 == 0)
                 m_plot->drawNew();
         }
@@ -46,7 +49,7 @@ private slots:
         QCOMPARE(points(6)->at(2)->value, 8.0);
         m_recorder->setOrigin(200000000);
         m_recorder->clear();
-        QVERIFY(points(6)->isEmpty());
+        QVERIFY(points(6)->isEmpty() && hint->visible());
         add(1, 201, 5, 7);
         m_plot->drawNew();
         QCOMPARE(points(6)->at(0)->key, 1.0);
@@ -93,7 +96,7 @@ private slots:
         QCOMPARE(points(5)->size(), 3);
         QCOMPARE(m_recorder->shown()[0].size(), 3); // what is exported meanwhile
 
-        m_plot->returnToLive();
+        QTest::mouseDClick(m_plot.get(), Qt::LeftButton);
         QTRY_COMPARE(m_plot->xAxis->range().upper, 20.25);
         QCOMPARE(points(5)->size(), 1);
         QCOMPARE(m_recorder->shown()[0].size(), 1);

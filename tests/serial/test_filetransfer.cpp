@@ -62,10 +62,10 @@ private slots:
         const int watch = inotify_init1(IN_NONBLOCK);
         QVERIFY(inotify_add_watch(watch, QFile::encodeName(m_board->device()), IN_OPEN | IN_CLOSE) >= 0);
         const QString name = makeFile("a.bin", 3000);
-        beginSending({name});
-        QTest::mouseDClick(child<QAbstractButton>("btnSendFiles"),
-                           Qt::LeftButton); // what follows a click in one
-        QTest::mouseRelease(child<QAbstractButton>("btnSendFiles"), Qt::LeftButton);
+        chooseFiles({name});
+        click("btnOpenFiles");
+        m_page->findChild<QtSendBoxWidget *>()->setCurrentPage(QtSendBoxWidget::FilePage);
+        doubleClick("btnSendFiles");
         QCOMPARE(sendButton(), QStringLiteral("停止发送"));
         QVERIFY(!isEnabled("btnOpen"));
         QVERIFY(!isEnabled("comboPort"));

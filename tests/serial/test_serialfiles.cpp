@@ -126,6 +126,16 @@ private slots:
         QTRY_COMPARE(lastNotice(), QStringLiteral("缓存文件恢复写入，接收数据没有丢失"));
     }
 
+    void tellsThatTheTextIsNotComplete()
+    {
+        std::optional<FullDisk> full(0);
+        child<QtTerminalWidget>("recvBrowser")->insertRecvData(QByteArray(65 << 20, 'x'), false, false);
+        QCOMPARE(shown().size(), 20480);
+        QCOMPARE(m_notices->count(), 1);
+        QVERIFY(lastError().contains(QStringLiteral("后续显示内容将无法保存为文本文件")));
+        full.reset();
+    }
+
     void closingFollowsTheSetting()
     {
         using Box = QtMessageBox;

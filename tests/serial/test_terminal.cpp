@@ -14,10 +14,6 @@
 #include <QScrollBar>
 #include <QtTest>
 
-#ifdef Q_OS_UNIX
-#include "fulldisk.h"
-#endif
-
 class TestTerminal : public QObject
 {
     Q_OBJECT
@@ -234,21 +230,6 @@ private slots:
         QVERIFY(recorded() == all);
     }
 
-#ifdef Q_OS_UNIX
-    // Again for what comes after clearing.
-    void tellsThatTheRecordEnds()
-    {
-        const QSignalSpy failures(m_terminal.get(), &QtTerminalWidget::recordFailed);
-        const FullDisk full(0);
-        for (const int told : {1, 2}) {
-            m_terminal->insertRecvData(QByteArray(65 * 1024 * 1024, 'x'), false, false);
-            m_terminal->toPlainText();
-            QCOMPARE(failures.count(), told);
-            m_terminal->clearTerminal();
-        }
-    }
-#endif
-
     // Hexadecimal rows hold whole bytes and are full up to the last one, at any
     // width, font and place, although the text is stored in pieces; so are rows of
     // text and words too long for one.
@@ -406,10 +387,7 @@ private slots:
     }
 
 private:
-    QString recorded() const
-    {
-        return recordedText(m_terminal->received());
-    }
+    QString recorded() const { return recordedText(m_terminal->received()); }
 
     std::unique_ptr<FreshFolder> m_root;
     std::unique_ptr<QtTerminalWidget> m_terminal;

@@ -9,6 +9,7 @@
 #include <QAbstractButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QtTest>
 
 #include <memory>
 
@@ -33,6 +34,14 @@ protected:
         return m_page->template findChild<Widget *>(QLatin1String(name));
     }
     void click(const char *button) const { child<QAbstractButton>(button)->click(); }
+    // Counts as one click.
+    void doubleClick(const char *name) const
+    {
+        auto *button = child<QAbstractButton>(name);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::mouseDClick(button, Qt::LeftButton);
+        QTest::mouseRelease(button, Qt::LeftButton);
+    }
     QString lastNotice() const
     {
         return m_notices->isEmpty() ? QString() : m_notices->last().at(0).toString();
