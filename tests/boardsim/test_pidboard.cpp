@@ -1,7 +1,7 @@
-// The five control loops of the simulated board, without a port. Frames are
-// written out.
+// The five control loops of the simulated board, without a port.
 
 #include "pidboard.h"
+#include "pidframe.h"
 
 #include <QtTest>
 
@@ -11,13 +11,8 @@ namespace {
 
 QByteArray frame(int channel, int code, const char *payload = "")
 {
-    const QByteArray data = QByteArray::fromHex(payload);
-    const QByteArray bytes = "ORVN" + QByteArray(1, char(channel)) + QByteArray(1, char(data.size() + 11)) +
-                             QByteArray(3, '\0') + char(code) + data;
-    int sum = 0;
-    for (const char byte : bytes)
-        sum += static_cast<unsigned char>(byte);
-    return bytes + static_cast<char>(sum % 256);
+    return PidFrame::build(static_cast<quint8>(code), static_cast<quint8>(channel),
+                           QByteArray::fromHex(payload));
 }
 
 QByteArray answer(PidBoard &board, const QByteArray &command)

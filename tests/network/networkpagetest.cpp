@@ -47,20 +47,14 @@ void NetworkPageTest::send(const QString &text)
 
 bool NetworkPageTest::fieldsAreEnabled(bool enabled) const
 {
-    for (const char *name : {"comboNetType", "comboLocalAddress", "editServerAddress", "editPort"}) {
-        if (child<QWidget>(name)->isEnabled() != enabled)
-            return false;
-    }
-    return true;
+    const auto fields = {"comboNetType", "comboLocalAddress", "editServerAddress", "editPort"};
+    return std::all_of(fields.begin(), fields.end(),
+                       [&](const char *name) { return child<QWidget>(name)->isEnabled() == enabled; });
 }
 
 bool NetworkPageTest::wasTold(const QString &text, int kind) const
 {
-    for (const QList<QVariant> &notice : qAsConst(*m_notices)) {
-        if (notice.at(0).toString() == text && notice.at(1).toInt() == kind)
-            return true;
-    }
-    return false;
+    return m_notices->contains(QList<QVariant>{text, kind});
 }
 
 QStringList NetworkPageTest::clients() const

@@ -106,16 +106,13 @@ private slots:
         QCOMPARE(m_sent->count(), 3);
         m_editor->undo();
         QCOMPARE(m_editor->toPlainText(), QStringLiteral("温"));
-    }
-
-    void tellsOnceWhatHexadecimalIgnores()
-    {
+        // And tells once what hexadecimal ignores.
         m_editor->setPlainText("hello");
         const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
         m_box->setHexSend(true);
         m_box->setNewline(true);
         press("btnSingleSend");
-        QCOMPARE(m_sent->count(), 0);
+        QCOMPARE(m_sent->count(), 3);
         QCOMPARE(notices.count(), 1);
         m_editor->setPlainText("01 02 fF 7");
         press("btnSingleSend");
@@ -126,7 +123,7 @@ private slots:
         QCOMPARE(notices.count(), 3);
         m_box->setAutoInterval(10);
         m_box->setAutoSend(true);
-        QTRY_VERIFY(m_sent->count() >= 4);
+        QTRY_VERIFY(m_sent->count() >= 7);
         m_box->setAutoSend(false);
         QCOMPARE(notices.count(), 4);
         m_editor->setPlainText("01");

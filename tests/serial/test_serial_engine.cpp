@@ -145,7 +145,7 @@ private slots:
         QCOMPARE(list.write(), QByteArray("1#theirs\n"));
     }
 
-    void encodesTypedText()
+    void encodesTypedTextAndReadsFiles()
     {
         const std::tuple<QString, SendText, QByteArray, int> rows[] = {
             // hexadecimal, new line, codec
@@ -161,10 +161,6 @@ private slots:
             QCOMPARE(format.encode(text).bytes, bytes);
             QCOMPARE(format.encode(text).ignored, ignored);
         }
-    }
-
-    void readsFilesAsText()
-    {
         SendText format;
         QCOMPARE(format.maxFileBytes(), 200000);
         QCOMPARE(format.ofFile("\xce\xc2\r\nx"), QStringLiteral("温\r\nx"));

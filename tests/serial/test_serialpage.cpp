@@ -185,7 +185,7 @@ private slots:
         QCOMPARE(texts(), QStringLiteral("9600 5 2 奇校验"));
     }
 
-    void hintsAreFainterThanText()
+    void hintsAreFaintAndTabsGoFromThePanelToTheWork()
     {
         Skin::apply(1);
         for (const char *name : {"recvBrowser", "textEditSend", "multiEdit9"}) {
@@ -194,10 +194,6 @@ private slots:
             QVERIFY2(colors.color(QPalette::PlaceholderText).alpha() < 200, name);
         }
         qApp->setStyleSheet(QString());
-    }
-
-    void tabsFromThePanelToTheWork()
-    {
         const QStringList places =
             QString("comboPort comboSendPage checkNewline radioSendText radioSendHex checkAutoSend "
                     "editAutoInterval btnFold recvBrowser textEditSend btnSingleSend")
@@ -273,9 +269,12 @@ private slots:
 
         click("btnClearRecv");
         click("checkLogMode");
+        click("radioRecvText");
+        receive("a");
+        click("radioRecvHex");
         receive("\x02");
-        const QRegularExpression logHex("^\n" + stamp + " Hex >\n02 $");
-        QVERIFY2(logHex.match(shown()).hasMatch(), qPrintable(shown()));
+        const QRegularExpression log("^\n" + stamp + " ASCII >\na\n" + stamp + " Hex >\n02 $");
+        QVERIFY2(log.match(shown()).hasMatch(), qPrintable(shown()));
     }
 
     void countsWhatItDoesNotShow()

@@ -29,17 +29,6 @@ private slots:
         m_terminal->show();
     }
 
-    void logModeWritesHeaders()
-    {
-        m_terminal->insertRecvData("ab", false, true);
-        m_terminal->insertRecvData("c\n", false, true);
-        m_terminal->insertRecvData("\x0A\xFF", true, true);
-        m_terminal->insertRecvData("\x01", true, false);
-        const QString time = "\n\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\]";
-        const QRegularExpression form('^' + time + " ASCII >\nabc\n" + time + " Hex >\n0A FF 01 $");
-        QVERIFY2(form.match(m_terminal->toPlainText()).hasMatch(), qPrintable(m_terminal->toPlainText()));
-    }
-
     void decodesAndInserts()
     {
         Settings::instance().textCodec = 0;
@@ -56,7 +45,7 @@ private slots:
         m_terminal->insertTerminalText("10%\r100%\r\nne");
         m_terminal->insertTerminalText("xt\r\n");
         QCOMPARE(m_terminal->toPlainText(), QStringLiteral("100%\nnext\n"));
-        QCOMPARE(recorded(), m_terminal->toPlainText());
+        QCOMPARE(recordedText(m_terminal->received()), m_terminal->toPlainText());
         m_terminal->clearTerminal();
         m_terminal->insertTerminalText("x");
         QCOMPARE(m_terminal->toPlainText(), QStringLiteral("x"));
@@ -76,7 +65,7 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(m_terminal->queuedBytes(), qint64(0), 60000);
             const QString all = QString::fromLatin1(bytes) + (logMode ? QStringLiteral("end\n") : QString());
             QCOMPARE(m_terminal->toPlainText(), logMode ? all.right(20480) : all);
-            QVERIFY(recorded() == all);
+            QVERIFY(recordedText(m_terminal->received()) == all);
             m_terminal->showReceived(bytes, QString(), false);
             m_terminal->clearTerminal(); // also what is pending
             QCOMPARE(m_terminal->queuedBytes(), qint64(0));
@@ -227,7 +216,7 @@ private slots:
         QVERIFY(m_terminal->document()->characterCount() > 40 * 1000 ||
                 m_terminal->document()->blockCount() > 400);
         QVERIFY(all.endsWith(m_terminal->toPlainText()));
-        QVERIFY(recorded() == all);
+        QVERIFY(recordedText(m_terminal->received()) == all);
     }
 
     // Hexadecimal rows hold whole bytes and are full up to the last one, at any
@@ -387,8 +376,6 @@ private slots:
     }
 
 private:
-    QString recorded() const { return recordedText(m_terminal->received()); }
-
     std::unique_ptr<FreshFolder> m_root;
     std::unique_ptr<QtTerminalWidget> m_terminal;
 };

@@ -9,14 +9,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-class TestFaults : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void sends();
-};
-
 namespace {
 
 using Sizes = QVector<int>;
@@ -59,59 +51,65 @@ private:
 
 } // namespace
 
-// What the board does wrong, and how many of the files arrive all the same.
-void TestFaults::sends()
+class TestFaults : public QObject
 {
-    const Sizes two{3000, 129};
-    const std::tuple<Sizes, QString, int, int> rows[] = {
-        {{0, 1, 127, 128, 129, 300, 1024, 1 << 20}, "", Ymodem::Finish, 8},
-        {{0, 1, 300}, "first end refused", Ymodem::Finish, 3},
-        {two, "lose@0", Ymodem::Finish, 2}, // an answer
-        {two, "lose@2", Ymodem::Finish, 2},
-        {two, "lose@eot", Ymodem::Finish, 1},
-        {two, "double@0", Ymodem::Finish, 2},
-        {two, "double@2", Ymodem::Finish, 2},
-        {two, "nak@0*2 nak@1*3 nak@3", Ymodem::Finish, 2},
-        {two, "noise=7", Ymodem::Finish, 2},
-        {two, "late-c=1500@0", Ymodem::Finish, 2},
-        {two, "late-c=1500@eot", Ymodem::Finish, 2},
-        {two, "only-c@eot", Ymodem::Finish, 1},
-        {two, "silence=3000@2", Ymodem::Finish, 2},
-        {two, "silence@2", Ymodem::Error, 0},
-        {two, "never asks", Ymodem::Timeout, 0},
-        {two, "can@0", Ymodem::Abort, 0},
-        {two, "can@2", Ymodem::Abort, 0},
-        {two, "can@eot", Ymodem::Abort, 0},
-        {two, "a@1", Ymodem::Abort, 0},
-        {two, "nak@1*1000000", Ymodem::Error, 0}};
-    for (const auto &[sizes, faults, status, arrived] : rows) {
-        QTemporaryDir from;
-        QStringList names;
-        for (const int size : sizes) {
-            names.append(from.filePath(nameOf(names.size())));
-            QVERIFY(writeFile(names.last(), patternBytes(size)));
+    Q_OBJECT
+
+private slots:
+    // What the board does wrong, and how many of the files arrive all the same.
+    void sends()
+    {
+        const Sizes two{3000, 129};
+        const std::tuple<Sizes, QString, int, int> rows[] = {
+            {{0, 1, 127, 128, 129, 300, 1024, 1 << 20}, "", Ymodem::Finish, 8},
+            {{0, 1, 300}, "first end refused", Ymodem::Finish, 3},
+            {two, "lose@0", Ymodem::Finish, 2}, // an answer
+            {two, "lose@2", Ymodem::Finish, 2},
+            {two, "lose@eot", Ymodem::Finish, 1},
+            {two, "double@0", Ymodem::Finish, 2},
+            {two, "double@2", Ymodem::Finish, 2},
+            {two, "nak@0*2 nak@1*3 nak@3", Ymodem::Finish, 2},
+            {two, "noise=7", Ymodem::Finish, 2},
+            {two, "late-c=1500@0", Ymodem::Finish, 2},
+            {two, "late-c=1500@eot", Ymodem::Finish, 2},
+            {two, "only-c@eot", Ymodem::Finish, 1},
+            {two, "silence=3000@2", Ymodem::Finish, 2},
+            {two, "silence@2", Ymodem::Error, 0},
+            {two, "never asks", Ymodem::Timeout, 0},
+            {two, "can@0", Ymodem::Abort, 0},
+            {two, "can@2", Ymodem::Abort, 0},
+            {two, "can@eot", Ymodem::Abort, 0},
+            {two, "a@1", Ymodem::Abort, 0},
+            {two, "nak@1*1000000", Ymodem::Error, 0}};
+        for (const auto &[sizes, faults, status, arrived] : rows) {
+            QTemporaryDir from;
+            QStringList names;
+            for (const int size : sizes) {
+                names.append(from.filePath(nameOf(names.size())));
+                QVERIFY(writeFile(names.last(), patternBytes(size)));
+            }
+            Boardsim::YmodemReceiver::Settings settings;
+            settings.encoding = Boardsim::Encoding::Gb18030;
+            settings.nakFirstEot = faults.startsWith("first");
+            for (const QString &fault : faults.split(' ', Qt::SkipEmptyParts))
+                QVERIFY(settings.faults.add(fault) == fault.contains(QRegularExpression("[@=]")));
+            VirtualTransfer run;
+            VirtualBoard board(settings, run);
+            QVERIFY(run.start(names));
+            if (status != Ymodem::Timeout)
+                board.start();
+            while (run.driver.isBusy() && run.nowMs < 600 * 1000)
+                board.step();
+            const QByteArray log = faults.toUtf8() + run.driver.log().text().right(1500).toUtf8() +
+                                   board.events.join('\n').toUtf8();
+            QVERIFY2(!run.driver.isBusy() && run.status() == status, log);
+            QCOMPARE(run.driver.reason().isEmpty(), status == Ymodem::Finish && arrived == sizes.size());
+            QCOMPARE(sizes.size() - run.driver.unsentFiles().size(), arrived);
+            for (int i = 0; i < arrived; ++i)
+                QVERIFY2(board.kept.value(i) == qMakePair(nameOf(i), patternBytes(sizes.at(i))), log);
         }
-        Boardsim::YmodemReceiver::Settings settings;
-        settings.encoding = Boardsim::Encoding::Gb18030;
-        settings.nakFirstEot = faults.startsWith("first");
-        for (const QString &fault : faults.split(' ', Qt::SkipEmptyParts))
-            QVERIFY(settings.faults.add(fault) == fault.contains(QRegularExpression("[@=]")));
-        VirtualTransfer run;
-        VirtualBoard board(settings, run);
-        QVERIFY(run.start(names));
-        if (status != Ymodem::Timeout)
-            board.start();
-        while (run.driver.isBusy() && run.nowMs < 600 * 1000)
-            board.step();
-        const QByteArray log =
-            faults.toUtf8() + run.driver.log().text().right(1500).toUtf8() + board.events.join('\n').toUtf8();
-        QVERIFY2(!run.driver.isBusy() && run.status() == status, log);
-        QCOMPARE(run.driver.reason().isEmpty(), status == Ymodem::Finish && arrived == sizes.size());
-        QCOMPARE(sizes.size() - run.driver.unsentFiles().size(), arrived);
-        for (int i = 0; i < arrived; ++i)
-            QVERIFY2(board.kept.value(i) == qMakePair(nameOf(i), patternBytes(sizes.at(i))), log);
     }
-}
+};
 
 QTEST_GUILESS_MAIN(TestFaults)
 #include "test_faults.moc"

@@ -1,9 +1,10 @@
 // The driver on a link in memory: what goes over the wire, what is reported
 // when, and files that are not what they seemed.
 
-#include "memorysender.h"
 #include "ptypeer.h"
+#include "testfiles.h"
 #include "virtualtransfer.h"
+#include "ymodempackets.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -81,17 +82,6 @@ private slots:
             QCOMPARE(YmodemFileTransmit::fileHeader(name, size).replace('\0', '|'), header);
             QVERIFY(header.size() <= 128);
         }
-    }
-
-    void announcesHugeFiles()
-    {
-        const QString name = makeFile("huge.img", QByteArray());
-        QVERIFY(QFile::resize(name, qint64(5) << 30)); // sparse
-        QVERIFY(start({name}));
-        QCOMPARE(answered("C", 133).mid(3, 20), QByteArray("huge.img\0005368709120\0", 20));
-        answer("\x06");
-        QCOMPARE(answered("C", 1029).size(), 1029);
-        QCOMPARE(answered("\x06", 1029).left(3), QByteArray("\x02\x02\xFD"));
     }
 
     void neverReadsBeyondTheAnnouncedSize()
