@@ -246,6 +246,8 @@ private slots:
         click("checkPidStopShow");
         receive(report(3, 2, "06000000"));
         QCOMPARE(samples(3).size(), 1);
+        click("checkPidFitAll");
+        QVERIFY(PidDebugWidget().findChild<QCheckBox *>("checkPidFitAll")->isChecked()); // remembered
     }
 
     void tellsOfFalseLengths()
@@ -382,13 +384,6 @@ private slots:
         saveTo("btnPidExport", file("b.csv/below.csv"));
         QVERIFY(!m_page->saveBeforeExit());
         QVERIFY(m_page->saveBeforeExit()); // the user knows
-    }
-
-    void remembersToFitAllCurves()
-    {
-        click("checkPidFitAll");
-        Settings::load();
-        QVERIFY(PidDebugWidget().findChild<QCheckBox *>("checkPidFitAll")->isChecked());
     }
 
     void reportsWhatCannotBeSaved()

@@ -64,7 +64,6 @@ private slots:
         const QString name = makeFile("a.bin", 3000);
         chooseFiles({name});
         click("btnOpenFiles");
-        m_page->findChild<QtSendBoxWidget *>()->setCurrentPage(QtSendBoxWidget::FilePage);
         doubleClick("btnSendFiles");
         QCOMPARE(sendButton(), QStringLiteral("停止发送"));
         QVERIFY(!isEnabled("btnOpen"));
@@ -156,13 +155,14 @@ private slots:
     {
         const std::pair<QString, QString> rows[] = {{"cancel", "传输终止\n接收端取消了传输\n"},
                                                     {"stop", "传输终止\n用户停止了传输\n"},
+                                                    {"early", "传输完成\n接收端提前结束了本批传输"},
                                                     {"vanish", "传输错误\n文件不存在"}};
         for (const auto &[how, words] : rows) {
             cleanup();
             init();
             openPort();
             const QString name = makeFile("a.bin", 3000);
-            beginSending({name});
+            beginSending(how == "early" ? QStringList{makeFile("first.bin", 1), name} : QStringList{name});
             if (how == "vanish")
                 QVERIFY(QFile::remove(name));
             else
@@ -172,7 +172,13 @@ private slots:
                 answered("C", 1029);
                 answered("\x06", 1029);
             }
-            if (how == "stop") {
+            if (how == "early") { // asks for the next file before it has accepted the end
+                m_board->write("\x06");
+                answered("C", 133);
+                answered("\x06", 1);
+                answered("C", 133);
+                m_board->write("\x06");
+            } else if (how == "stop") {
                 m_board->write("\x06");
                 for (int i = 0; i < 4; ++i) // as a board that was reset
                     answered("C", 1029);
@@ -189,7 +195,7 @@ private slots:
             if (how == "cancel") {
                 QCOMPARE(child<QProgressBar>("progressTransfer")->value(), 68);
                 QCOMPARE(child<QLabel>("labelTransferAmount")->text(), QStringLiteral("2.0 KB / 2.9 KB"));
-            } else {
+            } else if (how != "early") {
                 QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18")); // the board is told
             }
             checkThePort();

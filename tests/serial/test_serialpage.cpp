@@ -73,13 +73,10 @@ private slots:
 
     void stepsFromTheShownBaudRate()
     {
-        const std::tuple<const char *, Qt::Key, const char *> steps[] = {{"115200", Qt::Key_Down, "128000"},
-                                                                         {"115200", Qt::Key_Up, "76800"},
-                                                                         {"115400", Qt::Key_Down, "128000"},
-                                                                         {"115400", Qt::Key_Up, "115200"},
-                                                                         {"4000000", Qt::Key_Down, "4000000"},
-                                                                         {"5000000", Qt::Key_Up, "4000000"},
-                                                                         {"", Qt::Key_Down, "1200"}};
+        const std::tuple<const char *, Qt::Key, const char *> steps[] = {
+            {"115200", Qt::Key_Down, "128000"}, {"115400", Qt::Key_Down, "128000"},
+            {"115400", Qt::Key_Up, "115200"},   {"4000000", Qt::Key_Down, "4000000"},
+            {"5000000", Qt::Key_Up, "4000000"}, {"", Qt::Key_Down, "1200"}};
         auto *box = child<QComboBox>("comboBaudRate");
         for (const auto &[typed, key, then] : steps) {
             box->setCurrentIndex(20);
