@@ -157,6 +157,11 @@ private slots:
         click("btnOpen");
         QCOMPARE(fields(*m_page), (QStringList{"TCP Server", all, "127.0.0.1", "8000"}));
         QCOMPARE(caption(), QStringLiteral("开始监听"));
+        QTcpSocket deaf; // what is typed stays after a refusal
+        QVERIFY(deaf.bind(QHostAddress::LocalHost));
+        open(Client, deaf.localPort());
+        WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
+        QCOMPARE(fields(*m_page).at(3), QString::number(deaf.localPort()));
     }
 
     void showsMessages()
@@ -263,6 +268,11 @@ private slots:
         m_page->sltSendData("x");
         m_page->sltSendData("x");
         QCOMPARE(m_notices->size(), 3);
+        click("btnOpen");
+        open(Server);
+        click("checkAutoSend");
+        m_page->sltSendData("x");
+        QCOMPARE(m_notices->size(), 6); // closed, opened, and told again
     }
 };
 

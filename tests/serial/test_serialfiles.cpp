@@ -119,6 +119,7 @@ private slots:
         for (const QString &text : {notice, saved, reason})
             QVERIFY2(text.contains(QStringLiteral("磁盘空间")), qPrintable(text));
         QVERIFY(!QFileInfo::exists(m_root->filePath("full.txt"))); // no half file
+        QVERIFY(QDir(m_root->filePath("save")).isEmpty());
         const QByteArray all = QByteArray(500, 'a') + QByteArray(800, 'b');
         QCOMPARE(shown(), QString::fromLatin1(all));
         QCOMPARE(save("room.bin"), all); // the user has made room
