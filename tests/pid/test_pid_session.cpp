@@ -67,12 +67,8 @@ private slots:
 
     void convertsNumbers()
     {
-        const QByteArray lowest = QByteArray::fromHex("00000080");
-        QCOMPARE(PidFrame::int32ToBytes(INT_MIN), lowest);
-        QCOMPARE(PidFrame::bytesToInt32(lowest), INT_MIN);
-        const QByteArray half = QByteArray::fromHex("0000c03f");
-        QCOMPARE(PidFrame::floatToBytes(1.5F), half);
-        QCOMPARE(PidFrame::bytesToFloat(half), 1.5F);
+        QCOMPARE(PidFrame::bytesToInt32(QByteArray::fromHex("00000080")), INT_MIN);
+        QCOMPARE(PidFrame::bytesToFloat(QByteArray::fromHex("0000c03f")), 1.5F);
         for (int size : {3, 5}) {
             QCOMPARE(PidFrame::bytesToInt32(QByteArray(size, '\x7f')), 0);
             QCOMPARE(PidFrame::bytesToFloat(QByteArray(size, '\x3f')), 0.0F);
