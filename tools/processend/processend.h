@@ -17,7 +17,7 @@ public:
     explicit ProcessEnd(QObject *parent = nullptr);
 
 signals:
-    void requested(); // until it ends
+    void requested(); // may come again until the process ends
 };
 
 } // namespace Boardsim
