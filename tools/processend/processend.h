@@ -17,7 +17,7 @@ public:
     explicit ProcessEnd(QObject *parent = nullptr);
 
 signals:
-    void requested(); // may come again until the process ends
+    void requested();
 };
 
 } // namespace Boardsim

@@ -25,7 +25,10 @@ ProcessEnd::ProcessEnd(QObject *parent)
 {
     if (::pipe(signalPipe) == 0) {
         auto *notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, this);
-        connect(notifier, &QSocketNotifier::activated, this, [this] { emit requested(); });
+        connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
+            notifier->setEnabled(false);
+            emit requested();
+        });
         struct sigaction action = {};
         action.sa_handler = onSignal;
         action.sa_flags = SA_RESTART;
