@@ -9,19 +9,20 @@ constexpr qint64 kReadBytes = 256LL * 1024; // of the record, at a time
 } // namespace
 
 ReceivedText::ReceivedText(const QString &folder)
-    : m_record(folder, QStringLiteral("text"))
+    : m_lines(folder)
 {
 }
 
-void ReceivedText::receive(const QByteArray &bytes, const QString &header, bool hex, Bound bound)
+void ReceivedText::receive(const QByteArray &bytes, const QString &header, bool hex, Bound bound,
+                           qint64 arrivalMs)
 {
-    m_queue.push(bytes, header, hex, bound);
+    m_queue.push(bytes, header, hex, bound, arrivalMs);
 }
 
 void ReceivedText::receiveMessage(const QByteArray &bytes, const QString &header, bool hex,
-                                  const QString &source)
+                                  const QString &source, qint64 arrivalMs)
 {
-    m_queue.pushMessage(bytes, header, hex, source);
+    m_queue.pushMessage(bytes, header, hex, source, arrivalMs);
 }
 
 void ReceivedText::endSource(const QString &source)
@@ -29,19 +30,16 @@ void ReceivedText::endSource(const QString &source)
     m_queue.endSource(source);
 }
 
-void ReceivedText::record(const QString &text)
-{
-    const QByteArray bytes = text.toUtf8();
-    if (!bytes.isEmpty())
-        m_record.append(bytes.constData(), bytes.size());
-}
-
 ReceivedText::Change ReceivedText::next(int characters, int codecIndex)
 {
     if (m_isNewestDue && m_queue.frontBound() == Bound::None)
         return putOff(codecIndex);
     const ReceiveQueue::Slice slice = m_queue.pop(characters, codecIndex);
-    record(slice.text);
+    int begin = 0;
+    for (const ReceiveQueue::Arrival &arrival : slice.arrivals) {
+        m_lines.append(slice.text.mid(begin, arrival.end - begin), arrival.ms);
+        begin = arrival.end;
+    }
     m_newest.append(slice.bytes);
     if (slice.bound == Bound::Newest) {
         m_isNewestDue = true;
@@ -70,41 +68,41 @@ ReceivedText::Change ReceivedText::setText(const QString &text)
 {
     clear();
     const QString plain = ReceiveBuffer::withPlainLineEnds(text);
-    record(plain);
+    m_lines.append(plain, 0);
     return shown(Change::Replace, plain);
 }
 
 ReceivedText::Change ReceivedText::appendText(const QString &text)
 {
     const QString plain = ReceiveBuffer::withPlainLineEnds(text);
-    record(plain);
+    m_lines.append(plain, 0);
     return shown(Change::Append, plain);
 }
 
 ReceivedText::Change ReceivedText::appendLines(const QString &text)
 {
-    m_lines += text;
-    QStringList lines = m_lines.split(QStringLiteral("\r\n"));
+    m_terminalLines += text;
+    QStringList lines = m_terminalLines.split(QStringLiteral("\r\n"));
     for (QString &line : lines)
         line = line.mid(line.lastIndexOf(QLatin1Char('\r')) + 1);
     const QString plain = ReceiveBuffer::withPlainLineEnds(lines.join(QLatin1Char('\n')));
-    m_record.clear(); // lines that were shown before may have changed
-    record(plain);
+    m_lines.clear(); // lines that were shown before may have changed
+    m_lines.append(plain, 0);
     return shown(Change::Replace, plain);
 }
 
 void ReceivedText::clear()
 {
     m_queue.clear();
-    m_record.clear();
+    m_lines.clear();
     m_newest.clear();
     m_isNewestDue = false;
     m_showsNewest = false;
-    m_lines.clear();
+    m_terminalLines.clear();
 }
 
 ReceivedText::Reader::Reader(const ReceivedText &text)
-    : m_record(text.m_record)
+    : m_record(text.m_lines.text())
     , m_end(m_record.size())
 {
 }

@@ -2,13 +2,13 @@
 
 // The text of a receive display, as a sequence of changes: what was received,
 // decoded or in hexadecimal, behind its headers. Owns what is pending, a record
-// on disk of everything shown since the last clearing, and the newest bytes
+// on disk of all lines shown since the last clearing, and the newest bytes
 // shown, which are the limit of the display in log mode. Knows no widget and no
 // clock: a display asks for the next slice when it has time for one.
 //
 // Nothing asks the display for its text: it may drop and replace what it likes.
 
-#include "bytespool.h"
+#include "linestore.h"
 #include "receivebuffer.h"
 #include "receivequeue.h"
 
@@ -30,13 +30,15 @@ public:
     explicit ReceivedText(const QString &folder);
 
     // See ReceiveQueue.
-    void receive(const QByteArray &bytes, const QString &header, bool hex, Bound bound = Bound::None);
-    void receiveMessage(const QByteArray &bytes, const QString &header, bool hex, const QString &source);
+    void receive(const QByteArray &bytes, const QString &header, bool hex, Bound bound = Bound::None,
+                 qint64 arrivalMs = 0);
+    void receiveMessage(const QByteArray &bytes, const QString &header, bool hex, const QString &source,
+                        qint64 arrivalMs = 0);
     void endSource(const QString &source);
 
     bool hasPending() const { return !m_queue.isEmpty(); }
     qint64 pendingBytes() const { return m_queue.bytes(); }
-    bool isEmpty() const { return m_queue.isEmpty() && m_record.size() == 0; }
+    bool isEmpty() const { return m_queue.isEmpty() && m_lines.text().size() == 0; }
 
     // Records about so many characters of what is pending, decoded with the
     // codec of the index. With a bound, the change is put off until what follows
@@ -53,7 +55,11 @@ public:
     void clear();
 
     // False: some of what was shown is missing in the record.
-    bool isRecordComplete() const { return m_record.state() != ByteSpool::State::Incomplete; }
+    bool isRecordComplete() const { return m_lines.isComplete(); }
+    // All that was shown since the last clearing.
+    const LineStore &lines() const { return m_lines; }
+    // The display shows something else now: lines of the record.
+    void forgetShown() { m_showsNewest = false; }
 
     // Hands out, piece by piece, what was shown since the last clearing up to
     // the moment at which the reader was made.
@@ -74,13 +80,12 @@ public:
     };
 
 private:
-    void record(const QString &text);
     Change shown(Change::Kind kind, const QString &text);
 
     ReceiveQueue m_queue;
-    ByteSpool m_record;         // UTF-8
+    LineStore m_lines;
     ReceiveBuffer m_newest;     // shown as text, with a bound or not
     bool m_isNewestDue = false; // a change was put off
     bool m_showsNewest = false; // the display shows m_newest and nothing else
-    QString m_lines;            // see appendLines()
+    QString m_terminalLines;    // see appendLines()
 };

@@ -3,22 +3,24 @@
 #include "hextext.h"
 #include "receivebuffer.h"
 
-void ReceiveQueue::push(const QByteArray &bytes, const QString &header, bool hex, Bound bound)
+void ReceiveQueue::push(const QByteArray &bytes, const QString &header, bool hex, Bound bound,
+                        qint64 arrivalMs)
 {
-    m_chunks.push_back({bytes, header, QString(), Kind::Stream, hex, hex ? Bound::None : bound, 0});
+    m_chunks.push_back(
+        {bytes, header, QString(), Kind::Stream, hex, hex ? Bound::None : bound, arrivalMs, 0});
     m_bytes += bytes.size() + header.size();
 }
 
 void ReceiveQueue::pushMessage(const QByteArray &bytes, const QString &header, bool hex,
-                               const QString &source)
+                               const QString &source, qint64 arrivalMs)
 {
-    m_chunks.push_back({bytes, header, source, Kind::Message, hex, Bound::None, 0});
+    m_chunks.push_back({bytes, header, source, Kind::Message, hex, Bound::None, arrivalMs, 0});
     m_bytes += bytes.size() + header.size();
 }
 
 void ReceiveQueue::endSource(const QString &source)
 {
-    m_chunks.push_back({QByteArray(), QString(), source, Kind::SourceEnd, false, Bound::None, 0});
+    m_chunks.push_back({QByteArray(), QString(), source, Kind::SourceEnd, false, Bound::None, 0, 0});
 }
 
 QString ReceiveQueue::Stream::decode(const char *bytes, int count, int codecIndex)
@@ -102,6 +104,10 @@ ReceiveQueue::Slice ReceiveQueue::pop(int characters, int codecIndex)
         popBytes(chunk, count, codecIndex, &slice);
         if (!slice.bytes.isEmpty())
             m_streamAtLineStart = slice.bytes.endsWith('\n');
+        if (!slice.arrivals.isEmpty() && slice.arrivals.last().ms == chunk.arrivalMs)
+            slice.arrivals.last().end = slice.text.size();
+        else
+            slice.arrivals.append({slice.text.size(), chunk.arrivalMs});
         chunk.popped += count;
         m_bytes -= count;
         if (chunk.popped == chunk.bytes.size())

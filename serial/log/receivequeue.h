@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
+#include <QVector>
 #include <deque>
 
 class ReceiveQueue
@@ -21,12 +22,15 @@ public:
     // Bytes of the stream behind a header, which may be empty. With the bound on
     // text, the header is left out where the stream is in the middle of a line.
     // Hexadecimal has no bound.
-    void push(const QByteArray &bytes, const QString &header, bool hex, Bound bound = Bound::None);
+    // Arrival times are milliseconds since the epoch.
+    void push(const QByteArray &bytes, const QString &header, bool hex, Bound bound = Bound::None,
+              qint64 arrivalMs = 0);
 
     // A message among those of several sources. It begins a line when it has a
     // header or the message before it was shown in the other way. Each source
     // is a stream of its own; without a name, the message is one by itself.
-    void pushMessage(const QByteArray &bytes, const QString &header, bool hex, const QString &source);
+    void pushMessage(const QByteArray &bytes, const QString &header, bool hex, const QString &source,
+                     qint64 arrivalMs = 0);
     // The source sends no more.
     void endSource(const QString &source);
 
@@ -34,9 +38,16 @@ public:
     qint64 bytes() const { return m_bytes; } // pending, and the characters of their headers
     Bound frontBound() const { return m_chunks.empty() ? Bound::None : m_chunks.front().bound; }
 
+    // Text up to an end came at a time.
+    struct Arrival
+    {
+        int end;
+        qint64 ms;
+    };
     struct Slice
     {
         QString text; // every line end is "\n"
+        QVector<Arrival> arrivals;
         // What the text was decoded from, headers in Latin-1 included; empty for
         // hexadecimal and for messages.
         QByteArray bytes;
@@ -62,6 +73,7 @@ private:
         Kind kind = Kind::Stream;
         bool hex = false;
         Bound bound = Bound::None;
+        qint64 arrivalMs = 0;
         int popped = 0; // bytes
     };
 

@@ -1,0 +1,125 @@
+#include "linematcher.h"
+
+#include <iterator>
+
+namespace {
+
+// An expression such as (a+)+b takes for ever on some lines; so many steps are
+// a few milliseconds.
+const auto kStepLimit = QStringLiteral("(*LIMIT_MATCH=200000)");
+
+bool isWord(QChar character)
+{
+    return character.isLetterOrNumber() || character == QLatin1Char('_');
+}
+
+// In the middle of a word, as an edge of a whole word must not be.
+bool isInWord(const QString &text, int at)
+{
+    return at > 0 && at < text.size() && isWord(text.at(at - 1)) && isWord(text.at(at));
+}
+
+QString chinese(const QString &error)
+{
+    static const struct
+    {
+        const char *english;
+        const char *chinese;
+    } known[] = {
+        {"missing closing parenthesis", "缺少右括号“)”"},
+        {"unmatched closing parenthesis", "多余的右括号“)”"},
+        {"missing terminating ]", "缺少“]”"},
+        {"quantifier does not follow", "“*”“+”“?”或“{}”前没有可重复的内容"},
+        {"\\ at end of pattern", "末尾的“\\”后没有字符"},
+        {"range out of order", "“[]”中的范围顺序颠倒"},
+        {"numbers out of order", "“{}”中的次数顺序颠倒"},
+        {"lookbehind assertion is not fixed length", "向后断言的长度不固定"},
+    };
+    for (const auto &entry : known)
+        if (error.contains(QLatin1String(entry.english)))
+            return QString::fromUtf8(entry.chinese);
+    return QStringLiteral("无法识别");
+}
+
+} // namespace
+
+bool LineMatcher::Pattern::operator==(const Pattern &other) const
+{
+    return text == other.text && caseSensitive == other.caseSensitive && wholeWord == other.wholeWord &&
+           isExpression == other.isExpression;
+}
+
+LineMatcher::LineMatcher(const Pattern &pattern)
+    : m_pattern(pattern)
+    , m_text(pattern.text, pattern.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive)
+{
+    if (!pattern.isExpression)
+        return;
+    // The user's text is compiled alone first, so that the place of a fault is its own.
+    m_expression.setPattern(pattern.text);
+    if (!m_expression.isValid())
+        return;
+    m_expression.setPattern(kStepLimit + pattern.text);
+    m_expression.setPatternOptions(QRegularExpression::UseUnicodePropertiesOption |
+                                   (pattern.caseSensitive ? QRegularExpression::NoPatternOption
+                                                          : QRegularExpression::CaseInsensitiveOption));
+    m_expression.optimize();
+}
+
+QString LineMatcher::fault() const
+{
+    if (!m_pattern.isExpression || m_expression.isValid())
+        return QString();
+    return QStringLiteral("表达式有误，第%1个字符处：%2")
+        .arg(m_expression.patternErrorOffset())
+        .arg(chinese(m_expression.errorString()));
+}
+
+// No line end is in the text that is looked for.
+void LineMatcher::findText(const QString &text, QVector<Range> *matches) const
+{
+    const int length = m_pattern.text.size();
+    for (int at = m_text.indexIn(text); at >= 0;) {
+        const bool isMatch = !m_pattern.wholeWord || (!isInWord(text, at) && !isInWord(text, at + length));
+        if (isMatch)
+            matches->append({at, length});
+        at = m_text.indexIn(text, at + (isMatch ? length : 1));
+    }
+}
+
+bool LineMatcher::findInLine(const QString &text, int begin, int end, QVector<Range> *matches) const
+{
+    const QStringRef line(&text, begin, end - begin);
+    for (int at = 0; at <= line.size();) {
+        const QRegularExpressionMatch match = m_expression.match(line, at);
+        if (!match.hasMatch())
+            return match.isValid();
+        const int found = match.capturedStart();
+        const int length = match.capturedLength();
+        const bool isMatch =
+            length > 0 && (!m_pattern.wholeWord ||
+                           (!isInWord(text, begin + found) && !isInWord(text, begin + found + length)));
+        if (isMatch)
+            matches->append({begin + found, length});
+        at = found + (isMatch ? length : 1);
+    }
+    return true;
+}
+
+bool LineMatcher::find(const QString &text, QVector<Range> *matches) const
+{
+    if (isEmpty() || !fault().isEmpty())
+        return true;
+    if (!m_pattern.isExpression) {
+        findText(text, matches);
+        return true;
+    }
+    for (int begin = 0; begin < text.size();) {
+        const int newLine = text.indexOf(QLatin1Char('\n'), begin);
+        const int end = newLine < 0 ? text.size() : newLine;
+        if (end > begin && !findInLine(text, begin, end, matches))
+            return false;
+        begin = end + 1;
+    }
+    return true;
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+// What the user looks for in a line: a text or a regular expression. Positions
+// and lengths are UTF-16 units of the line.
+
+#include <QRegularExpression>
+#include <QString>
+#include <QStringMatcher>
+#include <QVector>
+
+class LineMatcher
+{
+public:
+    struct Pattern
+    {
+        QString text;
+        bool caseSensitive = false;
+        bool wholeWord = false;
+        bool isExpression = false;
+
+        bool operator==(const Pattern &other) const;
+        bool operator!=(const Pattern &other) const { return !(*this == other); }
+    };
+
+    struct Range
+    {
+        int begin = 0;
+        int length = 0; // at least 1
+    };
+
+    // Of an empty pattern: matches nothing.
+    LineMatcher() = default;
+    explicit LineMatcher(const Pattern &pattern);
+
+    const Pattern &pattern() const { return m_pattern; }
+    bool isEmpty() const { return m_pattern.text.isEmpty(); }
+    // Why the expression can't be used, for the user. Empty where it can.
+    QString fault() const;
+
+    // Appends the matches in `text`, which may be several lines: none goes over a
+    // line end. False where the expression took too many steps on a line and its
+    // remaining matches are unknown.
+    bool find(const QString &text, QVector<Range> *matches) const;
+
+private:
+    void findText(const QString &text, QVector<Range> *matches) const;
+    bool findInLine(const QString &text, int begin, int end, QVector<Range> *matches) const;
+
+    Pattern m_pattern;
+    QStringMatcher m_text;
+    QRegularExpression m_expression;
+};

@@ -1,0 +1,124 @@
+// What is found in the lines of a session, against a search line by line.
+
+#include "linesearch.h"
+#include "linestore.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+Q_DECLARE_METATYPE(LineMatcher::Pattern)
+
+class TestLineSearch : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_store = std::make_unique<LineStore>(m_folder->path());
+    }
+
+    void findsEachKindOfPattern_data()
+    {
+        QTest::addColumn<LineMatcher::Pattern>("pattern");
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QVector<int>>("begins");
+        using P = LineMatcher::Pattern;
+        const QString line = "Error: errors 错误 ERROR_1 a+b error";
+        QTest::newRow("text") << P{"error"} << line << QVector<int>{0, 7, 17, 29};
+        QTest::newRow("case") << P{"error", true} << line << QVector<int>{7, 29};
+        QTest::newRow("word") << P{"error", false, true} << line << QVector<int>{0, 29};
+        QTest::newRow("Chinese") << P{"错误"} << line << QVector<int>{14};
+        QTest::newRow("no expression") << P{"a+b"} << line << QVector<int>{25};
+        QTest::newRow("expression") << P{"e(r+)or\\b", false, false, true} << line << QVector<int>{0, 29};
+        QTest::newRow("case, expression") << P{"E\\w+", true, false, true} << line << QVector<int>{0, 17};
+        QTest::newRow("word, expression")
+            << P{"err\\w", false, true, true} << "error errs" << QVector<int>{6};
+        QTest::newRow("overlap") << P{"aa"} << "aaaa" << QVector<int>{0, 2};
+        QTest::newRow("empty match") << P{"x*", false, false, true} << "axxb" << QVector<int>{1};
+        QTest::newRow("not over line ends")
+            << P{"a[^b]*", false, false, true} << "a\na" << QVector<int>{0, 2};
+    }
+    void findsEachKindOfPattern()
+    {
+        QFETCH(LineMatcher::Pattern, pattern);
+        QFETCH(QString, line);
+        QVector<LineMatcher::Range> found;
+        QVERIFY(LineMatcher(pattern).find(line, &found));
+        QVector<int> begins;
+        for (const LineMatcher::Range &range : found)
+            begins.append(range.begin);
+        QTEST(begins, "begins");
+    }
+
+    void saysWhatIsWrong()
+    {
+        QVERIFY(LineMatcher({"a(b", false, false, false}).fault().isEmpty());
+        QCOMPARE(LineMatcher({"a(b", false, false, true}).fault(),
+                 QString("表达式有误，第3个字符处：缺少右括号“)”"));
+        // Would take hours.
+        m_store->append(QString(60, 'a') + "\n" + QString(60, 'a') + "\n", 0);
+        LineSearch search(*m_store);
+        search.start(LineMatcher({"(a+)+$x", false, false, true}));
+        for (int i = 0; i < 10; ++i)
+            search.step();
+        QCOMPARE(search.count(), qint64(0));
+    }
+
+    // Over many pieces, lines longer than one, and while lines are added.
+    void countsAndFindsAgain()
+    {
+        LineSearch search(*m_store);
+        QVector<LineSearch::Match> expected;
+        quint32 seed = 3;
+        search.start(LineMatcher({"温度7"}));
+        QVERIFY(!search.step());
+        for (qint64 line = 0; line < 30000; ++line) {
+            seed = seed * 1664525U + 1013904223U;
+            QString text = QString(int(seed >> 27), 'x') + QString::number(seed);
+            if (line == 9000)
+                text += QString(700 * 1000, 'y');
+            if (seed % 7 == 0) {
+                expected.append({{line, text.size()}, 3});
+                text += "温度7";
+            }
+            m_store->append(text + (line == 29999 ? "" : "\n"), 0);
+            if (line % 5000 == 0)
+                search.step();
+        }
+        while (search.step()) {
+        }
+        QVERIFY(!search.hasMore());
+        QCOMPARE(search.count(), qint64(expected.size()));
+        for (int i = 0; i < expected.size(); i += 97) {
+            const LineSearch::Match found = search.at(i).value_or(LineSearch::Match());
+            QCOMPARE(found.place.line, expected.at(i).place.line);
+            QCOMPARE(found.place.column, expected.at(i).place.column);
+            QCOMPARE(search.indexFrom(found.place), qint64(i));
+            QCOMPARE(search.indexFrom({found.place.line, found.place.column + 1}), qint64(i + 1));
+        }
+        QVERIFY(!search.at(search.count()));
+        const LineSet &lines = search.lines();
+        QCOMPARE(lines.count(), qint64(expected.size()));
+        QVERIFY(lines.contains(expected.at(1).place.line) &&
+                !lines.contains(expected.at(1).place.line + 30000));
+        for (int i = 0; i < expected.size(); i += 89) {
+            QCOMPARE(lines.at(i), expected.at(i).place.line);
+            QCOMPARE(lines.countBelow(lines.at(i)), qint64(i));
+            QVERIFY(!lines.isAnyIn(lines.at(i) + 1, i + 1 < lines.count() ? lines.at(i + 1) : 30000));
+        }
+
+        m_store->clear();
+        m_store->append("温度7 温度7", 0);
+        search.step();
+        QCOMPARE(search.count(), qint64(2));
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<LineStore> m_store;
+};
+
+QTEST_GUILESS_MAIN(TestLineSearch)
+#include "test_linesearch.moc"

@@ -1,0 +1,76 @@
+// Lines of a session by their number: text, time and origin as they came.
+
+#include "linestore.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestLineStore : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // In pieces of any size, with empty lines, long ones and both origins.
+    void findsEveryLine()
+    {
+        QTemporaryDir folder;
+        LineStore store(folder.path());
+        QVector<LineStore::Line> expected;
+        qint64 nowMs = 1'700'000'000'000;
+        quint32 seed = 7;
+        QVERIFY(store.lines(0, 5).isEmpty());
+        for (int i = 0; i < 60000; ++i) {
+            seed = seed * 1664525U + 1013904223U;
+            nowMs += seed >> 28;
+            const auto origin = seed % 11 == 0 ? LineStore::Origin::Sent : LineStore::Origin::Received;
+            const QString text = seed % 3 == 0      ? QString()
+                                 : seed % 4999 == 0 ? QString(70000, QChar(u'温'))
+                                                    : QStringLiteral("第%1行 %2").arg(i).arg(seed);
+            const int cut = text.isEmpty() ? 0 : int(seed % uint(text.size()));
+            store.append(text.left(cut), nowMs, origin);
+            store.append(text.mid(cut) + '\n', cut > 0 ? nowMs + 900 : nowMs, origin);
+            expected.append({text, nowMs, origin, false});
+        }
+        QCOMPARE(store.size(), qint64(expected.size()));
+        for (const int first : {0, 1, 1023, 1024, 30001, 59990}) {
+            const auto found = store.lines(first, 100, 1 << 20);
+            QCOMPARE(found.size(), qMin(100, expected.size() - first));
+            for (int k = 0; k < found.size(); ++k) {
+                const LineStore::Line &line = expected.at(first + k);
+                QCOMPARE(found.at(k).text, line.text);
+                QCOMPARE(found.at(k).arrivalMs, line.arrivalMs);
+                QCOMPARE(found.at(k).origin, line.origin);
+                QVERIFY(!found.at(k).isCut);
+            }
+        }
+        QVERIFY(store.memoryBytes() < 32 * 1024);
+        store.clear();
+        QCOMPARE(store.size(), qint64(0));
+        store.append("again\n", 5);
+        QCOMPARE(store.lines(0, 1).at(0).arrivalMs, qint64(5));
+    }
+
+    void showsAnUnfinishedLineAndCutsLongOnes()
+    {
+        QTemporaryDir folder;
+        LineStore store(folder.path());
+        store.append("begin", 10);
+        store.append(" end", 20);
+        QCOMPARE(store.size(), qint64(1));
+        QCOMPARE(store.lines(0, 9).at(0).text, QString("begin end"));
+        store.append("sent", 15, LineStore::Origin::Sent); // a line of its own, no earlier
+        QCOMPARE(store.size(), qint64(2));
+        QCOMPARE(store.lines(1, 1).at(0).text, QString("sent"));
+        QCOMPARE(store.lines(1, 1).at(0).arrivalMs, qint64(15));
+        store.append("\n" + QString(1000, QChar(u'温')) + "\nlast", 30);
+        const auto lines = store.lines(2, 3, 100);
+        QCOMPARE(lines.size(), 3);
+        QVERIFY(lines.at(0).text.isEmpty() && !lines.at(0).isCut);
+        QCOMPARE(lines.at(1).text, QString(33, QChar(u'温')));
+        QVERIFY(lines.at(1).isCut);
+        QCOMPARE(lines.at(2).text, QString("last"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLineStore)
+#include "test_linestore.moc"
