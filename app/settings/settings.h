@@ -95,6 +95,13 @@ public:
         Setting<bool> fitAll{this, "FitAll", false}; // the value axis takes in all curves
     } pid{&m_table, "Pid"};
 
+    struct ViewSettings : SettingsGroup // of the receive displays
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> lineTime{this, "LineTime", 0, notWritten, {0, 3}}; // index into the list
+        Setting<bool> copiesLineTime{this, "CopyLineTime", false};
+    } view{&m_table, "View"};
+
     Setting<QStringList> recentFiles{&m_hexEdit, "RecentFiles", {}}; // of the binary editor, newest first
     // clang-format on
 

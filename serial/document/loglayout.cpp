@@ -306,12 +306,18 @@ void LogLayout::layOutLine(QTextLayout &layout) const
 }
 
 void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QTextBlock &block,
-                        const QString &text, const RowBreaks::Row &row, qreal y) const
+                        const QString &text, const Marks &marks, const RowBreaks::Row &row, qreal y) const
 {
     const int blockStart = block.position();
     const qreal x = document()->documentMargin() + row.startColumn * m_columnWidth;
     const bool endsParagraph = row.end >= text.size() && !isContinuation(block.next());
-    QVector<QTextLayout::FormatRange> selections;
+    Marks selections;
+    for (const QTextLayout::FormatRange &mark : marks) {
+        const int from = qMax(mark.start, row.start);
+        const int to = qMin(mark.start + mark.length, row.end);
+        if (to > from)
+            selections.append({from - row.start, to - from, mark.format});
+    }
     for (const Selection &selection : context.selections) {
         const int selectionEnd = selection.cursor.selectionEnd() - blockStart;
         const int from = qMax(selection.cursor.selectionStart() - blockStart, row.start) - row.start;
@@ -336,10 +342,11 @@ void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QT
 void LogLayout::drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block) const
 {
     const QString text = block.text();
+    const Marks marks = m_marksOf ? m_marksOf(block) : Marks();
     qreal y = rowsTop(block);
     for (const RowBreaks::Row &row : rowsOf(block)) {
         if (!context.clip.isValid() || (y + m_lineHeight > context.clip.top() && y < context.clip.bottom()))
-            drawRow(painter, context, block, text, row, y);
+            drawRow(painter, context, block, text, marks, row, y);
         y += m_lineHeight;
     }
 }

@@ -17,9 +17,9 @@
 #include <QFontMetricsF>
 #include <QRawFont>
 #include <QTextBlock>
+#include <QTextLayout>
 #include <QVector>
-
-class QTextLayout;
+#include <functional>
 
 class LogLayout : public QAbstractTextDocumentLayout
 {
@@ -33,6 +33,10 @@ public:
     static void setContinuation(QTextBlock block, bool continues);
     // To be called when blocks behind this one were marked.
     void recount(int firstBlock);
+
+    // What is marked in a block, in its characters; asked for each block that is drawn.
+    using Marks = QVector<QTextLayout::FormatRange>;
+    void setMarks(const std::function<Marks(const QTextBlock &)> &marksOf) { m_marksOf = marksOf; }
 
     qreal lineHeight() const { return m_lineHeight; }
     // The height at which the row of a character begins.
@@ -62,7 +66,7 @@ private:
     void notifyChange(qreal changedTop, qreal bottom);
     bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const;
     void drawRow(QPainter *painter, const PaintContext &context, const QTextBlock &block, const QString &text,
-                 const RowBreaks::Row &row, qreal y) const;
+                 const Marks &marks, const RowBreaks::Row &row, qreal y) const;
     void drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block) const;
     qreal top(const QTextBlock &block) const;
     qreal rowsTop(const QTextBlock &block) const;
@@ -75,6 +79,7 @@ private:
     int m_widest = 0;     // columns of a block, at least those of the widest one
     int m_characters = 0; // at the last change
     QSizeF m_notifiedSize;
+    std::function<Marks(const QTextBlock &)> m_marksOf;
 
     QRawFont m_rawFont; // of m_rawFontOf, for lines that need no shaping
     QFont m_rawFontOf;

@@ -48,6 +48,11 @@ void TerminalDocument::setLimits(int characters, int paragraphs)
     m_maxParagraphs = paragraphs;
 }
 
+bool TerminalDocument::hasRoom(int characters, int paragraphs) const
+{
+    return characterCount() + characters <= m_maxCharacters && blockCount() + paragraphs <= m_maxParagraphs;
+}
+
 TerminalDocument::Stored TerminalDocument::storedForm(const QString &text, int inBlock)
 {
     Stored stored;
@@ -83,17 +88,31 @@ void TerminalDocument::append(const QString &text)
     const int firstNew = blockCount() - 1;
     const Stored stored = storedForm(text, lastBlock().length() - 1);
     replaceEnd(0, stored.text);
+    markCuts(stored, firstNew);
+}
+
+void TerminalDocument::prepend(const QString &lines)
+{
+    const Stored stored = storedForm(lines, 0);
+    replaceFront(0, stored.text);
+    markCuts(stored, 0);
+}
+
+void TerminalDocument::markCuts(const Stored &stored, int firstBlock)
+{
     if (stored.cuts.isEmpty())
         return;
+    m_hasLong = true;
     for (const int cut : stored.cuts)
-        LogLayout::setContinuation(findBlockByNumber(firstNew + cut), true);
-    m_layout->recount(firstNew + stored.cuts.first() - 1);
+        LogLayout::setContinuation(findBlockByNumber(firstBlock + cut), true);
+    m_layout->recount(firstBlock + stored.cuts.first() - 1);
 }
 
 void TerminalDocument::replace(const QString &text)
 {
     replaceEnd(characterCount() - 1, text);
     LogLayout::setContinuation(firstBlock(), false);
+    m_hasLong = false;
 }
 
 void TerminalDocument::replaceFront(int characters, const QString &text)
@@ -110,12 +129,20 @@ void TerminalDocument::replaceFront(int characters, const QString &text)
 void TerminalDocument::replaceEnd(int characters, const QString &text)
 {
     const int end = characterCount() - 1;
+    const QTextBlock block = findBlock(end - characters);
+    const int number = block.blockNumber();
+    const bool continues = LogLayout::isContinuation(block);
     QTextCursor cursor(this);
     cursor.beginEditBlock();
     cursor.setPosition(end - characters);
     cursor.setPosition(end, QTextCursor::KeepAnchor);
     cursor.insertText(text);
     cursor.endEditBlock();
+    // Of blocks that become one, the state of the last one stays.
+    if (LogLayout::isContinuation(findBlockByNumber(number)) == continues)
+        return;
+    LogLayout::setContinuation(findBlockByNumber(number), continues);
+    m_layout->recount(number);
 }
 
 // The number of the first block to keep, somewhat more than needed, so that
@@ -136,6 +163,67 @@ void TerminalDocument::dropOldest()
     // A row that began in an earlier block is removed completely.
     if (first.position() > 0)
         replaceFront(first.position() + m_layout->firstRowStart(first), QString());
+}
+
+void TerminalDocument::dropNewest()
+{
+    if (characterCount() <= m_maxCharacters && blockCount() <= m_maxParagraphs)
+        return;
+    const int atCharacter = findBlock(m_maxCharacters - m_maxCharacters / 64).blockNumber();
+    const int keep = m_maxParagraphs - m_maxParagraphs / 64;
+    QTextBlock first = findBlockByNumber(atCharacter > 0 ? qMin(atCharacter, keep) : keep);
+    while (LogLayout::isContinuation(first))
+        first = first.previous();
+    if (first.position() > 0)
+        replaceEnd(characterCount() - first.position(), QString());
+}
+
+int TerminalDocument::paragraphs() const
+{
+    if (!m_hasLong)
+        return blockCount();
+    int count = 0;
+    for (QTextBlock block = firstBlock(); block.isValid(); block = block.next())
+        count += LogLayout::isContinuation(block) ? 0 : 1;
+    return count;
+}
+
+int TerminalDocument::paragraphsBehind(const QTextBlock &block) const
+{
+    if (!m_hasLong)
+        return blockCount() - 1 - block.blockNumber();
+    int count = 0;
+    for (QTextBlock next = block.next(); next.isValid(); next = next.next())
+        count += LogLayout::isContinuation(next) ? 0 : 1;
+    return count;
+}
+
+QTextBlock TerminalDocument::fromEnd(int paragraphs) const
+{
+    if (!m_hasLong)
+        return paragraphs < blockCount() ? findBlockByNumber(blockCount() - 1 - paragraphs) : QTextBlock();
+    for (QTextBlock block = lastBlock(); block.isValid(); block = block.previous())
+        if (!LogLayout::isContinuation(block) && paragraphs-- == 0)
+            return block;
+    return QTextBlock();
+}
+
+int TerminalDocument::lengthOf(const QTextBlock &firstBlock)
+{
+    int length = firstBlock.length() - 1;
+    for (QTextBlock block = firstBlock.next(); LogLayout::isContinuation(block); block = block.next())
+        length += block.length() - 1;
+    return length;
+}
+
+int TerminalDocument::positionIn(const QTextBlock &firstBlock, int column)
+{
+    QTextBlock block = firstBlock;
+    while (column > block.length() - 1 && LogLayout::isContinuation(block.next())) {
+        column -= block.length() - 1;
+        block = block.next();
+    }
+    return block.position() + qMin(column, block.length() - 1);
 }
 
 QString TerminalDocument::textBetween(int start, int end) const

@@ -3,15 +3,18 @@
 #include "apppaths.h"
 #include "fonts.h"
 #include "loglayout.h"
+#include "matchmarks.h"
 #include "selectionkeeper.h"
 #include "settings.h"
 #include "terminaldocument.h"
 
 #include <QContextMenuEvent>
+#include <QDateTime>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTime>
 
@@ -24,12 +27,21 @@ constexpr int kFloodIntervalMs = 200;
 constexpr int kFlushBudgetMs = 8;
 constexpr int kSliceCharacters = 8 * 1024;
 
+// When more lines than this arrive at a time, only so many of the newest are made
+// into paragraphs: the others would scroll by unseen.
+constexpr int kUnseenLines = 500;
+constexpr int kKeptLines = 200;
+
 } // namespace
 
 QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     : QTextBrowser(parent)
     , m_received(AppPaths::tmpFolder())
     , m_document(new TerminalDocument(Fonts::monospace(), this))
+    , m_window(m_document, &m_received)
+    , m_newest(new QPushButton(this))
+    , m_margin(new LogMargin(m_document, m_window, m_received.lines(), this))
+    , m_marks(new MatchMarks(m_document->layout(), m_window, verticalScrollBar()))
 {
     setObjectName(QStringLiteral("recvBrowser"));
     setDocument(m_document);
@@ -39,10 +51,21 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     setTextInteractionFlags(Qt::TextSelectableByMouse); // no links in a log
     setAccessibleName(QStringLiteral("接收区"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_newest->setObjectName(QStringLiteral("btnNewest"));
+    m_newest->setFocusPolicy(Qt::NoFocus);
+    m_newest->setCursor(Qt::PointingHandCursor);
+    m_newest->setToolTip(QStringLiteral("跟随新内容（Ctrl+End）"));
+    m_newest->hide();
+    connect(m_newest, &QPushButton::clicked, this, &QtTerminalWidget::goToNewest);
     m_flushTimer.setSingleShot(true);
     connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
-    connect(verticalScrollBar(), &QScrollBar::valueChanged, this,
-            [this](int value) { m_selected = m_selected && value < verticalScrollBar()->maximum(); });
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {
+        m_selected = m_selected && value < verticalScrollBar()->maximum();
+        m_margin->update();
+    });
+    // Queued: the bar has not moved yet.
+    connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, &QtTerminalWidget::showMoreRows,
+            Qt::QueuedConnection);
 }
 
 QtTerminalWidget::~QtTerminalWidget() = default;
@@ -56,14 +79,15 @@ void QtTerminalWidget::setLimits(int characters, int paragraphs)
 
 void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &header, bool hexShow)
 {
-    m_received.receive(bytes, header, hexShow);
+    m_received.receive(bytes, header, hexShow, ReceivedText::Bound::None,
+                       QDateTime::currentMSecsSinceEpoch());
     flushSoon();
 }
 
 void QtTerminalWidget::showMessage(const QByteArray &bytes, const QString &header, bool hexShow,
                                    const QString &source)
 {
-    m_received.receiveMessage(bytes, header, hexShow, source);
+    m_received.receiveMessage(bytes, header, hexShow, source, QDateTime::currentMSecsSinceEpoch());
     flushSoon();
 }
 
@@ -81,7 +105,8 @@ void QtTerminalWidget::insertRecvData(QByteArray byData, bool hexShow, bool show
         header = QTime::currentTime().toString(QStringLiteral("\n[hh:mm:ss.zzz]")) +
                  (hexShow ? QStringLiteral(" Hex >\n") : QStringLiteral(" ASCII >\n"));
     const bool isIdle = !m_received.hasPending();
-    m_received.receive(byData, header, hexShow, ReceivedText::Bound::Newest);
+    m_received.receive(byData, header, hexShow, ReceivedText::Bound::Newest,
+                       QDateTime::currentMSecsSinceEpoch());
     if (isIdle)
         flushSlice();
     else
@@ -105,7 +130,11 @@ void QtTerminalWidget::clearTerminal()
 {
     m_flushTimer.stop();
     m_received.clear();
+    m_window.clear();
+    m_rowsAtEnd = 0;
     m_document->clear();
+    updateNewestButton();
+    emit recordChanged();
 }
 
 // ---- from text to display
@@ -129,11 +158,24 @@ void QtTerminalWidget::flushSlice()
     const QScrollBar *bar = verticalScrollBar();
     const int lengthBefore = bar->maximum();
     const int codec = Settings::instance().textCodec;
-    do
-        apply(m_received.next(kSliceCharacters, codec));
-    while (m_received.hasPending() && spent.elapsed() < kFlushBudgetMs);
+    QString added;
+    do {
+        const ReceivedText::Change change = m_received.next(kSliceCharacters, codec);
+        if (change.kind == ReceivedText::Change::Append) {
+            added += change.text;
+        } else {
+            append(std::exchange(added, QString()));
+            apply(change);
+        }
+    } while (m_received.hasPending() && spent.elapsed() < kFlushBudgetMs);
+    const bool isUnseen = follows && m_window.takesChanges() && added.count(QLatin1Char('\n')) > kUnseenLines;
+    if (isUnseen)
+        m_window.showNewest(kKeptLines);
+    else
+        append(added);
     apply(m_received.putOff(codec));
-    m_flushInterval = bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
+    m_flushInterval =
+        isUnseen || bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
     finishShowing(follows);
     m_lastFlush.start();
     if (m_received.hasPending())
@@ -156,34 +198,51 @@ void QtTerminalWidget::showNow(const ReceivedText::Change &change)
 
 void QtTerminalWidget::finishShowing(bool follows)
 {
-    const int offset = verticalScrollBar()->value();
-    const int rows = m_document->lineCount();
-    m_document->dropOldest();
-    keepPlace(offset, rows);
+    dropOldest();
     if (follows)
         scrollToEnd();
     const bool isComplete = m_received.isRecordComplete();
     if (std::exchange(m_recordIsComplete, isComplete) && !isComplete)
         emit recordFailed();
+    m_margin->update();
+    updateNewestButton();
+    emit recordChanged();
+}
+
+void QtTerminalWidget::dropOldest()
+{
+    const int offset = verticalScrollBar()->value();
+    const int rows = m_document->lineCount();
+    m_document->dropOldest();
+    keepPlace(offset, rows);
 }
 
 void QtTerminalWidget::apply(const ReceivedText::Change &change)
 {
+    if (!m_window.takesChanges())
+        return; // it is in the record
     switch (change.kind) {
     case ReceivedText::Change::None:
         break;
-    case ReceivedText::Change::Append: {
-        const SelectionKeeper keeper(this);
-        m_document->append(change.text);
+    case ReceivedText::Change::Append:
+        append(change.text);
         break;
-    }
     case ReceivedText::Change::Replace:
         m_document->replace(change.text);
+        m_window.replaced();
         break;
     case ReceivedText::Change::EditEnds:
         editEnds(change.ends);
         break;
     }
+}
+
+void QtTerminalWidget::append(const QString &text)
+{
+    if (text.isEmpty() || !m_window.takesChanges())
+        return;
+    const SelectionKeeper keeper(this);
+    m_document->append(text);
 }
 
 void QtTerminalWidget::editEnds(const ReceiveBuffer::Edit &edit)
@@ -209,6 +268,8 @@ bool QtTerminalWidget::followsEnd() const
 {
     // The mouse holds the text below it. A drag of selected text away ends
     // without a release.
+    if (m_window.isDetached())
+        return false;
     const bool selecting = m_selecting && (QGuiApplication::mouseButtons() & Qt::LeftButton);
     if (selecting || (m_selected && textCursor().hasSelection()))
         return false;
@@ -221,19 +282,185 @@ void QtTerminalWidget::scrollToEnd()
     verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
+// ---- rows
+
+// More rows where the user has scrolled to the first or the last one.
+void QtTerminalWidget::showMoreRows()
+{
+    QScrollBar *bar = verticalScrollBar();
+    const int offset = bar->value();
+    if (offset <= bar->minimum()) {
+        const int added = m_window.showOlder();
+        bar->setValue(offset + static_cast<int>(added * m_document->layout()->lineHeight()));
+    } else if (offset >= bar->maximum() && m_window.isDetached()) {
+        const SelectionKeeper keeper(this);
+        m_window.showNewer();
+        dropOldest();
+    }
+    updateNewestButton();
+}
+
+void QtTerminalWidget::setFilter(const LineFilter *filter)
+{
+    flushAll();
+    const bool follows = followsEnd();
+    const qint64 line = topPlace().line;
+    m_window.setFilter(filter);
+    m_margin->setNumbers(filter);
+    updateMargin();
+    m_rowsAtEnd = m_window.rowCount();
+    if (follows)
+        return filterChanged();
+    m_window.showAround(m_window.rowOf(line));
+    const QTextBlock block = m_window.blockOf(m_window.rowOf(line));
+    if (block.isValid())
+        verticalScrollBar()->setValue(qRound(m_document->layout()->rowTop(block.position())));
+    updateNewestButton();
+}
+
+void QtTerminalWidget::filterChanged()
+{
+    m_window.showNewest();
+    scrollToEnd();
+    updateNewestButton();
+}
+
+void QtTerminalWidget::filterGrew()
+{
+    const bool follows = followsEnd();
+    const SelectionKeeper keeper(this);
+    if (m_window.appendFiltered())
+        dropOldest();
+    else
+        m_window.showNewest();
+    if (follows)
+        scrollToEnd();
+    updateNewestButton();
+}
+
+void QtTerminalWidget::goToNewest()
+{
+    QTextCursor cursor = textCursor();
+    cursor.clearSelection();
+    setTextCursor(cursor);
+    m_selected = false;
+    flushAll();
+    if (m_window.isDetached())
+        m_window.showNewest();
+    scrollToEnd();
+    updateNewestButton();
+}
+
+void QtTerminalWidget::goToOldest()
+{
+    if (m_window.firstRow() > 0)
+        m_window.showFrom(0);
+    verticalScrollBar()->setValue(verticalScrollBar()->minimum());
+    updateNewestButton();
+}
+
+qint64 QtTerminalWidget::lineAt(const QPointF &point) const
+{
+    const int position = m_document->layout()->hitTest(point, Qt::FuzzyHit);
+    return m_window.lineOf(m_window.rowOf(m_document->findBlock(position)));
+}
+
+LineSearch::Place QtTerminalWidget::topPlace() const
+{
+    return {lineAt(QPointF(0, verticalScrollBar()->value() + m_document->layout()->lineHeight() / 2)), 0};
+}
+
+void QtTerminalWidget::showMatch(const LineSearch::Match &match)
+{
+    const qint64 row = m_window.rowOf(match.place.line);
+    if (!m_window.blockOf(row).isValid())
+        m_window.showAround(row);
+    const QTextBlock block = m_window.blockOf(row);
+    if (!block.isValid())
+        return;
+    const int column = qMax(0, match.place.column - m_window.droppedOf(block));
+    QTextCursor cursor(m_document);
+    cursor.setPosition(TerminalDocument::positionIn(block, column));
+    cursor.setPosition(TerminalDocument::positionIn(block, column + match.length), QTextCursor::KeepAnchor);
+    const LogLayout *layout = m_document->layout();
+    const int top = qRound(layout->rowTop(cursor.selectionStart()));
+    QScrollBar *bar = verticalScrollBar();
+    const int before = bar->value();
+    const bool isInView = top >= before && top + layout->lineHeight() <= before + viewport()->height();
+    setTextCursor(cursor); // scrolls to its edge
+    bar->setValue(isInView ? before : top - viewport()->height() / 3);
+    m_selected = true;
+    updateNewestButton();
+}
+
+void QtTerminalWidget::markMatches(const LineSearch &search)
+{
+    m_marks->show(search);
+    viewport()->update();
+}
+
+// ---- beside the rows
+
+void QtTerminalWidget::showTimes(LogMargin::Time time, bool copies)
+{
+    m_copiesTimes = copies && time != LogMargin::Time::None;
+    m_margin->setTime(time);
+    updateMargin();
+}
+
+void QtTerminalWidget::beginTimes()
+{
+    m_margin->setOpening(QDateTime::currentMSecsSinceEpoch());
+}
+
+void QtTerminalWidget::updateMargin()
+{
+    m_margin->setFont(font());
+    const int width = m_margin->wantedWidth();
+    m_margin->setVisible(width > 0);
+    setViewportMargins(width, 0, 0, 0);
+    const QRect area = viewport()->geometry();
+    m_margin->setGeometry(area.left() - width, area.top(), width, area.height());
+    m_margin->update();
+}
+
+// It stands over the lower edge while the end is not in view.
+void QtTerminalWidget::updateNewestButton()
+{
+    const QScrollBar *bar = verticalScrollBar();
+    const bool isAway = m_window.isDetached() || bar->value() < bar->maximum();
+    if (!isAway)
+        m_rowsAtEnd = m_window.rowCount();
+    m_newest->setVisible(isAway);
+    if (!isAway)
+        return;
+    const qint64 added = m_window.rowCount() - m_rowsAtEnd;
+    m_newest->setText(added > 0 ? QStringLiteral("回到最新（%1行新内容）").arg(added)
+                                : QStringLiteral("回到最新"));
+    m_newest->adjustSize();
+    const QRect area = viewport()->geometry();
+    m_newest->move(area.center().x() - m_newest->width() / 2, area.bottom() - m_newest->height() - 6);
+}
+
 // ---- outgoing
 
 QString QtTerminalWidget::toPlainText()
 {
     flushAll();
-    return m_document->text();
+    return m_window.text();
 }
 
 QMimeData *QtTerminalWidget::createMimeDataFromSelection() const
 {
     const QTextCursor selection = textCursor();
     auto *copied = new QMimeData;
-    copied->setText(m_document->textBetween(selection.selectionStart(), selection.selectionEnd()));
+    const int start = selection.selectionStart();
+    const int end = selection.selectionEnd();
+    if (start == 0 && end == m_document->characterCount() - 1 && !m_window.isFiltered())
+        copied->setText(m_window.text()); // all of it, also what is not in the document
+    else
+        copied->setText(m_copiesTimes ? m_margin->withTimes(start, end)
+                                      : m_document->textBetween(start, end));
     return copied;
 }
 
@@ -256,6 +483,7 @@ void QtTerminalWidget::selectColorText(const QColor &color)
 void QtTerminalWidget::contextMenuEvent(QContextMenuEvent *event)
 {
     QMenu *menu = createStandardContextMenu();
+    menu->addAction(QStringLiteral("查找\tCtrl+F"), this, &QtTerminalWidget::findRequested);
     menu->addSeparator();
     // The tab only names the keys; WorkArea has the shortcut.
     menu->addAction(QStringLiteral("清空接收区\tCtrl+L"), this, &QtTerminalWidget::clearRequested);
@@ -266,11 +494,19 @@ void QtTerminalWidget::contextMenuEvent(QContextMenuEvent *event)
 void QtTerminalWidget::keyPressEvent(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::MoveToStartOfDocument))
-        verticalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+        goToOldest();
     else if (event->matches(QKeySequence::MoveToEndOfDocument))
-        verticalScrollBar()->triggerAction(QScrollBar::SliderToMaximum);
+        goToNewest();
     else
         QTextBrowser::keyPressEvent(event);
+}
+
+void QtTerminalWidget::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (m_window.isFiltered())
+        emit lineChosen(lineAt(QPointF(0, event->y() + verticalScrollBar()->value())));
+    else
+        QTextBrowser::mouseDoubleClickEvent(event);
 }
 
 // What the user selects stays below the pointer.
@@ -299,6 +535,8 @@ void QtTerminalWidget::resizeEvent(QResizeEvent *event)
     const Place before = place();
     QTextBrowser::resizeEvent(event);
     returnTo(before);
+    updateMargin();
+    updateNewestButton();
 }
 
 void QtTerminalWidget::changeEvent(QEvent *event)
@@ -307,6 +545,7 @@ void QtTerminalWidget::changeEvent(QEvent *event)
     QTextBrowser::changeEvent(event);
     if (event->type() != QEvent::FontChange)
         return;
+    updateMargin();
     returnTo(before);
 }
 

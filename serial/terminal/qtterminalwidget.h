@@ -4,13 +4,20 @@
 // there is time for one, at most a screen refresh's worth at a time, so that a
 // flood can't freeze the window; keeps the user's selection and place, and
 // follows the end where that is in view.
+//
+// Older lines than the display holds are shown when the user scrolls or is led
+// there, see LogWindow.
 
+#include "logmargin.h"
+#include "logwindow.h"
+#include "matchmarks.h"
 #include "receivedtext.h"
 
 #include <QElapsedTimer>
 #include <QTextBrowser>
 #include <QTimer>
 
+class QPushButton;
 class TerminalDocument;
 
 class QtTerminalWidget : public QTextBrowser
@@ -42,6 +49,28 @@ public:
     // How many characters and paragraphs the display holds at most.
     void setLimits(int characters, int paragraphs);
 
+    // Selects a match and brings it into view. The line may be one that the
+    // display has dropped.
+    void showMatch(const LineSearch::Match &match);
+    // The line on top of the view.
+    LineSearch::Place topPlace() const;
+    // The time of each line, beside the text, and whether copying takes it along.
+    void showTimes(LogMargin::Time time, bool copies);
+    // Times since the opening of the link count from now.
+    void beginTimes();
+
+    // Shows only the lines of a filter, which outlives this or is taken away with
+    // nullptr; the line on top stays. filterGrew(): the filter has more lines;
+    // filterChanged(): it has others.
+    void setFilter(const LineFilter *filter);
+    void filterGrew();
+    void filterChanged();
+
+    // Every match of a search, which outlives this, is marked in the text and on
+    // the scroll bar. To be called again when another search begins.
+    void markMatches(const LineSearch &search);
+    void updateMarks() { m_marks->update(); } // the search has gone on
+
 public slots:
     void setTerminalText(QString strText);
     void insertTerminalText(QString strText);
@@ -52,9 +81,14 @@ public slots:
 
     // Shows the next slice of what is pending.
     void flushSlice();
+    void goToNewest(); // and follows it
+    void goToOldest();
 
 signals:
-    void clearRequested(); // by the context menu
+    void clearRequested();        // by the context menu
+    void findRequested();         // so too
+    void lineChosen(qint64 line); // by a double click, while filtered
+    void recordChanged();         // lines were added, or all were cleared
     // The disk refuses: what is shown from now on is not in the record.
     void recordFailed();
 
@@ -64,6 +98,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
@@ -75,6 +110,13 @@ private:
         int position;
         int offset; // pixels of its row above the view
     };
+
+    void showMoreRows();
+    void append(const QString &text);
+    void dropOldest();
+    void updateNewestButton();
+    void updateMargin();
+    qint64 lineAt(const QPointF &point) const; // of the document
 
     Place place() const;
     void returnTo(const Place &place);
@@ -91,6 +133,12 @@ private:
 
     ReceivedText m_received;
     TerminalDocument *m_document;
+    LogWindow m_window;
+    QPushButton *m_newest; // leads to the end
+    LogMargin *m_margin;
+    MatchMarks *m_marks;
+    qint64 m_rowsAtEnd = 0; // when the end was last in view
+    bool m_copiesTimes = false;
     bool m_recordIsComplete = true; // as reported
     bool m_directInsert = true;
 

@@ -1,10 +1,13 @@
 #include "workarea.h"
 
+#include "findbar.h"
 #include "formpanel.h"
+#include "logfind.h"
 #include "placeholdertext.h"
 #include "qtterminalwidget.h"
 #include "receivestore.h"
 #include "stateindicator.h"
+#include "viewmenu.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -29,7 +32,11 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_gathering(new QLabel(this))
     , m_sendLabel(new QLabel(this))
     , m_recvLabel(new QLabel(this))
+    , m_findButton(new QPushButton(QStringLiteral("查找"), this))
     , m_terminal(new QtTerminalWidget(this))
+    , m_view(new ViewMenu(this))
+    , m_findBar(new FindBar(this))
+    , m_find(new LogFind(m_terminal, m_findBar))
     , m_received(new ReceiveStore(m_terminal, stem, page))
     , m_sendBox(new QtSendBoxWidget(owner, this))
     , m_countTimer(this)
@@ -38,9 +45,13 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     m_countTimer.setSingleShot(true);
     connect(&m_countTimer, &QTimer::timeout, this, &WorkArea::flushAndCount);
     connect(m_terminal, &QtTerminalWidget::clearRequested, this, &WorkArea::clearRequested);
-    auto *clear = new QShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_L), page);
-    clear->setContext(Qt::WidgetWithChildrenShortcut);
-    connect(clear, &QShortcut::activated, this, &WorkArea::clearRequested);
+    addShortcut(int(Qt::CTRL) + Qt::Key_L, [this] { emit clearRequested(); });
+    addShortcut(int(Qt::CTRL) + Qt::Key_F, [this] { m_find->open(); });
+    addShortcut(Qt::Key_F3, [this] { m_find->next(); });
+    addShortcut(int(Qt::SHIFT) + Qt::Key_F3, [this] { m_find->previous(); });
+    connect(m_view, &ViewMenu::changed, this,
+            [this] { m_terminal->showTimes(m_view->time(), m_view->copiesTimes()); });
+    connect(m_findButton, &QPushButton::clicked, m_find, &LogFind::open);
     connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
         emit notify(Notice::error(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！")));
     });
@@ -48,8 +59,24 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     connect(m_sendBox, &QtSendBoxWidget::notify, this, &WorkArea::notify);
 }
 
+// The other page may have changed what is shown.
+void WorkArea::showEvent(QShowEvent *event)
+{
+    m_view->load();
+    QWidget::showEvent(event);
+}
+
+void WorkArea::addShortcut(const QKeySequence &key, const std::function<void()> &action)
+{
+    auto *shortcut = new QShortcut(key, m_page);
+    shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(shortcut, &QShortcut::activated, this, action);
+}
+
 void WorkArea::showHint(bool open)
 {
+    if (open)
+        m_terminal->beginTimes();
     m_terminal->setPlaceholderText(open ? m_openHint : m_closedHint);
 }
 
@@ -71,7 +98,7 @@ void WorkArea::buildUi()
     m_split = new QSplitter(Qt::Vertical, this);
     m_split->setObjectName(QStringLiteral("splitRecvSend"));
     m_split->setChildrenCollapsible(false);
-    m_split->addWidget(m_terminal);
+    m_split->addWidget(buildDisplay());
     m_split->addWidget(m_sendBox);
     m_split->setStretchFactor(0, 1);
     m_split->setStretchFactor(1, 0);
@@ -84,8 +111,21 @@ void WorkArea::buildUi()
     column->addWidget(m_split, 1);
 }
 
+QWidget *WorkArea::buildDisplay()
+{
+    auto *display = new QWidget(this);
+    auto *column = new QVBoxLayout(display);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addWidget(m_terminal, 1);
+    column->addWidget(m_findBar);
+    return display;
+}
+
 QLayout *WorkArea::buildTop()
 {
+    m_findButton->setObjectName(QStringLiteral("btnLogFind"));
+    m_findButton->setToolTip(QStringLiteral("在全部接收内容中查找（Ctrl+F）"));
     m_fold->setObjectName(QStringLiteral("btnFold"));
     m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
     m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
@@ -96,6 +136,8 @@ QLayout *WorkArea::buildTop()
     auto *top = new QHBoxLayout;
     top->setSpacing(8);
     top->addWidget(m_fold);
+    top->addWidget(m_findButton);
+    top->addWidget(m_view);
     top->addStretch();
     top->addWidget(m_gathering);
     top->addSpacing(8);

@@ -11,14 +11,18 @@
 #include <QMap>
 #include <QTimer>
 #include <QWidget>
+#include <functional>
 
+class FindBar;
 class FormPanel;
+class LogFind;
 class QLabel;
 class QPushButton;
 class QSplitter;
 class QtTerminalWidget;
 class ReceiveStore;
 class StateIndicator;
+class ViewMenu;
 
 class WorkArea : public QWidget
 {
@@ -59,10 +63,15 @@ signals:
     void clearRequested();
     void notify(const Notice &notice);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     // Flushes what was received and emits countsDue().
     void flushAndCount();
     QLayout *buildTop();
+    QWidget *buildDisplay();
+    void addShortcut(const QKeySequence &key, const std::function<void()> &action);
     void buildUi();
 
     QWidget *m_page;
@@ -77,7 +86,11 @@ private:
     QLabel *m_gathering;
     QLabel *m_sendLabel;
     QLabel *m_recvLabel;
+    QPushButton *m_findButton;
     QtTerminalWidget *m_terminal;
+    ViewMenu *m_view;
+    FindBar *m_findBar;
+    LogFind *m_find;
     ReceiveStore *m_received;
     QtSendBoxWidget *m_sendBox;
     QTimer m_countTimer;

@@ -98,7 +98,7 @@ private slots:
         QCoreApplication::sendEvent(m_terminal.get(), &menuKey);
         QWidget *menu = QApplication::activePopupWidget();
         QVERIFY(menu);
-        QCOMPARE(menu->actions().size(), 5); // copy, select all and clear, nothing about links
+        QCOMPARE(menu->actions().size(), 6); // copy, select all and clear, nothing about links
         menu->actions().last()->trigger();
         QCOMPARE(clears.count(), 1);
         menu->close();
