@@ -1,8 +1,10 @@
 #include "imageviewer.h"
+#include "qtterminalwidget.h"
 #include "tours.h"
 #include "userhand.h"
 
 #include <QComboBox>
+#include <QLabel>
 #include <QTest>
 
 namespace {
@@ -57,6 +59,30 @@ void LinkTour::talksToABoard()
     QVERIFY(stage().openPort(board));
     QVERIFY(stage().closePort());
     QVERIFY(stage().waitForNotice("串口[COM5]已关闭!!", Notice::Information));
+}
+
+// Searches and filters a log that goes on.
+void LinkTour::findsInARunningLog()
+{
+    QVERIFY(stage().showTool(0));
+    BoardProcess board("COM6", stage().portsFolder());
+    QVERIFY(stage().plugIn(board, {"--mode", "burst", "--bytes-per-second", "20000"}));
+    QVERIFY(click("radioRecvText"));
+    QVERIFY(stage().openPort(board));
+    QVERIFY(UserHand::press(Qt::Key_F, Qt::ControlModifier));
+    QVERIFY(typeInto("editLogFind", "speed"));
+    const auto matches = [this] { return find<QLabel>("labelLogFind")->text().section('/', 1).toInt(); };
+    WAIT_FOR(matches() > 20);
+    const int before = matches();
+    WAIT_FOR(matches() > before);
+    QVERIFY(click("checkLogFilter"));
+    const auto shown = [this] { return stage().terminal()->document()->toPlainText().split('\n'); };
+    WAIT_FOR(shown().size() > 20);
+    for (const QString &line : shown())
+        QVERIFY2(line.contains("speed"), qPrintable(line));
+    QVERIFY(UserHand::press(Qt::Key_Escape));
+    WAIT_FOR(shown().filter("speed").size() < shown().size() - 20);
+    QVERIFY(stage().closePort());
 }
 
 void LinkTour::servesBoards()

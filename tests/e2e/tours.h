@@ -34,6 +34,7 @@ class LinkTour : public Tour
 
 private slots:
     void talksToABoard();
+    void findsInARunningLog();
     void servesBoards();
     void showsTwoCameras();
 };
