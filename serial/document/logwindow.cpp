@@ -63,7 +63,7 @@ QTextBlock LogWindow::blockOf(qint64 row) const
 
 int LogWindow::droppedOf(const QTextBlock &block) const
 {
-    if (block != m_document->firstBlock() || firstRow() <= 0)
+    if (block != m_document->firstBlock() || firstRow() < 0)
         return 0;
     const int length = m_received->lines().line(lineOf(firstRow())).size();
     return qMax(0, length - TerminalDocument::lengthOf(block));
@@ -75,24 +75,29 @@ LineStore::Extract LogWindow::extract(qint64 first) const
                     : m_received->lines().extract(first, step(), kMaxBytes);
 }
 
-void LogWindow::showFrom(qint64 row)
+bool LogWindow::showFrom(qint64 row)
 {
     const LineStore::Extract rows = extract(row);
+    if (rows.count == 0 && rowCount() > 1)
+        return false;
     m_isDetached = !rows.isEnd;
     m_lastRow = row + rows.count - 1;
     m_isPartial = true;
     m_received->forgetShown();
     m_document->replace(QString());
     m_document->append(rows.text);
+    return true;
 }
 
-void LogWindow::showNewest(int rows)
+bool LogWindow::showNewest(int rows)
 {
-    showFrom(qMax<qint64>(0, rowCount() - (rows > 0 ? rows : step())));
+    if (!showFrom(qMax<qint64>(0, rowCount() - (rows > 0 ? rows : step()))))
+        return false;
     while (m_isDetached) { // long lines
         showNewer();
         m_document->dropOldest();
     }
+    return true;
 }
 
 void LogWindow::showAround(qint64 row)

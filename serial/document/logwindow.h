@@ -36,8 +36,9 @@ public:
     int droppedOf(const QTextBlock &block) const;
 
     // Rows in place of all others: the newest, from one on, or around one.
-    void showNewest(int rows = 0); // so many; as many as are brought in at a time
-    void showFrom(qint64 row);
+    // False, and as before, where they can't be read back.
+    bool showNewest(int rows = 0); // so many; as many as are brought in at a time
+    bool showFrom(qint64 row);
     void showAround(qint64 row);
     // More rows before or behind those in the document. showOlder() drops others
     // at the end where there are too many, and returns how many rows of the layout

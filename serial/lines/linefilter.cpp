@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr qint64 kLinesAtATime = 200 * 1000;
+constexpr qint64 kLinesAtATime = 200LL * 1000;
 
 } // namespace
 

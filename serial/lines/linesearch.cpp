@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr qint64 kPieceBytes = 256 * 1024;
+constexpr qint64 kPieceBytes = 256LL * 1024;
 
 bool isBefore(const LineSearch::Place &a, const LineSearch::Place &b)
 {

@@ -5,9 +5,9 @@
 namespace {
 
 // A block ends with the first line after so much.
-constexpr qint64 kBlockBytes = 16 * 1024;
+constexpr qint64 kBlockBytes = 16LL * 1024;
 constexpr qint64 kBlockLines = 1024;
-constexpr qint64 kReadBytes = 64 * 1024;
+constexpr qint64 kReadBytes = 64LL * 1024;
 
 // Seven bits a byte, the lowest first; the highest bit says that more follow.
 void appendNumber(quint64 number, QByteArray *bytes)

@@ -168,10 +168,10 @@ void QtTerminalWidget::flushSlice()
             apply(change);
         }
     } while (m_received.hasPending() && spent.elapsed() < kFlushBudgetMs);
-    const bool isUnseen = follows && m_window.takesChanges() && added.count(QLatin1Char('\n')) > kUnseenLines;
-    if (isUnseen)
-        m_window.showNewest(kKeptLines);
-    else
+    // Only what the record holds may be left out.
+    const bool isUnseen = follows && m_window.takesChanges() && m_received.isRecordComplete() &&
+                          added.count(QLatin1Char('\n')) > kUnseenLines && m_window.showNewest(kKeptLines);
+    if (!isUnseen)
         append(added);
     apply(m_received.putOff(codec));
     m_flushInterval =
