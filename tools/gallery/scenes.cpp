@@ -91,6 +91,17 @@ void tools(Gallery &gallery)
         NEED(UserHand::clickAt(tabs, tabs->tabRect(i).center()));
         NEED(gallery.save(QLatin1String(kTools[i]), tabs));
     }
+    NEED(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
+    stage.terminal()->showTimes(LogMargin::Time::Clock, false);
+    NEED(UserHand::click(stage.find<QWidget>("btnLogFind")));
+    NEED(UserHand::typeInto(stage.find<QWidget>("editLogFind"), QStringLiteral("adc")));
+    NEED_SOON(stage.find<QLabel>("labelLogFind")->text().startsWith(QLatin1String("1/")));
+    NEED(gallery.save(QStringLiteral("find"), tabs));
+    NEED(UserHand::click(stage.find<QWidget>("checkLogFilter")));
+    NEED(gallery.save(QStringLiteral("filter"), tabs));
+    NEED(UserHand::click(stage.find<QWidget>("btnLogFindClose")));
+    stage.terminal()->showTimes(LogMargin::Time::None, false);
+    stage.terminal()->goToNewest();
     NEED(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
     auto *plot = stage.find<PidPlot>("pidPlot");
     QWindow *window = plot->window()->windowHandle();
