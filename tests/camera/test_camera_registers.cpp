@@ -5,6 +5,7 @@
 #include "camerareceiver.h"
 #include "datamanagerwidget.h"
 #include "dialoganswers.h"
+#include "linksession.h"
 #include "registersession.h"
 #include "settings.h"
 
@@ -98,6 +99,12 @@ private slots:
         QTest::keyClicks(value, "77"); // meanwhile
         QVERIFY(reply(asked, "001000000011000830040000"));
         QCOMPARE(value->text(), QStringLiteral("77"));
+        click("btnReadRegister"); // of which nothing is expected when the link begins to close
+        m_notices->clear();
+        emit m_page->findChild<LinkSession *>()->closing();
+        QCoreApplication::processEvents();
+        m_page->findChild<RegisterSession *>()->reportUnanswered();
+        QCOMPARE(m_notices->size(), 0);
 
         // Asked by a broadcast, any of them may answer.
         for (const auto &[host, mayAnswer] : {std::pair{"10.0.0.8", false},

@@ -194,6 +194,7 @@ private slots:
             }
             checkThePort();
             beginSending({makeFile("b.bin", 1)});
+            QCOMPARE(child<QProgressBar>("progressTransfer")->value(), 0);
             QCOMPARE(answered("C", 133).mid(3, 6), QByteArray("b.bin\0", 6));
             QVERIFY(!text().contains(words)); // of the first
         }

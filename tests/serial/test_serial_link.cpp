@@ -8,6 +8,7 @@
 #include "quietreader.h"
 #include "serialports.h"
 
+#include <QSerialPortInfo>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -389,6 +390,7 @@ private slots:
         const QTemporaryDir folder;
         qputenv("KORVEX_VIRTUAL_PORTS", folder.path().toLocal8Bit());
         const int systemPorts = SerialPorts::entries().size();
+        QCOMPARE(systemPorts, QSerialPortInfo::availablePorts().size());
         QSerialPorCheck check;
         QSignalSpy changes(&check, &QSerialPorCheck::signalSerialChanged);
         check.SltCheckSerialport();

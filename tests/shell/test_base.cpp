@@ -209,6 +209,8 @@ private slots:
         ports.setPorts(without);
         QCOMPARE(ports.currentText(), "COM7");
         QCOMPARE(ports.count(), 2);
+        ports.setPalette(QPalette(Qt::red, Qt::red, {}, {}, {}, Qt::red, {}));
+        QCOMPARE(ports.lineEdit()->palette().color(QPalette::PlaceholderText), QColor(255, 0, 0, 178));
     }
 
     void panelMakesRoomForItsScrollBar()

@@ -217,12 +217,13 @@ private slots:
     {
         const QString path = touch("a.txt");
         QVERIFY(QDir(m_root->path()).mkdir("folder"));
-        QtFileDialog open(QtFileDialog::OpenFile, {}, path, {});
+        QtFileDialog open(QtFileDialog::OpenFile, {}, path, "所有文件(*.*)");
         open.show();
         QCOMPARE(open.findChild<QFileDialog *>()->directory(), QDir(m_root->path())); // not the last one
         auto *list = open.findChild<QListView *>("listView");
         auto *model = open.findChild<QFileSystemModel *>();
         QTRY_VERIFY(model->index(path).isValid());
+        QCOMPARE(model->nameFilters(), QStringList("*")); // with names that have no dot
         // Qt takes the button for one that opens folders.
         auto *button = open.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Open);
         QCOMPARE(button->text(), QString("确定"));
@@ -301,6 +302,34 @@ private slots:
         const QPoint middle = field->rect().center();
         QVERIFY(qAbs(painted(field, middle).hue() - 180) <= 2);
         QVERIFY(painted(field, middle + QPoint(5, 0)).saturation() < 90); // the mark around it
+    }
+
+    // The current color has a frame, the one that the keyboard is at a thicker one.
+    void swatchesFrameTheirColors()
+    {
+        ColorSwatches swatches(3, 2);
+        swatches.setColors({Qt::red, Qt::green, Qt::blue, Qt::white});
+        swatches.setCurrentColor(Qt::green);
+        const QColor accent(Skin::palette().accent);
+        const auto frames = [&] {
+            const QImage image = swatches.grab().toImage();
+            QString thick;
+            for (int i = 0, rows = 0; i < 6; ++i, thick += QString::number(rows))
+                for (rows = 0; image.pixelColor(swatches.cell(i).topLeft() + QPoint(11, rows)) == accent;)
+                    ++rows;
+            return thick;
+        };
+        QCOMPARE(frames(), QString("020000"));
+        swatches.show();
+        QApplication::setActiveWindow(&swatches);
+        swatches.setFocus();
+        QStringList seen;
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Right, Qt::Key_Left, Qt::Key_Left, Qt::Key_Left,
+                                  Qt::Key_Down, Qt::Key_Up}) {
+            QTest::keyClick(&swatches, key);
+            seen += frames();
+        }
+        QCOMPARE(seen.join(' '), QString("040000 024000 040000 420000 420000 020400 420000"));
     }
 
     void styleDialogWarnsAndStores()
