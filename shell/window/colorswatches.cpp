@@ -58,7 +58,7 @@ void ColorSwatches::paintEvent(QPaintEvent *)
         const bool current = filled && m_colors.at(i) == m_current;
         const bool focused = filled && hasFocus() && i == m_cursor;
         painter.setBrush(filled ? QBrush(m_colors.at(i)) : QBrush(Qt::NoBrush));
-        painter.setPen(QPen(current || focused ? QColor(palette.accent) : outline, 1));
+        painter.setPen(QPen(outline, 1));
         painter.drawRoundedRect(box, 3, 3);
         if (!current && !focused)
             continue;
@@ -134,7 +134,6 @@ void ColorSwatches::pick(int index)
 {
     if (index < 0 || index >= m_colors.size())
         return;
-    m_cursor = index;
     setCurrentColor(m_colors.at(index));
     emit picked(m_current);
 }

@@ -284,8 +284,7 @@ private slots:
         QTest::mouseClick(field, Qt::LeftButton, {}, {1, 1}); // red, full saturation
         QCOMPARE(panel.color().hue(), 0);
         QCOMPARE(panel.color().saturation(), 255);
-        QTest::keyClick(field, Qt::Key_Right, Qt::ShiftModifier);
-        QVERIFY(panel.color().hue() > 0);
+        QTest::keyClick(field, Qt::Key_Right);
         QCOMPARE(hex->text(), panel.color().name());
         auto *swatches = panel.findChild<ColorSwatches *>("standardColors");
         QTest::mouseClick(swatches, Qt::LeftButton, {}, swatches->cell(3).center());
@@ -325,11 +324,43 @@ private slots:
         swatches.setFocus();
         QStringList seen;
         for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Right, Qt::Key_Left, Qt::Key_Left, Qt::Key_Left,
-                                  Qt::Key_Down, Qt::Key_Up}) {
+                                  Qt::Key_Down, Qt::Key_Up, Qt::Key_Right}) {
             QTest::keyClick(&swatches, key);
             seen += frames();
         }
-        QCOMPARE(seen.join(' '), QString("040000 024000 040000 420000 420000 020400 420000"));
+        swatches.setCurrentColor(Qt::red);
+        seen += frames();
+        QCOMPARE(seen.join(' '), QString("040000 024000 040000 420000 420000 020400 420000 040000 400000"));
+    }
+
+    void fieldFollowsKeysAndMouse()
+    {
+        HueSaturationField field;
+        field.resize(180, 120);
+        field.setColor(100, 100);
+        QStringList seen{field.grab().toImage().pixelColor(0, 0).name()};
+        connect(&field, &HueSaturationField::changed, this,
+                [&](int hue, int saturation) { seen += QString("%1,%2").arg(hue).arg(saturation); });
+        const std::pair<Qt::Key, Qt::KeyboardModifier> keys[] = {{Qt::Key_Left, Qt::NoModifier},
+                                                                 {Qt::Key_Up, Qt::ShiftModifier},
+                                                                 {Qt::Key_Down, Qt::NoModifier},
+                                                                 {Qt::Key_Right, Qt::ShiftModifier}};
+        for (const auto &[key, modifiers] : keys)
+            QTest::keyClick(&field, key, modifiers);
+        for (const auto &[place, button] : {std::pair{QPoint(178, 118), Qt::LeftButton},
+                                            {QPoint(20, 20), Qt::NoButton},
+                                            {QPoint(500, -50), Qt::LeftButton}}) {
+            QMouseEvent move(QEvent::MouseMove, place, Qt::NoButton, button, {});
+            QApplication::sendEvent(&field, &move);
+        }
+        field.resize(360, 240);
+        field.show();
+        QApplication::setActiveWindow(&field);
+        field.setFocus();
+        for (const int place : {0, 238}) // its frame, and no saturation
+            seen += field.grab().toImage().pixelColor(place, place).name();
+        QCOMPARE(seen.join(' '), Skin::palette().border + " 99,100 99,110 99,109 109,109 359,0 359,255 " +
+                                     Skin::palette().accent + " #ffffff");
     }
 
     void styleDialogWarnsAndStores()
