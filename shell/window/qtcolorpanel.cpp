@@ -49,9 +49,9 @@ QtColorPanel::QtColorPanel(QWidget *parent)
 {
     buildUi();
     connect(m_swatches, &ColorSwatches::picked, this,
-            [this](const QColor &color) { take(color, Source::Swatch); });
+            [this](const QColor &color) { take(color, Source::Other); });
     connect(m_recent, &ColorSwatches::picked, this,
-            [this](const QColor &color) { take(color, Source::Swatch); });
+            [this](const QColor &color) { take(color, Source::Other); });
     connect(m_field, &HueSaturationField::changed, this, &QtColorPanel::takeFromField);
     connect(m_value, &QSlider::valueChanged, this, &QtColorPanel::takeFromSlider);
     connect(m_hex, &QLineEdit::textEdited, this, &QtColorPanel::takeFromHex);
@@ -109,17 +109,14 @@ void QtColorPanel::buildUi()
     layout->setRowStretch(1, 1);
 }
 
-// What the user is just handling keeps what it shows: a field dragged at value
-// 0 keeps its hue, and a half-typed text is not written over.
+// A half-typed text is not written over. The field and the slider give colors
+// that know their hue even where they are black or grey; of others it is kept.
 void QtColorPanel::take(const QColor &color, Source source)
 {
     m_color = color.toRgb(); // one form, so that equal colors compare equal
-    if (source != Source::Field && source != Source::Slider) {
-        const int hue = color.hue() < 0 ? m_field->hue() : color.hue();
-        m_field->setColor(hue, color.saturation());
-        const QSignalBlocker blocker(m_value);
-        m_value->setValue(color.value());
-    }
+    m_field->setColor(color.hue() < 0 ? m_field->hue() : color.hue(), color.saturation());
+    const QSignalBlocker blocker(m_value);
+    m_value->setValue(color.value());
     if (source != Source::Hex)
         m_hex->setText(color.name());
     markHex(true);
@@ -134,12 +131,12 @@ void QtColorPanel::take(const QColor &color, Source source)
 
 void QtColorPanel::takeFromField(int hue, int saturation)
 {
-    take(QColor::fromHsv(hue, saturation, m_value->value()), Source::Field);
+    take(QColor::fromHsv(hue, saturation, m_value->value()), Source::Other);
 }
 
 void QtColorPanel::takeFromSlider(int value)
 {
-    take(QColor::fromHsv(m_field->hue(), m_field->saturation(), value), Source::Slider);
+    take(QColor::fromHsv(m_field->hue(), m_field->saturation(), value), Source::Other);
 }
 
 void QtColorPanel::takeFromHex(const QString &text)

@@ -32,7 +32,7 @@ signals:
     void colorChanged(const QColor &color);
 
 private:
-    enum class Source { Program, Field, Slider, Hex, Swatch };
+    enum class Source { Program, Hex, Other };
 
     void buildUi();
     void take(const QColor &color, Source source);

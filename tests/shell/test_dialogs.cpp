@@ -297,6 +297,15 @@ private slots:
         };
         for (const int cell : {0, 16, 35})
             QCOMPARE(painted(swatches, swatches->cell(cell).center()), swatches->colors().at(cell));
+        auto *recent = panel.findChild<ColorSwatches *>("recentColors");
+        panel.setRecentColors({Qt::white, panel.color()});
+        const QString chosen = "颜色 " + panel.color().name();
+        QCOMPARE(recent->accessibleName(), chosen);
+        QTest::mouseClick(recent, Qt::LeftButton, {}, recent->cell(0).center());
+        QCOMPARE(swatches->accessibleName(), QString("颜色 #ffffff"));
+        panel.setColor(recent->colors().at(1));
+        QCOMPARE(recent->accessibleName(), chosen);
+        QCOMPARE(painted(panel.findChild<QLabel *>(), {20, 10}), panel.color());
         panel.setColor(QColor::fromHsv(180, 128, 255));
         const QPoint middle = field->rect().center();
         QVERIFY(qAbs(painted(field, middle).hue() - 180) <= 2);
