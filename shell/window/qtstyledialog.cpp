@@ -17,9 +17,8 @@
 
 namespace {
 
-constexpr int maxRecent = 12;
-
-// The colors accepted in this run, newest first.
+// The colors accepted in this run, newest first. The panel shows as many as it has
+// room for.
 QVector<QColor> &recentColors()
 {
     static QVector<QColor> colors;
@@ -30,8 +29,6 @@ void remember(const QColor &color)
 {
     recentColors().removeAll(color);
     recentColors().prepend(color);
-    if (recentColors().size() > maxRecent)
-        recentColors().removeLast();
 }
 
 } // namespace

@@ -74,12 +74,19 @@ private slots:
     void limitsSendersOfDatagrams()
     {
         choose(Udp);
-        const QImage closed = child<ImageViewer>("imageViewer")->grab().toImage();
+        const auto hints = [this] {
+            child<ImageViewer>("imageViewer")->resize(600, 500);
+            return child<ImageViewer>("imageViewer")->grab().toImage();
+        };
+        const QImage closed = hints();
         const quint16 port = openPort(Udp);
-        QVERIFY(child<ImageViewer>("imageViewer")->grab().toImage() != closed); // other hints
+        QVERIFY(hints() != closed);
         for (int i = 0; i < 17; ++i)
             (new QUdpSocket(m_page.get()))->writeDatagram("ORVN", QHostAddress::LocalHost, port);
         QTRY_COMPARE_WITH_TIMEOUT(lastNotice(), QStringLiteral("UDP发送方超过16个，图像可能不完整！"), 20000);
+        click("btnCameraOpen");
+        QTRY_COMPARE(lastNotice(), QStringLiteral("摄像头连接已关闭！"));
+        QCOMPARE(hints(), closed);
     }
 
     void forgetsHalfAFrame_data() { sendsAndCloses_data(); }

@@ -3,7 +3,9 @@
 #include "camerapagetest.h"
 #include "dialoganswers.h"
 #include "frameshow.h"
+#include "linksession.h"
 #include "seriallink.h"
+#include "stateindicator.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -36,8 +38,13 @@ private slots:
         m_page->SltRecvImageData("b", red);
         m_page->SltRecvImageData("b", "this is no packet");
         QCOMPARE(error(), QStringLiteral("无法识别的数据，已丢弃"));
+        const QSignalSpy refreshes(m_page.get(), &CameraDebugWidget::signalRefresCounts);
+        emit m_page->findChild<LinkSession *>()->handedOver(3);
+        QVERIFY(refreshes.count() == 1 && m_page->counts().at(0) == "3");
         m_page->clearCounts();
         QVERIFY(child<QLabel>("labelImageError")->isHidden() && m_page->counts() == QStringList({"0", "0"}));
+        m_page->SltRecvImageData("b", red);
+        QCOMPARE(child<QLabel>("labelImageError")->text(), QStringLiteral("数据错误: 1"));
     }
 
     // The line hands over byte after byte; two announcements have to arrive whole.
@@ -50,6 +57,7 @@ private slots:
         child<QComboBox>("comboCameraBaudRate")->setEditText("0");
         click("btnCameraOpen");
         QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
+        QVERIFY(child<StateIndicator>("stateIndicator")->toolTip().contains(QStringLiteral("波特率为空")));
         m_notices->clear();
         auto *port = m_page->findChild<SerialLink *>();
         const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
@@ -95,6 +103,7 @@ private slots:
         QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 0"));
         m_page->SltCalculationRate(); // no frame since
         QCOMPARE(child<QLabel>("labelFrameRate")->text(), QStringLiteral("接收帧率: 0.0 FPS"));
+        QCOMPARE(child<QLabel>("labelDataRate")->text(), QStringLiteral("接收速率: 0 B/s"));
     }
 
     void takesRawJpegs()
