@@ -339,13 +339,13 @@ void CameraDebugWidget::SltReadWriteRegister(QString strAddr, QString strValue, 
 {
     const int addressLength = m_config->addressLength();
     const int valueLength = m_config->valueLength();
-    if (addressLength < 1 || addressLength > CameraFrame::maxValueBytes) {
-        QtMessageTip::showTip(QStringLiteral("寄存器地址长度设置错误[1~4]"), kTipMs);
-        m_config->stopRequests();
-        return;
-    }
-    if (!strValue.isEmpty() && (valueLength < 1 || valueLength > CameraFrame::maxValueBytes)) {
-        QtMessageTip::showTip(QStringLiteral("寄存器值长度设置错误[1~4]"), kTipMs);
+    QString fault;
+    if (addressLength < 1 || addressLength > CameraFrame::maxValueBytes)
+        fault = QStringLiteral("寄存器地址长度设置错误[1~4]");
+    else if (!strValue.isEmpty() && (valueLength < 1 || valueLength > CameraFrame::maxValueBytes))
+        fault = QStringLiteral("寄存器值长度设置错误[1~4]");
+    if (!fault.isEmpty()) {
+        QtMessageTip::showTip(fault, kTipMs);
         m_config->stopRequests();
         return;
     }

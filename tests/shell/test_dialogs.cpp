@@ -350,18 +350,16 @@ private slots:
                 [&](int hue, int saturation) { seen += QString("%1,%2").arg(hue).arg(saturation); });
         for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Up, Qt::Key_Down, Qt::Key_Right})
             QTest::keyClick(&field, key, key == Qt::Key_Up ? Qt::ShiftModifier : Qt::NoModifier);
-        for (const auto &[place, button] : {std::pair{QPoint(178, 118), Qt::LeftButton},
-                                            {QPoint(20, 20), Qt::NoButton},
-                                            {QPoint(500, -50), Qt::LeftButton}}) {
-            QMouseEvent move(QEvent::MouseMove, place, Qt::NoButton, button, {});
+        for (const Qt::MouseButton button : {Qt::NoButton, Qt::LeftButton}) {
+            QMouseEvent move(QEvent::MouseMove, {500, 118}, Qt::NoButton, button, {});
             QApplication::sendEvent(&field, &move);
         }
         field.resize(360, 240);
         field.setFocus();
         for (const int place : {0, 238}) // its frame, and no saturation
             seen += field.grab().toImage().pixelColor(place, place).name();
-        QCOMPARE(seen.join(' '), Skin::palette().border + " 99,100 99,110 99,109 100,109 359,0 359,255 " +
-                                     accent + " #ffffff");
+        QCOMPARE(seen.join(' '),
+                 Skin::palette().border + " 99,100 99,110 99,109 100,109 359,0 " + accent + " #ffffff");
     }
 
     void styleDialogWarnsAndStores()
