@@ -124,6 +124,9 @@ private slots:
         label->setSelection(0, label->text().size());
         QTest::keySequence(label, QKeySequence::Copy);
         QTRY_COMPARE(QApplication::clipboard()->text(), box.text()); // without the places to break
+        box.setMessage({}, "12345678901234567/1234 6中" + QString(25, 'x'), QtMessageBox::Warning);
+        QCOMPARE(label->text().replace(QChar(0x200B), '|'),
+                 "12345678901234567/|1234 6中" + QString(24, 'x') + "|x");
         box.setMessage({}, QString("一行很长的文字 ").repeated(2000), QtMessageBox::Warning);
         QtMessageBox huge;
         huge.setMessage({}, box.text(), QtMessageBox::Warning);
@@ -284,8 +287,6 @@ private slots:
         QTest::mouseClick(field, Qt::LeftButton, {}, {1, 1}); // red, full saturation
         QCOMPARE(panel.color().hue(), 0);
         QCOMPARE(panel.color().saturation(), 255);
-        QTest::keyClick(field, Qt::Key_Right);
-        QCOMPARE(hex->text(), panel.color().name());
         auto *swatches = panel.findChild<ColorSwatches *>("standardColors");
         QTest::mouseClick(swatches, Qt::LeftButton, {}, swatches->cell(3).center());
         QCOMPARE(panel.color(), swatches->colors().at(3));
