@@ -87,7 +87,6 @@ void CameraPort::gather(const QByteArray &bytes)
 
 void CameraPort::passOn()
 {
-    m_pause.stop();
     if (!m_gathered.isEmpty())
         emit received(std::exchange(m_gathered, {}));
 }

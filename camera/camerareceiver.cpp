@@ -130,7 +130,7 @@ bool CameraReceiver::mayAnswer(const QString &sender, const QHostAddress &addres
 
 void CameraReceiver::beginFrame()
 {
-    if (m_frames == 0 && !m_sinceFirst.isValid())
+    if (!m_sinceFirst.isValid())
         m_sinceFirst.start();
 }
 

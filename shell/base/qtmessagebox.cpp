@@ -89,7 +89,6 @@ QtMessageBox::QtMessageBox(QWidget *parent)
     m_label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_ok->setProperty("primary", true);
-    m_ok->setDefault(true);
 
     auto *scroll = new QScrollArea(this);
     scroll->setObjectName(QStringLiteral("msgBoxScroll"));
@@ -160,8 +159,7 @@ void QtMessageBox::setButtons(Buttons buttons)
     m_cancel->setVisible(buttons != OkOnly);
     // Where Return would overwrite a file, it leaves everything as it is.
     QPushButton *harmless = buttons == SaveDiscardCancel ? m_cancel : m_ok;
-    harmless->setDefault(true);
-    harmless->setFocus();
+    harmless->setDefault(true); // and Qt gives it the focus
 }
 
 int QtMessageBox::question(QWidget *parent, const QString &title, const QString &text)

@@ -59,12 +59,14 @@ private slots:
         click("btnCameraOpen");
         QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
         QVERIFY(child<StateIndicator>("stateIndicator")->toolTip().contains(QStringLiteral("波特率为空")));
-        m_notices->clear();
         auto *port = m_page->findChild<SerialLink *>();
         const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
                                  QByteArray::fromHex("00110000000105040005000000");
         for (const char byte : bytes)
             emit port->received(QByteArray(1, byte), 0, {});
+        emit port->failed("of the port");
+        QCOMPARE(lastNotice(), QString("of the port"));
+        m_notices->clear();
         QTRY_COMPARE(child<QSpinBox>("spinImageHeight")->value(), 5);
         QCOMPARE(m_notices->at(0).at(0).toString(),
                  QStringLiteral("设备[2]修改图像格式[RGB888]成功: 宽度: 2像素,高度：3像素."));
@@ -117,6 +119,7 @@ private slots:
         QCOMPARE(m_page->frames(), qint64(2));
         QTRY_VERIFY(hasPicture(0));
         QCOMPARE(child<ImageViewer>("imageViewer")->image(0).size(), QSize(40, 40));
+        QVERIFY(child<QLabel>("labelImageError")->isHidden());
         // Half a picture is forgotten with the mode.
         m_page->SltRecvImageData("a", file.left(50));
         child<QCheckBox>("checkJpegData")->setChecked(false);

@@ -124,9 +124,9 @@ private slots:
         label->setSelection(0, label->text().size());
         QTest::keySequence(label, QKeySequence::Copy);
         QTRY_COMPARE(QApplication::clipboard()->text(), box.text()); // without the places to break
-        box.setMessage({}, "12345678901234567/1234 6中" + QString(25, 'x'), QtMessageBox::Warning);
+        box.setMessage({}, "12345678/1 6中" + QString(47, 'x') + "😀", QtMessageBox::Warning);
         QCOMPARE(label->text().replace(QChar(0x200B), '|'),
-                 "12345678901234567/|1234 6中" + QString(24, 'x') + "|x");
+                 "12345678/|1 6中" + QString(24, 'x') + '|' + QString(23, 'x') + "😀");
         box.setMessage({}, QString("一行很长的文字 ").repeated(2000), QtMessageBox::Warning);
         QtMessageBox huge;
         huge.setMessage({}, box.text(), QtMessageBox::Warning);
@@ -310,8 +310,7 @@ private slots:
         ColorSwatches swatches(3, 2, &window);
         swatches.setColors({Qt::red, Qt::green, Qt::blue, Qt::white});
         swatches.setCurrentColor(Qt::green);
-        const QString accent = Skin::palette().accent;
-        const auto frames = [&] {
+        const auto frames = [&, accent = QColor(Skin::palette().accent)] {
             const QImage image = swatches.grab().toImage();
             QString thick;
             for (int i = 0, rows = 0; i < 6; ++i, thick += QString::number(rows))
@@ -335,7 +334,7 @@ private slots:
 
         field.resize(180, 120);
         field.setColor(100, 200);
-        QImage image = field.grab().toImage();
+        const QImage image = field.grab().toImage();
         QVERIFY(image.pixelColor(55, 26).saturation() < 90); // the mark around it
         seen = QStringList{image.pixelColor(0, 0).name(), image.pixelColor(90, 20).name()};
         connect(&field, &HueSaturationField::changed, this,
@@ -346,12 +345,7 @@ private slots:
             QMouseEvent move(QEvent::MouseMove, {500, 118}, Qt::NoButton, button, {});
             QApplication::sendEvent(&field, &move);
         }
-        field.resize(360, 240);
-        field.setFocus();
-        image = field.grab().toImage();
-        seen += {image.pixelColor(0, 0).name(), image.pixelColor(238, 238).name()}; // no saturation
-        QCOMPARE(seen.join(' '), Skin::palette().border + " #29ffff 99,200 99,210 99,209 100,209 359,0 " +
-                                     accent + " #ffffff");
+        QCOMPARE(seen.join(' '), Skin::palette().border + " #29ffff 99,200 99,210 99,209 100,209 359,0");
     }
 
     void styleDialogWarnsAndStores()
