@@ -164,7 +164,7 @@ private slots:
     void savesFiles()
     {
         const std::tuple<QString, QString, QString> rows[] = {
-            {"数据文件(*.bin)", "out", "out.bin"},
+            {"文本文件(*.txt)", "out", "out.bin"}, // then another filter is chosen
             {QString(), "out.log", "out.log"},
             {"所有文件(*.*)", "plain", "plain"},
             {"文本文件(*.txt)", "old", "old.txt"}}; // there already
@@ -175,6 +175,8 @@ private slots:
                 return text.contains(name) && ++asked == 2 ? 1 : 0;
             };
             whenModal([name = typed](QWidget *dialog) {
+                if (name == "out")
+                    QTest::keyClick(dialog->findChild<QComboBox *>("fileTypeCombo"), Qt::Key_Down);
                 typeName(dialog, name);
                 if (dialog->isVisible()) // the first answer: not over the old one
                     typeName(dialog, name);
@@ -184,6 +186,7 @@ private slots:
                                                    filter.isEmpty() ? nullptr : &filter),
                      m_root->filePath(saved));
             QCOMPARE(asked, saved == "old.txt" ? 2 : 0);
+            QVERIFY(typed != "out" || filter == "数据文件(*.bin)");
         }
     }
 
@@ -303,7 +306,6 @@ private slots:
         QCOMPARE(swatches->accessibleName(), QString("颜色 #ffffff"));
     }
 
-    // The current color has a frame, the one that the keyboard is at a thicker one.
     void swatchesAndFieldFollowTheUser()
     {
         QWidget window;
@@ -318,7 +320,7 @@ private slots:
                     ++rows;
             return thick;
         };
-        QStringList seen{frames()};
+        QStringList seen{frames()}; // of the current color; that of the keyboard is thicker
         HueSaturationField field(&window);
         window.show();
         QApplication::setActiveWindow(&window);
