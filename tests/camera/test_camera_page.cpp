@@ -99,7 +99,7 @@ private slots:
         m_page->SltRecvImageData("a", frame.repeated(50));
         QCOMPARE(m_page->frames(), qint64(50));
         QTRY_COMPARE(m_page->frameShow().shown(), qint64(1));
-        QTRY_COMPARE(child<QLabel>("labelSkipped")->text(), QStringLiteral("未显示: 50")); // each second
+        QTRY_COMPARE_WITH_TIMEOUT(child<QLabel>("labelSkipped")->text(), QStringLiteral("未显示: 50"), 20000);
         QCOMPARE(child<QLabel>("labelFrameNumber")->text(), QStringLiteral("帧编号: 50"));
         m_page->clearCounts();
         QVERIFY(child<QLabel>("labelFrameNumber")->text() == QStringLiteral("帧编号: 0") &&
