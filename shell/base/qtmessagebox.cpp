@@ -60,8 +60,7 @@ QString breakable(const QString &text)
         result += c;
         run = c.isSpace() || c.unicode() > 0x2E80 ? 0 : run + 1;
         if (run >= longestRun || c == QLatin1Char('/') || c == QLatin1Char('\\')) {
-            if (!c.isHighSurrogate())
-                result += QChar(breakMark);
+            result += QChar(breakMark);
             run = 0;
         }
     }
