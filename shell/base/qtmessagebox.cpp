@@ -158,7 +158,8 @@ void QtMessageBox::setButtons(Buttons buttons)
     m_cancel->setVisible(buttons != OkOnly);
     // Where Return would overwrite a file, it leaves everything as it is.
     QPushButton *harmless = buttons == SaveDiscardCancel ? m_cancel : m_ok;
-    harmless->setDefault(true); // and Qt gives it the focus
+    harmless->setDefault(true);
+    harmless->setFocus(); // a button that has it becomes the default one
 }
 
 int QtMessageBox::question(QWidget *parent, const QString &title, const QString &text)
