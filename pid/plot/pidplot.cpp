@@ -164,7 +164,6 @@ void PidPlot::recreateCurves()
         m_recorder->hasOrigin() ? Qt::UTC : Qt::LocalTime);
     emit curvesCreated();
     setFollow(Live);
-    replot(rpQueuedReplot);
 }
 
 void PidPlot::showHint(bool portOpen)

@@ -9,7 +9,7 @@ using Boardsim::PidBoard;
 
 namespace {
 
-QByteArray frame(int channel, int code, const char *payload = "")
+QByteArray frame(int channel, int code, const QByteArray &payload = {})
 {
     return PidFrame::build(static_cast<quint8>(code), static_cast<quint8>(channel),
                            QByteArray::fromHex(payload));
@@ -67,30 +67,38 @@ private slots:
     void reportsAtTheRate()
     {
         for (int rate : {70, 3000}) {
-            PidBoard board(rate, 0, 1);
+            PidBoard board(rate, 3, 1);
             board.receive(frame(4, 0x12));
             (void)board.takeOutput();
             board.advance(2000);
-            QCOMPARE(actuals(board.takeOutput(), 4).size(), 2 * rate);
+            const QVector<int> noise = actuals(board.takeOutput(), 4);
+            QVERIFY(noise.size() == 2 * rate && noise.contains(-3) && noise.contains(3) &&
+                    !noise.contains(4));
             board.receive(frame(4, 0x13));
             board.advance(1000);
             QCOMPARE(board.reports(), 2 * rate);
         }
     }
 
-    void settles()
+    // Put back to rest it does the same again, from the next control on.
+    void settlesAndRepeatsItself()
     {
-        const int minRiseMs[] = {200, 200, 400, 200, 100}; // to 90 %
+        const QByteArray gains[] = {"cdcc4c3f", "cdcc4c3e", "0000003f", "9a99993e", "0000c03f"}; // 0.8 to 1.5
+        const int responses[][3] = {
+            {86, 261, 333}, {19, 268, 300}, {0, 166, 293}, {80, 297, 407}, {202, 629, 725}};
         for (int channel = 1; channel <= 5; ++channel) {
             PidBoard board(1000, 0, 1);
-            board.receive(frame(channel, 0x11, "f4010000") + frame(channel, 0x12)); // 500
-            board.advance(30000);
+            board.receive(frame(channel, 0x10, gains[channel - 1] + "0000803f0ad7233c") + // 1, 0.01
+                          frame(channel, 0x11, "f4010000") + frame(channel, 0x12));
+            board.advance(30005);
             const QVector<int> values = actuals(board.takeOutput(), channel);
-            QVERIFY(values.first() < 50);
-            const auto risen = std::find_if(values.begin(), values.end(), [](int v) { return v >= 450; });
-            QVERIFY(risen - values.begin() > minRiseMs[channel - 1] && risen - values.begin() < 15000);
+            for (int i = 0; i < 3; ++i)
+                QVERIFY(qAbs(values.at(100 + 400 * i) - responses[channel - 1][i]) <= 1);
             for (int value : values.mid(25000))
                 QVERIFY2(qAbs(value - 500) <= 5, qPrintable(QString::number(value)));
+            board.receive(frame(channel, 0x14));
+            board.advance(30005);
+            QCOMPARE(actuals(board.takeOutput(), channel), QVector<int>(5, 0) + values.mid(0, 30000));
         }
     }
 };

@@ -9,6 +9,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <csignal>
+
 using Boardsim::PacedLine;
 
 class TestSerialRelay : public QObject
@@ -73,6 +75,12 @@ private slots:
         QVERIFY(near.write(sent, 20000));
         QVERIFY(near.read(sent.size(), 20000) == sent);
         QVERIFY(clock.nsecsElapsed() >= 500000000);
+        ::kill(pid_t(board.process().processId()), SIGSTOP);
+        int count = 0; // until there is no room on any part of the way
+        while (near.write(QByteArray(100, 'y'), 300))
+            count += 100;
+        ::kill(pid_t(board.process().processId()), SIGCONT);
+        QVERIFY(near.read(count, 20000) == QByteArray(count, 'y'));
         relay.terminate();
         QVERIFY(relay.waitForFinished());
     }

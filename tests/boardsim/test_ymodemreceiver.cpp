@@ -18,7 +18,7 @@ QByteArray header(const QByteArray &name, const QByteArray &fileSize)
 }
 
 // What a sender sends: H header of a.bin, D<n> and d<n> block n of 1024 and
-// 128 bytes, e EOT, Z empty block 0, X five CAN, x one, g a user's text with
+// 128 bytes, e EOT, Z empty block 0, E both, X five CAN, x one, g a user's text with
 // control characters; with ! a wrong CRC, with ~ a wrong complement, with / the
 // first half.
 QByteArray wire(QString token)
@@ -36,9 +36,10 @@ QByteArray wire(QString token)
         {'d', packet(number, QByteArray(128, letter), 128)},
         {'e', "\x04"},
         {'Z', packet(0, {}, 128)},
+        {'E', '\x04' + packet(0, {}, 128)},
         {'X', "\x18\x18\x18\x18\x18"},
         {'x', "\x18"},
-        {'g', "reboot\x01\r\n\x02\x18\x06\x15"},
+        {'g', QByteArray("reboot\x01\0\n\x02\x18\xff\x06\x15", 14)},
     };
     QByteArray bytes = tokens.value(token.at(0).toLatin1());
     if (marks.contains('!'))
@@ -56,7 +57,7 @@ class TestYmodemReceiver : public QObject
 
 private slots:
     // What is received > what is answered (hexadecimal, - for nothing), in turn.
-    // T: the time is up; T500: it was 500 ms. Behind it how the events begin.
+    // T: the time is up; T500: it was 500 ms. R: another host. Behind it how the events begin.
     void transcript()
     {
         const QString done("file a.bin 300 bytes|batch end 1 files");
@@ -67,6 +68,7 @@ private slots:
              "files"},
             {"", "!H>15 H>0643 !D1>15 ~D1>15 D1>06 e>0643 Z>06", "refused|refused|refused|" + done},
             {"", "H>0643 d1>06 d3>1818 T1000>43", "cancelled: block 3 instead of 2"},
+            {"", "H>0643 Z>06 H>0643 D1>06 e>0643 Z>06", "batch end 0 files|" + done},
             {"", "X>- H>0643 x>- d1>06 x>- e>0643 X>- e>- H>0643 X>- D1>- H>0643",
              "file a.bin 128 of 300 bytes|cancelled: by the sender|cancelled: by the sender"},
             {"", "g>- T1000>43 e>- d1>- x>- g>- H>0643 D1>06 e>0643 Z>06", done}, // nothing that concerns it
@@ -77,6 +79,11 @@ private slots:
              "repeated block|repeated block|repeated block|file a.bin 300 bytes|repeated EOT|"
              "batch end 1 files|batch end 0 files"},
             {"lose@start*3", "T>- H>0643 D1>06 e>0643 T>43 Z>06 T>- T>43", done}, // asks for a batch
+            {"silence=700@0", "H>- X>- T700>- T1000>43 H>0643 D1>06 E>064306", "silent|" + done},
+            {"silence@eot", "H>0643 /D1>- R>43 H>0643 D1>06 E>- X>- R>43 H>0643 D1>06 e>0643 Z>06",
+             "cancelled: the host|silent|cancelled: the host|" + done},
+            {"only-c@0 nak@every2", "H>43 H>0643 d1>06 d2>15 d2>06 d3>06 e>0643 Z>06",
+             "repeated block 0|refused|" + done},
             {"double", "H>060643 D1>0606 e>060643 Z>0606", done},
             {"nak@0 nak@1*2 nak@eot nak@end", "H>15 H>0643 D1>15 D1>15 D1>06 e>15 e>0643 Z>15 Z>06",
              "refused|refused|refused|refused|file a.bin 300 bytes|refused|batch end 1 files"},
@@ -136,6 +143,9 @@ private:
                 if (token.size() > 1)
                     QCOMPARE(board.timer, token.mid(1).toInt());
                 receiver.timeOut();
+            } else if (token == "R") {
+                receiver.stop();
+                receiver.start();
             } else if (inOne) {
                 receiver.received(wire(token));
             } else {

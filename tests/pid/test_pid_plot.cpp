@@ -27,6 +27,8 @@ private slots:
     {
         const QCPLayerable *hint = m_plot->item(1);
         QVERIFY(hint->visible());
+        QCOMPARE(m_plot->yAxis2->range(), QCPRange(-700, 700));
+        QVERIFY(m_plot->xAxis->ticker()->tickCount() == 5 && m_plot->yAxis2->ticker()->tickCount() == 15);
         for (int i = 0; i <= 30; ++i) {
             add(1, i, i, -i);
             QVERIFY(!hint->visible());
@@ -167,7 +169,7 @@ private slots:
             screen.setDevicePixelRatio(ratio);
             screen.fill(Qt::white);
             plot.render(&screen, QPoint(), QRegion(), {});
-            const QRgb ground = screen.pixel(0, 0);
+            const QRgb ground = QColor("#302f2f").rgb();
             for (int y = 0; y < screen.height(); ++y)
                 QCOMPARE(screen.pixel(screen.width() - 1, y), ground);
             for (int x = 0; x < screen.width(); ++x)

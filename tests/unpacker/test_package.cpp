@@ -11,6 +11,8 @@
 namespace {
 
 const ZipPart kApp{"App", "application", 0100755};
+const QByteArray
+    kExtremes("\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
 
 // The paths with '*' for executables, or why there are none.
 QString listing(const QByteArray &archive)
@@ -76,8 +78,9 @@ private slots:
                                   {"save/a/b", "x"},
                                   {"empty/", "", 040755, false},
                                   {"lib/save/x", "x"},
+                                  {kExtremes, "x"},
                                   {"unzip.exe", "x"}})),
-                 QString("App* lib/save/x unzip.exe*"));
+                 "App* lib/save/x " + QString(kExtremes) + " unzip.exe*");
     }
 
     void refusesNames()
@@ -86,7 +89,8 @@ private slots:
             QByteArray(
                 "../x a/../x .. . ./x a/./x /x //host/x a//x \\x a\\x ..\\x C:x C:/x x:stream CON con.txt "
                 "lib/NUL Com1.dll LPT\xC2\xB9 conin$ x. x./y x\x7F x? x* x|y x< x> x\" \xFF \xC0\xAE "
-                "\xED\xA0\x80 \xE4\xB8 _update/journal _Update/x app App App/x LIB/b lib/A")
+                "\xED\xA0\x80 \xE0\x9F\xBF \xF0\x8F\xBF\xBF \xF4\x90\x80\x80 \xF5\x80\x80\x80 \xC2\xC0 "
+                "\xE4\xB8 _update/journal _Update/x app App App/x LIB/b lib/A")
                 .split(' ');
         names << "aux .txt"
               << "x "
@@ -126,7 +130,8 @@ private slots:
         row("link", makeZip({kApp, {"lib", "/etc", 0120777}}), special);
         row("pipe", makeZip({kApp, {"pipe", "", 010644, false}}), special);
         row("link of Windows", lying([](auto &l) { l.dosAttributes = 0x400; }), special);
-        row("encrypted", lying([](auto &l) { l.flags = 1; }), encrypted);
+        for (const int bit : {0, 6, 13})
+            row("encrypted", lying([bit](auto &l) { l.flags = quint16(1 << bit); }), encrypted);
         row("AES", lying([](auto &l) { l.method = 99; }), encrypted);
         row("LZMA", lying([](auto &l) { l.method = 14; }), unsupported);
         row("names differ", lying([](auto &l) { l.headerName = "../"; }), damaged);

@@ -96,6 +96,9 @@ private slots:
         row("announced too long", QString("Failed 服务器断开了连接"), "200 OK", 100001, -1);
         row("empty", QString("Failed 收到的数据不完整"), "200 OK", -1, -1, 0);
         row("endless", QString("TooLarge 1073741825 字节"), "200 OK", (1 << 30) + 1, -1);
+        QVERIFY(writeFile(m_root->filePath("korvex.zip"), "another's"));
+        m_client.reset();
+        QCOMPARE(files(), QStringList("korvex.zip"));
     }
 
     void reportsADiskThatRefuses()

@@ -36,7 +36,6 @@ void FloodMode::outputEmpty()
     if (!m_running)
         return;
     if (m_left == 0) {
-        m_running = false;
         emit finished();
         return;
     }

@@ -219,27 +219,17 @@ void VirtualPort::readSome()
     if (count > 0) {
         m_statistics.read += count;
         emit received(QByteArray(buffer, int(count)));
-    } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
-        dropHost();
-    }
+    } // a host that has gone is seen by watch()
 }
 
 void VirtualPort::writeSome()
 {
     while (queued() > 0) {
         const ssize_t count = ::write(m_master, m_output.constData() + m_outputAt, size_t(queued()));
-        if (count > 0) {
-            m_outputAt += int(count);
-            m_statistics.written += count;
-            continue;
-        }
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0 && errno != EAGAIN) {
-            dropHost();
-            return;
-        }
-        return;
+        if (count <= 0)
+            return; // no room; or the host has gone, as watch() sees
+        m_outputAt += int(count);
+        m_statistics.written += count;
     }
     m_output.clear();
     m_outputAt = 0;

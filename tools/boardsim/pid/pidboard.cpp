@@ -38,7 +38,6 @@ PidBoard::PidBoard(int reportsPerSecond, int noise, quint32 seed)
 
 void PidBoard::reset()
 {
-    orvn_pid_receiver_reset(&m_receiver);
     for (size_t k = 0; k < m_loops.size(); ++k) {
         Loop &loop = m_loops.at(k);
         loop = Loop();

@@ -302,7 +302,6 @@ void YmodemReceiver::cancel(const QString &reason, const QByteArray &bytes)
 {
     leaveFile(false);
     m_files = 0;
-    m_input.clear();
     m_board.send(bytes);
     m_board.report(QStringLiteral("cancelled: ") + reason);
 }
