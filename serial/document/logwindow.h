@@ -3,8 +3,8 @@
 // Which rows of a receive display's record its document holds. Rows are the
 // lines of the record, or those of a filter, by their numbers there. At first
 // the document holds the newest lines, up to its limits, and takes what is shown
-// as it comes. When older rows are shown it is detached: what comes is in the
-// record only, until the newest row is in the document again.
+// as it comes. When older rows are shown it is detached: new text is in the record
+// only, until the newest row is in the document again.
 
 #include "linefilter.h"
 #include "receivedtext.h"

@@ -4,8 +4,8 @@
 
 namespace {
 
-// An expression such as (a+)+b takes for ever on some lines; so many steps are
-// a few milliseconds.
+// An expression such as (a+)+b takes years on some lines; so many steps take a few
+// milliseconds.
 const auto kStepLimit = QStringLiteral("(*LIMIT_MATCH=200000)");
 
 bool isWord(QChar character)

@@ -4,6 +4,7 @@
 #include "qtterminalwidget.h"
 
 #include <QElapsedTimer>
+#include <utility>
 
 namespace {
 
@@ -32,7 +33,7 @@ LogFind::LogFind(QtTerminalWidget *terminal, FindBar *bar)
     connect(bar, &FindBar::closed, this, &LogFind::close);
     connect(terminal, &QtTerminalWidget::findRequested, this, &LogFind::open);
     connect(terminal, &QtTerminalWidget::recordChanged, this, [this] {
-        const bool isCleared = m_isFiltered && m_generation != m_terminal->received().lines().generation();
+        const bool isCleared = m_generation != m_terminal->received().lines().generation();
         if ((m_search.hasMore() || isCleared) && !m_timer.isActive())
             m_timer.start(0);
     });
@@ -86,7 +87,6 @@ void LogFind::refilter()
     const bool isOn = isFiltering();
     if (isOn) {
         m_filter.start(m_bar->filterOptions());
-        m_generation = m_terminal->received().lines().generation();
         m_filter.update();
         m_timer.start(0);
     }
@@ -99,7 +99,7 @@ void LogFind::refilter()
 
 void LogFind::updateFilter()
 {
-    if (m_generation != m_terminal->received().lines().generation() || !isFiltering())
+    if (!isFiltering()) // the search has given up
         return refilter();
     if (m_filter.update())
         m_timer.start(0);
@@ -189,8 +189,14 @@ void LogFind::search()
     spent.start();
     while (m_search.step() && spent.elapsed() < kBudgetMs) {
     }
-    if (m_isFiltered)
+    const int generation = m_terminal->received().lines().generation();
+    if (std::exchange(m_generation, generation) != generation) { // cleared
+        m_current.reset();
+        m_index = -1;
+        refilter();
+    } else if (m_isFiltered) {
         updateFilter();
+    }
     m_terminal->updateMarks();
     goPending();
     showState();

@@ -47,7 +47,7 @@ private:
     LineSearch m_search;
     LineFilter m_filter;
     bool m_isFiltered = false; // the display is
-    int m_generation = 0;      // of the record, as filtered
+    int m_generation = 0;      // of the record, as searched
     QTimer m_timer;
     std::optional<LineSearch::Match> m_current;
     qint64 m_index = -1;                   // of the current match, where it is known

@@ -1,5 +1,5 @@
 // Frames to the board and reports from it, with their bytes written out; then what
-// the recorder keeps of both, and what the session sends by itself. Times are the test's.
+// the recorder keeps of both, and what the session sends without being asked. Times are the test's.
 
 #include "pidexport.h"
 #include "pidparser.h"

@@ -76,6 +76,14 @@ private slots:
         QCOMPARE(state(), QString("51/51"));
         type("(");
         QTRY_COMPARE(state(), QString("无结果"));
+        type("99 end");
+        QTRY_VERIFY(!state().startsWith("–"));
+        m_terminal->clearTerminal();
+        QTRY_COMPARE(state(), QString("无结果"));
+        feed(90, 110);
+        QTRY_COMPARE(state(), QString("–/1"));
+        m_find->next();
+        QCOMPARE(state(), QString("1/1"));
     }
 
     // Up to the first line and back to the last one, with nothing twice or left out.
