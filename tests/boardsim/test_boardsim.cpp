@@ -348,12 +348,14 @@ private:
     {
         QProcess sender;
         sender.setWorkingDirectory(m_sent.path());
-        sender.setStandardInputFile(board.link());
-        sender.setStandardOutputFile(board.link(), QIODevice::Append); // a device is not cut
         QStringList files;
         for (const QString &name : names)
             files += options.contains("-f") ? m_sent.filePath(name) : name;
-        sender.start("sb", QStringList{"-q"} + options + files);
+        // The shell opens the port: it would become the terminal of a test that leads a
+        // session, which then ends with the board.
+        sender.start("sh", QStringList{"-c", "port=$1; shift; exec sb -q \"$@\" <\"$port\" >>\"$port\"", "sh",
+                                       board.link()} +
+                               options + files);
         return sender.waitForFinished(60000) && sender.exitStatus() == QProcess::NormalExit
                    ? sender.exitCode()
                    : -1;
