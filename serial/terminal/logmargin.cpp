@@ -59,6 +59,14 @@ int LogMargin::wantedWidth() const
     return widest.isEmpty() ? 0 : fontMetrics().horizontalAdvance(widest) + 2 * kSpace;
 }
 
+void LogMargin::placeBeside(const QRect &text)
+{
+    const int width = wantedWidth();
+    setVisible(width > 0);
+    setGeometry(text.left() - width, text.top(), width, text.height());
+    update();
+}
+
 QVector<LogMargin::Row> LogMargin::rowsInView() const
 {
     QVector<Row> rows;

@@ -29,6 +29,8 @@ public:
 
     // Pixels, 0 where it shows nothing.
     int wantedWidth() const;
+    // On the left of the text, with the width wanted.
+    void placeBeside(const QRect &text);
     // Text of the display, each line behind its time.
     QString withTimes(int start, int end) const;
 

@@ -4,6 +4,7 @@
 #include "fonts.h"
 #include "loglayout.h"
 #include "matchmarks.h"
+#include "newestbutton.h"
 #include "selectionkeeper.h"
 #include "settings.h"
 #include "terminaldocument.h"
@@ -14,7 +15,6 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QTime>
 
@@ -39,7 +39,7 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     , m_received(AppPaths::tmpFolder())
     , m_document(new TerminalDocument(Fonts::monospace(), this))
     , m_window(m_document, &m_received)
-    , m_newest(new QPushButton(this))
+    , m_newest(new NewestButton(this))
     , m_margin(new LogMargin(m_document, m_window, m_received.lines(), this))
     , m_marks(new MatchMarks(m_document->layout(), m_window, verticalScrollBar()))
 {
@@ -51,12 +51,7 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     setTextInteractionFlags(Qt::TextSelectableByMouse); // no links in a log
     setAccessibleName(QStringLiteral("接收区"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_newest->setObjectName(QStringLiteral("btnNewest"));
-    m_newest->setFocusPolicy(Qt::NoFocus);
-    m_newest->setCursor(Qt::PointingHandCursor);
-    m_newest->setToolTip(QStringLiteral("跟随新内容（Ctrl+End）"));
-    m_newest->hide();
-    connect(m_newest, &QPushButton::clicked, this, &QtTerminalWidget::goToNewest);
+    connect(m_newest, &NewestButton::clicked, this, &QtTerminalWidget::goToNewest);
     m_flushTimer.setSingleShot(true);
     connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {
@@ -131,7 +126,7 @@ void QtTerminalWidget::clearTerminal()
     m_flushTimer.stop();
     m_received.clear();
     m_window.clear();
-    m_rowsAtEnd = 0;
+    m_newest->setRowsSeen(0);
     m_document->clear();
     updateNewestButton();
     emit recordChanged();
@@ -308,7 +303,7 @@ void QtTerminalWidget::setFilter(const LineFilter *filter)
     m_window.setFilter(filter);
     m_margin->setNumbers(filter);
     updateMargin();
-    m_rowsAtEnd = m_window.rowCount();
+    m_newest->setRowsSeen(m_window.rowCount());
     if (follows)
         return filterChanged();
     m_window.showAround(m_window.rowOf(line));
@@ -416,30 +411,14 @@ void QtTerminalWidget::beginTimes()
 void QtTerminalWidget::updateMargin()
 {
     m_margin->setFont(font());
-    const int width = m_margin->wantedWidth();
-    m_margin->setVisible(width > 0);
-    setViewportMargins(width, 0, 0, 0);
-    const QRect area = viewport()->geometry();
-    m_margin->setGeometry(area.left() - width, area.top(), width, area.height());
-    m_margin->update();
+    setViewportMargins(m_margin->wantedWidth(), 0, 0, 0);
+    m_margin->placeBeside(viewport()->geometry());
 }
 
-// It stands over the lower edge while the end is not in view.
 void QtTerminalWidget::updateNewestButton()
 {
     const QScrollBar *bar = verticalScrollBar();
-    const bool isAway = m_window.isDetached() || bar->value() < bar->maximum();
-    if (!isAway)
-        m_rowsAtEnd = m_window.rowCount();
-    m_newest->setVisible(isAway);
-    if (!isAway)
-        return;
-    const qint64 added = m_window.rowCount() - m_rowsAtEnd;
-    m_newest->setText(added > 0 ? QStringLiteral("回到最新（%1行新内容）").arg(added)
-                                : QStringLiteral("回到最新"));
-    m_newest->adjustSize();
-    const QRect area = viewport()->geometry();
-    m_newest->move(area.center().x() - m_newest->width() / 2, area.bottom() - m_newest->height() - 6);
+    m_newest->follow(m_window.rowCount(), m_window.isDetached() || bar->value() < bar->maximum());
 }
 
 // ---- outgoing

@@ -17,7 +17,7 @@
 #include <QTextBrowser>
 #include <QTimer>
 
-class QPushButton;
+class NewestButton;
 class TerminalDocument;
 
 class QtTerminalWidget : public QTextBrowser
@@ -134,10 +134,9 @@ private:
     ReceivedText m_received;
     TerminalDocument *m_document;
     LogWindow m_window;
-    QPushButton *m_newest; // leads to the end
+    NewestButton *m_newest;
     LogMargin *m_margin;
     MatchMarks *m_marks;
-    qint64 m_rowsAtEnd = 0; // when the end was last in view
     bool m_copiesTimes = false;
     bool m_recordIsComplete = true; // as reported
     bool m_directInsert = true;
