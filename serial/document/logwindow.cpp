@@ -143,11 +143,15 @@ void LogWindow::showNewer()
     if (!m_isDetached)
         return;
     const LineStore::Extract rows = extract(m_lastRow);
-    const int shown = TerminalDocument::lengthOf(m_document->fromEnd(0));
+    const QTextBlock last = m_document->fromEnd(0);
+    const QString shown = m_document->textBetween(last.position(), m_document->characterCount() - 1);
+    const bool goesOn = rows.text.startsWith(shown);
     m_lastRow += qMax(0, rows.count - 1);
     m_isDetached = !rows.isEnd;
     m_received->forgetShown();
-    m_document->append(rows.text.mid(shown));
+    if (!goesOn) // it was overwritten meanwhile
+        m_document->removeEnd(shown.size());
+    m_document->append(goesOn ? rows.text.mid(shown.size()) : rows.text);
 }
 
 bool LogWindow::appendFiltered()

@@ -145,6 +145,18 @@ void TerminalDocument::replaceEnd(int characters, const QString &text)
     m_layout->recount(number);
 }
 
+void TerminalDocument::removeEnd(int characters)
+{
+    QTextBlock block = lastBlock();
+    while (characters > block.length() - 1 && LogLayout::isContinuation(block)) {
+        characters -= block.length() - 1;
+        block = block.previous();
+    }
+    const int position = block.position() + block.length() - 1 - qMin(characters, block.length() - 1);
+    if (position < characterCount() - 1)
+        replaceEnd(characterCount() - 1 - position, QString());
+}
+
 // The number of the first block to keep, somewhat more than needed, so that
 // blocks are not dropped at every piece of text; 0 below the limits.
 int TerminalDocument::blockToKeep() const

@@ -33,6 +33,8 @@ public:
     // So many characters at an end give way to others.
     void replaceFront(int characters, const QString &text);
     void replaceEnd(int characters, const QString &text);
+    // Removes characters at the end of the last paragraph.
+    void removeEnd(int characters);
     // Drops the oldest paragraphs above the limits.
     void dropOldest();
 

@@ -119,6 +119,13 @@ QByteArray ByteSpool::read(qint64 offset, qint64 maxBytes, bool *failed) const
     return bytes;
 }
 
+void ByteSpool::chop(qint64 bytes)
+{
+    const int inMemory = static_cast<int>(qMin<qint64>(bytes, m_memory.size()));
+    m_memory.dropBack(inMemory);
+    m_fileSize = qMax<qint64>(0, m_fileSize - (bytes - inMemory)); // written over by what follows
+}
+
 void ByteSpool::clear()
 {
     m_file.reset();

@@ -43,6 +43,8 @@ public:
     // or where the file cannot be read back (then `failed` is set).
     QByteArray read(qint64 offset, qint64 maxBytes, bool *failed = nullptr) const;
 
+    // Removes bytes at the end.
+    void chop(qint64 bytes);
     void clear();
 
 private:

@@ -42,6 +42,7 @@ void LineSearch::start(const LineMatcher &matcher)
     m_searched = 0;
     m_givenUp = 0;
     m_generation = m_store.generation();
+    m_chops = m_store.chops();
     if (!matcher.isEmpty() && matcher.fault().isEmpty())
         m_pieces.append(Piece());
 }
@@ -49,12 +50,23 @@ void LineSearch::start(const LineMatcher &matcher)
 bool LineSearch::hasMore() const
 {
     return !m_pieces.isEmpty() && !hasGivenUp() &&
-           (m_generation != m_store.generation() || m_searched < m_store.text().size());
+           (m_generation != m_store.generation() || m_chops != m_store.chops() ||
+            m_searched < m_store.text().size());
 }
 
 bool LineSearch::hasPassed(const Place &place) const
 {
     return !hasMore() || isBefore(place, m_pieces.last().begin);
+}
+
+// The last piece is searched again, with those before it that lost some of their text.
+void LineSearch::forgetChopped()
+{
+    m_chops = m_store.chops();
+    while (m_pieces.size() > 1 && m_pieces.last().offset > m_store.text().size())
+        m_pieces.removeLast();
+    m_searched = m_pieces.last().offset;
+    m_count = m_pieces.last().matches;
 }
 
 LineSearch::Content LineSearch::read(const Piece &piece) const
@@ -84,6 +96,8 @@ bool LineSearch::step()
         return false;
     if (m_generation != m_store.generation())
         start(LineMatcher(m_matcher));
+    if (m_chops != m_store.chops())
+        forgetChopped();
     const Piece piece = m_pieces.last();
     const Content content = read(piece);
     bool isKnown = true;

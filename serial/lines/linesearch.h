@@ -72,6 +72,7 @@ private:
         bool isOpen = false; // more may follow in the piece
     };
 
+    void forgetChopped();
     Content read(const Piece &piece) const;
     QVector<Match> matchesIn(const Piece &piece, const QString &text, bool *isKnown = nullptr) const;
 
@@ -82,5 +83,6 @@ private:
     qint64 m_count = 0;
     qint64 m_searched = 0; // bytes, the last piece included
     int m_generation = 0;
+    int m_chops = 0; // of the text, as searched
     int m_givenUp = 0;
 };

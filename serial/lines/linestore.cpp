@@ -1,86 +1,15 @@
 #include "linestore.h"
 
+#include "spoolreader.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 // A block ends with the first line after so much.
 constexpr qint64 kBlockBytes = 16LL * 1024;
 constexpr qint64 kBlockLines = 1024;
-constexpr qint64 kReadBytes = 64LL * 1024;
-
-// Seven bits a byte, the lowest first; the highest bit says that more follow.
-void appendNumber(quint64 number, QByteArray *bytes)
-{
-    for (; number >= 0x80; number >>= 7)
-        bytes->append(char(0x80 | (number & 0x7F)));
-    bytes->append(char(number));
-}
-
-// Reads a spool from one place on, piece by piece.
-class SpoolReader
-{
-public:
-    SpoolReader(const ByteSpool &spool, qint64 at)
-        : m_spool(spool)
-        , m_at(at)
-    {
-    }
-
-    // False at the end.
-    bool next(char *byte)
-    {
-        if (m_used == m_piece.size() && !fill())
-            return false;
-        *byte = m_piece.at(m_used++);
-        return true;
-    }
-    bool nextNumber(quint64 *number)
-    {
-        *number = 0;
-        char byte = 0;
-        for (int shift = 0; shift < 64; shift += 7) {
-            if (!next(&byte))
-                return false;
-            *number |= quint64(byte & 0x7F) << shift;
-            if ((byte & 0x80) == 0)
-                return true;
-        }
-        return false;
-    }
-    // The bytes of a line, without those above the limit. False where there are none.
-    bool nextLine(int maxBytes, QByteArray *line, bool *isCut)
-    {
-        line->clear();
-        *isCut = false;
-        if (m_used == m_piece.size() && !fill())
-            return false;
-        for (;;) {
-            const int end = m_piece.indexOf('\n', m_used);
-            const int count = (end < 0 ? m_piece.size() : end) - m_used;
-            const int kept = qMin(count, maxBytes - line->size());
-            line->append(m_piece.constData() + m_used, kept);
-            *isCut = *isCut || kept < count;
-            m_used += end < 0 ? count : count + 1;
-            if (end >= 0 || !fill())
-                return true;
-        }
-    }
-
-private:
-    bool fill()
-    {
-        m_piece = m_spool.read(m_at, kReadBytes);
-        m_at += m_piece.size();
-        m_used = 0;
-        return !m_piece.isEmpty();
-    }
-
-    const ByteSpool &m_spool;
-    qint64 m_at;
-    QByteArray m_piece;
-    int m_used = 0;
-};
 
 // Not within a character.
 QString textOf(QByteArray bytes, bool isCut)
@@ -106,16 +35,17 @@ void LineStore::append(const QString &text, qint64 arrivalMs, Origin origin)
 {
     if (text.isEmpty())
         return;
-    if (m_isLineOpen && origin != m_origin) {
+    if ((m_isLineOpen || m_isBegun) && origin != m_origin) {
         m_text.append("\n", 1);
         m_isLineOpen = false;
+        m_isBegun = false;
         ++m_size;
     }
     const QByteArray bytes = text.toUtf8();
     const char *at = bytes.constData();
     const char *const end = at + bytes.size();
     while (at < end) {
-        if (!m_isLineOpen)
+        if (!m_isLineOpen && !std::exchange(m_isBegun, false))
             beginLine(arrivalMs, origin);
         const char *const lineEnd = std::find(at, end, '\n');
         m_isLineOpen = lineEnd == end;
@@ -139,9 +69,9 @@ void LineStore::beginLine(qint64 arrivalMs, Origin origin)
     m_lastMs += passed;
     m_origin = origin;
     QByteArray number;
-    appendNumber(quint64(passed) << 1 | quint64(origin), &number);
+    SpoolReader::appendNumber(quint64(passed) << 1 | quint64(origin), &number);
     m_times.append(number.constData(), number.size());
-    m_isLineOpen = true;
+    m_lineAt = m_text.size();
 }
 
 const LineStore::Block &LineStore::blockOf(qint64 line) const
@@ -234,6 +164,17 @@ QString LineStore::tail(int maxCharacters, int maxLines) const
     return extract(first, maxLines, std::numeric_limits<qint64>::max()).text.right(maxCharacters);
 }
 
+void LineStore::chop(const QString &end)
+{
+    if (!isComplete())
+        return; // the end of the text is not there
+    m_text.chop(end.toUtf8().size());
+    ++m_chops;
+    // A line without text is not counted, but keeps its time.
+    m_isBegun = m_isLineOpen && m_text.size() == m_lineAt;
+    m_isLineOpen = m_isLineOpen && !m_isBegun;
+}
+
 void LineStore::clear()
 {
     m_text.clear();
@@ -241,5 +182,6 @@ void LineStore::clear()
     m_blocks = {};
     m_size = 0;
     m_isLineOpen = false;
+    m_isBegun = false;
     ++m_generation;
 }

@@ -31,6 +31,9 @@ public:
     // Times never decrease; where they do, that of the line before is kept.
     // Text of another origin begins a line of its own.
     void append(const QString &text, qint64 arrivalMs, Origin origin = Origin::Received);
+    // Removes the end of the text, which must be within the last line.
+    void chop(const QString &end);
+    int chops() const { return m_chops; } // so far
     void clear();
     // How often it was cleared.
     int generation() const { return m_generation; }
@@ -93,6 +96,9 @@ private:
     qint64 m_size = 0; // complete lines
     qint64 m_lastMs = 0;
     Origin m_origin = Origin::Received; // of the last line
+    qint64 m_lineAt = 0;                // bytes; of its begin
     bool m_isLineOpen = false;
+    bool m_isBegun = false; // a line that lost all of its text
     int m_generation = 0;
+    int m_chops = 0;
 };

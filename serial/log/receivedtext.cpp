@@ -1,67 +1,120 @@
 #include "receivedtext.h"
 
+#include <limits>
 #include <utility>
 
 namespace {
 
-constexpr qint64 kReadBytes = 256LL * 1024; // of the record, at a time
+constexpr qint64 kJournalBytes = 64LL * 1024; // pending, while the journal is read
+constexpr qint64 kReadBytes = 256LL * 1024;   // of the record, at a time
 
 } // namespace
 
 ReceivedText::ReceivedText(const QString &folder)
-    : m_lines(folder)
+    : m_journal(folder)
+    , m_lines(folder)
+    , m_styles(folder)
 {
 }
 
-void ReceivedText::receive(const QByteArray &bytes, const QString &header, bool hex, Bound bound,
-                           qint64 arrivalMs)
+void ReceivedText::receive(const ReceiveQueue::Chunk &chunk)
 {
-    m_queue.push(bytes, header, hex, bound, arrivalMs);
+    m_journal.add(chunk);
+    if (!m_journal.isReading())
+        m_queue.push(chunk);
 }
 
-void ReceivedText::receiveMessage(const QByteArray &bytes, const QString &header, bool hex,
-                                  const QString &source, qint64 arrivalMs)
+bool ReceivedText::beginAgain()
 {
-    m_queue.pushMessage(bytes, header, hex, source, arrivalMs);
+    if (!m_journal.isComplete())
+        return false;
+    clearText();
+    m_journal.beginReading();
+    return true;
 }
 
-void ReceivedText::endSource(const QString &source)
+// The queue gets what comes next in the journal, some of it at a time.
+void ReceivedText::readJournal()
 {
-    m_queue.endSource(source);
+    ReceiveQueue::Chunk chunk;
+    while (m_queue.bytes() < kJournalBytes) {
+        if (!m_journal.next(&chunk))
+            return m_journal.endReading();
+        m_queue.push(chunk);
+    }
 }
 
 ReceivedText::Change ReceivedText::next(int characters, int codecIndex)
 {
+    if (m_queue.isEmpty() && m_journal.isReading())
+        readJournal();
     if (m_isNewestDue && m_queue.frontBound() == Bound::None)
         return putOff(codecIndex);
     const ReceiveQueue::Slice slice = m_queue.pop(characters, codecIndex);
-    int begin = 0;
-    for (const ReceiveQueue::Arrival &arrival : slice.arrivals) {
-        m_lines.append(slice.text.mid(begin, arrival.end - begin), arrival.ms);
-        begin = arrival.end;
-    }
+    record(slice);
     m_newest.append(slice.bytes);
     if (slice.bound == Bound::Newest) {
         m_isNewestDue = true;
         return {};
     }
-    return slice.text.isEmpty() ? Change() : shown(Change::Append, slice.text);
+    if (slice.text.isEmpty() && slice.removed.isEmpty())
+        return {};
+    Change change = shown(Change::Append, slice.text);
+    change.removed = slice.removed.size();
+    return change;
+}
+
+void ReceivedText::record(const ReceiveQueue::Slice &slice)
+{
+    if (!slice.removed.isEmpty()) {
+        m_lines.chop(slice.removed);
+        m_openLength -= slice.removed.size();
+        m_styles.chop(m_lines.completeLines(), m_openLength);
+    }
+    const qint64 firstLine = m_lines.completeLines();
+    int begin = 0;
+    for (const ReceiveQueue::Part &part : slice.parts) {
+        m_lines.append(slice.text.mid(begin, part.end - begin), part.ms, part.origin);
+        begin = part.end;
+    }
+    recordStyles(slice, firstLine);
+    const int lineEnd = slice.text.lastIndexOf(QLatin1Char('\n'));
+    m_openLength = slice.text.size() - lineEnd - 1 + (lineEnd < 0 ? m_openLength : 0);
+}
+
+void ReceivedText::recordStyles(const ReceiveQueue::Slice &slice, qint64 firstLine)
+{
+    qint64 line = firstLine;
+    int lineBegin = -m_openLength;
+    int counted = 0;
+    for (StyledRun run : slice.runs) {
+        for (; counted < run.begin; ++counted) {
+            if (slice.text.at(counted) != QLatin1Char('\n'))
+                continue;
+            ++line;
+            lineBegin = counted + 1;
+        }
+        run.begin -= lineBegin;
+        m_styles.add(line, run);
+    }
 }
 
 ReceivedText::Change ReceivedText::putOff(int codecIndex)
 {
     if (!std::exchange(m_isNewestDue, false))
         return {};
+    if (m_queue.options().isOn()) // the text is not that of the bytes
+        return shown(Change::Replace, m_lines.tail(ReceiveBuffer::limit, std::numeric_limits<int>::max()));
     const ReceiveBuffer::Edit edit = m_newest.update(codecIndex);
     if (std::exchange(m_showsNewest, true))
-        return {Change::EditEnds, QString(), edit};
-    return {Change::Replace, m_newest.text(), {}};
+        return {Change::EditEnds, 0, QString(), edit};
+    return {Change::Replace, 0, m_newest.text(), {}};
 }
 
 ReceivedText::Change ReceivedText::shown(Change::Kind kind, const QString &text)
 {
     m_showsNewest = false;
-    return {kind, text, {}};
+    return {kind, 0, text, {}};
 }
 
 ReceivedText::Change ReceivedText::setText(const QString &text)
@@ -93,8 +146,16 @@ ReceivedText::Change ReceivedText::appendLines(const QString &text)
 
 void ReceivedText::clear()
 {
+    m_journal.clear();
+    clearText();
+}
+
+void ReceivedText::clearText()
+{
     m_queue.clear();
     m_lines.clear();
+    m_styles.clear();
+    m_openLength = 0;
     m_newest.clear();
     m_isNewestDue = false;
     m_showsNewest = false;

@@ -9,7 +9,9 @@
 // Nothing asks the display for its text: it may drop and replace what it likes.
 
 #include "linestore.h"
+#include "linestyles.h"
 #include "receivebuffer.h"
+#include "receivejournal.h"
 #include "receivequeue.h"
 
 class ReceivedText
@@ -22,6 +24,7 @@ public:
     {
         enum Kind { None, Append, Replace, EditEnds };
         Kind kind = None;
+        int removed = 0;          // characters at the end of the last line, before text is appended
         QString text;             // to be appended, or to stand in place of all
         ReceiveBuffer::Edit ends; // of what is shown
     };
@@ -29,16 +32,24 @@ public:
     // The record's file is in the folder, see ByteSpool.
     explicit ReceivedText(const QString &folder);
 
-    // See ReceiveQueue.
-    void receive(const QByteArray &bytes, const QString &header, bool hex, Bound bound = Bound::None,
-                 qint64 arrivalMs = 0);
-    void receiveMessage(const QByteArray &bytes, const QString &header, bool hex, const QString &source,
-                        qint64 arrivalMs = 0);
-    void endSource(const QString &source);
+    // What is to be shown, see ReceiveQueue.
+    void receive(const ReceiveQueue::Chunk &chunk);
 
-    bool hasPending() const { return !m_queue.isEmpty(); }
+    // How text is shown from now on.
+    void setOptions(TerminalText::Options options) { m_queue.setOptions(options); }
+    // Escape sequences were shown as they stand.
+    bool hasSeenSequences() const { return m_queue.hasSeenSequences(); }
+
+    // Clears the record and makes it again from all that was received since the
+    // last clearing, with the codec and the options of now, while slices are
+    // asked for. What is received meanwhile follows. False: not all of it is
+    // there any more, and nothing changes.
+    bool beginAgain();
+    bool isMadeAgain() const { return m_journal.isReading(); } // not complete yet
+
+    bool hasPending() const { return !m_queue.isEmpty() || m_journal.isReading(); }
     qint64 pendingBytes() const { return m_queue.bytes(); }
-    bool isEmpty() const { return m_queue.isEmpty() && m_lines.text().size() == 0; }
+    bool isEmpty() const { return !hasPending() && m_lines.text().size() == 0; }
 
     // Records about so many characters of what is pending, decoded with the
     // codec of the index. With a bound, the change is put off until what follows
@@ -58,6 +69,7 @@ public:
     bool isRecordComplete() const { return m_lines.isComplete(); }
     // All that was shown since the last clearing.
     const LineStore &lines() const { return m_lines; }
+    const LineStyles &styles() const { return m_styles; }
     // The display shows something else now: lines of the record.
     void forgetShown() { m_showsNewest = false; }
 
@@ -81,9 +93,16 @@ public:
 
 private:
     Change shown(Change::Kind kind, const QString &text);
+    void readJournal();
+    void record(const ReceiveQueue::Slice &slice);
+    void recordStyles(const ReceiveQueue::Slice &slice, qint64 firstLine);
+    void clearText();
 
     ReceiveQueue m_queue;
+    ReceiveJournal m_journal;
     LineStore m_lines;
+    LineStyles m_styles;
+    int m_openLength = 0;       // characters of the record's last line
     ReceiveBuffer m_newest;     // shown as text, with a bound or not
     bool m_isNewestDue = false; // a change was put off
     bool m_showsNewest = false; // the display shows m_newest and nothing else

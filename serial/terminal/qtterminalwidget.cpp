@@ -74,22 +74,35 @@ void QtTerminalWidget::setLimits(int characters, int paragraphs)
 
 void QtTerminalWidget::showReceived(const QByteArray &bytes, const QString &header, bool hexShow)
 {
-    m_received.receive(bytes, header, hexShow, ReceivedText::Bound::None,
-                       QDateTime::currentMSecsSinceEpoch());
+    receive({bytes, header, QString(), ReceiveQueue::Kind::Stream, hexShow});
     flushSoon();
 }
 
 void QtTerminalWidget::showMessage(const QByteArray &bytes, const QString &header, bool hexShow,
                                    const QString &source)
 {
-    m_received.receiveMessage(bytes, header, hexShow, source, QDateTime::currentMSecsSinceEpoch());
+    receive({bytes, header, source, ReceiveQueue::Kind::Message, hexShow});
     flushSoon();
 }
 
 void QtTerminalWidget::endSource(const QString &source)
 {
-    m_received.endSource(source);
+    receive({QByteArray(), QString(), source, ReceiveQueue::Kind::SourceEnd});
     flushSoon();
+}
+
+void QtTerminalWidget::showSent(const QByteArray &bytes, bool hexShow, bool isLogMode)
+{
+    ReceiveQueue::Chunk chunk{bytes, QString(), QString(), ReceiveQueue::Kind::Sent, hexShow};
+    chunk.bound = isLogMode ? ReceivedText::Bound::Newest : ReceivedText::Bound::None;
+    receive(chunk);
+    flushSoon();
+}
+
+void QtTerminalWidget::receive(ReceiveQueue::Chunk chunk)
+{
+    chunk.arrivalMs = QDateTime::currentMSecsSinceEpoch();
+    m_received.receive(chunk);
 }
 
 // The same way in, with a bound on what is shown of text.
@@ -100,8 +113,7 @@ void QtTerminalWidget::insertRecvData(QByteArray byData, bool hexShow, bool show
         header = QTime::currentTime().toString(QStringLiteral("\n[hh:mm:ss.zzz]")) +
                  (hexShow ? QStringLiteral(" Hex >\n") : QStringLiteral(" ASCII >\n"));
     const bool isIdle = !m_received.hasPending();
-    m_received.receive(byData, header, hexShow, ReceivedText::Bound::Newest,
-                       QDateTime::currentMSecsSinceEpoch());
+    receive({byData, header, QString(), ReceiveQueue::Kind::Stream, hexShow, ReceivedText::Bound::Newest});
     if (isIdle)
         flushSlice();
     else
@@ -156,7 +168,8 @@ void QtTerminalWidget::flushSlice()
     QString added;
     do {
         const ReceivedText::Change change = m_received.next(kSliceCharacters, codec);
-        if (change.kind == ReceivedText::Change::Append) {
+        if (change.kind == ReceivedText::Change::Append && change.removed <= added.size()) {
+            added.chop(change.removed);
             added += change.text;
         } else {
             append(std::exchange(added, QString()));
@@ -220,6 +233,7 @@ void QtTerminalWidget::apply(const ReceivedText::Change &change)
     case ReceivedText::Change::None:
         break;
     case ReceivedText::Change::Append:
+        m_document->removeEnd(change.removed);
         append(change.text);
         break;
     case ReceivedText::Change::Replace:

@@ -34,6 +34,8 @@ public:
     // Queues a message among those of several sources, see ReceiveQueue.
     void showMessage(const QByteArray &bytes, const QString &header, bool hexShow, const QString &source);
     void endSource(const QString &source);
+    // Queues what was sent, as lines of their own.
+    void showSent(const QByteArray &bytes, bool hexShow, bool isLogMode);
 
     // The text held, after everything pending was shown.
     QString toPlainText();
@@ -111,6 +113,7 @@ private:
         int offset; // pixels of its row above the view
     };
 
+    void receive(ReceiveQueue::Chunk chunk);
     void showMoreRows();
     void append(const QString &text);
     void dropOldest();

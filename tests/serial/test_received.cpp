@@ -39,6 +39,7 @@ struct Display
     {
         const ReceiveBuffer::Edit &ends = change.ends;
         if (change.kind == ReceivedText::Change::Append) {
+            shown.chop(change.removed);
             shown += change.text;
         } else if (change.kind == ReceivedText::Change::Replace) {
             shown = change.text;
@@ -56,6 +57,15 @@ struct Display
             apply(text.next(slice, codec));
         apply(text.putOff(codec));
         return shown;
+    }
+    void receive(const QByteArray &bytes, const QString &header, bool hex,
+                 ReceivedText::Bound bound = ReceivedText::Bound::None)
+    {
+        text.receive({bytes, header, QString(), ReceiveQueue::Kind::Stream, hex, bound});
+    }
+    void receiveMessage(const QByteArray &bytes, const QString &header, bool hex, const QString &source)
+    {
+        text.receive({bytes, header, source, ReceiveQueue::Kind::Message, hex});
     }
     QString recorded() const { return recordedText(text); }
 };
@@ -142,9 +152,9 @@ private slots:
     void showsChunksBehindHeaders()
     {
         Display display;
-        display.text.receive("one", "[1] ASCII >\n", false);
-        display.text.receive("two\n", "[2] ASCII >\n", false);
-        display.text.receive(QByteArray("\x0A\x1B\xFF"), "[3] HEX >\n", true);
+        display.receive("one", "[1] ASCII >\n", false);
+        display.receive("two\n", "[2] ASCII >\n", false);
+        display.receive(QByteArray("\x0A\x1B\xFF"), "[3] HEX >\n", true);
         QCOMPARE(display.text.pendingBytes(), qint64(3 + 12 + 4 + 12 + 3 + 10));
         QCOMPARE(display.flush(), QStringLiteral("[1] ASCII >\none[2] ASCII >\ntwo\n[3] HEX >\n0A 1B FF "));
         QCOMPARE(display.text.pendingBytes(), qint64(0));
@@ -161,8 +171,8 @@ private slots:
             const QByteArray bytes = TextCodec::encode(text, codec);
             for (int cut = 1; cut < bytes.size(); ++cut) {
                 Display display;
-                display.text.receive(bytes.left(cut), "[1]", false); // also across a header
-                display.text.receive(bytes.mid(cut), QString(), false);
+                display.receive(bytes.left(cut), "[1]", false); // also across a header
+                display.receive(bytes.mid(cut), QString(), false);
                 QCOMPARE(display.flush(codec, cut), QStringLiteral("[1]温度: 25\n湿度: 60\n\nend\n"));
             }
         }
@@ -170,12 +180,12 @@ private slots:
                  QString("a\nb\nc\nd\ne\n"));
         // Half a character of the other codec, and of before hexadecimal, is gone.
         Display display;
-        display.text.receive("\xe6\xb8\xa9\xe6", QString(), false);
+        display.receive("\xe6\xb8\xa9\xe6", QString(), false);
         display.flush(TextCodec::Utf8);
-        display.text.receive("\xce\xc2\x84", QString(), false);
+        display.receive("\xce\xc2\x84", QString(), false);
         display.flush(TextCodec::Gb18030);
-        display.text.receive("\x01", QString(), true);
-        display.text.receive("a", QString(), false);
+        display.receive("\x01", QString(), true);
+        display.receive("a", QString(), false);
         QCOMPARE(display.flush(TextCodec::Gb18030), QStringLiteral("温温01 a"));
     }
 
@@ -183,23 +193,23 @@ private slots:
     {
         Display display;
         ReceivedText &text = display.text;
-        text.receiveMessage("\xe6\xb8", "[a] ", false, "a");
-        text.receiveMessage("b", "[b] ", false, "b"); // a header begins a line
-        text.receiveMessage("\xa9\r", QString(), false, "a");
-        text.receiveMessage("\n\xe6", QString(), false, "a");
-        text.endSource("a");
-        text.receiveMessage("\xb8", QString(), false, "a"); // no longer the other's half
-        text.receiveMessage("\x01", QString(), true, "b");  // so does a change of form
-        text.receiveMessage("\xe6", QString(), false, QString());
+        display.receiveMessage("\xe6\xb8", "[a] ", false, "a");
+        display.receiveMessage("b", "[b] ", false, "b"); // a header begins a line
+        display.receiveMessage("\xa9\r", QString(), false, "a");
+        display.receiveMessage("\n\xe6", QString(), false, "a");
+        text.receive({QByteArray(), QString(), "a", ReceiveQueue::Kind::SourceEnd});
+        display.receiveMessage("\xb8", QString(), false, "a"); // no longer the other's half
+        display.receiveMessage("\x01", QString(), true, "b");  // so does a change of form
+        display.receiveMessage("\xe6", QString(), false, QString());
         const QString broken(QChar::ReplacementCharacter);
         QCOMPARE(display.flush(),
                  QStringLiteral("[a] \n[b] b温\n") + broken + QStringLiteral("\n01 \n") + broken);
-        text.receiveMessage("\xe6", QString(), true, "b");
-        text.receiveMessage("\xe6\xb8", "[c] ", false, "c");
+        display.receiveMessage("\xe6", QString(), true, "b");
+        display.receiveMessage("\xe6\xb8", "[c] ", false, "c");
         display.flush();
         text.clear(); // forgets the line, the form and the halves
         display.shown.clear();
-        text.receiveMessage("\xa9", "[c] ", false, "c");
+        display.receiveMessage("\xa9", "[c] ", false, "c");
         QCOMPARE(display.flush(), QStringLiteral("[c] ") + broken);
     }
 
@@ -227,7 +237,7 @@ private slots:
                         bytes += random.bounded(50) == 0 ? '\r' : 'A';
                 }
                 bytes.truncate(size); // cuts characters and line ends anywhere
-                display.text.receive(bytes, QString(), false, ReceivedText::Bound::Newest);
+                display.receive(bytes, QString(), false, ReceivedText::Bound::Newest);
                 held = (held + bytes).right(kNewest);
                 const QString text = TextCodec::decode(held, codec);
                 QCOMPARE(display.flush(codec, 8192), ReceiveBuffer::withPlainLineEnds(text));
@@ -244,36 +254,150 @@ private slots:
         constexpr auto newest = ReceivedText::Bound::Newest;
         Display display;
         ReceivedText &text = display.text;
-        text.receive("before\n", QString(), false);
-        text.receive("ab", "[1]\n", false, newest);
-        text.receive("c\n", "[2]\n", false, newest); // in a line: no header
-        text.receive("d", "[3]\n", false, newest);
+        display.receive("before\n", QString(), false);
+        display.receive("ab", "[1]\n", false, newest);
+        display.receive("c\n", "[2]\n", false, newest); // in a line: no header
+        display.receive("d", "[3]\n", false, newest);
         QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd"));
-        text.receive("\x01", QString(), true, newest);
+        display.receive("\x01", QString(), true, newest);
         QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd01 "));
-        text.receive("\xe6", QString(), false, newest); // hexadecimal is not among the newest text
+        display.receive("\xe6", QString(), false, newest); // hexadecimal is not among the newest text
         QCOMPARE(display.flush(),
                  QStringLiteral("before\n[1]\nabc\n[3]\nd") + QChar(QChar::ReplacementCharacter));
-        text.receive("\xb8\xa9\n", QString(), false, newest);
-        text.receive("between\n", QString(), false); // without the bound, behind what has it
-        text.receive("e", QString(), false, newest);
+        display.receive("\xb8\xa9\n", QString(), false, newest);
+        display.receive("between\n", QString(), false); // without the bound, behind what has it
+        display.receive("e", QString(), false, newest);
         QCOMPARE(display.flush(), QStringLiteral("before\n[1]\nabc\n[3]\nd温\nbetween\ne"));
         QString all = QStringLiteral("before\n[1]\nabc\n[3]\nd01 温\nbetween\ne");
         QCOMPARE(display.recorded(), all);
         const QByteArray flood = QByteArray("0123456789abcde\n").repeated(5000);
-        text.receive(flood, QString(), false, newest);
+        display.receive(flood, QString(), false, newest);
         all += QString::fromLatin1(flood);
         QCOMPARE(display.flush(TextCodec::Utf8, 8192), all.right(kNewest));
         QVERIFY(display.recorded() == all);
-        text.receive("in a line\xe6", QString(), false, newest);
+        display.receive("in a line\xe6", QString(), false, newest);
         display.flush();
-        text.receive("f\xe6", QString(), false, newest);
+        display.receive("f\xe6", QString(), false, newest);
         text.next(8192, TextCodec::Utf8); // put off
         text.clear();
         QCOMPARE(text.putOff(TextCodec::Utf8).kind, ReceivedText::Change::None);
-        text.receive("\xb8", "[4]\n", false, newest);
+        display.receive("\xb8", "[4]\n", false, newest);
         QCOMPARE(display.flush(), QStringLiteral("[4]\n") + QChar(QChar::ReplacementCharacter));
         QCOMPARE(display.recorded(), display.shown);
+    }
+
+    // Cut anywhere, also in a sequence; what is shown, recorded and styled is the same.
+    void showsSequencesAsATerminal()
+    {
+        struct Row
+        {
+            QByteArray bytes;
+            QString shown;
+            QString styles; // line:begin+length text/ground flags
+        };
+        const Row table[] = {
+            {"a\x1b[31mred\x1b[0m b\r\n", "ared b\n", "0:1+3 1/-1 0,"},
+            {"\x1b[1;38;5;208mx\x1b[48;2;1;2;3my\n\x1b[22mz\x1b[39;49m!", "xy\nz!",
+             "0:0+1 208/-1 1,0:1+1 208/16843267 1,1:0+1 208/16843267 0,"},
+            {"\x1b[38:2::1:2:3mx\x1b[97;100;3;4;7my", "xy", "0:0+1 16843267/-1 0,0:1+1 15/8 14,"},
+            {"line\n10%\r20%\r100%\ndone", "line\n100%\ndone", ""},
+            {"long text\rshort\x1b[K\n", "short\n", ""},
+            {"\x1b[32mok\x1b[0m 1\rno", "no 1", ""},
+            {"gone\r\x1b[2Kx\b\by", "y", ""},
+            {"\x1b[1Ga\x1b[4Gb\x1b[2Dc", "a cb", ""},
+            {"\x1b]0;title\x07"
+             "a\x1bP1;2\x1b\\b\x1b(Bc\x1b[?25ld",
+             "abcd", ""},
+            {"\x1b[12\nx\x1b[", "\x1b[12\nx", ""}, // not ended: shown
+            {"\x1b]never ended\ny", "\x1b]never ended\ny", ""},
+            {"温度\r\x1b[33m湿\n", "湿度\n", "0:0+1 3/-1 0,"},
+            {"\t\rx\r\r\n\ny", "x\n\ny", ""},
+        };
+        for (const Row &row : table) {
+            const QByteArray bytes = row.bytes;
+            for (int cut = 0; cut < bytes.size(); ++cut) {
+                Display display;
+                display.text.setOptions({true, false});
+                for (const QByteArray &piece : {bytes.left(cut), bytes.mid(cut)}) {
+                    display.receive(piece, QString(), false);
+                    display.flush(TextCodec::Utf8, cut % 7 + 1);
+                }
+                QCOMPARE(display.shown, row.shown);
+                QCOMPARE(display.recorded(), row.shown);
+                QString styles;
+                for (qint64 line = 0; line <= display.text.lines().completeLines(); ++line)
+                    for (const StyledRun &run : display.text.styles().of(line))
+                        styles += QStringLiteral("%1:%2+%3 %4/%5 %6,")
+                                      .arg(line)
+                                      .arg(run.begin)
+                                      .arg(run.length)
+                                      .arg(run.style.text)
+                                      .arg(run.style.ground)
+                                      .arg(run.style.flags());
+                QCOMPARE(styles, row.styles);
+            }
+        }
+    }
+
+    void showsControlCharactersAsSymbols()
+    {
+        Display display;
+        display.text.setOptions({false, true});
+        display.receive(QByteArray("a\0\x1b[m\x7f\t\r\nb\rc\nd\r", 15), QString(), false);
+        QCOMPARE(display.flush(), QStringLiteral("a␀␛[m␡\t␍␊\nb␍\nc␊\nd␍"));
+        display.receive("\n", QString(), false); // of the same line end
+        QCOMPARE(display.flush(), QStringLiteral("a␀␛[m␡\t␍␊\nb␍\nc␊\nd␍␊\n"));
+        display.text.setOptions({true, true});
+        display.receive("ab\rc\r\n", QString(), false);
+        QVERIFY(display.flush().endsWith(QStringLiteral("\ncb␊\n")));
+        QCOMPARE(display.recorded(), display.shown);
+    }
+
+    // Sent text has lines of its own, and the record can be made again.
+    void recordsWhatWasSentAndBeginsAgain()
+    {
+        Display display;
+        ReceivedText &text = display.text;
+        const auto send = [&](const QByteArray &bytes, qint64 ms, bool hex) {
+            text.receive(
+                {bytes, QString(), QString(), ReceiveQueue::Kind::Sent, hex, ReceivedText::Bound::None, ms});
+        };
+        display.receive("ab\x1b[1mc", QString(), false);
+        send("AT\r\n", 1000, false);
+        send("\xce\xc2", 1002, true);
+        display.receive("d\xce\xc2\n", "[1]\n", false);
+        const QString broken(2, QChar::ReplacementCharacter);
+        const QString before = QStringLiteral("ab\x1b[1mc\nAT\nCE C2 \n[1]\nd") + broken + '\n';
+        QCOMPARE(display.flush(), before);
+        QVERIFY(text.hasSeenSequences());
+        using Origin = LineStore::Origin;
+        const auto origins = [&text] {
+            QVector<Origin> found;
+            for (const LineStore::Line &line : text.lines().lines(0, 10))
+                found.append(line.origin);
+            return found;
+        };
+        const QVector<Origin> expected = {Origin::Received, Origin::Sent, Origin::Sent, Origin::Received,
+                                          Origin::Received};
+        QCOMPARE(origins(), expected);
+        const QVector<LineStore::Line> lines = text.lines().lines(1, 2);
+        QCOMPARE(lines.at(0).arrivalMs, qint64(1000));
+        QCOMPARE(lines.at(1).arrivalMs, qint64(1002));
+
+        text.setOptions({true, false});
+        QVERIFY(text.beginAgain());
+        display.shown.clear();
+        display.receive("late", QString(), false); // follows
+        QVERIFY(text.isMadeAgain());
+        QCOMPARE(display.flush(TextCodec::Gb18030), QStringLiteral("abc\nAT\nCE C2 \n[1]\nd温\nlate"));
+        QVERIFY(!text.isMadeAgain());
+        QCOMPARE(display.recorded(), display.shown);
+        QCOMPARE(origins().mid(0, 5), expected);
+        QCOMPARE(text.styles().of(0).size(), 1);
+        text.clear();
+        QVERIFY(text.beginAgain());
+        QCOMPARE(display.text.next(100, TextCodec::Utf8).text, QString());
+        QVERIFY(text.isEmpty());
     }
 
     void breaksRowsByColumns()
