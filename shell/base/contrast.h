@@ -13,4 +13,8 @@ constexpr double readable = 4.5;
 double luminance(const QColor &color);
 double ratio(const QColor &one, const QColor &other);
 
+// The color, where it has the contrast to the ground; otherwise the nearest one of
+// its hue that has, lighter or darker.
+QColor readableOn(const QColor &ground, const QColor &color, double wanted = readable);
+
 } // namespace Contrast
