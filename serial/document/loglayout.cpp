@@ -35,6 +35,13 @@ int codePoints(const QStringRef &text)
         std::count_if(text.begin(), text.end(), [](QChar unit) { return !unit.isLowSurrogate(); }));
 }
 
+bool hasOnlyColors(const QTextCharFormat &format)
+{
+    const int colors = (format.hasProperty(QTextFormat::ForegroundBrush) ? 1 : 0) +
+                       (format.hasProperty(QTextFormat::BackgroundBrush) ? 1 : 0);
+    return format.propertyCount() == colors;
+}
+
 } // namespace
 
 LogLayout::LogLayout(QTextDocument *document)
@@ -78,22 +85,43 @@ void LogLayout::updateMetrics()
 
 // Draws a line whose characters each stand for one glyph in their columns,
 // without shaping it first. False when the face lacks one of them.
-bool LogLayout::drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const
+bool LogLayout::drawPlainLine(QPainter *painter, const QString &line, const QPointF &position,
+                              const Marks &marks) const
 {
     const QVector<quint32> glyphs = m_rawFont.glyphIndexesForString(line);
     if (glyphs.size() != line.size() || glyphs.contains(0))
         return false;
-    QVector<QPointF> positions(line.size());
+    QVector<QPointF> positions(line.size() + 1);
     int column = 0;
     for (int i = 0; i < line.size(); ++i) {
         positions[i] = QPointF(column * m_columnWidth, 0);
         column += RowBreaks::columnsOf(line.at(i).unicode());
     }
-    QGlyphRun run;
-    run.setRawFont(m_rawFont);
-    run.setGlyphIndexes(glyphs);
-    run.setPositions(positions);
-    painter->drawGlyphRun(position + QPointF(0, m_ascent), run);
+    positions[line.size()] = QPointF(column * m_columnWidth, 0);
+    const auto drawGlyphs = [&](int begin, int end) {
+        if (end <= begin)
+            return;
+        QGlyphRun run;
+        run.setRawFont(m_rawFont);
+        run.setRawData(glyphs.constData() + begin, positions.constData() + begin, end - begin);
+        painter->drawGlyphRun(position + QPointF(0, m_ascent), run);
+    };
+    const QPen pen = painter->pen();
+    int drawn = 0;
+    for (const QTextLayout::FormatRange &mark : marks) {
+        const int end = mark.start + mark.length;
+        const qreal x = positions.at(mark.start).x();
+        drawGlyphs(drawn, mark.start);
+        if (mark.format.hasProperty(QTextFormat::BackgroundBrush))
+            painter->fillRect(QRectF(position.x() + x, position.y(), positions.at(end).x() - x, m_lineHeight),
+                              mark.format.background());
+        if (mark.format.hasProperty(QTextFormat::ForegroundBrush))
+            painter->setPen(mark.format.foreground().color());
+        drawGlyphs(mark.start, end);
+        painter->setPen(pen);
+        drawn = end;
+    }
+    drawGlyphs(drawn, line.size());
     return true;
 }
 
@@ -181,7 +209,8 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
     // Up to a block found once: each block would have to work its position out.
     const QTextBlock first = sameText ? document()->firstBlock() : document()->findBlock(from);
     const QTextBlock end = sameText ? document()->end() : document()->findBlock(from + charsAdded).next();
-    const qreal changedTop = rowsTop(first);
+    // What is marked in the blocks before may depend on the text.
+    const qreal changedTop = m_marksOf && isContinuation(first) ? 0 : rowsTop(first);
     countRows(first, end, sameText ? qMin(columnsBefore, m_columns) : -1);
     // What stands below moves when the height changes at the front.
     const bool toTheEnd = charsRemoved > 0 || !end.isValid() || sameText;
@@ -312,11 +341,13 @@ void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QT
     const qreal x = document()->documentMargin() + row.startColumn * m_columnWidth;
     const bool endsParagraph = row.end >= text.size() && !isContinuation(block.next());
     Marks selections;
+    bool onlyColors = true;
     for (const QTextLayout::FormatRange &mark : marks) {
         const int from = qMax(mark.start, row.start);
         const int to = qMin(mark.start + mark.length, row.end);
         if (to > from)
             selections.append({from - row.start, to - from, mark.format});
+        onlyColors = onlyColors && hasOnlyColors(mark.format);
     }
     for (const Selection &selection : context.selections) {
         const int selectionEnd = selection.cursor.selectionEnd() - blockStart;
@@ -324,6 +355,7 @@ void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QT
         const int to = qMin(selectionEnd, row.end) - row.start;
         if (to > from)
             selections.append({from, to - from, selection.format});
+        onlyColors = onlyColors && to <= from;
         // A selected line end shows as half a column behind the text.
         if (endsParagraph && selectionEnd > text.size() && from <= text.size() - row.start)
             painter->fillRect(QRectF(x + qMin(row.end - row.start, m_columns) * m_columnWidth, y,
@@ -331,8 +363,8 @@ void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QT
                               selection.format.background());
     }
     const QString line = text.mid(row.start, row.end - row.start);
-    const bool plain = selections.isEmpty() && std::all_of(line.begin(), line.end(), isPlain);
-    if (!line.isEmpty() && !(plain && drawPlainLine(painter, line, QPointF(x, y)))) {
+    const bool plain = onlyColors && std::all_of(line.begin(), line.end(), isPlain);
+    if (!line.isEmpty() && !(plain && drawPlainLine(painter, line, QPointF(x, y), selections))) {
         QTextLayout layout(line, document()->defaultFont(), painter->device());
         layOutLine(layout);
         layout.draw(painter, QPointF(x, y), selections);

@@ -34,7 +34,8 @@ public:
     // To be called when blocks behind this one were marked.
     void recount(int firstBlock);
 
-    // What is marked in a block, in its characters; asked for each block that is drawn.
+    // What is marked in a block, in its characters: ranges in order that don't
+    // overlap. Asked for each block that is drawn.
     using Marks = QVector<QTextLayout::FormatRange>;
     void setMarks(const std::function<Marks(const QTextBlock &)> &marksOf) { m_marksOf = marksOf; }
 
@@ -64,7 +65,8 @@ private:
     void countRows(QTextBlock block, const QTextBlock &end, int unaffected);
     int countRows(QTextBlock block, int start, bool newText);
     void notifyChange(qreal changedTop, qreal bottom);
-    bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position) const;
+    bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position,
+                       const Marks &marks) const;
     void drawRow(QPainter *painter, const PaintContext &context, const QTextBlock &block, const QString &text,
                  const Marks &marks, const RowBreaks::Row &row, qreal y) const;
     void drawBlock(QPainter *painter, const PaintContext &context, const QTextBlock &block) const;
