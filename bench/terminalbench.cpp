@@ -6,7 +6,9 @@
 #include "apppaths.h"
 #include "korvexresources.h"
 #include "qtterminalwidget.h"
+#include "rulecoloring.h"
 #include "settings.h"
+#include "sharedrules.h"
 #include "textcodec.h"
 
 #include <QApplication>
@@ -94,6 +96,47 @@ void showReceived(benchmark::State &state)
     }
 }
 
+QByteArray logLines(int first, int count)
+{
+    const char *const levels[] = {"I", "D", "W", "E", "I"};
+    QByteArray lines;
+    for (int i = first; i < first + count; ++i)
+        lines += QByteArray(levels[i % 5]) + " (" + QByteArray::number(i) +
+                 ") sensor: temperature 25.3, speed 1500 rpm, voltage 3.31 V, state running, queue 17\n";
+    return lines;
+}
+
+ColorRules rulesForBench(int count)
+{
+    ColorRules rules = commonColorRules();
+    for (int i = 0; rules.size() < count; ++i)
+        rules.append({{QStringLiteral("speed %1|v\\w+ge %1").arg(i), false, false, true}, 0x40A0FF, false});
+    return rules.mid(0, count);
+}
+
+void drawColored(benchmark::State &state)
+{
+    constexpr int kRows = 60;
+    SharedRules::instance().store(rulesForBench(static_cast<int>(state.range(0))), true);
+    QtTerminalWidget terminal;
+    terminal.resize(900, 1000);
+    terminal.show();
+    QImage image(terminal.size(), QImage::Format_ARGB32_Premultiplied);
+    int line = 0;
+    terminal.showReceived(logLines(line, kRows), QString(), false);
+    terminal.flushSlice();
+    for (auto _ : state) {
+        if (state.range(1) == 1) {
+            state.PauseTiming();
+            terminal.clearTerminal();
+            terminal.showReceived(logLines(line += kRows, kRows), QString(), false);
+            terminal.flushSlice();
+            state.ResumeTiming();
+        }
+        terminal.viewport()->render(&image);
+    }
+}
+
 void cases(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"codec", "kind"})->ArgsProduct({{0, 1}, {0, 1, 2}})->Unit(benchmark::kMicrosecond);
@@ -104,6 +147,11 @@ BENCHMARK(insertRecvData)->Apply(cases);
 BENCHMARK(showReceived)
     ->ArgNames({"codec", "kind"})
     ->ArgsProduct({{1}, {0, 1, 2, 3}})
+    ->Unit(benchmark::kMicrosecond);
+
+BENCHMARK(drawColored)
+    ->ArgNames({"rules", "new"})
+    ->ArgsProduct({{0, 1, 9, 20}, {0, 1}})
     ->Unit(benchmark::kMicrosecond);
 
 } // namespace

@@ -100,6 +100,8 @@ public:
         using SettingsGroup::SettingsGroup;
         Setting<int> lineTime{this, "LineTime", 0, notWritten, {0, 3}}; // index into the list
         Setting<bool> copiesLineTime{this, "CopyLineTime", false};
+        Setting<bool> usesColorRules{this, "UseColorRules", false};
+        Setting<QString> colorRules{this, "ColorRules", QString()}; // see ColorRuleFile
     } view{&m_table, "View"};
 
     Setting<QStringList> recentFiles{&m_hexEdit, "RecentFiles", {}}; // of the binary editor, newest first

@@ -21,9 +21,9 @@ const QColor kOnBar(255, 170, 0);
 
 } // namespace
 
-MatchMarks::MatchMarks(LogLayout *layout, const LogWindow &window, QScrollBar *bar)
+MatchMarks::MatchMarks(TextMarks *marks, const LogWindow &window, QScrollBar *bar)
     : QWidget(bar)
-    , m_layout(layout)
+    , m_marks(marks)
     , m_window(window)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -36,9 +36,9 @@ void MatchMarks::show(const LineSearch &search)
     m_search = &search;
     const bool isOn = !search.matcher().isEmpty();
     if (isOn)
-        m_layout->setMarks([this](const QTextBlock &block) { return marksOf(block); });
+        m_marks->setSource(TextMarks::Matches, [this](const QTextBlock &block) { return marksOf(block); });
     else
-        m_layout->setMarks({});
+        m_marks->setSource(TextMarks::Matches, {});
     resize(parentWidget()->size());
     setVisible(isOn);
     update();
@@ -68,7 +68,7 @@ void MatchMarks::paintEvent(QPaintEvent *)
     }
 }
 
-LogLayout::Marks MatchMarks::marksOf(const QTextBlock &block) const
+TextMarks::Marks MatchMarks::marksOf(const QTextBlock &block) const
 {
     const QString before =
         LogLayout::isContinuation(block) ? block.previous().text().right(kContext) : QString();
@@ -76,7 +76,7 @@ LogLayout::Marks MatchMarks::marksOf(const QTextBlock &block) const
         LogLayout::isContinuation(block.next()) ? block.next().text().left(kContext) : QString();
     QVector<LineMatcher::Range> found;
     m_search->matcher().find(before + block.text() + behind, &found);
-    LogLayout::Marks marks;
+    TextMarks::Marks marks;
     QTextCharFormat format;
     format.setBackground(kInText);
     for (const LineMatcher::Range &range : qAsConst(found)) {

@@ -3,7 +3,7 @@
 // Marks every match of a search in a receive display: in its text, and on its
 // scroll bar, over which this lies and lets the mouse through.
 
-#include "loglayout.h"
+#include "textmarks.h"
 
 #include <QWidget>
 
@@ -15,7 +15,7 @@ class MatchMarks : public QWidget
 {
 public:
     // The parts of the display.
-    MatchMarks(LogLayout *layout, const LogWindow &window, QScrollBar *bar);
+    MatchMarks(TextMarks *marks, const LogWindow &window, QScrollBar *bar);
 
     // The search outlives this. To be called again when another begins; update()
     // when it has gone on.
@@ -26,9 +26,9 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    LogLayout::Marks marksOf(const QTextBlock &block) const;
+    TextMarks::Marks marksOf(const QTextBlock &block) const;
 
-    LogLayout *m_layout;
+    TextMarks *m_marks;
     const LogWindow &m_window;
     const LineSearch *m_search = nullptr;
 };

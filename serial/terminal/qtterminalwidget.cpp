@@ -5,6 +5,7 @@
 #include "loglayout.h"
 #include "matchmarks.h"
 #include "newestbutton.h"
+#include "rulemarks.h"
 #include "selectionkeeper.h"
 #include "settings.h"
 #include "terminaldocument.h"
@@ -41,7 +42,8 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     , m_window(m_document, &m_received)
     , m_newest(new NewestButton(this))
     , m_margin(new LogMargin(m_document, m_window, m_received.lines(), this))
-    , m_marks(new MatchMarks(m_document->layout(), m_window, verticalScrollBar()))
+    , m_textMarks(m_document->layout(), this)
+    , m_marks(new MatchMarks(&m_textMarks, m_window, verticalScrollBar()))
 {
     setObjectName(QStringLiteral("recvBrowser"));
     setDocument(m_document);
@@ -52,6 +54,8 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     setAccessibleName(QStringLiteral("接收区"));
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     connect(m_newest, &NewestButton::clicked, this, &QtTerminalWidget::goToNewest);
+    auto *rules = new RuleMarks(&m_textMarks, m_window, m_received.lines(), this);
+    connect(rules, &RuleMarks::gaveUp, this, &QtTerminalWidget::ruleGaveUp);
     m_flushTimer.setSingleShot(true);
     connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {

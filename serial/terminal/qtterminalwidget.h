@@ -93,6 +93,7 @@ signals:
     void recordChanged();         // lines were added, or all were cleared
     // The disk refuses: what is shown from now on is not in the record.
     void recordFailed();
+    void ruleGaveUp(const QString &pattern); // see RuleMarks
 
 protected:
     QMimeData *createMimeDataFromSelection() const override;
@@ -139,6 +140,7 @@ private:
     LogWindow m_window;
     NewestButton *m_newest;
     LogMargin *m_margin;
+    TextMarks m_textMarks;
     MatchMarks *m_marks;
     bool m_copiesTimes = false;
     bool m_recordIsComplete = true; // as reported
