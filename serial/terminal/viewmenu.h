@@ -1,7 +1,8 @@
 #pragma once
 
 // "视图" in the row above a receive display: what the display shows beside the
-// text. The settings own the choices; all displays share them.
+// text, and whether rules color it. The settings own the choices; all displays share
+// them.
 
 #include "logmargin.h"
 
@@ -27,7 +28,9 @@ signals:
 
 private:
     void store();
+    void editRules();
 
     QActionGroup *m_times;
     QAction *m_copyTimes;
+    QAction *m_useRules;
 };

@@ -18,6 +18,7 @@
 namespace {
 
 constexpr int kCountPeriodMs = 250;
+constexpr int kShownPattern = 60; // characters
 
 } // namespace
 
@@ -54,6 +55,10 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     connect(m_findButton, &QPushButton::clicked, m_find, &LogFind::open);
     connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
         emit notify(Notice::error(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！")));
+    });
+    connect(m_terminal, &QtTerminalWidget::ruleGaveUp, this, [this](const QString &pattern) {
+        emit notify(Notice::error(
+            QStringLiteral("着色规则[%1]过于复杂，本次运行已停用！").arg(pattern.left(kShownPattern))));
     });
     connect(m_received, &ReceiveStore::notify, this, &WorkArea::notify);
     connect(m_sendBox, &QtSendBoxWidget::notify, this, &WorkArea::notify);
