@@ -225,10 +225,13 @@ void NetworkToolWidget::sltSendData(QByteArray byData)
         if (peer == Link::allPeers)
             return notifyNotSent(QStringLiteral("未选择客户端，数据未发送！"));
     }
-    if (m_session->send(byData, peer) > 0)
+    if (m_session->send(byData, peer) > 0) {
         m_notSentReason.clear();
-    else if (!m_session->link()->refusal().isEmpty())
+        if (!m_recvOptions->stopShow())
+            m_area->showSent(byData, m_recvOptions->hexShow(), false);
+    } else if (!m_session->link()->refusal().isEmpty()) {
         notifyNotSent(m_session->link()->refusal());
+    }
 }
 
 void NetworkToolWidget::notifyNotSent(const QString &text)

@@ -245,8 +245,14 @@ void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
 {
     if (m_transfer->isBusy())
         return;
-    m_sendCount += static_cast<quint32>(m_port->send(byCmd));
+    if (m_area->showsSent())
+        SltRecvFromSerialport(); // what came before stands before
+    const qint64 sent = m_port->send(byCmd);
+    m_sendCount += static_cast<quint32>(sent);
     m_area->refreshCounts();
+    if (!m_recvOptions->stopShow())
+        m_area->showSent(byCmd.left(static_cast<int>(sent)), m_recvOptions->hexShow(),
+                         m_recvOptions->logMode());
 }
 
 void SerialportWidget::SltChangeSendPage(int index)

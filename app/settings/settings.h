@@ -100,6 +100,10 @@ public:
         using SettingsGroup::SettingsGroup;
         Setting<int> lineTime{this, "LineTime", 0, notWritten, {0, 3}}; // index into the list
         Setting<bool> copiesLineTime{this, "CopyLineTime", false};
+        Setting<bool> savesLineTime{this, "SaveLineTime", false};
+        Setting<bool> showsSent{this, "ShowSent", false};
+        Setting<bool> interpretsSequences{this, "Ansi", false};
+        Setting<bool> showsControls{this, "ControlCharacters", false};
         Setting<bool> usesColorRules{this, "UseColorRules", false};
         Setting<QString> colorRules{this, "ColorRules", QString()}; // see ColorRuleFile
     } view{&m_table, "View"};

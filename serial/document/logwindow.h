@@ -47,6 +47,7 @@ public:
     void showNewer();
 
     bool isFiltered() const { return m_filter != nullptr; }
+    const LineFilter *filter() const { return m_filter; }
     // The filter outlives this or is taken away with nullptr. Some rows are to be
     // shown then.
     void setFilter(const LineFilter *filter) { m_filter = filter; }

@@ -3,6 +3,8 @@
 #include "bytespool.h"
 #include "eventslices.h"
 #include "filereason.h"
+#include "lineset.h"
+#include "linestamp.h"
 #include "receivedtext.h"
 #include "safefile.h"
 #include "textcodec.h"
@@ -14,10 +16,13 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr qint64 kPieceBytes = 256 * 1024;
+constexpr int kMaxLines = 4096; // read at a time
+constexpr int kFewLines = 64;
 
 bool failed(const QFileDevice &file, QString *error)
 {
@@ -27,26 +32,137 @@ bool failed(const QFileDevice &file, QString *error)
     return false;
 }
 
+bool cleared(QString *error)
+{
+    *error = QStringLiteral("保存期间接收区被清空");
+    return false;
+}
+
+class TextFile : public QSaveFile
+{
+public:
+    TextFile(const QString &fileName, int codecIndex)
+        : QSaveFile(fileName)
+        , m_encoder(TextCodec::codec(codecIndex)->makeEncoder(QTextCodec::IgnoreHeader))
+    {
+        open(QIODevice::WriteOnly);
+    }
+
+    bool write(const QString &text)
+    {
+        const QByteArray bytes = m_encoder->fromUnicode(text);
+        return isOpen() && QSaveFile::write(bytes) == bytes.size();
+    }
+    bool commit(QString *error) { return isOpen() ? SafeFile::commit(*this, error) : failed(*this, error); }
+
+private:
+    std::unique_ptr<QTextEncoder> m_encoder;
+};
+
+// Puts its stamp in front of each line of a text that comes in pieces.
+class Stamps
+{
+public:
+    Stamps(const LineStore &store, const LineStamp *stamp)
+        : m_store(store)
+        , m_stamp(stamp)
+    {
+    }
+
+    void continueAt(qint64 line) { m_line = line; }
+    QString added(const QString &text)
+    {
+        QString stamped;
+        for (int begin = 0; begin < text.size();) {
+            if (std::exchange(m_isAtLineStart, false))
+                stamped += prefix();
+            const int end = text.indexOf(QLatin1Char('\n'), begin);
+            const int next = end < 0 ? text.size() : end + 1;
+            stamped += text.midRef(begin, next - begin);
+            m_isAtLineStart = end >= 0;
+            m_line += end >= 0 ? 1 : 0;
+            begin = next;
+        }
+        return stamped;
+    }
+
+private:
+    QString prefix()
+    {
+        const qint64 before = qMax<qint64>(0, m_line - 1);
+        if (before < m_first || m_line >= m_first + m_read.size()) {
+            const bool goesOn = before == m_first + m_read.size() - 1;
+            m_read = m_store.lines(before, goesOn ? kMaxLines : kFewLines, 1);
+            m_first = before;
+        }
+        if (m_line >= m_first + m_read.size())
+            return QString();
+        return m_stamp->prefix(m_read.at(int(m_line - m_first)), m_read.at(int(before - m_first)).arrivalMs);
+    }
+
+    const LineStore &m_store;
+    const LineStamp *m_stamp;
+    qint64 m_line = 0;
+    bool m_isAtLineStart = true;
+    QVector<LineStore::Line> m_read;
+    qint64 m_first = 0;
+};
+
 } // namespace
 
 namespace ReceivedFiles {
 
-bool saveText(const ReceivedText &received, const QString &fileName, int codecIndex, QString *error)
+bool saveText(const ReceivedText &received, const LineStamp *stamp, const QString &fileName, int codecIndex,
+              QString *error)
 {
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return failed(file, error);
-    const std::unique_ptr<QTextEncoder> encoder(
-        TextCodec::codec(codecIndex)->makeEncoder(QTextCodec::IgnoreHeader));
+    TextFile file(fileName, codecIndex);
     EventSlices events;
+    Stamps stamps(received.lines(), stamp);
+    const int generation = received.lines().generation();
     ReceivedText::Reader reader(received);
     for (QString text = reader.next(); !text.isEmpty(); text = reader.next()) {
-        const QByteArray bytes = encoder->fromUnicode(text);
-        if (file.write(bytes) != bytes.size())
+        if (!file.write(stamp ? stamps.added(text) : text))
             return failed(file, error);
         events.runIfDue();
+        if (received.lines().generation() != generation)
+            return cleared(error);
     }
-    return reader.failed() ? failed(file, error) : SafeFile::commit(file, error);
+    return reader.failed() ? failed(file, error) : file.commit(error);
+}
+
+bool saveLines(const LineStore &store, const LineSet &lines, const LineStamp *stamp, const QString &fileName,
+               int codecIndex, QString *error)
+{
+    TextFile file(fileName, codecIndex);
+    EventSlices events;
+    Stamps stamps(store, stamp);
+    const int generation = store.generation();
+    for (qint64 position = 0; position < lines.count();) {
+        const qint64 first = lines.at(position);
+        int count = 1; // that follow each other
+        while (count < kMaxLines && position + count < lines.count() &&
+               lines.at(position + count) == first + count)
+            ++count;
+        const LineStore::Extract found = store.extract(first, count, kPieceBytes);
+        if (found.count == 0)
+            return failed(file, error);
+        const int taken = qMin(found.count, count);
+        const QString text = found.text + QLatin1Char('\n');
+        stamps.continueAt(first);
+        if (!file.write(stamp ? stamps.added(text) : text))
+            return failed(file, error);
+        position += taken;
+        events.runIfDue();
+        if (store.generation() != generation)
+            return cleared(error);
+    }
+    return file.commit(error);
+}
+
+bool saveText(const QString &text, const QString &fileName, int codecIndex, QString *error)
+{
+    TextFile file(fileName, codecIndex);
+    return file.write(text) ? file.commit(error) : failed(file, error);
 }
 
 bool saveBytes(const ByteSpool &spool, const QString &fileName, QString *error)

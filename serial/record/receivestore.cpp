@@ -104,9 +104,7 @@ bool ReceiveStore::writeTo(const Target &target)
                                          : m_terminal->received().isRecordComplete();
     if (!saved) {
         m_unsaved = true;
-        emit notify(Notice::error(QStringLiteral("文件保存失败!")));
-        emit notify(
-            Notice::error(QStringLiteral("无法写入“%1”：%2").arg(QFileInfo(target.name).fileName(), error)));
+        reportFailure(target.name, error);
     } else if (!complete) {
         emit notify(Notice::error(QStringLiteral("文件保存完成，但因磁盘空间不足部分数据已丢失！")));
     } else if (m_hidden) {
@@ -124,6 +122,10 @@ bool ReceiveStore::writeTo(const Target &target)
 void ReceiveStore::showPending()
 {
     EventSlices events;
+    while (m_terminal->received().isMadeAgain()) {
+        m_terminal->flushSlice();
+        events.runIfDue();
+    }
     qint64 pending = m_terminal->queuedBytes();
     for (qint64 due = pending; due > 0 && pending > 0;) {
         m_terminal->flushSlice();
@@ -136,7 +138,52 @@ void ReceiveStore::showPending()
 bool ReceiveStore::writeText(const QString &name, QString *error)
 {
     showPending();
-    return ReceivedFiles::saveText(m_terminal->received(), name, Settings::instance().textCodec, error);
+    const LineStamp stamp = m_terminal->stamp();
+    return ReceivedFiles::saveText(m_terminal->received(), m_terminal->view().savesStamps ? &stamp : nullptr,
+                                   name, Settings::instance().textCodec, error);
+}
+
+void ReceiveStore::reportFailure(const QString &name, const QString &error)
+{
+    emit notify(Notice::error(QStringLiteral("文件保存失败!")));
+    emit notify(Notice::error(QStringLiteral("无法写入“%1”：%2").arg(QFileInfo(name).fileName(), error)));
+}
+
+// All data is as unsaved as before.
+void ReceiveStore::savePart(const std::function<bool(const QString &, int, QString *)> &write)
+{
+    const QString name = QtFileDialog::getSaveFileName(m_page, QString(), QString(), kTextFilter);
+    if (name.isEmpty())
+        return;
+    QString error;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool saved = write(name, Settings::instance().textCodec, &error);
+    QGuiApplication::restoreOverrideCursor();
+    if (saved)
+        emit notify(Notice::information(QStringLiteral("文件保存完成!")));
+    else
+        reportFailure(name, error);
+}
+
+void ReceiveStore::saveSelected()
+{
+    const QString text = m_terminal->selectedText(m_terminal->view().savesStamps);
+    savePart([&text](const QString &name, int codec, QString *error) {
+        return ReceivedFiles::saveText(text, name, codec, error);
+    });
+}
+
+void ReceiveStore::saveFiltered()
+{
+    const LineFilter *filter = m_terminal->filter();
+    if (!filter)
+        return;
+    const LineSet lines = filter->lines(); // of now
+    const LineStamp stamp = m_terminal->stamp();
+    const LineStamp *added = m_terminal->view().savesStamps ? &stamp : nullptr;
+    savePart([&](const QString &name, int codec, QString *error) {
+        return ReceivedFiles::saveLines(m_terminal->received().lines(), lines, added, name, codec, error);
+    });
 }
 
 bool ReceiveStore::writeBytes(const QString &name, QString *error)

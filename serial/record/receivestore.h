@@ -8,6 +8,7 @@
 #include "notice.h"
 
 #include <QObject>
+#include <functional>
 
 class QtTerminalWidget;
 class QWidget;
@@ -33,6 +34,9 @@ public:
     // the bytes of the whole session as they came. False when there is nothing
     // to save, the user cancelled, or saving failed.
     bool save();
+    // Parts of the text shown: what is selected, or the lines of the filter.
+    void saveSelected();
+    void saveFiltered();
 
     // The end of the program, by the close behaviour of the settings. Asks what to
     // do with unsaved data, and for the file. False: stay open.
@@ -58,6 +62,8 @@ private:
     Target askForFile();
     bool writeTo(const Target &target);
     void showPending();
+    void savePart(const std::function<bool(const QString &name, int codec, QString *error)> &write);
+    void reportFailure(const QString &name, const QString &error);
     bool writeText(const QString &name, QString *error);
     bool writeBytes(const QString &name, QString *error);
     bool askAtExit(const QString &question);

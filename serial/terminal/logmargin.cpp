@@ -5,7 +5,6 @@
 #include "terminaldocument.h"
 
 #include <QAbstractScrollArea>
-#include <QDateTime>
 #include <QPainter>
 #include <QScrollBar>
 
@@ -13,11 +12,6 @@ namespace {
 
 constexpr int kSpace = 6; // pixels on both sides
 constexpr qint64 kMaxRead = 4096;
-
-QString seconds(qint64 ms)
-{
-    return QString::number(double(ms) / 1000, 'f', 3);
-}
 
 } // namespace
 
@@ -33,29 +27,14 @@ LogMargin::LogMargin(TerminalDocument *document, const LogWindow &window, const 
     hide();
 }
 
-QString LogMargin::timeText(qint64 arrivalMs, qint64 previousMs) const
-{
-    switch (m_time) {
-    case Time::None:
-        break;
-    case Time::Clock:
-        return QDateTime::fromMSecsSinceEpoch(arrivalMs).toString(QStringLiteral("hh:mm:ss.zzz"));
-    case Time::SincePrevious:
-        return QLatin1Char('+') + seconds(arrivalMs - previousMs);
-    case Time::SinceOpening:
-        return seconds(arrivalMs - (m_openingMs > 0 ? m_openingMs : arrivalMs));
-    }
-    return QString();
-}
-
 int LogMargin::wantedWidth() const
 {
     QString widest;
     if (m_hasNumbers)
         widest = QString::number(qMax<qint64>(9999, m_lines.size()));
-    if (m_time != Time::None)
-        widest += (m_hasNumbers ? QStringLiteral(" ") : QString()) +
-                  QString(m_time == Time::Clock ? 12 : 10, QLatin1Char('0'));
+    if (!m_stamp.isEmpty())
+        widest +=
+            (m_hasNumbers ? QStringLiteral(" ") : QString()) + QString(m_stamp.columns(), QLatin1Char('0'));
     return widest.isEmpty() ? 0 : fontMetrics().horizontalAdvance(widest) + 2 * kSpace;
 }
 
@@ -86,7 +65,7 @@ QVector<LogMargin::Row> LogMargin::rowsInView() const
     return rows;
 }
 
-QString LogMargin::withTimes(int start, int end) const
+QString LogMargin::withStamps(int start, int end, const LineStamp &stamp) const
 {
     QStringList lines = m_document->textBetween(start, end).split(QLatin1Char('\n'));
     qint64 row = m_window.rowOf(m_document->findBlock(start));
@@ -95,8 +74,7 @@ QString LogMargin::withTimes(int start, int end) const
         const QVector<LineStore::Line> found = m_lines.lines(qMax<qint64>(0, line - 1), line > 0 ? 2 : 1, 1);
         const bool isNoLine = text.isEmpty() && &text == &lines.last(); // behind the last line end
         if (!found.isEmpty() && !isNoLine)
-            text.prepend(QLatin1Char('[') + timeText(found.last().arrivalMs, found.first().arrivalMs) +
-                         QStringLiteral("] "));
+            text.prepend(stamp.prefix(found.last(), found.first().arrivalMs));
     }
     return lines.join(QLatin1Char('\n'));
 }
@@ -115,7 +93,7 @@ void LogMargin::paintEvent(QPaintEvent *)
     qint64 first = -1; // of what was read
     for (const Row &row : rows) {
         const qint64 before = qMax<qint64>(0, row.line - 1);
-        if (m_time != Time::None && (first < 0 || before < first || row.line >= first + read.size())) {
+        if (!m_stamp.isEmpty() && (first < 0 || before < first || row.line >= first + read.size())) {
             const bool isDense = rows.last().line - row.line < 2 * rows.size();
             const int count = static_cast<int>((isDense ? rows.last().line : row.line) - before + 1);
             read = m_lines.lines(before, count, 1, kMaxRead);
@@ -123,9 +101,9 @@ void LogMargin::paintEvent(QPaintEvent *)
         }
         QString text = m_hasNumbers ? QString::number(row.line + 1) : QString();
         if (first >= 0 && row.line - first < read.size()) {
-            const qint64 ms = read.at(static_cast<int>(row.line - first)).arrivalMs;
+            const LineStore::Line &line = read.at(static_cast<int>(row.line - first));
             const qint64 previousMs = read.at(static_cast<int>(before - first)).arrivalMs;
-            text += (text.isEmpty() ? QString() : QStringLiteral(" ")) + timeText(ms, previousMs);
+            text += (text.isEmpty() ? QString() : QStringLiteral(" ")) + m_stamp.text(line, previousMs);
         }
         painter.drawText(QRect(0, row.top, width() - kSpace, fontMetrics().height()), Qt::AlignRight, text);
     }

@@ -43,6 +43,7 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     , m_newest(new NewestButton(this))
     , m_margin(new LogMargin(m_document, m_window, m_received.lines(), this))
     , m_textMarks(m_document->layout(), this)
+    , m_baseMarks(&m_textMarks, m_window, m_received, this)
     , m_marks(new MatchMarks(&m_textMarks, m_window, verticalScrollBar()))
 {
     setObjectName(QStringLiteral("recvBrowser"));
@@ -139,8 +140,13 @@ void QtTerminalWidget::insertTerminalText(QString strText)
 
 void QtTerminalWidget::clearTerminal()
 {
-    m_flushTimer.stop();
     m_received.clear();
+    clearShown();
+}
+
+void QtTerminalWidget::clearShown()
+{
+    m_flushTimer.stop();
     m_window.clear();
     m_newest->setRowsSeen(0);
     m_document->clear();
@@ -216,6 +222,8 @@ void QtTerminalWidget::finishShowing(bool follows)
     const bool isComplete = m_received.isRecordComplete();
     if (std::exchange(m_recordIsComplete, isComplete) && !isComplete)
         emit recordFailed();
+    if (m_received.hasSeenSequences() && !std::exchange(m_hasSeenSequences, true))
+        emit sequencesSeen();
     m_margin->update();
     updateNewestButton();
     emit recordChanged();
@@ -414,16 +422,46 @@ void QtTerminalWidget::markMatches(const LineSearch &search)
 
 // ---- beside the rows
 
-void QtTerminalWidget::showTimes(LogMargin::Time time, bool copies)
+void QtTerminalWidget::setView(const ViewOptions &view)
 {
-    m_copiesTimes = copies && time != LogMargin::Time::None;
-    m_margin->setTime(time);
+    const bool isOtherText = !(view.text == m_view.text);
+    m_view = view;
+    LineStamp stamp = m_margin->stamp();
+    stamp.time = view.time;
+    stamp.hasDirection = view.showsSent;
+    m_margin->setStamp(stamp);
     updateMargin();
+    if (isOtherText) {
+        flushAll();
+        m_received.setOptions(view.text);
+        showAgain();
+    }
+    m_baseMarks.show(view.text.sequences, view.showsSent);
+    viewport()->update();
+}
+
+LineStamp QtTerminalWidget::stamp() const
+{
+    LineStamp stamp = m_margin->stamp();
+    if (stamp.time == LineStamp::Time::None)
+        stamp.time = LineStamp::Time::Clock;
+    return stamp;
+}
+
+bool QtTerminalWidget::showAgain()
+{
+    if (!m_received.beginAgain())
+        return false;
+    clearShown();
+    flushSoon();
+    return true;
 }
 
 void QtTerminalWidget::beginTimes()
 {
-    m_margin->setOpening(QDateTime::currentMSecsSinceEpoch());
+    LineStamp stamp = m_margin->stamp();
+    stamp.openingMs = QDateTime::currentMSecsSinceEpoch();
+    m_margin->setStamp(stamp);
 }
 
 void QtTerminalWidget::updateMargin()
@@ -447,17 +485,21 @@ QString QtTerminalWidget::toPlainText()
     return m_window.text();
 }
 
-QMimeData *QtTerminalWidget::createMimeDataFromSelection() const
+QString QtTerminalWidget::selectedText(bool withStamps) const
 {
     const QTextCursor selection = textCursor();
-    auto *copied = new QMimeData;
     const int start = selection.selectionStart();
     const int end = selection.selectionEnd();
-    if (start == 0 && end == m_document->characterCount() - 1 && !m_window.isFiltered())
-        copied->setText(m_window.text()); // all of it, also what is not in the document
-    else
-        copied->setText(m_copiesTimes ? m_margin->withTimes(start, end)
-                                      : m_document->textBetween(start, end));
+    const bool isAll = start == 0 && end == m_document->characterCount() - 1 && !m_window.isFiltered();
+    if (isAll && !withStamps)
+        return m_window.text(); // also what is not in the document
+    return withStamps ? m_margin->withStamps(start, end, stamp()) : m_document->textBetween(start, end);
+}
+
+QMimeData *QtTerminalWidget::createMimeDataFromSelection() const
+{
+    auto *copied = new QMimeData;
+    copied->setText(selectedText(m_view.copiesStamps && !m_margin->stamp().isEmpty()));
     return copied;
 }
 

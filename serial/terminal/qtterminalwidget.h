@@ -8,10 +8,12 @@
 // Older lines than the display holds are shown when the user scrolls or is led
 // there, see LogWindow.
 
+#include "basemarks.h"
 #include "logmargin.h"
 #include "logwindow.h"
 #include "matchmarks.h"
 #include "receivedtext.h"
+#include "viewoptions.h"
 
 #include <QElapsedTimer>
 #include <QTextBrowser>
@@ -51,13 +53,21 @@ public:
     // How many characters and paragraphs the display holds at most.
     void setLimits(int characters, int paragraphs);
 
+    // What the user has selected; with stamps, each line behind its own.
+    QString selectedText(bool withStamps) const;
     // Selects a match and brings it into view. The line may be one that the
     // display has dropped.
     void showMatch(const LineSearch::Match &match);
     // The line on top of the view.
     LineSearch::Place topPlace() const;
-    // The time of each line, beside the text, and whether copying takes it along.
-    void showTimes(LogMargin::Time time, bool copies);
+    // Where text is to be shown in another way, all of it is made again.
+    void setView(const ViewOptions &view);
+    const ViewOptions &view() const { return m_view; }
+    // What stands in front of a line where stamps are copied or saved.
+    LineStamp stamp() const;
+    // Makes the text again from what was received, with the codec of now. False:
+    // not all of it is there any more.
+    bool showAgain();
     // Times since the opening of the link count from now.
     void beginTimes();
 
@@ -65,6 +75,7 @@ public:
     // nullptr; the line on top stays. filterGrew(): the filter has more lines;
     // filterChanged(): it has others.
     void setFilter(const LineFilter *filter);
+    const LineFilter *filter() const { return m_window.filter(); } // or nullptr
     void filterGrew();
     void filterChanged();
 
@@ -93,6 +104,8 @@ signals:
     void recordChanged();         // lines were added, or all were cleared
     // The disk refuses: what is shown from now on is not in the record.
     void recordFailed();
+    // The first time that escape sequences are shown as they stand.
+    void sequencesSeen();
     void ruleGaveUp(const QString &pattern); // see RuleMarks
 
 protected:
@@ -115,6 +128,7 @@ private:
     };
 
     void receive(ReceiveQueue::Chunk chunk);
+    void clearShown();
     void showMoreRows();
     void append(const QString &text);
     void dropOldest();
@@ -141,9 +155,11 @@ private:
     NewestButton *m_newest;
     LogMargin *m_margin;
     TextMarks m_textMarks;
+    BaseMarks m_baseMarks;
     MatchMarks *m_marks;
-    bool m_copiesTimes = false;
-    bool m_recordIsComplete = true; // as reported
+    ViewOptions m_view;
+    bool m_hasSeenSequences = false; // as reported
+    bool m_recordIsComplete = true;  // as reported
     bool m_directInsert = true;
 
     QTimer m_flushTimer;

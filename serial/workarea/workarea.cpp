@@ -11,6 +11,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QShortcut>
 #include <QSplitter>
@@ -50,8 +51,18 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     addShortcut(int(Qt::CTRL) + Qt::Key_F, [this] { m_find->open(); });
     addShortcut(Qt::Key_F3, [this] { m_find->next(); });
     addShortcut(int(Qt::SHIFT) + Qt::Key_F3, [this] { m_find->previous(); });
-    connect(m_view, &ViewMenu::changed, this,
-            [this] { m_terminal->showTimes(m_view->time(), m_view->copiesTimes()); });
+    connect(m_view, &ViewMenu::changed, this, [this] { m_terminal->setView(m_view->options()); });
+    connect(m_view, &ViewMenu::aboutToShow, this, [this] {
+        m_view->setSavable(m_terminal->textCursor().hasSelection(), m_terminal->filter() != nullptr);
+    });
+    connect(m_view, &ViewMenu::saveSelectedRequested, m_received, &ReceiveStore::saveSelected);
+    connect(m_view, &ViewMenu::saveFilteredRequested, m_received, &ReceiveStore::saveFiltered);
+    connect(m_view, &ViewMenu::showAgainRequested, this, &WorkArea::showAgain);
+    connect(m_terminal, &QtTerminalWidget::sequencesSeen, this, [this] {
+        emit notify(
+            Notice::information(QStringLiteral("收到ANSI转义序列，可在“视图”菜单中打开“解释ANSI转义序列”")));
+    });
+    page->addActions(m_view->menu()->actions());
     connect(m_findButton, &QPushButton::clicked, m_find, &LogFind::open);
     connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
         emit notify(Notice::error(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！")));
@@ -83,6 +94,24 @@ void WorkArea::showHint(bool open)
     if (open)
         m_terminal->beginTimes();
     m_terminal->setPlaceholderText(open ? m_openHint : m_closedHint);
+}
+
+bool WorkArea::showsSent() const
+{
+    return m_view->options().showsSent;
+}
+
+void WorkArea::showSent(const QByteArray &bytes, bool hex, bool isLogMode)
+{
+    if (showsSent() && !bytes.isEmpty())
+        m_terminal->showSent(bytes, hex, isLogMode);
+}
+
+void WorkArea::showAgain()
+{
+    if (!m_terminal->showAgain())
+        emit notify(
+            Notice::error(QStringLiteral("因磁盘空间不足，部分接收内容已不在缓存中，无法重新显示！")));
 }
 
 void WorkArea::showSendPage(int index)

@@ -42,6 +42,9 @@ public:
     void fold(); // or unfold
 
     void showHint(bool open); // of the link
+    // What was sent, in the form of the display, where the user wants to see it.
+    bool showsSent() const;
+    void showSent(const QByteArray &bytes, bool hex, bool isLogMode);
     // Each page of the send box keeps the height that it was given.
     void showSendPage(int index);
 
@@ -69,6 +72,7 @@ protected:
 private:
     // Flushes what was received and emits countsDue().
     void flushAndCount();
+    void showAgain();
     QLayout *buildTop();
     QWidget *buildDisplay();
     void addShortcut(const QKeySequence &key, const std::function<void()> &action);

@@ -171,7 +171,7 @@ private slots:
         const int before = m_terminal->viewport()->width();
         auto *margin = m_terminal->findChild<LogMargin *>();
         QVERIFY(!margin->isVisible());
-        m_terminal->showTimes(LogMargin::Time::Clock, true);
+        m_terminal->setView({LineStamp::Time::Clock, true, false, false, {}});
         QVERIFY(margin->isVisible() && m_terminal->viewport()->width() == before - margin->width());
         QCOMPARE(m_terminal->toPlainText(), QString("line 0 end\nline 1 end\nline 2 end\n"));
         QTextCursor cursor(m_terminal->document()->findBlockByNumber(1));
@@ -183,10 +183,10 @@ private slots:
                      .match(copied)
                      .hasMatch(),
                  qPrintable(copied));
-        m_terminal->showTimes(LogMargin::Time::SincePrevious, true);
+        m_terminal->setView({LineStamp::Time::SincePrevious, true, false, false, {}});
         m_terminal->copy();
         QVERIFY(QGuiApplication::clipboard()->text().startsWith("[+0.0"));
-        m_terminal->showTimes(LogMargin::Time::None, true);
+        m_terminal->setView({LineStamp::Time::None, true, false, false, {}});
         m_terminal->copy();
         QCOMPARE(QGuiApplication::clipboard()->text(), QString("line 1 end\n"));
         QCOMPARE(m_terminal->viewport()->width(), before);

@@ -92,7 +92,7 @@ void tools(Gallery &gallery)
         NEED(gallery.save(QLatin1String(kTools[i]), tabs));
     }
     NEED(UserHand::clickAt(tabs, tabs->tabRect(0).center()));
-    stage.terminal()->showTimes(LogMargin::Time::Clock, false);
+    stage.terminal()->setView({LineStamp::Time::Clock, false, false, false, {}});
     NEED(UserHand::click(stage.find<QWidget>("btnLogFind")));
     NEED(UserHand::typeInto(stage.find<QWidget>("editLogFind"), QStringLiteral("adc")));
     NEED_SOON(stage.find<QLabel>("labelLogFind")->text().startsWith(QLatin1String("1/")));
@@ -100,7 +100,7 @@ void tools(Gallery &gallery)
     NEED(UserHand::click(stage.find<QWidget>("checkLogFilter")));
     NEED(gallery.save(QStringLiteral("filter"), tabs));
     NEED(UserHand::click(stage.find<QWidget>("btnLogFindClose")));
-    stage.terminal()->showTimes(LogMargin::Time::None, false);
+    stage.terminal()->setView({});
     stage.terminal()->goToNewest();
     NEED(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
     auto *plot = stage.find<PidPlot>("pidPlot");
