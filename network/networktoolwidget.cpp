@@ -73,6 +73,8 @@ void NetworkToolWidget::connectParts()
     connect(m_config, &NetworkConfigPanel::openClicked, this, &NetworkToolWidget::sltBtnOpenClicked);
     connect(m_clients, &ClientListPanel::disconnectClicked, this, &NetworkToolWidget::sltDisconnectClient);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &NetworkToolWidget::clearRecv);
+    connect(m_recvOptions, &RecvOptions::stopShowChanged, m_area, &WorkArea::showStopped);
+    connect(m_area, &WorkArea::resumeRequested, m_recvOptions, &RecvOptions::resumeShow);
     connect(m_recvOptions, &RecvOptions::saveClicked, this, &NetworkToolWidget::sltSaveDataToFile);
     connect(m_sendOptions, &SendOptions::pageChosen, this, &NetworkToolWidget::sltChangeSendPage);
     connect(m_sendOptions, &SendOptions::intervalEdited, this, &NetworkToolWidget::sltChangeAutoInterval);

@@ -80,6 +80,8 @@ void SerialportWidget::connectParts()
 
     connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
+    connect(m_recvOptions, &RecvOptions::stopShowChanged, m_area, &WorkArea::showStopped);
+    connect(m_area, &WorkArea::resumeRequested, m_recvOptions, &RecvOptions::resumeShow);
     connect(m_recvOptions, &RecvOptions::saveClicked, this, &SerialportWidget::SltSaveDataToFile);
     connect(m_recvOptions, &RecvOptions::delayChanged, this, &SerialportWidget::SltDelayChanged);
     connect(m_sendOptions, &SendOptions::pageChosen, this, &SerialportWidget::SltChangeSendPage);

@@ -6,9 +6,14 @@ namespace {
 
 constexpr uint kEscape = 0x1B;
 constexpr uint kBell = 0x07;
-constexpr uint kSymbols = 0x2400; // of the control characters, in their order
 constexpr uint kDelete = 0x7F;
-constexpr uint kDeleteSymbol = 0x2421;
+constexpr uint kSpace = 0x20;
+constexpr int kSymbolColor = 6; // cyan
+
+// Not all faces have pictures of the control characters.
+const char *const kNames[] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL", "BS",  "TAB", "LF",
+                              "VT",  "FF",  "CR",  "SO",  "SI",  "DLE", "DC1", "DC2", "DC3", "DC4", "NAK",
+                              "SYN", "ETB", "CAN", "EM",  "SUB", "ESC", "FS",  "GS",  "RS",  "US"};
 
 // Longer ones are shown as they stand.
 constexpr int kMaxSequence = 64;
@@ -23,7 +28,7 @@ bool isLineEnd(uint character)
 
 bool isSpecial(uint character)
 {
-    return (character < 0x20 && character != '\t') || character == kDelete || isLineEnd(character);
+    return (character < kSpace && character != '\t') || character == kDelete || isLineEnd(character);
 }
 
 void append(uint character, QString *text)
@@ -123,8 +128,8 @@ void TerminalText::control(uint character, Options options)
     if (isEnd)
         m_column = m_line.size();
     if (options.symbols && character <= kDelete)
-        put(character == kDelete ? kDeleteSymbol : kSymbols + character);
-    else if (!isEnd && !isReturn)
+        putName(character);
+    else if (!isEnd && !isReturn && !(options.sequences && character == kBell))
         put(character);
     m_afterReturn = isReturn;
     if (isEnd || (isReturn && !options.symbols))
@@ -142,11 +147,11 @@ void TerminalText::feedEscape(uint character, Options options)
                character == '_') {
         m_state = State::String;
         m_pending = QChar(ushort(character));
-    } else if (character >= 0x20 && character < 0x30) {
+    } else if (character >= kSpace && character < 0x30) {
         m_state = State::Escape; // another character ends it
     } else if (character == 'c') {
         m_style = {};
-    } else if (character < 0x20 || character > 0x7E) {
+    } else if (character < kSpace || character > 0x7E) {
         m_pending.clear();
         giveUp(options);
         feedText(character, options);
@@ -158,7 +163,7 @@ void TerminalText::feedSequence(uint character, Options options)
     if (character >= 0x40 && character <= 0x7E) {
         m_state = State::Text;
         runSequence(character);
-    } else if (character >= 0x20 && character < 0x40 && m_pending.size() < kMaxSequence) {
+    } else if (character >= kSpace && character < 0x40 && m_pending.size() < kMaxSequence) {
         m_pending += QChar(ushort(character));
     } else {
         giveUp(options);
@@ -177,7 +182,7 @@ void TerminalText::feedString(uint character, Options options)
         feedEscape(character, options);
     } else if (character == kEscape) {
         m_state = State::StringEscape;
-    } else if (character < 0x20 || m_pending.size() >= kMaxString) {
+    } else if (character < kSpace || m_pending.size() >= kMaxString) {
         giveUp(options);
         feedText(character, options);
     } else {
@@ -189,13 +194,28 @@ void TerminalText::feedString(uint character, Options options)
 void TerminalText::giveUp(Options options)
 {
     m_state = State::Text;
-    put(options.symbols ? kSymbols + kEscape : kEscape);
+    if (options.symbols)
+        putName(kEscape);
+    else
+        put(kEscape);
     const QString pending = std::exchange(m_pending, QString());
     for (const uint character : pending.toUcs4())
         put(character);
 }
 
 // ---- the line
+
+// "<CR>", in a color that text rarely has.
+void TerminalText::putName(uint character)
+{
+    const TextStyle style = m_style;
+    m_style = {};
+    m_style.text = kSymbolColor;
+    const QString name = QLatin1String(character < kSpace ? kNames[character] : "DEL");
+    for (const QChar letter : QLatin1Char('<') + name + QLatin1Char('>'))
+        put(letter.unicode());
+    m_style = style;
+}
 
 void TerminalText::put(uint character)
 {

@@ -2,7 +2,7 @@
 
 // Decoded text as a terminal shows it: colors and faces by escape sequences
 // (SGR), other sequences without an effect left out, a line overwritten behind a
-// carriage return; or its control characters as symbols. Keeps what is known of
+// carriage return; or its control characters by their names. Keeps what is known of
 // one stream from chunk to chunk.
 //
 // Sequences by ECMA-48; indexed and RGB colors as xterm has them (38;5 and 38;2).
@@ -18,7 +18,7 @@ public:
     struct Options
     {
         bool sequences = false; // are interpreted
-        bool symbols = false;   // stand for the control characters that remain
+        bool symbols = false;   // "<CR>" and the like for control characters that remain
 
         bool isOn() const { return sequences || symbols; }
         bool operator==(const Options &other) const
@@ -56,6 +56,7 @@ private:
     void feedString(uint character, Options options);
     void control(uint character, Options options);
     void put(uint character);
+    void putName(uint character);
     void giveUp(Options options);
     void endLine();
     void show();

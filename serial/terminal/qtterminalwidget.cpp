@@ -436,7 +436,7 @@ void QtTerminalWidget::setView(const ViewOptions &view)
         m_received.setOptions(view.text);
         showAgain();
     }
-    m_baseMarks.show(view.text.sequences, view.showsSent);
+    m_baseMarks.show(view.text.isOn(), view.showsSent);
     viewport()->update();
 }
 

@@ -37,6 +37,7 @@ RecvOptions::RecvOptions(QWidget *parent, Kind kind)
     save->setObjectName(QStringLiteral("btnSaveRecv"));
     save->setToolTip(QStringLiteral("将接收区数据保存到文件"));
     connect(m_quiet, QOverload<int>::of(&QSpinBox::valueChanged), this, &RecvOptions::delayChanged);
+    connect(m_stop, &QCheckBox::toggled, this, &RecvOptions::stopShowChanged);
     connect(clear, &QPushButton::clicked, this, &RecvOptions::clearClicked);
     connect(save, &QPushButton::clicked, this, &RecvOptions::saveClicked);
 
@@ -59,6 +60,11 @@ bool RecvOptions::hexShow() const
 bool RecvOptions::stopShow() const
 {
     return m_stop->isChecked();
+}
+
+void RecvOptions::resumeShow()
+{
+    m_stop->setChecked(false);
 }
 
 bool RecvOptions::logMode() const

@@ -22,6 +22,7 @@ public:
 
     bool hexShow() const;
     bool stopShow() const;
+    void resumeShow();
     bool logMode() const;
     bool timeStamp() const;
     // Milliseconds without a byte that end a packet.
@@ -31,6 +32,7 @@ signals:
     void clearClicked();
     void saveClicked();
     void delayChanged();
+    void stopShowChanged(bool stopped);
 
 private:
     QRadioButton *m_text;

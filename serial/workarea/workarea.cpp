@@ -35,6 +35,7 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_sendLabel(new QLabel(this))
     , m_recvLabel(new QLabel(this))
     , m_findButton(new QPushButton(QStringLiteral("查找"), this))
+    , m_stopped(new QPushButton(QStringLiteral("已停止显示"), this))
     , m_terminal(new QtTerminalWidget(this))
     , m_view(new ViewMenu(this))
     , m_findBar(new FindBar(this))
@@ -114,6 +115,11 @@ void WorkArea::showAgain()
             Notice::error(QStringLiteral("因磁盘空间不足，部分接收内容已不在缓存中，无法重新显示！")));
 }
 
+void WorkArea::showStopped(bool stopped)
+{
+    m_stopped->setVisible(stopped);
+}
+
 void WorkArea::showSendPage(int index)
 {
     m_sendHeights.insert(m_sendPage, m_sendBox->height());
@@ -160,6 +166,10 @@ QLayout *WorkArea::buildTop()
 {
     m_findButton->setObjectName(QStringLiteral("btnLogFind"));
     m_findButton->setToolTip(QStringLiteral("在全部接收内容中查找（Ctrl+F）"));
+    m_stopped->setObjectName(QStringLiteral("btnResumeShow"));
+    m_stopped->setToolTip(QStringLiteral("仍在接收、计数和记录，点击恢复显示"));
+    m_stopped->hide();
+    connect(m_stopped, &QPushButton::clicked, this, &WorkArea::resumeRequested);
     m_fold->setObjectName(QStringLiteral("btnFold"));
     m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
     m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
@@ -172,6 +182,7 @@ QLayout *WorkArea::buildTop()
     top->addWidget(m_fold);
     top->addWidget(m_findButton);
     top->addWidget(m_view);
+    top->addWidget(m_stopped);
     top->addStretch();
     top->addWidget(m_gathering);
     top->addSpacing(8);

@@ -42,6 +42,8 @@ public:
     void fold(); // or unfold
 
     void showHint(bool open); // of the link
+    // Whether received data is shown; one click on the notice above the display resumes.
+    void showStopped(bool stopped);
     // What was sent, in the form of the display, where the user wants to see it.
     bool showsSent() const;
     void showSent(const QByteArray &bytes, bool hex, bool isLogMode);
@@ -64,6 +66,7 @@ public:
 signals:
     void countsDue();
     void clearRequested();
+    void resumeRequested();
     void notify(const Notice &notice);
 
 protected:
@@ -91,6 +94,7 @@ private:
     QLabel *m_sendLabel;
     QLabel *m_recvLabel;
     QPushButton *m_findButton;
+    QPushButton *m_stopped;
     QtTerminalWidget *m_terminal;
     ViewMenu *m_view;
     FindBar *m_findBar;

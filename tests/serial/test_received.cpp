@@ -344,12 +344,13 @@ private slots:
         Display display;
         display.text.setOptions({false, true});
         display.receive(QByteArray("a\0\x1b[m\x7f\t\r\nb\rc\nd\r", 15), QString(), false);
-        QCOMPARE(display.flush(), QStringLiteral("a␀␛[m␡\t␍␊\nb␍\nc␊\nd␍"));
+        QCOMPARE(display.flush(), QStringLiteral("a<NUL><ESC>[m<DEL>\t<CR><LF>\nb<CR>\nc<LF>\nd<CR>"));
         display.receive("\n", QString(), false); // of the same line end
-        QCOMPARE(display.flush(), QStringLiteral("a␀␛[m␡\t␍␊\nb␍\nc␊\nd␍␊\n"));
+        QCOMPARE(display.flush(), QStringLiteral("a<NUL><ESC>[m<DEL>\t<CR><LF>\nb<CR>\nc<LF>\nd<CR><LF>\n"));
         display.text.setOptions({true, true});
         display.receive("ab\rc\r\n", QString(), false);
-        QVERIFY(display.flush().endsWith(QStringLiteral("\ncb␊\n")));
+        QVERIFY(display.flush().endsWith(QStringLiteral("\ncb<LF>\n")));
+        QCOMPARE(display.text.styles().of(0).size(), 3); // the names have a color
         QCOMPARE(display.recorded(), display.shown);
     }
 
