@@ -68,7 +68,7 @@ ColorRule rule(const QString &expression, quint32 color)
 // A letter as "E (123) tag:", "[E/tag]", "[E]" or "E/tag:", and a word as "<err>".
 QString levelMark(const char *letters, const char *word)
 {
-    return QStringLiteral("(?:^|[\\s\\]]|\\x1b\\[[\\d;]*m)[%1](?: \\([\\d:.]+\\)|/\\w)|\\[[%1][/\\]]|<%2>")
+    return QStringLiteral("<%2>|\\[[%1][/\\]]|(?:^|[\\s\\]]|\\x1b\\[[\\d;]*m)[%1](?: \\([\\d:.]+\\)|/\\w)")
         .arg(QLatin1String(letters), QLatin1String(word));
 }
 

@@ -79,7 +79,7 @@ void RuleDialog::buildTable()
     QHeaderView *header = m_table->horizontalHeader();
     header->setHighlightSections(false);
     header->setSectionResizeMode(RuleModel::Pattern, QHeaderView::Stretch);
-    const int widths[] = {0, 110, 90, 70, 130};
+    const int widths[] = {0, 104, 84, 66, 150};
     for (int column = RuleModel::Kind; column < RuleModel::ColumnCount; ++column)
         header->resizeSection(column, widths[column]);
     m_empty->setObjectName(QStringLiteral("emptyStateText"));
@@ -162,6 +162,7 @@ void RuleDialog::showCurrent()
     m_empty->setVisible(m_model->rowCount() == 0);
     m_form->setEnabled(row >= 0);
     m_form->setRule(row >= 0 ? m_model->rule(row) : ColorRule());
+    showFault();
     m_add->setEnabled(m_model->rowCount() < ColorRuleFile::maxRules);
     m_remove->setEnabled(row >= 0);
     m_up->setEnabled(row > 0);
@@ -173,6 +174,12 @@ void RuleDialog::storeCurrent()
     ColorRule rule = m_form->rule();
     rule.isOn = m_model->rule(currentRow()).isOn;
     m_model->setRule(currentRow(), rule);
+    showFault();
+}
+
+void RuleDialog::showFault()
+{
+    showState(m_model->index(currentRow(), RuleModel::Fault).data().toString(), true);
 }
 
 void RuleDialog::add()

@@ -42,6 +42,7 @@ private:
     void select(int row);
     void showCurrent();
     void storeCurrent();
+    void showFault(); // of the current rule
     void add();
     void remove();
     void moveUp();

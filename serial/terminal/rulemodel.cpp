@@ -3,6 +3,7 @@
 #include "contrast.h"
 #include "sharedrules.h"
 
+#include <QIcon>
 #include <QPainter>
 #include <QPixmap>
 
@@ -129,14 +130,16 @@ QString RuleModel::textOf(const ColorRule &rule, int column) const
 }
 
 // As the display shows it.
-QPixmap RuleModel::sampleOf(const ColorRule &rule) const
+QIcon RuleModel::sampleOf(const ColorRule &rule) const
 {
     QPixmap sample(kSample);
     sample.fill(m_ground);
     QPainter painter(&sample);
     painter.setPen(Contrast::readableOn(m_ground, QColor(QRgb(rule.color))));
     painter.drawText(sample.rect(), Qt::AlignCenter, QStringLiteral("示例"));
-    return sample;
+    QIcon icon(sample);
+    icon.addPixmap(sample, QIcon::Selected); // not tinted
+    return icon;
 }
 
 QVariant RuleModel::data(const QModelIndex &index, int role) const

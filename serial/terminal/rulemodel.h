@@ -40,7 +40,7 @@ public:
 
 private:
     QString textOf(const ColorRule &rule, int column) const;
-    QPixmap sampleOf(const ColorRule &rule) const;
+    QIcon sampleOf(const ColorRule &rule) const;
 
     ColorRules m_rules;
     QColor m_ground;
