@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QWheelEvent>
 #include <benchmark/benchmark.h>
 
 namespace {
@@ -137,6 +138,33 @@ void drawColored(benchmark::State &state)
     }
 }
 
+// A notch of the wheel with Ctrl at 200,000 lines, and the picture after it; with 1,
+// half of the lines take two rows or three; with 2, all lines two.
+void zoom(benchmark::State &state)
+{
+    constexpr int kLines = 199'000;
+    QtTerminalWidget terminal;
+    terminal.resize(state.range(0) == 2 ? 240 : 900, 600);
+    terminal.show();
+    QString text;
+    for (int i = 0; i < kLines; ++i)
+        text +=
+            QStringLiteral("%1 temperature 25.3 speed 1500 rpm\n").arg(i) +
+            (state.range(0) == 1 && i % 2 == 0 ? QStringLiteral("speed 1500 rpm ").repeated(11) : QString());
+    terminal.setTerminalText(text.left(8'000'000));
+    QImage image(terminal.size(), QImage::Format_ARGB32_Premultiplied);
+    int notch = 1;
+    for (auto _ : state) {
+        const QPointF at(50, 50);
+        QWheelEvent turn(at, at, QPoint(), QPoint(0, 120 * notch), Qt::NoButton, Qt::ControlModifier,
+                         Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(terminal.viewport(), &turn);
+        terminal.viewport()->render(&image);
+        notch = -notch;
+    }
+    state.counters["lines"] = terminal.document()->blockCount();
+}
+
 void cases(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"codec", "kind"})->ArgsProduct({{0, 1}, {0, 1, 2}})->Unit(benchmark::kMicrosecond);
@@ -144,6 +172,7 @@ void cases(benchmark::internal::Benchmark *benchmark)
 
 BENCHMARK(replaceWholeText)->Apply(cases);
 BENCHMARK(insertRecvData)->Apply(cases);
+BENCHMARK(zoom)->ArgNames({"long"})->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(showReceived)
     ->ArgNames({"codec", "kind"})
     ->ArgsProduct({{1}, {0, 1, 2, 3}})
