@@ -5,8 +5,8 @@
         [--only cutecom,gtkterm,korvex] [--korvex PROGRAM] [--korvex-open COMMAND]
 
 Every program runs on a display of its own (Xvfb, openbox), in an empty home
-folder, with the port of a board (bin/boardsim of the build) that sends bursts
-with pauses of 12 ms. Printed per run:
+folder, with the port of a board (bin/boardsim of the build) that writes each
+2 ms and rests for 25 ms twice a second. Printed per run:
 
     cpu s/MB   user and system time of the program per 10^6 bytes, from before
                the first byte until it has come to rest after the last one
@@ -177,7 +177,7 @@ class Board:
         self.total = total
         self.log = open(os.path.join(folder, "board.log"), "w+", encoding="utf-8")
         self.process = subprocess.Popen(
-            [program, "--folder", folder, "--port", PORT, "--mode", "burst", "--burst-pause", "12",
+            [program, "--folder", folder, "--port", PORT, "--mode", "burst", "--burst-pause", "2", "--rest", "25",
              "--bytes-per-second", str(rate), "--total", str(total), "--encoding", encoding,
              "--delay", str(int(self.DELAY * 1000))],
             stdout=self.log, stderr=subprocess.PIPE, text=True)
@@ -423,6 +423,7 @@ def main():
             sys.exit(f"{kind.name} is missing: run tools/setup-bench.sh")
         measure_idle(kind, shim)
     cases = [("text 92 KB/s", 92000, "ascii", False), ("text 1 MB/s", 1000000, "ascii", False),
+             ("bytes 1 MB/s", 1000000, "binary", False),
              ("hex 92 KB/s", 92000, "binary", True), ("hex 1 MB/s", 1000000, "binary", True)]
     for title, rate, encoding, hexadecimal in cases:
         for kind in kinds:

@@ -21,6 +21,7 @@ public:
         qint64 totalBytes = -1; // for each host; -1 without end
         int bytesPerSecond = 92000;
         int pauseMs = 12; // between bursts
+        int restMs = 0;   // twice a second, in place of a pause
         void addTo(CommandLine &line);
     };
 
@@ -39,8 +40,10 @@ private:
     qint64 m_left = 0;
     int m_bytesPerSecond;
     int m_pauseMs;
+    int m_restMs;
     qint64 m_owed = 0; // remainder of the last burst, in millionths of a byte
     QElapsedTimer m_sinceBurst;
+    QElapsedTimer m_sinceRest;
     QTimer m_pause;
     bool m_sending = false;
 };
