@@ -3,6 +3,7 @@
 
 #include "bytequeue.h"
 #include "checksum.h"
+#include "codecguess.h"
 #include "filereason.h"
 #include "hextext.h"
 #include "safefile.h"
@@ -176,6 +177,44 @@ private slots:
         QCOMPARE(error, QStringLiteral("不是普通文件"));
         QVERIFY(!SafeFile::write(folder.path(), "x", &error));
         QCOMPARE(error, QStringLiteral("这是一个文件夹"));
+    }
+
+    // In chunks that cut characters, and with a broken byte in the middle.
+    void guessesTheCodecOfAStream()
+    {
+        const QString log = QStringLiteral("传感器 3 启动完成，温度 25.3，转速 1500，状态正常\r\n");
+        const QString words = QStringLiteral("温度 25.3 转速 1500\r\n"); // valid pairs, too
+        const QString traditional = QStringLiteral("感測器啟動完成，溫度正常，開始傳送資料\n");
+        QByteArray noise;
+        QRandomGenerator random(1);
+        for (int i = 0; i < 100; ++i)
+            noise += char(random.bounded(256));
+        const std::tuple<const char *, QByteArray, int> rows[] = {
+            {"log, UTF-8", log.toUtf8(), 0},
+            {"log, GB18030", TextCodec::encode(log, 1), 1},
+            {"words, UTF-8", words.toUtf8(), 0},
+            {"words, GB18030", TextCodec::encode(words, 1), 1},
+            {"traditional, UTF-8", traditional.toUtf8(), 0},
+            {"ASCII", "E (123) wifi: no answer\n", -1},
+            {"both", "\xC4\xA3\xC4\xA3 ", -1}, // ģģ or 模模
+            {"French", "d\xC3\xA9marr\xC3\xA9\n", -1},
+            {"neither", noise, -1},
+            {"Cyrillic of one byte", "\xF1\xF2\xE0\xF0\xF2 \xE3\xEE\xF2\xEE\xE2\n", -1}};
+        for (const auto &[name, bytes, codec] : rows) {
+            const QByteArray once = bytes.repeated(3000 / bytes.size() + 1);
+            QByteArray stream = once;
+            stream[stream.size() / 2] = char(0xFF);
+            CodecGuess guess;
+            guess.add(stream.left(200));
+            QVERIFY2(!guess.verdict(), name);
+            for (int at = 200; at < stream.size(); at += 7)
+                guess.add(stream.mid(at, 7));
+            QVERIFY2(guess.verdict() ? *guess.verdict() == codec : codec < 0, name);
+            guess.add(QByteArray(1, char(0xE6))); // half a character
+            guess.cut();
+            guess.add(once + noise.repeated(codec < 0 ? 1 : 20));
+            QVERIFY2(!guess.verdict(), name); // another kind of stream since
+        }
     }
 };
 
