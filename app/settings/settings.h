@@ -19,6 +19,7 @@ class Settings
     SettingsTable m_table;
     SettingsGroup m_common{&m_table, "Common"};
     SettingsGroup m_updates{&m_table, "LoRaTool"};
+    SettingsGroup m_viewWork{&m_table, "View", SettingsGroup::KeepsUnwritten}; // the user's work
     SettingsGroup m_hexEdit{&m_table, "HexEdit", SettingsGroup::KeepsUnwritten};
 
 public:
@@ -105,9 +106,9 @@ public:
         Setting<bool> interpretsSequences{this, "Ansi", false};
         Setting<bool> showsControls{this, "ControlCharacters", false};
         Setting<bool> usesColorRules{this, "UseColorRules", false};
-        Setting<QString> colorRules{this, "ColorRules", QString()}; // see ColorRuleFile
     } view{&m_table, "View"};
 
+    Setting<QString> colorRules{&m_viewWork, "ColorRules", QString()}; // see ColorRuleFile
     Setting<QStringList> recentFiles{&m_hexEdit, "RecentFiles", {}}; // of the binary editor, newest first
     // clang-format on
 
@@ -125,8 +126,8 @@ public:
     static void load();
 
     // Writes the first-start values over what the file holds, removes the values
-    // that a first start does not write, and loads again. Recent files and the
-    // probe's values stay. The caller applies the skin. False where the file
+    // that a first start does not write, and loads again. Recent files, color
+    // rules and the probe's values stay. The caller applies the skin. False where the file
     // cannot be written; the defaults are then good for this run only.
     static bool restoreDefaults();
 };

@@ -29,8 +29,8 @@ using ColorRules = QVector<ColorRule>;
 namespace ColorRuleFile {
 
 constexpr int maxRules = 200;
-constexpr int maxPattern = 1000;      // characters
-constexpr int maxBytes = 1024 * 1024; // of a file
+constexpr int maxPattern = 1000;          // characters
+constexpr int maxBytes = 2 * 1024 * 1024; // of a file
 
 QByteArray write(const ColorRules &rules);
 // Empty where any of it is invalid; `reason` then holds why, in Chinese.

@@ -62,7 +62,10 @@ TextMarks::Marks RuleMarks::marksOf(const QTextBlock &block)
     const TextMarks::Marks marks = isPiece(block) ? marksOfPiece(block) : marksOfLine(block);
     const QStringList givenUp = m_rules.coloring().takeGivenUp();
     for (const QString &pattern : givenUp)
-        QTimer::singleShot(0, this, [this, pattern] { emit gaveUp(pattern); }); // not while painting
+        QTimer::singleShot(0, this, [this, pattern] { // not while painting
+            emit m_rules.changed();
+            emit gaveUp(pattern);
+        });
     return marks;
 }
 

@@ -11,9 +11,9 @@ SharedRules &SharedRules::instance()
 void SharedRules::load()
 {
     const Settings &settings = Settings::instance();
-    if (settings.view.colorRules == m_stored && settings.view.usesColorRules == m_areUsed)
+    if (settings.colorRules == m_stored && settings.view.usesColorRules == m_areUsed)
         return;
-    m_stored = settings.view.colorRules;
+    m_stored = settings.colorRules;
     m_areUsed = settings.view.usesColorRules;
     QString reason;
     m_rules = ColorRuleFile::read(m_stored.toUtf8(), &reason).value_or(ColorRules());
@@ -26,7 +26,7 @@ bool SharedRules::store(const ColorRules &rules, bool areUsed)
     Settings &settings = Settings::instance();
     bool isWritten = true;
     if (!(rules == m_rules))
-        isWritten = settings.view.colorRules.set(QString::fromUtf8(ColorRuleFile::write(rules)));
+        isWritten = settings.colorRules.set(QString::fromUtf8(ColorRuleFile::write(rules)));
     if (areUsed != m_areUsed)
         isWritten = settings.view.usesColorRules.set(areUsed) && isWritten;
     load();

@@ -26,7 +26,7 @@ public:
     RuleColoring &coloring() { return m_coloring; }
 
 signals:
-    void changed();
+    void changed(); // also when a rule has given up
 
 private:
     SharedRules() = default;

@@ -116,6 +116,7 @@ private slots:
                                       QByteArray(62, 'm') + "!\n" + QByteArray(63, 'm') + "!\n");
         QCOMPARE(strongest(m_terminal.get(), 0), kRed);
         WAIT_EQUAL(told.count(), 1);
+        QCOMPARE(strongest(m_terminal.get(), 0), QColor(Qt::black));
         RuleDialog dialog;
         const auto *table = dialog.findChild<QTableView *>();
         QVERIFY(table->model()->index(0, 4).data().toString().contains("停用"));
@@ -153,7 +154,7 @@ private slots:
         QCOMPARE(model->rowCount(), common + 2);
 
         dialog.reject();
-        QVERIFY(Settings::instance().view.colorRules->isEmpty());
+        QVERIFY(Settings::instance().colorRules->isEmpty());
         dialog.accept();
         QVERIFY(SharedRules::instance().areUsed());
         QCOMPARE(SharedRules::instance().rules().size(), common + 1);
