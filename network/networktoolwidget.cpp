@@ -81,6 +81,7 @@ void NetworkToolWidget::connectParts()
     connect(m_area->foldButton(), &QPushButton::clicked, this, &NetworkToolWidget::sltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &NetworkToolWidget::sltSendData);
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &NetworkToolWidget::sltShowErrorHint);
+    connect(m_area, &WorkArea::codecWanted, this, &NetworkToolWidget::signalCodecWanted);
     connect(m_area, &WorkArea::notify, this, &NetworkToolWidget::notify);
     connect(m_area, &WorkArea::clearRequested, this, &NetworkToolWidget::clearRecv);
     connect(m_area, &WorkArea::countsDue, this, &NetworkToolWidget::showCounts);
@@ -327,9 +328,15 @@ void NetworkToolWidget::sltBtnFoldClicked()
 
 void NetworkToolWidget::reloadSettings()
 {
+    m_area->reloadView();
     m_defaultsDue = !m_session->isClosed(); // whose parameters are the ones shown
     if (!m_defaultsDue)
         m_config->loadDefaults();
+}
+
+void NetworkToolWidget::reloadCodec()
+{
+    m_area->reloadCodec();
 }
 
 // What reading has left with the sockets belongs to the record, too.

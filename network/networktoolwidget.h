@@ -38,6 +38,7 @@ public:
     bool isClosed() const override;
     bool saveBeforeExit() override;
     void reloadSettings() override;
+    void reloadCodec() override;
 
     const ByteSpool &spool() const; // every byte of the session
 

@@ -89,6 +89,7 @@ void SerialportWidget::connectParts()
     connect(m_area->foldButton(), &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &SerialportWidget::SltWriteDataToSerialport);
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
+    connect(m_area, &WorkArea::codecWanted, this, &SerialportWidget::signalCodecWanted);
     connect(m_area, &WorkArea::notify, this, &SerialportWidget::notify);
     connect(m_area, &WorkArea::clearRequested, this, &SerialportWidget::clearRecv);
     connect(m_sendBox, &QtSendBoxWidget::signalSendFile, this, &SerialportWidget::sltSendXYmodemFile);
@@ -392,9 +393,15 @@ const ByteSpool &SerialportWidget::spool() const
 
 void SerialportWidget::reloadSettings()
 {
+    m_area->reloadView();
     m_defaultsDue = !isClosed(); // the parameters shown are those of the port
     if (!m_defaultsDue)
         m_config->loadDefaults();
+}
+
+void SerialportWidget::reloadCodec()
+{
+    m_area->reloadCodec();
 }
 
 void SerialportWidget::SltBtnFoldClicked()

@@ -7,8 +7,8 @@ namespace {
 // A reading is sound where nearly all of it is valid: a noisy line breaks some
 // characters. Bytes of UTF-8 are often valid pairs of GB18030, but of rare characters.
 constexpr double kSound = 0.97;
-constexpr double kSoundCommon = 0.7;
-constexpr double kUnsoundCommon = 0.5;
+constexpr double kSoundCommon = 0.8;
+constexpr double kUnsoundCommon = 0.65;
 
 // Bytes of the UTF-8 character at the place: 1 to 4; 0 where there is none, -1 where
 // the bytes end inside of it.
@@ -33,12 +33,14 @@ int utf8Length(const QByteArray &bytes, int at)
     return isTooLong || isNoCharacter ? 0 : length;
 }
 
-// Punctuation and the 3755 characters of level 1 in GB 2312.
+// Punctuation, full-width digits, and the 3755 characters of level 1 in GB 2312.
 bool isCommonPair(const QByteArray &bytes, int at)
 {
     const auto lead = static_cast<uchar>(bytes.at(at));
     const auto trail = static_cast<uchar>(bytes.at(at + 1));
-    return trail >= 0xA1 && ((lead >= 0xA1 && lead <= 0xA3) || (lead >= 0xB0 && lead <= 0xD7));
+    const bool isSign = (lead == 0xA1 || lead == 0xA3) && trail <= 0xBF;
+    const bool isDegree = lead == 0xA1 && trail == 0xE6; // centigrade
+    return trail >= 0xA1 && (isSign || isDegree || (lead >= 0xB0 && lead <= 0xD7));
 }
 
 bool isAscii(const QByteArray &bytes)

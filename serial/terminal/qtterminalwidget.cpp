@@ -33,6 +33,8 @@ constexpr int kSliceCharacters = 8 * 1024;
 constexpr int kUnseenLines = 500;
 constexpr int kKeptLines = 200;
 
+const auto kOnlyStream = QStringLiteral("stream"); // of a link with one peer
+
 } // namespace
 
 QtTerminalWidget::QtTerminalWidget(QWidget *parent)
@@ -107,6 +109,10 @@ void QtTerminalWidget::showSent(const QByteArray &bytes, bool hexShow, bool isLo
 void QtTerminalWidget::receive(ReceiveQueue::Chunk chunk)
 {
     chunk.arrivalMs = QDateTime::currentMSecsSinceEpoch();
+    if (!chunk.hex && chunk.kind == ReceiveQueue::Kind::Stream)
+        emit textReceived(chunk.bytes, kOnlyStream);
+    else if (!chunk.hex && chunk.kind == ReceiveQueue::Kind::Message)
+        emit textReceived(chunk.bytes, chunk.source);
     m_received.receive(chunk);
 }
 

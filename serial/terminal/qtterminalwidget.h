@@ -106,6 +106,9 @@ signals:
     void recordFailed();
     // The first time that escape sequences are shown as they stand.
     void sequencesSeen();
+    // Bytes that are shown as text, and the stream that they are of: empty where
+    // they are one by themselves.
+    void textReceived(const QByteArray &bytes, const QString &stream);
     void ruleGaveUp(const QString &pattern); // see RuleMarks
 
 protected:

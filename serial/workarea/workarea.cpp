@@ -1,11 +1,13 @@
 #include "workarea.h"
 
+#include "codecbar.h"
 #include "findbar.h"
 #include "formpanel.h"
 #include "logfind.h"
 #include "placeholdertext.h"
 #include "qtterminalwidget.h"
 #include "receivestore.h"
+#include "settings.h"
 #include "stateindicator.h"
 #include "viewmenu.h"
 
@@ -15,6 +17,7 @@
 #include <QPushButton>
 #include <QShortcut>
 #include <QSplitter>
+#include <utility>
 
 namespace {
 
@@ -38,10 +41,12 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_stopped(new QPushButton(QStringLiteral("已停止显示"), this))
     , m_terminal(new QtTerminalWidget(this))
     , m_view(new ViewMenu(this))
+    , m_codecBar(new CodecBar(this))
     , m_findBar(new FindBar(this))
     , m_find(new LogFind(m_terminal, m_findBar))
     , m_received(new ReceiveStore(m_terminal, stem, page))
     , m_sendBox(new QtSendBoxWidget(owner, this))
+    , m_codec(Settings::instance().textCodec)
     , m_countTimer(this)
 {
     buildUi();
@@ -65,6 +70,8 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     });
     page->addActions(m_view->menu()->actions());
     connect(m_findButton, &QPushButton::clicked, m_find, &LogFind::open);
+    connect(m_terminal, &QtTerminalWidget::textReceived, m_codecBar, &CodecBar::watch);
+    connect(m_codecBar, &CodecBar::codecWanted, this, &WorkArea::codecWanted);
     connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
         emit notify(Notice::error(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！")));
     });
@@ -79,8 +86,21 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
 // The other page may have changed what is shown.
 void WorkArea::showEvent(QShowEvent *event)
 {
-    m_view->load();
+    reloadView();
     QWidget::showEvent(event);
+}
+
+void WorkArea::reloadView()
+{
+    m_view->load();
+}
+
+void WorkArea::reloadCodec()
+{
+    const int codec = Settings::instance().textCodec;
+    m_codecBar->reload();
+    if (std::exchange(m_codec, codec) != codec)
+        emit codecSwitched();
 }
 
 void WorkArea::addShortcut(const QKeySequence &key, const std::function<void()> &action)
@@ -92,8 +112,10 @@ void WorkArea::addShortcut(const QKeySequence &key, const std::function<void()> 
 
 void WorkArea::showHint(bool open)
 {
-    if (open)
+    if (open) {
         m_terminal->beginTimes();
+        m_codecBar->begin();
+    }
     m_terminal->setPlaceholderText(open ? m_openHint : m_closedHint);
 }
 
@@ -158,6 +180,7 @@ QWidget *WorkArea::buildDisplay()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addWidget(m_terminal, 1);
+    column->addWidget(m_codecBar);
     column->addWidget(m_findBar);
     return display;
 }

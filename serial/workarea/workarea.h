@@ -13,6 +13,7 @@
 #include <QWidget>
 #include <functional>
 
+class CodecBar;
 class FindBar;
 class FormPanel;
 class LogFind;
@@ -63,11 +64,17 @@ public:
     // Bytes of a packet that has not ended yet; 0 hides the label.
     void showGathering(qint64 bytes);
 
+    // The settings of the view, or the codec, are others now.
+    void reloadView();
+    void reloadCodec();
+
 signals:
     void countsDue();
     void clearRequested();
     void resumeRequested();
     void notify(const Notice &notice);
+    void codecWanted(int codec); // by the user, here
+    void codecSwitched();        // here or elsewhere
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -97,10 +104,12 @@ private:
     QPushButton *m_stopped;
     QtTerminalWidget *m_terminal;
     ViewMenu *m_view;
+    CodecBar *m_codecBar;
     FindBar *m_findBar;
     LogFind *m_find;
     ReceiveStore *m_received;
     QtSendBoxWidget *m_sendBox;
+    int m_codec; // shown
     QTimer m_countTimer;
     QElapsedTimer m_sinceCounts;
 };

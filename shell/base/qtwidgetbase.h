@@ -56,6 +56,8 @@ signals:
     void signalNotify(QString text, int kind);
     // The page's byte counts have changed.
     void signalRefresCounts(int pageIndex);
+    // The user wants another text codec; the window sets it for all pages.
+    void signalCodecWanted(int codec);
 
 protected:
     // Posts the notice to the status bar.

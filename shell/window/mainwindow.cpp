@@ -131,9 +131,7 @@ void MainWindow::SltActionTrigger(QAction *action)
     } else if (text == kSendColors) {
         openFromMenu([this] { chooseColors(QtStyleDialog::SendArea); });
     } else if (const int codec = kCodecs.indexOf(text); codec >= 0) {
-        settings.textCodec.set(codec);
-        for (QtWidgetBase *page : qAsConst(m_pages))
-            page->reloadCodec();
+        chooseCodec(codec);
     } else if (const int skin = kSkins.indexOf(text); skin >= 0) {
         Skin::apply(skin);
     } else if (const int behaviour = kCloseBehaviours.indexOf(text); behaviour >= 0) {
@@ -241,6 +239,8 @@ void MainWindow::buildUi()
     FieldBehavior::nameIconButtons(m_stack);
 
     m_statusBar = new QtStatusBar(this);
+    m_statusBar->setCodecs(kCodecs);
+    m_statusBar->showCodec(Settings::instance().textCodec);
     layout->addWidget(m_statusBar);
     m_portChecker = new QSerialPorCheck(this);
 }
@@ -249,8 +249,10 @@ void MainWindow::connectPages()
 {
     connect(m_tabBar, &QtTabBar::clicked, this, &MainWindow::sltTabBarClicked);
     connect(m_statusBar, &QtStatusBar::clearCount, this, &MainWindow::SltClearCounts);
+    connect(m_statusBar, &QtStatusBar::codecChosen, this, &MainWindow::chooseCodec);
     for (QtWidgetBase *page : qAsConst(m_pages)) {
         connect(page, &QtWidgetBase::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
+        connect(page, &QtWidgetBase::signalCodecWanted, this, &MainWindow::chooseCodec);
         connect(page, &QtWidgetBase::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
     }
     connect(m_portChecker, &QSerialPorCheck::signalSerialChanged, m_serial,
@@ -357,16 +359,28 @@ void MainWindow::chooseColors(QtStyleDialog::Area area)
         Skin::apply(Settings::instance().skin);
 }
 
+void MainWindow::chooseCodec(int codec)
+{
+    Settings::instance().textCodec.set(codec);
+    showCodec();
+}
+
+void MainWindow::showCodec()
+{
+    m_statusBar->showCodec(Settings::instance().textCodec);
+    for (QtWidgetBase *page : qAsConst(m_pages))
+        page->reloadCodec();
+}
+
 void MainWindow::restoreDefaults()
 {
     if (QtMessageBox::question(this, QStringLiteral("询问"), QStringLiteral("确认恢复默认设置吗?")) != 1)
         return;
     const bool written = Settings::restoreDefaults();
     Skin::apply(Settings::instance().skin);
-    for (QtWidgetBase *page : qAsConst(m_pages)) {
+    for (QtWidgetBase *page : qAsConst(m_pages))
         page->reloadSettings();
-        page->reloadCodec();
-    }
+    showCodec();
     QtMessageTip::showTip(written ? QStringLiteral("配置已恢复！")
                                   : QStringLiteral("配置文件无法写入，仅本次运行恢复默认设置！"),
                           2000);

@@ -63,6 +63,8 @@ private:
     void showChecks();
     void openFromMenu(const std::function<void()> &open);
     void chooseColors(QtStyleDialog::Area area);
+    void chooseCodec(int codec);
+    void showCodec();
     void restoreDefaults();
     void checkForUpdate();
     void showAbout();

@@ -5,7 +5,9 @@
 #include "qtwidgetbase.h"
 #include "statuslabel.h"
 
+#include <QActionGroup>
 #include <QHBoxLayout>
+#include <QMenu>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyleOption>
@@ -36,6 +38,7 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     , m_notice(new StatusLabel(this))
     , m_sent(new QtCountLabel(QStringLiteral("发送字节数"), this))
     , m_received(new QtCountLabel(QStringLiteral("接收字节数"), this))
+    , m_codec(new QPushButton(this))
     , m_clear(new QPushButton(QStringLiteral("清空计数"), this))
 {
     setObjectName(QStringLiteral("statusBar"));
@@ -45,10 +48,16 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     m_clear->setObjectName(QStringLiteral("btnClearCount"));
     m_clear->setToolTip(QStringLiteral("将当前页面的收发字节数清零"));
 
+    m_codec->setObjectName(QStringLiteral("btnCodec"));
+    m_codec->setFlat(true);
+    m_codec->setToolTip(QStringLiteral("收发文本的编码"));
+    m_codec->setMenu(new QMenu(m_codec));
+
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(8, 3, 8, 3);
     layout->setSpacing(16);
     layout->addWidget(m_notice, 1);
+    layout->addWidget(m_codec);
     layout->addWidget(m_sent);
     layout->addWidget(m_received);
     layout->addWidget(m_clear);
@@ -71,6 +80,26 @@ void QtStatusBar::showCounts(const QStringList &counts)
         else
             labels[i]->clearCount();
     }
+}
+
+void QtStatusBar::setCodecs(const QStringList &names)
+{
+    QMenu *menu = m_codec->menu();
+    auto *group = new QActionGroup(menu);
+    for (int i = 0; i < names.size(); ++i) {
+        QAction *action = menu->addAction(names.at(i));
+        action->setCheckable(true);
+        group->addAction(action);
+        connect(action, &QAction::triggered, this, [this, i] { emit codecChosen(i); });
+    }
+}
+
+void QtStatusBar::showCodec(int index)
+{
+    QAction *action = m_codec->menu()->actions().at(index);
+    action->setChecked(true);
+    m_codec->setText(action->text());
+    m_codec->setAccessibleName(QStringLiteral("文本编码 %1").arg(action->text()));
 }
 
 void QtStatusBar::showSystemNotify(const QString &text, int kind)

@@ -1,7 +1,7 @@
 #pragma once
 
-// The bottom of the main window: the current notice, the byte counts of the
-// page on display and the button that clears them. A notice ends after a while,
+// The bottom of the main window: the current notice, the text codec, the byte counts
+// of the page on display and the button that clears them. A notice ends after a while,
 // and with the page that posted it; a click on its place shows the recent ones.
 
 #include "noticelog.h"
@@ -27,6 +27,10 @@ public:
     // Sent and received bytes as texts; blank where the list is shorter.
     void showCounts(const QStringList &counts);
 
+    // The codecs to choose from, by their index, and the one in use.
+    void setCodecs(const QStringList &names);
+    void showCodec(int index);
+
     // The user turned to the page: ends the notices of other pages.
     void showPage(const QObject *page);
 
@@ -41,6 +45,7 @@ public slots:
 
 signals:
     void clearCount();
+    void codecChosen(int index);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -56,5 +61,6 @@ private:
     StatusLabel *m_notice;
     QtCountLabel *m_sent;
     QtCountLabel *m_received;
+    QPushButton *m_codec;
     QPushButton *m_clear;
 };

@@ -194,6 +194,7 @@ private slots:
             {"log, GB18030", TextCodec::encode(log, 1), 1},
             {"words, UTF-8", words.toUtf8(), 0},
             {"words, GB18030", TextCodec::encode(words, 1), 1},
+            {"four characters", QStringLiteral("温度正常").toUtf8(), 0},
             {"traditional, UTF-8", traditional.toUtf8(), 0},
             {"ASCII", "E (123) wifi: no answer\n", -1},
             {"both", "\xC4\xA3\xC4\xA3 ", -1}, // ģģ or 模模

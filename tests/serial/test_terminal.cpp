@@ -1,6 +1,7 @@
 // The receive display: what it shows, what it hands out, and that the user's
 // selection and scroll position survive incoming text.
 
+#include "codecbar.h"
 #include "freshfolder.h"
 #include "korvexresources.h"
 #include "loglayout.h"
@@ -11,6 +12,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QtTest>
 
@@ -373,6 +375,37 @@ private slots:
         QCOMPARE(layout->hitTest(QPointF(5, 1e6), Qt::FuzzyHit), end);
         for (const QPointF &outside : {QPointF(5, 1e6), QPointF(500, 10), QPointF(1, 10)})
             QCOMPARE(layout->hitTest(outside, Qt::ExactHit), -1);
+    }
+
+    // Once for each opening, of text only; what the user chooses ends it, too.
+    void asksForTheCodecOfTheText()
+    {
+        CodecBar bar;
+        connect(m_terminal.get(), &QtTerminalWidget::textReceived, &bar, &CodecBar::watch);
+        const QByteArray text = QStringLiteral("温度正常").repeated(100).toUtf8();
+        const auto asks = [&](bool hex) {
+            m_terminal->showReceived(text, QString(), hex);
+            return !bar.isHidden();
+        };
+        QVERIFY(!asks(true));
+        Settings::instance().textCodec = 0;
+        QVERIFY(!asks(false));
+        bar.begin();
+        Settings::instance().textCodec = 1;
+        QVERIFY(asks(false));
+        bar.findChild<QPushButton *>("btnCodecIgnore")->click();
+        QVERIFY(!asks(false));
+        bar.begin();
+        QVERIFY(asks(false));
+        Settings::instance().textCodec = 0;
+        bar.reload();
+        QVERIFY(bar.isHidden());
+        // Characters that the messages of two peers cut don't mix.
+        bar.begin();
+        Settings::instance().textCodec = 1;
+        for (int i = 0; i < text.size(); i += 2)
+            m_terminal->showMessage(text.left(400), QString(), false, QString::number(i % 4));
+        QVERIFY(!bar.isHidden());
     }
 
 private:

@@ -15,6 +15,7 @@
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
 #include "qttabbar.h"
+#include "qtterminalwidget.h"
 #include "qttitlebar.h"
 #include "qtupdatedialog.h"
 #include "serialportwidget.h"
@@ -113,6 +114,28 @@ private slots:
                  QList<int>({1, 1, 2}));
     }
 
+    // In the settings menu, in the status bar, and where received text asks for it.
+    void codecIsAtHand()
+    {
+        const auto *button = m_window->findChild<QPushButton *>("btnCodec");
+        const QList<QAction *> codecs = button->menu()->actions();
+        QCOMPARE(button->text(), QString("GB18030"));
+        auto *serial = m_window->findChild<SerialportWidget *>();
+        const auto *bar = serial->findChild<QWidget *>("codecBar");
+        const QByteArray text = QString("温度 25.3 转速 1500\n").repeated(100).toUtf8();
+        serial->findChild<QtTerminalWidget *>()->showReceived(text, {}, false);
+        QVERIFY(!bar->isHidden());
+        QCOMPARE(bar->findChild<QLabel *>()->text(), QString("接收的数据看起来是UTF-8编码"));
+        bar->findChild<QPushButton *>("btnCodecSwitch")->click();
+        QVERIFY(bar->isHidden());
+        QCOMPARE(Settings::instance().textCodec, 0);
+        QCOMPARE(button->text(), QString("UTF-8"));
+        QCOMPARE(checked(), QString("UTF-8 深色 关闭时不提醒"));
+        codecs.at(1)->trigger();
+        QCOMPARE(button->text(), QString("GB18030"));
+        QCOMPARE(m_window->findChild<QHexEdit *>()->content().shownCodec(), 1);
+    }
+
     // A widget that is restyled once for each of its parents freezes the window.
     void restylesEachWidgetOnce()
     {
@@ -204,6 +227,7 @@ private slots:
             action(text)->trigger();
         auto *field = m_window->findChild<QAbstractButton *>("checkPidFitAll"); // of a page
         field->click();
+        Settings::instance().colorRules.set("rules of the user");
         const auto *edit = m_window->findChild<QHexEdit *>();
         const QByteArray before = contentOf(AppPaths::configFile());
         QString asked;
@@ -219,6 +243,8 @@ private slots:
         answer = 1;
         action("恢复默认设置")->trigger();
         QCOMPARE(checked(), QString("GB18030 深色 关闭时不提醒"));
+        QCOMPARE(m_window->findChild<QPushButton *>("btnCodec")->text(), QString("GB18030"));
+        QCOMPARE(Settings::instance().colorRules, QString("rules of the user"));
         QVERIFY(!field->isChecked() && edit->content().shownCodec() == 1);
         QCOMPARE(Skin::palette().name, QString("default"));
         QCOMPARE(QtMessageTip::current()->text(), QString("配置已恢复！"));

@@ -11,6 +11,7 @@
 #include "qttabbar.h"
 #include "qtupdatedialog.h"
 #include "qtwaitdialog.h"
+#include "ruledialog.h"
 #include "settings.h"
 #include "skin.h"
 #include "testfiles.h"
@@ -212,7 +213,9 @@ private slots:
         QtWaitDialog wait("wait");
         QtUpdateDialog update;
         TransferLogDialog log("log");
-        for (const QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log})
+        RuleDialog rules;
+        for (const QWidget *dialog :
+             std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &rules})
             describe(dialog, 0, &lines);
         useOptions(window);
         const QStringList after = described(window);
