@@ -71,7 +71,11 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     page->addActions(m_view->menu()->actions());
     connect(m_findButton, &QPushButton::clicked, m_find, &LogFind::open);
     connect(m_terminal, &QtTerminalWidget::textReceived, m_codecBar, &CodecBar::watch);
-    connect(m_codecBar, &CodecBar::codecWanted, this, &WorkArea::codecWanted);
+    connect(m_codecBar, &CodecBar::codecWanted, this, [this](int codec) {
+        m_wasCodecWanted = true;
+        emit codecWanted(codec);
+    });
+    connect(this, &WorkArea::codecSwitched, this, &WorkArea::handleCodec);
     connect(m_terminal, &QtTerminalWidget::recordFailed, this, [this] {
         emit notify(Notice::error(QStringLiteral("无法写入缓存文件，后续显示内容将无法保存为文本文件！")));
     });
@@ -101,6 +105,17 @@ void WorkArea::reloadCodec()
     m_codecBar->reload();
     if (std::exchange(m_codec, codec) != codec)
         emit codecSwitched();
+}
+
+// What was shown in the wrong codec is made again when the user switched because
+// of it; otherwise the user may want that.
+void WorkArea::handleCodec()
+{
+    if (std::exchange(m_wasCodecWanted, false))
+        showAgain();
+    else if (!m_terminal->received().isEmpty())
+        emit notify(Notice::information(
+            QStringLiteral("编码已切换，“视图”菜单中的“按当前编码重新显示”可重新解码已接收的内容")));
 }
 
 void WorkArea::addShortcut(const QKeySequence &key, const std::function<void()> &action)

@@ -83,6 +83,7 @@ private:
     // Flushes what was received and emits countsDue().
     void flushAndCount();
     void showAgain();
+    void handleCodec();
     QLayout *buildTop();
     QWidget *buildDisplay();
     void addShortcut(const QKeySequence &key, const std::function<void()> &action);
@@ -109,7 +110,8 @@ private:
     LogFind *m_find;
     ReceiveStore *m_received;
     QtSendBoxWidget *m_sendBox;
-    int m_codec; // shown
+    int m_codec;                   // shown
+    bool m_wasCodecWanted = false; // by the bar
     QTimer m_countTimer;
     QElapsedTimer m_sinceCounts;
 };
