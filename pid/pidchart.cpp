@@ -3,10 +3,8 @@
 #include "pidcurvelist.h"
 #include "pidplot.h"
 #include "pidrecorder.h"
-#include "safefile.h"
 #include "stateindicator.h"
 
-#include <QBuffer>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -159,11 +157,5 @@ void PidChart::showFollow()
 
 bool PidChart::savePicture(const QString &fileName, QString *error) const
 {
-    const bool pdf = fileName.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive);
-    QBuffer picture;
-    if (picture.open(QIODevice::WriteOnly) &&
-        m_plot->writePicture(&picture, pdf ? PidPlot::Pdf : PidPlot::Png))
-        return SafeFile::write(fileName, picture.data(), error);
-    *error = QStringLiteral("无法生成图片");
-    return false;
+    return m_plot->savePicture(fileName, error);
 }

@@ -1,11 +1,12 @@
 #include "pidcurvelist.h"
 
+#include "curvecolors.h"
+#include "numberlabel.h"
+
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMenu>
-#include <QPainter>
 #include <QToolButton>
 
 namespace {
@@ -24,60 +25,7 @@ constexpr Default kDefaults[PidCurveList::curves] = {
     {0x205, "CH5", "#420080"},
 };
 
-// Offered beside a curve's own color; each stands out from light and from dark
-// backgrounds.
-const struct
-{
-    const char *color;
-    const char *name;
-} kOffered[] = {
-    {"#e5484d", "红色"}, {"#e07b00", "橙色"}, {"#a38a00", "黄色"}, {"#3c9a3c", "绿色"},
-    {"#0a9a9a", "青色"}, {"#3d8bff", "蓝色"}, {"#a066ff", "紫色"}, {"#8a8a8a", "灰色"},
-};
-
-QIcon swatchIcon(const QColor &color, const QColor &outline)
-{
-    QPixmap pixmap(14, 14);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setPen(outline);
-    painter.setBrush(color);
-    painter.drawRect(0, 3, 13, 7);
-    return QIcon(pixmap);
-}
-
 } // namespace
-
-// As wide as its cell, however long the number; the complete number is in the
-// tool tip. A truncated one would be another number.
-class PidCurveList::NumberLabel : public QLabel
-{
-public:
-    explicit NumberLabel(QWidget *parent)
-        : QLabel(parent)
-    {
-        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        setNumber(QString());
-    }
-
-    void setNumber(const QString &number)
-    {
-        m_number = number;
-        const bool fits = fontMetrics().horizontalAdvance(number) <= contentsRect().width();
-        setText(fits ? number : QStringLiteral("…"));
-        setToolTip(QStringLiteral("当前值：") + (number.isEmpty() ? QStringLiteral("无") : number));
-    }
-
-protected:
-    void resizeEvent(QResizeEvent *event) override
-    {
-        QLabel::resizeEvent(event);
-        setNumber(m_number);
-    }
-
-private:
-    QString m_number;
-};
 
 PidCurveList::PidCurveList(QWidget *parent)
     : QWidget(parent)
@@ -170,22 +118,14 @@ void PidCurveList::setColor(int graph, const QColor &color)
 {
     Curve &curve = m_curves.at(static_cast<size_t>(graph));
     curve.color = color;
-    curve.swatch->setIcon(swatchIcon(color, palette().color(QPalette::Mid)));
+    curve.swatch->setIcon(CurveColors::swatch(color, palette().color(QPalette::Mid)));
     emit colorChanged(graph);
 }
 
 void PidCurveList::offerColors(int graph)
 {
-    QMenu menu(this);
-    const QColor outline = palette().color(QPalette::Mid);
-    const auto offer = [&](const QColor &color, const QString &name) {
-        menu.addAction(swatchIcon(color, outline), name)->setData(color);
-    };
-    offer(QColor(QLatin1String(kDefaults[graph].color)), QStringLiteral("默认颜色"));
-    menu.addSeparator();
-    for (const auto &entry : kOffered)
-        offer(QColor(QLatin1String(entry.color)), QString::fromUtf8(entry.name));
-    const QToolButton *swatch = m_curves.at(static_cast<size_t>(graph)).swatch;
-    if (const QAction *chosen = menu.exec(swatch->mapToGlobal(QPoint(0, 0))))
-        setColor(graph, chosen->data().value<QColor>());
+    QToolButton *swatch = m_curves.at(static_cast<size_t>(graph)).swatch;
+    const QColor chosen = CurveColors::choose(swatch, QColor(QLatin1String(kDefaults[graph].color)));
+    if (chosen.isValid())
+        setColor(graph, chosen);
 }

@@ -10,6 +10,7 @@
 
 #include <array>
 
+class NumberLabel;
 class QCheckBox;
 class QGridLayout;
 class QToolButton;
@@ -41,7 +42,6 @@ signals:
     void colorChanged(int index);
 
 private:
-    class NumberLabel;
     struct Curve
     {
         int key = 0;
