@@ -37,6 +37,9 @@ public:
     // Why the expression can't be used, for the user. Empty where it can.
     QString fault() const;
 
+    // Of a pattern without fault that is one; its steps are limited.
+    const QRegularExpression &expression() const { return m_expression; }
+
     // Appends the matches in `text`, which may be several lines: none goes over a
     // line end. False where the expression took too many steps on a line and its
     // remaining matches are unknown.
