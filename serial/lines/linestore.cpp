@@ -87,17 +87,26 @@ QVector<LineStore::Line> LineStore::lines(qint64 first, int count, int maxBytes,
     QVector<Line> found;
     if (first < 0 || first >= size())
         return found;
-    const Block &block = blockOf(first);
-    SpoolReader texts(m_text, block.textAt);
-    SpoolReader times(m_times, block.timeAt);
+    const Block *block = &blockOf(first);
+    SpoolReader texts(m_text, block->textAt);
+    SpoolReader times(m_times, block->timeAt);
     const qint64 end = qMin(size(), first + count);
     Line line;
-    line.arrivalMs = block.ms;
+    line.arrivalMs = block->ms;
     QByteArray bytes;
-    for (qint64 number = block.line; number < end; ++number) {
+    for (qint64 number = block->line; number < end; ++number) {
+        // A long line is the last one of its block.
+        const bool isLastOfBlock = block + 1 != m_blocks.constEnd() && number + 1 == block[1].line;
+        const bool isLast = isLastOfBlock || number + 1 == end;
         quint64 time = 0;
-        if (!times.nextNumber(&time) || !texts.nextLine(number < first ? 0 : maxBytes, &bytes, &line.isCut))
+        if (!times.nextNumber(&time) ||
+            !texts.nextLine(number < first ? 0 : maxBytes, isLast, &bytes, &line.isCut))
             break;
+        if (isLastOfBlock) {
+            ++block;
+            if (line.isCut)
+                texts.seek(block->textAt);
+        }
         line.arrivalMs += qint64(time >> 1);
         line.origin = Origin(time & 1);
         if (number < first)

@@ -19,6 +19,16 @@ void SpoolReader::appendNumber(quint64 number, QByteArray *bytes)
     bytes->append(char(number));
 }
 
+void SpoolReader::seek(qint64 at)
+{
+    const qint64 begin = m_at - m_piece.size();
+    if (at < begin || at > m_at) {
+        m_piece.clear();
+        m_at = at;
+    }
+    m_used = static_cast<int>(at - (m_at - m_piece.size()));
+}
+
 bool SpoolReader::fill()
 {
     m_piece = m_spool.read(m_at, kReadBytes);
@@ -62,7 +72,7 @@ bool SpoolReader::nextBytes(qint64 count, QByteArray *bytes)
     return true;
 }
 
-bool SpoolReader::nextLine(int maxBytes, QByteArray *line, bool *isCut)
+bool SpoolReader::nextLine(int maxBytes, bool isLast, QByteArray *line, bool *isCut)
 {
     line->clear();
     *isCut = false;
@@ -75,7 +85,7 @@ bool SpoolReader::nextLine(int maxBytes, QByteArray *line, bool *isCut)
         line->append(m_piece.constData() + m_used, kept);
         *isCut = *isCut || kept < count;
         m_used += end < 0 ? count : count + 1;
-        if (end >= 0 || !fill())
+        if (end >= 0 || (isLast && *isCut) || !fill())
             return true;
     }
 }

@@ -21,8 +21,10 @@ public:
     bool next(char *byte);
     bool nextNumber(quint64 *number);
     bool nextBytes(qint64 count, QByteArray *bytes);
-    // The bytes of a line, without its end and those above the limit.
-    bool nextLine(int maxBytes, QByteArray *line, bool *isCut);
+    // The bytes of a line, without its end and those above the limit. Where nothing
+    // behind the line is wanted, its end need not be found.
+    bool nextLine(int maxBytes, bool isLast, QByteArray *line, bool *isCut);
+    void seek(qint64 at);
 
 private:
     bool fill();

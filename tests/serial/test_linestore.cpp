@@ -69,6 +69,15 @@ private slots:
         QCOMPARE(lines.at(1).text, QString(33, QChar(u'温')));
         QVERIFY(lines.at(1).isCut);
         QCOMPARE(lines.at(2).text, QString("last"));
+        const int size = int(store.size());
+        for (int i = 0; i < 3; ++i) // each ends a block
+            store.append("\nx" + QString(200000, 'y') + "\nnext", 40 + i);
+        const auto longOnes = store.lines(size - 1, 9, 5);
+        QCOMPARE(longOnes.size(), 7);
+        for (int i = 1; i < 7; i += 2) {
+            QVERIFY(longOnes.at(i).text == "xyyy" && longOnes.at(i).isCut);
+            QVERIFY(longOnes.at(i + 1).text == "next" && longOnes.at(i + 1).arrivalMs == 40 + i / 2);
+        }
     }
 };
 
