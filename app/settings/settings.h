@@ -106,6 +106,11 @@ public:
         Setting<bool> interpretsSequences{this, "Ansi", false};
         Setting<bool> showsControls{this, "ControlCharacters", false};
         Setting<bool> usesColorRules{this, "UseColorRules", false};
+        Setting<bool> curves{this, "Curves", false}; // are open
+        Setting<bool> curvesBeside{this, "CurvesBeside", false}; // or below
+        Setting<bool> curvesByLine{this, "CurvesByLine", false}; // the key axis; or by time
+        Setting<int> curveForm{this, "CurveForm", 0, notWritten, {0, 4}}; // index into the list
+        Setting<QString> curveExpression{this, "CurveExpression", QString()};
     } view{&m_table, "View"};
 
     Setting<QString> colorRules{&m_viewWork, "ColorRules", QString()}; // see ColorRuleFile

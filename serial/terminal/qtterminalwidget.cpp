@@ -109,6 +109,8 @@ void QtTerminalWidget::showSent(const QByteArray &bytes, bool hexShow, bool isLo
 void QtTerminalWidget::receive(ReceiveQueue::Chunk chunk)
 {
     chunk.arrivalMs = QDateTime::currentMSecsSinceEpoch();
+    if (!chunk.bytes.isEmpty() && chunk.kind != ReceiveQueue::Kind::Sent)
+        m_showsHex = chunk.hex;
     if (!chunk.hex && chunk.kind == ReceiveQueue::Kind::Stream)
         emit textReceived(chunk.bytes, kOnlyStream);
     else if (!chunk.hex && chunk.kind == ReceiveQueue::Kind::Message)

@@ -44,6 +44,8 @@ public:
 
     // What was shown and what is pending, also where the display has dropped it.
     const ReceivedText &received() const { return m_received; }
+    // What came last is shown in hexadecimal.
+    bool showsHex() const { return m_showsHex; }
     qint64 queuedBytes() const { return m_received.pendingBytes(); }
 
     // How insertTerminalText() appends: as it stands (the default), or line by
@@ -164,6 +166,7 @@ private:
     bool m_hasSeenSequences = false; // as reported
     bool m_recordIsComplete = true;  // as reported
     bool m_directInsert = true;
+    bool m_showsHex = false;
 
     QTimer m_flushTimer;
     QElapsedTimer m_lastFlush;

@@ -38,6 +38,7 @@ ViewMenu::ViewMenu(QWidget *parent)
     m_useRules->setCheckable(true);
     setKey(m_useRules, Qt::Key_H);
     menu()->addAction(QStringLiteral("着色规则…"), this, &ViewMenu::editRules);
+    addToggle(QStringLiteral("数值曲线"), Qt::Key_G, &view.curves);
     menu()->addSeparator();
     m_saveSelected =
         menu()->addAction(QStringLiteral("保存选中内容…"), this, &ViewMenu::saveSelectedRequested);

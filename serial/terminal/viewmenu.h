@@ -1,8 +1,8 @@
 #pragma once
 
 // "视图" in the row above a receive display: what the display shows besides the
-// text and how, whether rules color it, and saving parts of it. The settings own the choices; all displays
-// share them.
+// text and how, whether rules color it, curves of its numbers, and saving parts
+// of it. The settings own the choices; all displays share them.
 
 #include "settings.h"
 #include "viewoptions.h"
