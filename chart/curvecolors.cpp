@@ -4,6 +4,7 @@
 
 #include <QMenu>
 #include <QPainter>
+#include <QPointer>
 
 #include <cmath>
 
@@ -59,15 +60,17 @@ QIcon CurveColors::swatch(const QColor &color, const QColor &outline)
 
 QColor CurveColors::choose(QWidget *swatch, const QColor &own)
 {
-    QMenu menu(swatch->parentWidget());
+    const QPointer<QMenu> menu(new QMenu(swatch->parentWidget())); // the window may be closed meanwhile
     const QColor outline = swatch->palette().color(QPalette::Mid);
     const auto offer = [&](const QColor &color, const QString &name) {
-        menu.addAction(CurveColors::swatch(color, outline), name)->setData(color);
+        menu->addAction(CurveColors::swatch(color, outline), name)->setData(color);
     };
     offer(own, QStringLiteral("默认颜色"));
-    menu.addSeparator();
+    menu->addSeparator();
     for (const auto &entry : kOffered)
         offer(QColor(QLatin1String(entry.color)), QString::fromUtf8(entry.name));
-    const QAction *chosen = menu.exec(swatch->mapToGlobal(QPoint(0, 0)));
-    return chosen ? chosen->data().value<QColor>() : QColor();
+    const QAction *chosen = menu->exec(swatch->mapToGlobal(QPoint(0, 0)));
+    const QColor color = menu && chosen ? chosen->data().value<QColor>() : QColor();
+    delete menu;
+    return color;
 }

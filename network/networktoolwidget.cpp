@@ -359,5 +359,5 @@ bool NetworkToolWidget::isClosed() const
 bool NetworkToolWidget::saveBeforeExit()
 {
     m_session->readPending();
-    return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit();
+    return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit() && m_area->completeExport();
 }

@@ -383,7 +383,7 @@ bool SerialportWidget::isClosed() const
 bool SerialportWidget::saveBeforeExit()
 {
     takeArrived();
-    return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit();
+    return m_received->saveBeforeExit() && m_sendBox->saveBeforeExit() && m_area->completeExport();
 }
 
 const ByteSpool &SerialportWidget::spool() const

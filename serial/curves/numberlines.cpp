@@ -45,6 +45,11 @@ void NumberLines::start(Form form, const QString &expression)
     }
 }
 
+void NumberLines::restart()
+{
+    start(m_form, QString(m_matcher.pattern().text));
+}
+
 QString NumberLines::fault() const
 {
     return m_form == Form::Expression ? m_matcher.fault() : QString();

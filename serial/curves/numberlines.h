@@ -34,6 +34,8 @@ public:
     // Begins again. The expression has a group for each curve, with a name or
     // without; without groups, what it matches is the value.
     void start(Form form, const QString &expression = {});
+    // The same with form and expression as they are.
+    void restart();
     Form form() const { return m_form; }
     // Why the expression can't be used, for the user. Empty where it can.
     QString fault() const;

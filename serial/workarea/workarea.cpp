@@ -1,6 +1,7 @@
 #include "workarea.h"
 
 #include "codecbar.h"
+#include "curvesplit.h"
 #include "findbar.h"
 #include "formpanel.h"
 #include "logfind.h"
@@ -69,6 +70,9 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
             Notice::information(QStringLiteral("收到ANSI转义序列，可在“视图”菜单中打开“解释ANSI转义序列”")));
     });
     page->addActions(m_view->menu()->actions());
+    connect(m_view, &ViewMenu::changed, m_curves, &CurveSplit::load);
+    connect(m_curves, &CurveSplit::choiceChanged, m_view, &ViewMenu::load);
+    connect(m_curves, &CurveSplit::notify, this, &WorkArea::notify);
     connect(m_findButton, &QPushButton::clicked, m_find, &LogFind::open);
     connect(m_terminal, &QtTerminalWidget::textReceived, m_codecBar, &CodecBar::watch);
     connect(m_codecBar, &CodecBar::codecWanted, this, [this](int codec) {
@@ -175,7 +179,8 @@ void WorkArea::buildUi()
     m_split = new QSplitter(Qt::Vertical, this);
     m_split->setObjectName(QStringLiteral("splitRecvSend"));
     m_split->setChildrenCollapsible(false);
-    m_split->addWidget(buildDisplay());
+    m_curves = new CurveSplit(m_terminal, buildDisplay(), m_split);
+    m_split->addWidget(m_curves);
     m_split->addWidget(m_sendBox);
     m_split->setStretchFactor(0, 1);
     m_split->setStretchFactor(1, 0);
@@ -281,6 +286,11 @@ void WorkArea::showCounts(qint64 sent, qint64 received)
     m_sinceCounts.start();
     m_sendLabel->setText(QStringLiteral("发送字节: %1").arg(sent));
     m_recvLabel->setText(QStringLiteral("接收字节: %1").arg(received));
+}
+
+bool WorkArea::completeExport()
+{
+    return m_curves->completeExport();
 }
 
 void WorkArea::showGathering(qint64 bytes)

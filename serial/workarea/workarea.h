@@ -14,6 +14,7 @@
 #include <functional>
 
 class CodecBar;
+class CurveSplit;
 class FindBar;
 class FormPanel;
 class LogFind;
@@ -67,6 +68,8 @@ public:
     // The settings of the view, or the codec, are others now.
     void reloadView();
     void reloadCodec();
+    // Does the rest of an export of curves now; false where it failed.
+    bool completeExport();
 
 signals:
     void countsDue();
@@ -94,6 +97,7 @@ private:
     QString m_openHint;
     FormPanel *m_panel = nullptr;
     QSplitter *m_split = nullptr;
+    CurveSplit *m_curves = nullptr;
     int m_sendPage = 0;
     QMap<int, int> m_sendHeights; // by page; of those that were shown
     QPushButton *m_fold;
