@@ -22,7 +22,7 @@
 namespace {
 
 constexpr int kStatePeriodMs = 100;
-constexpr int kListWidth = 170;
+constexpr int kListWidth = 190;
 constexpr int kListHeight = 80;
 constexpr int kManySkipped = 20; // lines
 
@@ -87,12 +87,11 @@ void CurvePane::buildUi()
     column->setSpacing(4);
     column->addLayout(buildBar());
     column->addLayout(m_content, 1);
-    column->addWidget(m_counts);
     setPlotStyle(QStringLiteral("black"));
     setNarrow(false);
 }
 
-QLayout *CurvePane::buildBar()
+QBoxLayout *CurvePane::buildBar()
 {
     m_form->setObjectName(QStringLiteral("comboCurveForm"));
     m_form->setAccessibleName(QStringLiteral("数值行的形式"));
@@ -125,14 +124,14 @@ QLayout *CurvePane::buildBar()
     connect(fit, &QPushButton::clicked, m_plot, &LogPlot::fit);
     connect(close, &QPushButton::clicked, this, &CurvePane::closeRequested);
 
-    auto *bar = new QHBoxLayout;
-    bar->setSpacing(4);
-    bar->addWidget(m_form);
-    bar->addWidget(m_expression, 1);
-    bar->addStretch();
+    m_bar = new QHBoxLayout;
+    m_bar->setSpacing(4);
+    m_bar->addWidget(m_form);
+    m_bar->addWidget(m_expression, 1);
+    m_bar->addStretch();
     for (QPushButton *button : {m_pause, fit, more, close})
-        bar->addWidget(button);
-    return bar;
+        m_bar->addWidget(button);
+    return m_bar;
 }
 
 void CurvePane::buildMenu()
@@ -160,6 +159,11 @@ void CurvePane::setPlotStyle(const QString &style)
 void CurvePane::setNarrow(bool narrow)
 {
     m_content->setDirection(narrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    m_bar->removeWidget(m_counts);
+    if (narrow)
+        layout()->addWidget(m_counts);
+    else
+        m_bar->insertWidget(m_bar->indexOf(m_pause), m_counts, 1);
     m_list->setMinimumWidth(narrow ? 0 : kListWidth);
     m_list->setMaximumWidth(narrow ? QWIDGETSIZE_MAX : kListWidth);
     m_list->setMaximumHeight(narrow ? kListHeight : QWIDGETSIZE_MAX);

@@ -48,7 +48,7 @@ signals:
 
 private:
     void buildUi();
-    QLayout *buildBar();
+    QBoxLayout *buildBar();
     void buildMenu();
     void chooseForm();
     void restart();
@@ -73,6 +73,7 @@ private:
     QMenu *m_menu;
     QAction *m_byLine = nullptr;
     QLabel *m_counts;
+    QBoxLayout *m_bar = nullptr;
     QBoxLayout *m_content;
     QTimer m_stateTimer;
     QString m_plotStyle;

@@ -29,8 +29,8 @@ void LogCurveList::clear()
     m_grid->setContentsMargins(0, 0, 0, 0);
     m_grid->setHorizontalSpacing(4);
     m_grid->setVerticalSpacing(0);
-    m_grid->setColumnStretch(1, 3);
-    m_grid->setColumnStretch(2, 2);
+    m_grid->setColumnStretch(1, 1);
+    m_grid->setColumnStretch(2, 1);
     m_grid->setRowStretch(1000, 1);
     setWidget(content);
 }

@@ -11,6 +11,7 @@ constexpr double kMargin = 0.02;      // of the keys, at the right
 constexpr double kValueMargin = 0.05; // above and below
 constexpr double kFineSeconds = 20;   // with milliseconds at the ticks
 constexpr double kDay = 24 * 3600;
+constexpr int kTickPixels = 110;
 
 // Line numbers have no decimals.
 class LineTicker : public QCPAxisTicker
@@ -48,6 +49,7 @@ void LogPlot::setStyleOf(int curve, const QColor &color, bool shown, const QStri
 void LogPlot::dropCurves()
 {
     clearCurves();
+    hideCursor();
     setHintVisible(true);
     m_span = 0;
     setFollow(Live);
@@ -62,8 +64,6 @@ void LogPlot::setAxis(Axis axis)
         xAxis->setTicker(m_times);
     else
         xAxis->setTicker(m_numbers);
-    xAxis->ticker()->setTickCount(4);
-    xAxis->setLabel(axis == Axis::Time ? QStringLiteral("时间") : QStringLiteral("行号"));
     fit();
 }
 
@@ -166,6 +166,7 @@ void LogPlot::load(const QCPRange &keys)
 
 void LogPlot::fitTicker(const QCPRange &keys)
 {
+    xAxis->ticker()->setTickCount(qMax(2, axisRect()->width() / kTickPixels));
     m_times->setDateTimeFormat(keys.size() < kFineSeconds ? QStringLiteral("HH:mm:ss.zzz")
                                : keys.size() < kDay       ? QStringLiteral("HH:mm:ss")
                                                           : QStringLiteral("MM-dd HH:mm"));

@@ -1,0 +1,205 @@
+// The curves beside a receive display: what they read of the log and when, what
+// the chart shows of it, and what becomes of an export.
+
+#include "answers.h"
+#include "apppaths.h"
+#include "curvefeed.h"
+#include "curvepane.h"
+#include "curvesplit.h"
+#include "korvexresources.h"
+#include "logcurvelist.h"
+#include "logplot.h"
+#include "qtterminalwidget.h"
+#include "settings.h"
+#include "testfiles.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+class TestCurvePane : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        initKorvexResources();
+        m_root = std::make_unique<QTemporaryDir>();
+        AppPaths::setRoot(m_root->path());
+        AppPaths::makeFolders();
+        Settings::instance() = Settings();
+        Settings::instance().textCodec.set(0);
+        Settings::instance().view.curves.set(true);
+        m_terminal = new QtTerminalWidget;
+        m_split = std::make_unique<CurveSplit>(m_terminal, m_terminal);
+        m_split->resize(700, 400);
+        m_split->show();
+    }
+    void cleanup()
+    {
+        m_split.reset();
+        DialogAnswers::instance() = DialogAnswers();
+    }
+
+    void readsWhatIsThereAndFollows()
+    {
+        receive("boot\na=1\na=2 ");
+        open();
+        QTRY_COMPARE(feed()->lines().skipped(), 2);
+        receive("\nb=5\n");
+        QTRY_COMPARE(points(0), (QVector<double>{1, 2}));
+        QTRY_COMPARE(plot()->graph(0)->dataCount(), 2);
+        click("btnCurvePause");
+        receive("a=3\n");
+        click("btnCurvePause");
+        QTRY_COMPARE(points(0), (QVector<double>{1, 2, 3}));
+        m_terminal->clearTerminal(); // clears no curve, and lines are counted on
+        receive("a=4\n");
+        QTRY_COMPARE(points(0), (QVector<double>{1, 2, 3, 4}));
+        QCOMPARE(feed()->curves().at(0).last().line, 6);
+        QVERIFY(plot()->readOut(1e12).contains(">4<") && plot()->readOut(0).contains(">1<"));
+        choose("清空曲线");
+        QVERIFY(feed()->curves().isEmpty() && m_split->findChild<LogCurveList *>()->count() == 0);
+        receive("a=5\na=6\n");
+        QTRY_COMPARE(points(0), (QVector<double>{5, 6}));
+        m_split->findChild<QComboBox *>()->setCurrentIndex(4);
+        auto *expression = m_split->findChild<QLineEdit *>("editCurveExpression");
+        emit m_split->findChild<QComboBox *>()->activated(4);
+        QVERIFY(expression->isVisible());
+        expression->setText("a=(?<x>.)");
+        QTest::keyClick(expression, Qt::Key_Return);
+        QTRY_COMPARE(points(0), (QVector<double>{4, 5, 6})); // what is in the log
+        QCOMPARE(m_split->findChild<QCheckBox *>("checkLogCurve0")->text(), QString("x"));
+    }
+
+    // Of what piles up while it is paused, and not lines that were sent.
+    void readsTheNewestLines()
+    {
+        LineStore store(m_root->path());
+        CurveFeed feed(store);
+        feed.start(NumberLines::Form::Pairs, {});
+        feed.setPaused(true);
+        QString text;
+        for (int i = 0; i < 250000; ++i)
+            text += QString("a=%1\n").arg(i);
+        store.append(text, 1);
+        store.append("a=7\n", 2, LineStore::Origin::Sent);
+        feed.setPaused(false);
+        QTRY_COMPARE_WITH_TIMEOUT(feed.lines().used(), 99999, 60000);
+        QCOMPARE(feed.curves().at(0).at(0).value, 150001.0);
+        QCOMPARE(feed.curves().at(0).last().value, 249999.0);
+        QCOMPARE(feed.passedOver(), 150001);
+    }
+
+    void zoomsAndFits()
+    {
+        QString text;
+        for (int i = 0; i < 5000; ++i)
+            text += QString("a=%1 b=7 c=nan\n").arg(i);
+        receive(text.toUtf8());
+        Settings::instance().view.curvesByLine.set(true);
+        open();
+        QTRY_COMPARE(feed()->lines().used(), 5000);
+        const auto keys = [this] { return plot()->xAxis->range(); };
+        QTRY_VERIFY(keys().contains(1) && keys().contains(5000) && keys().size() < 6000);
+        QVERIFY(plot()->graph(0)->dataCount() <= 4 * (plot()->width() + 2));
+        plot()->xAxis->setRange(4000, 5000); // as the wheel does
+        QCOMPARE(plot()->follow(), LogPlot::Live);
+        QTRY_VERIFY(keys().contains(5000) && qAbs(keys().size() - 1000) < 100);
+        m_split->findChild<QCheckBox *>("checkLogCurve0")->click();
+        QTRY_VERIFY(plot()->yAxis->range().contains(7) && plot()->yAxis->range().size() < 10); // level
+        plot()->xAxis->setRange(100, 100 + keys().size()); // as dragging does
+        QCOMPARE(plot()->follow(), LogPlot::Held);
+        QVERIFY(plot()->readOut(200).contains(">7<") && !plot()->readOut(200).contains(">199<"));
+        click("btnCurveFit");
+        QVERIFY(keys().contains(1) && keys().contains(5000));
+        QCOMPARE(plot()->follow(), LogPlot::Held);
+    }
+
+    void drawsNothingWhileHidden()
+    {
+        open();
+        receive("a=1\na=2\n");
+        QTRY_VERIFY(plot()->graphCount() == 1 && plot()->graph(0)->dataCount() == 2);
+        QCoreApplication::processEvents(); // a queued picture
+        m_split->hide();
+        const int pictures = plot()->pictures();
+        receive("a=3\n");
+        QTRY_COMPARE(points(0).size(), 3);
+        QCoreApplication::processEvents();
+        QCOMPARE(plot()->pictures(), pictures);
+        m_split->show();
+        QTRY_COMPARE(plot()->graph(0)->dataCount(), 3);
+    }
+
+    void saysThatHexadecimalHasNoCurves()
+    {
+        open();
+        m_terminal->showReceived("a=1\n", "[12:00:01.123] HEX >\n", true);
+        m_terminal->showReceived("12\n", "\n[12:00:01.124] HEX >\n", true);
+        m_terminal->showReceived("12\n", "\n[12:00:01.125] HEX >\n", true);
+        QTRY_VERIFY(m_split->findChild<QLabel *>("labelCurveCounts")->text().startsWith("十六进制"));
+        QVERIFY(feed()->curves().isEmpty());
+    }
+
+    void exportsAndQuits()
+    {
+        open();
+        receive("a=1\na=2\n");
+        QTRY_COMPARE(points(0).size(), 2);
+        const QSignalSpy notices(m_split.get(), &CurveSplit::notify);
+        chooseFile(m_root->filePath("curves.csv"));
+        choose("导出CSV…");
+        QVERIFY(m_split->completeExport());
+        QVERIFY(contentOf(m_root->filePath("curves.csv")).endsWith(",2\r\n"));
+        chooseFile(m_root->filePath("curves.pdf"));
+        choose("保存图片…");
+        QVERIFY(contentOf(m_root->filePath("curves.pdf")).startsWith("%PDF"));
+        QCOMPARE(notices.count(), 2);
+        const Questions questions(1);
+        chooseFile(m_root->filePath("none/curves.csv"));
+        choose("导出CSV…");
+        QCOMPARE(questions.asked.size(), 1);
+        QVERIFY(notices.last().at(0).value<Notice>().isError());
+
+        Settings::instance().view.curvesBeside.set(true);
+        m_split->load();
+        QCOMPARE(m_split->orientation(), Qt::Horizontal);
+        click("btnCurveClose");
+        QVERIFY(!Settings::instance().view.curves);
+        m_split->load();
+        QTRY_VERIFY(!m_split->findChild<CurvePane *>());
+    }
+
+private:
+    void open()
+    {
+        m_split->load();
+        QVERIFY(m_split->findChild<CurvePane *>());
+    }
+    void receive(const QByteArray &bytes) { m_terminal->showReceived(bytes, {}, false); }
+    CurveFeed *feed() const { return m_split->findChild<CurveFeed *>(); }
+    LogPlot *plot() const { return m_split->findChild<LogPlot *>(); }
+    void click(const char *button) const { m_split->findChild<QAbstractButton *>(button)->click(); }
+    void choose(const QString &entry) const
+    {
+        for (QAction *action : m_split->findChild<CurvePane *>()->menu()->actions())
+            if (action->text() == entry)
+                return action->trigger();
+        QFAIL("no such entry");
+    }
+    QVector<double> points(int curve) const
+    {
+        QVector<double> values;
+        for (int i = 0; curve < feed()->curves().size() && i < feed()->curves().at(curve).size(); ++i)
+            values.append(feed()->curves().at(curve).at(i).value);
+        return values;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_root;
+    std::unique_ptr<CurveSplit> m_split;
+    QtTerminalWidget *m_terminal = nullptr;
+};
+
+QTEST_MAIN(TestCurvePane)
+#include "test_curvepane.moc"
