@@ -10,8 +10,7 @@
 namespace {
 
 constexpr int kFrameMs = 33;
-// Smoothing doubles the cost of a picture and is not visible among many points.
-constexpr int kMaxSmooth = 2000;
+constexpr int kShare = 4;       // pictures take a quarter of the time at most
 constexpr int kNamesInARow = 5; // of a picture's legend
 
 // The palette entries of the skins: panel, secondary text, border, and a shade
@@ -174,8 +173,9 @@ void CurvePlot::requestPicture()
 {
     if (m_frame.isActive())
         return;
-    const qint64 since = m_sinceDrawn.isValid() ? m_sinceDrawn.elapsed() : kFrameMs;
-    m_frame.start(static_cast<int>(qMax<qint64>(0, kFrameMs - since)));
+    const qint64 period = qMax<qint64>(kFrameMs, kShare * m_pictureMs);
+    const qint64 since = m_sinceDrawn.isValid() ? m_sinceDrawn.elapsed() : period;
+    m_frame.start(static_cast<int>(qMax<qint64>(0, period - since)));
 }
 
 void CurvePlot::drawNew()
@@ -188,9 +188,10 @@ void CurvePlot::drawNew()
             fitAxes();
         }
         for (int i = 0; i < graphCount(); ++i)
-            graph(i)->setAntialiased(graph(i)->dataCount() < kMaxSmooth);
+            graph(i)->setAntialiased(graph(i)->dataCount() < m_maxSmooth);
         replot();
     }
+    m_pictureMs = m_sinceDrawn.elapsed();
     emit drawn();
 }
 

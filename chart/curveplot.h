@@ -65,6 +65,8 @@ protected:
     // The user has moved or zoomed the key axis.
     virtual void handleKeyRange(const QCPRange &range, const QCPRange &before);
 
+    // Smoothing doubles the cost of a picture and is not visible among many points.
+    void setMaxSmooth(int points) { m_maxSmooth = points; }
     HaloGraph *addCurve();
     void clearCurves();
     void setHint(const QString &text);
@@ -95,6 +97,8 @@ private:
     QCPItemText *m_hint; // in an empty chart
     QTimer m_frame;
     QElapsedTimer m_sinceDrawn;
+    qint64 m_pictureMs = 0; // that drawing the last one took
+    int m_maxSmooth = 2000;
     bool m_isFitting = false;
     Follow m_follow = Live;
     int m_pictures = 0;

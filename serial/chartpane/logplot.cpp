@@ -12,6 +12,7 @@ constexpr double kValueMargin = 0.05; // above and below
 constexpr double kFineSeconds = 20;   // with milliseconds at the ticks
 constexpr double kDay = 24 * 3600;
 constexpr int kTickPixels = 110;
+constexpr int kMaxSmooth = 600; // points
 
 // Line numbers have no decimals.
 class LineTicker : public QCPAxisTicker
@@ -32,6 +33,8 @@ LogPlot::LogPlot(const CurveFeed *feed, QWidget *parent)
     , m_numbers(new LineTicker)
 {
     setObjectName(QStringLiteral("logPlot"));
+    setMaxSmooth(kMaxSmooth);
+    setPlottingHint(QCP::phFastPolylines);
     yAxis->setNumberPrecision(7);
     xAxis->setNumberFormat(QStringLiteral("f"));
     xAxis->setNumberPrecision(0);
@@ -41,7 +44,7 @@ LogPlot::LogPlot(const CurveFeed *feed, QWidget *parent)
 void LogPlot::setStyleOf(int curve, const QColor &color, bool shown, const QString &name)
 {
     while (graphCount() <= curve)
-        addCurve();
+        addCurve()->setAdaptiveSampling(false); // what it gets is thinned
     setCurve(curve, color, shown, name);
     refresh();
 }

@@ -45,13 +45,10 @@ public:
     const Point &nearest(double key, Axis axis) const;
 
     // Of the points from one key to another, and one more on each side: all of them,
-    // or, where they are many, the first, the last and the extremes within each of
-    // so many columns.
+    // or, where they are many, the extremes within each of so many columns.
     QVector<QPointF> thinned(double from, double to, int columns, Axis axis) const;
 
 private:
-    QPointF shown(int index, Axis axis) const { return {key(at(index), axis), at(index).value}; }
-
     QVector<Point> m_points;
     int m_first = 0; // the oldest
 };
