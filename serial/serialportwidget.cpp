@@ -249,7 +249,7 @@ void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
     if (m_transfer->isBusy())
         return;
     if (m_area->showsSent())
-        SltRecvFromSerialport(); // what came before stands before
+        takeArrived(); // what came before stands before
     const qint64 sent = m_port->send(byCmd);
     m_sendCount += static_cast<quint32>(sent);
     m_area->refreshCounts();

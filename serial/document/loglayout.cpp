@@ -1,5 +1,6 @@
 #include "loglayout.h"
 
+#include <QElapsedTimer>
 #include <QGlyphRun>
 #include <QPainter>
 #include <QTextDocument>
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -18,6 +20,12 @@ constexpr int kMaxRowColumns = 1000;
 constexpr int kStartMask = 0x3FF << kStartShift;
 constexpr int kColumnsShift = 11;
 constexpr int kMaxBlockColumns = 0xFFFFF;
+
+// Blocks whose rows are counted at once when all change, then at a time, and for
+// how long in one go.
+constexpr int kCountedAtOnce = 4000;
+constexpr int kCountedPiece = 500;
+constexpr int kCountingBudgetMs = 4;
 
 // Characters whose glyph does not depend on their neighbours: printable ASCII,
 // and Chinese with its punctuation.
@@ -48,6 +56,8 @@ LogLayout::LogLayout(QTextDocument *document)
     : QAbstractTextDocumentLayout(document)
 {
     updateMetrics();
+    m_counting.setSingleShot(true);
+    connect(&m_counting, &QTimer::timeout, this, &LogLayout::countSlice);
 }
 
 bool LogLayout::isContinuation(const QTextBlock &block)
@@ -206,15 +216,102 @@ void LogLayout::documentChanged(int from, int charsRemoved, int charsAdded)
         return;
     }
 
+    if (sameText)
+        return recountAll(qMin(columnsBefore, m_columns));
+    adjustCounted(from, charsAdded);
+
     // Up to a block found once: each block would have to work its position out.
-    const QTextBlock first = sameText ? document()->firstBlock() : document()->findBlock(from);
-    const QTextBlock end = sameText ? document()->end() : document()->findBlock(from + charsAdded).next();
+    const QTextBlock first = document()->findBlock(from);
+    const QTextBlock end = document()->findBlock(from + charsAdded).next();
     // What is marked in the blocks before may depend on the text.
     const qreal changedTop = m_marksOf && isContinuation(first) ? 0 : rowsTop(first);
-    countRows(first, end, sameText ? qMin(columnsBefore, m_columns) : -1);
+    countRows(first, end, -1);
     // What stands below moves when the height changes at the front.
-    const bool toTheEnd = charsRemoved > 0 || !end.isValid() || sameText;
+    const bool toTheEnd = charsRemoved > 0 || !end.isValid();
     notifyChange(changedTop, toTheEnd ? -1 : top(end));
+}
+
+// ---- a new width or font
+
+void LogLayout::recountAll(int unaffected)
+{
+    m_unaffected = m_counting.isActive() ? qMin(m_unaffected, unaffected) : unaffected;
+    QTextBlock first = document()->findBlock(m_focus);
+    const int focus = first.isValid() ? first.blockNumber() : m_blocks - 1;
+    first = document()->findBlockByNumber(qMax(0, focus - kCountedAtOnce / 2));
+    while (isContinuation(first) && first.previous().isValid())
+        first = first.previous();
+    m_firstCounted = m_endCounted = first.blockNumber();
+    m_counting.start(0);
+    while (m_counting.isActive() && m_endCounted - m_firstCounted < kCountedAtOnce)
+        countPiece();
+    notifyChange(0, -1);
+}
+
+// Behind the blocks counted, then before them. Of a paragraph, all blocks.
+void LogLayout::countPiece()
+{
+    const bool isBehind = m_endCounted < document()->blockCount();
+    QTextBlock first =
+        document()->findBlockByNumber(isBehind ? m_endCounted : qMax(0, m_firstCounted - kCountedPiece));
+    while (isContinuation(first) && first.previous().isValid())
+        first = first.previous();
+    QTextBlock end = document()->findBlockByNumber(isBehind ? m_endCounted + kCountedPiece : m_firstCounted);
+    while (end.isValid() && isContinuation(end))
+        end = end.next();
+    countRows(first, end, m_unaffected);
+    if (isBehind)
+        m_endCounted = end.isValid() ? end.blockNumber() : document()->blockCount();
+    else
+        m_firstCounted = first.blockNumber();
+    if (m_firstCounted == 0 && m_endCounted >= document()->blockCount())
+        m_counting.stop();
+}
+
+void LogLayout::countSlice()
+{
+    emit aboutToCount();
+    QElapsedTimer spent;
+    spent.start();
+    m_counting.start(0);
+    while (m_counting.isActive() && spent.elapsed() < kCountingBudgetMs)
+        countPiece();
+    notifyChange(0, -1);
+    emit counted();
+}
+
+void LogLayout::countAll()
+{
+    if (!m_counting.isActive())
+        return;
+    while (m_counting.isActive())
+        countPiece();
+    notifyChange(0, -1);
+}
+
+bool LogLayout::isCounted(int row) const
+{
+    if (!m_counting.isActive())
+        return true;
+    const QTextBlock block = document()->findBlockByLineNumber(row);
+    return !block.isValid() || (block.blockNumber() >= m_firstCounted && block.blockNumber() < m_endCounted);
+}
+
+// Text changes at the ends; blocks there are counted as they change.
+void LogLayout::adjustCounted(int from, int charsAdded)
+{
+    const int blocks = document()->blockCount();
+    const int more = blocks - std::exchange(m_blocks, blocks);
+    if (!m_counting.isActive())
+        return;
+    const bool isAtEnd = from + charsAdded >= document()->characterCount() - 1;
+    if (isAtEnd && from > 0) {
+        m_endCounted = m_endCounted >= blocks - more ? blocks : qMin(m_endCounted, blocks);
+        m_firstCounted = qMin(m_firstCounted, m_endCounted);
+        return;
+    }
+    m_firstCounted = qBound(0, m_firstCounted + more, blocks);
+    m_endCounted = qBound(m_firstCounted, m_endCounted + more, blocks);
 }
 
 void LogLayout::recount(int firstBlock)

@@ -18,6 +18,7 @@
 #include <QRawFont>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <QTimer>
 #include <QVector>
 #include <functional>
 
@@ -39,6 +40,13 @@ public:
     using Marks = QVector<QTextLayout::FormatRange>;
     void setMarks(const std::function<Marks(const QTextBlock &)> &marksOf) { m_marksOf = marksOf; }
 
+    // When a new width or font changes the rows of a long document, those around this
+    // position are counted at once and the others a slice at a time; the heights of
+    // these are those of before until then.
+    void setFocus(int position) { m_focus = position; }
+    bool isCounted(int row) const; // the block that the row is of
+    void countAll();
+
     qreal lineHeight() const { return m_lineHeight; }
     // The height at which the row of a character begins.
     qreal rowTop(int position) const;
@@ -52,6 +60,11 @@ public:
     QRectF frameBoundingRect(QTextFrame *frame) const override;
     QRectF blockBoundingRect(const QTextBlock &block) const override;
 
+signals:
+    // Before and behind a slice of counting, which moves what is below.
+    void aboutToCount();
+    void counted();
+
 protected:
     void documentChanged(int from, int charsRemoved, int charsAdded) override;
 
@@ -64,6 +77,10 @@ private:
     QVector<RowBreaks::Row> rowsOf(const QTextBlock &block) const; // the first may begin in the block before
     void countRows(QTextBlock block, const QTextBlock &end, int unaffected);
     int countRows(QTextBlock block, int start, bool newText);
+    void recountAll(int unaffected);
+    void countSlice();
+    void countPiece();
+    void adjustCounted(int from, int charsAdded);
     void notifyChange(qreal changedTop, qreal bottom);
     bool drawPlainLine(QPainter *painter, const QString &line, const QPointF &position,
                        const Marks &marks) const;
@@ -81,6 +98,13 @@ private:
     int m_widest = 0;     // columns of a block, at least those of the widest one
     int m_characters = 0; // at the last change
     QSizeF m_notifiedSize;
+
+    int m_focus = 0;
+    int m_firstCounted = 0; // blocks before this are to be counted, as are those from m_endCounted on
+    int m_endCounted = 0;
+    int m_blocks = 1;     // at the last change
+    int m_unaffected = 0; // columns of blocks that need not be counted
+    QTimer m_counting;    // active while there are some
     std::function<Marks(const QTextBlock &)> m_marksOf;
 
     QRawFont m_rawFont; // of m_rawFontOf, for lines that need no shaping

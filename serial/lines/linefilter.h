@@ -23,6 +23,8 @@ public:
     // at a time. True where there may be more.
     bool update();
 
+    // The lines before this one were judged.
+    qint64 nextLine() const { return m_next; }
     // Lines by their position among those shown.
     const LineSet &lines() const { return m_lines; }
     LineStore::Extract extract(qint64 first, int maxLines, qint64 maxBytes) const;

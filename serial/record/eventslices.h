@@ -16,6 +16,11 @@ public:
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
         m_clock.start();
     }
+    void wait()
+    {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+        m_clock.start();
+    }
 
 private:
     static constexpr int maxStretchMs = 16; // between two looks at the event loop

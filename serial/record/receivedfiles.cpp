@@ -143,15 +143,17 @@ bool saveLines(const LineStore &store, const LineSet &lines, const LineStamp *st
         while (count < kMaxLines && position + count < lines.count() &&
                lines.at(position + count) == first + count)
             ++count;
-        const LineStore::Extract found = store.extract(first, count, kPieceBytes);
-        if (found.count == 0)
+        const QVector<LineStore::Line> found =
+            store.lines(first, count, LineStore::maxExtractedLine, kPieceBytes);
+        if (found.isEmpty())
             return failed(file, error);
-        const int taken = qMin(found.count, count);
-        const QString text = found.text + QLatin1Char('\n');
+        QString text;
+        for (const LineStore::Line &line : found)
+            text += line.text + QLatin1Char('\n');
         stamps.continueAt(first);
         if (!file.write(stamp ? stamps.added(text) : text))
             return failed(file, error);
-        position += taken;
+        position += found.size();
         events.runIfDue();
         if (store.generation() != generation)
             return cleared(error);

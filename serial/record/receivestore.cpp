@@ -175,14 +175,21 @@ void ReceiveStore::saveSelected()
 
 void ReceiveStore::saveFiltered()
 {
-    const LineFilter *filter = m_terminal->filter();
-    if (!filter)
+    if (!m_terminal->filter())
         return;
-    const LineSet lines = filter->lines(); // of now
+    showPending();
     const LineStamp stamp = m_terminal->stamp();
     const LineStamp *added = m_terminal->view().savesStamps ? &stamp : nullptr;
     savePart([&](const QString &name, int codec, QString *error) {
-        return ReceivedFiles::saveLines(m_terminal->received().lines(), lines, added, name, codec, error);
+        const LineStore &lines = m_terminal->received().lines();
+        const qint64 end = lines.completeLines();
+        EventSlices events;
+        while (m_terminal->filter() && m_terminal->filter()->nextLine() < qMin(end, lines.completeLines()))
+            events.wait();
+        if (const LineFilter *filter = m_terminal->filter())
+            return ReceivedFiles::saveLines(lines, LineSet(filter->lines()), added, name, codec, error);
+        *error = QStringLiteral("保存期间不再只看匹配行");
+        return false;
     });
 }
 

@@ -63,8 +63,15 @@ QtTerminalWidget::QtTerminalWidget(QWidget *parent)
     connect(&m_flushTimer, &QTimer::timeout, this, &QtTerminalWidget::flushSlice);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {
         m_selected = m_selected && value < verticalScrollBar()->maximum();
+        LogLayout *layout = m_document->layout();
+        const int row = static_cast<int>(value / layout->lineHeight());
+        const int rows = static_cast<int>(viewport()->height() / layout->lineHeight()) + 1;
+        if (!layout->isCounted(row) || !layout->isCounted(row + rows))
+            layout->countAll();
         m_margin->update();
     });
+    connect(m_document->layout(), &LogLayout::aboutToCount, this, [this] { m_placeToKeep = place(); });
+    connect(m_document->layout(), &LogLayout::counted, this, [this] { returnTo(m_placeToKeep); });
     // Queued: the bar has not moved yet.
     connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, &QtTerminalWidget::showMoreRows,
             Qt::QueuedConnection);
@@ -407,6 +414,7 @@ void QtTerminalWidget::showMatch(const LineSearch::Match &match)
     const QTextBlock block = m_window.blockOf(row);
     if (!block.isValid())
         return;
+    m_document->layout()->countAll();
     const int column = qMax(0, match.place.column - m_window.droppedOf(block));
     QTextCursor cursor(m_document);
     cursor.setPosition(TerminalDocument::positionIn(block, column));
@@ -580,6 +588,7 @@ void QtTerminalWidget::mouseReleaseEvent(QMouseEvent *event)
 void QtTerminalWidget::resizeEvent(QResizeEvent *event)
 {
     const Place before = place();
+    m_document->layout()->setFocus(before.isAtEnd ? m_document->characterCount() - 1 : before.position);
     QTextBrowser::resizeEvent(event);
     returnTo(before);
     updateMargin();
@@ -589,6 +598,7 @@ void QtTerminalWidget::resizeEvent(QResizeEvent *event)
 void QtTerminalWidget::changeEvent(QEvent *event)
 {
     const Place before = place();
+    m_document->layout()->setFocus(before.isAtEnd ? m_document->characterCount() - 1 : before.position);
     QTextBrowser::changeEvent(event);
     if (event->type() != QEvent::FontChange)
         return;

@@ -168,6 +168,8 @@ private:
     bool m_directInsert = true;
     bool m_showsHex = false;
 
+    Place m_placeToKeep{true, 0, 0}; // while rows are counted
+
     QTimer m_flushTimer;
     QElapsedTimer m_lastFlush;
     int m_flushInterval = 0;  // milliseconds from one flush to the next

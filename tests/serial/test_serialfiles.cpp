@@ -8,6 +8,13 @@
 #include "receivedfiles.h"
 #include "safefile.h"
 #include "settings.h"
+#include "textcodec.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTextBlock>
 
 class TestSerialFiles : public SerialPageTest
 {
@@ -77,6 +84,75 @@ private slots:
         receive("more");
         questions.answer = QtMessageBox::Discard;
         QVERIFY(m_page->saveBeforeExit());
+    }
+
+    // Sent lines, colors and control characters, and parts of the log in files.
+    void showsAndSavesTheChosenView()
+    {
+        const auto choose = [this](const QString &text) {
+            for (QAction *action : child<QPushButton>("btnView")->menu()->actions())
+                if (action->text() == text)
+                    action->trigger();
+        };
+        openPort();
+        receive("\x1b[31ma1\r\n10%\r20%\r\n");
+        QVERIFY(lastNotice().contains(QStringLiteral("解释ANSI转义序列")));
+        const QString raw = shown();
+        choose(QStringLiteral("解释ANSI转义序列"));
+        QCOMPARE(shown(), QString("a1\n20%\n"));
+        choose(QStringLiteral("显示发送的数据"));
+        receive("open");
+        m_page->SltWriteDataToSerialport("AT\r\n");
+        receive("b2\n");
+        QCOMPARE(shown(), QString("a1\n20%\nopen\nAT\nb2\n"));
+        const auto *terminal = child<QtTerminalWidget>("recvBrowser");
+        const QImage image = terminal->viewport()->grab().toImage();
+        const auto hasColorOf = [&](int line, const std::function<bool(QColor)> &isColor) {
+            const QTextDocument *document = terminal->document();
+            const QRect row =
+                document->documentLayout()->blockBoundingRect(document->findBlockByNumber(line)).toRect();
+            for (int y = row.top(); y < row.bottom(); ++y)
+                for (int x = 0; x < image.width() / 2; ++x)
+                    if (isColor(image.pixelColor(x, y)))
+                        return true;
+            return false;
+        };
+        const auto isRed = [](const QColor &color) { return color.red() > color.blue() + 60; };
+        const auto isBlue = [](const QColor &color) { return color.blue() > color.red() + 60; };
+        QVERIFY(hasColorOf(0, isRed) && !hasColorOf(0, isBlue));
+        QVERIFY(hasColorOf(3, isBlue) && !hasColorOf(3, isRed));
+
+        QCOMPARE(save("plain.txt"), QByteArray("a1\n20%\nopen\nAT\nb2\n"));
+        choose(QStringLiteral("保存文本时带行时间"));
+        const QString stamped = TextCodec::decode(save("stamped.txt"), Settings::instance().textCodec);
+        const QRegularExpression lines(
+            QStringLiteral("^(\\[\\d\\d:\\d\\d:\\d\\d\\.\\d{3} (收|发)\\] .*\n){5}$"));
+        QVERIFY2(lines.match(stamped).hasMatch(), qPrintable(stamped));
+        QCOMPARE(stamped.count(QStringLiteral("发] AT\n")), 1);
+        choose(QStringLiteral("保存文本时带行时间"));
+        click("btnLogFind");
+        child<QLineEdit>("editLogFind")->setText("2");
+        click("checkLogFilter");
+        chooseFile(m_root->filePath("part.txt"));
+        QTRY_COMPARE(shown().isEmpty(), false);
+        choose(QStringLiteral("保存筛选结果…"));
+        QCOMPARE(contentOf(m_root->filePath("part.txt")), QByteArray("20%\nb2\n"));
+        click("btnLogFindClose");
+        child<QtTerminalWidget>("recvBrowser")->selectAll();
+        chooseFile(m_root->filePath("part.txt"));
+        choose(QStringLiteral("保存选中内容…"));
+        QCOMPARE(contentOf(m_root->filePath("part.txt")), QByteArray("a1\n20%\nopen\nAT\nb2\n"));
+        QCOMPARE(save("all.bin"), QByteArray("\x1b[31ma1\r\n10%\r20%\r\nopenb2\n"));
+
+        choose(QStringLiteral("解释ANSI转义序列")); // off again: all as it came
+        QVERIFY(shown().startsWith(raw));
+        click("checkStopShow");
+        m_page->SltWriteDataToSerialport("hidden");
+        QVERIFY(child<QWidget>("btnResumeShow")->isVisible());
+        click("btnResumeShow");
+        QVERIFY(!child<QWidget>("btnResumeShow")->isVisible());
+        m_page->SltWriteDataToSerialport("seen");
+        QVERIFY(shown().endsWith("b2\nseen\n"));
     }
 
     void savesEverythingOfAFlood()
