@@ -274,8 +274,9 @@ void LogLayout::countSlice()
     QElapsedTimer spent;
     spent.start();
     m_counting.start(0);
-    while (m_counting.isActive() && spent.elapsed() < kCountingBudgetMs)
+    do {
         countPiece();
+    } while (m_counting.isActive() && spent.elapsed() < kCountingBudgetMs);
     notifyChange(0, -1);
     emit counted();
 }
