@@ -44,12 +44,14 @@ RuleMarks::RuleMarks(TextMarks *marks, const LogWindow &window, const LineStore 
     , m_known(kKnownCharacters)
 {
     connect(&m_rules, &SharedRules::changed, this, &RuleMarks::reload);
+    connect(display->document(), &QTextDocument::contentsChange, this, [this] { m_drawn = Blocks(); });
     reload();
 }
 
 void RuleMarks::reload()
 {
     m_known.clear();
+    m_drawn = Blocks();
     if (m_rules.coloring().isEmpty())
         m_marks->setSource(TextMarks::Rules, {});
     else
@@ -82,14 +84,13 @@ TextMarks::Marks RuleMarks::marksOfLine(const QTextBlock &block)
 
 TextMarks::Marks RuleMarks::marksOfPiece(const QTextBlock &block)
 {
-    const QString head = headOf(block);
     const bool continues = LogLayout::isContinuation(block);
     const bool goesOn = LogLayout::isContinuation(block.next());
     const QString before = continues ? block.previous().text().right(kContext) : QString();
     const QString behind = goesOn ? block.next().text().left(kContext) : QString();
     const RuleColoring::Piece piece{before + block.text() + behind, !continues, !goesOn};
     RuleColoring &coloring = m_rules.coloring();
-    const TextMarks::Marks marks = marksOfSpans(coloring.spans(piece, coloring.lineRuleOf(head)));
+    const TextMarks::Marks marks = marksOfSpans(coloring.spans(piece, lineRuleOf(block)));
     TextMarks::Marks inBlock;
     for (const QTextLayout::FormatRange &mark : marks) {
         const int begin = qMax(0, mark.start - before.size());
@@ -98,6 +99,16 @@ TextMarks::Marks RuleMarks::marksOfPiece(const QTextBlock &block)
             inBlock.append({begin, end - begin, mark.format});
     }
     return inBlock;
+}
+
+int RuleMarks::lineRuleOf(const QTextBlock &block)
+{
+    const int number = block.blockNumber();
+    const bool isNext = number == m_drawn.last + 1 && LogLayout::isContinuation(block);
+    if (m_drawn.first < 0 || (!isNext && (number < m_drawn.first || number > m_drawn.last)))
+        m_drawn = {number, number, m_rules.coloring().lineRuleOf(headOf(block))};
+    m_drawn.last = qMax(m_drawn.last, number);
+    return m_drawn.lineRule;
 }
 
 // The beginning of the line that the block is a piece of. The document may have

@@ -29,6 +29,7 @@ private:
     TextMarks::Marks marksOf(const QTextBlock &block);
     TextMarks::Marks marksOfLine(const QTextBlock &block);
     TextMarks::Marks marksOfPiece(const QTextBlock &block);
+    int lineRuleOf(const QTextBlock &block);
     QString headOf(const QTextBlock &block) const;
 
     TextMarks *m_marks;
@@ -37,4 +38,13 @@ private:
     QTextEdit *m_display;
     SharedRules &m_rules;
     QCache<QString, TextMarks::Marks> m_known; // of lines in one block; cost in characters
+    // The blocks of the line in several blocks that was drawn last, by their numbers, and
+    // its rule: a walk to the beginning of a long line costs milliseconds.
+    struct Blocks
+    {
+        int first = -1;
+        int last = -1;
+        int lineRule = -1;
+    };
+    Blocks m_drawn;
 };
