@@ -45,6 +45,7 @@ ViewMenu::ViewMenu(QWidget *parent)
     m_saveFiltered =
         menu()->addAction(QStringLiteral("保存筛选结果…"), this, &ViewMenu::saveFilteredRequested);
     connect(menu(), &QMenu::aboutToShow, this, &ViewMenu::aboutToShow);
+    connect(&SharedRules::instance(), &SharedRules::changed, this, &ViewMenu::showUse);
     load();
     for (QAction *action : menu()->actions())
         if (action->isCheckable())
@@ -95,8 +96,13 @@ void ViewMenu::load()
         toggle.action->setChecked(*toggle.setting);
     m_copyTimes->setEnabled(settings.view.lineTime != 0 || settings.view.showsSent);
     SharedRules::instance().load();
-    m_useRules->setChecked(settings.view.usesColorRules);
+    showUse();
     emit changed();
+}
+
+void ViewMenu::showUse()
+{
+    m_useRules->setChecked(SharedRules::instance().areUsed());
 }
 
 void ViewMenu::store()

@@ -42,6 +42,7 @@ private:
     void setKey(QAction *action, int key);
     QAction *addToggle(const QString &text, int key, Setting<bool> *setting);
     void store();
+    void showUse();
     void editRules();
 
     QActionGroup *m_times;

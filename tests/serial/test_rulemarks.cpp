@@ -186,7 +186,6 @@ private slots:
         use->trigger();
         QVERIFY(SharedRules::instance().rules().size() > 1 && !SharedRules::instance().areUsed());
         use->trigger();
-        other.load();
         QVERIFY(actionOf(other, "使用着色规则")->isChecked());
     }
 
