@@ -198,13 +198,18 @@ void RuleDialog::remove()
 
 void RuleDialog::moveUp()
 {
-    m_model->move(currentRow(), currentRow() - 1);
-    showCurrent();
+    moveTo(currentRow() - 1);
 }
 
 void RuleDialog::moveDown()
 {
-    m_model->move(currentRow(), currentRow() + 1);
+    moveTo(currentRow() + 1);
+}
+
+void RuleDialog::moveTo(int row)
+{
+    m_model->move(currentRow(), row);
+    m_table->scrollTo(m_table->currentIndex());
     showCurrent();
 }
 

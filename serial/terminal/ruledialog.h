@@ -47,6 +47,7 @@ private:
     void remove();
     void moveUp();
     void moveDown();
+    void moveTo(int row);
     void addCommon();
     void importRules();
     void exportRules();

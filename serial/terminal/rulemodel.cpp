@@ -148,8 +148,11 @@ QVariant RuleModel::data(const QModelIndex &index, int role) const
     const int column = index.column();
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
         return textOf(rule, column);
+    case Qt::ToolTipRole: // what may be cut; no markup of the user's
+        return column == Pattern || column == Fault
+                   ? QVariant(QStringLiteral("<p>%1</p>").arg(textOf(rule, column).toHtmlEscaped()))
+                   : QVariant();
     case Qt::CheckStateRole:
         return column == Pattern ? QVariant(rule.isOn ? Qt::Checked : Qt::Unchecked) : QVariant();
     case Qt::DecorationRole:
