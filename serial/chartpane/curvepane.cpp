@@ -53,6 +53,7 @@ CurvePane::CurvePane(QtTerminalWidget *terminal, QWidget *parent)
         m_plot->setStyleOf(curve, m_list->color(curve), m_list->isShown(curve), m_list->name(curve));
     });
     connect(m_plot, &LogPlot::followChanged, this, &CurvePane::showFollow);
+    connect(m_plot, &LogPlot::drawn, this, &CurvePane::moveReadOut);
     connect(m_plot, &QCustomPlot::mouseMove, this, [this](const QMouseEvent *event) {
         if (event->buttons() == Qt::NoButton)
             showReadOut(event->pos());
@@ -82,11 +83,11 @@ void CurvePane::buildUi()
     m_content->addWidget(m_plot, 1);
     m_content->addWidget(m_list);
 
-    auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(4);
-    column->addLayout(buildBar());
-    column->addLayout(m_content, 1);
+    m_column = new QVBoxLayout(this);
+    m_column->setContentsMargins(0, 0, 0, 0);
+    m_column->setSpacing(4);
+    m_column->addLayout(buildBar());
+    m_column->addLayout(m_content, 1);
     setPlotStyle(QStringLiteral("black"));
     setNarrow(false);
 }
@@ -127,7 +128,6 @@ QBoxLayout *CurvePane::buildBar()
     m_bar = new QHBoxLayout;
     m_bar->setSpacing(4);
     m_bar->addWidget(m_form);
-    m_bar->addWidget(m_expression, 1);
     m_bar->addStretch();
     for (QPushButton *button : {m_pause, fit, more, close})
         m_bar->addWidget(button);
@@ -160,10 +160,14 @@ void CurvePane::setNarrow(bool narrow)
 {
     m_content->setDirection(narrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
     m_bar->removeWidget(m_counts);
-    if (narrow)
-        layout()->addWidget(m_counts);
-    else
+    m_bar->removeWidget(m_expression);
+    if (narrow) {
+        m_column->insertWidget(1, m_expression);
+        m_column->addWidget(m_counts);
+    } else {
+        m_bar->insertWidget(1, m_expression, 1);
         m_bar->insertWidget(m_bar->indexOf(m_pause), m_counts, 1);
+    }
     m_list->setMinimumWidth(narrow ? 0 : kListWidth);
     m_list->setMaximumWidth(narrow ? QWIDGETSIZE_MAX : kListWidth);
     m_list->setMaximumHeight(narrow ? kListHeight : QWIDGETSIZE_MAX);
@@ -280,6 +284,15 @@ void CurvePane::showReadOut(const QPoint &position)
     }
     m_plot->setCursorAt(key);
     QToolTip::showText(m_plot->mapToGlobal(position) + QPoint(12, 12), text, m_plot);
+}
+
+// The curves move below a resting mouse.
+void CurvePane::moveReadOut()
+{
+    if (m_plot->underMouse() && QToolTip::isVisible())
+        showReadOut(m_plot->mapFromGlobal(QCursor::pos()));
+    else
+        m_plot->hideCursor(); // without values it would only drift away
 }
 
 // ---- files

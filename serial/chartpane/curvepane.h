@@ -58,6 +58,7 @@ private:
     void showHint();
     void showFollow();
     void showReadOut(const QPoint &position);
+    void moveReadOut();
     void exportTable();
     void savePicture();
     void report(const QString &success, const QString &fileName, const QString &error);
@@ -73,6 +74,7 @@ private:
     QMenu *m_menu;
     QAction *m_byLine = nullptr;
     QLabel *m_counts;
+    QBoxLayout *m_column = nullptr;
     QBoxLayout *m_bar = nullptr;
     QBoxLayout *m_content;
     QTimer m_stateTimer;

@@ -46,6 +46,14 @@ void CurveSplit::open()
         Settings::instance().view.curves.set(false);
         emit choiceChanged();
     });
+    // The keyboard goes from the display to the curves.
+    QWidget *last = m_terminal;
+    for (QWidget *part : m_pane->findChildren<QWidget *>()) {
+        if (!(part->focusPolicy() & Qt::TabFocus) || part->focusProxy())
+            continue;
+        setTabOrder(last, part);
+        last = part;
+    }
     place();
     m_pane->show();
 }

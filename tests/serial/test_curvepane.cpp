@@ -3,6 +3,8 @@
 
 #include "answers.h"
 #include "apppaths.h"
+#include "contrast.h"
+#include "curvecolors.h"
 #include "curvefeed.h"
 #include "curvepane.h"
 #include "curvesplit.h"
@@ -140,6 +142,20 @@ private slots:
         m_terminal->showReceived("12\n", "\n[12:00:01.125] HEX >\n", true);
         QTRY_VERIFY(m_split->findChild<QLabel *>("labelCurveCounts")->text().startsWith("十六进制"));
         QVERIFY(feed()->curves().isEmpty());
+    }
+
+    void hasColorsForEverySkin()
+    {
+        open();
+        QSet<QRgb> colors;
+        for (const QString &style : {QString("black"), QString("white"), QString("yellow")}) {
+            plot()->setPlotStyle(style);
+            for (int curve = 0; curve < NumberLines::maxCurves; ++curve) {
+                colors += CurveColors::ofCurve(curve).rgb();
+                QVERIFY(Contrast::ratio(CurveColors::ofCurve(curve), plot()->ground()) >= 3);
+            }
+        }
+        QCOMPARE(colors.size(), NumberLines::maxCurves);
     }
 
     void exportsAndQuits()
