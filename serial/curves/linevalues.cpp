@@ -1,151 +1,105 @@
 #include "linevalues.h"
 
-#include "numbertext.h"
+#include "linescanner.h"
 
 namespace {
 
-constexpr int kMaxName = 32;
 constexpr int kMaxColumns = 256;
 
-bool isNameStart(QChar character)
-{
-    return character.isLetter() || character == QLatin1Char('_') || character == QLatin1Char('$');
-}
-
-bool isNamePart(QChar character)
-{
-    const ushort code = character.unicode();
-    return character.isLetterOrNumber() || code == '_' || code == '.' || code == '-' || code == '/' ||
-           code == '%' || code == '$' || code == '#' || code == 0xB0;
-}
-
-bool isAssignment(QChar character)
-{
-    const ushort code = character.unicode();
-    return code == '=' || code == ':' || code == 0xFF1A;
-}
-
-bool isIgnored(QChar character)
-{
-    switch (character.unicode()) {
-    case '"':
-    case '\'':
-    case '(':
-    case ')':
-    case '[':
-    case ']':
-    case '{':
-    case '}':
-        return true;
-    default:
-        return character.isSpace();
-    }
-}
-
-bool isComma(QChar character)
-{
-    const ushort code = character.unicode();
-    return code == ',' || code == ';' || code == '|' || code == 0xFF0C || code == 0xFF1B;
-}
-
-// Reads a line from the left as words, numbers and what is between them.
-class Scanner
+// The numbers of a line with their names. A name is the words before a number: all
+// of them at the beginning or behind a comma, the last one behind a number, which
+// may have a unit, and directly before an assignment without spaces. Numbers
+// without a name continue an array.
+class NamedNumbers
 {
 public:
-    enum Kind { End, Word, Number, Assignment, Other };
-
-    explicit Scanner(const QString &text)
+    NamedNumbers(const QString &text, bool withAssignments, QVector<LineValues::Item> *items)
         : m_text(text)
+        , m_scanner(text)
+        , m_withAssignments(withAssignments)
+        , m_items(items)
     {
     }
 
-    Kind next()
+    void read()
     {
-        while (m_at < m_text.size() && isIgnored(m_text.at(m_at)))
-            ++m_at;
-        begin = m_at;
-        if (m_at == m_text.size())
-            return End;
-        const Kind kind = scan();
-        end = m_at;
-        return kind;
+        for (LineScanner::Kind kind = m_scanner.next(); kind != LineScanner::End; kind = m_scanner.next()) {
+            if (kind == LineScanner::Word)
+                addWord();
+            else if (kind == LineScanner::Assignment)
+                addAssignment();
+            else if (kind == LineScanner::Number)
+                addNumber();
+            else
+                endName();
+        }
     }
-
-    int begin = 0; // of what next() found
-    int end = 0;
-    NumberText::Number number;
 
 private:
-    Kind scan()
+    void addWord()
     {
-        const QChar first = m_text.at(m_at);
-        if (isAssignment(first)) {
-            while (m_at < m_text.size() && isAssignment(m_text.at(m_at)))
-                ++m_at;
-            return Assignment;
-        }
-        const QChar *const text = m_text.constData();
-        number = NumberText::read(text + m_at, text + m_text.size());
-        if (number.length > 0) {
-            m_at += number.length;
-            return Number;
-        }
-        if (isNameStart(first)) {
-            skipName();
-            return Word;
-        }
-        if (!first.isDigit()) {
-            ++m_at;
-            return Other;
-        }
-        return scanMixed();
-    }
-
-    // "imu.x", "Temp(C)", "acc[0]"
-    void skipName()
-    {
-        while (m_at < m_text.size() && isNamePart(m_text.at(m_at)))
-            ++m_at;
-        if (m_at == m_text.size() ||
-            (m_text.at(m_at) != QLatin1Char('(') && m_text.at(m_at) != QLatin1Char('[')))
+        const int begin = m_scanner.begin();
+        const int end = m_scanner.end();
+        const bool isUnit = m_nameBegin >= 0 && end < m_text.size() &&
+                            m_text.at(begin - 1) == QLatin1Char('(') && m_text.at(end) == QLatin1Char(')');
+        if (isUnit) // "Temp (C): 21"
             return;
-        const bool isRound = m_text.at(m_at) == QLatin1Char('(');
-        const int close =
-            m_text.midRef(m_at, kMaxName).indexOf(isRound ? QLatin1Char(')') : QLatin1Char(']'));
-        const int behind = m_at + close + 1;
-        // Otherwise the brackets are an array's or enclose something else.
-        if (close > 1 && behind < m_text.size() && isAssignment(m_text.at(behind)))
-            m_at = behind;
+        const bool continues = m_nameBegin >= 0 && !m_isBehindNumber && !m_isAssigned &&
+                               end - m_nameBegin <= LineScanner::maxName;
+        m_nameBegin = continues ? m_nameBegin : begin;
+        m_nameEnd = end;
+        m_isAssigned = false;
+        m_element = -1;
     }
 
-    // "3v3" and "5V" are names, "192.168.1.1", "12:30" and "2026-01-31" are nothing.
-    Kind scanMixed()
+    void addAssignment()
     {
-        bool hasLetter = false;
-        bool hasTime = false;
-        while (m_at < m_text.size() && !NumberText::isDelimiter(m_text.at(m_at)) &&
-               m_text.at(m_at) != QLatin1Char('=')) {
-            const QChar character = m_text.at(m_at);
-            if (isAssignment(character)) {
-                if (m_at + 1 == m_text.size() || !m_text.at(m_at + 1).isDigit() || hasLetter)
-                    break;
-                hasTime = true;
-            }
-            hasLetter = hasLetter || character.isLetter();
-            ++m_at;
+        m_isAssigned = m_nameBegin >= 0;
+        m_element = -1;
+        const int end = m_scanner.end();
+        const bool isTight =
+            end < m_text.size() && !m_text.at(end).isSpace() && m_scanner.begin() == m_nameEnd;
+        const int space = m_text.lastIndexOf(QLatin1Char(' '), qMax(0, m_nameEnd - 1));
+        if (m_isAssigned && isTight && space > m_nameBegin)
+            m_nameBegin = space + 1;
+    }
+
+    void addNumber()
+    {
+        const NumberText::Number &number = m_scanner.number();
+        if (m_element >= 0) {
+            LineValues::Item next = m_items->last();
+            if (++m_element == 1)
+                m_items->last().element = 0;
+            m_items->append({next.nameBegin, next.nameEnd, m_element, number.value, number.isFinite});
+        } else if (m_nameBegin >= 0 && (m_isAssigned || !m_withAssignments)) {
+            m_element = 0;
+            m_items->append({m_nameBegin, m_nameEnd, -1, number.value, number.isFinite});
         }
-        return hasLetter && !hasTime ? Word : Other;
+        m_nameBegin = -1;
+        m_isAssigned = false;
+        m_isBehindNumber = true;
+    }
+
+    void endName()
+    {
+        const bool isComma = LineScanner::isComma(m_text.at(m_scanner.begin()));
+        m_nameBegin = -1;
+        m_isAssigned = false;
+        m_isBehindNumber = m_isBehindNumber && !isComma;
+        m_element = isComma ? m_element : -1;
     }
 
     const QString &m_text;
-    int m_at = 0;
+    LineScanner m_scanner;
+    const bool m_withAssignments;
+    QVector<LineValues::Item> *m_items;
+    int m_nameBegin = -1;
+    int m_nameEnd = -1;
+    int m_element = -1; // of the last number; -1: it has no name
+    bool m_isBehindNumber = false;
+    bool m_isAssigned = false;
 };
-
-bool isInParentheses(const QString &text, int begin, int end)
-{
-    return begin > 0 && end < text.size() && text.at(begin - 1) == QLatin1Char('(') &&
-           text.at(end) == QLatin1Char(')');
-}
 
 void mix(quint64 *hash, quint64 value)
 {
@@ -175,9 +129,9 @@ QVector<Field> fieldsOf(const QString &text, QChar separator)
         int end = text.indexOf(separator, begin);
         end = end < 0 ? text.size() : end;
         Field field{begin, end};
-        while (field.begin < field.end && isIgnored(text.at(field.begin)))
+        while (field.begin < field.end && LineScanner::isIgnored(text.at(field.begin)))
             ++field.begin;
-        while (field.end > field.begin && isIgnored(text.at(field.end - 1)))
+        while (field.end > field.begin && LineScanner::isIgnored(text.at(field.end - 1)))
             --field.end;
         if (!bySpaces || field.end > field.begin)
             fields.append(field);
@@ -190,10 +144,11 @@ QVector<Field> fieldsOf(const QString &text, QChar separator)
 
 bool isWord(const QString &text, const Field &field)
 {
-    if (field.end == field.begin || field.end - field.begin > kMaxName || !isNameStart(text.at(field.begin)))
+    if (field.end == field.begin || field.end - field.begin > LineScanner::maxName ||
+        !LineScanner::isNameStart(text.at(field.begin)))
         return false;
     for (int i = field.begin; i < field.end; ++i)
-        if (!isNamePart(text.at(i)))
+        if (!LineScanner::isNamePart(text.at(i)))
             return false;
     return true;
 }
@@ -225,71 +180,11 @@ bool LineValues::read(const QString &text, Form form)
     return readNames(false);
 }
 
-void LineValues::addNamed(int nameBegin, int nameEnd, int element, double value, bool isFinite)
-{
-    if (element == 1)
-        m_items.last().element = 0;
-    m_items.append({nameBegin, nameEnd, element > 0 ? element : -1, value, isFinite});
-}
-
-// A name is the words before a number: all of them at the beginning or behind a
-// comma, the last one behind a number, which may have a unit, and directly before
-// an assignment without spaces. Numbers without a name continue an array.
 bool LineValues::readNames(bool withAssignments)
 {
     m_items.clear();
     m_columns = 0;
-    Scanner scanner(m_text);
-    int nameBegin = -1;
-    int nameEnd = -1;
-    int element = -1; // of the last number; -1: it has no name
-    bool isBehindNumber = false;
-    bool isAssigned = false;
-    for (Scanner::Kind kind = scanner.next(); kind != Scanner::End; kind = scanner.next()) {
-        switch (kind) {
-        case Scanner::Word: {
-            if (nameBegin >= 0 && isInParentheses(m_text, scanner.begin, scanner.end))
-                break; // a unit: "Temp (C): 21"
-            const bool continues =
-                nameBegin >= 0 && !isBehindNumber && !isAssigned && scanner.end - nameBegin <= kMaxName;
-            nameBegin = continues ? nameBegin : scanner.begin;
-            nameEnd = scanner.end;
-            isAssigned = false;
-            element = -1;
-            break;
-        }
-        case Scanner::Assignment: {
-            isAssigned = nameBegin >= 0;
-            const bool isTight =
-                scanner.end < m_text.size() && !m_text.at(scanner.end).isSpace() && scanner.begin == nameEnd;
-            const int space = m_text.lastIndexOf(QLatin1Char(' '), qMax(0, nameEnd - 1));
-            if (isAssigned && isTight && space > nameBegin)
-                nameBegin = space + 1;
-            element = -1;
-            break;
-        }
-        case Scanner::Number:
-            if (element >= 0) {
-                const Item name = m_items.last();
-                addNamed(name.nameBegin, name.nameEnd, ++element, scanner.number.value,
-                         scanner.number.isFinite);
-            } else if (nameBegin >= 0 && (isAssigned || !withAssignments)) {
-                element = 0;
-                addNamed(nameBegin, nameEnd, element, scanner.number.value, scanner.number.isFinite);
-            }
-            nameBegin = -1;
-            isAssigned = false;
-            isBehindNumber = true;
-            break;
-        default: {
-            const bool isAtComma = isComma(m_text.at(scanner.begin));
-            nameBegin = -1;
-            isAssigned = false;
-            isBehindNumber = isBehindNumber && !isAtComma;
-            element = isAtComma ? element : -1;
-        }
-        }
-    }
+    NamedNumbers(m_text, withAssignments, &m_items).read();
     return !m_items.isEmpty();
 }
 
@@ -358,7 +253,7 @@ QStringList LineValues::heading(const QString &text, QChar separator, int column
         return names;
     for (const Field &field : fields) {
         const QString name = text.mid(field.begin, field.end - field.begin);
-        if (name.isEmpty() || name.size() > kMaxName || name.at(0).isDigit() ||
+        if (name.isEmpty() || name.size() > LineScanner::maxName || name.at(0).isDigit() ||
             name.at(0) == QLatin1Char('-'))
             return {};
         names.append(name);

@@ -46,8 +46,6 @@ public:
 private:
     bool readNames(bool withAssignments);
     bool readColumns(bool isCertain);
-    void addColumn(int begin, int end, bool *isWord);
-    void addNamed(int nameBegin, int nameEnd, int element, double value, bool isFinite);
 
     QString m_text;
     Form m_form = Form::Automatic;
