@@ -13,6 +13,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
 #include <QSplitter>
@@ -314,6 +316,37 @@ private slots:
         m_page->SltWriteDataToSerialport(QByteArray(17 * 1024 * 1024, 'x'));
         QCOMPARE(m_page->counts().at(0), QStringLiteral("8"));
         QCOMPARE(lastError(), QStringLiteral("设备长时间未接收数据，本次数据未发送！"));
+    }
+
+    // On all pages; an export that is not finished is completed before the program ends.
+    void showsCurvesAndExportsThemBeforeItCloses()
+    {
+        const auto choose = [](const QMenu *menu, const QString &entry) {
+            for (QAction *action : menu->actions())
+                if (action->text() == entry)
+                    action->trigger();
+        };
+        choose(child<QPushButton>("btnView")->menu(), "数值曲线");
+        SerialportWidget other;
+        other.show();
+        QVERIFY(other.findChild<QWidget *>("curvePane"));
+        Settings::instance().textCodec.set(0);
+        QByteArray lines;
+        for (int i = 0; i < 30000; ++i)
+            lines += "a=" + QByteArray::number(i) + "\r\n";
+        child<QtTerminalWidget>("recvBrowser")->showReceived(lines, {}, false);
+        QTRY_COMPARE_WITH_TIMEOUT(child<QLabel>("labelCurveCounts")->text(), "已用 30000 行，跳过 0 行",
+                                  30000);
+        const QString file = m_root->filePath("curves.csv");
+        chooseFile(file);
+        choose(child<QPushButton>("btnCurveMore")->menu(), "导出CSV…");
+        QVERIFY(!QFile::exists(file));
+        QVERIFY(m_page->saveBeforeExit());
+        QVERIFY(contentOf(file).endsWith(",29999\r\n"));
+        click("btnCurveClose");
+        other.hide();
+        other.show();
+        QTRY_VERIFY(!child<QWidget>("curvePane") && !other.findChild<QWidget *>("curvePane"));
     }
 
     void keepsTheHeightOfEachSendPage()
