@@ -182,7 +182,8 @@ private:
         QStringList found;
         for (const QString &text : texts)
             for (const NumberLines::Value &value : lines->read(text, m_line++, 0))
-                found += lines->names().at(value.curve) + '=' + QString::number(value.value, 'g', QLocale::FloatingPointShortest);
+                found += lines->names().at(value.curve) + '=' +
+                         QString::number(value.value, 'g', QLocale::FloatingPointShortest);
         return found.join(' ');
     }
 
