@@ -6,7 +6,7 @@
 namespace {
 
 constexpr int kBudgetMs = 4;
-constexpr int kLines = 64; // between two looks at the clock
+constexpr int kLines = 64; // read at once
 constexpr int kLineBytes = 2 * NumberLines::maxCharacters;
 constexpr int kBytes = 64 * 1024;
 
@@ -79,7 +79,7 @@ void CurveFeed::readSlice()
     const qint64 before = m_next;
     while (m_next < m_record.completeLines() && spent.elapsed() < kBudgetMs) {
         const qint64 first = m_next;
-        readLines();
+        readLines(spent);
         if (m_next == first)
             return; // the record cannot be read back
     }
@@ -89,7 +89,8 @@ void CurveFeed::readSlice()
         m_timer.start(0); // input and painting come in between
 }
 
-void CurveFeed::readLines()
+// Until the time is spent: an expression may take long on each line.
+void CurveFeed::readLines(const QElapsedTimer &spent)
 {
     const auto count = int(qMin<qint64>(kLines, m_record.completeLines() - m_next));
     for (const LineStore::Line &line : m_record.lines(m_next, count, kLineBytes, kBytes)) {
@@ -101,5 +102,7 @@ void CurveFeed::readLines()
                 m_curves.resize(value.curve + 1);
             m_curves[value.curve].append({value.value, value.line, value.ms});
         }
+        if (spent.elapsed() >= kBudgetMs)
+            return;
     }
 }

@@ -15,6 +15,8 @@
 #include <QObject>
 #include <QTimer>
 
+class QElapsedTimer;
+
 class CurveFeed : public QObject
 {
     Q_OBJECT
@@ -45,7 +47,7 @@ signals:
 
 private:
     void beginBehind(qint64 line);
-    void readLines();
+    void readLines(const QElapsedTimer &spent);
 
     const LineStore &m_record;
     NumberLines m_lines;

@@ -47,6 +47,7 @@ CurvePane::CurvePane(QtTerminalWidget *terminal, QWidget *parent)
     m_stateTimer.setInterval(kStatePeriodMs);
     connect(&m_stateTimer, &QTimer::timeout, this, &CurvePane::showState);
     connect(terminal, &QtTerminalWidget::recordChanged, m_feed, &CurveFeed::follow);
+    connect(terminal, &QtTerminalWidget::recordChanged, this, &CurvePane::showStateSoon);
     connect(m_feed, &CurveFeed::changed, this, &CurvePane::showNew);
     connect(m_feed, &CurveFeed::curvesDropped, this, &CurvePane::dropCurves);
     connect(m_list, &LogCurveList::curveChanged, this, [this](int curve) {
@@ -224,11 +225,16 @@ void CurvePane::showNew()
 {
     m_list->setNames(m_feed->lines().names().mid(0, m_feed->curves().size()));
     m_plot->refresh();
+    showStateSoon();
+}
+
+// As often as the eye can follow.
+void CurvePane::showStateSoon()
+{
     if (!m_stateTimer.isActive())
         m_stateTimer.start();
 }
 
-// As often as the eye can follow.
 void CurvePane::showState()
 {
     if (isVisible())

@@ -55,6 +55,7 @@ private:
     void dropCurves();
     void showNew();
     void showState();
+    void showStateSoon();
     void showHint();
     void showFollow();
     void showReadOut(const QPoint &position);

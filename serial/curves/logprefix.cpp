@@ -82,7 +82,8 @@ bool skipBrackets(Cursor *cursor)
     if (end < 0)
         return false;
     const QStringRef inside = cursor->to(end);
-    if (inside.contains(QLatin1Char('=')) || inside.contains(QLatin1Char(',')))
+    const bool isList = inside.contains(QLatin1Char(',')) && !inside.contains(QLatin1Char(':'));
+    if (isList || inside.contains(QLatin1Char('=')))
         return false;
     cursor->setAt(end + 1);
     return true;

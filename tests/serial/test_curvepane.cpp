@@ -137,10 +137,13 @@ private slots:
     void saysThatHexadecimalHasNoCurves()
     {
         open();
-        m_terminal->showReceived("a=1\n", "[12:00:01.123] HEX >\n", true);
+        m_terminal->showReceived("a=1\n", {}, true); // a line without end
+        QTRY_VERIFY(m_split->findChild<QLabel *>("labelCurveCounts")->text().startsWith("十六进制"));
+        m_terminal->showReceived("a=1\n", "\n[12:00:01.123] HEX >\n", true);
         m_terminal->showReceived("12\n", "\n[12:00:01.124] HEX >\n", true);
         m_terminal->showReceived("12\n", "\n[12:00:01.125] HEX >\n", true);
-        QTRY_VERIFY(m_split->findChild<QLabel *>("labelCurveCounts")->text().startsWith("十六进制"));
+        m_terminal->showReceived("\nend\n", {}, false);
+        QTRY_COMPARE(feed()->lines().skipped(), 5);
         QVERIFY(feed()->curves().isEmpty());
     }
 
