@@ -49,7 +49,8 @@ void CurveSplit::open()
     // The keyboard goes from the display to the curves.
     QWidget *last = m_terminal;
     for (QWidget *part : m_pane->findChildren<QWidget *>()) {
-        if (!(part->focusPolicy() & Qt::TabFocus) || part->focusProxy())
+        const bool isHere = part->window() == window() && !part->focusProxy(); // not in a list that pops up
+        if (!isHere || !(part->focusPolicy() & Qt::TabFocus))
             continue;
         setTabOrder(last, part);
         last = part;

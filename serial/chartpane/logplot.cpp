@@ -11,7 +11,7 @@ constexpr double kMargin = 0.02;      // of the keys, at the right
 constexpr double kValueMargin = 0.05; // above and below
 constexpr double kFineSeconds = 20;   // with milliseconds at the ticks
 constexpr double kDay = 24 * 3600;
-constexpr int kTickPixels = 110;
+constexpr int kTickPixels = 140;
 constexpr int kMaxSmooth = 600; // points
 
 // Line numbers have no decimals.
@@ -99,6 +99,12 @@ void LogPlot::showEvent(QShowEvent *event)
     refresh();
 }
 
+void LogPlot::resizeEvent(QResizeEvent *event)
+{
+    CurvePlot::resizeEvent(event);
+    refresh();
+}
+
 bool LogPlot::isShown(int curve) const
 {
     return graph(curve)->visible() && !m_feed->curves().at(curve).isEmpty();
@@ -155,7 +161,7 @@ QCPRange LogPlot::shownValues() const
 // Ten points or a hundred thousand: a picture costs the same.
 void LogPlot::load(const QCPRange &keys)
 {
-    const int columns = qMax(1, axisRect()->width());
+    const int columns = qMax(1, width()); // the axes' width follows it later
     for (int curve = 0; curve < qMin(graphCount(), m_feed->curves().size()); ++curve) {
         QVector<QCPGraphData> points;
         if (isShown(curve))
@@ -169,7 +175,7 @@ void LogPlot::load(const QCPRange &keys)
 
 void LogPlot::fitTicker(const QCPRange &keys)
 {
-    xAxis->ticker()->setTickCount(qMax(2, axisRect()->width() / kTickPixels));
+    xAxis->ticker()->setTickCount(qMax(2, width() / kTickPixels));
     m_times->setDateTimeFormat(keys.size() < kFineSeconds ? QStringLiteral("HH:mm:ss.zzz")
                                : keys.size() < kDay       ? QStringLiteral("HH:mm:ss")
                                                           : QStringLiteral("MM-dd HH:mm"));

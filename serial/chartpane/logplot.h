@@ -43,6 +43,7 @@ protected:
     void fitAxes() override;
     void handleKeyRange(const QCPRange &range, const QCPRange &before) override;
     void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
 
 private:
