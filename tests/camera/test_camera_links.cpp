@@ -106,6 +106,7 @@ private slots:
         const auto received = [this] { return m_page->counts().at(1).toInt(); };
 
         begin(Protocol(protocol));
+        child<QComboBox>("comboCameraBaudRate")->setEditText("57600");
         QVERIFY(plugIn());
         write(red);
         QTRY_COMPARE(received(), red.size());
@@ -131,9 +132,12 @@ private slots:
         CameraDebugWidget again;
         again.SltSerialportChanged({"COM1 first", "COM3 board"});
         QCOMPARE(again.findChild<QComboBox *>("comboCameraSerialPort")->currentText(), QString("COM3 board"));
+        QCOMPARE(again.findChild<QComboBox *>("comboCameraBaudRate")->currentText(), QString("57600"));
+        auto *link = m_page->findChild<SerialLink *>();
+        QCOMPARE(link->settings().baudRate, 57600);
         // Gone from the list while the last bytes are gathered.
         const int before = received();
-        emit m_page->findChild<SerialLink *>()->received("x", 0, {});
+        emit link->received("x", 0, {});
         m_page->SltSerialportChanged({"COM1 first"});
         QVERIFY(!isOpen() && received() == before + 1);
     }

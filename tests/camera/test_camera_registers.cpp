@@ -189,6 +189,8 @@ private slots:
         QTRY_VERIFY(!isOpen());
         const QString port = QString::number(openPort(Udp));
         click("btnCameraOpen");
+        child<QComboBox>("comboCameraLocalAddress")->setEditText("127.0.0.1");
+        child<QLineEdit>("editCameraDestinationAddress")->setText("127.0.0.2");
         child<QLineEdit>("editCameraDestinationPort")->setText("1234");
         child<QLineEdit>("editCameraPort")->setText(port);
         click("btnCameraOpen");
@@ -199,23 +201,30 @@ private slots:
         Settings::instance() = Settings();
         Settings::load();
         const CameraDebugWidget again;
-        QCOMPARE(again.findChild<QSpinBox *>("spinAddressLength")->value(), 3);
-        QCOMPARE(again.findChild<QSpinBox *>("spinValueLength")->value(), 4);
-        QCOMPARE(again.findChild<QComboBox *>("comboCameraProtocol")->currentIndex(), int(Udp));
-        QCOMPARE(again.findChild<QLineEdit *>("editCameraPort")->text(), port);
-        QCOMPARE(again.findChild<QLineEdit *>("editCameraServerAddress")->text(),
-                 QStringLiteral("localhost"));
-        QCOMPARE(again.findChild<QLineEdit *>("editCameraDestinationPort")->text(), QStringLiteral("1234"));
+        QCOMPARE(fieldsOf(again), QString("2 127.0.0.1 localhost %1 127.0.0.2 1234 921600 3 4").arg(port));
         Settings::instance() = Settings(); // restored: a link that is open keeps its fields
         m_page->reloadSettings();
         QCOMPARE(child<QSpinBox>("spinAddressLength")->value(), 2);
         QCOMPARE(child<QLineEdit>("editCameraPort")->text(), port);
         click("btnCameraOpen");
         m_page->reloadSettings();
-        QCOMPARE(child<QLineEdit>("editCameraPort")->text(), QStringLiteral("8000"));
+        QCOMPARE(fieldsOf(*m_page), QString("0 所有网络接口 127.0.0.1 8000 127.0.0.1 8000 921600 2 1"));
     }
 
 private:
+    // All that is kept: the link, and the lengths of addresses and values.
+    static QString fieldsOf(const CameraDebugWidget &page)
+    {
+        QStringList texts{QString::number(page.findChild<QComboBox *>("comboCameraProtocol")->currentIndex()),
+                          page.findChild<QComboBox *>("comboCameraLocalAddress")->currentText()};
+        for (const char *name : {"editCameraServerAddress", "editCameraPort", "editCameraDestinationAddress",
+                                 "editCameraDestinationPort"})
+            texts += page.findChild<QLineEdit *>(name)->text();
+        texts += page.findChild<QComboBox *>("comboCameraBaudRate")->currentText();
+        for (const char *name : {"spinAddressLength", "spinValueLength"})
+            texts += page.findChild<QSpinBox *>(name)->text();
+        return texts.join(' ');
+    }
     // With these addresses and values.
     DataManagerWidget *openTable(const char *button, const QList<QStringList> &rows)
     {
