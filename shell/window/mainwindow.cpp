@@ -118,7 +118,6 @@ void MainWindow::SltRefreshCounts(int pageIndex)
 void MainWindow::SltClearCounts()
 {
     currentPage()->clearCounts();
-    SltRefreshCounts(m_stack->currentIndex());
 }
 
 // An unknown text, "中文" and "English" included, does nothing.

@@ -121,7 +121,6 @@ void QtStatusBar::sltEndErrorHold()
 void QtStatusBar::sltEndNotice()
 {
     m_errorHold.stop();
-    m_shown.stop();
     m_log.endCurrent();
     m_notice->showIdle();
 }
@@ -162,6 +161,4 @@ void QtStatusBar::showCurrent()
     m_shown.start(notice.isError() ? errorShownMs : informationShownMs);
     if (m_log.isHolding())
         m_errorHold.start();
-    else
-        m_errorHold.stop();
 }

@@ -75,11 +75,18 @@ private slots:
         QCOMPARE(m_stack->currentIndex(), 0);
         QTest::mouseClick(m_tabs, Qt::LeftButton, {}, m_tabs->tabRect(2).center());
         QCOMPARE(m_stack->currentIndex(), 2);
+        QCOMPARE(accentedTabs(), QString("2"));
         QCOMPARE(pressed(Qt::Key_Tab, Qt::ControlModifier), 3);
         QCOMPARE(pressed(Qt::Key_5, Qt::ControlModifier), 4);
         QCOMPARE(pressed(Qt::Key_Tab, Qt::ControlModifier), 0);
         QCOMPARE(pressed(Qt::Key_Tab, Qt::ControlModifier | Qt::ShiftModifier), 4);
         QCOMPARE(m_tabs->currentIndex(), 4);
+        auto *maximize = m_window->findChild<QToolButton *>("btnMaximize");
+        for (const bool maximized : {true, false}) {
+            maximize->click();
+            QTRY_COMPARE(m_window->isMaximized(), maximized);
+            QTRY_COMPARE(maximize->toolTip(), QString(maximized ? "还原" : "最大化"));
+        }
     }
 
     void checksFollowSettings()
@@ -91,6 +98,9 @@ private slots:
         makeWindow();
         QCOMPARE(checked(), QString("UTF-8 黄色 关闭时提醒"));
         show();
+        auto *button = m_window->findChild<QPushButton *>("btnSettings");
+        button->setAttribute(Qt::WA_UnderMouse); // and the mouse leaves it while the menu is open
+        QCursor::setPos(m_window->mapToGlobal(m_window->rect().center()));
         for (const auto &[key, name] : {std::pair{QKeySequence(Qt::Key_F10), "settingsMenu"},
                                         {QKeySequence("Alt+S"), "settingsMenu"},
                                         {QKeySequence("Alt+H"), "helpMenu"}}) {
@@ -104,6 +114,7 @@ private slots:
             QTest::keySequence(m_window->windowHandle(), key);
             QCOMPARE(opened, QString(name));
         }
+        QVERIFY(!button->testAttribute(Qt::WA_UnderMouse));
         for (const char *text : {"GB18030", "浅色", "自动保存"})
             action(text)->trigger();
         QCOMPARE(checked(), QString("GB18030 浅色 自动保存"));
@@ -152,14 +163,17 @@ private slots:
             QHash<QObject *, int> changes;
             int max = 0;
         } counter;
-        qApp->installEventFilter(&counter);
-        action("浅色")->trigger();
-        QVERIFY2(counter.max >= 1 && counter.max <= 3, qPrintable(QString::number(counter.max)));
-        QCOMPARE(m_tabs->palette().color(QPalette::WindowText), QColor("#333333"));
-        // A title bar on a ground of its own has icons of its own color.
         const auto icon = [this] {
             return m_window->findChild<QToolButton *>("btnClose")->icon().pixmap(16).toImage();
         };
+        const QImage dark = icon();
+        qApp->installEventFilter(&counter);
+        action("浅色")->trigger();
+        QVERIFY(icon() != dark);
+        QCOMPARE(accentedTabs(), QString("0"));
+        QVERIFY2(counter.max >= 1 && counter.max <= 3, qPrintable(QString::number(counter.max)));
+        QCOMPARE(m_tabs->palette().color(QPalette::WindowText), QColor("#333333"));
+        // A title bar on a ground of its own has icons of its own color.
         const QImage before = icon();
         m_window->findChild<QtTitleBar *>()->setIconColor(Qt::red);
         QVERIFY(icon() != before);
@@ -252,6 +266,8 @@ private slots:
         QCOMPARE(m_notice->fullText(), QString("设置无法保存，仅本次运行有效：程序目录下无法建立文件夹conf"));
         action("恢复默认设置")->trigger();
         QCOMPARE(QtMessageTip::current()->text(), QString("配置文件无法写入，仅本次运行恢复默认设置！"));
+        m_window.reset();
+        Settings::instance().textCodec.set(0); // no window is there to report it
     }
 
     void helpOpensPages()
@@ -447,6 +463,19 @@ private:
         const auto found = std::find_if(actions.begin(), actions.end(),
                                         [&text](const QAction *action) { return action->text() == text; });
         return found == actions.end() ? nullptr : *found;
+    }
+    // The tabs whose pictures have the accent color.
+    QString accentedTabs() const
+    {
+        QString tabs;
+        for (int i = 0; i < m_tabs->count(); ++i) {
+            const QImage icon = m_tabs->tabIcon(i).pixmap(16).toImage();
+            bool found = false;
+            for (int pixel = 0; pixel < 256; ++pixel)
+                found |= icon.pixelColor(pixel % 16, pixel / 16) == QColor(Skin::palette().accent);
+            tabs += found ? QString::number(i) : QString();
+        }
+        return tabs;
     }
     // The checked items of the menu as it opens.
     QString checked() const

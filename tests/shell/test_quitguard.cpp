@@ -91,9 +91,15 @@ private slots:
         m_a->whileClosing = [this] {
             m_a->whileClosing = nullptr;
             emit m_a->signalClosed();
+            QTimer::singleShot(1, m_b.get(), [this] {
+                m_steps += "b is closed";
+                m_b->whileClosing = nullptr;
+                emit m_b->signalClosed();
+            });
         };
+        m_b->whileClosing = [] {};
         QVERIFY(m_guard->mayQuit());
-        QCOMPARE(steps(), QString("a? b? ax bx as bs"));
+        QCOMPARE(steps(), QString("a? b? ax bx b is closed as bs"));
         QCOMPARE(waits.count(), 2);
         QCOMPARE(waits.first().first().toBool(), true);
         m_guard->stay();
@@ -118,8 +124,12 @@ private slots:
         QVERIFY(!m_guard->mayEndSession());
         m_a->agrees = true;
         QVERIFY(m_guard->mayEndSession());
+        m_a->agrees = false;
+        QVERIFY(!m_guard->mayQuit()); // asks again, and so does the end of the event loop
+        m_guard->end();
+        m_a->agrees = true;
         QVERIFY(m_guard->mayQuit()); // the user closes the window after all
-        QCOMPARE(steps(), QString("a? a? as a? ax as"));
+        QCOMPARE(steps(), QString("a? a? as a? a? a? ax as"));
     }
 
 private:

@@ -32,6 +32,7 @@ private slots:
         QCOMPARE(m_label->fullText(), QString("二"));
         m_bar->sltEndErrorHold();
         QCOMPARE(m_label->fullText(), QString("二"));
+        QVERIFY(!timeOut(QtStatusBar::errorHoldMs));
         m_bar->showSystemNotify("三", error);
         m_bar->showSystemNotify("四", information);
         m_bar->showSystemNotify("五", information);
@@ -39,6 +40,7 @@ private slots:
         QCOMPARE(m_label->palette().color(QPalette::WindowText), QColor(Qt::red));
         QVERIFY(timeOut(QtStatusBar::errorHoldMs));
         QTRY_COMPARE(m_label->fullText(), QString("五"));
+        QCOMPARE(m_label->accessibleName(), QString("五"));
         QVERIFY(m_label->palette().color(QPalette::WindowText) != QColor(Qt::red));
         QVERIFY(!timeOut(QtStatusBar::errorHoldMs)); // it would end the next notice
     }
@@ -50,9 +52,15 @@ private slots:
         QTRY_COMPARE(m_label->fullText(), QString());
         m_bar->showSystemNotify("错误", error);
         QVERIFY(timeOut(QtStatusBar::errorShownMs));
+        m_bar->showSystemNotify("信息", information); // does not make it stay for longer
         QTRY_COMPARE(m_label->fullText(), QString());
         QVERIFY(!m_label->isError() && m_label->isEnabled()); // still opens the list
-        m_bar->showSystemNotify("信息", information);         // the hold ended with the error
+        QCOMPARE(m_label->accessibleName() + '|' + m_label->toolTip(),
+                 QString("最近的提示|单击查看最近的提示"));
+        QVERIFY(!timeOut(QtStatusBar::errorHoldMs));
+        m_bar->sltEndErrorHold();
+        QCOMPARE(m_label->fullText(), QString());
+        m_bar->showSystemNotify("信息", information); // the hold ended with the error
         QCOMPARE(m_label->fullText(), QString("信息"));
     }
 
@@ -62,6 +70,9 @@ private slots:
     {
         QtWidgetBase first, second;
         connect(&first, &QtWidgetBase::signalNotify, m_bar.get(), &QtStatusBar::showSystemNotify);
+        emit first.signalNotify("错误", error); // before a page is shown
+        m_bar->sltEndErrorHold();
+        QCOMPARE(m_label->fullText(), QString("错误"));
         emit first.signalNotify("信息", information);
         m_bar->showPage(&first);
         QCOMPARE(m_label->fullText(), QString("信息"));
@@ -87,7 +98,8 @@ private slots:
         QTest::mouseClick(m_label, Qt::LeftButton);
         auto *list = m_bar->findChild<NoticeList *>();
         QVERIFY(list && list->isVisible() && list->width() < 500);
-        const auto *view = list->findChild<QListWidget *>();
+        auto *view = list->findChild<QListWidget *>();
+        QCOMPARE(list->focusWidget(), view);
         QCOMPARE(view->count(), NoticeLog::maxRecent);
         QVERIFY(view->item(0)->text().endsWith("第119条"));
         QVERIFY(view->item(9)->text().contains("[错误] xxx"));
@@ -100,6 +112,20 @@ private slots:
             QTest::keyClick(m_label, key);
             QVERIFY(QApplication::activePopupWidget());
         }
+    }
+
+    // Smaller figures leave the label as wide as it was; a page without counts does not.
+    void keepsTheWidthOfCounts()
+    {
+        auto *sent = m_bar->findChild<QLabel *>("sentCount");
+        m_bar->showCounts({"123456789", "1"});
+        const int width = sent->minimumWidth();
+        QCOMPARE(width, sent->sizeHint().width());
+        m_bar->showCounts({"1", "Size: 2"});
+        QVERIFY(sent->text() == "发送字节数: 1" && sent->minimumWidth() == width);
+        QCOMPARE(m_bar->findChild<QLabel *>("receivedCount")->text(), QString("Size: 2"));
+        m_bar->showCounts({});
+        QVERIFY(sent->text().isEmpty() && sent->minimumWidth() == 0);
     }
 
     void cutsLongNotices()
