@@ -4,6 +4,7 @@
 // an intended change, copy the file that the failed test names over the record.
 
 #include "apppaths.h"
+#include "datamanagerwidget.h"
 #include "korvexresources.h"
 #include "mainwindow.h"
 #include "qtmessagebox.h"
@@ -11,6 +12,7 @@
 #include "qttabbar.h"
 #include "qtupdatedialog.h"
 #include "qtwaitdialog.h"
+#include "registertablemodel.h"
 #include "ruledialog.h"
 #include "settings.h"
 #include "skin.h"
@@ -214,8 +216,11 @@ private slots:
         QtUpdateDialog update;
         TransferLogDialog log("log");
         RuleDialog rules;
+        RegisterTableModel table;
+        DataManagerWidget read(DataManagerWidget::Read, &table);
+        DataManagerWidget write(DataManagerWidget::Write, &table);
         for (const QWidget *dialog :
-             std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &rules})
+             std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &rules, &read, &write})
             describe(dialog, 0, &lines);
         useOptions(window);
         const QStringList after = described(window);
