@@ -57,12 +57,6 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     showState();
 }
 
-HexEditWidget::~HexEditWidget()
-{
-    m_edit->task()->disconnect(this);
-    m_edit->disconnect(this);
-}
-
 void HexEditWidget::buildUi()
 {
     auto *row = new QHBoxLayout(this);

@@ -10,7 +10,6 @@
 #include <QListView>
 #include <QShortcut>
 #include <QStandardPaths>
-#include <QTreeView>
 #include <QUrl>
 
 EmbeddedFileDialog::EmbeddedFileDialog(QWidget *parent)
@@ -106,17 +105,13 @@ void EmbeddedFileDialog::takeOverDeleting()
 void EmbeddedFileDialog::deleteSelected()
 {
     auto *model = findChild<QFileSystemModel *>();
-    auto *list = findChild<QListView *>(QStringLiteral("listView"));
-    auto *tree = findChild<QTreeView *>(QStringLiteral("treeView"));
-    if (!model || model->isReadOnly() || !list || !tree)
+    auto *list = findChild<QListView *>(QStringLiteral("listView")); // the details have its selection
+    if (!model || model->isReadOnly() || !list)
         return;
-    QAbstractItemView *view = list;
-    if (!list->isVisible())
-        view = tree;
     constexpr int maxNames = 8;
     QStringList names;
     QList<QPersistentModelIndex> chosen;
-    const QModelIndexList rows = view->selectionModel()->selectedRows();
+    const QModelIndexList rows = list->selectionModel()->selectedRows();
     for (const QModelIndex &row : rows) {
         chosen.append(row);
         if (names.size() < maxNames)

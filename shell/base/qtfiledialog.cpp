@@ -151,13 +151,6 @@ void QtFileDialog::onFileDialogFinished(int result)
     done(result);
 }
 
-void QtFileDialog::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::StyleChange && m_dialog)
-        drawIcons();
-    QtFramelessDialog::changeEvent(event);
-}
-
 // The list of names that go on like the typed one: Qt places it for the field,
 // X11 shows it as if the dialog were in the screen's corner, until it is moved.
 bool QtFileDialog::eventFilter(QObject *watched, QEvent *event)

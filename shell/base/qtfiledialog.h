@@ -47,7 +47,6 @@ public slots:
     void onFileDialogFinished(int result);
 
 protected:
-    void changeEvent(QEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:

@@ -85,7 +85,6 @@ QtMessageBox::QtMessageBox(QWidget *parent)
     m_cancel->setObjectName(QStringLiteral("btnCancel"));
     m_label->setTextFormat(Qt::PlainText);
     m_label->setWordWrap(true);
-    m_label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_ok->setProperty("primary", true);
 

@@ -3,7 +3,6 @@
 #include "qttitlebar.h"
 #include "waitingspinnerwidget.h"
 
-#include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -57,12 +56,4 @@ void QtWaitDialog::hideEvent(QHideEvent *event)
 {
     m_spinner->stop();
     QtFramelessDialog::hideEvent(event);
-}
-
-void QtWaitDialog::closeEvent(QCloseEvent *event)
-{
-    if (m_cancelable)
-        QtFramelessDialog::closeEvent(event);
-    else
-        event->ignore();
 }

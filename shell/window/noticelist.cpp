@@ -2,7 +2,6 @@
 
 #include "framegeometry.h"
 
-#include <QKeyEvent>
 #include <QListWidget>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -77,12 +76,4 @@ void NoticeList::showAbove(QWidget *anchor, const QVector<PostedNotice> &notices
         FrameGeometry::keptInside({corner, list->size()}, anchor->screen()->availableGeometry()).topLeft());
     list->show();
     list->setFocus();
-}
-
-void NoticeList::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape)
-        close();
-    else
-        QFrame::keyPressEvent(event);
 }

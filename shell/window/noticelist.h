@@ -22,9 +22,6 @@ public:
 
     static void showAbove(QWidget *anchor, const QVector<PostedNotice> &notices);
 
-protected:
-    void keyPressEvent(QKeyEvent *event) override;
-
 private:
     NoticeList(const QVector<PostedNotice> &notices, QWidget *parent);
     void fitInto(int maxWidth);
