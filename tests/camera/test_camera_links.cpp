@@ -50,7 +50,9 @@ private slots:
         QCOMPARE(lastNotice(), QStringLiteral("没有已连接的摄像头，数据未发送！"));
         QVERIFY(plugIn());
         write("x");
-        QTRY_COMPARE(m_page->counts().at(1), QString("1"));      // each side knows of the other
+        QTRY_COMPARE(m_page->counts().at(1), QString("1")); // each side knows of the other
+        m_page->SltReadWriteRegister("nowhere", "", 7);
+        m_page->SltReadWriteRegister("3008", "nothing", 7);
         const QByteArray head = QByteArray("ORVN").append('\0'); // and the device
         m_page->SltReadWriteRegister("3008", "", 7);
         const int size = 4 + 1 + 4 + 1 + 2 + child<QSpinBox>("spinAddressLength")->value() + 2;

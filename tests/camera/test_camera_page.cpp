@@ -1,6 +1,7 @@
 // The camera page fed with bytes.
 
 #include "camerapagetest.h"
+#include "camerastatusrow.h"
 #include "dialoganswers.h"
 #include "frameshow.h"
 #include "linksession.h"
@@ -37,7 +38,9 @@ private slots:
         QCOMPARE(error(), QStringLiteral("数据包长度异常，已丢弃"));
         m_page->SltRecvImageData("b", red);
         m_page->SltRecvImageData("b", "this is no packet");
+        m_page->SltRecvImageData("b", "neither is this");
         QCOMPARE(error(), QStringLiteral("无法识别的数据，已丢弃"));
+        QCOMPARE(child<QLabel>("labelImageError")->text(), QStringLiteral("数据错误: 5"));
         const QSignalSpy refreshes(m_page.get(), &CameraDebugWidget::signalRefresCounts);
         emit m_page->findChild<LinkSession *>()->handedOver(3);
         m_page->clearCounts();
@@ -59,6 +62,8 @@ private slots:
         QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
         QVERIFY(child<StateIndicator>("stateIndicator")->toolTip().contains(QStringLiteral("波特率为空")));
         auto *port = m_page->findChild<SerialLink *>();
+        emit port->received(QByteArray(256, 'x'), 0, {}); // enough not to wait for a pause
+        QCOMPARE(m_page->counts().at(1), QString("256"));
         const QByteArray bytes = "ORVN" + QByteArray::fromHex("0111000000010502000300a552") + "ORVN" +
                                  QByteArray::fromHex("00110000000105040005000000");
         for (const char byte : bytes)
@@ -72,7 +77,32 @@ private slots:
         child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
         QCOMPARE(child<QSpinBox>("spinImageWidth")->value(), 2);
         QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 3);
-        QCOMPARE(child<QComboBox>("comboImageFormat")->currentText(), QStringLiteral("RGB888"));
+        auto *format = child<QComboBox>("comboImageFormat");
+        QCOMPARE(format->currentText(), QStringLiteral("RGB888"));
+        QTest::keyClick(format, Qt::Key_Home);
+        child<QComboBox>("comboCameraDevice")->setCurrentIndex(0);
+        QCOMPARE(format->currentText(), QStringLiteral("RGB888"));
+        child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
+        QCOMPARE(format->currentIndex(), 0);
+    }
+
+    void showsRatesAndLosses()
+    {
+        CameraStatusRow row;
+        QString seen;
+        for (const double rate : {999., 999949., 2.5e6}) {
+            row.showRates(29.97, rate);
+            seen += row.findChild<QLabel *>("labelDataRate")->text() + ' ';
+        }
+        QCOMPARE(seen, QStringLiteral("接收速率: 999 B/s 接收速率: 999.9 KB/s 接收速率: 2.50 MB/s "));
+        const auto *skipped = row.findChild<QLabel *>("labelSkipped");
+        QVERIFY(skipped->isHidden());
+        row.showFrames(7, {0, 0, 0, 1});
+        QVERIFY(!skipped->isHidden());
+        row.showFrames(7, {1, 2, 4, 8});
+        QCOMPARE(skipped->text() + skipped->toolTip(),
+                 QStringLiteral("未显示: 7因来不及显示而跳过的帧：1\n无法解码的帧：2\n"
+                                "不完整的帧：4\n丢弃的无效数据：8 字节"));
     }
 
     // Joined in the middle of a frame, without a pause: dark for a second, then one
@@ -88,6 +118,8 @@ private slots:
         m_page->SltCalculationRate();
         QVERIFY(!child<QLabel>("labelSkipped")->toolTip().contains(QStringLiteral("数据：0 字节")));
         QCOMPARE(child<QLabel>("labelImageError")->toolTip(), QStringLiteral("设备[1]的图像数据校验错误"));
+        m_page->clearCounts();
+        QVERIFY(child<QLabel>("labelSkipped")->toolTip().contains(QStringLiteral("数据：0 字节")));
     }
 
     void showsOnlyTheNewest()
@@ -136,7 +168,9 @@ private slots:
         picture.fill(Qt::blue);
         child<ImageViewer>("imageViewer")->setImage(0, picture);
         picture.fill(Qt::red);
-        child<ImageViewer>("imageViewer")->setImage(1, picture);
+        child<ImageViewer>("imageViewer")->setImage(1, picture.scaled(40, 10));
+        const QImage one = child<ImageViewer>("imageViewer")->grab().toImage();
+        QCOMPARE(one.pixelColor(one.width() / 2 + 8, one.height() / 2), QColor(Qt::blue)); // in the middle
         for (const char *name : {"a.png", "a.jpg"}) {
             const QString file = m_root->filePath(QLatin1String(name));
             DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };

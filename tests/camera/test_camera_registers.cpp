@@ -29,9 +29,9 @@ private slots:
         child<QSpinBox>("spinValueLength")->setValue(2);
         QCOMPARE(readValue("3008"), QStringLiteral("5038"));
         auto *value = child<QLineEdit>("editRegisterValue");
-        value->setText("beef");
+        value->setText("ffee");
         click("btnWriteRegister");
-        QCOMPARE(readValue("3008"), QStringLiteral("BEEF"));
+        QCOMPARE(readValue("3008"), QStringLiteral("FFEE"));
         QCOMPARE(m_page->counts().at(0).toInt(), 16 + 16 + 16);
         for (const auto &error : {std::make_pair("4000", "没有这个寄存器!"),
                                   std::make_pair("00EE", "寄存器读取错误，错误代码[5]!")}) {

@@ -59,6 +59,8 @@ private slots:
 
         QVERIFY(writeFile(m_fileName, QByteArray("1,30,5A,x\n").repeated(10005)));
         click("btnImport");
+        QVERIFY(!m_dialog->findChild<QPushButton *>("btnConfirm")->isEnabled());
+        QVERIFY(m_dialog->findChild<QPushButton *>("btnStopRegisters")->isHidden()); // it stops requests
         QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 9801 行，跳过 0 行，超出 204 行"), 20000);
         QCOMPARE(m_questions, QStringList{QStringLiteral("寄存器表最多10000行，文件中有204行没有导入！")});
         QCOMPARE(shown(99, RegisterTableModel::Address).data().toString(), QStringLiteral("30")); // on page 2
@@ -87,7 +89,9 @@ private slots:
         m_fileName = folder.filePath(QStringLiteral("table.csv"));
         QVERIFY(m_dialog->mayClose() && QFileInfo(m_fileName).size() > 0);
         click("btnAddPage");
+        click("btnLastPage");
         click("btnClear");
+        QCOMPARE(m_view->model()->rowCount(), 100);
         QCOMPARE(m_table->usedRows(), 0);
         QCOMPARE(m_dialog->findChild<QLabel *>("pageCount")->text(), "/ 1");
     }

@@ -22,7 +22,7 @@ private slots:
         // Cells with |, rows with /; how many were skipped.
         const std::tuple<QByteArray, const char *, int> files[] = {
             {"1,3008,5A,x\n2,3009,00,y\n", "1|3008|5A|x/2|3009|00|y", 0},
-            {"1,2,3\n1,2,3,4,5\n\n", "1|2|3|4", 1},
+            {"x\n1,2,3,4,5\n\n", "1|2|3|4", 1},
             {"1,2,3,4", "1|2|3|4", 0},
             {"1,2,3,\xc6\xd8\xb9\xe2\n", "1|2|3|曝光", 0},            // GB18030
             {"\xef\xbb\xbf" + QByteArray("1,2,3,曝"), "1|2|3|曝", 0}, // with a byte order mark
@@ -96,6 +96,8 @@ private slots:
         QVERIFY(table.hasUnsavedRows());
         table.setSaved();
         table.append({}, false);
+        QVERIFY(table.addPage());
+        table.removePage(1); // it was empty
         QVERIFY(!table.hasUnsavedRows());
         table.append(file, true); // now more than the file
         QVERIFY(table.hasUnsavedRows());
@@ -106,6 +108,9 @@ private slots:
         QVERIFY(!table.hasUnsavedRows() && table.pageCount() == 1);
         table.append(file, false); // cut
         QVERIFY(table.hasUnsavedRows());
+        table.setSaved();
+        table.append(file.mid(0, 1), true);
+        QVERIFY(table.hasUnsavedRows() && table.pageCount() == 2);
     }
 
     // The file byte by byte; what was in it before is gone.
@@ -133,6 +138,9 @@ private slots:
         QCOMPARE(table.row(1).address, QStringLiteral("寄存器地址"));
         QCOMPARE(table.row(2).description, QStringLiteral("曝光"));
 
+        RegisterTableModel copy;
+        RegisterFile complete(&copy);
+        QVERIFY(complete.open(name, &reason) && !complete.readSlice() && !copy.hasUnsavedRows());
         RegisterTableModel full;
         RegisterFile tooLong(&full);
         QVERIFY(writeFile(name, QByteArray("1,3008,5A,x\n").repeated(10005)) && tooLong.open(name, &reason));

@@ -1,5 +1,7 @@
 // Page bar, tip, spinner, rolling text, fields and the configuration panel.
 
+#include "baudratebox.h"
+#include "clickonce.h"
 #include "fieldbehavior.h"
 #include "formpanel.h"
 #include "portcombobox.h"
@@ -116,6 +118,7 @@ private slots:
         QVERIFY(tip->remainingTime() > 60000);
         QtMessageTip::showTip("再来", 1);
         QTRY_VERIFY_WITH_TIMEOUT(!tip->isVisible(), 30000); // by its own timer
+        QCOMPARE(tip->remainingTime(), -1);
         QWidget elsewhere;
         for (const auto style : {QtMessageTip::Notice, QtMessageTip::Bubble}) {
             QtMessageTip::showTipAt("挡住", {40, 50}, 60000, style);
@@ -165,11 +168,11 @@ private slots:
         line.resize(120, 24);
         line.show();
         line.setText("短");
-        QVERIFY(!line.isRolling());
+        QVERIFY(!line.isRolling() && line.toolTip() == "短");
+        const QImage image = line.grab().toImage();
+        QCOMPARE(image.copy(60, 0, 60, 24), image.copy(30, 0, 60, 24)); // it is there once
         line.setText("这是一段比窗口部件宽得多的滚动文字，需要滚动才能看完");
-        line.sltRoll();
-        line.sltRoll();
-        QVERIFY(line.isRolling() && line.offset() >= 2);
+        QTRY_VERIFY_WITH_TIMEOUT(line.isRolling() && line.offset() >= 2, 30000);
         line.resize(2000, 24);
         QTRY_VERIFY_WITH_TIMEOUT(!line.isRolling(), 30000);
         QCOMPARE(line.offset(), 0);
@@ -210,8 +213,47 @@ private slots:
         ports.setPorts(without);
         QCOMPARE(ports.currentText(), "COM7");
         QCOMPARE(ports.count(), 2);
+        QCOMPARE(ports.lineEdit()->palette().color(QPalette::PlaceholderText).alpha(), 178);
         ports.setPalette(QPalette(Qt::red, Qt::red, {}, {}, {}, Qt::red, {}));
         QCOMPARE(ports.lineEdit()->palette().color(QPalette::PlaceholderText), QColor(255, 0, 0, 178));
+    }
+
+    // From the text that is shown, which need not be in the list.
+    void stepsThroughBaudRates()
+    {
+        BaudRateBox box("9600 19200 115200", nullptr);
+        QString seen;
+        for (const auto &[text, key] : {std::pair("9600", Qt::Key_Up),
+                                        {"9600", Qt::Key_Down},
+                                        {"20000", Qt::Key_Up},
+                                        {"20000", Qt::Key_PageDown},
+                                        {"115200", Qt::Key_Down},
+                                        {"300", Qt::Key_PageUp},
+                                        {"300", Qt::Key_Down},
+                                        {"9600", Qt::Key_5}}) {
+            box.setEditText(text);
+            QTest::keyClick(&box, key);
+            seen += box.currentText() + ' ';
+        }
+        QCOMPARE(seen, QString("9600 19200 19200 115200 115200 300 9600 96005 "));
+        box.setEditText("115200");
+        turnWheel(&box);
+        box.showPopup();
+        QCOMPARE(box.view()->currentIndex().row(), 2);
+        box.hidePopup();
+        QTest::keyClicks(box.lineEdit(), "\b\b\b"); // no list completes it
+        QCOMPARE(box.currentText(), QString("115"));
+    }
+
+    void aDoubleClickIsOneClick()
+    {
+        QPushButton button;
+        ClickOnce::install(&button);
+        const QSignalSpy clicks(&button, &QPushButton::clicked);
+        QTest::mouseClick(&button, Qt::LeftButton);
+        QTest::mouseDClick(&button, Qt::LeftButton);
+        QTest::mouseRelease(&button, Qt::LeftButton);
+        QCOMPARE(clicks.size(), 1);
     }
 
     void panelMakesRoomForItsScrollBar()

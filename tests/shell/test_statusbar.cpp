@@ -20,7 +20,9 @@ private slots:
     void init()
     {
         m_bar = std::make_unique<QtStatusBar>();
-        m_bar->setStyleSheet("StatusLabel[kind=\"error\"] {color: #ff0000;}");
+        m_bar->setStyleSheet(
+            "QtStatusBar {background-color: #112233;} StatusLabel {background-color: #445566;}"
+            "StatusLabel[kind=\"error\"] {color: #ff0000;}");
         m_label = m_bar->findChild<StatusLabel *>();
     }
 
@@ -95,6 +97,9 @@ private slots:
         for (int i = 0; i < NoticeLog::maxRecent + 20; ++i)
             m_bar->showSystemNotify(QString(i, 'x') + QString("第%1条").arg(i),
                                     i % 10 == 0 ? error : information);
+        const QImage bar = m_bar->grab().toImage();
+        QCOMPARE(bar.pixelColor(2, 2), QColor("#112233"));
+        QCOMPARE(bar.pixelColor(m_label->geometry().topLeft() + QPoint(2, 1)), QColor("#445566"));
         QTest::mouseClick(m_label, Qt::LeftButton);
         auto *list = m_bar->findChild<NoticeList *>();
         QVERIFY(list && list->isVisible() && list->width() < 500);
@@ -142,7 +147,7 @@ private slots:
         QVERIFY(!m_label->fullText().contains('\n'));
         QVERIFY(m_label->geometry().right() < m_bar->findChild<QPushButton *>()->geometry().left());
         // Markup in a name from outside is text in the tool tip, too.
-        QVERIFY(m_label->toolTip().contains("&lt;b&gt;"));
+        QVERIFY(m_label->toolTip().startsWith("<p>&lt;b&gt;很长的"));
         m_bar->showSystemNotify(QString(5000, 'x'), error);
         QTextDocument tip; // as a tool tip lays it out
         tip.setHtml(m_label->toolTip());
