@@ -30,7 +30,7 @@ QVector<orvn_pid_command> receive(const QByteArray &bytes)
     return commands;
 }
 
-const QByteArray kGains = QByteArray::fromHex("4f52564e02170000001000 00c03f 0000000000000000 6d");
+const QByteArray kGains = QByteArray::fromHex("4f52564e02170000001000 00c03f 00002040 000040bf cc");
 const QByteArray kStop = withSum("4f52564e050b00000013");
 
 } // namespace
@@ -72,6 +72,8 @@ private slots:
                 QCOMPARE(int(command.channel), row.channel);
                 QCOMPARE(command.value, row.value);
                 QCOMPARE(command.p, row.p);
+                QCOMPARE(command.i, row.code == 0x10 ? 2.5F : 0.0F);
+                QCOMPARE(command.d, row.code == 0x10 ? -0.75F : 0.0F);
                 QCOMPARE(int(commands.last().code), 0x13);
             }
         }
@@ -79,9 +81,11 @@ private slots:
 
     void skipsWhatIsNoCommand()
     {
-        QVector<QByteArray> all{QByteArray(kGains).replace(22, 1, "\x6e"),
-                                withSum("4f52564e0117000000100000c07f0000000000000000"),  // not a number
-                                withSum("4f52564e0117000000100000c03f000000000000807f")}; // infinite D
+        QVector<QByteArray> all{QByteArray(kGains).replace(22, 1, "\xcd"),
+                                withSum("4f52564e0117000000100000c07f0000000000000000"), // not a number
+                                withSum("4f52564e0117000000100000c03f0000807f00000000"), // infinite I
+                                withSum("4f52564e0117000000100000c03f000000000000807f"), // infinite D
+                                withSum("4f52564e010000000000")};                        // no length at all
         for (const char *channel : {"00", "06", "ff"})
             all << withSum(QByteArray("4f52564e") + channel + "0b00000012");
         for (const char *command : {"00", "0f", "16"})

@@ -25,7 +25,7 @@ private slots:
         for (const char *text : {"192.168.1.7", " [::1]", "\u200b1.2.3.4\n", "255.255.255.255", "fe80::1%1"})
             QVERIFY2(!PeerAddress::fromText(text).isNull(), text);
         for (const char *text :
-             {"", "8000", "192.168.1", "1.2.3.256", "board.local", "1.2.3.4:80", ":", "::g"})
+             {"", "8000", "192.168.1", "1.2.3.256", "board.local", "1.2.3.4:80", ":", "::g", "[::1"})
             QVERIFY2(PeerAddress::fromText(text).isNull(), text);
         QCOMPARE(PeerAddress::fromText(" ::1 "), QHostAddress(QHostAddress::LocalHostIPv6));
 
