@@ -28,7 +28,7 @@ void BaudRateBox::setBaudRate(int rate)
 }
 
 // The list's own index stays where it was while a text is typed or set.
-bool BaudRateBox::step(int direction)
+void BaudRateBox::step(int direction)
 {
     const int rate = baudRate();
     int next = 0; // the first entry that is not below the rate
@@ -37,11 +37,9 @@ bool BaudRateBox::step(int direction)
     const bool listed = next < count() && itemText(next).toInt() == rate;
     const int target = direction < 0 ? next - 1 : next + (listed ? 1 : 0);
     if (target < 0 || target >= count())
-        return false;
-    setCurrentIndex(target);
-    setEditText(itemText(target)); // also where the index was the same before
+        return;
+    setCurrentIndex(target); // shows its text also where the index was the same before
     emit activated(target);
-    return true;
 }
 
 void BaudRateBox::showPopup()

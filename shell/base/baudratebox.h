@@ -25,5 +25,5 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
 
 private:
-    bool step(int direction);
+    void step(int direction);
 };

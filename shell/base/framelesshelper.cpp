@@ -193,7 +193,6 @@ bool FramelessHelper::handleTitleMouse(QMouseEvent *event)
         m_drag = Drag::None;
         return false;
     case QEvent::MouseButtonDblClick:
-        m_drag = Drag::None;
         if (event->button() != Qt::LeftButton || !m_resizable)
             return false;
         toggleMaximized();

@@ -46,7 +46,7 @@ private slots:
     void parsesHexadecimal()
     {
         const QMap<QString, qint64> cases{{"3008", 0x3008},    {"fFfFfFfF", 0xFFFFFFFF},
-                                          {" 0x30", 0x30},     {"", -1},
+                                          {" 0xa9", 0xa9},     {"", -1},
                                           {"0x123456789", -1}, {"0x", -1},
                                           {"30 08", -1},       {"3g", -1},
                                           {"-1", -1}};
@@ -75,6 +75,10 @@ private slots:
         for (const int row : {0, 150})
             QCOMPARE(table.index(row, RegisterTableModel::Value).data(Qt::ToolTipRole).toString(),
                      row == 0 ? QString() : QStringLiteral("开发板没有应答"));
+        table.setValue(1, "5A");
+        QCOMPARE(table.row(1).value, QString("5A"));
+        const QSignalSpy begun(&table, &QAbstractItemModel::modelAboutToBeReset);
+        const QSignalSpy ended(&table, &QAbstractItemModel::modelReset);
         table.append(QVector<RegisterRow>(9850, {{}, "1", {}, {}}), true); // one more than fits
         QCOMPARE(table.rowCount(), 10000);
         QCOMPARE(table.row(151).address, QStringLiteral("1"));
@@ -82,6 +86,7 @@ private slots:
         QVERIFY(!table.addPage());
         table.clear();
         QCOMPARE(table.rowCount(), 100);
+        QVERIFY(begun.size() == 2 && ended.size() == 2);
         QVERIFY(table.row(0).isEmpty() && table.outcome(0) == RegisterTableModel::NoOutcome);
     }
 

@@ -102,6 +102,11 @@ private slots:
         QCOMPARE(cursor({2, 250}), Qt::SizeHorCursor);
         m_window->frame()->setResizable(false);
         QVERIFY(!QApplication::overrideCursor());
+        m_window->frame()->setResizable(true);
+        QMenu menu;
+        menu.addAction("1");
+        menu.popup(m_window->geometry().center());
+        QCOMPARE(cursor({2, 250}), Qt::ArrowCursor);
     }
 
     void maximizesAndRestores()
@@ -133,7 +138,8 @@ private slots:
         const QSignalSpy closing(m_bar, &QtTitleBar::signalCloseWindow);
         button("btnClose")->click(); // leaves the decision to its window
         QVERIFY(closing.count() == 1 && m_window->isVisible());
-        button("btnMinimize")->click();
+        QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, {},
+                          button("btnMinimize")->mapTo(m_window.get(), {9, 9}));
         QTRY_VERIFY_WITH_TIMEOUT(m_window->isMinimized(), 30000);
     }
 
