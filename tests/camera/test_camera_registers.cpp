@@ -201,28 +201,30 @@ private slots:
         Settings::instance() = Settings();
         Settings::load();
         const CameraDebugWidget again;
-        QCOMPARE(fieldsOf(again), QString("2 127.0.0.1 localhost %1 127.0.0.2 1234 921600 3 4").arg(port));
+        QCOMPARE(fieldsOf(again), QString("UDP 127.0.0.1 localhost %1 127.0.0.2 1234 921600 3 4").arg(port));
         Settings::instance() = Settings(); // restored: a link that is open keeps its fields
         m_page->reloadSettings();
         QCOMPARE(child<QSpinBox>("spinAddressLength")->value(), 2);
         QCOMPARE(child<QLineEdit>("editCameraPort")->text(), port);
         click("btnCameraOpen");
         m_page->reloadSettings();
-        QCOMPARE(fieldsOf(*m_page), QString("0 所有网络接口 127.0.0.1 8000 127.0.0.1 8000 921600 2 1"));
+        QCOMPARE(fieldsOf(*m_page),
+                 QString("TCP Server 所有网络接口 127.0.0.1 8000 127.0.0.1 8000 921600 2 1"));
     }
 
 private:
     // All that is kept: the link, and the lengths of addresses and values.
     static QString fieldsOf(const CameraDebugWidget &page)
     {
-        QStringList texts{QString::number(page.findChild<QComboBox *>("comboCameraProtocol")->currentIndex()),
-                          page.findChild<QComboBox *>("comboCameraLocalAddress")->currentText()};
-        for (const char *name : {"editCameraServerAddress", "editCameraPort", "editCameraDestinationAddress",
-                                 "editCameraDestinationPort"})
-            texts += page.findChild<QLineEdit *>(name)->text();
-        texts += page.findChild<QComboBox *>("comboCameraBaudRate")->currentText();
-        for (const char *name : {"spinAddressLength", "spinValueLength"})
-            texts += page.findChild<QSpinBox *>(name)->text();
+        QStringList texts;
+        for (const char *name :
+             {"comboCameraProtocol", "comboCameraLocalAddress", "editCameraServerAddress", "editCameraPort",
+              "editCameraDestinationAddress", "editCameraDestinationPort", "comboCameraBaudRate",
+              "spinAddressLength", "spinValueLength"}) {
+            const auto *field = page.findChild<QWidget *>(name);
+            const bool isList = qobject_cast<const QComboBox *>(field);
+            texts += field->property(isList ? "currentText" : "text").toString();
+        }
         return texts.join(' ');
     }
     // With these addresses and values.

@@ -102,11 +102,6 @@ private slots:
         QCOMPARE(cursor({2, 250}), Qt::SizeHorCursor);
         m_window->frame()->setResizable(false);
         QVERIFY(!QApplication::overrideCursor());
-        m_window->frame()->setResizable(true);
-        QMenu menu;
-        menu.addAction("1");
-        menu.popup(m_window->geometry().center());
-        QCOMPARE(cursor({2, 250}), Qt::ArrowCursor);
     }
 
     void maximizesAndRestores()
