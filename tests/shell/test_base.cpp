@@ -1,8 +1,6 @@
 // Page bar, tip, spinner, rolling text, fields and the configuration panel.
 
 #include "baudratebox.h"
-#include "buttonrole.h"
-#include "clickonce.h"
 #include "fieldbehavior.h"
 #include "formpanel.h"
 #include "portcombobox.h"
@@ -238,19 +236,6 @@ private slots:
         box.setEditText("1152");
         QTest::keyClick(box.lineEdit(), Qt::Key_0); // no list completes it
         QCOMPARE(box.currentText(), QString("11520"));
-    }
-
-    void aDoubleClickIsOneClick()
-    {
-        QPushButton button;
-        ClickOnce::install(&button);
-        const QSignalSpy clicks(&button, &QPushButton::clicked);
-        QTest::mouseClick(&button, Qt::LeftButton);
-        QTest::mouseDClick(&button, Qt::LeftButton);
-        QTest::mouseRelease(&button, Qt::LeftButton);
-        QCOMPARE(clicks.size(), 1);
-        ButtonRole::setPrimary(&button, true);
-        QVERIFY(button.property("primary").toBool());
     }
 
     void panelMakesRoomForItsScrollBar()
