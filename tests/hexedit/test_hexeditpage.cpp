@@ -83,7 +83,6 @@ private slots:
         open("rom.bin");
         QCOMPARE(shown(), QByteArray("0123456789"));
         QCOMPARE(text("labelSize"), QString("Size: 10"));
-        QCOMPARE(child<QLabel>("labelFile")->toolTip(), path("rom.bin"));
         QCOMPARE(Settings::instance().recentFiles.value(), QStringList{path("rom.bin")});
         QCOMPARE(counts.takeLast().at(0).toInt(), 4);
         type("4142");
@@ -125,31 +124,27 @@ private slots:
 
     void asksBeforeEditsAreLost()
     {
-        const QString other(200, 'x'); // which is cut where it is shown
-        put(other, "other");
+        put("other.bin", "other");
         open("rom.bin");
-        const int width = m_page->minimumSizeHint().width();
         type("41");
         m_answer = QtMessageBox::Cancel;
-        open(other);
+        open("other.bin");
         tool(HexEditWidget::CloseFile);
         QCOMPARE(m_questions.size(), 2);
         QVERIFY(m_questions.last().contains("rom.bin"));
         m_answer = QtMessageBox::Save;
         setSavable(false);
-        open(other);
+        open("other.bin");
         QCOMPARE(shown(), QByteArray("A123456789")); // what could not be saved stays
         setSavable(true);
-        open(other);
+        open("other.bin");
         QCOMPARE(shown(), QByteArray("other"));
-        QApplication::processEvents();
-        QVERIFY(m_page->minimumSizeHint().width() < width + 200);
         QCOMPARE(content("rom.bin"), QByteArray("A123456789"));
         type("41");
         m_answer = QtMessageBox::Discard;
         tool(HexEditWidget::CloseFile);
         QCOMPARE(edit()->size(), qint64(0));
-        QCOMPARE(content(other), QByteArray("other"));
+        QCOMPARE(content("other.bin"), QByteArray("other"));
     }
 
     void savesBeforeItEnds()

@@ -1,6 +1,5 @@
 // Page bar, tip, spinner, rolling text, fields and the configuration panel.
 
-#include "baudratebox.h"
 #include "fieldbehavior.h"
 #include "formpanel.h"
 #include "portcombobox.h"
@@ -191,7 +190,6 @@ private slots:
             ports.setPorts(with);
             QCOMPARE(ports.currentText(), "COM6 board");
             QCOMPARE(ports.lineEdit()->cursorPosition(), 0); // a long entry shows its beginning
-            QVERIFY(ports.view()->minimumWidth() > ports.fontMetrics().horizontalAdvance("COM6 board"));
         }
         // Not while the one that it fell back to is open.
         ports.setPorts(without);
@@ -214,28 +212,6 @@ private slots:
         QCOMPARE(ports.lineEdit()->palette().color(QPalette::PlaceholderText).alpha(), 178);
         ports.setPalette(QPalette(Qt::red, Qt::red, {}, {}, {}, Qt::red, {}));
         QCOMPARE(ports.lineEdit()->palette().color(QPalette::PlaceholderText), QColor(255, 0, 0, 178));
-    }
-
-    // From the text that is shown, which need not be in the list.
-    void stepsThroughBaudRates()
-    {
-        BaudRateBox box("9600 19200 115200", nullptr);
-        QString seen;
-        for (const char *text : {"9600", "20000", "115200", "300"})
-            for (const Qt::Key key : {Qt::Key_Up, Qt::Key_PageDown}) {
-                box.setEditText(text);
-                QTest::keyClick(&box, key);
-                seen += box.currentText() + ' ';
-            }
-        QCOMPARE(seen, QString("9600 19200 19200 115200 19200 115200 300 9600 "));
-        box.setEditText("115200");
-        turnWheel(&box);
-        box.showPopup();
-        QCOMPARE(box.view()->currentIndex().row(), 2);
-        box.hidePopup();
-        box.setEditText("1152");
-        QTest::keyClick(box.lineEdit(), Qt::Key_0); // no list completes it
-        QCOMPARE(box.currentText(), QString("11520"));
     }
 
     void panelMakesRoomForItsScrollBar()

@@ -30,7 +30,6 @@ private slots:
             {{394, 150}, {}, Qt::ArrowCursor},
             {{200, 4}, Qt::TopEdge, Qt::SizeVerCursor},
             {{200, 295}, Qt::BottomEdge, Qt::SizeVerCursor},
-            {{200, 294}, {}, Qt::ArrowCursor},
             {{9, 2}, Qt::LeftEdge | Qt::TopEdge, Qt::SizeFDiagCursor}, // reaches along the top
             {{10, 2}, Qt::TopEdge, Qt::SizeVerCursor},
             {{1, 292}, Qt::LeftEdge | Qt::BottomEdge, Qt::SizeBDiagCursor},
