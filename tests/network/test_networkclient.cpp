@@ -27,6 +27,7 @@ private slots:
             QVERIFY(wasTold(QStringLiteral("[TCP Client]与服务器连接成功！！！"), 0));
             QVERIFY(fieldsAreEnabled(false));
             QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+            QVERIFY(stateText().contains(QString::number(board.netPort())));
             send("ping\n");
             WAIT_EQUAL(shown(), QStringLiteral("[Tcp client  来自服务端消息 ] ping\n"));
             WAIT_EQUAL(child<QLabel>("labelSendCount")->text(), QStringLiteral("发送字节: 5"));
