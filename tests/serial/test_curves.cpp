@@ -7,7 +7,7 @@
 
 #include <QTest>
 
-#include <cmath>
+#include <algorithm>
 
 Q_DECLARE_METATYPE(NumberLines::Form)
 
@@ -155,6 +155,21 @@ private slots:
             QCOMPARE(highest, 9.0);
         }
         QCOMPARE(points.thinned(200000, 200003, 100, Axis::Line).size(), 5); // 199999 to 200003
+    }
+
+    // The line over a gap leads from the last point before it to the first one behind it.
+    void keepsTheEndsOfAGap()
+    {
+        CurvePoints points;
+        for (int burst = 0; burst < 2; ++burst)
+            for (int i = 0; i < 1000; ++i)
+                points.append({i == 0 ? 7.0 : i == 999 ? 5.0 : i % 2 * 10.0, burst * 100000 + i, 0});
+        const QVector<QPointF> shown = points.thinned(0, 100999, 100, CurvePoints::Axis::Line);
+        const int behind = int(std::find_if(shown.begin(), shown.end(),
+                                            [](const QPointF &point) { return point.x() >= 100000; }) -
+                               shown.begin());
+        QCOMPARE(shown.at(behind), QPointF(100000, 7));
+        QCOMPARE(shown.at(behind - 1), QPointF(999, 5));
     }
 
     void writesATable()
