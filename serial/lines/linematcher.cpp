@@ -1,5 +1,6 @@
 #include "linematcher.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace {
@@ -38,7 +39,9 @@ QString chinese(const QString &error)
     for (const auto &entry : known)
         if (error.contains(QLatin1String(entry.english)))
             return QString::fromUtf8(entry.chinese);
-    return QStringLiteral("无法识别");
+    const bool isTranslated = std::any_of(error.begin(), error.end(),
+                                          [](QChar unit) { return unit.script() == QChar::Script_Han; });
+    return isTranslated ? error : QStringLiteral("无法识别"); // with Qt's own Chinese texts
 }
 
 } // namespace

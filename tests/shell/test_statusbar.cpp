@@ -22,6 +22,7 @@ private slots:
         m_bar = std::make_unique<QtStatusBar>();
         m_bar->setStyleSheet("StatusLabel[kind=\"error\"] {color: #ff0000; background-color: #445566;}");
         m_label = m_bar->findChild<StatusLabel *>();
+        m_bar->resize(800, 32);
     }
 
     void holdsAnErrorForAWhile()
