@@ -23,4 +23,15 @@ double residentMegabytes()
     return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
 }
 
+double anonymousMegabytes()
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : file.readAll().split('\n'))
+        if (line.startsWith("RssAnon:"))
+            return line.mid(8).trimmed().split(' ').first().toDouble() / 1024;
+    return 0;
+}
+
 } // namespace ProcessFigures

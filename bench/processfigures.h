@@ -4,7 +4,8 @@
 
 namespace ProcessFigures {
 
-double cpuSeconds();        // user and system time used so far
-double residentMegabytes(); // resident set size now
+double cpuSeconds();         // user and system time used so far
+double residentMegabytes();  // resident set size now
+double anonymousMegabytes(); // of it, not mapped from files
 
 } // namespace ProcessFigures

@@ -5,6 +5,7 @@
 //
 //   serialload --port COM3 --total BYTES [--hex] [--stamp] [--log-mode]
 //              [--encoding utf8] [--seed 1] [--no-heartbeat] [--picture FILE]
+//              [--find TEXT [--filter]]
 
 #include "bytespool.h"
 #include "heartbeat.h"
@@ -17,6 +18,7 @@
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QLineEdit>
 #include <QTimer>
 
 #include <cstdio>
@@ -55,8 +57,8 @@ bool spoolEqualsPayload(const ByteSpool &spool, Boardsim::Encoding encoding, qui
 
 int main(int argc, char *argv[])
 {
-    LoadRun run(argc, argv, {"port", "total", "encoding", "seed", "picture"},
-                {"hex", "stamp", "log-mode", "no-heartbeat"});
+    LoadRun run(argc, argv, {"port", "total", "encoding", "seed", "picture", "find"},
+                {"hex", "stamp", "log-mode", "no-heartbeat", "filter"});
     const qint64 total = run.number("total");
     Boardsim::Encoding encoding = Boardsim::Encoding::Utf8;
     Boardsim::encodingFromName(run.text("encoding"), &encoding);
@@ -70,6 +72,12 @@ int main(int argc, char *argv[])
         check(page, "checkTimeStamp");
     if (run.isSet("log-mode"))
         check(page, "checkLogMode");
+    if (run.isSet("find")) {
+        page->findChild<QAbstractButton *>(QStringLiteral("btnLogFind"))->click();
+        page->findChild<QLineEdit *>(QStringLiteral("editLogFind"))->setText(run.text("find"));
+    }
+    if (run.isSet("filter"))
+        check(page, "checkLogFilter");
     page->findChild<QComboBox *>(QStringLiteral("comboPort"))->setEditText(run.text("port"));
 
     Heartbeat heartbeat;
@@ -123,11 +131,12 @@ int main(int argc, char *argv[])
     };
     const bool equal = spoolEqualsPayload(page->spool(), encoding, seed, total);
     std::printf("received %lld of %lld, spool %s, %.1f s, worst stall %.1f ms, cpu %.3f s/MB, "
-                "first MB %.0f us/KB, last MB %.0f us/KB, resident %.0f MB\n",
+                "first MB %.0f us/KB, last MB %.0f us/KB, resident %.0f MB, anonymous %.0f MB\n",
                 static_cast<long long>(received()), static_cast<long long>(total),
                 equal ? "equal" : "DIFFERENT", double(clock.elapsed()) / 1000, heartbeat.worst(),
                 cpu / (double(total) / kMegabyte), cpuBetween(0, kMegabyte),
-                cpuBetween(total - kMegabyte, total), ProcessFigures::residentMegabytes());
+                cpuBetween(total - kMegabyte, total), ProcessFigures::residentMegabytes(),
+                ProcessFigures::anonymousMegabytes());
     run.savePicture();
     return equal ? 0 : 1;
 }
