@@ -164,7 +164,6 @@ void HexFileSession::keepOurs()
 {
     m_changeBar->hide();
     m_edit->setUnsaved();
-    m_edit->setFocus();
 }
 
 // ---- saving

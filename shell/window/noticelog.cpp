@@ -20,7 +20,6 @@ void NoticeLog::endCurrent()
 {
     m_current = {};
     m_holding = false;
-    m_hasPending = false;
 }
 
 bool NoticeLog::endHold()
@@ -29,6 +28,5 @@ bool NoticeLog::endHold()
     if (!m_hasPending)
         return false;
     m_current = m_pending;
-    m_hasPending = false;
     return true;
 }

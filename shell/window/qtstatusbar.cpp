@@ -120,7 +120,6 @@ void QtStatusBar::sltEndErrorHold()
 
 void QtStatusBar::sltEndNotice()
 {
-    m_errorHold.stop();
     m_log.endCurrent();
     m_notice->showIdle();
 }

@@ -135,11 +135,10 @@ private slots:
         again.SltSerialportChanged({"COM1 first", "COM3 board"});
         QCOMPARE(again.findChild<QComboBox *>("comboCameraSerialPort")->currentText(), QString("COM3 board"));
         QCOMPARE(again.findChild<QComboBox *>("comboCameraBaudRate")->currentText(), QString("57600"));
-        auto *link = m_page->findChild<SerialLink *>();
-        QCOMPARE(link->settings().baudRate, 57600);
+        QCOMPARE(m_page->findChild<SerialLink *>()->settings().baudRate, 57600);
         // Gone from the list while the last bytes are gathered.
         const int before = received();
-        emit link->received("x", 0, {});
+        emit m_page->findChild<SerialLink *>()->received("x", 0, {});
         m_page->SltSerialportChanged({"COM1 first"});
         QVERIFY(!isOpen() && received() == before + 1);
     }

@@ -160,9 +160,7 @@ private slots:
         picture.fill(Qt::blue);
         child<ImageViewer>("imageViewer")->setImage(0, picture);
         picture.fill(Qt::red);
-        child<ImageViewer>("imageViewer")->setImage(1, picture.scaled(40, 10));
-        const QImage one = child<ImageViewer>("imageViewer")->grab().toImage();
-        QCOMPARE(one.pixelColor(one.width() / 2 + 8, one.height() / 2), QColor(Qt::blue)); // in the middle
+        child<ImageViewer>("imageViewer")->setImage(1, picture);
         for (const char *name : {"a.png", "a.jpg"}) {
             const QString file = m_root->filePath(QLatin1String(name));
             DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };

@@ -222,8 +222,7 @@ private:
               "editCameraDestinationAddress", "editCameraDestinationPort", "comboCameraBaudRate",
               "spinAddressLength", "spinValueLength"}) {
             const auto *field = page.findChild<QWidget *>(name);
-            const bool isList = qobject_cast<const QComboBox *>(field);
-            texts += field->property(isList ? "currentText" : "text").toString();
+            texts += field->property(field->inherits("QComboBox") ? "currentText" : "text").toString();
         }
         return texts.join(' ');
     }

@@ -277,7 +277,8 @@ private slots:
         m_answer = 1;
         open("rom.bin");
         QCOMPARE(shown(), QByteArray("new bytes"));
-        QVERIFY(m_page->fileName() == path("rom.bin") && edit()->isModified());
+        QVERIFY(m_page->fileName() == path("rom.bin") && edit()->isModified() &&
+                tip().contains("保存后写入"));
         tool(HexEditWidget::SaveFile);
         QCOMPARE(content("rom.bin"), QByteArray("new bytes"));
         QVERIFY(!QFile::exists(path("rom.bin.~tmp")) && !edit()->isModified());
@@ -317,6 +318,8 @@ private slots:
         const std::tuple<int, QString, const char *, qint64, qint64, const char *> rows[] = {
             {0, "61 62", "btnFindNext", 0, 2, ""},
             {0, "61 62", "btnFindNext", 5, 2, ""},
+            {0, "21", "btnFindNext", 10, 1, ""},
+            {0, "21", "btnFindNext", 4, 1, "已到末尾"},
             {1, "中", "btnFindNext", 7, 3, ""},
             {2, "中", "btnFindPrevious", 2, 2, ""},
             {1, "ab", "btnFindPrevious", 0, 2, ""},
@@ -489,12 +492,17 @@ private slots:
         child<QPushButton>("btnReplaceAll")->click();
         QVERIFY(edit()->task()->isRunning());
         click("btnStopWork");
-        QVERIFY(!edit()->isModified());     // all or nothing
-        emit edit()->task()->progressed(0); // of work that can't be stopped now
-        QVERIFY(!child<QWidget>("btnStopWork")->isEnabled());
+        QVERIFY(!edit()->isModified() && tip().contains("没有替换")); // all or nothing
+        emit edit()->task()->progressed(7);                           // of work that can't be stopped now
+        QVERIFY(!child<QWidget>("btnStopWork")->isEnabled() &&
+                child<QProgressBar>("progressHex")->value() == 7);
 
         // Saving as well: the file stays what it was.
         type("41");
+        m_answer = QtMessageBox::Cancel;
+        checksum->click();
+        QVERIFY(child<QWidget>("progressHex")->isVisible() && !m_page->mayClose() &&
+                !edit()->task()->isRunning());
         m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
         QVERIFY(edit()->task()->isRunning() && QApplication::overrideCursor());
         click("btnStopWork");

@@ -55,7 +55,6 @@ private slots:
                                    "btnLastPage", "btnNextPage", "btnPrevPage", "btnFirstPage"})
             m_bar->findChild<QPushButton *>(button)->click();
         QCOMPARE(taken(), QString("page 2;page 1;page 5;page 4;page 1;")); // nothing at an end
-        QCOMPARE(pageEdit()->text(), QString("1"));
         for (const int page : {5, 6, 0, 1, 3})
             m_bar->setCurrentPage(page);
         QCOMPARE(taken(), QString("page 5;page 1;page 3;"));

@@ -238,7 +238,6 @@ private slots:
         QTRY_COMPARE(button->text(), QString("确定"));
         list->setCurrentIndex(model->index(m_root->filePath("folder")));
         QTRY_COMPARE(button->text(), QString("确定"));
-        QVERIFY(!open.findChild<QToolButton *>("backButton")->accessibleName().isEmpty());
         int answer = 0;
         DialogAnswers::instance().message = [&](const QString &, const QString &text, int) {
             return text.endsWith("\na.txt") ? answer : 2; // a folder would be named as one

@@ -41,8 +41,7 @@ private slots:
         QCOMPARE(m_label->palette().color(QPalette::WindowText), QColor(Qt::red));
         QCOMPARE(m_label->grab().toImage().pixelColor(1, 1), QColor("#445566"));
         QVERIFY(timeOut(QtStatusBar::errorHoldMs));
-        QTRY_COMPARE(m_label->fullText(), QString("五"));
-        QCOMPARE(m_label->accessibleName(), QString("五"));
+        QTRY_COMPARE(m_label->accessibleName(), QString("五"));
         QVERIFY(m_label->palette().color(QPalette::WindowText) != QColor(Qt::red));
         QVERIFY(!timeOut(QtStatusBar::errorHoldMs)); // it would end the next notice
     }
