@@ -154,13 +154,16 @@ void LogWindow::showNewer()
     m_document->append(goesOn ? rows.text.mid(shown.size()) : rows.text);
 }
 
-bool LogWindow::appendFiltered()
+bool LogWindow::appendFiltered(bool follows)
 {
     if (m_isDetached || rowCount() - 1 <= m_lastRow)
         return true;
-    if (m_lastRow < 0 || rowCount() - m_lastRow > step())
+    const bool isTooMuch = m_lastRow < 0 || rowCount() - m_lastRow > step();
+    if (isTooMuch && (follows || m_lastRow < 0))
         return false;
     m_isDetached = true;
+    if (isTooMuch)
+        return true;
     showNewer();
     return true;
 }

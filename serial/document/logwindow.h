@@ -51,9 +51,9 @@ public:
     // The filter outlives this or is taken away with nullptr. Some rows are to be
     // shown then.
     void setFilter(const LineFilter *filter) { m_filter = filter; }
-    // Takes the rows that the filter has more. False: too many to append; the
-    // newest are shown then.
-    bool appendFiltered();
+    // Takes the rows that the filter has more. Too many to append stay out of a
+    // display that does not follow the end. False: the newest are to be shown.
+    bool appendFiltered(bool follows);
 
     // All text that the limits allow, filtered or not.
     QString text() const;

@@ -202,13 +202,14 @@ void QtTerminalWidget::flushSlice()
         }
     } while (m_received.hasPending() && spent.elapsed() < kFlushBudgetMs);
     // Only what the record holds may be left out.
-    const bool isUnseen = follows && m_window.takesChanges() && m_received.isRecordComplete() &&
-                          added.count(QLatin1Char('\n')) > kUnseenLines && m_window.showNewest(kKeptLines);
+    const bool isFlood = added.count(QLatin1Char('\n')) > kUnseenLines;
+    const bool isUnseen = isFlood && follows && m_window.takesChanges() && m_received.isRecordComplete() &&
+                          m_window.showNewest(kKeptLines);
     if (!isUnseen)
         append(added);
     apply(m_received.putOff(codec));
     m_flushInterval =
-        isUnseen || bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
+        isFlood || bar->maximum() - lengthBefore > bar->pageStep() ? kFloodIntervalMs : kFlushIntervalMs;
     finishShowing(follows);
     m_lastFlush.start();
     if (m_received.hasPending())
@@ -365,10 +366,10 @@ void QtTerminalWidget::filterGrew()
 {
     const bool follows = followsEnd();
     const SelectionKeeper keeper(this);
-    if (m_window.appendFiltered())
+    if (m_window.appendFiltered(follows))
         dropOldest();
     else
-        m_window.showNewest();
+        m_window.showNewest(kKeptLines);
     if (follows)
         scrollToEnd();
     updateNewestButton();

@@ -1,5 +1,6 @@
 #include "imageviewer.h"
 #include "qtterminalwidget.h"
+#include "sharedrules.h"
 #include "tours.h"
 #include "userhand.h"
 
@@ -82,6 +83,21 @@ void LinkTour::findsInARunningLog()
         QVERIFY2(line.contains("speed"), qPrintable(line));
     QVERIFY(UserHand::press(Qt::Key_Escape));
     WAIT_FOR(shown().filter("speed").size() < shown().size() - 20);
+
+    SharedRules::instance().store({{{"speed", false, false, false}, 0xFF00FF, false, true}}, false);
+    const auto isColored = [this] {
+        const QImage image = stage().terminal()->viewport()->grab().toImage();
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixelColor(x, y).green() < image.pixelColor(x, y).blue() - 60)
+                    return true;
+        return false;
+    };
+    QVERIFY(!isColored());
+    QVERIFY(UserHand::press(Qt::Key_H, Qt::ControlModifier | Qt::ShiftModifier));
+    WAIT_FOR(isColored());
+    QVERIFY(UserHand::press(Qt::Key_H, Qt::ControlModifier | Qt::ShiftModifier));
+    WAIT_FOR(!isColored());
     QVERIFY(stage().closePort());
 }
 

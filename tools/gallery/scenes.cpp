@@ -5,6 +5,7 @@
 #include "pidplot.h"
 #include "qtmessagetip.h"
 #include "qtterminalwidget.h"
+#include "sharedrules.h"
 #include "userhand.h"
 
 #include <QComboBox>
@@ -100,6 +101,23 @@ void tools(Gallery &gallery)
     NEED(UserHand::click(stage.find<QWidget>("checkLogFilter")));
     NEED(gallery.save(QStringLiteral("filter"), tabs));
     NEED(UserHand::click(stage.find<QWidget>("btnLogFindClose")));
+    SharedRules::instance().store(commonColorRules(), true);
+    stage.terminal()->setView({LineStamp::Time::Clock, false, false, true, {}});
+    stage.terminal()->goToNewest();
+    stage.terminal()->showSent("version\r\n", false, false);
+    NEED(gallery.save(QStringLiteral("colors"), tabs));
+    const auto curvesKey = Qt::ControlModifier | Qt::ShiftModifier;
+    NEED(UserHand::press(Qt::Key_G, curvesKey));
+    NEED_SOON(stage.find<QWidget>("curvePane")->isVisible());
+    NEED(UserHand::choose(stage.find<QComboBox>("comboCurveForm"), QStringLiteral("表达式")));
+    NEED(UserHand::typeInto(stage.find<QWidget>("editCurveExpression"),
+                            QStringLiteral("roll=(?<roll>\\S+) pitch=(?<pitch>\\S+)")));
+    NEED(UserHand::press(Qt::Key_Return));
+    QTest::qWait(3000); // some more values
+    NEED(gallery.save(QStringLiteral("curves"), tabs));
+    NEED(UserHand::choose(stage.find<QComboBox>("comboCurveForm"), QStringLiteral("自动识别")));
+    NEED(UserHand::press(Qt::Key_G, curvesKey));
+    SharedRules::instance().store({}, false);
     stage.terminal()->setView({});
     stage.terminal()->goToNewest();
     NEED(UserHand::clickAt(tabs, tabs->tabRect(3).center()));
