@@ -57,6 +57,13 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     showState();
 }
 
+// The editor outlives this part of the page and must not call it any more.
+HexEditWidget::~HexEditWidget()
+{
+    m_edit->task()->disconnect(this);
+    m_edit->disconnect(this);
+}
+
 void HexEditWidget::buildUi()
 {
     auto *row = new QHBoxLayout(this);

@@ -27,6 +27,7 @@ public:
     enum btnAction { OpenFile = 0, SaveFile = 1, Undo = 2, Redo = 3, CloseFile = 4 };
 
     explicit HexEditWidget(QWidget *parent = nullptr);
+    ~HexEditWidget() override;
 
     QStringList counts() const override;
     bool mayClose() override;

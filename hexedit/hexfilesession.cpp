@@ -164,6 +164,7 @@ void HexFileSession::keepOurs()
 {
     m_changeBar->hide();
     m_edit->setUnsaved();
+    m_edit->setFocus();
 }
 
 // ---- saving
