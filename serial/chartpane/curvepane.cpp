@@ -48,6 +48,10 @@ CurvePane::CurvePane(QtTerminalWidget *terminal, QWidget *parent)
     connect(&m_stateTimer, &QTimer::timeout, this, &CurvePane::showState);
     connect(terminal, &QtTerminalWidget::recordChanged, m_feed, &CurveFeed::follow);
     connect(terminal, &QtTerminalWidget::recordChanged, this, &CurvePane::showStateSoon);
+    connect(terminal, &QtTerminalWidget::recordBegunAgain, this, [this] {
+        m_plot->returnToLive();
+        restart(); // the same values come once more
+    });
     connect(m_feed, &CurveFeed::changed, this, &CurvePane::showNew);
     connect(m_feed, &CurveFeed::curvesDropped, this, &CurvePane::dropCurves);
     connect(m_list, &LogCurveList::curveChanged, this, [this](int curve) {

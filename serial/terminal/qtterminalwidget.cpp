@@ -470,6 +470,7 @@ bool QtTerminalWidget::showAgain()
     if (!m_received.beginAgain())
         return false;
     clearShown();
+    emit recordBegunAgain();
     flushSoon();
     return true;
 }

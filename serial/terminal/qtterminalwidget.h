@@ -104,6 +104,7 @@ signals:
     void findRequested();         // so too
     void lineChosen(qint64 line); // by a double click, while filtered
     void recordChanged();         // lines were added, or all were cleared
+    void recordBegunAgain();      // its lines come once more, see showAgain()
     // The disk refuses: what is shown from now on is not in the record.
     void recordFailed();
     // The first time that escape sequences are shown as they stand.
