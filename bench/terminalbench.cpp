@@ -165,6 +165,31 @@ void zoom(benchmark::State &state)
     state.counters["lines"] = terminal.document()->blockCount();
 }
 
+// Twenty megabytes again, with nothing interpreted, sequences, or symbols.
+void showAgain(benchmark::State &state)
+{
+    QtTerminalWidget terminal;
+    terminal.resize(900, 600);
+    terminal.show();
+    const QByteArray lines = logLines(0, 10'000).replace("\n", "\r\n");
+    qint64 bytes = 0;
+    for (; bytes < 20'000'000; bytes += lines.size()) {
+        terminal.showReceived(lines, QString(), false);
+        while (terminal.queuedBytes() > 0)
+            terminal.flushSlice();
+    }
+    ViewOptions view;
+    view.text.sequences = state.range(0) == 1;
+    view.text.symbols = state.range(0) == 2;
+    terminal.setView(view);
+    for (auto _ : state) {
+        terminal.showAgain();
+        while (terminal.received().isMadeAgain())
+            terminal.flushSlice();
+    }
+    state.SetBytesProcessed(state.iterations() * bytes);
+}
+
 void cases(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"codec", "kind"})->ArgsProduct({{0, 1}, {0, 1, 2}})->Unit(benchmark::kMicrosecond);
@@ -172,6 +197,7 @@ void cases(benchmark::internal::Benchmark *benchmark)
 
 BENCHMARK(replaceWholeText)->Apply(cases);
 BENCHMARK(insertRecvData)->Apply(cases);
+BENCHMARK(showAgain)->ArgName("interpreted")->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(zoom)->ArgNames({"long"})->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 BENCHMARK(showReceived)
     ->ArgNames({"codec", "kind"})

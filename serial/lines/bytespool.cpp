@@ -65,6 +65,7 @@ ByteSpool::State ByteSpool::flush()
         return m_state;
     const int size = m_state == State::OnDisk ? m_memory.size() : qMin(m_memory.size(), kCatchUpBytes);
     m_memory.drop(appendToFile(m_memory.front(), size));
+    m_sinceRefusal = 0;
     if (m_memory.size() == 0)
         m_state = State::OnDisk;
     else if (m_state == State::OnDisk)
@@ -76,12 +77,13 @@ void ByteSpool::handleRefusal()
 {
     qWarning() << "cannot write the spool file:" << (m_file ? m_file->errorString() : QString());
     m_state = State::InMemory;
+    m_sinceRefusal = 0;
 }
 
 ByteSpool::State ByteSpool::append(const char *bytes, qint64 size)
 {
     qint64 done = 0;
-    if (m_state == State::InMemory)
+    if (m_state == State::InMemory && (m_sinceRefusal += size) >= kPieceBytes)
         flush(); // there may be room again
     if (m_state == State::OnDisk) {
         if (m_memory.size() + size < kPieceBytes) {

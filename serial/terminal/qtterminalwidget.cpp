@@ -449,7 +449,6 @@ void QtTerminalWidget::setView(const ViewOptions &view)
     m_margin->setStamp(stamp);
     updateMargin();
     if (isOtherText) {
-        flushAll();
         m_received.setOptions(view.text);
         showAgain();
     }

@@ -104,6 +104,8 @@ private slots:
                     opened = menu->objectName();
             });
             look.start(10);
+            // The menu before was the active window.
+            QVERIFY(QTest::qWaitForWindowActive(m_window.get(), 30000));
             QTest::keySequence(m_window->windowHandle(), key);
             QCOMPARE(opened, QString(name));
         }
