@@ -37,9 +37,9 @@ public:
         m_end += count;
     }
     void append(const QByteArray &chunk) { append(chunk.constData(), chunk.size()); }
-    void drop(qint64 count); // all, where there are no more
+    void drop(qint64 count);                     // all, where there are no more
     void dropBack(int count) { m_end -= count; } // not more than there are
-    void clear();            // gives the memory back
+    void clear();                                // gives the memory back
 
 private:
     void makeRoom(int bytes);

@@ -57,7 +57,7 @@ private:
     int m_maxMemory;
     std::unique_ptr<SpoolFile> m_file;
     qint64 m_fileSize = 0;
-    ByteQueue m_memory; // not in the file yet
+    ByteQueue m_memory;        // not in the file yet
     qint64 m_sinceRefusal = 0; // bytes
     State m_state = State::OnDisk;
 };

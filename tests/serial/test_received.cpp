@@ -127,7 +127,7 @@ private slots:
         const QByteArray much(100 * 1000, 'x');
         ByteSpool recovers(folder.path(), "serial");
         QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::InMemory);
-        full.reset(); // somebody makes room
+        full.reset();                                                    // somebody makes room
         QCOMPARE(recovers.append("end", 3), ByteSpool::State::InMemory); // tries again now and then
         QCOMPARE(recovers.append(much.constData(), much.size()), ByteSpool::State::OnDisk);
         QCOMPARE(readBack(recovers, 0, 1 << 20), much + "end" + much);
