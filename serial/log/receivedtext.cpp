@@ -33,7 +33,7 @@ bool ReceivedText::beginAgain()
     return true;
 }
 
-// The queue gets what comes next in the journal, some of it at a time.
+// Moves the next chunks of the journal to the queue, up to a limit.
 void ReceivedText::readJournal()
 {
     ReceiveQueue::Chunk chunk;

@@ -1,8 +1,8 @@
 #pragma once
 
 // What a receive display was given since its last clearing, on disk in the
-// order of arrival: bytes, headers, times. From it the text can be made anew, by
-// another codec or with other options.
+// order of arrival: bytes, headers, times. From it the text can be made again with
+// another codec or other options.
 
 #include "receivequeue.h"
 #include "spoolreader.h"
