@@ -6,6 +6,7 @@
 
 #include "linematcher.h"
 #include "lineset.h"
+#include "textscan.h"
 
 #include <optional>
 
@@ -44,7 +45,7 @@ public:
     // Those with a match.
     const LineSet &lines() const { return m_matching; }
     // The line that is looked through next; all before it are known.
-    qint64 nextLine() const { return m_pieces.isEmpty() ? 0 : m_pieces.last().begin.line; }
+    qint64 nextLine() const { return m_pieces.isEmpty() ? 0 : m_next.begin.line; }
     // The expression took too many steps on several lines: the search has ended.
     bool hasGivenUp() const { return m_givenUp >= maxHardPieces; }
 
@@ -63,22 +64,18 @@ private:
         qint64 matches = 0; // before it
     };
 
-    // What a piece holds and where it ends.
-    struct Content
-    {
-        QString text;
-        qint64 end = 0; // bytes
-        Place endPlace;
-        bool isOpen = false; // more may follow in the piece
-    };
-
     void forgetChopped();
-    Content read(const Piece &piece) const;
-    QVector<Match> matchesIn(const Piece &piece, const QString &text, bool *isKnown = nullptr) const;
+    // From the begin of a piece on; less than so many bytes where the text ends.
+    QByteArray read(const Piece &piece, qint64 maxBytes) const;
+    QVector<Match> matchesIn(const Piece &piece, const QByteArray &bytes, bool *isKnown = nullptr) const;
+    QVector<Match> matchesIn(const Piece &piece) const;
+    bool find(const Place &begin, const QByteArray &lines, QVector<Match> *matches) const;
 
     const LineStore &m_store;
     LineMatcher m_matcher;
-    QVector<Piece> m_pieces; // the last one is the next to look through
+    TextScan::Needle m_needle;
+    QVector<Piece> m_pieces;
+    Piece m_next; // where the next step begins in the last one: at a line that may still grow
     LineSet m_matching;
     qint64 m_count = 0;
     qint64 m_searched = 0; // bytes, the last piece included

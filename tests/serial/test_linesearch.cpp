@@ -115,6 +115,52 @@ private slots:
         QCOMPARE(search.count(), qint64(2));
     }
 
+    // What is found in bytes is what is found in each line, step by step as lines are added.
+    void agreesWithEachLine_data()
+    {
+        QTest::addColumn<LineMatcher::Pattern>("pattern");
+        for (const char *text : {"a", "aB", "BA", "温", "度a", "é", "É温", "b.a", "aba"})
+            for (const bool caseSensitive : {false, true})
+                for (const bool wholeWord : {false, true})
+                    QTest::addRow("%s %d %d", text, caseSensitive, wholeWord)
+                        << LineMatcher::Pattern{QString::fromUtf8(text), caseSensitive, wholeWord, false};
+    }
+
+    void agreesWithEachLine()
+    {
+        QFETCH(LineMatcher::Pattern, pattern);
+        const QString units = QStringLiteral("aAbB.温度éÉ \n\n");
+        const LineMatcher matcher(pattern);
+        LineSearch search(*m_store);
+        search.start(matcher);
+        QString all;
+        quint32 seed = 5;
+        for (int i = 0; i < 5000; ++i) {
+            seed = seed * 1664525U + 1013904223U;
+            const QChar unit = units.at(int((seed >> 16) % quint32(units.size())));
+            all += unit;
+            m_store->append(unit, 0);
+            if (seed % 11 == 0)
+                while (search.step()) {
+                }
+        }
+        while (search.step()) {
+        }
+        qint64 count = 0;
+        const QStringList lines = all.split('\n');
+        for (int line = 0; line < lines.size(); ++line) {
+            QVector<LineMatcher::Range> found;
+            matcher.find(lines.at(line), &found);
+            QCOMPARE(search.lines().contains(line), !found.isEmpty());
+            for (const LineMatcher::Range &range : qAsConst(found)) {
+                const LineSearch::Match match = search.at(count++).value_or(LineSearch::Match());
+                QCOMPARE(match.place.line, qint64(line));
+                QCOMPARE(match.place.column, range.begin);
+            }
+        }
+        QCOMPARE(search.count(), count);
+    }
+
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<LineStore> m_store;
