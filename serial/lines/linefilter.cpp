@@ -3,6 +3,8 @@
 namespace {
 
 constexpr qint64 kLinesAtATime = 200LL * 1000;
+// Passing over so many lines costs less than looking for the next one.
+constexpr qint64 kMaxGap = 200;
 
 } // namespace
 
@@ -47,17 +49,21 @@ bool LineFilter::update()
     return m_next < known;
 }
 
-// Lines of the store that follow each other are read together.
+// Lines that are near each other in the store are read together.
 LineStore::Extract LineFilter::between(qint64 first, qint64 end, qint64 maxBytes) const
 {
     LineStore::Extract extract;
     while (first < end && maxBytes > 0) {
-        const qint64 line = m_lines.at(first);
-        int count = 1;
-        while (first + count < end && m_lines.contains(line + count))
-            ++count;
-        const QVector<LineStore::Line> found =
-            m_store.lines(line, count, LineStore::maxExtractedLine, maxBytes);
+        const qint64 begin = m_lines.at(first);
+        qint64 last = begin;
+        for (qint64 next = first + 1; next < end; ++next) {
+            const qint64 line = m_lines.at(next);
+            if (line - last > kMaxGap)
+                break;
+            last = line;
+        }
+        const QVector<LineStore::Line> found = m_store.lines(begin, static_cast<int>(last - begin + 1),
+                                                             LineStore::maxExtractedLine, maxBytes, &m_lines);
         if (found.isEmpty())
             break;
         for (const LineStore::Line &one : found) {

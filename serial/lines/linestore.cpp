@@ -1,5 +1,6 @@
 #include "linestore.h"
 
+#include "lineset.h"
 #include "spoolreader.h"
 
 #include <algorithm>
@@ -82,7 +83,8 @@ const LineStore::Block &LineStore::blockOf(qint64 line) const
     return *(after - 1);
 }
 
-QVector<LineStore::Line> LineStore::lines(qint64 first, int count, int maxBytes, qint64 maxTotal) const
+QVector<LineStore::Line> LineStore::lines(qint64 first, int count, int maxBytes, qint64 maxTotal,
+                                          const LineSet *only) const
 {
     QVector<Line> found;
     if (first < 0 || first >= size())
@@ -98,9 +100,9 @@ QVector<LineStore::Line> LineStore::lines(qint64 first, int count, int maxBytes,
         // A long line is the last one of its block.
         const bool isLastOfBlock = block + 1 != m_blocks.constEnd() && number + 1 == block[1].line;
         const bool isLast = isLastOfBlock || number + 1 == end;
+        const bool isWanted = number >= first && (!only || only->contains(number));
         quint64 time = 0;
-        if (!times.nextNumber(&time) ||
-            !texts.nextLine(number < first ? 0 : maxBytes, isLast, &bytes, &line.isCut))
+        if (!times.nextNumber(&time) || !texts.nextLine(isWanted ? maxBytes : 0, isLast, &bytes, &line.isCut))
             break;
         if (isLastOfBlock) {
             ++block;
@@ -109,7 +111,7 @@ QVector<LineStore::Line> LineStore::lines(qint64 first, int count, int maxBytes,
         }
         line.arrivalMs += qint64(time >> 1);
         line.origin = Origin(time & 1);
-        if (number < first)
+        if (!isWanted)
             continue;
         line.text = textOf(bytes, line.isCut);
         found.append(line);

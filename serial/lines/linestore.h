@@ -12,6 +12,8 @@
 #include <QVector>
 #include <limits>
 
+class LineSet;
+
 class LineStore
 {
 public:
@@ -44,9 +46,10 @@ public:
     qint64 completeLines() const { return m_size; }
     // Up to `count` lines from one on, each with up to so many UTF-8 bytes of text,
     // and no more when they have so many bytes together. Fewer at the end, or where
-    // the file cannot be read back.
+    // the file cannot be read back; of them only those in a set.
     QVector<Line> lines(qint64 first, int count, int maxBytes = 64 * 1024,
-                        qint64 maxTotal = std::numeric_limits<qint64>::max()) const;
+                        qint64 maxTotal = std::numeric_limits<qint64>::max(),
+                        const LineSet *only = nullptr) const;
 
     // Bytes of a line that are taken out of the store together with others.
     static constexpr int maxExtractedLine = 8 * 1024 * 1024;

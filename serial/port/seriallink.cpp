@@ -311,10 +311,10 @@ void SerialLink::readNow()
 {
     if (!m_port->isOpen())
         return;
-    const QByteArray bytes = m_port->readAll();
+    const QByteArray bytes = m_port->read(m_port->bytesAvailable()); // readAll() would allocate twice
     m_readBytes += bytes.size();
     if (!bytes.isEmpty())
-        emit received(bytes, nowUs(), Peer());
+        emit received(bytes, nowUs(), m_peer);
 }
 
 // What the system still has, as well; a flood has no end. Waiting may read, too.

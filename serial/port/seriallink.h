@@ -83,6 +83,7 @@ private:
     std::unique_ptr<QSerialPort> m_port;
     std::unique_ptr<PortDrain> m_drain;
     ClosingPort *m_closing = nullptr; // the port of a closing link
+    const Peer m_peer; // the one other end
     SerialSettings m_settings;
     QStringList m_refused;
     bool m_errorPending = false; // noticed, and handled in the event loop's next turn

@@ -63,7 +63,8 @@ QByteArray deviceListing()
 
 // A query takes several milliseconds, and the port watch runs once a second: the
 // system is queried only when a device has come or gone, and a few times after
-// that, because descriptions are known later than devices.
+// that, because descriptions are known later than devices. Those of the devices
+// that were there before the program are known.
 QStringList systemEntries()
 {
     static QByteArray known;
@@ -71,7 +72,7 @@ QStringList systemEntries()
     static int queriesLeft = 0;
     const QByteArray listing = deviceListing();
     if (listing != known)
-        queriesLeft = kQueriesAfterChange;
+        queriesLeft = known.isEmpty() ? 1 : kQueriesAfterChange;
     if (!listing.isEmpty() && queriesLeft == 0)
         return list;
     queriesLeft = qMax(0, queriesLeft - 1);
