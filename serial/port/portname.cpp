@@ -74,6 +74,12 @@ QString device(const QString &portName)
     return portName;
 }
 
+QString deviceFile(const QString &portName)
+{
+    const QString name = device(portName);
+    return name.startsWith(QLatin1Char('/')) ? name : QStringLiteral("/dev/") + name;
+}
+
 QString entry(const QString &portName, const QString &description)
 {
     return portName + QLatin1Char(' ') + description;

@@ -30,6 +30,9 @@ bool isBefore(const QString &a, const QString &b);
 // name itself otherwise.
 QString device(const QString &portName);
 
+// The device's file, on systems that have one; its path where it is a virtual port's.
+QString deviceFile(const QString &portName);
+
 // An entry of the port list.
 QString entry(const QString &portName, const QString &description);
 

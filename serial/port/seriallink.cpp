@@ -3,11 +3,11 @@
 #include "closingport.h"
 #include "portdrain.h"
 #include "portname.h"
+#include "serialports.h"
 
 #include <QDebug>
 #include <QFileInfo>
 #include <QPointer>
-#include <QSerialPortInfo>
 
 #include <utility>
 
@@ -15,17 +15,10 @@ namespace {
 
 constexpr qint64 kReadBufferBytes = 1024 * 1024;
 
-// A device's file, for what the system says of it.
-QString deviceFile(const QString &name)
-{
-    const QString device = PortName::device(name);
-    return device.startsWith(QLatin1Char('/')) ? device : QStringLiteral("/dev/") + device;
-}
-
 QString deniedText(const QString &name)
 {
 #ifndef Q_OS_WIN
-    const QFileInfo file(deviceFile(name));
+    const QFileInfo file(PortName::deviceFile(name));
     if (!file.isReadable() || !file.isWritable())
         return QStringLiteral("没有访问该串口的权限，请把当前用户加入dialout组并重新登录");
 #else
@@ -171,7 +164,7 @@ bool SerialLink::openDevice(const SerialSettings &settings, Refusal refusal)
         m_refused = configure(*m_port, settings);
     // A port without modem lines refuses these, which is no failure.
     m_port->setDataTerminalReady(settings.dtr);
-    if (settings.rts)
+    if (settings.rts && settings.flowControl != QSerialPort::HardwareControl)
         m_port->setRequestToSend(*settings.rts);
     return true;
 }
@@ -189,6 +182,57 @@ QStringList SerialLink::apply(const SerialSettings &settings)
     m_settings = settings;
     m_settings.name = name;
     return isOpen() ? configure(*m_port, m_settings) : QStringList();
+}
+
+void SerialLink::setDtr(bool isOn)
+{
+    m_settings.dtr = isOn;
+    if (isOpen())
+        m_port->setDataTerminalReady(isOn);
+}
+
+void SerialLink::setRts(bool isOn)
+{
+    m_settings.rts = isOn;
+    if (isOpen() && m_settings.flowControl != QSerialPort::HardwareControl)
+        m_port->setRequestToSend(isOn);
+}
+
+void SerialLink::driveLines(bool dtr, bool rts)
+{
+    if (!isOpen())
+        return;
+    if (dtr)
+        m_port->setDataTerminalReady(true);
+    m_port->setRequestToSend(rts);
+    if (!dtr)
+        m_port->setDataTerminalReady(false);
+}
+
+bool SerialLink::isRtsRaised() const
+{
+    return isOpen() && m_port->isRequestToSend();
+}
+
+void SerialLink::setBreak(bool isOn)
+{
+    if (isOpen())
+        m_port->setBreakEnabled(isOn);
+}
+
+SerialLink::Lines SerialLink::lines() const
+{
+    Lines lines;
+    if (!isOpen())
+        return lines;
+    m_port->clearError();
+    const QSerialPort::PinoutSignals pinout = m_port->pinoutSignals();
+    lines.isKnown = m_port->error() == QSerialPort::NoError;
+    lines.cts = pinout & QSerialPort::ClearToSendSignal;
+    lines.dsr = pinout & QSerialPort::DataSetReadySignal;
+    lines.dcd = pinout & QSerialPort::DataCarrierDetectSignal;
+    lines.ri = pinout & QSerialPort::RingIndicatorSignal;
+    return lines;
 }
 
 void SerialLink::close()
@@ -353,7 +397,7 @@ void SerialLink::handleError(QSerialPort::SerialPortError error)
             if (port != m_port.get() || !isOpen())
                 return; // closed meanwhile
             m_errorPending = false;
-            if (m_hungUp || !isDevicePresent())
+            if (m_hungUp || !SerialPorts::isPresent(m_settings.name))
                 handleHangUp();
             else
                 handleWriteError();
@@ -366,6 +410,10 @@ void SerialLink::handleWriteError()
     // What stays queued would be tried again without end.
     const qint64 unsentBytes = PortDrain::pendingBytes(*m_port);
     qWarning().noquote() << "cannot write to" << m_settings.name << m_port->errorString();
+    if (m_endsOnWriteError) {
+        handleHangUp();
+        return;
+    }
     m_port->clear(QSerialPort::Output);
     emit dropped(unsentBytes, Peer());
     emit failed(QStringLiteral("数据发送失败，%1 字节未发出：%2")
@@ -397,13 +445,4 @@ void SerialLink::letGo()
 {
     cancelDrain();
     m_port->disconnect(this);
-}
-
-bool SerialLink::isDevicePresent() const
-{
-#ifdef Q_OS_WIN
-    return !QSerialPortInfo(m_port->portName()).isNull();
-#else
-    return QFileInfo::exists(deviceFile(m_settings.name));
-#endif
 }

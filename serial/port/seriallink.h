@@ -48,6 +48,31 @@ public:
     // The device has gone from the port list: an open link ends with a reason.
     void handleHangUp();
 
+    // A device that fails to write counts as gone: the link ends with a reason. Off
+    // at first: it stays open, and failed() tells.
+    void setEndsOnWriteError(bool ends) { m_endsOnWriteError = ends; }
+
+    // The modem lines. They are kept when the link is opened again, and nothing but
+    // these changes them while it is open; with RTS/CTS flow control the driver
+    // moves RTS.
+    struct Lines
+    {
+        bool isKnown = false; // the driver tells them
+        bool cts = false;
+        bool dsr = false;
+        bool dcd = false;
+        bool ri = false;
+    };
+    void setDtr(bool isOn);
+    void setRts(bool isOn);
+    // For a moment; the settings stay. DTR moves first where it rises, RTS where
+    // DTR falls: a board's reset line, low while only RTS is raised, sees no pulse
+    // of its own.
+    void driveLines(bool dtr, bool rts);
+    bool isRtsRaised() const;
+    void setBreak(bool isOn);
+    Lines lines() const;
+
     // Waits until what was sent has left the line, for a limited time; see
     // drained(), which may come from within. The port stays open.
     void drain();
@@ -78,17 +103,17 @@ private:
     void reportUnsent(const QString &name, qint64 bytes);
     void handleHandedOver(qint64 bytes);
     void setBlocked(bool isBlocked);
-    bool isDevicePresent() const;
 
     std::unique_ptr<QSerialPort> m_port;
     std::unique_ptr<PortDrain> m_drain;
     ClosingPort *m_closing = nullptr; // the port of a closing link
-    const Peer m_peer; // the one other end
+    const Peer m_peer;                // the one other end
     SerialSettings m_settings;
     QStringList m_refused;
     bool m_errorPending = false; // noticed, and handled in the event loop's next turn
     bool m_hungUp = false;
     bool m_blocked = false;
+    bool m_endsOnWriteError = false;
     qint64 m_lineFreeAtNs = 0; // what was sent has left by then
     qint64 m_readBytes = 0;
 };

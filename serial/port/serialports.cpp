@@ -2,6 +2,7 @@
 
 #include "portname.h"
 
+#include <QFileInfo>
 #include <QSerialPortInfo>
 
 #include <algorithm>
@@ -65,39 +66,104 @@ QByteArray deviceListing()
 // system is queried only when a device has come or gone, and a few times after
 // that, because descriptions are known later than devices. Those of the devices
 // that were there before the program are known.
-QStringList systemEntries()
+class SystemPorts
 {
-    static QByteArray known;
-    static QStringList list;
-    static int queriesLeft = 0;
-    const QByteArray listing = deviceListing();
-    if (listing != known)
-        queriesLeft = known.isEmpty() ? 1 : kQueriesAfterChange;
-    if (!listing.isEmpty() && queriesLeft == 0)
-        return list;
-    queriesLeft = qMax(0, queriesLeft - 1);
-    known = listing;
-    list.clear();
-    QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
-    std::sort(ports.begin(), ports.end(), [](const QSerialPortInfo &a, const QSerialPortInfo &b) {
-        return PortName::isBefore(a.portName(), b.portName());
-    });
-    for (const QSerialPortInfo &port : ports)
-        list.append(PortName::entry(port.portName(), port.description()));
-    return list;
+public:
+    QVector<SerialPorts::Port> ports()
+    {
+        const QByteArray listing = deviceListing();
+        if (listing != m_listing)
+            m_queriesLeft = m_listing.isEmpty() ? 1 : kQueriesAfterChange;
+        m_listing = listing;
+        if (listing.isEmpty() || m_queriesLeft > 0)
+            query();
+        return m_ports;
+    }
+
+    void refresh() { m_queriesLeft = qMax(1, m_queriesLeft); }
+
+private:
+    void query()
+    {
+        m_queriesLeft = qMax(0, m_queriesLeft - 1);
+        QList<QSerialPortInfo> infos = QSerialPortInfo::availablePorts();
+        std::sort(infos.begin(), infos.end(), [](const QSerialPortInfo &a, const QSerialPortInfo &b) {
+            return PortName::isBefore(a.portName(), b.portName());
+        });
+        m_ports.clear();
+        for (const QSerialPortInfo &info : qAsConst(infos))
+            m_ports.append({info.portName(),
+                            info.description(),
+                            {info.vendorIdentifier(), info.productIdentifier(), info.serialNumber()}});
+    }
+
+    QByteArray m_listing;
+    QVector<SerialPorts::Port> m_ports;
+    int m_queriesLeft = 0;
+};
+
+SystemPorts &systemPorts()
+{
+    static SystemPorts ports;
+    return ports;
 }
 
 } // namespace
 
 namespace SerialPorts {
 
+QVector<Port> ports()
+{
+    QVector<Port> list;
+    const QStringList virtualPorts = PortName::virtualPorts();
+    for (const QString &name : virtualPorts)
+        list.append({name, QStringLiteral("虚拟串口"), {}});
+    return list + systemPorts().ports();
+}
+
 QStringList entries()
 {
     QStringList list;
-    const QStringList virtualPorts = PortName::virtualPorts();
-    for (const QString &name : virtualPorts)
-        list.append(PortName::entry(name, QStringLiteral("虚拟串口")));
-    return list + systemEntries();
+    const QVector<Port> all = ports();
+    for (const Port &port : all)
+        list.append(PortName::entry(port.name, port.description));
+    return list;
+}
+
+QString find(const QString &name, const Identity &identity, const QVector<Port> &ports)
+{
+    for (const Port &port : ports)
+        if (port.name == name)
+            return identity.isNull() || port.identity.isNull() || port.identity == identity ? name
+                                                                                            : QString();
+    for (const Port &port : ports)
+        if (identity.isUnique() && port.identity == identity)
+            return port.name;
+    return isPresent(name) ? name : QString(); // of a kind that the system does not list
+}
+
+bool isPresent(const QString &name)
+{
+#ifdef Q_OS_WIN
+    const QVector<Port> all = ports();
+    return std::any_of(all.begin(), all.end(), [&name](const Port &port) { return port.name == name; });
+#else
+    return QFileInfo::exists(PortName::deviceFile(name));
+#endif
+}
+
+Identity identityOf(const QString &name)
+{
+    const QVector<Port> all = ports();
+    for (const Port &port : all)
+        if (port.name == name)
+            return port.identity;
+    return {};
+}
+
+void refresh()
+{
+    systemPorts().refresh();
 }
 
 } // namespace SerialPorts

@@ -2,20 +2,25 @@
 // pseudo-terminals.
 
 #include "closingport.h"
+#include "linepulse.h"
 #include "ptypeer.h"
 #include "qserialporcheck.h"
 #include "qtserialport.h"
 #include "quietreader.h"
 #include "serialports.h"
+#include "serialreconnector.h"
 
 #include <QSet>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <csignal>
+#include <cstdarg>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <termios.h>
 #include <thread>
 #include <unistd.h>
@@ -51,6 +56,36 @@ QSet<int> descriptorsOf(const QString &device)
 }
 
 } // namespace
+
+// A pseudo-terminal has no modem lines: these are the board's. The library's own
+// calls come here.
+struct ModemLines
+{
+    bool isThere = false;
+    int raised = TIOCM_CTS | TIOCM_DSR;
+    QStringList changes; // "DTR 1"
+};
+static ModemLines s_lines;
+
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    void *argument = va_arg(arguments, void *);
+    va_end(arguments);
+    if (s_lines.isThere && request == TIOCMGET) {
+        *static_cast<int *>(argument) = s_lines.raised;
+        return 0;
+    }
+    if (s_lines.isThere && (request == TIOCMBIS || request == TIOCMBIC)) {
+        const int line = *static_cast<int *>(argument);
+        const bool isRaised = request == TIOCMBIS;
+        s_lines.raised = isRaised ? s_lines.raised | line : s_lines.raised & ~line;
+        s_lines.changes.append(QStringLiteral("%1 %2").arg(line == TIOCM_DTR ? "DTR" : "RTS").arg(isRaised));
+        return 0;
+    }
+    return int(syscall(SYS_ioctl, descriptor, request, argument));
+}
 
 class TestSerialLink : public QObject
 {
@@ -382,6 +417,123 @@ private slots:
         feed();
         m_port->close();
         QVERIFY2(read > 0 && read < kEnough, qPrintable(QString::number(read)));
+    }
+
+    void opensAgainWhenTheDeviceIsBack()
+    {
+        const QTemporaryDir folder;
+        qputenv("KORVEX_VIRTUAL_PORTS", folder.path().toLocal8Bit());
+        const QString port = folder.filePath("COM3");
+        QVERIFY(QFile::link(m_board->device(), port));
+        SerialReconnector reconnector(m_port.get());
+        QStringList events;
+        connect(&reconnector, &SerialReconnector::waitingChanged, this,
+                [&](bool isWaiting) { events.append(isWaiting ? "waits" : "ends"); });
+        QByteArray received;
+        connect(m_port.get(), &Link::received, this, [&](const QByteArray &bytes) { received += bytes; });
+        const auto hangUp = [&] {
+            m_board->hangUp();
+            QFile::remove(port);
+        };
+        const auto plugIn = [&] {
+            m_board = std::make_unique<PtyPeer>();
+            QVERIFY(QFile::link(m_board->device(), port));
+        };
+        QVERIFY(m_port->SerialLink::open(settingsOf("COM3", 57600)));
+        reconnector.setEnabled(true);
+        for (int i = 0; i < 5; ++i) {
+            hangUp();
+            QTRY_VERIFY(reconnector.isWaiting());
+            QCOMPARE(m_port->send("lost"), qint64(0));
+            QCOMPARE(reconnector.portName(), QStringLiteral("COM3"));
+            reconnector.setHeld(i == 2); // a transfer
+            plugIn();
+            if (i == 2) {
+                QTest::qWait(0);
+                QVERIFY(!m_port->isOpen());
+                reconnector.setHeld(false);
+            }
+            QTRY_VERIFY(m_port->isOpen());
+            QVERIFY(!reconnector.isWaiting());
+            const termios line = lineSettings(*m_board);
+            QCOMPARE(cfgetispeed(&line), speed_t(B57600));
+            QVERIFY(m_board->write("again"));
+            QTRY_COMPARE(received, QByteArray("again").repeated(i + 1));
+            QCOMPARE(descriptorsOf(m_board->device()).size(), 2); // one is the board's
+        }
+        QCOMPARE(events.join(' '), QStringLiteral("waits ends waits ends waits ends waits ends waits ends"));
+
+        m_port->close(); // by its owner
+        QTRY_COMPARE(m_port->state(), Link::State::Closed);
+        QVERIFY(!reconnector.isWaiting());
+        QVERIFY(m_port->SerialLink::open(settingsOf("COM3")));
+        hangUp();
+        QTRY_VERIFY(reconnector.isWaiting());
+        // Another tool is quicker.
+        QSignalSpy reasons(&reconnector, &SerialReconnector::reasonChanged);
+        QtSerialPort other;
+        other.setTool("PID");
+        plugIn();
+        QVERIFY(other.SerialLink::open(settingsOf("COM3")));
+        QTRY_VERIFY(!reconnector.reason().isEmpty());
+        QVERIFY(reconnector.reason().contains("PID") && !m_port->isOpen());
+        QCOMPARE(reasons.count(), 1);
+        reconnector.setEnabled(false);
+        QVERIFY(!reconnector.isWaiting());
+        qunsetenv("KORVEX_VIRTUAL_PORTS");
+    }
+
+    void knowsADeviceAgain()
+    {
+        using namespace SerialPorts;
+        const Identity numbered{0x10c4, 0xea60, "A1"};
+        const Identity other{0x10c4, 0xea60, "B2"};
+        const Identity plain{0x1a86, 0x7523, ""};
+        const QVector<Port> ports{
+            {"COM1", "", {}}, {"COM2", "", other}, {"COM4", "", numbered}, {"COM5", "", plain}};
+        QCOMPARE(find("COM1", numbered, ports), QStringLiteral("COM1")); // the system can't tell
+        QCOMPARE(find("COM2", {}, ports), QStringLiteral("COM2"));
+        QCOMPARE(find("COM2", numbered, ports), QString()); // another device has the name
+        QCOMPARE(find("COM3", numbered, ports), QStringLiteral("COM4"));
+        QCOMPARE(find("COM3", plain, ports), QString()); // one of several, maybe
+        QCOMPARE(find("COM5", plain, ports), QStringLiteral("COM5"));
+        QCOMPARE(find(m_board->device(), {}, ports), m_board->device()); // is not listed
+    }
+
+    void movesTheModemLines()
+    {
+        s_lines = {};
+        QVERIFY(m_port->SerialLink::open(settingsOf(m_board->device())));
+        QVERIFY(!m_port->lines().isKnown);
+        m_port->close();
+        QTRY_COMPARE(m_port->state(), Link::State::Closed);
+        s_lines.isThere = true;
+        SerialSettings settings = settingsOf(m_board->device());
+        settings.dtr = false;
+        settings.rts = true;
+        QVERIFY(m_port->SerialLink::open(settings));
+        QCOMPARE(s_lines.changes.join(' '), QStringLiteral("DTR 0 RTS 1"));
+        const SerialLink::Lines lines = m_port->lines();
+        QVERIFY(lines.isKnown && lines.cts && lines.dsr && !lines.dcd && !lines.ri);
+        m_port->setDtr(true);
+        m_port->setRts(false);
+        QVERIFY(m_port->settings().dtr && m_port->settings().rts == false);
+
+        LinePulse pulse(m_port.get());
+        QSignalSpy finished(&pulse, &LinePulse::finished);
+        s_lines.changes.clear();
+        pulse.enterBootLoader();
+        pulse.reset(); // one at a time
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(s_lines.changes.join(' '), QStringLiteral("RTS 1 DTR 0 DTR 1 RTS 0 DTR 1 RTS 0"));
+        QVERIFY(m_port->settings().dtr);
+        s_lines.changes.clear();
+        pulse.reset();
+        QTRY_COMPARE(finished.count(), 2);
+        QCOMPARE(s_lines.changes.join(' '), QStringLiteral("RTS 1 DTR 0 RTS 0 DTR 0 DTR 1 RTS 0"));
+        pulse.sendBreak();
+        QTRY_COMPARE(finished.count(), 3);
+        s_lines = {};
     }
 
     void noticesChangesByCount()
