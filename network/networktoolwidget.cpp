@@ -1,6 +1,7 @@
 #include "networktoolwidget.h"
 
 #include "clientlistpanel.h"
+#include "fieldmemory.h"
 #include "formpanel.h"
 #include "linksession.h"
 #include "networkconfigpanel.h"
@@ -31,6 +32,10 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
         m_config, m_state, QStringLiteral("网络调试助手"), [this] { return m_terminal->queuedBytes(); },
         this);
     connectParts();
+    m_memory = new FieldMemory(this);
+    m_recvOptions->remember(m_memory, &Settings::instance().networkArea);
+    m_sendOptions->remember(m_memory, &Settings::instance().networkArea);
+    m_area->remember(&Settings::instance().networkArea);
     connectSession();
     sltChangeNetType(m_config->protocol());
     showCounts();
@@ -329,6 +334,7 @@ void NetworkToolWidget::sltBtnFoldClicked()
 void NetworkToolWidget::reloadSettings()
 {
     m_area->reloadView();
+    m_memory->load();
     m_defaultsDue = !m_session->isClosed(); // whose parameters are the ones shown
     if (!m_defaultsDue)
         m_config->loadDefaults();

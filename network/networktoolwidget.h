@@ -10,6 +10,7 @@
 
 class ByteSpool;
 class ClientListPanel;
+class FieldMemory;
 class FormPanel;
 class LinkSession;
 class NetworkConfigPanel;
@@ -77,6 +78,7 @@ private:
     ClientListPanel *m_clients = nullptr;
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
+    FieldMemory *m_memory = nullptr;
     FormPanel *m_panel = nullptr;
     WorkArea *m_area = nullptr; // owns the four below
     StateIndicator *m_state = nullptr;

@@ -7,6 +7,8 @@
 #include "portname.h"
 #include "settings.h"
 
+#include <QCheckBox>
+#include <QHBoxLayout>
 #include <QPushButton>
 
 namespace {
@@ -25,10 +27,16 @@ SerialConfigPanel::SerialConfigPanel(QWidget *parent)
     , m_dataBits(new QComboBox(this))
     , m_stopBits(new QComboBox(this))
     , m_open(new QPushButton(QStringLiteral("打开串口"), this))
+    , m_reconnect(new QCheckBox(QStringLiteral("断线自动重连"), this))
 {
     buildUi();
     loadDefaults();
     connect(m_open, &QPushButton::clicked, this, &SerialConfigPanel::openClicked);
+    connect(m_reconnect, &QCheckBox::toggled, this, [this](bool reconnects) {
+        Settings::instance().serialPage.reconnects.change(reconnects);
+        emit reconnectChanged(reconnects);
+    });
+    connect(m_port, QOverload<int>::of(&QComboBox::activated), this, &SerialConfigPanel::rememberPort);
 }
 
 void SerialConfigPanel::buildUi()
@@ -40,6 +48,8 @@ void SerialConfigPanel::buildUi()
     m_stopBits->setObjectName(QStringLiteral("comboStopBits"));
     m_open->setObjectName(QStringLiteral("btnOpen"));
     m_open->setProperty("primary", true);
+    m_reconnect->setObjectName(QStringLiteral("checkReconnect"));
+    m_reconnect->setToolTip(QStringLiteral("设备断开后等待同一设备，恢复后按相同参数自动打开"));
     ClickOnce::install(m_open);
 
     m_dataBits->addItems(
@@ -56,7 +66,9 @@ void SerialConfigPanel::buildUi()
     addRow(QStringLiteral("波特率"), m_baudRate);
     addRow(QStringLiteral("校验位"), m_parity);
     addRow(QStringLiteral("数据位"), m_dataBits, QStringLiteral("停止位"), m_stopBits);
-    addWide(m_open);
+    QHBoxLayout *link = addLine();
+    link->addWidget(m_open, 1);
+    link->addWidget(m_reconnect);
 }
 
 void SerialConfigPanel::loadDefaults()
@@ -72,6 +84,7 @@ void SerialConfigPanel::loadDefaults()
     choose(m_dataBits, defaults.dataBits, QStringLiteral("8"));
     choose(m_stopBits, defaults.stopBits, QStringLiteral("1"));
     m_parity->setCurrentIndex(defaults.parity);
+    m_reconnect->setChecked(Settings::instance().serialPage.reconnects);
 }
 
 void SerialConfigPanel::rememberDefaults()
@@ -81,6 +94,13 @@ void SerialConfigPanel::rememberDefaults()
     defaults.dataBits.set(m_dataBits->currentText().toInt());
     defaults.openedStopBits.set(m_stopBits->currentIndex());
     defaults.parity.set(m_parity->currentIndex());
+    rememberPort();
+}
+
+void SerialConfigPanel::rememberPort()
+{
+    m_isPortChosen = true;
+    Settings::instance().serialPage.port.change(PortName::fromEntry(portText()));
 }
 
 QString SerialConfigPanel::portText() const
@@ -107,6 +127,8 @@ SerialSettings SerialConfigPanel::chosen() const
 void SerialConfigPanel::setPorts(const QStringList &entries)
 {
     m_port->setPorts(entries);
+    if (!m_isPortChosen)
+        selectPort(Settings::instance().serialPage.port);
 }
 
 bool SerialConfigPanel::selectEntry(const QString &entry)
@@ -130,6 +152,35 @@ void SerialConfigPanel::setClosing()
     m_open->setText(QStringLiteral("正在关闭…"));
     m_open->setEnabled(false);
     m_open->setToolTip(QStringLiteral("正在等待已写入的数据发出，最长10秒"));
+}
+
+void SerialConfigPanel::setWaiting()
+{
+    setOpenState(true);
+    m_open->setText(QStringLiteral("停止等待"));
+    m_open->setToolTip(QStringLiteral("不再等待设备重新连接（F5）"));
+}
+
+bool SerialConfigPanel::reconnects() const
+{
+    return m_reconnect->isChecked();
+}
+
+bool SerialConfigPanel::selectPort(const QString &name)
+{
+    for (int i = 0; i < m_port->count(); ++i) {
+        if (PortName::fromEntry(m_port->itemText(i)) == name) {
+            m_port->setCurrentIndex(i);
+            return true;
+        }
+    }
+    return false;
+}
+
+void SerialConfigPanel::showPort(const QString &name)
+{
+    if (!selectPort(name))
+        m_port->setEditText(name);
 }
 
 void SerialConfigPanel::setHandedOver()

@@ -8,6 +8,7 @@
 
 class BaudRateBox;
 class PortComboBox;
+class QCheckBox;
 class QComboBox;
 class QPushButton;
 
@@ -32,19 +33,29 @@ public:
     void setOpenState(bool open);
     // The port is closed as soon as its last bytes have left.
     void setClosing();
+    // A click ends the waiting for the device.
+    void setWaiting();
     // Somebody else has the open port for a while: it cannot be closed here.
     void setHandedOver();
 
     void loadDefaults();
     void rememberDefaults(); // in the settings file, for the next start
 
+    // The port is opened again when its device is back.
+    bool reconnects() const;
+    // The port that is open or waited for, although the list may lack it.
+    void showPort(const QString &name);
+
     QPushButton *openButton() const { return m_open; }
 
 signals:
     void openClicked();
+    void reconnectChanged(bool reconnects);
 
 private:
     void buildUi();
+    void rememberPort();
+    bool selectPort(const QString &name);
 
     PortComboBox *m_port;
     BaudRateBox *m_baudRate;
@@ -52,4 +63,6 @@ private:
     QComboBox *m_dataBits;
     QComboBox *m_stopBits;
     QPushButton *m_open;
+    QCheckBox *m_reconnect;
+    bool m_isPortChosen = false; // by the user; the remembered one until then
 };

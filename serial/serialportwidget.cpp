@@ -1,8 +1,10 @@
 #include "serialportwidget.h"
 
+#include "fieldmemory.h"
 #include "filesendpage.h"
 #include "filetransfer.h"
 #include "formpanel.h"
+#include "linesgroup.h"
 #include "qextserialport.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
@@ -12,6 +14,8 @@
 #include "recvoptions.h"
 #include "sendoptions.h"
 #include "serialconfigpanel.h"
+#include "serialreconnector.h"
+#include "settings.h"
 #include "stateindicator.h"
 #include "workarea.h"
 
@@ -29,8 +33,14 @@ SerialportWidget::SerialportWidget(QWidget *parent)
     buildUi();
     m_reader = new QuietReader(
         m_port.get(), [this] { return m_terminal->queuedBytes(); }, this);
+    m_reconnector = new SerialReconnector(m_port.get(), this);
+    m_reconnector->setEnabled(m_config->reconnects());
     m_transfer = new FileTransfer(m_port.get(), m_reader, m_sendBox->filePage(), this);
     connectParts();
+    m_memory = new FieldMemory(this);
+    m_recvOptions->remember(m_memory, &Settings::instance().serialArea);
+    m_sendOptions->remember(m_memory, &Settings::instance().serialArea);
+    m_area->remember(&Settings::instance().serialArea);
     setPortState(false);
     showCounts();
 }
@@ -59,10 +69,12 @@ void SerialportWidget::buildUi()
     m_config = new SerialConfigPanel(m_panel);
     m_recvOptions = new RecvOptions(m_panel);
     m_sendOptions = new SendOptions(m_sendBox, m_panel);
+    m_lines = new LinesGroup(m_port.get(), m_panel);
     m_panel->addWidget(m_config);
     m_panel->addWidget(m_recvOptions);
     m_panel->addWidget(m_sendOptions);
-    m_area->placeBeside(m_panel, m_sendOptions->lastField());
+    m_panel->addWidget(m_lines);
+    m_area->placeBeside(m_panel, m_lines->lastField());
     setPageKeys(m_config->openButton(), m_area->foldButton());
 }
 
@@ -77,6 +89,13 @@ void SerialportWidget::connectParts()
     connect(m_reader, &QuietReader::packetRead, this, &SerialportWidget::handleReceived);
     connect(m_reader, &QuietReader::gathering, m_area, &WorkArea::showGathering);
     connect(m_area, &WorkArea::countsDue, this, &SerialportWidget::showCounts);
+
+    connect(m_reconnector, &SerialReconnector::waitingChanged, this, &SerialportWidget::handleWaiting);
+    connect(m_reconnector, &SerialReconnector::reasonChanged, this, [this] {
+        notify(Notice::error(QStringLiteral("串口[%1]暂时无法打开，仍在等待：%2")
+                                 .arg(m_reconnector->portName(), m_reconnector->reason())));
+    });
+    connect(m_config, &SerialConfigPanel::reconnectChanged, m_reconnector, &SerialReconnector::setEnabled);
 
     connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
@@ -106,6 +125,9 @@ void SerialportWidget::SltOpenSerialport()
 {
     if (m_transfer->isBusy()) {
         notify(Notice::information(QStringLiteral("正在传输文件，停止发送后才能关闭串口")));
+    } else if (m_reconnector->isWaiting()) {
+        m_reconnector->cancel();
+        notify(Notice::information(QStringLiteral("已停止等待串口[%1]").arg(m_reconnector->portName())));
     } else if (m_port->state() == Link::State::Closing) {
         notify(Notice::information(
             QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->settings().name)));
@@ -124,7 +146,8 @@ void SerialportWidget::openPort()
         notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
         return;
     }
-    const SerialSettings settings = m_config->chosen();
+    SerialSettings settings = m_config->chosen();
+    m_lines->writeTo(&settings);
     if (settings.name.isEmpty()) {
         notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(entry)));
         return;
@@ -157,9 +180,36 @@ void SerialportWidget::setPortState(bool open)
     m_config->setOpenState(open);
     if (!open && m_defaultsDue)
         reloadSettings();
+    m_lines->showState(open, false);
     m_sendBox->setDeviceOpen(open);
     m_state->setOn(open);
     m_area->showHint(open);
+    m_area->showWaiting(QString());
+}
+
+// Ended by the device, which is back, or by the user.
+void SerialportWidget::handleWaiting(bool isWaiting)
+{
+    if (isWaiting || m_transfer->isBusy()) // handlePortState() follows, or endTransfer()
+        return;
+    setPortState(m_port->isOpen());
+    if (!m_port->isOpen())
+        return;
+    const QString name = m_port->settings().name;
+    m_config->showPort(name);
+    notify(Notice::information(QStringLiteral("串口[%1]已重新连接").arg(name)));
+}
+
+void SerialportWidget::showWaiting()
+{
+    const QString text = QStringLiteral("正在等待%1，自%2")
+                             .arg(m_reconnector->portName(),
+                                  m_reconnector->waitingSince().toString(QStringLiteral("hh:mm:ss")));
+    m_config->setWaiting();
+    m_config->showPort(m_reconnector->portName());
+    m_sendBox->setDeviceOpen(false, QStringLiteral("正在等待设备重新连接，数据未发送"));
+    m_state->setState(StateIndicator::Busy, text);
+    m_area->showWaiting(text);
 }
 
 // A port that closes lets its last bytes leave first. What a transfer does to
@@ -178,16 +228,30 @@ void SerialportWidget::handlePortState()
     setPortState(false);
     if (std::exchange(m_closedByUser, false))
         notify(Notice::information(QStringLiteral("串口[%1]已关闭!!").arg(m_port->settings().name)));
-    if (!m_port->reason().isEmpty())
+    if (m_reconnector->isWaiting()) {
+        showWaiting();
+        notify(Notice::information(
+            QStringLiteral("串口[%1]已断开，正在等待设备恢复").arg(m_reconnector->portName())));
+    } else if (!m_port->reason().isEmpty()) {
         notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
+    }
     emit signalClosed();
 }
 
 void SerialportWidget::SltSerialportChanged(QStringList serialports)
 {
     m_config->setPorts(serialports);
+    if (m_reconnector->isWaiting())
+        m_config->showPort(m_reconnector->portName());
     if (!m_port->isOpen() || m_transfer->isBusy())
         return;
+    if (m_reconnector->isEnabled()) {
+        if (SerialPorts::isPresent(m_port->settings().name))
+            m_config->showPort(m_port->settings().name);
+        else
+            m_port->handleHangUp();
+        return;
+    }
     // The bare name is compared with complete entries: one with a description
     // never matches, so that any change of the list closes the port.
     const QString name = m_port->settings().name;
@@ -307,20 +371,26 @@ void SerialportWidget::beginTransfer()
 {
     m_sendBox->setDeviceOpen(false);
     m_config->setHandedOver();
+    m_lines->showState(true, true);
+    m_reconnector->setHeld(true);
 }
 
 void SerialportWidget::endTransfer()
 {
     const bool isOpen = m_port->isOpen();
+    m_reconnector->setHeld(false);
     setPortState(isOpen);
     if (std::exchange(m_quitting, false)) {
+        m_reconnector->cancel();
         if (isOpen)
             m_port->close();
         else
             emit signalClosed();
         return;
     }
-    if (!isOpen)
+    if (m_reconnector->isWaiting())
+        showWaiting();
+    else if (!isOpen)
         reportFailedOpening(m_port->settings().name);
 }
 
@@ -368,6 +438,7 @@ bool SerialportWidget::mayClose()
 
 void SerialportWidget::closeLinks()
 {
+    m_reconnector->cancel();
     m_quitting = m_transfer->isBusy();
     if (m_quitting)
         m_transfer->stop(); // endTransfer() closes
@@ -394,9 +465,12 @@ const ByteSpool &SerialportWidget::spool() const
 void SerialportWidget::reloadSettings()
 {
     m_area->reloadView();
+    m_memory->load();
     m_defaultsDue = !isClosed(); // the parameters shown are those of the port
-    if (!m_defaultsDue)
-        m_config->loadDefaults();
+    if (m_defaultsDue)
+        return;
+    m_config->loadDefaults();
+    m_lines->load();
 }
 
 void SerialportWidget::reloadCodec()

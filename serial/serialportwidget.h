@@ -11,8 +11,10 @@
 #include <memory>
 
 class ByteSpool;
+class FieldMemory;
 class FileTransfer;
 class FormPanel;
+class LinesGroup;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class QextSerialPort;
@@ -21,6 +23,7 @@ class ReceiveStore;
 class RecvOptions;
 class SendOptions;
 class SerialConfigPanel;
+class SerialReconnector;
 class StateIndicator;
 class WorkArea;
 
@@ -70,6 +73,8 @@ private:
     void reportFailedOpening(const QString &port);
     void setPortState(bool open);
     void handlePortState();
+    void handleWaiting(bool isWaiting);
+    void showWaiting();
     void takeArrived();
     void beginTransfer();
     void endTransfer();
@@ -77,8 +82,10 @@ private:
     void showCounts();
 
     SerialConfigPanel *m_config = nullptr;
+    LinesGroup *m_lines = nullptr;
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
+    FieldMemory *m_memory = nullptr;
     FormPanel *m_panel = nullptr;
     WorkArea *m_area = nullptr; // owns the four below
     StateIndicator *m_state = nullptr;
@@ -89,6 +96,7 @@ private:
 
     std::unique_ptr<QextSerialPort> m_port;
     QuietReader *m_reader = nullptr;
+    SerialReconnector *m_reconnector = nullptr;
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;
 

@@ -52,6 +52,34 @@ public:
         Setting<int> openedStopBits{this, "StopBit", 0}; // index into the list; written only
     } serial{&m_table, "Serialport", SettingsGroup::KeepsUnwritten};
 
+    struct AreaChoices : SettingsGroup // of a page that receives and sends
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<bool> hexShow{this, "HexShow", false};
+        Setting<bool> timeStamp{this, "TimeStamp", false};
+        Setting<bool> logMode{this, "LogMode", false};
+        Setting<int> quietMs{this, "QuietTime", 10, notWritten, {1, 1000}};
+        Setting<int> sendPage{this, "SendPage", 0, notWritten, {0, 2}}; // index into the list
+        Setting<bool> newline{this, "Newline", false};
+        Setting<bool> hexSend{this, "HexSend", false};
+        Setting<int> autoIntervalMs{this, "AutoInterval", 1000, notWritten, {10}};
+        Setting<bool> isFolded{this, "Folded", false};
+        Setting<int> sendHeight{this, "SendHeight", 0, notWritten, {0}}; // pixels; 0: as low as it can be
+    };
+    AreaChoices serialArea{&m_table, "SerialPage"};
+    AreaChoices networkArea{&m_table, "NetworkPage"};
+
+    struct SerialPage : SettingsGroup // what its panel holds besides
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<QString> port{this, "Port", QString()}; // its name; empty for the first one
+        Setting<bool> reconnects{this, "Reconnect", false};
+        Setting<bool> showsLines{this, "ShowLines", false}; // the group is unfolded
+        Setting<int> flowControl{this, "FlowControl", 0, notWritten, {0, 2}}; // index into the list
+        Setting<bool> dtr{this, "Dtr", true};
+        Setting<int> rts{this, "Rts", 1, notWritten, {0, 2}}; // Qt::CheckState; 1: as the system leaves it
+    } serialPage{&m_table, "SerialPage"};
+
     struct NetworkDefaults : SettingsGroup // of the link that was opened last
     {
         using SettingsGroup::SettingsGroup;
@@ -95,6 +123,14 @@ public:
         using SettingsGroup::SettingsGroup;
         Setting<bool> fitAll{this, "FitAll", false}; // the value axis takes in all curves
     } pid{&m_table, "Pid"};
+
+    struct WindowPlace : SettingsGroup
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<QString> geometry{this, "Geometry", QString()}; // "x y width height", screen pixels
+        Setting<bool> isMaximized{this, "Maximized", false};
+        Setting<int> tool{this, "Tool", 0, notWritten, {0, 4}}; // index of its tab
+    } window{&m_table, "Window"};
 
     struct ViewSettings : SettingsGroup // of the receive displays
     {

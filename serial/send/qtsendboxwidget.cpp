@@ -146,9 +146,10 @@ QtSendBoxWidget::~QtSendBoxWidget()
     m_multi->blockSignals(true);
 }
 
-void QtSendBoxWidget::setDeviceOpen(bool open)
+void QtSendBoxWidget::setDeviceOpen(bool open, const QString &reason)
 {
     m_deviceOpen = open;
+    m_closedReason = reason;
     ButtonRole::setPrimary(m_single->sendButton(), open);
     m_file->setDeviceOpen(open);
     if (!open)
@@ -206,7 +207,7 @@ bool QtSendBoxWidget::requireDevice()
     if (m_deviceOpen)
         return true;
     stopAutoSend();
-    QtMessageTip::showTip(QStringLiteral("请确认通信设备是否打开?"));
+    QtMessageTip::showTip(m_closedReason.isEmpty() ? QStringLiteral("请确认通信设备是否打开?") : m_closedReason);
     return false;
 }
 

@@ -34,7 +34,8 @@ public:
     // stays.
     bool saveBeforeExit();
 
-    void setDeviceOpen(bool open);
+    // Why not, for who tries to send; empty for the usual words.
+    void setDeviceOpen(bool open, const QString &reason = {});
     bool isAutoSending() const { return m_autoTimer.isActive(); }
 
     // Milliseconds between two automatic sends, of the single-send text while that
@@ -87,6 +88,7 @@ private:
     MultiSendPage *m_multi;
     FileSendPage *m_file;
     QTimer m_autoTimer;
+    QString m_closedReason;
     bool m_deviceOpen = false;
     SendText m_format;         // how typed text becomes bytes
     int m_reportedIgnored = 0; // characters that the user knows are not sent

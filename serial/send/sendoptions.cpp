@@ -1,5 +1,6 @@
 #include "sendoptions.h"
 
+#include "fieldmemory.h"
 #include "qtmessagetip.h"
 #include "qtsendboxwidget.h"
 
@@ -65,12 +66,25 @@ QWidget *SendOptions::lastField() const
     return m_interval;
 }
 
+void SendOptions::remember(FieldMemory *memory, Settings::AreaChoices *choices)
+{
+    memory->add(m_page, &choices->sendPage);
+    memory->add(m_text, m_hex, &choices->hexSend);
+    memory->add(m_newline, &choices->newline);
+    m_choices = choices;
+    m_box->setAutoInterval(choices->autoIntervalMs);
+    m_interval->setText(QString::number(m_box->autoInterval()));
+}
+
 void SendOptions::applyInterval()
 {
     bool isNumber = false;
     const int milliseconds = m_interval->text().trimmed().toInt(&isNumber);
-    if (isNumber && m_box->setAutoInterval(milliseconds))
+    if (isNumber && m_box->setAutoInterval(milliseconds)) {
+        if (m_choices)
+            m_choices->autoIntervalMs.change(milliseconds);
         return;
+    }
     QtMessageTip::showBelow(
         m_interval, QStringLiteral("自动发送周期不能小于%1毫秒！").arg(QtSendBoxWidget::minAutoInterval));
     m_interval->setText(QString::number(m_box->autoInterval()));

@@ -4,7 +4,9 @@
 // automatic sending.
 
 #include "formpanel.h"
+#include "settings.h"
 
+class FieldMemory;
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
@@ -18,6 +20,9 @@ class SendOptions : public FormGroup
 public:
     // Sets the box up, and shows when it stops automatic sending.
     explicit SendOptions(QtSendBoxWidget *box, QWidget *parent = nullptr);
+
+    // Keeps all choices but that to send automatically.
+    void remember(FieldMemory *memory, Settings::AreaChoices *choices);
 
     // Applies the period that was typed. One below 10 ms, or no number, is
     // refused with a tip, and the former period is shown again.
@@ -33,6 +38,7 @@ private:
     void buildUi();
 
     QtSendBoxWidget *m_box;
+    Settings::AreaChoices *m_choices = nullptr;
     QComboBox *m_page;
     QRadioButton *m_text;
     QRadioButton *m_hex;

@@ -1,5 +1,7 @@
 #include "recvoptions.h"
 
+#include "fieldmemory.h"
+
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -50,6 +52,16 @@ RecvOptions::RecvOptions(QWidget *parent, Kind kind)
          {static_cast<QWidget *>(m_log), static_cast<QWidget *>(m_quiet), static_cast<QWidget *>(quietLabel)})
         ofStreams->setVisible(kind == Stream);
     addPair(clear, save);
+}
+
+void RecvOptions::remember(FieldMemory *memory, Settings::AreaChoices *choices)
+{
+    memory->add(m_text, m_hex, &choices->hexShow);
+    memory->add(m_stamp, &choices->timeStamp);
+    if (m_log->isHidden())
+        return;
+    memory->add(m_log, &choices->logMode);
+    memory->add(m_quiet, &choices->quietMs);
 }
 
 bool RecvOptions::hexShow() const

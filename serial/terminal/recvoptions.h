@@ -4,7 +4,9 @@
 // to clear and to save them.
 
 #include "formpanel.h"
+#include "settings.h"
 
+class FieldMemory;
 class QCheckBox;
 class QPushButton;
 class QRadioButton;
@@ -19,6 +21,9 @@ public:
     enum Kind { Stream, Messages };
 
     explicit RecvOptions(QWidget *parent = nullptr, Kind kind = Stream);
+
+    // Keeps all choices but that to stop showing.
+    void remember(FieldMemory *memory, Settings::AreaChoices *choices);
 
     bool hexShow() const;
     bool stopShow() const;

@@ -8,7 +8,6 @@
 #include "placeholdertext.h"
 #include "qtterminalwidget.h"
 #include "receivestore.h"
-#include "settings.h"
 #include "stateindicator.h"
 #include "viewmenu.h"
 
@@ -35,6 +34,7 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_openHint(openHint)
     , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
     , m_state(new StateIndicator(this))
+    , m_waiting(new QLabel(this))
     , m_gathering(new QLabel(this))
     , m_sendLabel(new QLabel(this))
     , m_recvLabel(new QLabel(this))
@@ -96,6 +96,27 @@ void WorkArea::showEvent(QShowEvent *event)
 {
     reloadView();
     QWidget::showEvent(event);
+    // The first time: once the splitter has its height.
+    if (m_choices && m_sendHeights.isEmpty())
+        QMetaObject::invokeMethod(this, &WorkArea::restoreSendHeight, Qt::QueuedConnection);
+}
+
+void WorkArea::restoreSendHeight()
+{
+    if (m_choices->sendHeight <= 0 || !m_sendHeights.isEmpty())
+        return;
+    const int height = m_choices->sendHeight;
+    m_sendHeights.insert(m_sendPage, height);
+    m_split->setSizes({m_split->height() - m_split->handleWidth() - height, height});
+}
+
+void WorkArea::remember(Settings::AreaChoices *choices)
+{
+    m_choices = choices;
+    if (choices->isFolded)
+        fold();
+    connect(m_split, &QSplitter::splitterMoved, this,
+            [this] { m_choices->sendHeight.change(m_sendBox->height()); });
 }
 
 void WorkArea::reloadView()
@@ -163,7 +184,8 @@ void WorkArea::showStopped(bool stopped)
 
 void WorkArea::showSendPage(int index)
 {
-    m_sendHeights.insert(m_sendPage, m_sendBox->height());
+    if (isVisible())
+        m_sendHeights.insert(m_sendPage, m_sendBox->height());
     m_sendPage = index;
     m_sendBox->setCurrentPage(index);
     const int height = m_sendHeights.value(index, 1);
@@ -220,6 +242,9 @@ QLayout *WorkArea::buildTop()
     m_gathering->setProperty("kind", QStringLiteral("hint"));
     m_gathering->setToolTip(QStringLiteral("线路空闲达到“断帧间隔”后，这些数据才计数和显示"));
     m_gathering->hide();
+    m_waiting->setObjectName(QStringLiteral("labelWaiting"));
+    m_waiting->setProperty("kind", QStringLiteral("error"));
+    m_waiting->hide();
     auto *top = new QHBoxLayout;
     top->setSpacing(8);
     top->addWidget(m_fold);
@@ -227,6 +252,7 @@ QLayout *WorkArea::buildTop()
     top->addWidget(m_view);
     top->addWidget(m_stopped);
     top->addStretch();
+    top->addWidget(m_waiting);
     top->addWidget(m_gathering);
     top->addSpacing(8);
     top->addWidget(m_sendLabel);
@@ -261,6 +287,8 @@ void WorkArea::fold()
     const bool hide = m_panel->isVisibleTo(m_page);
     m_panel->setVisible(!hide);
     m_fold->setText(hide ? QStringLiteral("显示配置界面") : QStringLiteral("隐藏配置界面"));
+    if (m_choices)
+        m_choices->isFolded.change(hide);
 }
 
 void WorkArea::refreshCounts()
@@ -291,6 +319,12 @@ void WorkArea::showCounts(qint64 sent, qint64 received)
 bool WorkArea::completeExport()
 {
     return m_curves->completeExport();
+}
+
+void WorkArea::showWaiting(const QString &text)
+{
+    m_waiting->setText(text);
+    m_waiting->setVisible(!text.isEmpty());
 }
 
 void WorkArea::showGathering(qint64 bytes)

@@ -6,6 +6,7 @@
 
 #include "notice.h"
 #include "qtsendboxwidget.h"
+#include "settings.h"
 
 #include <QElapsedTimer>
 #include <QMap>
@@ -40,6 +41,9 @@ public:
     // to what is here.
     void placeBeside(FormPanel *panel, QWidget *lastField);
 
+    // Keeps the fold and the height of the send box. After placeBeside().
+    void remember(Settings::AreaChoices *choices);
+
     QPushButton *foldButton() const { return m_fold; }
     void fold(); // or unfold
 
@@ -62,6 +66,8 @@ public:
     void refreshCounts();
     // Bytes.
     void showCounts(qint64 sent, qint64 received);
+    // That a device is waited for; empty hides it.
+    void showWaiting(const QString &text);
     // Bytes of a packet that has not ended yet; 0 hides the label.
     void showGathering(qint64 bytes);
 
@@ -91,6 +97,7 @@ private:
     QWidget *buildDisplay();
     void addShortcut(const QKeySequence &key, const std::function<void()> &action);
     void buildUi();
+    void restoreSendHeight();
 
     QWidget *m_page;
     QString m_closedHint;
@@ -98,10 +105,12 @@ private:
     FormPanel *m_panel = nullptr;
     QSplitter *m_split = nullptr;
     CurveSplit *m_curves = nullptr;
+    Settings::AreaChoices *m_choices = nullptr;
     int m_sendPage = 0;
     QMap<int, int> m_sendHeights; // by page; of those that were shown
     QPushButton *m_fold;
     StateIndicator *m_state;
+    QLabel *m_waiting;
     QLabel *m_gathering;
     QLabel *m_sendLabel;
     QLabel *m_recvLabel;

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QRegularExpression>
 #include <QScrollBar>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -101,6 +102,22 @@ QLabel *FormGroup::addTo(QHBoxLayout *line, const QString &label, QWidget *field
     return caption;
 }
 
+void FormGroup::setFoldable()
+{
+    setProperty("foldable", true);
+    setCheckable(true);
+    connect(this, &QGroupBox::toggled, this, &FormGroup::showRows);
+    setChecked(false);
+}
+
+void FormGroup::showRows(bool isUnfolded)
+{
+    const QList<QWidget *> rows = findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget *row : rows)
+        row->setVisible(isUnfolded);
+    m_grid->setContentsMargins(8, isUnfolded ? 4 : 0, 8, isUnfolded ? 6 : 0);
+}
+
 void FormGroup::letShrink(QComboBox *box)
 {
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -144,6 +161,12 @@ FormGroup *FormPanel::addGroup(const QString &title)
 void FormPanel::addWidget(QWidget *widget)
 {
     m_column->insertWidget(m_column->count() - 1, widget);
+    // What was unfolded may be below the panel's edge. Once it has its height.
+    if (auto *group = qobject_cast<QGroupBox *>(widget))
+        connect(group, &QGroupBox::toggled, this, [this, group](bool isUnfolded) {
+            if (isUnfolded)
+                QTimer::singleShot(0, group, [this, group] { ensureWidgetVisible(group, 0, 0); });
+        });
 }
 
 bool FormPanel::eventFilter(QObject *watched, QEvent *event)

@@ -30,6 +30,9 @@ public:
     void addWide(QWidget *widget);
     // Side by side, equally wide.
     void addPair(QWidget *left, QWidget *right);
+    // A click on the title folds and unfolds the group, which is checked while it is
+    // unfolded. Folded at first; called when all rows are there.
+    void setFoldable();
     // A row outside the columns, for what has different widths.
     QHBoxLayout *addLine();
     QLabel *addTo(QHBoxLayout *line, const QString &label, QWidget *field);
@@ -39,6 +42,7 @@ public:
 
 private:
     QLabel *labelFor(const QString &label, QWidget *field);
+    void showRows(bool isUnfolded);
 
     QGridLayout *m_grid;
 };

@@ -10,7 +10,9 @@
 #include "skin.h"
 #include "stateindicator.h"
 
+#include <QCheckBox>
 #include <QComboBox>
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -243,6 +245,79 @@ private slots:
         receive("back");
         QCOMPARE(shown(), QStringLiteral("back"));
         QCOMPARE(m_notices->count(), 3); // each once
+    }
+
+    void waitsForALostDevice()
+    {
+        const QTemporaryDir folder;
+        qputenv("KORVEX_VIRTUAL_PORTS", folder.path().toLocal8Bit());
+        QVERIFY(QFile::link(m_board->device(), folder.filePath("COM3")));
+        click("checkReconnect");
+        openPort("COM3 虚拟串口");
+        QVERIFY(isPortShownOpen());
+        m_page->SltSerialportChanged({"COM3 虚拟串口", "COM9 another"}); // closes nothing
+        receive("first");
+        QCOMPARE(child<QComboBox>("comboPort")->currentText(), QStringLiteral("COM3 虚拟串口"));
+
+        QVERIFY(QFile::remove(folder.filePath("COM3")));
+        m_page->SltSerialportChanged({"COM9 another"});
+        QCOMPARE(lastNotice(), QStringLiteral("串口[COM3]已断开，正在等待设备恢复"));
+        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("停止等待"));
+        QVERIFY(child<QLabel>("labelWaiting")->text().startsWith(QStringLiteral("正在等待COM3，自")));
+        QCOMPARE(child<QComboBox>("comboPort")->currentText(), QStringLiteral("COM3"));
+        QVERIFY(!isEnabled("comboPort"));
+        child<QtTextEditInput>("textEditSend")->setPlainText("ping");
+        click("btnSingleSend");
+        QCOMPARE(m_page->counts().at(0), QStringLiteral("0"));
+        QVERIFY(QFile::link(m_board->device(), folder.filePath("COM3")));
+        QTRY_COMPARE(lastNotice(), QStringLiteral("串口[COM3]已重新连接"));
+        QVERIFY(isPortShownOpen() && child<QLabel>("labelWaiting")->isHidden());
+        receive("second");
+
+        m_board->hangUp();
+        QTRY_COMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("停止等待"));
+        click("btnOpen");
+        QCOMPARE(lastNotice(), QStringLiteral("已停止等待串口[COM3]"));
+        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+        QVERIFY(isEnabled("comboPort"));
+        qunsetenv("KORVEX_VIRTUAL_PORTS");
+    }
+
+    // Everything but what would act by itself.
+    void remembersItsPanel()
+    {
+        m_page->SltSerialportChanged({"COM1 a", "COM2 b"});
+        child<QComboBox>("comboPort")->setCurrentIndex(1);
+        emit child<QComboBox>("comboPort")->activated(1);
+        child<QGroupBox>("linesGroup")->setChecked(true);
+        for (const char *box : {"checkReconnect", "radioRecvHex", "checkTimeStamp", "checkLogMode",
+                                "checkStopShow", "checkNewline", "radioSendHex", "checkDtr", "btnFold"})
+            click(box);
+        child<QSpinBox>("spinQuietTime")->setValue(25);
+        child<QComboBox>("comboSendPage")->setCurrentIndex(1);
+        child<QComboBox>("comboFlowControl")->setCurrentIndex(2);
+        child<QCheckBox>("checkRts")->setCheckState(Qt::Checked);
+        child<QLineEdit>("editAutoInterval")->setText("250");
+        emit child<QLineEdit>("editAutoInterval")->editingFinished();
+
+        m_page.reset();
+        Settings::instance() = Settings();
+        Settings::load(); // as the next start does
+        m_page = std::make_unique<SerialportWidget>();
+        m_page->SltSerialportChanged({"COM1 a", "COM2 b"});
+        QCOMPARE(child<QComboBox>("comboPort")->currentText(), QStringLiteral("COM2 b"));
+        for (const char *box : {"checkReconnect", "radioRecvHex", "checkTimeStamp", "checkLogMode",
+                                "checkNewline", "radioSendHex"})
+            QVERIFY2(child<QAbstractButton>(box)->isChecked(), box);
+        for (const char *box : {"checkStopShow", "checkDtr"})
+            QVERIFY2(!child<QAbstractButton>(box)->isChecked(), box);
+        QVERIFY(child<QGroupBox>("linesGroup")->isChecked());
+        QCOMPARE(child<QSpinBox>("spinQuietTime")->value(), 25);
+        QCOMPARE(child<QComboBox>("comboSendPage")->currentIndex(), 1);
+        QCOMPARE(child<QComboBox>("comboFlowControl")->currentIndex(), 2);
+        QCOMPARE(child<QCheckBox>("checkRts")->checkState(), Qt::Checked);
+        QCOMPARE(child<QLineEdit>("editAutoInterval")->text(), QStringLiteral("250"));
+        QCOMPARE(child<QAbstractButton>("btnFold")->text(), QStringLiteral("显示配置界面"));
     }
 
     void showsHexTextAndTimes()
