@@ -30,6 +30,7 @@ int main(int argc, char *argv[])
 
     MainWindow window;
     window.resize(QSize(1000, 550).boundedTo(window.screen()->availableSize()));
+    window.restorePlace();
     window.show();
     auto *statusBar = window.findChild<QtStatusBar *>();
     if (parser.isSet(notice)) {

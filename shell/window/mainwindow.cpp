@@ -61,6 +61,7 @@ void check(QActionGroup *group, int index)
 
 MainWindow::MainWindow(QWidget *parent)
     : QtMainWindow(parent)
+    , m_memory(this)
 {
     setObjectName(QStringLiteral("MainWindow"));
     setWindowIcon(QIcon(QStringLiteral(":/resources/images/app_logo.png")));
@@ -91,6 +92,12 @@ MainWindow::~MainWindow()
         delete m_pages.takeLast();
 }
 
+void MainWindow::restorePlace()
+{
+    m_memory.restore();
+    m_tabBar->setCurrentIndex(Settings::instance().window.tool);
+}
+
 bool MainWindow::prepareToQuit()
 {
     return m_quitGuard.mayQuit();
@@ -104,6 +111,7 @@ void MainWindow::closeApp()
 
 void MainWindow::sltTabBarClicked(int index, QString)
 {
+    Settings::instance().window.tool.change(index);
     m_stack->setCurrentIndex(index);
     m_statusBar->showPage(m_stack->currentWidget());
     SltRefreshCounts(index);

@@ -7,6 +7,7 @@
 #include "qtmainwindow.h"
 #include "qtstyledialog.h"
 #include "quitguard.h"
+#include "windowmemory.h"
 
 #include <QVector>
 #include <functional>
@@ -36,6 +37,9 @@ class MainWindow : public QtMainWindow
 public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
+
+    // As it was at the end of the last run. Before it is shown.
+    void restorePlace();
 
     // Asks every page, closes the links and saves, once for all ways to quit.
     // False keeps the program open.
@@ -89,4 +93,5 @@ private:
     QActionGroup *m_skins = nullptr;
     QActionGroup *m_closeBehaviours = nullptr;
     QuitGuard m_quitGuard;
+    WindowMemory m_memory;
 };

@@ -387,6 +387,29 @@ private slots:
 
     // As the program starts: everything in sight. In the smallest window only
     // what is below can be scrolled to.
+    void comesBackToItsPlace()
+    {
+        makeWindow();
+        m_window->restorePlace();
+        show();
+        m_tabs->setCurrentIndex(3);
+        m_window->setGeometry(40, 60, 900, 520);
+        Settings::WindowPlace &place = Settings::instance().window;
+        QTRY_COMPARE(place.geometry, QStringLiteral("40 60 900 520"));
+        makeWindow();
+        m_window->restorePlace();
+        QCOMPARE(m_window->geometry(), QRect(40, 60, 900, 520));
+        QCOMPARE(m_stack->currentIndex(), 3);
+        // Of a screen that is not there any more, or only touched.
+        for (const char *lost : {"5000 60 900 520", "-850 60 900 520", "40 -500 900 520", "1 2 3"}) {
+            place.geometry = QString(lost);
+            makeWindow();
+            const QRect usual = m_window->geometry();
+            m_window->restorePlace();
+            QCOMPARE(m_window->geometry(), usual);
+        }
+    }
+
     void panelsFitTheWindow()
     {
         const std::tuple<int, const char *, int> rows[] = {{0, nullptr, 0},
