@@ -147,6 +147,7 @@ bool SerialLink::open(const SerialSettings &settings, Refusal refusal)
     connect(m_port.get(), &QSerialPort::readyRead, this, &SerialLink::handleArrival);
     connect(m_port.get(), &QSerialPort::bytesWritten, this, &SerialLink::handleHandedOver);
     connect(m_port.get(), &QSerialPort::errorOccurred, this, &SerialLink::handleError);
+    m_readPause.setPort(m_port.get());
     setResource(m_port->portName());
     setState(State::Open);
     return true;
@@ -298,6 +299,7 @@ qint64 SerialLink::send(const QByteArray &bytes, quint64 peer)
     const qint64 count = m_port->write(bytes);
     if (count <= 0)
         return 0;
+    m_readPause.end();
     m_lineFreeAtNs = qMax(m_lineFreeAtNs, PortDrain::nowNs()) + count * PortDrain::byteNs(*m_port);
     // Now rather than in the event loop's next turn: the window may draw first.
     if (pending == 0)
@@ -347,8 +349,12 @@ void SerialLink::cancelDrain()
 
 void SerialLink::handleArrival()
 {
-    if (isReading())
-        readNow();
+    if (!isReading())
+        return;
+    const qint64 before = m_readBytes;
+    readNow();
+    if (isOpen())
+        m_readPause.handleRead(m_readBytes - before, m_arrivalUs);
 }
 
 void SerialLink::readNow()
@@ -357,8 +363,9 @@ void SerialLink::readNow()
         return;
     const QByteArray bytes = m_port->read(m_port->bytesAvailable()); // readAll() would allocate twice
     m_readBytes += bytes.size();
+    m_arrivalUs = nowUs();
     if (!bytes.isEmpty())
-        emit received(bytes, nowUs(), m_peer);
+        emit received(bytes, m_arrivalUs, m_peer);
 }
 
 // What the system still has, as well; a flood has no end. Waiting may read, too.
@@ -444,5 +451,6 @@ void SerialLink::endNow(const QString &reason)
 void SerialLink::letGo()
 {
     cancelDrain();
+    m_readPause.end();
     m_port->disconnect(this);
 }

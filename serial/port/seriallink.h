@@ -6,6 +6,7 @@
 // one that refuses or accepts nothing is reported by failed().
 
 #include "link.h"
+#include "readpause.h"
 #include "serialsettings.h"
 
 #include <QStringList>
@@ -116,4 +117,6 @@ private:
     bool m_endsOnWriteError = false;
     qint64 m_lineFreeAtNs = 0; // what was sent has left by then
     qint64 m_readBytes = 0;
+    qint64 m_arrivalUs = 0; // of the last of them
+    ReadPause m_readPause;
 };
