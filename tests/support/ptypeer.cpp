@@ -18,6 +18,8 @@ PtyPeer::PtyPeer()
     if (openpty(&m_master, &m_slave, name, &raw, nullptr) != 0)
         qFatal("no pseudo-terminal");
     fcntl(m_master, F_SETFL, O_NONBLOCK);
+    for (const int end : {m_master, m_slave})
+        fcntl(end, F_SETFD, FD_CLOEXEC); // a program under test must not hold the line
     m_device = QString::fromLatin1(name);
 }
 
