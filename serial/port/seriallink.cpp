@@ -301,8 +301,9 @@ qint64 SerialLink::send(const QByteArray &bytes, quint64 peer)
         return 0;
     m_readPause.end();
     m_lineFreeAtNs = qMax(m_lineFreeAtNs, PortDrain::nowNs()) + count * PortDrain::byteNs(*m_port);
-    // Now rather than in the event loop's next turn: the window may draw first.
-    if (pending == 0)
+    // Now rather than in the event loop's next turn: the window may draw first. Not
+    // from within the port's own writing, which would go on with a full driver.
+    if (pending == 0 && !m_isHandingOver)
         PortDrain::flush(*m_port);
     return count;
 }
@@ -316,7 +317,9 @@ void SerialLink::handleHandedOver(qint64 bytes)
 {
     if (m_port->bytesToWrite() <= maxPendingBytes / 2)
         setBlocked(false);
+    m_isHandingOver = true;
     emit handedOver(bytes);
+    m_isHandingOver = false;
 }
 
 void SerialLink::setBlocked(bool isBlocked)

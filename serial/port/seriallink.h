@@ -115,7 +115,8 @@ private:
     bool m_hungUp = false;
     bool m_blocked = false;
     bool m_endsOnWriteError = false;
-    qint64 m_lineFreeAtNs = 0; // what was sent has left by then
+    bool m_isHandingOver = false; // handedOver() is being emitted
+    qint64 m_lineFreeAtNs = 0;    // what was sent has left by then
     qint64 m_readBytes = 0;
     qint64 m_arrivalUs = 0; // of the last of them
     ReadPause m_readPause;
