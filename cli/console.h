@@ -23,6 +23,9 @@ enum class Outcome {
 // the user.
 Outcome write(const QByteArray &bytes, QString *reason);
 
+// From then on, no longer than a moment is waited for the reader.
+void setDeadline(int msFromNow);
+
 // Waits for input. The number of bytes; 0 at its end or where there is none.
 int read(char *bytes, int size);
 

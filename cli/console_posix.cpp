@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <csignal>
 #include <cstring>
@@ -27,12 +28,14 @@ bool isRegularOutput()
     return isRegular;
 }
 
+std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::time_point::max();
+
 // False when the process is to end before there is room.
 bool waitForRoom()
 {
     pollfd output = {STDOUT_FILENO, POLLOUT, 0};
     while (::poll(&output, 1, kStopCheckMs) <= 0) {
-        if (StopSignal::isRequested())
+        if (StopSignal::isRequested() || std::chrono::steady_clock::now() > deadline)
             return false;
     }
     return true;
@@ -79,6 +82,11 @@ Outcome write(const QByteArray &bytes, QString *reason)
         }
     }
     return Outcome::Written;
+}
+
+void setDeadline(int msFromNow)
+{
+    deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(msFromNow);
 }
 
 int read(char *bytes, int size)

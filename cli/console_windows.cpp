@@ -70,6 +70,11 @@ Outcome write(const QByteArray &bytes, QString *reason)
     return Outcome::Written;
 }
 
+// Writing to a pipe cannot be given up there.
+void setDeadline(int)
+{
+}
+
 int read(char *bytes, int size)
 {
     HANDLE input = GetStdHandle(STD_INPUT_HANDLE);

@@ -12,17 +12,14 @@ constexpr int kJudgedBytes = ExpectedLine::maxOpenBytes / 2;
 } // namespace
 
 ExpectedLine::ExpectedLine(const LineMatcher::Pattern &pattern, int codecIndex)
-    : m_matcher(pattern)
+    : m_test(pattern)
     , m_codecIndex(codecIndex)
 {
 }
 
 bool ExpectedLine::matches(const QByteArray &line)
 {
-    QVector<LineMatcher::Range> found;
-    if (!m_matcher.find(TextCodec::decode(line, m_codecIndex), &found))
-        ++m_unjudged;
-    return !found.isEmpty();
+    return m_test.matches(TextCodec::decode(line, m_codecIndex));
 }
 
 std::optional<QByteArray> ExpectedLine::add(const QByteArray &bytes)

@@ -4,7 +4,7 @@
 // not part of it. A line without end, a prompt, is judged when its owner finds
 // that the device is quiet, and while it grows.
 
-#include "linematcher.h"
+#include "linetest.h"
 
 #include <QByteArray>
 
@@ -25,14 +25,13 @@ public:
     std::optional<QByteArray> openLine();
 
     // Lines that the expression could not be tried on completely.
-    int unjudgedLines() const { return m_unjudged; }
+    int unjudgedLines() const { return m_test.unjudgedLines(); }
 
 private:
     bool matches(const QByteArray &line);
 
-    LineMatcher m_matcher;
+    LineTest m_test;
     int m_codecIndex;
     QByteArray m_open;
     int m_unseen = 0; // bytes of it that were not judged
-    int m_unjudged = 0;
 };

@@ -34,7 +34,7 @@ MonitorCommand::MonitorCommand(const Options &options)
     m_pause.setTimerType(Qt::PreciseTimer);
     m_end.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, &MonitorCommand::checkPause);
-    connect(&m_end, &QTimer::timeout, this, [this] { finish(ExitStatus::Done); });
+    connect(&m_end, &QTimer::timeout, this, [this] { handleEnd(); });
     connect(&m_input, &StandardInput::received, this, &MonitorCommand::handleInput);
     connect(link(), &Link::handedOver, this, &MonitorCommand::sendInput);
     connect(this, &PortCommand::ended, this, [this] { show(m_text.endLine()); });
@@ -42,12 +42,23 @@ MonitorCommand::MonitorCommand(const Options &options)
 
 void MonitorCommand::prepare()
 {
-    if (options().durationMs)
-        m_end.start(*options().durationMs);
+    if (!options().durationMs)
+        return;
+    m_end.start(*options().durationMs);
+    Console::setDeadline(*options().durationMs);
+}
+
+void MonitorCommand::handleEnd()
+{
+    if (m_hasOpened)
+        finish(ExitStatus::Done);
+    else
+        finish(ExitStatus::TimedOut, QStringLiteral("超时：端口没有打开"));
 }
 
 void MonitorCommand::handleOpened()
 {
+    m_hasOpened = true;
     if (m_pending.isEmpty())
         m_input.next();
     else
@@ -66,6 +77,8 @@ void MonitorCommand::handleReceived(const QByteArray &bytes, qint64 arrivalUs)
     show(m_text.add(bytes, arrivalUs / 1000));
     if (options().isHex && !m_pause.isActive())
         m_pause.start(kPauseMs);
+    if (m_text.unjudgedLines() > 0 && !std::exchange(m_hasToldUnjudged, true))
+        Console::tell(QStringLiteral("表达式在某些行上步数过多，这些行不显示"));
 }
 
 // As the arrivals' times say; a timer started again for each would be expensive.

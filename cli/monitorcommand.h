@@ -24,6 +24,7 @@ protected:
 
 private:
     void show(const QByteArray &text);
+    void handleEnd(); // of the time
     void checkPause();
     void handleInput(const QByteArray &bytes);
     void sendInput();
@@ -38,4 +39,6 @@ private:
     StreamDecoder m_inputDecoder;
     QByteArray m_pending; // of the input, for the link
     bool m_isOutputGone = false;
+    bool m_hasOpened = false;
+    bool m_hasToldUnjudged = false;
 };

@@ -7,7 +7,7 @@
 
 MonitorText::MonitorText(const Options &options)
     : m_options(options)
-    , m_filter(options.filter ? LineMatcher(*options.filter) : LineMatcher())
+    , m_filter(options.filter.value_or(LineMatcher::Pattern()))
 {
 }
 
@@ -82,12 +82,10 @@ void MonitorText::finishLine(QByteArray *out)
     if (!m_options.filter)
         return;
     const QByteArray line = std::exchange(m_line, {});
-    QVector<LineMatcher::Range> found;
-    int length = line.size();
+    int length = line.size(); // without the line end
     while (length > 0 && (line.at(length - 1) == '\n' || line.at(length - 1) == '\r'))
         --length;
-    m_filter.find(QString::fromUtf8(line.constData(), length), &found);
-    if (!found.isEmpty())
+    if (m_filter.matches(QString::fromUtf8(line.constData(), length)))
         *out += m_prefix + line;
 }
 

@@ -6,7 +6,7 @@
 // A line of text ends with "\n". A line of hexadecimal digits is a packet: the
 // bytes up to a pause, which its owner notices.
 
-#include "linematcher.h"
+#include "linetest.h"
 #include "textcodec.h"
 
 #include <QByteArray>
@@ -34,6 +34,9 @@ public:
     // Ends the line: a pause behind a packet, or the end of all.
     QByteArray endLine();
 
+    // Lines that the filter could not be tried on.
+    int unjudgedLines() const { return m_filter.unjudgedLines(); }
+
 private:
     QByteArray addHex(const QByteArray &bytes);
     QByteArray addText(const QByteArray &text);
@@ -41,7 +44,7 @@ private:
     void finishLine(QByteArray *out);
 
     Options m_options;
-    LineMatcher m_filter;
+    LineTest m_filter;
     StreamDecoder m_decoder;
     qint64 m_arrivalMs = 0;
     QByteArray m_prefix;   // of the line, while it is filtered

@@ -32,6 +32,8 @@ PortCommand::PortCommand(const Options &options)
 
 void PortCommand::start()
 {
+    if (m_isFinishing)
+        return;
     QString reason;
     if (!m_options.port.isNameUsable())
         return finish(ExitStatus::Refused, QStringLiteral("串口不存在：%1").arg(m_options.port.name()));

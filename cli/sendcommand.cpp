@@ -8,6 +8,10 @@ namespace {
 
 constexpr qint64 kPieceBytes = 16 * 1024;
 
+constexpr qint64 kDriverBytes = 4096;
+constexpr int kBitsPerByte = 10;
+constexpr qint64 kClosingMs = 8000; // closing waits longer for the line
+
 } // namespace
 
 SendCommand::SendCommand(const Options &options)
@@ -71,10 +75,22 @@ void SendCommand::sendNext()
     while (!isFinishing() && link()->pendingBytes() < kPieceBytes) {
         const QByteArray piece = nextPiece();
         if (!piece.isEmpty())
-            link()->send(piece);
+            m_sentBytes += link()->send(piece);
         else if (!m_source && link()->pendingBytes() == 0)
-            finish(ExitStatus::Done);
+            finishWhenSent();
         if (piece.isEmpty())
             return;
     }
+}
+
+// A slow line needs longer for what the driver holds than closing waits for.
+void SendCommand::finishWhenSent()
+{
+    m_silence.stop();
+    const qint64 bits = qMin(m_sentBytes, kDriverBytes) * kBitsPerByte;
+    const qint64 lineMs = options().port.isSerial() ? bits * 1000 / options().port.baudRate() : 0;
+    if (lineMs > kClosingMs)
+        QTimer::singleShot(static_cast<int>(lineMs - kClosingMs), this, [this] { finish(ExitStatus::Done); });
+    else
+        finish(ExitStatus::Done);
 }

@@ -23,10 +23,12 @@ protected:
 
 private:
     void sendNext();
+    void finishWhenSent();
     QByteArray nextPiece();
 
     std::unique_ptr<QIODevice> m_source; // null when all of it was read
     std::optional<FrameChecksum> m_checksum;
     QByteArray m_lineEnd;
     QTimer m_silence; // while the device accepts nothing
+    qint64 m_sentBytes = 0;
 };

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -35,11 +36,11 @@ StandardInput::~StandardInput()
 
 void StandardInput::next()
 {
+    if (std::exchange(m_isAsked, true))
+        return;
     const std::lock_guard<std::mutex> lock(m_shared->mutex);
-    if (!m_isRunning) {
-        m_isRunning = true;
+    if (!std::exchange(m_isRunning, true))
         std::thread(&StandardInput::run, m_shared).detach();
-    }
     m_shared->isWanted = true;
     m_shared->changed.notify_one();
 }
@@ -62,6 +63,7 @@ void StandardInput::run(const std::shared_ptr<Shared> &shared)
         QMetaObject::invokeMethod(
             owner,
             [owner, bytes] {
+                owner->m_isAsked = bytes.isEmpty(); // nothing follows the end
                 if (bytes.isEmpty())
                     emit owner->ended();
                 else

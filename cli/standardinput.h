@@ -18,7 +18,7 @@ public:
     // The thread may wait for input that never comes; it ends with the process.
     ~StandardInput() override;
 
-    // The next piece is wanted.
+    // The next piece is wanted; asked again before it is there, it is still one.
     void next();
 
 signals:
@@ -31,4 +31,5 @@ private:
 
     std::shared_ptr<Shared> m_shared;
     bool m_isRunning = false;
+    bool m_isAsked = false;
 };

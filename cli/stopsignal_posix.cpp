@@ -38,19 +38,14 @@ StopSignal::StopSignal(QObject *parent)
     // Without SA_RESTART: a write that waits for its reader ends.
     struct sigaction action = {};
     action.sa_handler = onSignal;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : {SIGINT, SIGTERM})
         ::sigaction(signal, &action, nullptr);
+    struct sigaction hangUp = {};
+    if (::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) // "nohup"
+        ::sigaction(SIGHUP, &action, nullptr);
 }
 
-StopSignal::~StopSignal()
-{
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-        std::signal(signal, SIG_DFL);
-    for (int &end : signalPipe) {
-        ::close(end);
-        end = -1;
-    }
-}
+StopSignal::~StopSignal() = default; // a later signal finds no notifier, and changes nothing
 
 bool StopSignal::isRequested()
 {

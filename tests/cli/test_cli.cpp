@@ -1,6 +1,7 @@
 // The program itself, at pseudo-terminals, sockets and pipes.
 
 #include "clirun.h"
+#include "freeport.h"
 #include "ptypeer.h"
 #include "testfiles.h"
 #include "waitfor.h"
@@ -19,7 +20,7 @@ class TestCli : public QObject
 private slots:
     void endsWithAStatus_data()
     {
-        QTest::addColumn<QString>("arguments"); // @: a port
+        QTest::addColumn<QString>("arguments"); // @: a port, %: a free TCP port
         QTest::addColumn<int>("status");
         QTest::addColumn<QString>("message");
         const std::tuple<const char *, int, const char *> rows[] = {
@@ -37,9 +38,10 @@ private slots:
             {"monitor tcp://localhost", 2, "地址无效"},
             {"monitor tcp://localhost:65536", 2, "地址无效"},
             {"monitor /dev/nothing", 1, "串口不存在"},
-            {"monitor tcp://127.0.0.1:1", 1, "拒绝连接"},
+            {"monitor tcp://127.0.0.1:%", 1, "拒绝连接"},
             {"monitor @ --log /nowhere/log", 1, "文件夹不存在"},
             {"monitor @ --duration 0.05", 0, ""},
+            {"monitor /dev/nothing --reconnect --duration 0.3", 3, "没有打开"},
             {"send @", 2, "--text"},
             {"send @ --text a --hex 41", 2, "--text"},
             {"send @ --text a --text b", 2, "选项重复"},
@@ -65,7 +67,8 @@ private slots:
         QFETCH(int, status);
         QFETCH(QString, message);
         PtyPeer board;
-        CliRun run(arguments.replace('@', board.device()).split(' ', Qt::SkipEmptyParts));
+        arguments.replace('@', board.device()).replace('%', QString::number(freePort()));
+        CliRun run(arguments.split(' ', Qt::SkipEmptyParts));
         QCOMPARE(run.status(), status);
         QVERIFY(run.told(message));
     }
@@ -236,6 +239,9 @@ private slots:
         PtyPeer board;
         // A reader that reads nothing holds the device back, but not Ctrl+C.
         CliRun run({"monitor", board.device()}, pipe[1]);
+        QVERIFY(board.write("x"));
+        char byte = 0;
+        QCOMPARE(::read(pipe[0], &byte, 1), ssize_t(1));
         QVERIFY(board.writeSome(QByteArray(200000, 'x')) < 200000);
         run.interrupt();
         QCOMPARE(run.status(), 0);

@@ -32,6 +32,7 @@ private slots:
         const QByteArray endless(3 * ExpectedLine::maxOpenBytes + 7, 'x');
         QTest::newRow("line end") << QByteArray("ok$") << QByteArray("not ok\r\r\nok\n")
                                   << QByteArray("not ok");
+        QTest::newRow("empty") << QByteArray("^$") << QByteArray("a\n\r\n") << QByteArray();
         QTest::newRow("no line") << QByteArray("ok") << QByteArray("o\nk") << QByteArray("-");
         QTest::newRow("NUL") << QByteArray("v=\\d") << QByteArray("a\0v=1\n", 6) << QByteArray("a\0v=1", 5);
         QTest::newRow("no UTF-8") << QByteArray("度 \\d") << QByteArray("\xB6\xFF度 1\n")
