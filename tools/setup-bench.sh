@@ -5,4 +5,4 @@ set -eu
 
 apt-get update
 DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
-    cutecom gtkterm okteta wxhexeditor xvfb openbox xdotool imagemagick libx11-6 python3
+    cutecom gtkterm okteta wxhexeditor xvfb openbox xdotool imagemagick libx11-6 python3 socat
