@@ -3,10 +3,12 @@
 same bytes from a pseudo-terminal into a file, and the time from starting the
 program to its first byte.
 
-    bench/cli_cost.py build/release/bin [SECONDS [BYTES_PER_SECOND]]
+    bench/cli_cost.py build/release/bin [SECONDS [BYTES_PER_SECOND [BYTES_AT_A_TIME]]]
 
-Both run at the same time on a terminal each and are fed in turn, in writes of a
-millisecond's, so that what else the machine does weighs the same on both.
+Both run at the same time on a terminal each and are fed in turn, so that what else
+the machine does weighs the same on both. A feeder that gets no processor for some
+milliseconds makes up for it in a burst; look at a quiet machine, or run it with a
+higher priority.
 """
 
 import os
@@ -47,7 +49,7 @@ def wait_for_size(name, size):
         time.sleep(0.01)
 
 
-def compare(program, seconds, rate, folder):
+def compare(program, seconds, rate, size, folder):
     commands = {
         "korvex-cli": lambda device: [program, "monitor", device],
         "socat": lambda device: ["socat", "-u", f"OPEN:{device},rawer", "STDOUT"],
@@ -60,16 +62,15 @@ def compare(program, seconds, rate, folder):
         runs.append((name, process, board, host, output))
     time.sleep(WARM_UP)
     before = [cost(run[1]) for run in runs]
-    piece = bytes(range(256)) * (rate // 1000 // 256 + 1)
-    piece = piece[:rate // 1000]
+    piece = (bytes(range(256)) * (size // 256 + 1))[:size]
     start = time.perf_counter()
     sent = 0
     while (now := time.perf_counter() - start) < seconds:
-        while sent < now * rate:
+        while sent + len(piece) <= now * rate:
             for run in runs:
                 write_all(run[2], piece)
             sent += len(piece)
-        time.sleep(0.001)
+        time.sleep(max(0, start + (sent + len(piece)) / rate - time.perf_counter()))
     for run in runs:
         wait_for_size(run[4], sent)
     seconds_used = {}
@@ -86,7 +87,7 @@ def compare(program, seconds, rate, folder):
         if not complete:
             print(f"  {run[0]} lost or changed bytes")
     ratio = seconds_used["korvex-cli"] / seconds_used["socat"]
-    print(f"  ratio {ratio:.2f} for {sent / 1e6:.1f} MB at {rate / 1e6:g} MB/s")
+    print(f"  ratio {ratio:.2f} for {sent / 1e6:.1f} MB at {rate / 1e6:g} MB/s, {size} bytes at a time")
     return ratio
 
 
@@ -106,11 +107,12 @@ def main():
     program = f"{sys.argv[1]}/korvex-cli"
     seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 10
     rate = int(float(sys.argv[3])) if len(sys.argv) > 3 else 1_000_000
+    size = int(sys.argv[4]) if len(sys.argv) > 4 else rate // 1000
     with tempfile.TemporaryDirectory() as folder:
         ratios = []
         for turn in range(3):
             print(f"run {turn + 1}:")
-            ratios.append(compare(program, seconds, rate, folder))
+            ratios.append(compare(program, seconds, rate, size, folder))
     board, host, device = terminal()
     times = {"korvex-cli": [], "socat": []}
     for _ in range(15):

@@ -3,6 +3,8 @@
 #include <QSerialPort>
 #include <QSocketNotifier>
 
+#include <utility>
+
 namespace {
 
 constexpr int kMaxPauseMs = 3;
@@ -11,6 +13,10 @@ constexpr qint64 kPieceBytes = 3 * 1024;
 // A slower line would wait for little: bytes in a millisecond.
 constexpr qint64 kMinBytesPerMs = 64;
 constexpr int kMinFastReads = 4;
+// A pause is worth it where the driver hands over less than this at a time, which
+// is looked at now and then.
+constexpr qint64 kMaxChunkBytes = 2 * 1024;
+constexpr int kPausesPerLook = 32;
 
 } // namespace
 
@@ -44,9 +50,13 @@ void ReadPause::handleRead(qint64 bytes, qint64 nowUs)
     m_readAtUs = nowUs;
     const bool isFast = bytes * 1000 >= elapsedUs * kMinBytesPerMs;
     m_fastReads = isFast ? m_fastReads + 1 : 0;
+    if (!std::exchange(m_isPaused, false))
+        m_pausesLeft = bytes < kMaxChunkBytes ? kPausesPerLook : 0;
     const qint64 pauseMs = bytes > 0 ? qMin<qint64>(kMaxPauseMs, kPieceBytes * elapsedUs / bytes / 1000) : 0;
-    if (m_fastReads < kMinFastReads || pauseMs < 1 || !m_notifier)
+    if (m_fastReads < kMinFastReads || pauseMs < 1 || m_pausesLeft == 0 || !m_notifier)
         return;
+    --m_pausesLeft;
+    m_isPaused = true;
     m_notifier->setEnabled(false);
     m_timer.start(static_cast<int>(pauseMs));
 }

@@ -32,5 +32,7 @@ private:
     QPointer<QSocketNotifier> m_notifier;
     QTimer m_timer;
     qint64 m_readAtUs = 0;
-    int m_fastReads = 0; // in a row
+    int m_fastReads = 0;  // in a row
+    int m_pausesLeft = 0; // until the next look at what comes at a time
+    bool m_isPaused = false;
 };
