@@ -598,6 +598,9 @@ def try_all(root, place, folders, count, seed, jobs):
                 results.save()
     results.save()
     shutil.rmtree(running.place, ignore_errors=True)
+    for folder in folders:
+        lines = [line + "\n" for line in survivors if faultlines.is_in(line, [folder])]
+        (place / f"survivors-{folder.strip('/').replace('/', '-')}.txt").write_text("".join(sorted(lines)))
     dropped = sum(len(source.dropped) for source in copy.sources.values() if faultlines.is_in(source.name, folders))
     missed = counts["survives"] + counts["unreached"]
     print(f"\n{len(faults)} faults, {counts['caught']} caught, {counts['harmless']} known to be harmless, "
