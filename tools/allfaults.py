@@ -208,11 +208,14 @@ class Source:
             yield first, last, f"({''.join(choices)}(", "))"
 
     def inexpressible(self):
-        """Deleted lines that are only a part of a statement, and conditions that declare something."""
+        """Deleted lines that are only a part of a statement, conditions that declare something, constants."""
         for number, (_, _, _, start, end, kind) in self.faults.items():
             if kind == "deletion" and not self.begins_statement(start):
                 yield number
             if kind == "negation" and re.search(r"\w = ", self.code[start:end]):
+                yield number
+            before = self.code[self.lines[self.line_of(start)]:start]
+            if kind == "value" and re.search(r"^\s*case |\barray<[^<>]*, $", before):
                 yield number
 
     def faulty_copy(self, dropped, constant_lines):
@@ -333,18 +336,25 @@ class Copy:
                                      output, flags=re.M):
             if name in self.sources:
                 places[name].add(int(line) - 1)
-        any_dropped = False
-        for name, lines in places.items():
-            source = self.sources[name]
-            constants = {line for line in lines if re.search(r"\bconstexpr\b", source.text.split("\n")[line])}
-            constants -= self.constant.get(name, set())
-            wanted = constants or lines
-            self.constant.setdefault(name, set()).update(constants)
-            refused = {number for number, (_, _, _, start, end, kind) in source.faults.items()
-                       if number not in source.dropped and self.touches(source, start, kind, wanted)}
-            self.dropped.setdefault(name, set()).update(self.key(source, number) for number in refused)
-            any_dropped |= bool(refused or constants)
-        return any_dropped
+        return any([self.drop_lines(source, lines) or self.drop_lines(source, self.nearby(source, lines)) or
+                    self.drop_lines(source, {line for line, text in enumerate(source.text.split("\n")) if "constexpr" in text})
+                    for source, lines in ((self.sources[name], lines) for name, lines in places.items())])
+
+    def nearby(self, source, lines):
+        """The lines around, and those of the constants whose names stand there."""
+        text = source.text.split("\n")
+        names = set(re.findall(r"\bk[A-Z]\w*", "".join(text[line] for line in lines)))
+        constants = {at for at, line in enumerate(text) if "constexpr" in line and names & set(re.findall(r"\w+", line))}
+        return constants or {line + step for line in lines for step in (-1, 0, 1)} & set(range(len(text)))
+
+    def drop_lines(self, source, lines):
+        constants = {line for line in lines if re.search(r"\bconstexpr\b", source.text.split("\n")[line])}
+        constants -= self.constant.get(source.name, set())
+        self.constant.setdefault(source.name, set()).update(constants)
+        refused = {number for number, (_, _, _, start, _, kind) in source.faults.items()
+                   if number not in source.dropped and self.touches(source, start, kind, constants or lines)}
+        self.dropped.setdefault(source.name, set()).update(self.key(source, number) for number in refused)
+        return bool(refused or constants)
 
     @staticmethod
     def touches(source, start, kind, lines):
