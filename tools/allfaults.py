@@ -369,7 +369,7 @@ class Copy:
         while True:
             self.write_faults(names)
             self.remember()
-            built = run("nice", "-n", "5", "ninja", "-C", self.build, "-k", "0", "-j", os.environ.get("JOBS", "2"), *targets)
+            built = run("ninja", "-C", self.build, "-k", "0", "-j", os.environ.get("JOBS", "2"), *targets)
             if built.returncode == 0:
                 return
             if not self.drop_refused(built.stdout):
