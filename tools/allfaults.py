@@ -393,7 +393,7 @@ class Program:
         self.file, *self.arguments = test["command"]
         self.labels = set(values.get("LABELS", [])) - set(faultlines.UNUSED_LABELS)
         self.environment = dict(entry.split("=", 1) for entry in values.get("ENVIRONMENT", []))
-        self.functions = {}  # name: (seconds, numbers of faults); "" for all of them
+        self.functions = {}  # name: (seconds, numbers of faults); several names where one needs those before it
 
     def start(self, functions, number, reached, folder):
         """In a folder of its own, since a test keeps files beside its program."""
@@ -407,7 +407,7 @@ class Program:
         environment.pop("FAULT_REACHED", None)
         if reached:
             environment["FAULT_REACHED"] = reached
-        return subprocess.Popen([program, *self.arguments, "-nocrashhandler", *filter(None, functions)],
+        return subprocess.Popen([program, *self.arguments, "-nocrashhandler", *" ".join(functions).split()],
                                 cwd=folder / "work", env=environment, text=True, errors="replace",
                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True)
 
@@ -432,15 +432,14 @@ class Program:
         names = run(self.file, *self.arguments, "-functions", env={**os.environ, **self.environment}, cwd=folder.parent).stdout
         names = re.findall(r"^(\w+)\(\)$", names, flags=re.M)
         self.functions = {}
-        for name in names:
-            passed, entry = self.map_one(name, folder)
-            if not passed:  # needs what other functions leave behind
-                passed, entry = self.map_one("", folder)
-                self.functions = {"": entry} if passed else {}
-                if not passed:
-                    print(f"{self.name} fails without any fault: left out", flush=True)
-                return
-            self.functions[name] = entry
+        for last, name in enumerate(names):
+            for tried in name, " ".join(names[:last + 1]):
+                passed, entry = self.map_one(tried, folder)
+                if passed:
+                    self.functions[tried] = entry
+                    break
+            else:
+                print(f"{self.name} {name} fails without any fault: left out", flush=True)
 
     def map_one(self, name, folder):
         reached = folder.parent / (folder.name + ".reached")
