@@ -503,7 +503,8 @@ class Programs:
             if not own or program in own:
                 chosen[program].append(function)
         seconds = lambda program: sum(program.functions[name][0] for name in chosen[program])
-        return sorted(((program, names, seconds(program)) for program, names in chosen.items()), key=lambda entry: entry[2])
+        return sorted(((program, sorted(names, key=lambda name: program.functions[name][0]), seconds(program))
+                       for program, names in chosen.items()), key=lambda entry: entry[2])
 
 
 class Folders:
