@@ -289,7 +289,7 @@ class Copy:
         launcher.chmod(0o755)
         made = run("cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
                    "-DCMAKE_C_FLAGS=-O0 -w", "-DCMAKE_CXX_FLAGS=-O0 -w -Wno-narrowing",
-                   "-DCMAKE_C_FLAGS_DEBUG=", "-DCMAKE_CXX_FLAGS_DEBUG=", f"-DCMAKE_EXE_LINKER_FLAGS={object_file}",
+                   "-DCMAKE_C_FLAGS_DEBUG=", "-DCMAKE_CXX_FLAGS_DEBUG=", f"-DCMAKE_EXE_LINKER_FLAGS={object_file}" + (" -fuse-ld=lld" if shutil.which("ld.lld") else ""),
                    f"-DCMAKE_C_COMPILER_LAUNCHER={launcher}", f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}")
         if made.returncode:
             raise SystemExit(made.stderr)
@@ -361,15 +361,21 @@ class Copy:
         first, last = source.condition_around(start) if kind == "operator" else (start, start)
         return not lines.isdisjoint(range(source.line_of(first), source.line_of(last) + 1))
 
-    def make(self, targets):
+    def make(self, folders):
         self.copy_files()
         self.configure()
         self.compile_headers()
+        listing = json.loads(run("ctest", "--test-dir", self.build, "--show-only=json-v1").stdout)
+        self.programs = [Program(self, test) for test in listing["tests"]]
+        labels = {faultlines.label_of(folder) for folder in folders}
+        if folders and all(any(label in program.labels for program in self.programs) for label in labels - {"boardsim"}):
+            self.programs = [program for program in self.programs if program.labels & labels or "boardsim" in labels]
+        self.programs = [program for program in self.programs if program.labels]
         names = faultlines.sources(self.tree, self.build)
         while True:
             self.write_faults(names)
             self.remember()
-            built = run("ninja", "-C", self.build, "-k", "0", "-j", os.environ.get("JOBS", "2"), *targets)
+            built = run("ninja", "-C", self.build, "-k", "0", "-j", "2", *(program.name for program in self.programs))
             if built.returncode == 0:
                 return
             if not self.drop_refused(built.stdout):
@@ -390,7 +396,7 @@ class Program:
     def __init__(self, copy, test):
         values = {entry["name"]: entry["value"] for entry in test.get("properties", [])}
         self.copy, self.name = copy, test["name"]
-        self.file, *self.arguments = test["command"]
+        self.file, *self.arguments = test.get("command") or [copy.build / "tests" / self.name / self.name]
         self.labels = set(values.get("LABELS", [])) - set(faultlines.UNUSED_LABELS)
         self.environment = dict(entry.split("=", 1) for entry in values.get("ENVIRONMENT", []))
         self.functions = {}  # name: (seconds, numbers of faults); several names where one needs those before it
@@ -455,9 +461,7 @@ class Programs:
 
     def __init__(self, copy):
         self.copy, self.memory = copy, copy.place / "reached.json"
-        listing = json.loads(run("ctest", "--test-dir", copy.build, "--show-only=json-v1").stdout)
-        self.all = [program for program in (Program(copy, test) for test in listing["tests"] if "command" in test)
-                    if program.labels and os.path.exists(program.file)]
+        self.all = copy.programs
         self.helpers = ""
 
     def digest(self, program):
@@ -580,7 +584,7 @@ def chosen_faults(copy, folders, count, seed):
 
 def try_all(root, place, folders, count, seed, jobs):
     copy = Copy(root, place)
-    copy.make(["all"])
+    copy.make(folders)
     resource.setrlimit(resource.RLIMIT_AS, (MAX_MEMORY, MAX_MEMORY))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     programs, results = Programs(copy), Results(place)
