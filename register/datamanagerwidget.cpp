@@ -46,7 +46,6 @@ DataManagerWidget::DataManagerWidget(Mode mode, RegisterTableModel *table, QWidg
     buildUi();
     connectParts();
     m_pageBar->reset(m_table->pageCount());
-    m_page->turn();
     setBusy(false);
     resize(720, 480);
 }

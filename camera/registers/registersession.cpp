@@ -103,7 +103,6 @@ void RegisterSession::stopTable()
 void RegisterSession::stopAll()
 {
     m_single.reset();
-    m_singleTimer.stop();
     stopTable();
 }
 

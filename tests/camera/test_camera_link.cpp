@@ -77,6 +77,7 @@ private slots:
         QTest::newRow("lengths 10, 11, 12") << Chunks{header("0a000000", "02") + header("0b000000", "02") +
                                                       "x" + header("0c000000", "02") + "xy"}
                                             << "i0 i0 i0 ";
+        QTest::newRow("no data") << Chunks{CameraFrame::build(0, CameraFrame::ImageData, "")} << "I0 ";
         QTest::newRow("length 9") << Chunks{header("09000000", "02") + "ab"} << "L ";
         QTest::newRow("above 64 MB") << Chunks{header("01000004", "02") + "ab", kImage} << "L I8 ";
     }
@@ -175,8 +176,17 @@ private slots:
             joined.append("x" + kImage.mid(4) + kFormat, nowMs);
         QCOMPARE(events(joined), QStringLiteral("F1:5:2x3 S N "));
         const QByteArray data = "1" + header("40000000", "02") + QByteArray(80, 'x');
-        joined.append(CameraFrame::build(0, CameraFrame::ImageData, data), 1500);
+        const QByteArray packet = CameraFrame::build(0, CameraFrame::ImageData, data);
+        joined.append(packet, 1500);
         QCOMPARE(events(joined), QStringLiteral("I91 "));
+        joined.append(packet.left(50), 1600); // over a slow line
+        joined.append(packet.mid(50), 4000);
+        QCOMPARE(events(joined), QStringLiteral("I91 "));
+        FrameAssembler lucky;
+        lucky.append("noise", 0);
+        events(lucky);
+        lucky.append(kFormat, 1000); // a search ends at once
+        QCOMPARE(events(lucky), QStringLiteral("F1:5:2x3 "));
     }
 
     // Nothing is allocated for what is only announced, and a stream of frames leaves
@@ -249,6 +259,8 @@ private slots:
             << Chunks{hex("ffd9ffd801ffd9")} << QStringList{"ffd801ffd9"} << 2;
         QTest::newRow("an end alone")
             << Chunks{hex("01ffd9"), hex("ffd801ffd9")} << QStringList{"01ffd9", "ffd801ffd9"} << 0;
+        QTest::newRow("noise between them")
+            << Chunks{hex("ffd801ffd90102ffd802ffd9")} << QStringList{"ffd801ffd9", "ffd802ffd9"} << 2;
         QTest::newRow("no end") << Chunks{hex("ffd8010203"), hex("ffff")} << QStringList{} << 0;
         QByteArray picture = hex("ffd8"); // full of half markers
         for (int i = 0; i < 1500; ++i)

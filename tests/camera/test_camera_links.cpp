@@ -133,7 +133,11 @@ private slots:
             return;
         CameraDebugWidget again;
         again.SltSerialportChanged({"COM1 first", "COM3 board"});
-        QCOMPARE(again.findChild<QComboBox *>("comboCameraSerialPort")->currentText(), QString("COM3 board"));
+        auto *ports = again.findChild<QComboBox *>("comboCameraSerialPort");
+        QCOMPARE(ports->currentText(), QString("COM3 board"));
+        ports->setCurrentIndex(0); // a choice that stays
+        again.SltSerialportChanged({"COM1 first", "COM3 board", "COM4"});
+        QCOMPARE(ports->currentText(), QString("COM1 first"));
         QCOMPARE(again.findChild<QComboBox *>("comboCameraBaudRate")->currentText(), QString("57600"));
         QCOMPARE(m_page->findChild<SerialLink *>()->settings().baudRate, 57600);
         // Gone from the list while the last bytes are gathered.

@@ -5,6 +5,7 @@
 #include "dialoganswers.h"
 #include "frameshow.h"
 #include "linksession.h"
+#include "repaints.h"
 #include "seriallink.h"
 #include "stateindicator.h"
 
@@ -61,6 +62,10 @@ private slots:
         click("btnCameraOpen");
         QCOMPARE(lastNotice(), QStringLiteral("波特率为空或不是正整数，串口未打开！"));
         QVERIFY(child<StateIndicator>("stateIndicator")->toolTip().contains(QStringLiteral("波特率为空")));
+        child<QComboBox>("comboCameraBaudRate")->setEditText("9600");
+        click("btnCameraOpen");
+        QCOMPARE(m_notices->at(m_notices->size() - 2).at(0).toString(),
+                 QStringLiteral("串口[COM3]打开失败!!!"));
         auto *port = m_page->findChild<SerialLink *>();
         emit port->received(QByteArray(256, 'x'), 0, {}); // enough not to wait for a pause
         QCOMPARE(m_page->counts().at(1), QString("256"));
@@ -80,10 +85,12 @@ private slots:
         auto *format = child<QComboBox>("comboImageFormat");
         QCOMPARE(format->currentText(), QStringLiteral("RGB888"));
         QTest::keyClick(format, Qt::Key_Home);
+        child<QSpinBox>("spinImageHeight")->setValue(7);
         child<QComboBox>("comboCameraDevice")->setCurrentIndex(0);
         QCOMPARE(format->currentText(), QStringLiteral("RGB888"));
         child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
         QCOMPARE(format->currentIndex(), 0);
+        QCOMPARE(child<QSpinBox>("spinImageHeight")->value(), 7);
     }
 
     void showsRates()
@@ -152,10 +159,26 @@ private slots:
         QTRY_COMPARE(m_page->frameShow().shown() + m_page->frameShow().skipped(), qint64(3));
     }
 
+    // What is missing stands in the middle of each half, with a hint below it.
+    void showsPlaceholders()
+    {
+        ImageViewer viewer;
+        viewer.resize(400, 300);
+        viewer.show();
+        QVERIFY(repaints(&viewer, [&] { viewer.setDisplayCount(2); }));
+        QVERIFY(repaints(&viewer, [&] { viewer.setHint("below"); }));
+        const QImage image = viewer.grab().toImage();
+        QVERIFY(repaints(&viewer, [&] { viewer.setImage(0, QPixmap(5, 5)); }));
+        QCOMPARE(textIn(image, 200), textIn(image, 0));
+        QVERIFY2(textIn(image, 0).endsWith(" 2 blocks of #85959b"), qPrintable(textIn(image, 0)));
+    }
+
     void savesAndCopies()
     {
         click("btnSaveImage");
         QCOMPARE(lastNotice(), QStringLiteral("还没有图像，无法保存！"));
+        click("btnCopyImage");
+        QCOMPARE(lastNotice(), QStringLiteral("还没有图像，无法复制！"));
         QPixmap picture(20, 10);
         picture.fill(Qt::blue);
         child<ImageViewer>("imageViewer")->setImage(0, picture);
@@ -183,6 +206,31 @@ private slots:
                 page.pixelColor(page.width() * 3 / 4, y) == Qt::red);
         click("btnCopyImage");
         QCOMPARE(QApplication::clipboard()->image().pixelColor(5, 5), QColor(Qt::red));
+        QCOMPARE(lastNotice(), QStringLiteral("图像已复制到剪贴板。"));
+    }
+
+private:
+    // What is not white in 200 columns: where, in how many blocks of rows, of which color.
+    static QString textIn(const QImage &image, int left)
+    {
+        QRect text;
+        QRegion rows;
+        QColor darkest = Qt::white;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < 200; ++x) {
+                const QColor color = image.pixelColor(left + x, y);
+                if (color == Qt::white)
+                    continue;
+                text |= QRect(x, y, 1, 1);
+                rows |= QRect(0, y, 1, 1);
+                darkest = color.lightness() < darkest.lightness() ? color : darkest;
+            }
+        }
+        return QString("%1 to %2, %3 blocks of %4")
+            .arg(text.left())
+            .arg(text.right())
+            .arg(rows.rectCount())
+            .arg(darkest.name());
     }
 };
 

@@ -28,6 +28,7 @@ private slots:
         QVERIFY(connectBoard(board, {"--value-length", "2"}));
         child<QSpinBox>("spinValueLength")->setValue(2);
         QCOMPARE(readValue("3008"), QStringLiteral("5038"));
+        QCOMPARE(tip(), QString());
         auto *value = child<QLineEdit>("editRegisterValue");
         value->setText("ffee");
         click("btnWriteRegister");
@@ -74,6 +75,7 @@ private slots:
             click(button);
             QCOMPARE(tip(), QString(why));
         }
+        QCOMPARE(m_page->focusWidget(), value);
         QVERIFY(m_notices->isEmpty()); // nothing was to be sent
         const quint16 port = openPort(Udp);
         QUdpSocket asked;
@@ -101,6 +103,10 @@ private slots:
         QTest::keyClicks(value, "77"); // meanwhile
         QVERIFY(reply(asked, "001000000011000830040000"));
         QCOMPARE(value->text(), QStringLiteral("77"));
+        child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
+        click("btnReadRegister");
+        QVERIFY(reply(asked, "011000000011000830090000"));
+        QCOMPARE(value->text(), QStringLiteral("09"));
         m_notices->clear();
         for (const auto end : {&LinkSession::closing, &LinkSession::closed}) { // then nothing is expected
             click("btnReadRegister");
@@ -109,6 +115,10 @@ private slots:
             m_page->findChild<RegisterSession *>()->reportUnanswered();
             QCOMPARE(m_notices->size(), 0);
         }
+        child<QSpinBox>("spinAddressLength")->setValue(3); // counts for tables, too
+        DataManagerWidget *const writes = openTable("btnWriteTable", {{"123456", "11"}});
+        press(writes, "btnConfirm");
+        QTRY_COMPARE(progress(writes), QStringLiteral("已完成 1/1"));
 
         // Asked by a broadcast, any of them may answer.
         for (const auto &[host, mayAnswer] : {std::pair{"10.0.0.8", false},
@@ -139,6 +149,9 @@ private slots:
         for (int row = 0; row < values.size(); ++row)
             QCOMPARE(reads->findChild<QTableView *>()->model()->index(row, 2).data().toString(),
                      values.at(row));
+        QVERIFY(QTest::qWaitForWindowActive(writes) || (writes->activateWindow(), true));
+        click("btnReadTable");
+        QTRY_VERIFY(reads->isActiveWindow());
         int questions = 0;
         DialogAnswers::instance().message = [&questions](auto...) { return questions++; }; // cancelled
         QVERIFY(!m_page->mayClose());

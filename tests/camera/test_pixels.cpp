@@ -42,6 +42,8 @@ private slots:
             "ffffff 000000 1d00fe 2e  fe0000 d00000 000000 2e");
         add("422, half a pair", 7, false, "ff80 0080 1dff  4c55",
             "ffffff 000000 1d00fe 2e  4c5b00 000000 000000 2e");
+        add("422, no V", 7, false, "ff80 0080 1dff  4c55 1e",
+            "ffffff 000000 1d00fe 2e  4c5b00 1e2d00 000000 2e");
         add("422, Y only", 7, false, "ff80 0080 1dff  4c",
             "ffffff 000000 1d00fe 2e  4c4c4c 000000 000000 2e");
         add("422 big, no second Y", 7, true, "80ff 8000 ff1d  554c ff",

@@ -63,10 +63,14 @@ private slots:
     {
         RegisterTableModel table;
         QVERIFY(table.addPage() && table.addPage());
+        const QSignalSpy changes(&table, &QAbstractItemModel::dataChanged);
         for (const int row : {0, 150, 250}) {
             set(table, row, RegisterTableModel::Address, QString::number(row));
             table.setOutcome(row, row == 250 ? RegisterTableModel::Unanswered : RegisterTableModel::Answered);
         }
+        QCOMPARE(changes.size(), 3 + 3);
+        table.setValue(150, QStringLiteral("5A"));
+        QCOMPARE(table.row(150).value, QStringLiteral("5A"));
         QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a,b")));
         QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a\nb")));
         QCOMPARE(table.filledRows(1), 1);
