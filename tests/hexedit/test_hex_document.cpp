@@ -81,6 +81,7 @@ private slots:
         QCOMPARE(document.undo(), qint64(-1));
         while (document.redo() >= 0) {
         }
+        QCOMPARE(document.redo(), qint64(-1));
         QCOMPARE(all(document), QByteArray("BC4x567"));
         // A step can be overseen: a hundred bytes are more than one.
         for (int i = 0; i < 100; ++i)
@@ -166,6 +167,12 @@ private slots:
         document.setSaved();
         document.setUnsaved();
         QVERIFY(document.isModified());
+        document = documentOf("a-b-a-b-a", 4);
+        replaceAll("a", "A");
+        document.setSaved();
+        replaceAll("b", ""); // what lies between has been stored again
+        QCOMPARE(marks(), QByteArray("......."));
+        document.setSaved();
         // Typing is one step all the same.
         const qint64 size = document.size();
         for (int i = 0; i < 3; ++i)
@@ -186,7 +193,13 @@ private slots:
         put(599997, "end");
         put(10000, "twin");
         put(500000, "twin");
-        HexDocument document = documentOf(bytes, 4096);
+        HexDocument document = documentOf("", 1);
+        document.replace(0, 0, bytes);
+        QVERIFY(all(document) == bytes);
+        HexSearch nowhere(document, "nowhere", 0, HexSearch::Forward);
+        QVERIFY(nowhere.permille() == 0 && nowhere.step() == HexSearch::State::Running);
+        QCOMPARE(nowhere.permille(), slice * 1000 / bytes.size());
+        document = documentOf(bytes, 4096);
         document.replace(100002, 2, "di");
         document.replace(100000, 2, "+e");
         document.replace(100004, 2, "t+");

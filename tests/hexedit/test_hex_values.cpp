@@ -72,6 +72,7 @@ private slots:
         const std::tuple<const char *, int, const char *> rows[] = {
             {"41 C2A9 E6B8A9 F09F9880 42", 0, "A©_温__😀___B"},
             {"E6B8 41 B8A9 E6", 0, "..A..."}, // cut
+            {"C380 E4B880 ED959C E641 42", 0, "À_一__한__.AB"},
             {"C080 E09FBF EDA080 F08FBFBF F4908080 F5 FF", 0, ".................."},
             {"41 CEC2 42 81308130 43", 1, "A温_B....C"}, // U+0080 is a control
             {"CEC2 9439DA33 3A 9439DA33", 1, "温_💩___:...."},
@@ -116,6 +117,9 @@ private slots:
              "uint16=513 uint32=67305985 uint64=578437695752307201"},
             {QByteArray::fromHex("0000C03F"), false, "float=1.5 double= uint64="},
             {QByteArray::fromHex("BFF8000000000000"), true, "double=-1.5"},
+            {QByteArray::fromHex("CDCCCC3D"), false, "float=0.100000001"},
+            {QByteArray::fromHex("9A9999999999B93F"), false, "double=0.10000000000000001"},
+            {"\xEF\xBF\xBD", false, "UTF-8="},
             {"\xE4\xB8\xAD!", false, "UTF-8=\xE4\xB8\xAD"},
             {"\xD6\xD0!", false, "GB18030=\xE4\xB8\xAD UTF-8="},
             {QByteArray::fromHex("6553F100"), true, "uint32=1700000000 时间戳(32位)=2023-11-14_22:13:20"},

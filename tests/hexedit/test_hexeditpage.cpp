@@ -108,6 +108,7 @@ private slots:
         Settings::instance().recentFiles.set({path("rom.bin"), path("missing&")});
         QCOMPARE(recent().size(), 2);
         QCOMPARE(recent().last()->text(), QString("missing&&"));
+        QCOMPARE(recent().last()->toolTip(), QDir::toNativeSeparators(path("missing&")));
         recent().last()->trigger();
         QCOMPARE(tip(), QString("打开文件失败! 文件已不存在，不再列入最近打开"));
         QVERIFY(shown() == "AB23456789" && m_page->fileName() == path("rom.bin")); // stays
@@ -419,6 +420,9 @@ private slots:
         QCOMPARE(sum("editMd5"), QString("25f9e794323b453885f5181f1b624d0b"));
         QVERIFY(
             sum("editSha256").startsWith("15e2b0d3c33891ebb0f1ef609ec419420c20e320ce94c65fbc8c3312448eb225"));
+        edit()->select(17, 1);
+        QCOMPARE(text("labelSelection"), QString("选中：0x11起1字节"));
+        edit()->select(2, 9);
         type("00");
         QVERIFY(sum("editCrc32").isEmpty() && text("labelSelection").isEmpty()); // of bytes that are gone
         click("btnChecksum");                                                    // of all
@@ -508,6 +512,8 @@ private slots:
         click("btnStopWork");
         QVERIFY(edit()->isModified() && tip().contains("原文件未改动"));
         QCOMPARE(content("large.bin").left(5), QByteArray("begin"));
+        m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
+        QVERIFY(edit()->task()->isRunning()); // while the page ends
     }
 
 private:

@@ -51,19 +51,36 @@ private slots:
             {"Ins Right Shift+Right Shift+Right 41", "0A3", 2},
             {"Right Del Backspace Shift+Right Del Ctrl+X", "0123", 2}, // moves no bytes
             {"Ins Ctrl+A Del", "", 0},
+            {"4 Tab Shift+Tab 3", "0123", 0},  // a left digit again
             {"41 Right 42 Ctrl+Z", "A123", 2}, // a step ends where the caret moves
             {"41 Right 42 Ctrl+Z Ctrl+Z Ctrl+Shift+Z", "A123", 1},
         };
         for (const auto &[pressed, expected, address] : rows) {
             showData("0123");
             keys("Shift+Tab Home");
+            const QSignalSpy edits(m_edit.get(), &QHexEdit::contentChanged);
             keys(pressed);
             QCOMPARE(content(), QByteArray(expected));
             QCOMPARE(m_edit->address(), address);
+            QCOMPARE(edits.isEmpty(), !m_edit->document().canUndo());
+            m_edit->setReadOnly(true, "because");
+            m_edit->undo();
+            m_edit->redo();
+            QCOMPARE(content(), QByteArray(expected));
+            m_edit->setReadOnly(false, QString());
             while (m_edit->document().canUndo())
                 m_edit->undo();
             QCOMPARE(content(), QByteArray("0123"));
             QVERIFY(!m_edit->isModified());
+        }
+        m_edit->setOverwrite(true);
+        keys("Ctrl+A Del");
+        QVERIFY(QtMessageTip::current()->text().startsWith("改写模式下不能删除"));
+        m_edit->setReadOnly(true, "because");
+        for (const char *pressed : {"Ctrl+V", "Ctrl+Z"}) {
+            QtMessageTip::showTip(QString());
+            keys(pressed);
+            QCOMPARE(QtMessageTip::current()->text(), QString("because"));
         }
     }
 
@@ -75,6 +92,8 @@ private slots:
             {"Shift+End Shift+End", 100, 12}, // the rest of the row
             {"Up Up Down", 84, 0},
             {"Ctrl+Home Up", 0, 0},
+            {"PgUp", 4, 0},
+            {"PgDown PgUp", 100, 0},
             {"Ctrl+End Down", 1000, 0},
             {"Shift+Ctrl+Home", 0, 100},
             {"Shift+Ctrl+End", 100, 900},
@@ -150,6 +169,10 @@ private slots:
                 keys(key);
                 QVERIFY2(isInSight(), qPrintable(key + QString::number(i)));
             }
+        m_edit->goTo(5000);
+        const QVariant place = m_edit->inputMethodQuery(Qt::ImCursorRectangle);
+        keys("PgUp"); // stays in its row of the display
+        QCOMPARE(m_edit->inputMethodQuery(Qt::ImCursorRectangle), place);
         // Rows scroll by while the mouse is below them.
         keys("Ctrl+Home");
         QTest::mousePress(m_edit->viewport(), Qt::LeftButton, {}, at(0, false));
@@ -287,8 +310,47 @@ private slots:
         m_edit->setTextCodec(1);
         QVERIFY(cells(2) != dots);
         QCOMPARE(cells(2), cells(4));
+        m_edit->selectTo(6, 2);
+        const QImage both = cells(2);
+        m_edit->selectTo(4, 2);
+        QCOMPARE(cells(2), both); // whatever follows
         choose("文本列仅显示ASCII");
+        m_edit->goTo(0);
         QCOMPARE(cells(2), dots);
+    }
+
+    void zooms()
+    {
+        showData(QByteArray(64, 'x'));
+        const qreal usual = m_edit->font().pointSizeF();
+        const auto turn = [this](int angle, Qt::KeyboardModifiers modifiers) {
+            const QPointF middle = m_edit->viewport()->rect().center();
+            QWheelEvent event(middle, m_edit->mapToGlobal(middle.toPoint()), {}, {0, angle}, Qt::NoButton,
+                              modifiers, Qt::NoScrollPhase, false);
+            QApplication::sendEvent(m_edit->viewport(), &event);
+            const QRect caret = m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+            return caret.height() == layout().rowHeight() ? m_edit->font().pointSizeF() : 0;
+        };
+        QCOMPARE(turn(120, {}), usual);
+        QCOMPARE(turn(120, Qt::ControlModifier), usual + 1);
+        QCOMPARE(turn(-120, Qt::ControlModifier), usual);
+        QCOMPARE(turn(0, Qt::ControlModifier), usual);
+        m_edit->zoom(99);
+        QCOMPARE(m_edit->font().pointSizeF(), usual + 16);
+        m_edit->zoom(-99);
+        QCOMPARE(m_edit->font().pointSizeF(), usual - 4);
+        m_edit->zoom(0);
+        QCOMPARE(m_edit->font().pointSizeF(), usual);
+
+        m_edit->resize(300, 200); // sideways, all columns move
+        auto *bar = m_edit->horizontalScrollBar();
+        QCOMPARE(bar->maximum(), layout().width() - m_edit->viewport()->width());
+        const auto columns = [this](int left) {
+            return m_edit->viewport()->grab({left, 0, 200, 100}).toImage();
+        };
+        const QImage before = columns(20);
+        bar->setValue(20);
+        QCOMPARE(columns(0), before);
     }
 
     void paintsStates()
@@ -324,6 +386,8 @@ private slots:
         QCOMPARE(ground(places.hex(1, 5).translated(-4, 0)), panel);
         QVERIFY(ground(places.hex(0, 5)) != ground(places.hex(0, 6))); // the caret's column and row
         QVERIFY(ground(places.address(1)) != ground(places.address(2)));
+        QCOMPARE(ground(places.address(5)), ground(places.address(2))); // of bytes to come
+        QVERIFY(colors(places.address(0)).contains(QColor(skin.secondaryText).rgb()));
         const QRect caret = places.hex(1, 5);
         const QPoint below = caret.bottomLeft() + QPoint(1, -1), left = caret.topLeft() + QPoint(0, 3);
         QVERIFY(image.pixel(below) == text && image.pixel(left) == panel);
@@ -331,6 +395,27 @@ private slots:
         keys("Ins");
         image = m_edit->viewport()->grab().toImage();
         QVERIFY(image.pixel(below) == panel && image.pixel(left) == text);
+        keys("Ins 4");
+        const auto now = [&](const QPoint &point) {
+            return m_edit->viewport()->grab().toImage().pixel(point);
+        };
+        const QPoint digit =
+            places.hex(1, 3).bottomLeft() + QPoint(places.cellWidth() + 1, -1); // the right one
+        QVERIFY(now(digit) == text && now(digit - QPoint(places.cellWidth(), 0)) == panel);
+        m_edit->clearFocus();
+        QVERIFY(now(digit) != text);
+        QApplication::setCursorFlashTime(20);
+        m_edit->setFocus();
+        for (const bool isOn : {false, true})
+            QTRY_COMPARE_WITH_TIMEOUT(now(digit) == text, isOn, 30000);
+        QApplication::setCursorFlashTime(0);
+        m_edit->clearFocus();
+        image = m_edit->grab().toImage();
+        m_edit->setReadOnly(true, QString());
+        m_edit->setPlaceholderText("nothing to see");
+        QCOMPARE(m_edit->grab().toImage(), image);
+        m_edit->setData({});
+        QCOMPARE(now({1, 1}), panel); // no header
     }
 
     // More than a scroll bar of bytes could hold, or an int.
