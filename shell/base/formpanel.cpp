@@ -128,7 +128,6 @@ FormPanel::FormPanel(QWidget *parent)
     : QScrollArea(parent)
     , m_column(nullptr)
 {
-    setObjectName(QStringLiteral("formPanel"));
     setFixedWidth(panelWidth);
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);

@@ -1,11 +1,15 @@
 // Page bar, tip, spinner, rolling text, fields and the configuration panel.
 
+#include "baudratebox.h"
+#include "buttonrole.h"
 #include "fieldbehavior.h"
 #include "formpanel.h"
 #include "portcombobox.h"
 #include "qtmessagetip.h"
 #include "qtpagebar.h"
 #include "qtrollsubtitleswidget.h"
+#include "repaints.h"
+#include "stateindicator.h"
 #include "waitingspinnerwidget.h"
 
 #include <QtTest/qtestspontaneevent.h>
@@ -67,6 +71,7 @@ private slots:
         m_bar->SltJumpLastPage();
         m_bar->SltDeleteCurrentPage();
         QCOMPARE(taken(), QString("page 5;page 4;delete 4 4;"));
+        QCOMPARE(m_bar->findChild<QLabel *>("pageCount")->text(), QString("/ 4"));
         m_bar->SltPrevPage();
         m_bar->SltDeleteCurrentPage();
         QCOMPARE(taken(), QString("page 3;delete 3 3;"));
@@ -140,6 +145,9 @@ private slots:
         QtMessageTip::showTip("提示提示提示");
         image = QtMessageTip::current()->grab().toImage();
         QCOMPARE(image.pixelColor(6, image.height() / 2), QColor("#252526"));
+        QVERIFY(image.pixelColor(40, 2).lightness() > QColor("#303030").lightness()); // the border
+        QtMessageTip *const tip = QtMessageTip::current();
+        QVERIFY(repaints(tip, [tip] { QtMessageTip::showTip(QString(tip->text()).replace("示", "醒")); }));
         const QRegion shape = QtMessageTip::current()->mask();
         QVERIFY(shape.contains(image.rect().center()) && !shape.contains(QPoint(0, 0)));
     }
@@ -148,6 +156,7 @@ private slots:
     {
         WaitingSpinnerWidget spinner;
         const QImage before = spinner.grab().toImage();
+        QCOMPARE(lines(before), 12);
         spinner.rotate();
         QVERIFY(spinner.grab().toImage() != before);
         for (int i = 0; i < 11; ++i)
@@ -175,6 +184,60 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(line.isRolling(), 30000);
         line.hide();
         QVERIFY(!line.isRolling());
+        line.setText(line.toolTip() + "。");
+        QVERIFY(!line.isRolling());
+        line.show();
+        QVERIFY(line.isRolling());
+        QVERIFY(repaints(&line, [&line] { line.setText("短"); }));
+        QVERIFY(!line.isRolling());
+    }
+
+    // A ring, a disc, a ring and a cross, each in its color.
+    void indicatesStates()
+    {
+        StateIndicator indicator;
+        indicator.resize(16, 16);
+        indicator.show();
+        QString seen;
+        for (const auto state :
+             {StateIndicator::On, StateIndicator::Off, StateIndicator::Busy, StateIndicator::Failed}) {
+            QVERIFY(repaints(&indicator, [&] { indicator.setState(state, "tip"); }));
+            const QImage image = indicator.grab().toImage();
+            const QRgb ground = image.pixel(0, 0);
+            for (const QPoint &point : {QPoint(8, 8), QPoint(8, 3), QPoint(4, 4)}) {
+                const int hue = image.pixelColor(point).hue();
+                const char *color = hue < 0 ? "w" : hue < 30 ? "r" : hue < 60 ? "o" : "g";
+                seen += image.pixel(point) == ground ? "-" : color;
+            }
+            seen += ' ';
+        }
+        QCOMPARE(seen, QString("ggg -ww -oo r-r "));
+        QCOMPARE(indicator.toolTip(), QString("tip"));
+    }
+
+    void marksThePrimaryButton()
+    {
+        QPushButton button;
+        for (const bool primary : {true, false}) {
+            ButtonRole::setPrimary(&button, primary);
+            QCOMPARE(button.property("primary").toBool(), primary);
+        }
+    }
+
+    void acceptsRates()
+    {
+        BaudRateBox box("9600 115200", nullptr);
+        for (const auto &[text, rate] :
+             {std::pair{"0", 0}, {"-5", 0}, {"100000000", 100000000}, {"100000001", 0}, {"1", 1}}) {
+            box.setCurrentText(text);
+            QCOMPARE(box.baudRate(), rate);
+        }
+        QString steps;
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Up}) {
+            QTest::keyClick(&box, key);
+            steps += box.currentText() + ' ';
+        }
+        QCOMPARE(steps, QString("9600 115200 115200 9600 9600 "));
     }
 
     void choosesAPortAgainThatIsBack()
@@ -294,6 +357,16 @@ private slots:
     }
 
 private:
+    // How many of the spinner's lines are painted.
+    static int lines(const QImage &image)
+    {
+        int count = 0;
+        for (int i = 0; i < 12; ++i) {
+            const QPointF end = QLineF::fromPolar(14, 90 + 30 * i).p2();
+            count += image.pixel((QPointF(image.rect().center()) + end).toPoint()) != image.pixel(0, 0);
+        }
+        return count;
+    }
     QLineEdit *pageEdit() { return m_bar->findChild<QLineEdit *>("pageEdit"); }
     QString taken() { return std::exchange(m_signals, QString()); }
 

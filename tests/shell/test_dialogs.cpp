@@ -11,6 +11,7 @@
 #include "qtmessagebox.h"
 #include "qtstyledialog.h"
 #include "qtwaitdialog.h"
+#include "repaints.h"
 #include "settings.h"
 #include "skin.h"
 #include "testfiles.h"
@@ -210,7 +211,7 @@ private slots:
         save.show();
         typeName(&save, "folder");
         QTRY_COMPARE(inner->directory().dirName(), QString("folder"));
-        QVERIFY(inner->y() >= 32 && inner->width() > 700); // below the title bar
+        QVERIFY(inner->isVisible() && inner->y() >= 32 && inner->width() > 700); // below the title bar
         auto *button = save.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Save);
         QTRY_COMPARE(button->text(), QString("保存"));
         QVERIFY(save.isVisible() && name->text().contains(proposal));
@@ -295,7 +296,9 @@ private slots:
         QVERIFY(qAbs(panel.color().hue() - QColor("#12abcd").hue()) <= 1);
         QTest::mouseClick(field, Qt::LeftButton, {}, {1, 1}); // red, full saturation
         QCOMPARE(panel.color().saturation(), 255);
+        QCOMPARE(panel.color().hue(), 0);
         auto *swatches = panel.findChild<ColorSwatches *>("standardColors");
+        QVERIFY(repaints(swatches, [swatches] { QTest::keyClick(swatches, Qt::Key_Right); }));
         for (const int i : {0, 16}) {
             QTest::mouseClick(swatches, Qt::LeftButton, {}, swatches->cell(i).center());
             QCOMPARE(panel.color(), swatches->colors().at(i));

@@ -101,6 +101,7 @@ private slots:
         QCOMPARE(cursor({2, 250}), Qt::SizeHorCursor);
         m_window->frame()->setResizable(false);
         QVERIFY(!QApplication::overrideCursor());
+        QCOMPARE(cursor({2, 251}), Qt::ArrowCursor);
     }
 
     void maximizesAndRestores()
@@ -126,6 +127,7 @@ private slots:
         QCOMPARE(m_window->windowHandle()->windowState(), Qt::WindowNoState);
         m_window->resize(850, 560);
         m_window->showMaximized(); // as a window manager does
+        QTRY_COMPARE(maximize->toolTip(), QString("还原"));
         dragged({300, 20}, {40, 60});
         QCOMPARE(m_window->size(), QSize(850, 560));
 

@@ -56,6 +56,10 @@ private slots:
         m_bar->showSystemNotify("信息", information); // does not make it stay for longer
         QTRY_COMPARE(m_label->fullText(), QString());
         QVERIFY(!m_label->isError() && m_label->isEnabled()); // still opens the list
+        const QImage enabled = m_label->grab().toImage();
+        m_label->setEnabled(false);
+        QVERIFY(m_label->grab().toImage() != enabled); // without the icon
+        m_label->setEnabled(true);
         QCOMPARE(m_label->accessibleName() + '|' + m_label->toolTip(),
                  QString("最近的提示|单击查看最近的提示"));
         m_bar->showSystemNotify("信息", information); // the hold ended with the error
@@ -101,6 +105,8 @@ private slots:
         QCOMPARE(view->count(), NoticeLog::maxRecent);
         QVERIFY(view->item(0)->text().endsWith("第119条"));
         QVERIFY(view->item(9)->text().contains("[错误] xxx"));
+        QVERIFY(view->wordWrap() && view->selectionMode() == QAbstractItemView::ExtendedSelection);
+        QVERIFY(list->height() <= 10 * view->visualItemRect(view->item(0)).height() + 10); // and is scrolled
         list->setErrorColor(Qt::red);
         QCOMPARE(view->item(9)->foreground().color(), QColor(Qt::red));
         QVERIFY(view->item(8)->foreground().color() != QColor(Qt::red));
@@ -140,6 +146,14 @@ private slots:
         QCOMPARE(count->minimumWidth(), width);
         m_bar->showCounts({});
         QVERIFY(count->text().isEmpty() && count->minimumWidth() == 0);
+        m_bar->showCounts({"", "Size: 1"}); // of a page that counts something else
+        QCOMPARE(count->text() + '|' + m_bar->findChild<QLabel *>("receivedCount")->text(),
+                 QString("|Size: 1"));
+        m_bar->setCodecs({"A", "B"});
+        for (const int codec : {0, 1})
+            m_bar->showCodec(codec);
+        const auto codecs = m_bar->findChild<QMenu *>()->actions();
+        QVERIFY(!codecs.at(0)->isChecked() && codecs.at(1)->isChecked());
     }
 
 private:
