@@ -4,6 +4,7 @@
 #include "korvexresources.h"
 #include "qhexedit.h"
 #include "qtmessagetip.h"
+#include "repaints.h"
 #include "skin.h"
 
 #include <QtTest>
@@ -171,7 +172,7 @@ private slots:
             }
         m_edit->goTo(5000);
         const QVariant place = m_edit->inputMethodQuery(Qt::ImCursorRectangle);
-        keys("PgUp"); // stays in its row of the display
+        keys("PgDown"); // stays in its row of the display
         QCOMPARE(m_edit->inputMethodQuery(Qt::ImCursorRectangle), place);
         // Rows scroll by while the mouse is below them.
         keys("Ctrl+Home");
@@ -200,6 +201,8 @@ private slots:
         QCOMPARE(clipboard->text(), QString("cd"));
         clipboard->setText(QString("0x31, 0x32"));
         m_edit->goTo(0);
+        keys("Ctrl+C");
+        QCOMPARE(QtMessageTip::current()->text(), QString("请先选中内容"));
         keys("Ctrl+V");
         QCOMPARE(content(), QByteArray("12cd")); // over, not between
         m_edit->setOverwrite(false);
@@ -343,13 +346,14 @@ private slots:
         QCOMPARE(m_edit->font().pointSizeF(), usual);
 
         m_edit->resize(300, 200); // sideways, all columns move
+        QVERIFY(QTest::qWaitForWindowActive(m_edit.get()));
         auto *bar = m_edit->horizontalScrollBar();
         QCOMPARE(bar->maximum(), layout().width() - m_edit->viewport()->width());
         const auto columns = [this](int left) {
             return m_edit->viewport()->grab({left, 0, 200, 100}).toImage();
         };
         const QImage before = columns(20);
-        bar->setValue(20);
+        QVERIFY(repaints(m_edit->viewport(), [bar] { bar->setValue(20); }));
         QCOMPARE(columns(0), before);
     }
 

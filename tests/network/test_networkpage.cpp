@@ -11,6 +11,7 @@
 #include "testfiles.h"
 #include "udplink.h"
 
+#include <QAbstractItemView>
 #include <QNetworkInterface>
 #include <QSettings>
 #include <QTcpServer>
@@ -101,6 +102,15 @@ private slots:
         QCOMPARE(box->currentText(), QStringLiteral("所有网络接口")); // though 127.0.0.1 is stored
         for (const QHostAddress &address : QNetworkInterface::allAddresses())
             QVERIFY(box->findText(address.toString()) > 0);
+        box->setCurrentIndex(1);
+        box->addItem("of a cable that is unplugged");
+        box->showPopup();
+        box->hidePopup();
+        QVERIFY(box->currentIndex() == 1 && box->findText("of a cable that is unplugged") < 0);
+        for (int i = 0; i < box->count(); ++i)
+            QVERIFY(box->view()->minimumWidth() >
+                    box->view()->fontMetrics().horizontalAdvance(box->itemText(i)));
+        QCOMPARE(box->lineEdit()->placeholderText(), QStringLiteral("所有网络接口"));
         // The chosen one alone is listened on.
         box->setEditText("127.0.0.9");
         box->showPopup(); // lists them again
@@ -157,6 +167,9 @@ private slots:
         click("btnOpen");
         QCOMPARE(fields(*m_page), (QStringList{"TCP Server", all, "127.0.0.1", "8000"}));
         QCOMPARE(caption(), QStringLiteral("开始监听"));
+        Settings::instance().network.address = QStringLiteral("192.0.2.1"); // was another network's
+        m_page->reloadSettings();
+        QCOMPARE(fields(*m_page).at(1), QString("192.0.2.1"));
         QTcpSocket deaf; // what is typed stays after a refusal
         QVERIFY(deaf.bind(QHostAddress::LocalHost));
         open(Client, deaf.localPort());
@@ -247,6 +260,15 @@ private slots:
         QUdpSocket().writeDatagram("unread", QHostAddress::LocalHost, port);
         QVERIFY(m_page->mayClose());
         QCOMPARE(questions.asked.size(), 2);
+        const std::function<void()> reads[] = {[this] { m_page->sltReadyFromUdp(); },
+                                               [this] { m_page->sltReadyFromHost(); },
+                                               [this] { QVERIFY(m_page->saveBeforeExit()); }};
+        qint64 expected = received();
+        for (const auto &read : reads) {
+            QUdpSocket().writeDatagram("more", QHostAddress::LocalHost, port);
+            read();
+            QCOMPARE(received(), expected += 4);
+        }
     }
 
     void needsAnOpenLink()
@@ -268,11 +290,19 @@ private slots:
         m_page->sltSendData("x");
         m_page->sltSendData("x");
         QCOMPARE(m_notices->size(), 3);
+        m_page->sltNewClientConnected("b");
+        child<QComboBox>("comboClients")->setCurrentIndex(1);
+        m_page->sltClientDisconnected("a");
+        QVERIFY(!lastNotice().contains(QStringLiteral("发送对象")));
+        m_page->sltClientDisconnected("b");
+        QCOMPARE(lastNotice(), QStringLiteral("发送对象[b]已断开连接，请重新选择客户端！"));
+        child<QComboBox>("comboClients")->setCurrentIndex(0);
+        m_notices->clear();
         click("btnOpen");
         open(Server);
         click("checkAutoSend");
         m_page->sltSendData("x");
-        QCOMPARE(m_notices->size(), 6); // closed, opened, and told again
+        QCOMPARE(m_notices->size(), 3); // closed, opened, and told again
     }
 };
 

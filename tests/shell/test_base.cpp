@@ -142,9 +142,11 @@ private slots:
         QCOMPARE(image.pixelColor(1 + 15, 6), ground); // the pointer
         QCOMPARE(image.pixelColor(40, 6).alpha(), 0);
         QCOMPARE(image.pixelColor(40, 11), ground);
+        QVERIFY(has(image, Qt::white));
         QtMessageTip::showTip("提示提示提示");
         image = QtMessageTip::current()->grab().toImage();
         QCOMPARE(image.pixelColor(6, image.height() / 2), QColor("#252526"));
+        QVERIFY(has(image, "#f2f2f2"));
         QVERIFY(image.pixelColor(40, 2).lightness() > QColor("#303030").lightness()); // the border
         QtMessageTip *const tip = QtMessageTip::current();
         QVERIFY(repaints(tip, [tip] { QtMessageTip::showTip(QString(tip->text()).replace("示", "醒")); }));
@@ -162,6 +164,8 @@ private slots:
         for (int i = 0; i < 11; ++i)
             spinner.rotate();
         QCOMPARE(spinner.grab().toImage(), before);
+        spinner.show();
+        QVERIFY(repaints(&spinner, [&spinner] { spinner.rotate(); }));
         spinner.start();
         QTRY_VERIFY_WITH_TIMEOUT(spinner.position() > 0, 30000);
         spinner.stop();
@@ -196,6 +200,7 @@ private slots:
     void indicatesStates()
     {
         StateIndicator indicator;
+        QCOMPARE(indicator.toolTip(), QString("已关闭"));
         indicator.resize(16, 16);
         indicator.show();
         QString seen;
@@ -232,12 +237,16 @@ private slots:
             box.setCurrentText(text);
             QCOMPARE(box.baudRate(), rate);
         }
+        QVERIFY(!box.completer()); // 250000 must not become 2500000
         QString steps;
         for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Up}) {
             QTest::keyClick(&box, key);
             steps += box.currentText() + ' ';
         }
         QCOMPARE(steps, QString("9600 115200 115200 9600 9600 "));
+        box.setCurrentText("999999");
+        QTest::keyClick(&box, Qt::Key_Up);
+        QCOMPARE(box.currentText(), QString("115200"));
     }
 
     void choosesAPortAgainThatIsBack()
@@ -281,6 +290,7 @@ private slots:
         QWidget window;
         auto *outside = new QPushButton(&window);
         FormPanel panel(&window);
+        QCOMPARE(panel.maximumWidth(), FormPanel::panelWidth);
         FormGroup *group = panel.addGroup("端口");
         auto *field = new QComboBox;
         QCOMPARE(group->addRow("波特率", field)->buddy(), field);
@@ -357,6 +367,13 @@ private slots:
     }
 
 private:
+    static bool has(const QImage &image, const QColor &color)
+    {
+        for (int i = 0; i < image.width() * image.height(); ++i)
+            if (image.pixelColor(i % image.width(), i / image.width()) == color)
+                return true;
+        return false;
+    }
     // How many of the spinner's lines are painted.
     static int lines(const QImage &image)
     {

@@ -262,6 +262,10 @@ private slots:
         QCOMPARE(dialog.geometry().center(), window.geometry().center());
         QCOMPARE(dialog.grab().toImage().pixelColor(0, 50), Skin::palette().outline);
         QVERIFY(dialog.findChild<WaitingSpinnerWidget *>()->isSpinning());
+        dialog.move(10, 20);
+        dialog.hide();
+        dialog.show(); // where the user has put it
+        QCOMPARE(dialog.pos(), QPoint(10, 20));
         for (const bool cancelable : {false, true}) {
             dialog.setCancelable(cancelable);
             dialog.close();
@@ -277,6 +281,7 @@ private slots:
         panel.setStyleSheet("QLineEdit[kind=\"error\"] {color: #ff0000;}");
         panel.show();
         panel.setColor(QColor("#336699"));
+        QVERIFY(!QtColorPanel().findChild<QLineEdit *>("hexField")->text().isEmpty());
         auto *hex = panel.findChild<QLineEdit *>("hexField");
         auto *field = panel.findChild<HueSaturationField *>();
         auto *value = panel.findChild<QSlider *>("valueSlider");
@@ -297,6 +302,8 @@ private slots:
         QTest::mouseClick(field, Qt::LeftButton, {}, {1, 1}); // red, full saturation
         QCOMPARE(panel.color().saturation(), 255);
         QCOMPARE(panel.color().hue(), 0);
+        QTest::keyClick(field, Qt::Key_Up); // no more than that
+        QCOMPARE(panel.color().saturation(), 255);
         auto *swatches = panel.findChild<ColorSwatches *>("standardColors");
         QVERIFY(repaints(swatches, [swatches] { QTest::keyClick(swatches, Qt::Key_Right); }));
         for (const int i : {0, 16}) {

@@ -73,6 +73,7 @@ private slots:
                           Qt::NoScrollPhase, false);
         QApplication::sendEvent(m_tabs, &wheel);
         QVERIFY(m_stack->currentIndex() == 0 && !m_tabs->tabIcon(4).isNull());
+        QVERIFY(m_tabs->tabToolTip(4).endsWith("(Ctrl+5)") && !QApplication::quitOnLastWindowClosed());
         QTest::mouseClick(m_tabs, Qt::LeftButton, {}, m_tabs->tabRect(2).center());
         QCOMPARE(m_stack->currentIndex(), 2);
         QVERIFY(isAccented(2) && !isAccented(0));
