@@ -111,7 +111,6 @@ bool YmodemFileTransmit::startTransmit(Link *link, const QByteArray &arrived)
         m_link, &Link::dropped, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
     connect(
         m_link, &Link::stateChanged, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
-    resetTransfer();
     m_lineFreeAtUs = 0;
     m_stepDeferred = false;
     m_nextStepAtUs = elapsedUs() + kStepUs;

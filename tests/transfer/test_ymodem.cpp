@@ -29,12 +29,15 @@ public:
         transmitStep();
         return output;
     }
-    // Begins, and takes each answer in a step of its own.
-    void answer(const QByteArray &answers)
+    // Begins, and takes each answer after so many silent steps.
+    void answer(const QByteArray &answers, int silence = 0)
     {
         step();
-        for (const char answer : answers)
+        for (const char answer : answers) {
+            for (int i = 0; i < silence; ++i)
+                step();
             step(QByteArray(1, answer));
+        }
     }
     // Steps until something is written or an end is reported; how many.
     int silentSteps(int most)
@@ -149,19 +152,20 @@ private slots:
         QVERIFY(sender.reported.isEmpty());
         QCOMPARE(sender.step("\x06"), QByteArray());
         QCOMPARE(sender.reported, QVector<int>{3});
+        sender.index = 0;
+        establish(sender);
     }
 
     void repeatsWhatIsAskedFor()
     {
         MemorySender sender;
-        sender.files = {patternBytes(1)};
+        sender.files = {patternBytes(9)};
         establish(sender);
         QCOMPARE(sender.step("\x15"), packet(0, "f0", 128));
         QCOMPARE(sender.step("C"), packet(0, "f0", 128)); // not acknowledged yet
         sender.step("\x06");
         QCOMPARE(sender.step("\x15"), packet(0, "f0", 128)); // the packet behind it waits
-        const QByteArray data = packet(1, patternBytes(1), 128);
-        QCOMPARE(sender.step("C"), data);
+        QCOMPARE(sender.step("C"), packet(1, patternBytes(9), 128));
         QCOMPARE(sender.step("?"), QByteArray()); // noise
         QCOMPARE(sender.step("\x06"), QByteArray("\x04"));
         QCOMPARE(sender.step("C"), packet(0, "", 128)); // asks for a file before it has ended this one
@@ -203,22 +207,26 @@ private slots:
         QCOMPARE(sender.output, QByteArray("\x04"));
     }
 
+    // Of four periods, after answers that were slow.
     void givesUpAfterSilence()
     {
-        const std::tuple<const char *, int> rows[] = {{"", 5},         {"C", 6},
-                                                      {"C\6", 6},        // a packet is kept
-                                                      {"C\6C", 6},       // and sent
-                                                      {"C\6C\6", 6},     // end of the file
-                                                      {"C\6C\6\6", 5},   // next file
-                                                      {"C\6C\6\6C", 6}}; // end of the batch
-        for (const auto &[answers, status] : rows) {
+        const std::tuple<const char *, int, bool> rows[] = {{"", 5, false},         {"C", 6, true},
+                                                            {"C\6", 6, false},       // a packet is kept
+                                                            {"C\6C", 6, true},       // and sent
+                                                            {"C\6C\6", 6, true},     // end of the file
+                                                            {"C\6C\6\6", 5, false},  // next file
+                                                            {"C\6C\6\6C", 6, true}}; // end of the batch
+        for (const auto &[answers, status, repeats] : rows) {
             MemorySender sender;
             sender.files = {patternBytes(1)};
-            sender.answer(answers);
+            sender.answer(answers, 35);
+            const QByteArray sent = sender.output;
+            QByteArray repeated;
             for (int i = 1; i < 40; ++i)
-                sender.step(i % 7 == 0 ? "?" : ""); // noise is no answer
+                repeated += sender.step(i % 7 == 0 ? "?" : ""); // noise is no answer
+            QCOMPARE(repeated, sent.repeated(repeats ? 3 : 0));
             QVERIFY(sender.reported.isEmpty());
-            QCOMPARE(sender.step(), kCancel);
+            QCOMPARE(sender.step("\x01"), kCancel); // and the beginning of a packet
             QCOMPARE(sender.reported, QVector<int>{status});
             // What comes later is a new transfer's.
             sender.index = 0;
@@ -229,7 +237,10 @@ private slots:
 
     void givesUpAfterErrors()
     {
-        for (const char *answers : {"C", "C\6C", "C\6C\6\6C"}) {
+        for (const char *answers : {"C",
+                                    "C\x15\x15\x06\x15\x15"
+                                    "C",
+                                    "C\x15\x15\6C\x15\x15\x15\6\6C"}) {
             MemorySender sender;
             sender.files = {patternBytes(1)};
             sender.answer(answers);
@@ -247,9 +258,13 @@ private slots:
             for (const char *answers : {"", "C", "C\x06"}) {
                 MemorySender sender;
                 sender.files = {patternBytes(1)};
-                sender.answer(answers);
-                QCOMPARE(sender.step(QByteArray(1, cancel)), QByteArray());
+                sender.answer(answers + QByteArray(1, cancel), 35);
+                QCOMPARE(sender.output, QByteArray());
                 QCOMPARE(sender.reported, QVector<int>{4});
+                sender.reported.clear();
+                sender.index = 0;
+                QCOMPARE(sender.silentSteps(38), -1); // of a new transfer
+                QCOMPARE(sender.step("C"), packet(0, "f0", 128));
             }
         }
     }

@@ -23,7 +23,6 @@ Ymodem::Ymodem(uint32 repeatDivider, uint32 silenceLimit, uint32 errorLimit)
 void Ymodem::transmitStep()
 {
     if (m_stage == Idle) {
-        resetTransfer();
         m_stage = Establishing;
         return;
     }
@@ -54,49 +53,33 @@ void Ymodem::transmitStep()
 void Ymodem::abortTransfer()
 {
     resetTransfer();
-    sendCancel();
+    std::array<uint8, 5> bytes;
+    bytes.fill(Can);
+    writeBytes(bytes.data(), static_cast<uint32>(bytes.size()));
 }
 
 void Ymodem::resetTransfer()
 {
     clearCounters();
-    m_sequence = 0;
-    m_receiveState = 0;
-    m_receivedCount = 0;
+    m_skipped = 0;
     m_stage = Idle;
 }
 
 // ---- what the receiver says
 
-// One byte, or Soh or Stx for a complete packet; None when nothing is complete.
+// One byte; None where nothing arrived. A packet is no answer and is skipped.
 Ymodem::uint8 Ymodem::receiveItem()
 {
-    if (m_receiveState == 1)
-        return receiveRest(kHeader + blockZeroSize + kCheck);
-    if (m_receiveState == 2)
-        return receiveRest(kHeader + largestData + kCheck);
-    if (readBytes(m_received.data(), 1) == 0)
-        return None;
-    m_receivedCount = 1;
-    if (m_received[0] == Soh) {
-        m_receiveState = 1;
-        return receiveRest(kHeader + blockZeroSize + kCheck);
+    if (m_skipped == 0) {
+        uint8 byte = None;
+        readBytes(&byte, 1);
+        if (byte != Soh && byte != Stx)
+            return byte;
+        m_skipped = kHeader + (byte == Soh ? blockZeroSize : largestData) + kCheck - 1;
     }
-    if (m_received[0] == Stx) {
-        m_receiveState = 2;
-        return receiveRest(kHeader + largestData + kCheck);
-    }
-    return m_received[0];
-}
-
-Ymodem::uint8 Ymodem::receiveRest(uint32 packetSize)
-{
-    const uint32 wanted = packetSize - m_receivedCount;
-    m_receivedCount += std::min(wanted, readBytes(m_received.data() + m_receivedCount, wanted));
-    if (m_receivedCount < packetSize)
-        return None;
-    m_receiveState = 0;
-    return m_received[0];
+    std::array<uint8, largestData> bytes;
+    m_skipped -= readBytes(bytes.data(), std::min<uint32>(m_skipped, largestData));
+    return None;
 }
 
 // ---- stages
@@ -122,7 +105,7 @@ void Ymodem::stepEstablishing(uint8 item)
         sendEmptyBlockZero();
         break;
     default:
-        cancel();
+        abortTransfer();
     }
 }
 
@@ -191,8 +174,8 @@ void Ymodem::stepFinished(uint8 item)
 
 Ymodem::uint8 Ymodem::fetchData(uint32 *length)
 {
+    clearCounters();
     std::fill_n(m_buffer.begin() + kHeader, largestData, uint8(0));
-    *length = 0;
     const uint8 answer = statusCallback(Transmit, m_buffer.data() + kHeader, length);
     *length = std::min<uint32>(*length, largestData);
     return answer;
@@ -205,15 +188,13 @@ void Ymodem::fetchFirstData()
     case Ack:
         m_sequence = 1;
         buildPacket(m_sequence, length);
-        clearCounters();
         break;
     case Eot:
         m_sequence = 2;
         buildEot();
-        clearCounters();
         break;
     default:
-        cancel();
+        abortTransfer();
     }
 }
 
@@ -231,24 +212,22 @@ void Ymodem::fetchNextData()
     case Ack:
         ++m_sequence;
         buildPacket(m_sequence, length);
-        clearCounters();
         sendBuffer();
         break;
     case Eot:
         m_stage = Finishing;
         buildEot();
-        clearCounters();
         sendBuffer();
         break;
     default:
-        cancel();
+        abortTransfer();
     }
 }
 
-// An empty block 0 says that there are no more files.
+// An empty block 0 says that there are no more files. The data in the buffer are
+// zeros, since the callback that answered Eot filled in nothing.
 void Ymodem::sendEmptyBlockZero()
 {
-    std::fill_n(m_buffer.begin() + kHeader, blockZeroSize, uint8(0));
     buildPacket(0, blockZeroSize);
     m_stage = Finished;
     clearCounters();
@@ -278,25 +257,16 @@ void Ymodem::stayedSilent(bool mayRepeat)
 void Ymodem::giveUp()
 {
     const Status status = m_stage == Establishing ? Timeout : Error;
-    cancel();
+    abortTransfer();
     uint32 length = 0;
     statusCallback(status, m_buffer.data() + kHeader, &length);
 }
 
 void Ymodem::receiverCancelled()
 {
-    clearCounters();
-    m_stage = Idle;
+    resetTransfer();
     uint32 length = 0;
     statusCallback(Abort, m_buffer.data() + kHeader, &length);
-}
-
-void Ymodem::cancel()
-{
-    clearCounters();
-    m_sequence = 0;
-    m_stage = Idle;
-    sendCancel();
 }
 
 void Ymodem::clearCounters()
@@ -336,11 +306,4 @@ void Ymodem::keepBlockZero()
 void Ymodem::sendBuffer()
 {
     writeBytes(m_buffer.data(), m_bufferLength);
-}
-
-void Ymodem::sendCancel()
-{
-    std::array<uint8, 5> bytes;
-    bytes.fill(Can);
-    writeBytes(bytes.data(), static_cast<uint32>(bytes.size()));
 }

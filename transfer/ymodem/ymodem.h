@@ -79,7 +79,6 @@ private:
     enum Stage : uint32 { Idle, Establishing, Established, Transmitting, Finishing, Finished };
 
     uint8 receiveItem();
-    uint8 receiveRest(uint32 packetSize);
 
     void stepEstablishing(uint8 item);
     void stepEstablished(uint8 item);
@@ -97,14 +96,12 @@ private:
     void stayedSilent(bool mayRepeat);
     void giveUp();
     void receiverCancelled();
-    void cancel();
     void clearCounters();
 
     void buildPacket(uint8 sequence, uint32 length);
     void buildEot();
     void keepBlockZero();
     void sendBuffer();
-    void sendCancel();
 
     uint32 m_repeatDivider;
     uint32 m_silenceLimit;
@@ -113,10 +110,8 @@ private:
     uint32 m_errors = 0;   // requests for the same packet
     uint32 m_requests = 0; // those of them that ask by Request for data
     uint8 m_sequence = 0;
-    uint32 m_receiveState = 0; // 0 first byte, 1 in a packet of 133, 2 in one of 1029 bytes
+    uint32 m_skipped = 0; // bytes of the receiver's packet that have not arrived yet
     uint32 m_stage = Idle;
-    std::array<uint8, 3 + largestData + 2> m_received{};
-    uint32 m_receivedCount = 0;
     std::array<uint8, 3 + largestData + 2> m_buffer{}; // what was sent last, or is kept to be sent
     uint32 m_bufferLength = 0;
     // Block 0 as sent: what follows it is already in m_buffer when a receiver
