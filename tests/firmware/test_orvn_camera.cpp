@@ -4,6 +4,8 @@
 
 #include <QtTest>
 
+#include <cstring>
+
 namespace {
 
 QByteArray hex(const char *text)
@@ -25,9 +27,11 @@ class TestOrvnCamera : public QObject
 private slots:
     void buildsPackets()
     {
-        uint8_t packet[ORVN_CAMERA_REPLY_MAX];
+        uint8_t packet[ORVN_CAMERA_REPLY_MAX + 1];
+        packet[17] = 0xEE; // another's
         QCOMPARE(bytesOf(packet, orvn_camera_announce(packet, 1, ORVN_CAMERA_RGB888, 2, 3)),
                  hex("4f52564e0111000000010502000300a552"));
+        QCOMPARE(int(packet[17]), 0xEE);
         QCOMPARE(bytesOf(packet, orvn_camera_reply(packet, 0, ORVN_CAMERA_OK, 0x3008, 0x5A, 1)),
                  hex("4f52564e0010000000110008305aaf47"));
         for (const int length : {4, 5, 255})
@@ -65,9 +69,11 @@ private slots:
 
     void parsesRequests()
     {
-        const auto seen = [](const QByteArray &bytes) {
+        const auto seen = [](const QByteArray &bytes, uint8_t addresses = 2, uint8_t values = 1) {
             orvn_camera_receiver receiver;
-            orvn_camera_receiver_init(&receiver, 2, 1);
+            std::memset(&receiver, 'O', sizeof receiver); // on the stack
+            receiver.count = 1;
+            orvn_camera_receiver_init(&receiver, addresses, values);
             orvn_camera_request request;
             QString all;
             for (const char byte : bytes)
@@ -82,7 +88,13 @@ private slots:
         QCOMPARE(seen("OROR" + read + "x" + write), "r1:1234:3008:0:0 w0:0:3008:5a:0 ");
         QCOMPARE(seen(read.left(12) + write), "r1:1234:524f:0:1 w0:0:3008:5a:0 "); // cut
         QCOMPARE(seen(read.left(15) + "x"), "r1:1234:3008:0:1 ");                  // wrong checksum
+        QCOMPARE(seen(write.mid(1) + write + write.mid(1)), "w0:0:3008:5a:0 ");    // not complete
         QCOMPARE(seen(hex("4f52564e01ffffffff1134120830429a")), "");               // wrong length
+        for (const char *length : {"00000000", "01000000"})                        // no such command
+            QCOMPARE(seen(hex("4f52564e01") + hex(length) + hex("1234120830429a")), "");
+        const QByteArray longest = hex("4f52564e01140000001001020304a1a2a3a4");
+        QCOMPARE(seen(longest + "??" + longest + hex("ae43"), 4, 4),
+                 "w1:0:4030201:a4a3a2a1:1 w1:0:4030201:a4a3a2a1:0 ");
     }
 };
 

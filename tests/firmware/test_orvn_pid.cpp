@@ -25,8 +25,17 @@ QVector<orvn_pid_command> receive(const QByteArray &bytes)
     QVector<orvn_pid_command> commands;
     orvn_pid_command command;
     for (const char byte : bytes)
-        if (orvn_pid_receive(&receiver, static_cast<uint8_t>(byte), &command))
+        if (orvn_pid_receive(&receiver, static_cast<uint8_t>(byte), &command) == 1)
             commands.append(command);
+    return commands;
+}
+
+int commandsIn(const QByteArray &bytes, orvn_pid_receiver *receiver)
+{
+    orvn_pid_command command;
+    int commands = 0;
+    for (const char byte : bytes)
+        commands += orvn_pid_receive(receiver, static_cast<uint8_t>(byte), &command);
     return commands;
 }
 
@@ -67,6 +76,7 @@ private slots:
                 QCOMPARE(receive(garbage + row.bytes).size(), 1);
                 const QVector<orvn_pid_command> commands = receive(garbage + row.bytes + kStop);
                 QCOMPARE(commands.size(), 2);
+                QCOMPARE(receive(garbage + row.bytes + kStop.mid(1)).size(), 1);
                 const orvn_pid_command &command = commands.first();
                 QCOMPARE(int(command.code), row.code);
                 QCOMPARE(int(command.channel), row.channel);
@@ -101,13 +111,20 @@ private slots:
 
     void survivesGarbageInTheReceiver()
     {
-        orvn_pid_receiver receiver;
-        std::memset(&receiver, 0xFF, sizeof receiver); // on the stack, not initialized
-        orvn_pid_command command;
-        int commands = 0;
-        for (const char byte : kGains)
-            commands += orvn_pid_receive(&receiver, static_cast<uint8_t>(byte), &command);
-        QCOMPARE(commands, 1);
+        for (const int count : {int(ORVN_PID_FRAME_MAX), 0xFF}) {
+            orvn_pid_receiver receiver;
+            std::memset(&receiver, 0xFF, sizeof receiver); // on the stack, not initialized
+            receiver.count = static_cast<uint8_t>(count);
+            QCOMPARE(commandsIn(kGains, &receiver), 1);
+        }
+    }
+
+    void forgetsWhatItIsToldToForget()
+    {
+        orvn_pid_receiver receiver{};
+        QCOMPARE(commandsIn(kGains.left(1), &receiver), 0);
+        orvn_pid_receiver_reset(&receiver);
+        QCOMPARE(commandsIn(kGains.mid(1) + kGains, &receiver), 1);
     }
 
     void buildsReports()

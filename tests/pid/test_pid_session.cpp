@@ -227,6 +227,7 @@ private slots:
         m_session->sendTarget(1, 300, 20);
         m_session->sendPeriod(1, 5, 30);
         m_session->start(1, 40);
+        m_session->stop(1, 45);
         m_session->receive(report(2, PidFrame::Period, PidFrame::int32ToBytes(6)) +
                                report(3, PidFrame::Target, PidFrame::int32ToBytes(-1)) +
                                report(3, PidFrame::Pid, PidFrame::floatToBytes(2).repeated(3)) +
@@ -243,9 +244,9 @@ private slots:
                           .arg(double(e.gains.p))
                           .arg(e.value);
         QCOMPARE(events, (QStringList{"2 CH2 10 0 1.5 0", "3 CH2 20 0 0 300", "4 CH2 30 0 0 5",
-                                      "0 CH2 40 0 0 0", "4 CH2 50 1 0 6", "3 CH3 50 1 0 -1", "2 CH3 50 1 2 0",
-                                      "0 CH2 50 1 0 0", "1 CH2 50 1 0 0"}));
-        QCOMPARE(m_sent, (QStringList{"10:1", "11:1", "15:1", "12:1"}));
+                                      "0 CH2 40 0 0 0", "1 CH2 45 0 0 0", "4 CH2 50 1 0 6", "3 CH3 50 1 0 -1",
+                                      "2 CH3 50 1 2 0", "0 CH2 50 1 0 0", "1 CH2 50 1 0 0"}));
+        QCOMPARE(m_sent, (QStringList{"10:1", "11:1", "15:1", "12:1", "13:1"}));
         QCOMPARE(samples(1).last().target, 300); // as sent
         QCOMPARE(samples(1).last().us, 50);
         QCOMPARE(m_recorder->params(1).period, 6); // as reported
@@ -298,6 +299,8 @@ private slots:
         m_session->setPaused(false);
         m_session->parse();
         QVERIFY(samples(0).size() <= 256 / 15);
+        m_session->receive((report(9, PidFrame::Started) + actual(1, 1)).repeated(100), 30); // nor here
+        QVERIFY(samples(0).size() >= 100 - 256 / 26);
     }
 
     void skipsAFalseLength()
