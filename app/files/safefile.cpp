@@ -25,9 +25,6 @@ bool commit(QSaveFile &file, QString *error)
     if (file.flush() && file.error() == QFileDevice::NoError && file.commit())
         return true;
     reportFailure(file, error);
-    if (error && error->isEmpty())
-        *error = QStringLiteral("磁盘空间不足或无法写入");
-    file.cancelWriting();
     return false;
 }
 

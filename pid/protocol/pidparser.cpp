@@ -70,10 +70,7 @@ void PidParser::append(const QByteArray &bytes, qint64 arrivalUs)
 
 void PidParser::clear()
 {
-    m_pending.clear();
-    m_parsed = 0;
-    m_arrivals.clear();
-    m_arrival = {0, 0};
+    drop(size());
 }
 
 PidParser::Outcome PidParser::next(PidReport *report)

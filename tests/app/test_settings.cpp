@@ -9,6 +9,7 @@
 #include "testfiles.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QSettings>
 #include <QtTest>
 
@@ -96,6 +97,9 @@ private slots:
         QCOMPARE(s.recvBackground, QColor("#4b4b4b"));
         QCOMPARE(s.sendTextColor, QColor("red"));
         QVERIFY(!s.recvFollowsSkin && s.sendFollowsSkin && s.pid.fitAll);
+        QVERIFY(s.recvFollowsSkin.set(true) && s.sendFollowsSkin.set(false));
+        Settings::load();
+        QVERIFY(s.recvFollowsSkin && !s.sendFollowsSkin);
     }
 
     void survivesGarbage()
@@ -126,6 +130,13 @@ private slots:
         AppPaths::setRoot(AppPaths::configFile());
         QVERIFY(!s.textCodec.set(1));
         QCOMPARE(reasons.size(), 2);
+#ifdef Q_OS_LINUX
+        QVERIFY(QDir(m_root->path()).mkdir("full") && QFile::link("/proc", m_root->filePath("full/conf")));
+        SettingsFile::setFailureHandler([&reasons](const QString &reason) { reasons.append(reason); });
+        AppPaths::setRoot(m_root->filePath("full")); // there is no room in that file system
+        QVERIFY(!s.textCodec.set(1));
+        QCOMPARE(reasons.last(), QString("磁盘空间不足"));
+#endif
         SettingsFile::setFailureHandler({});
     }
 

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
+#include <QSaveFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -177,6 +178,16 @@ private slots:
         QCOMPARE(error, QStringLiteral("不是普通文件"));
         QVERIFY(!SafeFile::write(folder.path(), "x", &error));
         QCOMPARE(error, QStringLiteral("这是一个文件夹"));
+        for (QString *reason : {static_cast<QString *>(nullptr), &error}) {
+            QSaveFile file(folder.filePath("taken"));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("x") == 1);
+            QDir(folder.path()).mkdir("taken"); // meanwhile
+            error = "none";
+            QVERIFY(!SafeFile::commit(file, reason));
+            QCOMPARE(error, QString(reason ? "这是一个文件夹" : "none"));
+            QVERIFY(QDir(folder.path()).rmdir("taken"));
+        }
+        QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("new"));
     }
 
     // In chunks that cut characters, and with a broken byte in the middle.
@@ -189,6 +200,11 @@ private slots:
         QRandomGenerator random(1);
         for (int i = 0; i < 100; ++i)
             noise += char(random.bounded(256));
+        const auto guessed = [](const QByteArray &bytes) {
+            CodecGuess guess;
+            guess.add(bytes.repeated(3000 / bytes.size() + 1));
+            return guess.verdict() ? int(*guess.verdict()) : -1;
+        };
         const std::tuple<const char *, QByteArray, int> rows[] = {
             {"log, UTF-8", log.toUtf8(), 0},
             {"log, GB18030", TextCodec::encode(log, 1), 1},
@@ -201,6 +217,14 @@ private slots:
             {"French", "d\xC3\xA9marr\xC3\xA9\n", -1},
             {"neither", noise, -1},
             {"Cyrillic of one byte", "\xF1\xF2\xE0\xF0\xF2 \xE3\xEE\xF2\xEE\xE2\n", -1}};
+        // The first and the last of each length, and what is just beside them.
+        const QByteArray edges(
+            "\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80"
+            "\xF1\x80\x80\x80\xF4\x8F\xBF\xBF");
+        QCOMPARE(guessed(edges), 0);
+        for (const char *wrong : {"\x80", "\xC0\x80", "\xC1\xBF", "\xC3\x7F", "\xC3\xC0", "\xE0\x9F\xBF",
+                                  "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"})
+            QVERIFY2(guessed(QByteArray("\xC3\x80").repeated(15) + wrong) == -1, wrong);
         for (const auto &[name, bytes, codec] : rows) {
             const QByteArray once = bytes.repeated(3000 / bytes.size() + 1);
             QByteArray stream = once;

@@ -129,6 +129,7 @@ private slots:
                                                                    {5, {"1:0:0", "2:2:9", "waiting"}, ""},
                                                                    {10, zero, ""},
                                                                    {13, zero, ""},
+                                                                   {14, {"1:2:5", "2:2:9", "waiting"}, ""},
                                                                    {16, {"1:2:5", "2:2:9", "waiting"}, ""}};
         for (const auto &[length, first, state] : rows) {
             PidParser parser;
@@ -142,6 +143,9 @@ private slots:
             parser.skipHead();
             QCOMPARE(run(parser), (QStringList{"2:2:9", "waiting"}));
         }
+        PidParser shortest;
+        shortest.append(frame(1, 1, 2), 0);
+        QVERIFY(!shortest.isBlocked());
     }
 
     void limitsWhatIsBlocked()
@@ -205,7 +209,10 @@ private slots:
         QCOMPARE(samples(1).at(0).target, -20);
         QCOMPARE(samples(4).size(), 1);
         m_recorder->setOrigin(20000000);
+        m_recorder->addEvent({PidEvent::Target, 0, 0, true, {}, 0});
+        m_recorder->setHeld(true);
         m_recorder->clear();
+        QVERIFY(m_recorder->shown()[1].isEmpty() && m_recorder->events().empty());
         QCOMPARE(m_recorder->secondsOf(21500000), 1.5);
         QVERIFY(samples(1).isEmpty() && samples(1).end() == 0);
         QCOMPARE(m_recorder->recorded(), 32ULL);
@@ -322,7 +329,7 @@ private slots:
     void reportsABlockedLink()
     {
         QSignalSpy blocked(m_session.get(), &PidSession::blocked);
-        const QByteArray zeroLength = QByteArray::fromHex("4f52564e010000000000000000");
+        const QByteArray zeroLength = QByteArray::fromHex("4f52564e01000000000000");
         for (const int reported : {1, 2}) {
             m_session->receive(zeroLength, 0);
             timeout()->setInterval(1);

@@ -4,6 +4,7 @@
 #include "package.h"
 #include "zipmaker.h"
 
+#include <QRandomGenerator>
 #include <QtTest>
 
 #include <sstream>
@@ -58,6 +59,17 @@ private slots:
     void readsEmptyFlash()
     {
         QCOMPARE(listing(makeZip({kApp, {"flash.bin", QByteArray(4 << 20, '\xFF')}})), "App* flash.bin");
+    }
+
+    // Packed, too, it ends at and around the end of a piece of 64 KB.
+    void readsWhatCannotBePacked()
+    {
+        QByteArray noise;
+        QRandomGenerator random(1);
+        for (int i = 0; i < 65560; ++i)
+            noise += static_cast<char>(random.bounded(256));
+        for (int size = 65490; size < noise.size(); ++size)
+            QCOMPARE(listing(makeZip({kApp, {"x", noise.left(size)}})), "App* x");
     }
 
     void readsEntriesInAnyOrder()
@@ -124,6 +136,7 @@ private slots:
         row("nothing", QByteArray(), noZip);
         row("a page", QByteArray(5000, '<'), noZip);
         row("before something", makeZip({kApp}) + "x", noZip);
+        row("nothing before something", makeZip({}) + "x", noZip);
         row("no entries", makeZip({}), none);
         row("two folders down", makeZip({{"a/b/App", "x"}}), none);
         row("beside the folder", makeZip({{"a/App", "x"}, {"b", "x"}}), none);
@@ -132,6 +145,7 @@ private slots:
         row("link of Windows", lying([](auto &l) { l.dosAttributes = 0x400; }), special);
         for (const int bit : {0, 6, 13})
             row("encrypted", lying([bit](auto &l) { l.flags = quint16(1 << bit); }), encrypted);
+        row("patch", lying([](auto &l) { l.flags = 1 << 5; }), unsupported);
         row("AES", lying([](auto &l) { l.method = 99; }), encrypted);
         row("LZMA", lying([](auto &l) { l.method = 14; }), unsupported);
         row("names differ", lying([](auto &l) { l.headerName = "../"; }), damaged);
@@ -146,6 +160,59 @@ private slots:
         QByteArray many = makeZip({kApp});
         many.replace(many.size() - 14, 4, "\x21\x4E\x21\x4E"); // 20001 entries
         row("many entries", many, QString("升级包中的文件过多"));
+    }
+
+    void acceptsWhatOthersWrite()
+    {
+        const auto lying = [](const std::function<void(ZipLies &)> &lie, quint32 mode = 0100644) {
+            ZipLies lies;
+            lie(lies);
+            return makeZip({{"lib/a", "x", mode}, kApp}, lies);
+        };
+        const QByteArray zeros(12, '\0');
+        const QByteArray streamed = lying([](auto &l) { l.flags = 1 << 3; });
+        const QByteArray all[] = {
+            lying([](auto &l) { l.comment = "PK\x05\x06" + QByteArray(65531, '\0'); }),
+            lying([](auto &l) { l.comment = QByteArray(300, '\0'); }),
+            lying([](auto &l) { l.extra = QByteArray(300, 'e'); }),
+            lying([](auto &l) { l.dosAttributes = 0x21; }),     // read-only, archive
+            lying([](auto &) {}, 0644),                         // no type
+            lying([](auto &l) { l.madeBy = 0x0014; }, 0120777), // DOS has no types
+            QByteArray(streamed).replace(14, 12, zeros)};       // the sizes are behind the bytes
+        for (const QByteArray &archive : all)
+            QCOMPARE(listing(archive), QString("lib/a App*"));
+        QVERIFY(listing(QByteArray(streamed).replace(14, 1, "?")).startsWith("! 升级包已损坏"));
+        QVERIFY(listing(lying([](auto &l) { l.madeBy = 0x1314; }, 0120777)).startsWith("! 升级包中有链接"));
+    }
+
+    // One field of a header is not what the others say.
+    void comparesHeaders()
+    {
+        const QByteArray good = makeZip({{"lib/a", "xx"}, kApp});
+        const int directory = good.indexOf("PK\x01\x02"), end = good.size() - 22;
+        const std::tuple<int, const char *, QString> rows[] = {
+            {0, "00", "升级包已损坏"},        // signature
+            {6, "02", "升级包已损坏"},        // flags
+            {8, "00", "升级包已损坏"},        // method
+            {14, "00000000", "升级包已损坏"}, // sum
+            {18, "00000000", "升级包已损坏"}, // sizes
+            {22, "00000000", "升级包已损坏"},
+            {directory, "00", "升级包已损坏"},
+            {directory + 20, "ffffffff", "不支持的压缩格式"}, // ZIP64
+            {directory + 24, "ffffffff", "不支持的压缩格式"},
+            {directory + 34, "01", "不支持的压缩格式"}, // volume
+            {directory + 42, "ffffff7f", "升级包已损坏"},
+            {end + 4, "01", "不支持的压缩格式"},
+            {end + 8, "0300", "升级包已损坏"},
+            {end + 8, "03000300", "升级包已损坏"},
+            {end + 8, "ffffffff", "不支持的压缩格式"},
+            {end + 12, "ffffffff", "不支持的压缩格式"},
+            {end + 16, "ffffffff", "不支持的压缩格式"}};
+        for (const auto &[at, hex, why] : rows) {
+            const QByteArray bytes = QByteArray::fromHex(hex);
+            const QString shown = listing(QByteArray(good).replace(at, bytes.size(), bytes));
+            QVERIFY2(shown == "! " + why, qPrintable(QString::number(at) + shown));
+        }
     }
 
     // Cut at every byte: refused. With any byte changed: refused or harmless (times,

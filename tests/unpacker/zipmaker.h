@@ -23,6 +23,9 @@ struct ZipLies
     quint32 crcError = 0;
     bool sharedBytes = false; // all parts are at the place of the first
     quint32 dosAttributes = 0;
+    quint16 madeBy = 0x0314; // Unix
+    QByteArray extra;        // behind its names, and as its comment
+    QByteArray comment;      // of the archive
 };
 
 QByteArray makeZip(const QVector<ZipPart> &parts, const ZipLies &lies = {});
