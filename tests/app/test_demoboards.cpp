@@ -18,14 +18,29 @@ private slots:
         QFile::remove(beside("updateserver"));
     }
 
-    void reportsAMissingBoardsim()
+    // Missing, at an end at once, or crashed: each is reported once.
+    void reportsBoardsThatDoNotRun_data()
     {
+        QTest::addColumn<QByteArray>("board");
+        QTest::newRow("missing") << QByteArray();
+        QTest::newRow("ends") << QByteArray("#!/bin/sh\n");
+        QTest::newRow("crashes") << QByteArray("#!/bin/sh\nkill -9 $$\n");
+    }
+
+    void reportsBoardsThatDoNotRun()
+    {
+        QFETCH(QByteArray, board);
+        if (!board.isEmpty())
+            QVERIFY(writeFile(beside("boardsim"), board) &&
+                    QFile::setPermissions(beside("boardsim"), QFile::ReadOwner | QFile::ExeOwner));
         DemoBoards boards;
         const QSignalSpy failures(&boards, &DemoBoards::failed);
         for (int i = 0; i < 7; ++i)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^.* failed:"));
         boards.start();
         QTRY_COMPARE(failures.count(), 8);
+        QTRY_VERIFY(std::none_of(boards.children().begin(), boards.children().end(), isRunning));
+        QCOMPARE(failures.count(), 8);
         // They fail in any order.
         QVERIFY(std::any_of(failures.begin(), failures.end(), [](const QVariantList &failure) {
             return failure.at(0).toString().contains("[COM3]");
@@ -37,16 +52,15 @@ private slots:
         QVERIFY(QFile::link(BOARDSIM_PATH, beside("boardsim")));
         QVERIFY(QFile::link(UPDATESERVER_PATH, beside("updateserver")));
         QString folder;
+        int failed = 0;
         {
             DemoBoards boards;
-            const QSignalSpy failures(&boards, &DemoBoards::failed);
+            connect(&boards, &DemoBoards::failed, this, [&failed] { ++failed; });
             boards.start();
             folder = qEnvironmentVariable("KORVEX_VIRTUAL_PORTS");
             QTRY_COMPARE(QDir(folder).entryList(QDir::System, QDir::Name),
                          (QStringList{"COM3", "COM4", "COM5", "COM6", "COM7", "COM8"}));
             QTRY_VERIFY(qEnvironmentVariable("KORVEX_UPDATE_SERVER").startsWith("127.0.0.1:"));
-            QCOMPARE(failures.count(), 0);
-
             // In the encoding that the program starts with, or Chinese is garbled.
             QCOMPARE(Settings::instance().textCodec, 1);
             // tools/run builds what is started here.
@@ -57,10 +71,16 @@ private slots:
                     QVERIFY(board->arguments().contains("gb18030"));
             }
         }
+        QCOMPARE(failed, 0); // none that was ended here, either
         QVERIFY(!QFileInfo::exists(folder));
     }
 
 private:
+    static bool isRunning(const QObject *child)
+    {
+        const auto *process = qobject_cast<const QProcess *>(child);
+        return process && process->state() != QProcess::NotRunning;
+    }
     static QString beside(const QString &program)
     {
         return QCoreApplication::applicationDirPath() + QLatin1Char('/') + program;

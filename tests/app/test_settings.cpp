@@ -1,8 +1,8 @@
 // The configuration file, its two kinds of default, and the skins.
 
 #include "apppaths.h"
+#include "fonts.h"
 #include "freshfolder.h"
-#include "korvexresources.h"
 #include "settings.h"
 #include "skin.h"
 #include "startup.h"
@@ -10,6 +10,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFontDatabase>
 #include <QSettings>
 #include <QtTest>
 
@@ -18,7 +19,13 @@ class TestSettings : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { initKorvexResources(); }
+    void initTestCase()
+    {
+        QVERIFY(Skin::palette().name.isEmpty() && Skin::palette().text == "#333333"); // no skin yet
+        const FreshFolder folder;
+        Startup::prepare(*qApp);
+        QVERIFY(!QApplication::windowIcon().pixmap(16).isNull()); // the resources are there
+    }
     void init() { m_root = std::make_unique<FreshFolder>(); }
 
     void firstStartWritesTheTable()
@@ -214,7 +221,19 @@ private slots:
 
     void preparesTheProgram()
     {
+        Startup::setAttributes();
+        for (const auto attribute :
+             {Qt::AA_ForceRasterWidgets, Qt::AA_EnableHighDpiScaling, Qt::AA_UseHighDpiPixmaps})
+            QVERIFY(QCoreApplication::testAttribute(attribute));
+        Skin::apply(1);
+        for (const char *folder : {"conf", "tmp"})
+            QVERIFY(QDir(m_root->filePath(folder)).removeRecursively());
         Startup::prepare(*qApp);
+        QCOMPARE(Skin::palette().name, QString("default"));
+        QVERIFY(QFileInfo(m_root->filePath("tmp")).isDir());
+        QVERIFY(QFontDatabase().families().contains(QApplication::font().family()));
+        const QFont fixed = Fonts::monospace();
+        QVERIFY(fixed.fixedPitch() && fixed.pointSize() == 9);
         QCOMPARE(QCoreApplication::applicationName(), QString("Korvex"));
         QVERIFY(!QCoreApplication::applicationVersion().isEmpty() && !QApplication::windowIcon().isNull());
         QCOMPARE(QApplication::font().pointSize(), 9);
@@ -232,6 +251,8 @@ private slots:
         Startup::removeUpdateRemains();
         QTRY_COMPARE(contentOf(m_root->filePath("told")), QByteArray("--clean Korvex _update\n"));
 #endif
+        AppPaths::setRoot({});
+        QCOMPARE(AppPaths::manual(), QCoreApplication::applicationDirPath() + "/docs/manual/zh_CN.md");
     }
 
 private:

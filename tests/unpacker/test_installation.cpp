@@ -8,6 +8,7 @@
 
 #include <QtTest>
 
+#include <cerrno>
 #include <memory>
 #include <sstream>
 #include <sys/resource.h>
@@ -136,6 +137,33 @@ private slots:
         Disk disk;
         QVERIFY(Installation(folder(), "App", disk).finish(m_problem));
         QCOMPARE(treeAt(folder()), m_new);
+    }
+
+    void knowsWhenItIsHalfway()
+    {
+        Disk disk;
+        const Installation installation(folder(), "App", disk);
+        write(installation.finisher(), m_old["App"]);
+        QVERIFY(!installation.isHalfway()); // has not begun
+        write(folder() / "_update/journal", "App\n");
+        QVERIFY(installation.isHalfway());
+        write(installation.finisher(), m_new["App"]); // of the same length
+        QVERIFY(!installation.isHalfway());
+        fs::remove(installation.finisher());
+        QVERIFY(!installation.isHalfway());
+        fs::remove(installation.executablePath());
+        QVERIFY(!installation.isHalfway());
+    }
+
+    void namesTheFileInTheWay()
+    {
+        for (const char *name : {"lib/a", "plugins/deep/new.txt"}) {
+            FaultyDisk disk(FaultyDisk::None, 0);
+            disk.hold(folder() / name);
+            QVERIFY(!update(disk));
+            QCOMPARE(QString::fromStdString(m_problem),
+                     QString("无法替换文件：%1：错误 %2").arg(name).arg(EIO));
+        }
     }
 
     void leavesArrangementsOfTheUser()

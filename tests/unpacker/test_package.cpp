@@ -15,8 +15,17 @@ const ZipPart kApp{"App", "application", 0100755};
 const QByteArray
     kExtremes("\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
 
+QByteArray noise(int size)
+{
+    QByteArray bytes;
+    QRandomGenerator random(1);
+    for (int i = 0; i < size; ++i)
+        bytes += static_cast<char>(random.bounded(256));
+    return bytes;
+}
+
 // The paths with '*' for executables, or why there are none.
-QString listing(const QByteArray &archive)
+QString listing(const QByteArray &archive, quint64 *size = nullptr)
 {
     std::istringstream stream(archive.toStdString());
     ZipReader reader(stream);
@@ -24,6 +33,8 @@ QString listing(const QByteArray &archive)
     std::string problem;
     if (!reader.open(problem) || !package.check(reader, "App", problem))
         return QString("! ") + QString::fromStdString(problem);
+    if (size)
+        *size = package.size();
     QStringList paths;
     for (const Package::File &file : package.files())
         paths += QString::fromStdString(file.path) + (file.executable ? QString("*") : QString());
@@ -64,12 +75,8 @@ private slots:
     // Packed, too, it ends at and around the end of a piece of 64 KB.
     void readsWhatCannotBePacked()
     {
-        QByteArray noise;
-        QRandomGenerator random(1);
-        for (int i = 0; i < 65560; ++i)
-            noise += static_cast<char>(random.bounded(256));
-        for (int size = 65490; size < noise.size(); ++size)
-            QCOMPARE(listing(makeZip({kApp, {"x", noise.left(size)}})), "App* x");
+        for (int size = 65490; size < 65560; ++size)
+            QCOMPARE(listing(makeZip({kApp, {"x", noise(size)}})), "App* x");
     }
 
     void readsEntriesInAnyOrder()
@@ -83,6 +90,7 @@ private slots:
 
     void leavesOutFilesOfTheUser()
     {
+        quint64 size = 0;
         QCOMPARE(listing(makeZip({kApp,
                                   {"conf/config.ini", "x"},
                                   {"TMP/x", "x"},
@@ -91,8 +99,17 @@ private slots:
                                   {"empty/", "", 040755, false},
                                   {"lib/save/x", "x"},
                                   {kExtremes, "x"},
-                                  {"unzip.exe", "x"}})),
-                 "App* lib/save/x " + QString(kExtremes) + " unzip.exe*");
+                                  {"empt", "x"},
+                                  {"lib/b b", "x"},
+                                  {"command.com", "x"},
+                                  {"com10", "x"},
+                                  {"lpta", "x"},
+                                  {"unzip.exe", "x"}}),
+                         &size),
+                 "App* lib/save/x " + QString(kExtremes) + " empt lib/b b command.com com10 lpta unzip.exe*");
+        QCOMPARE(size, quint64(kApp.content.size() + 8));
+        QCOMPARE(listing(makeZip({{"K/", "", 040755, false}, {"K/App", "x"}, {"K/lib/a", "x"}})),
+                 "App* lib/a");
     }
 
     void refusesNames()
@@ -102,7 +119,7 @@ private slots:
                 "../x a/../x .. . ./x a/./x /x //host/x a//x \\x a\\x ..\\x C:x C:/x x:stream CON con.txt "
                 "lib/NUL Com1.dll LPT\xC2\xB9 conin$ x. x./y x\x7F x? x* x|y x< x> x\" \xFF \xC0\xAE "
                 "\xED\xA0\x80 \xE0\x9F\xBF \xF0\x8F\xBF\xBF \xF4\x90\x80\x80 \xF5\x80\x80\x80 \xC2\xC0 "
-                "\xE4\xB8 _update/journal _Update/x app App App/x LIB/b lib/A")
+                "\xE4\xB8 _update/journal _Update/x app App App/x LIB/b lib/A Z a// com0 lpt9 \x80 \xC2x")
                 .split(' ');
         names << "aux .txt"
               << "x "
@@ -110,7 +127,7 @@ private slots:
               << "x\ny"
               << "" << QByteArray("x\0y", 3) << QByteArray(300, 'x');
         for (const QByteArray &name : names) {
-            const QString shown = listing(makeZip({kApp, {"lib/a", "x"}, {name, "x"}}));
+            const QString shown = listing(makeZip({kApp, {"lib/a", "x"}, {"z", "x"}, {name, "x"}}));
             QVERIFY2(shown.startsWith(QString("! 升级包中有")), name.toPercentEncoding());
         }
     }
@@ -157,6 +174,9 @@ private slots:
         row("one in another", nested(), damaged);
         row("behind something", "MZ" + makeZip({kApp}), damaged);
         row("said to be huge", lying([](auto &l) { l.size = 3LL << 30; }), tooLarge);
+        ZipLies huge;
+        huge.size = qint64(Package::kMaxBytes);
+        row("together too large", makeZip({{"x", noise(2200000)}, kApp}, huge), tooLarge);
         QByteArray many = makeZip({kApp});
         many.replace(many.size() - 14, 4, "\x21\x4E\x21\x4E"); // 20001 entries
         row("many entries", many, QString("升级包中的文件过多"));

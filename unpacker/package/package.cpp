@@ -56,7 +56,6 @@ bool findTop(const std::vector<ZipEntry> &entries, const std::string &executable
         return std::any_of(entries.begin(), entries.end(),
                            [&name](const ZipEntry &entry) { return entry.name == name; });
     };
-    top.clear();
     if (has(executable))
         return true;
     top = entries.empty() ? std::string() : firstPart(entries.front().name) + '/';
@@ -69,9 +68,8 @@ bool findTop(const std::vector<ZipEntry> &entries, const std::string &executable
 
 bool Package::check(ZipReader &reader, const std::string &executable, std::string &problem)
 {
-    m_files.clear();
-    m_size = 0;
     Spellings spellings;
+    std::uint64_t unpacked = 0;
     for (const ZipEntry &entry : reader.entries()) {
         const std::string path = entry.isFolder() ? entry.name.substr(0, entry.name.size() - 1) : entry.name;
         if (!PackageNames::isSafe(path))
@@ -80,8 +78,8 @@ bool Package::check(ZipReader &reader, const std::string &executable, std::strin
             return fail(problem, "升级包中有链接或特殊文件", entry.name);
         if (!spellings.add(path, entry.isFolder()))
             return fail(problem, "升级包中有重复的文件名", entry.name);
-        m_size += entry.size;
-        if (!hasPlausibleSize(entry) || m_size > kMaxBytes)
+        unpacked += entry.size;
+        if (!hasPlausibleSize(entry) || unpacked > kMaxBytes)
             return fail(problem, "升级包解压后过大", entry.name);
     }
     std::string top;
@@ -89,7 +87,6 @@ bool Package::check(ZipReader &reader, const std::string &executable, std::strin
         return fail(problem, "升级包中没有程序文件", executable);
 
     const auto nowhere = [](const char *, std::size_t) { return true; };
-    m_size = 0;
     for (const ZipEntry &entry : reader.entries()) {
         if (!reader.extract(entry, nowhere, problem))
             return false;

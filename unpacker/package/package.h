@@ -28,7 +28,7 @@ public:
     // The folder that an update works in; no entry may reach into it.
     static const char *workFolder() { return "_update"; }
 
-    // Reads every entry to its end. `executable` is the program's file name;
+    // Once only. Reads every entry to its end. `executable` is the program's file name;
     // it must be in the archive, at its top or in a folder that holds all the
     // rest, which is then left out of the paths. The reader must be open, and
     // outlive this. False: `problem` says why, in Chinese.
