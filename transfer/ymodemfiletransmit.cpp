@@ -66,7 +66,6 @@ YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
 
 YmodemFileTransmit::~YmodemFileTransmit()
 {
-    blockSignals(true);
     if (isRunning())
         abortTransfer();
     release();
@@ -139,7 +138,6 @@ void YmodemFileTransmit::release()
 {
     if (!m_link)
         return;
-    m_link->disconnect(this);
     m_link = nullptr;
     m_ownLink.close();
 }
@@ -148,7 +146,6 @@ void YmodemFileTransmit::stopTransmit()
 {
     if (!isRunning())
         return;
-    m_readTimer.stop();
     abortTransfer();
     end(Abort, QStringLiteral("用户停止了传输"));
 }
@@ -157,6 +154,7 @@ void YmodemFileTransmit::stopTransmit()
 // Returns the engine's answer.
 Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
 {
+    m_readTimer.stop();
     m_file.close();
     m_status = status;
     m_reason = reason;
@@ -186,7 +184,6 @@ QString YmodemFileTransmit::finishWarning() const
 
 void YmodemFileTransmit::writeTimeOut()
 {
-    m_file.close();
     m_writeTimer.stop();
     release();
     emit transmitStatus(m_status, QString());
@@ -197,7 +194,6 @@ void YmodemFileTransmit::handleLinkLost()
     if (!isRunning())
         return;
     qWarning().noquote() << "lost" << m_portName;
-    m_readTimer.stop();
     resetTransfer();
     m_lineFreeAtUs = 0; // nothing leaves any more
     end(Error, QStringLiteral("串口已断开"));
@@ -207,7 +203,6 @@ void YmodemFileTransmit::handleLinkLost()
 
 void YmodemFileTransmit::readTimeOut()
 {
-    m_readTimer.stop();
     // Before the last packet can have left and been answered a step would find
     // nothing, count that as silence, and be followed by the next one too late.
     const qint64 answerAt = m_lineFreeAtUs + kAnswerUs;

@@ -102,7 +102,21 @@ private slots:
         // Beyond the first plane, and half characters before a line end and at the end.
         QCOMPARE(TextCodec::decode("\x94\x39\xfc\x36\xad\n\x81\x30\x81", 1),
                  QString::fromUcs4(U"\U0001F600\uFFFD\n"));
-        QCOMPARE(TextCodec::gb18030Length("\x81\x30\x81\x40", 0), 0);
+        QCOMPARE(TextCodec::decode("\x90\x30\x81\x30\xE3\x32\x9A\x35\xE3\x32\x9A\x36", 1),
+                 QString::fromUcs4(U"\U00010000\U0010FFFF\uFFFD"));
+    }
+
+    // The first and the last of each kind, and what is just beside them; -1: unfinished.
+    void measuresCharactersOfGb18030()
+    {
+        const std::tuple<const char *, int> rows[] = {
+            {"00", 1},       {"7f", 1},       {"80", 0},       {"81", -1},     {"fe", -1},
+            {"ff", 0},       {"8140", 2},     {"817e", 2},     {"817f", 0},    {"8180", 2},
+            {"fefe", 2},     {"81ff", 0},     {"812f", 0},     {"813a", 0},    {"8130", -1},
+            {"813080", 0},   {"8130ff", 0},   {"813081", -1},  {"8139fe", -1}, {"81308130", 4},
+            {"8139fe39", 4}, {"8130812f", 0}, {"8130813a", 0}, {"fe308130", 4}};
+        for (const auto &[hex, length] : rows)
+            QVERIFY2(TextCodec::gb18030Length(QByteArray::fromHex(hex), 0) == length, hex);
     }
 
     void readsFilesOfEitherEncoding()

@@ -263,6 +263,7 @@ private slots:
             sender = from;
         });
         const qint64 before = Link::nowUs();
+        QVERIFY(qAbs(before / 1000 - QDateTime::currentMSecsSinceEpoch()) < 600 * 1000);
         m_wire->write("from the board");
         WAIT_EQUAL(m_received, QByteArray("from the board"));
         QVERIFY(arrivalUs >= before && arrivalUs <= Link::nowUs());

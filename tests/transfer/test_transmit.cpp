@@ -45,6 +45,52 @@ private slots:
         QCOMPARE(progress.size(), 1);
         QCOMPARE(progress.at(0), (QList<QVariant>{100, name}));
         QVERIFY(m_transmit->unsentFiles().isEmpty());
+        const auto zeros = [](int count) { return QStringLiteral("00 ").repeated(count) + "…\n"; };
+        QCOMPARE(m_transmit->log().text(),
+                 "[   0.000 s] -- 开始传输 1个文件，端口 COM1，波特率 115200\n"
+                 "[   0.020 s] 接收 C\n"
+                 "[   0.020 s] -- 文件 " +
+                     name +
+                     "，5字节\n"
+                     "[   0.020 s] 发送 SOH 序号0 数据128字节：61 2E 62 69 6E 00 35 " +
+                     zeros(9) +
+                     "[   0.030 s] 接收 ACK\n"
+                     "[   0.040 s] 接收 C\n"
+                     "[   0.040 s] 发送 SOH 序号1 数据128字节：18 68 65 6C 6C " +
+                     zeros(11) +
+                     "[   0.050 s] 接收 ACK\n"
+                     "[   0.050 s] 发送 EOT\n"
+                     "[   0.060 s] 接收 ACK\n"
+                     "[   0.070 s] 接收 C\n"
+                     "[   0.070 s] 发送 SOH 序号0 数据128字节：" +
+                     zeros(16) +
+                     "[   0.080 s] 接收 ACK\n"
+                     "[   0.080 s] -- 传输完成");
+    }
+
+    // The packet is repeated every 5 s after its answer could have been here.
+    void givesUpAfterHalfAMinute()
+    {
+        QVERIFY(start({makeFile("a.bin", "a")}));
+        answered("C", 133);
+        QVERIFY(waitForEnd(60));
+        QStringList times;
+        for (const QString &line : m_transmit->log().text().split('\n'))
+            if (line.contains(QStringLiteral("发送")))
+                times.append(line.mid(1, 8).trimmed());
+        QCOMPARE(times.join(' '), "0.020 5.030 10.040 15.050 20.060 25.070 30.080");
+        QCOMPARE(m_transmit->reason(), QStringLiteral("接收端没有应答或反复要求重发"));
+    }
+
+    // None of its bytes is an answer, however late they are.
+    void skipsAPacketOfTheReceiver()
+    {
+        QVERIFY(start({makeFile("a.bin", "a")}));
+        answered("C", 133);
+        answer("\x01\x18");
+        m_run->stepUntil([] { return false; }, 4);
+        answer(QByteArray(131, '\x18') + "\x06");
+        QCOMPARE(answered("C", 133), packet(1, "a", 128));
     }
 
     void cutsFilesIntoBlocks()
@@ -146,6 +192,15 @@ private slots:
         QVERIFY(start(names));
         firstBlock(133);
         answered("\x06", 1);
+        answer("\x06");
+        answered("C", 133);
+        answer("\x18");
+        QVERIFY(waitForEnd());
+        QCOMPARE(m_transmit->unsentFiles(), QStringList{names.at(1)});
+
+        QVERIFY(start(names));
+        firstBlock(133);
+        answered("\x06", 1);
         QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(128, '\0')); // no answer to the end of the file
         answer("\x06");
         QVERIFY(waitForEnd());
@@ -160,19 +215,20 @@ private slots:
         const QString name = makeFile("a.bin", QByteArray(5000, 'a'));
         QVERIFY(start({name}));
         QVERIFY(!m_transmit->startTransmit(&m_run->link));
-        answered("C", 133);
+        firstBlock(1029);
         m_transmit->stopTransmit();
         m_transmit->stopTransmit();
-        QCOMPARE(statuses(), (QVector<int>{0, 4}));
+        QCOMPARE(statuses(), (QVector<int>{0, 1, 4}));
         QVERIFY(m_transmit->isBusy()); // until the last bytes have left
         QCOMPARE(sent(5), QByteArray("\x18\x18\x18\x18\x18"));
         QVERIFY(waitForEnd());
 
-        QVERIFY(start({name}));
-        QCOMPARE(answered("C", 133).mid(3, 6), QByteArray("a.bin\0", 6));
-        answer("\x18");
-        QVERIFY(waitForEnd());
-        QCOMPARE(statuses(), (QVector<int>{0, 4, 4, 0, 4, 4}));
+        QVERIFY(m_run->start({name}, 115200, "C")); // which has arrived already
+        QVERIFY(m_transmit->reason().isEmpty());
+        QVERIFY(m_transmit->bytesSent() == 0 && m_transmit->fileSize() == 0);
+        QCOMPARE(sent(133).mid(3, 6), QByteArray("a.bin\0", 6));
+        m_transmit->stopTransmit();
+        QCOMPARE(statuses(), (QVector<int>{0, 1, 4, 4, 0, 4}));
     }
 
     void endsWithThePort()
@@ -191,11 +247,27 @@ private slots:
     {
         QVERIFY(start({makeFile("a.bin", QByteArray(3000, 'a'))}, 1200));
         firstBlock(1029);
-        answered("\x06", 1029);
+        m_run->step(); // waits for the answer
+        answer("\x06");
+        QCOMPARE(m_run->link.sent.size(), 1029);
+        sent(1029);
         answered("\x06", 1029);
         answered("\x06", 1);
         QVERIFY(endsBatch(5));
         QCOMPARE(statuses().last(), 3);
+    }
+
+    // At 1200 baud 133 and 5 bytes have left after 1150 ms.
+    void waitsForTheLastBytes()
+    {
+        QVERIFY(start({makeFile("a.bin", "a")}, 1200));
+        answered("C", 133);
+        m_transmit->stopTransmit();
+        QList<int> running;
+        for (const QTimer *timer : m_transmit->findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
+            if (timer->isActive())
+                running.append(timer->interval());
+        QCOMPARE(running, QList<int>{100 + 1149});
     }
 
     // A receiver that was reset asks as for a first file.
@@ -226,6 +298,7 @@ private slots:
         m_transmit->setPortName(m_folder->filePath("nothing"));
         QVERIFY(!m_transmit->startTransmit());
         QVERIFY(!m_transmit->isBusy());
+        QVERIFY(m_transmit->log().text().endsWith(m_transmit->reason()));
         m_transmit->stopTransmit();
         QCOMPARE(m_run->statuses.size(), 0);
         m_transmit->setPortName(board.device());
@@ -283,7 +356,9 @@ private slots:
         QCOMPARE(lines.at(21000), QStringLiteral("[1234.570 s] 发送 CAN × 5"));
         log.clear();
         log.note(0, "again");
-        QCOMPARE(log.text(), QStringLiteral("[   0.000 s] -- again"));
+        log.received(1, QByteArray(16, '?'));
+        QCOMPARE(log.text(), QStringLiteral("[   0.000 s] -- again\n[   0.001 s] 接收 3F") +
+                                 QStringLiteral(" 3F").repeated(15));
     }
 
 private:

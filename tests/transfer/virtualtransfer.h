@@ -50,12 +50,12 @@ public:
         driver.setClock([this] { return nowMs * 1000; });
     }
 
-    bool start(const QStringList &files, int baudRate = 115200)
+    bool start(const QStringList &files, int baudRate = 115200, const QByteArray &arrived = {})
     {
         driver.setFileList(files);
         driver.setBaudRate(baudRate);
         m_earlierStatuses = statuses.size();
-        return driver.startTransmit(&link);
+        return driver.startTransmit(&link, arrived);
     }
 
     // 10 ms, and what the driver's timers do in them.
