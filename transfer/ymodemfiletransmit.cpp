@@ -111,7 +111,6 @@ bool YmodemFileTransmit::startTransmit(Link *link, const QByteArray &arrived)
     connect(
         m_link, &Link::stateChanged, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
     m_lineFreeAtUs = 0;
-    m_stepDeferred = false;
     m_nextStepAtUs = elapsedUs() + kStepUs;
     m_readTimer.start(kStepMs);
     return true;
@@ -119,11 +118,9 @@ bool YmodemFileTransmit::startTransmit(Link *link, const QByteArray &arrived)
 
 void YmodemFileTransmit::clearRecords()
 {
-    m_progress = 0;
     m_status = Establish;
     m_reason.clear();
     m_changed.clear();
-    m_restartReported = false;
     m_fileSize = 0;
     m_sentBytes = 0;
     m_log.clear();
@@ -300,7 +297,6 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
     m_file.close();
     m_completed = m_next; // a receiver that asks for the next file has accepted the end of the last one
     if (m_next >= m_files.size()) {
-        m_status = Transmit;
         emit transmitStatus(Transmit, QString());
         return Eot;
     }
@@ -317,7 +313,6 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
     std::copy(header.begin(), header.end(), buffer);
     *length = blockZeroSize;
     m_log.note(elapsedMs(), QStringLiteral("文件 %1，%2字节").arg(name).arg(m_fileSize));
-    m_status = Establish;
     m_restartReported = false;
     emit transmitStatus(Establish, name);
     return Ack;
@@ -330,7 +325,6 @@ Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
         const QFileInfo info(m_file.fileName());
         if (info.exists() && info.lastModified() != m_fileTime)
             m_changed.append(m_file.fileName());
-        m_status = Transmit;
         emit transmitStatus(Transmit, QString());
         return Eot;
     }
@@ -342,9 +336,7 @@ Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
         return end(Error, QStringLiteral("文件在传输过程中变短或无法读取：%1").arg(m_file.fileName()));
     *length = static_cast<uint32>(block);
     m_sentBytes += wanted;
-    m_progress = static_cast<int>(m_sentBytes * 100 / m_fileSize);
-    emit transmitProgress(m_progress, m_file.fileName());
-    m_status = Transmit;
+    emit transmitProgress(static_cast<int>(m_sentBytes * 100 / m_fileSize), m_file.fileName());
     emit transmitStatus(Transmit, QString());
     return Ack;
 }

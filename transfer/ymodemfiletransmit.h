@@ -93,7 +93,7 @@ private:
     void clearRecords();
     void release();
     void checkForRestart();
-    bool isRunning() const { return isBusy() && (m_status == Establish || m_status == Transmit); }
+    bool isRunning() const { return isBusy() && m_status == Establish; }
     void scheduleStep(qint64 atUs);
     qint64 elapsedUs() const { return m_nowUs() - m_startUs; }
     qint64 elapsedMs() const { return elapsedUs() / 1000; }
@@ -114,8 +114,7 @@ private:
     bool m_restartReported = false;
     QStringList m_changed; // files that were written to while they were sent
     qint64 m_sentBytes = 0;
-    int m_progress = 0; // percent, as last emitted
-    Status m_status = Abort;
+    Status m_status = Abort; // Establish while it runs, then how it ended
     QString m_reason;
     TransferLog m_log;
     std::function<qint64()> m_nowUs;

@@ -267,6 +267,7 @@ private slots:
         m_wire->write("from the board");
         WAIT_EQUAL(m_received, QByteArray("from the board"));
         QVERIFY(arrivalUs >= before && arrivalUs <= Link::nowUs());
+        QCOMPARE(sender.text().isEmpty(), !m_wire->isSocket());
         if (m_wire->isSocket()) {
             QCOMPARE(sender.address, QHostAddress(QHostAddress::LocalHost));
             QCOMPARE(sender.port, static_cast<QAbstractSocket &>(m_wire->peer()).localPort());
@@ -300,6 +301,7 @@ private slots:
         QCOMPARE(m_received, QByteArray());
         link().readPending();
         QCOMPARE(m_received, QByteArray("waits"));
+        QVERIFY(!link().isReading());
         link().setReading(true);
         link().setReading(false);
         m_wire->write(kMuch);

@@ -146,6 +146,13 @@ private slots:
         QVERIFY(endsBatch());
         QCOMPARE(statuses().last(), 3);
         QVERIFY(m_transmit->reason().contains(name)); // some of it may be old, some new
+        QVERIFY(start({name}));
+        firstBlock(1029);
+        answered("\x06", 1029);
+        answered("\x06", 1029);
+        answered("\x06", 1);
+        QVERIFY(endsBatch());
+        QCOMPARE(m_transmit->reason(), QString());
     }
 
     void endsWithAFileThatShrinks()
@@ -199,6 +206,7 @@ private slots:
         QCOMPARE(m_transmit->unsentFiles(), QStringList{names.at(1)});
 
         QVERIFY(start(names));
+        QCOMPARE(m_transmit->unsentFiles(), names);
         firstBlock(133);
         answered("\x06", 1);
         QCOMPARE(answered("C", 133).mid(3, 128), QByteArray(128, '\0')); // no answer to the end of the file
@@ -227,6 +235,7 @@ private slots:
         QVERIFY(m_transmit->reason().isEmpty());
         QVERIFY(m_transmit->bytesSent() == 0 && m_transmit->fileSize() == 0);
         QCOMPARE(sent(133).mid(3, 6), QByteArray("a.bin\0", 6));
+        QVERIFY(runningTimers().size() == 1 && runningTimers().at(0) <= 10);
         m_transmit->stopTransmit();
         QCOMPARE(statuses(), (QVector<int>{0, 1, 4, 4, 0, 4}));
     }
@@ -263,11 +272,12 @@ private slots:
         QVERIFY(start({makeFile("a.bin", "a")}, 1200));
         answered("C", 133);
         m_transmit->stopTransmit();
-        QList<int> running;
-        for (const QTimer *timer : m_transmit->findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
-            if (timer->isActive())
-                running.append(timer->interval());
-        QCOMPARE(running, QList<int>{100 + 1149});
+        QCOMPARE(runningTimers(), QList<int>{100 + 1149});
+        QVERIFY(waitForEnd());
+        QVERIFY(start({m_folder->filePath("a.bin")})); // not for those of another transfer
+        m_run->link.sent.clear();
+        answered("C", 133);
+        QVERIFY(m_run->nowMs < 1000);
     }
 
     // A receiver that was reset asks as for a first file.
@@ -285,6 +295,7 @@ private slots:
         for (int i = 0; i < 5; ++i)
             QCOMPARE(answered("C", 1029), block);
         QCOMPARE(hints.count(), 1);
+        QVERIFY(m_transmit->log().text().contains(hints.at(0).at(0).toString()));
         QVERIFY(m_transmit->isBusy());
         QVERIFY(answered("\x06", 1029) != block); // it may go on all the same
     }
@@ -310,6 +321,10 @@ private slots:
         m_transmit->stopTransmit();
         QCOMPARE(board.read(5), QByteArray("\x18\x18\x18\x18\x18"));
         QVERIFY(waitForEnd());
+        SerialSettings settings;
+        settings.name = board.device();
+        SerialLink next;
+        QTRY_VERIFY(next.open(settings)); // it is free again
     }
 
     // A board that talks while the page does not read delays its own answers, and is paused;
@@ -398,6 +413,15 @@ private:
         answered("C", 133);
         answer("\x06");
         return waitForEnd(seconds);
+    }
+
+    QList<int> runningTimers() const
+    {
+        QList<int> intervals;
+        for (const QTimer *timer : m_transmit->findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
+            if (timer->isActive())
+                intervals.append(timer->interval());
+        return intervals;
     }
 
     QVector<int> statuses() const

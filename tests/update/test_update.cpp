@@ -7,6 +7,8 @@
 #include "testfiles.h"
 #include "updateserver.h"
 
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -59,6 +61,23 @@ private slots:
         QVERIFY(updateButton()->isEnabled());
         QVERIFY(!child<QProgressBar>("progressUpdate")->isVisible());
         QCOMPARE(m_server->requests().size(), 1);
+        for (const QTimer *timer : m_dialog->findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
+            QVERIFY(!timer->isActive()); // and no second time
+    }
+
+    void namesAnyServerButTheUsual()
+    {
+        const auto shown = [this](const char *url) {
+            emit m_dialog->findChild<UpdateClient *>()->contacting(QUrl(url));
+            return host();
+        };
+        QCOMPARE(shown("http://203.0.113.86:11087/up/"), QString("服务器：203.0.113.86:11087"));
+        QCOMPARE(shown("http://203.0.113.86:11086/up/"), QString());
+        QCOMPARE(shown("http://203.0.113.87:11086/up/"), QString("服务器：203.0.113.87:11086"));
+        QNetworkAccessManager manager;
+        const QPointer<QNetworkReply> other = manager.get(QNetworkRequest(QUrl("http://127.0.0.1:1")));
+        m_dialog->SltNetworkReply(other); // of a request of another: removes it
+        QTRY_VERIFY(!other);
     }
 
     void showsOtherReplies()
@@ -124,7 +143,8 @@ private slots:
         reply.stuck = true;
         startDownload(reply);
         QTRY_COMPARE(downloads(), QStringList("korvex.zip"));
-        m_dialog->close();
+        child<QPushButton>("btnCancelUpdate")->click();
+        QVERIFY(!m_dialog || !m_dialog->isVisible());
         QCOMPARE(downloads(), QStringList());
     }
 
@@ -192,6 +212,7 @@ private:
         updateButton()->click();
         QVERIFY(!updateButton()->isEnabled());
         QVERIFY(child<QProgressBar>("progressUpdate")->isVisible());
+        QCOMPARE(child<QProgressBar>("progressUpdate")->maximum(), 0); // how much is not known yet
     }
 
     std::unique_ptr<QTemporaryDir> m_root;

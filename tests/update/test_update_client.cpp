@@ -150,6 +150,15 @@ private slots:
         QCOMPARE(downloaded.count(), 0);
     }
 
+    // As a dialog that closes on the answer.
+    void mayBeDestroyedByItsAnswer()
+    {
+        m_server->setReply("cv", UpdateServer::version("1.0.2.7", "n"));
+        connect(m_client.get(), &UpdateClient::checked, this, [this] { m_client.reset(); });
+        m_client->check();
+        QTRY_VERIFY(!m_client);
+    }
+
 private:
     QStringList files() const { return QDir(m_root->path()).entryList(QDir::Files | QDir::Hidden); }
     QByteArray content(const QString &name) const { return contentOf(m_root->filePath(name)); }

@@ -46,6 +46,7 @@ private slots:
             {"korvex.zip", "korvex.zip"},
             {"\"korvex 1.0.zip\"", "korvex 1.0.zip"},
             {"\"unfinished.zip", "unfinished.zip"},
+            {"\" blanks.zip\"", "blanks.zip"},
             {"korvex.zip; size=3", "korvex.zip"},
             {"固件.zip", "固件.zip"},
             {"../../etc/evil.zip", "evil.zip"},

@@ -39,7 +39,6 @@ bool PackageFile::keep()
 
 void PackageFile::discard()
 {
-    m_file.close();
     if (!m_file.fileName().isEmpty())
         m_file.remove();
     m_file.setFileName(QString());
