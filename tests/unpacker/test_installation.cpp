@@ -48,9 +48,6 @@ private slots:
         Disk disk;
         QVERIFY2(update(disk), m_problem.c_str());
         QCOMPARE(treeAt(folder()), m_new);
-        const auto isExecutable = [this](const char *name) {
-            return (fs::status(folder() / name).permissions() & fs::perms::owner_exec) != fs::perms::none;
-        };
         QVERIFY(isExecutable("App") && isExecutable("unzip.exe") && isExecutable("lib/new"));
         QVERIFY(!isExecutable("lib/a"));
     }
@@ -163,6 +160,7 @@ private slots:
             QVERIFY(!update(disk));
             QCOMPARE(QString::fromStdString(m_problem),
                      QString("无法替换文件：%1：错误 %2").arg(name).arg(EIO));
+            QVERIFY(isExecutable("App")); // the old one, as it was copied
         }
     }
 
@@ -210,6 +208,10 @@ private:
     fs::path folder(const QString &name = QString("installation")) const
     {
         return m_root->filePath(name).toStdString();
+    }
+    bool isExecutable(const char *name) const
+    {
+        return (fs::status(folder() / name).permissions() & fs::perms::owner_exec) != fs::perms::none;
     }
     static void write(const fs::path &path, const QByteArray &content)
     {

@@ -282,22 +282,21 @@ bool Installation::goForward()
 
 // The same in reverse. Interrupted, the update may also continue forward: each new
 // file is in "new" or in its place.
-bool Installation::goBack()
+void Installation::goBack()
 {
     for (const std::string &file : m_files)
         if (!isThere(pathOf(Part::New, file)) && isThere(pathOf(Part::Current, file)) &&
             !move(pathOf(Part::Current, file), pathOf(Part::New, file)))
-            return false;
+            return;
     if (!sync())
-        return false;
+        return;
     for (const std::string &file : m_files)
         if (isThere(pathOf(Part::Old, file)) && !move(pathOf(Part::Old, file), pathOf(Part::Current, file)))
-            return false;
+            return;
     if (!sync() || !move(pathOf(Part::Old, m_executable), executablePath()))
-        return false;
+        return;
     sync();
     clean();
-    return true;
 }
 
 bool Installation::clean()

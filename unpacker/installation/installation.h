@@ -55,7 +55,7 @@ private:
     bool writeJournal();
     bool readJournal();
     bool goForward();
-    bool goBack();
+    void goBack();
     bool makeFolderFor(const std::filesystem::path &file);
     bool move(const std::filesystem::path &from, const std::filesystem::path &to);
     bool sync();
