@@ -53,7 +53,6 @@ void PidExporter::write()
     m_next.stop();
     const std::unique_ptr<PidExport> done = std::move(m_export);
     QString error;
-    if (!SafeFile::write(m_fileName, done->text(), &error) && error.isEmpty())
-        error = QStringLiteral("未知错误");
+    SafeFile::write(m_fileName, done->text(), &error);
     emit finished(m_fileName, error);
 }

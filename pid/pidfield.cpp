@@ -87,7 +87,7 @@ PidField::PidField(Kind kind, QWidget *parent)
     connect(this, &QLineEdit::textEdited, this, &PidField::showToolTip);
 }
 
-void PidField::setRecord(const QString &text, float value, bool keepText)
+void PidField::setRecord(const QString &text, bool keepText, float value)
 {
     m_recordText = text;
     m_recordValue = value;
@@ -104,7 +104,7 @@ void PidField::revert()
 
 void PidField::setSent()
 {
-    setRecord(text(), m_kind == Gain ? gain().value_or(0) : 0);
+    setRecord(text(), false, gain().value_or(0));
 }
 
 void PidField::show(const QString &text, float value)
@@ -127,18 +127,15 @@ void PidField::showToolTip()
 
 PidField::Content PidField::content() const
 {
-    return {text(), m_validator->shown, m_shownValue, m_recordText, m_recordValue, isTyped()};
+    return {text(), m_validator->shown, m_shownValue, isTyped()};
 }
 
 void PidField::setContent(const Content &content)
 {
     m_validator->shown = content.shownText;
     m_shownValue = content.shownValue;
-    m_recordText = content.recordText;
-    m_recordValue = content.recordValue;
     setText(content.text);
     setModified(content.typed);
-    showToolTip();
 }
 
 std::optional<float> PidField::gain() const
@@ -158,14 +155,6 @@ std::optional<qint32> PidField::integer() const
     return ok ? std::optional<qint32>(value) : std::nullopt;
 }
 
-bool PidField::isComplete() const
-{
-    QString input = text();
-    int at = 0;
-    m_validator->fixup(input);
-    return m_validator->validate(input, at) == QValidator::Acceptable;
-}
-
 void PidField::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && isTyped()) {
@@ -174,6 +163,6 @@ void PidField::keyPressEvent(QKeyEvent *event)
     }
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     QLineEdit::keyPressEvent(event);
-    if (isReturn && !isComplete())
+    if (isReturn && !hasAcceptableInput())
         emit incomplete(); // Qt emits nothing then
 }

@@ -21,10 +21,8 @@ public:
     struct Content
     {
         QString text;
-        QString shownText; // the text by which the program showed a value ...
+        QString shownText; // the text by which the program showed a value
         float shownValue = 0;
-        QString recordText; // ... and what revert() would show
-        float recordValue = 0;
         bool typed = false;
     };
 
@@ -32,7 +30,7 @@ public:
 
     // The value of the record. `keepText` leaves what the field shows as it is:
     // the value is then shown by revert() only.
-    void setRecord(const QString &text, float value = 0, bool keepText = false);
+    void setRecord(const QString &text, bool keepText = false, float value = 0);
     // Drops what was typed and shows the record.
     void revert();
     // The text was sent: it no longer counts as typed.
@@ -40,6 +38,7 @@ public:
 
     bool isTyped() const { return isModified(); }
     Content content() const;
+    // The record is not part of it: setRecord() has to follow.
     void setContent(const Content &content);
 
     // What is to be sent; nothing where the text is no such number, or where it
@@ -60,7 +59,6 @@ private:
 
     void show(const QString &text, float value);
     void showToolTip();
-    bool isComplete() const;
 
     const Kind m_kind;
     Validator *m_validator;

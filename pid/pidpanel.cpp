@@ -111,10 +111,10 @@ void PidPanel::showChannel(const PidChannelParams &params)
     const std::array<float, 3> gains = arrayOf(params.gains);
     const bool keepGains = draft && areGainsTyped();
     for (size_t k = 0; k < gains.size(); ++k)
-        m_gains[k]->setRecord(QStringLiteral("%1").arg(static_cast<double>(gains[k]), 0, 'f', 3), gains[k],
-                              keepGains);
-    m_target->setRecord(QString::number(params.target), 0, draft && m_target->isTyped());
-    m_period->setRecord(QString::number(params.period), 0, draft && m_period->isTyped());
+        m_gains[k]->setRecord(QStringLiteral("%1").arg(static_cast<double>(gains[k]), 0, 'f', 3), keepGains,
+                              gains[k]);
+    m_target->setRecord(QString::number(params.target), draft && m_target->isTyped());
+    m_period->setRecord(QString::number(params.period), draft && m_period->isTyped());
 }
 
 void PidPanel::showReportedGains(const PidGains &gains)
@@ -122,17 +122,17 @@ void PidPanel::showReportedGains(const PidGains &gains)
     const std::array<float, 3> values = arrayOf(gains);
     const bool keep = areGainsTyped();
     for (size_t k = 0; k < values.size(); ++k)
-        m_gains[k]->setRecord(QString::number(static_cast<double>(values[k]), 'g', 6), values[k], keep);
+        m_gains[k]->setRecord(QString::number(static_cast<double>(values[k]), 'g', 6), keep, values[k]);
 }
 
 void PidPanel::showReportedTarget(qint32 target)
 {
-    m_target->setRecord(QString::number(target), 0, m_target->isTyped());
+    m_target->setRecord(QString::number(target), m_target->isTyped());
 }
 
 void PidPanel::showReportedPeriod(qint32 period)
 {
-    m_period->setRecord(QString::number(period), 0, m_period->isTyped());
+    m_period->setRecord(QString::number(period), m_period->isTyped());
 }
 
 std::optional<PidGains> PidPanel::gains() const

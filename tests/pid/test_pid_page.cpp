@@ -125,6 +125,10 @@ private slots:
                 press(field, Qt::Key_Return);
             return child<QLineEdit>(field)->text() + lastNotice();
         };
+        m_notices->clear();
+        child<QLineEdit>("editD")->clear();
+        press("editD", Qt::Key_Left); // nothing is sent by that
+        QVERIFY(m_notices->isEmpty());
         QCOMPARE(paste("editP", " \t3.25 \n"), "3.25");
         QCOMPARE(paste("editTarget", " -300 "), "-300");
         QCOMPARE(paste("editP", "3,25"), QString("P、I、D值只能是小数，例如：3.25"));
@@ -154,6 +158,12 @@ private slots:
         QCOMPARE(texts(), "nan/inf/1");
         click("btnSendPid");
         QVERIFY(lastNotice().contains(QString("未发送")));
+        receive(report(1, 3, "e9d6fc3d95bfd6b301247449"));
+        type("editD", "0.5");
+        select(2);
+        select(1);
+        click("btnSendPid");
+        QCOMPARE(sentGains(), "e9d6fc3d95bfd6b30000003f"); // not what the texts of the others say
     }
 
     void keepsTypedText()
@@ -170,6 +180,7 @@ private slots:
             click(button); // the port is closed: still not sent
         receive(kGains + integersOf1);
         QCOMPARE(texts() + '|' + integers(), "3.0/4.0/0.567|12/5");
+        QCOMPARE(child<QLineEdit>("editP")->toolTip(), QString("已修改，未发送；按Esc恢复为：1.5"));
         select(2); // has nothing typed
         QCOMPARE(texts() + '|' + integers(), "1.000/0.000/0.500|12345/100");
         receive(allOf2);
@@ -228,7 +239,9 @@ private slots:
         };
         moveTo(plot()->axisRect()->center());
         QVERIFY(QToolTip::text().contains("CH3"));
+        QVERIFY(plot()->item(0)->visible()); // the cursor
         moveTo(QPoint(0, 0));
+        QVERIFY(!plot()->item(0)->visible());
         QTRY_VERIFY(!QToolTip::isVisible());
         plot()->xAxis->setRange(0, 3); // as dragging does
         QCOMPARE(child<QLabel>("labelPidFollow")->text(), QString("已暂停"));
