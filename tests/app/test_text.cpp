@@ -32,6 +32,8 @@ private slots:
         const std::tuple<QString, QByteArray, int> rows[] = {
             {"01 02 fF", "\x01\x02\xff", 0},
             {"0102AB", "\x01\x02\xab", 0},
+            {"09 af AF", "\x09\xaf\xaf", 0},
+            {"01 0/", "\x01", 2},
             {"1 2 3 4", "\x12\x34", 0}, // pairs across a space
             {"01 0G 03", "\x01", 4},
             {"01\n02", "\x01", 3},
@@ -224,6 +226,7 @@ private slots:
             {"log, GB18030", TextCodec::encode(log, 1), 1},
             {"words, UTF-8", words.toUtf8(), 0},
             {"words, GB18030", TextCodec::encode(words, 1), 1},
+            {"signs, GB18030", TextCodec::encode(QStringLiteral("温。、25℃\n"), 1), 1},
             {"four characters", QStringLiteral("温度正常").toUtf8(), 0},
             {"traditional, UTF-8", traditional.toUtf8(), 0},
             {"ASCII", "E (123) wifi: no answer\n", -1},
@@ -238,7 +241,7 @@ private slots:
         QCOMPARE(guessed(edges), 0);
         for (const char *wrong : {"\x80", "\xC0\x80", "\xC1\xBF", "\xC3\x7F", "\xC3\xC0", "\xE0\x9F\xBF",
                                   "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"})
-            QVERIFY2(guessed(QByteArray("\xC3\x80").repeated(15) + wrong) == -1, wrong);
+            QVERIFY2(guessed(QByteArray("\xC3\x80").repeated(20) + wrong) == -1, wrong);
         for (const auto &[name, bytes, codec] : rows) {
             const QByteArray once = bytes.repeated(3000 / bytes.size() + 1);
             QByteArray stream = once;

@@ -143,6 +143,8 @@ private slots:
         QCOMPARE(m_sent->count(), 0);
         QVERIFY(QtMessageTip::current());
         QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请确认通信设备是否打开?"));
+        QMetaObject::invokeMethod(m_box.get(), "sltSendXYModemFile");
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请先打开需要发送的文件"));
     }
 
     void autoSendsWithItsPeriod()
@@ -150,6 +152,12 @@ private slots:
         SendOptions options(m_box.get());
         auto *check = options.findChild<QCheckBox *>("checkAutoSend");
         auto *edit = options.findChild<QLineEdit *>("editAutoInterval");
+        QStringList order;
+        for (QWidget *field = &options; order.size() < 6; field = field->nextInFocusChain())
+            if (field != &options && options.isAncestorOf(field) && (field->focusPolicy() & Qt::TabFocus))
+                order += field->objectName();
+        QCOMPARE(order.join(' '),
+                 "comboSendPage checkNewline radioSendText radioSendHex checkAutoSend editAutoInterval");
         for (const char *text : {"9", "", "abc", "-20", "99999999999"}) {
             edit->setText(text);
             options.applyInterval();
@@ -165,7 +173,9 @@ private slots:
         QTRY_VERIFY(m_sent->count() >= 3);
         // On a page that shows another text it neither goes on nor starts.
         m_editor->setMinimumHeight(2000); // the box is as high as the page shown needs
+        const QSignalSpy notices(m_box.get(), &QtSendBoxWidget::notify);
         m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
+        QVERIFY(noticeOf(notices.value(0)).text.contains(QStringLiteral("自动发送已停止")));
         QVERIFY(m_box->minimumSizeHint().height() < 2000);
         QVERIFY(!check->isChecked() && !m_box->isAutoSending());
         check->click();
@@ -301,6 +311,11 @@ private slots:
         QVERIFY(QDir(AppPaths::confFolder()).rmdir("ser_multi_conf.txt"));
         QTest::keyClick(row, Qt::Key_Return); // tried again
         QCOMPARE(file("ser_multi_conf.txt"), QByteArray("0#y\n"));
+        fold("ser_multi_conf.txt");
+        row->setText("z");
+        const int before = notices.count();
+        m_box.reset(); // nobody is there to be told
+        QCOMPARE(notices.count(), before);
     }
 
     void clearsAndDeletesPages()

@@ -34,6 +34,7 @@ private slots:
         receive(second);
         const QByteArray text = save(QStringLiteral("记录.txt"));
         QCOMPARE(lastNotice(), QStringLiteral("文件保存完成!"));
+        QVERIFY(!QGuiApplication::overrideCursor());
         QVERIFY(text.startsWith("\xce\xc2") && text.endsWith("end\n"));
         QCOMPARE(save("data.bin"), first + second); // the session, as it came
         QApplication::setActiveWindow(m_page.get());
@@ -153,6 +154,11 @@ private slots:
         QVERIFY(!child<QWidget>("btnResumeShow")->isVisible());
         m_page->SltWriteDataToSerialport("seen");
         QVERIFY(shown().endsWith("b2\nseen\n"));
+        choose(QStringLiteral("保存文本时带行时间"));
+        receive(QByteArray("x\n").repeated(9000)); // more than are read at a time
+        const QByteArray many = save("many.txt");
+        QVERIFY(many.count('\n') > 9000);
+        QCOMPARE(many.count("\n["), many.count('\n') - 1);
     }
 
     void savesEverythingOfAFlood()
