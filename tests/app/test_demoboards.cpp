@@ -19,32 +19,27 @@ private slots:
     }
 
     // Missing, at an end at once, or crashed: each is reported once.
-    void reportsBoardsThatDoNotRun_data()
-    {
-        QTest::addColumn<QByteArray>("board");
-        QTest::newRow("missing") << QByteArray();
-        QTest::newRow("ends") << QByteArray("#!/bin/sh\n");
-        QTest::newRow("crashes") << QByteArray("#!/bin/sh\nkill -9 $$\n");
-    }
-
     void reportsBoardsThatDoNotRun()
     {
-        QFETCH(QByteArray, board);
-        if (!board.isEmpty())
-            QVERIFY(writeFile(beside("boardsim"), board) &&
-                    QFile::setPermissions(beside("boardsim"), QFile::ReadOwner | QFile::ExeOwner));
-        DemoBoards boards;
-        const QSignalSpy failures(&boards, &DemoBoards::failed);
-        for (int i = 0; i < 7; ++i)
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^.* failed:"));
-        boards.start();
-        QTRY_COMPARE(failures.count(), 8);
-        QTRY_VERIFY(std::none_of(boards.children().begin(), boards.children().end(), isRunning));
-        QCOMPARE(failures.count(), 8);
-        // They fail in any order.
-        QVERIFY(std::any_of(failures.begin(), failures.end(), [](const QVariantList &failure) {
-            return failure.at(0).toString().contains("[COM3]");
-        }));
+        for (const QByteArray &program :
+             {QByteArray(), QByteArray("#!/bin/sh\n"), QByteArray("#!/bin/sh\nkill -9 $$\n")}) {
+            if (!program.isEmpty())
+                QVERIFY(writeFile(beside("boardsim"), program) &&
+                        QFile::setPermissions(beside("boardsim"),
+                                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+            DemoBoards boards;
+            const QSignalSpy failures(&boards, &DemoBoards::failed);
+            for (int i = 0; i < 7; ++i)
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^.* failed:"));
+            boards.start();
+            QTRY_COMPARE(failures.count(), 8);
+            QTRY_VERIFY(std::none_of(boards.children().begin(), boards.children().end(), isRunning));
+            QCOMPARE(failures.count(), 8);
+            // They fail in any order.
+            QVERIFY(std::any_of(failures.begin(), failures.end(), [](const QVariantList &failure) {
+                return failure.at(0).toString().contains("[COM3]");
+            }));
+        }
     }
 
     void plugsBoardsInAndTakesThemAway()

@@ -45,27 +45,22 @@ private slots:
         QCOMPARE(progress.size(), 1);
         QCOMPARE(progress.at(0), (QList<QVariant>{100, name}));
         QVERIFY(m_transmit->unsentFiles().isEmpty());
-        const auto zeros = [](int count) { return QStringLiteral("00 ").repeated(count) + "…\n"; };
-        QCOMPARE(m_transmit->log().text(),
-                 "[   0.000 s] -- 开始传输 1个文件，端口 COM1，波特率 115200\n"
-                 "[   0.020 s] 接收 C\n"
-                 "[   0.020 s] -- 文件 " +
-                     name +
-                     "，5字节\n"
-                     "[   0.020 s] 发送 SOH 序号0 数据128字节：61 2E 62 69 6E 00 35 " +
-                     zeros(9) +
-                     "[   0.030 s] 接收 ACK\n"
-                     "[   0.040 s] 接收 C\n"
-                     "[   0.040 s] 发送 SOH 序号1 数据128字节：18 68 65 6C 6C " +
-                     zeros(11) +
-                     "[   0.050 s] 接收 ACK\n"
-                     "[   0.050 s] 发送 EOT\n"
-                     "[   0.060 s] 接收 ACK\n"
-                     "[   0.070 s] 接收 C\n"
-                     "[   0.070 s] 发送 SOH 序号0 数据128字节：" +
-                     zeros(16) +
-                     "[   0.080 s] 接收 ACK\n"
-                     "[   0.080 s] -- 传输完成");
+        const QString log = m_transmit->log().text().replace(QStringLiteral(" 00"), QString());
+        QCOMPARE(log, QStringLiteral(R"([   0.000 s] -- 开始传输 1个文件，端口 COM1，波特率 115200
+[   0.020 s] 接收 C
+[   0.020 s] -- 文件 %1，5字节
+[   0.020 s] 发送 SOH 序号0 数据128字节：61 2E 62 69 6E 35 …
+[   0.030 s] 接收 ACK
+[   0.040 s] 接收 C
+[   0.040 s] 发送 SOH 序号1 数据128字节：18 68 65 6C 6C …
+[   0.050 s] 接收 ACK
+[   0.050 s] 发送 EOT
+[   0.060 s] 接收 ACK
+[   0.070 s] 接收 C
+[   0.070 s] 发送 SOH 序号0 数据128字节：00 …
+[   0.080 s] 接收 ACK
+[   0.080 s] -- 传输完成)")
+                          .arg(name));
     }
 
     // The packet is repeated every 5 s after its answer could have been here.
