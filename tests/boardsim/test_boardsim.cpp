@@ -42,15 +42,18 @@ private slots:
 
     void sendsAllOfItsLines()
     {
-        const std::tuple<const char *, const char *, int> boards[] = {
-            {"flood", "utf8", 1000001}, {"burst", "gb18030", 50001}, {"flood", "ascii", 0}};
-        for (const auto &[mode, encoding, total] : boards) {
+        const std::tuple<const char *, const char *, int, QByteArray> boards[] = {
+            {"flood", "utf8", 1000001, "d4b1b08b145621f0af4118dc4e0ac7ff"},
+            {"burst", "ascii", 50001, "43a02c43daac400d6fea5d60706e747d"},
+            {"flood", "ascii", 0, "d41d8cd98f00b204e9800998ecf8427e"}};
+        for (const auto &[mode, encoding, total, sum] : boards) {
             BoardProcess board;
             QVERIFY(board.start({"--mode", mode, "--encoding", encoding, "--seed", "4711", "--delay", "0",
                                  "--total", QString::number(total)}));
             HostPort host(board.link());
             const QByteArray bytes = host.read(total);
             QVERIFY(bytes.size() == total && isNumbered(bytes) == (total > 0));
+            QCOMPARE(QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex(), sum);
             QVERIFY(host.read(1, 100).isEmpty());
             QVERIFY(board.stop());
             QCOMPARE(board.statistics().value("written"), qint64(total));

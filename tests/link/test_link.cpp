@@ -226,7 +226,7 @@ private slots:
             m_states.clear();
             QVERIFY(m_wire->open());
             QVERIFY(link().isOpen() && link().reason().isEmpty());
-            link().close();
+            round == 0 || isServer() ? link().close() : link().closePeer(Link::allPeers);
             WAIT_EQUAL(m_states.last(), Link::State::Closed);
             m_states.removeAll(Link::State::Opening);
             QCOMPARE(m_states,
