@@ -246,13 +246,13 @@ void YmodemFileTransmit::receive(const QByteArray &bytes)
 Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
 {
     const QByteArray bytes = m_input.left(static_cast<int>(length));
-    if (bytes.isEmpty())
-        return 0;
-    m_input.remove(0, bytes.size());
-    std::copy(bytes.begin(), bytes.end(), buffer);
-    m_log.received(elapsedMs(), bytes);
-    if (m_input.size() < kMaxInputBytes)
-        m_link->setReading(true);
+    if (!bytes.isEmpty()) {
+        m_input.remove(0, bytes.size());
+        std::copy(bytes.begin(), bytes.end(), buffer);
+        m_log.received(elapsedMs(), bytes);
+        if (m_input.size() < kMaxInputBytes)
+            m_link->setReading(true);
+    }
     return static_cast<uint32>(bytes.size());
 }
 

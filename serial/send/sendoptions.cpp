@@ -55,10 +55,6 @@ void SendOptions::buildUi()
     periods->addWidget(m_auto);
     addTo(periods, QStringLiteral("自动发送周期(ms)"), m_interval);
     setTabOrder(m_page, m_newline);
-    setTabOrder(m_newline, m_text);
-    setTabOrder(m_text, m_hex);
-    setTabOrder(m_hex, m_auto);
-    setTabOrder(m_auto, m_interval);
 }
 
 QWidget *SendOptions::lastField() const

@@ -77,17 +77,6 @@ private slots:
         QCOMPARE(m_transmit->reason(), QStringLiteral("接收端没有应答或反复要求重发"));
     }
 
-    // None of its bytes is an answer, however late they are.
-    void skipsAPacketOfTheReceiver()
-    {
-        QVERIFY(start({makeFile("a.bin", "a")}));
-        answered("C", 133);
-        answer("\x01\x18");
-        m_run->stepUntil([] { return false; }, 4);
-        answer(QByteArray(131, '\x18') + "\x06");
-        QCOMPARE(answered("C", 133), packet(1, "a", 128));
-    }
-
     void cutsFilesIntoBlocks()
     {
         const std::tuple<int, QVector<int>> rows[] = {{1, {128}},          {128, {128}},

@@ -2,9 +2,9 @@
 // is written.
 
 #include "package.h"
+#include "testfiles.h"
 #include "zipmaker.h"
 
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <sstream>
@@ -15,13 +15,11 @@ const ZipPart kApp{"App", "application", 0100755};
 const QByteArray
     kExtremes("\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
 
-QByteArray noise(int size)
+QByteArray lyingZip(const QVector<ZipPart> &parts, const std::function<void(ZipLies &)> &lie)
 {
-    QByteArray bytes;
-    QRandomGenerator random(1);
-    for (int i = 0; i < size; ++i)
-        bytes += static_cast<char>(random.bounded(256));
-    return bytes;
+    ZipLies lies;
+    lie(lies);
+    return makeZip(parts, lies);
 }
 
 // The paths with '*' for executables, or why there are none.
@@ -76,7 +74,7 @@ private slots:
     void readsWhatCannotBePacked()
     {
         for (int size = 65490; size < 65560; ++size)
-            QCOMPARE(listing(makeZip({kApp, {"x", noise(size)}})), "App* x");
+            QCOMPARE(listing(makeZip({kApp, {"x", patternBytes(size)}})), "App* x");
     }
 
     void readsEntriesInAnyOrder()
@@ -139,9 +137,7 @@ private slots:
             QVERIFY2(shown.startsWith("! " + why), qPrintable(name + (": " + shown)));
         };
         const auto lying = [](const std::function<void(ZipLies &)> &lie) {
-            ZipLies lies;
-            lie(lies);
-            return makeZip({kApp, {"lib/a", "x"}}, lies);
+            return lyingZip({kApp, {"lib/a", "x"}}, lie);
         };
         const auto damaged = QString("升级包已损坏");
         const auto unsupported = QString("不支持的压缩格式");
@@ -174,9 +170,8 @@ private slots:
         row("one in another", nested(), damaged);
         row("behind something", "MZ" + makeZip({kApp}), damaged);
         row("said to be huge", lying([](auto &l) { l.size = 3LL << 30; }), tooLarge);
-        ZipLies huge;
-        huge.size = qint64(Package::kMaxBytes);
-        row("together too large", makeZip({{"x", noise(2200000)}, kApp}, huge), tooLarge);
+        row("together too large",
+            lyingZip({{"x", patternBytes(2200000)}, kApp}, [](auto &l) { l.size = 1LL << 31; }), tooLarge);
         QByteArray many = makeZip({kApp});
         many.replace(many.size() - 14, 4, "\x21\x4E\x21\x4E"); // 20001 entries
         row("many entries", many, QString("升级包中的文件过多"));
@@ -185,9 +180,7 @@ private slots:
     void acceptsWhatOthersWrite()
     {
         const auto lying = [](const std::function<void(ZipLies &)> &lie, quint32 mode = 0100644) {
-            ZipLies lies;
-            lie(lies);
-            return makeZip({{"lib/a", "x", mode}, kApp}, lies);
+            return lyingZip({{"lib/a", "x", mode}, kApp}, lie);
         };
         const QByteArray zeros(12, '\0');
         const QByteArray streamed = lying([](auto &l) { l.flags = 1 << 3; });
