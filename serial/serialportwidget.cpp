@@ -41,6 +41,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
     m_recvOptions->remember(m_memory, &Settings::instance().serialArea);
     m_sendOptions->remember(m_memory, &Settings::instance().serialArea);
     m_area->remember(&Settings::instance().serialArea);
+    SltDelayChanged();
     setPortState(false);
     showCounts();
 }
@@ -273,6 +274,7 @@ void SerialportWidget::sltInterruptDetection()
 void SerialportWidget::SltDelayChanged()
 {
     m_reader->setQuietTime(m_recvOptions->quietTime());
+    m_port->setMaxReadPause(m_recvOptions->quietTime() / 3);
 }
 
 void SerialportWidget::SltRecvFromSerialport()

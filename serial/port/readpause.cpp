@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr int kMaxPauseMs = 3;
 // A terminal's buffer holds 4 KB.
 constexpr qint64 kPieceBytes = 3 * 1024;
 // A slower line would wait for little: bytes in a millisecond.
@@ -52,7 +51,7 @@ void ReadPause::handleRead(qint64 bytes, qint64 nowUs)
     m_fastReads = isFast ? m_fastReads + 1 : 0;
     if (!std::exchange(m_isPaused, false))
         m_pausesLeft = bytes < kMaxChunkBytes ? kPausesPerLook : 0;
-    const qint64 pauseMs = bytes > 0 ? qMin<qint64>(kMaxPauseMs, kPieceBytes * elapsedUs / bytes / 1000) : 0;
+    const qint64 pauseMs = bytes > 0 ? qMin<qint64>(m_maxMs, kPieceBytes * elapsedUs / bytes / 1000) : 0;
     if (m_fastReads < kMinFastReads || pauseMs < 1 || m_pausesLeft == 0 || !m_notifier)
         return;
     --m_pausesLeft;

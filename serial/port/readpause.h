@@ -23,6 +23,8 @@ public:
 
     // An open port, which may be closed or deleted at any time.
     void setPort(const QSerialPort *port);
+    // Pauses are at most so long; 0: there are none. 3 at first.
+    void setMaxMs(int ms) { m_maxMs = ms; }
     // So many bytes were read; pauses where that is worth it.
     void handleRead(qint64 bytes, qint64 nowUs);
     // An answer may come: the port is read as soon as something is there.
@@ -31,6 +33,7 @@ public:
 private:
     QPointer<QSocketNotifier> m_notifier;
     QTimer m_timer;
+    int m_maxMs = 3;
     qint64 m_readAtUs = 0;
     int m_fastReads = 0;  // in a row
     int m_pausesLeft = 0; // until the next look at what comes at a time

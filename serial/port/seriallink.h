@@ -53,6 +53,10 @@ public:
     // at first: it stays open, and failed() tells.
     void setEndsOnWriteError(bool ends) { m_endsOnWriteError = ends; }
 
+    // A fast line is read every 3 ms at most; where shorter pauses of the
+    // board count, sooner.
+    void setMaxReadPause(int ms) { m_readPause.setMaxMs(qMin(ms, 3)); }
+
     // The modem lines. They are kept when the link is opened again, and nothing but
     // these changes them while it is open; with RTS/CTS flow control the driver
     // moves RTS.
