@@ -13,7 +13,7 @@ constexpr int kQuietMs = 20;
 
 ExpectCommand::ExpectCommand(const Options &options)
     : PortCommand(options)
-    , m_expected(*options.pattern, options.codecIndex)
+    , m_expected(*options.pattern, options.codecIndex, &Link::nowUs)
 {
     m_quiet.setSingleShot(true);
     m_limit.setSingleShot(true);

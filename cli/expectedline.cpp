@@ -6,14 +6,18 @@
 
 namespace {
 
-// A line without end is judged again when it has grown by so much.
-constexpr int kJudgedBytes = ExpectedLine::maxOpenBytes / 2;
+// A line without end is judged first at this size, and then when it has doubled or
+// half of what is kept is new. No expression gets less.
+constexpr int kFirstBytes = 4 * 1024;
+// Judging a line should not take longer.
+constexpr qint64 kMaxJudgingUs = 200 * 1000;
 
 } // namespace
 
-ExpectedLine::ExpectedLine(const LineMatcher::Pattern &pattern, int codecIndex)
+ExpectedLine::ExpectedLine(const LineMatcher::Pattern &pattern, int codecIndex, std::function<qint64()> nowUs)
     : m_test(pattern)
     , m_codecIndex(codecIndex)
+    , m_nowUs(std::move(nowUs))
 {
 }
 
@@ -26,8 +30,9 @@ std::optional<QByteArray> ExpectedLine::add(const QByteArray &bytes)
 {
     for (int begin = 0; begin < bytes.size();) {
         const int newLine = bytes.indexOf('\n', begin);
-        const int room = maxOpenBytes - m_open.size();
-        const int end = qMin(newLine < 0 ? bytes.size() : newLine, begin + room);
+        const int seen = m_open.size() - m_unseen;
+        const int step = qMin(qMax(kFirstBytes, seen), m_maxBytes / 2);
+        const int end = qMin(newLine < 0 ? bytes.size() : newLine, begin + step - m_unseen);
         m_open.append(bytes.constData() + begin, end - begin);
         m_unseen += end - begin;
         begin = end;
@@ -39,10 +44,9 @@ std::optional<QByteArray> ExpectedLine::add(const QByteArray &bytes)
                 line.chop(1);
             if (matches(line))
                 return line;
-        } else if (m_unseen >= kJudgedBytes) {
+        } else if (m_unseen >= step) {
             if (auto line = openLine())
                 return line;
-            m_open = m_open.right(kJudgedBytes);
         }
     }
     return {};
@@ -53,7 +57,17 @@ std::optional<QByteArray> ExpectedLine::openLine()
     if (m_unseen == 0)
         return {};
     m_unseen = 0;
+    const qint64 startUs = m_nowUs();
     if (matches(m_open))
         return m_open;
+    adapt(m_nowUs() - startUs);
     return {};
+}
+
+void ExpectedLine::adapt(qint64 us)
+{
+    if (us > kMaxJudgingUs)
+        m_maxBytes = qBound(kFirstBytes, m_open.size() / 2, m_maxBytes);
+    if (m_open.size() > m_maxBytes / 2)
+        m_open = m_open.right(m_maxBytes / 2);
 }

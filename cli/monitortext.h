@@ -24,7 +24,7 @@ public:
         std::optional<LineMatcher::Pattern> filter;
     };
     // A longer line is filtered in pieces, a longer packet has several lines.
-    static constexpr int maxLineBytes = 64 * 1024;
+    static constexpr int maxLineBytes = 16 * 1024;
     static constexpr int maxPacketBytes = 1024;
 
     explicit MonitorText(const Options &options);

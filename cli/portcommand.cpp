@@ -46,6 +46,7 @@ void PortCommand::start()
 
 void PortCommand::interrupt()
 {
+    m_isInterrupted = true;
     if (m_isFinishing)
         m_keeper.close();
     else
@@ -63,7 +64,7 @@ void PortCommand::handleBytes(const QByteArray &bytes, qint64 arrivalUs)
 void PortCommand::handleDropped(qint64 bytes)
 {
     Console::tell(QStringLiteral("有 %1 字节未发出").arg(bytes));
-    if (m_isFinishing && m_status == ExitStatus::Done)
+    if (m_isFinishing && !m_isInterrupted && m_status == ExitStatus::Done)
         m_status = ExitStatus::TimedOut;
 }
 

@@ -52,5 +52,6 @@ private:
     ReceivedLog m_log;
     ExitStatus m_status = ExitStatus::Done;
     bool m_isFinishing = false;
+    bool m_isInterrupted = false;
     bool m_isEnded = false;
 };

@@ -50,7 +50,8 @@ private slots:
         QFETCH(QByteArray, received);
         QFETCH(QByteArray, line);
         for (const int pieceSize : {received.size(), 4095, 1}) {
-            ExpectedLine expected(expression(pattern), TextCodec::Utf8);
+            qint64 us = 0;
+            ExpectedLine expected(expression(pattern), TextCodec::Utf8, [&us] { return us += 1000; });
             std::optional<QByteArray> found;
             for (int at = 0; at < received.size() && !found; at += pieceSize)
                 found = expected.add(received.mid(at, pieceSize));
