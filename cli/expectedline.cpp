@@ -10,7 +10,7 @@ namespace {
 // half of what is kept is new. No expression gets less.
 constexpr int kFirstBytes = 4 * 1024;
 // Judging a line should not take longer.
-constexpr qint64 kMaxJudgingUs = 200 * 1000;
+constexpr qint64 kMaxJudgingUs = 200LL * 1000;
 
 } // namespace
 
