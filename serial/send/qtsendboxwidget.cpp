@@ -207,7 +207,8 @@ bool QtSendBoxWidget::requireDevice()
     if (m_deviceOpen)
         return true;
     stopAutoSend();
-    QtMessageTip::showTip(m_closedReason.isEmpty() ? QStringLiteral("请确认通信设备是否打开?") : m_closedReason);
+    QtMessageTip::showTip(m_closedReason.isEmpty() ? QStringLiteral("请确认通信设备是否打开?")
+                                                   : m_closedReason);
     return false;
 }
 
