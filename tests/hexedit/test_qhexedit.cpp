@@ -146,6 +146,9 @@ private slots:
                           at(9, false) + QPoint(m_edit->fontMetrics().horizontalAdvance('0'), 0));
         keys("b");
         QCOMPARE(content().mid(8, 3), QByteArray("x[x"));
+        click(9, false);
+        keys("7");
+        QCOMPARE(content().mid(8, 3), QByteArray("x{x"));
         click(2, false);
         for (const auto &[end, expected] : {std::pair{6, Selection(2, 5)}, // the first byte stays
                                             {1, Selection(1, 2)},
@@ -170,6 +173,9 @@ private slots:
                 keys(key);
                 QVERIFY2(isInSight(), qPrintable(key + QString::number(i)));
             }
+        m_edit->verticalScrollBar()->setValue(0);
+        keys("4"); // far away
+        QVERIFY(isInSight());
         m_edit->goTo(5000);
         const QVariant place = m_edit->inputMethodQuery(Qt::ImCursorRectangle);
         keys("PgDown"); // stays in its row of the display
@@ -391,6 +397,7 @@ private slots:
         QVERIFY(ground(places.hex(0, 5)) != ground(places.hex(0, 6))); // the caret's column and row
         QVERIFY(ground(places.address(1)) != ground(places.address(2)));
         QCOMPARE(ground(places.address(5)), ground(places.address(2))); // of bytes to come
+        QVERIFY(colors(places.hex(0, 0)).size() > 1);                   // has its number
         QVERIFY(colors(places.address(0)).contains(QColor(skin.secondaryText).rgb()));
         const QRect caret = places.hex(1, 5);
         const QPoint below = caret.bottomLeft() + QPoint(1, -1), left = caret.topLeft() + QPoint(0, 3);

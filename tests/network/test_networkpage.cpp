@@ -36,6 +36,7 @@ private slots:
             QCOMPARE(caption(), isServer ? QStringLiteral("停止监听") : QStringLiteral("关闭"));
             QVERIFY(fieldsAreEnabled(false));
             QVERIFY(child<StateIndicator>("stateIndicator")->isOn());
+            QVERIFY(!child<QWidget>("btnOpen")->property("primary").toBool());
             QCOMPARE(stateText(), (isServer ? QStringLiteral("正在监听端口%1，已连接0个客户端")
                                             : QStringLiteral("正在接收端口%1的数据"))
                                       .arg(port));
@@ -46,6 +47,7 @@ private slots:
             QCOMPARE(caption(), isServer ? QStringLiteral("开始监听") : QStringLiteral("打开"));
             QVERIFY(fieldsAreEnabled(true));
             QVERIFY(!child<StateIndicator>("stateIndicator")->isOn());
+            QVERIFY(child<QWidget>("btnOpen")->property("primary").toBool());
             QCOMPARE(display->placeholderText(), howToBegin);
         }
     }

@@ -64,6 +64,7 @@ private slots:
         RegisterTableModel table;
         QVERIFY(table.addPage() && table.addPage());
         const QSignalSpy changes(&table, &QAbstractItemModel::dataChanged);
+        const QAbstractItemModelTester tester(&table, QAbstractItemModelTester::FailureReportingMode::QtTest);
         for (const int row : {0, 150, 250}) {
             set(table, row, RegisterTableModel::Address, QString::number(row));
             table.setOutcome(row, row == 250 ? RegisterTableModel::Unanswered : RegisterTableModel::Answered);

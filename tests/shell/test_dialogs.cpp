@@ -82,7 +82,10 @@ private slots:
             {"return", 1, QtMessageBox::Cancel}, {"escape", 0, QtMessageBox::Cancel},
             {"close", 0, QtMessageBox::Cancel},  {"btnDiscard", -1, QtMessageBox::Discard}};
         for (const auto &[how, question, saveQuestion] : rows) {
-            const auto act = [name = how](QWidget *box) { answer(box, name); };
+            const auto act = [name = how](QWidget *box) {
+                QVERIFY(static_cast<QtMessageBox *>(box)->text().endsWith("?"));
+                answer(box, name);
+            };
             whenModal(act);
             QCOMPARE(QtMessageBox::saveQuestion(nullptr, {}, "保存?"), saveQuestion);
             if (question < 0)
@@ -262,6 +265,7 @@ private slots:
         QCOMPARE(dialog.geometry().center(), window.geometry().center());
         QCOMPARE(dialog.grab().toImage().pixelColor(0, 50), Skin::palette().outline);
         QVERIFY(dialog.findChild<WaitingSpinnerWidget *>()->isSpinning());
+        QVERIFY(dialog.isModal());
         dialog.move(10, 20);
         dialog.hide();
         dialog.show(); // where the user has put it

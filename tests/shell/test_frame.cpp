@@ -30,6 +30,9 @@ private slots:
             {{394, 150}, {}, Qt::ArrowCursor},
             {{200, 4}, Qt::TopEdge, Qt::SizeVerCursor},
             {{200, 295}, Qt::BottomEdge, Qt::SizeVerCursor},
+            {{200, 0}, Qt::TopEdge, Qt::SizeVerCursor},
+            {{389, 2}, Qt::TopEdge, Qt::SizeVerCursor},
+            {{390, 2}, Qt::RightEdge | Qt::TopEdge, Qt::SizeBDiagCursor},
             {{9, 2}, Qt::LeftEdge | Qt::TopEdge, Qt::SizeFDiagCursor}, // reaches along the top
             {{10, 2}, Qt::TopEdge, Qt::SizeVerCursor},
             {{1, 292}, Qt::LeftEdge | Qt::BottomEdge, Qt::SizeBDiagCursor},
@@ -114,6 +117,7 @@ private slots:
         const QRect screen = m_window->screen()->availableGeometry();
         QCOMPARE(m_window->geometry(), screen);
         QCOMPARE(maximize->toolTip(), QString("还原"));
+        QCOMPARE(maximize->accessibleName(), QString("还原"));
         QCOMPARE(dragged({2, 300}, {60, 0}), screen); // it has no edges
         maximize->click();
         QTRY_COMPARE_WITH_TIMEOUT(m_window->geometry(), normal, 30000);
