@@ -77,12 +77,6 @@ private slots:
         m_edit->setOverwrite(true);
         keys("Ctrl+A Del");
         QVERIFY(QtMessageTip::current()->text().startsWith("改写模式下不能删除"));
-        m_edit->setReadOnly(true, "because");
-        for (const char *pressed : {"Ctrl+V", "Ctrl+Z"}) {
-            QtMessageTip::showTip(QString());
-            keys(pressed);
-            QCOMPARE(QtMessageTip::current()->text(), QString("because"));
-        }
     }
 
     void movesAndSelects()
