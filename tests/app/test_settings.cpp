@@ -226,8 +226,7 @@ private slots:
              {Qt::AA_ForceRasterWidgets, Qt::AA_EnableHighDpiScaling, Qt::AA_UseHighDpiPixmaps})
             QVERIFY(QCoreApplication::testAttribute(attribute));
         Skin::apply(1);
-        for (const char *folder : {"conf", "tmp"})
-            QVERIFY(QDir(m_root->filePath(folder)).removeRecursively());
+        QVERIFY(QDir(m_root->filePath("tmp")).removeRecursively());
         Startup::prepare(*qApp);
         QCOMPARE(Skin::palette().name, QString("default"));
         QVERIFY(QFileInfo(m_root->filePath("tmp")).isDir());

@@ -157,8 +157,7 @@ private slots:
         choose(QStringLiteral("保存文本时带行时间"));
         receive(QByteArray("x\n").repeated(9000)); // more than are read at a time
         const QByteArray many = save("many.txt");
-        QVERIFY(many.count('\n') > 9000);
-        QCOMPARE(many.count("\n["), many.count('\n') - 1);
+        QVERIFY(many.count('\n') > 9000 && many.count("\n[") == many.count('\n') - 1);
     }
 
     void savesEverythingOfAFlood()
