@@ -226,7 +226,7 @@ private slots:
              {Qt::AA_ForceRasterWidgets, Qt::AA_EnableHighDpiScaling, Qt::AA_UseHighDpiPixmaps})
             QVERIFY(QCoreApplication::testAttribute(attribute));
         Skin::apply(1);
-        QVERIFY(QDir(m_root->filePath("tmp")).removeRecursively());
+        QVERIFY(QDir(m_root->path()).removeRecursively());
         Startup::prepare(*qApp);
         QCOMPARE(Skin::palette().name, QString("default"));
         QVERIFY(QFileInfo(m_root->filePath("tmp")).isDir());
