@@ -53,6 +53,7 @@ void PidExporter::write()
     m_next.stop();
     const std::unique_ptr<PidExport> done = std::move(m_export);
     QString error;
-    SafeFile::write(m_fileName, done->text(), &error);
+    if (!SafeFile::write(m_fileName, done->text(), &error) && error.isEmpty())
+        error = QStringLiteral("未知错误");
     emit finished(m_fileName, error);
 }

@@ -66,6 +66,7 @@ YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
 
 YmodemFileTransmit::~YmodemFileTransmit()
 {
+    blockSignals(true);
     if (isRunning())
         abortTransfer();
     release();
@@ -110,7 +111,9 @@ bool YmodemFileTransmit::startTransmit(Link *link, const QByteArray &arrived)
         m_link, &Link::dropped, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
     connect(
         m_link, &Link::stateChanged, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
+    resetTransfer();
     m_lineFreeAtUs = 0;
+    m_stepDeferred = false;
     m_nextStepAtUs = elapsedUs() + kStepUs;
     m_readTimer.start(kStepMs);
     return true;
@@ -135,6 +138,7 @@ void YmodemFileTransmit::release()
 {
     if (!m_link)
         return;
+    m_link->disconnect(this); // the next transfer may use it again
     m_link = nullptr;
     m_ownLink.close();
 }

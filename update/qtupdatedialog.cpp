@@ -90,6 +90,7 @@ QtUpdateDialog::QtUpdateDialog(QWidget *parent)
     connect(m_update, &QPushButton::clicked, this, &QtUpdateDialog::SltDownloadFile);
     connect(m_cancel, &QPushButton::clicked, this, &QWidget::close);
     connect(m_checkDelay, &QTimer::timeout, this, &QtUpdateDialog::SltCheckVersion);
+    m_checkDelay->setSingleShot(true);
     m_checkDelay->start(kCheckDelayMs);
 }
 
@@ -161,7 +162,7 @@ void QtUpdateDialog::showHost(const QUrl &url)
 
 void QtUpdateDialog::SltCheckVersion()
 {
-    m_checkDelay->stop();
+    m_checkDelay->stop(); // or it would end this check
     setStatus(QStringLiteral("正在检查更新，请稍后..."));
     m_notes->clear();
     m_client->check();

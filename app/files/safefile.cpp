@@ -25,6 +25,9 @@ bool commit(QSaveFile &file, QString *error)
     if (file.flush() && file.error() == QFileDevice::NoError && file.commit())
         return true;
     reportFailure(file, error);
+    if (error && error->isEmpty())
+        *error = QStringLiteral("磁盘空间不足或无法写入");
+    file.cancelWriting();
     return false;
 }
 

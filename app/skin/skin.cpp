@@ -85,7 +85,7 @@ void apply(int index)
     colorAreas();
     Settings::instance().skin.set(index);
     const QString sheet = styleSheet();
-    if (sheet == qApp->styleSheet())
+    if (sheet.isEmpty() || sheet == qApp->styleSheet())
         return;
     // Exchanged for another sheet, Qt 5.15 polishes each widget once for itself
     // and once for each widget that it lies in. Removed and set, once.

@@ -103,6 +103,7 @@ void RegisterSession::stopTable()
 void RegisterSession::stopAll()
 {
     m_single.reset();
+    m_singleTimer.stop();
     stopTable();
 }
 

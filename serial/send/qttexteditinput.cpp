@@ -48,6 +48,7 @@ QtTextEditInput::QtTextEditInput(QWidget *parent)
     : QTextEdit(parent)
 {
     setObjectName(QStringLiteral("textEditSend"));
+    setAccessibleName(QStringLiteral("发送编辑区"));
     setTabChangesFocus(true);
     // Looking for word ends costs the square of a line's length: a minute for a
     // pasted line of a million characters.

@@ -162,6 +162,7 @@ void QtMessageTip::paintBubble(QPainter &painter) const
     pointer.lineTo(box.left() + 20, box.top());
     pointer.closeSubpath();
     path.addPath(pointer);
+    painter.setPen(Qt::NoPen);
     painter.fillPath(path, QColor(0xf0, 0x3e, 0x10));
     painter.setPen(QColor(0xff, 0xff, 0xff));
     painter.drawText(box, Qt::AlignCenter, m_text);

@@ -23,6 +23,7 @@ Ymodem::Ymodem(uint32 repeatDivider, uint32 silenceLimit, uint32 errorLimit)
 void Ymodem::transmitStep()
 {
     if (m_stage == Idle) {
+        resetTransfer();
         m_stage = Establishing;
         return;
     }

@@ -24,10 +24,11 @@ std::error_code lastError()
 }
 
 // Closed without syncing: close() was not called.
-void closeQuietly(std::intptr_t handle)
+void closeQuietly(std::intptr_t &handle)
 {
     if (handle >= 0)
         ::close(static_cast<int>(handle));
+    handle = -1;
 }
 
 } // namespace

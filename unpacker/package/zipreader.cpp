@@ -52,7 +52,10 @@ bool ZipEntry::isSpecial() const
 
 bool ZipReader::read(std::uint64_t at, std::size_t size, std::string &bytes)
 {
+    if (at > m_size || size > m_size - at)
+        return false;
     bytes.resize(size);
+    m_source.clear();
     m_source.seekg(static_cast<std::streamoff>(at));
     m_source.read(bytes.data(), static_cast<std::streamsize>(size));
     return m_source.good();
@@ -60,6 +63,8 @@ bool ZipReader::read(std::uint64_t at, std::size_t size, std::string &bytes)
 
 bool ZipReader::open(std::string &problem)
 {
+    m_entries.clear();
+    m_source.clear();
     m_source.seekg(0, std::ios::end);
     const auto size = static_cast<std::streamoff>(m_source.tellg());
     m_size = size < 0 ? 0 : static_cast<std::uint64_t>(size);

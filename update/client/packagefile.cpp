@@ -39,6 +39,7 @@ bool PackageFile::keep()
 
 void PackageFile::discard()
 {
+    m_file.close();
     if (!m_file.fileName().isEmpty())
         m_file.remove();
     m_file.setFileName(QString());

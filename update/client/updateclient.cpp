@@ -70,6 +70,8 @@ UpdateClient::UpdateClient(const QUrl &server, const QString &folder, QObject *p
 
 UpdateClient::~UpdateClient()
 {
+    m_manager->disconnect(this);
+    cancel();
     m_manager->setParent(nullptr);
     m_manager->deleteLater();
 }
@@ -110,6 +112,7 @@ void UpdateClient::finish(QNetworkReply *reply)
     }
     if (reply != m_check)
         return; // canceled
+    m_check = nullptr;
     const QByteArray body = reply->readAll();
     if (reply->error() != QNetworkReply::NoError)
         qWarning().noquote() << "version check:" << reply->errorString();
