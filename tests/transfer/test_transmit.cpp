@@ -220,8 +220,11 @@ private slots:
                 m_transmit->fileSize() == 0);
         QCOMPARE(sent(133).mid(3, 6), QByteArray("a.bin\0", 6));
         QVERIFY(runningTimers().value(0) <= 10);
+        answer("\x06"); // arrives once, although the link was used before
+        m_run->stepUntil([] { return false; }, 1);
+        QCOMPARE(m_transmit->log().text().count("ACK"), 1);
         m_transmit->stopTransmit();
-        QCOMPARE(statuses(), (QVector<int>{0, 1, 4, 4, 0, 4}));
+        QCOMPARE(statuses(), (QVector<int>{0, 1, 4, 4, 0, 1, 4}));
     }
 
     void endsWithThePort()
