@@ -138,7 +138,6 @@ void YmodemFileTransmit::release()
 {
     if (!m_link)
         return;
-    m_link->disconnect(this); // the next transfer may use it again
     m_link = nullptr;
     m_ownLink.close();
 }

@@ -32,7 +32,7 @@ LineSearch::Place behind(LineSearch::Place place, const QByteArray &bytes, int b
 {
     const char *at = bytes.constData() + begin;
     const char *last = bytes.constData() + end;
-    while (const auto *newLine = static_cast<const char *>(memchr(at, '\n', last - at))) {
+    while (const auto *newLine = static_cast<const char *>(memchr(at, '\n', size_t(last - at)))) {
         place = {place.line + 1, 0};
         at = newLine + 1;
     }
