@@ -9,8 +9,9 @@ namespace {
 
 // A terminal's buffer holds 4 KB.
 constexpr qint64 kPieceBytes = 3 * 1024;
-// A slower line would wait for little: bytes in a millisecond.
-constexpr qint64 kMinBytesPerMs = 64;
+// Bytes in a millisecond. A slower line, as any UART's, would wake the program about
+// as often with pauses.
+constexpr qint64 kMinBytesPerMs = 256;
 constexpr int kMinFastReads = 4;
 // A pause is worth it where the driver hands over less than this at a time, which
 // is looked at now and then.
