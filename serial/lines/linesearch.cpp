@@ -114,6 +114,10 @@ bool LineSearch::step()
     const qint64 room = m_pieces.last().offset + kPieceBytes - from.offset;
     QByteArray bytes = read(from, room);
     const bool isFull = bytes.size() == room;
+    if (isFull && from.offset > m_pieces.last().offset && !bytes.contains('\n')) {
+        m_pieces.append(from); // the line begins the next piece
+        return hasMore();
+    }
     const int end = isFull ? endOf(bytes) : bytes.lastIndexOf('\n') + 1;
     if (isFull)
         bytes.truncate(end);

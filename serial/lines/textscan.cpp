@@ -37,7 +37,7 @@ TextScan::Needle::Needle(const QString &text, bool caseSensitive)
             return unit.unicode() < 0x80 ||
                    (!unit.isSurrogate() && unit.toCaseFolded() == unit && unit.toUpper() == unit);
         });
-    if (!isUsable)
+    if (!isUsable || text.contains(QLatin1Char('\n'))) // which lines don't have
         return;
     m_bytes = text.toUtf8();
     if (!caseSensitive)

@@ -115,6 +115,32 @@ private slots:
         QCOMPARE(search.count(), qint64(2));
     }
 
+    // Pieces end with lines also where they were searched bit by bit.
+    void cutsNoLineWhileItGrows()
+    {
+        LineSearch search(*m_store);
+        search.start(LineMatcher({"abcdefghij"}));
+        const int lines = 12000;
+        for (int line = 0; line < lines; ++line) {
+            m_store->append(QString(line % 50, 'x') + "abcdefghijabcdefghij\n", 0);
+            if (line % 3 == 0)
+                search.step();
+        }
+        while (search.step()) {
+        }
+        QCOMPARE(search.count(), qint64(2 * lines));
+        for (int line = 0; line < lines; line += 97) {
+            const LineSearch::Match found = search.at(2 * line + 1).value_or(LineSearch::Match());
+            QCOMPARE(found.place.line, qint64(line));
+            QCOMPARE(found.place.column, line % 50 + 10);
+        }
+        // A pasted pattern may begin with a line end.
+        search.start(LineMatcher({"\nab"}));
+        while (search.step()) {
+        }
+        QVERIFY(!search.hasMore());
+    }
+
     // What is found in bytes is what is found in each line, step by step as lines are added.
     void agreesWithEachLine_data()
     {
