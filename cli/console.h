@@ -15,7 +15,7 @@ void prepare();
 
 enum class Outcome {
     Written,
-    Closed, // nobody reads it any more
+    Closed, // its reader has gone
     Ended,  // it accepts nothing, and the process is to end
     Failed,
 };

@@ -36,6 +36,6 @@ private:
     int m_maxMs = 3;
     qint64 m_readAtUs = 0;
     int m_fastReads = 0;  // in a row
-    int m_pausesLeft = 0; // until the next look at what comes at a time
+    int m_pausesLeft = 0; // until the size of a chunk is looked at again
     bool m_isPaused = false;
 };

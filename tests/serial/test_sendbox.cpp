@@ -314,7 +314,7 @@ private slots:
         fold("ser_multi_conf.txt");
         row->setText("z");
         const int before = notices.count();
-        m_box.reset(); // nobody is there to be told
+        m_box.reset(); // its receiver has gone
         QCOMPARE(notices.count(), before);
     }
 

@@ -283,7 +283,7 @@ private slots:
         qunsetenv("KORVEX_VIRTUAL_PORTS");
     }
 
-    // Everything but what would act by itself.
+    // All choices but those that start something.
     void remembersItsPanel()
     {
         m_page->SltSerialportChanged({"COM1 a", "COM2 b"});
