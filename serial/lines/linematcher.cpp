@@ -1,13 +1,23 @@
 #include "linematcher.h"
 
 #include <algorithm>
+#include <ctime>
 #include <iterator>
 
 namespace {
 
-// An expression such as (a+)+b takes years on some lines; so many steps take a few
-// milliseconds.
-const auto kStepLimit = QStringLiteral("(*LIMIT_MATCH=200000)");
+// An expression such as (a+)+b takes years on some lines; so many steps take less
+// than a millisecond.
+const auto kStepLimit = QStringLiteral("(*LIMIT_MATCH=50000)");
+// The limit holds for each place where a match may begin: on a line of 40 KB,
+// "z(\w|-)*[!?]" takes 800 million steps and never reaches it. So an expression sees a
+// window of a long line at a time, and no text may take longer than this.
+constexpr int kWindow = 4 * 1024;
+constexpr int kOverlap = kWindow / 2;
+constexpr int kContext = 256; // before a window, for what looks behind
+constexpr std::clock_t kMaxProcessorTime = CLOCKS_PER_SEC / 20;
+constexpr std::clock_t kTimePerMatch = CLOCKS_PER_SEC / 100000;
+constexpr int kUnitsBetweenChecks = 1024;
 
 bool isWord(QChar character)
 {
@@ -18,6 +28,12 @@ bool isWord(QChar character)
 bool isInWord(const QString &text, int at)
 {
     return at > 0 && at < text.size() && isWord(text.at(at - 1)) && isWord(text.at(at));
+}
+
+// Not between the two halves of a character.
+int atCharacter(const QString &text, int at)
+{
+    return at > 0 && at < text.size() && text.at(at).isLowSurrogate() ? at - 1 : at;
 }
 
 QString chinese(const QString &error)
@@ -45,6 +61,29 @@ QString chinese(const QString &error)
 }
 
 } // namespace
+
+// Of processor time, so that other programs don't use it up.
+class LineMatcher::Budget
+{
+public:
+    explicit Budget(int matches)
+        : m_deadline(std::clock() + kMaxProcessorTime - matches * kTimePerMatch)
+    {
+    }
+
+    bool isSpent(int newUnits, int matches)
+    {
+        m_units += newUnits;
+        if (m_units < kUnitsBetweenChecks)
+            return false;
+        m_units = 0;
+        return std::clock() > m_deadline + matches * kTimePerMatch;
+    }
+
+private:
+    std::clock_t m_deadline;
+    int m_units = 0;
+};
 
 bool LineMatcher::Pattern::operator==(const Pattern &other) const
 {
@@ -90,20 +129,30 @@ void LineMatcher::findText(const QString &text, QVector<Range> *matches) const
     }
 }
 
-bool LineMatcher::findInLine(const QString &text, int begin, int end, QVector<Range> *matches) const
+bool LineMatcher::findInLine(const QString &text, int begin, int end, Budget *budget,
+                             QVector<Range> *matches) const
 {
-    const QStringRef line(&text, begin, end - begin);
-    for (int at = 0; at <= line.size();) {
-        const QRegularExpressionMatch match = m_expression.match(line, at);
-        if (!match.hasMatch())
-            return match.isValid();
-        const int found = match.capturedStart();
+    for (int at = begin; at <= end;) {
+        const int from = atCharacter(text, qMax(begin, at - kContext));
+        const int windowEnd = end - at <= kWindow ? end : atCharacter(text, at + kWindow);
+        const QRegularExpressionMatch match = m_expression.match(
+            text.midRef(from, windowEnd - from), at - from, QRegularExpression::NormalMatch,
+            QRegularExpression::DontCheckSubjectStringMatchOption);
+        const int found = match.hasMatch() ? from + match.capturedStart() : windowEnd;
         const int length = match.capturedLength();
-        const bool isMatch =
-            length > 0 && (!m_pattern.wholeWord ||
-                           (!isInWord(text, begin + found) && !isInWord(text, begin + found + length)));
+        if (!match.isValid() || budget->isSpent(found + length - at, matches->size()))
+            return false;
+        if (found + length >= windowEnd && windowEnd < end && found > at) {
+            // What lies behind the window may belong to it.
+            at = qMin(found, atCharacter(text, windowEnd - kOverlap));
+            continue;
+        }
+        if (!match.hasMatch())
+            return true;
+        const bool isMatch = length > 0 && (!m_pattern.wholeWord ||
+                                            (!isInWord(text, found) && !isInWord(text, found + length)));
         if (isMatch)
-            matches->append({begin + found, length});
+            matches->append({found, length});
         at = found + (isMatch ? length : 1);
     }
     return true;
@@ -117,10 +166,13 @@ bool LineMatcher::find(const QString &text, QVector<Range> *matches) const
         findText(text, matches);
         return true;
     }
+    if (!text.isValidUtf16()) // as checked for each match otherwise
+        return find(QString::fromUtf8(text.toUtf8()), matches);
+    Budget budget(matches->size());
     for (int begin = 0; begin < text.size();) {
         const int newLine = text.indexOf(QLatin1Char('\n'), begin);
         const int end = newLine < 0 ? text.size() : newLine;
-        if (end > begin && !findInLine(text, begin, end, matches))
+        if (end > begin && !findInLine(text, begin, end, &budget, matches))
             return false;
         begin = end + 1;
     }

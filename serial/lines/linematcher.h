@@ -41,13 +41,16 @@ public:
     const QRegularExpression &expression() const { return m_expression; }
 
     // Appends the matches in `text`, which may be several lines: none goes over a
-    // line end. False where the expression took too many steps on a line and its
-    // remaining matches are unknown.
+    // line end. False where the expression took too many steps or too long, and the
+    // remaining matches are unknown. Of a line of more than 4096 units, an expression
+    // sees a part at a time; a match of up to 2048 is always found.
     bool find(const QString &text, QVector<Range> *matches) const;
 
 private:
+    class Budget;
+
     void findText(const QString &text, QVector<Range> *matches) const;
-    bool findInLine(const QString &text, int begin, int end, QVector<Range> *matches) const;
+    bool findInLine(const QString &text, int begin, int end, Budget *budget, QVector<Range> *matches) const;
 
     Pattern m_pattern;
     QStringMatcher m_text;

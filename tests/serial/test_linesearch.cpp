@@ -141,6 +141,34 @@ private slots:
         QVERIFY(!search.hasMore());
     }
 
+    // An expression sees a window of such a line at a time.
+    void searchesLongLines()
+    {
+        const auto find = [](const QString &expression, const QString &line) {
+            QVector<LineMatcher::Range> found;
+            const bool isKnown = LineMatcher({expression, true, false, true}).find(line, &found);
+            QString all = isKnown ? "" : "too slow ";
+            for (const LineMatcher::Range &range : found)
+                all += QString("%1+%2 ").arg(range.begin).arg(range.length);
+            return all.trimmed();
+        };
+        QString line(20000, ' ');
+        for (const int at : {0, 4094, 4095, 16000, 18000, 19997})
+            line.replace(at, 3, "a-b");
+        QCOMPARE(find("a-b", line), QString("0+3 4095+3 16000+3 18000+3 19997+3"));
+        QCOMPARE(find("^a-b", line), QString("0+3"));
+        QCOMPARE(find("a-b$", line), QString("19997+3"));
+        QCOMPARE(find("(?<=^| )a(?! )", line), QString("0+1 4094+1 16000+1 18000+1 19997+1"));
+        QCOMPARE(find(" $|aa", line), QString("4094+2"));
+        QCOMPARE(find("b *a", line), QString("2+4093 16002+1999 18002+1996"));
+        // A character of two units stands across the end of a window.
+        QCOMPARE(find("[^x]+", QString(4095, 'x') + QString::fromUtf8("😀x")), QString("4095+2"));
+        QCOMPARE(find("[^x]", QString("x") + QChar(0xD83D) + "x"), QString("1+1"));
+        // The step limit of one place is never reached.
+        QCOMPARE(find("z(\\w|-)*[!?]", QString(40000, 'z')), QString("too slow"));
+        QCOMPARE(find(".", QString(250000, 'z')).count('+'), 250000);
+    }
+
     // What is found in bytes is what is found in each line, step by step as lines are added.
     void agreesWithEachLine_data()
     {
