@@ -35,6 +35,15 @@ QString Link::toolUsing(const QString &resource)
     return {};
 }
 
+qint64 Link::send(const QByteArray &bytes, quint64 peer)
+{
+    const qint64 timeUs = nowUs(); // an answer may come from within
+    const qint64 accepted = accept(bytes, peer);
+    if (accepted > 0)
+        emit sent(bytes, timeUs, peer);
+    return accepted;
+}
+
 void Link::closePeer(quint64)
 {
     close();

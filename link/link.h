@@ -43,7 +43,7 @@ public:
     // Queues the bytes for one peer or for all. Returns the bytes that were
     // accepted, times the number of peers that they are for: 0 where there is
     // no such peer, or where too much is queued for it already.
-    virtual qint64 send(const QByteArray &bytes, quint64 peer = allPeers) = 0;
+    qint64 send(const QByteArray &bytes, quint64 peer = allPeers);
     // Why the last send() accepted nothing; for the user. Empty where it accepted
     // something and while the link is not open.
     QString refusal() const { return m_refusal; }
@@ -79,6 +79,8 @@ signals:
     void stateChanged(Link::State state);
     // arrivalUs: when they were read, see nowUs().
     void received(const QByteArray &bytes, qint64 arrivalUs, const Peer &from);
+    // Accepted for one peer or for all.
+    void sent(const QByteArray &bytes, qint64 timeUs, quint64 peer);
     void peerJoined(const Peer &peer);
     // reason: empty where it left in an orderly way or was closed here.
     void peerLeft(const Peer &peer, const QString &reason);
@@ -91,6 +93,8 @@ signals:
     void blocked(const Peer &peer, bool isBlocked);
 
 protected:
+    // What send() does.
+    virtual qint64 accept(const QByteArray &bytes, quint64 peer) = 0;
     // Emits stateChanged() if it changes.
     void setState(State state, const QString &reason = {});
     void setRefusal(const QString &refusal) { m_refusal = refusal; }

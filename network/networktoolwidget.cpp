@@ -4,6 +4,7 @@
 #include "fieldmemory.h"
 #include "formpanel.h"
 #include "linksession.h"
+#include "logpanel.h"
 #include "networkconfigpanel.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
@@ -65,8 +66,12 @@ void NetworkToolWidget::buildUi()
     m_clients = new ClientListPanel(m_panel);
     m_recvOptions = new RecvOptions(m_panel, RecvOptions::Messages);
     m_sendOptions = new SendOptions(m_sendBox, m_panel);
+    m_log = new LogPanel(&Settings::instance().networkLog, m_area);
+    m_area->addTool(m_log->button());
+    m_area->addBar(m_log);
     for (QWidget *group : {static_cast<QWidget *>(m_config), static_cast<QWidget *>(m_clients),
-                           static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions)})
+                           static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions),
+                           static_cast<QWidget *>(m_log)})
         m_panel->addWidget(group);
     m_area->placeBeside(m_panel, m_sendOptions->lastField());
     setPageKeys(m_config->openButton(), m_area->foldButton());
@@ -96,6 +101,11 @@ void NetworkToolWidget::connectParts()
 // reports.
 void NetworkToolWidget::connectSession()
 {
+    const QVector<Link *> links = m_session->links();
+    for (Link *link : links)
+        m_log->log()->watch(link, [this] { return m_session->stateText(); });
+    connect(m_log, &LogPanel::notify, this, &NetworkToolWidget::notify);
+    connect(m_log, &LogPanel::stateChanged, this, &NetworkToolWidget::signalLogState);
     connect(m_session, &LinkSession::notify, this, &NetworkToolWidget::notify);
     connect(m_session, &LinkSession::joined, this, &NetworkToolWidget::sltNewClientConnected);
     connect(m_session, &LinkSession::left, this, [this](const QString &name) {
@@ -333,6 +343,7 @@ void NetworkToolWidget::sltBtnFoldClicked()
 
 void NetworkToolWidget::reloadSettings()
 {
+    m_log->load();
     m_area->reloadView();
     m_memory->load();
     m_defaultsDue = !m_session->isClosed(); // whose parameters are the ones shown

@@ -13,6 +13,7 @@ class ClientListPanel;
 class FieldMemory;
 class FormPanel;
 class LinkSession;
+class LogPanel;
 class NetworkConfigPanel;
 class QtSendBoxWidget;
 class QtTerminalWidget;
@@ -78,6 +79,7 @@ private:
     ClientListPanel *m_clients = nullptr;
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
+    LogPanel *m_log = nullptr;
     FieldMemory *m_memory = nullptr;
     FormPanel *m_panel = nullptr;
     WorkArea *m_area = nullptr; // owns the four below

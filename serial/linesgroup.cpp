@@ -173,6 +173,7 @@ void LinesGroup::showLines()
         label->setAccessibleDescription(!lines.isKnown     ? QStringLiteral("未知")
                                         : lines.*lamp.line ? QStringLiteral("有效")
                                                            : QStringLiteral("无效"));
-        label->setStyleSheet(label->styleSheet()); // the skin shows the state
+        style()->unpolish(label);
+        style()->polish(label);
     }
 }

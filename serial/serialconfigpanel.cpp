@@ -97,6 +97,25 @@ void SerialConfigPanel::rememberDefaults()
     rememberPort();
 }
 
+void SerialConfigPanel::storeChosen()
+{
+    Settings::SerialDefaults &defaults = Settings::instance().serial;
+    defaults.baudRate.setForThisRun(m_baudRate->baudRate());
+    defaults.dataBits.setForThisRun(m_dataBits->currentText().toInt());
+    defaults.stopBits.setForThisRun(m_stopBits->currentText().toInt());
+    defaults.parity.setForThisRun(m_parity->currentIndex());
+    rememberPort();
+}
+
+bool SerialConfigPanel::choosePort(const QString &name)
+{
+    m_isPortChosen = true;
+    const bool isThere = selectPort(name);
+    if (!isThere)
+        m_port->setEditText(name);
+    return isThere;
+}
+
 void SerialConfigPanel::rememberPort()
 {
     m_isPortChosen = true;

@@ -39,6 +39,9 @@ public:
     void setHandedOver();
 
     void loadDefaults();
+    void storeChosen(); // in the settings, for this run
+    // As if the user had. False where the list lacks it; its name is then in the field.
+    bool choosePort(const QString &name);
     void rememberDefaults(); // in the settings file, for the next start
 
     // The port is opened again when its device is back.

@@ -5,6 +5,8 @@
 #include "filetransfer.h"
 #include "formpanel.h"
 #include "linesgroup.h"
+#include "logpanel.h"
+#include "profilebutton.h"
 #include "qextserialport.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
@@ -71,10 +73,16 @@ void SerialportWidget::buildUi()
     m_recvOptions = new RecvOptions(m_panel);
     m_sendOptions = new SendOptions(m_sendBox, m_panel);
     m_lines = new LinesGroup(m_port.get(), m_panel);
+    m_log = new LogPanel(&Settings::instance().serialLog, m_area);
+    m_area->addTool(m_log->button());
+    m_area->addBar(m_log);
     m_panel->addWidget(m_config);
     m_panel->addWidget(m_recvOptions);
     m_panel->addWidget(m_sendOptions);
     m_panel->addWidget(m_lines);
+    m_profiles = new ProfileButton(QStringLiteral("serial"),
+                                   {{QStringLiteral("SerialPage")}, {QStringLiteral("Serialport")}}, m_area);
+    m_area->addTool(m_profiles);
     m_area->placeBeside(m_panel, m_lines->lastField());
     setPageKeys(m_config->openButton(), m_area->foldButton());
 }
@@ -98,6 +106,15 @@ void SerialportWidget::connectParts()
     });
     connect(m_config, &SerialConfigPanel::reconnectChanged, m_reconnector, &SerialReconnector::setEnabled);
 
+    m_profiles->setRefusal([this] {
+        return isClosed() && !m_reconnector->isWaiting() ? QString() : QStringLiteral("请先关闭串口");
+    });
+    connect(m_profiles, &ProfileButton::collecting, m_config, &SerialConfigPanel::storeChosen);
+    connect(m_profiles, &ProfileButton::chosen, this, &SerialportWidget::loadFields);
+    connect(m_profiles, &ProfileButton::notify, this, &SerialportWidget::notify);
+    m_log->log()->watch(m_port.get(), [this] { return m_port->settings().name; });
+    connect(m_log, &LogPanel::notify, this, &SerialportWidget::notify);
+    connect(m_log, &LogPanel::stateChanged, this, &SerialportWidget::signalLogState);
     connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
     connect(m_recvOptions, &RecvOptions::stopShowChanged, m_area, &WorkArea::showStopped);
@@ -464,8 +481,20 @@ const ByteSpool &SerialportWidget::spool() const
     return m_received->spool();
 }
 
+// A profile was chosen.
+void SerialportWidget::loadFields()
+{
+    m_memory->load();
+    m_config->loadDefaults();
+    m_lines->load();
+    const QString port = Settings::instance().serialPage.port;
+    if (!port.isEmpty() && !m_config->choosePort(port))
+        notify(Notice::error(QStringLiteral("方案中的串口[%1]现在不存在").arg(port)));
+}
+
 void SerialportWidget::reloadSettings()
 {
+    m_log->load();
     m_area->reloadView();
     m_memory->load();
     m_defaultsDue = !isClosed(); // the parameters shown are those of the port

@@ -15,6 +15,8 @@ class FieldMemory;
 class FileTransfer;
 class FormPanel;
 class LinesGroup;
+class LogPanel;
+class ProfileButton;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class QextSerialPort;
@@ -80,11 +82,14 @@ private:
     void endTransfer();
     void handleReceived(const QByteArrayList &pieces, qint64 size);
     void showCounts();
+    void loadFields();
 
     SerialConfigPanel *m_config = nullptr;
     LinesGroup *m_lines = nullptr;
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
+    LogPanel *m_log = nullptr;
+    ProfileButton *m_profiles = nullptr;
     FieldMemory *m_memory = nullptr;
     FormPanel *m_panel = nullptr;
     WorkArea *m_area = nullptr; // owns the four below

@@ -20,6 +20,11 @@ QString SettingBase::path() const
     return m_group + QLatin1Char('/') + m_key;
 }
 
+bool SettingBase::write() const
+{
+    return SettingsFile::write(path(), stored());
+}
+
 namespace SettingFormat {
 
 std::optional<int> parse(const QVariant &stored, const SettingRange &range, int)

@@ -47,6 +47,12 @@ public:
     // Takes over the value in the file; the reading default where it is invalid.
     virtual void read(const QVariant &stored) = 0;
 
+    // What the file would hold for the value in memory.
+    virtual QVariant stored() const = 0;
+    // Takes over such a value, for this run; false where it is none of the setting.
+    virtual bool accept(const QVariant &stored) = 0;
+    bool write() const; // the value in memory; see Setting::set()
+
     // Takes over the value in memory of a setting of the same declaration.
     virtual void assign(const SettingBase &other) = 0;
 
@@ -110,7 +116,7 @@ public:
     bool set(const T &value)
     {
         m_value = value;
-        return SettingsFile::write(path(), SettingFormat::format(value));
+        return write();
     }
     // Writes nothing where the value is the same.
     void change(const T &value)
@@ -129,6 +135,13 @@ public:
     void read(const QVariant &stored) override
     {
         m_value = SettingFormat::parse(stored, m_range, T()).value_or(m_readingDefault);
+    }
+    QVariant stored() const override { return SettingFormat::format(m_value); }
+    bool accept(const QVariant &stored) override
+    {
+        const std::optional<T> value = SettingFormat::parse(stored, m_range, T());
+        m_value = value.value_or(m_value);
+        return value.has_value();
     }
     void assign(const SettingBase &other) override { m_value = static_cast<const Setting &>(other).m_value; }
     QVariant firstStartValue() const override

@@ -51,6 +51,30 @@ void Settings::load()
         setting->read(file.value(setting->path()));
 }
 
+QMap<QString, QVariant> Settings::values(const QStringList &groups)
+{
+    QMap<QString, QVariant> values;
+    for (const SettingBase *setting : qAsConst(instance().m_table))
+        if (groups.contains(setting->path().section(QLatin1Char('/'), 0, 0)))
+            values.insert(setting->path(), setting->stored());
+    return values;
+}
+
+QStringList Settings::setValues(const QMap<QString, QVariant> &values, const QStringList &groups, bool writes)
+{
+    QStringList refused;
+    for (SettingBase *setting : qAsConst(instance().m_table)) {
+        const QString path = setting->path();
+        if (!values.contains(path) || !groups.contains(path.section(QLatin1Char('/'), 0, 0)))
+            continue;
+        if (!setting->accept(values.value(path)))
+            refused.append(path);
+        else if (writes)
+            setting->write();
+    }
+    return refused;
+}
+
 bool Settings::restoreDefaults()
 {
     const SettingsTable &table = instance().m_table;

@@ -9,6 +9,7 @@
 #include "setting.h"
 
 #include <QColor>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -80,6 +81,21 @@ public:
         Setting<int> rts{this, "Rts", 1, notWritten, {0, 2}}; // Qt::CheckState; 1: as the system leaves it
     } serialPage{&m_table, "SerialPage"};
 
+    struct LogChoices : SettingsGroup // of a page's session log
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<bool> isShown{this, "Show", false}; // the group is unfolded
+        Setting<bool> isOn{this, "On", false};
+        Setting<QString> fileName{this, "File", QString()};
+        Setting<int> form{this, "Form", 1, notWritten, {0, 2}}; // index into the list
+        Setting<bool> isAppended{this, "Append", false};
+        Setting<int> maxMegabytes{this, "MaxSize", 0, notWritten, {0, 100000}}; // of a file; 0: no limit
+        Setting<int> maxMinutes{this, "MaxTime", 0, notWritten, {0, 10080}};
+        Setting<int> maxTotalMegabytes{this, "MaxTotal", 0, notWritten, {0, 1000000}};
+    };
+    LogChoices serialLog{&m_table, "SerialLog"};
+    LogChoices networkLog{&m_table, "NetworkLog"};
+
     struct NetworkDefaults : SettingsGroup // of the link that was opened last
     {
         using SettingsGroup::SettingsGroup;
@@ -118,10 +134,26 @@ public:
         Setting<int> baudRate{this, "BaudRate", 921600, notWritten, {1}};
     } camera{&m_table, "Camera"};
 
+    struct CameraPage : SettingsGroup // what its panel holds besides
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> deviceCount{this, "DeviceCount", 0, notWritten, {0, 1}}; // index into the list
+        Setting<bool> jpegData{this, "JpegData", false};
+        Setting<bool> checkCrc{this, "CheckCrc", false};
+        Setting<bool> bigEndian{this, "BigEndian", false};
+        Setting<int> registerSet{this, "RegisterSet", 0, notWritten, {0, 65535}};
+        Setting<QString> registerAddress{this, "RegisterAddress", QString()}; // hexadecimal
+        Setting<QString> registerValue{this, "RegisterValue", QString()};
+    } cameraPage{&m_table, "CameraPage"};
+
     struct PidDefaults : SettingsGroup
     {
         using SettingsGroup::SettingsGroup;
         Setting<bool> fitAll{this, "FitAll", false}; // the value axis takes in all curves
+        Setting<QString> port{this, "Port", QString()}; // its name; empty for the first one
+        Setting<int> baudRate{this, "BaudRate", 115200, notWritten, {1}};
+        Setting<int> channel{this, "Channel", 0, notWritten, {0, 4}};
+        Setting<int> zoom{this, "Zoom", 0, notWritten, {0}}; // index into the list
     } pid{&m_table, "Pid"};
 
     struct WindowPlace : SettingsGroup
@@ -165,6 +197,14 @@ public:
 
     // Reads all values from the file.
     static void load();
+
+    // What the settings of some groups are, by their paths, as the file holds them.
+    static QMap<QString, QVariant> values(const QStringList &groups);
+    // Takes over such values, for this run or, with `writes`, for the next ones as well.
+    // Returns the paths whose values are impossible, which stay as they are; what is
+    // unknown or belongs to other groups is ignored.
+    static QStringList setValues(const QMap<QString, QVariant> &values, const QStringList &groups,
+                                 bool writes);
 
     // Writes the first-start values over what the file holds, removes the values
     // that a first start does not write, and loads again. Recent files, color

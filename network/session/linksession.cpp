@@ -122,6 +122,14 @@ void LinkSession::addTransport(const Transport &transport)
     });
 }
 
+QVector<Link *> LinkSession::links() const
+{
+    QVector<Link *> links;
+    for (const Entry &entry : m_entries)
+        links.append(entry.transport.link);
+    return links;
+}
+
 Link *LinkSession::link() const
 {
     return m_entries[size_t(m_protocol)].transport.link;

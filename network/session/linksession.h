@@ -47,12 +47,15 @@ public:
     // For the next entry of the protocol list.
     void addTransport(const Transport &transport);
 
+    QVector<Link *> links() const; // in the protocol list's order
     // The chosen protocol's.
     Link *link() const;
     TcpServerLink *server() const { return m_server; }
     // The system's text for the last error of the connection to a server; for the log.
     QString socketErrorString() const;
     bool isOpen() const { return link()->isOpen(); }
+    // Of the open one: what it does.
+    QString stateText() const { return m_entries[size_t(m_protocol)].transport.stateText(); }
     // No link is open, being opened or still sending.
     bool isClosed() const;
 

@@ -55,7 +55,7 @@ void TcpClientLink::handleFailure()
     setState(State::Closed, reason);
 }
 
-qint64 TcpClientLink::send(const QByteArray &bytes, quint64 peer)
+qint64 TcpClientLink::accept(const QByteArray &bytes, quint64 peer)
 {
     if (!isOpen() || peer != allPeers)
         return 0;

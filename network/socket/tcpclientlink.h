@@ -26,7 +26,6 @@ public:
     // Begins to connect.
     bool open(const Settings &settings);
 
-    qint64 send(const QByteArray &bytes, quint64 peer = allPeers) override;
     qint64 pendingBytes() const override;
     void close() override;
 
@@ -41,6 +40,7 @@ signals:
     void socketError(QAbstractSocket::SocketError error);
 
 protected:
+    qint64 accept(const QByteArray &bytes, quint64 peer) override;
     void readingChanged() override;
 
 private:

@@ -40,7 +40,7 @@ quint16 TcpServerLink::port() const
     return m_server->serverPort();
 }
 
-qint64 TcpServerLink::send(const QByteArray &bytes, quint64 peer)
+qint64 TcpServerLink::accept(const QByteArray &bytes, quint64 peer)
 {
     if (!isOpen())
         return 0;

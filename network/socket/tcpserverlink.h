@@ -28,7 +28,6 @@ public:
     bool open(const Settings &settings);
     quint16 port() const; // that it listens on
 
-    qint64 send(const QByteArray &bytes, quint64 peer = allPeers) override;
     qint64 pendingBytes() const override;
     void close() override;
 
@@ -44,6 +43,7 @@ signals:
     void acceptFailed(const QString &reason);
 
 protected:
+    qint64 accept(const QByteArray &bytes, quint64 peer) override;
     void readingChanged() override;
 
 private:

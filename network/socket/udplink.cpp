@@ -63,7 +63,7 @@ QString UdpLink::checkSending(const QByteArray &bytes) const
     return {};
 }
 
-qint64 UdpLink::send(const QByteArray &bytes, quint64 peer)
+qint64 UdpLink::accept(const QByteArray &bytes, quint64 peer)
 {
     if (!isOpen() || peer != allPeers)
         return 0;

@@ -31,11 +31,11 @@ public:
     void setDestination(const QHostAddress &address, quint16 port);
 
     // To the destination; an empty datagram is sent, too.
-    qint64 send(const QByteArray &bytes, quint64 peer = allPeers) override;
     qint64 pendingBytes() const override { return 0; }
     void close() override;
 
 protected:
+    qint64 accept(const QByteArray &bytes, quint64 peer) override;
     void readingChanged() override;
 
 private:

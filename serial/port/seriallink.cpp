@@ -286,7 +286,7 @@ void SerialLink::reportUnsent(const QString &name, qint64 bytes)
 
 // ---- sending
 
-qint64 SerialLink::send(const QByteArray &bytes, quint64 peer)
+qint64 SerialLink::accept(const QByteArray &bytes, quint64 peer)
 {
     if (!isOpen() || m_hungUp || peer != allPeers)
         return 0;

@@ -43,7 +43,6 @@ public:
     // The system's words for the port's last error, for the log.
     QString errorText() const { return m_port->errorString(); }
 
-    qint64 send(const QByteArray &bytes, quint64 peer = allPeers) override;
     qint64 pendingBytes() const override;
     void close() override;
     // The device has gone from the port list: an open link ends with a reason.
@@ -91,6 +90,7 @@ signals:
     void failed(const QString &notice);
 
 protected:
+    qint64 accept(const QByteArray &bytes, quint64 peer) override;
     void readingChanged() override;
     void readNow(); // what has arrived, paused or not
 

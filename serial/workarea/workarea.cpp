@@ -38,6 +38,7 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_gathering(new QLabel(this))
     , m_sendLabel(new QLabel(this))
     , m_recvLabel(new QLabel(this))
+    , m_tools(new QHBoxLayout)
     , m_findButton(new QPushButton(QStringLiteral("查找"), this))
     , m_stopped(new QPushButton(QStringLiteral("已停止显示"), this))
     , m_terminal(new QtTerminalWidget(this))
@@ -150,6 +151,17 @@ void WorkArea::addShortcut(const QKeySequence &key, const std::function<void()> 
     connect(shortcut, &QShortcut::activated, this, action);
 }
 
+void WorkArea::addTool(QWidget *tool)
+{
+    m_tools->addWidget(tool);
+    setTabOrder(m_view, tool);
+}
+
+void WorkArea::addBar(QWidget *bar)
+{
+    m_bars->addWidget(bar);
+}
+
 void WorkArea::showHint(bool open)
 {
     if (open) {
@@ -224,6 +236,7 @@ QWidget *WorkArea::buildDisplay()
     column->addWidget(m_terminal, 1);
     column->addWidget(m_codecBar);
     column->addWidget(m_findBar);
+    m_bars = column;
     return display;
 }
 
@@ -250,6 +263,8 @@ QLayout *WorkArea::buildTop()
     top->addWidget(m_fold);
     top->addWidget(m_findButton);
     top->addWidget(m_view);
+    m_tools->setSpacing(8);
+    top->addLayout(m_tools);
     top->addWidget(m_stopped);
     top->addStretch();
     top->addWidget(m_waiting);

@@ -19,9 +19,11 @@ class CurveSplit;
 class FindBar;
 class FormPanel;
 class LogFind;
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 class QSplitter;
+class QVBoxLayout;
 class QtTerminalWidget;
 class ReceiveStore;
 class StateIndicator;
@@ -43,6 +45,10 @@ public:
 
     // Keeps the fold and the height of the send box. After placeBeside().
     void remember(Settings::AreaChoices *choices);
+
+    // Into the row above the display, and below the display. Before placeBeside().
+    void addTool(QWidget *tool);
+    void addBar(QWidget *bar);
 
     QPushButton *foldButton() const { return m_fold; }
     void fold(); // or unfold
@@ -114,6 +120,8 @@ private:
     QLabel *m_gathering;
     QLabel *m_sendLabel;
     QLabel *m_recvLabel;
+    QHBoxLayout *m_tools;
+    QVBoxLayout *m_bars = nullptr;
     QPushButton *m_findButton;
     QPushButton *m_stopped;
     QtTerminalWidget *m_terminal;

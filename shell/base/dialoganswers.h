@@ -20,6 +20,9 @@ struct DialogAnswers
                               const QString &filter)>
         fileNames;
 
+    // A name that is asked for, empty for "取消".
+    std::function<QString(const QString &title)> name;
+
     static DialogAnswers &instance()
     {
         static DialogAnswers answers;

@@ -56,6 +56,8 @@ signals:
     void signalNotify(QString text, int kind);
     // The page's byte counts have changed.
     void signalRefresCounts(int pageIndex);
+    // What the page's session log is doing, in a few words; empty while there is none.
+    void signalLogState(const QString &text, bool isFailing);
     // The user wants another text codec; the window sets it for all pages.
     void signalCodecWanted(int codec);
 

@@ -259,6 +259,9 @@ void MainWindow::connectPages()
     connect(m_statusBar, &QtStatusBar::codecChosen, this, &MainWindow::chooseCodec);
     for (QtWidgetBase *page : qAsConst(m_pages)) {
         connect(page, &QtWidgetBase::signalNotify, m_statusBar, &QtStatusBar::showSystemNotify);
+        connect(page, &QtWidgetBase::signalLogState, this, [this, page](const QString &text, bool isFailing) {
+            m_statusBar->showLog(page, text, isFailing);
+        });
         connect(page, &QtWidgetBase::signalCodecWanted, this, &MainWindow::chooseCodec);
         connect(page, &QtWidgetBase::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
     }

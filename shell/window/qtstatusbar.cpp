@@ -7,10 +7,13 @@
 
 #include <QActionGroup>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyleOption>
+
+#include <algorithm>
 
 namespace {
 
@@ -38,6 +41,7 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     , m_notice(new StatusLabel(this))
     , m_sent(new QtCountLabel(QStringLiteral("发送字节数"), this))
     , m_received(new QtCountLabel(QStringLiteral("接收字节数"), this))
+    , m_logLamp(new QLabel(this))
     , m_codec(new QPushButton(this))
     , m_clear(new QPushButton(QStringLiteral("清空计数"), this))
 {
@@ -48,6 +52,10 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     m_clear->setObjectName(QStringLiteral("btnClearCount"));
     m_clear->setToolTip(QStringLiteral("将当前页面的收发字节数清零"));
 
+    m_logLamp->setObjectName(QStringLiteral("labelLogLamp"));
+    m_logLamp->setProperty("kind", QStringLiteral("lamp"));
+    m_logLamp->hide();
+
     m_codec->setObjectName(QStringLiteral("btnCodec"));
     m_codec->setFlat(true);
     m_codec->setToolTip(QStringLiteral("收发文本的编码"));
@@ -57,6 +65,7 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     layout->setContentsMargins(8, 3, 8, 3);
     layout->setSpacing(16);
     layout->addWidget(m_notice, 1);
+    layout->addWidget(m_logLamp);
     layout->addWidget(m_codec);
     layout->addWidget(m_sent);
     layout->addWidget(m_received);
@@ -102,6 +111,34 @@ void QtStatusBar::showCodec(int index)
     m_codec->setAccessibleName(QStringLiteral("文本编码 %1").arg(action->text()));
 }
 
+void QtStatusBar::showLog(const QObject *page, const QString &text, bool isFailing)
+{
+    m_logs.erase(
+        std::remove_if(m_logs.begin(), m_logs.end(), [page](const PageLog &log) { return log.page == page; }),
+        m_logs.end());
+    if (!text.isEmpty())
+        m_logs.append({page, text, isFailing});
+    showLogs();
+}
+
+void QtStatusBar::showLogs()
+{
+    m_logLamp->setVisible(!m_logs.isEmpty());
+    if (m_logs.isEmpty())
+        return;
+    const auto current =
+        std::find_if(m_logs.begin(), m_logs.end(), [this](const PageLog &log) { return log.page == m_page; });
+    const PageLog &log = current != m_logs.end() ? *current : m_logs.first();
+    m_logLamp->setText(log.text);
+    m_logLamp->setToolTip(QStringLiteral("会话日志正在记录，共%1个").arg(m_logs.size()));
+    const QString state = log.isFailing ? QStringLiteral("failed") : QStringLiteral("on");
+    if (m_logLamp->property("state") == state)
+        return;
+    m_logLamp->setProperty("state", state);
+    style()->unpolish(m_logLamp);
+    style()->polish(m_logLamp);
+}
+
 void QtStatusBar::showSystemNotify(const QString &text, int kind)
 {
     const Notice notice{text, kind == Notice::Information ? Notice::Information : Notice::Error};
@@ -127,6 +164,7 @@ void QtStatusBar::sltEndNotice()
 void QtStatusBar::showPage(const QObject *page)
 {
     m_page = page;
+    showLogs();
     if (!m_log.isHolding())
         endForeignNotice();
 }

@@ -1,14 +1,16 @@
 #pragma once
 
-// The bottom of the main window: the current notice, the text codec, the byte counts
+// The bottom of the main window: the current notice, session logs, the text codec, the byte counts
 // of the page on display and the button that clears them. A notice ends after a while,
 // and with the page that posted it; a click on its place shows the recent ones.
 
 #include "noticelog.h"
 
 #include <QTimer>
+#include <QVector>
 #include <QWidget>
 
+class QLabel;
 class QPushButton;
 class QtCountLabel;
 class StatusLabel;
@@ -30,6 +32,10 @@ public:
     // The codecs to choose from, by their index, and the one in use.
     void setCodecs(const QStringList &names);
     void showCodec(int index);
+
+    // What a page's session log is doing; an empty text: it has none. That of the page
+    // on display comes first.
+    void showLog(const QObject *page, const QString &text, bool isFailing);
 
     // The user turned to the page: ends the notices of other pages.
     void showPage(const QObject *page);
@@ -53,6 +59,14 @@ protected:
 private:
     void showCurrent();
     void endForeignNotice();
+    void showLogs();
+
+    struct PageLog
+    {
+        const QObject *page;
+        QString text;
+        bool isFailing;
+    };
 
     NoticeLog m_log;
     QPointer<const QObject> m_page;
@@ -61,6 +75,8 @@ private:
     StatusLabel *m_notice;
     QtCountLabel *m_sent;
     QtCountLabel *m_received;
+    QLabel *m_logLamp;
+    QVector<PageLog> m_logs;
     QPushButton *m_codec;
     QPushButton *m_clear;
 };

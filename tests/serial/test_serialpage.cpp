@@ -9,6 +9,7 @@
 #include "settings.h"
 #include "skin.h"
 #include "stateindicator.h"
+#include "waitfor.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -318,6 +319,105 @@ private slots:
         QCOMPARE(child<QCheckBox>("checkRts")->checkState(), Qt::Checked);
         QCOMPARE(child<QLineEdit>("editAutoInterval")->text(), QStringLiteral("250"));
         QCOMPARE(child<QAbstractButton>("btnFold")->text(), QStringLiteral("显示配置界面"));
+    }
+
+    void keepsProfiles()
+    {
+        const auto choose = [this](const QString &entry) {
+            QMenu *menu = child<QPushButton>("btnProfiles")->menu();
+            emit menu->aboutToShow();
+            for (QAction *action : menu->findChildren<QAction *>())
+                if (action->text() == entry)
+                    return action->trigger();
+            QFAIL("no such entry");
+        };
+        DialogAnswers::instance().name = [](auto) { return QStringLiteral("电机/A&B"); };
+        m_page->SltSerialportChanged({"COM1 a", "COM2 b"});
+        child<QComboBox>("comboPort")->setCurrentIndex(1);
+        child<QComboBox>("comboBaudRate")->setCurrentText("921600");
+        child<QComboBox>("comboParity")->setCurrentIndex(2);
+        child<QGroupBox>("linesGroup")->setChecked(true);
+        click("checkDtr");
+        click("radioRecvHex");
+        choose("保存为方案…");
+        QCOMPARE(lastNotice(), QStringLiteral("方案[电机/A&B]已保存"));
+
+        child<QComboBox>("comboBaudRate")->setCurrentText("9600");
+        child<QComboBox>("comboParity")->setCurrentIndex(0);
+        for (const char *box : {"checkDtr", "radioRecvText"})
+            click(box);
+        m_page->SltSerialportChanged({"COM1 a"});
+        choose("电机/A&&B");
+        QCOMPARE(noticeBefore(), QStringLiteral("已选用方案[电机/A&B]"));
+        QCOMPARE(lastError(), QStringLiteral("方案中的串口[COM2]现在不存在"));
+        m_page->SltSerialportChanged({"COM1 a", "COM2 b"});
+        const auto chosen = [this] {
+            return QString("%1 %2 %3 %4 %5")
+                .arg(child<QComboBox>("comboPort")->currentText().left(4),
+                     child<QComboBox>("comboBaudRate")->currentText())
+                .arg(child<QComboBox>("comboParity")->currentIndex())
+                .arg(child<QAbstractButton>("checkDtr")->isChecked())
+                .arg(child<QAbstractButton>("radioRecvHex")->isChecked());
+        };
+        const QString expected = "COM2 921600 2 0 1";
+        QCOMPARE(chosen(), expected);
+        // What was opened last is not what was chosen.
+        Settings::load();
+        QCOMPARE(Settings::instance().serial.baudRate.value(), 115400);
+        QVERIFY(!Settings::instance().serialPage.dtr);
+
+        // Handed on as a file, changed by hand, and back.
+        const QString file = m_root->filePath("motor.ini");
+        chooseFile(file);
+        emit child<QPushButton>("btnProfiles")->menu()->aboutToShow();
+        child<QPushButton>("btnProfiles")
+            ->menu()
+            ->findChildren<QMenu *>()
+            .first()
+            ->actions()
+            .first()
+            ->trigger();
+        Questions questions(1);
+        choose("导入…");
+        QCOMPARE(questions.asked, QStringList(QStringLiteral("方案“电机/A&B”已存在，是否覆盖？")));
+        QCOMPARE(lastNotice(), QStringLiteral("已选用方案[电机/A&B]"));
+        QCOMPARE(chosen(), expected);
+        QSettings(file, QSettings::IniFormat).setValue("Serialport/BaudRate", "fast");
+        choose("导入…");
+        QCOMPARE(lastError(), QStringLiteral("方案[电机/A&B]中有1个值无效，保持原样：Serialport/BaudRate"));
+        QCOMPARE(chosen(), expected);
+        writeFile(file, "no profile");
+        choose("导入…");
+        QCOMPARE(lastError(), QStringLiteral("无法导入“motor.ini”：不是有效的方案文件"));
+
+        openPort();
+        choose("电机/A&&B");
+        QCOMPARE(lastError(), QStringLiteral("方案[电机/A&B]未选用：请先关闭串口"));
+        DialogAnswers::instance().name = nullptr;
+    }
+
+    // Although nothing is shown; and no byte of the last moment is missing.
+    void logsTheSession()
+    {
+        const QString file = m_root->filePath("board.log");
+        chooseFile(file);
+        click("btnSessionLog");
+        child<QComboBox>("comboLogForm")->setCurrentIndex(0);
+        click("checkLogAppend");
+        click("checkSessionLog");
+        openPort();
+        click("checkStopShow");
+        receive("one");
+        click("btnOpen");
+        WAIT_FOR(!isPortShownOpen());
+        openPort();
+        m_board->write("two");
+        m_page.reset();
+        QCOMPARE(contentOf(file), QByteArray("onetwo"));
+        m_page = std::make_unique<SerialportWidget>(); // goes on, as remembered
+        openPort();
+        receive("three");
+        WAIT_EQUAL(contentOf(file), QByteArray("onetwothree"));
     }
 
     void showsHexTextAndTimes()

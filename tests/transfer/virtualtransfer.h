@@ -15,11 +15,6 @@ class MemoryLink : public Link
 {
 public:
     MemoryLink() { setState(State::Open); }
-    qint64 send(const QByteArray &bytes, quint64 = allPeers) override
-    {
-        sent += bytes;
-        return bytes.size();
-    }
     qint64 pendingBytes() const override { return 0; }
     void close() override { setState(State::Closed); }
     void receive(const QByteArray &bytes)
@@ -31,6 +26,11 @@ public:
     QByteArray sent;
 
 protected:
+    qint64 accept(const QByteArray &bytes, quint64) override
+    {
+        sent += bytes;
+        return bytes.size();
+    }
     void readingChanged() override
     {
         if (isReading() && !m_waiting.isEmpty())
