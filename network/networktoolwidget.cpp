@@ -3,6 +3,7 @@
 #include "clientlistpanel.h"
 #include "fieldmemory.h"
 #include "formpanel.h"
+#include "launchoptions.h"
 #include "linksession.h"
 #include "logpanel.h"
 #include "networkconfigpanel.h"
@@ -138,6 +139,14 @@ void NetworkToolWidget::connectSession()
             notify(Notice::information(QStringLiteral("[ TCP Client ] 已断开连接！")));
     });
     connect(m_session, &LinkSession::socketError, this, &NetworkToolWidget::sltTcpError);
+}
+
+void NetworkToolWidget::launch(const LaunchOptions &options)
+{
+    if (!options.logFile.isEmpty())
+        m_log->record(options.logFile);
+    if (options.opens && isClosed())
+        m_session->toggle();
 }
 
 // ---- the link

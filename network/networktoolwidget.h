@@ -22,6 +22,7 @@ class RecvOptions;
 class SendOptions;
 class StateIndicator;
 class WorkArea;
+struct LaunchOptions;
 
 class NetworkToolWidget : public QtWidgetBase
 {
@@ -41,6 +42,9 @@ public:
     bool saveBeforeExit() override;
     void reloadSettings() override;
     void reloadCodec() override;
+
+    // What the command line asks for.
+    void launch(const LaunchOptions &options);
 
     const ByteSpool &spool() const; // every byte of the session
 

@@ -116,6 +116,11 @@ bool SerialConfigPanel::choosePort(const QString &name)
     return isThere;
 }
 
+void SerialConfigPanel::chooseBaudRate(int baudRate)
+{
+    m_baudRate->setBaudRate(baudRate);
+}
+
 void SerialConfigPanel::rememberPort()
 {
     m_isPortChosen = true;

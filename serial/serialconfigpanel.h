@@ -42,6 +42,7 @@ public:
     void storeChosen(); // in the settings, for this run
     // As if the user had. False where the list lacks it; its name is then in the field.
     bool choosePort(const QString &name);
+    void chooseBaudRate(int baudRate);
     void rememberDefaults(); // in the settings file, for the next start
 
     // The port is opened again when its device is back.

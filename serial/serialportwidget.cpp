@@ -4,6 +4,7 @@
 #include "filesendpage.h"
 #include "filetransfer.h"
 #include "formpanel.h"
+#include "launchoptions.h"
 #include "linesgroup.h"
 #include "logpanel.h"
 #include "profilebutton.h"
@@ -135,6 +136,21 @@ void SerialportWidget::connectParts()
     connect(m_transfer, &FileTransfer::started, this, &SerialportWidget::beginTransfer);
     connect(m_transfer, &FileTransfer::ended, this, &SerialportWidget::endTransfer);
     connect(m_transfer, &FileTransfer::notify, this, &SerialportWidget::notify);
+}
+
+void SerialportWidget::launch(const LaunchOptions &options)
+{
+    QString reason;
+    if (!options.profile.isEmpty() && !m_profiles->choose(options.profile, &reason))
+        notify(Notice::error(QStringLiteral("方案[%1]未选用：%2").arg(options.profile, reason)));
+    if (!options.port.isEmpty())
+        m_config->choosePort(options.port);
+    if (options.baudRate > 0)
+        m_config->chooseBaudRate(options.baudRate);
+    if (!options.logFile.isEmpty())
+        m_log->record(options.logFile);
+    if (options.opens && isClosed())
+        openPort();
 }
 
 // ---- the port

@@ -28,6 +28,7 @@ class SerialConfigPanel;
 class SerialReconnector;
 class StateIndicator;
 class WorkArea;
+struct LaunchOptions;
 
 class SerialportWidget : public QtWidgetBase
 {
@@ -47,6 +48,9 @@ public:
     bool saveBeforeExit() override;
     void reloadSettings() override;
     void reloadCodec() override;
+
+    // What the command line asks for.
+    void launch(const LaunchOptions &options);
 
     const ByteSpool &spool() const; // every byte of the session
 

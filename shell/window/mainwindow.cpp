@@ -5,6 +5,7 @@
 #include "fieldbehavior.h"
 #include "hexeditwidget.h"
 #include "iconfont.h"
+#include "launchoptions.h"
 #include "networktoolwidget.h"
 #include "piddebugwidget.h"
 #include "qserialporcheck.h"
@@ -96,6 +97,20 @@ void MainWindow::restorePlace()
 {
     m_memory.restore();
     m_tabBar->setCurrentIndex(Settings::instance().window.tool);
+}
+
+void MainWindow::launch(const LaunchOptions &options)
+{
+    if (options.tool >= 0) {
+        m_tabBar->setCurrentIndex(options.tool);
+        m_stack->setCurrentIndex(options.tool);
+    }
+    if (options.tool == SerialportWidget::pageIndex)
+        m_serial->launch(options);
+    else if (options.tool == NetworkToolWidget::pageIndex)
+        m_network->launch(options);
+    if (!options.file.isEmpty())
+        m_hexEdit->openFile(options.file);
 }
 
 bool MainWindow::prepareToQuit()

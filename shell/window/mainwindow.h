@@ -29,6 +29,7 @@ class HexEditWidget;
 class NetworkToolWidget;
 class PidDebugWidget;
 class SerialportWidget;
+struct LaunchOptions;
 
 class MainWindow : public QtMainWindow
 {
@@ -40,6 +41,9 @@ public:
 
     // As it was at the end of the last run. Before it is shown.
     void restorePlace();
+
+    // Does what the command line asks for, once, when the window is shown.
+    void launch(const LaunchOptions &options);
 
     // Asks every page, closes the links and saves, once for all ways to quit.
     // False keeps the program open.
