@@ -4,6 +4,7 @@
 #include "cameraport.h"
 #include "camerareceiver.h"
 #include "camerastatusrow.h"
+#include "fieldmemory.h"
 #include "formpanel.h"
 #include "frameshow.h"
 #include "imageformatconfig.h"
@@ -11,6 +12,7 @@
 #include "linksession.h"
 #include "pictureactions.h"
 #include "qtmessagetip.h"
+#include "settings.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -47,6 +49,7 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     connectParts();
     connectSession();
     connectReceiver();
+    rememberFields();
     SltChangeProtocol(m_link->protocol());
     m_sinceRate.start();
     m_rateTimer.start(kRatePeriodMs);
@@ -148,6 +151,17 @@ void CameraDebugWidget::connectParts()
         showError(QStringLiteral("设备[%1]的数据无法按当前格式解码").arg(device + 1));
     });
     connect(&m_rateTimer, &QTimer::timeout, this, &CameraDebugWidget::SltCalculationRate);
+}
+
+void CameraDebugWidget::rememberFields()
+{
+    Settings::CameraPage &kept = Settings::instance().cameraPage;
+    m_memory = new FieldMemory(this);
+    m_memory->add(m_deviceCount, &kept.deviceCount);
+    m_memory->add(m_jpegData, &kept.jpegData);
+    m_memory->add(m_checkCrc, &kept.checkCrc);
+    m_memory->add(m_bigEndian, &kept.bigEndian);
+    m_config->remember(m_memory);
 }
 
 void CameraDebugWidget::fold()
@@ -418,6 +432,7 @@ bool CameraDebugWidget::mayClose()
 void CameraDebugWidget::reloadSettings()
 {
     m_config->loadDefaults();
+    m_memory->load();
     if (isClosed()) // else its fields are the ones shown
         m_link->loadDefaults();
 }

@@ -17,6 +17,7 @@ class CameraPort;
 class CameraReceiver;
 class CameraStatusRow;
 class FormGroup;
+class FieldMemory;
 class FormPanel;
 class FrameShow;
 class ImageFormatConfig;
@@ -69,6 +70,7 @@ private:
     QWidget *buildWorkArea();
     void addChecks(FormGroup *group);
     void connectParts();
+    void rememberFields();
 
     void connectSession();
     void connectReceiver();
@@ -84,6 +86,7 @@ private:
     FormPanel *m_panel = nullptr;
     CameraLinkPanel *m_link = nullptr;
     ImageFormatConfig *m_config = nullptr;
+    FieldMemory *m_memory = nullptr;
     QComboBox *m_deviceCount = nullptr;
     QCheckBox *m_jpegData = nullptr;
     QCheckBox *m_checkCrc = nullptr;

@@ -1,6 +1,7 @@
 #include "imageformatconfig.h"
 
 #include "datamanagerwidget.h"
+#include "fieldmemory.h"
 #include "qtmessagetip.h"
 #include "settings.h"
 
@@ -179,6 +180,14 @@ void ImageFormatConfig::loadDefaults()
     const Settings::CameraDefaults &defaults = Settings::instance().camera;
     m_addressLength->setValue(defaults.addressLength);
     m_valueLength->setValue(defaults.valueLength);
+}
+
+void ImageFormatConfig::remember(FieldMemory *memory)
+{
+    Settings::CameraPage &kept = Settings::instance().cameraPage;
+    memory->add(m_regId, &kept.registerSet);
+    memory->add(m_address, &kept.registerAddress);
+    memory->add(m_value, &kept.registerValue);
 }
 
 int ImageFormatConfig::device() const

@@ -11,6 +11,7 @@
 #include "setting.h"
 
 class DataManagerWidget;
+class FieldMemory;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -32,6 +33,7 @@ public:
 
     int addressLength() const;
     int valueLength() const;
+    void remember(FieldMemory *memory); // the fields of a register
     void loadDefaults();
 
     // A read reply: the low 16 bits of the address, and the value where the status

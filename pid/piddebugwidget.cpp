@@ -50,6 +50,8 @@ PidDebugWidget::PidDebugWidget(QWidget *parent)
     connectWorkArea();
     setPlotStyle(QStringLiteral("black"));
     setPortState(false);
+    m_memory.add(m_pid->channelBox(), &Settings::instance().pid.channel);
+    m_memory.add(m_chart->zoomBox(), &Settings::instance().pid.zoom);
     reloadSettings();
 }
 
@@ -156,6 +158,9 @@ void PidDebugWidget::connectWorkArea()
 void PidDebugWidget::reloadSettings()
 {
     m_chart->fitAllBox()->setChecked(Settings::instance().pid.fitAll);
+    m_memory.load();
+    if (!m_link->isOpen())
+        m_portPanel->load();
 }
 
 void PidDebugWidget::rememberFitAll(bool fitAll)
@@ -200,6 +205,7 @@ void PidDebugWidget::SltOpenSerialport()
         return;
     }
     setPortState(true);
+    m_portPanel->remember();
     notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
 }
 

@@ -5,6 +5,7 @@
 // with the board and the recorder; connects them with the panels and the chart,
 // and keeps nothing itself.
 
+#include "fieldmemory.h"
 #include "pidframe.h"
 #include "qtwidgetbase.h"
 
@@ -86,6 +87,7 @@ private:
     void rememberFitAll(bool fitAll);
     void fold();
 
+    FieldMemory m_memory;
     PidPortPanel *m_portPanel = nullptr;
     PidPanel *m_pid = nullptr;
     PidOperations *m_operations = nullptr;

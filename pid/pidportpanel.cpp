@@ -3,6 +3,8 @@
 #include "buttonrole.h"
 #include "clickonce.h"
 #include "portcombobox.h"
+#include "portname.h"
+#include "settings.h"
 
 #include <QPushButton>
 
@@ -28,6 +30,9 @@ PidPortPanel::PidPortPanel(QWidget *parent)
     addRow(QStringLiteral("波特率"), m_baudRate);
     addWide(m_open);
     connect(m_open, &QPushButton::clicked, this, &PidPortPanel::openClicked);
+    connect(m_port, QOverload<int>::of(&QComboBox::activated), this, &PidPortPanel::remember);
+    connect(m_baudRate, QOverload<int>::of(&QComboBox::activated), this,
+            [this] { Settings::instance().pid.baudRate.change(baudRate()); });
 }
 
 QString PidPortPanel::portText() const
@@ -43,6 +48,30 @@ int PidPortPanel::baudRate() const
 void PidPortPanel::setPorts(const QStringList &entries)
 {
     m_port->setPorts(entries);
+    if (!m_isPortChosen)
+        selectRemembered();
+}
+
+void PidPortPanel::selectRemembered()
+{
+    const QString name = Settings::instance().pid.port;
+    for (int i = 0; i < m_port->count(); ++i)
+        if (PortName::fromEntry(m_port->itemText(i)) == name)
+            m_port->setCurrentIndex(i);
+}
+
+void PidPortPanel::remember()
+{
+    m_isPortChosen = true;
+    Settings::instance().pid.port.change(PortName::fromEntry(portText()));
+    Settings::instance().pid.baudRate.change(baudRate());
+}
+
+void PidPortPanel::load()
+{
+    const int index = m_baudRate->findText(QString::number(Settings::instance().pid.baudRate));
+    if (index >= 0)
+        m_baudRate->setCurrentIndex(index);
 }
 
 void PidPortPanel::setOpenState(bool open)

@@ -21,6 +21,9 @@ public:
     void setPorts(const QStringList &entries);
     // Open: port and rate are fixed and the button closes.
     void setOpenState(bool open);
+    // In the settings, for the next start; and from there.
+    void remember();
+    void load();
 
     QPushButton *openButton() const { return m_open; }
 
@@ -28,7 +31,10 @@ signals:
     void openClicked();
 
 private:
+    void selectRemembered();
+
     PortComboBox *m_port;
     QComboBox *m_baudRate;
     QPushButton *m_open;
+    bool m_isPortChosen = false; // by the user; the remembered one until then
 };

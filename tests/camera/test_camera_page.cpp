@@ -169,6 +169,28 @@ private slots:
         QVERIFY(repaints(&viewer, [&] { viewer.setImage(0, QPixmap(5, 5)); }));
     }
 
+    void remembersItsFields()
+    {
+        for (const char *box : {"checkJpegData", "checkCrc16", "checkBigEndian"})
+            click(box);
+        child<QComboBox>("comboDeviceCount")->setCurrentIndex(1);
+        child<QSpinBox>("spinRegId")->setValue(7);
+        for (const char *edit : {"editRegisterAddress", "editRegisterValue"}) {
+            child<QLineEdit>(edit)->setText("3A");
+            emit child<QLineEdit>(edit)->editingFinished();
+        }
+        m_page.reset();
+        Settings::instance() = Settings();
+        Settings::load(); // as the next start does
+        m_page = std::make_unique<CameraDebugWidget>();
+        for (const char *box : {"checkJpegData", "checkCrc16", "checkBigEndian"})
+            QVERIFY2(child<QAbstractButton>(box)->isChecked(), box);
+        QCOMPARE(child<QComboBox>("comboDeviceCount")->currentIndex(), 1);
+        QCOMPARE(child<QSpinBox>("spinRegId")->value(), 7);
+        for (const char *edit : {"editRegisterAddress", "editRegisterValue"})
+            QCOMPARE(child<QLineEdit>(edit)->text(), QStringLiteral("3A"));
+    }
+
     void savesAndCopies()
     {
         click("btnSaveImage");

@@ -358,6 +358,26 @@ private slots:
         QCOMPARE(lastNotice(), vanished);
     }
 
+    void remembersItsFields()
+    {
+        open();
+        child<QComboBox>("comboPidChannel")->setCurrentIndex(3);
+        child<QComboBox>("comboPidZoom")->setCurrentIndex(1);
+        child<QComboBox>("comboPidBaudRate")->setCurrentText("9600");
+        emit child<QComboBox>("comboPidBaudRate")->activated(0);
+        const QString device = child<QComboBox>("comboPidPort")->currentText();
+        m_page.reset();
+        Settings::instance() = Settings();
+        Settings::load(); // as the next start does
+        m_page = std::make_unique<PidDebugWidget>();
+        m_page->SltSerialportChanged({"COM1 a", device, "COM2 b"});
+        const QStringList shown{child<QComboBox>("comboPidPort")->currentText(),
+                                child<QComboBox>("comboPidBaudRate")->currentText(),
+                                child<QComboBox>("comboPidChannel")->currentText(),
+                                child<QComboBox>("comboPidZoom")->currentText()};
+        QCOMPARE(shown, QStringList({device, "9600", "CH4", QStringLiteral("Y轴缩放")}));
+    }
+
     void exportsAndSaves()
     {
         receive(report(1, 1, "0a000000") + report(1, 2, "0c000000"));
