@@ -96,7 +96,7 @@ public:
     bool openTaken() override
     {
         QTcpSocket deaf; // has the port, but does not listen
-        if (!deaf.bind(QHostAddress::LocalHost))
+        if (!deaf.bind(QHostAddress(QHostAddress::LocalHost)))
             return true;
         m_link.open({QStringLiteral("127.0.0.1"), deaf.localPort()});
         return !QTest::qWaitFor([this] { return m_link.state() == Link::State::Closed; }, 30000);
