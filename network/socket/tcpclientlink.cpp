@@ -31,6 +31,7 @@ bool TcpClientLink::open(const Settings &settings)
 {
     if (state() != State::Closed)
         return false;
+    m_settings = settings;
     m_closedHere = false;
     m_socket->setReading(isReading());
     setState(State::Opening);
@@ -53,6 +54,15 @@ void TcpClientLink::handleFailure()
     const QString reason = socketErrorText(m_socket->error(), m_socket->errorString());
     m_socket->close();
     setState(State::Closed, reason);
+}
+
+void TcpClientLink::timeOut()
+{
+    if (state() != State::Opening)
+        return;
+    m_socket->drop();
+    m_socket->close();
+    setState(State::Closed, socketErrorText(QAbstractSocket::SocketTimeoutError, {}));
 }
 
 qint64 TcpClientLink::accept(const QByteArray &bytes, quint64 peer)
@@ -99,6 +109,8 @@ QVector<Peer> TcpClientLink::peers() const
 
 void TcpClientLink::handleDisconnected()
 {
+    if (state() == State::Opening)
+        return; // see timeOut()
     const QAbstractSocket::SocketError error = m_socket->error();
     const QString systemText = m_socket->errorString();
     m_socket->setReading(true);

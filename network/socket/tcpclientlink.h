@@ -25,6 +25,9 @@ public:
 
     // Begins to connect.
     bool open(const Settings &settings);
+    const Settings &settings() const { return m_settings; } // of the last open()
+    // Ends an opening that is still under way, as one that has failed.
+    void timeOut();
 
     qint64 pendingBytes() const override;
     void close() override;
@@ -49,5 +52,6 @@ private:
     void handleFailure();
 
     TcpClient *m_socket;
+    Settings m_settings;
     bool m_closedHere = false;
 };

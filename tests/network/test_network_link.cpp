@@ -4,9 +4,12 @@
 #include "peeraddress.h"
 #include "socketerror.h"
 #include "tcpclient.h"
+#include "tcpclientlink.h"
+#include "tcpreconnector.h"
 #include "tcpserver.h"
 #include "waitfor.h"
 
+#include <QDir>
 #include <QtTest>
 
 #ifdef Q_OS_LINUX
@@ -88,6 +91,59 @@ private slots:
         WAIT_EQUAL(server.clientCount(), 1);
     }
 
+    void waitsLongerEachTime()
+    {
+        RetryDelay delay;
+        for (const int expected : {500, 1000, 2000, 4000, 8000, 8000})
+            QCOMPARE(delay.failed(0), expected);
+        delay.opened(1000);
+        QCOMPARE(delay.failed(3999), 8000); // accepted and closed at once
+        delay.opened(5000);
+        QCOMPARE(delay.failed(8000), 500);
+        QCOMPARE(delay.failed(20000), 1000); // the connection before does not count twice
+    }
+
+    void reconnectsWithoutAnEnd()
+    {
+        QTcpServer host;
+        QVERIFY(host.listen(QHostAddress::LocalHost));
+        TcpClientLink link;
+        TcpReconnector reconnector(&link);
+        reconnector.setEnabled(true);
+        const auto openFiles = [] { return QDir("/proc/self/fd").entryList(QDir::Files).size(); };
+        int filesAtFirst = 0;
+        QVERIFY(link.open({QStringLiteral("127.0.0.1"), host.serverPort()}));
+        for (int i = 0; i < 200; ++i) {
+            WAIT_FOR(link.isOpen() && host.hasPendingConnections());
+            QVERIFY(!reconnector.isReconnecting());
+            QTcpSocket *const peer = host.nextPendingConnection();
+            connect(peer, &QTcpSocket::disconnected, peer, &QObject::deleteLater);
+            if (i % 2)
+                peer->abort();
+            else
+                peer->close();
+            WAIT_FOR(reconnector.isWaiting());
+            QCOMPARE(link.send("late"), qint64(0));
+            if (i == 10)
+                filesAtFirst = openFiles();
+            reconnector.attempt();
+        }
+        WAIT_FOR(link.isOpen());
+        QVERIFY(openFiles() <= filesAtFirst + 4);
+        link.close();
+        QVERIFY(!reconnector.isReconnecting());
+
+        // An attempt that nobody answers.
+        const QSignalSpy states(&link, &Link::stateChanged);
+        QVERIFY(link.open({QStringLiteral("127.0.0.1"), host.serverPort()}));
+        link.timeOut();
+        QCOMPARE(states.count(), 2);
+        QCOMPARE(link.reason(), QStringLiteral("连接超时"));
+        QVERIFY(reconnector.isWaiting());
+        reconnector.attempt();
+        WAIT_FOR(link.isOpen());
+    }
+
     void givesUpAPeerThatDoesNotRead()
     {
         constexpr qint64 total = 12000000;
@@ -136,7 +192,7 @@ private slots:
         });
         QTcpSocket peer;
         peer.setReadBufferSize(1024);
-        QVERIFY(peer.bind(QHostAddress::LocalHost));
+        QVERIFY(peer.bind(QHostAddress(QHostAddress::LocalHost)));
         peer.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4096);
         peer.connectToHost(QHostAddress::LocalHost, server.serverPort());
         WAIT_EQUAL(server.clientCount(), 1);
