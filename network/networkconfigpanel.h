@@ -1,8 +1,11 @@
 #pragma once
 
-// The network page's link parameters, which begin with those of the last link.
+// The network page's link parameters, which begin as the user left them.
 
 #include "networkfields.h"
+
+class FieldMemory;
+class QCheckBox;
 
 class NetworkConfigPanel : public NetworkFields
 {
@@ -13,8 +16,33 @@ public:
     explicit NetworkConfigPanel(QWidget *parent = nullptr);
 
     void loadDefaults();
-    void saveDefaults() const; // when a link has been opened
+    void saveDefaults(); // when a link has been opened
+
+    // Keeps what stays as it is until the user changes it.
+    void remember(FieldMemory *memory);
+
+    bool reconnects() const;
+
+signals:
+    void reconnectChanged(bool reconnects);
 
 private:
+    // What the fields say.
+    struct Texts
+    {
+        int protocol = 0;
+        QString local; // "0.0.0.0" for all interfaces
+        QString server;
+        QString port;
+        QString destination;
+        QString destinationPort;
+    };
+    // Of the link that was opened last.
+    static Texts opened();
+    Texts shown() const;
+    void keepTexts(); // what differs from the link that was opened last
     void namePort();
+
+    QCheckBox *m_reconnect;
+    bool m_isLoading = false;
 };

@@ -35,6 +35,8 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
         this);
     connectParts();
     m_memory = new FieldMemory(this);
+    m_config->remember(m_memory);
+    m_session->setReconnects(m_config->reconnects());
     m_recvOptions->remember(m_memory, &Settings::instance().networkArea);
     m_sendOptions->remember(m_memory, &Settings::instance().networkArea);
     m_area->remember(&Settings::instance().networkArea);
@@ -82,6 +84,7 @@ void NetworkToolWidget::connectParts()
 {
     connect(m_config, &NetworkConfigPanel::protocolChanged, this, &NetworkToolWidget::sltChangeNetType);
     connect(m_config, &NetworkConfigPanel::openClicked, this, &NetworkToolWidget::sltBtnOpenClicked);
+    connect(m_config, &NetworkConfigPanel::reconnectChanged, m_session, &LinkSession::setReconnects);
     connect(m_clients, &ClientListPanel::disconnectClicked, this, &NetworkToolWidget::sltDisconnectClient);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &NetworkToolWidget::clearRecv);
     connect(m_recvOptions, &RecvOptions::stopShowChanged, m_area, &WorkArea::showStopped);
@@ -184,7 +187,13 @@ void NetworkToolWidget::sltDisConnectedToHost()
 
 void NetworkToolWidget::showLinkOpen(bool open)
 {
-    m_sendBox->setDeviceOpen(open);
+    const QDateTime since = m_session->waitingSince();
+    m_sendBox->setDeviceOpen(open,
+                             since.isNull() ? QString() : QStringLiteral("正在等待重新连接，数据未发送"));
+    m_area->showWaiting(
+        since.isNull()
+            ? QString()
+            : QStringLiteral("正在等待服务器，自%1").arg(since.toString(QStringLiteral("hh:mm:ss"))));
     m_area->showHint(open);
     showCounts();
 }
@@ -355,7 +364,8 @@ void NetworkToolWidget::reloadSettings()
     m_log->load();
     m_area->reloadView();
     m_memory->load();
-    m_defaultsDue = !m_session->isClosed(); // whose parameters are the ones shown
+    // The parameters shown are those of the link, or of the server waited for.
+    m_defaultsDue = !m_session->isClosed() || !m_session->waitingSince().isNull();
     if (!m_defaultsDue)
         m_config->loadDefaults();
 }

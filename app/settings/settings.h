@@ -104,6 +104,18 @@ public:
         Setting<int> port{this, "Port", 8000, 8000, {1, 65535}};
     } network{&m_table, "NetTools"};
 
+    struct NetworkPage : SettingsGroup // fields where they differ from what the link opened last had
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> type{this, "NetType", -1, notWritten, {-1, 2}}; // -1: no difference
+        Setting<QString> localAddress{this, "LocalAddr", QString()}; // empty: no difference, as below
+        Setting<QString> serverAddress{this, "ServerAddr", QString()};
+        Setting<QString> port{this, "Port", QString()};
+        Setting<QString> destinationAddress{this, "DestAddr", QString()};
+        Setting<QString> destinationPort{this, "DestPort", QString()};
+        Setting<bool> reconnects{this, "Reconnect", false};
+    } networkPage{&m_table, "NetworkPage"};
+
     Setting<QString> updateUrl{&m_updates, "UpdateUrl", QStringLiteral("https://www.orvane.example/firmware"),
                                QStringLiteral("https://www.orvane.example/firmware")};
 

@@ -6,6 +6,7 @@
 #include "peeraddress.h"
 #include "qtmessagetip.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -87,20 +88,34 @@ void NetworkFields::buildUi(const QString &protocolLabel)
     m_localLabel = addField(QStringLiteral("2.本地IP地址"), m_local, {TcpServer, Udp});
     addField(QStringLiteral("2.服务器IP地址"), m_server, {TcpClient});
     m_portLabel = addField(QStringLiteral("3.端口"), m_port, {TcpServer, TcpClient, Udp});
-    addField(QStringLiteral("目的地址:"), m_destination, {Udp});
-    addField(QStringLiteral("目的端口:"), m_destinationPort, {Udp});
+    addField(QStringLiteral("目的地址:"), m_destination, {Udp}, false);
+    addField(QStringLiteral("目的端口:"), m_destinationPort, {Udp}, false);
 }
 
-QLabel *NetworkFields::addField(const QString &label, QWidget *field, const QList<int> &protocols)
+QLabel *NetworkFields::addField(const QString &label, QWidget *field, const QList<int> &protocols,
+                                bool isPartOfLink)
 {
-    m_rows.append({addRow(label, field), field, protocols});
+    m_rows.append({addRow(label, field), field, protocols, isPartOfLink});
     return m_rows.last().label;
 }
 
-void NetworkFields::addButton()
+void NetworkFields::showFor(const QList<int> &protocols, QWidget *widget)
+{
+    m_rows.append({nullptr, widget, protocols, false});
+    widget->setVisible(protocols.contains(protocol()));
+}
+
+void NetworkFields::addButton(QWidget *beside)
 {
     setTabOrder(m_rows.last().field, m_open);
-    addWide(m_open);
+    if (beside) {
+        QHBoxLayout *line = addLine();
+        line->addWidget(m_open, 1);
+        line->addWidget(beside);
+        setTabOrder(m_open, beside);
+    } else {
+        addWide(m_open);
+    }
     addWide(m_state);
     showProtocol();
     showState({});
@@ -110,7 +125,8 @@ void NetworkFields::showProtocol()
 {
     for (const Row &row : qAsConst(m_rows)) {
         const bool needed = row.protocols.contains(protocol());
-        row.label->setVisible(needed);
+        if (row.label)
+            row.label->setVisible(needed);
         row.field->setVisible(needed);
     }
     setOpenState(m_isOpen);
@@ -172,10 +188,18 @@ void NetworkFields::setOpenState(bool open)
     m_isOpen = open;
     m_protocol->setEnabled(!open);
     for (const Row &row : qAsConst(m_rows))
-        row.field->setEnabled(!open || row.field == m_destination || row.field == m_destinationPort);
+        row.field->setEnabled(!open || !row.isPartOfLink);
     const Captions captions = captionsOf(protocol());
     m_open->setText(open ? captions.close : captions.open);
+    m_open->setToolTip(QStringLiteral("快捷键：F5"));
     ButtonRole::setPrimary(m_open, !open);
+}
+
+void NetworkFields::setWaiting()
+{
+    setOpenState(true);
+    m_open->setText(QStringLiteral("停止等待"));
+    m_open->setToolTip(QStringLiteral("不再重新连接（F5）"));
 }
 
 void NetworkFields::showState(const QString &text, bool isError)

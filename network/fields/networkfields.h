@@ -36,6 +36,8 @@ public:
     // Open: what the link is made of is fixed, and the button closes. Where
     // datagrams go can be changed at any time.
     void setOpenState(bool open);
+    // As open, but the button ends the waiting for the peer.
+    void setWaiting();
     // Without a text: that nothing is open.
     void showState(const QString &text, bool isError = false);
 
@@ -50,9 +52,12 @@ protected:
     NetworkFields(const QString &title, const QString &protocolLabel, const QString &mark, QWidget *parent);
 
     // Shown for these protocols only.
-    QLabel *addField(const QString &label, QWidget *field, const QList<int> &protocols);
+    QLabel *addField(const QString &label, QWidget *field, const QList<int> &protocols,
+                     bool isPartOfLink = true);
+    // Shown for these protocols only, and usable at any time.
+    void showFor(const QList<int> &protocols, QWidget *widget);
     // Below all fields.
-    void addButton();
+    void addButton(QWidget *beside = nullptr);
 
     QComboBox *m_protocol;
     LocalAddressBox *m_local;
@@ -70,9 +75,10 @@ private:
 
     struct Row
     {
-        QLabel *label;
+        QLabel *label; // may be null
         QWidget *field;
         QList<int> protocols; // that need it
+        bool isPartOfLink;    // and fixed while that is open
     };
     QList<Row> m_rows;
     QPushButton *m_open;

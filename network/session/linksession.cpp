@@ -4,6 +4,7 @@
 #include "readgate.h"
 #include "stateindicator.h"
 #include "tcpclientlink.h"
+#include "tcpreconnector.h"
 #include "tcpserverlink.h"
 #include "udplink.h"
 
@@ -33,8 +34,13 @@ LinkSession::LinkSession(NetworkFields *fields, StateIndicator *indicator, const
     , m_gate(new ReadGate(std::move(backlog), this))
     , m_server(new TcpServerLink(this))
     , m_client(new TcpClientLink(this))
+    , m_reconnector(new TcpReconnector(m_client, this))
     , m_udp(new UdpLink(this))
 {
+    connect(m_reconnector, &TcpReconnector::reasonChanged, this, [this] {
+        emit notify(
+            Notice::error(QStringLiteral("[TCP Client]仍在等待服务器：%1").arg(m_reconnector->reason())));
+    });
     addNetworkTransports();
 }
 
@@ -147,6 +153,18 @@ bool LinkSession::isClosed() const
     });
 }
 
+QDateTime LinkSession::waitingSince() const
+{
+    return m_reconnector->isReconnecting() ? m_reconnector->since() : QDateTime();
+}
+
+void LinkSession::setReconnects(bool reconnects)
+{
+    if (!reconnects && m_reconnector->isWaiting())
+        endWaiting();
+    m_reconnector->setEnabled(reconnects);
+}
+
 qint64 LinkSession::send(const QByteArray &bytes, quint64 peer)
 {
     m_udp->setDestination(m_fields->destinationAddress(), m_fields->destinationPort());
@@ -157,7 +175,9 @@ qint64 LinkSession::send(const QByteArray &bytes, quint64 peer)
 
 void LinkSession::toggle()
 {
-    if (link()->state() == Link::State::Closed)
+    if (m_reconnector->isWaiting())
+        endWaiting();
+    else if (link()->state() == Link::State::Closed)
         open();
     else
         link()->close();
@@ -179,6 +199,8 @@ void LinkSession::open()
 
 void LinkSession::close()
 {
+    if (m_reconnector->isWaiting())
+        endWaiting();
     for (const Entry &entry : m_entries) {
         if (entry.transport.link->state() != Link::State::Closing)
             entry.transport.link->close();
@@ -206,6 +228,8 @@ void LinkSession::handleState(int protocol)
     Entry &entry = m_entries[size_t(protocol)];
     switch (entry.transport.link->state()) {
     case Link::State::Opening:
+        if (m_reconnector->isReconnecting())
+            break; // it is shown as waiting all the time
         showState();
         emit opening();
         break;
@@ -237,12 +261,15 @@ void LinkSession::handleClosed(Entry &entry)
 {
     const Transport &transport = entry.transport;
     const QString reason = transport.link->reason();
+    const bool isWaiting = transport.link == m_client && m_reconnector->isWaiting();
+    if (isWaiting && m_reconnector->failedAttempts() > 0)
+        return showState();
     const bool wasOpen = std::exchange(entry.wasOpen, false);
     const bool isShown = &entry == &current();
     if (isShown)
         m_fields->setOpenState(false);
     emit closed();
-    if (isShown && reason.isEmpty())
+    if (isWaiting || (isShown && reason.isEmpty()))
         showState();
     else if (isShown && !wasOpen)
         showFailed(QStringLiteral("连接失败：%1").arg(reason));
@@ -259,6 +286,22 @@ void LinkSession::handleClosed(Entry &entry)
     if (isShown && reason.isEmpty())
         emit closedHere(entry.subject);
     notifyDropped(entry, {});
+    if (isWaiting)
+        emit notify(Notice::information(QStringLiteral("[TCP Client]正在等待服务器，将自动重新连接")));
+}
+
+void LinkSession::endWaiting()
+{
+    m_reconnector->cancel();
+    const Entry &entry = m_entries[NetworkFields::TcpClient];
+    const bool isShown = &entry == &current();
+    if (isShown) {
+        m_fields->setOpenState(false);
+        showState();
+    }
+    emit closed();
+    if (isShown)
+        emit closedHere(entry.subject);
 }
 
 void LinkSession::handleLeft(Entry &entry, const Peer &peer, const QString &reason)
@@ -308,6 +351,13 @@ void LinkSession::showState()
         m_fields->showState(text);
         m_indicator->setState(StateIndicator::Busy, text);
     };
+    if (link() == m_client && m_reconnector->isReconnecting()) {
+        m_fields->setWaiting();
+        m_fields->showState(QStringLiteral("%1，正在等待重新连接").arg(m_reconnector->reason()));
+        return m_indicator->setState(
+            StateIndicator::Busy,
+            QStringLiteral("自%1起等待重新连接").arg(waitingSince().toString(QStringLiteral("hh:mm:ss"))));
+    }
     switch (link()->state()) {
     case Link::State::Opening:
         return busy(QStringLiteral("正在连接，再次单击可取消"));

@@ -9,6 +9,7 @@
 #include "notice.h"
 
 #include <QAbstractSocket>
+#include <QDateTime>
 #include <QHash>
 #include <functional>
 #include <vector>
@@ -17,6 +18,7 @@ class NetworkFields;
 class ReadGate;
 class StateIndicator;
 class TcpClientLink;
+class TcpReconnector;
 class TcpServerLink;
 class UdpLink;
 
@@ -56,11 +58,16 @@ public:
     bool isOpen() const { return link()->isOpen(); }
     // Of the open one: what it does.
     QString stateText() const { return m_entries[size_t(m_protocol)].transport.stateText(); }
+    // Since when a server that cannot be reached is waited for; null where none is.
+    QDateTime waitingSince() const;
     // No link is open, being opened or still sending.
     bool isClosed() const;
 
     // Over the chosen protocol's link; see Link::send().
     qint64 send(const QByteArray &bytes, quint64 peer = Link::allPeers);
+
+    // A connection to a server that fails is made again. Off at first.
+    void setReconnects(bool reconnects);
 
     void showFailed(const QString &reason); // of opening
     // Posts the notice of a server's peer.
@@ -68,7 +75,8 @@ public:
     void notifyLeft(const QString &name);
 
 public slots:
-    // The open button: opens, closes, or drops what a closing link has not sent.
+    // The open button: opens, closes, ends waiting, or drops what a closing link has
+    // not sent.
     void toggle();
     void close();
     // Another protocol was chosen.
@@ -81,7 +89,8 @@ signals:
     void opening();
     void opened();
     void closing();
-    // Also where an open link has ended without being closed here.
+    // Also where an open link has ended without being closed here, and when the
+    // waiting for a server ends.
     void closed();
     // After closed(), where this side has closed it, but not for another protocol.
     void closedHere(const QString &subject);
@@ -106,6 +115,7 @@ private:
     void handleState(int protocol);
     void handleOpened(Entry &entry);
     void handleClosed(Entry &entry);
+    void endWaiting();
     void handleLeft(Entry &entry, const Peer &peer, const QString &reason);
     void notifyDropped(const Entry &entry, const Peer &peer);
     void refreshState(); // what an open link says of itself
@@ -118,6 +128,7 @@ private:
     ReadGate *m_gate;
     TcpServerLink *m_server;
     TcpClientLink *m_client;
+    TcpReconnector *m_reconnector;
     UdpLink *m_udp;
     std::vector<Entry> m_entries; // in the protocol list's order
     int m_protocol = 0;

@@ -2,7 +2,9 @@
 
 #include "networkpagetest.h"
 
+#include "qtmessagetip.h"
 #include "stateindicator.h"
+#include "tcpreconnector.h"
 
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -42,7 +44,7 @@ private slots:
     void connectsAfterARefusalAndCancels()
     {
         QTcpSocket deaf; // has the port, but does not listen
-        QVERIFY(deaf.bind(QHostAddress::LocalHost));
+        QVERIFY(deaf.bind(QHostAddress(QHostAddress::LocalHost)));
         open(Client, deaf.localPort());
         WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
         QCOMPARE(stateText(), QStringLiteral("连接失败：对方拒绝连接"));
@@ -135,6 +137,69 @@ private slots:
             open(Client, board.netPort());
             QVERIFY(board.waitForEvent("connected", 2, 30000));
             m_page->closeLinks();
+        }
+    }
+
+    void connectsAgain()
+    {
+        const auto button = [this] { return caption(); };
+        const auto waits = [&] {
+            return button() == QStringLiteral("停止等待") && fieldsAreEnabled(false) &&
+                   child<StateIndicator>("stateIndicator")->state() == StateIndicator::Busy &&
+                   child<QLabel>("labelWaiting")->text().startsWith(QStringLiteral("正在等待服务器，自"));
+        };
+        const auto times = [this](const QString &text) {
+            return std::count_if(m_notices->begin(), m_notices->end(), [&](const QList<QVariant> &notice) {
+                return notice.at(0).toString() == text;
+            });
+        };
+        const QString refused = QStringLiteral("[TCP Client]连接失败：对方拒绝连接");
+        click("checkReconnect");
+        auto deaf = std::make_unique<QTcpSocket>(); // has the port, but does not listen
+        QVERIFY(deaf->bind(QHostAddress(QHostAddress::LocalHost)));
+        const quint16 port = open(Client, deaf->localPort());
+        WAIT_EQUAL(times(refused), 1); // the first one, as ever
+        QVERIFY(waits());
+        m_page->reloadSettings(); // changes nothing under it
+        QCOMPARE(child<QLineEdit>("editPort")->text(), QString::number(port));
+        m_page->findChild<TcpReconnector *>()->attempt();
+        WAIT_EQUAL(m_page->findChild<TcpReconnector *>()->failedAttempts(), 1);
+        QVERIFY(waits());
+        deaf.reset();
+
+        QTcpServer host;
+        QVERIFY(host.listen(QHostAddress::LocalHost, port));
+        WAIT_EQUAL(button(), QStringLiteral("断开连接"));
+        QVERIFY(child<QLabel>("labelWaiting")->isHidden() && child<QWidget>("checkReconnect")->isVisible());
+        WAIT_FOR(host.hasPendingConnections());
+        const std::unique_ptr<QTcpSocket> peer(host.nextPendingConnection());
+        host.close();
+        peer->abort();
+        WAIT_FOR(waits());
+        send("late");
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("正在等待重新连接，数据未发送"));
+        QCOMPARE(sent(), qint64(0));
+        QCOMPARE(times(QStringLiteral("正在与服务器建立连接....")), 1);
+        QCOMPARE(times(refused), 1);
+
+        // Each way out of it ends it.
+        const QSignalSpy closed(m_page.get(), &NetworkToolWidget::signalClosed);
+        const std::function<void()> ways[] = {[this] { click("btnOpen"); }, [this] { m_page->closeLinks(); },
+                                              [this] { click("checkReconnect"); },
+                                              [this] { choose(Server); }};
+        for (const bool isTrying : {false, true}) {
+            for (const auto &end : ways) {
+                WAIT_FOR(waits());
+                if (isTrying)
+                    m_page->findChild<TcpReconnector *>()->attempt();
+                const int before = closed.count();
+                end();
+                QVERIFY(m_page->isClosed() && closed.count() > before && fieldsAreEnabled(true));
+                QVERIFY(child<QLabel>("labelWaiting")->isHidden());
+                QVERIFY(!m_page->findChild<TcpReconnector *>()->isReconnecting());
+                child<QAbstractButton>("checkReconnect")->setChecked(true);
+                open(Client, port);
+            }
         }
     }
 

@@ -158,12 +158,10 @@ private slots:
         WAIT_EQUAL(stored(), (QStringList{"1", "127.0.0.2", QString::number(host.serverPort())}));
         Settings::load();
         QCOMPARE(fields(NetworkToolWidget()),
-                 (QStringList{"TCP Client", all, "127.0.0.2", QString::number(host.serverPort())}));
+                 (QStringList{"TCP Client", "::1", "127.0.0.2", QString::number(host.serverPort())}));
 
         // Restored settings wait for an open link to close.
-        Settings::instance().network.type = 0;
-        Settings::instance().network.address = QStringLiteral("127.0.0.1");
-        Settings::instance().network.port = 8000;
+        QVERIFY(Settings::restoreDefaults());
         m_page->reloadSettings();
         QCOMPARE(fields(*m_page).at(0), QString("TCP Client"));
         click("btnOpen");
@@ -173,10 +171,48 @@ private slots:
         m_page->reloadSettings();
         QCOMPARE(fields(*m_page).at(1), QString("192.0.2.1"));
         QTcpSocket deaf; // what is typed stays after a refusal
-        QVERIFY(deaf.bind(QHostAddress::LocalHost));
+        QVERIFY(deaf.bind(QHostAddress(QHostAddress::LocalHost)));
         open(Client, deaf.localPort());
         WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
         QCOMPARE(fields(*m_page).at(3), QString::number(deaf.localPort()));
+    }
+
+    // What was changed and not opened, and what a link of another kind has no use for.
+    void keepsFields()
+    {
+        const auto edit = [this](const char *field, const char *text) {
+            write(field, text);
+            emit child<QLineEdit>(field)->editingFinished();
+        };
+        choose(Udp);
+        child<QComboBox>("comboLocalAddress")->setEditText("127.0.0.1");
+        edit("editServerAddress", "board.local");
+        edit("editDestinationAddress", "10.0.0.7");
+        edit("editDestinationPort", "7000");
+        edit("editPort", "9000");
+        edit("editPort", "0"); // no port
+        click("checkReconnect");
+        const auto restart = [this] {
+            m_page.reset();
+            Settings::instance() = Settings();
+            Settings::load();
+            m_page = std::make_unique<NetworkToolWidget>();
+            QStringList fields{child<QComboBox>("comboNetType")->currentText(),
+                               child<QComboBox>("comboLocalAddress")->currentText()};
+            for (const char *field :
+                 {"editServerAddress", "editPort", "editDestinationAddress", "editDestinationPort"})
+                fields.append(child<QLineEdit>(field)->text());
+            return fields;
+        };
+        QCOMPARE(restart(), (QStringList{"UDP", "127.0.0.1", "board.local", "9000", "10.0.0.7", "7000"}));
+        QVERIFY(child<QAbstractButton>("checkReconnect")->isChecked());
+        QVERIFY(open(Udp) > 0); // from here on the port is that of the last link
+        click("btnOpen");
+        QSettings(AppPaths::configFile(), QSettings::IniFormat).setValue("NetTools/Port", 9100);
+        QCOMPARE(restart(), (QStringList{"UDP", "127.0.0.1", "board.local", "9100", "10.0.0.7", "7000"}));
+        choose(Server); // what another page has changed is not overwritten with what it had
+        edit("editPort", "9100");
+        QCOMPARE(restart().mid(0, 4), (QStringList{"TCP Server", "127.0.0.1", "board.local", "9100"}));
     }
 
     void showsMessages()
