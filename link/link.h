@@ -84,8 +84,8 @@ signals:
     void peerJoined(const Peer &peer);
     // reason: empty where it left in an orderly way or was closed here.
     void peerLeft(const Peer &peer, const QString &reason);
-    // So many accepted bytes were handed over to the system.
-    void handedOver(qint64 bytes);
+    // So many accepted bytes were handed over to the system for that peer.
+    void handedOver(qint64 bytes, const Peer &to);
     // So many accepted bytes will not leave any more. Before peerLeft() and
     // before the state becomes Closed.
     void dropped(qint64 bytes, const Peer &peer);

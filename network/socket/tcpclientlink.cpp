@@ -17,7 +17,8 @@ TcpClientLink::TcpClientLink(QObject *parent)
     connect(m_socket, &TcpClient::signalReadMessage, this, [this](const QString &, const QByteArray &bytes) {
         emit received(bytes, nowUs(), m_socket->peer());
     });
-    connect(m_socket, &QTcpSocket::bytesWritten, this, &TcpClientLink::handedOver);
+    connect(m_socket, &QTcpSocket::bytesWritten, this,
+            [this](qint64 bytes) { emit handedOver(bytes, m_socket->peer()); });
     connect(m_socket, &TcpClient::blockedChanged, this,
             [this](bool isBlocked) { emit blocked(m_socket->peer(), isBlocked); });
 }

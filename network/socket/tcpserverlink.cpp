@@ -125,7 +125,8 @@ void TcpServerLink::addClient(TcpClient *client)
             [this, client](const QString &, const QByteArray &bytes) {
                 emit received(bytes, nowUs(), client->peer());
             });
-    connect(client, &TcpClient::bytesWritten, this, &TcpServerLink::handedOver);
+    connect(client, &TcpClient::bytesWritten, this,
+            [this, client](qint64 bytes) { emit handedOver(bytes, client->peer()); });
     connect(client, &TcpClient::blockedChanged, this,
             [this, client](bool isBlocked) { emit blocked(client->peer(), isBlocked); });
     emit peerJoined(client->peer());

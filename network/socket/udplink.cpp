@@ -76,7 +76,7 @@ qint64 UdpLink::accept(const QByteArray &bytes, quint64 peer)
                        .arg(socketErrorText(m_socket->error(), m_socket->errorString())));
         return 0;
     }
-    emit handedOver(sent);
+    emit handedOver(sent, {0, m_destination, m_destinationPort});
     return sent;
 }
 

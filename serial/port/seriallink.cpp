@@ -256,7 +256,8 @@ void SerialLink::beginClosing()
         return;
     }
     letGo();
-    connect(m_port.get(), &QSerialPort::bytesWritten, this, &Link::handedOver);
+    connect(m_port.get(), &QSerialPort::bytesWritten, this,
+            [this](qint64 bytes) { emit handedOver(bytes, {}); });
     auto *closing = new ClosingPort(std::exchange(m_port, std::make_unique<QSerialPort>()), m_lineFreeAtNs);
     m_closing = closing;
     connect(closing, &ClosingPort::closed, this, [this, closing, name = m_settings.name](qint64 unsentBytes) {
@@ -318,7 +319,7 @@ void SerialLink::handleHandedOver(qint64 bytes)
     if (m_port->bytesToWrite() <= maxPendingBytes / 2)
         setBlocked(false);
     m_isHandingOver = true;
-    emit handedOver(bytes);
+    emit handedOver(bytes, {});
     m_isHandingOver = false;
 }
 
