@@ -8,6 +8,7 @@ ClientListPanel::ClientListPanel(QWidget *parent)
     : FormGroup(QStringLiteral("客户端列表"), parent)
     , m_list(new QComboBox(this))
     , m_disconnect(new QPushButton(QStringLiteral("断开"), this))
+    , m_statistics(new QPushButton(QStringLiteral("统计"), this))
 {
     m_list->setObjectName(QStringLiteral("comboClients"));
     m_list->addItem(QStringLiteral("All Clients"));
@@ -20,6 +21,10 @@ ClientListPanel::ClientListPanel(QWidget *parent)
     QHBoxLayout *line = addLine();
     line->addWidget(m_list, 1);
     line->addWidget(m_disconnect);
+    line->addWidget(m_statistics);
+    m_statistics->setObjectName(QStringLiteral("btnClientStatistics"));
+    m_statistics->setToolTip(QStringLiteral("打开对端统计：收发字节数和最近的消息"));
+    connect(m_statistics, &QPushButton::clicked, this, &ClientListPanel::statisticsClicked);
     connect(m_disconnect, &QPushButton::clicked, this, &ClientListPanel::disconnectClicked);
 }
 
@@ -51,6 +56,15 @@ void ClientListPanel::chooseAll()
     m_list->setCurrentIndex(0);
 }
 
+bool ClientListPanel::choose(const QString &name)
+{
+    const int index = m_list->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index < 1)
+        return false;
+    m_list->setCurrentIndex(index);
+    return true;
+}
+
 bool ClientListPanel::allChosen() const
 {
     return m_list->currentIndex() == 0;
@@ -63,5 +77,5 @@ QString ClientListPanel::chosen() const
 
 QWidget *ClientListPanel::lastField() const
 {
-    return m_disconnect;
+    return m_statistics;
 }

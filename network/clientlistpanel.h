@@ -22,6 +22,7 @@ public:
 
     int count() const; // of entries, the one for all included
     void chooseAll();
+    bool choose(const QString &name); // false where there is no such peer
     bool allChosen() const;
     QString chosen() const; // empty for none and for all
 
@@ -29,8 +30,10 @@ public:
 
 signals:
     void disconnectClicked();
+    void statisticsClicked();
 
 private:
     QComboBox *m_list;
     QPushButton *m_disconnect;
+    QPushButton *m_statistics;
 };

@@ -2,12 +2,15 @@
 
 #include "fieldmemory.h"
 #include "localaddressbox.h"
+#include "peer.h"
 #include "peeraddress.h"
 #include "settings.h"
 
 #include <QCheckBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 
 namespace {
 
@@ -35,6 +38,7 @@ NetworkConfigPanel::NetworkConfigPanel(QWidget *parent)
     m_protocol->setObjectName(QStringLiteral("comboNetType"));
     m_reconnect->setObjectName(QStringLiteral("checkReconnect"));
     m_reconnect->setToolTip(QStringLiteral("连接断开、被拒绝或超时后，按相同的地址自动重新连接"));
+    addPeerButtons();
     addButton(m_reconnect);
     showFor({TcpClient}, m_reconnect);
     loadDefaults();
@@ -44,6 +48,30 @@ NetworkConfigPanel::NetworkConfigPanel(QWidget *parent)
     connect(m_local, QOverload<int>::of(&QComboBox::activated), this, &NetworkConfigPanel::keepTexts);
     for (const QLineEdit *edit : {m_local->lineEdit(), m_server, m_port, m_destination, m_destinationPort})
         connect(edit, &QLineEdit::editingFinished, this, &NetworkConfigPanel::keepTexts);
+}
+
+void NetworkConfigPanel::addPeerButtons()
+{
+    auto *reply = new QPushButton(QStringLiteral("回复最近来源"), this);
+    reply->setObjectName(QStringLiteral("btnReplyToLast"));
+    reply->setToolTip(QStringLiteral("把目的地址和目的端口设为最近一个数据报的来源"));
+    auto *statistics = new QPushButton(QStringLiteral("统计"), this);
+    statistics->setObjectName(QStringLiteral("btnSenderStatistics"));
+    statistics->setToolTip(QStringLiteral("打开对端统计：收发字节数和最近的消息"));
+    QHBoxLayout *line = addLine();
+    line->addWidget(reply, 1);
+    line->addWidget(statistics);
+    for (QPushButton *button : {reply, statistics})
+        showFor({Udp}, button);
+    connect(reply, &QPushButton::clicked, this, &NetworkConfigPanel::replyClicked);
+    connect(statistics, &QPushButton::clicked, this, &NetworkConfigPanel::statisticsClicked);
+}
+
+void NetworkConfigPanel::setDestination(const Peer &peer)
+{
+    m_destination->setText(PeerAddress::text(peer.address));
+    m_destinationPort->setText(QString::number(peer.port));
+    keepTexts();
 }
 
 // Stored are the protocol, address and port of the last link that was opened;

@@ -5,6 +5,7 @@
 #include "networkfields.h"
 
 class FieldMemory;
+struct Peer;
 class QCheckBox;
 
 class NetworkConfigPanel : public NetworkFields
@@ -22,8 +23,12 @@ public:
     void remember(FieldMemory *memory);
 
     bool reconnects() const;
+    // Of datagrams.
+    void setDestination(const Peer &peer);
 
 signals:
+    void replyClicked();      // to the sender of the last datagram
+    void statisticsClicked(); // of the peers, for datagrams
     void reconnectChanged(bool reconnects);
 
 private:
@@ -42,6 +47,7 @@ private:
     Texts shown() const;
     void keepTexts(); // what differs from the link that was opened last
     void namePort();
+    void addPeerButtons();
 
     QCheckBox *m_reconnect;
     bool m_isLoading = false;

@@ -7,6 +7,7 @@
 #include "linksession.h"
 #include "logpanel.h"
 #include "networkconfigpanel.h"
+#include "networkpeers.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
 #include "qtterminalwidget.h"
@@ -33,6 +34,8 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     m_session = new LinkSession(
         m_config, m_state, QStringLiteral("网络调试助手"), [this] { return m_terminal->queuedBytes(); },
         this);
+    m_peers = new NetworkPeers(m_session, m_config, m_clients, this);
+    connect(m_peers, &NetworkPeers::notify, this, &NetworkToolWidget::notify);
     connectParts();
     m_memory = new FieldMemory(this);
     m_config->remember(m_memory);

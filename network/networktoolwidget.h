@@ -15,6 +15,7 @@ class FormPanel;
 class LinkSession;
 class LogPanel;
 class NetworkConfigPanel;
+class NetworkPeers;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class ReceiveStore;
@@ -93,6 +94,7 @@ private:
     QtSendBoxWidget *m_sendBox = nullptr;
 
     LinkSession *m_session = nullptr;
+    NetworkPeers *m_peers = nullptr;
 
     qint64 m_sendCount = 0; // handed over to the system
     qint64 m_recvCount = 0;

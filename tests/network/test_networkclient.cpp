@@ -6,6 +6,7 @@
 #include "stateindicator.h"
 #include "tcpreconnector.h"
 
+#include <QNetworkDatagram>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUdpSocket>
@@ -224,6 +225,26 @@ private slots:
             QUdpSocket().writeDatagram(QByteArray(), QHostAddress(address), port);
             WAIT_EQUAL(shown().count("[Tcp client  UDP from "), 3); // a header without bytes
         }
+    }
+
+    void repliesToTheLastSender()
+    {
+        const quint16 port = open(Udp);
+        click("btnReplyToLast");
+        QCOMPARE(lastNotice(), QStringLiteral("尚未收到数据报，没有可回复的来源"));
+        for (const auto address : {QHostAddress::LocalHostIPv6, QHostAddress::LocalHost}) {
+            QUdpSocket board;
+            QVERIFY(board.bind(QHostAddress(address)));
+            board.writeDatagram("question", QHostAddress(address), port);
+            WAIT_EQUAL(received(), qint64(address == QHostAddress::LocalHost ? 16 : 8));
+            click("btnReplyToLast");
+            send("answer");
+            WAIT_FOR(board.hasPendingDatagrams());
+            QCOMPARE(board.receiveDatagram().data(), QByteArray("answer"));
+        }
+        QCOMPARE(Settings::instance().networkPage.destinationAddress.value(), QString()); // as it began
+        choose(Server);
+        QVERIFY(!child<QWidget>("btnReplyToLast")->isVisible());
     }
 
     void checksTheDestination()

@@ -6,6 +6,7 @@
 #include "bytespool.h"
 #include "tcpserver.h"
 
+#include <QTableView>
 #include <QTcpSocket>
 
 class TestNetworkServer : public NetworkPageTest
@@ -72,6 +73,42 @@ private slots:
         QCOMPARE(questions.asked.size(), 3);
         emit m_page->findChild<TcpServer *>()->acceptError(QAbstractSocket::SocketResourceError);
         QCOMPARE(lastNotice(), QStringLiteral("无法接受新的客户端：系统资源不足"));
+    }
+
+    void countsAndChoosesByTheTable()
+    {
+        const quint16 port = open(Server);
+        BoardProcess board;
+        QVERIFY(board.startOnNetwork("tcp-client", to(port, {"--peers", "2", "--period", "60000"})));
+        WAIT_EQUAL(clients().size(), 3);
+        send("hello");
+        WAIT_EQUAL(received(), qint64(10));
+        click("btnClientStatistics");
+        const auto *table = child<QTableView>("tablePeers");
+        QCOMPARE(table->model()->rowCount(), 2);
+        const auto cell = [table](int row, int column) {
+            return table->model()->index(row, column).data().toString();
+        };
+        QCOMPARE(cell(1, 0), clients().at(2));
+        for (const int column : {2, 3})
+            QCOMPARE(cell(1, column), QString("5"));
+        QCOMPARE(cell(1, 5), QString("hello"));
+        QVERIFY(!child<QWidget>("btnReplyToPeer")->isEnabled());
+
+        child<QTableView>("tablePeers")->selectRow(1);
+        click("btnReplyToPeer");
+        send("you");
+        WAIT_EQUAL(cell(1, 2), QString("8")); // by itself
+        QCOMPARE(cell(0, 3), QString("5"));
+        const Questions questions(1);
+        click("btnDisconnectPeer");
+        QVERIFY(questions.asked.value(0).contains(cell(1, 0).section(QStringLiteral("（"), 0, 0)));
+        WAIT_FOR(cell(1, 0).contains(QStringLiteral("已断开")));
+        WAIT_FOR(!child<QWidget>("btnReplyToPeer")->isEnabled());
+        click("btnClearPeers");
+        QCOMPARE(table->model()->rowCount(), 1);
+        QCOMPARE(cell(0, 2), QString("0"));
+        m_page.reset(); // with the table open
     }
 
     void losesTheChosenPeer()

@@ -1,0 +1,116 @@
+// What is counted for each peer, and what its row says.
+
+#include "peerstatistics.h"
+#include "peertablemodel.h"
+
+#include <QtTest>
+
+namespace {
+
+Peer peerAt(quint64 id, int number)
+{
+    return {id, QHostAddress(0x0a000000U + quint32(number)), quint16(5000)};
+}
+
+qint64 sumOfRows(const PeerStatistics &statistics)
+{
+    qint64 sum = statistics.rest().received;
+    for (int i = 0; i < statistics.size(); ++i)
+        sum += statistics.at(i).received;
+    return sum;
+}
+
+} // namespace
+
+class TestPeers : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void countsEachConnection()
+    {
+        PeerStatistics statistics;
+        for (const int id : {1, 2})
+            statistics.joined(peerAt(id, 1), QString::number(id), 10);
+        statistics.received(peerAt(1, 1), "abc", 20);
+        statistics.received(peerAt(1, 1), "de", 30);
+        statistics.sent(peerAt(2, 1), 7, 40);
+        statistics.left(peerAt(1, 1), 50);
+        statistics.received(peerAt(1, 1), "late", 60); // of no connection
+        QCOMPARE(statistics.size(), 2);
+        QCOMPARE(statistics.at(0).received, qint64(5));
+        QCOMPARE(statistics.at(0).lastUs, qint64(30));
+        QCOMPARE(statistics.at(0).last, QByteArray("de"));
+        QCOMPARE(statistics.at(0).leftUs, qint64(50));
+        QCOMPARE(statistics.at(1).sent, qint64(7));
+        QCOMPARE(statistics.at(1).leftUs, qint64(0));
+        statistics.joined(peerAt(3, 1), "3", 70); // the same board again
+        QCOMPARE(statistics.size(), 3);
+        statistics.clear();
+        QCOMPARE(statistics.size(), 2);
+        statistics.received(peerAt(2, 1), "x", 80);
+        QCOMPARE(statistics.at(0).received + statistics.at(1).received, qint64(1));
+    }
+
+    void keepsARowForEachOfManySenders()
+    {
+        PeerStatistics statistics;
+        const int max = PeerStatistics::maxRows;
+        for (int i = 0; i < max; ++i)
+            statistics.received(peerAt(0, i), "four", i + 1);
+        statistics.received(peerAt(0, 0), "again", max + 1);
+        QCOMPARE(statistics.rest().rows, qint64(0));
+        for (int i = max; i < 3 * max; ++i) {
+            statistics.received(peerAt(0, i), "four", i + 2);
+            statistics.sent(peerAt(0, 0), 1, i + 2); // is never silent
+        }
+        QCOMPARE(statistics.size(), max);
+        QCOMPARE(statistics.rest().rows, qint64(2 * max));
+        QCOMPARE(statistics.at(0).sent, qint64(2 * max));
+        QCOMPARE(sumOfRows(statistics), qint64(3 * max * 4 + 5));
+        statistics.allLeft(1);
+        for (int i = 0; i < max; ++i)
+            QVERIFY(statistics.at(i).leftUs > 0);
+    }
+
+    void sparesConnections()
+    {
+        PeerStatistics statistics;
+        const int max = PeerStatistics::maxRows;
+        for (int id = 1; id <= max + 1; ++id)
+            statistics.joined(peerAt(quint64(id), id), QString::number(id), id);
+        statistics.received(peerAt(quint64(max) + 1, max + 1), "uncounted", 1);
+        QCOMPARE(statistics.size(), max);
+        QCOMPARE(statistics.rest().rows, qint64(1));
+        QCOMPARE(statistics.rest().received, qint64(9));
+        statistics.left(peerAt(5, 5), 9999);
+        statistics.joined(peerAt(5000, 1), "new", 10000);
+        QCOMPARE(statistics.at(4).name, QString("new"));
+        QCOMPARE(statistics.at(3).name, QString("4"));
+    }
+
+    void previews_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("expected");
+        const QString degrees = QStringLiteral("温");
+        QTest::newRow("text") << degrees.toUtf8() + " 23.4\r\n" << degrees + " 23.4";
+        QTest::newRow("bytes") << QByteArray("\0\x01\xff", 3) << "00 01 FF ";
+        QTest::newRow("many bytes") << QByteArray(100, '\xff') << QString("FF ").repeated(20) + QChar(0x2026);
+        // The cut goes through a character.
+        QTest::newRow("long") << "x" + degrees.repeated(30).toUtf8()
+                              << "x" + degrees.repeated(21) + QChar(0x2026);
+        QTest::newRow("none") << QByteArray() << QString();
+    }
+
+    void previews()
+    {
+        QFETCH(QByteArray, bytes);
+        PeerStatistics statistics;
+        statistics.received(peerAt(0, 1), bytes, 1);
+        QTEST(PeerTableModel::preview(statistics.at(0), 0), "expected");
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPeers)
+#include "test_peers.moc"
