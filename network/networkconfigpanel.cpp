@@ -2,12 +2,12 @@
 
 #include "fieldmemory.h"
 #include "localaddressbox.h"
+#include "multicastgroup.h"
 #include "peer.h"
 #include "peeraddress.h"
 #include "settings.h"
 
 #include <QCheckBox>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -36,13 +36,8 @@ NetworkConfigPanel::NetworkConfigPanel(QWidget *parent)
     , m_reconnect(new QCheckBox(QStringLiteral("断线自动重连"), this))
 {
     m_protocol->setObjectName(QStringLiteral("comboNetType"));
-    m_reconnect->setObjectName(QStringLiteral("checkReconnect"));
-    m_reconnect->setToolTip(QStringLiteral("连接断开、被拒绝或超时后，按相同的地址自动重新连接"));
-    addPeerButtons();
-    addButton(m_reconnect);
-    showFor({TcpClient}, m_reconnect);
+    addButtons();
     loadDefaults();
-    connect(m_reconnect, &QCheckBox::toggled, this, &NetworkConfigPanel::reconnectChanged);
     connect(this, &NetworkFields::protocolChanged, this, &NetworkConfigPanel::namePort);
     connect(this, &NetworkFields::protocolChanged, this, &NetworkConfigPanel::keepTexts);
     connect(m_local, QOverload<int>::of(&QComboBox::activated), this, &NetworkConfigPanel::keepTexts);
@@ -50,21 +45,34 @@ NetworkConfigPanel::NetworkConfigPanel(QWidget *parent)
         connect(edit, &QLineEdit::editingFinished, this, &NetworkConfigPanel::keepTexts);
 }
 
-void NetworkConfigPanel::addPeerButtons()
+void NetworkConfigPanel::addButtons()
 {
+    m_reconnect->setObjectName(QStringLiteral("checkReconnect"));
+    m_reconnect->setToolTip(QStringLiteral("连接断开、被拒绝或超时后，按相同的地址自动重新连接"));
     auto *reply = new QPushButton(QStringLiteral("回复最近来源"), this);
     reply->setObjectName(QStringLiteral("btnReplyToLast"));
     reply->setToolTip(QStringLiteral("把目的地址和目的端口设为最近一个数据报的来源"));
     auto *statistics = new QPushButton(QStringLiteral("统计"), this);
-    statistics->setObjectName(QStringLiteral("btnSenderStatistics"));
+    statistics->setObjectName(QStringLiteral("btnLinkStatistics"));
     statistics->setToolTip(QStringLiteral("打开对端统计：收发字节数和最近的消息"));
-    QHBoxLayout *line = addLine();
-    line->addWidget(reply, 1);
-    line->addWidget(statistics);
-    for (QPushButton *button : {reply, statistics})
-        showFor({Udp}, button);
+    addButton({m_reconnect, reply, statistics});
+    showFor({TcpClient}, m_reconnect);
+    showFor({Udp}, reply);
+    showFor({TcpClient, Udp}, statistics);
+    connect(m_reconnect, &QCheckBox::toggled, this, &NetworkConfigPanel::reconnectChanged);
     connect(reply, &QPushButton::clicked, this, &NetworkConfigPanel::replyClicked);
     connect(statistics, &QPushButton::clicked, this, &NetworkConfigPanel::statisticsClicked);
+}
+
+void NetworkConfigPanel::setMulticastGroup(MulticastGroup *group)
+{
+    m_multicast = group;
+    showFor({Udp}, group);
+}
+
+MulticastSettings NetworkConfigPanel::multicast() const
+{
+    return m_multicast ? m_multicast->settings() : MulticastSettings();
 }
 
 void NetworkConfigPanel::setDestination(const Peer &peer)

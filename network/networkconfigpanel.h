@@ -5,6 +5,7 @@
 #include "networkfields.h"
 
 class FieldMemory;
+class MulticastGroup;
 struct Peer;
 class QCheckBox;
 
@@ -15,6 +16,9 @@ class NetworkConfigPanel : public NetworkFields
 public:
     // Chooses the defaults of the settings.
     explicit NetworkConfigPanel(QWidget *parent = nullptr);
+    // A group of the panel of its own, for datagrams.
+    void setMulticastGroup(MulticastGroup *group);
+    MulticastSettings multicast() const override;
 
     void loadDefaults();
     void saveDefaults(); // when a link has been opened
@@ -28,7 +32,7 @@ public:
 
 signals:
     void replyClicked();      // to the sender of the last datagram
-    void statisticsClicked(); // of the peers, for datagrams
+    void statisticsClicked(); // of the peers
     void reconnectChanged(bool reconnects);
 
 private:
@@ -47,8 +51,9 @@ private:
     Texts shown() const;
     void keepTexts(); // what differs from the link that was opened last
     void namePort();
-    void addPeerButtons();
+    void addButtons();
 
     QCheckBox *m_reconnect;
+    MulticastGroup *m_multicast = nullptr;
     bool m_isLoading = false;
 };

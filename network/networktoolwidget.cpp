@@ -6,6 +6,7 @@
 #include "launchoptions.h"
 #include "linksession.h"
 #include "logpanel.h"
+#include "multicastgroup.h"
 #include "networkconfigpanel.h"
 #include "networkpeers.h"
 #include "qtmessagebox.h"
@@ -39,6 +40,7 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     connectParts();
     m_memory = new FieldMemory(this);
     m_config->remember(m_memory);
+    m_multicast->remember(m_memory);
     m_session->setReconnects(m_config->reconnects());
     m_recvOptions->remember(m_memory, &Settings::instance().networkArea);
     m_sendOptions->remember(m_memory, &Settings::instance().networkArea);
@@ -78,8 +80,13 @@ void NetworkToolWidget::buildUi()
     for (QWidget *group : {static_cast<QWidget *>(m_config), static_cast<QWidget *>(m_clients),
                            static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions),
                            static_cast<QWidget *>(m_log)})
+    m_multicast = new MulticastGroup(m_panel);
+    for (QWidget *group : {static_cast<QWidget *>(m_config), static_cast<QWidget *>(m_clients),
+                           static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions),
+                           static_cast<QWidget *>(m_multicast)})
         m_panel->addWidget(group);
-    m_area->placeBeside(m_panel, m_sendOptions->lastField());
+    m_config->setMulticastGroup(m_multicast);
+    m_area->placeBeside(m_panel, m_multicast->lastField());
     setPageKeys(m_config->openButton(), m_area->foldButton());
 }
 
@@ -198,6 +205,7 @@ void NetworkToolWidget::showLinkOpen(bool open)
             ? QString()
             : QStringLiteral("正在等待服务器，自%1").arg(since.toString(QStringLiteral("hh:mm:ss"))));
     m_area->showHint(open);
+    m_multicast->setLinkOpen(open);
     showCounts();
 }
 
@@ -367,6 +375,7 @@ void NetworkToolWidget::reloadSettings()
     m_log->load();
     m_area->reloadView();
     m_memory->load();
+    m_multicast->load();
     // The parameters shown are those of the link, or of the server waited for.
     m_defaultsDue = !m_session->isClosed() || !m_session->waitingSince().isNull();
     if (!m_defaultsDue)

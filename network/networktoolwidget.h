@@ -14,6 +14,7 @@ class FieldMemory;
 class FormPanel;
 class LinkSession;
 class LogPanel;
+class MulticastGroup;
 class NetworkConfigPanel;
 class NetworkPeers;
 class QtSendBoxWidget;
@@ -82,6 +83,7 @@ private:
 
     NetworkConfigPanel *m_config = nullptr;
     ClientListPanel *m_clients = nullptr;
+    MulticastGroup *m_multicast = nullptr;
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
     LogPanel *m_log = nullptr;

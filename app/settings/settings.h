@@ -114,6 +114,11 @@ public:
         Setting<QString> destinationAddress{this, "DestAddr", QString()};
         Setting<QString> destinationPort{this, "DestPort", QString()};
         Setting<bool> reconnects{this, "Reconnect", false};
+        Setting<bool> showsMulticast{this, "ShowMulticast", false}; // the group is unfolded
+        Setting<QString> multicastGroups{this, "MulticastGroups", QString()}; // as typed
+        Setting<QString> multicastInterface{this, "MulticastInterface", QString()}; // its name; empty: the system's choice
+        Setting<int> multicastTtl{this, "MulticastTtl", 1, notWritten, {0, 255}};
+        Setting<bool> multicastLoopsBack{this, "MulticastLoopback", true};
     } networkPage{&m_table, "NetworkPage"};
 
     Setting<QString> updateUrl{&m_updates, "UpdateUrl", QStringLiteral("https://www.orvane.example/firmware"),

@@ -105,16 +105,20 @@ void NetworkFields::showFor(const QList<int> &protocols, QWidget *widget)
     widget->setVisible(protocols.contains(protocol()));
 }
 
-void NetworkFields::addButton(QWidget *beside)
+void NetworkFields::addButton(const QList<QWidget *> &beside)
 {
     setTabOrder(m_rows.last().field, m_open);
-    if (beside) {
+    if (beside.isEmpty()) {
+        addWide(m_open);
+    } else {
         QHBoxLayout *line = addLine();
         line->addWidget(m_open, 1);
-        line->addWidget(beside);
-        setTabOrder(m_open, beside);
-    } else {
-        addWide(m_open);
+        QWidget *before = m_open;
+        for (QWidget *widget : beside) {
+            line->addWidget(widget);
+            setTabOrder(before, widget);
+            before = widget;
+        }
     }
     addWide(m_state);
     showProtocol();

@@ -6,6 +6,7 @@
 // nothing itself.
 
 #include "formpanel.h"
+#include "multicast.h"
 
 #include <QHostAddress>
 
@@ -29,6 +30,8 @@ public:
     quint16 port() const;              // 0 where the text is no port
     QHostAddress destinationAddress() const;
     quint16 destinationPort() const;
+    // Of datagrams; none where the page has no fields for it.
+    virtual MulticastSettings multicast() const { return {}; }
 
     // Points at the network field that is wrong and says why; empty where none is.
     QString checkFields();
@@ -57,7 +60,7 @@ protected:
     // Shown for these protocols only, and usable at any time.
     void showFor(const QList<int> &protocols, QWidget *widget);
     // Below all fields.
-    void addButton(QWidget *beside = nullptr);
+    void addButton(const QList<QWidget *> &beside = {});
 
     QComboBox *m_protocol;
     LocalAddressBox *m_local;

@@ -23,6 +23,14 @@ QString withSubject(QString text, const QString &subject)
     return text.replace(QStringLiteral("%1"), subject);
 }
 
+// The beginning of a list.
+QString shortened(const QStringList &texts, const QString &separator)
+{
+    constexpr int max = 3;
+    const QString text = texts.mid(0, max).join(separator);
+    return texts.size() <= max ? text : QStringLiteral("%1等%2项").arg(text).arg(texts.size());
+}
+
 } // namespace
 
 LinkSession::LinkSession(NetworkFields *fields, StateIndicator *indicator, const QString &tool,
@@ -86,14 +94,23 @@ void LinkSession::addNetworkTransports()
          Notice::information(QStringLiteral("[TCP Client]与服务器已断开连接~~~"))});
     addTransport({m_udp,
                   [this] {
-                      return m_udp->open({m_fields->localAddress(), m_fields->port()});
+                      return m_udp->open({m_fields->localAddress(), m_fields->port(), m_fields->multicast()});
                   },
                   port,
-                  [this] { return QStringLiteral("正在接收端口%1的数据").arg(m_udp->port()); },
+                  [this] { return udpState(); },
                   QStringLiteral("UDP服务监听[端口:%1]已启动!!"),
                   QStringLiteral("UDP服务监听[端口:%1]失败，请确认该端口是否可用!!"),
                   {},
                   {}});
+}
+
+QString LinkSession::udpState() const
+{
+    const QString text = QStringLiteral("正在接收端口%1的数据").arg(m_udp->port());
+    if (m_udp->joined().groups.isEmpty())
+        return text;
+    return text +
+           QStringLiteral("，已加入组播%1").arg(shortened(m_udp->joined().groups, QStringLiteral("、")));
 }
 
 void LinkSession::addTransport(const Transport &transport)
@@ -260,6 +277,9 @@ void LinkSession::handleOpened(Entry &entry)
     showState();
     emit opened();
     emit notify(Notice::information(withSubject(entry.transport.opened, entry.subject)));
+    if (entry.transport.link == m_udp && !m_udp->joined().faults.isEmpty())
+        emit notify(Notice::error(
+            QStringLiteral("未能加入组播：%1").arg(shortened(m_udp->joined().faults, QStringLiteral("；")))));
 }
 
 void LinkSession::handleClosed(Entry &entry)

@@ -113,6 +113,7 @@ private:
     };
 
     void addNetworkTransports();
+    QString udpState() const;
     void open();
     void handleState(int protocol);
     void handleOpened(Entry &entry);

@@ -26,8 +26,12 @@ bool UdpLink::open(const Settings &settings)
 {
     if (state() != State::Closed)
         return false;
-    // Not shared: of two programs on one port, the system would choose who hears.
-    if (!m_socket->bind(settings.address, settings.port, QUdpSocket::DontShareAddress)) {
+    // Not shared: of two programs on one port, the system would choose who hears. Of
+    // a group's datagrams each hears all.
+    const QUdpSocket::BindMode mode = settings.multicast.groups.isEmpty()
+                                          ? QUdpSocket::BindMode(QUdpSocket::DontShareAddress)
+                                          : QUdpSocket::ShareAddress | QUdpSocket::ReuseAddressHint;
+    if (!m_socket->bind(Multicast::addressFor(settings.multicast, settings.address), settings.port, mode)) {
         const QString reason = openErrorText(m_socket->error(), m_socket->errorString(),
                                              toolUsing(SocketResource::udp(settings.port)));
         m_socket->abort();
@@ -35,6 +39,7 @@ bool UdpLink::open(const Settings &settings)
         return false;
     }
     m_socket->setSocketOption(QUdpSocket::ReceiveBufferSizeSocketOption, kBufferBytes);
+    m_joined = Multicast::join(m_socket, settings.multicast);
     setResource(SocketResource::udp(port()));
     setState(State::Open);
     return true;

@@ -2,11 +2,11 @@
 
 // Datagrams as a link: one port of this machine that receives from anybody and
 // sends to one destination. A datagram leaves at once or not at all, so that
-// closing takes no time.
+// closing takes no time. May belong to multicast groups, which it leaves when it is
+// closed.
 
 #include "link.h"
-
-#include <QHostAddress>
+#include "multicast.h"
 
 class QUdpSocket;
 
@@ -19,6 +19,7 @@ public:
     {
         QHostAddress address; // Any for all interfaces
         quint16 port = 0;     // 0: one of the system's choice
+        MulticastSettings multicast = {};
     };
     static constexpr int maxDatagramBytes = 65507;
 
@@ -27,6 +28,8 @@ public:
 
     bool open(const Settings &settings);
     quint16 port() const;
+    // Since it was opened.
+    const Multicast::Joined &joined() const { return m_joined; }
     // Where send() sends to; may be changed at any time.
     void setDestination(const QHostAddress &address, quint16 port);
 
@@ -44,6 +47,7 @@ private:
     QString checkSending(const QByteArray &bytes) const;
 
     QUdpSocket *m_socket;
+    Multicast::Joined m_joined;
     QHostAddress m_destination;
     quint16 m_destinationPort = 0;
 };
