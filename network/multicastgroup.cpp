@@ -1,45 +1,26 @@
 #include "multicastgroup.h"
 
 #include "fieldmemory.h"
+#include "interfacebox.h"
 #include "settings.h"
 
-#include <QAbstractItemView>
 #include <QCheckBox>
-#include <QComboBox>
-#include <QEvent>
-#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QNetworkInterface>
-#include <QScrollBar>
 #include <QSpinBox>
-
-namespace {
-
-// Name and first address, as the user tells interfaces apart.
-QString entryOf(const QNetworkInterface &device)
-{
-    const QList<QNetworkAddressEntry> addresses = device.addressEntries();
-    return addresses.isEmpty()
-               ? device.humanReadableName()
-               : QStringLiteral("%1 %2").arg(device.humanReadableName(), addresses.first().ip().toString());
-}
-
-} // namespace
 
 MulticastGroup::MulticastGroup(QWidget *parent)
     : FormGroup(QStringLiteral("组播"), parent)
     , m_groups(new QLineEdit(this))
-    , m_interface(new QComboBox(this))
+    , m_interface(new InterfaceBox(this))
     , m_ttl(new QSpinBox(this))
     , m_loopsBack(new QCheckBox(QStringLiteral("环回"), this))
 {
     buildUi();
     load();
-    connect(m_interface, QOverload<int>::of(&QComboBox::activated), this, [this] {
-        Settings::instance().networkPage.multicastInterface.change(m_interface->currentData().toString());
-    });
+    connect(m_interface, QOverload<int>::of(&QComboBox::activated), this,
+            [this] { Settings::instance().networkPage.multicastInterface.change(m_interface->name()); });
 }
 
 void MulticastGroup::buildUi()
@@ -55,9 +36,6 @@ void MulticastGroup::buildUi()
     m_ttl->setToolTip(QStringLiteral("组播数据报最多经过的网络数，1为不离开本网"));
     m_loopsBack->setToolTip(QStringLiteral("本机的程序也能收到从这里发送的组播数据报"));
     m_ttl->setRange(0, 255);
-    m_interface->addItem(QStringLiteral("自动"), QString());
-    letShrink(m_interface);
-    m_interface->installEventFilter(this);
     addRow(QStringLiteral("组地址"), m_groups);
     addRow(QStringLiteral("接口"), m_interface);
     QHBoxLayout *line = addLine();
@@ -78,54 +56,14 @@ void MulticastGroup::remember(FieldMemory *memory)
 
 void MulticastGroup::load()
 {
-    chooseInterface(Settings::instance().networkPage.multicastInterface);
+    m_interface->choose(Settings::instance().networkPage.multicastInterface);
     setChecked(Settings::instance().networkPage.showsMulticast);
-}
-
-// The interfaces as they are when the list opens.
-bool MulticastGroup::eventFilter(QObject *watched, QEvent *event)
-{
-    const bool opens = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::FocusIn;
-    if (watched == m_interface && opens && !m_interface->view()->isVisible())
-        fillInterfaces();
-    return FormGroup::eventFilter(watched, event);
-}
-
-void MulticastGroup::fillInterfaces()
-{
-    const QString chosen = m_interface->currentData().toString();
-    m_interface->clear();
-    m_interface->addItem(QStringLiteral("自动"), QString());
-    const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
-    for (const QNetworkInterface &device : interfaces) {
-        if (device.flags().testFlag(QNetworkInterface::IsUp))
-            m_interface->addItem(entryOf(device), device.name());
-    }
-    chooseInterface(chosen);
-    // The list shows all of a long entry, which must not widen the panel.
-    const QFontMetrics metrics(m_interface->view()->font());
-    int widest = 0;
-    for (int i = 0; i < m_interface->count(); ++i)
-        widest = qMax(widest, metrics.horizontalAdvance(m_interface->itemText(i)));
-    const int bar = m_interface->view()->verticalScrollBar()->sizeHint().width();
-    m_interface->view()->setMinimumWidth(widest + bar + 16);
-}
-
-// One that has vanished stays chosen, and is reported when a port is opened.
-void MulticastGroup::chooseInterface(const QString &name)
-{
-    if (m_interface->findData(name) < 0) {
-        const auto device = QNetworkInterface::interfaceFromName(name);
-        m_interface->addItem(device.isValid() ? entryOf(device) : QStringLiteral("%1（不存在）").arg(name),
-                             name);
-    }
-    m_interface->setCurrentIndex(m_interface->findData(name));
 }
 
 MulticastSettings MulticastGroup::settings() const
 {
     MulticastSettings settings = Multicast::fromText(m_groups->text());
-    settings.interfaceName = m_interface->currentData().toString();
+    settings.interfaceName = m_interface->name();
     settings.ttl = m_ttl->value();
     settings.loopsBack = m_loopsBack->isChecked();
     return settings;

@@ -7,6 +7,7 @@
 #include "multicast.h"
 
 class FieldMemory;
+class InterfaceBox;
 class QCheckBox;
 class QLineEdit;
 class QSpinBox;
@@ -27,16 +28,11 @@ public:
 
     QWidget *lastField() const; // in tab order
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     void buildUi();
-    void fillInterfaces();
-    void chooseInterface(const QString &name);
 
     QLineEdit *m_groups;
-    QComboBox *m_interface; // names of the system as data; an empty one: its choice
+    InterfaceBox *m_interface;
     QSpinBox *m_ttl;
     QCheckBox *m_loopsBack;
 };

@@ -2,6 +2,14 @@
 
 #include <utility>
 
+// A socket for both families reports IPv4 peers as mapped ones.
+PeerStatistics::Key PeerStatistics::keyOf(const Peer &peer)
+{
+    bool isIpv4 = false;
+    const quint32 ipv4 = peer.address.toIPv4Address(&isIpv4);
+    return {peer.id, isIpv4 ? QHostAddress(ipv4) : peer.address, peer.port};
+}
+
 void PeerStatistics::joined(const Peer &peer, const QString &name, qint64 nowUs)
 {
     left(peer, nowUs); // whose leaving was not reported

@@ -80,7 +80,7 @@ private:
         std::list<int>::iterator place; // in m_replaceable, unless it is a connection that lasts
     };
 
-    static Key keyOf(const Peer &peer) { return {peer.id, peer.address, peer.port}; }
+    static Key keyOf(const Peer &peer);
     int rowOf(const Peer &peer, qint64 nowUs);
     int add(const Peer &peer, const QString &name, bool isConnection, qint64 nowUs);
     int freeRow();

@@ -6,7 +6,10 @@
 #include "stateindicator.h"
 #include "tcpreconnector.h"
 
+#include <QGroupBox>
 #include <QNetworkDatagram>
+#include <QNetworkInterface>
+#include <QTableView>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUdpSocket>
@@ -143,9 +146,8 @@ private slots:
 
     void connectsAgain()
     {
-        const auto button = [this] { return caption(); };
         const auto waits = [&] {
-            return button() == QStringLiteral("停止等待") && fieldsAreEnabled(false) &&
+            return caption() == QStringLiteral("停止等待") && fieldsAreEnabled(false) &&
                    child<StateIndicator>("stateIndicator")->state() == StateIndicator::Busy &&
                    child<QLabel>("labelWaiting")->text().startsWith(QStringLiteral("正在等待服务器，自"));
         };
@@ -170,7 +172,7 @@ private slots:
 
         QTcpServer host;
         QVERIFY(host.listen(QHostAddress::LocalHost, port));
-        WAIT_EQUAL(button(), QStringLiteral("断开连接"));
+        WAIT_EQUAL(caption(), QStringLiteral("断开连接"));
         QVERIFY(child<QLabel>("labelWaiting")->isHidden() && child<QWidget>("checkReconnect")->isVisible());
         WAIT_FOR(host.hasPendingConnections());
         const std::unique_ptr<QTcpSocket> peer(host.nextPendingConnection());
@@ -242,9 +244,34 @@ private slots:
             WAIT_FOR(board.hasPendingDatagrams());
             QCOMPARE(board.receiveDatagram().data(), QByteArray("answer"));
         }
-        QCOMPARE(Settings::instance().networkPage.destinationAddress.value(), QString()); // as it began
+        click("btnLinkStatistics"); // each has one row for both directions
+        QCOMPARE(child<QTableView>("tablePeers")->model()->rowCount(), 2);
         choose(Server);
         QVERIFY(!child<QWidget>("btnReplyToLast")->isVisible());
+    }
+
+    void joinsGroups()
+    {
+        Settings::NetworkPage &kept = Settings::instance().networkPage;
+        kept.multicastGroups = QStringLiteral("239.255.77.3 10.0.0.1");
+        for (const QNetworkInterface &device : QNetworkInterface::allInterfaces())
+            if (device.flags().testFlag(QNetworkInterface::IsLoopBack))
+                kept.multicastInterface = device.name();
+        m_page->reloadSettings();
+        for (const bool isGone : {false, true}) {
+            if (isGone)
+                kept.multicastInterface = QStringLiteral("gone0");
+            m_page->reloadSettings();
+            open(Udp);
+            QVERIFY(wasTold(QStringLiteral("未能加入组播：10.0.0.1：不是组播地址") +
+                                (isGone ? QStringLiteral("；网络接口gone0不存在") : QString()),
+                            255));
+            QCOMPARE(stateText().contains(QStringLiteral("，已加入组播239.255.77.3")), !isGone);
+            child<QGroupBox>("multicastGroup")->setChecked(true);
+            QVERIFY(!child<QWidget>("editMulticastGroups")->isEnabled());
+            click("btnOpen");
+            QVERIFY(child<QWidget>("editMulticastGroups")->isEnabled());
+        }
     }
 
     void checksTheDestination()
