@@ -64,12 +64,10 @@ private slots:
         link.setDestination(kGroup, member.localPort());
         QCOMPARE(link.send("hello"), qint64(5));
         WAIT_FOR(member.hasPendingDatagrams());
-        const QNetworkDatagram datagram = member.receiveDatagram();
-        QCOMPARE(datagram.data(), QByteArray("hello"));
-        QCOMPARE(datagram.senderPort(), int(link.port()));
+        QCOMPARE(member.receiveDatagram().senderPort(), int(link.port()));
         const quint16 port = link.port();
         link.close();
-        QVERIFY(member.leaveMulticastGroup(kGroup, loopback()));
+        member.abort();
 
         // In the one group no more. The loopback interface itself loops back everything.
         got.clear();

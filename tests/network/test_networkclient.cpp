@@ -166,7 +166,7 @@ private slots:
         m_page->reloadSettings(); // changes nothing under it
         QCOMPARE(child<QLineEdit>("editPort")->text(), QString::number(port));
         m_page->findChild<TcpReconnector *>()->attempt();
-        WAIT_EQUAL(m_page->findChild<TcpReconnector *>()->failedAttempts(), 1);
+        WAIT_FOR(m_page->findChild<TcpReconnector *>()->failedAttempts() > 0);
         QVERIFY(waits());
         deaf.reset();
 

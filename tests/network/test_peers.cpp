@@ -12,14 +12,6 @@ Peer peerAt(quint64 id, int number)
     return {id, QHostAddress(0x0a000000U + quint32(number)), quint16(5000)};
 }
 
-qint64 sumOfRows(const PeerStatistics &statistics)
-{
-    qint64 sum = statistics.rest().received;
-    for (int i = 0; i < statistics.size(); ++i)
-        sum += statistics.at(i).received;
-    return sum;
-}
-
 } // namespace
 
 class TestPeers : public QObject
@@ -60,7 +52,7 @@ private slots:
         QCOMPARE(statistics.size(), max);
         QCOMPARE(statistics.rest().rows, qint64(2 * max));
         QCOMPARE(statistics.at(0).sent, qint64(2 * max));
-        QCOMPARE(sumOfRows(statistics), qint64(3 * max * 4 + 5));
+        QCOMPARE(statistics.rest().received, qint64(2 * max * 4));
     }
 
     void sparesConnections()
