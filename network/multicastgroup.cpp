@@ -41,7 +41,6 @@ void MulticastGroup::buildUi()
     QHBoxLayout *line = addLine();
     addTo(line, QStringLiteral("TTL"), m_ttl);
     line->addWidget(m_loopsBack);
-    setFoldable();
 }
 
 void MulticastGroup::remember(FieldMemory *memory)
@@ -50,14 +49,11 @@ void MulticastGroup::remember(FieldMemory *memory)
     memory->add(m_groups, &page.multicastGroups);
     memory->add(m_ttl, &page.multicastTtl);
     memory->add(m_loopsBack, &page.multicastLoopsBack);
-    connect(this, &QGroupBox::toggled, memory,
-            [&page](bool isUnfolded) { page.showsMulticast.change(isUnfolded); });
 }
 
 void MulticastGroup::load()
 {
     m_interface->choose(Settings::instance().networkPage.multicastInterface);
-    setChecked(Settings::instance().networkPage.showsMulticast);
 }
 
 MulticastSettings MulticastGroup::settings() const

@@ -1,7 +1,7 @@
 #pragma once
 
 // The multicast groups that a port for datagrams joins, and how datagrams to them
-// leave. Folded at first. Remembers what was chosen.
+// leave. Remembers what was chosen.
 
 #include "formpanel.h"
 #include "multicast.h"

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTimer>
 
 namespace {
 
@@ -34,6 +35,7 @@ QString kept(const Setting<QString> &setting, const QString &opened)
 NetworkConfigPanel::NetworkConfigPanel(QWidget *parent)
     : NetworkFields(QStringLiteral("网络配置"), QStringLiteral("1. 协议类型"), QString(), parent)
     , m_reconnect(new QCheckBox(QStringLiteral("断线自动重连"), this))
+    , m_unfoldMulticast(new QPushButton(QStringLiteral("组播"), this))
 {
     m_protocol->setObjectName(QStringLiteral("comboNetType"));
     addButtons();
@@ -55,7 +57,11 @@ void NetworkConfigPanel::addButtons()
     auto *statistics = new QPushButton(QStringLiteral("统计"), this);
     statistics->setObjectName(QStringLiteral("btnLinkStatistics"));
     statistics->setToolTip(QStringLiteral("打开对端统计：收发字节数和最近的消息"));
-    addButton({m_reconnect, reply, statistics});
+    m_unfoldMulticast->setObjectName(QStringLiteral("btnUnfoldMulticast"));
+    m_unfoldMulticast->setToolTip(QStringLiteral("显示或隐藏组播设置"));
+    m_unfoldMulticast->setCheckable(true);
+    addButton({m_reconnect, reply, statistics}, m_unfoldMulticast);
+    showFor({Udp}, m_unfoldMulticast);
     showFor({TcpClient}, m_reconnect);
     showFor({Udp}, reply);
     showFor({TcpClient, Udp}, statistics);
@@ -67,7 +73,19 @@ void NetworkConfigPanel::addButtons()
 void NetworkConfigPanel::setMulticastGroup(MulticastGroup *group)
 {
     m_multicast = group;
-    showFor({Udp}, group);
+    connect(m_unfoldMulticast, &QPushButton::toggled, this, &NetworkConfigPanel::showMulticast);
+    connect(this, &NetworkFields::protocolChanged, this, &NetworkConfigPanel::showMulticast);
+    // The panel shows what gets the keyboard, once that has its place.
+    connect(m_unfoldMulticast, &QPushButton::clicked, group, [group](bool isUnfolded) {
+        if (isUnfolded)
+            QTimer::singleShot(0, group, [group] { group->lastField()->setFocus(); });
+    });
+    showMulticast();
+}
+
+void NetworkConfigPanel::showMulticast()
+{
+    m_multicast->setVisible(protocol() == Udp && m_unfoldMulticast->isChecked());
 }
 
 MulticastSettings NetworkConfigPanel::multicast() const
@@ -158,6 +176,7 @@ void NetworkConfigPanel::keepTexts()
 void NetworkConfigPanel::remember(FieldMemory *memory)
 {
     memory->add(m_reconnect, &Settings::instance().networkPage.reconnects);
+    memory->add(m_unfoldMulticast, &Settings::instance().networkPage.showsMulticast);
 }
 
 bool NetworkConfigPanel::reconnects() const

@@ -8,6 +8,7 @@ class FieldMemory;
 class MulticastGroup;
 struct Peer;
 class QCheckBox;
+class QPushButton;
 
 class NetworkConfigPanel : public NetworkFields
 {
@@ -16,7 +17,7 @@ class NetworkConfigPanel : public NetworkFields
 public:
     // Chooses the defaults of the settings.
     explicit NetworkConfigPanel(QWidget *parent = nullptr);
-    // A group of the panel of its own, for datagrams.
+    // A group of the panel of its own, for datagrams; a button here unfolds it.
     void setMulticastGroup(MulticastGroup *group);
     MulticastSettings multicast() const override;
 
@@ -52,8 +53,10 @@ private:
     void keepTexts(); // what differs from the link that was opened last
     void namePort();
     void addButtons();
+    void showMulticast();
 
     QCheckBox *m_reconnect;
+    QPushButton *m_unfoldMulticast;
     MulticastGroup *m_multicast = nullptr;
     bool m_isLoading = false;
 };

@@ -105,22 +105,24 @@ void NetworkFields::showFor(const QList<int> &protocols, QWidget *widget)
     widget->setVisible(protocols.contains(protocol()));
 }
 
-void NetworkFields::addButton(const QList<QWidget *> &beside)
+void NetworkFields::addButton(const QList<QWidget *> &beside, QWidget *besideState)
 {
-    setTabOrder(m_rows.last().field, m_open);
-    if (beside.isEmpty()) {
-        addWide(m_open);
-    } else {
+    QWidget *before = m_rows.last().field;
+    const auto addBeside = [&](QWidget *first, const QList<QWidget *> &others) {
+        if (others.isEmpty())
+            return addWide(first);
         QHBoxLayout *line = addLine();
-        line->addWidget(m_open, 1);
-        QWidget *before = m_open;
-        for (QWidget *widget : beside) {
+        line->addWidget(first, 1);
+        for (QWidget *widget : others)
             line->addWidget(widget);
+    };
+    addBeside(m_open, beside);
+    addBeside(m_state, besideState ? QList<QWidget *>{besideState} : QList<QWidget *>());
+    for (QWidget *widget : QList<QWidget *>{m_open} + beside + QList<QWidget *>{besideState}) {
+        if (widget)
             setTabOrder(before, widget);
-            before = widget;
-        }
+        before = widget;
     }
-    addWide(m_state);
     showProtocol();
     showState({});
 }

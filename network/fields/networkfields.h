@@ -60,7 +60,7 @@ protected:
     // Shown for these protocols only, and usable at any time.
     void showFor(const QList<int> &protocols, QWidget *widget);
     // Below all fields.
-    void addButton(const QList<QWidget *> &beside = {});
+    void addButton(const QList<QWidget *> &beside = {}, QWidget *besideState = nullptr);
 
     QComboBox *m_protocol;
     LocalAddressBox *m_local;
