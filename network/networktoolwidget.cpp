@@ -9,6 +9,7 @@
 #include "multicastgroup.h"
 #include "networkconfigpanel.h"
 #include "networkpeers.h"
+#include "profilebutton.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
 #include "qtterminalwidget.h"
@@ -77,21 +78,26 @@ void NetworkToolWidget::buildUi()
     m_log = new LogPanel(&Settings::instance().networkLog, m_area);
     m_area->addTool(m_log->button());
     m_area->addBar(m_log);
-    for (QWidget *group : {static_cast<QWidget *>(m_config), static_cast<QWidget *>(m_clients),
-                           static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions),
-                           static_cast<QWidget *>(m_log)})
     m_multicast = new MulticastGroup(m_panel);
     for (QWidget *group : {static_cast<QWidget *>(m_config), static_cast<QWidget *>(m_clients),
                            static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions),
                            static_cast<QWidget *>(m_multicast)})
         m_panel->addWidget(group);
     m_config->setMulticastGroup(m_multicast);
+    m_profiles = new ProfileButton(QStringLiteral("network"),
+                                   {{QStringLiteral("NetworkPage")}, {QStringLiteral("NetTools")}}, m_area);
+    m_area->addTool(m_profiles);
     m_area->placeBeside(m_panel, m_multicast->lastField());
     setPageKeys(m_config->openButton(), m_area->foldButton());
 }
 
 void NetworkToolWidget::connectParts()
 {
+    m_profiles->setRefusal([this] {
+        return isClosed() && m_session->waitingSince().isNull() ? QString() : QStringLiteral("请先断开连接");
+    });
+    connect(m_profiles, &ProfileButton::chosen, this, &NetworkToolWidget::reloadSettings);
+    connect(m_profiles, &ProfileButton::notify, this, &NetworkToolWidget::notify);
     connect(m_config, &NetworkConfigPanel::protocolChanged, this, &NetworkToolWidget::sltChangeNetType);
     connect(m_config, &NetworkConfigPanel::openClicked, this, &NetworkToolWidget::sltBtnOpenClicked);
     connect(m_config, &NetworkConfigPanel::reconnectChanged, m_session, &LinkSession::setReconnects);
@@ -156,6 +162,9 @@ void NetworkToolWidget::connectSession()
 
 void NetworkToolWidget::launch(const LaunchOptions &options)
 {
+    QString reason;
+    if (!options.profile.isEmpty() && !m_profiles->choose(options.profile, &reason))
+        notify(Notice::error(QStringLiteral("方案[%1]未选用：%2").arg(options.profile, reason)));
     if (!options.logFile.isEmpty())
         m_log->record(options.logFile);
     if (options.opens && isClosed())

@@ -17,6 +17,7 @@ class LogPanel;
 class MulticastGroup;
 class NetworkConfigPanel;
 class NetworkPeers;
+class ProfileButton;
 class QtSendBoxWidget;
 class QtTerminalWidget;
 class ReceiveStore;
@@ -87,6 +88,7 @@ private:
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
     LogPanel *m_log = nullptr;
+    ProfileButton *m_profiles = nullptr;
     FieldMemory *m_memory = nullptr;
     FormPanel *m_panel = nullptr;
     WorkArea *m_area = nullptr; // owns the four below

@@ -158,11 +158,6 @@ Link *LinkSession::link() const
     return m_entries[size_t(m_protocol)].transport.link;
 }
 
-QVector<Link *> LinkSession::links() const
-{
-    return {m_server, m_client, m_udp};
-}
-
 QString LinkSession::socketErrorString() const
 {
     return m_client->socketErrorString();

@@ -54,7 +54,6 @@ public:
     Link *link() const;
     TcpServerLink *server() const { return m_server; }
     // Over the network, in the protocol list's order.
-    QVector<Link *> links() const;
     // The system's text for the last error of the connection to a server; for the log.
     QString socketErrorString() const;
     bool isOpen() const { return link()->isOpen(); }
