@@ -53,7 +53,6 @@ public:
     // The chosen protocol's.
     Link *link() const;
     TcpServerLink *server() const { return m_server; }
-    // Over the network, in the protocol list's order.
     // The system's text for the last error of the connection to a server; for the log.
     QString socketErrorString() const;
     bool isOpen() const { return link()->isOpen(); }
