@@ -222,6 +222,12 @@ private slots:
         const int y = page.height() / 2;
         QVERIFY(page.pixelColor(page.width() / 4, y) == Qt::blue &&
                 page.pixelColor(page.width() * 3 / 4, y) == Qt::red);
+        picture.fill(Qt::blue);
+        child<ImageViewer>("imageViewer")
+            ->setImage(0, picture.scaled(page.width(), 10)); // wider than its half
+        const QImage halves = child<ImageViewer>("imageViewer")->grab().toImage();
+        QVERIFY(halves.pixelColor(page.width() / 2 - 1, y) == Qt::blue &&
+                halves.pixelColor(page.width() / 2 + 1, y) == Qt::white);
         click("btnCopyImage");
         QCOMPARE(QApplication::clipboard()->image().pixelColor(5, 5), QColor(Qt::red));
         QCOMPARE(lastNotice(), QStringLiteral("图像已复制到剪贴板。"));

@@ -85,13 +85,20 @@ private slots:
         QCOMPARE(text("labelSize"), QString("Size: 10"));
         QCOMPARE(Settings::instance().recentFiles.value(), QStringList{path("rom.bin")});
         QCOMPARE(counts.takeLast().at(0).toInt(), 4);
+        counts.clear();
         type("4142");
+        QCOMPARE(counts.size(), 2);
         QCOMPARE(m_page->counts(), (QStringList{"Address: 2", "Size: 10"}));
         QCOMPARE(text("labelAddress"), QString("Address: 2"));
         QVERIFY(text("labelFile").contains("未保存"));
         tool(HexEditWidget::Undo);
         QCOMPARE(shown(), QByteArray("0123456789"));
         tool(HexEditWidget::Redo);
+        edit()->setOverwrite(false);
+        counts.clear();
+        QTest::keyClick(edit(), Qt::Key_Delete); // changes the size and no address
+        QCOMPARE(counts.size(), 1);
+        tool(HexEditWidget::Undo);
         tool(HexEditWidget::SaveFile);
         QCOMPARE(tip(), QString("  文件已保存  "));
         QCOMPARE(content("rom.bin"), QByteArray("AB23456789"));
@@ -121,6 +128,9 @@ private slots:
         tool(HexEditWidget::SaveFile);
         beginOpening(QString()); // canceled
         QVERIFY(m_page->fileName().isEmpty() && edit()->size() == 0);
+        const QImage hint = edit()->grab().toImage();
+        edit()->setPlaceholderText(QString());
+        QVERIFY(edit()->grab().toImage() != hint);
     }
 
     void asksBeforeEditsAreLost()
@@ -467,6 +477,7 @@ private slots:
         open("large.bin");
         auto *checksum = child<QPushButton>("btnChecksum");
         checksum->setFocus();
+        child<QLineEdit>("editCrc32")->setText("of the time before");
         checksum->click();
         const auto areEnabled = [this](bool enabled) {
             for (const char *name : {"btnOpenFile", "btnSaveFile", "btnSaveAs", "btnFindNext",

@@ -197,8 +197,14 @@ private slots:
         m_edit->copy();
         QCOMPARE(clipboard->text(), QString("01 AB"));
         m_edit->select(2, 2);
-        choose("复制为文本");
+        QCOMPARE(choose("复制为文本"),
+                 QString("剪切|复制为十六进制|复制为文本|粘贴|删除||全选|文本列仅显示ASCII"));
         QCOMPARE(clipboard->text(), QString("cd"));
+        m_edit->goTo(0);
+        m_edit->setReadOnly(true, "because");
+        QCOMPARE(choose("全选"), QString("|全选|文本列仅显示ASCII"));
+        QCOMPARE(m_edit->selectionLength(), qint64(4));
+        m_edit->setReadOnly(false, QString());
         clipboard->setText(QString("0x31, 0x32"));
         m_edit->goTo(0);
         keys("Ctrl+C");
@@ -276,6 +282,9 @@ private slots:
         QVERIFY(!QtMessageTip::current()->text().isEmpty());
         QTRY_VERIFY_WITH_TIMEOUT(!m_edit->task()->isRunning(), 60000);
         QCOMPARE(content(), "0" + QByteArray(count, 'A') + "123");
+        showData(QByteArray((16 << 20) + 1, 'x'));
+        keys("Ctrl+A Ctrl+C");
+        QCOMPARE(QtMessageTip::current()->text(), QString("选中的内容超过16 MB，不能复制"));
     }
 
     void takesChineseInTheTextColumn()
@@ -286,9 +295,10 @@ private slots:
             QApplication::sendEvent(m_edit.get(), &event);
         };
         showData("......");
-        QVERIFY(!m_edit->testAttribute(Qt::WA_InputMethodEnabled)); // digits go straight in
+        const auto isEnabled = [this] { return m_edit->inputMethodQuery(Qt::ImEnabled).toBool(); };
+        QVERIFY(!m_edit->testAttribute(Qt::WA_InputMethodEnabled) && !isEnabled()); // digits go straight in
         click(0, true);
-        QVERIFY(m_edit->testAttribute(Qt::WA_InputMethodEnabled));
+        QVERIFY(m_edit->testAttribute(Qt::WA_InputMethodEnabled) && isEnabled());
         m_edit->setTextCodec(1);
         commit(QString("中"));
         QCOMPARE(content(), QByteArray("\xD6\xD0...."));
@@ -296,6 +306,8 @@ private slots:
         commit(QString("中"));
         QCOMPARE(content(), QByteArray("\xD6\xD0\xE4\xB8\xAD."));
         QVERIFY(m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect().contains(at(5, true)));
+        m_edit->setReadOnly(true, QString());
+        QVERIFY(!isEnabled());
     }
 
     // Over two cells, at the first byte's, far from the caret.
@@ -317,6 +329,19 @@ private slots:
         const QImage both = cells(2);
         m_edit->selectTo(4, 2);
         QCOMPARE(cells(2), both); // whatever follows
+        QCOMPARE(m_edit->viewport()->grab().toImage().pixel(layout().text(1, 2).topLeft() + QPoint(-1, 3)),
+                 QColor(Skin::palette().secondaryText).rgb());
+        m_edit->resize(1800, 400);
+        m_edit->zoom(10);
+        m_edit->selectTo(3, 2); // half of it, which has both colors
+        const QImage half = cells(2);
+        QString seen;
+        for (int x = 0; x < half.width(); ++x)
+            for (int y = 0; y < half.height(); ++y)
+                if (const QColor color = half.pixelColor(x, y); color == QColor(Skin::palette().text))
+                    seen += 2 * x < half.width() ? "left" : "right";
+        QVERIFY(seen.contains("right") && !seen.contains("left"));
+        m_edit->zoom(0);
         choose("文本列仅显示ASCII");
         m_edit->goTo(0);
         QCOMPARE(cells(2), dots);
@@ -324,7 +349,7 @@ private slots:
 
     void zooms()
     {
-        showData(QByteArray(64, 'x'));
+        showData(QByteArray(1600, 'x'));
         const qreal usual = m_edit->font().pointSizeF();
         const auto turn = [this](int angle, Qt::KeyboardModifiers modifiers) {
             const QPointF middle = m_edit->viewport()->rect().center();
@@ -334,6 +359,8 @@ private slots:
             const QRect caret = m_edit->inputMethodQuery(Qt::ImCursorRectangle).toRect();
             return caret.height() == layout().rowHeight() ? m_edit->font().pointSizeF() : 0;
         };
+        QCOMPARE(turn(-120, {}), usual);
+        QVERIFY(m_edit->verticalScrollBar()->value() > 0);
         QCOMPARE(turn(120, {}), usual);
         QCOMPARE(turn(120, Qt::ControlModifier), usual + 1);
         QCOMPARE(turn(-120, Qt::ControlModifier), usual);
@@ -383,6 +410,8 @@ private slots:
             for (const int i : {3, 4})
                 QVERIFY(cell(i).contains(accent) && cell(i).contains(onAccent) && !cell(i).contains(text));
         }
+        for (const auto &[byte, color] : {std::pair{0, text}, {3, accent}}) // changed or selected, not both
+            QCOMPARE(image.pixel(places.hex(1, byte).bottomLeft()) == color, byte == 3);
         const auto ground = [&image](const QRect &cell) {
             return image.pixel(cell.topLeft() + QPoint(1, 1));
         };
@@ -419,8 +448,14 @@ private slots:
         m_edit->setReadOnly(true, QString());
         m_edit->setPlaceholderText("nothing to see");
         QCOMPARE(m_edit->grab().toImage(), image);
+        m_edit->select(0, 1); // what is selected is still visible as changed
+        image = m_edit->viewport()->grab().toImage();
+        for (const QRect &cell : {places.hex(1, 0), places.text(1, 0)})
+            QCOMPARE(image.pixel(cell.bottomLeft() + QPoint(1, 0)), onAccent);
         m_edit->setData({});
         QCOMPARE(now({1, 1}), panel); // no header
+        image = m_edit->viewport()->grab().toImage();
+        QVERIFY(colors(image.rect()).contains(QColor(skin.secondaryText).rgb()));
     }
 
     // More than a scroll bar of bytes could hold, or an int.
@@ -455,18 +490,23 @@ private:
         QTRY_COMPARE(m_edit->screen()->grabWindow(m_edit->winId()).toImage(), m_edit->grab().toImage());
     }
 
-    // In the context menu.
-    void choose(const QString &text)
+    // In the context menu. What else it offers.
+    QString choose(const QString &text)
     {
-        QTimer::singleShot(0, this, [text] {
+        QStringList possible;
+        QTimer::singleShot(0, this, [text, &possible] {
             QWidget *menu = QApplication::activePopupWidget();
-            for (QAction *action : menu->actions())
+            for (QAction *action : menu->actions()) {
+                if (action->isEnabled())
+                    possible += action->text();
                 if (action->text() == text)
                     action->trigger();
+            }
             menu->close();
         });
         QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, m_edit->mapToGlobal({}));
         QApplication::sendEvent(m_edit->viewport(), &event);
+        return possible.join('|');
     }
 
     QByteArray content() const

@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -54,6 +55,7 @@ private slots:
         QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("文件导出成功！"));
         click("btnImport");
         QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 100 行，跳过 0 行"), 20000);
+        QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("数据导入完成！！"));
         QVERIFY(m_dialog->findChild<QPushButton *>("btnConfirm")->isEnabled());
         QCOMPARE(shown(99, RegisterTableModel::Address).data().toString(), QStringLiteral("寄存器地址"));
 
@@ -74,6 +76,10 @@ private slots:
         QCOMPARE(m_questions.size(), 2);
         QCOMPARE(m_questions.last(), QStringLiteral("文件打开失败，请重试！"));
         QVERIFY(progress().startsWith(QStringLiteral("导出失败：")));
+        const QSignalSpy confirmed(m_dialog.get(), &DataManagerWidget::confirmed);
+        click("btnConfirm");
+        QCOMPARE(confirmed.size(), 1);
+        QCOMPARE(m_view->horizontalHeader()->length(), m_view->viewport()->width());
     }
 
     void asksBeforeRowsAreLost()

@@ -75,7 +75,9 @@ private slots:
         QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a,b")));
         QVERIFY(!table.setData(table.index(1, 3), QStringLiteral("a\nb")));
         QCOMPARE(table.filledRows(1), 1);
+        const QSignalSpy removed(&table, &QAbstractItemModel::rowsRemoved);
         table.removePage(1);
+        QVERIFY(removed.at(0).at(1) == 100 && removed.at(0).at(2) == 199);
         QCOMPARE(table.row(150).address, QStringLiteral("250"));
         for (const int row : {0, 150})
             QCOMPARE(table.index(row, RegisterTableModel::Value).data(Qt::ToolTipRole).toString(),

@@ -311,6 +311,7 @@ private slots:
         const auto count = [this](const char *name) {
             return m_window->findChild<QtCountLabel *>(name)->text();
         };
+        QCOMPARE(count("sentCount"), QString("发送字节数: 0"));
         auto *serial = m_window->findChild<SerialportWidget *>();
         serial->SltSerialportChanged({board.device()});
         serial->SltOpenSerialport();

@@ -20,7 +20,8 @@ private slots:
     void init()
     {
         m_bar = std::make_unique<QtStatusBar>();
-        m_bar->setStyleSheet("StatusLabel[kind=\"error\"] {color: #ff0000; background-color: #445566;}");
+        m_bar->setStyleSheet("QtStatusBar {background-color: #112233;}"
+                             "StatusLabel[kind=\"error\"] {color: #ff0000; background-color: #445566;}");
         m_label = m_bar->findChild<StatusLabel *>();
         m_bar->resize(800, 32);
     }
@@ -39,6 +40,7 @@ private slots:
         m_bar->showSystemNotify("五", information);
         QCOMPARE(m_label->fullText(), QString("三"));
         QCOMPARE(m_label->palette().color(QPalette::WindowText), QColor(Qt::red));
+        QCOMPARE(m_bar->grab().toImage().pixelColor(0, 16), QColor("#112233"));
         const QImage label = m_label->grab().toImage();
         QCOMPARE(label.pixelColor(1, 1), QColor("#445566"));
         int icon = 0; // in the middle of the left end
