@@ -23,7 +23,7 @@ private slots:
         const QVector<QPair<const char *, const char *>> rows{
             {"a=1.5 b:2", "a=1.5 b=2"},
             {"  温度：-23.4C, hum : 4e1 %;x=+.5e-1", "温度=-23.4 hum=40 x=0.05"},
-            {"Free heap: 12034 bytes, min heap: 0x1F", "Free heap=12034 min heap=31"},
+            {"Free heap: 12034 bytes, min heap: 0xA1", "Free heap=12034 min heap=161"},
             {"{\"imu\":{\"acc\":[1,2,-3],\"t\":21.5}}", "acc[0]=1 acc[1]=2 acc[2]=-3 t=21.5"},
             {"Temp (C): 21, P(kPa)=101.3, 3v3: 3.29 V", "Temp=21 P(kPa)=101.3 3v3=3.29"},
             {"a=nan b=2 c=-inf", "b=2"},
@@ -37,6 +37,14 @@ private slots:
             {"12:00:01.123 -> 7;8", "列1=7 列2=8"},
             {"\x1b[0;32mI (5) t: q=1\x1b[0m", "q=1"},
             {"error: 0.5", "error=0.5"},
+            {"INFO temp 5", "temp=5"},
+            {"[task 7] 45", "列1=45"},
+            {"<task 7> 45", "列1=45"},
+            {"2026-01-31 7;8", "列1=7 列2=8"},
+            {"12:00:01.5 7;8", "列1=7 列2=8"},
+            {"12:00:01Z 7;8", "列1=7 列2=8"},
+            {"a: b 5 c=1", "c=1"}, // a has no number
+            {"temp 23，air hum 40", "temp=23 air hum=40"},
             {"1, -2.5 mV,3,", "列1=1 列2=-2.5 列3=3"},
             {"1\t2\t3", "列1=1 列2=2 列3=3"},
             {"[1 2  3]", "列1=1 列2=2 列3=3"},
@@ -74,7 +82,7 @@ private slots:
         QTest::addColumn<QStringList>("lines");
         QTest::addColumn<QString>("expected");
         QTest::newRow("heading") << Form::Columns << QString()
-                                 << QStringList{"时间,\"温度\",hum", "1,2,3", "-,,6"}
+                                 << QStringList{"时间,\"温度\",hum", "1,2,3,", "-,,6"}
                                  << "时间=1 温度=2 hum=3 hum=6";
         QTest::newRow("words") << Form::Words << QString() << QStringList{"t=1", "1,2", "t 2"} << "t=1 t=2";
         QTest::newRow("pairs") << Form::Pairs << QString() << QStringList{"t 1", "n 5 t=1"} << "t=1";
@@ -92,6 +100,7 @@ private slots:
         numbers.start(form, expression);
         QTEST(read(&numbers, lines), "expected");
         QCOMPARE(numbers.used() + numbers.skipped(), lines.size());
+        QCOMPARE(numbers.used() > 0, !QString(QTest::currentDataTag()).startsWith("fault"));
         QCOMPARE(!numbers.fault().isEmpty(), QString(QTest::currentDataTag()) == "fault");
     }
 
@@ -131,9 +140,10 @@ private slots:
     {
         CurvePoints points;
         for (int i = 0; i < 250000; ++i)
-            points.append({i == 200123 ? 9.0
-                           : i % 2     ? 1.0
-                                       : -1.0,
+            points.append({i == 200123   ? 9.0
+                           : i == 210123 ? -9.0
+                           : i % 2       ? 1.0
+                                         : -1.0,
                            i, i / 10 * 10 - (i == 240000 ? 50000 : 0)});
         QCOMPARE(points.size(), 100000);
         QVERIFY(points.memoryBytes() <= 100000 * 24 + 64);
@@ -148,11 +158,13 @@ private slots:
             QVERIFY(shown.size() <= 410);
             QVERIFY(shown.first().x() <= 180000 * scale && shown.last().x() >= 230000 * scale);
             double highest = 0;
+            double lowest = 0;
             for (int i = 0; i < shown.size(); ++i) {
                 highest = std::max(highest, shown.at(i).y());
+                lowest = std::min(lowest, shown.at(i).y());
                 QVERIFY(i == 0 || shown.at(i).x() >= shown.at(i - 1).x());
             }
-            QCOMPARE(highest, 9.0);
+            QVERIFY(highest == 9 && lowest == -9);
         }
         QCOMPARE(points.thinned(200000, 200003, 100, Axis::Line).size(), 5); // 199999 to 200003
     }
@@ -170,6 +182,13 @@ private slots:
                                shown.begin());
         QCOMPARE(shown.at(behind), QPointF(100000, 7));
         QCOMPARE(shown.at(behind - 1), QPointF(999, 5));
+        for (int i = 0; i < 4; ++i) // few of a column are all shown
+            points.append({double(i * i % 5), 1000000 + i, 0});
+        const QVector<QPointF> few = points.thinned(0, 1000000, 100, CurvePoints::Axis::Line);
+        QCOMPARE(few.mid(few.size() - 1), QVector<QPointF>{QPointF(1000000, 0)});
+        const QVector<QPointF> all = points.thinned(0, 1000003, 100, CurvePoints::Axis::Line);
+        const QVector<QPointF> last{{1000000, 0}, {1000001, 1}, {1000002, 4}, {1000003, 4}};
+        QCOMPARE(all.mid(all.size() - 4), last);
     }
 
     void writesATable()

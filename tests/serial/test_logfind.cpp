@@ -3,6 +3,7 @@
 #include "findbar.h"
 #include "logfind.h"
 #include "qtterminalwidget.h"
+#include "repaints.h"
 #include "terminaldocument.h"
 
 #include <QCheckBox>
@@ -41,15 +42,29 @@ private slots:
         type("line 12 ");
         QTRY_COMPARE(state(), QString("1/1"));
         QCOMPARE(m_terminal->textCursor().selectedText(), QString("line 12 "));
-        QVERIFY(m_terminal->findChild<QPushButton *>("btnNewest")->isVisible());
+        auto *newest = m_terminal->findChild<QPushButton *>("btnNewest");
+        QVERIFY(newest->isVisible());
+        const int held = bar()->value();
 
         // What arrives stays out of sight, and is handed out.
         feed(10000, 10010);
         QVERIFY(!m_terminal->document()->toPlainText().contains("line 10009 "));
         QVERIFY(m_terminal->toPlainText().endsWith("line 10009 end\n"));
         QCOMPARE(m_terminal->toPlainText().count('\n'), 2999);
+        QCOMPARE(bar()->value(), held);
+        QCOMPARE(newest->text(), QString("回到最新（10行新内容）"));
 
-        QTest::mouseClick(m_terminal->findChild<QPushButton *>("btnNewest"), Qt::LeftButton);
+        m_terminal->showReceived("pending\n", QString(), false);
+        QTest::mouseClick(newest, Qt::LeftButton);
+        QVERIFY(m_terminal->document()->toPlainText().endsWith("pending\n") && newest->isHidden());
+        QTest::keyClick(m_terminal.get(), Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(m_terminal->document()->firstBlock().text(), QString("line 0 end"));
+        QVERIFY(bar()->value() == 0 && newest->isVisible());
+        m_terminal->clearTerminal();
+        feed(0, 10000);
+        QTest::keyClick(m_terminal.get(), Qt::Key_Home, Qt::ControlModifier);
+        feed(10000, 10010);
+        QTest::mouseClick(newest, Qt::LeftButton);
         QVERIFY(m_terminal->document()->toPlainText().endsWith("line 10009 end\n"));
         feed(10010, 10011);
         QVERIFY(m_terminal->document()->toPlainText().endsWith("line 10010 end\n"));
@@ -62,7 +77,7 @@ private slots:
         m_find->open();
         type("99 end");
         QTRY_COMPARE(state().section('/', 1), QString("50"));
-        m_find->next();
+        QTest::keyClick(m_bar.get(), Qt::Key_Return);
         const QString first = state();
         feed(5000, 5100);
         QTRY_COMPARE(state().section('/', 1), QString("51"));
@@ -72,7 +87,7 @@ private slots:
         m_find->next();
         QCOMPARE(state(), QString("1/51"));
         QCOMPARE(m_terminal->textCursor().block().text(), QString("line 99 end"));
-        m_find->previous();
+        QTest::keyClick(m_bar.get(), Qt::Key_Enter, Qt::ShiftModifier);
         QCOMPARE(state(), QString("51/51"));
         type("(");
         QTRY_COMPARE(state(), QString("无结果"));
@@ -84,6 +99,70 @@ private slots:
         QTRY_COMPARE(state(), QString("–/1"));
         m_find->next();
         QCOMPARE(state(), QString("1/1"));
+        m_terminal->clearTerminal();
+        feed(0, 300);
+        m_terminal->goToOldest();
+        type("12 end"); // is shown before the search has come there
+        QCOMPARE(m_terminal->textCursor().selectedText(), QString("12 end"));
+        QCOMPARE(m_terminal->textCursor().block().text(), QString("line 12 end"));
+    }
+
+    // On the scroll bar, each at its place among the lines.
+    void marksMatchesOnTheBar()
+    {
+        m_find->open();
+        type("7 end");
+        for (const int count : {10, 400}) { // several marks for a line, and several lines for a mark
+            m_terminal->clearTerminal();
+            feed(0, count);
+            const auto mark = [this](int i) {
+                const QImage image = bar()->grab().toImage();
+                const auto isMark = [&](int x) {
+                    return image.pixelColor(x, 2 * i + 1) == QColor(255, 170, 0);
+                };
+                return isMark(image.width() - 4) && isMark(image.width() - 1) && !isMark(image.width() - 5);
+            };
+            const int marks = bar()->height() / 2;
+            QString expected;
+            for (int i = 0; i < marks; ++i) {
+                const int begin = (count + 1) * i / marks; // with the last line, which is empty
+                const int end = qMax(begin + 1, (count + 1) * (i + 1) / marks);
+                expected += (end + 2) / 10 > (begin + 2) / 10 ? '#' : '.';
+            }
+            QTRY_VERIFY(state().endsWith(QString("/%1").arg(count / 10)));
+            QString seen;
+            for (int i = 0; i < marks; ++i)
+                seen += mark(i) ? '#' : '.';
+            QCOMPARE(seen, expected);
+        }
+        m_terminal->clearTerminal();
+        feed(0, 500);
+        m_bar->findChild<QCheckBox *>("checkLogFilter")->setChecked(true);
+        QTRY_COMPARE(m_terminal->document()->blockCount(), 50);
+        const auto *layout = static_cast<LogLayout *>(m_terminal->document()->documentLayout());
+        const auto digits = [&] { // of the number beside each row, faint and at the right
+            const QImage image = m_terminal->findChild<LogMargin *>()->grab().toImage();
+            const int digit = QFontMetrics(m_terminal->font()).horizontalAdvance('0');
+            QString counts;
+            for (int row = 0; row < 11; ++row) {
+                int left = image.width(), darkest = 255;
+                for (int y = 6; y < layout->lineHeight() + 2; ++y)
+                    for (int x = 0; x < image.width() - 5; ++x) {
+                        const int light =
+                            image.pixelColor(x, y + qRound(row * layout->lineHeight())).lightness();
+                        left = light < 200 ? qMin(left, x) : left;
+                        darkest = qMin(darkest, light);
+                    }
+                counts += QString::number((image.width() - 6 - left + digit / 2) / digit);
+                counts += darkest < 90 ? "!" : "";
+            }
+            return counts;
+        };
+        bar()->setValue(0);
+        QCOMPARE(digits(), QString("12222222223"));
+        QVERIFY(repaints(m_terminal->findChild<LogMargin *>(),
+                         [&] { bar()->setValue(qRound(5 * layout->lineHeight())); }));
+        QCOMPARE(digits(), QString("22222333333"));
     }
 
     // Up to the first line and back to the last one, with nothing twice or left out.

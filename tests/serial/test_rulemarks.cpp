@@ -16,6 +16,7 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -93,6 +94,45 @@ private slots:
         QCOMPARE(strongest(m_terminal.get(), 0), kBlue);
     }
 
+    // Text and ground of sequences, corrected where the text can't be read.
+    void drawsTheColorsOfSequences()
+    {
+        ViewOptions view;
+        view.text.sequences = true;
+        view.showsSent = true;
+        m_terminal->setView(view);
+        const std::tuple<const char *, QRgb, QRgb> rows[] = {
+            {"31", 0xCD3131, 0xFFFFFF},       {"7", 0xFFFFFF, 0x000000},
+            {"97;44", 0xFFFFFF, 0x2472C8},    {"48;5;21", 0x000000, 0x0000FF},
+            {"38;5;244", 0x808080, 0xFFFFFF}, {"38;5;208", 0xFF8700, 0xFFFFFF},
+            {"38;5;232", 0x080808, 0xFFFFFF}, {"1;3;4;38;2;1;2;3", 0x010203, 0xFFFFFF}};
+        QByteArray bytes;
+        for (const auto &[sequence, text, ground] : rows)
+            bytes += QByteArray("\x1b[") + sequence + 'm' + QByteArray(50, 'm') + "\x1b[0m\n";
+        receive(m_terminal.get(), bytes);
+        m_terminal->showSent("mmm\n", false, false);
+        int number = 0;
+        for (const auto &[sequence, text, ground] : rows) {
+            QCOMPARE(row(m_terminal.get(), number).pixelColor(0, 0), QColor(ground));
+            QCOMPARE(strongest(m_terminal.get(), number++).rgb(),
+                     Contrast::readableOn(QColor(ground), QColor(text)).rgb());
+        }
+        const auto underlined = [this](int line) {
+            const QImage image = row(m_terminal.get(), line);
+            int widest = 0;
+            for (int y = 0; y < image.height(); ++y) {
+                int dark = 0;
+                for (int x = 0; x < 16; ++x)
+                    dark += image.pixelColor(x, y).lightness() < 128;
+                widest = qMax(widest, dark);
+            }
+            return widest == 16;
+        };
+        QVERIFY(underlined(7) && !underlined(6));
+        QTRY_COMPARE(strongest(m_terminal.get(), 8).rgb(),
+                     Contrast::readableOn(Qt::white, QColor(30, 130, 220)).rgb());
+    }
+
     void showsMatchesAboveRules()
     {
         SharedRules::instance().store({ruleFor("mm", kRed, true)}, true);
@@ -142,6 +182,26 @@ private slots:
         QVERIFY(model->index(common, 4).data().toString().contains("缺少右括号"));
         press("btnRuleUp");
         QCOMPARE(model->index(common - 1, 0).data().toString(), QString("a(b"));
+        const auto form = [&] {
+            QString text = pattern->text();
+            for (const char *box : {"checkRuleCase", "checkRuleWord", "checkRuleExpression"})
+                text += dialog.findChild<QAbstractButton *>(box)->isChecked() ? " x" : " -";
+            return text + ' ' + dialog.findChild<QComboBox *>("comboRuleRange")->currentText() + ' ' +
+                   dialog.findChild<QLineEdit *>("editRuleColor")->text();
+        };
+        QTest::keyClick(dialog.findChild<QComboBox *>("comboRuleRange"), Qt::Key_Down);
+        pattern->setCursorPosition(1);
+        dialog.findChild<QLineEdit *>("editRuleColor")->selectAll();
+        QTest::keyClicks(dialog.findChild<QLineEdit *>("editRuleColor"), "#4d8dff");
+        QCOMPARE(pattern->cursorPosition(), 1); // no text is set that is there
+        const QString edited = form();
+        QCOMPARE(edited, QString("a(b - - x 匹配的文字 #4d8dff"));
+        auto *table = dialog.findChild<QTableView *>();
+        table->selectRow(0);
+        QVERIFY(form().startsWith(commonColorRules().first().pattern.text + ' ') &&
+                form().endsWith(QColor(QRgb(commonColorRules().first().color)).name()));
+        table->selectRow(common - 1);
+        QCOMPARE(form(), edited);
         press("btnAddRule"); // stays empty, and is not stored
 
         const QString file = m_root->path() + "/rules.json";
@@ -187,6 +247,34 @@ private slots:
         QVERIFY(SharedRules::instance().rules().size() > 1 && !SharedRules::instance().areUsed());
         use->trigger();
         QVERIFY(actionOf(other, "使用着色规则")->isChecked());
+
+        QStringList seen;
+        for (const bool chosen : {false, true}) {
+            for (const char *text : {"打开后的时间（秒）", "显示发送的数据", "显示控制字符"})
+                if (chosen)
+                    actionOf(menu, text)->trigger();
+            menu.setSavable(chosen, !chosen);
+            QString all;
+            for (const QAction *action : menu.menu()->actions())
+                all += action->text().left(action->isSeparator() ? 0 : 7) + (action->isChecked() ? "+" : "") +
+                       (action->isEnabled() ? "" : "-") + action->shortcut().toString().right(1) + '|';
+            seen += all;
+        }
+        QCOMPARE(seen.first().split('|'),
+                 QString("不显示行时间+|行的到达时刻T|与上一行的间隔|打开后的时间（|复制时带行时间-|"
+                         "保存文本时带行||显示发送的数据D|解释ANSI转A|显示控制字符K|按当前编码重新R||"
+                         "使用着色规则+H|着色规则…|数值曲线G||保存选中内容…-|保存筛选结果…|")
+                     .split('|'));
+        QCOMPARE(seen.last().split('|'),
+                 QString("不显示行时间|行的到达时刻T|与上一行的间隔|打开后的时间（+|复制时带行时间|"
+                         "保存文本时带行||显示发送的数据+D|解释ANSI转A|显示控制字符+K|按当前编码重新R||"
+                         "使用着色规则+H|着色规则…|数值曲线G||保存选中内容…|保存筛选结果…-|")
+                     .split('|'));
+        const ViewOptions options = other.options();
+        QVERIFY(options.time == LineStamp::Time::SinceOpening && options.showsSent && options.text.symbols &&
+                !options.text.sequences && !options.copiesStamps && !options.savesStamps);
+        actionOf(menu, "打开后的时间（秒）")->trigger(); // none of them
+        QCOMPARE(int(other.options().time), int(LineStamp::Time::None));
     }
 
 protected:
