@@ -285,6 +285,10 @@ private slots:
         display.receive("\xb8", "[4]\n", false, newest);
         QCOMPARE(display.flush(), QStringLiteral("[4]\n") + QChar(QChar::ReplacementCharacter));
         QCOMPARE(display.recorded(), display.shown);
+        for (const char *sent : {"AT", "ATI\n"})
+            text.receive({sent, QString(), QString(), ReceiveQueue::Kind::Sent, false, newest});
+        display.receive("x\n", QString(), false, newest);
+        QVERIFY(display.flush().endsWith(QStringLiteral("\nAT\nATI\nx\n")));
     }
 
     // Cut anywhere, also in a sequence; what is shown, recorded and styled is the same.
@@ -306,6 +310,14 @@ private slots:
             {"\x1b[32mok\x1b[0m 1\rno", "no 1", ""},
             {"gone\r\x1b[2Kx\b\by", "y", ""},
             {"\x1b[1Ga\x1b[4Gb\x1b[2Dc", "a cb", ""},
+            {"a\x1b[3Cb", "a   b", ""},
+            {"\x1b[31ma\x1b"
+             "cb",
+             "ab", "0:0+1 1/-1 0,"},
+            {"\x1b]0;t\x07"
+             "a\x1b\nb",
+             "a\x1b\nb", ""},
+            {"\xF0\x9F\x98\x80\rx", "x", ""}, // one cell
             {"\x1b]0;title\x07"
              "a\x1bP1;2\x1b\\b\x1b(Bc\x1b[?25ld",
              "abcd", ""},
@@ -352,6 +364,7 @@ private slots:
         display.receive("ab\rc\r\n", QString(), false);
         QVERIFY(display.flush().endsWith(QStringLiteral("\ncb<LF>\n")));
         QCOMPARE(display.text.styles().of(0).size(), 3); // the names have a color
+        QCOMPARE(display.text.styles().of(0).first().style.text, 6);
         QCOMPARE(display.recorded(), display.shown);
     }
 
@@ -396,6 +409,16 @@ private slots:
         QCOMPARE(display.recorded(), display.shown);
         QCOMPARE(origins().mid(0, 5), expected);
         QCOMPARE(text.styles().of(0).size(), 1);
+        text.clear();
+        int ms = 0;
+        for (const char *bytes : {"overwritten", "\r\x1b[Kx\ny\n", "z\n"})
+            text.receive({bytes, QString(), QString(), ReceiveQueue::Kind::Stream, false,
+                          ReceivedText::Bound::None, ++ms});
+        display.flush(TextCodec::Utf8, 1000);
+        QVector<qint64> arrivals;
+        for (const LineStore::Line &line : text.lines().lines(0, 3))
+            arrivals += line.arrivalMs;
+        QCOMPARE(arrivals, (QVector<qint64>{2, 2, 3}));
         text.clear();
         QVERIFY(text.beginAgain());
         QCOMPARE(display.text.next(100, TextCodec::Utf8).text, QString());
