@@ -36,13 +36,14 @@ private slots:
     // The display holds the last three thousand of ten thousand lines.
     void leadsToLinesThatWereDropped()
     {
+        auto *newest = m_terminal->findChild<QPushButton *>("btnNewest");
+        QVERIFY(newest->isHidden());
         feed(0, 10000);
         QVERIFY(!m_terminal->toPlainText().contains("line 12 "));
         m_find->open();
         type("line 12 ");
         QTRY_COMPARE(state(), QString("1/1"));
         QCOMPARE(m_terminal->textCursor().selectedText(), QString("line 12 "));
-        auto *newest = m_terminal->findChild<QPushButton *>("btnNewest");
         QVERIFY(newest->isVisible());
         const int held = bar()->value();
 
@@ -61,6 +62,7 @@ private slots:
         QCOMPARE(m_terminal->document()->firstBlock().text(), QString("line 0 end"));
         QVERIFY(bar()->value() == 0 && newest->isVisible());
         m_terminal->clearTerminal();
+        QVERIFY(newest->isHidden());
         feed(0, 10000);
         QTest::keyClick(m_terminal.get(), Qt::Key_Home, Qt::ControlModifier);
         feed(10000, 10010);

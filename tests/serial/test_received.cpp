@@ -311,6 +311,7 @@ private slots:
             {"gone\r\x1b[2Kx\b\by", "y", ""},
             {"\x1b[1Ga\x1b[4Gb\x1b[2Dc", "a cb", ""},
             {"a\x1b[3Cb", "a   b", ""},
+            {"\x1b[38;9mx\x1b[90;107my", "xy", "0:1+1 8/15 0,"},
             {"\x1b[31ma\x1b"
              "cb",
              "ab", "0:0+1 1/-1 0,"},
@@ -350,6 +351,23 @@ private slots:
                 QCOMPARE(styles, row.styles);
             }
         }
+    }
+
+    // Of each line, also those that were asked for before others came.
+    void keepsTheStylesOfLines()
+    {
+        Display display;
+        display.text.setOptions({true, false});
+        for (int line = 0; line < 4; ++line) {
+            display.receive("\x1b[31mx\x1b[0m\n", QString(), false);
+            display.flush();
+            for (int earlier = 0; earlier <= line; ++earlier)
+                QCOMPARE(display.text.styles().of(earlier).size(), 1);
+        }
+        display.text.clear();
+        display.receive("plain\nplain\n", QString(), false);
+        display.flush();
+        QVERIFY(display.text.styles().of(0).isEmpty());
     }
 
     void showsControlCharactersAsSymbols()
@@ -409,16 +427,29 @@ private slots:
         QCOMPARE(display.recorded(), display.shown);
         QCOMPARE(origins().mid(0, 5), expected);
         QCOMPARE(text.styles().of(0).size(), 1);
-        text.clear();
-        int ms = 0;
-        for (const char *bytes : {"overwritten", "\r\x1b[Kx\ny\n", "z\n"})
-            text.receive({bytes, QString(), QString(), ReceiveQueue::Kind::Stream, false,
-                          ReceivedText::Bound::None, ++ms});
-        display.flush(TextCodec::Utf8, 1000);
-        QVector<qint64> arrivals;
-        for (const LineStore::Line &line : text.lines().lines(0, 3))
-            arrivals += line.arrivalMs;
-        QCOMPARE(arrivals, (QVector<qint64>{2, 2, 3}));
+        for (const bool atOnce : {true, false}) { // a line that was shown keeps its time
+            text.clear();
+            int ms = 0;
+            for (const char *bytes : {"overwritten", "\r\x1b[Kx\ny\n", "z\n"}) {
+                text.receive({bytes, QString(), QString(), ReceiveQueue::Kind::Stream, false,
+                              ReceivedText::Bound::None, ++ms});
+                if (!atOnce)
+                    display.flush(TextCodec::Utf8, 1000);
+            }
+            display.flush(TextCodec::Utf8, 1000);
+            QVector<qint64> arrivals;
+            for (const LineStore::Line &line : text.lines().lines(0, 3))
+                arrivals += line.arrivalMs;
+            QCOMPARE(arrivals, (QVector<qint64>{atOnce ? 2 : 1, 2, 3}));
+        }
+        for (const char *source : {"p", "q"}) // halves of characters, by their sources
+            display.receiveMessage("\xe6", QString(), false, source);
+        for (const char *source : {"q", "p"})
+            display.receiveMessage("\xb8\xa9\n", QString(), false, source);
+        display.flush();
+        QVERIFY(text.beginAgain());
+        display.shown.clear();
+        QCOMPARE(display.flush(), QStringLiteral("x\ny\nz\n温\n温\n"));
         text.clear();
         QVERIFY(text.beginAgain());
         QCOMPARE(display.text.next(100, TextCodec::Utf8).text, QString());

@@ -180,6 +180,16 @@ private slots:
         QCOMPARE(model->index(common, 4).data().toString(), QString());
         press("checkRuleExpression");
         QVERIFY(model->index(common, 4).data().toString().contains("缺少右括号"));
+        const QColor error(Qt::red);
+        dialog.setProperty("errorColor", error);
+        QCOMPARE(model->index(common, 4).data(Qt::ForegroundRole).value<QColor>(), error);
+        const auto sample = [&](int row) {
+            return model->index(row, 3).data(Qt::DecorationRole).value<QIcon>().pixmap(52, 18).toImage();
+        };
+        QVERIFY(sample(0) != sample(1)); // a text in the color
+        for (const char *button : {"btnRuleUp", "btnRuleDown"})
+            press(button);
+        QCOMPARE(model->index(common, 0).data().toString(), QString("a(b"));
         press("btnRuleUp");
         QCOMPARE(model->index(common - 1, 0).data().toString(), QString("a(b"));
         const auto form = [&] {
@@ -187,7 +197,8 @@ private slots:
             for (const char *box : {"checkRuleCase", "checkRuleWord", "checkRuleExpression"})
                 text += dialog.findChild<QAbstractButton *>(box)->isChecked() ? " x" : " -";
             return text + ' ' + dialog.findChild<QComboBox *>("comboRuleRange")->currentText() + ' ' +
-                   dialog.findChild<QLineEdit *>("editRuleColor")->text();
+                   dialog.findChild<QLineEdit *>("editRuleColor")->text() +
+                   dialog.findChild<QWidget *>("ruleColors")->accessibleName().mid(3);
         };
         QTest::keyClick(dialog.findChild<QComboBox *>("comboRuleRange"), Qt::Key_Down);
         pattern->setCursorPosition(1);
@@ -195,11 +206,17 @@ private slots:
         QTest::keyClicks(dialog.findChild<QLineEdit *>("editRuleColor"), "#4d8dff");
         QCOMPARE(pattern->cursorPosition(), 1); // no text is set that is there
         const QString edited = form();
-        QCOMPARE(edited, QString("a(b - - x 匹配的文字 #4d8dff"));
+        QCOMPARE(edited, QString("a(b - - x 匹配的文字 #4d8dff#4d8dff"));
         auto *table = dialog.findChild<QTableView *>();
+        QVERIFY(!table->tabKeyNavigation()); // the keyboard gets out
         table->selectRow(0);
         QVERIFY(form().startsWith(commonColorRules().first().pattern.text + ' ') &&
                 form().endsWith(QColor(QRgb(commonColorRules().first().color)).name()));
+        const QSignalSpy changes(model, &QAbstractItemModel::dataChanged);
+        const QModelIndex first = model->index(0, 0);
+        QVERIFY(table->model()->setData(first, Qt::Unchecked, Qt::CheckStateRole));
+        QVERIFY(!table->model()->setData(first, "edited in place", Qt::EditRole));
+        QVERIFY(changes.size() == 1 && changes.at(0).at(1).toModelIndex().column() == 4);
         table->selectRow(common - 1);
         QCOMPARE(form(), edited);
         press("btnAddRule"); // stays empty, and is not stored
@@ -213,11 +230,14 @@ private slots:
         QCOMPARE(state->text(), QString("导入失败：第1条规则颜色有误"));
         QCOMPARE(model->rowCount(), common + 2);
 
-        dialog.reject();
+        const QSignalSpy rejected(&dialog, &QDialog::rejected);
+        press("btnCancel");
+        QCOMPARE(rejected.count(), 1);
         QVERIFY(Settings::instance().colorRules->isEmpty());
         dialog.accept();
         QVERIFY(SharedRules::instance().areUsed());
         QCOMPARE(SharedRules::instance().rules().size(), common + 1);
+        QVERIFY(!SharedRules::instance().rules().first().isOn && SharedRules::instance().rules().last().isOn);
         QCOMPARE(SharedRules::instance().rules().at(common - 1).pattern.text, QString("a(b"));
 
         RuleDialog next;

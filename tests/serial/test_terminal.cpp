@@ -53,6 +53,28 @@ private slots:
         QCOMPARE(m_terminal->toPlainText(), QStringLiteral("x"));
     }
 
+    // By itself, a moment later where something was shown just now.
+    void showsWhatArrives()
+    {
+        Settings::instance().textCodec = 0;
+        QVERIFY(!m_terminal->testAttribute(Qt::WA_InputMethodEnabled));
+        const auto shown = [this] { return m_terminal->document()->toPlainText(); };
+        m_terminal->showReceived("a", QString(), false);
+        m_terminal->showReceived("b\n", QString(), false);
+        QTRY_COMPARE(shown(), QStringLiteral("ab\n"));
+        m_terminal->showMessage("c\xe6\xb8", QString(), false, "peer");
+        m_terminal->endSource("peer");
+        m_terminal->showMessage("\xa9\n", QString(), false, "peer"); // of another one
+        const QString broken(QChar::ReplacementCharacter);
+        QTRY_VERIFY(shown().startsWith(QStringLiteral("ab\nc")) && shown().endsWith(broken + '\n'));
+        QVERIFY(!shown().contains(QStringLiteral("温")));
+        m_terminal->showSent("AT", false, false);
+        QTRY_VERIFY(shown().endsWith(QStringLiteral("\nAT\n")));
+        m_terminal->insertRecvData("at", false, false);
+        m_terminal->insertRecvData("once", false, false);
+        QVERIFY(shown().endsWith(QStringLiteral("\natonce")));
+    }
+
     void showsFloodsInSlices()
     {
         QByteArray bytes;
