@@ -298,6 +298,9 @@ private slots:
         FormGroup *group = panel.addGroup("端口");
         auto *field = new QComboBox;
         QCOMPARE(group->addRow("波特率", field)->buddy(), field);
+        auto *hint = new QLineEdit;
+        group->addRow("提示", hint);
+        QCOMPARE(hint->palette().color(QPalette::PlaceholderText).alpha(), 178);
         for (int i = 0; i < 12; ++i)
             group->addWide(new QPushButton("按钮"));
         panel.resize(FormPanel::panelWidth, 200);

@@ -6,6 +6,7 @@
 #include "contrast.h"
 #include "dialoganswers.h"
 #include "huesaturationfield.h"
+#include "iconfont.h"
 #include "qtcolorpanel.h"
 #include "qtfiledialog.h"
 #include "qtmessagebox.h"
@@ -97,6 +98,11 @@ private slots:
 
     void drawsTheIconOfTheKind()
     {
+        whenModal([](QWidget *box) {
+            QCOMPARE(static_cast<QtMessageBox *>(box)->text() + box->windowTitle(), QString("文字标题"));
+            answer(box, "btnOk");
+        });
+        QtMessageBox::warning(nullptr, "标题", "文字");
         const std::tuple<int, int, const char *> looks[] = {
             {0, 50, "#34c388"}, {1, 50, "#f86934"}, {4, 60, "#34c388"}, {5, 60, "#f86934"}};
         QtMessageBox box;
@@ -222,6 +228,19 @@ private slots:
         const QHeaderView *columns = save.findChild<QTreeView *>("treeView")->header();
         QCOMPARE(columns->sectionResizeMode(0), QHeaderView::Stretch);
         QCOMPARE(columns->sectionResizeMode(3), QHeaderView::ResizeToContents); // a whole date
+        QVERIFY(!columns->stretchLastSection() && !inner->isSizeGripEnabled());
+        const auto *back = save.findChild<QToolButton *>("backButton");
+        QVERIFY(!back->toolTip().isEmpty() && back->accessibleName() == back->toolTip());
+        QCOMPARE(back->icon().pixmap(16).toImage(),
+                 IconFont::icon(IconFont::ChevronLeft, Skin::palette().text).pixmap(16).toImage());
+        QWidget *proposals = name->completer()->popup();
+        proposals->resize(200, 50);
+        proposals->show();
+        proposals->move(3, 4);
+        QCOMPARE(proposals->pos(), name->mapToGlobal({0, name->height()}));
+        proposals->resize(200, 5000); // no room below it
+        proposals->move(3, 4);
+        QCOMPARE(proposals->geometry().bottom(), name->mapToGlobal({0, 0}).y() - 1);
     }
 
     void asksBeforeItDeletesAFile()
@@ -373,6 +392,14 @@ private slots:
             QApplication::sendEvent(&field, &move);
         }
         QCOMPARE(seen.join(' '), Skin::palette().border + " #29ffff 99,200 99,210 99,209 100,209 359,0");
+        seen.clear();
+        field.setColor(0, 255);
+        QTest::keyClick(&field, Qt::Key_Left);
+        QTest::keyClick(&field, Qt::Key_Up);
+        QCOMPARE(seen, (QStringList{"0,255", "0,255"}));
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QApplication::sendEvent(&field, &escape);
+        QVERIFY(!escape.isAccepted()); // it is the dialog's
     }
 
     void styleDialogWarnsAndStores()

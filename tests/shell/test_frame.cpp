@@ -102,9 +102,24 @@ private slots:
         QCOMPARE(cursor({817, 517}), Qt::SizeFDiagCursor);
         QCOMPARE(cursor({400, 250}), Qt::ArrowCursor);
         QCOMPARE(cursor({2, 250}), Qt::SizeHorCursor);
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(m_bar, &leave);
+        QVERIFY(QApplication::overrideCursor());
+        QApplication::sendEvent(m_window->windowHandle(), &leave);
+        QVERIFY(!QApplication::overrideCursor());
+        QCOMPARE(cursor({2, 249}), Qt::SizeHorCursor);
         m_window->frame()->setResizable(false);
         QVERIFY(!QApplication::overrideCursor());
         QCOMPARE(cursor({2, 251}), Qt::ArrowCursor);
+    }
+
+    void barKeepsItsGroundAndWidth()
+    {
+        m_bar->setStyleSheet("QtTitleBar {background-color: #112233;}");
+        QCOMPARE(m_bar->grab().toImage().pixelColor(300, 1), QColor("#112233"));
+        const int width = m_bar->minimumSizeHint().width();
+        m_bar->setTitle(QString(1000, 'x'));
+        QCOMPARE(m_bar->minimumSizeHint().width(), width);
     }
 
     void maximizesAndRestores()
