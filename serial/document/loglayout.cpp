@@ -50,6 +50,15 @@ bool hasOnlyColors(const QTextCharFormat &format)
     return format.propertyCount() == colors;
 }
 
+// Of a format, what decides on the glyphs; a selection that is drawn does not.
+QTextCharFormat faceOf(const QTextCharFormat &format)
+{
+    QTextCharFormat face;
+    face.setFontWeight(format.fontWeight());
+    face.setFontItalic(format.fontItalic());
+    return face;
+}
+
 } // namespace
 
 LogLayout::LogLayout(QTextDocument *document)
@@ -439,14 +448,16 @@ void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QT
     const qreal x = document()->documentMargin() + row.startColumn * m_columnWidth;
     const bool endsParagraph = row.end >= text.size() && !isContinuation(block.next());
     Marks selections;
-    bool onlyColors = true;
+    Marks faces;
     for (const QTextLayout::FormatRange &mark : marks) {
         const int from = qMax(mark.start, row.start);
         const int to = qMin(mark.start + mark.length, row.end);
         if (to > from)
             selections.append({from - row.start, to - from, mark.format});
-        onlyColors = onlyColors && hasOnlyColors(mark.format);
+        if (to > from && !hasOnlyColors(mark.format))
+            faces.append({from - row.start, to - from, faceOf(mark.format)});
     }
+    bool onlyColors = faces.isEmpty();
     for (const Selection &selection : context.selections) {
         const int selectionEnd = selection.cursor.selectionEnd() - blockStart;
         const int from = qMax(selection.cursor.selectionStart() - blockStart, row.start) - row.start;
@@ -464,6 +475,7 @@ void LogLayout::drawRow(QPainter *painter, const PaintContext &context, const QT
     const bool plain = onlyColors && std::all_of(line.begin(), line.end(), isPlain);
     if (!line.isEmpty() && !(plain && drawPlainLine(painter, line, QPointF(x, y), selections))) {
         QTextLayout layout(line, document()->defaultFont(), painter->device());
+        layout.setFormats(faces);
         layOutLine(layout);
         layout.draw(painter, QPointF(x, y), selections);
     }
