@@ -64,6 +64,8 @@ private slots:
         QVERIFY(feed()->curves().isEmpty() && m_split->findChild<LogCurveList *>()->count() == 0);
         receive("a=5\na=6\n");
         QTRY_COMPARE(points(0), (QVector<double>{5, 6}));
+        QTRY_COMPARE(m_split->findChild<QLabel *>("labelCurveCounts")->text(), "已用 2 行，跳过 0 行");
+        QCOMPARE(m_split->findChild<LogCurveList *>()->findChild<QLabel *>()->toolTip(), "当前值：6");
         m_split->findChild<QComboBox *>()->setCurrentIndex(4);
         auto *expression = m_split->findChild<QLineEdit *>("editCurveExpression");
         emit m_split->findChild<QComboBox *>()->activated(4);
@@ -115,6 +117,9 @@ private slots:
         QTRY_VERIFY(plot()->yAxis->range().contains(7) && plot()->yAxis->range().size() < 10); // level
         plot()->xAxis->setRange(100, 100 + keys().size()); // as dragging does
         QCOMPARE(plot()->follow(), LogPlot::Held);
+        QCOMPARE(m_split->findChild<QPushButton *>("btnCurvePause")->text(), "继续");
+        QTest::mouseMove(plot(), plot()->axisRect()->rect().center());
+        QTRY_VERIFY(QToolTip::text().contains(">7<"));
         QVERIFY(plot()->readOut(200).contains(">7<") && !plot()->readOut(200).contains(">199<"));
         click("btnCurveFit");
         QVERIFY(keys().contains(1) && keys().contains(5000));
@@ -173,7 +178,8 @@ private slots:
         chooseFile(m_root->filePath("curves.csv"));
         choose("导出CSV…");
         QVERIFY(m_split->completeExport());
-        QVERIFY(contentOf(m_root->filePath("curves.csv")).endsWith(",2\r\n"));
+        const QByteArray table = contentOf(m_root->filePath("curves.csv"));
+        QVERIFY(table.endsWith(",2\r\n") && table.contains(",a\r\n"));
         chooseFile(m_root->filePath("curves.pdf"));
         choose("保存图片…");
         QVERIFY(contentOf(m_root->filePath("curves.pdf")).startsWith("%PDF"));
@@ -183,10 +189,16 @@ private slots:
         choose("导出CSV…");
         QCOMPARE(questions.asked.size(), 1);
         QVERIFY(notices.last().at(0).value<Notice>().isError());
+        QVERIFY(m_split->completeExport()); // nothing is left to fail
 
+        const auto *list = m_split->findChild<LogCurveList *>();
+        const auto *counts = m_split->findChild<QLabel *>("labelCurveCounts");
+        const auto top = [this](const QWidget *part) { return part->mapTo(m_split.get(), {}).y(); };
+        QVERIFY(top(counts) < top(plot()) && top(list) == top(plot()) && list->width() < plot()->width());
         Settings::instance().view.curvesBeside.set(true);
         m_split->load();
         QCOMPARE(m_split->orientation(), Qt::Horizontal);
+        QTRY_VERIFY(top(plot()) < top(list) && top(list) + list->height() <= top(counts));
         click("btnCurveClose");
         QVERIFY(!Settings::instance().view.curves);
         m_split->load();
