@@ -131,7 +131,6 @@ void HexFile::start(const QString &fileName, const HexDocument &document, const 
 {
     m_watch.setPaused(true);
     m_saver = std::make_unique<HexSaver>(fileName, document, m_disk);
-    emit savingBegan();
     m_task->start({QStringLiteral("正在保存"),
                    [this] {
                        switch (m_saver->step()) {

@@ -66,7 +66,6 @@ signals:
     void readingBegan();
     void blockRead(const QByteArray &block);
     void changedOutside(); // or back to what it was
-    void savingBegan();
 
 private:
     struct Loading
