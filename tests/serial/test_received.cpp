@@ -311,6 +311,7 @@ private slots:
             {"gone\r\x1b[2Kx\b\by", "y", ""},
             {"\x1b[1Ga\x1b[4Gb\x1b[2Dc", "a cb", ""},
             {"a\x1b[3Cb", "a   b", ""},
+            {"\x1b[31mx\ny\nz\n!", "x\ny\nz\n!", "0:0+1 1/-1 0,1:0+1 1/-1 0,2:0+1 1/-1 0,3:0+1 1/-1 0,"},
             {"\x1b[38;9mx\x1b[90;107my", "xy", "0:1+1 8/15 0,"},
             {"\x1b[31ma\x1b"
              "cb",
@@ -335,6 +336,7 @@ private slots:
                 for (const QByteArray &piece : {bytes.left(cut), bytes.mid(cut)}) {
                     display.receive(piece, QString(), false);
                     display.flush(TextCodec::Utf8, cut % 7 + 1);
+                    display.text.styles().of(0); // and is kept
                 }
                 QCOMPARE(display.shown, row.shown);
                 QCOMPARE(display.recorded(), row.shown);
@@ -351,23 +353,6 @@ private slots:
                 QCOMPARE(styles, row.styles);
             }
         }
-    }
-
-    // Of each line, also those that were asked for before others came.
-    void keepsTheStylesOfLines()
-    {
-        Display display;
-        display.text.setOptions({true, false});
-        for (int line = 0; line < 4; ++line) {
-            display.receive("\x1b[31mx\x1b[0m\n", QString(), false);
-            display.flush();
-            for (int earlier = 0; earlier <= line; ++earlier)
-                QCOMPARE(display.text.styles().of(earlier).size(), 1);
-        }
-        display.text.clear();
-        display.receive("plain\nplain\n", QString(), false);
-        display.flush();
-        QVERIFY(display.text.styles().of(0).isEmpty());
     }
 
     void showsControlCharactersAsSymbols()

@@ -62,12 +62,10 @@ private slots:
         m_terminal->showReceived("a", QString(), false);
         m_terminal->showReceived("b\n", QString(), false);
         QTRY_COMPARE(shown(), QStringLiteral("ab\n"));
-        m_terminal->showMessage("c\xe6\xb8", QString(), false, "peer");
+        m_terminal->showMessage("\xe6\xb8", QString(), false, "peer");
         m_terminal->endSource("peer");
         m_terminal->showMessage("\xa9\n", QString(), false, "peer"); // of another one
-        const QString broken(QChar::ReplacementCharacter);
-        QTRY_VERIFY(shown().startsWith(QStringLiteral("ab\nc")) && shown().endsWith(broken + '\n'));
-        QVERIFY(!shown().contains(QStringLiteral("温")));
+        QTRY_VERIFY(shown().endsWith(QString(QChar::ReplacementCharacter) + '\n'));
         m_terminal->showSent("AT", false, false);
         QTRY_VERIFY(shown().endsWith(QStringLiteral("\nAT\n")));
         m_terminal->insertRecvData("at", false, false);
