@@ -336,10 +336,9 @@ private slots:
         m_edit->selectTo(3, 2); // half of it, which has both colors
         const QImage half = cells(2);
         QString seen;
-        for (int x = 0; x < half.width(); ++x)
-            for (int y = 0; y < half.height(); ++y)
-                if (const QColor color = half.pixelColor(x, y); color == QColor(Skin::palette().text))
-                    seen += 2 * x < half.width() ? "left" : "right";
+        for (int i = 0, width = half.width(); i < width * half.height(); ++i)
+            if (half.pixelColor(i % width, i / width) == QColor(Skin::palette().text))
+                seen += 2 * (i % width) < width ? "left" : "right";
         QVERIFY(seen.contains("right") && !seen.contains("left"));
         m_edit->zoom(0);
         choose("文本列仅显示ASCII");

@@ -97,10 +97,7 @@ private slots:
     // Text and ground of sequences, corrected where the text can't be read.
     void drawsTheColorsOfSequences()
     {
-        ViewOptions view;
-        view.text.sequences = true;
-        view.showsSent = true;
-        m_terminal->setView(view);
+        m_terminal->setView({LineStamp::Time::None, false, false, true, {true, false}});
         m_terminal->resize(600, 500);
         const std::tuple<const char *, QRgb, QRgb> rows[] = {
             {"0", 0x000000, 0xFFFFFF},        {"1", 0x000000, 0xFFFFFF},
