@@ -207,14 +207,17 @@ private slots:
             DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
             click("btnSaveImage");
             const QColor saved = QImage(file).pixelColor(5, 5);
-            QVERIFY(saved.blue() > 250 && saved.red() < 5);
+            QVERIFY(saved.blue() > 250 && saved.red() < 5 &&
+                    lastNotice().startsWith(QStringLiteral("图像已保存：")));
             QCOMPARE(QImage(file).size(), QSize(20, 10));
         }
         const QString nowhere = m_root->filePath("a.png/below.png");
         DialogAnswers::instance().fileNames = [nowhere](auto...) { return QStringList{nowhere}; };
-        DialogAnswers::instance().message = [](auto...) { return 1; };
+        QString told;
+        DialogAnswers::instance().message = [&told](auto, auto text, auto) { return told = text, 1; };
         click("btnSaveImage");
-        QVERIFY(lastNotice().startsWith(nowhere + QStringLiteral(" 保存失败：")) &&
+        QVERIFY(told == QStringLiteral("文件保存失败!") &&
+                lastNotice().startsWith(nowhere + QStringLiteral(" 保存失败：")) &&
                 !lastNotice().endsWith("："));
         child<QComboBox>("comboDeviceCount")->setCurrentIndex(1);
         child<QComboBox>("comboPicture")->setCurrentIndex(1);

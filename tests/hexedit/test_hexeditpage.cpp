@@ -499,7 +499,7 @@ private slots:
         m_page->openFile(path("rom.bin")); // as one that is dropped
         QVERIFY(tip().contains("正在计算校验"));
         click("btnStopWork");
-        QVERIFY(areEnabled(true));
+        QVERIFY(areEnabled(true) && child<QWidget>("progressHex")->isHidden());
         QCOMPARE(m_page->focusWidget(), checksum);
         QVERIFY(child<QLineEdit>("editCrc32")->text().isEmpty() && !edit()->isModified());
         enter("editFind", "00");

@@ -73,6 +73,7 @@ private slots:
         expression->setText("a=(?<x>.)");
         QTest::keyClick(expression, Qt::Key_Return);
         QTRY_COMPARE(points(0), (QVector<double>{4, 5, 6})); // what is in the log
+        QVERIFY(Settings::instance().view.curveExpression == expression->text());
         QVERIFY(m_terminal->showAgain());
         QTRY_COMPARE(points(0), (QVector<double>{4, 5, 6})); // not twice
         QTRY_COMPARE(feed()->lines().used(), 3);

@@ -309,7 +309,7 @@ private slots:
             {"long text\rshort\x1b[K\n", "short\n", ""},
             {"\x1b[32mok\x1b[0m 1\rno", "no 1", ""},
             {"gone\r\x1b[2Kx\b\by", "y", ""},
-            {"\x1b[1Ga\x1b[4Gb\x1b[2Dc", "a cb", ""},
+            {"\x1b[1Ga\x1b[4Gb\x1b[2Dc\x1b[9Dd", "d cb", ""},
             {"a\x1b[3Cb", "a   b", ""},
             {"\x1b[31mx\ny\nz\n!", "x\ny\nz\n!", "0:0+1 1/-1 0,1:0+1 1/-1 0,2:0+1 1/-1 0,3:0+1 1/-1 0,"},
             {"\x1b[38;9mx\x1b[90;107my", "xy", "0:1+1 8/15 0,"},
