@@ -242,7 +242,7 @@ private slots:
         }
         QVERIFY(!box.completer()); // 250000 must not become 2500000
         QString steps;
-        for (const Qt::Key key :
+        for (const auto key :
              {Qt::Key_Down, Qt::Key_F2, Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Up}) {
             QTest::keyClick(&box, key);
             steps += box.currentText() + ' ';
