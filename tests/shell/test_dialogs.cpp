@@ -228,9 +228,8 @@ private slots:
         const QHeaderView *columns = save.findChild<QTreeView *>("treeView")->header();
         QCOMPARE(columns->sectionResizeMode(0), QHeaderView::Stretch);
         QCOMPARE(columns->sectionResizeMode(3), QHeaderView::ResizeToContents); // a whole date
-        QVERIFY(!columns->stretchLastSection() && !inner->isSizeGripEnabled());
+        QVERIFY(!inner->isSizeGripEnabled());
         const auto *back = save.findChild<QToolButton *>("backButton");
-        QVERIFY(!back->toolTip().isEmpty() && back->accessibleName() == back->toolTip());
         QCOMPARE(back->icon().pixmap(16).toImage(),
                  IconFont::icon(IconFont::ChevronLeft, Skin::palette().text).pixmap(16).toImage());
         QWidget *proposals = name->completer()->popup();
