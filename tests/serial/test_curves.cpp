@@ -23,7 +23,7 @@ private slots:
         const QVector<QPair<const char *, const char *>> rows{
             {"a=1.5 b:2", "a=1.5 b=2"},
             {"  温度：-23.4C, hum : 4e1 %;x=+.5e-1", "温度=-23.4 hum=40 x=0.05"},
-            {"Free heap: 12034 bytes, min heap: 0xA1", "Free heap=12034 min heap=161"},
+            {"Free heap: 12034 bytes, min heap: 0xA9", "Free heap=12034 min heap=169"},
             {"{\"imu\":{\"acc\":[1,2,-3],\"t\":21.5}}", "acc[0]=1 acc[1]=2 acc[2]=-3 t=21.5"},
             {"Temp (C): 21, P(kPa)=101.3, 3v3: 3.29 V", "Temp=21 P(kPa)=101.3 3v3=3.29"},
             {"a=nan b=2 c=-inf", "b=2"},
