@@ -96,7 +96,7 @@ public:
     bool openTaken() override
     {
         QTcpSocket deaf; // has the port, but does not listen
-        if (!deaf.bind(QHostAddress(QHostAddress::LocalHost)))
+        if (!deaf.bind(QHostAddress(QHostAddress::LocalHost), 0, QAbstractSocket::DontShareAddress))
             return true;
         m_link.open({QStringLiteral("127.0.0.1"), deaf.localPort()});
         return !QTest::qWaitFor([this] { return m_link.state() == Link::State::Closed; }, 30000);
@@ -455,8 +455,11 @@ private slots:
 private:
     Link &link() { return m_wire->link(); }
     // From now on the peer reads what it gets.
+    // Fast enough to see the end before the link gives it up.
     void letPeerRead()
     {
+        if (m_wire->isConnection())
+            static_cast<QAbstractSocket &>(m_wire->peer()).setReadBufferSize(0);
         auto *poll = new QTimer(&link());
         connect(poll, &QTimer::timeout, this, [this] { m_atPeer += m_wire->read().size(); });
         poll->start(1);

@@ -47,7 +47,7 @@ private slots:
     void connectsAfterARefusalAndCancels()
     {
         QTcpSocket deaf; // has the port, but does not listen
-        QVERIFY(deaf.bind(QHostAddress(QHostAddress::LocalHost)));
+        QVERIFY(deaf.bind(QHostAddress(QHostAddress::LocalHost), 0, QAbstractSocket::DontShareAddress));
         open(Client, deaf.localPort());
         WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
         QCOMPARE(stateText(), QStringLiteral("连接失败：对方拒绝连接"));

@@ -171,7 +171,7 @@ private slots:
         m_page->reloadSettings();
         QCOMPARE(fields(*m_page).at(1), QString("192.0.2.1"));
         QTcpSocket deaf; // what is typed stays after a refusal
-        QVERIFY(deaf.bind(QHostAddress(QHostAddress::LocalHost)));
+        QVERIFY(deaf.bind(QHostAddress(QHostAddress::LocalHost), 0, QAbstractSocket::DontShareAddress));
         open(Client, deaf.localPort());
         WAIT_EQUAL(child<StateIndicator>("stateIndicator")->state(), StateIndicator::Failed);
         QCOMPARE(fields(*m_page).at(3), QString::number(deaf.localPort()));

@@ -23,6 +23,7 @@
 #include "skin.h"
 #include "statuslabel.h"
 #include "testfiles.h"
+#include "waitfor.h"
 #ifdef Q_OS_UNIX
 #include "ptypeer.h"
 #endif
@@ -431,13 +432,13 @@ private slots:
                 m_window->findChild<QComboBox *>(box)->setCurrentIndex(protocol);
             auto *panel = m_stack->currentWidget()->findChild<FormPanel *>();
             m_window->resize(1000, 550);
-            QTRY_COMPARE(panel->verticalScrollBar()->maximum(), 0);
-            QTRY_COMPARE(panel->width(), int(FormPanel::panelWidth));
+            WAIT_EQUAL(panel->verticalScrollBar()->maximum(), 0);
+            WAIT_EQUAL(panel->width(), int(FormPanel::panelWidth));
             m_window->resize(800, 500);
-            QTRY_COMPARE(m_stack->width(), 798);
-            QVERIFY(m_tabs->tabRect(m_stack->count() - 1).right() < 800);
-            QTRY_COMPARE(panel->widget()->width(), panel->viewport()->width());
-            QVERIFY(panel->widget()->minimumSizeHint().width() <= panel->viewport()->width());
+            WAIT_EQUAL(m_stack->width(), 798);
+            WAIT_FOR(m_tabs->tabRect(m_stack->count() - 1).right() < 800);
+            WAIT_EQUAL(panel->widget()->width(), panel->viewport()->width());
+            WAIT_FOR(panel->widget()->minimumSizeHint().width() <= panel->viewport()->width());
         }
     }
 
