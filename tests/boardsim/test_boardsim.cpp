@@ -27,6 +27,11 @@ bool isNumbered(const QByteArray &bytes)
     return lines.size() > 1;
 }
 
+QByteArray sumOf(const QByteArray &bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex();
+}
+
 } // namespace
 
 class TestBoardSim : public QObject
@@ -42,21 +47,26 @@ private slots:
 
     void sendsAllOfItsLines()
     {
-        const std::tuple<const char *, const char *, int, QByteArray> boards[] = {
+        const std::tuple<const char *, QString, int, QByteArray> boards[] = {
             {"flood", "utf8", 1000001, "d4b1b08b145621f0af4118dc4e0ac7ff"},
             {"burst", "ascii", 50001, "43a02c43daac400d6fea5d60706e747d"},
+            {"flood", "binary", 300, "ac2878bd7e0748315606b7d954a73e04"},
             {"flood", "ascii", 0, "d41d8cd98f00b204e9800998ecf8427e"}};
         for (const auto &[mode, encoding, total, sum] : boards) {
             BoardProcess board;
             QVERIFY(board.start({"--mode", mode, "--encoding", encoding, "--seed", "4711", "--delay", "0",
                                  "--total", QString::number(total)}));
-            HostPort host(board.link());
-            const QByteArray bytes = host.read(total);
-            QVERIFY(bytes.size() == total && isNumbered(bytes) == (total > 0));
-            QCOMPARE(QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex(), sum);
-            QVERIFY(host.read(1, 100).isEmpty());
+            for (const int hosts : {1, 2}) { // each gets all of them
+                HostPort host(board.link());
+                const QByteArray bytes = host.read(total);
+                QVERIFY(bytes.size() == total && isNumbered(bytes) == (total > 0 && encoding != "binary"));
+                QCOMPARE(sumOf(bytes), sum);
+                QVERIFY(host.read(1, 100).isEmpty());
+                host.close();
+                QVERIFY(board.waitForEvent("host left", hosts));
+            }
             QVERIFY(board.stop());
-            QCOMPARE(board.statistics().value("written"), qint64(total));
+            QCOMPARE(board.statistics().value("written"), qint64(2 * total));
             QCOMPARE(board.statistics().value("dropped"), qint64(0));
         }
     }
@@ -187,18 +197,62 @@ private slots:
             QString("LED 已关闭\r\n未知命令: stall -5\r\n未知命令: stall 600001\r\n未知命令: unplug 1 2\r\n"
                     "boardsim 1.0, 模拟开发板\r\nADC = 831, 电压 0.670 V\r\nADC = 2055, 电压 1.656 V\r\n"
                     "命令: help, version, led on|off, adc, stall <毫秒>, flood <字节>, unplug <毫秒>\r\n"));
-        QVERIFY(host.write(QByteArray(100000, 'x') + "\n") && host.readUntil("\r\n").size() < 300);
+        QVERIFY(host.write(QByteArray(100000, 'x') + "\n"));
+        QCOMPARE(codec->toUnicode(host.readUntil("\r\n")), QString("未知命令: %1\r\n").arg("x", 256, 'x'));
         QVERIFY(host.write("flood 50000\n") && isNumbered(host.read(50000)));
         QVERIFY(host.write("led on\n") &&
                 host.readUntil("\r\n").startsWith("LED")); // and no more of the flood
     }
 
-    void finishesItsPictures()
+    // The sums are those of sessions put together from the description of the link.
+    void sendsItsPictures()
     {
-        BoardProcess camera;
-        QVERIFY(camera.start({"--mode", "camera", "--frames", "1", "--width", "1", "--height", "1"}));
-        const HostPort viewer(camera.link());
-        QVERIFY(camera.waitForEvent("finished"));
+        const QTemporaryDir folder;
+        QVERIFY(writeFile(folder.filePath("a.jpg"), "\xff\xd8"
+                                                    "first\xff\xd9"));
+        QVERIFY(writeFile(folder.filePath("b.jpeg"), "\xff\xd8second\xff\xd9"));
+        QVERIFY(writeFile(folder.filePath("c.txt"), "none"));
+        const std::tuple<QString, int, int, QByteArray> sessions[] = {
+            {"--width 17 --height 9 --format 5 --devices 2 --camera-fault crc", 11, 5215,
+             "3b6d08b6fbb3382cba3986f9ab7e167b"},
+            {"--width 16 --height 8 --camera-fault truncate --big-endian --test-pattern --chunk 100", 6, 1536,
+             "fd7f5e9e76093f6c172d2ad3302f50b8"},
+            {"--width 17 --height 9 --camera-fault garbage", 10, 3237, "a16864b1228937766c79e75ad94aa57b"},
+            {"--width 30 --height 9 --format 2 --devices 2", 40, 22114, "91f7963011037ed618ddaf1f3ce75ce4"},
+            {"--width 1 --height 1 --format 5", 1, 32, "d3135e0c6b42991f00d9cb3fa78b4d79"},
+            {"--format 1 --picture-folder @", 7, 167, "54565b6edfa67fefe6fb33c9c53c13c4"},
+            {"--raw-jpeg --picture-folder @", 5, 47, "ae2f3cb9561a5931fb49f6c85d9a449b"}};
+        for (auto [text, frames, size, sum] : sessions) {
+            const QStringList options = text.replace("@", folder.path()).split(' ') +
+                                        QStringList{"--fps", "0", "--delay", "0", "--frames"} +
+                                        QStringList(QString::number(frames));
+            BoardProcess board;
+            QVERIFY(board.start(QStringList{"--mode", "camera"} + options));
+            HostPort host(board.link());
+            QCOMPARE(sumOf(host.read(size)), sum);
+            QVERIFY(board.waitForEvent("finished") && board.stop());
+            QVERIFY(board.statistics().value("frames") == frames &&
+                    board.statistics().value("written") == size);
+
+            QVERIFY(board.startOnNetwork("tcp-server", QStringList{"--act", "camera"} + options));
+            QTcpSocket socket;
+            socket.connectToHost("127.0.0.1", board.netPort());
+            QVERIFY(board.waitForEvent("finished"));
+            QTRY_COMPARE(socket.bytesAvailable(), size);
+            QCOMPARE(sumOf(socket.readAll()), sum);
+            QVERIFY(board.stop());
+
+            QUdpSocket receiver;
+            QVERIFY(receiver.bind(QHostAddress(QHostAddress::LocalHost)));
+            QVERIFY(board.startOnNetwork(
+                "udp", QStringList{"--act", "camera", "--to-port", QString::number(receiver.localPort())} +
+                           options));
+            QVERIFY(board.waitForEvent("finished"));
+            QByteArray bytes;
+            while (receiver.hasPendingDatagrams())
+                bytes += receiver.receiveDatagram().data();
+            QCOMPARE(sumOf(bytes), sum);
+        }
     }
 
     // Whatever is wrong, no frame of five loops is lost while one runs; but a crash ends in half of one.

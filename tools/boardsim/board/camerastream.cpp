@@ -79,7 +79,7 @@ void CameraStream::receive(const QByteArray &bytes)
 // A frame that the line has no room for in time is dropped.
 void CameraStream::sendDue()
 {
-    if (!m_tick.isActive())
+    if (!m_tick.isActive() || m_inPieces)
         return;
     const qint64 due = m_clock.elapsed() * m_settings.framesPerSecond * m_settings.devices / 1000;
     for (;;) {
@@ -89,12 +89,12 @@ void CameraStream::sendDue()
         const int device = m_settings.firstDevice + int(m_sent % m_settings.devices);
         const qint64 number = m_sent++;
         ++m_due; // before sending, within which the line may ask for more
+        const bool isLast = m_sent == m_settings.frames;
+        m_over = m_over || isLast;
         send(m_ready.isEmpty() ? m_board.frame(device, number / m_settings.devices)
                                : m_ready.at(int(number % m_ready.size())));
-        if (m_sent == m_settings.frames && !m_over) {
-            m_over = true;
+        if (isLast)
             emit finished();
-        }
         if (m_settings.framesPerSecond == 0 && m_line.queued() == 0)
             break; // let the event loop turn
     }
@@ -110,8 +110,10 @@ void CameraStream::send(const QByteArray &bytes)
         m_line.write(bytes);
         return;
     }
+    m_inPieces = true;
     for (int at = 0; at < bytes.size(); at += m_settings.chunkBytes)
         m_line.write(bytes.mid(at, m_settings.chunkBytes));
+    m_inPieces = false;
 }
 
 } // namespace Boardsim

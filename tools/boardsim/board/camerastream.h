@@ -56,6 +56,7 @@ private:
     qint64 m_due = 0;          // frames due by the clock
     qint64 m_sent = 0;         // frames of all devices together
     bool m_over = false;
+    bool m_inPieces = false; // is being sent, and nothing may come between them
 };
 
 } // namespace Boardsim
