@@ -94,6 +94,77 @@ private slots:
         QVERIFY(bytes.size() == 300 && isNumbered(bytes) && !receiver.hasPendingDatagrams());
     }
 
+    // What it does with a host that has sent five bytes: the sum of its answer.
+    void actsOnTheNetwork()
+    {
+        const QPair<QString, QByteArray> acts[] = {
+            {"echo", sumOf("hello")},
+            {"silent", sumOf({})},
+            {"flood --encoding binary --total 1500000", "1c1db525fb1f4ab3c230bea7365181b9"}, // over again
+            {"flood --duration 0 --total 1000", sumOf({})},
+            {"drip --encoding binary --period 1 --total 20",
+             sumOf(QByteArray::fromHex("00049d128e2c251977ad9e59b40405c935c613ff"))},
+            {"half-close --encoding binary --total 300", "3314ebb8de9f87d4ff7e95e07eb6b32d"},
+            {"vanish", sumOf({})}};
+        for (const auto &[text, sum] : acts) {
+            BoardProcess board;
+            const QString record = board.folder() + "/record";
+            QVERIFY(board.startOnNetwork(
+                "tcp-server", QStringList{"--record", record, "--delay", "0", "--act"} + text.split(' ')));
+            QTcpSocket host;
+            host.connectToHost("127.0.0.1", board.netPort());
+            host.write("hello");
+            QVERIFY(board.waitForEvent("connected 1"));
+            if (text.contains("total"))
+                QVERIFY(board.waitForEvent("finished"));
+            const bool ends = text.startsWith("half") || text == "vanish";
+            QTRY_COMPARE(host.state() == QAbstractSocket::UnconnectedState, ends);
+            QByteArray bytes;
+            QTRY_COMPARE(sumOf(bytes += host.readAll()), sum);
+            if (text != "vanish")
+                QTRY_COMPARE(contentOf(record), QByteArray("hello"));
+            host.abort();
+            QVERIFY(board.waitForEvent("disconnected 0") && board.stop());
+            QCOMPARE(board.statistics().value("written"), qint64(bytes.size()));
+            QCOMPARE(board.statistics().value("peers"), qint64(1));
+        }
+    }
+
+    void logsOnTheNetwork()
+    {
+        BoardProcess board;
+        QVERIFY(board.startOnNetwork("tcp-server", {"--act", "log", "--rate", "1000", "--delay", "0",
+                                                    "--encoding", "gb18030", "--seed", "5"}));
+        QTcpSocket host;
+        host.connectToHost("127.0.0.1", board.netPort());
+        QTRY_VERIFY(host.bytesAvailable() > 3000);
+        QByteArray lines; // without their times
+        for (int i = 0; i < 30; ++i) {
+            const QByteArray line = host.readLine();
+            QVERIFY(line.startsWith("[    0.") && line.mid(10, 2) == "] ");
+            lines += line.mid(12);
+        }
+        QCOMPARE(sumOf(lines), QByteArray("e013aee5dbd2e40e548cc81ae6eb0d76"));
+    }
+
+    void echoesDatagrams()
+    {
+        BoardProcess board;
+        const QString record = board.folder() + "/record";
+        QVERIFY(board.startOnNetwork("udp", {"--record", record}));
+        QUdpSocket host;
+        QVERIFY(host.bind(QHostAddress(QHostAddress::LocalHost)));
+        host.writeDatagram("one", QHostAddress::LocalHost, board.netPort());
+        host.writeDatagram("three", QHostAddress::LocalHost, board.netPort());
+        for (const QByteArray bytes : {"one", "three"}) {
+            QTRY_VERIFY(host.hasPendingDatagrams());
+            QCOMPARE(host.receiveDatagram().data(), bytes);
+        }
+        QVERIFY(board.stop());
+        QCOMPARE(board.statistics(), (QHash<QString, qint64>{{"written", 8}, {"read", 8}, {"datagrams", 2}}));
+        QCOMPARE(contentOf(record), QByteArray("onethree"));
+    }
+
     void countsBytes()
     {
         const QTemporaryDir folder;
@@ -341,21 +412,79 @@ private slots:
 
     void rejectsNonsense()
     {
-        const QStringList rejected[] = {{"--mode", "dance"},
-                                        {"--port", "../COM3"},
-                                        {"--encoding", "latin"},
-                                        {"--rate", "0"},
-                                        {"--mode", "echo", "--rate", "1"},
-                                        {"--mode", "ymodem", "--fault", "nap@3"},
-                                        {"--mode", "camera", "--raw-jpeg"},
-                                        {"--record", "/nowhere/at/all"},
-                                        {"--folder", "/proc"}};
-        for (const QStringList &options : rejected) {
+        // Options, the exit code, and what it says.
+        const std::tuple<QString, int, QString> rejected[] = {
+            {"--mode dance", 2, "there is no mode 'dance'"},
+            {"--mode=shell more", 2, "unexpected argument 'more'"},
+            {"--port ../COM3", 2, "--port does not take '../COM3'"},
+            {"--encoding latin", 2, "--encoding does not take 'latin'"},
+            {"--mode echo --rate 1", 1, "Unknown option 'rate'."},
+            {"--mode ymodem --fault nap@3", 2, "--fault does not take 'nap@3'"},
+            {"--mode ymodem --fault nak@every0", 2, "--fault does not take 'nak@every0'"},
+            {"--mode camera --raw-jpeg", 2, "--raw-jpeg needs a --picture-folder"},
+            {"--record /nowhere/at/all", 1, "cannot write /nowhere/at/all: No such file or directory"},
+            {"--folder /proc", 1, "cannot make the link: No such file or directory"},
+            {"--folder=", 2, "name a folder with --folder or in KORVEX_VIRTUAL_PORTS"},
+            {"--mode tcp-server --address 192.0.2.1", 1, "cannot listen: The address is not available"},
+            {"--mode tcp-client --record /nowhere/at/all", 1, "cannot write /nowhere/at/all"},
+            {"--mode udp --address 192.0.2.1", 1, "cannot bind: The address is not available"},
+            {"--mode udp --record /nowhere/at/all", 1, "cannot write /nowhere/at/all"}};
+        for (const auto &[text, code, error] : rejected) {
             BoardProcess board;
-            QVERIFY2(!board.start(options), qPrintable(options.join(' ')));
+            const QStringList options = text.split(' ');
+            const bool onNetwork = text.contains("-mode tcp-") || text.contains("-mode udp");
+            QVERIFY2(
+                !(onNetwork ? board.startOnNetwork(options.at(1), options.mid(2)) : board.start(options)) ||
+                    text.contains("client"), // is not waited for
+                qPrintable(text));
             QVERIFY(board.process().waitForFinished() || board.process().state() == QProcess::NotRunning);
-            QVERIFY(board.process().exitCode() != 0 && !board.errors().isEmpty());
+            QCOMPARE(board.errors(), "boardsim: " + error + '\n');
+            QCOMPARE(board.process().exitCode(), code);
             QVERIFY(!QFileInfo(board.link()).isSymLink());
+        }
+    }
+
+    void namesItsLimits()
+    {
+        // The numbers of a mode: name, lowest, highest, default.
+        const QPair<const char *, QString> modes[] = {
+            {"log", "delay 0 2147483647 200,unplug-after -1 2147483647 -1,replug-after -1 2147483647 -1,"
+                    "seed 0 4294967295 1,rate 1 100000 20"},
+            {"burst", "total -1 9223372036854775807 -1,bytes-per-second 1 100000000 92000,"
+                      "burst-pause 1 60000 12,rest 0 400 0"},
+            {"pid", "report-rate 1 100000 100,noise 0 1000 2,seed 0 4294967295 1"},
+            {"ymodem", "ask-interval 1 600000 1000,packet-timeout 1 600000 10000"},
+            {"camera",
+             "format 0 255 4,width 1 65535 320,height 1 65535 240,first-device 0 255 0,devices 1 2 1,"
+             "fps 0 1000 10,chunk 0 1048576 0,address-length 1 4 2,value-length 1 4 1,"
+             "frames -1 2147483647 -1"},
+            {"tcp-server", "net-port 0 65535 0,peers 1 10000 1,delay 0 3600000 200,rate 1 100000 20,"
+                           "message-bytes 0 65507 100,period 1 60000 100,duration -1 3600000 -1"},
+            {"udp", "net-port 0 65535 0,to-port 0 65535 0,rate 1 100000 20,message-bytes 0 65507 100,"
+                    "delay 0 3600000 200"}};
+        BoardProcess board;
+        QVERIFY(board.start({"--mode", "silent"}));
+        const auto said = [&board](const QStringList &options) {
+            QProcess process;
+            process.setProcessChannelMode(QProcess::MergedChannels);
+            process.start(board.process().program(), options);
+            process.waitForFinished();
+            return QString(process.readAll()).simplified();
+        };
+        for (const auto &[mode, numbers] : modes) {
+            const QString help = said({"--mode", mode, "--help"});
+            QVERIFY(help.contains(" tcp-server Listens on the network. ") &&
+                    help.contains(QString(" those of mode '%1';").arg(mode)));
+            for (const QString &number : numbers.split(',')) {
+                const QString name = "--" + number.section(' ', 0, 0);
+                QCOMPARE(said({"--mode", mode, name, "x"}),
+                         QString("boardsim: %1 takes a number from %2 to %3")
+                             .arg(name, number.section(' ', 1, 1), number.section(' ', 2, 2)));
+                QVERIFY2(help.section(name + " <", 1)
+                             .section(" --", 0, 0)
+                             .contains(QString("(default: %1)").arg(number.section(' ', 3))),
+                         qPrintable(name));
+            }
         }
     }
 
