@@ -52,6 +52,17 @@ private slots:
         QCOMPARE(answer(board, frame(3, 0x15, "14000000")), frame(3, 6, "14000000"));
         QCOMPARE(answer(board, frame(3, 0x15, "00000000")), frame(3, 6, "14000000")); // not possible
         QCOMPARE(answer(board, frame(3, 0x16)), QByteArray());
+        (void)board.takeOutput();
+        board.greet(false);
+        const QByteArray all[][3] = {{"00000000", "cdcc4c3f0000803f00000000", "0a000000"},
+                                     {"00000000", gains, "0a000000"},
+                                     {"00000000", "0000003f0000803f00000000", "14000000"},
+                                     {"00000000", "9a99993e0000803f00000000", "0a000000"},
+                                     {"00000080", "0000c03f0000803f00000000", "0a000000"}};
+        QByteArray settings;
+        for (int k = 0; k < 5; ++k)
+            settings += frame(k + 1, 1, all[k][0]) + frame(k + 1, 3, all[k][1]) + frame(k + 1, 6, all[k][2]);
+        QCOMPARE(board.takeOutput(), settings);
         // Started again it has forgotten all, and reports so.
         board.receive(frame(1, 0x11, "f4010000") + frame(1, 0x12));
         QVERIFY(board.isRunning());

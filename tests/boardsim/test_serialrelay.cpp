@@ -81,8 +81,58 @@ private slots:
             count += 100;
         ::kill(pid_t(board.process().processId()), SIGCONT);
         QVERIFY(near.read(count, 20000) == QByteArray(count, 'y'));
+        near.close();
+        QVERIFY(happens("host left COM7\n"));
+        QVERIFY(board.stop()); // the device hangs up
+        QVERIFY(relay.waitForFinished() && relay.exitStatus() == QProcess::NormalExit &&
+                relay.exitCode() == 0);
+        QCOMPARE(events, QByteArray("plugged COM7\nhost arrived COM7\nhost left COM7\n"));
+    }
+
+    void joinsTwoPorts()
+    {
+        const QTemporaryDir folder;
+        QProcess relay;
+        relay.start(SERIALRELAY_PATH,
+                    {"--folder", folder.path(), "--port", "COM1", "--far-port", "COM2", "--baud", "0"});
+        QByteArray events;
+        QVERIFY(QTest::qWaitFor(
+            [&] { return (events += relay.readAllStandardOutput()) == "plugged COM2\nplugged COM1\n"; },
+            20000));
+        HostPort near(folder.filePath("COM1"));
+        HostPort far(folder.filePath("COM2"));
+        QTRY_COMPARE((events += relay.readAllStandardOutput()).count("host arrived"), 2);
+        const QByteArray sent = patternBytes(20000); // more than the buffers hold
+        for (HostPort *from : {&near, &far}) {
+            QVERIFY(from->write(sent) && (from == &near ? far : near).read(sent.size()) == sent);
+        }
         relay.terminate();
-        QVERIFY(relay.waitForFinished());
+        QVERIFY(relay.waitForFinished() && relay.exitCode() == 0);
+        QVERIFY(!QFileInfo(folder.filePath("COM2")).isSymLink());
+    }
+
+    void rejectsNonsense()
+    {
+        const QString usage("takes --folder, --port, --baud and either --far-port or --far-device");
+        const QPair<QString, QString> rejected[] = {
+            {"--folder @ --port A --far-port B", usage},
+            {"--folder @ --port A --far-port B --baud -1", usage},
+            {"--folder @ --port A --baud 1", usage},
+            {"--folder @ --port A --far-port B --far-device C --baud 1", usage},
+            {"--folder @ --far-port B --baud 1", usage},
+            {"--port A --far-port B --baud 1", usage},
+            {"--folder @ --port A --far-device /nowhere --baud 1",
+             "cannot open /nowhere: No such file or directory"},
+            {"--folder /proc --port A --far-port B --baud 1",
+             "cannot make the link: No such file or directory"}};
+        const QTemporaryDir folder;
+        for (const auto &[options, error] : rejected) {
+            QProcess relay;
+            relay.setProcessChannelMode(QProcess::MergedChannels);
+            relay.start(SERIALRELAY_PATH, QString(options).replace('@', folder.path()).split(' '));
+            QVERIFY2(relay.waitForFinished() && relay.exitCode() == 1, qPrintable(options));
+            QCOMPARE(QString(relay.readAll()), "serialrelay: " + error + '\n');
+        }
     }
 };
 

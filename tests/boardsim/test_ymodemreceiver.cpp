@@ -18,7 +18,7 @@ QByteArray header(const QByteArray &name, const QByteArray &fileSize)
 }
 
 // What a sender sends: H header of a.bin, D<n> and d<n> block n of 1024 and
-// 128 bytes, e EOT, Z empty block 0, E both, X five CAN, x one, g a user's text with
+// 128 bytes, B blocks 1 and 2, e EOT, Z empty block 0, E both, X five CAN, Y two, x one, g a user's text with
 // control characters; with ! a wrong CRC, with ~ a wrong complement, with / the
 // first half.
 QByteArray wire(QString token)
@@ -38,7 +38,9 @@ QByteArray wire(QString token)
         {'Z', packet(0, {}, 128)},
         {'E', '\x04' + packet(0, {}, 128)},
         {'X', "\x18\x18\x18\x18\x18"},
+        {'Y', "\x18\x18"},
         {'x', "\x18"},
+        {'B', packet(1, QByteArray(128, 'B'), 128) + packet(2, QByteArray(128, 'C'), 128)},
         {'g', QByteArray("reboot\x01\0\n\x02\x18\xff\x06\x15", 14)},
     };
     QByteArray bytes = tokens.value(token.at(0).toLatin1());
@@ -75,6 +77,11 @@ private slots:
             {"", "H>0643 T1000>43 /D1>- T1000>15 D1>06 T10000>15 e>0643 Z>06", "refused|refused|" + done},
             {"", "H>0643 d1>06" + QString(" T>15").repeated(10) + " T>1818 T1000>43", // gone
              QString("refused|").repeated(10) + "cancelled"},
+            {"", "H>0643 B>0606" + QString(" T>15").repeated(10) + " d3>06 T>15 e>0643 Z>06",
+             QString("refused|").repeated(11) + done}, // patience begins again with each block
+            {"", "H>0643 Y>- H>0643 D1>06 e>0643 Z>06", "cancelled: by the sender|" + done},
+            {"can@1 a@eot", "H>0643 D1>1818 H>0643 D1>06 e>41 T1000>43 H>0643 D1>06 e>0643 Z>06",
+             "cancelled: on purpose|cancelled: on purpose|" + done},
             {"lose@0 lose@1*2 lose@eot lose@end", "H>- H>0643 D1>- D1>- D1>06 e>- e>0643 Z>- Z>06",
              "repeated block|repeated block|repeated block|file a.bin 300 bytes|repeated EOT|"
              "batch end 1 files|batch end 0 files"},
