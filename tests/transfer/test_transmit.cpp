@@ -278,9 +278,10 @@ private slots:
         QCOMPARE(answered("\x15", 1029), block);
         QCOMPARE(answered("C", 1029), block);
         QCOMPARE(hints.count(), 0);
-        for (int i = 0; i < 5; ++i)
+        for (int i = 0; i < 5; ++i) {
             QCOMPARE(answered("C", 1029), block);
-        QCOMPARE(hints.count(), 1);
+            QCOMPARE(hints.count(), 1); // with the third, and once
+        }
         QVERIFY(m_transmit->log().text().contains(hints.at(0).at(0).toString()));
         QVERIFY(m_transmit->isBusy());
         QVERIFY(answered("\x06", 1029) != block); // it may go on all the same
@@ -294,8 +295,14 @@ private slots:
         m_transmit->setBaudRate(57600);
         m_transmit->setPortName(m_folder->filePath("nothing"));
         QVERIFY(!m_transmit->startTransmit());
+        m_run->nowMs += 5000; // the next attempt begins its own record
+        QVERIFY(!m_transmit->startTransmit());
         QVERIFY(!m_transmit->isBusy());
-        QVERIFY(m_transmit->log().text().endsWith(m_transmit->reason()));
+        QCOMPARE(m_transmit->reason(), QStringLiteral("串口打开失败"));
+        QCOMPARE(m_transmit->log().text(),
+                 QStringLiteral("[   0.000 s] -- 开始传输 1个文件，端口 %1，波特率 57600\n"
+                                "[   0.000 s] -- 串口打开失败")
+                     .arg(m_folder->filePath("nothing")));
         m_transmit->stopTransmit();
         QCOMPARE(m_run->statuses.size(), 0);
         m_transmit->setPortName(board.device());
