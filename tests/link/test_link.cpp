@@ -60,10 +60,10 @@ public:
     QIODevice &peer() override { return m_peer; }
     bool open() override
     {
-        m_peer.abort();
-        m_peer.setReadBufferSize(65536);
         if (!m_link.open({QHostAddress::LocalHost, 0}))
             return false;
+        m_peer.abort();
+        m_peer.setReadBufferSize(65536);
         m_peer.connectToHost(QHostAddress::LocalHost, m_link.port());
         return m_peer.waitForConnected(30000) &&
                QTest::qWaitFor([this] { return m_link.peers().size() == 1; }, 30000);
@@ -225,6 +225,7 @@ private slots:
         for (int round = 0; round < 2; ++round) {
             m_states.clear();
             QVERIFY(m_wire->open());
+            QVERIFY(!m_wire->isSocket() || !m_wire->open()); // it is
             QVERIFY(link().isOpen() && link().reason().isEmpty());
             round == 0 || isServer() ? link().close() : link().closePeer(Link::allPeers);
             WAIT_EQUAL(m_states.last(), Link::State::Closed);
@@ -411,6 +412,10 @@ private slots:
                 [&](const Peer &, bool isBlocked) { blocked.append(isBlocked); });
         const QByteArray piece(1000000, 'x');
         qint64 queued = 0;
+        if (m_wire->isConnection()) { // one that is too large blocks no others while there is much room
+            queued = link().send(QByteArray(6000000, 'x'));
+            QVERIFY(link().send(QByteArray(12000000, 'x')) == 0 && blocked.isEmpty());
+        }
         while (link().send(piece) == piece.size() && queued < 100 * piece.size())
             queued += piece.size();
         QVERIFY(queued <= 17 * 1024 * 1024 && queued > 15000000);

@@ -89,6 +89,8 @@ private slots:
         QTcpSocket late;
         late.connectToHost(QHostAddress::LocalHost, server.serverPort());
         WAIT_EQUAL(server.clientCount(), 1);
+        for (const QTimer *timer : server.findChildren<QTimer *>(QString(), Qt::FindDirectChildrenOnly))
+            WAIT_FOR(!timer->isActive());
     }
 
     void waitsLongerEachTime()
