@@ -12,10 +12,13 @@
 #include "ptypeer.h"
 #include "qtserialport.h"
 #include "settings.h"
+#include "stateindicator.h"
 #include "testfiles.h"
 
 #include <QtTest>
 #include <QtWidgets>
+
+#include <termios.h>
 
 namespace {
 
@@ -202,6 +205,13 @@ private slots:
         select(2);
         select(1);
         QCOMPARE(texts() + '|' + integers(), "1.500/0.250/0.000|99/100");
+        auto *target = child<QLineEdit>("editTarget");
+        target->clear();
+        target->insert(" 12 "); // as it was copied
+        QVERIFY(target->text() == "12" && target->cursorPosition() == 2);
+        target->setCursorPosition(0);
+        target->insert("  3");
+        QVERIFY(target->text() == "312" && target->cursorPosition() == 1);
     }
 
     void followsStartAndStop()
@@ -288,13 +298,25 @@ private slots:
         click("btnPidOpen");
         QCOMPARE(m_notices->at(m_notices->count() - 2).at(0).toString(),
                  QString("串口[COM77]打开失败!!!")); // and the reason
+        for (const auto &[entry, told] : {std::pair(" ", "当前系统未检测到任何串口，请重试!!!"),
+                                          std::pair("没有", "串口[没有]打开失败!!!")}) {
+            child<QComboBox>("comboPidPort")->setEditText(QString(entry).trimmed());
+            click("btnPidOpen");
+            QCOMPARE(lastNotice(), QString(told));
+        }
         // One button of the page stands out.
         for (const bool opened : {false, true}) {
+            QCOMPARE(m_page->findChild<StateIndicator *>()->isOn(), opened);
+            for (const char *box : {"comboPidPort", "comboPidBaudRate"})
+                QCOMPARE(child<QComboBox>(box)->isEnabled(), !opened);
             QCOMPARE(child<QPushButton>("btnPidOpen")->property("primary").toBool(), !opened);
             QCOMPARE(child<QPushButton>("btnPidStart")->property("primary").toBool(), opened);
             if (!opened)
                 open();
         }
+        termios line{};
+        tcgetattr(m_board->descriptor(), &line);
+        QCOMPARE(line.c_cflag & (CSIZE | CSTOPB | PARENB), tcflag_t(CS8));
         QtSerialPort other;
         other.open(m_board->device(), 9600, 8, 0, 0);
         QVERIFY(other.reason().contains(QString("PID调试助手")));
