@@ -4,6 +4,7 @@
 
 #include "boardprocess.h"
 #include "hostport.h"
+#include "payload.h"
 #include "testfiles.h"
 #include "virtualport.h"
 #include "ymodempackets.h"
@@ -47,15 +48,18 @@ private slots:
 
     void sendsAllOfItsLines()
     {
-        const std::tuple<const char *, QString, int, QByteArray> boards[] = {
+        const std::tuple<QString, QString, int, QByteArray> boards[] = {
             {"flood", "utf8", 1000001, "d4b1b08b145621f0af4118dc4e0ac7ff"},
             {"burst", "ascii", 50001, "43a02c43daac400d6fea5d60706e747d"},
             {"flood", "binary", 300, "ac2878bd7e0748315606b7d954a73e04"},
             {"flood", "ascii", 0, "d41d8cd98f00b204e9800998ecf8427e"}};
         for (const auto &[mode, encoding, total, sum] : boards) {
             BoardProcess board;
-            QVERIFY(board.start({"--mode", mode, "--encoding", encoding, "--seed", "4711", "--delay", "0",
-                                 "--total", QString::number(total)}));
+            QStringList options{"--mode", mode,      "--encoding", encoding,  "--seed",
+                                "4711",   "--delay", "0",          "--total", QString::number(total)};
+            if (mode == "burst")
+                options += {"--rest", "30"};
+            QVERIFY(board.start(options));
             for (const int hosts : {1, 2}) { // each gets all of them
                 HostPort host(board.link());
                 const QByteArray bytes = host.read(total);
@@ -92,6 +96,14 @@ private slots:
         for (int i = 0; i < 3; ++i)
             bytes += receiver.receiveDatagram().data();
         QVERIFY(bytes.size() == 300 && isNumbered(bytes) && !receiver.hasPendingDatagrams());
+    }
+
+    void payloadDependsOnTheSeed()
+    {
+        using namespace Boardsim;
+        QVERIFY(Payload(Encoding::Binary, 0).take(9) == Payload(Encoding::Binary, 1).take(9));
+        QVERIFY(Payload(Encoding::Binary, 2).take(9) != Payload(Encoding::Binary, 1).take(9));
+        QCOMPARE(scrambled(2654435761U, 0), scrambled(1 ^ 2654435761U, 0)); // 1 instead of 0
     }
 
     // What it does with a host that has sent five bytes: the sum of its answer.
@@ -189,13 +201,18 @@ private slots:
         QTRY_VERIFY(empty.count() == 2 && port.statistics().read == 5);
         port.setReading(false);
         port.write(QByteArray(200000, 'x')); // more than there is room for
+        QByteArray last;
+        connect(&port, &Boardsim::VirtualPort::received, this,
+                [&](const QByteArray &bytes) { last += bytes; });
+        QVERIFY(host.write("last"));
         host.close();
         QTRY_VERIFY(!port.hasHost());
+        QCOMPARE(last, QByteArray("last"));
         const auto [written, read, dropped, blockedMs] = port.statistics();
         QVERIFY(written + dropped == 200011 && dropped > 6 && port.queued() == 0 && blockedMs >= 90);
         HostPort next(folder.filePath("COM3"));
         QVERIFY(next.write("again"));
-        QTRY_COMPARE(port.statistics().read, 10); // not paused any more
+        QTRY_COMPARE(port.statistics().read, 14); // not paused any more
         port.unplug();
         QVERIFY(!port.hasHost() && next.waitForHangUp());
     }
@@ -213,6 +230,10 @@ private slots:
         bytes += host.read(399000);
         QVERIFY(bytes.size() == 400000 && isNumbered(bytes));
         QVERIFY(board.waitForEvent("finished"));
+        host.close();
+        QVERIFY(board.waitForEvent("host left"));
+        HostPort next(board.link());
+        QVERIFY(next.read(1, 100).isEmpty() && next.write("x") && isNumbered(next.read(1000)));
     }
 
     void echoesAndRecords()
@@ -330,7 +351,7 @@ private slots:
     void controlsWithAFault()
     {
         const QByteArray start = QByteArray::fromHex("4f52564e010b0000001263");
-        for (const QString fault : {"none", "garbage", "glued", "cut", "flood", "reset"}) {
+        for (const QString fault : {"none", "garbage", "glued", "cut", "flood", "reset", "silence"}) {
             BoardProcess board;
             QVERIFY(board.start(
                 {"--mode", "pid", "--pid-fault", fault, "--delay", "0", "--report-rate", "5000"}));
@@ -342,10 +363,22 @@ private slots:
                 QCOMPARE(host.read(400, 500).size(), 320); // all stand still
                 continue;
             }
+            if (fault == "silence") { // for a second, after two
+                const int before = host.read(1000000, 300).size();
+                QVERIFY(before > 0 && before < 1000000 && !host.read(1, 20000).isEmpty());
+                continue;
+            }
             QByteArray bytes = host.read(fault == "flood" ? 8000000 : 30000);
             QVERIFY(host.write(QByteArray(start).replace(9, 2, "\x13\x64")));
             bytes += host.readUntil(QByteArray::fromHex("4f52564e010b0000000556")); // stopped
             const int frames = bytes.count(QByteArray("ORVN\x01\x0f\0\0\0\x02", 10));
+            if (fault == "cut" || fault == "glued") { // the next host begins between frames
+                QVERIFY(host.write(start) && host.read(1000).size() == 1000);
+                host.close();
+                QVERIFY(board.waitForEvent("host left"));
+                QCOMPARE(HostPort(board.link()).read(10), QByteArray("ORVN\x01\x0f\0\0\0\x01", 10));
+                continue;
+            }
             QVERIFY(board.stop() && board.statistics().value("reports") == frames);
             QCOMPARE(bytes.size() == frames * 15 + 22, fault != "garbage");
         }
