@@ -30,7 +30,15 @@ private slots:
             {"monitor @ --loud", 2, "未知选项：--loud"},
             {"monitor @ --baud 0", 2, "波特率无效"},
             {"monitor @ --baud=fast", 2, "波特率无效"},
+            {"monitor @ --baud 50000001", 2, "波特率无效"},
             {"monitor @ --duration nan", 2, "时间无效"},
+            {"monitor @ --duration 2000001", 2, "时间无效"},
+            {"monitor @ --hex=1", 2, "选项没有值：--hex"},
+            {"monitor @ --eol lfcr", 2, "行尾无效：lfcr"},
+            {"monitor @ --log=", 2, "文件名无效"},
+            {"monitor --help @", 0, ""},
+            {"monitor -- -x", 1, "串口不存在"},
+            {"ports -x", 2, "未知选项：-x"},
             {"monitor @ --duration", 2, "缺少值"},
             {"monitor @ --codec latin1", 2, "编码无效"},
             {"monitor @ --filter (a", 2, "缺少右括号"},
@@ -50,6 +58,7 @@ private slots:
             {"send @ --file /nowhere/file", 1, "文件夹不存在"},
             {"expect @", 2, "缺少--text或--regex"},
             {"expect @ --text= --timeout 1", 2, "为空"},
+            {"expect @ --text a --regex b", 2, "选项重复：--regex"},
             {"expect @ --text a --timeout 0.05", 3, "超时"},
             {"expect /dev/nothing --text a --reconnect --timeout 0.3", 3, "等待/dev/nothing"},
             {"ymodem @", 2, "缺少要发送的文件"},
@@ -84,7 +93,12 @@ private slots:
         run.setWorkingDirectory(home.path());
         for (const char *option : {"--help", "--version", "ports"}) {
             run.start(home.filePath("program"), {option});
-            QVERIFY(run.waitForFinished() && !run.readAllStandardOutput().isEmpty());
+            QVERIFY(run.waitForFinished());
+            const QByteArray output = run.readAllStandardOutput();
+            QVERIFY(!output.isEmpty());
+            if (qstrcmp(option, "--help") == 0) // which commands have an option
+                QVERIFY(output.contains("或gb18030（monitor send expect）\n") &&
+                        output.contains("默认115200；数据位8，停止位1，无校验\n"));
         }
         QCOMPARE(QDir(home.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                  QStringList("program"));
@@ -299,6 +313,7 @@ private slots:
         QVERIFY(line.read(133).startsWith('\x01'));
         cancelled.interrupt();
         QCOMPARE(cancelled.status(), 1);
+        QVERIFY(cancelled.told("未完成：" + from.filePath("firmware.bin")));
         QCOMPARE(line.read(5), QByteArray(5, '\x18'));
     }
 };
