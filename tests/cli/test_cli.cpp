@@ -185,10 +185,12 @@ private slots:
 
         CliRun unread(QStringList{"send", board.device()} + arguments + QStringList{"0.3"});
         QCOMPARE(unread.status(), 3);
+        QVERIFY(unread.told("字节未发出"));
         CliRun pulled(QStringList{"send", board.device()} + arguments + QStringList{"30"});
         QVERIFY(!board.read(5000).isEmpty());
         board.hangUp();
         QCOMPARE(pulled.status(), 4);
+        QVERIFY(pulled.told("字节未发出"));
     }
 
     void waitsForALine()
