@@ -119,6 +119,7 @@ private slots:
         QCOMPARE(run.status(), 0);
         QVERIFY(run.output() == sent);
         QVERIFY(contentOf(folder.filePath("log")) == sent);
+        QVERIFY(!run.readAllStandardError().contains("写入"));
     }
 
     void talksToAServer()
@@ -201,6 +202,10 @@ private slots:
         QVERIFY(board.write("booting\r\nhost login: ")); // a prompt has no end
         QCOMPARE(run.status(), 0);
         QCOMPARE(run.output(), QByteArray("host login: \n"));
+        CliRun other({"expect", board.device(), "--regex", QStringLiteral("温.$"), "--codec", "gb18030"});
+        QVERIFY(board.write("\xCE\xC2\xB6\xC8\r\n"));
+        QCOMPARE(other.status(), 0);
+        QCOMPARE(other.output(), QByteArray("温度\n"));
     }
 
     void comesBackWithThePort()
