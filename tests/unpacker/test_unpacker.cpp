@@ -53,7 +53,10 @@ private slots:
         QCOMPARE(content("app/conf/config.ini"), QByteArray("settings"));
         QVERIFY(!QFile::exists(path("app/download/包 1.zip"))); // no longer needed
         QVERIFY(!QFile::exists(path("app/_update")));
-        QVERIFY(content("dialogs").contains("# 正在安装新版本"));
+        QCOMPARE(content("dialogs"),
+                 QByteArray("--progress\n--pulsate\n--auto-close\n--no-cancel\n--title=升级\n"
+                            "--text=正在等待程序退出，请关闭它的所有窗口…\n"
+                            "# 正在安装新版本，请不要启动程序或关闭电脑…\n"));
     }
 
     void leavesPackagesElsewhere()
@@ -116,7 +119,7 @@ private slots:
         }
         unpacker.kill(); // files are being exchanged
         unpacker.waitForFinished();
-        QVERIFY(QProcess::startDetached(path("app/App"), {}));
+        QCOMPARE(QProcess::execute(path("app/App"), {}), 0);
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path("started")), kTimeoutMs);
         QCOMPARE(content("started"), "new\n" + path("app").toUtf8() + "\n"); // without a notice
         QVERIFY(!QFile::exists(path("app/_update")));
@@ -141,8 +144,17 @@ private slots:
             unpacker.start(path("app/unzip.exe"), arguments);
             QVERIFY(unpacker.waitForFinished());
             QCOMPARE(unpacker.exitCode(), 2);
-            QVERIFY(content("dialogs").contains("--error")); // in a window
+            const QByteArray text("本程序由“检查版本更新”启动，用于解压升级包。\n");
+            QCOMPARE(content("dialogs"), "--error\n--no-markup\n--width=400\n--title=升级\n--text=" + text);
             QVERIFY(QFile::remove(path("dialogs")));
+            QProcessEnvironment other = withDialogs(); // another program for it
+            QVERIFY(QFile::rename(path("bin/zenity"), path("bin/kdialog")));
+            other.insert("PATH", path("bin"));
+            unpacker.setProcessEnvironment(other);
+            unpacker.start(path("app/unzip.exe"), arguments);
+            QVERIFY(unpacker.waitForFinished());
+            QCOMPARE(content("dialogs"), "--title\n升级\n--error\n" + text);
+            QVERIFY(QFile::remove(path("dialogs")) && QFile::remove(path("bin/kdialog")));
         }
         QVERIFY(!QFile::exists(path("started")));
     }
