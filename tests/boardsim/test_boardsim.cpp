@@ -392,7 +392,12 @@ private slots:
             HostPort host(board.link());
             QVERIFY(host.write("led on\n"));
             QVERIFY(!host.readUntil("\n").isEmpty());
-            QVERIFY(!host.waitForHangUp(300)); // once only
+            QVERIFY(!host.waitForHangUp(300) && board.waitForEvent("host arrived", 2)); // once only
+            QString happened;
+            for (const QString &event : board.events())
+                happened += event.section(' ', 0, 1) + '|';
+            QCOMPARE(happened,
+                     "plugged COM3|host arrived|host left|unplugged COM3|plugged COM3|host arrived|");
         }
     }
 
