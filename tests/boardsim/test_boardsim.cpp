@@ -93,7 +93,6 @@ private slots:
     {
         using namespace Boardsim;
         QVERIFY(Payload(Encoding::Binary, 0).take(9) == Payload(Encoding::Binary, 1).take(9));
-        QVERIFY(Payload(Encoding::Binary, 2).take(9) != Payload(Encoding::Binary, 1).take(9));
         QCOMPARE(scrambled(2654435761U, 0), scrambled(1 ^ 2654435761U, 0)); // 1 instead of 0
     }
 
@@ -102,7 +101,6 @@ private slots:
     {
         const QPair<QString, QByteArray> acts[] = {
             {"echo", sumOf("hello")},
-            {"silent", sumOf({})},
             {"flood --encoding binary --total 1500000", "1c1db525fb1f4ab3c230bea7365181b9"}, // over again
             {"flood --duration 0 --total 1000", sumOf({})},
             {"drip --encoding binary --period 1 --total 20",

@@ -36,7 +36,6 @@ private slots:
             {"monitor @ --hex=1", 2, "选项没有值：--hex"},
             {"monitor @ --eol lfcr", 2, "行尾无效：lfcr"},
             {"monitor @ --log=", 2, "文件名无效"},
-            {"monitor --help @", 0, ""},
             {"monitor -- -x", 1, "串口不存在"},
             {"ports -x", 2, "未知选项：-x"},
             {"monitor @ --duration", 2, "缺少值"},
