@@ -115,6 +115,7 @@ void TcpClient::finish()
         return drop();
     m_finishing = true;
     m_sendingEnded = false;
+    m_held = 0;
     m_ticks = 0;
     m_idleTicks = 0;
     m_timer.start(m_unacknowledged > 0 ? kTickMs / kChecksPerTick : kTickMs);
@@ -142,8 +143,12 @@ void TcpClient::checkProgress()
         if (now == 0)
             return drop();
     }
-    if (m_ticks >= kMaxTicks * ticks ||
-        m_idleTicks >= (m_sendingEnded ? kMaxEndTicks : kMaxIdleTicks) * ticks)
+    // A slow peer still has to be sent what the system holds.
+    const qint64 held = m_sendingEnded ? SocketSystem::unacknowledged(socketDescriptor()) : 0;
+    if (held != std::exchange(m_held, held))
+        m_idleTicks = 0;
+    const int maxIdleTicks = m_sendingEnded && held == 0 ? kMaxEndTicks : kMaxIdleTicks;
+    if (m_ticks >= kMaxTicks * ticks || m_idleTicks >= maxIdleTicks * ticks)
         drop();
 }
 

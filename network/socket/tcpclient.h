@@ -81,6 +81,7 @@ private:
     bool m_finishing = false;
     bool m_sendingEnded = false; // the peer knows that nothing more comes
     qint64 m_unacknowledged = 0; // above 0 while nothing else is waited for
+    qint64 m_held = 0;           // by the system, after sending has ended
     int m_ticks = 0;             // of the timer, since finish()
     int m_idleTicks = 0;         // since the peer has read or sent anything
 };
