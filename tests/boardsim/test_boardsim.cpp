@@ -292,7 +292,7 @@ private slots:
              "fd7f5e9e76093f6c172d2ad3302f50b8"},
             {"--width 17 --height 9 --camera-fault garbage", 10, 3237, "a16864b1228937766c79e75ad94aa57b"},
             {"--width 30 --height 9 --format 2 --devices 2", 40, 22114, "91f7963011037ed618ddaf1f3ce75ce4"},
-            {"--width 1 --height 1 --format 5", 1, 32, "d3135e0c6b42991f00d9cb3fa78b4d79"},
+            {"--width 2 --height 1 --format 5", 1, 35, "3471d1199671c19745ecd6e485555988"},
             {"--format 1 --picture-folder @", 7, 167, "54565b6edfa67fefe6fb33c9c53c13c4"},
             {"--raw-jpeg --picture-folder @", 5, 47, "ae2f3cb9561a5931fb49f6c85d9a449b"}};
         for (auto [text, frames, size, sum] : sessions) {

@@ -197,10 +197,12 @@ private slots:
     void knowsTheCurves()
     {
         PidCurveList list;
-        for (const auto &[graph, key, color] :
-             {std::tuple{0, 0x101, "#d9001b"}, {4, 0x105, "#c280ff"}, {5, 0x201, "#b8741a"}}) {
+        const QString colors(
+            "#d9001b #bfbf00 #00ffff #015478 #c280ff #b8741a #70b603 #02a7f0 #0000bf #420080");
+        for (int graph = 0; graph < 10; ++graph) {
+            const int key = graph < 5 ? 0x101 + graph : 0x201 + graph - 5;
             QCOMPARE(PidCurveList::keyOf(graph), key);
-            QCOMPARE(list.color(key).name(), color);
+            QCOMPARE(list.color(key).name(), colors.section(' ', graph, graph));
         }
         QCOMPARE(list.color(0x106).name(), "#ff0000");
         const QSignalSpy clicks(&list, &PidCurveList::signalGraphClicked);
