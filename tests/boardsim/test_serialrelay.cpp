@@ -118,7 +118,6 @@ private slots:
             {"--folder @ --port A --far-port B --baud -1", usage},
             {"--folder @ --port A --baud 1", usage},
             {"--folder @ --port A --far-port B --far-device C --baud 1", usage},
-            {"--port A --far-port B --baud 1", usage},
             {"--folder @ --port A --far-device /nowhere --baud 1",
              "cannot open /nowhere: No such file or directory"},
             {"--folder /proc --port A --far-port B --baud 1",
