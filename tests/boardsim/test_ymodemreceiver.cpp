@@ -78,7 +78,7 @@ private slots:
             {"", "H>0643 d1>06" + QString(" T>15").repeated(10) + " T>1818 T1000>43", // gone
              QString("refused|").repeated(10) + "cancelled"},
             {"", "H>0643 B>0606" + QString(" T>15").repeated(10) + " d3>06 T>15 e>0643 Z>06",
-             QString("refused|").repeated(11) + done}, // patience begins again with each block
+             QString("refused|").repeated(11) + done}, // time-outs are counted from the last block
             {"", "H>0643 Y>- H>0643 D1>06 e>0643 Z>06", "cancelled: by the sender|" + done},
             {"can@1 a@eot", "H>0643 D1>1818 H>0643 D1>06 e>41 T1000>43 H>0643 D1>06 e>0643 Z>06",
              "cancelled: on purpose|cancelled: on purpose|" + done},

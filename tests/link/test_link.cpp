@@ -225,7 +225,7 @@ private slots:
         for (int round = 0; round < 2; ++round) {
             m_states.clear();
             QVERIFY(m_wire->open());
-            QVERIFY(!m_wire->isSocket() || !m_wire->open()); // it is
+            QVERIFY(!m_wire->isSocket() || !m_wire->open()); // an open socket is not opened again
             QVERIFY(link().isOpen() && link().reason().isEmpty());
             round == 0 || isServer() ? link().close() : link().closePeer(Link::allPeers);
             WAIT_EQUAL(m_states.last(), Link::State::Closed);

@@ -177,7 +177,7 @@ private slots:
     // A peer that sends to a closed connection makes the system drop what it holds.
     void deliversWhatTheSystemHolds()
     {
-        for (const int total : {30000, 600000}) { // all with the system; some pending, and long on their way
+        for (const int total : {30000, 600000}) { // all with the system; a part still queued
             TcpServer server;
             QVERIFY(server.listen(QHostAddress::LocalHost));
             qint64 handedOver = 0;
