@@ -32,7 +32,6 @@ private slots:
             {"monitor @ --baud=fast", 2, "波特率无效"},
             {"monitor @ --duration nan", 2, "时间无效"},
             {"monitor @ --hex=1", 2, "选项没有值：--hex"},
-            {"monitor @ --eol lfcr", 2, "行尾无效：lfcr"},
             {"monitor @ --log=", 2, "文件名无效"},
             {"monitor -- -x", 1, "串口不存在"},
             {"ports -x", 2, "未知选项：-x"},

@@ -196,9 +196,10 @@ private slots:
                 WAIT_EQUAL(handedOver, qint64(total));
             server.closeClient(QString());
             int read = 0;
+            bool talked = false;
             QTimer slow;
             connect(&slow, &QTimer::timeout, this, [&] {
-                if (read >= total - 30000 && peer.isOpen())
+                if (read >= total - 30000 && !std::exchange(talked, true))
                     peer.write("more");
                 read += peer.isOpen() ? peer.readAll().size() : 0;
                 peer.setReadBufferSize(read < total - 300000 ? 50000 : 1600);
