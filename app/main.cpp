@@ -2,6 +2,7 @@
 #include "consoletext.h"
 #include "demoboards.h"
 #include "launchoptions.h"
+#include "leftoveroffer.h"
 #include "mainwindow.h"
 #include "profile.h"
 #include "qtmessagebox.h"
@@ -80,6 +81,8 @@ int main(int argc, char *argv[])
         });
         boards->start();
     }
+    // Once the window is there, and with its ports open.
+    QTimer::singleShot(0, &window, [&window] { LeftoverOffer::make(&window); });
     Startup::removeUpdateRemains();
     return QApplication::exec();
 }

@@ -4,6 +4,7 @@
 #include "appversion.h"
 #include "fonts.h"
 #include "korvexresources.h"
+#include "runmark.h"
 #include "settings.h"
 #include "skin.h"
 
@@ -52,6 +53,7 @@ void prepare(QApplication &application)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("gb18030"));
 #endif
     AppPaths::makeFolders();
+    RunMark::hold(AppPaths::tmpFolder());
     Settings::writeDefaults();
     Settings::load();
     Skin::apply(Settings::instance().skin);

@@ -1,5 +1,7 @@
 #include "bytespool.h"
 
+#include "runmark.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QTemporaryFile>
@@ -36,7 +38,8 @@ bool ByteSpool::openFile()
     if (m_file)
         return m_file->isOpen();
     for (const QString &folder : {m_folder, QDir::tempPath()}) {
-        m_file = std::make_unique<SpoolFile>(folder + QLatin1Char('/') + m_stem + QStringLiteral("_XXXXXX"));
+        m_file = std::make_unique<SpoolFile>(folder + QLatin1Char('/') + m_stem + QLatin1Char('_') +
+                                             RunMark::text() + QStringLiteral("_XXXXXX"));
         if (m_file->openUnbuffered())
             return true;
         qWarning() << "cannot make a spool file in" << folder << m_file->errorString();

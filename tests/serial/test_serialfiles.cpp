@@ -4,14 +4,19 @@
 
 #include "bytespool.h"
 #include "fulldisk.h"
+#include "leftoveroffer.h"
 #include "qtmessagebox.h"
 #include "receivedfiles.h"
 #include "safefile.h"
 #include "settings.h"
 #include "textcodec.h"
 
+#include "leftoveroffer.h"
+#include "qtmessagebox.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QLineEdit>
+#include <QLockFile>
 #include <QMenu>
 #include <QPushButton>
 #include <QTextBlock>
@@ -293,6 +298,50 @@ private slots:
         // Two copies of the program that end together.
         const auto reserve = [&] { return ReceivedFiles::reserveDatedName(folder.path(), {".bin", ".txt"}); };
         QVERIFY(reserve() != reserve());
+    }
+
+    // Files of a program that runs are its own.
+    void offersWhatACrashLeft()
+    {
+        const QDir tmp(AppPaths::tmpFolder());
+        const auto names = [&tmp] { return tmp.entryList({"*_abcdef"}, QDir::Files).join(' '); };
+        QLockFile running(tmp.filePath("run_77.lock"));
+        QVERIFY(running.tryLock());
+        for (const char *name : {"serial_99_abcdef", "network_98_abcdef", "text_98_abcdef", "shown_97_abcdef",
+                                 "serial_77_abcdef", "text_77_abcdef", "serial_abcdef"})
+            QVERIFY(writeFile(tmp.filePath(name), name));
+        QVERIFY(writeFile(tmp.filePath("serial_96_abcdef"), {}));
+        QLockFile stale(tmp.filePath("run_95.lock"));
+        QVERIFY(stale.tryLock());
+        const QByteArray ofThisProcess = contentOf(tmp.filePath("run_95.lock"));
+        stale.unlock();
+        QVERIFY(writeFile(tmp.filePath("run_95.lock"),
+                          "999999999" + ofThisProcess.mid(ofThisProcess.indexOf('\n'))));
+        const QString others = "serial_77_abcdef serial_abcdef text_77_abcdef";
+
+        Questions questions(QtMessageBox::Cancel);
+        LeftoverOffer::make(m_page.get());
+        QVERIFY(questions.asked.value(0).contains(QStringLiteral("串口调试助手 16 bytes")));
+        QCOMPARE(names(), "network_98_abcdef serial_77_abcdef serial_99_abcdef serial_abcdef text_77_abcdef");
+
+        QVERIFY(!tmp.exists("run_95.lock"));
+        questions.answer = QtMessageBox::Save;
+        QVERIFY(QFile::remove(tmp.filePath("network_98_abcdef")));
+        const QString saved = m_root->filePath("saved.bin");
+        DialogAnswers::instance().fileNames = [this, saved, tries = 0](auto...) mutable {
+            return QStringList(tries++ == 0 ? m_root->filePath("missing/saved.bin") : saved);
+        };
+        LeftoverOffer::make(m_page.get()); // tells the failure, and asks again
+        QCOMPARE(questions.asked.size(), 3);
+        QCOMPARE(contentOf(saved), QByteArray("serial_99_abcdef"));
+        QCOMPARE(names(), others);
+
+        QVERIFY(writeFile(tmp.filePath("network_98_abcdef"), "x"));
+        questions.answer = QtMessageBox::Discard;
+        LeftoverOffer::make(m_page.get());
+        QCOMPARE(names(), others);
+        LeftoverOffer::make(m_page.get());
+        QCOMPARE(questions.asked.size(), 4);
     }
 
     void closingAsksOnlyForWhatIsUnsaved()
