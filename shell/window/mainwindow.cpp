@@ -105,9 +105,10 @@ void MainWindow::launch(const LaunchOptions &options)
         m_tabBar->setCurrentIndex(options.tool);
         m_stack->setCurrentIndex(options.tool);
     }
-    if (options.tool == SerialportWidget::pageIndex)
+    if (options.tool == SerialportWidget::pageIndex) {
+        m_portChecker->SltCheckSerialport(); // a first list would close the port
         m_serial->launch(options);
-    else if (options.tool == NetworkToolWidget::pageIndex)
+    } else if (options.tool == NetworkToolWidget::pageIndex)
         m_network->launch(options);
     if (!options.file.isEmpty())
         m_hexEdit->openFile(options.file);

@@ -8,6 +8,7 @@
 #include "freshfolder.h"
 #include "hexeditwidget.h"
 #include "korvexresources.h"
+#include "launchoptions.h"
 #include "mainwindow.h"
 #include "qhexedit.h"
 #include "qserialporcheck.h"
@@ -304,6 +305,27 @@ private slots:
     }
 
 #ifdef Q_OS_UNIX
+    // The first look at the ports comes a second after the start.
+    void keepsOpenWhatTheCommandLineOpened()
+    {
+        PtyPeer board;
+        QTemporaryDir ports;
+        QVERIFY(QFile::link(board.device(), ports.filePath("COM3")));
+        qputenv("KORVEX_VIRTUAL_PORTS", ports.path().toLocal8Bit());
+        show();
+        m_tabs->setCurrentIndex(2);
+        const QString log = ports.filePath("board.log");
+        m_window->launch(LaunchOptions::parse({"--port", "COM3", "--baud", "9600", "--open", "--log", log}));
+        m_window->findChild<QSerialPorCheck *>()->SltCheckSerialport();
+        QCOMPARE(m_tabs->currentIndex(), 0);
+        QVERIFY(!m_window->findChild<SerialportWidget *>()->isClosed());
+        QCOMPARE(m_window->findChild<QComboBox *>("comboBaudRate")->currentText(), QString("9600"));
+        QVERIFY(board.write("hello\n"));
+        WAIT_FOR(contentOf(log).endsWith(" RX hello\n"));
+        WAIT_FOR(m_window->findChild<QLabel *>("labelLogLamp")->isVisible());
+        qunsetenv("KORVEX_VIRTUAL_PORTS");
+    }
+
     // Bytes from the wire: counts only of the page on display, cleared by the
     // button; then the ways out, with the question asked once.
     void countsAndClosing()
