@@ -7,7 +7,7 @@
 namespace {
 
 constexpr int kRowBytes = 16;
-constexpr qint64 kMaxGapUs = 10 * 1000; // between two bytes of a row
+constexpr qint64 kMaxGapUs = 10LL * 1000; // between two bytes of a row
 
 const char kDigits[] = "0123456789ABCDEF";
 
