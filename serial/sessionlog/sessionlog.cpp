@@ -42,10 +42,12 @@ SessionLog::~SessionLog()
 void SessionLog::watch(Link *link, const std::function<QString()> &name)
 {
     connect(link, &Link::received, this, [this](const QByteArray &bytes, qint64 arrivalUs, const Peer &from) {
-        add(LogForm::In, arrivalUs, bytes, from.text().toLatin1());
+        if (isOn())
+            add(LogForm::In, arrivalUs, bytes, from.text().toLatin1());
     });
     connect(link, &Link::sent, this, [this, link](const QByteArray &bytes, qint64 timeUs, quint64 peer) {
-        add(LogForm::Out, timeUs, bytes, textOf(link, peer));
+        if (isOn())
+            add(LogForm::Out, timeUs, bytes, textOf(link, peer));
     });
     connect(link, &Link::peerJoined, this, [this](const Peer &peer) {
         if (peer.id != 0)
