@@ -28,7 +28,7 @@ public:
 
     explicit ProfileStore(const QString &page);
 
-    // Sorted; read anew, since several copies of the program share them.
+    // Sorted; read each time, since several copies of the program share them.
     QStringList names() const;
     bool contains(const QString &name) const;
     bool read(const QString &name, Profile *profile, QString *reason) const;

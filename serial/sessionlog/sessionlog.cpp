@@ -92,7 +92,7 @@ void SessionLog::note(const QString &text)
 
 void SessionLog::start(LogForm::Kind form, const LogFiles::Target &target, int codecIndex, bool opensNow)
 {
-    m_writer = std::make_unique<LogWriter>(form, target); // one that is stopping goes on by itself
+    m_writer = std::make_unique<LogWriter>(form, target); // an old one still writes its rest
     m_status = LogWriter::Status();
     m_isStopping = false;
     m_codec = codecIndex;
