@@ -20,6 +20,7 @@ CameraPort::CameraPort(CameraLinkPanel *fields, QObject *parent)
     , m_link(new SerialLink(this))
     , m_pause(this)
 {
+    m_link->setOpensLater(true);
     m_pause.setSingleShot(true);
     m_pause.setTimerType(Qt::PreciseTimer);
     connect(&m_pause, &QTimer::timeout, this, &CameraPort::passOn);

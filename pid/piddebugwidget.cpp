@@ -1,7 +1,6 @@
 #include "piddebugwidget.h"
 
 #include "formpanel.h"
-#include "link.h"
 #include "pidchart.h"
 #include "pidcurvelist.h"
 #include "pidoperations.h"
@@ -44,6 +43,7 @@ PidDebugWidget::PidDebugWidget(QWidget *parent)
 {
     setObjectName(QStringLiteral("PidDebugWidget"));
     m_link->setTool(QStringLiteral("PID调试助手"));
+    m_link->setOpensLater(true);
     buildUi();
     connectLink();
     connectPanel();
@@ -104,7 +104,8 @@ void PidDebugWidget::connectLink()
 {
     connect(m_link, &Link::received, m_session,
             [this](const QByteArray &bytes, qint64 arrivalUs) { m_session->receive(bytes, arrivalUs); });
-    connect(m_link, &QtSerialPort::openFailed, this, &QApplication::beep);
+    connect(m_link, &Link::stateChanged, this, &PidDebugWidget::handlePortState);
+    connect(m_link, &QtSerialPort::openFailed, this, &PidDebugWidget::reportNotOpened);
     connect(m_link, &QtSerialPort::hungUp, this, &PidDebugWidget::portVanished);
     connect(m_link, &QtSerialPort::failed, this,
             [this](const QString &reason) { notify(Notice::error(reason)); });
@@ -188,6 +189,11 @@ void PidDebugWidget::SltOpenSerialport()
         notify(Notice::information(QStringLiteral("串口[%1]已关闭!!").arg(m_link->portName())));
         return;
     }
+    if (m_link->state() == Link::State::Opening) {
+        closePort();
+        notify(Notice::information(QStringLiteral("已取消打开串口[%1]").arg(m_link->portName())));
+        return;
+    }
     const QString entry = m_portPanel->portText();
     if (entry.isEmpty()) {
         notify(Notice::error(QStringLiteral("当前系统未检测到任何串口，请重试!!!")));
@@ -199,14 +205,27 @@ void PidDebugWidget::SltOpenSerialport()
         return;
     }
     m_link->open(name, m_portPanel->baudRate(), 8, 0, 0);
-    if (!m_link->isOpen()) {
-        notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(name)));
-        notify(Notice::error(m_link->reason()));
-        return;
+}
+
+void PidDebugWidget::handlePortState(Link::State state)
+{
+    if (state == Link::State::Opening) {
+        m_portPanel->setOpening();
+        m_chart->state()->setState(StateIndicator::Busy,
+                                   QStringLiteral("正在打开%1").arg(m_link->portName()));
+    } else if (state == Link::State::Open) {
+        setPortState(true);
+        m_portPanel->remember();
+        notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(m_link->portName())));
     }
-    setPortState(true);
-    m_portPanel->remember();
-    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
+}
+
+void PidDebugWidget::reportNotOpened()
+{
+    QApplication::beep();
+    setPortState(false);
+    notify(Notice::error(QStringLiteral("串口[%1]打开失败!!!").arg(m_link->portName())));
+    notify(Notice::error(m_link->reason()));
 }
 
 void PidDebugWidget::setPortState(bool open)
@@ -222,7 +241,8 @@ void PidDebugWidget::setPortState(bool open)
 
 void PidDebugWidget::closePort()
 {
-    m_session->stopAll(m_pid->channel(), !m_operations->isIdle(), Link::nowUs());
+    if (m_link->isOpen())
+        m_session->stopAll(m_pid->channel(), !m_operations->isIdle(), Link::nowUs());
     m_link->close();
     setPortState(false);
 }
@@ -236,7 +256,7 @@ void PidDebugWidget::portVanished()
 
 void PidDebugWidget::closeLinks()
 {
-    if (m_link->isOpen())
+    if (m_link->isOpen() || m_link->state() == Link::State::Opening)
         closePort();
 }
 

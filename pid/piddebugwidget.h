@@ -6,6 +6,7 @@
 // and keeps nothing itself.
 
 #include "fieldmemory.h"
+#include "link.h"
 #include "pidframe.h"
 #include "qtwidgetbase.h"
 
@@ -77,6 +78,8 @@ private:
     void connectPanel();
     void connectWorkArea();
 
+    void handlePortState(Link::State state);
+    void reportNotOpened();
     void setPortState(bool open);
     void closePort();
     void portVanished();

@@ -81,3 +81,9 @@ void PidPortPanel::setOpenState(bool open)
     m_open->setText(open ? QStringLiteral("关闭串口") : QStringLiteral("打开串口"));
     ButtonRole::setPrimary(m_open, !open);
 }
+
+void PidPortPanel::setOpening()
+{
+    setOpenState(true);
+    m_open->setText(QStringLiteral("取消打开"));
+}

@@ -21,6 +21,7 @@ public:
     void setPorts(const QStringList &entries);
     // Open: port and rate are fixed and the button closes.
     void setOpenState(bool open);
+    void setOpening(); // a click cancels it
     // In the settings, for the next start; and from there.
     void remember();
     void load();

@@ -171,6 +171,13 @@ void SerialConfigPanel::setOpenState(bool open)
     m_open->setToolTip(QStringLiteral("快捷键：F5"));
 }
 
+void SerialConfigPanel::setOpening()
+{
+    setOpenState(true);
+    m_open->setText(QStringLiteral("取消打开"));
+    m_open->setToolTip(QStringLiteral("设备（如蓝牙串口）正在连接，单击不再等待（F5）"));
+}
+
 void SerialConfigPanel::setClosing()
 {
     m_open->setText(QStringLiteral("正在关闭…"));

@@ -31,6 +31,8 @@ public:
 
     // Open: parameters are fixed and the button closes.
     void setOpenState(bool open);
+    // A click cancels the opening.
+    void setOpening();
     // The port is closed as soon as its last bytes have left.
     void setClosing();
     // A click ends the waiting for the device.

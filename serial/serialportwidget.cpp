@@ -33,6 +33,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
 {
     setObjectName(QStringLiteral("SerialportWidget"));
     m_port->setTool(QStringLiteral("串口调试助手"));
+    m_port->setOpensLater(true);
     buildUi();
     m_reader = new QuietReader(
         m_port.get(), [this] { return m_terminal->queuedBytes(); }, this);
@@ -165,7 +166,7 @@ void SerialportWidget::SltOpenSerialport()
     } else if (m_port->state() == Link::State::Closing) {
         notify(Notice::information(
             QStringLiteral("串口[%1]正在发送剩余数据，请稍候").arg(m_port->settings().name)));
-    } else if (m_port->isOpen()) {
+    } else if (m_port->state() != Link::State::Closed) {
         m_closedByUser = true;
         m_port->close();
     } else {
@@ -190,16 +191,28 @@ void SerialportWidget::openPort()
         notify(Notice::error(QStringLiteral("波特率为空或不是正整数，串口未打开！")));
         return;
     }
-    if (!m_port->open(settings, SerialLink::Refusal::KeepsOpen)) {
-        reportFailedOpening(entry);
-        return;
-    }
+    m_openedEntry = entry;
+    if (!m_port->open(settings, SerialLink::Refusal::KeepsOpen))
+        reportFailedOpening(std::exchange(m_openedEntry, QString()));
+}
+
+void SerialportWidget::showOpening()
+{
+    const QString text = QStringLiteral("正在打开%1").arg(m_port->settings().name);
+    m_config->setOpening();
+    m_state->setState(StateIndicator::Busy, text);
+    m_area->showWaiting(text);
+}
+
+void SerialportWidget::handleOpened()
+{
+    const QString name = m_port->settings().name;
     setPortState(true);
-    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(settings.name)));
+    notify(Notice::information(QStringLiteral("串口[%1]打开成功!").arg(name)));
     const QStringList refused = m_port->refusedParameters();
     if (!refused.isEmpty())
-        notify(Notice::error(QStringLiteral("串口[%1]不支持以下参数：%2")
-                                 .arg(settings.name, refused.join(QStringLiteral("、")))));
+        notify(Notice::error(
+            QStringLiteral("串口[%1]不支持以下参数：%2").arg(name, refused.join(QStringLiteral("、")))));
     m_config->rememberDefaults();
 }
 
@@ -246,28 +259,56 @@ void SerialportWidget::showWaiting()
     m_area->showWaiting(text);
 }
 
-// A port that closes lets its last bytes leave first. What a transfer does to
-// the port is reported by the transfer.
-void SerialportWidget::handlePortState()
+// What a transfer does to the port is reported by the transfer, what the
+// reconnector does by handleWaiting().
+void SerialportWidget::handlePortState(Link::State state)
 {
-    if (m_port->isOpen() || m_transfer->isBusy())
+    if (m_transfer->isBusy())
         return;
-    m_reader->stop();
-    if (m_port->state() == Link::State::Closing) {
+    const QString openedEntry = state == Link::State::Opening ? QString() : std::exchange(m_openedEntry, {});
+    switch (state) {
+    case Link::State::Opening:
+        if (!m_reconnector->isWaiting())
+            showOpening();
+        break;
+    case Link::State::Open:
+        if (!openedEntry.isEmpty())
+            handleOpened();
+        break;
+    case Link::State::Closing: // the last bytes leave first
+        m_reader->stop();
         m_sendBox->setDeviceOpen(false);
         m_state->setOn(false);
         m_config->setClosing();
-        return;
+        break;
+    case Link::State::Closed:
+        m_reader->stop();
+        handlePortClosed(openedEntry);
+        break;
     }
+}
+
+// notOpened: the entry that was chosen, where opening it has failed.
+void SerialportWidget::handlePortClosed(const QString &notOpened)
+{
+    if (m_reconnector->failedAttempts() > 0)
+        return; // it is waiting as before
     setPortState(false);
-    if (std::exchange(m_closedByUser, false))
-        notify(Notice::information(QStringLiteral("串口[%1]已关闭!!").arg(m_port->settings().name)));
+    const QString name = m_port->settings().name;
+    if (std::exchange(m_closedByUser, false)) {
+        notify(Notice::information(
+            (notOpened.isEmpty() ? QStringLiteral("串口[%1]已关闭!!") : QStringLiteral("已取消打开串口[%1]"))
+                .arg(name)));
+    }
     if (m_reconnector->isWaiting()) {
         showWaiting();
         notify(Notice::information(
             QStringLiteral("串口[%1]已断开，正在等待设备恢复").arg(m_reconnector->portName())));
     } else if (!m_port->reason().isEmpty()) {
-        notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
+        if (notOpened.isEmpty())
+            notify(Notice::error(QStringLiteral("当前串口已拔出，请重新打开!")));
+        else
+            reportFailedOpening(notOpened);
     }
     emit signalClosed();
 }
@@ -477,7 +518,7 @@ void SerialportWidget::closeLinks()
     m_quitting = m_transfer->isBusy();
     if (m_quitting)
         m_transfer->stop(); // endTransfer() closes
-    else if (m_port->isOpen())
+    else if (m_port->state() != Link::State::Closing)
         m_port->close();
 }
 

@@ -76,9 +76,12 @@ private:
     void connectParts();
 
     void openPort();
+    void showOpening();
+    void handleOpened();
     void reportFailedOpening(const QString &port);
     void setPortState(bool open);
-    void handlePortState();
+    void handlePortState(Link::State state);
+    void handlePortClosed(const QString &notOpened);
     void handleWaiting(bool isWaiting);
     void showWaiting();
     void takeArrived();
@@ -109,6 +112,7 @@ private:
     quint32 m_sendCount = 0;
     quint32 m_recvCount = 0;
 
+    QString m_openedEntry;       // of the list, while it is being opened
     bool m_closedByUser = false; // which is reported at the end of the closing
     bool m_quitting = false;     // a transfer is being stopped, its port closed then
     bool m_defaultsDue = false;  // settings were restored while the port was open

@@ -214,6 +214,16 @@ void LinkSession::open()
         emit notify(Notice::error(reason));
 }
 
+// An attempt that took its time has failed.
+void LinkSession::notifyFailed(const Entry &entry, const QString &reason)
+{
+    const Transport &transport = entry.transport;
+    if (transport.link == m_client)
+        return emit notify(Notice::error(QStringLiteral("[TCP Client]连接失败：%1").arg(reason)));
+    emit notify(Notice::error(withSubject(transport.failed, transport.subject())));
+    emit notify(Notice::error(reason));
+}
+
 void LinkSession::close()
 {
     if (m_reconnector->isWaiting())
@@ -300,7 +310,7 @@ void LinkSession::handleClosed(Entry &entry)
         m_indicator->setOn(false);
     }
     if (!wasOpen && !reason.isEmpty())
-        emit notify(Notice::error(QStringLiteral("[TCP Client]连接失败：%1").arg(reason)));
+        notifyFailed(entry, reason);
     else if (wasOpen && !transport.ended.text.isEmpty() && (!reason.isEmpty() || !transport.ended.isError()))
         emit notify(transport.ended);
     if (isShown && reason.isEmpty())

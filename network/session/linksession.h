@@ -116,6 +116,7 @@ private:
     void handleState(int protocol);
     void handleOpened(Entry &entry);
     void handleClosed(Entry &entry);
+    void notifyFailed(const Entry &entry, const QString &reason);
     void endWaiting();
     void handleLeft(Entry &entry, const Peer &peer, const QString &reason);
     void notifyDropped(const Entry &entry, const Peer &peer);

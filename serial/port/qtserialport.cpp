@@ -2,6 +2,8 @@
 
 #include <QDebug>
 
+#include <utility>
+
 namespace {
 
 QSerialPort::StopBits stopBitsOf(int index)
@@ -25,7 +27,12 @@ QtSerialPort::QtSerialPort(QObject *parent)
 {
     connect(this, &Link::received, this, [this](const QByteArray &bytes) { emit bytesRead(bytes); });
     connect(this, &Link::stateChanged, this, [this](State state) {
-        if (state == State::Closed && !reason().isEmpty())
+        const State former = std::exchange(m_former, state);
+        if (state != State::Closed || reason().isEmpty())
+            return;
+        if (former == State::Opening)
+            emit openFailed();
+        else
             emit hungUp();
     });
 }
@@ -44,7 +51,7 @@ void QtSerialPort::open(QString portName, int baudRate, int dataBits, int stopBi
 
 void QtSerialPort::close()
 {
-    if (isOpen())
+    if (state() != State::Closing)
         SerialLink::close();
 }
 

@@ -17,7 +17,8 @@ public:
 public slots:
     // dataBits: 5 to 8. stopBits: 0 one, 1 one and a half, 2 two; other values
     // are passed on. parity: the QSerialPort::Parity value. isOpen() is the
-    // outcome; a failure emits openFailed().
+    // outcome, or the state Opening where it comes later; a failure emits
+    // openFailed().
     void open(QString portName, int baudRate, int dataBits, int stopBits, int parity);
     // Once: what is leaving is not dropped by a second call.
     void close() override;
@@ -30,4 +31,7 @@ signals:
     void openFailed();
     // The device went away; the port is closed.
     void hungUp();
+
+private:
+    State m_former = State::Closed;
 };

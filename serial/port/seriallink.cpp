@@ -3,6 +3,7 @@
 #include "closingport.h"
 #include "portdrain.h"
 #include "portname.h"
+#include "portopening.h"
 #include "serialports.h"
 
 #include <QDebug>
@@ -108,6 +109,24 @@ QStringList configure(QSerialPort &port, const SerialSettings &settings)
     return refused;
 }
 
+// Knows no link: it may run in another thread.
+bool openDevice(QSerialPort &port, const SerialSettings &settings, SerialLink::Refusal refusal,
+                QStringList *refused)
+{
+    port.setReadBufferSize(kReadBufferBytes);
+    if (refusal == SerialLink::Refusal::FailsOpening)
+        configure(port, settings);
+    if (!port.open(QIODevice::ReadWrite))
+        return false;
+    if (refusal == SerialLink::Refusal::KeepsOpen)
+        *refused = configure(port, settings);
+    // A port without modem lines refuses these, which is no failure.
+    port.setDataTerminalReady(settings.dtr);
+    if (settings.rts && settings.flowControl != QSerialPort::HardwareControl)
+        port.setRequestToSend(*settings.rts);
+    return true;
+}
+
 } // namespace
 
 SerialLink::SerialLink(QObject *parent)
@@ -135,9 +154,48 @@ bool SerialLink::open(const SerialSettings &settings, Refusal refusal)
     const QString tool = toolUsing(m_port->portName());
     if (!tool.isEmpty())
         return fail(QStringLiteral("串口已在“%1”中打开，请先在那里关闭").arg(tool));
-    if (!openDevice(settings, refusal)) {
-        qWarning().noquote() << "cannot open" << settings.name << m_port->errorString();
-        return fail(errorReason(m_port->error(), settings.name));
+    if (PortOpening::isOpening(m_port->portName()))
+        return fail(QStringLiteral("上次打开该串口的操作尚未结束，请稍后再试"));
+    m_refused.clear();
+    if (m_opensLater && SerialPorts::mayBlock(settings.name)) {
+        openLater(refusal);
+        return true;
+    }
+    return finishOpening(openDevice(*m_port, settings, refusal, &m_refused));
+}
+
+void SerialLink::openLater(Refusal refusal)
+{
+    setResource(m_port->portName());
+    m_closing = nullptr; // another device
+    setState(State::Opening);
+    m_opening = std::make_unique<PortOpening>();
+    const auto refused = std::make_shared<QStringList>();
+    connect(m_opening.get(), &PortOpening::finished, this, [this, refused](bool isOpen) {
+        m_port = m_opening->takePort();
+        m_opening.release()->deleteLater(); // this is its doing
+        m_refused = *refused;
+        if (finishOpening(isOpen)) { // the lines may have been moved meanwhile
+            setDtr(m_settings.dtr);
+            if (m_settings.rts)
+                setRts(*m_settings.rts);
+        }
+    });
+    m_opening->start(std::exchange(m_port, std::make_unique<QSerialPort>()),
+                     [settings = m_settings, refusal, refused](QSerialPort &port) {
+                         return openDevice(port, settings, refusal, refused.get());
+                     });
+}
+
+bool SerialLink::finishOpening(bool isOpen)
+{
+    if (!isOpen) {
+        qWarning().noquote() << "cannot open" << m_settings.name << m_port->errorString();
+        const QString reason = errorReason(m_port->error(), m_settings.name);
+        if (state() != State::Opening)
+            return fail(reason);
+        setState(State::Closed, reason);
+        return false;
     }
     m_errorPending = false;
     m_hungUp = false;
@@ -153,21 +211,10 @@ bool SerialLink::open(const SerialSettings &settings, Refusal refusal)
     return true;
 }
 
-bool SerialLink::openDevice(const SerialSettings &settings, Refusal refusal)
+void SerialLink::cancelOpening()
 {
-    m_port->setReadBufferSize(kReadBufferBytes);
-    m_refused.clear();
-    if (refusal == Refusal::FailsOpening)
-        configure(*m_port, settings);
-    if (!m_port->open(QIODevice::ReadWrite))
-        return false;
-    if (refusal == Refusal::KeepsOpen)
-        m_refused = configure(*m_port, settings);
-    // A port without modem lines refuses these, which is no failure.
-    m_port->setDataTerminalReady(settings.dtr);
-    if (settings.rts && settings.flowControl != QSerialPort::HardwareControl)
-        m_port->setRequestToSend(*settings.rts);
-    return true;
+    m_opening.reset();
+    setState(State::Closed);
 }
 
 // A port that is still closing goes on with that.
@@ -238,7 +285,9 @@ SerialLink::Lines SerialLink::lines() const
 
 void SerialLink::close()
 {
-    if (m_closing)
+    if (m_opening)
+        cancelOpening();
+    else if (m_closing)
         m_closing->dropRest();
     else
         beginClosing();
@@ -246,6 +295,8 @@ void SerialLink::close()
 
 void SerialLink::beginClosing()
 {
+    if (m_opening)
+        cancelOpening();
     if (!isOpen())
         return;
     readRest();

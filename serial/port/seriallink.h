@@ -15,6 +15,7 @@
 
 class ClosingPort;
 class PortDrain;
+class PortOpening;
 
 class SerialLink : public Link
 {
@@ -31,8 +32,12 @@ public:
     // As close(); the bytes leave all the same.
     ~SerialLink() override;
 
-    // False with a reason() when it fails. An open port is closed first.
+    // False with a reason() when it fails. An open port is closed first. Where the
+    // device may take seconds and opensLater is set, true also with the state
+    // Opening, which ends in Open or, with a reason(), in Closed.
     bool open(const SerialSettings &settings, Refusal refusal = Refusal::FailsOpening);
+    // Off at first: open() waits for the device.
+    void setOpensLater(bool opensLater) { m_opensLater = opensLater; }
     // Gives the open port these settings, all but the name. Returns the
     // parameters that the device refused, for the user; it keeps its own there.
     QStringList apply(const SerialSettings &settings);
@@ -96,7 +101,9 @@ protected:
 
 private:
     void readRest();
-    bool openDevice(const SerialSettings &settings, Refusal refusal);
+    void openLater(Refusal refusal);
+    bool finishOpening(bool isOpen);
+    void cancelOpening();
     bool fail(const QString &reason);
     void beginClosing();
     void handleArrival();
@@ -111,14 +118,16 @@ private:
 
     std::unique_ptr<QSerialPort> m_port;
     std::unique_ptr<PortDrain> m_drain;
-    ClosingPort *m_closing = nullptr; // the port of a closing link
-    const Peer m_peer;                // the one other end
+    std::unique_ptr<PortOpening> m_opening; // while the state is Opening
+    ClosingPort *m_closing = nullptr;       // the port of a closing link
+    const Peer m_peer;                      // the one other end
     SerialSettings m_settings;
     QStringList m_refused;
     bool m_errorPending = false; // noticed, and handled in the event loop's next turn
     bool m_hungUp = false;
     bool m_blocked = false;
     bool m_endsOnWriteError = false;
+    bool m_opensLater = false;
     bool m_isHandingOver = false; // handedOver() is being emitted
     qint64 m_lineFreeAtNs = 0;    // what was sent has left by then
     qint64 m_readBytes = 0;

@@ -152,6 +152,20 @@ bool isPresent(const QString &name)
 #endif
 }
 
+bool mayBlock(const QString &name)
+{
+#ifdef Q_OS_WIN
+    const QVector<Port> all = ports();
+    return std::any_of(all.begin(), all.end(), [&name](const Port &port) {
+        return port.name == name &&
+               (port.description.contains(QLatin1String("Bluetooth"), Qt::CaseInsensitive) ||
+                port.description.contains(QStringLiteral("蓝牙")));
+    });
+#else
+    return PortName::deviceFile(name).section(QLatin1Char('/'), -1).startsWith(QLatin1String("rfcomm"));
+#endif
+}
+
 Identity identityOf(const QString &name)
 {
     const QVector<Port> all = ports();

@@ -45,6 +45,9 @@ QString find(const QString &name, const Identity &identity, const QVector<Port> 
 // There is such a port, or a device file of the name.
 bool isPresent(const QString &name);
 
+// Whether opening the port may take seconds, as over Bluetooth.
+bool mayBlock(const QString &name);
+
 Identity identityOf(const QString &name);
 
 // Asks the system again at the next call, although no device has come or gone.

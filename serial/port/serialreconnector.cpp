@@ -36,13 +36,18 @@ void SerialReconnector::setEnabled(bool isEnabled)
         cancel();
 }
 
-void SerialReconnector::handleState()
+void SerialReconnector::handleState(Link::State state)
 {
-    if (m_link->isOpen()) {
+    if (state == Link::State::Open) {
+        m_wasOpen = true;
         m_identity = SerialPorts::identityOf(m_link->settings().name);
         end();
-    } else if (m_link->state() == Link::State::Closed && !m_link->reason().isEmpty() && m_isEnabled) {
-        wait();
+    } else if (state == Link::State::Closed) {
+        const bool hasEnded = std::exchange(m_wasOpen, false) && !m_link->reason().isEmpty();
+        if (isWaiting())
+            handleFailedAttempt();
+        else if (hasEnded && m_isEnabled)
+            wait();
     }
 }
 
@@ -51,6 +56,7 @@ void SerialReconnector::wait()
     m_portName = m_link->settings().name;
     m_since = QDateTime::currentDateTime();
     m_reason.clear();
+    m_failedAttempts = 0;
     watchFolders();
     m_timer.start(kPeriodMs);
     emit waitingChanged(true);
@@ -73,6 +79,7 @@ void SerialReconnector::end()
     if (!isWaiting())
         return;
     m_timer.stop();
+    m_failedAttempts = 0;
     m_watcher.release()->deleteLater(); // this may be its doing
     emit waitingChanged(false);
 }
@@ -80,11 +87,13 @@ void SerialReconnector::end()
 void SerialReconnector::cancel()
 {
     end();
+    if (m_link->state() == Link::State::Opening)
+        m_link->close();
 }
 
 void SerialReconnector::attempt()
 {
-    if (m_isHeld || !isWaiting())
+    if (m_isHeld || !isWaiting() || m_link->state() == Link::State::Opening)
         return;
     if (SerialPorts::find(m_portName, m_identity, SerialPorts::ports()).isEmpty())
         return;
@@ -95,8 +104,13 @@ void SerialReconnector::attempt()
         return;
     SerialSettings settings = m_link->settings(); // the lines may have been moved meanwhile
     settings.name = name;
-    if (m_link->open(settings, SerialLink::Refusal::KeepsOpen))
-        return;
+    if (!m_link->open(settings, SerialLink::Refusal::KeepsOpen))
+        handleFailedAttempt();
+}
+
+void SerialReconnector::handleFailedAttempt()
+{
+    ++m_failedAttempts;
     if (m_since.msecsTo(QDateTime::currentDateTime()) > kBusyAfterMs)
         m_timer.setInterval(kBusyPeriodMs);
     if (std::exchange(m_reason, m_link->reason()) != m_reason)

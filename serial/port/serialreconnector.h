@@ -31,6 +31,7 @@ public:
 
     bool isWaiting() const { return m_timer.isActive(); }
     QDateTime waitingSince() const { return m_since; }
+    int failedAttempts() const { return m_failedAttempts; } // since then
     // Under which the device was last there.
     const QString &portName() const { return m_portName; }
     // Why the last attempt to open the device failed, for the user; empty while it
@@ -47,11 +48,12 @@ signals:
     void reasonChanged();
 
 private:
-    void handleState();
+    void handleState(Link::State state);
     void wait();
     void watchFolders();
     void end();
     void attempt();
+    void handleFailedAttempt();
 
     SerialLink *m_link;
     QString m_portName;
@@ -60,6 +62,8 @@ private:
     QString m_reason;
     QTimer m_timer;
     std::unique_ptr<QFileSystemWatcher> m_watcher; // while waiting
+    int m_failedAttempts = 0;
+    bool m_wasOpen = false; // the link; it has not been closed since
     bool m_isEnabled = false;
     bool m_isHeld = false;
 };

@@ -3,6 +3,7 @@
 
 #include "closingport.h"
 #include "linepulse.h"
+#include "portopening.h"
 #include "ptypeer.h"
 #include "qserialporcheck.h"
 #include "qtserialport.h"
@@ -133,6 +134,48 @@ private slots:
         }
         QCOMPARE(openFailed.count(), 2);
         QVERIFY(m_states->isEmpty());
+    }
+
+    // A device of that name may need seconds: the window goes on meanwhile.
+    void opensBluetoothLater()
+    {
+        const QTemporaryDir folder;
+        const QString device = folder.filePath("rfcomm0");
+        const QString broken = folder.filePath("rfcomm1");
+        QVERIFY(QFile::link(m_board->device(), device) && QFile::link("/dev/null", broken));
+        const QSet<int> heldByPeer = descriptorsOf(m_board->device());
+        const QSignalSpy openFailed(m_port.get(), &QtSerialPort::openFailed);
+        m_port->setOpensLater(true);
+        QVERIFY(m_port->SerialLink::open(settingsOf(device), SerialLink::Refusal::KeepsOpen));
+        QCOMPARE(m_port->state(), Link::State::Opening);
+        QCOMPARE(m_port->send("too early"), qint64(0));
+        QTRY_VERIFY(m_port->isOpen());
+        m_port->writeBytes("to board");
+        QCOMPARE(m_board->read(8), QByteArray("to board"));
+        const QSignalSpy bytes(m_port.get(), &QtSerialPort::bytesRead);
+        m_board->write("from board");
+        QTRY_COMPARE(bytes.count(), 1);
+        m_port->close();
+        QTRY_COMPARE(m_port->state(), Link::State::Closed);
+
+        m_port->open(device, 115200, 8, 0, 0);
+        m_port->close(); // at once, while the device is still being opened
+        QCOMPARE(m_port->state(), Link::State::Closed);
+        m_port->open(device, 115200, 8, 0, 0);
+        QCOMPARE(m_port->state(), Link::State::Closed);
+        QVERIFY(m_port->reason().startsWith("上次打开该串口的操作尚未结束"));
+        QCOMPARE(openFailed.count(), 1);
+        QTRY_VERIFY(!PortOpening::isOpening(device));
+        QCOMPARE(descriptorsOf(m_board->device()), heldByPeer);
+
+        m_port->open(broken, 115200, 8, 0, 0);
+        QCOMPARE(m_port->state(), Link::State::Opening);
+        QTRY_COMPARE(openFailed.count(), 2);
+        QCOMPARE(m_port->reason(), QString("设备不是可用的串口，或不支持所选的参数"));
+        m_port->open(device, 115200, 8, 0, 0);
+        m_port.reset();
+        QTRY_VERIFY(!PortOpening::isOpening(device));
+        QCOMPARE(descriptorsOf(m_board->device()), heldByPeer);
     }
 
     // One and a half stop bits exist on Windows only.
