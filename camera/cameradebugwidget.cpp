@@ -11,6 +11,7 @@
 #include "imageviewer.h"
 #include "linksession.h"
 #include "pictureactions.h"
+#include "profilebutton.h"
 #include "qtmessagetip.h"
 #include "settings.h"
 
@@ -50,6 +51,7 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     connectSession();
     connectReceiver();
     rememberFields();
+    addProfiles();
     SltChangeProtocol(m_link->protocol());
     m_sinceRate.start();
     m_rateTimer.start(kRatePeriodMs);
@@ -162,6 +164,17 @@ void CameraDebugWidget::rememberFields()
     m_memory->add(m_checkCrc, &kept.checkCrc);
     m_memory->add(m_bigEndian, &kept.bigEndian);
     m_config->remember(m_memory);
+}
+
+void CameraDebugWidget::addProfiles()
+{
+    auto *profiles = new ProfileButton(
+        QStringLiteral("camera"), {{QStringLiteral("Camera"), QStringLiteral("CameraPage")}, {}}, m_status);
+    m_status->addTool(profiles);
+    profiles->setRefusal([this] { return isClosed() ? QString() : QStringLiteral("请先断开连接"); });
+    connect(profiles, &ProfileButton::collecting, m_link, &CameraLinkPanel::saveDefaults);
+    connect(profiles, &ProfileButton::chosen, this, &CameraDebugWidget::reloadSettings);
+    connect(profiles, &ProfileButton::notify, this, &CameraDebugWidget::notify);
 }
 
 void CameraDebugWidget::fold()

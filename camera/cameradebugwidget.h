@@ -71,6 +71,7 @@ private:
     void addChecks(FormGroup *group);
     void connectParts();
     void rememberFields();
+    void addProfiles();
 
     void connectSession();
     void connectReceiver();

@@ -22,6 +22,7 @@ QString rateText(double bytesPerSecond)
 
 CameraStatusRow::CameraStatusRow(QWidget *parent)
     : QWidget(parent)
+    , m_row(new QHBoxLayout(this))
     , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
     , m_fps(new QLabel(this))
     , m_rate(new QLabel(this))
@@ -38,17 +39,22 @@ CameraStatusRow::CameraStatusRow(QWidget *parent)
     m_error->setObjectName(QStringLiteral("labelImageError"));
     m_error->setProperty("kind", QStringLiteral("error"));
 
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(16);
-    row->addWidget(m_fold);
-    row->addStretch();
+    m_row->setContentsMargins(0, 0, 0, 0);
+    m_row->setSpacing(16);
+    m_row->addWidget(m_fold);
+    m_row->addStretch();
     for (QLabel *label : {m_error, m_skipped, m_fps, m_rate, m_number})
-        row->addWidget(label);
-    row->addWidget(m_state);
+        m_row->addWidget(label);
+    m_row->addWidget(m_state);
     showRates(0, 0);
     showFrames(0, {});
     showErrors(0, {});
+}
+
+void CameraStatusRow::addTool(QWidget *tool)
+{
+    m_row->insertWidget(1, tool);
+    setTabOrder(m_fold, tool);
 }
 
 void CameraStatusRow::showRates(double framesPerSecond, double bytesPerSecond)

@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 class StateIndicator;
@@ -26,6 +27,7 @@ public:
     explicit CameraStatusRow(QWidget *parent = nullptr);
 
     QPushButton *foldButton() const { return m_fold; }
+    void addTool(QWidget *tool); // beside it
     StateIndicator *state() const { return m_state; }
 
     void showRates(double framesPerSecond, double bytesPerSecond);
@@ -34,6 +36,7 @@ public:
     void showErrors(qint64 count, const QString &lastReason);
 
 private:
+    QHBoxLayout *m_row;
     QPushButton *m_fold;
     QLabel *m_fps;
     QLabel *m_rate;

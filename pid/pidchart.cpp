@@ -15,6 +15,7 @@
 PidChart::PidChart(PidRecorder *recorder, QWidget *parent)
     : QWidget(parent)
     , m_recorder(recorder)
+    , m_row(new QHBoxLayout)
     , m_plot(new PidPlot(recorder, this))
     , m_curves(new PidCurveList(this))
     , m_zoom(new QComboBox(this))
@@ -53,27 +54,32 @@ void PidChart::buildUi()
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
-    column->addLayout(buildTopRow());
+    buildTopRow();
+    column->addLayout(m_row);
     column->addWidget(m_plot, 1);
     column->addWidget(m_curves);
 }
 
-QLayout *PidChart::buildTopRow()
+void PidChart::buildTopRow()
 {
-    auto *row = new QHBoxLayout;
-    row->setSpacing(8);
-    row->addWidget(m_fold);
-    row->addSpacing(8);
+    m_row->setSpacing(8);
+    m_row->addWidget(m_fold);
+    m_row->addSpacing(8);
     auto *zoom = new QLabel(QStringLiteral("曲线缩放"), this);
     zoom->setBuddy(m_zoom);
-    row->addWidget(zoom);
-    row->addWidget(m_zoom);
-    row->addWidget(m_fitAll);
-    row->addStretch();
-    row->addWidget(m_follow);
-    row->addWidget(m_live);
-    row->addWidget(m_state);
-    return row;
+    m_row->addWidget(zoom);
+    m_row->addWidget(m_zoom);
+    m_row->addWidget(m_fitAll);
+    m_row->addStretch();
+    m_row->addWidget(m_follow);
+    m_row->addWidget(m_live);
+    m_row->addWidget(m_state);
+}
+
+void PidChart::addTool(QWidget *tool)
+{
+    m_row->insertWidget(1, tool);
+    setTabOrder(m_fold, tool);
 }
 
 void PidChart::applyCurve(int graph)

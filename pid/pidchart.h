@@ -13,6 +13,7 @@ class PidPlot;
 class PidRecorder;
 class QCheckBox;
 class QComboBox;
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 class StateIndicator;
@@ -42,11 +43,12 @@ public:
     QComboBox *zoomBox() const { return m_zoom; }
     QCheckBox *fitAllBox() const { return m_fitAll; }
     QPushButton *foldButton() const { return m_fold; }
+    void addTool(QWidget *tool); // beside it
     StateIndicator *state() const { return m_state; }
 
 private:
     void buildUi();
-    QLayout *buildTopRow();
+    void buildTopRow();
     void applyCurve(int graph);
     void applyCurves();
     void showFollow();
@@ -54,6 +56,7 @@ private:
     void clearValues();
 
     PidRecorder *m_recorder;
+    QHBoxLayout *m_row;
     PidPlot *m_plot;
     PidCurveList *m_curves;
     QComboBox *m_zoom;

@@ -10,6 +10,7 @@
 #include "pidsaving.h"
 #include "pidsession.h"
 #include "portname.h"
+#include "profilebutton.h"
 #include "qtmessagebox.h"
 #include "qtserialport.h"
 #include "settings.h"
@@ -48,6 +49,7 @@ PidDebugWidget::PidDebugWidget(QWidget *parent)
     connectLink();
     connectPanel();
     connectWorkArea();
+    addProfiles();
     setPlotStyle(QStringLiteral("black"));
     setPortState(false);
     m_memory.add(m_pid->channelBox(), &Settings::instance().pid.channel);
@@ -154,6 +156,23 @@ void PidDebugWidget::connectWorkArea()
     connect(m_chart->plot(), &QCustomPlot::mouseMove, this, &PidDebugWidget::SltPlotMoveEvent);
     connect(m_chart->curveList(), &PidCurveList::signalGraphClicked, this, &PidDebugWidget::SltGraphClicked);
     connect(m_chart->foldButton(), &QPushButton::clicked, this, &PidDebugWidget::fold);
+}
+
+void PidDebugWidget::addProfiles()
+{
+    auto *profiles = new ProfileButton(QStringLiteral("pid"), {{QStringLiteral("Pid")}, {}}, m_chart);
+    m_chart->addTool(profiles);
+    profiles->setRefusal([this] {
+        return m_link->state() == Link::State::Closed ? QString() : QStringLiteral("请先关闭串口");
+    });
+    connect(profiles, &ProfileButton::collecting, m_portPanel, &PidPortPanel::remember);
+    connect(profiles, &ProfileButton::chosen, this, [this] {
+        reloadSettings();
+        const QString port = Settings::instance().pid.port;
+        if (!port.isEmpty() && !m_portPanel->choosePort(port))
+            notify(Notice::error(QStringLiteral("方案中的串口[%1]现在不存在").arg(port)));
+    });
+    connect(profiles, &ProfileButton::notify, this, &PidDebugWidget::notify);
 }
 
 void PidDebugWidget::reloadSettings()

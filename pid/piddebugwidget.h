@@ -77,6 +77,7 @@ private:
     void connectLink();
     void connectPanel();
     void connectWorkArea();
+    void addProfiles();
 
     void handlePortState(Link::State state);
     void reportNotOpened();

@@ -49,15 +49,27 @@ void PidPortPanel::setPorts(const QStringList &entries)
 {
     m_port->setPorts(entries);
     if (!m_isPortChosen)
-        selectRemembered();
+        selectPort(Settings::instance().pid.port);
 }
 
-void PidPortPanel::selectRemembered()
+bool PidPortPanel::selectPort(const QString &name)
 {
-    const QString name = Settings::instance().pid.port;
-    for (int i = 0; i < m_port->count(); ++i)
-        if (PortName::fromEntry(m_port->itemText(i)) == name)
+    for (int i = 0; i < m_port->count(); ++i) {
+        if (PortName::fromEntry(m_port->itemText(i)) == name) {
             m_port->setCurrentIndex(i);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool PidPortPanel::choosePort(const QString &name)
+{
+    m_isPortChosen = true;
+    const bool isThere = selectPort(name);
+    if (!isThere)
+        m_port->setEditText(name);
+    return isThere;
 }
 
 void PidPortPanel::remember()

@@ -19,6 +19,8 @@ public:
     QString portText() const; // an entry of the list, or what was typed
     int baudRate() const;
     void setPorts(const QStringList &entries);
+    // As if the user had. False where the list lacks it; its name is then in the field.
+    bool choosePort(const QString &name);
     // Open: port and rate are fixed and the button closes.
     void setOpenState(bool open);
     void setOpening(); // a click cancels it
@@ -32,7 +34,7 @@ signals:
     void openClicked();
 
 private:
-    void selectRemembered();
+    bool selectPort(const QString &name);
 
     PortComboBox *m_port;
     QComboBox *m_baudRate;
