@@ -340,6 +340,9 @@ void WorkArea::showWaiting(const QString &text)
 {
     m_waiting->setText(text);
     m_waiting->setVisible(!text.isEmpty());
+    // They are in the status bar as well; the row has no room for all three.
+    m_sendLabel->setVisible(text.isEmpty());
+    m_recvLabel->setVisible(text.isEmpty());
 }
 
 void WorkArea::showGathering(qint64 bytes)
