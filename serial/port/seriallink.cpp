@@ -20,7 +20,7 @@ QString deniedText(const QString &name)
 {
 #ifndef Q_OS_WIN
     const QFileInfo file(PortName::deviceFile(name));
-    if (!file.isReadable() || !file.isWritable())
+    if (file.exists() && (!file.isReadable() || !file.isWritable()))
         return QStringLiteral("没有访问该串口的权限，请把当前用户加入dialout组并重新登录");
 #else
     Q_UNUSED(name)
