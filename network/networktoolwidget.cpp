@@ -44,7 +44,7 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     m_multicast->remember(m_memory);
     m_session->setReconnects(m_config->reconnects());
     m_recvOptions->remember(m_memory, &Settings::instance().networkArea);
-    m_sendOptions->remember(m_memory, &Settings::instance().networkArea);
+    m_sendOptions->remember(m_memory, &Settings::instance().networkArea, &Settings::instance().networkSend);
     m_area->remember(&Settings::instance().networkArea);
     connectSession();
     sltChangeNetType(m_config->protocol());
@@ -84,8 +84,10 @@ void NetworkToolWidget::buildUi()
                            static_cast<QWidget *>(m_multicast)})
         m_panel->addWidget(group);
     m_config->setMulticastGroup(m_multicast);
-    m_profiles = new ProfileButton(QStringLiteral("network"),
-                                   {{QStringLiteral("NetworkPage")}, {QStringLiteral("NetTools")}}, m_area);
+    m_profiles = new ProfileButton(
+        QStringLiteral("network"),
+        {{QStringLiteral("NetworkPage"), QStringLiteral("NetworkSend")}, {QStringLiteral("NetTools")}},
+        m_area);
     m_area->addTool(m_profiles);
     m_area->placeBeside(m_panel, m_multicast->lastField());
     setPageKeys(m_config->openButton(), m_area->foldButton());
@@ -384,6 +386,7 @@ void NetworkToolWidget::reloadSettings()
     m_log->load();
     m_area->reloadView();
     m_memory->load();
+    m_sendOptions->load();
     m_multicast->load();
     // The parameters shown are those of the link, or of the server waited for.
     m_defaultsDue = !m_session->isClosed() || !m_session->waitingSince().isNull();

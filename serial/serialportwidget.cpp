@@ -43,7 +43,7 @@ SerialportWidget::SerialportWidget(QWidget *parent)
     connectParts();
     m_memory = new FieldMemory(this);
     m_recvOptions->remember(m_memory, &Settings::instance().serialArea);
-    m_sendOptions->remember(m_memory, &Settings::instance().serialArea);
+    m_sendOptions->remember(m_memory, &Settings::instance().serialArea, &Settings::instance().serialSend);
     m_area->remember(&Settings::instance().serialArea);
     SltDelayChanged();
     setPortState(false);
@@ -82,8 +82,10 @@ void SerialportWidget::buildUi()
     m_panel->addWidget(m_recvOptions);
     m_panel->addWidget(m_sendOptions);
     m_panel->addWidget(m_lines);
-    m_profiles = new ProfileButton(QStringLiteral("serial"),
-                                   {{QStringLiteral("SerialPage")}, {QStringLiteral("Serialport")}}, m_area);
+    m_profiles = new ProfileButton(
+        QStringLiteral("serial"),
+        {{QStringLiteral("SerialPage"), QStringLiteral("SerialSend")}, {QStringLiteral("Serialport")}},
+        m_area);
     m_area->addTool(m_profiles);
     m_area->placeBeside(m_panel, m_lines->lastField());
     setPageKeys(m_config->openButton(), m_area->foldButton());
@@ -542,6 +544,7 @@ const ByteSpool &SerialportWidget::spool() const
 void SerialportWidget::loadFields()
 {
     m_memory->load();
+    m_sendOptions->load();
     m_config->loadDefaults();
     m_lines->load();
     const QString port = Settings::instance().serialPage.port;
@@ -554,6 +557,7 @@ void SerialportWidget::reloadSettings()
     m_log->load();
     m_area->reloadView();
     m_memory->load();
+    m_sendOptions->load();
     m_defaultsDue = !isClosed(); // the parameters shown are those of the port
     if (m_defaultsDue)
         return;

@@ -96,6 +96,21 @@ public:
     LogChoices serialLog{&m_table, "SerialLog"};
     LogChoices networkLog{&m_table, "NetworkLog"};
 
+    struct SendChoices : SettingsGroup // of a page's single send
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<bool> isShown{this, "Show", false}; // the bar is open
+        Setting<int> lineEnd{this, "LineEnd", 0, notWritten, {0, 2}}; // of SendText, where one is added
+        Setting<bool> hasEscapes{this, "Escapes", false};
+        Setting<int> checksum{this, "Checksum", 0, notWritten, {0, 7}}; // index into the list, 0: none
+        Setting<bool> isReversed{this, "Reversed", false}; // its bytes
+        Setting<int> checksumFrom{this, "ChecksumFrom", 0, notWritten, {0, 65535}}; // byte
+        Setting<bool> isAfterLineEnd{this, "AfterLineEnd", false};
+        Setting<bool> enterSends{this, "EnterSends", false};
+    };
+    SendChoices serialSend{&m_table, "SerialSend"};
+    SendChoices networkSend{&m_table, "NetworkSend"};
+
     struct NetworkDefaults : SettingsGroup // of the link that was opened last
     {
         using SettingsGroup::SettingsGroup;

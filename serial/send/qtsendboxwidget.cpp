@@ -10,6 +10,7 @@
 #include "qtpagebar.h"
 #include "qttexteditinput.h"
 #include "safefile.h"
+#include "sendformatbar.h"
 #include "settings.h"
 #include "singlesendpage.h"
 
@@ -42,13 +43,18 @@ QString textFile(QtSendBoxWidget::Owner owner)
     return confFile(owner, "ser_send_data.txt", "net_send_data.txt");
 }
 
+QString historyFile(QtSendBoxWidget::Owner owner)
+{
+    return confFile(owner, "ser_send_history.txt", "net_send_history.txt");
+}
+
 } // namespace
 
 QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     : QWidget(parent)
     , m_owner(owner)
     , m_pages(new QStackedWidget(this))
-    , m_single(new SingleSendPage(textFile(owner), this))
+    , m_single(new SingleSendPage(textFile(owner), historyFile(owner), this))
     , m_multi(new MultiSendPage(listFile(owner), this))
     , m_file(new FileSendPage(this))
 {
@@ -66,7 +72,16 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     m_autoTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_autoTimer, &QTimer::timeout, this, &QtSendBoxWidget::SltAutoSendData);
 
-    connect(m_single->editor(), &QTextEdit::textChanged, this, [this] { m_reportedIgnored = 0; });
+    m_bytesTimer.setSingleShot(true);
+    m_bytesTimer.setInterval(0);
+    connect(&m_bytesTimer, &QTimer::timeout, this, &QtSendBoxWidget::showBytes);
+    connect(m_single->editor(), &QTextEdit::textChanged, this, [this] {
+        m_reportedIgnored = 0;
+        m_bytesTimer.start();
+    });
+    connect(m_single->formatBar(), &SendFormatBar::changed, &m_bytesTimer, QOverload<>::of(&QTimer::start));
+    connect(m_single->formatBar(), &SendFormatBar::newlineWanted, this, &QtSendBoxWidget::newlineWanted);
+    connect(m_single, &SingleSendPage::hexWanted, this, &QtSendBoxWidget::hexWanted);
     connect(m_single->editor(), &QtTextEditInput::showErrorHint, this, &QtSendBoxWidget::showErrorHint);
     connect(m_single->editor(), &QtTextEditInput::pasteRefused, this,
             [this] { QtMessageTip::showTip(tooLong(QStringLiteral("粘贴的内容超过20万字符"))); });
@@ -105,7 +120,7 @@ void QtSendBoxWidget::SltMultiChangePage(int page)
 
 void QtSendBoxWidget::SltMultiBtnClicked(int place)
 {
-    sendOnce(m_multi->rowToSend(place));
+    sendOnce(m_multi->rowToSend(place), rowFormat());
 }
 
 void QtSendBoxWidget::SltMultiEditFinished()
@@ -180,6 +195,8 @@ void QtSendBoxWidget::setCurrentPage(int index)
 void QtSendBoxWidget::setNewline(bool bCheck)
 {
     m_format.addsNewLine = bCheck;
+    m_single->formatBar()->setNewline(bCheck);
+    m_bytesTimer.start();
 }
 
 void QtSendBoxWidget::setAutoSend(bool bCheck)
@@ -200,6 +217,7 @@ void QtSendBoxWidget::setHexSend(bool bCheck)
     m_format.isHex = bCheck;
     m_reportedIgnored = 0;
     m_single->editor()->setHexMode(bCheck);
+    m_bytesTimer.start();
 }
 
 bool QtSendBoxWidget::requireDevice()
@@ -220,40 +238,72 @@ void QtSendBoxWidget::stopAutoSend()
 
 void QtSendBoxWidget::SltSingleSendPage()
 {
-    sendOnce(m_single->text());
+    sendOnce(m_single->text(), singleFormat());
+}
+
+// Rows share the line end with the single send, and have no checksum.
+SendText QtSendBoxWidget::rowFormat() const
+{
+    SendText format = singleFormat();
+    format.hasEscapes = false;
+    format.checksum = {};
+    return format;
+}
+
+SendText QtSendBoxWidget::singleFormat() const
+{
+    SendText format = m_format;
+    m_single->formatBar()->writeTo(&format);
+    format.codecIndex = Settings::instance().textCodec;
+    return format;
+}
+
+void QtSendBoxWidget::showBytes()
+{
+    const SendText format = singleFormat();
+    const bool isPlain = format.isPlain();
+    if (m_single->formatBar()->isOpen() || !isPlain)
+        m_single->formatBar()->showBytes(format.encode(m_single->text()), isPlain);
+    else
+        m_single->formatBar()->showBytes({}, true);
 }
 
 // At the user's request, which an empty text answers with a tip.
-void QtSendBoxWidget::sendOnce(const QString &text)
+void QtSendBoxWidget::sendOnce(const QString &text, const SendText &format)
 {
     m_reportedIgnored = 0;
     if (!requireDevice())
         return;
-    if (text.isEmpty() && !m_format.addsNewLine)
+    if (text.trimmed().isEmpty() && (format.isHex || (text.isEmpty() && !format.addsNewLine)))
         QtMessageTip::showTip(QStringLiteral("请输入需要发送的数据"));
     else
-        sendText(text);
+        sendText(text, format);
 }
 
 void QtSendBoxWidget::SltAutoSendData()
 {
     if (requireDevice())
-        sendText(m_single->text());
+        sendText(m_single->text(), singleFormat());
 }
 
-void QtSendBoxWidget::sendText(const QString &text)
+void QtSendBoxWidget::sendText(const QString &text, const SendText &format)
 {
-    m_format.codecIndex = Settings::instance().textCodec;
-    const SendText::Encoded encoded = m_format.encode(text);
+    const SendText::Encoded encoded = format.encode(text);
     reportIgnored(encoded);
-    if (!encoded.bytes.isEmpty())
-        emit signalSendData(encoded.bytes);
+    if (encoded.bytes.isEmpty())
+        return;
+    if (m_pages->currentWidget() == m_single)
+        m_single->keepSent(format.isHex);
+    emit signalSendData(encoded.bytes);
 }
 
 // Once for each text, not at every period.
 void QtSendBoxWidget::reportIgnored(const SendText::Encoded &encoded)
 {
-    if (encoded.ignored > 0 && encoded.ignored != m_reportedIgnored) {
+    if (!encoded.wrongEscape.isEmpty()) {
+        stopAutoSend(); // it would be refused again at each period
+        emit notify(Notice::error(QStringLiteral("转义“%1”无效，未发送！").arg(encoded.wrongEscape)));
+    } else if (encoded.ignored > 0 && encoded.ignored != m_reportedIgnored) {
         const QString text = encoded.hasNoByte()
                                  ? QStringLiteral("没有完整的十六进制字节，未发送！")
                                  : QStringLiteral("十六进制数据不完整或包含无效字符，末尾%1个字符未发送！")

@@ -44,6 +44,10 @@ public:
     int autoInterval() const { return m_autoTimer.interval(); }
 
     FileSendPage *filePage() const { return m_file; }
+    SingleSendPage *singlePage() const { return m_single; }
+
+    // The bytes that the text would be sent as, where they are shown.
+    void showBytes();
 
 public slots:
     void setCurrentPage(int index);
@@ -56,6 +60,9 @@ signals:
     void signalSendData(QByteArray byCmd);
     void showErrorHint();
     void signalSendFile(int type, int size, QStringList fileName);
+    // The bar of the single send, or its history, asks for what the panel chooses.
+    void newlineWanted(bool isOn);
+    void hexWanted(bool isHex);
     // Automatic sending stopped or was refused.
     void autoSendStopped();
     void notify(const Notice &notice);
@@ -75,8 +82,10 @@ private slots:
 
 private:
     void connectPages();
-    void sendOnce(const QString &text);
-    void sendText(const QString &text);
+    void sendOnce(const QString &text, const SendText &format);
+    void sendText(const QString &text, const SendText &format);
+    SendText rowFormat() const;
+    SendText singleFormat() const;
     // Stops automatic sending and shows a tip where no device is open.
     bool requireDevice();
     QString tooLong(const QString &what) const;
@@ -88,6 +97,7 @@ private:
     MultiSendPage *m_multi;
     FileSendPage *m_file;
     QTimer m_autoTimer;
+    QTimer m_bytesTimer; // the bytes are shown when typing pauses
     QString m_closedReason;
     bool m_deviceOpen = false;
     SendText m_format;         // how typed text becomes bytes

@@ -57,8 +57,34 @@ QtTextEditInput::QtTextEditInput(QWidget *parent)
     PlaceholderText::keepFaint(this);
 }
 
+// A line as it is shown, which may be part of a paragraph.
+bool QtTextEditInput::isHistoryKey(const QKeyEvent *event)
+{
+    const bool isUp = event->key() == Qt::Key_Up;
+    if ((!isUp && event->key() != Qt::Key_Down) ||
+        (event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
+        return false;
+    QTextCursor beyond = textCursor();
+    if (beyond.hasSelection() || beyond.movePosition(isUp ? QTextCursor::Up : QTextCursor::Down))
+        return false;
+    bool hasOne = false;
+    if (isUp)
+        emit olderWanted(&hasOne);
+    else
+        emit newerWanted(&hasOne);
+    return hasOne;
+}
+
 void QtTextEditInput::keyPressEvent(QKeyEvent *event)
 {
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (m_enterSends && isEnter && (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier) {
+        if (!event->isAutoRepeat())
+            emit sendWanted();
+        return;
+    }
+    if (isHistoryKey(event))
+        return;
     if (!m_hexMode || isHexKey(event->key())) {
         QTextEdit::keyPressEvent(event);
         return;

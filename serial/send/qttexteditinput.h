@@ -15,10 +15,17 @@ public:
 
     void setHexMode(bool hex) { m_hexMode = hex; }
     bool hexMode() const { return m_hexMode; }
+    // Enter asks to send, and Shift+Enter makes a line.
+    void setEnterSends(bool sends) { m_enterSends = sends; }
 
 signals:
     void showErrorHint();
     void pasteRefused(); // longer than SendText::maxCharacters
+    void sendWanted();   // by Enter
+    // Up in the first line, Down in the last one. The receiver says whether it has
+    // one; without, the key does what it always does.
+    void olderWanted(bool *hasOne);
+    void newerWanted(bool *hasOne);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -28,5 +35,8 @@ protected:
     void insertFromMimeData(const QMimeData *source) override;
 
 private:
+    bool isHistoryKey(const QKeyEvent *event);
+
     bool m_hexMode = false;
+    bool m_enterSends = false;
 };

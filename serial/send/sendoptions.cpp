@@ -3,6 +3,8 @@
 #include "fieldmemory.h"
 #include "qtmessagetip.h"
 #include "qtsendboxwidget.h"
+#include "sendformatbar.h"
+#include "singlesendpage.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -26,6 +28,9 @@ SendOptions::SendOptions(QtSendBoxWidget *box, QWidget *parent)
     connect(m_newline, &QCheckBox::toggled, m_box, &QtSendBoxWidget::setNewline);
     connect(m_auto, &QCheckBox::toggled, m_box, &QtSendBoxWidget::setAutoSend);
     connect(m_interval, &QLineEdit::editingFinished, this, &SendOptions::intervalEdited);
+    connect(m_box, &QtSendBoxWidget::newlineWanted, m_newline, &QCheckBox::setChecked);
+    connect(m_box, &QtSendBoxWidget::hexWanted, this,
+            [this](bool isHex) { (isHex ? m_hex : m_text)->setChecked(true); });
     connect(m_box, &QtSendBoxWidget::autoSendStopped, m_auto, [this] { m_auto->setChecked(false); });
 }
 
@@ -62,8 +67,14 @@ QWidget *SendOptions::lastField() const
     return m_interval;
 }
 
-void SendOptions::remember(FieldMemory *memory, Settings::AreaChoices *choices)
+void SendOptions::load()
 {
+    m_box->singlePage()->formatBar()->load();
+}
+
+void SendOptions::remember(FieldMemory *memory, Settings::AreaChoices *choices, Settings::SendChoices *single)
+{
+    m_box->singlePage()->formatBar()->remember(single);
     memory->add(m_page, &choices->sendPage);
     memory->add(m_text, m_hex, &choices->hexSend);
     memory->add(m_newline, &choices->newline);

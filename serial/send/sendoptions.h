@@ -22,7 +22,8 @@ public:
     explicit SendOptions(QtSendBoxWidget *box, QWidget *parent = nullptr);
 
     // Keeps all choices but that to send automatically.
-    void remember(FieldMemory *memory, Settings::AreaChoices *choices);
+    void remember(FieldMemory *memory, Settings::AreaChoices *choices, Settings::SendChoices *single);
+    void load(); // what the memory does not keep
 
     // Applies the period that was typed. One below 10 ms, or no number, is
     // refused with a tip, and the former period is shown again.

@@ -1,12 +1,16 @@
 #include "singlesendpage.h"
 
 #include "fonts.h"
+#include "historypopup.h"
 #include "qttexteditinput.h"
 #include "safefile.h"
+#include "sendformatbar.h"
 #include "sendtext.h"
+#include "senttexts.h"
 #include "textcodec.h"
 
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -17,15 +21,20 @@ constexpr int kSaveDelayMs = 500;
 
 } // namespace
 
-SingleSendPage::SingleSendPage(const QString &fileName, QWidget *parent)
+SingleSendPage::SingleSendPage(const QString &fileName, const QString &historyFile, QWidget *parent)
     : QWidget(parent)
     , m_fileName(fileName)
     , m_editor(new QtTextEditInput(this))
     , m_send(new QPushButton(QStringLiteral("发送"), this))
     , m_load(new QPushButton(QStringLiteral("加载文件"), this))
     , m_clear(new QPushButton(QStringLiteral("清空"), this))
+    , m_history(new QPushButton(QStringLiteral("历史"), this))
+    , m_format(new QPushButton(QStringLiteral("格式"), this))
+    , m_formatBar(new SendFormatBar(this))
+    , m_sent(new SentTexts(historyFile, this))
 {
     buildUi();
+    connectHistory();
     loadText();
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setInterval(kSaveDelayMs);
@@ -33,6 +42,8 @@ SingleSendPage::SingleSendPage(const QString &fileName, QWidget *parent)
     connect(m_editor, &QTextEdit::textChanged, this, [this] {
         m_changed = true;
         m_saveTimer.start();
+        if (!m_isWalking)
+            m_sent->endWalk();
     });
     connect(m_clear, &QPushButton::clicked, this, [this] {
         replaceText(QString());
@@ -59,17 +70,71 @@ void SingleSendPage::buildUi()
     m_clear->setObjectName(QStringLiteral("btnClearSend"));
     m_clear->setToolTip(QStringLiteral("清空编辑区"));
     m_send->setShortcut(QKeySequence(int(Qt::CTRL) + Qt::Key_Return));
-    auto *buttons = new QVBoxLayout;
-    buttons->setSpacing(4);
-    buttons->addWidget(m_send);
-    buttons->addWidget(m_load);
-    buttons->addWidget(m_clear);
-    buttons->addStretch();
+    m_history->setObjectName(QStringLiteral("btnSendHistory"));
+    m_history->setToolTip(QStringLiteral("发送过的数据；在编辑区首行按↑、末行按↓也可取出"));
+    m_format->setObjectName(QStringLiteral("btnSendFormat"));
+    m_format->setToolTip(QStringLiteral("行尾、转义字符、校验码，实际发送的字节"));
+    auto *left = new QVBoxLayout;
+    left->setSpacing(4);
+    left->addWidget(m_editor, 1);
+    left->addWidget(m_formatBar);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(4, 4, 8, 4);
     row->setSpacing(8);
-    row->addWidget(m_editor, 1);
-    row->addLayout(buttons);
+    row->addLayout(left, 1);
+    row->addLayout(buildButtons());
+}
+
+QLayout *SingleSendPage::buildButtons()
+{
+    auto *buttons = new QGridLayout;
+    buttons->setSpacing(4);
+    buttons->addWidget(m_send, 0, 0, 1, 2);
+    buttons->addWidget(m_history, 1, 0);
+    buttons->addWidget(m_format, 1, 1);
+    buttons->addWidget(m_load, 2, 0);
+    buttons->addWidget(m_clear, 2, 1);
+    buttons->setRowStretch(3, 1);
+    return buttons;
+}
+
+void SingleSendPage::connectHistory()
+{
+    connect(m_sent, &SentTexts::notify, this, &SingleSendPage::notify);
+    connect(m_editor, &QtTextEditInput::olderWanted, this, [this](bool *hasOne) { walk(1, hasOne); });
+    connect(m_editor, &QtTextEditInput::newerWanted, this, [this](bool *hasOne) { walk(-1, hasOne); });
+    connect(m_editor, &QtTextEditInput::sendWanted, m_send, &QPushButton::click);
+    connect(m_formatBar, &SendFormatBar::enterSendsChanged, m_editor, &QtTextEditInput::setEnterSends);
+    connect(m_format, &QPushButton::clicked, this, [this] { m_formatBar->setOpen(!m_formatBar->isOpen()); });
+    connect(m_history, &QPushButton::clicked, this, [this] {
+        if (!m_historyPopup) {
+            m_historyPopup = new HistoryPopup(m_sent, this);
+            connect(m_historyPopup, &HistoryPopup::chosen, this, [this](const SendHistory::Entry &entry) {
+                emit hexWanted(entry.isHex);
+                replaceText(entry.text);
+                m_editor->setFocus();
+            });
+        }
+        m_historyPopup->showAbove(m_history);
+    });
+}
+
+void SingleSendPage::walk(int direction, bool *hasOne)
+{
+    QString text = this->text();
+    *hasOne = m_sent->step(direction, m_editor->hexMode(), &text);
+    if (!*hasOne)
+        return;
+    m_isWalking = true;
+    replaceText(text);
+    m_isWalking = false;
+    m_editor->moveCursor(direction > 0 ? QTextCursor::Start : QTextCursor::End);
+    m_editor->moveCursor(QTextCursor::EndOfLine);
+}
+
+void SingleSendPage::keepSent(bool isHex)
+{
+    m_sent->add({text(), isHex});
 }
 
 QString SingleSendPage::text() const

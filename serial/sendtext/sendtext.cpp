@@ -1,11 +1,28 @@
 #include "sendtext.h"
 
+#include "escapes.h"
+#include "framechecksum.h"
 #include "hextext.h"
 #include "textcodec.h"
 
+#include <algorithm>
+#include <optional>
+
 namespace {
 
-constexpr char kNewLine[] = "\x0D\x0A";
+constexpr const char *kLineEnds[] = {"\x0D\x0A", "\x0A", "\x0D"};
+
+QByteArray sumOf(const SendText::Checksum &checksum, const QByteArray &bytes)
+{
+    std::optional<FrameChecksum> sum = FrameChecksum::named(checksum.name);
+    if (!sum)
+        return {};
+    sum->add(bytes.mid(checksum.from));
+    QByteArray result = sum->bytes();
+    if (checksum.isReversed)
+        std::reverse(result.begin(), result.end());
+    return result;
+}
 
 bool isSeparator(QChar character)
 {
@@ -27,12 +44,22 @@ SendText::Encoded SendText::encode(QString text) const
     Encoded encoded;
     if (isHex) {
         const HexText::Parsed parsed = HexText::parse(text);
-        encoded = {parsed.bytes, parsed.ignored};
+        encoded.bytes = parsed.bytes;
+        encoded.ignored = parsed.ignored;
+    } else if (hasEscapes) {
+        encoded.bytes = Escapes::encode(text, codecIndex, &encoded.wrongEscape);
+        if (!encoded.wrongEscape.isEmpty())
+            return encoded;
     } else {
         encoded.bytes = TextCodec::encode(text, codecIndex);
     }
-    if (addsNewLine && !encoded.hasNoByte())
-        encoded.bytes += kNewLine;
+    const bool isSummed = !encoded.bytes.isEmpty() && !checksum.name.isEmpty();
+    if (isSummed && !checksum.isAfterLineEnd)
+        encoded.bytes += sumOf(checksum, encoded.bytes);
+    if (addsNewLine && !(isHex && encoded.bytes.isEmpty()))
+        encoded.bytes += kLineEnds[lineEnd];
+    if (isSummed && checksum.isAfterLineEnd)
+        encoded.bytes += sumOf(checksum, encoded.bytes);
     return encoded;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 // How the text of the send box becomes bytes: in a codec, or as hexadecimal
-// digits, with or without a new line behind it; and which text stands for a
-// file's bytes. Knows no editor and no device.
+// digits, with or without a checksum and a line end behind it; and which text
+// stands for a file's bytes. Knows no editor and no device.
 
 #include <QByteArray>
 #include <QString>
@@ -16,14 +16,33 @@ struct SendText
     struct Encoded
     {
         QByteArray bytes;
-        int ignored = 0; // characters at the end of the text that make no byte
+        int ignored = 0;     // characters at the end of the text that make no byte
+        QString wrongEscape; // the first one, which makes no byte either
         bool hasNoByte() const { return bytes.isEmpty() && ignored > 0; }
     };
 
-    bool isHex = false;
-    bool addsNewLine = false; // 0x0D 0x0A; not behind text that makes no byte
-    int codecIndex = 0;       // of TextCodec, where it is not hexadecimal
+    enum LineEnd { CrLf, Lf, Cr };
 
+    // Behind the bytes; none where they are empty.
+    struct Checksum
+    {
+        QString name;                // of FrameChecksum; empty: none
+        bool isReversed = false;     // the other byte order than the usual one
+        int from = 0;                // over the bytes from this offset on
+        bool isAfterLineEnd = false; // and over the line end; else before it and without
+    };
+
+    bool isHex = false;
+    bool addsNewLine = false; // not behind hexadecimal text that makes no byte
+    int codecIndex = 0;       // of TextCodec, where it is not hexadecimal
+    LineEnd lineEnd = CrLf;
+    bool hasEscapes = false; // in text: see Escapes
+    Checksum checksum;
+
+    // The text and nothing else.
+    bool isPlain() const { return !hasEscapes && checksum.name.isEmpty() && lineEnd == CrLf; }
+
+    // Nothing where an escape is wrong.
     Encoded encode(QString text) const;
 
     // The size up to which a file's text has at most maxCharacters.

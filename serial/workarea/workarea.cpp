@@ -127,6 +127,7 @@ void WorkArea::reloadView()
 
 void WorkArea::reloadCodec()
 {
+    m_sendBox->showBytes();
     const int codec = Settings::instance().textCodec;
     m_codecBar->reload();
     if (std::exchange(m_codec, codec) != codec)

@@ -1,6 +1,7 @@
 // The send box: what is typed, what goes out, and what is kept.
 
 #include "answers.h"
+#include "fieldmemory.h"
 #include "filesendpage.h"
 #include "freshfolder.h"
 #include "korvexresources.h"
@@ -14,7 +15,9 @@
 
 #include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
@@ -145,6 +148,73 @@ private slots:
         QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请确认通信设备是否打开?"));
         QMetaObject::invokeMethod(m_box.get(), "sltSendXYModemFile");
         QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("请先打开需要发送的文件"));
+    }
+
+    // Up and Down walk through what was sent, of the same kind; the draft comes back.
+    void walksThroughTheHistory()
+    {
+        SendOptions options(m_box.get());
+        const auto send = [this](const char *text) {
+            m_editor->setPlainText(text);
+            press("btnSingleSend");
+        };
+        const auto press = [this](Qt::Key key) {
+            QTest::keyClick(m_editor, key);
+            return m_editor->toPlainText();
+        };
+        send("first");
+        send("second\nline");
+        m_box->setHexSend(true);
+        send("0A");
+        m_box->setHexSend(false);
+        m_editor->setPlainText("draft");
+        QCOMPARE(press(Qt::Key_Up), QString("second\nline"));
+        QCOMPARE(press(Qt::Key_Up), QString("first"));
+        QCOMPARE(press(Qt::Key_Up), QString("first"));
+        QCOMPARE(press(Qt::Key_Down), QString("second\nline"));
+        QCOMPARE(press(Qt::Key_Up), QString("second\nline")); // to the line above
+        QCOMPARE(press(Qt::Key_Down), QString("second\nline"));
+        QCOMPARE(press(Qt::Key_Down), QString("draft"));
+        makeBox();
+        QCOMPARE(press(Qt::Key_Up), QString("second\nline")); // after a start as well
+        QCOMPARE(file("ser_send_history.txt"), QByteArray("H 0A\nT second\\nline\nT first\n"));
+    }
+
+    void addsWhatTheBarSays()
+    {
+        FieldMemory memory;
+        SendOptions options(m_box.get());
+        options.remember(&memory, &Settings::instance().serialArea, &Settings::instance().serialSend);
+        auto *bytes = child<QLabel>("labelSendBytes");
+        const auto *newline = options.findChild<QCheckBox *>("checkNewline");
+        QVERIFY(!bytes->isVisible());
+        m_editor->setPlainText("AT");
+        press("btnSendFormat");
+        QTRY_COMPARE(bytes->text(), QString("发送2字节 41 54"));
+        auto *lineEnd = child<QComboBox>("comboSendLineEnd");
+        lineEnd->setCurrentIndex(2);
+        emit lineEnd->activated(2);
+        QVERIFY(newline->isChecked());
+        child<QComboBox>("comboSendChecksum")->setCurrentIndex(4);
+        press("btnSendFormat"); // closed, and the bytes stay in sight
+        QTRY_COMPARE(bytes->text(), QString("发送5字节 41 54 30 1F 0A"));
+        QVERIFY(bytes->isVisible());
+        m_editor->setFocus();
+        child<QCheckBox>("checkEnterSends")->setChecked(true);
+        QTest::keyClick(m_editor, Qt::Key_Return);
+        QCOMPARE(lastSent(), QByteArray("AT\x30\x1f\n"));
+        QTest::keyClick(m_editor, Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(m_editor->toPlainText(), QString("\nAT"));
+        m_box->setCurrentPage(QtSendBoxWidget::MultiPage);
+        finish(child<QLineEdit>("multiEdit0"), "row");
+        press("multiSend0");
+        QCOMPARE(lastSent(), QByteArray("row\n")); // the checksum belongs to the single send
+        child<QCheckBox>("checkSendEscapes")->setChecked(true);
+        m_editor->setPlainText("\\q");
+        m_box->setCurrentPage(QtSendBoxWidget::SinglePage);
+        const int sent = m_sent->count();
+        press("btnSingleSend");
+        QCOMPARE(m_sent->count(), sent);
     }
 
     void autoSendsWithItsPeriod()

@@ -2,6 +2,7 @@
 
 #include "linedrain.h"
 #include "portname.h"
+#include "sendhistory.h"
 #include "sendlist.h"
 #include "sendtext.h"
 #include "textcodec.h"
@@ -147,21 +148,42 @@ private slots:
 
     void encodesTypedTextAndReadsFiles()
     {
+        using Sum = SendText::Checksum;
+        const auto made = [](bool isHex, bool newLine, int codec, SendText::LineEnd lineEnd = SendText::CrLf,
+                             bool escapes = false, const Sum &sum = {}) {
+            return SendText{isHex, newLine, codec, lineEnd, escapes, sum};
+        };
+        const Sum modbus{"CRC-16/MODBUS", false, 0, false};
         const std::tuple<QString, SendText, QByteArray, int> rows[] = {
-            // hexadecimal, new line, codec
-            {"温\r\nb", {false, false, 0}, "\xe6\xb8\xa9\nb", 0},
-            {"温\r\nb", {false, true, 1}, "\xce\xc2\nb\r\n", 0},
-            {"", {false, false, 0}, "", 0},
-            {"", {false, true, 0}, "\r\n", 0},
-            {"01 fF", {true, false, 0}, "\x01\xff", 0},
-            {"01 02 fF 7", {true, true, 0}, "\x01\x02\xff\r\n", 1},
-            {"hello", {true, true, 0}, "", 5}, // not even a new line
-            {" ", {true, true, 0}, "\r\n", 0}};
+            {"温\r\nb", made(false, false, 0), "\xe6\xb8\xa9\nb", 0},
+            {"温\r\nb", made(false, true, 1), "\xce\xc2\nb\r\n", 0},
+            {"", made(false, false, 0), "", 0},
+            {"", made(false, true, 0), "\r\n", 0},
+            {"01 fF", made(true, false, 0), "\x01\xff", 0},
+            {"01 02 fF 7", made(true, true, 0), "\x01\x02\xff\r\n", 1},
+            {"hello", made(true, true, 0), "", 5}, // not even a new line
+            {" ", made(true, true, 0), "", 0},
+            {"AT", made(false, true, 0, SendText::Lf), "AT\n", 0},
+            {"123456789", made(true, true, 0, SendText::Cr, true, modbus), "\x12\x34\x56\x78\x7b\x10\r", 1},
+            {"123456789", made(false, true, 0, SendText::Cr, false, modbus), "123456789\x37\x4b\r", 0},
+            {"x123456789", made(false, false, 0, SendText::CrLf, false, {"crc-16/modbus", true, 1, true}),
+             "x123456789\x4b\x37", 0},
+            {"12", made(false, true, 0, SendText::Lf, false, {"sum8", false, 0, true}), "12\n\x6d", 0},
+            {"", made(false, true, 0, SendText::CrLf, false, modbus), "\r\n", 0},
+            {"温\\r\\n\\t\\\\\\xfF\\x0d", made(false, false, 1, SendText::CrLf, true),
+             "\xce\xc2\r\n\t\\\xff\r", 0}};
         for (const auto &[text, format, bytes, ignored] : rows) {
             QCOMPARE(format.encode(text).bytes, bytes);
             QCOMPARE(format.encode(text).ignored, ignored);
         }
+        for (const char *wrong : {"\\q", "\\", "\\x1", "\\xg0"}) {
+            const SendText::Encoded encoded =
+                made(false, true, 0, SendText::CrLf, true).encode(QLatin1String("a\\0") + wrong);
+            QCOMPARE(encoded.wrongEscape, QString(wrong));
+            QVERIFY(encoded.bytes.isEmpty());
+        }
         SendText format;
+        QVERIFY(format.isPlain());
         QCOMPARE(format.maxFileBytes(), 200000);
         QCOMPARE(format.ofFile("\xce\xc2\r\nx"), QStringLiteral("温\r\nx"));
         format.isHex = true;
@@ -171,6 +193,32 @@ private slots:
         int dropped = 0;
         QCOMPARE(SendText::hexOf(QStringLiteral(" 01 zz 温 02"), &dropped), QStringLiteral("01 02"));
         QCOMPARE(dropped, 3);
+    }
+
+    // Two copies of the program share the file; each keeps what the other has sent.
+    void remembersWhatWasSent()
+    {
+        SendHistory history;
+        for (const char *text : {"one", "two\n\\n", "one", "", "one"})
+            history.add({text, false});
+        history.add({"0A", true});
+        QCOMPARE(history.write(), QByteArray("H 0A\nT one\nT two\\n\\\\n\n"));
+        history.setWritten();
+        SendHistory other;
+        other.merge(history.write());
+        QCOMPARE(other.entries(), history.entries());
+        other.add({"theirs", false});
+        other.remove({"one", false});
+        other.merge(history.write());
+        QCOMPARE(other.write(), QByteArray("T theirs\nH 0A\nT two\\n\\\\n\n"));
+        history.add({"ours", false});
+        history.merge(other.write() + "nonsense\nT \n");
+        QCOMPARE(history.write(), QByteArray("T ours\nT theirs\nH 0A\nT two\\n\\\\n\n"));
+        QVERIFY(!history.add({QString(SendHistory::maxLength + 1, 'x'), false}));
+        for (int i = 0; i < 300; ++i)
+            history.add({QString::number(i), false});
+        QCOMPARE(history.entries().size(), 200);
+        QCOMPARE(history.entries().last().text, QString("100"));
     }
 };
 
