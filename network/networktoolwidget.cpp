@@ -1,6 +1,7 @@
 #include "networktoolwidget.h"
 
 #include "clientlistpanel.h"
+#include "commandpage.h"
 #include "fieldmemory.h"
 #include "formpanel.h"
 #include "launchoptions.h"
@@ -112,6 +113,14 @@ void NetworkToolWidget::connectParts()
     connect(m_sendOptions, &SendOptions::intervalEdited, this, &NetworkToolWidget::sltChangeAutoInterval);
     connect(m_area->foldButton(), &QPushButton::clicked, this, &NetworkToolWidget::sltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &NetworkToolWidget::sltSendData);
+    m_sendBox->commandPage()->runner()->setDevice(
+        [this](const QByteArray &bytes, QString *reason) {
+            const bool isSent = transmit(bytes, reason);
+            if (!isSent && reason->isEmpty())
+                *reason = QStringLiteral("没有对端接收");
+            return isSent;
+        },
+        [this] { return m_session->link()->pendingBytes(); });
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &NetworkToolWidget::sltShowErrorHint);
     connect(m_area, &WorkArea::codecWanted, this, &NetworkToolWidget::signalCodecWanted);
     connect(m_area, &WorkArea::notify, this, &NetworkToolWidget::notify);
@@ -124,6 +133,8 @@ void NetworkToolWidget::connectParts()
 void NetworkToolWidget::connectSession()
 {
     const QVector<Link *> links = m_session->links();
+    for (Link *link : links)
+        connect(link, &Link::received, m_sendBox->commandPage()->runner(), &CommandRunner::receive);
     for (Link *link : links)
         m_log->log()->watch(link, [this] { return m_session->stateText(); });
     connect(m_log, &LogPanel::notify, this, &NetworkToolWidget::notify);
@@ -276,20 +287,29 @@ void NetworkToolWidget::sltDisconnectClient()
 
 void NetworkToolWidget::sltSendData(QByteArray byData)
 {
+    QString reason;
+    if (!transmit(byData, &reason) && !reason.isEmpty())
+        notifyNotSent(reason);
+}
+
+bool NetworkToolWidget::transmit(const QByteArray &byData, QString *reason)
+{
     quint64 peer = Link::allPeers;
     if (m_session->isOpen() && m_config->protocol() == NetworkConfigPanel::TcpServer &&
         !m_clients->allChosen()) {
         peer = m_session->server()->peerNamed(m_clients->chosen());
         if (peer == Link::allPeers)
-            return notifyNotSent(QStringLiteral("未选择客户端，数据未发送！"));
+            *reason = QStringLiteral("未选择客户端，数据未发送！");
     }
-    if (m_session->send(byData, peer) > 0) {
-        m_notSentReason.clear();
-        if (!m_recvOptions->stopShow())
-            m_area->showSent(byData, m_recvOptions->hexShow(), false);
-    } else if (!m_session->link()->refusal().isEmpty()) {
-        notifyNotSent(m_session->link()->refusal());
+    if (!reason->isEmpty() || m_session->send(byData, peer) <= 0) {
+        if (reason->isEmpty())
+            *reason = m_session->link()->refusal();
+        return false;
     }
+    m_notSentReason.clear();
+    if (!m_recvOptions->stopShow())
+        m_area->showSent(byData, m_recvOptions->hexShow(), false);
+    return true;
 }
 
 void NetworkToolWidget::notifyNotSent(const QString &text)

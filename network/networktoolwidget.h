@@ -78,6 +78,8 @@ private:
 
     void showLinkOpen(bool open);
     // Posts it once in a row: automatic sending would repeat it.
+    // False where nothing was accepted; the reason may be empty.
+    bool transmit(const QByteArray &bytes, QString *reason);
     void notifyNotSent(const QString &text);
 
     void showCounts();

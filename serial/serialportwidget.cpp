@@ -1,5 +1,6 @@
 #include "serialportwidget.h"
 
+#include "commandpage.h"
 #include "fieldmemory.h"
 #include "filesendpage.h"
 #include "filetransfer.h"
@@ -129,6 +130,16 @@ void SerialportWidget::connectParts()
     connect(m_sendOptions, &SendOptions::intervalEdited, this, &SerialportWidget::SltChangeAutoInterval);
     connect(m_area->foldButton(), &QPushButton::clicked, this, &SerialportWidget::SltBtnFoldClicked);
     connect(m_sendBox, &QtSendBoxWidget::signalSendData, this, &SerialportWidget::SltWriteDataToSerialport);
+    CommandRunner *runner = m_sendBox->commandPage()->runner();
+    runner->setDevice(
+        [this](const QByteArray &bytes, QString *reason) {
+            const bool isSent = transmit(bytes);
+            if (!isSent)
+                *reason = m_port->refusal().isEmpty() ? QStringLiteral("设备未接收") : m_port->refusal();
+            return isSent;
+        },
+        [this] { return m_port->pendingBytes(); });
+    connect(m_port.get(), &Link::received, runner, &CommandRunner::receive);
     connect(m_sendBox, &QtSendBoxWidget::showErrorHint, this, &SerialportWidget::sltShowErrorHint);
     connect(m_area, &WorkArea::codecWanted, this, &SerialportWidget::signalCodecWanted);
     connect(m_area, &WorkArea::notify, this, &SerialportWidget::notify);
@@ -388,8 +399,13 @@ void SerialportWidget::clearRecv()
 
 void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
 {
+    transmit(byCmd);
+}
+
+bool SerialportWidget::transmit(const QByteArray &byCmd)
+{
     if (m_transfer->isBusy())
-        return;
+        return false;
     if (m_area->showsSent())
         takeArrived(); // what came before stands before
     const qint64 sent = m_port->send(byCmd);
@@ -398,6 +414,7 @@ void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
     if (!m_recvOptions->stopShow())
         m_area->showSent(byCmd.left(static_cast<int>(sent)), m_recvOptions->hexShow(),
                          m_recvOptions->logMode());
+    return sent > 0;
 }
 
 void SerialportWidget::SltChangeSendPage(int index)

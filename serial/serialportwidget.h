@@ -85,6 +85,7 @@ private:
     void handleWaiting(bool isWaiting);
     void showWaiting();
     void takeArrived();
+    bool transmit(const QByteArray &bytes); // false where nothing was accepted
     void beginTransfer();
     void endTransfer();
     void handleReceived(const QByteArrayList &pieces, qint64 size);

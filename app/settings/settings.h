@@ -60,7 +60,7 @@ public:
         Setting<bool> timeStamp{this, "TimeStamp", false};
         Setting<bool> logMode{this, "LogMode", false};
         Setting<int> quietMs{this, "QuietTime", 10, notWritten, {1, 1000}};
-        Setting<int> sendPage{this, "SendPage", 0, notWritten, {0, 2}}; // index into the list
+        Setting<int> sendPage{this, "SendPage", 0, notWritten, {0, 3}}; // index into the list
         Setting<bool> newline{this, "Newline", false};
         Setting<bool> hexSend{this, "HexSend", false};
         Setting<int> autoIntervalMs{this, "AutoInterval", 1000, notWritten, {10}};
@@ -107,6 +107,9 @@ public:
         Setting<int> checksumFrom{this, "ChecksumFrom", 0, notWritten, {0, 65535}}; // byte
         Setting<bool> isAfterLineEnd{this, "AfterLineEnd", false};
         Setting<bool> enterSends{this, "EnterSends", false};
+        Setting<QString> commandSet{this, "CommandSet", QString()}; // of the page of commands
+        Setting<int> rounds{this, "Rounds", 1, notWritten, {0, 1000000}}; // of a sequence; 0: until stopped
+        Setting<bool> resumesSequence{this, "ResumeSequence", false}; // when the device is back
     };
     SendChoices serialSend{&m_table, "SerialSend"};
     SendChoices networkSend{&m_table, "NetworkSend"};

@@ -2,6 +2,7 @@
 
 #include "apppaths.h"
 #include "buttonrole.h"
+#include "commandpage.h"
 #include "filesendpage.h"
 #include "multisendpage.h"
 #include "qtfiledialog.h"
@@ -57,11 +58,13 @@ QtSendBoxWidget::QtSendBoxWidget(Owner owner, QWidget *parent)
     , m_single(new SingleSendPage(textFile(owner), historyFile(owner), this))
     , m_multi(new MultiSendPage(listFile(owner), this))
     , m_file(new FileSendPage(this))
+    , m_commands(new CommandPage(this))
 {
     setObjectName(QStringLiteral("sendBox"));
     m_pages->addWidget(m_single);
     m_pages->addWidget(m_multi);
     m_pages->addWidget(m_file);
+    m_pages->addWidget(m_commands);
     m_file->setSendingPossible(owner == Serial);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -100,6 +103,9 @@ void QtSendBoxWidget::connectPages()
     connect(m_multi->clearButton(), &QPushButton::clicked, this, &QtSendBoxWidget::SltClearMultiEdit);
     connect(m_multi->pageBar(), &QtPageBar::signalChangePage, this, &QtSendBoxWidget::SltMultiChangePage);
     connect(m_single, &SingleSendPage::notify, this, &QtSendBoxWidget::notify);
+    connect(m_commands, &CommandPage::notify, this, &QtSendBoxWidget::notify);
+    connect(m_commands, &CommandPage::deviceNeeded, this,
+            [this](bool *isThere) { *isThere = requireDevice(); });
     connect(m_multi, &MultiSendPage::notify, this, &QtSendBoxWidget::notify);
 
     connect(m_file->openButton(), &QPushButton::clicked, this, &QtSendBoxWidget::sltBorwserXYModemFile);
@@ -159,6 +165,7 @@ QtSendBoxWidget::~QtSendBoxWidget()
     // The pages save in their destructors, when nothing is there to show notices.
     m_single->blockSignals(true);
     m_multi->blockSignals(true);
+    m_commands->blockSignals(true);
 }
 
 void QtSendBoxWidget::setDeviceOpen(bool open, const QString &reason)
@@ -167,6 +174,7 @@ void QtSendBoxWidget::setDeviceOpen(bool open, const QString &reason)
     m_closedReason = reason;
     ButtonRole::setPrimary(m_single->sendButton(), open);
     m_file->setDeviceOpen(open);
+    m_commands->setDeviceOpen(open);
     if (!open)
         stopAutoSend();
 }
@@ -341,8 +349,9 @@ bool QtSendBoxWidget::saveBeforeExit()
 {
     QString error = m_single->saveChanges();
     const QString rowsError = m_multi->storeShownPage();
+    const QString commandsError = m_commands->saveChanges();
     if (error.isEmpty())
-        error = rowsError;
+        error = rowsError.isEmpty() ? commandsError : rowsError;
     return error.isEmpty() ||
            QtMessageBox::question(this, QStringLiteral("询问"),
                                   QStringLiteral("发送区的内容无法保存：%1。是否仍然退出？").arg(error)) == 1;

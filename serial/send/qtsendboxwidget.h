@@ -10,6 +10,7 @@
 #include <QStackedWidget>
 #include <QTimer>
 
+class CommandPage;
 class FileSendPage;
 class MultiSendPage;
 class SingleSendPage;
@@ -20,7 +21,7 @@ class QtSendBoxWidget : public QWidget
 
 public:
     enum Owner { Serial, Network };
-    enum Page { SinglePage = 0, MultiPage = 1, FilePage = 2 };
+    enum Page { SinglePage = 0, MultiPage = 1, FilePage = 2, CommandsPage = 3 };
 
     static constexpr int minAutoInterval = 10; // milliseconds
 
@@ -45,6 +46,7 @@ public:
 
     FileSendPage *filePage() const { return m_file; }
     SingleSendPage *singlePage() const { return m_single; }
+    CommandPage *commandPage() const { return m_commands; }
 
     // The bytes that the text would be sent as, where they are shown.
     void showBytes();
@@ -96,6 +98,7 @@ private:
     SingleSendPage *m_single;
     MultiSendPage *m_multi;
     FileSendPage *m_file;
+    CommandPage *m_commands;
     QTimer m_autoTimer;
     QTimer m_bytesTimer; // the bytes are shown when typing pauses
     QString m_closedReason;

@@ -1,5 +1,6 @@
 #include "sendoptions.h"
 
+#include "commandpage.h"
 #include "fieldmemory.h"
 #include "qtmessagetip.h"
 #include "qtsendboxwidget.h"
@@ -23,7 +24,8 @@ SendOptions::SendOptions(QtSendBoxWidget *box, QWidget *parent)
     , m_interval(new QLineEdit(QString::number(box->autoInterval()), this))
 {
     buildUi();
-    connect(m_page, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SendOptions::pageChosen);
+    connect(m_page, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this](int index) { emit pageChosen(m_page->itemData(index).toInt()); });
     connect(m_hex, &QRadioButton::toggled, m_box, &QtSendBoxWidget::setHexSend);
     connect(m_newline, &QCheckBox::toggled, m_box, &QtSendBoxWidget::setNewline);
     connect(m_auto, &QCheckBox::toggled, m_box, &QtSendBoxWidget::setAutoSend);
@@ -42,9 +44,11 @@ void SendOptions::buildUi()
     m_newline->setObjectName(QStringLiteral("checkNewline"));
     m_auto->setObjectName(QStringLiteral("checkAutoSend"));
     m_interval->setObjectName(QStringLiteral("editAutoInterval"));
-    m_page->addItems({QStringLiteral("单项发送"), QStringLiteral("多项发送")});
+    m_page->addItem(QStringLiteral("单项发送"), QtSendBoxWidget::SinglePage);
+    m_page->addItem(QStringLiteral("多项发送"), QtSendBoxWidget::MultiPage);
     if (m_box->offersFiles())
-        m_page->addItem(QStringLiteral("发送文件"));
+        m_page->addItem(QStringLiteral("发送文件"), QtSendBoxWidget::FilePage);
+    m_page->addItem(QStringLiteral("命令列表"), QtSendBoxWidget::CommandsPage);
     m_text->setChecked(true);
     m_newline->setToolTip(QStringLiteral("在数据末尾自动追加换行符"));
     m_auto->setToolTip(QStringLiteral("按周期发送编辑区的数据"));
@@ -70,11 +74,13 @@ QWidget *SendOptions::lastField() const
 void SendOptions::load()
 {
     m_box->singlePage()->formatBar()->load();
+    m_box->commandPage()->load();
 }
 
 void SendOptions::remember(FieldMemory *memory, Settings::AreaChoices *choices, Settings::SendChoices *single)
 {
     m_box->singlePage()->formatBar()->remember(single);
+    m_box->commandPage()->remember(single);
     memory->add(m_page, &choices->sendPage);
     memory->add(m_text, m_hex, &choices->hexSend);
     memory->add(m_newline, &choices->newline);
