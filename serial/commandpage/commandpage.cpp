@@ -11,6 +11,7 @@
 #include "qtmessagetip.h"
 #include "safefile.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -221,7 +222,7 @@ void CommandPage::showSets()
 
 void CommandPage::openSet(const QString &name)
 {
-    saveChanges();
+    storeAll();
     m_setName = name;
     QString fault;
     m_model->setCommands(m_store.read(name, &fault));
@@ -258,6 +259,27 @@ QString CommandPage::saveChanges()
         showSets();
     }
     return {};
+}
+
+// What is being typed goes into its cell when the cell loses the keyboard.
+void CommandPage::endEditing()
+{
+    const QWidget *focus = QApplication::focusWidget();
+    if (focus && focus != m_table && m_table->isAncestorOf(focus))
+        m_table->setFocus();
+}
+
+QString CommandPage::storeAll()
+{
+    endEditing();
+    return saveChanges();
+}
+
+void CommandPage::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (!m_isChanged && !m_runner.isRunning() && m_store.isOutdated(m_setName))
+        openSet(m_setName);
 }
 
 void CommandPage::newSet()
@@ -439,6 +461,7 @@ void CommandPage::startOrStop()
 {
     if (m_runner.isRunning())
         return m_runner.stop();
+    endEditing();
     if (!hasDevice())
         return;
     QVector<CommandSequence::Row> rows;
@@ -470,6 +493,7 @@ void CommandPage::showProgress()
     const CommandSequence &sequence = m_runner.sequence();
     const bool isRunning = sequence.isRunning();
     m_run->setText(isRunning ? QStringLiteral("停止序列") : QStringLiteral("运行序列"));
+    m_sets->setEnabled(!isRunning);
     m_model->setPresentRow(isRunning ? sequence.row() : -1);
     if (!isRunning)
         return;

@@ -35,8 +35,8 @@ public:
     // Without a device a sequence stops, or waits for it, as the user chose.
     void setDeviceOpen(bool open);
 
-    // The reason of a failure, which is also posted.
-    QString saveChanges();
+    // With what is being typed. The reason of a failure, which is also posted.
+    QString storeAll();
 
 signals:
     // Asks whether bytes can leave now; the owner shows why not.
@@ -44,6 +44,7 @@ signals:
     void notify(const Notice &notice);
 
 protected:
+    void showEvent(QShowEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -52,6 +53,8 @@ private:
     void buildTable();
     void fillMenu(QMenu *menu);
     bool hasDevice();
+    QString saveChanges();
+    void endEditing();
 
     void showSets();
     void openSet(const QString &name);

@@ -83,6 +83,13 @@ QString CommandStore::save(const QString &name, const QVector<Command> &commands
     return target;
 }
 
+bool CommandStore::isOutdated(const QString &name) const
+{
+    QByteArray present;
+    QString reason;
+    return SafeFile::read(fileOf(name), kMaxBytes, &present, &reason) && present != m_contents.value(name);
+}
+
 bool CommandStore::remove(const QString &name)
 {
     m_contents.remove(name);

@@ -21,6 +21,8 @@ public:
     // Where the file has been changed since it was read here, the commands go into a set
     // of another name, which is returned. Empty, with a reason, where nothing was saved.
     QString save(const QString &name, const QVector<Command> &commands, QString *reason);
+    // Another page or copy has written it since it was read here.
+    bool isOutdated(const QString &name) const;
     bool remove(const QString &name);
     bool rename(const QString &name, const QString &to);
 

@@ -18,7 +18,7 @@ QByteArray Command::bytes(int codecIndex, QString *fault) const
         *fault = QStringLiteral("转义“%1”无效").arg(encoded.wrongEscape);
     else if (encoded.ignored > 0)
         *fault = QStringLiteral("十六进制数据不完整或包含无效字符");
-    else if (encoded.bytes.isEmpty())
+    else if (text.isEmpty() || encoded.bytes.isEmpty()) // a bare line end is typed as such
         *fault = QStringLiteral("没有要发送的数据");
     return fault->isEmpty() ? encoded.bytes : QByteArray();
 }

@@ -198,6 +198,8 @@ void QtSendBoxWidget::setCurrentPage(int index)
         stopAutoSend();
         emit notify(Notice::information(QStringLiteral("已离开单项发送，自动发送已停止")));
     }
+    if (index != CommandsPage && m_commands->runner()->isRunning())
+        emit notify(Notice::information(QStringLiteral("命令序列仍在运行，可在“命令列表”中停止")));
 }
 
 void QtSendBoxWidget::setNewline(bool bCheck)
@@ -349,7 +351,7 @@ bool QtSendBoxWidget::saveBeforeExit()
 {
     QString error = m_single->saveChanges();
     const QString rowsError = m_multi->storeShownPage();
-    const QString commandsError = m_commands->saveChanges();
+    const QString commandsError = m_commands->storeAll();
     if (error.isEmpty())
         error = rowsError.isEmpty() ? commandsError : rowsError;
     return error.isEmpty() ||
