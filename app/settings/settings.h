@@ -113,6 +113,14 @@ public:
     };
     SendChoices serialSend{&m_table, "SerialSend"};
     SendChoices networkSend{&m_table, "NetworkSend"};
+    struct AnswerChoices : SettingsGroup // of a page's automatic answers, which are off at each start
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<bool> isShown{this, "Show", false}; // the bar is open
+        Setting<int> maxPerSecond{this, "MaxPerSecond", 50, notWritten, {1, 1000}};
+    };
+    AnswerChoices serialAnswers{&m_table, "SerialAnswers"};
+    AnswerChoices networkAnswers{&m_table, "NetworkAnswers"};
 
     struct NetworkDefaults : SettingsGroup // of the link that was opened last
     {
