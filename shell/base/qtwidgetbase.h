@@ -58,6 +58,8 @@ signals:
     void signalRefresCounts(int pageIndex);
     // What the page's session log is doing, in a few words; empty while there is none.
     void signalLogState(const QString &text, bool isFailing);
+    // What the page's automatic answers are doing; empty while they are off.
+    void signalAnswerState(const QString &text, bool isFailing);
     // The user wants another text codec; the window sets it for all pages.
     void signalCodecWanted(int codec);
 

@@ -278,6 +278,10 @@ void MainWindow::connectPages()
         connect(page, &QtWidgetBase::signalLogState, this, [this, page](const QString &text, bool isFailing) {
             m_statusBar->showLog(page, text, isFailing);
         });
+        connect(page, &QtWidgetBase::signalAnswerState, this,
+                [this, page](const QString &text, bool isFailing) {
+                    m_statusBar->showAnswers(page, text, isFailing);
+                });
         connect(page, &QtWidgetBase::signalCodecWanted, this, &MainWindow::chooseCodec);
         connect(page, &QtWidgetBase::signalRefresCounts, this, &MainWindow::SltRefreshCounts);
     }

@@ -1,19 +1,17 @@
 #include "qtstatusbar.h"
 
 #include "noticelist.h"
+#include "pagelamp.h"
 #include "qtcountlabel.h"
 #include "qtwidgetbase.h"
 #include "statuslabel.h"
 
 #include <QActionGroup>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyleOption>
-
-#include <algorithm>
 
 namespace {
 
@@ -41,7 +39,8 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     , m_notice(new StatusLabel(this))
     , m_sent(new QtCountLabel(QStringLiteral("发送字节数"), this))
     , m_received(new QtCountLabel(QStringLiteral("接收字节数"), this))
-    , m_logLamp(new QLabel(this))
+    , m_logLamp(new PageLamp(QStringLiteral("会话日志正在记录，共%1个"), this))
+    , m_answerLamp(new PageLamp(QStringLiteral("自动应答已启用，共%1个页面"), this))
     , m_codec(new QPushButton(this))
     , m_clear(new QPushButton(QStringLiteral("清空计数"), this))
 {
@@ -53,8 +52,7 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     m_clear->setToolTip(QStringLiteral("将当前页面的收发字节数清零"));
 
     m_logLamp->setObjectName(QStringLiteral("labelLogLamp"));
-    m_logLamp->setProperty("kind", QStringLiteral("lamp"));
-    m_logLamp->hide();
+    m_answerLamp->setObjectName(QStringLiteral("labelAnswerLamp"));
 
     m_codec->setObjectName(QStringLiteral("btnCodec"));
     m_codec->setFlat(true);
@@ -65,6 +63,7 @@ QtStatusBar::QtStatusBar(QWidget *parent)
     layout->setContentsMargins(8, 3, 8, 3);
     layout->setSpacing(16);
     layout->addWidget(m_notice, 1);
+    layout->addWidget(m_answerLamp);
     layout->addWidget(m_logLamp);
     layout->addWidget(m_codec);
     layout->addWidget(m_sent);
@@ -113,30 +112,12 @@ void QtStatusBar::showCodec(int index)
 
 void QtStatusBar::showLog(const QObject *page, const QString &text, bool isFailing)
 {
-    m_logs.erase(
-        std::remove_if(m_logs.begin(), m_logs.end(), [page](const PageLog &log) { return log.page == page; }),
-        m_logs.end());
-    if (!text.isEmpty())
-        m_logs.append({page, text, isFailing});
-    showLogs();
+    m_logLamp->setState(page, text, isFailing);
 }
 
-void QtStatusBar::showLogs()
+void QtStatusBar::showAnswers(const QObject *page, const QString &text, bool isFailing)
 {
-    m_logLamp->setVisible(!m_logs.isEmpty());
-    if (m_logs.isEmpty())
-        return;
-    const auto current =
-        std::find_if(m_logs.begin(), m_logs.end(), [this](const PageLog &log) { return log.page == m_page; });
-    const PageLog &log = current != m_logs.end() ? *current : m_logs.first();
-    m_logLamp->setText(log.text);
-    m_logLamp->setToolTip(QStringLiteral("会话日志正在记录，共%1个").arg(m_logs.size()));
-    const QString state = log.isFailing ? QStringLiteral("failed") : QStringLiteral("on");
-    if (m_logLamp->property("state") == state)
-        return;
-    m_logLamp->setProperty("state", state);
-    style()->unpolish(m_logLamp);
-    style()->polish(m_logLamp);
+    m_answerLamp->setState(page, text, isFailing);
 }
 
 void QtStatusBar::showSystemNotify(const QString &text, int kind)
@@ -164,7 +145,8 @@ void QtStatusBar::sltEndNotice()
 void QtStatusBar::showPage(const QObject *page)
 {
     m_page = page;
-    showLogs();
+    m_logLamp->showPage(page);
+    m_answerLamp->showPage(page);
     if (!m_log.isHolding())
         endForeignNotice();
 }

@@ -1,16 +1,17 @@
 #pragma once
 
-// The bottom of the main window: the current notice, session logs, the text codec, the byte counts
-// of the page on display and the button that clears them. A notice ends after a while,
-// and with the page that posted it; a click on its place shows the recent ones.
+// The bottom of the main window: the current notice, session logs and automatic
+// answers, the text codec, the byte counts of the page on display and the button that
+// clears them. A notice ends after a while, and with the page that posted it; a click on
+// its place shows the recent ones.
 
 #include "noticelog.h"
 
+#include <QPointer>
 #include <QTimer>
-#include <QVector>
 #include <QWidget>
 
-class QLabel;
+class PageLamp;
 class QPushButton;
 class QtCountLabel;
 class StatusLabel;
@@ -36,6 +37,8 @@ public:
     // What a page's session log is doing; an empty text: it has none. That of the page
     // on display comes first.
     void showLog(const QObject *page, const QString &text, bool isFailing);
+    // The same for its automatic answers.
+    void showAnswers(const QObject *page, const QString &text, bool isFailing);
 
     // The user turned to the page: ends the notices of other pages.
     void showPage(const QObject *page);
@@ -59,14 +62,6 @@ protected:
 private:
     void showCurrent();
     void endForeignNotice();
-    void showLogs();
-
-    struct PageLog
-    {
-        const QObject *page;
-        QString text;
-        bool isFailing;
-    };
 
     NoticeLog m_log;
     QPointer<const QObject> m_page;
@@ -75,8 +70,8 @@ private:
     StatusLabel *m_notice;
     QtCountLabel *m_sent;
     QtCountLabel *m_received;
-    QLabel *m_logLamp;
-    QVector<PageLog> m_logs;
+    PageLamp *m_logLamp;
+    PageLamp *m_answerLamp;
     QPushButton *m_codec;
     QPushButton *m_clear;
 };
