@@ -1,0 +1,53 @@
+#pragma once
+
+// The bar of a page's automatic answers, and the button that opens it: turns them on,
+// limits them and leads to the rules. Owns the rules and what answers. Closed at first;
+// off at each start.
+
+#include "answerstore.h"
+#include "linkanswers.h"
+#include "settings.h"
+
+#include <QWidget>
+
+class QCheckBox;
+class QLabel;
+class QPushButton;
+class QSpinBox;
+
+class AnswerPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // fileName: of the rules, in the folder of the configuration.
+    AnswerPanel(Settings::AnswerChoices *choices, const QString &fileName, QWidget *parent);
+
+    LinkAnswers *answers() { return &m_answers; }
+    // As the settings are now.
+    void load();
+
+    QPushButton *button() const { return m_button; } // for the row above the display
+
+signals:
+    void notify(const Notice &notice);
+    // The state in a few words, empty while they are off.
+    void stateChanged(const QString &text, bool isFailing);
+
+private:
+    void buildUi();
+    void handleToggled(bool isOn);
+    void loadRules();
+    void editRules();
+    void showState();
+
+    Settings::AnswerChoices *m_choices;
+    AnswerStore m_store;
+    LinkAnswers m_answers;
+    QTimer m_refresh;
+    QPushButton *m_button;
+    QCheckBox *m_on;
+    QPushButton *m_rules;
+    QSpinBox *m_limit;
+    QLabel *m_state;
+};
