@@ -7,7 +7,7 @@
 namespace {
 
 constexpr int kContext = 256; // units before a match, for what looks behind
-constexpr std::clock_t kMaxProcessorTime = CLOCKS_PER_SEC / 50;
+constexpr std::clock_t kMaxProcessorTime = CLOCKS_PER_SEC / 100;
 
 // Not between the two halves of a character.
 int atCharacter(const QString &text, int at)
