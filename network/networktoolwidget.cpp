@@ -79,6 +79,10 @@ void NetworkToolWidget::buildUi()
     m_log = new LogPanel(&Settings::instance().networkLog, m_area);
     m_area->addTool(m_log->button());
     m_area->addBar(m_log);
+    m_answers =
+        new AnswerPanel(&Settings::instance().networkAnswers, QStringLiteral("net_answers.json"), m_area);
+    m_area->addCommand(m_answers->action());
+    m_area->addBar(m_answers);
     m_multicast = new MulticastGroup(m_panel);
     for (QWidget *group : {static_cast<QWidget *>(m_config), static_cast<QWidget *>(m_clients),
                            static_cast<QWidget *>(m_recvOptions), static_cast<QWidget *>(m_sendOptions),

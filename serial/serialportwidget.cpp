@@ -79,6 +79,10 @@ void SerialportWidget::buildUi()
     m_log = new LogPanel(&Settings::instance().serialLog, m_area);
     m_area->addTool(m_log->button());
     m_area->addBar(m_log);
+    m_answers =
+        new AnswerPanel(&Settings::instance().serialAnswers, QStringLiteral("ser_answers.json"), m_area);
+    m_area->addCommand(m_answers->action());
+    m_area->addBar(m_answers);
     m_panel->addWidget(m_config);
     m_panel->addWidget(m_recvOptions);
     m_panel->addWidget(m_sendOptions);

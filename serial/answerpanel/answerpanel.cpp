@@ -3,6 +3,7 @@
 #include "answerdialog.h"
 #include "apppaths.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -18,18 +19,19 @@ AnswerPanel::AnswerPanel(Settings::AnswerChoices *choices, const QString &fileNa
     , m_choices(choices)
     , m_store(AppPaths::confFolder() + QLatin1Char('/') + fileName)
     , m_refresh(this)
-    , m_button(new QPushButton(QStringLiteral("自动应答"), this))
+    , m_action(new QAction(QStringLiteral("自动应答"), this))
     , m_on(new QCheckBox(QStringLiteral("启用自动应答"), this))
     , m_rules(new QPushButton(QStringLiteral("规则"), this))
     , m_limit(new QSpinBox(this))
     , m_state(new QLabel(this))
 {
     buildUi();
+    hide();
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(kRefreshMs);
-    connect(m_button, &QPushButton::clicked, this, [this] {
-        setVisible(isHidden());
-        m_choices->isShown.change(!isHidden());
+    connect(m_action, &QAction::toggled, this, [this](bool isShown) {
+        setVisible(isShown);
+        m_choices->isShown.change(isShown);
     });
     connect(m_on, &QCheckBox::toggled, this, &AnswerPanel::handleToggled);
     connect(m_rules, &QPushButton::clicked, this, &AnswerPanel::editRules);
@@ -51,10 +53,10 @@ AnswerPanel::AnswerPanel(Settings::AnswerChoices *choices, const QString &fileNa
 void AnswerPanel::buildUi()
 {
     setObjectName(QStringLiteral("answerPanel"));
-    m_button->setObjectName(QStringLiteral("btnAutoAnswer"));
-    m_button->setToolTip(QStringLiteral("自动应答：收到指定内容时自动发送应答"));
+    m_action->setObjectName(QStringLiteral("actionAutoAnswer"));
+    m_action->setCheckable(true);
     m_on->setObjectName(QStringLiteral("checkAutoAnswer"));
-    m_on->setToolTip(QStringLiteral("每次启动程序时关闭"));
+    m_on->setToolTip(QStringLiteral("收到规则中的内容时自动发送应答，每次启动程序时关闭"));
     m_rules->setObjectName(QStringLiteral("btnAnswerRules"));
     m_rules->setToolTip(QStringLiteral("编辑自动应答规则"));
     m_limit->setObjectName(QStringLiteral("spinAnswerLimit"));
@@ -79,7 +81,7 @@ void AnswerPanel::buildUi()
 
 void AnswerPanel::load()
 {
-    setVisible(m_choices->isShown);
+    m_action->setChecked(m_choices->isShown);
     m_limit->setValue(m_choices->maxPerSecond);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The bar of a page's automatic answers, and the button that opens it: turns them on,
+// The bar of a page's automatic answers, and the command that opens it: turns them on,
 // limits them and leads to the rules. Owns the rules and what answers. Closed at first;
 // off at each start.
 
@@ -10,6 +10,7 @@
 
 #include <QWidget>
 
+class QAction;
 class QCheckBox;
 class QLabel;
 class QPushButton;
@@ -27,7 +28,7 @@ public:
     // As the settings are now.
     void load();
 
-    QPushButton *button() const { return m_button; } // for the row above the display
+    QAction *action() const { return m_action; } // opens and closes the bar
 
 signals:
     void notify(const Notice &notice);
@@ -45,7 +46,7 @@ private:
     AnswerStore m_store;
     LinkAnswers m_answers;
     QTimer m_refresh;
-    QPushButton *m_button;
+    QAction *m_action;
     QCheckBox *m_on;
     QPushButton *m_rules;
     QSpinBox *m_limit;

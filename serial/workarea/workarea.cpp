@@ -163,6 +163,12 @@ void WorkArea::addBar(QWidget *bar)
     m_bars->addWidget(bar);
 }
 
+void WorkArea::addCommand(QAction *action)
+{
+    m_view->menu()->addSeparator();
+    m_view->menu()->addAction(action);
+}
+
 void WorkArea::showHint(bool open)
 {
     if (open) {

@@ -19,6 +19,7 @@ class CurveSplit;
 class FindBar;
 class FormPanel;
 class LogFind;
+class QAction;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
@@ -49,6 +50,7 @@ public:
     // Into the row above the display, and below the display. Before placeBeside().
     void addTool(QWidget *tool);
     void addBar(QWidget *bar);
+    void addCommand(QAction *action); // to the menu of the view
 
     QPushButton *foldButton() const { return m_fold; }
     void fold(); // or unfold

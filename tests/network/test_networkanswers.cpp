@@ -4,6 +4,7 @@
 #include "answerrules.h"
 #include "networkpagetest.h"
 
+#include <QAction>
 #include <QSpinBox>
 #include <QTcpSocket>
 #include <QUdpSocket>
@@ -151,7 +152,7 @@ private slots:
     void isOffAtTheNextStart()
     {
         QVERIFY(child<QWidget>("answerPanel")->isHidden());
-        click("btnAutoAnswer");
+        child<QAction>("actionAutoAnswer")->trigger();
         useRules({rule("a", "b")});
         QVERIFY(answers()->isOn());
         m_page = std::make_unique<NetworkToolWidget>();
