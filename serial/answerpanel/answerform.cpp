@@ -22,13 +22,13 @@ QString oneLine(QString text)
 
 AnswerForm::AnswerForm(QWidget *parent)
     : QWidget(parent)
-    , m_name(edit("editAnswerName", QStringLiteral("名称"), AnswerRuleFile::maxName))
     , m_kind(combo("comboAnswerKind", QStringLiteral("匹配方式"),
                    {QStringLiteral("文本"), QStringLiteral("十六进制"), QStringLiteral("正则")}))
     , m_pattern(edit("editAnswerPattern", QStringLiteral("匹配"), AnswerRuleFile::maxPattern))
     , m_answerKind(combo("comboAnswerForm", QStringLiteral("应答方式"),
                          {QStringLiteral("文本"), QStringLiteral("十六进制")}))
     , m_answer(edit("editAnswer", QStringLiteral("应答"), AnswerRuleFile::maxAnswer))
+    , m_name(edit("editAnswerName", QStringLiteral("名称"), AnswerRuleFile::maxName))
     , m_lineEnd(
           combo("comboAnswerLineEnd", QStringLiteral("行尾"),
                 {QStringLiteral("无"), QStringLiteral("CR"), QStringLiteral("LF"), QStringLiteral("CR LF")}))

@@ -34,11 +34,11 @@ private:
     void showHints();
 
     AnswerRule m_rule;
-    QLineEdit *m_name;
     QComboBox *m_kind;
     QLineEdit *m_pattern;
     QComboBox *m_answerKind;
     QLineEdit *m_answer;
+    QLineEdit *m_name;
     QComboBox *m_lineEnd;
     QComboBox *m_checksum;
     QSpinBox *m_delay;

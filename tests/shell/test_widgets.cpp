@@ -3,10 +3,12 @@
 // used, and what is kept of it. Compared with the record in widgets.txt. To accept
 // an intended change, copy the file that the failed test names over the record.
 
+#include "answerdialog.h"
 #include "answers.h"
 #include "apppaths.h"
 #include "datamanagerwidget.h"
 #include "korvexresources.h"
+#include "linkanswers.h"
 #include "mainwindow.h"
 #include "qtmessagebox.h"
 #include "qtstyledialog.h"
@@ -218,11 +220,13 @@ private slots:
         QtUpdateDialog update;
         TransferLogDialog log("log");
         RuleDialog rules;
+        LinkAnswers links;
+        AnswerDialog answers({}, &links);
         RegisterTableModel table;
         DataManagerWidget read(DataManagerWidget::Read, &table);
         DataManagerWidget write(DataManagerWidget::Write, &table);
-        for (const QWidget *dialog :
-             std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &rules, &read, &write})
+        for (const QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log,
+                                                                      &rules, &answers, &read, &write})
             describe(dialog, 0, &lines);
         useOptions(window);
         const QStringList after = described(window);
