@@ -62,6 +62,8 @@ void LinkAnswers::watch(Link *link, Delivery delivery, const Sender &sender)
 
 void LinkAnswers::setRules(const AnswerRules &rules)
 {
+    if (rules == m_rules)
+        return;
     m_rules = rules;
     compile();
 }
@@ -164,8 +166,7 @@ void LinkAnswers::matchPiece()
     if (chunk.done < chunk.bytes.size())
         return;
     if (chunk.isMessage) {
-        handleHits(m_matcher.endBurst(chunk.source), chunk);
-        m_matcher.forget(chunk.source);
+        handleHits(m_matcher.endMessage(chunk.source), chunk);
     } else if (m_matcher.isWaiting(chunk.source)) {
         m_waiting.insert(chunk.source, chunk.timeUs);
     } else {
@@ -181,8 +182,7 @@ void LinkAnswers::handleHits(const AnswerMatcher::Hits &hits, const Chunk &chunk
     const AnswerMatcher::Recent recent = m_matcher.recent(chunk.source);
     const qint64 first = recent.end - recent.bytes.size();
     for (const AnswerMatcher::Hit &hit : hits) {
-        if (m_guard.isEcho(chunk.source, chunk.timeUs, recent.bytes, static_cast<int>(hit.begin - first),
-                           static_cast<int>(hit.end - first))) {
+        if (m_guard.isEcho(chunk.source, chunk.timeUs, {recent.bytes, first}, hit.begin, hit.end)) {
             ++m_counts.echoes;
             if (!m_told.contains(QStringLiteral("echo")))
                 emit notify(Notice::error(QStringLiteral("收到刚发出的应答（回显），不再应答")));
@@ -201,7 +201,7 @@ void LinkAnswers::handleHits(const AnswerMatcher::Hits &hits, const Chunk &chunk
 
 void LinkAnswers::reportGivenUp()
 {
-    const QVector<int> rules = m_matcher.takeGivenUp();
+    const QVector<int> rules = m_matcher.popGivenUp();
     for (const int rule : rules) {
         m_givenUp.insert(m_rules.at(rule).id);
         emit notify(Notice::error(
@@ -242,9 +242,9 @@ void LinkAnswers::scheduleSending()
 void LinkAnswers::sendDue()
 {
     const qint64 nowUs = Link::nowUs();
-    while (const std::optional<AnswerPacer::Answer> answer = m_pacer.takeDue(nowUs))
+    while (const std::optional<AnswerPacer::Answer> answer = m_pacer.popDue(nowUs))
         send(*answer, nowUs);
-    const int overLimit = m_pacer.takeOverLimit();
+    const int overLimit = m_pacer.popOverLimit();
     m_counts.dropped += overLimit;
     if (overLimit > 0 && !m_told.contains(QStringLiteral("limit")))
         emit notify(Notice::error(QStringLiteral("应答超过每秒上限，超出的未发送！")));

@@ -86,6 +86,22 @@ AnswerMatcher::Hits AnswerMatcher::endBurst(quint64 source)
     return hits;
 }
 
+AnswerMatcher::Hits AnswerMatcher::endMessage(quint64 source)
+{
+    const Hits hits = endBurst(source);
+    if (!m_streams.contains(source))
+        return hits;
+    Stream &stream = m_streams[source];
+    stream.begin += stream.bytes.size(); // goes on counting
+    stream.bytes.clear();
+    stream.text.clear();
+    stream.textBegin = 0;
+    stream.decoder.reset();
+    for (int i = 0; i < m_rules.size(); ++i)
+        stream.next[i] = m_rules.at(i).pattern.isExpression() ? 0 : stream.begin;
+    return hits;
+}
+
 void AnswerMatcher::findBytes(Stream *stream, int rule, Hits *hits) const
 {
     const AnswerPattern &pattern = m_rules.at(rule).pattern;
@@ -110,11 +126,24 @@ void AnswerMatcher::findText(Stream *stream, int rule, bool isEnd, Hits *hits)
     Step step = own.hardTexts < maxHardTexts ? Step::GoesOn : Step::Fails;
     while (step == Step::GoesOn)
         step = findNext(stream, rule, isEnd, hits);
-    if (step == Step::Fails) // skips what it cannot cope with
+    if (step == Step::Fails)
         stream->next[rule] = stream->textBegin + stream->text.size();
-    const bool isHard = step == Step::Fails || std::clock() > deadline;
-    if (isHard && own.hardTexts < maxHardTexts && ++own.hardTexts == maxHardTexts)
-        m_givenUp.append(own.index);
+    countHardTexts(&own, step == Step::Fails || std::clock() > deadline);
+}
+
+// An expression that was interrupted now and then, for days, goes on.
+void AnswerMatcher::countHardTexts(Rule *rule, bool isHard)
+{
+    if (rule->hardTexts >= maxHardTexts)
+        return;
+    if (!isHard) {
+        if (++rule->easyTexts >= forgivenAfter)
+            rule->hardTexts = 0;
+        return;
+    }
+    rule->easyTexts = 0;
+    if (++rule->hardTexts == maxHardTexts)
+        m_givenUp.append(rule->index);
 }
 
 AnswerMatcher::Step AnswerMatcher::findNext(Stream *stream, int rule, bool isEnd, Hits *hits)
@@ -202,7 +231,7 @@ AnswerMatcher::Recent AnswerMatcher::recent(quint64 source) const
     return {stream->bytes, stream->begin + stream->bytes.size()};
 }
 
-QVector<int> AnswerMatcher::takeGivenUp()
+QVector<int> AnswerMatcher::popGivenUp()
 {
     return std::exchange(m_givenUp, {});
 }

@@ -15,9 +15,10 @@
 class AnswerMatcher
 {
 public:
-    static constexpr int maxMatch = 4096;  // bytes; of an expression, UTF-16 units
-    static constexpr int maxPiece = 1024;  // bytes of one add()
-    static constexpr int maxHardTexts = 3; // pieces on which an expression may fail
+    static constexpr int maxMatch = 4096;     // bytes; of an expression, UTF-16 units
+    static constexpr int maxPiece = 1024;     // bytes of one add()
+    static constexpr int maxHardTexts = 3;    // pieces on which an expression may fail,
+    static constexpr int forgivenAfter = 100; // unless so many follow on which it does not
 
     struct Hit
     {
@@ -38,8 +39,10 @@ public:
     int ruleCount() const { return m_rules.size(); } // of those that are used
 
     Hits add(quint64 source, const QByteArray &piece);
-    // The source is quiet, or its message is complete.
+    // The source is quiet.
     Hits endBurst(quint64 source);
+    // The message of the source is complete: what follows begins anew.
+    Hits endMessage(quint64 source);
     // Whether endBurst() may find something.
     bool isWaiting(quint64 source) const;
     void forget(quint64 source) { m_streams.remove(source); }
@@ -55,7 +58,7 @@ public:
 
     // Rules, by their index, whose expressions took too many steps; they find nothing
     // any more.
-    QVector<int> takeGivenUp();
+    QVector<int> popGivenUp();
 
 private:
     struct Rule
@@ -64,6 +67,7 @@ private:
         AnswerPattern pattern;
         AnswerTemplate answer;
         int hardTexts = 0;
+        int easyTexts = 0; // since the last hard one
     };
     struct Stream
     {
@@ -84,6 +88,7 @@ private:
     Step findNext(Stream *stream, int rule, bool isEnd, Hits *hits);
     void addTextHit(const Stream &stream, const Rule &rule, const QRegularExpressionMatch &match,
                     Hits *hits) const;
+    void countHardTexts(Rule *rule, bool isHard);
     static void sort(Hits *hits);
     void trim(Stream *stream) const;
 

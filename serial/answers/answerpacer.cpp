@@ -29,7 +29,7 @@ std::optional<qint64> AnswerPacer::nextUs() const
     return m_pending.begin()->first;
 }
 
-std::optional<AnswerPacer::Answer> AnswerPacer::takeDue(qint64 nowUs)
+std::optional<AnswerPacer::Answer> AnswerPacer::popDue(qint64 nowUs)
 {
     while (!m_left.empty() && m_left.front() <= nowUs - kSecondUs)
         m_left.pop_front();
@@ -46,7 +46,7 @@ std::optional<AnswerPacer::Answer> AnswerPacer::takeDue(qint64 nowUs)
     return {};
 }
 
-int AnswerPacer::takeOverLimit()
+int AnswerPacer::popOverLimit()
 {
     return std::exchange(m_overLimit, 0);
 }

@@ -31,9 +31,9 @@ public:
     // When the next one is due; none where nothing is pending.
     std::optional<qint64> nextUs() const;
     // The next one that is due and within the limit.
-    std::optional<Answer> takeDue(qint64 nowUs);
+    std::optional<Answer> popDue(qint64 nowUs);
     // How many were dropped since the last call because of the limit.
-    int takeOverLimit();
+    int popOverLimit();
 
     // Drops what is pending; returns how many that were.
     int drop(quint64 source);
