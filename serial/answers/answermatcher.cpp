@@ -187,9 +187,10 @@ void AnswerMatcher::addTextHit(const Stream &stream, const Rule &rule, const QRe
     QVector<QByteArray> groups;
     for (int i = 0; i <= match.lastCapturedIndex(); ++i)
         groups.append(encoded(match.captured(i)));
-    const qint64 end =
-        stream.begin + stream.bytes.size() - encoded(stream.text.mid(match.capturedEnd())).size();
-    hits->append({rule.index, end - groups.first().size(), end, rule.answer.bytes(groups)});
+    const qint64 last = stream.begin + stream.bytes.size();
+    const qint64 end = qMax(stream.begin, last - encoded(stream.text.mid(match.capturedEnd())).size());
+    const qint64 begin = qMax(stream.begin, end - groups.first().size());
+    hits->append({rule.index, begin, end, rule.answer.bytes(groups)});
 }
 
 void AnswerMatcher::sort(Hits *hits)
