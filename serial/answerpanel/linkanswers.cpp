@@ -2,14 +2,13 @@
 
 #include "settings.h"
 
-#include <QElapsedTimer>
-
 #include <algorithm>
 #include <utility>
 
 namespace {
 
 constexpr int kSliceMs = 4;
+constexpr int kFrameMs = 16;
 constexpr int kMaxSources = 4096; // of datagrams
 constexpr int kShownName = 30;    // characters
 
@@ -138,8 +137,22 @@ void LinkAnswers::receive(int link, const QByteArray &bytes, qint64 timeUs, cons
     const bool isMessage = m_links[size_t(link)].delivery == Delivery::Datagrams;
     m_queue.push_back({sourceOf(link, from), bytes, timeUs, isMessage});
     m_queuedBytes += bytes.size();
-    if (!m_slice.isActive())
+    if (m_slice.isActive())
+        return;
+    if (mayMatchNow())
         matchSlice();
+    else
+        m_slice.start(0);
+}
+
+// Many chunks may arrive in one turn of the event loop.
+bool LinkAnswers::mayMatchNow()
+{
+    if (!m_frame.isValid() || m_frame.elapsed() > kFrameMs) {
+        m_frame.start();
+        m_spentUs = 0;
+    }
+    return m_spentUs < kSliceMs * 1000;
 }
 
 void LinkAnswers::matchSlice()
@@ -148,6 +161,7 @@ void LinkAnswers::matchSlice()
     clock.start();
     while (!m_queue.empty() && clock.elapsed() < kSliceMs)
         matchPiece();
+    m_spentUs += clock.nsecsElapsed() / 1000;
     if (!m_queue.empty())
         m_slice.start(0);
     if (!m_waiting.isEmpty() && !m_quiet.isActive())

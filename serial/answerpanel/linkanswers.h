@@ -11,6 +11,7 @@
 #include "link.h"
 #include "notice.h"
 
+#include <QElapsedTimer>
 #include <QSet>
 #include <QTimer>
 
@@ -88,6 +89,7 @@ private:
 
     void receive(int link, const QByteArray &bytes, qint64 timeUs, const Peer &from);
     quint64 sourceOf(int link, const Peer &peer);
+    bool mayMatchNow();
     void matchSlice();
     void matchPiece();
     void handleHits(const AnswerMatcher::Hits &hits, const Chunk &chunk);
@@ -113,6 +115,8 @@ private:
     std::deque<Chunk> m_queue;
     qint64 m_queuedBytes = 0;
     QHash<quint64, qint64> m_waiting; // sources whose burst has not ended; the last arrival
+    QElapsedTimer m_frame;            // since a while ago, and what of it was spent on matching
+    qint64 m_spentUs = 0;
     QTimer m_slice;
     QTimer m_quiet;
     QTimer m_due;
