@@ -35,8 +35,8 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     setObjectName(QStringLiteral("NetworkToolWidget"));
     buildUi();
     m_session = new LinkSession(
-        m_config, m_state, QStringLiteral("网络调试助手"), [this] { return m_terminal->queuedBytes(); },
-        this);
+        m_config, m_state, QStringLiteral("网络调试助手"),
+        [this] { return m_terminal->queuedBytes() + m_answers->answers()->queuedBytes(); }, this);
     m_peers = new NetworkPeers(m_session, m_config, m_clients, this);
     connect(m_peers, &NetworkPeers::notify, this, &NetworkToolWidget::notify);
     connectParts();

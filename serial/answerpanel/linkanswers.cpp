@@ -126,14 +126,8 @@ void LinkAnswers::receive(int link, const QByteArray &bytes, qint64 timeUs, cons
         compile();
     if (m_matcher.isEmpty())
         return;
-    if (m_queuedBytes + bytes.size() > maxQueuedBytes) {
-        m_queue.clear();
-        m_queuedBytes = 0;
-        m_matcher.forgetAll();
-        if (!m_told.contains(QStringLiteral("overload")))
-            emit notify(Notice::error(QStringLiteral("接收过快，部分数据未参与自动应答！")));
-        m_told.insert(QStringLiteral("overload"));
-    }
+    if (m_queuedBytes + bytes.size() > maxQueuedBytes)
+        skipLongestBacklog();
     const bool isMessage = m_links[size_t(link)].delivery == Delivery::Datagrams;
     m_queue.push_back({sourceOf(link, from), bytes, timeUs, isMessage});
     m_queuedBytes += bytes.size();
@@ -143,6 +137,26 @@ void LinkAnswers::receive(int link, const QByteArray &bytes, qint64 timeUs, cons
         matchSlice();
     else
         m_slice.start(0);
+}
+
+// Of the source that sends faster than it can be followed; the others lose nothing.
+void LinkAnswers::skipLongestBacklog()
+{
+    QHash<quint64, qint64> backlogs;
+    quint64 longest = 0;
+    for (const Chunk &chunk : m_queue) {
+        backlogs[chunk.source] += chunk.bytes.size() - chunk.done;
+        if (backlogs.value(chunk.source) > backlogs.value(longest))
+            longest = chunk.source;
+    }
+    m_queue.erase(std::remove_if(m_queue.begin(), m_queue.end(),
+                                 [longest](const Chunk &chunk) { return chunk.source == longest; }),
+                  m_queue.end());
+    m_queuedBytes -= backlogs.value(longest);
+    m_matcher.forget(longest);
+    if (!m_told.contains(QStringLiteral("overload")))
+        emit notify(Notice::error(QStringLiteral("接收过快，部分数据未参与自动应答！")));
+    m_told.insert(QStringLiteral("overload"));
 }
 
 // Many chunks may arrive in one turn of the event loop.

@@ -25,8 +25,8 @@ class LinkAnswers : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int quietMs = 50;                      // ends a burst
-    static constexpr qint64 maxQueuedBytes = 1024LL * 1024; // not matched yet
+    static constexpr int quietMs = 50;                          // ends a burst
+    static constexpr qint64 maxQueuedBytes = 4LL * 1024 * 1024; // not matched yet
 
     enum class Delivery { Stream, Datagrams };
     // The page's one way of sending. False where nothing was accepted.
@@ -42,6 +42,8 @@ public:
     // Off at first. What is pending when it is turned off or paused is dropped.
     void setOn(bool isOn);
     bool isOn() const { return m_isOn; }
+    // Received and not matched yet.
+    qint64 queuedBytes() const { return m_queuedBytes; }
     // While the link is used for something else.
     void setPaused(bool isPaused);
     bool isPaused() const { return m_isPaused; }
@@ -89,6 +91,7 @@ private:
 
     void receive(int link, const QByteArray &bytes, qint64 timeUs, const Peer &from);
     quint64 sourceOf(int link, const Peer &peer);
+    void skipLongestBacklog();
     bool mayMatchNow();
     void matchSlice();
     void matchPiece();

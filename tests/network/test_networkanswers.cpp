@@ -9,6 +9,27 @@
 #include <QTcpSocket>
 #include <QUdpSocket>
 
+namespace {
+
+// Faster than any matching.
+class FloodedLink : public Link
+{
+public:
+    FloodedLink() { setState(State::Open); }
+    void receive(const QByteArray &bytes, quint64 peer)
+    {
+        emit received(bytes, nowUs(), {peer, QHostAddress(), 0});
+    }
+    qint64 pendingBytes() const override { return 0; }
+    void close() override { setState(State::Closed); }
+
+protected:
+    qint64 accept(const QByteArray &bytes, quint64) override { return bytes.size(); }
+    void readingChanged() override {}
+};
+
+} // namespace
+
 class TestNetworkAnswers : public NetworkPageTest
 {
     Q_OBJECT
@@ -147,6 +168,29 @@ private slots:
         WAIT_FOR(one.bytesAvailable() == 4);
         WAIT_FOR(answers()->hasGivenUp(QStringLiteral("(a+)+b")));
         QVERIFY(!answers()->hasGivenUp(QStringLiteral("end$")));
+    }
+
+    void skipsOnlyTheFloodOfOne()
+    {
+        FloodedLink link;
+        LinkAnswers answers;
+        QVector<quint64> answered;
+        answers.setLimit(1000);
+        answers.setRules({rule("ask", "answer")});
+        answers.watch(&link, LinkAnswers::Delivery::Stream, [&](const QByteArray &, const Peer &to) {
+            answered.append(to.id);
+            return true;
+        });
+        answers.setOn(true);
+        const QSignalSpy told(&answers, &LinkAnswers::notify);
+        for (int i = 0; i < 20; ++i) {
+            link.receive("ask", quint64(100 + i));
+            link.receive(QByteArray(1000'000, '.'), 1);
+        }
+        QCOMPARE(told.count(), 1);
+        QVERIFY(answers.queuedBytes() <= LinkAnswers::maxQueuedBytes);
+        WAIT_EQUAL(answered.size(), 20);
+        QCOMPARE(answered.last(), quint64(119));
     }
 
     void isOffAtTheNextStart()
