@@ -113,7 +113,7 @@ quint64 LinkAnswers::sourceOf(int link, const Peer &peer)
     const auto known = m_ids.find(key);
     if (known != m_ids.end())
         return known->second;
-    if (isByAddress && m_sources.size() >= kMaxSources)
+    if (isByAddress && m_sources.size() >= kMaxSources && m_queue.empty())
         forgetSources(link, [this](const Source &source) { return !m_pacer.has(m_ids.at(source.key)); });
     m_ids[key] = ++m_lastId;
     m_sources.insert(m_lastId, {key, peer});

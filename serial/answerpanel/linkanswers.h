@@ -118,8 +118,8 @@ private:
     std::deque<Chunk> m_queue;
     qint64 m_queuedBytes = 0;
     QHash<quint64, qint64> m_waiting; // sources whose burst has not ended; the last arrival
-    QElapsedTimer m_frame;            // since a while ago, and what of it was spent on matching
-    qint64 m_spentUs = 0;
+    QElapsedTimer m_frame;            // a stretch of some milliseconds
+    qint64 m_spentUs = 0;             // of it, on matching
     QTimer m_slice;
     QTimer m_quiet;
     QTimer m_due;

@@ -70,6 +70,7 @@ private:
 private slots:
     void answersEachClientAlone()
     {
+        const QSignalSpy lamp(m_page.get(), &NetworkToolWidget::signalAnswerState);
         const quint16 port = open(Server);
         QTcpSocket one, other;
         connectTo(&one, port);
@@ -88,6 +89,9 @@ private slots:
         QCOMPARE(other.readAll(), QByteArray("you are 22."));
         WAIT_EQUAL(sent(), qint64(22));
         WAIT_EQUAL(child<QLabel>("labelAnswerState")->text(), QStringLiteral("1条规则，命中2 应答2"));
+        QCOMPARE(lamp.last().at(0).toString(), QStringLiteral("应答 2"));
+        click("checkAutoAnswer");
+        QCOMPARE(lamp.last().at(0).toString(), QString());
     }
 
     void answersSendersOfDatagrams()
@@ -191,6 +195,16 @@ private slots:
         QVERIFY(answers.queuedBytes() <= LinkAnswers::maxQueuedBytes);
         WAIT_EQUAL(answered.size(), 20);
         QCOMPARE(answered.last(), quint64(119));
+    }
+
+    void tellsOfABrokenFile()
+    {
+        QFile file(m_root->filePath(QStringLiteral("conf/net_answers.json")));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{") == 1);
+        file.close();
+        click("checkAutoAnswer");
+        QVERIFY(wasToldOf(QStringLiteral("已改名为net_answers_bad1.json")));
+        WAIT_EQUAL(child<QLabel>("labelAnswerState")->text(), QStringLiteral("没有可用的规则"));
     }
 
     void isOffAtTheNextStart()
