@@ -68,6 +68,7 @@ private slots:
         const auto expression = AnswerRule::Expression;
         row("text", rule(text, "AT\\r\\n", "\\x4fK\\r\\n\\\\$$1$"), "xAT\r\nAT\nAT\r\n",
             "OK\r\n\\$1$|OK\r\n\\$1$");
+        row("dollar signs", rule(text, "$1", "$$$0$"), "x$1", "$$1$");
         row("no byte is matched twice", rule(text, "aa"), "aaaaa", "aa|aa");
         row("zero bytes", rule(text, "a\\0b"), QByteArray("a\0b", 3), QByteArray("a\0b", 3));
         row("Chinese", rule(text, "\u4f60\u597d", "\u597d"), "\xE4\xBD\xA0\xE5\xA5\xBD", "\xE5\xA5\xBD");
@@ -237,10 +238,11 @@ private slots:
         QCOMPARE(*pacer.nextUs(), 900'000);
         QCOMPARE(pacer.popDue(1'000'100)->bytes, QByteArray("late"));
         for (int i = 0; i < AnswerPacer::maxPending; ++i)
-            QVERIFY(pacer.add({quint64(i % 2), "x"}, i));
+            QVERIFY(pacer.add({quint64(i % 4), "x"}, i));
         QVERIFY(!pacer.add({1, "x"}, 0));
-        QCOMPARE(pacer.drop(1), AnswerPacer::maxPending / 2);
-        QCOMPARE(pacer.dropAll(), AnswerPacer::maxPending / 2);
+        QCOMPARE(pacer.drop(1), AnswerPacer::maxPending / 4);
+        QCOMPARE(pacer.dropAll(), AnswerPacer::maxPending * 3 / 4);
+        QVERIFY(!pacer.has(2) && !pacer.nextUs() && pacer.popOverLimit() == 0);
     }
 
     // Of two copies of the program.
@@ -275,6 +277,19 @@ private slots:
         AnswerStore third(name);
         third.load();
         QVERIFY(third.rules() == one.rules());
+    }
+
+    void keepsRulesThatCannotBeStored()
+    {
+        const QTemporaryDir folder;
+        const QString name = folder.filePath(QStringLiteral("rules.json"));
+        QVERIFY(QDir().mkpath(name)); // in the way
+        AnswerStore store(name);
+        QVERIFY(store.load().contains(QStringLiteral("读取失败")));
+        QVERIFY(!store.save({named("a", "1")}).isEmpty());
+        QVERIFY(QDir().rmdir(name));
+        QCOMPARE(store.load(), QString());
+        QCOMPARE(ids(store.rules()), QStringLiteral("a=1"));
     }
 
     void keepsAFileThatIsNone_data()
