@@ -146,6 +146,8 @@ private slots:
         QCOMPARE(answersOf(matcher.add(1, "xa")), QByteArray("1"));
         QCOMPARE(answersOf(matcher.add(2, "b\r")), QByteArray("2"));
         QCOMPARE(answersOf(matcher.add(1, "b\rab\ra")), QByteArray("3|2|1|3|2|1"));
+        matcher.setRules({rule(AnswerRule::Text, "ab")}, TextCodec::Utf8);
+        QVERIFY(matcher.add(1, "b").isEmpty()); // of "ab", the rest came before the rule
     }
 
     // A match that could become longer waits for more, for silence, or for the limit.
@@ -277,6 +279,23 @@ private slots:
         AnswerStore third(name);
         third.load();
         QVERIFY(third.rules() == one.rules());
+    }
+
+    void storesAllOfARule()
+    {
+        const QTemporaryDir folder;
+        AnswerRule all = rule(AnswerRule::Expression, "\\d", "温度 $0");
+        all.name = QStringLiteral("名\"称");
+        all.isOn = false;
+        all.isHexAnswer = true;
+        all.lineEnd = AnswerRule::Lf;
+        all.checksum = QStringLiteral("sum8");
+        all.delayMs = AnswerRuleFile::maxDelayMs;
+        const QString name = folder.filePath(QStringLiteral("rules.json"));
+        QCOMPARE(AnswerStore(name).save({all}), QString());
+        AnswerStore store(name);
+        QCOMPARE(store.load(), QString());
+        QVERIFY(store.rules() == AnswerRules{all});
     }
 
     void keepsRulesThatCannotBeStored()
