@@ -47,6 +47,8 @@ QString ids(const AnswerRules &rules)
 
 } // namespace
 
+Q_DECLARE_METATYPE(AnswerRule)
+
 class TestAnswers : public QObject
 {
     Q_OBJECT
@@ -178,6 +180,11 @@ private slots:
             QVERIFY(matcher.add(1, i % 5 == 0 ? "B" + filling : filling).isEmpty());
         QVERIFY(matcher.recent(1).bytes.size() <= AnswerMatcher::maxMatch);
         QCOMPARE(answersOf(matcher.add(1, "B" + filling + "END")), QByteArray("1|2"));
+        matcher.setRules({rule(AnswerRule::Expression, "v=\\d;")}, TextCodec::Utf8);
+        int hits = 0;
+        for (int i = 0; i < 100; ++i)
+            hits += matcher.add(1, filling + "v=1;").size();
+        QCOMPARE(hits, 100);
     }
 
     void givesUpHardExpressions()
@@ -344,8 +351,6 @@ private slots:
         QVERIFY(next.rules() == store.rules());
     }
 };
-
-Q_DECLARE_METATYPE(AnswerRule)
 
 QTEST_GUILESS_MAIN(TestAnswers)
 #include "test_answers.moc"
