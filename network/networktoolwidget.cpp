@@ -1,5 +1,6 @@
 #include "networktoolwidget.h"
 
+#include "answerpanel.h"
 #include "clientlistpanel.h"
 #include "commandpage.h"
 #include "fieldmemory.h"
@@ -48,6 +49,7 @@ NetworkToolWidget::NetworkToolWidget(QWidget *parent)
     m_sendOptions->remember(m_memory, &Settings::instance().networkArea, &Settings::instance().networkSend);
     m_area->remember(&Settings::instance().networkArea);
     connectSession();
+    connectAnswers();
     sltChangeNetType(m_config->protocol());
     showCounts();
 }
@@ -175,6 +177,24 @@ void NetworkToolWidget::connectSession()
             notify(Notice::information(QStringLiteral("[ TCP Client ] 已断开连接！")));
     });
     connect(m_session, &LinkSession::socketError, this, &NetworkToolWidget::sltTcpError);
+}
+
+void NetworkToolWidget::connectAnswers()
+{
+    const QVector<Link *> links = m_session->links();
+    for (Link *link : links)
+        m_answers->answers()->watch(link,
+                                    link == links.at(NetworkConfigPanel::Udp)
+                                        ? LinkAnswers::Delivery::Datagrams
+                                        : LinkAnswers::Delivery::Stream,
+                                    [this, link](const QByteArray &bytes, const Peer &to) {
+                                        if (m_session->answer(link, bytes, to) <= 0)
+                                            return false;
+                                        showSent(bytes);
+                                        return true;
+                                    });
+    connect(m_answers, &AnswerPanel::notify, this, &NetworkToolWidget::notify);
+    connect(m_answers, &AnswerPanel::stateChanged, this, &NetworkToolWidget::signalAnswerState);
 }
 
 void NetworkToolWidget::launch(const LaunchOptions &options)
@@ -311,9 +331,14 @@ bool NetworkToolWidget::transmit(const QByteArray &byData, QString *reason)
         return false;
     }
     m_notSentReason.clear();
-    if (!m_recvOptions->stopShow())
-        m_area->showSent(byData, m_recvOptions->hexShow(), false);
+    showSent(byData);
     return true;
+}
+
+void NetworkToolWidget::showSent(const QByteArray &bytes)
+{
+    if (!m_recvOptions->stopShow())
+        m_area->showSent(bytes, m_recvOptions->hexShow(), false);
 }
 
 void NetworkToolWidget::notifyNotSent(const QString &text)
@@ -408,6 +433,7 @@ void NetworkToolWidget::sltBtnFoldClicked()
 void NetworkToolWidget::reloadSettings()
 {
     m_log->load();
+    m_answers->load();
     m_area->reloadView();
     m_memory->load();
     m_sendOptions->load();

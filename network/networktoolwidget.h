@@ -8,6 +8,7 @@
 
 #include <QAbstractSocket>
 
+class AnswerPanel;
 class ByteSpool;
 class ClientListPanel;
 class FieldMemory;
@@ -75,6 +76,7 @@ private:
     void buildUi();
     void connectParts();
     void connectSession();
+    void connectAnswers();
 
     void showLinkOpen(bool open);
     // Posts it once in a row: automatic sending would repeat it.
@@ -82,6 +84,7 @@ private:
     bool transmit(const QByteArray &bytes, QString *reason);
     void notifyNotSent(const QString &text);
 
+    void showSent(const QByteArray &bytes);
     void showCounts();
 
     NetworkConfigPanel *m_config = nullptr;
@@ -90,6 +93,7 @@ private:
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
     LogPanel *m_log = nullptr;
+    AnswerPanel *m_answers = nullptr;
     ProfileButton *m_profiles = nullptr;
     FieldMemory *m_memory = nullptr;
     FormPanel *m_panel = nullptr;

@@ -1,5 +1,6 @@
 #include "serialportwidget.h"
 
+#include "answerpanel.h"
 #include "commandpage.h"
 #include "fieldmemory.h"
 #include "filesendpage.h"
@@ -124,6 +125,11 @@ void SerialportWidget::connectParts()
     m_log->log()->watch(m_port.get(), [this] { return m_port->settings().name; });
     connect(m_log, &LogPanel::notify, this, &SerialportWidget::notify);
     connect(m_log, &LogPanel::stateChanged, this, &SerialportWidget::signalLogState);
+    m_answers->answers()->watch(
+        m_port.get(), LinkAnswers::Delivery::Stream,
+        [this](const QByteArray &bytes, const Peer &) { return sendBytes(bytes) > 0; });
+    connect(m_answers, &AnswerPanel::notify, this, &SerialportWidget::notify);
+    connect(m_answers, &AnswerPanel::stateChanged, this, &SerialportWidget::signalAnswerState);
     connect(m_config, &SerialConfigPanel::openClicked, this, &SerialportWidget::SltOpenSerialport);
     connect(m_recvOptions, &RecvOptions::clearClicked, this, &SerialportWidget::clearRecv);
     connect(m_recvOptions, &RecvOptions::stopShowChanged, m_area, &WorkArea::showStopped);
@@ -137,7 +143,7 @@ void SerialportWidget::connectParts()
     CommandRunner *runner = m_sendBox->commandPage()->runner();
     runner->setDevice(
         [this](const QByteArray &bytes, QString *reason) {
-            const bool isSent = transmit(bytes);
+            const bool isSent = sendBytes(bytes) > 0;
             if (!isSent)
                 *reason = m_port->refusal().isEmpty() ? QStringLiteral("设备未接收") : m_port->refusal();
             return isSent;
@@ -403,22 +409,22 @@ void SerialportWidget::clearRecv()
 
 void SerialportWidget::SltWriteDataToSerialport(QByteArray byCmd)
 {
-    transmit(byCmd);
+    sendBytes(byCmd);
 }
 
-bool SerialportWidget::transmit(const QByteArray &byCmd)
+qint64 SerialportWidget::sendBytes(const QByteArray &bytes)
 {
     if (m_transfer->isBusy())
-        return false;
+        return 0;
     if (m_area->showsSent())
         takeArrived(); // what came before stands before
-    const qint64 sent = m_port->send(byCmd);
+    const qint64 sent = m_port->send(bytes);
     m_sendCount += static_cast<quint32>(sent);
     m_area->refreshCounts();
     if (!m_recvOptions->stopShow())
-        m_area->showSent(byCmd.left(static_cast<int>(sent)), m_recvOptions->hexShow(),
+        m_area->showSent(bytes.left(static_cast<int>(sent)), m_recvOptions->hexShow(),
                          m_recvOptions->logMode());
-    return sent > 0;
+    return sent;
 }
 
 void SerialportWidget::SltChangeSendPage(int index)
@@ -468,6 +474,7 @@ void SerialportWidget::sltTransmitStatus(YmodemFileTransmit::Status status, QStr
 
 void SerialportWidget::beginTransfer()
 {
+    m_answers->answers()->setPaused(true);
     m_sendBox->setDeviceOpen(false);
     m_config->setHandedOver();
     m_lines->showState(true, true);
@@ -477,6 +484,7 @@ void SerialportWidget::beginTransfer()
 void SerialportWidget::endTransfer()
 {
     const bool isOpen = m_port->isOpen();
+    m_answers->answers()->setPaused(false);
     m_reconnector->setHeld(false);
     setPortState(isOpen);
     if (std::exchange(m_quitting, false)) {
@@ -576,6 +584,7 @@ void SerialportWidget::loadFields()
 void SerialportWidget::reloadSettings()
 {
     m_log->load();
+    m_answers->load();
     m_area->reloadView();
     m_memory->load();
     m_sendOptions->load();

@@ -10,6 +10,7 @@
 #include <QByteArrayList>
 #include <memory>
 
+class AnswerPanel;
 class ByteSpool;
 class FieldMemory;
 class FileTransfer;
@@ -85,7 +86,8 @@ private:
     void handleWaiting(bool isWaiting);
     void showWaiting();
     void takeArrived();
-    bool transmit(const QByteArray &bytes); // false where nothing was accepted
+    // The one way of sending bytes; returns how many were accepted.
+    qint64 sendBytes(const QByteArray &bytes);
     void beginTransfer();
     void endTransfer();
     void handleReceived(const QByteArrayList &pieces, qint64 size);
@@ -97,6 +99,7 @@ private:
     RecvOptions *m_recvOptions = nullptr;
     SendOptions *m_sendOptions = nullptr;
     LogPanel *m_log = nullptr;
+    AnswerPanel *m_answers = nullptr;
     ProfileButton *m_profiles = nullptr;
     FieldMemory *m_memory = nullptr;
     FormPanel *m_panel = nullptr;

@@ -188,6 +188,13 @@ qint64 LinkSession::send(const QByteArray &bytes, quint64 peer)
     return link()->send(bytes, peer);
 }
 
+qint64 LinkSession::answer(Link *link, const QByteArray &bytes, const Peer &to)
+{
+    if (link == m_udp)
+        m_udp->setDestination(to.address, to.port);
+    return link->send(bytes, to.id);
+}
+
 // ---- opening and closing
 
 void LinkSession::toggle()

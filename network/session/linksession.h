@@ -66,6 +66,9 @@ public:
     // Over the chosen protocol's link; see Link::send().
     qint64 send(const QByteArray &bytes, quint64 peer = Link::allPeers);
 
+    // To where something came from over one of the links.
+    qint64 answer(Link *link, const QByteArray &bytes, const Peer &to);
+
     // A connection to a server that fails is made again. Off at first.
     void setReconnects(bool reconnects);
 
