@@ -1,10 +1,12 @@
 #include "ymodemfiletransmit.h"
 
 #include "textcodec.h"
+#include "xmodemsender.h"
 
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 
@@ -36,6 +38,17 @@ constexpr int kMaxInputBytes = 64 * 1024;
 constexpr qint64 kSmallBlock = 128;
 constexpr qint64 kLargeBlock = 1024;
 
+// XModem: receivers ask within 10 s for what they miss.
+constexpr Ymodem::uint32 kXmodemSilence = 6000;
+
+// In one turn of the event loop.
+constexpr int kMaxQuickSteps = 256;
+
+bool isControl(char byte)
+{
+    return byte == Ymodem::Request || byte == Ymodem::Nak || byte == Ymodem::Can;
+}
+
 QString whyNotReadable(const QString &name)
 {
     const QFileInfo info(name);
@@ -49,6 +62,28 @@ QString whyNotReadable(const QString &name)
 
 } // namespace
 
+// Its three operations are those of the driver.
+class YmodemFileTransmit::Xmodem : public XmodemSender
+{
+public:
+    explicit Xmodem(YmodemFileTransmit *driver)
+        : XmodemSender(kXmodemSilence, kErrorLimit)
+        , m_driver(driver)
+    {
+    }
+
+protected:
+    uint8 statusCallback(Status status, uint8 *buffer, uint32 *length) override
+    {
+        return m_driver->statusCallback(status, buffer, length);
+    }
+    uint32 readBytes(uint8 *buffer, uint32 length) override { return m_driver->readBytes(buffer, length); }
+    uint32 writeBytes(uint8 *buffer, uint32 length) override { return m_driver->writeBytes(buffer, length); }
+
+private:
+    YmodemFileTransmit *m_driver;
+};
+
 YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
     : QObject(parent)
     , Ymodem(kRepeatDivider, kSilenceLimit, kErrorLimit)
@@ -56,6 +91,7 @@ YmodemFileTransmit::YmodemFileTransmit(QObject *parent)
     , m_baudRate(QSerialPort::Baud9600)
     , m_readTimer(this)
     , m_writeTimer(this)
+    , m_xmodem(std::make_unique<Xmodem>(this))
     , m_nowUs(&Link::nowUs)
 {
     qRegisterMetaType<YmodemFileTransmit::Status>("YmodemFileTransmit::Status");
@@ -79,6 +115,12 @@ void YmodemFileTransmit::setFileList(const QStringList &files)
     m_completed = 0;
     m_file.close();
     m_file.setFileName(files.value(0));
+}
+
+void YmodemFileTransmit::setProtocol(Protocol protocol, int packetLength)
+{
+    m_protocol = protocol;
+    m_largestBlock = packetLength <= kSmallBlock ? kSmallBlock : kLargeBlock;
 }
 
 // ---- start and end
@@ -112,6 +154,8 @@ bool YmodemFileTransmit::startTransmit(Link *link, const QByteArray &arrived)
     connect(
         m_link, &Link::stateChanged, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
     resetTransfer();
+    m_xmodem->reset();
+    m_passed.clear();
     m_lineFreeAtUs = 0;
     m_stepDeferred = false;
     m_nextStepAtUs = elapsedUs() + kStepUs;
@@ -155,6 +199,7 @@ void YmodemFileTransmit::stopTransmit()
 Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
 {
     m_readTimer.stop();
+    passOn();
     m_file.close();
     m_status = status;
     m_reason = reason;
@@ -211,11 +256,27 @@ void YmodemFileTransmit::readTimeOut()
         scheduleStep(std::min(answerAt, elapsedUs() + kStepUs));
         return;
     }
-    transmitStep();
+    step(true);
     checkForRestart();
     // Every 10 ms by the clock, however long a step or a repaint lasted.
     if (isRunning())
         scheduleStep(std::max(m_nextStepAtUs + kStepUs, elapsedUs() - kMaxBehindUs));
+}
+
+void YmodemFileTransmit::step(bool isTimed)
+{
+    const QScopedValueRollback stepping(m_isStepping, true);
+    if (m_protocol == Protocol::Xmodem)
+        m_xmodem->step(isTimed);
+    else
+        transmitStep(isTimed);
+}
+
+// What the board said before it was ready is the display's.
+void YmodemFileTransmit::passOn()
+{
+    if (!m_passed.isEmpty())
+        emit passedOn(std::exchange(m_passed, {}));
 }
 
 // A receiver that begins to ask as for a first file has most likely been reset;
@@ -242,8 +303,13 @@ void YmodemFileTransmit::receive(const QByteArray &bytes)
     m_input += bytes;
     if (m_input.size() >= kMaxInputBytes)
         m_link->setReading(false);
+    if (m_isStepping)
+        return;
     if (m_stepDeferred && isRunning())
         readTimeOut(); // what it waits for
+    // The rest of a flood is read by the timed steps.
+    for (int i = 0; m_isQuick && isRunning() && !m_input.isEmpty() && i < kMaxQuickSteps; ++i)
+        step(false);
 }
 
 Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
@@ -253,6 +319,8 @@ Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
         m_input.remove(0, bytes.size());
         std::copy(bytes.begin(), bytes.end(), buffer);
         m_log.received(elapsedMs(), bytes);
+        if (m_next == 0 && !isControl(bytes.at(0)))
+            m_passed += bytes;
         if (m_input.size() < kMaxInputBytes)
             m_link->setReading(true);
     }
@@ -286,7 +354,9 @@ Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, u
     case Abort:
         return end(Abort, QStringLiteral("接收端取消了传输"));
     case Timeout:
-        return end(Timeout, QStringLiteral("接收端没有请求文件，请确认它已进入YModem接收状态"));
+        return end(Timeout, QStringLiteral("接收端没有请求文件，请确认它已进入%1接收状态")
+                                .arg(m_protocol == Protocol::Xmodem ? QLatin1String("XModem")
+                                                                    : QLatin1String("YModem")));
     default:
         return end(Error, QStringLiteral("接收端没有应答或反复要求重发"));
     }
@@ -303,6 +373,7 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
         emit transmitStatus(Transmit, QString());
         return Eot;
     }
+    passOn();
     const QString name = m_files.at(m_next);
     m_file.setFileName(name);
     // Anything but a regular file could block or never end.
@@ -321,6 +392,15 @@ Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
     return Ack;
 }
 
+// Without its size a file is filled as little as possible; receivers that ask for a
+// sum know no long packets.
+qint64 YmodemFileTransmit::blockFor(qint64 left) const
+{
+    const bool isXmodem = m_protocol == Protocol::Xmodem;
+    const bool isLong = isXmodem ? m_xmodem->usesCrc() && left >= kLargeBlock : left > kSmallBlock;
+    return isLong ? m_largestBlock : kSmallBlock;
+}
+
 Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
 {
     const qint64 left = m_fileSize - m_sentBytes;
@@ -331,9 +411,9 @@ Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
         emit transmitStatus(Transmit, QString());
         return Eot;
     }
-    // The rest of the block stays zero; bytes beyond the announced size, of a
+    // The rest of the block stays as it is; bytes beyond the announced size, of a
     // file that has grown, are not read.
-    const qint64 block = left <= kSmallBlock ? kSmallBlock : kLargeBlock;
+    const qint64 block = blockFor(left);
     const qint64 wanted = std::min(block, left);
     if (m_file.read(reinterpret_cast<char *>(buffer), wanted) != wanted)
         return end(Error, QStringLiteral("文件在传输过程中变短或无法读取：%1").arg(m_file.fileName()));

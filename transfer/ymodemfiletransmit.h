@@ -1,7 +1,8 @@
 #pragma once
 
-// Sends a list of files by YModem over a link: owns the file and the timers
-// around the engine. One step of the engine every 10 ms paces everything.
+// Sends a list of files by YModem, or one by XModem, over a link: owns the file and
+// the timers around the engine. One step of the engine every 10 ms paces everything;
+// when it is quick, an answer is followed at once.
 // Without a link it opens the serial port of its name.
 //
 // An end (statuses 3 to 6) is reported twice: when it is decided, and when its
@@ -9,7 +10,7 @@
 // receives belongs to the link's owner again.
 
 #include "seriallink.h"
-#include "transferlog.h"
+#include "transferdriver.h"
 #include "ymodem.h"
 
 #include <QDateTime>
@@ -19,15 +20,19 @@
 #include <QTimer>
 
 #include <functional>
+#include <memory>
 
 Q_DECLARE_METATYPE(Ymodem::Status)
 
-class YmodemFileTransmit : public QObject, public Ymodem
+class XmodemSender;
+
+class YmodemFileTransmit : public QObject, public Ymodem, public TransferDriver
 {
     Q_OBJECT
 
 public:
     using Status = Ymodem::Status;
+    enum class Protocol { Xmodem, Ymodem };
 
     explicit YmodemFileTransmit(QObject *parent = nullptr);
     // Ends a running transfer and cancels the receiver.
@@ -40,6 +45,10 @@ public:
     // Microseconds of a clock that only moves forward; Link::nowUs() if not set.
     void setClock(std::function<qint64()> nowUs) { m_nowUs = std::move(nowUs); }
 
+    // What the next transfer uses. packetLength: the largest data, 128 or 1024 bytes.
+    void setProtocol(Protocol protocol, int packetLength);
+    void setQuick(bool quick) { m_isQuick = quick; }
+
     // False when the port does not open; nothing is emitted then.
     bool startTransmit();
     // The same over an open link, which has to outlive the transfer. arrived:
@@ -49,25 +58,28 @@ public:
     void stopTransmit();
 
     // From a successful start until the last report of its end.
-    bool isBusy() const { return m_link != nullptr; }
-    // What was received and not used when the transfer ended.
-    QByteArray takeUnused() { return std::exchange(m_input, {}); }
+    bool isBusy() const override { return m_link != nullptr; }
+    void stop() override { stopTransmit(); }
+    QByteArray takeUnused() override { return std::exchange(m_input, {}); }
 
     // Of the present file, in bytes.
     qint64 bytesSent() const { return m_sentBytes; }
-    qint64 fileSize() const { return m_fileSize; }
+    qint64 bytesDone() const override { return m_sentBytes; }
+    qint64 fileSize() const override { return m_fileSize; }
 
-    // What went wrong in the last transfer, for the user; empty if nothing did.
-    QString reason() const { return m_reason; }
+    QString reason() const override { return m_reason; }
     // Files of the list whose end the receiver has not confirmed.
     QStringList unsentFiles() const { return m_files.mid(m_completed); }
-    const TransferLog &log() const { return m_log; }
+    QStringList incompleteFiles() const override { return unsentFiles(); }
+    const TransferLog &log() const override { return m_log; }
 
     // Block 0's data for a file: name in GB18030, zero, size in decimal, zero.
     // A name that is too long is cut before its suffix, at a character's end.
     static QByteArray fileHeader(const QString &fileName, qint64 size);
 
 signals:
+    // Before the receiver's first request: what is none, such as a prompt.
+    void passedOn(QByteArray bytes);
     // Percent of the file of that (full) name.
     void transmitProgress(int progress, QString name);
     void transmitStatus(YmodemFileTransmit::Status status, QString name);
@@ -84,9 +96,14 @@ private slots:
     void writeTimeOut();
 
 private:
+    class Xmodem;
+
     uint8 openNextFile(uint8 *buffer, uint32 *length);
     uint8 readNextData(uint8 *buffer, uint32 *length);
+    qint64 blockFor(qint64 left) const;
     uint8 end(Status status, const QString &reason);
+    void step(bool isTimed);
+    void passOn();
     QString finishWarning() const;
     void receive(const QByteArray &bytes);
     void handleLinkLost();
@@ -106,9 +123,15 @@ private:
     qint32 m_baudRate;
     SerialLink m_ownLink;
     Link *m_link = nullptr; // of the transfer
-    QByteArray m_input;     // received and not read by the engine yet
+    Protocol m_protocol = Protocol::Ymodem;
+    qint64 m_largestBlock = largestData;
+    bool m_isQuick = false;
+    bool m_isStepping = false;
+    QByteArray m_passed; // read before the first request
+    QByteArray m_input;  // received and not read by the engine yet
     QTimer m_readTimer;
     QTimer m_writeTimer;
+    std::unique_ptr<XmodemSender> m_xmodem;
     qint64 m_fileSize = 0;
     QDateTime m_fileTime; // of its last change, when it was opened
     bool m_restartReported = false;

@@ -20,8 +20,9 @@ Ymodem::Ymodem(uint32 repeatDivider, uint32 silenceLimit, uint32 errorLimit)
 
 // ---- from outside
 
-void Ymodem::transmitStep()
+void Ymodem::transmitStep(bool isTimed)
 {
+    m_isTimed = isTimed;
     if (m_stage == Idle) {
         resetTransfer();
         m_stage = Establishing;
@@ -247,6 +248,8 @@ void Ymodem::repeatOnRequest(uint8 *packet, uint32 length)
 
 void Ymodem::stayedSilent(bool mayRepeat)
 {
+    if (!m_isTimed)
+        return;
     ++m_steps;
     const std::uint64_t period = std::uint64_t(m_repeatDivider) + 1;
     if (m_steps / period > m_silenceLimit)

@@ -48,8 +48,9 @@ public:
     void setSilenceLimit(uint32 periods) { m_silenceLimit = periods; }
     void setErrorLimit(uint32 errors) { m_errorLimit = errors; }
 
-    // Reads at most one item from the receiver and does what it asks for.
-    void transmitStep();
+    // Reads at most one item from the receiver and does what it asks for. A step
+    // that is not timed, made because something has arrived, is no silence.
+    void transmitStep(bool isTimed = true);
 
     // Back to the beginning, telling the receiver by five Can bytes.
     void abortTransfer();
@@ -106,6 +107,7 @@ private:
     uint32 m_repeatDivider;
     uint32 m_silenceLimit;
     uint32 m_errorLimit;
+    bool m_isTimed = true; // the present step
     uint32 m_steps = 0;    // silent ones
     uint32 m_errors = 0;   // requests for the same packet
     uint32 m_requests = 0; // those of them that ask by Request for data
