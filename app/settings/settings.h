@@ -121,6 +121,20 @@ public:
     };
     AnswerChoices serialAnswers{&m_table, "SerialAnswers"};
     AnswerChoices networkAnswers{&m_table, "NetworkAnswers"};
+    struct FileTransferChoices : SettingsGroup // of the serial page's file page
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> protocol{this, "Protocol", 1, notWritten, {0, 1}}; // index into the list
+        Setting<int> packetLength{this, "PacketLength", 1, notWritten, {0, 1}}; // index into the list
+        Setting<bool> showsOptions{this, "ShowOptions", false};
+        Setting<bool> isQuick{this, "Quick", false};
+        Setting<bool> isRaw{this, "Raw", false};
+        Setting<int> rawCount{this, "RawCount", 256, notWritten, {1, 65536}};
+        Setting<int> rawUnit{this, "RawUnit", 0, notWritten, {0, 1}}; // bytes, lines
+        Setting<int> rawMs{this, "RawTime", 10, notWritten, {0, 10000}};
+        Setting<QString> folder{this, "Folder", QString()}; // empty: the user has not chosen one
+        Setting<int> maxMegabytes{this, "MaxMegabytes", 64, notWritten, {1, 100000}};
+    } fileTransfer{&m_table, "FileTransfer"};
 
     struct NetworkDefaults : SettingsGroup // of the link that was opened last
     {

@@ -9,7 +9,7 @@
 
 struct DialogAnswers
 {
-    enum class FileMode { Open, OpenMany, Save };
+    enum class FileMode { Open, OpenMany, Save, Folder };
 
     // The result of a message box: 1 for "确定" or "保存", 2 for "不保存", 0 for
     // "取消".

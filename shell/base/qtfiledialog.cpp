@@ -62,7 +62,9 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
     m_dialog->setAcceptMode(mode == SaveFile ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     m_dialog->setFileMode(mode == OpenFiles  ? QFileDialog::ExistingFiles
                           : mode == OpenFile ? QFileDialog::ExistingFile
+                          : mode == Folder   ? QFileDialog::Directory
                                              : QFileDialog::AnyFile);
+    m_dialog->setOption(QFileDialog::ShowDirsOnly, mode == Folder);
     if (!filter.isEmpty())
         m_dialog->setNameFilter(filter);
     if (mode == SaveFile) {
@@ -87,7 +89,8 @@ QtFileDialog::QtFileDialog(Mode mode, const QString &caption, const QString &fol
         m_dialog->propose(nameFor(m_dialog->selectedNameFilter()));
 
     m_dialog->setLabelText(QFileDialog::LookIn, QStringLiteral("文件目录："));
-    m_dialog->setLabelText(QFileDialog::FileName, QStringLiteral("文件名："));
+    m_dialog->setLabelText(QFileDialog::FileName,
+                           mode == Folder ? QStringLiteral("文件夹：") : QStringLiteral("文件名："));
     m_dialog->setLabelText(QFileDialog::FileType, QStringLiteral("文件类型："));
     m_dialog->setAcceptText(mode == SaveFile ? QStringLiteral("保存") : QStringLiteral("确定"));
     m_dialog->setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
@@ -140,6 +143,11 @@ QString QtFileDialog::getSaveFileName(QWidget *parent, const QString &caption, c
     return run(SaveFile, parent, caption, dir, filter, selectedFilter).value(0);
 }
 
+QString QtFileDialog::getFolder(QWidget *parent, const QString &caption, const QString &dir)
+{
+    return run(Folder, parent, caption, dir, {}, nullptr).value(0);
+}
+
 QString QtFileDialog::suffixOf(const QString &filter)
 {
     static const QRegularExpression pattern(QStringLiteral("\\*\\.([^\\s*?();]+)"));
@@ -171,6 +179,7 @@ QStringList QtFileDialog::run(Mode mode, QWidget *parent, const QString &caption
     if (const auto &answer = DialogAnswers::instance().fileNames) {
         const auto answerMode = mode == OpenFile    ? DialogAnswers::FileMode::Open
                                 : mode == OpenFiles ? DialogAnswers::FileMode::OpenMany
+                                : mode == Folder    ? DialogAnswers::FileMode::Folder
                                                     : DialogAnswers::FileMode::Save;
         return answer(answerMode, caption, dir, filter);
     }

@@ -16,7 +16,7 @@ class QtFileDialog : public QtFramelessDialog
     Q_OBJECT
 
 public:
-    enum Mode { OpenFile, OpenFiles, SaveFile };
+    enum Mode { OpenFile, OpenFiles, SaveFile, Folder };
 
     // An empty caption becomes "文件选择框"; an empty folder the last one used.
     QtFileDialog(Mode mode, const QString &caption, const QString &folder, const QString &filter,
@@ -38,6 +38,9 @@ public:
     static QString getSaveFileName(QWidget *parent = nullptr, const QString &caption = {},
                                    const QString &dir = {}, const QString &filter = {},
                                    QString *selectedFilter = nullptr);
+
+    // A folder that exists, without a trailing slash.
+    static QString getFolder(QWidget *parent, const QString &caption, const QString &dir);
 
     // The suffix that a filter such as "文本文件(*.txt)" stands for, without the
     // dot; empty for "*.*" and "*".
