@@ -444,9 +444,8 @@ void SerialportWidget::sltShowErrorHint()
 
 // ---- sending files
 
-// Protocol and packet length change nothing: every transfer is a YModem batch
-// whose block sizes follow from the files.
-void SerialportWidget::sltSendXYmodemFile(int, int, QStringList fileName)
+// type: index of the protocol in the send box's list; size: bytes of a packet.
+void SerialportWidget::sltSendXYmodemFile(int type, int size, QStringList fileName)
 {
     if (fileName.isEmpty()) {
         m_transfer->stop();
@@ -459,7 +458,7 @@ void SerialportWidget::sltSendXYmodemFile(int, int, QStringList fileName)
     }
     if (m_transfer->isBusy() || !m_port->isOpen())
         return;
-    m_transfer->start(fileName);
+    m_transfer->start(type, size, fileName);
 }
 
 void SerialportWidget::sltTransmitProgress(int porgress, QString name)
@@ -588,6 +587,7 @@ void SerialportWidget::reloadSettings()
     m_area->reloadView();
     m_memory->load();
     m_sendOptions->load();
+    m_sendBox->filePage()->load();
     m_defaultsDue = !isClosed(); // the parameters shown are those of the port
     if (m_defaultsDue)
         return;

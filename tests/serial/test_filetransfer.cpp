@@ -119,7 +119,7 @@ private slots:
             FileSendPage page;
             FileTransfer transfer(&link, &reader, &page, nullptr);
             transfer.create(nullptr);
-            transfer.start({makeFile("a.bin", 1)});
+            transfer.start(1, 1024, {makeFile("a.bin", 1)});
             QCOMPARE(link.settings().dataBits, QSerialPort::Data8);
             QCOMPARE(link.settings().stopBits, used);
             transfer.abandon();
