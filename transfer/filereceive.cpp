@@ -17,6 +17,13 @@ constexpr qint64 kReservedBytes = 16LL * 1024 * 1024;
 constexpr qint64 kCheckedBytes = 1024LL * 1024; // between two looks at the disk
 constexpr int kMaxNumber = 9999;
 
+// Also by a link that leads nowhere.
+bool isTaken(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
 QString endReason(ModemReceiver::End end)
 {
     switch (end) {
@@ -276,7 +283,7 @@ bool FileReceive::openPart(const QString &name)
     for (int number = 1; number <= kMaxNumber; ++number) {
         m_name = ReceivedName::numbered(name, number);
         const QString part = folder.filePath(ReceivedName::incomplete(m_name));
-        if (QFileInfo::exists(folder.filePath(m_name)) || QFileInfo::exists(part))
+        if (isTaken(folder.filePath(m_name)) || isTaken(part))
             continue;
         m_file.setFileName(part);
         if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
@@ -325,7 +332,7 @@ bool FileReceive::keepPart()
     const QDir folder(m_target.folder);
     for (int number = 1; number <= kMaxNumber; ++number) {
         const QString path = folder.filePath(ReceivedName::numbered(m_name, number));
-        if (QFileInfo::exists(path))
+        if (isTaken(path))
             continue;
         if (!m_file.rename(path))
             break;

@@ -47,6 +47,7 @@ public:
                const QByteArray &arrived = {});
 
     bool isBusy() const override { return m_link != nullptr; }
+    bool isRunning() const { return m_receiver.isRunning(); }
     void stop() override;
     QByteArray takeUnused() override { return std::exchange(m_unused, {}); }
     qint64 bytesDone() const override { return m_bytes; }
@@ -64,6 +65,9 @@ signals:
     void passedOn(QByteArray bytes);
     void ended(Ymodem::Status status);
 
+private slots:
+    void handleDue(); // of the timer; nothing happens before its time
+
 private:
     void reply(const QByteArray &bytes) override;
     bool beginFile(const QByteArray &name, qint64 size) override;
@@ -79,7 +83,6 @@ private:
     bool keepPart();
     void leavePart();
     void receive(const QByteArray &bytes);
-    void handleDue();
     void schedule();
     void handleLinkLost();
     void end(Ymodem::Status status, const QString &reason);

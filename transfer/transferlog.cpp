@@ -39,6 +39,8 @@ QString packetText(const QByteArray &packet)
     const QString name = controlName(static_cast<uchar>(packet.at(0)));
     if (packet.size() == 1)
         return name;
+    if (packet.size() == 2) // a receiver's two answers
+        return name + QLatin1Char(' ') + controlName(static_cast<uchar>(packet.at(1)));
     if (packet.at(0) == Ymodem::Can)
         return QStringLiteral("%1 × %2").arg(name).arg(packet.size());
     const int data = packet.size() - 5;

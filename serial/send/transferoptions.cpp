@@ -16,6 +16,7 @@
 namespace {
 
 constexpr qint64 kMegabyte = 1024LL * 1024;
+constexpr int kArrows = 22; // pixels in a field
 
 } // namespace
 
@@ -61,7 +62,7 @@ void TransferOptions::buildUi()
     m_ms->setSpecialValueText(QStringLiteral("不停顿"));
     m_ms->setToolTip(QStringLiteral("两次发送之间的停顿"));
     m_ms->setAccessibleName(QStringLiteral("两次发送之间的停顿"));
-    m_folder->setPlaceholderText(QStringLiteral("第一次接收时询问"));
+    m_folder->setPlaceholderText(QStringLiteral("首次接收时询问"));
     m_folder->setAccessibleName(QStringLiteral("接收文件夹"));
     m_folder->setToolTip(QStringLiteral("不覆盖已有的文件；未收完的文件以.part结尾"));
     m_max->setRange(1, 100000);
@@ -69,6 +70,9 @@ void TransferOptions::buildUi()
     m_max->setToolTip(QStringLiteral("一次接收的总大小，超过时拒绝"));
     m_max->setAccessibleName(QStringLiteral("接收上限"));
 
+    // The folder has the rest of the row.
+    for (QSpinBox *box : {m_count, m_ms, m_max})
+        box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("100000 MB")) + kArrows);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(4);
