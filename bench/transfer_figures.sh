@@ -1,8 +1,9 @@
 #!/bin/sh
 # The figures of sending a file of 1 MB by YModem, over lines of several speeds
 # (0: one that takes no time): sb of lrzsz to rb (not at 0), sb to the simulated
-# board, and the serial page to the simulated board. Rates of sb are its own account, from
-# its first answer to its last. Needs a display (tools/with-display.sh gives
+# board, the serial page to the simulated board with a step every 10 ms and
+# following answers at once, and sb to the serial page. Rates of sb are its own account,
+# from its first answer to its last. Needs a display (tools/with-display.sh gives
 # one) and a quiet machine; 115200 baud takes a minute and a half for each.
 #   transfer_figures.sh build/release/bin [BAUD ...]
 set -eu
@@ -84,12 +85,27 @@ for baud in "$@"; do
   report_sb "sb to boardsim" "$baud"
   end_all
 
-  board
-  relay "$baud" --far-device "$work/ports/COM4"
   set_baud=$baud
   [ "$baud" -gt 0 ] || set_baud=921600
-  result=$("$bin/transferload" --port COM3 --file "$work/firmware.bin" --baud "$set_baud" --line "$baud" \
-    2>>"$work/log" | tail -1) || true
-  echo "    serial page to boardsim: $result, file $(compare)"
+  page() { # options
+    "$bin/transferload" --port COM3 --file "$work/firmware.bin" --baud "$set_baud" --line "$baud" "$@" \
+      2>>"$work/log" | tail -1
+  }
+  for option in "" --quick; do
+    board
+    relay "$baud" --far-device "$work/ports/COM4"
+    # shellcheck disable=SC2086
+    result=$(page $option) || true
+    echo "    serial page to boardsim ${option:-10 ms a step}: $result, file $(compare)"
+    end_all
+  done
+
+  relay "$baud" --far-port COM4
+  mkdir -p "$work/received"
+  (cd "$work" && timeout 300 sb -q -k firmware.bin) <"$work/ports/COM4" >"$work/ports/COM4" 2>>"$work/log" &
+  sender=$!
+  result=$(page --receive "$work/received") || true
+  wait "$sender" || true
+  echo "    sb to serial page: $result, file $(compare)"
   end_all
 done

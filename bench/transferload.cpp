@@ -3,12 +3,17 @@
 // what one step of the sender every 10 ms allows on such a line, and how long
 // the user-interface thread was blocked at worst.
 //
-//   transferload --port COM3 --file NAME [--baud 115200] [--line BAUD] [--picture FILE]
+//   transferload --port COM3 --file NAME [--baud 115200] [--line BAUD] [--quick] [--picture FILE]
+//   transferload --port COM3 --receive FOLDER --file NAME ...
 //
+// "--quick" follows answers at once. "--receive" receives the file, whose size is known
+// from "--file", into a folder.
 // "--baud" is what the page sets, "--line" the speed that the line really has
 // (0, the default: it takes no time).
 
 #include "dialoganswers.h"
+#include "filereceive.h"
+#include "filetransfer.h"
 #include "heartbeat.h"
 #include "loadrun.h"
 #include "processfigures.h"
@@ -16,6 +21,7 @@
 #include "serialportwidget.h"
 #include "ymodemfiletransmit.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -68,11 +74,30 @@ void send(SerialportWidget *page, Sending *sending)
     });
 }
 
+// The same for receiving: from the first packet on.
+void receive(SerialportWidget *page, Sending *sending)
+{
+    page->findChild<QPushButton *>(QStringLiteral("btnReceiveFiles"))->click();
+    const FileReceive *driver = page->findChild<FileTransfer *>()->receiver();
+    if (!driver || !driver->isBusy()) {
+        QCoreApplication::quit();
+        return;
+    }
+    QObject::connect(driver, &FileReceive::fileStarted, page, [sending] { sending->clock.start(); });
+    QObject::connect(driver, &FileReceive::ended, page, [sending](Ymodem::Status status) {
+        if (sending->status >= 0)
+            QCoreApplication::quit();
+        else if (sending->clock.isValid())
+            sending->seconds = double(sending->clock.nsecsElapsed()) * 1e-9;
+        sending->status = status;
+    });
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    LoadRun run(argc, argv, {"port", "file", "baud", "line", "picture"});
+    LoadRun run(argc, argv, {"port", "file", "baud", "line", "picture", "receive"}, {"quick"});
     const QString file = QFileInfo(run.text("file")).absoluteFilePath();
 
     auto *page = run.window().findChild<SerialportWidget *>();
@@ -80,7 +105,9 @@ int main(int argc, char *argv[])
     page->findChild<QComboBox *>(QStringLiteral("comboPort"))->setEditText(run.text("port"));
     if (run.isSet("baud"))
         page->findChild<QComboBox *>(QStringLiteral("comboBaudRate"))->setCurrentText(run.text("baud"));
-    DialogAnswers::instance().fileNames = [file](auto...) { return QStringList{file}; };
+    const QString answer = run.isSet("receive") ? run.text("receive") : file;
+    DialogAnswers::instance().fileNames = [answer](auto...) { return QStringList{answer}; };
+    page->findChild<QCheckBox *>(QStringLiteral("checkQuick"))->setChecked(run.isSet("quick"));
 
     Heartbeat heartbeat;
 
@@ -92,7 +119,7 @@ int main(int argc, char *argv[])
     QTimer::singleShot(2000, [&] {
         heartbeat.start();
         cpu = ProcessFigures::cpuSeconds();
-        send(page, &sending);
+        run.isSet("receive") ? receive(page, &sending) : send(page, &sending);
     });
     if (run.isSet("picture")) {
         QTimer::singleShot(5000, [&] {

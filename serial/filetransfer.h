@@ -32,6 +32,9 @@ public:
     YmodemFileTransmit *driver() const { return m_driver; }
     YmodemFileTransmit *create(QObject *parent);
 
+    // The driver that receives; null before the first time.
+    FileReceive *receiver() const { return m_receive.get(); }
+
     // From the start until the link is the page's again.
     bool isBusy() const { return m_draining || (m_active && m_active->isBusy()); }
 
