@@ -101,8 +101,7 @@ FileReceive::~FileReceive()
 
 // ---- start and end
 
-bool FileReceive::start(Link *link, const ModemReceiver::Settings &settings, const Target &target,
-                        const QByteArray &arrived)
+bool FileReceive::start(Link *link, const ModemReceiver::Settings &settings, const Target &target)
 {
     if (isBusy())
         return false;
@@ -135,8 +134,6 @@ bool FileReceive::start(Link *link, const ModemReceiver::Settings &settings, con
     connect(
         m_link, &Link::stateChanged, this, [this] { handleLinkLost(); }, Qt::QueuedConnection);
     m_receiver.start(settings, m_nowMs());
-    if (!arrived.isEmpty())
-        receive(arrived);
     schedule();
     return true;
 }

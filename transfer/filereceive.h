@@ -40,11 +40,9 @@ public:
     // Milliseconds of a clock that only moves forward; Link::nowUs() if not set.
     void setClock(std::function<qint64()> nowMs) { m_nowMs = std::move(nowMs); }
 
-    // Over an open link, which has to outlive the transfer. arrived: what it has
-    // received already for the transfer. False where the folder is none or the
-    // link is closed; reason() says it.
-    bool start(Link *link, const ModemReceiver::Settings &settings, const Target &target,
-               const QByteArray &arrived = {});
+    // Over an open link, which has to outlive the transfer. False where the folder is
+    // none or the link is closed; reason() says it.
+    bool start(Link *link, const ModemReceiver::Settings &settings, const Target &target);
 
     bool isBusy() const override { return m_link != nullptr; }
     bool isRunning() const { return m_receiver.isRunning(); }

@@ -270,6 +270,8 @@ void YmodemFileTransmit::step(bool isTimed)
         m_xmodem->step(isTimed);
     else
         transmitStep(isTimed);
+    if (m_input.isEmpty())
+        passOn(); // together, not byte by byte
 }
 
 // What the board said before it was ready is the display's.

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr qint64 kMegabyte = 1024LL * 1024;
-constexpr int kArrows = 22; // pixels in a field
+constexpr int kAroundText = 36; // pixels of a number's field
 
 } // namespace
 
@@ -71,8 +71,11 @@ void TransferOptions::buildUi()
     m_max->setAccessibleName(QStringLiteral("接收上限"));
 
     // The folder has the rest of the row.
-    for (QSpinBox *box : {m_count, m_ms, m_max})
-        box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("100000 MB")) + kArrows);
+    const std::pair<QSpinBox *, QString> widest[] = {{m_count, QStringLiteral("65536")},
+                                                     {m_ms, QStringLiteral("10000 ms")},
+                                                     {m_max, QStringLiteral("100000 MB")}};
+    for (const auto &[box, text] : widest)
+        box->setMaximumWidth(box->fontMetrics().horizontalAdvance(text) + kAroundText);
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(4);

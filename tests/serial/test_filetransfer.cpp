@@ -3,6 +3,7 @@
 
 #include "serialpagetest.h"
 
+#include "filelist.h"
 #include "filesendpage.h"
 #include "filetransfer.h"
 #include "qtsendboxwidget.h"
@@ -10,13 +11,17 @@
 #include "settings.h"
 #include "stateindicator.h"
 #include "transferlogdialog.h"
+#include "ymodempackets.h"
 
 #include <QClipboard>
 #include <QComboBox>
+#include <QDropEvent>
+#include <QElapsedTimer>
 #include <QLabel>
-#include <QListWidget>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QProgressBar>
+#include <QSpinBox>
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -273,6 +278,120 @@ private slots:
         QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18"));
     }
 
+    // By YModem, from a board that prints before and after, and again until the user stops.
+    void receivesFiles()
+    {
+        QVERIFY(!isEnabled("btnReceiveFiles"));
+        openPort();
+        chooseFile(m_root->path());
+        doubleClick("btnReceiveFiles");
+        QCOMPARE(child<QAbstractButton>("btnReceiveFiles")->text(), QStringLiteral("停止接收"));
+        QVERIFY(!isEnabled("btnSendFiles") && !isEnabled("btnOpen") && !isEnabled("comboProtocol"));
+        QCOMPARE(m_board->read(1), QByteArray("C"));
+        m_board->write("dump: ");
+        QTRY_COMPARE(shown(), QStringLiteral("dump: ")); // at once
+        QCOMPARE(answered(packet(0, QByteArray("../r.bin\0003", 10), 128), 2), QByteArray("\x06"
+                                                                                          "C"));
+        QCOMPARE(answered(packet(1, "xyz", 128), 1), QByteArray("\x06"));
+        QCOMPARE(answered("\x04", 2), QByteArray("\x06"
+                                                 "C"));
+        m_board->write(packet(0, {}, 128) + "> ");
+        QTRY_COMPARE(lastNotice(), QStringLiteral("文件接收完成！"));
+        QVERIFY(waitForEnd());
+        QCOMPARE(contentOf(m_root->filePath("r.bin")), QByteArray("xyz"));
+        QVERIFY(text().contains(QStringLiteral("已保存：")));
+        QTRY_COMPARE(shown(), QStringLiteral("dump: > "));
+        QCOMPARE(m_board->read(1), QByteArray("\x06"));
+        checkThePort();
+
+        click("btnReceiveFiles");
+        QCOMPARE(m_board->read(1), QByteArray("C"));
+        answered(packet(0, QByteArray("r.bin\0003000", 10), 128), 2);
+        answered(packet(1, "x", 1024), 1);
+        QCOMPARE(child<QProgressBar>("progressTransfer")->text(), QStringLiteral("r (2).bin  34%"));
+        click("btnReceiveFiles");
+        QVERIFY(waitForEnd());
+        QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18"));
+        QVERIFY(text().endsWith(QStringLiteral("r (2).bin.part")));
+        QCOMPARE(contentOf(m_root->filePath("r (2).bin.part")).size(), 1024);
+    }
+
+    void sendsOneFileByXmodem()
+    {
+        openPort();
+        child<QComboBox>("comboProtocol")->setCurrentIndex(0);
+        child<QComboBox>("comboPacketLength")->setCurrentIndex(0);
+        beginSending({makeFile("a.bin", 1), makeFile("b.bin", 200)});
+        QVERIFY(lastNotice().startsWith(QStringLiteral("XModem每次只能发送一个文件")));
+        child<QListWidget>("listFiles")->setCurrentRow(1);
+        click("btnSendFiles");
+        QCOMPARE(answered("\x15", 132).left(3), QByteArray("\x01\x01\xFE")); // with a sum
+        answered("\x06", 132);
+        answered("\x06", 1);
+        m_board->write("\x06");
+        QVERIFY(waitForEnd());
+        QCOMPARE(lastNotice(), QStringLiteral("文件传输完成！"));
+    }
+
+    // Without a protocol; what the board echoes is shown meanwhile.
+    void sendsRaw()
+    {
+        openPort();
+        child<QAbstractButton>("checkRaw")->click();
+        child<QComboBox>("comboRawUnit")->setCurrentIndex(1);
+        child<QSpinBox>("spinRawCount")->setValue(1);
+        child<QSpinBox>("spinRawTime")->setValue(300);
+        QVERIFY(writeFile(m_root->filePath("a.txt"), "one\ntwo\nlast"));
+        beginSending({m_root->filePath("a.txt")});
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(m_board->read(4), QByteArray("one\n"));
+        m_board->write("echo");
+        QTRY_COMPARE(shown(), QStringLiteral("echo"));
+        QCOMPARE(m_board->read(8), QByteArray("two\nlast"));
+        QVERIFY(clock.elapsed() >= 500);
+        QVERIFY(waitForEnd());
+        QCOMPARE(lastNotice(), QStringLiteral("文件传输完成！"));
+        click("btnSendFiles");
+        QCOMPARE(m_board->read(4), QByteArray("one\n"));
+        m_board->hangUp();
+        QVERIFY(waitForEnd());
+        QVERIFY(text().contains(QStringLiteral("传输错误\n串口已断开")));
+    }
+
+    void ordersAndRemovesFiles()
+    {
+        auto *list = child<FileList>("listFiles");
+        QMimeData dropped;
+        dropped.setUrls({QUrl::fromLocalFile(makeFile("a", 1)), QUrl::fromLocalFile(makeFile("b", 1)),
+                         QUrl::fromLocalFile(makeFile("c", 1)), QUrl::fromLocalFile(m_root->path())});
+        const auto drop = [&] {
+            QDragEnterEvent enter({5, 5}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(list->viewport(), &enter);
+            QDropEvent event({5, 5}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+            if (enter.isAccepted())
+                QCoreApplication::sendEvent(list->viewport(), &event);
+        };
+        drop();
+        const auto names = [&] {
+            QStringList all;
+            for (const QString &name : list->files())
+                all += QFileInfo(name).fileName();
+            return all.join(QString());
+        };
+        QCOMPARE(names(), QStringLiteral("abc"));
+        list->setCurrentRow(2);
+        QTest::keyClick(list, Qt::Key_Up, Qt::ControlModifier);
+        QCOMPARE(names(), QStringLiteral("acb"));
+        QTest::keyClick(list, Qt::Key_Delete);
+        QCOMPARE(names(), QStringLiteral("ab"));
+        openPort();
+        click("btnSendFiles");
+        QTest::keyClick(list, Qt::Key_Delete); // they are being sent
+        drop();
+        QCOMPARE(names(), QStringLiteral("ab"));
+    }
+
     void asksBeforeClosing()
     {
         openPort();
@@ -306,7 +425,7 @@ private:
         click("btnSendFiles");
     }
 
-    QByteArray answered(const char *answer, int count)
+    QByteArray answered(const QByteArray &answer, int count)
     {
         m_board->write(answer);
         return m_board->read(count, 20000);
@@ -316,7 +435,7 @@ private:
     QString sendButton() { return child<QAbstractButton>("btnSendFiles")->text(); }
     bool waitForEnd()
     {
-        return QTest::qWaitFor([this] { return sendButton() == QStringLiteral("发送文件"); }, 20000);
+        return QTest::qWaitFor([this] { return isEnabled("comboProtocol"); }, 20000);
     }
     // The page has its port again: what the board says is shown.
     void checkThePort()

@@ -212,6 +212,19 @@ private slots:
         }
     }
 
+    void givesUpALineThatIsNeverQuiet()
+    {
+        QTemporaryDir to;
+        VirtualLine line(to.path());
+        QVERIFY(line.start(Protocol::Ymodem));
+        line.link.receive(header("a", "100000"));
+        while (line.receive.isRunning() && line.run.nowMs < 60 * 1000) {
+            line.link.receive("noise");
+            line.step();
+        }
+        QCOMPARE(line.receive.reason(), QStringLiteral("数据包反复出错"));
+    }
+
     void leavesThePromptToTheDisplay()
     {
         QTemporaryDir to;

@@ -15,7 +15,8 @@ constexpr int kGapMs = 1000;         // within a packet
 // A line that has been quiet for so long carries nothing of the last packet any
 // more: a reply into the middle of it would be answered twice.
 constexpr int kQuietMs = 100;
-constexpr int kEotMs = 3000; // for the second end of a file
+constexpr int kNoiseMs = 10 * 1000; // of a line that is never quiet
+constexpr int kEotMs = 3000;        // for the second end of a file
 constexpr int kMaxErrors = 20;
 constexpr int kRequestsPerCheck = 4; // then the other check is asked for
 
@@ -124,7 +125,10 @@ bool ModemReceiver::consume()
         return false;
     if (m_distrusts) {
         m_input.clear();
-        wait(kQuietMs);
+        if (m_nowMs - m_distrustMs > kNoiseMs)
+            refuse(End::TooManyErrors);
+        else
+            wait(kQuietMs);
         return false;
     }
     if (m_eotPending)
@@ -363,6 +367,7 @@ void ModemReceiver::askAgain(Fault fault)
 void ModemReceiver::distrust(Fault fault)
 {
     m_distrusts = true;
+    m_distrustMs = m_nowMs;
     m_fault = fault;
     m_input.clear();
     wait(kQuietMs);

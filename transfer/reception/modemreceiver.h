@@ -110,6 +110,7 @@ private:
     bool m_isFileOpen = false;
     bool m_distrusts = false;         // what arrives is dropped until the line is quiet
     Fault m_fault = Fault::BadHeader; // why it is
+    qint64 m_distrustMs = 0;          // since when
     bool m_eotPending = false;        // the last byte; more would show that it is none
     bool m_eotRefused = false;
     quint8 m_next = 1;     // number of the packet that is due
