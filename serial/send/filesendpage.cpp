@@ -263,6 +263,7 @@ void FileSendPage::updateButtons()
     const bool mayBegin = m_possible && m_deviceOpen && !isBusy;
     m_send->setEnabled(m_sending || (mayBegin && anyFile));
     m_receive->setEnabled(m_receiving || mayBegin);
+    ButtonRole::setPrimary(m_receive, m_receiving);
     if (!m_possible)
         m_send->setToolTip(QStringLiteral("文件传输只能通过串口进行"));
     else if (!m_deviceOpen && !isBusy)
