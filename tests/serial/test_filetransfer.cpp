@@ -394,19 +394,29 @@ private slots:
 
     void asksBeforeClosing()
     {
-        openPort();
-        beginSending({makeFile("a.bin", 3000)});
-        answered("C", 133);
-        Questions questions(0);
-        QVERIFY(!m_page->mayClose());
-        QCOMPARE(questions.asked, QStringList(QStringLiteral("正在传输文件，是否终止传输并退出？")));
-        QCOMPARE(sendButton(), QStringLiteral("停止发送")); // it goes on
-        questions.answer = 1;
-        QVERIFY(m_page->mayClose());
-        m_page->closeLinks();
-        QTRY_VERIFY(m_page->isClosed());
-        QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
-        QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18")); // the board is told
+        for (const bool isReceiving : {false, true}) {
+            cleanup();
+            init();
+            openPort();
+            if (isReceiving) {
+                chooseFile(m_root->path());
+                click("btnReceiveFiles");
+                QCOMPARE(m_board->read(1), QByteArray("C"));
+            } else {
+                beginSending({makeFile("a.bin", 3000)});
+                answered("C", 133);
+            }
+            Questions questions(0);
+            QVERIFY(!m_page->mayClose());
+            QCOMPARE(questions.asked, QStringList(QStringLiteral("正在传输文件，是否终止传输并退出？")));
+            QVERIFY(!isEnabled("comboProtocol")); // it goes on
+            questions.answer = 1;
+            QVERIFY(m_page->mayClose());
+            m_page->closeLinks();
+            QTRY_VERIFY(m_page->isClosed());
+            QCOMPARE(child<QAbstractButton>("btnOpen")->text(), QStringLiteral("打开串口"));
+            QCOMPARE(m_board->read(5), QByteArray("\x18\x18\x18\x18\x18")); // the board is told
+        }
     }
 
 private:

@@ -81,32 +81,60 @@ private slots:
             {two, "can@eot", Ymodem::Abort, 0},
             {two, "a@1", Ymodem::Abort, 0},
             {two, "nak@1*1000000", Ymodem::Error, 0}};
-        for (const auto &[sizes, faults, status, arrived] : rows) {
-            QTemporaryDir from;
-            QStringList names;
-            for (const int size : sizes) {
-                names.append(from.filePath(nameOf(names.size())));
-                QVERIFY(writeFile(names.last(), patternBytes(size)));
+        for (const bool isQuick : {false, true})
+            for (const auto &[sizes, faults, status, arrived] : rows) {
+                QTemporaryDir from;
+                QStringList names;
+                for (const int size : sizes) {
+                    names.append(from.filePath(nameOf(names.size())));
+                    QVERIFY(writeFile(names.last(), patternBytes(size)));
+                }
+                Boardsim::YmodemReceiver::Settings settings;
+                settings.encoding = Boardsim::Encoding::Gb18030;
+                settings.nakFirstEot = faults.startsWith("first");
+                for (const QString &fault : faults.split(' ', Qt::SkipEmptyParts))
+                    QVERIFY(settings.faults.add(fault) == fault.contains(QRegularExpression("[@=]")));
+                VirtualTransfer run;
+                run.driver.setQuick(isQuick);
+                VirtualBoard board(settings, run);
+                QVERIFY(run.start(names));
+                if (status != Ymodem::Timeout)
+                    board.start();
+                while (run.driver.isBusy() && run.nowMs < 600 * 1000)
+                    board.step();
+                const QByteArray log = faults.toUtf8() + run.driver.log().text().right(1500).toUtf8() +
+                                       board.events.join('\n').toUtf8();
+                QVERIFY2(!run.driver.isBusy() && run.status() == status, log);
+                QCOMPARE(run.driver.reason().isEmpty(), status == Ymodem::Finish && arrived == sizes.size());
+                QCOMPARE(sizes.size() - run.driver.unsentFiles().size(), arrived);
+                for (int i = 0; i < arrived; ++i)
+                    QVERIFY2(board.kept.value(i) == qMakePair(nameOf(i), patternBytes(sizes.at(i))), log);
             }
-            Boardsim::YmodemReceiver::Settings settings;
-            settings.encoding = Boardsim::Encoding::Gb18030;
-            settings.nakFirstEot = faults.startsWith("first");
-            for (const QString &fault : faults.split(' ', Qt::SkipEmptyParts))
-                QVERIFY(settings.faults.add(fault) == fault.contains(QRegularExpression("[@=]")));
+    }
+
+    // A board's start-up text is no silence, however fast it is read.
+    void readsAStartUpText()
+    {
+        QTemporaryDir from;
+        QVERIFY(writeFile(from.filePath("a"), "a"));
+        for (const auto protocol :
+             {YmodemFileTransmit::Protocol::Xmodem, YmodemFileTransmit::Protocol::Ymodem}) {
             VirtualTransfer run;
-            VirtualBoard board(settings, run);
-            QVERIFY(run.start(names));
-            if (status != Ymodem::Timeout)
-                board.start();
-            while (run.driver.isBusy() && run.nowMs < 600 * 1000)
-                board.step();
-            const QByteArray log = faults.toUtf8() + run.driver.log().text().right(1500).toUtf8() +
-                                   board.events.join('\n').toUtf8();
-            QVERIFY2(!run.driver.isBusy() && run.status() == status, log);
-            QCOMPARE(run.driver.reason().isEmpty(), status == Ymodem::Finish && arrived == sizes.size());
-            QCOMPARE(sizes.size() - run.driver.unsentFiles().size(), arrived);
-            for (int i = 0; i < arrived; ++i)
-                QVERIFY2(board.kept.value(i) == qMakePair(nameOf(i), patternBytes(sizes.at(i))), log);
+            run.driver.setQuick(true);
+            run.driver.setProtocol(protocol, 1024);
+            QByteArray shown;
+            connect(&run.driver, &YmodemFileTransmit::passedOn, this,
+                    [&](const QByteArray &bytes) { shown += bytes; });
+            QVERIFY(run.start({from.filePath("a")}));
+            const QByteArray text = QByteArray("boot\n").repeated(2000);
+            for (int i = 0; i < text.size(); i += 200) {
+                run.link.receive(text.mid(i, 200));
+                run.step();
+            }
+            QVERIFY(run.link.sent.isEmpty());
+            run.link.receive("C");
+            QVERIFY(run.stepUntil([&] { return run.link.sent.size() == 133; }));
+            QCOMPARE(shown, text);
         }
     }
 };
