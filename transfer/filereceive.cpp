@@ -13,8 +13,9 @@
 namespace {
 
 constexpr int kReleaseMs = 100; // between the two reports of an end
-constexpr qint64 kReservedBytes = 16LL * 1024 * 1024;
-constexpr qint64 kCheckedBytes = 1024LL * 1024; // between two looks at the disk
+constexpr qint64 kMegabyte = 1024LL * 1024;
+constexpr qint64 kReservedBytes = 16 * kMegabyte;
+constexpr qint64 kCheckedBytes = kMegabyte; // between two looks at the disk
 constexpr int kMaxNumber = 9999;
 
 // Also by a link that leads nowhere.
@@ -245,6 +246,11 @@ bool FileReceive::refuse(const QString &reason)
     return false;
 }
 
+QString FileReceive::overLimit(const QString &name) const
+{
+    return QStringLiteral("文件超过接收上限%1 MB，已拒绝：%2").arg(m_target.maxBytes / kMegabyte).arg(name);
+}
+
 bool FileReceive::hasRoom(qint64 bytes)
 {
     const QStorageInfo disk(m_target.folder);
@@ -259,7 +265,7 @@ bool FileReceive::beginFile(const QByteArray &name, qint64 size)
     if (m_files.size() + m_incomplete.size() >= maxFiles)
         return refuse(QStringLiteral("文件超过%1个，已拒绝").arg(maxFiles));
     if (size > m_target.maxBytes - m_totalBytes)
-        return refuse(QStringLiteral("文件超过接收上限，已拒绝：%1").arg(plain));
+        return refuse(overLimit(plain));
     if (!hasRoom(std::max<qint64>(size, 0)))
         return refuse(QStringLiteral("磁盘空间不足，已拒绝：%1").arg(plain));
     m_size = size;
@@ -294,7 +300,7 @@ bool FileReceive::openPart(const QString &name)
 bool FileReceive::storeBytes(const char *bytes, int count)
 {
     if (m_totalBytes + count > m_target.maxBytes)
-        return refuse(QStringLiteral("文件超过接收上限，已停止：%1").arg(m_name));
+        return refuse(overLimit(m_name));
     m_uncheckedBytes += count;
     if (m_uncheckedBytes >= kCheckedBytes) {
         m_uncheckedBytes = 0;

@@ -76,6 +76,7 @@ private:
     void handleEnd(ModemReceiver::End end) override;
 
     bool refuse(const QString &reason);
+    QString overLimit(const QString &name) const;
     bool hasRoom(qint64 bytes);
     bool openPart(const QString &name);
     bool keepPart();

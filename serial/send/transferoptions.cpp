@@ -163,9 +163,11 @@ int TransferOptions::rawMs() const
 
 QString TransferOptions::receiveFolder()
 {
-    if (m_folder->text().trimmed().isEmpty())
+    const auto folder = [this] { return QDir::fromNativeSeparators(m_folder->text().trimmed()); };
+    const auto isThere = [&] { return !folder().isEmpty() && QFileInfo(folder()).isDir(); };
+    if (!isThere())
         chooseFolder();
-    return QDir::fromNativeSeparators(m_folder->text().trimmed());
+    return isThere() ? folder() : QString();
 }
 
 qint64 TransferOptions::maxReceivedBytes() const

@@ -30,7 +30,7 @@ public:
     int rawCount() const;
     bool rawCountsLines() const; // or bytes
     int rawMs() const;
-    // Asks for one where the user has chosen none yet; empty where that is cancelled.
+    // Asks for one where there is none; empty where that is cancelled.
     QString receiveFolder();
     qint64 maxReceivedBytes() const;
 
