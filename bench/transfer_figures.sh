@@ -39,8 +39,8 @@ board() {
   start COM4 "$bin/boardsim" --port COM4 --mode ymodem --ask-interval 200 --receive-folder "$work/received"
 }
 
-send_by_sb() {
-  (cd "$work" && timeout 300 sb -k firmware.bin) <"$work/ports/COM3" >"$work/ports/COM3" 2>"$work/sb.log"
+send_by_sb() { # seconds at most
+  (cd "$work" && timeout "${1:-300}" sb -k firmware.bin) <"$work/ports/COM3" >"$work/ports/COM3" 2>"$work/sb.log"
 }
 
 compare() {
@@ -62,7 +62,8 @@ sb_to_rb() { # baud rate
   relay "$1" --far-port COM4
   mkdir -p "$work/received"
   exec 3<>"$work/ports/COM4"
-  send_by_sb &
+  # It may wait for an ACK that got lost when rb ended.
+  send_by_sb $((20 + 12000000 / $1)) &
   sender=$!
   sleep 0.5
   (cd "$work/received" && timeout 300 rb -q) <&3 >&3 2>>"$work/log" || true

@@ -124,6 +124,24 @@ private slots:
                     }
     }
 
+    // A receiver that has asked for a while gets the first packet once.
+    void sendsTheFirstPacketOnce()
+    {
+        QTemporaryDir from;
+        QVERIFY(writeFile(from.filePath("a"), "a"));
+        for (const bool isCrc : {true, false}) {
+            VirtualTransfer run;
+            run.driver.setProtocol(Protocol::Xmodem, 1024);
+            QVERIFY(run.start({from.filePath("a")}));
+            run.link.receive(isCrc ? "CCC" : "\x15\x15\x15");
+            for (int i = 0; i < 100; ++i)
+                run.step();
+            const QByteArray data = 'a' + QByteArray(127, '\x1A');
+            const QByteArray sum(1, static_cast<char>('a' + 127 * 0x1A));
+            QCOMPARE(run.link.sent, isCrc ? packet(1, data, 128) : QByteArray("\x01\x01\xFE") + data + sum);
+        }
+    }
+
     // What is sent, why it is refused or what is missing, and what is in the folder.
     void endsWhatMeansHarm()
     {

@@ -278,6 +278,10 @@ void fileSending(Gallery &gallery)
     NEED(stage.openPort(board));
     if (gallery.isInFirstSkin())
         NEED(gallery.save(QStringLiteral("filesend-empty"), pages));
+    auto *more = stage.find<QPushButton>("btnTransferOptions");
+    NEED(UserHand::click(more));
+    NEED(gallery.save(QStringLiteral("transferoptions"), pages));
+    NEED(UserHand::click(more));
     NEED(UserHand::click(stage.find<QPushButton>("btnOpenFiles")));
     NEED(UserHand::click(stage.find<QPushButton>("btnSendFiles")));
     NEED_SOON(stage.find<QProgressBar>("progressTransfer")->text().startsWith(QStringLiteral("firmware")));

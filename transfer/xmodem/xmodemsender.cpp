@@ -69,6 +69,9 @@ bool XmodemSender::isAnswer(uint8 item) const
 void XmodemSender::stepWaiting(uint8 item)
 {
     m_usesCrc = item == Ymodem::Request;
+    dropSurplus();
+    if (m_cans >= kCancelling)
+        return finish(Ymodem::Abort);
     uint32 length = 0;
     if (statusCallback(Ymodem::Establish, m_packet.data() + kHeader, &length) == Ymodem::Ack)
         fetch();
@@ -105,7 +108,8 @@ void XmodemSender::stepEnding(uint8 item)
         repeat();
 }
 
-// A doubled answer would count for the next packet.
+// A doubled answer would count for the next packet, and a request that has waited
+// would have the first one sent twice.
 void XmodemSender::dropSurplus()
 {
     uint8 byte = Ymodem::None;
