@@ -112,6 +112,26 @@ private slots:
             }
     }
 
+    void sendsMoreThanFourGigabytes()
+    {
+        QTemporaryDir from;
+        QFile file(from.filePath("a"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(5LL << 30)); // takes no room
+        VirtualTransfer run;
+        QSignalSpy progress(&run.driver, &YmodemFileTransmit::transmitProgress);
+        QVERIFY(run.start({file.fileName()}));
+        run.link.receive("C");
+        QVERIFY(run.stepUntil([&] { return run.link.sent.size() == 133; }));
+        QCOMPARE(run.link.sent.mid(3, 13), QByteArray("a\0"
+                                                      "5368709120\0",
+                                                      13));
+        run.link.receive("\x06"
+                         "C");
+        QVERIFY(run.stepUntil([&] { return run.link.sent.size() == 133 + 1029; }));
+        QCOMPARE(progress.last().at(0).toInt(), 0);
+        QCOMPARE(run.driver.fileSize(), 5368709120LL);
+    }
+
     // A board's start-up text is no silence, however fast it is read.
     void readsAStartUpText()
     {

@@ -16,8 +16,17 @@ class TestRb : public QObject
     Q_OBJECT
 
 private slots:
+    void receivesABatch_data()
+    {
+        QTest::addColumn<int>("packet");
+        QTest::addColumn<bool>("quick");
+        QTest::newRow("default") << 1024 << false;
+        QTest::newRow("quick, short packets") << 128 << true;
+    }
     void receivesABatch()
     {
+        QFETCH(const int, packet);
+        QFETCH(const bool, quick);
         const QVector<QPair<QString, int>> files{
             {"empty.bin", 0},
             {"two words.bin", 128},
@@ -55,6 +64,8 @@ private slots:
         transmit.setFileList(names);
         transmit.setPortName(line.device());
         transmit.setBaudRate(115200);
+        transmit.setProtocol(YmodemFileTransmit::Protocol::Ymodem, packet);
+        transmit.setQuick(quick);
         QVERIFY(transmit.startTransmit());
         // An event loop of its own: the waits of the test library sleep in between.
         QEventLoop loop;
