@@ -4,7 +4,6 @@
 #include "xmodemsender.h"
 
 #include <QDebug>
-#include <QDir>
 #include <QFileInfo>
 #include <QScopedValueRollback>
 
@@ -47,17 +46,6 @@ constexpr int kMaxQuickSteps = 256;
 bool isControl(char byte)
 {
     return byte == Ymodem::Request || byte == Ymodem::Nak || byte == Ymodem::Can;
-}
-
-QString whyNotReadable(const QString &name)
-{
-    const QFileInfo info(name);
-    const QString shown = QDir::toNativeSeparators(name);
-    if (!info.exists())
-        return QStringLiteral("文件不存在：%1").arg(shown);
-    if (info.isDir())
-        return QStringLiteral("不能传输文件夹：%1").arg(shown);
-    return QStringLiteral("文件无法读取：%1").arg(shown);
 }
 
 } // namespace
@@ -106,15 +94,6 @@ YmodemFileTransmit::~YmodemFileTransmit()
     if (isRunning())
         abortTransfer();
     release();
-}
-
-void YmodemFileTransmit::setFileList(const QStringList &files)
-{
-    m_files = files;
-    m_next = 0;
-    m_completed = 0;
-    m_file.close();
-    m_file.setFileName(files.value(0));
 }
 
 void YmodemFileTransmit::setProtocol(Protocol protocol, int packetLength)
@@ -167,13 +146,11 @@ void YmodemFileTransmit::clearRecords()
 {
     m_status = Establish;
     m_reason.clear();
-    m_changed.clear();
-    m_fileSize = 0;
-    m_sentBytes = 0;
+    m_files.forgetChanges();
     m_log.clear();
     m_startUs = m_nowUs();
     m_log.note(0, QStringLiteral("开始传输 %1个文件，端口 %2，波特率 %3")
-                      .arg(m_files.size())
+                      .arg(m_files.count())
                       .arg(m_portName)
                       .arg(m_baudRate));
 }
@@ -200,7 +177,7 @@ Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
 {
     m_readTimer.stop();
     passOn();
-    m_file.close();
+    m_files.close();
     m_status = status;
     m_reason = reason;
     const qint64 now = elapsedMs();
@@ -219,9 +196,9 @@ Ymodem::uint8 YmodemFileTransmit::end(Status status, const QString &reason)
 // What the user must know of a batch that the receiver has confirmed.
 QString YmodemFileTransmit::finishWarning() const
 {
-    if (!m_changed.isEmpty())
+    if (!m_files.changed().isEmpty())
         return QStringLiteral("文件在传输过程中被修改，收到的内容可能是旧的或新旧混杂：%1")
-            .arg(m_changed.join(QStringLiteral("、")));
+            .arg(m_files.changed().join(QStringLiteral("、")));
     if (!unsentFiles().isEmpty())
         return QStringLiteral("接收端提前结束了本批传输，部分文件未发送");
     return {};
@@ -321,7 +298,7 @@ Ymodem::uint32 YmodemFileTransmit::readBytes(uint8 *buffer, uint32 length)
         m_input.remove(0, bytes.size());
         std::copy(bytes.begin(), bytes.end(), buffer);
         m_log.received(elapsedMs(), bytes);
-        if (m_next == 0 && !isControl(bytes.at(0)))
+        if (m_files.index() == 0 && !isControl(bytes.at(0)))
             m_passed += bytes;
         if (m_input.size() < kMaxInputBytes)
             m_link->setReading(true);
@@ -351,7 +328,7 @@ Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, u
     case Transmit:
         return readNextData(buffer, length);
     case Finish:
-        m_completed = m_next;
+        m_files.confirm();
         return end(Finish, finishWarning());
     case Abort:
         return end(Abort, QStringLiteral("接收端取消了传输"));
@@ -368,27 +345,22 @@ Ymodem::uint8 YmodemFileTransmit::statusCallback(Status status, uint8 *buffer, u
 
 Ymodem::uint8 YmodemFileTransmit::openNextFile(uint8 *buffer, uint32 *length)
 {
-    qDebug("length=%d, index=%d\n", m_files.size(), m_next);
-    m_file.close();
-    m_completed = m_next; // a receiver that asks for the next file has accepted the end of the last one
-    if (m_next >= m_files.size()) {
+    qDebug("length=%d, index=%d\n", m_files.count(), m_files.index());
+    m_files.close();
+    m_files.confirm(); // a receiver that asks for the next file has accepted the end of the last one
+    if (!m_files.hasNext()) {
         emit transmitStatus(Transmit, QString());
         return Eot;
     }
     passOn();
-    const QString name = m_files.at(m_next);
-    m_file.setFileName(name);
-    // Anything but a regular file could block or never end.
-    if (!QFileInfo(name).isFile() || !m_file.open(QIODevice::ReadOnly))
-        return end(Error, whyNotReadable(name));
-    ++m_next;
-    m_fileSize = m_file.size();
-    m_fileTime = QFileInfo(name).lastModified();
-    m_sentBytes = 0;
-    const QByteArray header = fileHeader(name, m_fileSize);
+    QString reason;
+    if (!m_files.openNext(&reason))
+        return end(Error, reason);
+    const QString name = m_files.name();
+    const QByteArray header = fileHeader(name, m_files.size());
     std::copy(header.begin(), header.end(), buffer);
     *length = blockZeroSize;
-    m_log.note(elapsedMs(), QStringLiteral("文件 %1，%2字节").arg(name).arg(m_fileSize));
+    m_log.note(elapsedMs(), QStringLiteral("文件 %1，%2字节").arg(name).arg(m_files.size()));
     m_restartReported = false;
     emit transmitStatus(Establish, name);
     return Ack;
@@ -405,23 +377,19 @@ qint64 YmodemFileTransmit::blockFor(qint64 left) const
 
 Ymodem::uint8 YmodemFileTransmit::readNextData(uint8 *buffer, uint32 *length)
 {
-    const qint64 left = m_fileSize - m_sentBytes;
+    const qint64 left = m_files.size() - m_files.sent();
     if (left <= 0) {
-        const QFileInfo info(m_file.fileName());
-        if (info.exists() && info.lastModified() != m_fileTime)
-            m_changed.append(m_file.fileName());
+        m_files.checkForChange();
         emit transmitStatus(Transmit, QString());
         return Eot;
     }
     // The rest of the block stays as it is; bytes beyond the announced size, of a
     // file that has grown, are not read.
     const qint64 block = blockFor(left);
-    const qint64 wanted = std::min(block, left);
-    if (m_file.read(reinterpret_cast<char *>(buffer), wanted) != wanted)
-        return end(Error, QStringLiteral("文件在传输过程中变短或无法读取：%1").arg(m_file.fileName()));
+    if (!m_files.read(reinterpret_cast<char *>(buffer), std::min(block, left)))
+        return end(Error, QStringLiteral("文件在传输过程中变短或无法读取：%1").arg(m_files.name()));
     *length = static_cast<uint32>(block);
-    m_sentBytes += wanted;
-    emit transmitProgress(static_cast<int>(m_sentBytes * 100 / m_fileSize), m_file.fileName());
+    emit transmitProgress(static_cast<int>(m_files.sent() * 100 / m_files.size()), m_files.name());
     emit transmitStatus(Transmit, QString());
     return Ack;
 }

@@ -9,12 +9,11 @@
 // last bytes have left, about 100 ms later. From the first on, what the link
 // receives belongs to the link's owner again.
 
+#include "outgoingfiles.h"
 #include "seriallink.h"
 #include "transferdriver.h"
 #include "ymodem.h"
 
-#include <QDateTime>
-#include <QFile>
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
@@ -38,7 +37,7 @@ public:
     // Ends a running transfer and cancels the receiver.
     ~YmodemFileTransmit() override;
 
-    void setFileList(const QStringList &files); // full names
+    void setFileList(const QStringList &files) { m_files.setNames(files); } // full names
     void setPortName(const QString &name) { m_portName = name; }
     // Also of the link: says how long a packet is on the line.
     void setBaudRate(qint32 baudRate) { m_baudRate = baudRate; }
@@ -63,13 +62,13 @@ public:
     QByteArray takeUnused() override { return std::exchange(m_input, {}); }
 
     // Of the present file, in bytes.
-    qint64 bytesSent() const { return m_sentBytes; }
-    qint64 bytesDone() const override { return m_sentBytes; }
-    qint64 fileSize() const override { return m_fileSize; }
+    qint64 bytesSent() const { return m_files.sent(); }
+    qint64 bytesDone() const override { return m_files.sent(); }
+    qint64 fileSize() const override { return m_files.size(); }
 
     QString reason() const override { return m_reason; }
     // Files of the list whose end the receiver has not confirmed.
-    QStringList unsentFiles() const { return m_files.mid(m_completed); }
+    QStringList unsentFiles() const { return m_files.unconfirmed(); }
     QStringList incompleteFiles() const override { return unsentFiles(); }
     const TransferLog &log() const override { return m_log; }
 
@@ -115,10 +114,7 @@ private:
     qint64 elapsedUs() const { return m_nowUs() - m_startUs; }
     qint64 elapsedMs() const { return elapsedUs() / 1000; }
 
-    QStringList m_files;
-    int m_next = 0;      // index of the next name
-    int m_completed = 0; // files whose end the receiver has confirmed
-    QFile m_file;
+    OutgoingFiles m_files;
     QString m_portName;
     qint32 m_baudRate;
     SerialLink m_ownLink;
@@ -132,11 +128,7 @@ private:
     QTimer m_readTimer;
     QTimer m_writeTimer;
     std::unique_ptr<XmodemSender> m_xmodem;
-    qint64 m_fileSize = 0;
-    QDateTime m_fileTime; // of its last change, when it was opened
     bool m_restartReported = false;
-    QStringList m_changed; // files that were written to while they were sent
-    qint64 m_sentBytes = 0;
     Status m_status = Abort; // Establish while it runs, then how it ended
     QString m_reason;
     TransferLog m_log;
