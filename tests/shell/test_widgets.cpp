@@ -1,6 +1,6 @@
 // What a user finds on each page at first start: every widget with its texts,
 // ranges, defaults, keys and layout; then what changes when every option is
-// used, and what is kept of it. Compared with the record in widgets.txt. To accept
+// used, and what is kept of it at the next start. Compared with the record in widgets.txt. To accept
 // an intended change, copy the file that the failed test names over the record.
 
 #include "answerdialog.h"
@@ -36,12 +36,14 @@ const QStringList kProperties =
             "childrenCollapsible insertPolicy maxVisibleItems selectionMode selectionBehavior editTriggers "
             "alternatingRowColors sortingEnabled cornerButtonEnabled showGrid primary kind expanding "
             "drawBase elideMode default textVisible textFormat pageStep sizeAdjustPolicy "
-            "minimumContentsLength frameShape flat toolTipsVisible")
+            "minimumContentsLength frameShape flat toolTipsVisible modal sizeGripEnabled stretchLastSection "
+            "highlightSections defaultSectionSize tabKeyNavigation styleSheet singleShot timerType")
         .split(' ');
 
 const QStringList kUsual =
     QString("0 false contextMenuPolicy=1 textInteractionFlags=4 alignment=129 "
-            "maxLength=32767 maxVisibleItems=10 textFormat=2 pageStep=10 insertPolicy=3 autoRepeat=true")
+            "maxLength=32767 maxVisibleItems=10 textFormat=2 pageStep=10 insertPolicy=3 autoRepeat=true "
+            "timerType=1")
         .split(' ');
 
 // Filled from the machine: its ports and addresses.
@@ -55,7 +57,8 @@ QString valueOf(const QVariant &value)
     if (value.userType() == qMetaTypeId<QList<QKeySequence>>())
         return QKeySequence::listToString(value.value<QList<QKeySequence>>());
     QString text = value.canConvert<QString>() ? value.toString() : QString::number(value.toInt());
-    return text.replace('\n', "\\n");
+    static const QRegularExpression clock("\\d\\d:\\d\\d:\\d\\d");
+    return text.replace('\n', "\\n").replace(clock, "<time>");
 }
 
 // All values that are neither empty, 0, false nor Qt's usual ones.
@@ -79,6 +82,11 @@ QString describedLayout(const QLayout *layout)
     QString line = QString::asprintf("%s margins=%d,%d,%d,%d spacing=%d", layout->metaObject()->className(),
                                      margins.left(), margins.top(), margins.right(), margins.bottom(),
                                      layout->spacing());
+    if (const auto *grid = qobject_cast<const QGridLayout *>(layout)) {
+        line += QString::asprintf(" gaps=%d,%d stretch=", grid->horizontalSpacing(), grid->verticalSpacing());
+        for (int i = 0; i < grid->columnCount(); ++i)
+            line += QString::number(grid->columnStretch(i));
+    }
     for (int i = 0; i < layout->count(); ++i) {
         if (const auto *box = qobject_cast<const QBoxLayout *>(layout))
             line += ' ' + QString::number(box->stretch(i));
@@ -114,8 +122,10 @@ void describe(const QObject *object, int depth, QStringList *lines)
     const QString indent(depth, ' ');
     const QString name = object->objectName();
     const auto *widget = qobject_cast<const QWidget *>(object);
-    if ((name.startsWith("qt_") && !name.endsWith("stackedwidget")) || name.startsWith("Scroll") ||
-        (!widget && !qobject_cast<const QAction *>(object)) || object->inherits("QComboBoxPrivateContainer"))
+    const bool isPart =
+        widget || qobject_cast<const QAction *>(object) || qobject_cast<const QTimer *>(object);
+    if ((name.startsWith("qt_") && !name.endsWith("stackedwidget")) || name.startsWith("Scroll") || !isPart ||
+        object->inherits("QComboBoxPrivateContainer"))
         return; // Qt's own
     *lines += indent + described(object);
     if (!widget)
@@ -130,11 +140,28 @@ void describe(const QObject *object, int depth, QStringList *lines)
     if (maximum != QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX) &&
         !widget->inherits("FormPanel")) // has that of its texts
         lines->last() += QString::asprintf(" at most %dx%d", maximum.width(), maximum.height());
+    if (const auto *label = qobject_cast<const QLabel *>(object); label && label->buddy())
+        lines->last() += " for " + label->buddy()->objectName();
+    const QSizePolicy policy = widget->sizePolicy();
+    if (policy.horizontalPolicy() == QSizePolicy::Ignored ||
+        policy.verticalPolicy() == QSizePolicy::Ignored || policy.retainSizeWhenHidden())
+        lines->last() += QString::asprintf(" policy %d,%d,%d", policy.horizontalPolicy(),
+                                           policy.verticalPolicy(), policy.retainSizeWhenHidden());
+    if (const auto *combo = qobject_cast<const QComboBox *>(object); combo && combo->completer())
+        lines->last() += " completes";
     if (const auto *combo = qobject_cast<const QComboBox *>(object); combo && !isOfTheMachine(widget)) {
         QStringList items;
         for (int i = 0; i < combo->count(); ++i)
             items += combo->itemText(i) + '=' + combo->itemData(i).toString();
         lines->last() += QString(" [%1] %2").arg(items.join('|'), combo->currentText());
+    }
+    const auto *table = qobject_cast<const QTableView *>(object);
+    for (int row = 0; table && row < qMin(10, table->model()->rowCount()); ++row) {
+        *lines += indent + " row";
+        for (int column = 0; column < table->model()->columnCount(); ++column)
+            for (const int role :
+                 {Qt::DisplayRole, Qt::CheckStateRole, Qt::ToolTipRole, Qt::AccessibleTextRole})
+                lines->last() += '|' + table->model()->index(row, column).data(role).toString();
     }
     if (isOfTheMachine(widget))
         return;
@@ -144,11 +171,30 @@ void describe(const QObject *object, int depth, QStringList *lines)
         describe(child, depth + 1, lines);
 }
 
-QStringList described(const QWidget &window)
+// The widgets in the order in which the Tab key visits them.
+QString keyOrder(QWidget *window)
+{
+    QString order = "keys:";
+    for (QWidget *at = window->nextInFocusChain(); at != window; at = at->nextInFocusChain())
+        if ((at->focusPolicy() & Qt::TabFocus) && !at->focusProxy() && at->window() == window)
+            order += ' ' + (at->objectName().isEmpty() ? at->metaObject()->className() : at->objectName());
+    return order;
+}
+
+QStringList described(QWidget &window)
 {
     QStringList lines;
     describe(&window, 0, &lines);
-    return lines;
+    return lines << keyOrder(&window);
+}
+
+QStringList onlyIn(const QStringList &these, const QStringList &others)
+{
+    QStringList own;
+    for (const QString &line : these)
+        if (!others.contains(line))
+            own += line;
+    return own;
 }
 
 // A part that is described already, in the same way, is not described again.
@@ -170,6 +216,17 @@ QStringList withoutRepeats(const QStringList &lines)
     return kept;
 }
 
+void showAll(MainWindow *window)
+{
+    window->resize(1600, 1200); // no panel scrolls
+    window->show();
+    auto *const tabs = window->findChild<QtTabBar *>();
+    for (int i = tabs->count() - 1; i >= 0; --i) {
+        tabs->setCurrentIndex(i);
+        QCoreApplication::processEvents();
+    }
+}
+
 // Chooses the last entry of every list, and presses every check box and every
 // button that only changes the view.
 void useOptions(const QWidget &window)
@@ -183,6 +240,13 @@ void useOptions(const QWidget &window)
         if (button->isEnabled() &&
             (button->isCheckable() || button->objectName() == "btnFold" || button->objectName() == "btnMode"))
             button->click();
+    QSet<QAction *> used;
+    for (int i = 0; i < 2; ++i) // some open others
+        for (auto *action : window.findChildren<QAction *>())
+            if (action->isCheckable() && action->text() != "使用着色规则" && !used.contains(action)) {
+                used += action;
+                action->trigger();
+            }
     QCoreApplication::processEvents();
 }
 
@@ -203,15 +267,9 @@ private slots:
         Settings::writeDefaults();
         Settings::load();
         Skin::apply(0);
-        MainWindow window;
-        window.resize(1600, 1200); // no panel scrolls
-        window.show();
-        auto *const tabs = window.findChild<QtTabBar *>();
-        for (int i = tabs->count() - 1; i >= 0; --i) { // each has been shown
-            tabs->setCurrentIndex(i);
-            QCoreApplication::processEvents();
-        }
-        const QStringList before = described(window);
+        auto window = std::make_unique<MainWindow>();
+        showAll(window.get());
+        const QStringList before = described(*window);
         const QList<QByteArray> settings = contentOf(AppPaths::configFile()).split('\n');
         QStringList lines = withoutRepeats(before);
         QtStyleDialog style(QtStyleDialog::SendArea);
@@ -219,25 +277,30 @@ private slots:
         QtWaitDialog wait("wait");
         QtUpdateDialog update;
         TransferLogDialog log("log");
-        RuleDialog rules;
+        RuleDialog noRules, rules;
+        rules.findChild<QPushButton *>("btnCommonRules")->click();
         LinkAnswers links;
         AnswerDialog answers({}, &links);
         RegisterTableModel table;
         DataManagerWidget read(DataManagerWidget::Read, &table);
         DataManagerWidget write(DataManagerWidget::Write, &table);
-        for (const QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log,
-                                                                      &rules, &answers, &read, &write})
-            describe(dialog, 0, &lines);
-        useOptions(window);
-        const QStringList after = described(window);
+        for (QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &noRules,
+                                                                &rules, &answers, &read, &write})
+            lines += described(*dialog);
+        useOptions(*window);
+        const QStringList after = described(*window);
         lines += "after every option was used:";
-        for (int i = 0; i < after.size(); ++i)
-            if (before.value(i) != after.at(i))
-                lines += after.at(i);
+        lines += onlyIn(after, before);
         lines += "settings that were changed by it:";
         for (const QByteArray &line : contentOf(AppPaths::configFile()).split('\n'))
             if (!settings.contains(line))
                 lines += line;
+        window.reset();
+        Settings::load();
+        window = std::make_unique<MainWindow>();
+        showAll(window.get());
+        lines += "after a new start:";
+        lines += onlyIn(described(*window), after);
         const QByteArray actual = lines.join('\n').toUtf8() + '\n';
         const QByteArray expected = contentOf(QFINDTESTDATA("widgets.txt"));
         const QString name = QDir::current().filePath("widgets.actual.txt");
