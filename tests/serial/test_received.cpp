@@ -327,15 +327,34 @@ private slots:
             {"\x1b]never ended\ny", "\x1b]never ended\ny", ""},
             {"温度\r\x1b[33m湿\n", "湿度\n", "0:0+1 3/-1 0,"},
             {"\t\rx\r\r\n\ny", "x\n\ny", ""},
+            {"a\vb\x07"
+             "c\x1b~d\x1b\x7f",
+             "a\vbcd\x1b\x7f", ""},
+            {"\x1b]t\x1b[31mx", "\x1b]tx", "0:3+1 1/-1 0,"},
+            {"\x1b[38mx\x1b[38;5mx\x1b[38;2;1mx", "xxx", "0:2+1 16842752/-1 0,"},
+            {"\x1b[30;40mx\x1b[37;47my\x1b[>4m", "xy", "0:0+1 0/0 0,0:1+1 7/7 0,"},
+            {"\x1b[3;4;7mx\x1b[23my\x1b[24mz\x1b[27mw", "xyzw",
+             "0:0+1 -1/-1 14,0:1+1 -1/-1 12,0:2+1 -1/-1 8,"},
+            {"abc\x1b[2D\x1b[1Kz", " zc", ""},
+            {"\x1b[9999Cx", QString(4096, ' ') + 'x', ""},
+            {"\x1b[" + QByteArray(63, '0') + "mx\x1b]" + QByteArray(1023, 'a') + '\x07', "x", ""},
+            {"\x1b[" + QByteArray(64, '0') + 'm', "\x1b[" + QString(64, '0') + 'm', ""},
+            {"\x1b]" + QByteArray(1024, 'a') + '\x07', "\x1b]" + QString(1024, 'a'), ""},
+            // Of a line that is too long, the end can be overwritten.
+            {"\x1b[31m" + QByteArray(8194, 'x') + "\b\b\b\b\x1b[0mzz\r!", QString(8190, 'x') + "zzxx\n!",
+             "0:0+8190 1/-1 0,0:8192+2 1/-1 0,"},
+            {QByteArray("\xF0\x9F\x98\x80").repeated(8193) + "\b\bz\n",
+             QString::fromUcs4(U"\U0001F600").repeated(8191) + 'z' + QString::fromUcs4(U"\U0001F600") + '\n',
+             ""},
         };
         for (const Row &row : table) {
             const QByteArray bytes = row.bytes;
-            for (int cut = 0; cut < bytes.size(); ++cut) {
+            for (int cut = 0; cut < bytes.size(); cut += bytes.size() > 100 ? bytes.size() / 4 : 1) {
                 Display display;
                 display.text.setOptions({true, false});
                 for (const QByteArray &piece : {bytes.left(cut), bytes.mid(cut)}) {
                     display.receive(piece, QString(), false);
-                    display.flush(TextCodec::Utf8, cut % 7 + 1);
+                    display.flush(TextCodec::Utf8, cut % 7 + 1 + bytes.size() / 10);
                     display.text.styles().of(0); // and is kept
                 }
                 QCOMPARE(display.shown, row.shown);
@@ -366,6 +385,8 @@ private slots:
         display.text.setOptions({true, true});
         display.receive("ab\rc\r\n", QString(), false);
         QVERIFY(display.flush().endsWith(QStringLiteral("\ncb<LF>\n")));
+        display.receive("\x1b[12\n", QString(), false);
+        QVERIFY(display.flush().endsWith(QStringLiteral("\n<ESC>[12<LF>\n")));
         QCOMPARE(display.text.styles().of(0).size(), 3); // the names have a color
         QCOMPARE(display.text.styles().of(0).first().style.text, 6);
         QCOMPARE(display.recorded(), display.shown);

@@ -7,6 +7,7 @@
 #include "loglayout.h"
 #include "qtterminalwidget.h"
 #include "recordedtext.h"
+#include "terminaldocument.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -239,6 +240,86 @@ private slots:
                 m_terminal->document()->blockCount() > 400);
         QVERIFY(all.endsWith(m_terminal->toPlainText()));
         QVERIFY(recordedText(m_terminal->received()) == all);
+    }
+
+    // Back and forth, a window of it at a time, with lines that are stored in pieces.
+    void walksThroughTheRecord()
+    {
+        m_terminal->setLimits(1300 * 1000, 5000);
+        QString all;
+        for (int i = 0; i < 600; ++i)
+            all += QString::number(i) + QString(i % 5 ? 10 * (i % 5) : 20000, QChar('a' + i % 26)) + '\n';
+        m_terminal->insertTerminalText(all);
+        auto *document = static_cast<TerminalDocument *>(m_terminal->document());
+        QScrollBar *bar = m_terminal->verticalScrollBar();
+        const auto shown = [&] { return document->textBetween(0, document->characterCount() - 1); };
+        const auto onTop = [&](int first) {
+            const int position = m_terminal->cursorForPosition(QPoint(5, 8)).position();
+            return first + document->textBetween(0, position).size();
+        };
+        bool isRight = true; // what the user reads stays
+        const auto walk = [&](QScrollBar::SliderAction action) {
+            int first = all.indexOf(shown());
+            bar->triggerAction(action);
+            const int top = onTop(first);
+            QCoreApplication::processEvents();
+            const QString text = shown();
+            first = all.indexOf(text);
+            isRight = isRight && first >= 0 && text.size() < 1303 * 1000 && onTop(first) == top;
+            return action == QScrollBar::SliderToMinimum ? first > 0 : !all.endsWith(text);
+        };
+        for (int i = 0; walk(QScrollBar::SliderToMinimum); ++i)
+            QVERIFY(i < 10 && isRight);
+        for (int i = 0; walk(QScrollBar::SliderToMaximum); ++i)
+            QVERIFY(i < 10 && isRight);
+        QTest::keyClick(m_terminal.get(), Qt::Key_Home, Qt::ControlModifier);
+        QVERIFY(all.startsWith(shown()));
+        QCOMPARE(onTop(0), 0);
+        QTest::keyClick(m_terminal.get(), Qt::Key_End, Qt::ControlModifier);
+        QVERIFY(all.endsWith(shown()));
+    }
+
+    // As if the text had been inserted at the new width, and what is on top stays.
+    void countsTheRowsOfLongLogs()
+    {
+        QString text;
+        for (int i = 0; i < 12000; ++i)
+            text += QString::number(i) + QString(i % 700 == 0 ? 5000 : i % 90, 'x') + '\n';
+        const auto rows = [](const QTextDocument *document) {
+            QVector<qreal> tops{document->documentLayout()->documentSize().height()};
+            for (QTextBlock block = document->firstBlock(); block.isValid(); block = block.next())
+                tops += document->documentLayout()->blockBoundingRect(block).top();
+            return tops;
+        };
+        enum { Still, Appended, Dropped, Scrolled };
+        for (const int change : {Still, Appended, Dropped, Scrolled}) {
+            init();
+            m_terminal->setLimits(10 * 1000 * 1000, 100 * 1000);
+            m_terminal->insertTerminalText(text);
+            QScrollBar *bar = m_terminal->verticalScrollBar();
+            bar->setValue(bar->maximum() / 2);
+            const auto onTop = [&] { return m_terminal->cursorForPosition(QPoint(5, 8)).block().text(); };
+            const QString top = onTop();
+            m_terminal->resize(250, 300);
+            QCOMPARE(onTop(), top);
+            if (change == Dropped)
+                m_terminal->setLimits(10 * 1000 * 1000, 11 * 1000);
+            if (change == Appended || change == Dropped)
+                m_terminal->insertTerminalText("more\n" + QString(200, 'y') + "\nend");
+            if (change == Scrolled)
+                bar->setValue(0);
+            QtTerminalWidget fresh;
+            fresh.setLimits(10 * 1000 * 1000, 100 * 1000);
+            fresh.resize(250, 300);
+            fresh.show();
+            const auto *document = static_cast<TerminalDocument *>(m_terminal->document());
+            fresh.insertTerminalText(document->textBetween(0, document->characterCount() - 1));
+            const QVector<qreal> expected = rows(fresh.document());
+            if (change != Scrolled)
+                QTRY_COMPARE(rows(document).size(), expected.size());
+            QTRY_VERIFY(rows(document) == expected);
+            QVERIFY(change == Scrolled || onTop() == top);
+        }
     }
 
     // Hexadecimal rows hold whole bytes and are full up to the last one, at any
