@@ -349,7 +349,7 @@ private slots:
         };
         for (const Row &row : table) {
             const QByteArray bytes = row.bytes;
-            for (int cut = 0; cut < bytes.size(); cut += bytes.size() > 100 ? bytes.size() / 4 : 1) {
+            for (int cut = 0; cut<bytes.size(); cut += bytes.size()> 100 ? bytes.size() / 4 : 1) {
                 Display display;
                 display.text.setOptions({true, false});
                 for (const QByteArray &piece : {bytes.left(cut), bytes.mid(cut)}) {
