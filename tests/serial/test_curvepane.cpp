@@ -75,8 +75,9 @@ private slots:
         QTRY_COMPARE(points(0), (QVector<double>{4, 5, 6})); // what is in the log
         QVERIFY(Settings::instance().view.curveExpression == expression->text());
         QVERIFY(m_terminal->showAgain());
-        QTRY_COMPARE(points(0), (QVector<double>{4, 5, 6})); // not twice
-        QTRY_COMPARE(feed()->lines().used(), 3);
+        receive("a=7\n");
+        QTRY_COMPARE(points(0), (QVector<double>{4, 5, 6, 7})); // not twice
+        QTRY_COMPARE(feed()->lines().used(), 4);
         QCOMPARE(m_split->findChild<QCheckBox *>("checkLogCurve0")->text(), QString("x"));
     }
 
@@ -107,7 +108,9 @@ private slots:
         receive(text.toUtf8());
         Settings::instance().view.curvesByLine.set(true);
         open();
+        QVERIFY(!cursor()->visible() && hint()->visible());
         QTRY_COMPARE(feed()->lines().used(), 5000);
+        QTRY_VERIFY(!hint()->visible() && !plot()->graph(0)->antialiased());
         const auto keys = [this] { return plot()->xAxis->range(); };
         QTRY_VERIFY(keys().contains(1) && keys().contains(5000) && keys().size() < 6000);
         QVERIFY(plot()->graph(0)->dataCount() <= 4 * (plot()->width() + 2));
@@ -120,11 +123,67 @@ private slots:
         QCOMPARE(plot()->follow(), LogPlot::Held);
         QCOMPARE(m_split->findChild<QPushButton *>("btnCurvePause")->text(), "继续");
         QTest::mouseMove(plot(), plot()->axisRect()->rect().center());
-        QTRY_VERIFY(QToolTip::text().contains(">7<"));
+        QTRY_VERIFY(QToolTip::text().contains(">7<") && cursor()->visible());
+        const QPoint axis(plot()->axisRect()->left() - 5, plot()->height() / 2);
+        QTest::mouseMove(plot(), axis);
+        QTRY_VERIFY(!cursor()->visible());
         QVERIFY(plot()->readOut(200).contains(">7<") && !plot()->readOut(200).contains(">199<"));
+        int pictures = plot()->pictures();
         click("btnCurveFit");
         QVERIFY(keys().contains(1) && keys().contains(5000));
         QCOMPARE(plot()->follow(), LogPlot::Held);
+        QTRY_VERIFY(plot()->pictures() > pictures);
+        pictures = plot()->pictures();
+        plot()->xAxis->setRange(1234560, 1234570);
+        plot()->replot();
+        QCOMPARE(plot()->xAxis->tickVectorLabels().value(0), "1234560");
+        click("btnCurvePause");
+        QTRY_VERIFY(keys().contains(5000));
+        plot()->xAxis->setRange(4990, 5000);
+        choose("横轴为行号"); // by time, all of it
+        QTRY_VERIFY(keys().lower > 1e9 && plot()->xAxis->tickVectorLabels().value(0).contains(':'));
+        choose("横轴为行号");
+        QTRY_VERIFY(keys().contains(1) && keys().contains(5000));
+        plot()->xAxis->setRange(4990, 5000);
+        pictures = plot()->pictures();
+        choose("清空曲线");
+        QTRY_VERIFY(hint()->visible() && plot()->pictures() > pictures);
+        receive("b=1\nb=2\n");
+        QTRY_VERIFY(keys().size() < 3 && plot()->graph(0)->antialiased());
+    }
+
+    // And what it says instead of curves.
+    void listsCurves()
+    {
+        open();
+        receive("a=1 b=2\na=1 b=2\n");
+        auto *list = m_split->findChild<LogCurveList *>();
+        QTRY_COMPARE(list->count(), 2);
+        const auto swatches = list->findChildren<QToolButton *>();
+        const auto *shown = list->findChild<QCheckBox *>("checkLogCurve1");
+        const auto *value = list->findChildren<QLabel *>().at(1);
+        QTRY_COMPARE(value->toolTip(), "当前值：2");
+        QVERIFY(swatches.at(1)->x() < shown->x() && shown->x() + shown->width() <= value->x());
+        QVERIFY(value->geometry().right() <= list->widget()->rect().right());
+        const auto colorOf = [&](int i) { return swatches.at(i)->icon().pixmap(16).toImage().pixel(8, 8); };
+        QVERIFY(colorOf(0) == CurveColors::ofCurve(0).rgb() && colorOf(1) == CurveColors::ofCurve(1).rgb());
+        QVERIFY(plot()->graph(1)->pen().color() == CurveColors::ofCurve(1) &&
+                plot()->graph(1)->name() == "b");
+        Settings::instance().view.curveForm.set(4);
+        const auto saysFor = [&](const QString &expression, const QString &text) {
+            Settings::instance().view.curveExpression.set(expression);
+            m_split->load();
+            return hint()->text().startsWith(text);
+        };
+        QVERIFY(saysFor("(", "表达式") && list->count() == 0);
+        const auto *edit = m_split->findChild<QLineEdit *>("editCurveExpression");
+        QVERIFY(edit->property("kind") == "error" && edit->toolTip() == hint()->text());
+        QVERIFY(saysFor("(x)", "收到含数值的行后"));
+        QVERIFY(edit->property("kind") == "" && edit->toolTip().startsWith("每个括号"));
+        receive(QByteArray("no\n").repeated(30));
+        QTRY_VERIFY(hint()->text().startsWith("没有识别出数值"));
+        m_terminal->showReceived("12\n", "\n[12:00:01.124] HEX >\n", true);
+        QTRY_VERIFY(hint()->text().startsWith("十六进制"));
     }
 
     void drawsNothingWhileHidden()
@@ -183,7 +242,14 @@ private slots:
         QVERIFY(table.endsWith(",2\r\n") && table.contains(",a\r\n"));
         chooseFile(m_root->filePath("curves.pdf"));
         choose("保存图片…");
-        QVERIFY(contentOf(m_root->filePath("curves.pdf")).startsWith("%PDF"));
+        const QByteArray page = contentOf(m_root->filePath("curves.pdf"));
+        QVERIFY(page.startsWith("%PDF"));
+        const QByteArray box =
+            page.mid(page.indexOf("/MediaBox [")).left(page.indexOf(']', page.indexOf("/MediaBox [")));
+        const double ratio = double(plot()->width()) / plot()->height();
+        const QList<QByteArray> sides = box.mid(box.indexOf('[') + 1).split(' ');
+        QVERIFY(qAbs(sides.at(2).toDouble() / sides.at(3).split(']').first().toDouble() - ratio) < 0.02);
+        QCOMPARE(plot()->plotLayout()->rowCount(), 1); // the picture's legend has gone
         QCOMPARE(notices.count(), 2);
         const Questions questions(1);
         chooseFile(m_root->filePath("none/curves.csv"));
@@ -196,6 +262,11 @@ private slots:
         const auto *counts = m_split->findChild<QLabel *>("labelCurveCounts");
         const auto top = [this](const QWidget *part) { return part->mapTo(m_split.get(), {}).y(); };
         QVERIFY(top(counts) < top(plot()) && top(list) == top(plot()) && list->width() < plot()->width());
+        QVERIFY(qAbs(m_split->sizes().at(0) - m_split->sizes().at(1)) <= 2);
+        receive(QByteArray("a=3\n").repeated(5000));
+        QTRY_COMPARE(points(0).size(), 5002);
+        chooseFile(m_root->filePath("all.csv"));
+        choose("导出CSV…");
         Settings::instance().view.curvesBeside.set(true);
         m_split->load();
         QCOMPARE(m_split->orientation(), Qt::Horizontal);
@@ -203,6 +274,7 @@ private slots:
         click("btnCurveClose");
         QVERIFY(!Settings::instance().view.curves);
         m_split->load();
+        QCOMPARE(contentOf(m_root->filePath("all.csv")).count("\r\n"), 5003);
         QTRY_VERIFY(!m_split->findChild<CurvePane *>());
     }
 
@@ -214,6 +286,8 @@ private:
     }
     void receive(const QByteArray &bytes) { m_terminal->showReceived(bytes, {}, false); }
     CurveFeed *feed() const { return m_split->findChild<CurveFeed *>(); }
+    const QCPItemText *hint() const { return qobject_cast<QCPItemText *>(plot()->item(1)); }
+    const QCPAbstractItem *cursor() const { return plot()->item(0); }
     LogPlot *plot() const { return m_split->findChild<LogPlot *>(); }
     void click(const char *button) const { m_split->findChild<QAbstractButton *>(button)->click(); }
     void choose(const QString &entry) const

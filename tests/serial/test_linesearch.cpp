@@ -1,5 +1,6 @@
 // What is found in the lines of a session, against a search line by line.
 
+#include "linefilter.h"
 #include "linesearch.h"
 #include "linestore.h"
 
@@ -64,6 +65,57 @@ private slots:
         for (int i = 0; i < 10; ++i)
             search.step();
         QCOMPARE(search.count(), qint64(0));
+        for (int pieces = 2; !search.hasGivenUp(); ++pieces) {
+            m_store->append(QString(60, 'a') + "\n", 0);
+            search.step();
+            QVERIFY(pieces < 10);
+        }
+        search.start(LineMatcher({"a$", false, false, true}));
+        while (search.step()) {
+        }
+        QCOMPARE(search.count(), m_store->size());
+    }
+
+    // As if all was searched now; so does what is shown of the lines.
+    void followsWhatIsChopped()
+    {
+        QVector<LineMatcher> matchers{LineMatcher({"aB温"}), LineMatcher({"a+b?", false, false, true})};
+        QVector<LineSearch> searches(2, LineSearch(*m_store));
+        QString all;
+        quint32 seed = 11;
+        const auto random = [&seed](int end) {
+            seed = seed * 1664525U + 1013904223U;
+            return int((seed >> 8) % quint32(end));
+        };
+        for (int i = 0; i < 160; ++i) {
+            if (i % 40 == 0) {
+                std::reverse(matchers.begin(), matchers.end());
+                for (int k = 0; k < 2; ++k)
+                    searches[k].start(matchers.at(k));
+            }
+            if (i == 80) {
+                all.clear();
+                m_store->clear();
+            }
+            QString text = QString(random(8) == 0 ? 250 * 1000 : random(30), random(2) == 0 ? 'x' : u'度');
+            for (int part = random(6); part > 0; --part)
+                text.insert(random(text.size() + 1), random(4) == 0 ? "\n" : "ab温");
+            all += text;
+            m_store->append(text, 0);
+            if (random(2) == 0) {
+                const QString end = all.right(random(all.size() - all.lastIndexOf('\n')));
+                all.chop(end.size());
+                if (!end.isEmpty())
+                    m_store->chop(end);
+            }
+            for (LineSearch &search : searches)
+                for (int steps = random(5); steps > 0; --steps)
+                    search.step();
+            if (i % 20 == 19)
+                compareWithFresh(matchers, searches, all);
+            if (QTest::currentTestFailed())
+                return;
+        }
     }
 
     // Over many pieces, lines longer than one, and while lines are added.
@@ -216,6 +268,53 @@ private slots:
     }
 
 private:
+    void compareWithFresh(const QVector<LineMatcher> &matchers, QVector<LineSearch> &searches,
+                          const QString &all)
+    {
+        const QStringList lines = all.split('\n');
+        const int last = lines.size() - 1;
+        QCOMPARE(m_store->completeLines(), qint64(last));
+        QCOMPARE(m_store->extract(last / 2, last + 1, 1 << 30).text, lines.mid(last / 2).join('\n'));
+        QCOMPARE(m_store->extract(last / 2, 2, 1 << 30).isEnd, last + 1 - last / 2 <= 2);
+        QCOMPARE(m_store->extractBefore(last, 3, 1 << 30).text + lines.last(),
+                 lines.mid(qMax(0, last - 3)).join('\n'));
+        const QString end = lines.mid(qMax(0, last - 2)).join('\n');
+        QVERIFY(end.endsWith(m_store->tail(40, 3)) && m_store->tail(40, 3).endsWith(lines.last().right(40)));
+        for (int i = 0; i < 2; ++i) {
+            LineSearch fresh(*m_store);
+            fresh.start(matchers.at(i));
+            for (LineSearch *search : {&fresh, &searches[i]})
+                while (search->step()) {
+                }
+            QCOMPARE(searches.at(i).count(), fresh.count());
+            QCOMPARE(searches.at(i).lines().count(), fresh.lines().count());
+            for (int k = 0; k < fresh.count(); k += 1 + int(fresh.count()) / 20) {
+                const LineSearch::Match found = searches.at(i).at(k).value_or(LineSearch::Match());
+                QVERIFY(found.place.line == fresh.at(k)->place.line &&
+                        found.place.column == fresh.at(k)->place.column);
+                QCOMPARE(searches.at(i).indexFrom(found.place), qint64(k));
+            }
+            LineFilter filter(*m_store, searches.at(i));
+            for (const LineFilter::Options options : {LineFilter::Options{false, 0}, {true, 0}, {false, 2}}) {
+                filter.start(options);
+                while (filter.update()) {
+                }
+                QStringList shown;
+                for (int line = 0; line < last; ++line) {
+                    bool isNear = false;
+                    for (int at = line - options.context; at <= line + options.context; ++at)
+                        isNear = isNear ||
+                                 (at >= 0 && at < last && fresh.lines().contains(at) != options.isInverted);
+                    if (isNear)
+                        shown += lines.at(line);
+                }
+                QCOMPARE(filter.extract(0, last + 1, 1 << 30).text, shown.join('\n'));
+                QCOMPARE(filter.extractBefore(filter.lines().count(), 2).text.count('\n'),
+                         qMin(2, shown.size()));
+            }
+        }
+    }
+
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<LineStore> m_store;
 };

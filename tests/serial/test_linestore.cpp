@@ -1,6 +1,7 @@
 // Lines of a session by their number: text, time and origin as they came.
 
 #include "linestore.h"
+#include "linestyles.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -77,6 +78,50 @@ private slots:
         for (int i = 1; i < 7; i += 2) {
             QVERIFY(longOnes.at(i).text == "xyyy" && longOnes.at(i).isCut);
             QVERIFY(longOnes.at(i + 1).text == "next" && longOnes.at(i + 1).arrivalMs == 40 + i / 2);
+        }
+    }
+
+    // A line that loses all of its text keeps its time.
+    void keepsStylesAndTimes()
+    {
+        QTemporaryDir folder;
+        LineStore store(folder.path());
+        store.append("ab", 10);
+        store.chop("ab");
+        QCOMPARE(store.size(), qint64(0));
+        store.append("c\n", 20);
+        QCOMPARE(store.lines(0, 1).at(0).arrivalMs, qint64(10));
+        LineStyles styles(folder.path());
+        QMap<qint64, LineStyles::Runs> expected;
+        const auto areAlike = [](const LineStyles::Runs &a, const LineStyles::Runs &b) {
+            return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                              [](const StyledRun &x, const StyledRun &y) {
+                                  return x.begin == y.begin && x.length == y.length && x.style == y.style;
+                              });
+        };
+        quint32 seed = 3;
+        for (int turn = 0; turn < 2; ++turn) {
+            for (qint64 i = 0, line = 1; i < 4000; ++i) {
+                seed = seed * 1664525U + 1013904223U;
+                line += seed >> 30;
+                LineStyles::Runs &runs = expected[line];
+                TextStyle style;
+                style.text = int(seed >> 8 & 7) - 1;
+                style.setFlags(int(seed >> 12 & 15));
+                const int end = runs.isEmpty() ? 0 : runs.last().begin + runs.last().length;
+                const StyledRun run{end + int(seed >> 20 & 3) + 1, 1 + int(seed >> 16 & 7), style};
+                runs.append(run);
+                styles.add(line, run);
+                if ((seed >> 24 & 3) == 0) {
+                    styles.chop(line, run.begin + 1);
+                    runs.last().length = 1;
+                }
+                const qint64 some = qint64(seed) % (line + 3);
+                QVERIFY(i % 9 != 0 || areAlike(styles.of(some), expected.value(some)));
+            }
+            styles.clear();
+            expected.clear();
+            QVERIFY(styles.isEmpty() && styles.of(1).isEmpty());
         }
     }
 };
