@@ -65,6 +65,29 @@ private slots:
         QVERIFY(LaunchOptions::parse({"--open", "--help", "--bogus"}).action ==
                 LaunchOptions::Action::ShowHelp);
         QVERIFY(LaunchOptions::parse({"-v"}).action == LaunchOptions::Action::ShowVersion);
+        const auto answer = [](const QStringList &arguments) {
+            QProcess program;
+            program.start(KORVEX_PATH, arguments);
+            program.waitForFinished(60000);
+            const QString errors = QString::fromUtf8(program.readAllStandardError());
+            return QString("%1|%2|").arg(program.exitCode()).arg(QString::fromUtf8(program.readAll())) +
+                   errors.mid(errors.indexOf("选项缺少值：")).mid(qMax(0, errors.indexOf("没有这个方案")));
+        };
+        QVERIFY(QRegularExpression("^0\\|Korvex [\\d.]+\n\\|$").match(answer({"-v"})).hasMatch());
+        QCOMPARE(answer({"--open", "--help"}),
+                 QString("0|用法：Korvex [选项] [文件]\n\n文件用二进制文件编辑器打开。\n\n选项：\n"
+                         "  -h, --help        显示帮助\n"
+                         "  -v, --version     显示版本\n"
+                         "  --tool TOOL       启动后显示的工具：serial、camera、network、pid或hex\n"
+                         "  --profile NAME    选用该工具的方案\n"
+                         "  --port PORT       串口，例如COM3\n"
+                         "  --baud N          波特率\n"
+                         "  --open            启动后打开串口或网络连接\n"
+                         "  --log FILE        会话日志写入该文件，已有内容保留\n"
+                         "  --demo            使用模拟开发板（COM3至COM8和网络）\n"
+                         "  --notice TEXT     启动后显示的错误提示\n|"));
+        QCOMPARE(answer({"--open", "--baud"}), QString("2||选项缺少值：--baud\n用 --help 查看帮助\n"));
+        QCOMPARE(answer({"--open", "--profile=?"}), QString("2||没有这个方案：?\n用 --help 查看帮助\n"));
     }
 };
 

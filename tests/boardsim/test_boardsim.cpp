@@ -9,6 +9,7 @@
 #include "ymodempackets.h"
 
 #include <QNetworkDatagram>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QUdpSocket>
 #include <QtTest>
@@ -120,6 +121,43 @@ private slots:
             host.abort();
             QVERIFY(board.waitForEvent("disconnected 0") && board.stop());
             QCOMPARE(board.statistics().value("written"), qint64(bytes.size()));
+        }
+    }
+
+    // Again, unless it ended the connection itself.
+    void connectsToAServer()
+    {
+        for (const char *act : {"echo", "camera", "half-close", "reset", "vanish"}) {
+            QTcpServer server;
+            QVERIFY(server.listen(QHostAddress::LocalHost));
+            BoardProcess board;
+            QVERIFY(board.startOnNetwork("tcp-client", {"--net-port", QString::number(server.serverPort()),
+                                                        "--act", act, "--peers", "2", "--period", "10",
+                                                        "--delay", "0", "--total", "10", "--fps", "50"}));
+            const bool again = QByteArray(act) == "echo" || QByteArray(act) == "camera";
+            QList<QTcpSocket *> hosts;
+            for (int i = 0; i < (again ? 6 : 2); ++i) {
+                QTRY_VERIFY(server.hasPendingConnections());
+                hosts += server.nextPendingConnection();
+                if (QByteArray(act) == "echo") {
+                    QVERIFY(hosts.last()->write("hello") == 5);
+                    QTRY_COMPARE(hosts.last()->bytesAvailable(), 5);
+                }
+                if (QByteArray(act) == "camera")
+                    QTRY_VERIFY(hosts.last()->bytesAvailable() > 2000);
+                if (again)
+                    hosts.last()->abort();
+            }
+            if (QByteArray(act) == "half-close")
+                for (QTcpSocket *host : hosts) {
+                    QTRY_COMPARE(host->bytesAvailable(), 10);
+                    host->close();
+                }
+            QVERIFY(again || board.waitForEvent("disconnected 0"));
+            QVERIFY(again || !server.waitForNewConnection(200));
+            QVERIFY(board.stop());
+            QVERIFY(board.statistics().value("peers") >= hosts.size());
+            QVERIFY(again || board.statistics().value("peers") == 2);
         }
     }
 

@@ -7,6 +7,7 @@
 #include "registertablemodel.h"
 #include "testfiles.h"
 
+#include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
@@ -25,6 +26,7 @@ private slots:
     void init()
     {
         m_table = std::make_unique<RegisterTableModel>();
+        new QAbstractItemModelTester(m_table.get(), m_table.get());
         m_dialog = std::make_unique<DataManagerWidget>(DataManagerWidget::Read, m_table.get());
         m_dialog->show();
         m_view = m_dialog->findChild<QTableView *>();

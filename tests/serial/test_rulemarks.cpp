@@ -158,7 +158,8 @@ private slots:
         SharedRules::instance().store({}, false);
         RuleDialog dialog;
         const auto press = [&](const char *name) { dialog.findChild<QAbstractButton *>(name)->click(); };
-        const auto *model = dialog.findChild<QTableView *>()->model();
+        auto *model = dialog.findChild<QTableView *>()->model();
+        const QAbstractItemModelTester tester(model);
         const auto *state = dialog.findChild<QLabel *>("labelRuleState");
         press("btnCommonRules");
         const int common = commonColorRules().size();
@@ -208,6 +209,7 @@ private slots:
         RuleDialog dialog;
         auto *table = dialog.findChild<QTableView *>();
         QAbstractItemModel *model = table->model();
+        const QAbstractItemModelTester tester(model);
         auto *pattern = dialog.findChild<QLineEdit *>("editRulePattern");
         auto *color = dialog.findChild<QLineEdit *>("editRuleColor");
         auto *range = dialog.findChild<QComboBox *>("comboRuleRange");
@@ -218,6 +220,13 @@ private slots:
                 text += dialog.findChild<QAbstractButton *>(box)->isChecked() ? " x" : " -";
             return text + dialog.findChild<QWidget *>("ruleColors")->accessibleName();
         };
+        const QIcon sample = model->index(1, 3).data(Qt::DecorationRole).value<QIcon>();
+        const QImage image = sample.pixmap(52, 18, QIcon::Selected).toImage();
+        int drawn = 0;
+        for (int i = 0; i < image.width() * image.height(); ++i)
+            drawn += image.pixel(i % image.width(), i / image.width()) != image.pixel(0, 0) ? 1 : 0;
+        QVERIFY(drawn > 20 && drawn < 500);
+        QCOMPARE(image.pixelColor(0, 0), QColor(0x4b, 0x4b, 0x4b)); // the ground of the display
         QCOMPARE(form(1), QString("last 匹配的文字 #0000c8 x - -颜色 #ff4d4d"));
         QCOMPARE(form(0), QString("first 整行 #c80000 x - -颜色 #ff4d4d"));
         QTest::keyClick(range, Qt::Key_Down);

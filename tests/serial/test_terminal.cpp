@@ -272,6 +272,8 @@ private slots:
             QVERIFY(i < 10 && isRight);
         for (int i = 0; walk(QScrollBar::SliderToMaximum); ++i)
             QVERIFY(i < 10 && isRight);
+        m_terminal->insertTerminalText("more");
+        QVERIFY((all += "more").endsWith(shown()));
         QTest::keyClick(m_terminal.get(), Qt::Key_Home, Qt::ControlModifier);
         QVERIFY(all.startsWith(shown()));
         QCOMPARE(onTop(0), 0);
