@@ -118,6 +118,21 @@ private slots:
         QVERIFY(!run.readAllStandardError().contains("写入"));
     }
 
+    // A row ends where the line is quiet, and where the port goes.
+    void showsBytes()
+    {
+        PtyPeer board;
+        CliRun run({"monitor", board.device(), "--hex"});
+        for (const QByteArray bytes : {"ab", "c", "de"}) {
+            QVERIFY(board.write(bytes));
+            QVERIFY(run.printed(bytes.toHex(' ').toUpper() + '\n'));
+        }
+        QVERIFY(board.write("f"));
+        board.hangUp();
+        QCOMPARE(run.status(), 4);
+        QCOMPARE(run.output(), QByteArray("61 62\n63\n64 65\n66\n"));
+    }
+
     void talksToAServer()
     {
         QTcpServer server;
@@ -305,8 +320,14 @@ private slots:
         });
         cable.start(1);
         CliRun run({"ymodem", line.device(), from.filePath("firmware.bin")});
-        QVERIFY(run.told("firmware.bin 100% 20000/20000字节"));
         QCOMPARE(run.status(), 0);
+        QStringList shown;
+        for (const QString &text : QString::fromUtf8(run.readAllStandardError()).split('\n'))
+            shown += text.startsWith("firmware.bin ") ? text.section(' ', 1) : QString();
+        QCOMPARE(shown.join(' ').trimmed(),
+                 QString("5% 1024/20000字节 10% 2048/20000字节 20% 4096/20000字节 30% 6144/20000字节 "
+                         "40% 8192/20000字节 51% 10240/20000字节 61% 12288/20000字节 71% 14336/20000字节 "
+                         "81% 16384/20000字节 92% 18432/20000字节 100% 20000/20000字节"));
         WAIT_EQUAL(rb.state(), QProcess::NotRunning);
         QVERIFY(contentOf(to.filePath("firmware.bin")) == content);
 

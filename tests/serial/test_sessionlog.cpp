@@ -29,6 +29,8 @@ public:
         setState(isOpen ? State::Open : State::Closed, reason);
     }
     void receive(const QByteArray &bytes, const Peer &from = {}) { emit received(bytes, nowUs(), from); }
+    QVector<Peer> peers() const override { return all; }
+    QVector<Peer> all;
     qint64 pendingBytes() const override { return 0; }
     void close() override { setOpen(false); }
 
@@ -157,6 +159,15 @@ private slots:
         link.setOpen(true);
         link.receive("one\ntw");
         link.send("cmd\n");
+        const auto board = [](quint64 id) { return Peer{id, QHostAddress("10.0.0.1"), quint16(id)}; };
+        link.all = {board(80), board(81)};
+        for (const quint64 id : {80, 81, 0})
+            emit link.peerJoined(board(id));
+        link.receive("hi\n", board(81));
+        link.send("to\n", 81);
+        for (const quint64 id : {81, 0})
+            emit link.peerLeft(board(id), {});
+        emit link.dropped(3, {});
         link.setOpen(false, "gone");
         link.setOpen(true);
         link.receive("o\n");
@@ -166,7 +177,9 @@ private slots:
         QString text = contentOf(path("board.log"));
         text.replace(QRegularExpression("\\d{4}-[-0-9]+ [0-9:.]+ "), QString());
         QCOMPARE(text,
-                 QString("# 已打开：COM3\nRX one\nRX tw\nTX cmd\n# 已断开：gone\n# 已打开：COM3\nRX o\n"));
+                 QString("# 已打开：COM3\nRX one\nRX tw\nTX cmd\n# 10.0.0.1:80 已连接\n# 10.0.0.1:81 已连接\n"
+                         "RX 10.0.0.1:81 hi\nTX 10.0.0.1:81 to\n# 10.0.0.1:81 已断开\n# 3 字节未能发出\n"
+                         "# 已断开：gone\n# 已打开：COM3\nRX o\n"));
         QCOMPARE(log.status().written, contentOf(path("board.log")).size());
     }
 

@@ -251,6 +251,16 @@ private slots:
         box.setCurrentText("999999");
         QTest::keyClick(&box, Qt::Key_Up);
         QCOMPARE(box.currentText(), QString("115200"));
+        box.show();
+        for (const int y : {120, 0, -120}) {
+            QWheelEvent turn({5, 5}, box.mapToGlobal({5, 5}), {}, {0, y}, {}, {}, Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(&box, &turn);
+            QCOMPARE(box.currentText(), QString(y < 0 ? "115200" : "9600"));
+        }
+        box.setCurrentText("9600"); // typed, and marked in the list
+        box.showPopup();
+        QVERIFY(box.view()->isVisible() && box.view()->currentIndex().row() == 0);
+        box.hidePopup();
     }
 
     void choosesAPortAgainThatIsBack()

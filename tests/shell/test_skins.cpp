@@ -118,6 +118,14 @@ private slots:
         // The help button's white glyph, as a picture: 3 to 1.
         QVERIFY(Contrast::ratio(Qt::white, color("QtTitleBar QPushButton#btnHelp", "background-color")) >=
                 2.9);
+        const QColor ground = color("QDialog", "background-color");
+        for (const QColor &asked :
+             {QColor(Qt::red), QColor(Qt::darkBlue), QColor(Qt::yellow), QColor(0x777777)}) {
+            const QColor shown = Contrast::readableOn(ground, asked);
+            QVERIFY(Contrast::ratio(ground, shown) >= Contrast::readable);
+            QVERIFY(Contrast::ratio(ground, asked) < Contrast::readable || shown == asked);
+            QVERIFY(shown == asked || Contrast::ratio(ground, shown) < Contrast::readable + 1); // the nearest
+        }
         QCOMPARE(color("QDialog", "background-color"), QColor(Skin::palette().window));
         QCOMPARE(color("QWidget", "color"), QColor(Skin::palette().text));
 
