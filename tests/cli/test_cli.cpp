@@ -127,7 +127,7 @@ private slots:
             QVERIFY(board.write(bytes));
             QVERIFY(run.printed(bytes.toHex(' ').toUpper() + '\n'));
         }
-        QVERIFY(board.write("f"));
+        QVERIFY(board.write("f") && run.printed("66"));
         board.hangUp();
         QCOMPARE(run.status(), 4);
         QCOMPARE(run.output(), QByteArray("61 62\n63\n64 65\n66\n"));

@@ -5,11 +5,13 @@
 #include "dialoganswers.h"
 #include "fonts.h"
 #include "formpanel.h"
+#include "freeport.h"
 #include "freshfolder.h"
 #include "hexeditwidget.h"
 #include "korvexresources.h"
 #include "launchoptions.h"
 #include "mainwindow.h"
+#include "networktoolwidget.h"
 #include "qhexedit.h"
 #include "qserialporcheck.h"
 #include "qtcountlabel.h"
@@ -324,6 +326,19 @@ private slots:
         WAIT_FOR(contentOf(log).endsWith(" RX hello\n"));
         WAIT_FOR(m_window->findChild<QLabel *>("labelLogLamp")->isVisible());
         qunsetenv("KORVEX_VIRTUAL_PORTS");
+        const QString other = ports.filePath("net.log");
+        m_window->launch(LaunchOptions::parse({"--tool", "network", "--profile", "none", "--log", other}));
+        QCOMPARE(m_tabs->currentIndex(), 2);
+        QVERIFY(m_notice->fullText().startsWith("方案[none]未选用"));
+        auto *network = m_window->findChild<NetworkToolWidget *>();
+        QVERIFY(network->isClosed() && network->findChild<QCheckBox *>("checkLogAppend")->isChecked());
+        QCOMPARE(network->findChild<QLineEdit *>("editLogFile")->text(), other);
+        network->findChild<QComboBox *>("comboNetType")->setCurrentIndex(2);
+        network->findChild<QLineEdit *>("editPort")->setText(QString::number(freePort()));
+        m_window->launch(LaunchOptions::parse({"--tool", "network", "--open"}));
+        WAIT_FOR(!network->isClosed() && QFile::exists(other));
+        m_window->launch(LaunchOptions::parse({log}));
+        WAIT_FOR(m_window->findChild<QHexEdit *>()->size() > 0);
     }
 
     // Bytes from the wire: counts only of the page on display, cleared by the
