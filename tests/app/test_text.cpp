@@ -225,6 +225,7 @@ private slots:
             {"log, UTF-8", log.toUtf8(), 0},
             {"log, GB18030", TextCodec::encode(log, 1), 1},
             {"words, UTF-8", words.toUtf8(), 0},
+            {"first of a row, GB18030", "\xB0\xA1\xB0\xA1 \xB0\xA1\n", 1},
             {"words, GB18030", TextCodec::encode(words, 1), 1},
             {"signs, GB18030", TextCodec::encode(QStringLiteral("温。、25℃\n"), 1), 1},
             {"four characters", QStringLiteral("温度正常").toUtf8(), 0},

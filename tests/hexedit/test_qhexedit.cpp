@@ -421,6 +421,15 @@ private slots:
         QCOMPARE(ground(places.address(5)), ground(places.address(2))); // of bytes to come
         QVERIFY(colors(places.hex(0, 0)).size() > 1);                   // has its number
         QVERIFY(colors(places.address(0)).contains(QColor(skin.secondaryText).rgb()));
+        const QImage two = image.copy(places.address(2)), three = image.copy(places.address(3));
+        int first = two.width(), last = -1; // that differ: 20 and 30
+        for (int i = 0; i < two.width() * two.height(); ++i)
+            if (const int x = i % two.width();
+                two.pixel(x, i / two.width()) != three.pixel(x, i / two.width())) {
+                first = qMin(first, x);
+                last = qMax(last, x);
+            }
+        QVERIFY(first <= last && last - first < places.cellWidth());
         const QRect caret = places.hex(1, 5);
         const QPoint below = caret.bottomLeft() + QPoint(1, -1), left = caret.topLeft() + QPoint(0, 3);
         QVERIFY(image.pixel(below) == text && image.pixel(left) == panel);

@@ -35,6 +35,10 @@ private slots:
         QCOMPARE(statistics.at(1).sent, qint64(7));
         statistics.joined(peerAt(3, 1), "3", 70); // the same board again
         QCOMPARE(statistics.size(), 3);
+        statistics.received(peerAt(0, 9), "datagram", 80);
+        statistics.clear(); // but for connections
+        QCOMPARE(statistics.size(), 2);
+        QCOMPARE(statistics.at(0).name + statistics.at(1).name, QString("23"));
     }
 
     void keepsARowForEachOfManySenders()

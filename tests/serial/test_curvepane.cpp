@@ -266,6 +266,8 @@ private slots:
         receive(QByteArray("a=3\n").repeated(5000));
         QTRY_COMPARE(points(0).size(), 5002);
         chooseFile(m_root->filePath("all.csv"));
+        choose("导出CSV…"); // in slices
+        QTRY_COMPARE(notices.last().at(0).value<Notice>().text.section('/', -1), "all.csv");
         choose("导出CSV…");
         Settings::instance().view.curvesBeside.set(true);
         m_split->load();

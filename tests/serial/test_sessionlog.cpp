@@ -1,4 +1,5 @@
 #include "sessionlog.h"
+#include "textcodec.h"
 #include "waitfor.h"
 
 #include <QDateTime>
@@ -155,7 +156,7 @@ private slots:
         SessionLog log;
         log.watch(&link, [] { return QString("COM3"); });
         link.receive("too early");
-        log.start(LogForm::Text, {path("board.log"), true}, 0, false);
+        log.start(LogForm::Text, {path("board.log"), true}, 1, false);
         link.setOpen(true);
         link.receive("one\ntw");
         link.send("cmd\n");
@@ -174,7 +175,7 @@ private slots:
         log.stop();
         link.receive("too late");
         WAIT_FOR(log.isFinished());
-        QString text = contentOf(path("board.log"));
+        QString text = TextCodec::decode(contentOf(path("board.log")), 1);
         text.replace(QRegularExpression("\\d{4}-[-0-9]+ [0-9:.]+ "), QString());
         QCOMPARE(text,
                  QString("# 已打开：COM3\nRX one\nRX tw\nTX cmd\n# 10.0.0.1:80 已连接\n# 10.0.0.1:81 已连接\n"

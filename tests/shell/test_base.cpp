@@ -385,6 +385,12 @@ private slots:
             box->hidePopup();
         }
         qApp->setStyleSheet({});
+        FormGroup *last = panel.addGroup("组播");
+        last->addWide(new QPushButton("按钮"));
+        last->setFoldable();
+        bar->setValue(0);
+        last->setChecked(true);
+        QTRY_VERIFY(bar->value() > 0); // comes into view
         panel.widget()->setMaximumHeight(50);
         QTRY_VERIFY(!bar->isEnabled()); // and so without a handle
     }

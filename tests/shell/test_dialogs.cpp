@@ -379,6 +379,7 @@ private slots:
         const QImage image = field.grab().toImage();
         QVERIFY(image.pixelColor(55, 26).saturation() < 90); // the mark around it
         seen = QStringList{image.pixelColor(0, 0).name(), image.pixelColor(90, 20).name()};
+        QVERIFY(repaints(&field, [&field] { field.setColor(100, 200); }));
         connect(&field, &HueSaturationField::changed, this,
                 [&](int hue, int saturation) { seen += QString("%1,%2").arg(hue).arg(saturation); });
         for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Up, Qt::Key_Down, Qt::Key_Right})
@@ -428,6 +429,11 @@ private slots:
             }
             next.accept();
         }
+        Settings::instance().sendFollowsSkin.set(true);
+        for (const auto area : {QtStyleDialog::SendArea, QtStyleDialog::ReceiveArea})
+            QCOMPARE(QtStyleDialog(area).findChild<QAbstractButton *>("checkFollowSkin")->isChecked(),
+                     area == QtStyleDialog::SendArea);
+        Settings::instance().sendFollowsSkin.set(false);
         QtStyleDialog following(QtStyleDialog::SendArea);
         following.findChild<QAbstractButton *>("checkFollowSkin")->click();
         QVERIFY(!following.findChild<QTabWidget *>()->isEnabled());

@@ -274,6 +274,20 @@ private slots:
         m_window->findChild<QPushButton *>("btnHelp")->click();
         action("关于Orvane科技")->trigger();
         QCOMPARE(m_opened.size(), 2);
+        QStringList titles;
+        QTimer closer;
+        connect(&closer, &QTimer::timeout, this, [&titles] {
+            if (auto *dialog = QApplication::activeModalWidget()) {
+                titles += dialog->windowTitle();
+                dialog->close();
+            }
+        });
+        closer.start(1);
+        for (const char *entry : {"接收区设置", "发送区设置"}) {
+            action(entry)->trigger();
+            QTRY_COMPARE(titles.value(titles.size() - 1), entry);
+        }
+        closer.stop();
         QVERIFY(m_opened.at(0) != m_opened.at(1));
         // The manual, where it is installed.
         QVERIFY(QDir(m_root->path()).mkpath("docs/manual"));

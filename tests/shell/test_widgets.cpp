@@ -10,6 +10,9 @@
 #include "korvexresources.h"
 #include "linkanswers.h"
 #include "mainwindow.h"
+#include "namedialog.h"
+#include "peersdialog.h"
+#include "peerstatistics.h"
 #include "qtmessagebox.h"
 #include "qtstyledialog.h"
 #include "qttabbar.h"
@@ -144,9 +147,11 @@ void describe(const QObject *object, int depth, QStringList *lines)
         lines->last() += " for " + label->buddy()->objectName();
     const QSizePolicy policy = widget->sizePolicy();
     if (policy.horizontalPolicy() == QSizePolicy::Ignored ||
-        policy.verticalPolicy() == QSizePolicy::Ignored || policy.retainSizeWhenHidden())
-        lines->last() += QString::asprintf(" policy %d,%d,%d", policy.horizontalPolicy(),
-                                           policy.verticalPolicy(), policy.retainSizeWhenHidden());
+        policy.verticalPolicy() == QSizePolicy::Ignored || policy.retainSizeWhenHidden() ||
+        policy.verticalStretch() > 0)
+        lines->last() +=
+            QString::asprintf(" policy %d,%d,%d,%d", policy.horizontalPolicy(), policy.verticalPolicy(),
+                              policy.verticalStretch(), policy.retainSizeWhenHidden());
     if (const auto *combo = qobject_cast<const QComboBox *>(object); combo && combo->completer())
         lines->last() += " completes";
     if (const auto *combo = qobject_cast<const QComboBox *>(object); combo && !isOfTheMachine(widget)) {
@@ -161,7 +166,7 @@ void describe(const QObject *object, int depth, QStringList *lines)
         for (int column = 0; column < table->model()->columnCount(); ++column)
             for (const int role :
                  {Qt::DisplayRole, Qt::CheckStateRole, Qt::ToolTipRole, Qt::AccessibleTextRole})
-                lines->last() += '|' + table->model()->index(row, column).data(role).toString();
+                lines->last() += '|' + valueOf(table->model()->index(row, column).data(role).toString());
     }
     if (isOfTheMachine(widget))
         return;
@@ -281,11 +286,17 @@ private slots:
         rules.findChild<QPushButton *>("btnCommonRules")->click();
         LinkAnswers links;
         AnswerDialog answers({}, &links);
+        PeerStatistics peers;
+        constexpr qint64 noonUs = 12 * 3600 * 1000000LL; // the same day everywhere
+        peers.received({0, QHostAddress("10.0.0.1"), 80}, "one", noonUs);
+        peers.sent({0, QHostAddress("10.0.0.1"), 80}, 7, noonUs);
+        PeersDialog statistics(&peers);
+        NameDialog naming("name", "of", 9);
         RegisterTableModel table;
         DataManagerWidget read(DataManagerWidget::Read, &table);
         DataManagerWidget write(DataManagerWidget::Write, &table);
         for (QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &noRules,
-                                                                &rules, &answers, &read, &write})
+                                                                &rules, &answers, &read, &write, &statistics, &naming})
             lines += described(*dialog);
         useOptions(*window);
         const QStringList after = described(*window);
