@@ -8,6 +8,7 @@
 #include "curvefeed.h"
 #include "curvepane.h"
 #include "curvesplit.h"
+#include "halograph.h"
 #include "korvexresources.h"
 #include "logcurvelist.h"
 #include "logplot.h"
@@ -218,9 +219,12 @@ private slots:
     void hasColorsForEverySkin()
     {
         open();
+        plot()->setStyleOf(0, Qt::white, true, "a");
         QSet<QRgb> colors;
         for (const QString &style : {QString("black"), QString("white"), QString("yellow")}) {
             plot()->setPlotStyle(style);
+            const auto *white = qobject_cast<HaloGraph *>(plot()->graph(0)); // of an earlier style
+            QCOMPARE(white->hasHalo(), style == "white");
             for (int curve = 0; curve < NumberLines::maxCurves; ++curve) {
                 colors += CurveColors::ofCurve(curve).rgb();
                 QVERIFY(Contrast::ratio(CurveColors::ofCurve(curve), plot()->ground()) >= 3);

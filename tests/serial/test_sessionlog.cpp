@@ -172,6 +172,7 @@ private slots:
         link.setOpen(false, "gone");
         link.setOpen(true);
         link.receive("o\n");
+        link.send("x");
         log.stop();
         link.receive("too late");
         WAIT_FOR(log.isFinished());
@@ -180,7 +181,7 @@ private slots:
         QCOMPARE(text,
                  QString("# 已打开：COM3\nRX one\nRX tw\nTX cmd\n# 10.0.0.1:80 已连接\n# 10.0.0.1:81 已连接\n"
                          "RX 10.0.0.1:81 hi\nTX 10.0.0.1:81 to\n# 10.0.0.1:81 已断开\n# 3 字节未能发出\n"
-                         "# 已断开：gone\n# 已打开：COM3\nRX o\n"));
+                         "# 已断开：gone\n# 已打开：COM3\nRX o\nTX x\n"));
         QCOMPARE(log.status().written, contentOf(path("board.log")).size());
     }
 
