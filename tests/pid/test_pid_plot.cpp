@@ -26,7 +26,7 @@ private slots:
     void showsWhatIsRecorded()
     {
         const QCPLayerable *hint = m_plot->item(1);
-        QVERIFY(hint->visible());
+        QVERIFY(hint->visible() && !m_plot->item(0)->visible()); // no cursor
         QVERIFY(qobject_cast<const QCPItemText *>(hint)->text().startsWith("打开串口"));
         QCOMPARE(m_plot->xAxis->label() + m_plot->yAxis->label(), QString("时间幅度值"));
         QCOMPARE(m_plot->yAxis2->range(), QCPRange(-700, 700));

@@ -341,6 +341,11 @@ private slots:
         click("radioRecvHex");
         choose("保存为方案…");
         QCOMPARE(lastNotice(), QStringLiteral("方案[电机/A&B]已保存"));
+        QStringList entries;
+        emit child<QPushButton>("btnProfiles")->menu()->aboutToShow();
+        for (const QAction *action : child<QPushButton>("btnProfiles")->menu()->actions())
+            entries += action->isSeparator() ? "-" : action->text() + (action->isChecked() ? " x" : "");
+        QCOMPARE(entries.join('|'), QStringLiteral("电机/A&&B x|-|保存为方案…|导入…|导出|删除"));
 
         child<QComboBox>("comboBaudRate")->setCurrentText("9600");
         child<QComboBox>("comboParity")->setCurrentIndex(0);

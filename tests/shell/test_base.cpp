@@ -388,6 +388,7 @@ private slots:
         FormGroup *last = panel.addGroup("组播");
         last->addWide(new QPushButton("按钮"));
         last->setFoldable();
+        QCoreApplication::processEvents();
         bar->setValue(0);
         last->setChecked(true);
         QTRY_VERIFY(bar->value() > 0); // comes into view
