@@ -348,6 +348,15 @@ private slots:
 
     void zooms()
     {
+        const auto size = [this] { return layout().cellWidth(); };
+        const int first = size();
+        QTest::keyClick(m_edit.get(), Qt::Key_Equal, Qt::ControlModifier);
+        const int larger = size();
+        for (int i = 0; i < 3; ++i)
+            QTest::keyClick(m_edit.get(), Qt::Key_Minus, Qt::ControlModifier);
+        QVERIFY(larger > first && size() < first);
+        QTest::keyClick(m_edit.get(), Qt::Key_0, Qt::ControlModifier);
+        QCOMPARE(size(), first);
         showData(QByteArray(1600, 'x'));
         const qreal usual = m_edit->font().pointSizeF();
         const auto turn = [this](int angle, Qt::KeyboardModifiers modifiers) {

@@ -1,5 +1,6 @@
 // The network page as a client and over UDP, with peers in processes of their own.
 
+#include "interfacebox.h"
 #include "networkpagetest.h"
 
 #include "qtmessagetip.h"
@@ -257,6 +258,14 @@ private slots:
             if (device.flags().testFlag(QNetworkInterface::IsLoopBack))
                 kept.multicastInterface = device.name();
         m_page->reloadSettings();
+        auto *interfaces = m_page->findChild<InterfaceBox *>();
+        const QString chosen = interfaces->currentText();
+        interfaces->showPopup();
+        QVERIFY(interfaces->view()->isVisible() && interfaces->itemText(0) == "自动" &&
+                interfaces->count() > 1);
+        QVERIFY(interfaces->currentText() == chosen && interfaces->findText(chosen) > 0);
+        QVERIFY(interfaces->view()->minimumWidth() > interfaces->fontMetrics().horizontalAdvance(chosen));
+        interfaces->hidePopup();
         for (const bool isGone : {false, true}) {
             if (isGone)
                 kept.multicastInterface = QStringLiteral("gone0");

@@ -8,10 +8,13 @@
 #include "qserialporcheck.h"
 #include "qtserialport.h"
 #include "quietreader.h"
+#include "readpause.h"
 #include "serialports.h"
 #include "serialreconnector.h"
 
+#include <QSerialPort>
 #include <QSet>
+#include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -93,6 +96,45 @@ class TestSerialLink : public QObject
     Q_OBJECT
 
 private slots:
+    // Less often while bytes flow in small pieces, and looks at their size now and then.
+    void pausesReading()
+    {
+        PtyPeer peer;
+        QSerialPort port(peer.device());
+        QVERIFY(port.open(QIODevice::ReadWrite));
+        QSocketNotifier *notifier = nullptr;
+        for (auto *one : port.findChildren<QSocketNotifier *>())
+            notifier = one->type() == QSocketNotifier::Read ? one : notifier;
+        ReadPause pause;
+        pause.setPort(&port);
+        qint64 us = 1000000;
+        const auto reads = [&](int count, qint64 bytes, qint64 afterUs) {
+            QString seen;
+            for (int i = 0; i < count; ++i) {
+                notifier->setEnabled(true);
+                pause.handleRead(bytes, us += afterUs);
+                seen += notifier->isEnabled() ? '-' : 'x';
+            }
+            return seen;
+        };
+        pause.setMaxMs(3);
+        QCOMPARE(reads(6, 512, 1000), QString("----xx"));
+        QTRY_VERIFY(notifier->isEnabled());
+        pause.end();
+        QCOMPARE(reads(40, 512, 1000), QString("---" + QString(32, 'x') + "-xxxx"));
+        pause.end();
+        QVERIFY(notifier->isEnabled());
+        QCOMPARE(reads(5, 4000, 1000), QString("-----")); // large pieces
+        pause.end();
+        QCOMPARE(reads(5, 512, 2000), QString("---xx"));
+        pause.end();
+        QCOMPARE(reads(5, 512, 2001), QString("-----")); // slow
+        pause.setPort(&port);
+        QCOMPARE(reads(5, 2047, 1000), QString("---xx"));
+        pause.setPort(&port);
+        QCOMPARE(reads(5, 2048, 1000), QString("-----"));
+    }
+
     void init()
     {
         qRegisterMetaType<Link::State>();
