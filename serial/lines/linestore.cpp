@@ -170,8 +170,10 @@ LineStore::Extract LineStore::extractBefore(qint64 line, int maxLines, qint64 ma
 
 QString LineStore::tail(int maxCharacters, int maxLines) const
 {
+    // A block may begin with a line that has lost all of its text.
+    const qint64 last = qMax<qint64>(0, size() - 1);
     const qint64 first =
-        qMax(firstWithin(m_size, qint64(maxCharacters) * 4), qMax<qint64>(0, m_size + 1 - maxLines));
+        qMax(firstWithin(last, qint64(maxCharacters) * 4), qMax<qint64>(0, m_size + 1 - maxLines));
     return extract(first, maxLines, std::numeric_limits<qint64>::max()).text.right(maxCharacters);
 }
 

@@ -91,6 +91,9 @@ private slots:
         QCOMPARE(store.size(), qint64(0));
         store.append("c\n", 20);
         QCOMPARE(store.lines(0, 1).at(0).arrivalMs, qint64(10));
+        store.append(QString(70000, 'y') + "\nz", 30);
+        store.chop("z");
+        QCOMPARE(store.tail(3, 9), QString("yy\n"));
         LineStyles styles(folder.path());
         QMap<qint64, LineStyles::Runs> expected;
         const auto areAlike = [](const LineStyles::Runs &a, const LineStyles::Runs &b) {
