@@ -77,7 +77,9 @@ private slots:
     // Over many pieces, lines longer than one, while lines grow and shrink.
     void followsWhatIsChopped()
     {
-        QVector<LineMatcher> matchers{LineMatcher({"aB温"}), LineMatcher({"a+b?", false, false, true})};
+        const QStringList texts{"a", "aB", "BA", "温", "度a", "é", "É温", "b.a", "aba"};
+        const QStringList parts{"\n", "ab温", "aB.a ", "éÉ温 ", "度aba", " BA\n", "b.a"};
+        QVector<LineMatcher> matchers(2, LineMatcher({"a+b?", false, false, true}));
         QVector<LineSearch> searches(2, LineSearch(*m_store));
         QString all;
         quint32 seed = 11;
@@ -86,8 +88,10 @@ private slots:
             return int((seed >> 8) % quint32(end));
         };
         for (int i = 0; i < 160; ++i) {
-            if (i % 40 == 0) {
-                std::reverse(matchers.begin(), matchers.end());
+            if (i % 8 == 0) {
+                matchers[0] =
+                    LineMatcher({texts.at(random(texts.size())), random(2) == 0, random(2) == 0, false});
+                matchers[1] = LineMatcher({"a+b?", random(2) == 0, false, true});
                 for (int k = 0; k < 2; ++k)
                     searches[k].start(matchers.at(k));
             }
@@ -95,11 +99,11 @@ private slots:
                 all.clear();
                 m_store->clear();
             }
-            QString text = QString(random(8) == 0 ? 250 * 1000 : random(30), random(2) == 0 ? 'x' : u'度');
+            QString text = QString(random(16) == 0 ? 250 * 1000 : random(30), random(2) == 0 ? 'x' : u'度');
             if (random(9) == 0)
                 text = QString("x\n").repeated(250);
-            for (int part = random(6); part > 0; --part)
-                text.insert(random(text.size() + 1), random(4) == 0 ? "\n" : "ab温");
+            for (int count = random(9); count > 0; --count)
+                text.insert(random(text.size() + 1), parts.at(random(parts.size())));
             all += text;
             m_store->append(text, 0);
             if (random(2) == 0) {
@@ -111,7 +115,7 @@ private slots:
             for (LineSearch &search : searches)
                 for (int steps = random(5); steps > 0; --steps)
                     search.step();
-            if (i % 20 == 19)
+            if (i % 8 == 7)
                 compareWithEachLine(matchers, searches, all);
             if (QTest::currentTestFailed())
                 return;
@@ -144,52 +148,6 @@ private slots:
         // The step limit of one place is never reached.
         QCOMPARE(find("z(\\w|-)*[!?]", QString(40000, 'z')), QString("too slow"));
         QCOMPARE(find(".", QString(250000, 'z')).count('+'), 250000);
-    }
-
-    // What is found in bytes is what is found in each line, step by step as lines are added.
-    void agreesWithEachLine_data()
-    {
-        QTest::addColumn<LineMatcher::Pattern>("pattern");
-        for (const char *text : {"a", "aB", "BA", "温", "度a", "é", "É温", "b.a", "aba"})
-            for (const bool caseSensitive : {false, true})
-                for (const bool wholeWord : {false, true})
-                    QTest::addRow("%s %d %d", text, caseSensitive, wholeWord)
-                        << LineMatcher::Pattern{QString::fromUtf8(text), caseSensitive, wholeWord, false};
-    }
-
-    void agreesWithEachLine()
-    {
-        QFETCH(LineMatcher::Pattern, pattern);
-        const QString units = QStringLiteral("aAbB.温度éÉ \n\n");
-        const LineMatcher matcher(pattern);
-        LineSearch search(*m_store);
-        search.start(matcher);
-        QString all;
-        quint32 seed = 5;
-        for (int i = 0; i < 5000; ++i) {
-            seed = seed * 1664525U + 1013904223U;
-            const QChar unit = units.at(int((seed >> 16) % quint32(units.size())));
-            all += unit;
-            m_store->append(unit, 0);
-            if (seed % 11 == 0)
-                while (search.step()) {
-                }
-        }
-        while (search.step()) {
-        }
-        qint64 count = 0;
-        const QStringList lines = all.split('\n');
-        for (int line = 0; line < lines.size(); ++line) {
-            QVector<LineMatcher::Range> found;
-            matcher.find(lines.at(line), &found);
-            QCOMPARE(search.lines().contains(line), !found.isEmpty());
-            for (const LineMatcher::Range &range : qAsConst(found)) {
-                const LineSearch::Match match = search.at(count++).value_or(LineSearch::Match());
-                QCOMPARE(match.place.line, qint64(line));
-                QCOMPARE(match.place.column, range.begin);
-            }
-        }
-        QCOMPARE(search.count(), count);
     }
 
 private:

@@ -196,18 +196,6 @@ private slots:
             QVERIFY2(colors.color(QPalette::PlaceholderText).alpha() < 200, name);
         }
         qApp->setStyleSheet(QString());
-        const QStringList places =
-            QString("comboPort comboSendPage checkNewline radioSendText radioSendHex checkAutoSend "
-                    "editAutoInterval btnFold recvBrowser textEditSend btnSingleSend")
-                .split(' ');
-        QStringList order;
-        QWidget *widget = child<QComboBox>("comboPort");
-        do {
-            if (places.contains(widget->objectName()))
-                order.append(widget->objectName());
-            widget = widget->nextInFocusChain();
-        } while (widget != child<QComboBox>("comboPort"));
-        QCOMPARE(order, places);
     }
 
     void aNewListClosesThePort()
