@@ -41,6 +41,7 @@ private slots:
             {"4", "@123", 0}, // half a byte
             {"41 5 Backspace 42", "AB23", 2},
             {"Ins 41 5 Backspace", "A0123", 1},
+            {"Ins 4", "@0123", 0},
             {"Ins 4142", "AB0123", 2},
             {"Ctrl+End 4142", "0123AB", 6},
             {"ghz", "0123", 0},

@@ -170,6 +170,13 @@ private slots:
         QVERIFY(colorOf(0) == CurveColors::ofCurve(0).rgb() && colorOf(1) == CurveColors::ofCurve(1).rgb());
         QVERIFY(plot()->graph(1)->pen().color() == CurveColors::ofCurve(1) &&
                 plot()->graph(1)->name() == "b");
+        QTimer::singleShot(0, this, [] {
+            for (const auto key : {Qt::Key_Up, Qt::Key_Return})
+                QTest::keyClick(QApplication::activePopupWidget(), key);
+        });
+        swatches.at(0)->click();
+        const QRgb chosen = plot()->graph(0)->pen().color().rgb();
+        QVERIFY(chosen != CurveColors::ofCurve(0).rgb() && colorOf(0) == chosen);
         Settings::instance().view.curveForm.set(4);
         const auto saysFor = [&](const QString &expression, const QString &text) {
             Settings::instance().view.curveExpression.set(expression);
