@@ -86,7 +86,7 @@ private slots:
                          "  --log FILE        会话日志写入该文件，已有内容保留\n"
                          "  --demo            使用模拟开发板（COM3至COM8和网络）\n"
                          "  --notice TEXT     启动后显示的错误提示\n|"));
-        QCOMPARE(answer({"--open", "--baud"}), QString("2||选项缺少值：--baud\n用 --help 查看帮助\n"));
+        QCOMPARE(answer({"--baud"}), QString("2||选项缺少值：--baud\n用 --help 查看帮助\n"));
         QCOMPARE(answer({"--open", "--profile=?"}), QString("2||没有这个方案：?\n用 --help 查看帮助\n"));
     }
 };
