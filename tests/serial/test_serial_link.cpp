@@ -96,6 +96,19 @@ class TestSerialLink : public QObject
     Q_OBJECT
 
 private slots:
+    // By a pseudo-terminal.
+    void saysWhatIsRefused()
+    {
+        PtyPeer peer;
+        SerialLink link;
+        SerialSettings settings;
+        settings.name = peer.device();
+        settings.parity = QSerialPort::EvenParity;
+        settings.stopBits = QSerialPort::OneAndHalfStop;
+        QVERIFY(link.open(settings, SerialLink::Refusal::KeepsOpen));
+        QCOMPARE(link.refusedParameters().join('|'), QString("停止位 1.5|偶校验"));
+    }
+
     // Less often while bytes flow in small pieces, and looks at their size now and then.
     void pausesReading()
     {

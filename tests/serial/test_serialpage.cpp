@@ -362,14 +362,14 @@ private slots:
         // Handed on as a file, changed by hand, and back.
         const QString file = m_root->filePath("motor.ini");
         chooseFile(file);
-        emit child<QPushButton>("btnProfiles")->menu()->aboutToShow();
-        child<QPushButton>("btnProfiles")
-            ->menu()
-            ->findChildren<QMenu *>()
-            .first()
-            ->actions()
-            .first()
-            ->trigger();
+        const auto chooseFirst = [this](int submenu) {
+            emit child<QPushButton>("btnProfiles")->menu()->aboutToShow();
+            const auto menus = child<QPushButton>("btnProfiles")->menu()->findChildren<QMenu *>();
+            menus.at(submenu)->actions().first()->trigger();
+            emit child<QPushButton>("btnProfiles")->menu()->aboutToShow();
+            return child<QPushButton>("btnProfiles")->menu()->actions().first()->text();
+        };
+        chooseFirst(0);
         Questions questions(1);
         choose("导入…");
         QCOMPARE(questions.asked, QStringList(QStringLiteral("方案“电机/A&B”已存在，是否覆盖？")));
@@ -386,6 +386,10 @@ private slots:
         openPort();
         choose("电机/A&&B");
         QCOMPARE(lastError(), QStringLiteral("方案[电机/A&B]未选用：请先关闭串口"));
+        for (const int answer : {2, 1}) {
+            Questions removing(answer);
+            QCOMPARE(chooseFirst(1), QString(answer == 2 ? "电机/A&&B" : "保存为方案…"));
+        }
         DialogAnswers::instance().name = nullptr;
     }
 
