@@ -1,6 +1,7 @@
 // What a line is for "expect" and for "monitor".
 
 #include "expectedline.h"
+#include "linetest.h"
 #include "monitortext.h"
 
 #include <QElapsedTimer>
@@ -24,6 +25,14 @@ class TestCliLines : public QObject
     Q_OBJECT
 
 private slots:
+    void countsWhatIsTooHard()
+    {
+        LineTest test(expression("(a+)+$x"));
+        for (const char *end : {"b", "bx"})
+            QVERIFY(!test.matches(QString(60, 'a') + end));
+        QCOMPARE(test.unjudgedLines(), 1);
+    }
+
     void findsALine_data()
     {
         QTest::addColumn<QByteArray>("pattern");

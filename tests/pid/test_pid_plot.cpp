@@ -30,6 +30,7 @@ private slots:
         QVERIFY(qobject_cast<const QCPItemText *>(hint)->text().startsWith("打开串口"));
         QCOMPARE(m_plot->xAxis->label() + m_plot->yAxis->label(), QString("时间幅度值"));
         QCOMPARE(m_plot->yAxis2->range(), QCPRange(-700, 700));
+        QVERIFY(m_plot->yAxis2->visible());
         QVERIFY(m_plot->xAxis->ticker()->tickCount() == 5 && m_plot->yAxis2->ticker()->tickCount() == 15);
         for (int i = 0; i <= 30; ++i) {
             add(1, i, i, -i);
