@@ -258,6 +258,8 @@ QLayout *WorkArea::buildTop()
     m_fold->setObjectName(QStringLiteral("btnFold"));
     m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
     m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
+    for (QLabel *label : {m_sendLabel, m_recvLabel, m_waiting})
+        label->setMinimumWidth(1); // they are cut before a button is
     m_gathering->setObjectName(QStringLiteral("labelGathering"));
     m_gathering->setProperty("kind", QStringLiteral("hint"));
     m_gathering->setToolTip(QStringLiteral("线路空闲达到“断帧间隔”后，这些数据才计数和显示"));
