@@ -1,5 +1,5 @@
 // Automatic answers on log lines: processor time for each megabyte with so many rules
-// of a kind, and how long one piece takes at most.
+// of a kind, and the longest time for one piece.
 //   answersbench [MEGABYTES [RULES]]
 
 #include "answermatcher.h"
@@ -45,8 +45,8 @@ void match(const Kind &kind, int count, int codec, const QByteArray &log)
         worst = qMax(worst, double(piece.nsecsElapsed()) / 1e6);
     }
     const double spentMs = double(std::clock() - begin) * 1000 / CLOCKS_PER_SEC;
-    std::printf("%2d rules, %-28s %-8s %7.1f ms for a megabyte, %8lld hits, %.1f ms for a piece at most%s\n",
-                count, kind.name, TextCodec::name(codec).constData(), spentMs * 1e6 / log.size(),
+    std::printf("%2d rules, %-28s %-8s %7.1f ms for a megabyte, %8lld hits, longest piece %.1f ms%s\n", count,
+                kind.name, TextCodec::name(codec).constData(), spentMs * 1e6 / log.size(),
                 static_cast<long long>(hits), worst, matcher.popGivenUp().isEmpty() ? "" : ", given up");
 }
 

@@ -1,9 +1,8 @@
 #pragma once
 
 // Answers what the links of a page receive, by rules, while it is on: each source, a
-// server's client or the sender of a datagram, by itself. Matching never takes longer
-// than a few milliseconds in one turn of the event loop, and answers leave in a turn of
-// their own.
+// server's client or the sender of a datagram, by itself. Matching has a few
+// milliseconds in one turn of the event loop, and answers leave in a turn of their own.
 
 #include "answermatcher.h"
 #include "answerpacer.h"

@@ -41,7 +41,7 @@ public:
     Hits add(quint64 source, const QByteArray &piece);
     // The source is quiet.
     Hits endBurst(quint64 source);
-    // The message of the source is complete: what follows begins anew.
+    // The message of the source is complete: what follows is one of its own.
     Hits endMessage(quint64 source);
     // Whether endBurst() may find something.
     bool isWaiting(quint64 source) const;

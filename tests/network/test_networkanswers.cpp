@@ -156,7 +156,7 @@ private slots:
         QVERIFY(answers()->counts().dropped >= 100 - 6);
     }
 
-    // The window's thread never has more than a slice of work, nor more than a limit of it.
+    // A hard expression is switched off; the others answer what stands behind the flood.
     void survivesAFlood()
     {
         AnswerRules rules{rule("(a+)+b", "x"), rule("end$", "done")};
