@@ -62,7 +62,8 @@ QByteArray PtyPeer::read(int count, int timeoutMs)
     (void)QTest::qWaitFor(
         [&] {
             char bytes[4096];
-            for (ssize_t got = 1; got > 0;) {
+            // Not without end: a fast writer may keep up.
+            for (ssize_t got = 1; got > 0 && (count == 0 || m_received.size() < count);) {
                 got = ::read(m_master, bytes, sizeof bytes);
                 if (got > 0)
                     m_received.append(bytes, static_cast<int>(got));
