@@ -295,8 +295,9 @@ private slots:
         RegisterTableModel table;
         DataManagerWidget read(DataManagerWidget::Read, &table);
         DataManagerWidget write(DataManagerWidget::Write, &table);
-        for (QWidget *dialog : std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &noRules,
-                                                                &rules, &answers, &read, &write, &statistics, &naming})
+        for (QWidget *dialog :
+             std::initializer_list<QWidget *>{&style, &box, &wait, &update, &log, &noRules, &rules, &answers,
+                                              &read, &write, &statistics, &naming})
             lines += described(*dialog);
         useOptions(*window);
         const QStringList after = described(*window);

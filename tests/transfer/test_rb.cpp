@@ -1,10 +1,9 @@
 // A batch received by rb of lrzsz: another program's idea of the protocol.
 
-#include "ptypeer.h"
+#include "peerline.h"
 #include "testfiles.h"
 #include "ymodemfiletransmit.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTextCodec>
 #include <QtTest>
@@ -40,26 +39,8 @@ private slots:
             QVERIFY(writeFile(names.last(), patternBytes(file.second)));
         }
 
-        PtyPeer line;
-        PtyPeer terminal;
-        QProcess rb;
-        rb.setWorkingDirectory(to.path());
-        // The shell opens it, or it would become the terminal of a test that leads a session.
-        rb.start("sh", {"-c", "exec rb --binary <\"$1\"", "sh", terminal.device()});
-        QVERIFY(rb.waitForStarted());
-        // Joins the line that the program opens to the terminal that rb reads. What rb says
-        // comes through a pipe: on the terminal its last word would be lost when it ends.
-        QTimer cable;
-        bool busy = false;
-        connect(&cable, &QTimer::timeout, this, [&] {
-            if (std::exchange(busy, true))
-                return; // writing runs the event loop
-            terminal.write(line.read(0));
-            line.write(rb.readAllStandardOutput());
-            busy = false;
-        });
-        cable.start(1);
-
+        PeerLine line;
+        QVERIFY(line.start(to.path(), "rb --binary"));
         YmodemFileTransmit transmit;
         transmit.setFileList(names);
         transmit.setPortName(line.device());
@@ -67,18 +48,9 @@ private slots:
         transmit.setProtocol(YmodemFileTransmit::Protocol::Ymodem, packet);
         transmit.setQuick(quick);
         QVERIFY(transmit.startTransmit());
-        // An event loop of its own: the waits of the test library sleep in between.
-        QEventLoop loop;
-        connect(&transmit, &YmodemFileTransmit::transmitStatus, &loop, [&] {
-            if (!transmit.isBusy())
-                loop.quit();
-        });
-        QTimer::singleShot(110000, &loop, &QEventLoop::quit);
-        loop.exec();
-        QVERIFY(!transmit.isBusy());
+        QVERIFY(PeerLine::waitUntil([&] { return !transmit.isBusy(); }));
         QVERIFY2(transmit.reason().isEmpty(), qPrintable(transmit.log().text().right(2000)));
-        QTRY_COMPARE_WITH_TIMEOUT(rb.state(), QProcess::NotRunning, 20000);
-        QCOMPARE(rb.exitCode(), 0);
+        QVERIFY(line.waitForPeer());
 
         QTextCodec *codec = QTextCodec::codecForName("GB18030");
         for (const auto &file : files) {
