@@ -485,10 +485,14 @@ void SerialportWidget::endTransfer()
     const bool isOpen = m_port->isOpen();
     m_answers->answers()->setPaused(false);
     m_reconnector->setHeld(false);
+    if (m_port->state() == Link::State::Opening && !m_quitting) { // again, which takes its time
+        m_openedEntry = m_port->settings().name;
+        return showOpening();
+    }
     setPortState(isOpen);
     if (std::exchange(m_quitting, false)) {
         m_reconnector->cancel();
-        if (isOpen)
+        if (isOpen || m_port->state() == Link::State::Opening)
             m_port->close();
         else
             emit signalClosed();

@@ -1,5 +1,6 @@
 #include "answertext.h"
 
+#include "escapes.h"
 #include "hextext.h"
 #include "textcodec.h"
 
@@ -30,35 +31,6 @@ void addGroup(QVector<AnswerText::Part> *parts, QChar digit)
     parts->append({{}, digit.digitValue()});
 }
 
-// The byte of the escape behind the backslash at the place, which moves to its end; -1
-// where there is none.
-int escapedByte(const QString &text, int *at)
-{
-    const ushort letter = *at + 1 < text.size() ? text.at(*at + 1).unicode() : 0;
-    const bool isHex = letter == 'x' && *at + 3 < text.size() && HexText::isDigit(text.at(*at + 2)) &&
-                       HexText::isDigit(text.at(*at + 3));
-    if (isHex) {
-        const int byte = digitValue(text.at(*at + 2)) * 16 + digitValue(text.at(*at + 3));
-        *at += 3;
-        return byte;
-    }
-    ++*at;
-    switch (letter) {
-    case 'r':
-        return '\r';
-    case 'n':
-        return '\n';
-    case 't':
-        return '\t';
-    case '0':
-        return 0;
-    case '\\':
-        return '\\';
-    default:
-        return -1;
-    }
-}
-
 } // namespace
 
 QVector<AnswerText::Part> AnswerText::textParts(const QString &text, int codecIndex, bool hasGroups,
@@ -74,7 +46,7 @@ QVector<AnswerText::Part> AnswerText::textParts(const QString &text, int codecIn
         const QChar character = text.at(i);
         if (character == QLatin1Char('\\')) {
             const int begin = i;
-            const int byte = escapedByte(text, &i);
+            const int byte = Escapes::byteAt(text, &i);
             if (byte < 0) {
                 *fault = QStringLiteral("第%1个字符处：“\\”后应为 r、n、t、0、xHH 或 \\").arg(begin + 1);
                 return {};

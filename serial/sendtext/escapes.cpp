@@ -26,25 +26,33 @@ int simpleByte(QChar character)
 
 } // namespace
 
+int Escapes::byteAt(const QString &text, int *at)
+{
+    const int begin = (*at)++;
+    const QChar kind = text.size() > *at ? text.at(*at) : QChar();
+    if (kind != QLatin1Char('x'))
+        return simpleByte(kind);
+    if (text.size() <= begin + 3 || !HexText::isDigit(text.at(begin + 2)) ||
+        !HexText::isDigit(text.at(begin + 3)))
+        return -1;
+    *at = begin + 3;
+    return text.midRef(begin + 2, 2).toInt(nullptr, 16);
+}
+
 QByteArray Escapes::encode(const QString &text, int codecIndex, QString *wrong)
 {
     QByteArray bytes;
     int start = 0; // of the text that has not been encoded yet
     for (int at = text.indexOf(QLatin1Char('\\')); at >= 0; at = text.indexOf(QLatin1Char('\\'), start)) {
         bytes += TextCodec::encode(text.mid(start, at - start), codecIndex);
-        const QChar kind = text.size() > at + 1 ? text.at(at + 1) : QChar();
-        const int byte = simpleByte(kind);
-        if (byte >= 0) {
-            bytes += static_cast<char>(byte);
-            start = at + 2;
-        } else if (kind == QLatin1Char('x') && text.size() > at + 3 && HexText::isDigit(text.at(at + 2)) &&
-                   HexText::isDigit(text.at(at + 3))) {
-            bytes += static_cast<char>(text.midRef(at + 2, 2).toInt(nullptr, 16));
-            start = at + 4;
-        } else {
-            *wrong = text.mid(at, kind == QLatin1Char('x') ? 4 : 2);
+        int last = at;
+        const int byte = byteAt(text, &last);
+        if (byte < 0) {
+            *wrong = text.mid(at, text.mid(at + 1, 1) == QLatin1String("x") ? 4 : 2);
             return {};
         }
+        bytes += static_cast<char>(byte);
+        start = last + 1;
     }
     return bytes + TextCodec::encode(text.mid(start), codecIndex);
 }

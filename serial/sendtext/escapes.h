@@ -9,6 +9,10 @@
 
 namespace Escapes {
 
+// The byte of the escape whose backslash is at the place, which moves to its last
+// character; -1 where there is none.
+int byteAt(const QString &text, int *at);
+
 // codecIndex: of TextCodec. An escape that is none of these is reported in wrong, and
 // nothing is returned.
 QByteArray encode(const QString &text, int codecIndex, QString *wrong);
