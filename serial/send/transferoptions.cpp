@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QVBoxLayout>
 
 namespace {
 
@@ -70,27 +71,32 @@ void TransferOptions::buildUi()
     m_max->setToolTip(QStringLiteral("一次接收的总大小，超过时拒绝"));
     m_max->setAccessibleName(QStringLiteral("接收上限"));
 
-    // The folder has the rest of the row.
+    // The folder has the rest of its row.
     const std::pair<QSpinBox *, QString> widest[] = {{m_count, QStringLiteral("65536")},
                                                      {m_ms, QStringLiteral("10000 ms")},
                                                      {m_max, QStringLiteral("100000 MB")}};
     for (const auto &[box, text] : widest)
         box->setMaximumWidth(box->fontMetrics().horizontalAdvance(text) + kAroundText);
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(4);
-    row->addWidget(m_quick);
-    row->addSpacing(4);
-    row->addWidget(m_raw);
-    row->addWidget(m_count);
-    row->addWidget(m_unit);
-    row->addWidget(m_ms);
-    row->addSpacing(4);
-    row->addWidget(new QLabel(QStringLiteral("接收到"), this));
-    row->addWidget(m_folder, 1);
-    row->addWidget(m_choose);
-    row->addWidget(new QLabel(QStringLiteral("上限"), this));
-    row->addWidget(m_max);
+    auto *sending = new QHBoxLayout;
+    sending->setSpacing(4);
+    sending->addWidget(m_quick);
+    sending->addSpacing(4);
+    for (QWidget *field : {static_cast<QWidget *>(m_raw), static_cast<QWidget *>(m_count),
+                           static_cast<QWidget *>(m_unit), static_cast<QWidget *>(m_ms)})
+        sending->addWidget(field);
+    sending->addStretch();
+    auto *receiving = new QHBoxLayout;
+    receiving->setSpacing(4);
+    receiving->addWidget(new QLabel(QStringLiteral("接收到"), this));
+    receiving->addWidget(m_folder, 1);
+    receiving->addWidget(m_choose);
+    receiving->addWidget(new QLabel(QStringLiteral("上限"), this));
+    receiving->addWidget(m_max);
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addLayout(sending);
+    column->addLayout(receiving);
 }
 
 void TransferOptions::remember()

@@ -36,8 +36,10 @@ WorkArea::WorkArea(QtSendBoxWidget::Owner owner, const QString &stem, const QStr
     , m_state(new StateIndicator(this))
     , m_waiting(new QLabel(this))
     , m_gathering(new QLabel(this))
-    , m_sendLabel(new QLabel(this))
-    , m_recvLabel(new QLabel(this))
+    , m_counts(new QWidget(this))
+    , m_sendLabel(new QLabel(m_counts))
+    , m_recvLabel(new QLabel(m_counts))
+    , m_top(new QHBoxLayout)
     , m_tools(new QHBoxLayout)
     , m_findButton(new QPushButton(QStringLiteral("查找"), this))
     , m_stopped(new QPushButton(QStringLiteral("已停止显示"), this))
@@ -258,8 +260,7 @@ QLayout *WorkArea::buildTop()
     m_fold->setObjectName(QStringLiteral("btnFold"));
     m_recvLabel->setObjectName(QStringLiteral("labelRecvCount"));
     m_sendLabel->setObjectName(QStringLiteral("labelSendCount"));
-    for (QLabel *label : {m_sendLabel, m_recvLabel, m_waiting})
-        label->setMinimumWidth(1); // they are cut before a button is
+    m_waiting->setMinimumWidth(1); // is cut before a button is
     m_gathering->setObjectName(QStringLiteral("labelGathering"));
     m_gathering->setProperty("kind", QStringLiteral("hint"));
     m_gathering->setToolTip(QStringLiteral("线路空闲达到“断帧间隔”后，这些数据才计数和显示"));
@@ -267,24 +268,24 @@ QLayout *WorkArea::buildTop()
     m_waiting->setObjectName(QStringLiteral("labelWaiting"));
     m_waiting->setProperty("kind", QStringLiteral("error"));
     m_waiting->hide();
-    auto *top = new QHBoxLayout;
-    top->setSpacing(8);
-    top->addWidget(m_fold);
-    top->addWidget(m_findButton);
-    top->addWidget(m_view);
+    auto *counts = new QHBoxLayout(m_counts);
+    counts->setContentsMargins(8, 0, 8, 0);
+    counts->setSpacing(16);
+    counts->addWidget(m_sendLabel);
+    counts->addWidget(m_recvLabel);
+    m_top->setSpacing(8);
+    m_top->addWidget(m_fold);
+    m_top->addWidget(m_findButton);
+    m_top->addWidget(m_view);
     m_tools->setSpacing(8);
-    top->addLayout(m_tools);
-    top->addWidget(m_stopped);
-    top->addStretch();
-    top->addWidget(m_waiting);
-    top->addWidget(m_gathering);
-    top->addSpacing(8);
-    top->addWidget(m_sendLabel);
-    top->addSpacing(8);
-    top->addWidget(m_recvLabel);
-    top->addSpacing(8);
-    top->addWidget(m_state);
-    return top;
+    m_top->addLayout(m_tools);
+    m_top->addWidget(m_stopped);
+    m_top->addStretch();
+    m_top->addWidget(m_waiting);
+    m_top->addWidget(m_gathering);
+    m_top->addWidget(m_counts);
+    m_top->addWidget(m_state);
+    return m_top;
 }
 
 void WorkArea::placeBeside(FormPanel *panel, QWidget *lastField)
@@ -349,9 +350,21 @@ void WorkArea::showWaiting(const QString &text)
 {
     m_waiting->setText(text);
     m_waiting->setVisible(!text.isEmpty());
-    // They are in the status bar as well; the row has no room for all three.
-    m_sendLabel->setVisible(text.isEmpty());
-    m_recvLabel->setVisible(text.isEmpty());
+    fitCounts();
+}
+
+void WorkArea::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitCounts();
+}
+
+// The status bar has them as well.
+void WorkArea::fitCounts()
+{
+    m_counts->hide();
+    const int room = width() - m_top->sizeHint().width() - m_top->spacing();
+    m_counts->setVisible(m_waiting->isHidden() && room >= m_counts->sizeHint().width());
 }
 
 void WorkArea::showGathering(qint64 bytes)

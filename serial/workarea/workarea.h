@@ -95,6 +95,7 @@ signals:
 
 protected:
     void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     // Flushes what was received and emits countsDue().
@@ -102,6 +103,7 @@ private:
     void showAgain();
     void handleCodec();
     QLayout *buildTop();
+    void fitCounts();
     QWidget *buildDisplay();
     void addShortcut(const QKeySequence &key, const std::function<void()> &action);
     void buildUi();
@@ -120,8 +122,10 @@ private:
     StateIndicator *m_state;
     QLabel *m_waiting;
     QLabel *m_gathering;
+    QWidget *m_counts; // hidden where the row has no room for them
     QLabel *m_sendLabel;
     QLabel *m_recvLabel;
+    QHBoxLayout *m_top;
     QHBoxLayout *m_tools;
     QVBoxLayout *m_bars = nullptr;
     QPushButton *m_findButton;
