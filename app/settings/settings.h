@@ -108,7 +108,7 @@ public:
         Setting<bool> isAfterLineEnd{this, "AfterLineEnd", false};
         Setting<bool> enterSends{this, "EnterSends", false};
         Setting<QString> commandSet{this, "CommandSet", QString()}; // of the page of commands
-        Setting<int> rounds{this, "Rounds", 1, notWritten, {0, 1000000}}; // of a sequence; 0: until stopped
+        Setting<int> rounds{this, "Rounds", 1, notWritten, {0, 99999}}; // of a sequence; 0: until stopped
         Setting<bool> resumesSequence{this, "ResumeSequence", false}; // when the device is back
     };
     SendChoices serialSend{&m_table, "SerialSend"};

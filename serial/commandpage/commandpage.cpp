@@ -11,8 +11,8 @@
 #include "qtmessagetip.h"
 #include "safefile.h"
 
+#include <QAction>
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -48,7 +48,7 @@ CommandPage::CommandPage(QWidget *parent)
     , m_add(new QPushButton(QStringLiteral("添加"), this))
     , m_remove(new QPushButton(QStringLiteral("删除"), this))
     , m_rounds(new QSpinBox(this))
-    , m_resumes(new QCheckBox(QStringLiteral("重连后继续"), this))
+    , m_resumes(new QAction(QStringLiteral("断线重连后继续序列"), this))
     , m_run(new QPushButton(QStringLiteral("运行序列"), this))
     , m_progress(new QLabel(this))
     , m_table(new QTableView(this))
@@ -112,14 +112,14 @@ QLayout *CommandPage::buildTop()
     m_add->setObjectName(QStringLiteral("btnAddCommand"));
     m_remove->setObjectName(QStringLiteral("btnRemoveCommand"));
     m_rounds->setObjectName(QStringLiteral("spinCommandRounds"));
-    m_rounds->setRange(0, 1000000);
+    m_rounds->setRange(0, 99999);
     m_rounds->setValue(1);
     m_rounds->setSuffix(QStringLiteral(" 次"));
     m_rounds->setSpecialValueText(QStringLiteral("循环"));
     m_rounds->setToolTip(QStringLiteral("整个序列运行几次；0：直到停止"));
     m_rounds->setAccessibleName(QStringLiteral("运行次数"));
-    m_resumes->setObjectName(QStringLiteral("checkCommandResumes"));
-    m_resumes->setToolTip(QStringLiteral("连接断开时暂停序列，重新连接后从当前命令继续；不勾选则停止"));
+    m_resumes->setObjectName(QStringLiteral("actionResumeCommands"));
+    m_resumes->setCheckable(true);
     m_run->setObjectName(QStringLiteral("btnRunCommands"));
     m_run->setToolTip(QStringLiteral("按顺序发送勾选的命令"));
     m_progress->setObjectName(QStringLiteral("labelCommandProgress"));
@@ -130,7 +130,7 @@ QLayout *CommandPage::buildTop()
     row->addWidget(m_sets);
     for (QWidget *part :
          {static_cast<QWidget *>(m_menu), static_cast<QWidget *>(m_add), static_cast<QWidget *>(m_remove),
-          static_cast<QWidget *>(m_rounds), static_cast<QWidget *>(m_resumes), static_cast<QWidget *>(m_run)})
+          static_cast<QWidget *>(m_rounds), static_cast<QWidget *>(m_run)})
         row->addWidget(part);
     row->addWidget(m_progress, 1);
     return row;
@@ -183,6 +183,7 @@ void CommandPage::fillMenu(QMenu *menu)
     menu->addAction(QStringLiteral("全部勾选"), this, [this] { m_model->tickAll(true); });
     menu->addAction(QStringLiteral("全部不勾选"), this, [this] { m_model->tickAll(false); });
     menu->addSeparator();
+    menu->addAction(m_resumes);
     menu->addAction(QStringLiteral("保存序列报告…"), this, &CommandPage::saveReport)
         ->setEnabled(!m_runner.sequence().report().empty());
 }
@@ -193,7 +194,7 @@ void CommandPage::remember(Settings::SendChoices *choices)
     load();
     connect(m_rounds, QOverload<int>::of(&QSpinBox::valueChanged), this,
             [this](int rounds) { m_choices->rounds.change(rounds); });
-    connect(m_resumes, &QCheckBox::toggled, this,
+    connect(m_resumes, &QAction::toggled, this,
             [this](bool resumes) { m_choices->resumesSequence.change(resumes); });
 }
 

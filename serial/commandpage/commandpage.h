@@ -12,7 +12,7 @@
 #include <QWidget>
 
 class CommandModel;
-class QCheckBox;
+class QAction;
 class QComboBox;
 class QLabel;
 class QMenu;
@@ -87,7 +87,7 @@ private:
     QPushButton *m_add;
     QPushButton *m_remove;
     QSpinBox *m_rounds;
-    QCheckBox *m_resumes;
+    QAction *m_resumes;
     QPushButton *m_run;
     QLabel *m_progress;
     QTableView *m_table;

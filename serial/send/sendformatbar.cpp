@@ -32,7 +32,7 @@ SendFormatBar::SendFormatBar(QWidget *parent)
     , m_fields(new QWidget(this))
     , m_sumFields(new QWidget(this))
     , m_lineEnd(new QComboBox(m_fields))
-    , m_escapes(new QCheckBox(QStringLiteral("转义字符"), m_fields))
+    , m_escapes(new QCheckBox(QStringLiteral("转义"), m_fields))
     , m_enterSends(new QCheckBox(QStringLiteral("Enter发送"), m_fields))
     , m_checksum(new QComboBox(m_fields))
     , m_order(new QComboBox(m_sumFields))
@@ -41,6 +41,7 @@ SendFormatBar::SendFormatBar(QWidget *parent)
     , m_bytes(new QLabel(this))
 {
     setObjectName(QStringLiteral("sendFormatBar"));
+    setAttribute(Qt::WA_StyledBackground); // not that of the send area
     buildUi();
     setOpen(false);
     connect(m_lineEnd, QOverload<int>::of(&QComboBox::activated), this, &SendFormatBar::handleLineEnd);
@@ -115,7 +116,7 @@ void SendFormatBar::buildUi()
         sums->addWidget(field);
     sums->addStretch();
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
+    column->setContentsMargins(4, 0, 4, 0);
     column->setSpacing(4);
     column->addWidget(m_fields);
     column->addWidget(m_sumFields);

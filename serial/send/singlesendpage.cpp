@@ -74,15 +74,16 @@ void SingleSendPage::buildUi()
     m_history->setToolTip(QStringLiteral("发送过的数据；在编辑区首行按↑、末行按↓也可取出"));
     m_format->setObjectName(QStringLiteral("btnSendFormat"));
     m_format->setToolTip(QStringLiteral("行尾、转义字符、校验码，实际发送的字节"));
-    auto *left = new QVBoxLayout;
-    left->setSpacing(4);
-    left->addWidget(m_editor, 1);
-    left->addWidget(m_formatBar);
-    auto *row = new QHBoxLayout(this);
+    auto *row = new QHBoxLayout;
     row->setContentsMargins(4, 4, 8, 4);
     row->setSpacing(8);
-    row->addLayout(left, 1);
+    row->addWidget(m_editor, 1);
     row->addLayout(buildButtons());
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(row, 1);
+    column->addWidget(m_formatBar);
 }
 
 QLayout *SingleSendPage::buildButtons()
