@@ -20,7 +20,7 @@ public:
     // In which an expression looks for the answer, bytes.
     static constexpr int maxLine = 4096;
     // What is later than this shifts what comes behind it.
-    static constexpr qint64 maxCatchUpUs = 5 * 1000;
+    static constexpr qint64 maxCatchUpUs = 5000;
     // Entries of the report; the oldest go.
     static constexpr int maxReport = 100 * 1000;
 
