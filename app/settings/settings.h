@@ -211,6 +211,19 @@ public:
         Setting<int> baudRate{this, "BaudRate", 115200, notWritten, {1}};
         Setting<int> channel{this, "Channel", 0, notWritten, {0, 4}};
         Setting<int> zoom{this, "Zoom", 0, notWritten, {0}}; // index into the list
+        Setting<int> windowSeconds{this, "WindowSeconds", 10, notWritten, {0, 600}}; // 0: everything
+        Setting<int> recordLimit{this, "RecordLimit", 50, notWritten, {1, 2000}}; // million points
+        Setting<QStringList> channelNames{this, "ChannelNames", {}};
+        Setting<QStringList> channelUnits{this, "ChannelUnits", {}};
+        Setting<QStringList> curveColors{this, "CurveColors", {}}; // "#rrggbb"; empty for the given one
+        Setting<bool> axesByUnit{this, "AxesByUnit", false}; // a value axis for each unit
+        Setting<bool> largeValues{this, "LargeValues", false};
+        Setting<bool> analysis{this, "Analysis", false}; // runs and suggestion are open
+        Setting<int> settlingBand{this, "SettlingBand", 0, notWritten, {0, 1}}; // 2 %, 5 %
+        Setting<int> gainForm{this, "GainForm", 0, notWritten, {0, 2}}; // index into the list
+        Setting<int> periodUnit{this, "PeriodUnit", 0, notWritten, {0, 2}}; // ms, us, s
+        Setting<int> tuningRule{this, "TuningRule", 0, notWritten, {0}}; // index into the list
+        Setting<int> tuningSpeed{this, "TuningSpeed", 50, notWritten, {0, 100}}; // slow to fast
     } pid{&m_table, "Pid"};
 
     struct WindowPlace : SettingsGroup
