@@ -114,6 +114,12 @@ HaloGraph *CurvePlot::addCurve()
     return graph;
 }
 
+void CurvePlot::removeCurve(int graph)
+{
+    m_graphs.removeAt(graph);
+    removeGraph(graph);
+}
+
 void CurvePlot::clearCurves()
 {
     clearGraphs();

@@ -68,12 +68,15 @@ protected:
     // Smoothing doubles the cost of a picture and is not visible among many points.
     void setMaxSmooth(int points) { m_maxSmooth = points; }
     HaloGraph *addCurve();
+    void removeCurve(int graph);
     void clearCurves();
     void setHint(const QString &text);
     void setHintVisible(bool visible) { m_hint->setVisible(visible); }
     void setRanges(const QCPRange &keys, const QCPRange &values); // not by the user
     void setFollow(Follow follow);
     void requestPicture();
+    // While true, changes of axes are the program's.
+    bool &isFitting() { return m_isFitting; }
 
     struct ReadOutRow
     {

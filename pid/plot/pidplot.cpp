@@ -1,8 +1,9 @@
 #include "pidplot.h"
 
-#include "pidrecorder.h"
+#include <QScopedValueRollback>
 
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -37,6 +38,7 @@ QCPGraphData nearestPoint(const QCPGraphDataContainer &points, double key)
 PidPlot::PidPlot(PidRecorder *recorder, QWidget *parent)
     : CurvePlot(parent)
     , m_recorder(recorder)
+    , m_axes(this)
 {
     setObjectName(QStringLiteral("pidPlot"));
     setUpAxes();
@@ -59,7 +61,10 @@ void PidPlot::setUpAxes()
     yAxis2->setTickLabels(false);
     yAxis2->setTicker(yAxis->ticker()); // its ticks are where the grid is
     connect(yAxis, QOverload<const QCPRange &>::of(&QCPAxis::rangeChanged), yAxis2,
-            QOverload<const QCPRange &>::of(&QCPAxis::setRange));
+            [this](const QCPRange &range) {
+                if (!m_axes.isSplit())
+                    yAxis2->setRange(range);
+            });
     setRanges({0, windowSeconds}, {-700, 700});
 }
 
@@ -68,7 +73,9 @@ void PidPlot::recreateCurves()
 {
     clearCurves();
     for (int graph = 0; graph < curves; ++graph)
-        addCurve();
+        addCurve()->setValueAxis(m_axes.axisOf(graph % channels));
+    addExtras();
+    m_isThinned = false;
     m_added.fill(0);
     m_lastChannel = -1;
     m_lastGraph = -1;
@@ -94,9 +101,22 @@ void PidPlot::noteSample(int channel)
     requestPicture();
 }
 
+bool PidPlot::showsRecord() const
+{
+    return follow() == Held || m_window != int(windowSeconds);
+}
+
 // The curves drop and get what the samples dropped and got since the last time.
 void PidPlot::addNewPoints()
 {
+    if (showsRecord())
+        return; // fitAxes() knows what to load
+    if (m_isThinned) {
+        for (int graph = 0; graph < curves; ++graph)
+            this->graph(graph)->data()->clear();
+        m_added.fill(-1);
+        m_isThinned = false;
+    }
     for (int channel = 0; channel < channels; ++channel)
         addNewPoints(channel);
 }
@@ -105,7 +125,7 @@ void PidPlot::addNewPoints(int channel)
 {
     const PidSamples &samples = m_recorder->samples().at(static_cast<size_t>(channel));
     qint64 &next = m_added.at(static_cast<size_t>(channel));
-    if (next == samples.end())
+    if (next == samples.end() || samples.isEmpty())
         return;
     QCPGraphDataContainer &targets = *graph(channel)->data();
     QCPGraphDataContainer &actuals = *graph(channel + channels)->data();
@@ -128,28 +148,188 @@ void PidPlot::setFitAll(bool fitAll)
     requestPicture();
 }
 
+// ---- the record
+
+QVector<QCPGraphData> PidPlot::graphData(const QVector<SampleStore::Point> &points, qint64 shiftUs) const
+{
+    QVector<QCPGraphData> loaded;
+    loaded.reserve(points.size());
+    for (const SampleStore::Point &point : points)
+        loaded.append({m_recorder->secondsOf(point.us + shiftUs), double(point.value)});
+    return loaded;
+}
+
+void PidPlot::load(const QCPRange &keys)
+{
+    const qint64 fromUs = m_recorder->usOf(keys.lower);
+    const qint64 toUs = m_recorder->usOf(keys.upper);
+    for (int channel = 0; channel < channels; ++channel) {
+        const SampleStore::Curves found =
+            m_recorder->record(channel).thinned(fromUs, toUs, qMax(1, width()), m_recorder->file());
+        graph(channel)->data()->set(graphData(found.targets), true);
+        graph(channel + channels)->data()->set(graphData(found.actuals), true);
+        if (!found.actuals.isEmpty())
+            setHintVisible(false);
+    }
+    m_isThinned = true;
+    loadExtras(keys);
+}
+
+void PidPlot::loadExtras(const QCPRange &keys)
+{
+    const qint64 fromUs = m_recorder->usOf(keys.lower);
+    const qint64 toUs = m_recorder->usOf(keys.upper);
+    for (int i = 0; i < m_overlays.size(); ++i) {
+        const Overlay &overlay = m_overlays.at(i);
+        const qint64 from = qMax(overlay.fromUs, fromUs - overlay.shiftUs);
+        const qint64 to = qMin(overlay.toUs, toUs - overlay.shiftUs);
+        QVector<QCPGraphData> loaded;
+        if (from < to)
+            loaded = graphData(m_recorder->record(overlay.channel)
+                                   .thinned(from, to, qMax(1, width()), m_recorder->file())
+                                   .actuals,
+                               overlay.shiftUs);
+        graph(curves + i)->data()->set(loaded, true);
+    }
+}
+
+// Behind the ten curves come those of the overlays, and the fit's.
+void PidPlot::addExtras()
+{
+    while (graphCount() > curves)
+        removeCurve(graphCount() - 1);
+    for (const Overlay &overlay : qAsConst(m_overlays)) {
+        HaloGraph *curve = addCurve();
+        curve->setValueAxis(m_axes.axisOf(overlay.channel));
+        curve->setName(overlay.name);
+        QColor color = graph(overlay.channel + channels)->pen().color();
+        color = QColor((color.red() + ground().red()) / 2, (color.green() + ground().green()) / 2,
+                       (color.blue() + ground().blue()) / 2);
+        curve->setPen(QPen(color, 0));
+        curve->setVisible(graph(overlay.channel + channels)->visible());
+    }
+    if (m_fit.points.isEmpty())
+        return;
+    HaloGraph *curve = addCurve();
+    curve->setName(m_fit.name);
+    curve->setPen(QPen(xAxis->labelColor(), 0, Qt::DashLine));
+    QVector<QCPGraphData> loaded;
+    for (const QPointF &point : qAsConst(m_fit.points))
+        loaded.append({m_recorder->secondsOf(qRound64(point.x())), point.y()});
+    curve->data()->set(loaded, true);
+}
+
+void PidPlot::setOverlays(const QVector<Overlay> &overlays)
+{
+    m_overlays = overlays;
+    addExtras();
+    loadExtras(xAxis->range());
+    replot(rpQueuedReplot);
+}
+
+void PidPlot::setFit(const Fit &fit)
+{
+    m_fit = fit;
+    addExtras();
+    loadExtras(xAxis->range());
+    replot(rpQueuedReplot);
+}
+
+void PidPlot::setUnits(const QStringList &units)
+{
+    m_axes.setUnits(units);
+    for (int graph = 0; graph < curves; ++graph)
+        this->graph(graph)->setValueAxis(m_axes.axisOf(graph % channels));
+    setOverlays(m_overlays);
+    requestPicture();
+}
+
+void PidPlot::setWindow(int seconds)
+{
+    m_window = seconds;
+    returnToLive();
+}
+
+void PidPlot::showRange(qint64 fromUs, qint64 toUs)
+{
+    setFollow(Held);
+    const double from = m_recorder->secondsOf(fromUs);
+    const double to = qMax(m_recorder->secondsOf(toUs), from + 0.001);
+    const QCPRange keys(from - (to - from) * 0.05, to + (to - from) * 0.05);
+    load(keys);
+    setRanges(keys, yAxis->range());
+    fitValues();
+    replot(rpQueuedReplot);
+}
+
+void PidPlot::resizeEvent(QResizeEvent *event)
+{
+    CurvePlot::resizeEvent(event);
+    if (follow() == Held)
+        load(xAxis->range());
+}
+
 // ---- following
 
-// Curves and what the recorder keeps are the same.
+void PidPlot::handleKeyRange(const QCPRange &range, const QCPRange &before)
+{
+    CurvePlot::handleKeyRange(range, before);
+    load(range);
+}
+
+// What the recorder keeps is what was on the screen.
 void PidPlot::prepareFollow(Follow follow)
 {
-    if (follow == Held)
-        addNewPoints();
     m_recorder->setHeld(follow == Held);
+}
+
+QCPRange PidPlot::liveKeys() const
+{
+    qint64 firstUs = std::numeric_limits<qint64>::max();
+    qint64 lastUs = std::numeric_limits<qint64>::min();
+    for (int channel = 0; channel < channels; ++channel) {
+        const SampleStore &record = m_recorder->record(channel);
+        if (record.isEmpty())
+            continue;
+        firstUs = qMin(firstUs, record.firstUs());
+        lastUs = qMax(lastUs, record.last().us);
+    }
+    if (firstUs > lastUs)
+        return xAxis->range();
+    const double last = m_recorder->secondsOf(lastUs);
+    const double first = m_window > 0 ? last - m_window : m_recorder->secondsOf(firstUs);
+    return {first, last + qMax(0.001, (last - first) * kRightMargin / windowSeconds)};
+}
+
+// The value axes take in the shown curves, with a little room.
+void PidPlot::fitValues()
+{
+    const QScopedValueRollback<bool> fitting(isFitting(), true);
+    if (m_axes.isSplit()) {
+        m_axes.fit();
+        return;
+    }
+    yAxis->rescale(true);
+    yAxis->scaleRange(1.1);
 }
 
 void PidPlot::fitAxes()
 {
-    if (m_lastGraph < 0)
-        return;
-    if (follow() == Live && m_fitAll) {
-        yAxis->rescale(true);
-        yAxis->scaleRange(1.1);
-    } else if (follow() == Live) {
-        graph(m_lastGraph)->rescaleValueAxis(false);
+    if (showsRecord()) {
+        const QCPRange keys = liveKeys();
+        load(keys);
+        xAxis->setRange(keys);
+    } else if (m_lastGraph >= 0) {
+        const qint64 lastUs = m_recorder->samples().at(static_cast<size_t>(m_lastChannel)).last().us;
+        xAxis->setRange(m_recorder->secondsOf(lastUs) + kRightMargin, windowSeconds, Qt::AlignRight);
+        loadExtras(xAxis->range());
     }
-    const qint64 lastUs = m_recorder->samples().at(static_cast<size_t>(m_lastChannel)).last().us;
-    xAxis->setRange(m_recorder->secondsOf(lastUs) + kRightMargin, windowSeconds, Qt::AlignRight);
+    if (follow() != Live)
+        return;
+    if (m_fitAll || m_axes.isSplit())
+        fitValues();
+    else if (m_lastGraph >= 0)
+        graph(m_lastGraph)->rescaleValueAxis(false);
 }
 
 // ---- reading out
@@ -174,7 +354,8 @@ QString PidPlot::readOut(double key) const
                                       (curve->data()->constEnd() - 1)->key >= time - kCurveEnd;
         if (!begunAndNotEnded)
             continue;
-        rows.append({curve->pen().color(), curve->name(), QString::number(point.value, 'f', 0)});
+        rows.append(
+            {curve->pen().color(), curve->name().toHtmlEscaped(), QString::number(point.value, 'f', 0)});
     }
     if (rows.isEmpty())
         return {};

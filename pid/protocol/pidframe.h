@@ -18,6 +18,9 @@ struct PidGains
     float p = 0;
     float i = 0;
     float d = 0;
+
+    bool operator==(const PidGains &other) const { return p == other.p && i == other.i && d == other.d; }
+    bool operator!=(const PidGains &other) const { return !(*this == other); }
 };
 
 namespace PidFrame {

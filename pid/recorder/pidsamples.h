@@ -1,18 +1,12 @@
 #pragma once
 
-// The samples of one channel in the order of their arrival: those of the last
-// ten seconds before the newest, at most maxSamples. Copies share their memory
-// until one of them changes.
+// The samples of one channel that the live view shows, in the order of their
+// arrival: those of the last ten seconds before the newest, at most maxSamples.
+// Copies share their memory until one of them changes.
+
+#include "pidsample.h"
 
 #include <QVector>
-
-struct PidSample
-{
-    qint64 us; // since 1970
-    qint32 target;
-    qint32 actual;
-};
-Q_DECLARE_TYPEINFO(PidSample, Q_PRIMITIVE_TYPE);
 
 class PidSamples
 {

@@ -12,6 +12,8 @@ PidSession::PidSession(PidRecorder *recorder, QObject *parent)
 void PidSession::setOpen(bool open)
 {
     m_isOpen = open;
+    if (!open)
+        m_recorder->runs()->endAll();
     m_receiver.clear();
     m_startedHere.fill(false);
 }
@@ -90,10 +92,8 @@ bool PidSession::act(const PidReport &report)
     PidEvent event{PidEvent::Started, channel, report.arrivalUs, true, report.gains, report.value};
     switch (report.command) {
     case PidFrame::Actual:
-        if (m_isPaused)
-            return false;
-        m_recorder->addActual(channel, report.value, report.arrivalUs);
-        return true;
+        m_recorder->addActual(channel, report.value, report.arrivalUs, !m_isPaused);
+        return !m_isPaused; // while paused, it ends the run
     case PidFrame::Target:
         event.kind = PidEvent::Target;
         params.target = report.value;

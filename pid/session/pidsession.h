@@ -18,7 +18,7 @@ public:
     // The way to the board was opened or closed: drops pending bytes, which could
     // block those of the next connection, and forgets what was started.
     void setOpen(bool open);
-    // Actual values are not recorded while paused.
+    // While paused, actual values are recorded, but not shown.
     void setPaused(bool paused) { m_isPaused = paused; }
 
     void receive(const QByteArray &bytes, qint64 arrivalUs);

@@ -123,14 +123,14 @@ private slots:
         const auto at = [this](double key) { return m_plot->readOut(key); };
         QVERIFY(at(61.2).contains("01:01:000"));
         QVERIFY(at(61.3).contains("01:01:500"));
-        QVERIFY(at(99).contains("<6>") && at(99).contains("-2147483647"));
-        QVERIFY(!at(99).contains("<1>") && !at(99).contains("<0>")); // hidden, empty
+        QVERIFY(at(99).contains("&lt;6&gt;") && at(99).contains("-2147483647"));
+        QVERIFY(!at(99).contains("&lt;1&gt;") && !at(99).contains("&lt;0&gt;")); // hidden, empty
         QVERIFY(at(-99).contains(">10<"));
         // A channel that has no points at that time has no value, and sets no time.
         add(3, 65.000, 300, 8);
         m_plot->drawNew();
-        QVERIFY(at(61.2).contains("01:01:000") && !at(61.2).contains("<8>"));
-        QVERIFY(at(64.9).contains("<8>") && !at(64.9).contains("<6>"));
+        QVERIFY(at(61.2).contains("01:01:000") && !at(61.2).contains("&lt;8&gt;"));
+        QVERIFY(at(64.9).contains("&lt;8&gt;") && !at(64.9).contains("&lt;6&gt;"));
     }
 
     void isReadableInEveryStyle()
