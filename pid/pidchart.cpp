@@ -1,8 +1,12 @@
 #include "pidchart.h"
 
+#include "pidanalysispane.h"
+#include "pidchannelsdialog.h"
 #include "pidcurvelist.h"
 #include "pidplot.h"
 #include "pidrecorder.h"
+#include "pidviewmenu.h"
+#include "settings.h"
 #include "stateindicator.h"
 
 #include <QCheckBox>
@@ -10,13 +14,18 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QSplitter>
 #include <QToolTip>
+
+#include <utility>
 
 PidChart::PidChart(PidRecorder *recorder, QWidget *parent)
     : QWidget(parent)
     , m_recorder(recorder)
     , m_row(new QHBoxLayout)
     , m_plot(new PidPlot(recorder, this))
+    , m_split(new QSplitter(Qt::Vertical, this))
+    , m_view(new PidViewMenu(this))
     , m_curves(new PidCurveList(this))
     , m_zoom(new QComboBox(this))
     , m_fitAll(new QCheckBox(QStringLiteral("适应全部曲线"), this))
@@ -33,6 +42,8 @@ PidChart::PidChart(PidRecorder *recorder, QWidget *parent)
     connect(m_live, &QPushButton::clicked, m_plot, &PidPlot::returnToLive);
     connect(m_fitAll, &QCheckBox::toggled, m_plot, &PidPlot::setFitAll);
     connect(m_curves, &PidCurveList::colorChanged, this, &PidChart::applyCurve);
+    connect(m_view, &PidViewMenu::changed, this, &PidChart::load);
+    connect(m_view, &PidViewMenu::namesRequested, this, &PidChart::askForNames);
     applyCurves();
     showFollow();
 }
@@ -56,7 +67,10 @@ void PidChart::buildUi()
     column->setSpacing(4);
     buildTopRow();
     column->addLayout(m_row);
-    column->addWidget(m_plot, 1);
+    m_split->setObjectName(QStringLiteral("splitPidAnalysis"));
+    m_split->setChildrenCollapsible(false);
+    m_split->addWidget(m_plot);
+    column->addWidget(m_split, 1);
     column->addWidget(m_curves);
 }
 
@@ -70,6 +84,7 @@ void PidChart::buildTopRow()
     m_row->addWidget(zoom);
     m_row->addWidget(m_zoom);
     m_row->addWidget(m_fitAll);
+    m_row->addWidget(m_view);
     m_row->addStretch();
     m_row->addWidget(m_follow);
     m_row->addWidget(m_live);
@@ -80,6 +95,43 @@ void PidChart::addTool(QWidget *tool)
 {
     m_row->insertWidget(1, tool);
     setTabOrder(m_fold, tool);
+}
+
+void PidChart::load()
+{
+    const auto &choices = Settings::instance().pid;
+    m_view->load();
+    m_plot->setWindow(choices.windowSeconds);
+    m_plot->setUnits(choices.axesByUnit ? choices.channelUnits.value() : QStringList());
+    m_curves->setLarge(choices.largeValues);
+    m_curves->load();
+    applyCurves();
+    openAnalysis(choices.analysis);
+}
+
+void PidChart::openAnalysis(bool open)
+{
+    if (open && !m_analysis) {
+        m_analysis = new PidAnalysisPane(m_recorder, m_plot, m_split);
+        connect(m_analysis, &PidAnalysisPane::notify, this, &PidChart::notify);
+        m_split->addWidget(m_analysis);
+        m_split->setStretchFactor(0, 1);
+        m_analysis->show();
+    } else if (open) {
+        m_analysis->load();
+    } else if (m_analysis) {
+        m_plot->setOverlays({});
+        m_plot->setFit({});
+        m_analysis->hide();
+        std::exchange(m_analysis, nullptr)->deleteLater();
+    }
+}
+
+void PidChart::askForNames()
+{
+    PidChannelsDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+        load();
 }
 
 void PidChart::applyCurve(int graph)

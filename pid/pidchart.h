@@ -4,18 +4,23 @@
 // following, the read-out below the mouse and the list of curves. Shows what the
 // recorder holds; owns no sample and knows no board.
 
+#include "notice.h"
+
 #include <QWidget>
 
 #include <array>
 
+class PidAnalysisPane;
 class PidCurveList;
 class PidPlot;
 class PidRecorder;
+class PidViewMenu;
 class QCheckBox;
 class QComboBox;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
+class QSplitter;
 class StateIndicator;
 
 class PidChart : public QWidget
@@ -45,6 +50,11 @@ public:
     QPushButton *foldButton() const { return m_fold; }
     void addTool(QWidget *tool); // beside it
     StateIndicator *state() const { return m_state; }
+    PidViewMenu *viewMenu() const { return m_view; }
+    void load(); // shows what the settings hold
+
+signals:
+    void notify(const Notice &notice);
 
 private:
     void buildUi();
@@ -54,10 +64,15 @@ private:
     void showFollow();
     void showValues();
     void clearValues();
+    void askForNames();
+    void openAnalysis(bool open);
 
     PidRecorder *m_recorder;
     QHBoxLayout *m_row;
     PidPlot *m_plot;
+    QSplitter *m_split;
+    PidAnalysisPane *m_analysis = nullptr; // made when it is opened
+    PidViewMenu *m_view;
     PidCurveList *m_curves;
     QComboBox *m_zoom;
     QCheckBox *m_fitAll;

@@ -2,6 +2,7 @@
 
 #include "curvecolors.h"
 #include "numberlabel.h"
+#include "settings.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -99,8 +100,41 @@ bool PidCurveList::isShown(int key) const
 
 QString PidCurveList::name(int graph) const
 {
+    const auto &names = Settings::instance().pid;
+    const QString own = names.channelNames.value().value(graph % channels);
+    const QString unit = names.channelUnits.value().value(graph % channels);
     return m_curves.at(static_cast<size_t>(graph)).label +
-           (graph < channels ? QStringLiteral(" 目标值") : QStringLiteral(" 实际值"));
+           (own.isEmpty() ? QString() : QLatin1Char(' ') + own) +
+           (graph < channels ? QStringLiteral(" 目标值") : QStringLiteral(" 实际值")) +
+           (unit.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(unit));
+}
+
+void PidCurveList::load()
+{
+    const auto &stored = Settings::instance().pid;
+    for (int graph = 0; graph < curves; ++graph) {
+        Curve &curve = m_curves.at(static_cast<size_t>(graph));
+        const QColor chosen(stored.curveColors.value().value(graph));
+        const QColor color = chosen.isValid() ? chosen : QColor(QLatin1String(kDefaults[graph].color));
+        if (color != curve.color)
+            setColor(graph, color);
+        const QString own = stored.channelNames.value().value(graph % channels);
+        curve.shown->setText(own.isEmpty() ? curve.label : own);
+        curve.shown->setToolTip(name(graph));
+        curve.shown->setAccessibleName(name(graph));
+    }
+}
+
+void PidCurveList::setLarge(bool large)
+{
+    for (const Curve &curve : m_curves) {
+        QFont larger = font();
+        if (large) {
+            larger.setPixelSize(QFontInfo(font()).pixelSize() * 2);
+            larger.setBold(true);
+        }
+        curve.value->setFont(larger);
+    }
 }
 
 void PidCurveList::setValue(int graph, int value)
@@ -126,6 +160,14 @@ void PidCurveList::offerColors(int graph)
 {
     QToolButton *swatch = m_curves.at(static_cast<size_t>(graph)).swatch;
     const QColor chosen = CurveColors::choose(swatch, QColor(QLatin1String(kDefaults[graph].color)));
-    if (chosen.isValid())
-        setColor(graph, chosen);
+    if (!chosen.isValid())
+        return;
+    setColor(graph, chosen);
+    QStringList colors;
+    for (int k = 0; k < curves; ++k) {
+        const QString name = m_curves.at(static_cast<size_t>(k)).color.name();
+        const QString usual = QColor(QLatin1String(kDefaults[k].color)).name();
+        colors << (name == usual ? QString() : name);
+    }
+    Settings::instance().pid.curveColors.change(colors);
 }

@@ -3,7 +3,7 @@
 // The curve configuration, which is also the legend: for each curve a check box
 // that shows or hides it, its color and its current value. A column for each
 // channel, target above actual value. A click on the color offers others. Owns
-// color and visibility of the curves; knows no sample.
+// the visibility of the curves; their colors are settings. Knows no sample.
 
 #include <QColor>
 #include <QWidget>
@@ -32,7 +32,10 @@ public:
     // By key. "#ff0000" and shown where the configuration has no such curve.
     QColor color(int key) const;
     bool isShown(int key) const;
-    QString name(int graph) const; // "CH1 目标值"
+    QString name(int graph) const; // "CH1 目标值"; with the user's name and unit of the channel
+
+    void load();               // colors and names in the settings
+    void setLarge(bool large); // the current values
 
     void setValue(int graph, int value);
     void clearValues();

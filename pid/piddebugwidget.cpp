@@ -7,8 +7,10 @@
 #include "pidpanel.h"
 #include "pidplot.h"
 #include "pidportpanel.h"
+#include "pidrunningbar.h"
 #include "pidsaving.h"
 #include "pidsession.h"
+#include "pidviewmenu.h"
 #include "portname.h"
 #include "profilebutton.h"
 #include "qtmessagebox.h"
@@ -98,7 +100,11 @@ QWidget *PidDebugWidget::buildWorkArea()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     column->addWidget(m_chart, 1);
+    auto *running = new PidRunningBar(m_recorder->runs(), area);
+    column->addWidget(running);
     column->addWidget(m_operations);
+    connect(running, &PidRunningBar::stopRequested, this, &PidDebugWidget::stop);
+    connect(running, &PidRunningBar::stopAllRequested, this, &PidDebugWidget::stopAllRunning);
     return area;
 }
 
@@ -148,6 +154,7 @@ void PidDebugWidget::connectWorkArea()
     connect(m_operations->exportButton(), &QPushButton::clicked, this, &PidDebugWidget::SltBtnExportClicked);
     connect(m_operations->pictureButton(), &QPushButton::clicked, m_saving, &PidSaving::savePicture);
     connect(m_saving, &PidSaving::notify, this, &PidDebugWidget::notify);
+    connect(m_chart, &PidChart::notify, this, &PidDebugWidget::notify);
     connect(m_chart->fitAllBox(), &QCheckBox::toggled, this, &PidDebugWidget::rememberFitAll);
     connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PidDebugWidget::SltPoltScale);
@@ -179,6 +186,7 @@ void PidDebugWidget::reloadSettings()
 {
     m_chart->fitAllBox()->setChecked(Settings::instance().pid.fitAll);
     m_memory.load();
+    m_chart->load();
     if (!m_link->isOpen())
         m_portPanel->load();
 }
@@ -351,6 +359,23 @@ void PidDebugWidget::SltBtnStartClicked()
         m_session->start(m_pid->channel(), Link::nowUs());
     else
         m_session->stop(m_pid->channel(), Link::nowUs());
+}
+
+void PidDebugWidget::stop(int channel)
+{
+    m_session->stop(channel, Link::nowUs());
+    bool isAnyRunning = false;
+    for (int other = 0; other < PidRecorder::channels; ++other)
+        isAnyRunning = isAnyRunning || m_recorder->runs()->isRunning(other);
+    if (channel == m_pid->channel() || !isAnyRunning)
+        m_operations->setIdle(true);
+}
+
+void PidDebugWidget::stopAllRunning()
+{
+    for (int channel = 0; channel < PidRecorder::channels; ++channel)
+        if (m_recorder->runs()->isRunning(channel))
+            stop(channel);
 }
 
 void PidDebugWidget::SltBtnResetClicked()

@@ -16,6 +16,7 @@ class PidOperations;
 class PidPanel;
 class PidPortPanel;
 class PidRecorder;
+class PidRunningBar;
 class PidSaving;
 class PidSession;
 struct PidReport;
@@ -89,6 +90,8 @@ private:
     void followStart(const PidReport &report);
     void reportNotSent(const QString &what);
     void rememberFitAll(bool fitAll);
+    void stop(int channel);
+    void stopAllRunning();
     void fold();
 
     FieldMemory m_memory;

@@ -155,6 +155,17 @@ std::optional<qint32> PidField::integer() const
     return ok ? std::optional<qint32>(value) : std::nullopt;
 }
 
+// Esc drops what was typed before it is a shortcut of the page.
+bool PidField::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && isTyped() &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
+    return QLineEdit::event(event);
+}
+
 void PidField::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && isTyped()) {

@@ -52,6 +52,7 @@ signals:
     void characterRefused(); // typed or pasted text that can't be part of a number
 
 protected:
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:

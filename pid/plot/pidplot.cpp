@@ -8,6 +8,8 @@
 namespace {
 
 constexpr double kRightMargin = 0.25; // seconds
+constexpr int kValueTicks = 15;
+constexpr int kTickPixels = 18; // that a label needs; a low chart has fewer ticks
 
 // In the read-out a curve reaches so far beyond its ends: channels report in
 // turns.
@@ -56,7 +58,7 @@ void PidPlot::setUpAxes()
     xAxis->setTicker(time);
     xAxis->setLabel(QStringLiteral("时间"));
     yAxis->setLabel(QStringLiteral("幅度值"));
-    yAxis->ticker()->setTickCount(15);
+    yAxis->ticker()->setTickCount(kValueTicks);
     yAxis2->setVisible(true);
     yAxis2->setTickLabels(false);
     yAxis2->setTicker(yAxis->ticker()); // its ticks are where the grid is
@@ -265,6 +267,7 @@ void PidPlot::showRange(qint64 fromUs, qint64 toUs)
 void PidPlot::resizeEvent(QResizeEvent *event)
 {
     CurvePlot::resizeEvent(event);
+    yAxis->ticker()->setTickCount(qBound(2, height() / kTickPixels, kValueTicks));
     if (follow() == Held)
         load(xAxis->range());
 }

@@ -44,8 +44,8 @@ void UnitAxes::setUnits(const QStringList &units)
     m_plot->yAxis->setLabel(QStringLiteral("幅度值"));
     for (int index = 0; index < m_axes.size(); ++index)
         if (split || !distinct.at(index).isEmpty())
-            m_axes.at(index)->setLabel(
-                distinct.at(index).isEmpty() ? QStringLiteral("幅度值") : distinct.at(index));
+            m_axes.at(index)->setLabel(distinct.at(index).isEmpty() ? QStringLiteral("幅度值")
+                                                                    : distinct.at(index));
     if (!split)
         m_plot->yAxis2->setRange(m_plot->yAxis->range());
     QList<QCPAxis *> moved{m_plot->xAxis, m_plot->yAxis};

@@ -19,19 +19,19 @@ struct PidEvent;
 
 struct PidRun
 {
-    int id = 0;          // from 1, never used again in a session
-    int channel = 0;     // 0 to 4
-    qint64 first = 0;    // number of its first sample
-    qint64 end = -1;     // and of the one behind its last; -1 while it goes on
-    qint64 beginUs = 0;  // of the step or start
-    qint64 endUs = 0;    // of its last sample
+    int id = 0;           // from 1, never used again in a session
+    int channel = 0;      // 0 to 4
+    qint64 first = 0;     // number of its first sample
+    qint64 end = -1;      // and of the one behind its last; -1 while it goes on
+    qint64 beginUs = 0;   // of the step or start
+    qint64 endUs = 0;     // of its last sample
     bool isStart = false; // began with a start, else with a step of the target
-    qint32 before = 0;   // target before the step
+    qint32 before = 0;    // target before the step
     qint32 target = 0;
-    PidGains gains;      // at its begin
+    PidGains gains; // at its begin
     qint32 period = 0;
     bool gainsChanged = false; // while it went on
-    QString name;        // the user's
+    QString name;              // the user's
     bool isHidden = false;
     bool isReference = false; // laid over the current one
 
@@ -43,8 +43,8 @@ class PidRuns : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int maxRuns = 2000;  // the oldest without a name goes first
-    static constexpr int minSamples = 5;  // less is no run
+    static constexpr int maxRuns = 2000; // the oldest without a name goes first
+    static constexpr int minSamples = 5; // less is no run
 
     using QObject::QObject;
 
@@ -85,7 +85,7 @@ private:
         qint64 startSentUs = 0; // by this program; 0 where the board did it
         qint32 target = 0;
         bool hasTarget = false;
-        int open = 0; // id of its open run; 0 for none
+        int open = 0;    // id of its open run; 0 for none
         qint64 next = 0; // number of its next sample
     };
 

@@ -75,9 +75,12 @@ private slots:
             store.append({i * 1000, i == 123456 ? -9 : 5, i == 200001 ? 70000 : qint32(i % 3)});
         while (store.moveOldest(&file)) {
         }
-        for (const auto &[from, to, columns] :
-             {std::tuple<qint64, qint64, int>{200000, 200010, 100}, {199000, 203000, 100},
-              {100000, 250000, 300}, {0, count, 100}, {0, count, 5}, {-count, 3 * count, 800}}) {
+        for (const auto &[from, to, columns] : {std::tuple<qint64, qint64, int>{200000, 200010, 100},
+                                                {199000, 203000, 100},
+                                                {100000, 250000, 300},
+                                                {0, count, 100},
+                                                {0, count, 5},
+                                                {-count, 3 * count, 800}}) {
             const SampleStore::Curves curves = store.thinned(from * 1000, to * 1000, columns, file);
             qint32 highest = 0, lowest = 5;
             qint64 us = curves.actuals.first().us;
@@ -147,7 +150,7 @@ private slots:
         QCOMPARE(list(), (QStringList{"1 start 100>100 10+20 P1", "2 step 100>300 30+40 P1 changed"}));
         event(PidEvent::Started, 0, 1300, true);
         event(PidEvent::Started, 0, 1400, true); // a board that started again; no run between
-        for (int i = 0; i < 1000; ++i) { // a ramp
+        for (int i = 0; i < 1000; ++i) {         // a ramp
             target(i, 2000 + i);
             samples(1, 2000 + i, 0);
         }
@@ -208,7 +211,9 @@ private:
                          .arg(run.first)
                          .arg(end - run.first)
                          .arg(double(run.gains.p))
-                         .arg(run.isOpen() ? " open" : run.gainsChanged ? " changed" : "");
+                         .arg(run.isOpen()       ? " open"
+                              : run.gainsChanged ? " changed"
+                                                 : "");
         }
         return texts;
     }
