@@ -56,9 +56,26 @@ void measureArrival(const std::vector<StepSample> &samples, StepFigures *figures
     figures->jitter = deviation / double(intervals);
 }
 
+// How many follow one another within a factor of 2 of the same time: neither
+// shoulders of a slow rise nor what noise adds after the swings.
+size_t regularTurns(const std::vector<StepSample> &turns)
+{
+    if (turns.size() < 3)
+        return turns.size();
+    const double half = turns[1].seconds - turns[0].seconds;
+    size_t count = 2;
+    for (; count < turns.size(); ++count) {
+        const double next = turns[count].seconds - turns[count - 1].seconds;
+        if (next > 2 * half || next < half / 2)
+            break;
+    }
+    return count;
+}
+
 void measureSwings(const ResponseShape &shape, StepFigures *figures)
 {
-    const std::vector<StepSample> turns = shape.turns();
+    std::vector<StepSample> turns = shape.turns();
+    turns.resize(regularTurns(turns));
     if (turns.size() < 3)
         return;
     // The swings fall geometrically, and turns follow at half a period: lines over

@@ -60,7 +60,7 @@ struct StepFigures
     std::optional<double> steadyValue; // mean of the last tenth of the time
     std::optional<double> steadyError; // target less steadyValue
 
-    // Nothing where fewer than three turns rise out of the noise.
+    // Nothing where fewer than three turns, in regular order, rise out of the noise.
     std::optional<double> period;     // s, of the swings
     std::optional<double> decayRatio; // of a swing to the one a period before: 1 lasts, more grows
 
