@@ -201,6 +201,20 @@ public:
         Setting<int> registerSet{this, "RegisterSet", 0, notWritten, {0, 65535}};
         Setting<QString> registerAddress{this, "RegisterAddress", QString()}; // hexadecimal
         Setting<QString> registerValue{this, "RegisterValue", QString()};
+        Setting<bool> resynchronizes{this, "Resynchronize", false}; // byte by byte
+        Setting<bool> health{this, "Health", false}; // its panel is open
+        Setting<bool> histogram{this, "Histogram", false}; // is open
+        Setting<int> zoom{this, "Zoom", 0, notWritten, {0, 100}}; // 0 natural size, see ImageViewer
+        Setting<int> mirror{this, "Mirror", 0, notWritten, {0, 3}}; // bit 0 left and right, bit 1 up and down
+        Setting<int> pictureFormat{this, "PictureFormat", 0, notWritten, {0, 99}}; // 0 as announced
+        Setting<int> recordKind{this, "RecordKind", 0, notWritten, {0, 2}}; // raw, AVI, pictures
+        Setting<QString> recordFolder{this, "RecordFolder", QString()};
+        Setting<int> pictureInterval{this, "PictureInterval", 1000, notWritten, {0, 3600000}}; // ms
+        Setting<bool> verifiesWrites{this, "VerifyWrites", false};
+        Setting<int> batchRetries{this, "BatchRetries", 0, notWritten, {0, 10}};
+        Setting<int> batchDelay{this, "BatchDelay", 0, notWritten, {0, 10000}}; // ms, behind each row
+        Setting<bool> batchStops{this, "BatchStopAtError", false};
+        Setting<int> valueBase{this, "ValueBase", 0, notWritten, {0, 2}}; // hexadecimal, decimal, binary
     } cameraPage{&m_table, "CameraPage"};
 
     struct PidDefaults : SettingsGroup
@@ -224,6 +238,9 @@ public:
         Setting<int> periodUnit{this, "PeriodUnit", 0, notWritten, {0, 2}}; // ms, us, s
         Setting<int> tuningRule{this, "TuningRule", 0, notWritten, {0}}; // index into the list
         Setting<int> tuningSpeed{this, "TuningSpeed", 50, notWritten, {0, 100}}; // slow to fast
+        Setting<int> tuningController{this, "TuningController", 0, notWritten, {0, 1}}; // PI, PID
+        Setting<bool> openLoop{this, "OpenLoop", false}; // the target is the output
+        Setting<int> outputLimit{this, "OutputLimit", 0, notWritten, {0}}; // of the board; 0: unknown
     } pid{&m_table, "Pid"};
 
     struct WindowPlace : SettingsGroup

@@ -3,8 +3,8 @@
 #include "pidrecorder.h"
 
 namespace {
-constexpr int kBefore = 10;            // samples before the step at most
-constexpr qint64 kBeforeUs = 200000;   // and how old they may be
+constexpr int kBefore = 10;          // samples before the step at most
+constexpr qint64 kBeforeUs = 200000; // and how old they may be
 } // namespace
 
 RunFigures::RunFigures(const PidRecorder *recorder)

@@ -40,9 +40,15 @@ constexpr int kFigureCount = int(sizeof kFigures / sizeof *kFigures);
 
 const char *const kCaptions[RunModel::FirstFigure] = {"参考", "通道", "时间", "名称", "目标值",
                                                       "P",    "I",    "D",    "周期"};
-const char *const kTips[RunModel::FirstFigure] = {
-    "勾选后作为浅色曲线叠加，与当前运行的阶跃对齐", "", "阶跃或启动的时刻", "双击可改名",
-    "阶跃前 → 阶跃后", "运行开始时的增益；*：运行中改变过", "", "", "开发板上报的周期"};
+const char *const kTips[RunModel::FirstFigure] = {"勾选后作为浅色曲线叠加，与当前运行的阶跃对齐",
+                                                  "",
+                                                  "阶跃或启动的时刻",
+                                                  "双击可改名",
+                                                  "阶跃前 → 阶跃后",
+                                                  "运行开始时的增益；*：运行中改变过",
+                                                  "",
+                                                  "",
+                                                  "开发板上报的周期"};
 
 QString numberText(double value)
 {
@@ -215,7 +221,8 @@ QVariant RunModel::data(const QModelIndex &index, int role) const
         return int(column >= P ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignLeft | Qt::AlignVCenter);
     case Qt::ToolTipRole:
         if (place != None)
-            return place == Best ? QStringLiteral("本通道各次运行中最好") : QStringLiteral("本通道各次运行中最差");
+            return place == Best ? QStringLiteral("本通道各次运行中最好")
+                                 : QStringLiteral("本通道各次运行中最差");
         if (column == P && run->gainsChanged)
             return QStringLiteral("运行中增益改变过，这里是开始时的增益");
         return {};
@@ -279,7 +286,9 @@ QByteArray RunModel::csv() const
             const bool isFigure = column >= FirstFigure;
             const std::optional<double> value =
                 isFigure ? row.figures.at(column - FirstFigure) : std::nullopt;
-            QString field = !isFigure ? text(row, column) : value ? QString::number(*value, 'g', 9) : QString();
+            QString field = !isFigure ? text(row, column)
+                            : value   ? QString::number(*value, 'g', 9)
+                                      : QString();
             if (field == QLatin1String("—"))
                 field.clear();
             if (field.contains(QLatin1Char(',')) || field.contains(QLatin1Char('"')))
@@ -289,5 +298,6 @@ QByteArray RunModel::csv() const
         }
         lines << fields.join(QLatin1Char(','));
     }
-    return QByteArrayLiteral("\xef\xbb\xbf") + (lines.join(QLatin1String("\r\n")) + QLatin1String("\r\n")).toUtf8();
+    return QByteArrayLiteral("\xef\xbb\xbf") +
+           (lines.join(QLatin1String("\r\n")) + QLatin1String("\r\n")).toUtf8();
 }

@@ -198,14 +198,14 @@ void RunPanel::removeSelected()
 
 void RunPanel::exportTable()
 {
-    const QString fileName = QtFileDialog::getSaveFileName(
-        this, QStringLiteral("导出运行记录"), QString(), QStringLiteral("CSV文件(*.csv)"));
+    const QString fileName = QtFileDialog::getSaveFileName(this, QStringLiteral("导出运行记录"), QString(),
+                                                           QStringLiteral("CSV文件(*.csv)"));
     if (fileName.isEmpty())
         return;
     QString error;
     if (SafeFile::write(fileName, m_model->csv(), &error))
         emit notify(Notice::information(QStringLiteral("文件已导出：") + QDir::toNativeSeparators(fileName)));
     else
-        emit notify(Notice::error(
-            QStringLiteral("%1 保存失败：%2").arg(QDir::toNativeSeparators(fileName), error)));
+        emit notify(
+            Notice::error(QStringLiteral("%1 保存失败：%2").arg(QDir::toNativeSeparators(fileName), error)));
 }
