@@ -49,13 +49,16 @@ void ResponseShape::copySamples(const Step &step)
         m_low = std::min(m_low, sample.actual);
         m_high = std::max(m_high, sample.actual);
     }
-    if (step.before && std::isfinite(*step.before))
+    if (step.before && std::isfinite(*step.before)) {
         m_before = *step.before;
-    else if (m_countBefore > 0)
+        m_countBefore = 1;
+    } else if (m_countBefore > 0) {
         m_before = sum / double(m_countBefore);
-    else if (!m_samples.empty())
+    } else if (!m_samples.empty()) {
         m_before = m_samples.front().actual;
-    if (!m_samples.empty() && m_samples.front().seconds > 0)
+    }
+    m_isFirstMade = !m_samples.empty() && m_samples.front().seconds > 0;
+    if (m_isFirstMade)
         m_samples.insert(m_samples.begin(), {0, m_before});
 }
 
@@ -116,20 +119,17 @@ void ResponseShape::smooth()
         double sum = 0; // of what lies within the width, less m_before
         size_t next = 0;
         size_t first = 0;
-        double share = 1;
         for (size_t k = 0; k < count; ++k) {
-            const size_t half = std::min({m_halfWidth, k, count - 1 - k}); // stays centred at the ends
-            const size_t width = next - first;
+            const size_t half = std::min(m_halfWidth, count - 1 - k); // stays centred at the end
             for (; next <= k + half; ++next)
                 sum += m_samples[next].actual - m_before;
-            for (; first < k - half; ++first)
+            for (; first + half < k; ++first)
                 sum -= m_samples[first].actual - m_before;
-            if (next - first != width)
-                share = 1 / double(next - first);
-            m_smooth[k] = m_before + sum * share;
+            // Before the first sample, too, the value is m_before.
+            m_smooth[k] = m_before + sum / double(2 * half + 1);
         }
     }
-    // The ends are averaged less and would widen the range by their noise.
+    // The end is averaged less and would widen the range by its noise.
     const size_t margin = std::min(m_halfWidth, count / 4);
     size_t low = margin;
     size_t high = margin;

@@ -15,9 +15,12 @@ class ResponseShape
 public:
     explicit ResponseShape(const Step &step);
 
-    // Since the step, the first at 0.
+    // Since the step. Where none is at 0 the first is made of before().
     const std::vector<StepSample> &samples() const { return m_samples; }
     double before() const { return m_before; }
+    // How many samples before() is the mean of; 0: it is the first since the step.
+    size_t countBefore() const { return m_countBefore; }
+    bool isFirstMade() const { return m_isFirstMade; }
     double noise() const { return m_noise; } // RMS of one sample
 
     bool hasMoved() const { return m_hasMoved; } // out of the noise
@@ -75,6 +78,7 @@ private:
     double m_range = 0;
     double m_steady = 0;
     Line m_lastFifth;
+    bool m_isFirstMade = false;
     bool m_hasMoved = false;
     bool m_isSteady = false;
 };
