@@ -1,9 +1,11 @@
 #include "pidrecorder.h"
 
 #include <algorithm>
+#include <utility>
 
 PidRecorder::PidRecorder(QObject *parent)
     : QObject(parent)
+    , m_file(std::make_unique<SampleFile>())
     , m_runs(new PidRuns(this))
 {
 }
@@ -33,11 +35,8 @@ void PidRecorder::addEvent(const PidEvent &event)
         known = event;
     else
         known.reset();
-    if (!isRepeated) {
-        m_events.push_back(event);
-        if (m_events.size() > maxEvents)
-            m_events.pop_front();
-    }
+    if (!isRepeated)
+        restoreEvent(event);
     m_runs->addEvent(event, params(event.channel), record(event.channel).end());
 }
 
@@ -51,7 +50,7 @@ void PidRecorder::clear()
 void PidRecorder::clearRecord()
 {
     for (SampleStore &record : m_record)
-        record.clear(&m_file);
+        record.clear(m_file.get());
     m_events.clear();
     m_reported = {};
     m_runs->clear();
@@ -80,6 +79,29 @@ void PidRecorder::setHeld(bool held)
 void PidRecorder::restoreSample(int channel, const PidSample &sample)
 {
     append(channel, sample);
+}
+
+void PidRecorder::restoreEvent(const PidEvent &event)
+{
+    m_events.push_back(event);
+    if (m_events.size() > maxEvents)
+        m_events.pop_front();
+}
+
+void PidRecorder::takeOver(PidRecorder *other)
+{
+    m_file = std::exchange(other->m_file, std::make_unique<SampleFile>());
+    m_record = std::exchange(other->m_record, {});
+    m_events = std::exchange(other->m_events, {});
+    m_dropped = other->m_dropped;
+    m_hasDisk = other->m_hasDisk;
+    m_originUs = other->m_originUs;
+    m_reported = {};
+    m_runs->replace(other->m_runs->runs());
+    other->clearRecord();
+    makeRoom();
+    emit recordCleared();
+    clear();
 }
 
 qint64 PidRecorder::held() const
@@ -116,7 +138,7 @@ bool PidRecorder::dropOldest()
         return false;
     if (m_dropped == 0)
         emit recordTrimmed();
-    m_dropped += oldest->dropOldest(&m_file);
+    m_dropped += oldest->dropOldest(m_file.get());
     return true;
 }
 
@@ -131,13 +153,13 @@ void PidRecorder::makeRoom()
         SampleStore &largest = *std::max_element(
             m_record.begin(), m_record.end(),
             [](const SampleStore &a, const SampleStore &b) { return a.inMemory() < b.inMemory(); });
-        if (largest.moveOldest(&m_file)) {
+        if (largest.moveOldest(m_file.get())) {
             inMemory -= SampleStore::blockSamples;
             continue;
         }
-        if (m_hasDisk && !m_file.error().isEmpty()) {
+        if (m_hasDisk && !m_file->error().isEmpty()) {
             m_hasDisk = false;
-            emit diskRefused(m_file.error());
+            emit diskRefused(m_file->error());
         }
         // Without a disk the record ends where the memory does.
         if (inMemory < 2 * maxInMemory || !dropOldest())

@@ -20,6 +20,7 @@
 
 #include <array>
 #include <deque>
+#include <memory>
 #include <optional>
 
 struct PidChannelParams // as last sent or reported
@@ -73,7 +74,7 @@ public:
     // ---- the record
 
     const SampleStore &record(int channel) const { return m_record.at(static_cast<size_t>(channel)); }
-    const SampleFile &file() const { return m_file; }
+    const SampleFile &file() const { return *m_file; }
     PidRuns *runs() const { return m_runs; }
     // Samples of all channels that the record may hold; the oldest are dropped beyond.
     void setLimit(qint64 samples);
@@ -82,7 +83,10 @@ public:
     qint64 dropped() const { return m_dropped; } // since the record began
     // A session from a file: events and samples in the order of time, without making runs.
     void restoreSample(int channel, const PidSample &sample);
-    void restoreEvent(const PidEvent &event) { m_events.push_back(event); }
+    void restoreEvent(const PidEvent &event);
+    // Replaces the record, its runs and the origin by those of another recorder, which is
+    // left with nothing. Parameters and limit stay. Emits recordCleared(), then cleared().
+    void takeOver(PidRecorder *other);
 
     const std::deque<PidEvent> &events() const { return m_events; }
     quint64 recorded() const { return m_recorded; } // actual values, also dropped ones
@@ -98,7 +102,7 @@ public:
 signals:
     void sampleAdded(int channel);
     void cleared();
-    void recordCleared();
+    void recordCleared();                    // or replaced: numbers of samples begin again
     void recordTrimmed();                    // the first time that samples are dropped
     void diskRefused(const QString &reason); // the first time; memory holds less than the limit
 
@@ -107,7 +111,7 @@ private:
     void makeRoom();
     bool dropOldest();
 
-    SampleFile m_file;
+    std::unique_ptr<SampleFile> m_file;
     std::array<SampleStore, channels> m_record;
     PidRuns *m_runs;
     qint64 m_limit = 50000000;

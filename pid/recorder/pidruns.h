@@ -71,7 +71,7 @@ public:
     void remove(int id);
     // The user has named, hidden or marked something since the last call of setSaved().
     bool isEdited() const { return m_isEdited; }
-    void setSaved() { m_isEdited = false; }
+    void setSaved(bool isSaved = true) { m_isEdited = !isSaved; }
 
 signals:
     void changed(); // the list, or what the user said of a run

@@ -115,6 +115,34 @@ private slots:
         QVERIFY(qAbs(m_recorder->record(0).begin() - m_recorder->record(3).begin()) <= 4096);
     }
 
+    // As after opening a file: recording goes on behind what was in it.
+    void takesOverARecord()
+    {
+        PidRecorder other;
+        other.setOrigin(7);
+        for (int i = 0; i < PidRecorder::maxInMemory + 10000; ++i)
+            other.restoreSample(0, sampleOf(i));
+        QVERIFY(other.file().fileBytes() > 0);
+        for (int i = 0; i < PidRecorder::maxEvents + 5; ++i)
+            other.restoreEvent({PidEvent::Started, 0, i, true});
+        other.runs()->replace({PidRun()});
+        event(PidEvent::Started, 0, 0, false);
+        samples(100, 1000, 1);
+        const QSignalSpy cleared(m_recorder.get(), &PidRecorder::recordCleared);
+        m_recorder->takeOver(&other);
+        QVERIFY(cleared.count() == 1 && m_recorder->origin() == 7 && m_recorder->samples()[0].isEmpty());
+        QVERIFY(m_recorder->events().size() == PidRecorder::maxEvents && m_recorder->events()[0].us == 5);
+        QVERIFY(other.held() == 0 && other.events().empty() && m_recorder->runs()->runs().size() == 1);
+        target(300, 3000);
+        samples(10, qint64(1) << 40, 1);
+        QVector<PidSample> all;
+        QVERIFY(m_recorder->record(0).read(0, 1 << 30, m_recorder->file(), &all));
+        QVERIFY(all.size() == PidRecorder::maxInMemory + 10010 && isSample(all.at(1), 1));
+        QCOMPARE(m_recorder->runs()->newest(0)->first, qint64(PidRecorder::maxInMemory) + 10000);
+        m_recorder->setLimit(8192);
+        QCOMPARE(m_recorder->held() + m_recorder->dropped(), qint64(all.size()));
+    }
+
     void repeatsNoEvent()
     {
         for (int i = 0; i < 50; ++i)
