@@ -18,8 +18,17 @@ public:
 
     // The channel of the next sample; -1 at the end, or where error() has a reason.
     int earliest();
-    // Of a channel that earliest() returned, once for each call of it.
-    const PidSample &take(int channel) { return m_channels[size_t(channel)].take(); }
+    // The next sample of a channel that earliest() returned; taken once for each call of it.
+    const PidSample &peek(int channel) const
+    {
+        const Channel &own = m_channels[size_t(channel)];
+        return own.block.at(own.at);
+    }
+    const PidSample &take(int channel)
+    {
+        Channel &own = m_channels[size_t(channel)];
+        return own.block.at(own.at++);
+    }
     // What is in memory of it, at least one sample; `number` is that of the first.
     QVector<PidSample> takeBlock(int channel, qint64 *number);
 
@@ -43,7 +52,6 @@ private:
         int at = 0; // the next one of the block
 
         bool isUsed() const { return at == block.size(); }
-        const PidSample &take() { return block.at(at++); }
     };
 
     bool fill(int channel);

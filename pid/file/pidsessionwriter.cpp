@@ -11,6 +11,10 @@ PidSessionWriter::PidSessionWriter(const PidRecorder *recorder, const PidSession
     , m_runs(recorder->runs()->runs())
     , m_events(recorder->events())
 {
+    if (recorder->hasOrigin())
+        m_info.originUs = recorder->origin();
+    else
+        m_info.originUs.reset();
     for (PidRun &run : m_runs) {
         const qint64 begin = m_range.begin(run.channel);
         const qint64 end = m_range.end(run.channel);

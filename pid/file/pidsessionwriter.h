@@ -11,7 +11,8 @@ class QIODevice;
 class PidSessionWriter
 {
 public:
-    // The device is open for writing; both must outlive this.
+    // The device is open for writing; both must outlive this. The origin is
+    // the record's.
     PidSessionWriter(const PidRecorder *recorder, const PidSessionInfo &info, QIODevice *device);
 
     // Writes about so many samples. True when all is written, or error() has a reason.
@@ -33,7 +34,7 @@ private:
     void write(const QByteArray &bytes);
 
     QIODevice *m_device;
-    const PidSessionInfo m_info;
+    PidSessionInfo m_info;
     PidRecordRange m_range;
     QVector<PidRun> m_runs;
     const std::deque<PidEvent> m_events;
