@@ -32,6 +32,12 @@ static uint8_t limited(uint8_t length)
     return length < 1u ? 1u : length > 4u ? 4u : length;
 }
 
+/* 0 is what the host is set to at first. */
+static uint8_t limited_address(uint8_t length)
+{
+    return length == 0 ? 2u : limited(length);
+}
+
 /* Sixteen entries instead of 256: 32 bytes of flash. */
 uint16_t orvn_camera_crc(uint16_t crc, const uint8_t *bytes, size_t count)
 {
@@ -74,7 +80,7 @@ size_t orvn_camera_announce(uint8_t *packet, uint8_t device, uint8_t format, uin
 
 uint16_t orvn_camera_image_begin(uint8_t *header, uint8_t device, uint32_t size)
 {
-    put_header(header, device, IMAGE_DATA, size);
+    put_header(header, device, IMAGE_DATA, size < ORVN_CAMERA_IMAGE_MAX ? size : ORVN_CAMERA_IMAGE_MAX);
     return orvn_camera_crc(ORVN_CAMERA_CRC_START, header, ORVN_CAMERA_HEADER);
 }
 
@@ -98,17 +104,21 @@ size_t orvn_camera_reply(uint8_t *packet, uint8_t device, uint8_t status, uint32
 void orvn_camera_receiver_init(orvn_camera_receiver *receiver, uint8_t address_length, uint8_t value_length)
 {
     memset(receiver, 0, sizeof *receiver);
-    receiver->address_length = limited(address_length);
+    receiver->address_length = limited_address(address_length);
     receiver->value_length = limited(value_length);
 }
 
-/* The length of a request; 0 where there is no such command. */
+/*
+ * The length of a request; 0 where there is no such command. The lengths in the
+ * receiver are limited again, since it may not have been initialized.
+ */
 static uint8_t length_of(const orvn_camera_receiver *receiver, uint8_t command)
 {
+    const uint8_t address = limited_address(receiver->address_length);
     if (command == READ_REGISTER)
-        return (uint8_t)(OVERHEAD + 2u + receiver->address_length);
+        return (uint8_t)(OVERHEAD + 2u + address);
     if (command == WRITE_REGISTER)
-        return (uint8_t)(OVERHEAD + receiver->address_length + receiver->value_length);
+        return (uint8_t)(OVERHEAD + address + limited(receiver->value_length));
     return 0;
 }
 
@@ -139,8 +149,10 @@ static void resynchronize(orvn_camera_receiver *receiver)
 int orvn_camera_receive(orvn_camera_receiver *receiver, uint8_t byte, orvn_camera_request *request)
 {
     const uint8_t *const packet = receiver->bytes;
-    const uint8_t addresses = receiver->address_length;
+    const uint8_t addresses = limited_address(receiver->address_length);
     uint8_t length;
+    if (receiver->count >= sizeof receiver->bytes)
+        receiver->count = 0; /* not initialized */
     receiver->bytes[receiver->count++] = byte;
     resynchronize(receiver);
     if (receiver->count <= COMMAND)
@@ -153,7 +165,7 @@ int orvn_camera_receive(orvn_camera_receiver *receiver, uint8_t byte, orvn_camer
     request->write = packet[COMMAND] == WRITE_REGISTER;
     if (request->write) {
         request->address = get(packet + BODY, addresses);
-        request->value = get(packet + BODY + addresses, receiver->value_length);
+        request->value = get(packet + BODY + addresses, limited(receiver->value_length));
     } else {
         request->reg_id = (uint16_t)get(packet + BODY, 2);
         request->address = get(packet + BODY + 2, addresses);

@@ -26,6 +26,7 @@ extern "C" {
 #define ORVN_CAMERA_ANNOUNCEMENT 17u
 #define ORVN_CAMERA_REPLY_MAX 19u
 #define ORVN_CAMERA_REQUEST_MAX 20u
+#define ORVN_CAMERA_IMAGE_MAX 67108852u /* bytes of a picture; the host refuses packets above 64 MB */
 
 /* Formats of pictures. */
 enum {
@@ -49,7 +50,8 @@ size_t orvn_camera_announce(uint8_t *packet, uint8_t device, uint8_t format, uin
 
 /*
  * A picture: send the header of ORVN_CAMERA_HEADER bytes, then the data in
- * pieces of any size, then the two bytes of orvn_camera_image_end().
+ * pieces of any size, then the two bytes of orvn_camera_image_end(). The size in the
+ * header is at most ORVN_CAMERA_IMAGE_MAX; more data than that is not to be sent.
  *   crc = orvn_camera_image_begin(header, device, size);
  *   crc = orvn_camera_crc(crc, piece, count);     for each piece
  */
@@ -70,7 +72,11 @@ typedef struct
     uint8_t status; /* ORVN_CAMERA_BAD_PACKET: the checksum was wrong; answer so or be silent */
 } orvn_camera_request;
 
-/* One for each line, to be initialized by orvn_camera_receiver_init(). */
+/*
+ * One for each line, initialized by ORVN_CAMERA_RECEIVER_INIT or
+ * orvn_camera_receiver_init(). Zeroed, as static memory is, it is ready for what the
+ * host is set to at first: addresses of 2 bytes, values of 1.
+ */
 typedef struct
 {
     uint8_t address_length;
@@ -79,7 +85,11 @@ typedef struct
     uint8_t count;
 } orvn_camera_receiver;
 
-/* The lengths are what the host is set to; they are limited to 1 to 4 bytes. */
+/* The lengths are what the host is set to, at most 4 bytes each; 0 is 2 and 1, as above. */
+#define ORVN_CAMERA_RECEIVER_INIT(address_length, value_length)                                              \
+    {                                                                                                        \
+        (address_length), (value_length), {0}, 0                                                             \
+    }
 void orvn_camera_receiver_init(orvn_camera_receiver *receiver, uint8_t address_length, uint8_t value_length);
 
 /*

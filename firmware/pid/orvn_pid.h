@@ -38,16 +38,21 @@ typedef struct
 {
     uint8_t code;    /* one of the above */
     uint8_t channel; /* 1 to ORVN_PID_CHANNELS */
-    float p, i, d;   /* of ORVN_PID_SET_GAINS, always finite */
+    float p, i, d;   /* of ORVN_PID_SET_GAINS; never infinite or no number, with -ffast-math neither */
     int32_t value;   /* of ORVN_PID_SET_TARGET and ORVN_PID_SET_PERIOD */
 } orvn_pid_command;
 
-/* One for each line; zero-initialized it is ready. */
+/* One for each line. Zeroed, as static memory is, it is ready; elsewhere use ORVN_PID_RECEIVER_INIT. */
 typedef struct
 {
     uint8_t bytes[ORVN_PID_FRAME_MAX];
     uint8_t count;
 } orvn_pid_receiver;
+
+#define ORVN_PID_RECEIVER_INIT                                                                               \
+    {                                                                                                        \
+        {0}, 0                                                                                               \
+    }
 
 /* Drops the bytes received so far, for example after the line was down. */
 void orvn_pid_receiver_reset(orvn_pid_receiver *receiver);

@@ -47,6 +47,8 @@ private slots:
         orvn_camera_image_end(trailer, crc);
         QCOMPARE(bytesOf(header, sizeof header) + data + bytesOf(trailer, sizeof trailer),
                  hex("4f52564e00140000000210111213141516174e6e"));
+        orvn_camera_image_begin(header, 0, 0xFFFFFFFFU); // more than the host receives
+        QCOMPARE(bytesOf(header, 9), hex("4f52564e0000000004"));
     }
 
     // Lengths that are out of range are 4 and 1 bytes.
@@ -71,10 +73,11 @@ private slots:
     {
         const auto seen = [](const QByteArray &bytes, uint8_t addresses = 2, uint8_t values = 1) {
             orvn_camera_receiver receiver;
+            orvn_camera_request request;
             std::memset(&receiver, 'O', sizeof receiver); // on the stack
+            (void)orvn_camera_receive(&receiver, 0xFF, &request);
             receiver.count = 1;
             orvn_camera_receiver_init(&receiver, addresses, values);
-            orvn_camera_request request;
             QString all;
             for (const char byte : bytes)
                 if (orvn_camera_receive(&receiver, static_cast<uint8_t>(byte), &request))
@@ -85,6 +88,14 @@ private slots:
         const QByteArray read = hex("4f52564e01100000001134120830429a");
         const QByteArray write = hex("4f52564e000f0000001008305afdf2");
         QCOMPARE(seen(read), "r1:1234:3008:0:0 ");
+        // Forgotten to be initialized, it is ready for what the host is set to at first.
+        orvn_camera_receiver forgotten{};
+        orvn_camera_receiver initialized = ORVN_CAMERA_RECEIVER_INIT(2, 1);
+        orvn_camera_request request;
+        for (const char byte : read + write)
+            QCOMPARE(orvn_camera_receive(&forgotten, static_cast<uint8_t>(byte), &request),
+                     orvn_camera_receive(&initialized, static_cast<uint8_t>(byte), &request));
+        QCOMPARE(request.value, 0x5AU);
         QCOMPARE(seen("OROR" + read + "x" + write), "r1:1234:3008:0:0 w0:0:3008:5a:0 ");
         QCOMPARE(seen(read.left(12) + write), "r1:1234:524f:0:1 w0:0:3008:5a:0 "); // cut
         QCOMPARE(seen(read.left(15) + "x"), "r1:1234:3008:0:1 ");                  // wrong checksum

@@ -21,7 +21,7 @@ QByteArray withSum(const char *hex)
 
 QVector<orvn_pid_command> receive(const QByteArray &bytes, orvn_pid_receiver *receiver = nullptr)
 {
-    orvn_pid_receiver fresh{};
+    orvn_pid_receiver fresh = ORVN_PID_RECEIVER_INIT;
     QVector<orvn_pid_command> commands;
     orvn_pid_command command;
     for (const char byte : bytes)
