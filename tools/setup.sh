@@ -10,7 +10,7 @@ program="build-essential cmake ninja-build ccache pkg-config git ca-certificates
 # Without a screen the program runs on a virtual one.
 display="xvfb xauth openbox"
 tests="clang libclang-rt-dev clang-format clang-tidy python3 lrzsz socat zip
-  g++-mingw-w64-x86-64-posix libz-mingw-w64-dev"
+  g++-mingw-w64-x86-64-posix libz-mingw-w64-dev gcc-arm-none-eabi libnewlib-dev"
 
 wanted="$program $display"
 if [ "${1:-}" = test ]; then

@@ -17,8 +17,8 @@
 /* P, I (1/s), D (s), period (ms), limit; delete what the board does not have. */
 static orvn_pid_loop loops[] = {
     ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 10, LIMIT), ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 10, LIMIT),
-    ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 10, LIMIT), ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 20, LIMIT),
-    ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 20, LIMIT),
+    ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 10, LIMIT), ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 10, LIMIT),
+    ORVN_PID_LOOP_INIT(0.8f, 1.0f, 0.0f, 10, LIMIT),
 };
 #define LOOPS (sizeof loops / sizeof loops[0])
 typedef char no_more_loops_than_channels[LOOPS <= ORVN_PID_CHANNELS ? 1 : -1];
