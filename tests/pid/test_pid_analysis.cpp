@@ -1,7 +1,11 @@
 // The figures of a step against the response's formula, evaluated on a fine grid by
-// the plainest search.
+// the plainest search; fits against processes integrated in steps of 0.1 ms; and the
+// gains that follow, tried on the simulated board.
 
-#include "stepfigures.h"
+#include "pidboard.h"
+#include "pidparser.h"
+#include "plantfit.h"
+#include "tuningrules.h"
 
 #include <QtTest>
 
@@ -11,6 +15,10 @@
 #include <random>
 
 Q_DECLARE_METATYPE(StepSample)
+Q_DECLARE_METATYPE(PlantModel)
+Q_DECLARE_METATYPE(ParallelGains)
+Q_DECLARE_METATYPE(StepInput)
+Q_DECLARE_METATYPE(PlantFit::Problem)
 
 namespace {
 
@@ -136,6 +144,87 @@ struct Reference
     double deadTime, delay, rise, final;
     double top = 0, topTime = 0, settling = 0, iae = 0, ise = 0, itae = 0;
 };
+
+using Kind = PlantModel::Kind;
+
+PlantModel process(Kind kind, double gain, double delay, double lagOrFrequency = 0, double damping = 0)
+{
+    return {kind, gain, lagOrFrequency, lagOrFrequency, damping, delay};
+}
+
+// 0.1 s at rest at 50, which is 0 to process and controller, and 5 s after the target,
+// or in an open loop the input, went up by 100.
+QVector<StepSample> looped(const PlantModel &plant, const StepInput &input, double noise)
+{
+    constexpr double dt = 1e-4;
+    std::mt19937 random(3);
+    std::normal_distribution<double> deviate(0, noise);
+    QVector<StepSample> samples;
+    for (int k = -50; k < 0; ++k)
+        samples.append({k * 0.002, 50 + deviate(random)});
+    std::vector<double> inputs;
+    double y = 0, slope = 0, integral = 0, last = 0;
+    for (int k = 0; k < 50000; ++k) {
+        if (k % 20 == 0)
+            samples.append({k * dt, 50 + y + deviate(random)});
+        if (!input.isClosed) {
+            inputs.push_back(100);
+        } else if (k % int(std::lround(input.period / dt)) == 0) {
+            integral += input.gains.i * (100 - y) * input.period;
+            inputs.push_back(input.gains.p * (100 - y) + integral -
+                             input.gains.d * (y - last) / input.period);
+            last = y;
+        } else {
+            inputs.push_back(inputs.back());
+        }
+        const int then = k - int(std::lround(plant.delay / dt));
+        const double u = then < 0 ? 0 : plant.gain * inputs[size_t(then)];
+        const double w = plant.frequency;
+        switch (plant.kind) {
+        case Kind::FirstOrder:
+            slope = (u - y) / plant.lag;
+            break;
+        case Kind::SecondOrder:
+            slope += dt * (w * w * (u - y) - 2 * plant.damping * w * slope);
+            break;
+        case Kind::Integrating:
+            slope = u;
+            break;
+        case Kind::Unstable:
+            slope = (u + y) / plant.lag;
+            break;
+        }
+        y += dt * slope;
+    }
+    return samples;
+}
+
+// Eight seconds of one loop of the board, which starts at rest; with the gains built in
+// where there are no others.
+QVector<StepSample> boardRun(int channel, int rate, quint32 seed, const ParallelGains *gains)
+{
+    Boardsim::PidBoard board(rate, 1, seed);
+    const auto command = [&](PidFrame::Command code, const QByteArray &payload) {
+        board.receive(PidFrame::build(code, quint8(channel), payload));
+    };
+    if (gains)
+        command(PidFrame::SetPid, PidFrame::floatToBytes(float(gains->p)) +
+                                      PidFrame::floatToBytes(float(gains->i)) +
+                                      PidFrame::floatToBytes(float(gains->d)));
+    command(PidFrame::SetTarget, PidFrame::int32ToBytes(300));
+    command(PidFrame::Start, {});
+    PidParser parser;
+    PidReport report;
+    QVector<StepSample> samples;
+    for (int ms = 1; ms <= 8000; ++ms) {
+        board.advance(1);
+        parser.append(board.takeOutput(), ms);
+        while (parser.next(&report) == PidParser::Outcome::Report)
+            if (report.command == PidFrame::Actual)
+                samples.append({ms * 1e-3, double(report.value)});
+    }
+    return samples;
+}
 
 void compare(const char *figure, const std::optional<double> &actual, double expected, double tolerance)
 {
@@ -288,6 +377,203 @@ private slots:
         compare("rise", figures.riseTime, *clean.riseTime, 0.01 * *clean.riseTime);
         compare("settling", figures.settlingTime, *clean.settlingTime, 0.01 * *clean.settlingTime);
         compare("itae", figures.itae, *clean.itae, 0.01 * *clean.itae);
+    }
+
+    void fits_data()
+    {
+        QTest::addColumn<PlantModel>("plant");
+        QTest::addColumn<ParallelGains>("gains"); // of the loop; none: open
+        using Gains = ParallelGains;
+        QTest::newRow("lag") << process(Kind::FirstOrder, 2, 0.1, 0.4) << Gains();
+        QTest::newRow("swing") << process(Kind::SecondOrder, 1.5, 0.1, 6, 0.25) << Gains();
+        QTest::newRow("integrator") << process(Kind::Integrating, 3, 0.5) << Gains();
+        QTest::newRow("lag, PI") << process(Kind::FirstOrder, 2, 0.1, 0.4) << Gains{0.8, 1, 0};
+        QTest::newRow("lag, P") << process(Kind::FirstOrder, 0.5, 0.05, 0.3) << Gains{3, 0, 0};
+        QTest::newRow("lag, PID") << process(Kind::FirstOrder, 1, 0.2, 0.5) << Gains{1, 2, 0.05};
+        QTest::newRow("swing, PI") << process(Kind::SecondOrder, 1, 0.1, 6, 0.25) << Gains{0.2, 1, 0};
+        QTest::newRow("two lags, PI") << process(Kind::SecondOrder, 1, 0.1, 5, 1.5) << Gains{0.8, 1.5, 0};
+        QTest::newRow("integrator, PI") << process(Kind::Integrating, 3, 0.1) << Gains{0.8, 0.3, 0};
+        QTest::newRow("runs away, PI") << process(Kind::Unstable, 2, 0.05, 0.667) << Gains{1.5, 1, 0};
+        QTest::newRow("no dead time") << process(Kind::FirstOrder, 1, 0, 0.4) << Gains{0.8, 1, 0};
+    }
+
+    // Within 5 % at a noise of 2 %, with a controller that acts every 10 ms.
+    void fits()
+    {
+        QFETCH(PlantModel, plant);
+        QFETCH(ParallelGains, gains);
+        StepInput input;
+        input.isClosed = gains.p > 0;
+        input.gains = gains;
+        input.period = 0.01;
+        const PlantFit fit = fitPlant({looped(plant, input, 2), 50, 150, {}, 0.02}, input);
+        QCOMPARE(int(fit.problem), int(PlantFit::Problem::None));
+        QCOMPARE(int(fit.model.kind), int(plant.kind));
+        compare("gain", fit.model.gain, plant.gain, 0.05 * plant.gain);
+        const bool swings = plant.kind == Kind::SecondOrder;
+        compare("time", swings ? fit.model.frequency : fit.model.lag, plant.lag, 0.05 * plant.lag);
+        compare("damping", fit.model.damping, plant.damping, 0.05 * plant.damping);
+        QCOMPARE(fit.delayAtMost.has_value(), plant.delay == 0);
+        compare("dead time", fit.model.delay, plant.delay, std::max(0.002, 0.05 * plant.delay));
+        compare("residual", fit.residual, 2, 0.2);
+        QCOMPARE(fit.curve.size(), 2550);
+    }
+
+    void fitsNothing_data()
+    {
+        QTest::addColumn<QVector<StepSample>>("samples");
+        QTest::addColumn<StepInput>("input");
+        QTest::addColumn<PlantFit::Problem>("problem");
+        using Problem = PlantFit::Problem;
+        const auto closed = [](double p, double i, double limit = 0) {
+            StepInput input;
+            input.gains = {p, i, 0};
+            input.limit = limit;
+            input.wasOff = true;
+            return input;
+        };
+        const StepInput usual = closed(0.8, 1);
+        const Response lag = firstOrder(0, 300, 0.4);
+        const Response steps = [](double t) { return 100 * std::floor(std::fmod(t, 3)) + 10 * t; };
+        QTest::newRow("no sample") << QVector<StepSample>() << usual << Problem::TooFewSamples;
+        QTest::newRow("19 samples") << sampled(lag, 3, 18).mid(0, 18) << usual << Problem::TooFewSamples;
+        QTest::newRow("over between two samples")
+            << sampled(firstOrder(0, 300, 0.001), 5, 50) << usual << Problem::TooFewSamples;
+        QTest::newRow("no gains") << sampled(lag, 3, 1000) << closed(0, 0) << Problem::NoInput;
+        QTest::newRow("no numbers") << sampled(lag, 3, 1000) << closed(qQNaN(), 1) << Problem::NoInput;
+        QTest::newRow("still") << sampled(ramp(0), 3, 1000, 1) << usual << Problem::NoMovement;
+        QTest::newRow("small") << sampled(firstOrder(0, 3, 0.4), 3, 5000, 1) << usual
+                               << Problem::StepTooSmall;
+        QTest::newRow("no process") << sampled(steps, 6, 1000) << usual << Problem::PoorFit;
+        QTest::newRow("no process, at the limit")
+            << sampled(steps, 6, 1000) << closed(8, 1, 100) << Problem::Saturated;
+    }
+
+    void fitsNothing()
+    {
+        QFETCH(QVector<StepSample>, samples);
+        QFETCH(StepInput, input);
+        QFETCH(PlantFit::Problem, problem);
+        const PlantFit fit = fitPlant({samples, 0, 300, {}, 0.02}, input);
+        QCOMPARE(int(fit.problem), int(problem));
+    }
+
+    void tunesTheBoard_data()
+    {
+        QTest::addColumn<int>("channel");
+        QTest::addColumn<int>("rate"); // reports per second
+        for (int channel = 1; channel <= 5; ++channel)
+            for (int rate : {100, 300, 1000})
+                QTest::addRow("loop %d, %d/s", channel, rate) << channel << rate;
+    }
+
+    // From the run with the gains built in to a better one.
+    void tunesTheBoard()
+    {
+        QFETCH(int, channel);
+        QFETCH(int, rate);
+        constexpr double builtIn[] = {0.8, 0.2, 0.5, 0.3, 1.5};
+        StepInput input;
+        input.gains = {builtIn[channel - 1], 1, 0};
+        input.period = 0.01;
+        input.limit = 1000;
+        input.derivativeLag = 0.02;
+        input.wasOff = true;
+        const Step before{boardRun(channel, rate, 1, nullptr), 0, 300, {}, 0.02};
+        const PlantFit fit = fitPlant(before, input);
+        QCOMPARE(int(fit.problem), int(PlantFit::Problem::None));
+
+        const Tuning tuning = simcTuning(fit.model, ControllerKind::Pid, 1, {input.period, 1.0 / rate});
+        QCOMPARE(int(tuning.problem), int(Tuning::Problem::None));
+        const StepFigures old = measureStep(before);
+        const StepFigures now = measureStep({boardRun(channel, rate, 2, &tuning.gains), 0, 300, {}, 0.02});
+        compare("overshoot", now.overshoot, 5, 5);
+        compare("steady error", now.steadyError, 0, 1);
+        QVERIFY2(*now.iae < 0.5 * *old.iae, qPrintable(QString("%1, was %2").arg(*now.iae).arg(*old.iae)));
+    }
+
+    // Numbers of the papers' formulas, calculated by hand.
+    void rules()
+    {
+        const auto check = [](const Tuning &tuning, const ParallelGains &expected) {
+            QCOMPARE(int(tuning.problem), int(Tuning::Problem::None));
+            compare("P", tuning.gains.p, expected.p, 1e-3 * expected.p);
+            compare("I", tuning.gains.i, expected.i, 1e-3 * expected.i);
+            compare("D", tuning.gains.d, expected.d, 1e-3 * expected.d);
+        };
+        const LoopTiming none;
+        const auto pi = ControllerKind::Pi;
+        const auto pid = ControllerKind::Pid;
+        const PlantModel lag = process(Kind::FirstOrder, 2, 1, 4);
+        const PlantModel integrator = process(Kind::Integrating, 0.5, 2);
+        const PlantModel twoLags = process(Kind::SecondOrder, 2, 1, 0.5, 1.25); // 4 s and 1 s
+        check(simcTuning(lag, pi, 1, none), {1, 0.25, 0});
+        check(simcTuning(lag, pi, 3, none), {0.5, 0.125, 0});
+        check(simcTuning(lag, pi, 1, {0.5, 3}), {4 / 7.0, 1 / 7.0, 0}); // dead time 1.75
+        check(simcTuning(integrator, pi, 1, none), {0.5, 0.03125, 0});
+        check(simcTuning(twoLags, pid, 1, none), {1.25, 0.25, 1});
+        check(simcTuning(twoLags, pi, 1, none), {0.75, 1 / 6.0, 0}); // 4.5 s behind 1.5 s
+        check(amigoTuning(lag, pi, none), {0.455, 0.13874, 0});
+        check(amigoTuning(lag, pid, none), {1, 0.38889, 0.46512});
+        check(amigoTuning(integrator, pi, none), {0.35, 0.35 / 26.8, 0});
+        check(amigoTuning(integrator, pid, none), {0.45, 0.028125, 0.45});
+
+        StepFigures swinging;
+        swinging.period = 2;
+        swinging.decayRatio = 0.97;
+        const UltimatePoint point = ultimatePoint(swinging, {10, 0, 0});
+        check(zieglerNicholsTuning(point, ControllerKind::P), {5, 0, 0});
+        check(zieglerNicholsTuning(point, pi), {4.5, 2.7, 0});
+        check(zieglerNicholsTuning(point, pid), {6, 6, 1.5});
+
+        using Limit = UltimatePoint::Problem;
+        const auto limitOf = [&](double decay, const ParallelGains &gains) {
+            swinging.decayRatio = decay;
+            return ultimatePoint(swinging, gains).problem;
+        };
+        QVERIFY(limitOf(0.5, {10, 0, 0}) == Limit::Dying);
+        QVERIFY(limitOf(1.5, {10, 0, 0}) == Limit::Growing);
+        QVERIFY(limitOf(1, {10, 1, 0}) == Limit::NotProportional);
+        QVERIFY(ultimatePoint({}, {10, 0, 0}).problem == Limit::NoSwing);
+
+        using Problem = Tuning::Problem;
+        const auto problemOf = [&](const PlantModel &model) {
+            return simcTuning(model, pi, 1, none).problem;
+        };
+        QVERIFY(problemOf(process(Kind::FirstOrder, -2, 1, 4)) == Problem::Negative);
+        QVERIFY(problemOf(process(Kind::FirstOrder, 1e-40, 1, 4)) == Problem::TooLarge);
+        QVERIFY(problemOf(process(Kind::FirstOrder, 1e9, 1, 4)) == Problem::TooSmall);
+        QVERIFY(problemOf(process(Kind::FirstOrder, 0, 1, 4)) == Problem::NoNumber);
+        QVERIFY(problemOf(process(Kind::FirstOrder, 1, qQNaN(), 4)) == Problem::NoNumber);
+        QVERIFY(problemOf(process(Kind::Unstable, 1, 4, 4)) == Problem::NoRule);
+        QVERIFY(amigoTuning(twoLags, pid, none).problem == Problem::NoRule);
+        QVERIFY(amigoTuning(process(Kind::FirstOrder, 1, 0, 4), pi, none).problem == Problem::NoNumber);
+    }
+
+    void convertsGains_data()
+    {
+        QTest::addColumn<int>("form");
+        QTest::addColumn<ParallelGains>("board"); // of P 2, I 4 /s, D 0.5 s
+        QTest::newRow("parallel") << int(GainForm::Parallel) << ParallelGains{2, 4, 0.5};
+        QTest::newRow("per period") << int(GainForm::PerPeriod) << ParallelGains{2, 0.04, 50};
+        QTest::newRow("standard") << int(GainForm::Standard) << ParallelGains{2, 0.5, 0.25};
+    }
+
+    void convertsGains()
+    {
+        QFETCH(int, form);
+        QFETCH(ParallelGains, board);
+        const auto there = toBoard({2, 4, 0.5}, GainForm(form), 0.01);
+        const auto back = fromBoard(board, GainForm(form), 0.01);
+        QVERIFY(there && back);
+        const double actual[] = {there->p, there->i, there->d, back->p, back->i, back->d};
+        const double expected[] = {board.p, board.i, board.d, 2, 4, 0.5};
+        for (int k = 0; k < 6; ++k)
+            compare("number", actual[k], expected[k], 1e-9);
+        const bool needsPeriod = GainForm(form) == GainForm::PerPeriod;
+        QCOMPARE(toBoard({2, 4, 0.5}, GainForm(form), 0).has_value(), !needsPeriod);
+        QCOMPARE(fromBoard(board, GainForm(form), 0).has_value(), !needsPeriod);
+        QCOMPARE(toBoard({0, 4, 0}, GainForm(form), 1).has_value(), GainForm(form) != GainForm::Standard);
     }
 };
 
