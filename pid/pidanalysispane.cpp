@@ -2,16 +2,25 @@
 
 #include "pidplot.h"
 #include "pidrecorder.h"
+#include "runmodel.h"
 #include "runpanel.h"
+#include "tuningpanel.h"
 
 PidAnalysisPane::PidAnalysisPane(PidRecorder *recorder, PidPlot *plot, QWidget *parent)
     : QTabWidget(parent)
     , m_recorder(recorder)
     , m_plot(plot)
     , m_runs(new RunPanel(recorder, this))
+    , m_tuning(new TuningPanel(recorder, &m_runs->model()->figures(), this))
 {
     setObjectName(QStringLiteral("pidAnalysis"));
     addTab(m_runs, QStringLiteral("运行记录"));
+    addTab(m_tuning, QStringLiteral("整定建议"));
+    connect(m_runs, &RunPanel::selectionChanged, m_tuning, &TuningPanel::setRun);
+    connect(m_tuning, &TuningPanel::gainsProposed, this, &PidAnalysisPane::gainsProposed);
+    connect(m_tuning, &TuningPanel::fitted, this, [this](const QVector<QPointF> &curve) {
+        m_plot->setFit({curve, QStringLiteral("模型")});
+    });
     connect(m_runs, &RunPanel::showRequested, this, &PidAnalysisPane::showRun);
     connect(m_runs, &RunPanel::notify, this, &PidAnalysisPane::notify);
     connect(recorder->runs(), &PidRuns::changed, this, &PidAnalysisPane::showOverlays);
@@ -27,6 +36,7 @@ PidAnalysisPane::PidAnalysisPane(PidRecorder *recorder, PidPlot *plot, QWidget *
 void PidAnalysisPane::load()
 {
     m_runs->load();
+    m_tuning->load();
 }
 
 // With some of what was before.

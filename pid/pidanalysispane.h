@@ -10,6 +10,8 @@
 class PidPlot;
 class PidRecorder;
 class RunPanel;
+class TuningPanel;
+struct PidGains;
 
 class PidAnalysisPane : public QTabWidget
 {
@@ -23,6 +25,7 @@ public:
 
 signals:
     void notify(const Notice &notice);
+    void gainsProposed(int channel, const PidGains &gains);
 
 private:
     void showRun(int id);
@@ -31,5 +34,6 @@ private:
     PidRecorder *m_recorder;
     PidPlot *m_plot;
     RunPanel *m_runs;
+    TuningPanel *m_tuning;
     int m_shown = 0; // the run that is looked at; 0 for the newest one of each channel
 };

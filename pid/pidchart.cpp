@@ -17,6 +17,7 @@
 #include <QSplitter>
 #include <QToolTip>
 
+#include <limits>
 #include <utility>
 
 PidChart::PidChart(PidRecorder *recorder, QWidget *parent)
@@ -114,6 +115,7 @@ void PidChart::openAnalysis(bool open)
     if (open && !m_analysis) {
         m_analysis = new PidAnalysisPane(m_recorder, m_plot, m_split);
         connect(m_analysis, &PidAnalysisPane::notify, this, &PidChart::notify);
+        connect(m_analysis, &PidAnalysisPane::gainsProposed, this, &PidChart::gainsProposed);
         m_split->addWidget(m_analysis);
         m_split->setStretchFactor(0, 1);
         m_analysis->show();
@@ -125,6 +127,21 @@ void PidChart::openAnalysis(bool open)
         m_analysis->hide();
         std::exchange(m_analysis, nullptr)->deleteLater();
     }
+}
+
+void PidChart::showAll()
+{
+    qint64 fromUs = std::numeric_limits<qint64>::max();
+    qint64 toUs = std::numeric_limits<qint64>::min();
+    for (int channel = 0; channel < channels; ++channel) {
+        const SampleStore &record = m_recorder->record(channel);
+        if (record.isEmpty())
+            continue;
+        fromUs = qMin(fromUs, record.firstUs());
+        toUs = qMax(toUs, record.last().us);
+    }
+    if (fromUs <= toUs)
+        m_plot->showRange(fromUs, toUs);
 }
 
 void PidChart::askForNames()

@@ -14,6 +14,7 @@ class PidAnalysisPane;
 class PidCurveList;
 class PidPlot;
 class PidRecorder;
+struct PidGains;
 class PidViewMenu;
 class QCheckBox;
 class QComboBox;
@@ -51,10 +52,12 @@ public:
     void addTool(QWidget *tool); // beside it
     StateIndicator *state() const { return m_state; }
     PidViewMenu *viewMenu() const { return m_view; }
-    void load(); // shows what the settings hold
+    void load();    // shows what the settings hold
+    void showAll(); // of the record
 
 signals:
     void notify(const Notice &notice);
+    void gainsProposed(int channel, const PidGains &gains);
 
 private:
     void buildUi();

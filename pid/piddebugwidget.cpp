@@ -7,6 +7,7 @@
 #include "pidpanel.h"
 #include "pidplot.h"
 #include "pidportpanel.h"
+#include "pidrecordactions.h"
 #include "pidrunningbar.h"
 #include "pidsaving.h"
 #include "pidsession.h"
@@ -95,6 +96,11 @@ QWidget *PidDebugWidget::buildWorkArea()
     auto *area = new QWidget(this);
     m_chart = new PidChart(m_recorder, area);
     m_saving = new PidSaving(m_recorder, m_chart, this);
+    m_record = new PidRecordActions(m_recorder, m_chart, this);
+    m_record->setRefusal([this] {
+        return m_link->state() == Link::State::Closed ? QString() : QStringLiteral("请先关闭串口");
+    });
+    connect(m_record, &PidRecordActions::notify, this, &PidDebugWidget::notify);
     m_operations = new PidOperations(area);
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
@@ -155,6 +161,10 @@ void PidDebugWidget::connectWorkArea()
     connect(m_operations->pictureButton(), &QPushButton::clicked, m_saving, &PidSaving::savePicture);
     connect(m_saving, &PidSaving::notify, this, &PidDebugWidget::notify);
     connect(m_chart, &PidChart::notify, this, &PidDebugWidget::notify);
+    connect(m_chart, &PidChart::gainsProposed, this, [this](int channel, const PidGains &gains) {
+        m_pid->channelBox()->setCurrentIndex(channel);
+        m_pid->proposeGains(gains);
+    });
     connect(m_chart->fitAllBox(), &QCheckBox::toggled, this, &PidDebugWidget::rememberFitAll);
     connect(m_chart->zoomBox(), QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PidDebugWidget::SltPoltScale);
@@ -287,9 +297,15 @@ void PidDebugWidget::closeLinks()
         closePort();
 }
 
+bool PidDebugWidget::mayClose()
+{
+    return m_record->mayClose();
+}
+
 bool PidDebugWidget::saveBeforeExit()
 {
-    return m_saving->complete(); // a failed export can be repeated at another place
+    const bool hasExported = m_saving->complete(); // a failed export can be repeated at another place
+    return m_record->saveBeforeExit() && hasExported;
 }
 
 // ---- sending

@@ -15,6 +15,7 @@ class PidChart;
 class PidOperations;
 class PidPanel;
 class PidPortPanel;
+class PidRecordActions;
 class PidRecorder;
 class PidRunningBar;
 class PidSaving;
@@ -37,6 +38,7 @@ public:
 
     // Stops what was started: a motor may be turning.
     void closeLinks() override;
+    bool mayClose() override;
     bool saveBeforeExit() override;
     void reloadSettings() override;
 
@@ -101,6 +103,7 @@ private:
     FormPanel *m_panel = nullptr;
     PidChart *m_chart = nullptr;
     PidSaving *m_saving = nullptr;
+    PidRecordActions *m_record = nullptr;
 
     QtSerialPort *m_link;
     PidRecorder *m_recorder;

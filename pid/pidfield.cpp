@@ -107,6 +107,19 @@ void PidField::setSent()
     setRecord(text(), false, gain().value_or(0));
 }
 
+// Four significant digits without an exponent, which the field does not take.
+void PidField::setTyped(float gain)
+{
+    const int whole = gain >= 1 ? int(std::log10(double(gain))) + 1 : 0;
+    const int leading = gain > 0 && gain < 1 ? int(-std::log10(double(gain))) : 0;
+    QString text = QString::number(double(gain), 'f', qBound(1, 4 - whole + leading, 9));
+    while (text.endsWith(QLatin1Char('0')) && !text.endsWith(QLatin1String(".0")))
+        text.chop(1);
+    setText(text);
+    setModified(true);
+    showToolTip();
+}
+
 void PidField::show(const QString &text, float value)
 {
     if (this->text() != text)

@@ -33,6 +33,8 @@ public:
     void setRecord(const QString &text, bool keepText = false, float value = 0);
     // Drops what was typed and shows the record.
     void revert();
+    // Shows a gain of 0 or more as if it had been typed.
+    void setTyped(float gain);
     // The text was sent: it no longer counts as typed.
     void setSent();
 

@@ -145,6 +145,13 @@ std::optional<PidGains> PidPanel::gains() const
     return PidGains{*p, *i, *d};
 }
 
+void PidPanel::proposeGains(const PidGains &gains)
+{
+    const std::array<float, 3> values = arrayOf(gains);
+    for (size_t k = 0; k < values.size(); ++k)
+        m_gains[k]->setTyped(values[k]);
+}
+
 void PidPanel::setGainsSent()
 {
     for (PidField *gain : m_gains)

@@ -37,6 +37,8 @@ public:
     std::optional<PidGains> gains() const;
     std::optional<qint32> target() const { return m_target->integer(); }
     std::optional<qint32> period() const { return m_period->integer(); }
+    // As if the user had typed them.
+    void proposeGains(const PidGains &gains);
     // The fields were sent: they no longer count as typed.
     void setGainsSent();
     void setTargetSent() { m_target->setSent(); }
