@@ -6,6 +6,10 @@
 #include "runpanel.h"
 #include "tuningpanel.h"
 
+namespace {
+constexpr int kOverlayMs = 100;
+} // namespace
+
 PidAnalysisPane::PidAnalysisPane(PidRecorder *recorder, PidPlot *plot, QWidget *parent)
     : QTabWidget(parent)
     , m_recorder(recorder)
@@ -23,7 +27,13 @@ PidAnalysisPane::PidAnalysisPane(PidRecorder *recorder, PidPlot *plot, QWidget *
     });
     connect(m_runs, &RunPanel::showRequested, this, &PidAnalysisPane::showRun);
     connect(m_runs, &RunPanel::notify, this, &PidAnalysisPane::notify);
-    connect(recorder->runs(), &PidRuns::changed, this, &PidAnalysisPane::showOverlays);
+    m_overlays.setSingleShot(true);
+    m_overlays.setInterval(kOverlayMs);
+    connect(&m_overlays, &QTimer::timeout, this, &PidAnalysisPane::showOverlays);
+    connect(recorder->runs(), &PidRuns::changed, this, [this] {
+        if (!m_overlays.isActive())
+            m_overlays.start();
+    });
     connect(plot, &PidPlot::followChanged, this, [this](CurvePlot::Follow follow) {
         if (follow == CurvePlot::Held)
             return;

@@ -6,6 +6,7 @@
 #include "notice.h"
 
 #include <QTabWidget>
+#include <QTimer>
 
 class PidPlot;
 class PidRecorder;
@@ -35,5 +36,6 @@ private:
     PidPlot *m_plot;
     RunPanel *m_runs;
     TuningPanel *m_tuning;
-    int m_shown = 0; // the run that is looked at; 0 for the newest one of each channel
+    QTimer m_overlays; // a ramp makes a run with each report
+    int m_shown = 0;   // the run that is looked at; 0 for the newest one of each channel
 };

@@ -24,7 +24,9 @@ PidOperations::PidOperations(QWidget *parent)
     m_export->setObjectName(QStringLiteral("btnPidExport"));
     m_picture->setObjectName(QStringLiteral("btnPidPicture"));
 
-    m_stopShow->setToolTip(QStringLiteral("勾选期间收到的实际值不记录到曲线"));
+    m_stopShow->setToolTip(QStringLiteral("勾选期间收到的实际值不显示在曲线上，仍保存在会话记录中"));
+
+    m_clear->setToolTip(QStringLiteral("只清空显示，会话记录保留（“视图”菜单中可清空记录）"));
 
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);

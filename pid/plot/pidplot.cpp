@@ -223,6 +223,8 @@ void PidPlot::addExtras()
 
 void PidPlot::setOverlays(const QVector<Overlay> &overlays)
 {
+    if (overlays.isEmpty() && m_overlays.isEmpty())
+        return;
     m_overlays = overlays;
     addExtras();
     loadExtras(xAxis->range());
@@ -242,12 +244,15 @@ void PidPlot::setUnits(const QStringList &units)
     m_axes.setUnits(units);
     for (int graph = 0; graph < curves; ++graph)
         this->graph(graph)->setValueAxis(m_axes.axisOf(graph % channels));
-    setOverlays(m_overlays);
+    addExtras();
+    loadExtras(xAxis->range());
     requestPicture();
 }
 
 void PidPlot::setWindow(int seconds)
 {
+    if (m_window == seconds)
+        return;
     m_window = seconds;
     returnToLive();
 }

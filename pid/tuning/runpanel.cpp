@@ -35,6 +35,7 @@ RunPanel::RunPanel(PidRecorder *recorder, QWidget *parent)
     , m_table(new QTableView(this))
     , m_empty(new QLabel(QStringLiteral("启动或改变目标值后，每次阶跃响应将列在这里"), m_table))
     , m_show(new QPushButton(QStringLiteral("查看"), this))
+    , m_refer(new QPushButton(QStringLiteral("设为参考"), this))
     , m_hide(new QPushButton(QStringLiteral("隐藏"), this))
     , m_remove(new QPushButton(QStringLiteral("删除"), this))
     , m_export(new QPushButton(QStringLiteral("导出表格"), this))
@@ -62,6 +63,7 @@ RunPanel::RunPanel(PidRecorder *recorder, QWidget *parent)
             emit showRequested(m_model->idAt(index.row()));
     });
     connect(m_show, &QPushButton::clicked, this, [this] { emit showRequested(selected()); });
+    connect(m_refer, &QPushButton::clicked, this, &RunPanel::referSelected);
     connect(m_hide, &QPushButton::clicked, this, [this] {
         for (const int id : selectedIds())
             if (const PidRun *run = m_recorder->runs()->find(id))
@@ -102,6 +104,8 @@ void RunPanel::buildUi()
 
     m_show->setObjectName(QStringLiteral("btnShowRun"));
     m_show->setToolTip(QStringLiteral("在曲线区显示选中的运行（也可双击）"));
+    m_refer->setObjectName(QStringLiteral("btnReferRun"));
+    m_refer->setToolTip(QStringLiteral("作为浅色曲线叠加在同一通道的当前运行上，与其阶跃对齐"));
     m_hide->setObjectName(QStringLiteral("btnHideRun"));
     m_remove->setObjectName(QStringLiteral("btnRemoveRun"));
     m_export->setObjectName(QStringLiteral("btnExportRuns"));
@@ -112,7 +116,7 @@ void RunPanel::buildUi()
     m_hidden->setObjectName(QStringLiteral("checkHiddenRuns"));
     auto *row = new QHBoxLayout;
     row->setSpacing(4);
-    for (QPushButton *button : {m_show, m_hide, m_remove})
+    for (QPushButton *button : {m_show, m_refer, m_hide, m_remove})
         row->addWidget(button);
     row->addWidget(m_hidden);
     row->addStretch();
@@ -174,11 +178,22 @@ void RunPanel::showChoice()
     const int id = selected();
     const PidRun *run = m_recorder->runs()->find(id);
     m_show->setEnabled(run);
+    m_refer->setEnabled(run);
+    m_refer->setText(run && run->isReference ? QStringLiteral("取消参考") : QStringLiteral("设为参考"));
     m_hide->setEnabled(run);
     m_remove->setEnabled(run);
     m_hide->setText(run && run->isHidden ? QStringLiteral("取消隐藏") : QStringLiteral("隐藏"));
     m_export->setEnabled(m_model->rowCount() > 0);
     emit selectionChanged(id);
+}
+
+void RunPanel::referSelected()
+{
+    const PidRun *first = m_recorder->runs()->find(selected());
+    const bool isReference = first && !first->isReference;
+    for (const int id : selectedIds())
+        m_recorder->runs()->setReference(id, isReference);
+    refresh();
 }
 
 void RunPanel::removeSelected()

@@ -44,6 +44,7 @@ protected:
 private:
     void buildUi();
     void showChoice();
+    void referSelected();
     void removeSelected();
     void exportTable();
     QVector<int> selectedIds() const;
@@ -53,6 +54,7 @@ private:
     QTableView *m_table;
     QLabel *m_empty;
     QPushButton *m_show;
+    QPushButton *m_refer;
     QPushButton *m_hide;
     QPushButton *m_remove;
     QPushButton *m_export;
