@@ -85,7 +85,8 @@ void CurvePlot::setPlotStyle(const QString &style)
         for (HaloGraph *graph : qAsConst(m_graphs))
             graph->setGround(m_ground);
         const QPen pen(color(known.axis));
-        for (QCPAxis *axis : {xAxis, yAxis, xAxis2, yAxis2}) {
+        const QList<QCPAxis *> axes = axisRect()->axes();
+        for (QCPAxis *axis : axes) {
             axis->setBasePen(pen);
             axis->setTickPen(pen);
             axis->setSubTickPen(pen);

@@ -10,6 +10,7 @@ namespace {
 constexpr double kRightMargin = 0.25; // seconds
 constexpr int kValueTicks = 15;
 constexpr int kTickPixels = 18; // that a label needs; a low chart has fewer ticks
+constexpr int kAxisPixels = 60; // of the time axis
 
 // In the read-out a curve reaches so far beyond its ends: channels report in
 // turns.
@@ -272,7 +273,7 @@ void PidPlot::showRange(qint64 fromUs, qint64 toUs)
 void PidPlot::resizeEvent(QResizeEvent *event)
 {
     CurvePlot::resizeEvent(event);
-    yAxis->ticker()->setTickCount(qBound(2, height() / kTickPixels, kValueTicks));
+    yAxis->ticker()->setTickCount(qBound(2, (height() - kAxisPixels) / kTickPixels, kValueTicks));
     if (follow() == Held)
         load(xAxis->range());
 }

@@ -89,7 +89,8 @@ void RunModel::refresh()
     QVector<Row> rows;
     const QVector<PidRun> &runs = m_recorder->runs()->runs();
     for (auto run = runs.crbegin(); run != runs.crend(); ++run) {
-        if (run->isHidden && !m_showsHidden)
+        const bool hasSamples = !run->isOpen() || m_recorder->record(run->channel).end() > run->first;
+        if (!hasSamples || (run->isHidden && !m_showsHidden))
             continue;
         Row row{run->id, run->channel, {}};
         const StepFigures &figures = m_figures.of(*run);
