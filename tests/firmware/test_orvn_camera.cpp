@@ -73,11 +73,10 @@ private slots:
     {
         const auto seen = [](const QByteArray &bytes, uint8_t addresses = 2, uint8_t values = 1) {
             orvn_camera_receiver receiver;
-            orvn_camera_request request;
             std::memset(&receiver, 'O', sizeof receiver); // on the stack
-            (void)orvn_camera_receive(&receiver, 0xFF, &request);
             receiver.count = 1;
             orvn_camera_receiver_init(&receiver, addresses, values);
+            orvn_camera_request request;
             QString all;
             for (const char byte : bytes)
                 if (orvn_camera_receive(&receiver, static_cast<uint8_t>(byte), &request))
@@ -104,8 +103,17 @@ private slots:
         for (const char *length : {"00000000", "01000000"})                        // no such command
             QCOMPARE(seen(hex("4f52564e01") + hex(length) + hex("1234120830429a")), "");
         const QByteArray longest = hex("4f52564e01140000001001020304a1a2a3a4");
-        QCOMPARE(seen(longest + "??" + longest + hex("ae43"), 4, 4),
-                 "w1:0:4030201:a4a3a2a1:1 w1:0:4030201:a4a3a2a1:0 ");
+        for (const char *crc : {"", "??"})
+            QCOMPARE(seen(longest + crc + longest + hex("ae43"), 4, 4),
+                     "w1:0:4030201:a4a3a2a1:1 w1:0:4030201:a4a3a2a1:0 ");
+        for (const int count : {int(ORVN_CAMERA_REQUEST_MAX), 0xFF}) {
+            std::memset(&forgotten, 0xFF, sizeof forgotten); // on the stack
+            forgotten.count = uint8_t(count);
+            int requests = 0;
+            for (const char byte : longest + hex("ae43"))
+                requests += orvn_camera_receive(&forgotten, static_cast<uint8_t>(byte), &request);
+            QVERIFY(requests == 1 && request.status == ORVN_CAMERA_OK);
+        }
     }
 };
 

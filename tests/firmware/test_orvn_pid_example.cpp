@@ -65,6 +65,7 @@ private slots:
                 WAIT_FOR(board.sent(frame) >= 3);
             QCOMPARE(board.sent(build(Stopped, quint8(channel), {})), 1); // the host's button is that of all
         }
+        QVERIFY(board.sent(number(Actual, 5, 0)) > 3 * board.sent(number(Period, 5, 10))); // once a second
         QVERIFY(board.hasSentOnlyFrames());
     }
 

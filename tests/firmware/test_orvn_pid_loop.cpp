@@ -120,6 +120,8 @@ private slots:
         QCOMPARE(due(loop, start + 110, 20), QVector<int>());
         obey(loop, ORVN_PID_START);
         QCOMPARE(due(loop, start + 0x90000000U, 10), (QVector<int>{0, 7}));
+        obey(loop, ORVN_PID_SET_PERIOD, 1000);
+        QCOMPARE(loop.period, 1000);
     }
 
     // Reports are put off where there is no room, and never forgotten.

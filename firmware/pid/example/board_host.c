@@ -47,17 +47,11 @@ static void write_output(void)
     }
 }
 
-static void make_nonblocking(int descriptor)
-{
-    const int flags = fcntl(descriptor, F_GETFL);
-    if (flags < 0 || fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) < 0)
-        exit(1);
-}
-
 void board_init(void)
 {
-    make_nonblocking(STDIN_FILENO);
-    make_nonblocking(STDOUT_FILENO);
+    const int flags = fcntl(STDOUT_FILENO, F_GETFL);
+    if (flags < 0 || fcntl(STDOUT_FILENO, F_SETFL, flags | O_NONBLOCK) < 0)
+        exit(1);
     (void)signal(SIGPIPE, SIG_IGN);
 }
 
