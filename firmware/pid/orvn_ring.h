@@ -43,7 +43,7 @@ int orvn_ring_put_all(orvn_ring *ring, const uint8_t *bytes, size_t length); /* 
 /* The reader's side. Returns 0 where the ring is empty. */
 int orvn_ring_get(orvn_ring *ring, uint8_t *byte);
 
-/* For either side; at most ORVN_RING_SIZE, whatever is in the counters. */
+/* For either side; at most ORVN_RING_SIZE, also of one that was not initialized. */
 size_t orvn_ring_used(const orvn_ring *ring);
 
 #ifdef __cplusplus
