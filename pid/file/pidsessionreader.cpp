@@ -186,7 +186,7 @@ void PidSessionReader::complete()
         for (qint64 *number : {&run.first, &run.end})
             *number = qMin(*number, m_restored.at(size_t(run.channel)));
     const bool isEmpty = sum(m_restored) == 0 && m_runs.isEmpty() && m_recorder->events().empty();
-    if (isEmpty && !m_written) {
+    if (isEmpty && !notes().isEmpty()) {
         m_error = QStringLiteral("文件已损坏，没有可以读出的数据");
         return;
     }

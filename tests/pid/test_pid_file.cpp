@@ -145,7 +145,7 @@ private slots:
         const auto row = [end](const char *name, const QByteArray &chunks, const char *outcome) {
             QTest::newRow(name) << kHead + chunks + end << outcome;
         };
-        const char *damaged = "1 个数据块已损坏，已跳过|0+0";
+        const char *damaged = "文件已损坏，没有可以读出的数据";
         row("nothing", {}, "0+0");
         row("gap", kTwoRuns + kFirst + kThird, "4+0|run 0-3 a|run 2-4 b");
         row("run beyond", kTwoRuns + kFirst, "2+0|run 0-2 a|run 2-2 b");
@@ -161,8 +161,9 @@ private slots:
         row("run of targets beyond", chunk("SMPL", hex("000002 00 01 0300 0000")), damaged);
         row("run of no targets", chunk("SMPL", hex("000002 00 01 0000 0000")), damaged);
         row("value beyond", chunk("SMPL", hex("000001 00 0100 8080808020")), damaged);
-        row("channel of a run", chunk("RUNS", hex("01 09000005 0000 000000 000000000000000000000000 00")),
-            "1 次运行无效或超出上限，已去掉|0+0");
+        row("channel of a run",
+            chunk("RUNS", hex("01 09000005 0000 000000 000000000000000000000000 00")) + kFirst,
+            "1 次运行无效或超出上限，已去掉|2+0");
         row("events",
             chunk(
                 "EVNT",
@@ -170,9 +171,9 @@ private slots:
             "3 个事件无效，已去掉|0+0");
         row("kind of an event", chunk("EVNT", hex("01 070000")), damaged);
         row("unknown chunk", chunk("MORE", "x") + kFirst, "1 个数据块由更新的程序写入，已跳过|2+0");
-        row("dropped at saving", chunk("END ", hex("0305")),
-            "缺少 3 个样本|保存时有 5 个样本已超出记录上限，未写入文件|0+0");
-        row("length", QByteArray("SMPL\xFF\xFF\xFF\x7F"), "文件已损坏，没有可以读出的数据");
+        row("dropped at saving", kFirst + chunk("END ", hex("0505")),
+            "缺少 3 个样本|保存时有 5 个样本已超出记录上限，未写入文件|2+0");
+        row("length", QByteArray("SMPL\xFF\xFF\xFF\x7F"), damaged);
         QByteArray newer = kGolden;
         newer[8] = 2;
         QTest::newRow("version") << newer << "文件的格式版本是 2，本程序只能打开版本 1";
