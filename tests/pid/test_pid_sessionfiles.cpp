@@ -82,7 +82,7 @@ private slots:
     }
 
 private:
-    static constexpr int kSamples = 1500000;
+    static constexpr int kSamples = 600000;
     QString path() const { return m_folder.filePath("session"); }
 
     QTemporaryDir m_folder;
