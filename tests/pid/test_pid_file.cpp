@@ -19,8 +19,8 @@ constexpr qint32 kHigh = std::numeric_limits<qint32>::max();
 
 template <class Worker> void finish(Worker *worker)
 {
-    while (!worker->advance(500)) {
-    }
+    for (int percent = 0; !worker->advance(500); percent = worker->percent())
+        QVERIFY(worker->percent() >= percent && worker->percent() <= 100);
 }
 
 template <class Writer> QByteArray written(const PidRecorder &recorder, const PidSessionInfo &info = {})
@@ -157,6 +157,7 @@ private slots:
         row("count", chunk("SMPL", hex("0000ffffff7f00")), damaged);
         row("count beyond bytes", chunk("SMPL", hex("0000802000")), damaged);
         row("endless number", chunk("SMPL", hex("00ffffffffffffffffffffff")), damaged);
+        row("endless time", chunk("SMPL", hex("000002 00 ffffffffffffffffff7f 0200 0000")), damaged);
         row("time beyond", chunk("SMPL", hex("000002 00 ffffffffffffffff7f 0200 0000")), damaged);
         row("run of targets beyond", chunk("SMPL", hex("000002 00 01 0300 0000")), damaged);
         row("run of no targets", chunk("SMPL", hex("000002 00 01 0000 0000")), damaged);
@@ -169,6 +170,7 @@ private slots:
                 "EVNT",
                 hex("04 000900 020000 0000c07f 00000000 00000000 020000 00000000 0000807f 00000000 000000")),
             "3 个事件无效，已去掉|0+0");
+        row("target beyond", chunk("EVNT", hex("01 030000 8080808010")), damaged);
         row("kind of an event", chunk("EVNT", hex("01 070000")), damaged);
         row("unknown chunk", chunk("MORE", "x") + kFirst, "1 个数据块由更新的程序写入，已跳过|2+0");
         row("dropped at saving", kFirst + chunk("END ", hex("0505")),
@@ -208,9 +210,12 @@ private slots:
         QByteArray bytes;
         QBuffer buffer(&bytes);
         buffer.open(QIODevice::WriteOnly);
-        PidSessionWriter writer(&recorder, {}, &buffer);
+        PidSessionInfo info;
+        info.originUs = 1; // the record has none
+        PidSessionWriter writer(&recorder, info, &buffer);
         for (int i = 0; i < 5; ++i)
             QVERIFY(!writer.advance(4096));
+        QVERIFY(writer.percent() > 0 && writer.percent() < 50);
         record(&recorder, 100000, 20000);
         finish(&writer);
         QVERIFY(begin > 0 && writer.leftOut() > 0 && writer.leftOut() < held && writer.error().isEmpty());
@@ -223,6 +228,7 @@ private slots:
                      text.contains("最早的"),
                  qPrintable(text));
         QCOMPARE(back.held() + back.dropped(), held - writer.leftOut());
+        QVERIFY(!back.hasOrigin());
         // The last run that was in the file begins with the same sample.
         const PidRun &last = back.runs()->runs().last();
         const PidRun *original = recorder.runs()->find(int(last.beginUs - kTime) / 1000000 + 1);
