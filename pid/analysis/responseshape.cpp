@@ -106,7 +106,8 @@ void ResponseShape::findDirection(const Step &step)
     };
     m_rise = size_t(firstAt(0.8) - firstAt(0.2));
     const double wanted = 0.0005 * std::max(range - 6 * m_noise, m_noise);
-    const double width = wanted > 0 ? std::min(m_noise * m_noise / (wanted * wanted), double(m_rise) / 6) : 1;
+    const double ratio = wanted > 0 ? m_noise / wanted : 0;
+    const double width = ratio < 1e6 ? std::min(ratio * ratio, double(m_rise) / 6) : 0;
     m_halfWidth = size_t(std::max(width - 1, 0.0) / 2);
 }
 
