@@ -26,7 +26,7 @@ FitData::FitData(const ResponseShape &shape, const Step &step, const StepInput &
         m_end = std::min(last, 2.5 * shape.lastOutside(0.05 * m_range + 3 * shape.smoothedNoise()));
     if (!(m_end > 0))
         m_end = last;
-    // A period is a whole number of steps, unless it is shorter than one.
+    // A period is a multiple of the step, unless it is shorter than one.
     m_h = m_end / maxSteps;
     if (input.isClosed && input.period > m_h)
         m_h = input.period / std::ceil(input.period / (2 * m_h));

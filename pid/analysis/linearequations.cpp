@@ -23,8 +23,8 @@ bool LinearEquations::solve(double *unknowns) const
     return solve(m_right, unknowns);
 }
 
-// Gaussian elimination after scaling to a diagonal of ones, which makes the pivots
-// tell how much an equation adds to those before.
+// Gaussian elimination after scaling to a diagonal of ones, after which a pivot is
+// the share of an equation that does not follow from those before.
 bool LinearEquations::solve(const std::array<double, maxUnknowns> &right, double *unknowns) const
 {
     auto a = m_matrix;

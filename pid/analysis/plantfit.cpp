@@ -11,8 +11,8 @@ namespace {
 using Problem = PlantFit::Problem;
 
 constexpr int minSamples = 20;
-constexpr int minMoving = 6;         // means, until 95 % of the range
-constexpr double leastError = 0.001; // of the range; below it no model is better than another
+constexpr int minMoving = 6;       // means, until 95 % of the range
+constexpr double minError = 0.001; // of the range; below it no model is better than another
 
 bool acts(const Step &step, const StepInput &input)
 {
@@ -72,7 +72,7 @@ struct Choice
 
 std::optional<Choice> choose(const FitData &data)
 {
-    const double least = leastError * data.range();
+    const double floor = minError * data.range();
     const double count = double(data.means().size());
     double bestScore = std::numeric_limits<double>::infinity();
     std::optional<Choice> best;
@@ -87,10 +87,10 @@ std::optional<Choice> choose(const FitData &data)
         // Errors of neighbors are alike where a model is wrong, hence three times
         // the usual price of a parameter.
         const double score =
-            count * std::log(fit.distance() + least * least) + 3 * fit.parameters() * std::log(count);
+            count * std::log(fit.distance() + floor * floor) + 3 * fit.parameters() * std::log(count);
         if (score < bestScore) {
             bestScore = score;
-            best = Choice{*model, fit.candidate(), fit.gainDeviation(least)};
+            best = Choice{*model, fit.candidate(), fit.gainDeviation(floor)};
         }
     }
     return best;

@@ -11,13 +11,14 @@ using Kind = PlantModel::Kind;
 
 // Shares of the process's own time below which no closed loop is asked for: the noise
 // that a faster one carries to the output is not worth it.
-constexpr double leastOfLag = 0.2;
-constexpr double leastOfSwing = 1;       // of 1 / frequency
-constexpr double mostDelayOfSwing = 0.4; // rad, beyond which a derivative does not damp
-constexpr double mostDelayOfRunaway = 0.25;
-constexpr double slowestOfRunaway = 0.2;
-constexpr double leastOfRunaway = 0.05;
-constexpr double integralOfRunaway = 10; // times the closed lag
+constexpr double minLagShare = 0.2;      // of a lag
+constexpr double minSwingShare = 1;      // of 1 / frequency
+constexpr double minRunawayShare = 0.05; // of the lag of what runs away
+constexpr double maxRunawayShare = 0.2;  // a slower loop would overshoot more
+
+constexpr double maxSwingDelay = 0.4;    // rad; beyond it a derivative does not damp
+constexpr double maxRunawayDelay = 0.25; // of the lag; beyond it no gain is good
+constexpr double runawayIntegral = 10;   // its time, in closed lags
 
 // Kc (1 + 1 / (Ti s) + Td s); no integral where ti is 0.
 ParallelGains standard(double kc, double ti, double td = 0)
@@ -87,9 +88,9 @@ Tuning simcOfTwoLags(const PlantModel &model, ControllerKind kind, double slowne
     if (kind == ControllerKind::Pi) {
         const double reduced = delay + fast / 2;
         const double lag = slow + fast / 2;
-        return simcOfLag(model.gain, lag, reduced, slowness * std::max(reduced, leastOfLag * lag));
+        return simcOfLag(model.gain, lag, reduced, slowness * std::max(reduced, minLagShare * lag));
     }
-    const double closedLag = slowness * std::max(delay, leastOfLag * slow);
+    const double closedLag = slowness * std::max(delay, minLagShare * slow);
     const double kc = slow / (model.gain * (closedLag + delay));
     return checked(series(kc, std::min(slow, 4 * (closedLag + delay)), fast), closedLag);
 }
@@ -99,7 +100,7 @@ Tuning simcOfTwoLags(const PlantModel &model, ControllerKind kind, double slowne
 Tuning integralAlone(const PlantModel &model, double slowness, double delay)
 {
     const double late = delay + 2 * model.damping / model.frequency;
-    const double closedLag = slowness * std::max(late, leastOfSwing / model.frequency);
+    const double closedLag = slowness * std::max(late, minSwingShare / model.frequency);
     const double i = std::min(1 / (closedLag + late), model.damping * model.frequency);
     return checked({0, i / model.gain, 0}, closedLag);
 }
@@ -108,7 +109,7 @@ Tuning integralAlone(const PlantModel &model, double slowness, double delay)
 Tuning threePoles(const PlantModel &model, double slowness, double delay)
 {
     const double w = model.frequency;
-    const double closedLag = slowness * std::max(2 * delay, leastOfSwing / w);
+    const double closedLag = slowness * std::max(2 * delay, minSwingShare / w);
     // With a longer one P or D would turn negative; then the integral makes it slower.
     const double lag = std::min({closedLag, std::sqrt(3.0) / w, 3 / (2 * model.damping * w)});
     const double pole = 1 / lag;
@@ -120,13 +121,12 @@ Tuning threePoles(const PlantModel &model, double slowness, double delay)
 
 Tuning runaway(const PlantModel &model, double slowness, double delay)
 {
-    if (delay > mostDelayOfRunaway * model.lag)
+    if (delay > maxRunawayDelay * model.lag)
         return noTuning(Tuning::Problem::NoRule);
-    // A slower loop would overshoot more.
-    const double slowest = std::max(delay, slowestOfRunaway * model.lag);
-    const double closedLag = std::min(slowness * std::max(delay, leastOfRunaway * model.lag), slowest);
+    const double slowest = std::max(delay, maxRunawayShare * model.lag);
+    const double closedLag = std::min(slowness * std::max(delay, minRunawayShare * model.lag), slowest);
     const double p = 1 + model.lag / (closedLag + delay);
-    const double i = model.lag / (closedLag + delay) / (integralOfRunaway * (closedLag + delay));
+    const double i = model.lag / (closedLag + delay) / (runawayIntegral * (closedLag + delay));
     return checked({p / model.gain, i / model.gain, 0}, closedLag);
 }
 
@@ -143,7 +143,7 @@ Tuning simcTuning(const PlantModel &model, ControllerKind kind, double slowness,
     case Kind::SecondOrder:
         if (model.damping >= 1)
             return simcOfTwoLags(model, kind, slowness, delay);
-        if (kind == ControllerKind::Pi || delay * model.frequency > mostDelayOfSwing)
+        if (kind == ControllerKind::Pi || delay * model.frequency > maxSwingDelay)
             return integralAlone(model, slowness, delay);
         return threePoles(model, slowness, delay);
     case Kind::Integrating: {
@@ -157,7 +157,7 @@ Tuning simcTuning(const PlantModel &model, ControllerKind kind, double slowness,
     case Kind::FirstOrder:
         break;
     }
-    return simcOfLag(model.gain, model.lag, delay, slowness * std::max(delay, leastOfLag * model.lag));
+    return simcOfLag(model.gain, model.lag, delay, slowness * std::max(delay, minLagShare * model.lag));
 }
 
 Tuning amigoTuning(const PlantModel &model, ControllerKind kind, const LoopTiming &timing)
