@@ -253,14 +253,14 @@ std::optional<ParallelGains> toBoard(const ParallelGains &gains, GainForm form, 
 
 Tuning::Problem fieldProblem(const ParallelGains &numbers)
 {
-    constexpr double smallest = 0.5e-6; // shown as 0 with six decimals
+    using Float = std::numeric_limits<float>;
     double largest = 0;
     for (const double number : {numbers.p, numbers.i, numbers.d}) {
         if (number < 0)
             return Tuning::Problem::Negative;
-        if (!(number <= double(std::numeric_limits<float>::max())))
+        if (!(number <= double(Float::max())))
             return Tuning::Problem::TooLarge;
         largest = std::max(largest, number);
     }
-    return largest < smallest ? Tuning::Problem::TooSmall : Tuning::Problem::None;
+    return largest < double(Float::min()) ? Tuning::Problem::TooSmall : Tuning::Problem::None;
 }

@@ -36,8 +36,8 @@ struct Tuning
                   // runs away faster than its dead time lets a controller see
         NoNumber, // the model has no gain, or its numbers are no process
         Negative, // the process acts the other way round; fields take no negative gain
-        TooLarge, // beyond what the board's numbers hold
-        TooSmall, // all of them 0 with the decimals that a field shows
+        TooLarge, // beyond what the board's numbers, of single precision, hold
+        TooSmall, // the same, all of them towards 0
     };
 
     Problem problem = Problem::NoRule;
@@ -77,7 +77,8 @@ struct UltimatePoint
 };
 
 // From the figures of a step with these gains. A swing that changes by less than a
-// tenth per period is steady.
+// tenth per period is steady. The lowest such P is the limit: with a higher one the
+// swing grows until the controller's own limit holds it, and looks the same.
 UltimatePoint ultimatePoint(const StepFigures &figures, const ParallelGains &gains);
 Tuning zieglerNicholsTuning(const UltimatePoint &point, ControllerKind kind);
 

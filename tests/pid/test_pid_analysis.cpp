@@ -542,7 +542,7 @@ private slots:
         };
         QVERIFY(problemOf(process(Kind::FirstOrder, -2, 1, 4)) == Problem::Negative);
         QVERIFY(problemOf(process(Kind::FirstOrder, 1e-40, 1, 4)) == Problem::TooLarge);
-        QVERIFY(problemOf(process(Kind::FirstOrder, 1e9, 1, 4)) == Problem::TooSmall);
+        QVERIFY(problemOf(process(Kind::FirstOrder, 1e40, 1, 4)) == Problem::TooSmall);
         QVERIFY(problemOf(process(Kind::FirstOrder, 0, 1, 4)) == Problem::NoNumber);
         QVERIFY(problemOf(process(Kind::FirstOrder, 1, qQNaN(), 4)) == Problem::NoNumber);
         QVERIFY(problemOf(process(Kind::Unstable, 1, 4, 4)) == Problem::NoRule);
