@@ -163,14 +163,17 @@ private slots:
         row("run of no targets", chunk("SMPL", hex("000002 00 01 0000 0000")), damaged);
         row("value beyond", chunk("SMPL", hex("000001 00 0100 8080808020")), damaged);
         row("channel of a run",
-            chunk("RUNS", hex("01 09000005 0000 000000 000000000000000000000000 00")) + kFirst,
+            chunk("RUNS", hex("01 05000005 0000 000000 000000000000000000000000 00")) + kFirst,
             "1 次运行无效或超出上限，已去掉|2+0");
         row("events",
             chunk(
                 "EVNT",
-                hex("04 000900 020000 0000c07f 00000000 00000000 020000 00000000 0000807f 00000000 000000")),
+                hex("04 000500 020000 0000c07f 00000000 00000000 020000 00000000 0000807f 00000000 000000")),
             "3 个事件无效，已去掉|0+0");
         row("target beyond", chunk("EVNT", hex("01 030000 8080808010")), damaged);
+        row("short gains", chunk("EVNT", hex("01 020000 0000c0")), damaged);
+        row("long name", chunk("RUNS", hex("01 00000005 0000 000000 000000000000000000000000 7f61")),
+            damaged);
         row("kind of an event", chunk("EVNT", hex("01 070000")), damaged);
         row("unknown chunk", chunk("MORE", "x") + kFirst, "1 个数据块由更新的程序写入，已跳过|2+0");
         row("dropped at saving", kFirst + chunk("END ", hex("0505")),
