@@ -1,7 +1,8 @@
 #pragma once
 
-// Reads a session file into an empty record, piece by piece. A damaged file gives what is
-// intact in it, and notes() tell what is missing. Memory is bounded by the record.
+// Reads a session file into an empty record, piece by piece. Of a damaged file,
+// the record gets what is intact, and notes() list what is missing. Memory is bounded by
+// the record.
 
 #include "pidsessionformat.h"
 
@@ -12,7 +13,7 @@ class QIODevice;
 class PidSessionReader
 {
 public:
-    // The device is open for reading from its begin, and not sequential. Both must
+    // The device is open for reading from its start, and not sequential. Both must
     // outlive this. The record keeps the newest samples within its limit.
     PidSessionReader(QIODevice *device, PidRecorder *recorder);
 
@@ -29,7 +30,7 @@ public:
 
 private:
     enum class Step { Head, Chunks, Complete };
-    // What was met while reading.
+    // What notes() count.
     struct Losses
     {
         bool isCut = false; // no end, or no further chunk can be found
@@ -37,7 +38,7 @@ private:
         qint64 unknownChunks = 0;
         qint64 events = 0;
         qint64 runs = 0;
-        qint64 times = 0;    // samples before those before them
+        qint64 times = 0;    // samples whose time goes back
         qint64 atSaving = 0; // samples
     };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 // Writes what a record holds at one moment as a session file, piece by piece, while the
-// record goes on. Runs that go on end where the file does.
+// record goes on. Runs that are still open end where the file does.
 
 #include "pidrecordrange.h"
 #include "pidsessionformat.h"

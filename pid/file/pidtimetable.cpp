@@ -21,7 +21,7 @@ QByteArray quoted(const QString &text)
 QByteArray shortest(float value)
 {
     QByteArray text;
-    for (int digits = 1; digits <= 9; ++digits) { // nine tell all values apart
+    for (int digits = 1; digits <= 9; ++digits) { // nine distinguish all values
         text = QByteArray::number(static_cast<double>(value), 'g', digits);
         if (text.toFloat() == value)
             break;

@@ -12,7 +12,7 @@
 //
 // What does not apply is empty. UTF-8 with a byte order mark, which spreadsheets and
 // scripts of every system recognize; GB18030 is read well on Chinese Windows only, and
-// cannot be told from other encodings.
+// cannot be distinguished from other encodings.
 //
 // Written piece by piece, as the record held it when the table was made.
 
