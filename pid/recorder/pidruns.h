@@ -69,7 +69,7 @@ public:
     void setHidden(int id, bool hidden);
     void setReference(int id, bool reference);
     void remove(int id);
-    // The user has named, hidden or marked something since the last call of setSaved().
+    // The user has named a run since the last call of setSaved().
     bool isEdited() const { return m_isEdited; }
     void setSaved(bool isSaved = true) { m_isEdited = !isSaved; }
 
