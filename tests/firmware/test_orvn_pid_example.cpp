@@ -85,14 +85,21 @@ private slots:
         }
         const QByteArray unchanged = gains(Pid, 2, 0.8F, 1, 0);
         QCOMPARE(board.sent(unchanged.left(10)), board.sent(unchanged));
-        QVERIFY(
-            board.line.write(gains(SetPid, 2, 2, 20, 0) + number(SetTarget, 2, 500) + build(Start, 2, {})));
-        WAIT_FOR(board.sent(build(Started, 2, {})) == 1 && board.sent(gains(Pid, 2, 2, 20, 0)));
-        WAIT_FOR(board.sent(number(Actual, 2, 500)) > 10);
-        QVERIFY(board.line.write(build(Stop, 2, {})));
-        WAIT_FOR(board.sent(build(Stopped, 2, {})) == 2);
-        board.received.clear();
-        WAIT_FOR(board.sent(number(Actual, 2, 0))); // the output was switched off
+        const quint8 channels[] = {1, 2};
+        for (const quint8 channel : channels)
+            QVERIFY(board.line.write(gains(SetPid, channel, 8, 20, 0) + number(SetTarget, channel, 500) +
+                                     build(Start, channel, {})));
+        for (const quint8 channel : channels) {
+            const QByteArray rest = number(Actual, channel, 0);
+            const QByteArray stopped = build(Stopped, channel, {});
+            WAIT_FOR(board.sent(build(Started, channel, {})) == 1 &&
+                     board.sent(gains(Pid, channel, 8, 20, 0)));
+            WAIT_FOR(board.sent(number(Actual, channel, 500)) > 10);
+            QVERIFY(board.line.write(build(Stop, channel, {})));
+            WAIT_FOR(board.sent(stopped) == 2);
+            WAIT_FOR(board.sent(rest) &&
+                     board.received.lastIndexOf(rest) > board.received.lastIndexOf(stopped));
+        }
     }
 
     // More commands than it can report, to a host that does not read.
