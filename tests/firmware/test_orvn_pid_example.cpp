@@ -114,6 +114,8 @@ private slots:
             WAIT_FOR(board.sent(number(Target, channel, 4994 + channel)));
         WAIT_FOR(board.sent(build(Stopped, 3, {})) > board.sent(build(Started, 3, {})));
         QVERIFY(board.hasSentOnlyFrames());
+        board.line.hangUp();
+        WAIT_FOR(board.process.state() == QProcess::NotRunning);
     }
 };
 

@@ -58,7 +58,9 @@ private slots:
         const float rows[][4] = {
             {0.8F, 1, 0, 10}, {2, 5, 0.1F, 1}, {0.5F, 3, 0.02F, 1000}, {30, 40, 1, 5}, {-2, -1, 0, 20}};
         for (const auto &[p, i, d, period] : rows) {
-            orvn_pid_loop loop = ORVN_PID_LOOP_INIT(p, i, d, int(period), kLimit);
+            orvn_pid_loop loop = ORVN_PID_LOOP_INIT(0, 0, 0, int(period), kLimit);
+            const orvn_pid_command command{ORVN_PID_SET_GAINS, 1, p, i, d, 0};
+            orvn_pid_loop_obey(&loop, &command);
             Boardsim::PidController other;
             other.setGains(double(p), double(i), double(d));
             double process = 40;
@@ -74,6 +76,8 @@ private slots:
                 QVERIFY2(qAbs(output - expected) < 0.1, qPrintable(QString("step %1").arg(k)));
                 process += (expected - process) * double(period / (200 + period));
             }
+            obey(loop, ORVN_PID_SET_GAINS);
+            QCOMPARE(orvn_pid_loop_step(&loop, 0), 0.0F); // nothing is left of the past
         }
     }
 
@@ -92,7 +96,7 @@ private slots:
                     QVERIFY((bits & 0x7FFFFFFFU) <= 0x447A0000U); // 1000
                 }
             }
-        obey(loop, ORVN_PID_SET_GAINS, 0, 0.5F); // without I nothing is left of the past
+        obey(loop, ORVN_PID_SET_GAINS, 0, 0.5F);
         obey(loop, ORVN_PID_SET_TARGET, 100);
         for (int k = 0; k < 2000; ++k)
             orvn_pid_loop_step(&loop, 60);
@@ -120,8 +124,10 @@ private slots:
         QCOMPARE(due(loop, start + 110, 20), QVector<int>());
         obey(loop, ORVN_PID_START);
         QCOMPARE(due(loop, start + 0x90000000U, 10), (QVector<int>{0, 7}));
-        obey(loop, ORVN_PID_SET_PERIOD, 1000);
-        QCOMPARE(loop.period, 1000);
+        for (const int accepted : {1000, 1}) {
+            obey(loop, ORVN_PID_SET_PERIOD, accepted);
+            QCOMPARE(loop.period, accepted);
+        }
     }
 
     // Reports are put off where there is no room, and never forgotten.
