@@ -52,7 +52,7 @@ typedef struct
     float slope;     /* of the measured value, units per second */
     float integral;  /* in units of the output */
     uint32_t next;   /* when the next step is due, milliseconds */
-    uint32_t late;   /* steps that were skipped since the main loop was too slow; for the debugger */
+    uint32_t late;   /* how often the main loop was too slow and steps were skipped; for the debugger */
 } orvn_pid_loop;
 
 /* i in 1/s, d in s, period in milliseconds. Stopped, as is reported at power-on with all settings. */
