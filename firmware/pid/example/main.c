@@ -94,7 +94,10 @@ static void report_actuals(void)
 int main(void)
 {
     uint32_t actuals_at, settings_at, now;
+    uint8_t channel;
     board_init();
+    for (channel = 1; channel <= LOOPS; ++channel)
+        board_write_output(channel, 0.0f); /* zeroed memory need not be what stands still */
     actuals_at = settings_at = board_millis();
     for (;;) {
         receive();
