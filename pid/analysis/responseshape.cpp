@@ -243,9 +243,15 @@ void ResponseShape::findTurns()
     }
 }
 
+// Either way, before neighbors narrow it. A top is lopsided: wider only against noise.
+size_t ResponseShape::topWidth() const
+{
+    return m_halfWidth > 0 ? m_rise / 4 : m_rise / 10;
+}
+
 StepSample ResponseShape::peak() const
 {
-    size_t half = m_rise / 4;
+    size_t half = topWidth();
     for (size_t turn : m_turns)
         if (turn != m_peak)
             half = std::min(half, (turn > m_peak ? turn - m_peak : m_peak - turn) / 8);
@@ -261,7 +267,7 @@ std::vector<StepSample> ResponseShape::turns() const
 {
     std::vector<StepSample> found;
     for (size_t k = 0; k < m_turns.size(); ++k) {
-        size_t half = m_rise / 4;
+        size_t half = topWidth();
         if (k > 0)
             half = std::min(half, (m_turns[k] - m_turns[k - 1]) / 8);
         if (k + 1 < m_turns.size())

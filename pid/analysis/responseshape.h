@@ -59,6 +59,7 @@ private:
     size_t indexAt(double seconds) const;
     Line lineFrom(size_t first) const;
     void findTurns();
+    size_t topWidth() const;
     StepSample topAt(size_t index, size_t half) const;
     double value(size_t k) const { return m_smooth.empty() ? m_samples[k].actual : m_smooth[k]; }
 
