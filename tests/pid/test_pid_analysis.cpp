@@ -147,8 +147,8 @@ PlantModel process(Kind kind, double gain, double delay, double lagOrFrequency =
     return {kind, gain, lagOrFrequency, lagOrFrequency, damping, delay};
 }
 
-// 0.1 s at rest at 50, which is 0 to process and controller, and 5 s after the target,
-// or in an open loop the input, went up by 100.
+// 0.1 s at rest at 50, and 5 s after the target, or in an open loop the input, went up
+// by 100. All but the limit counts from there.
 QVector<StepSample> looped(const PlantModel &plant, const StepInput &input, double noise)
 {
     constexpr double dt = 1e-4;
@@ -165,9 +165,12 @@ QVector<StepSample> looped(const PlantModel &plant, const StepInput &input, doub
         if (!input.isClosed) {
             inputs.push_back(100);
         } else if (k % int(std::lround(input.period / dt)) == 0) {
-            integral += input.gains.i * (100 - y) * input.period;
-            inputs.push_back(input.gains.p * (100 - y) + integral -
-                             input.gains.d * (y - last) / input.period);
+            const double increment = input.gains.i * (100 - y) * input.period;
+            const double speed = (y - last) / input.period;
+            const double wanted = input.gains.p * (100 - y) + integral + increment - input.gains.d * speed;
+            inputs.push_back(std::min(wanted, input.limit - 50 / plant.gain));
+            if (inputs.back() == wanted || increment < 0)
+                integral += increment;
             last = y;
         } else {
             inputs.push_back(inputs.back());
@@ -357,18 +360,21 @@ private slots:
     {
         QTest::addColumn<PlantModel>("plant");
         QTest::addColumn<ParallelGains>("gains"); // of the loop; none: open
+        QTest::addColumn<double>("limit");
         using Gains = ParallelGains;
-        QTest::newRow("lag") << process(Kind::FirstOrder, 2, 0.1, 0.4) << Gains();
-        QTest::newRow("swing") << process(Kind::SecondOrder, 1.5, 0.1, 6, 0.25) << Gains();
-        QTest::newRow("integrator") << process(Kind::Integrating, 3, 0.5) << Gains();
-        QTest::newRow("lag, PI") << process(Kind::FirstOrder, 2, 0.1, 0.4) << Gains{0.8, 1, 0};
-        QTest::newRow("lag, P") << process(Kind::FirstOrder, 0.5, 0.05, 0.3) << Gains{3, 0, 0};
-        QTest::newRow("lag, PID") << process(Kind::FirstOrder, 1, 0.2, 0.5) << Gains{1, 2, 0.05};
-        QTest::newRow("swing, PI") << process(Kind::SecondOrder, 1, 0.1, 6, 0.25) << Gains{0.2, 1, 0};
-        QTest::newRow("two lags, PI") << process(Kind::SecondOrder, 1, 0.1, 5, 1.5) << Gains{0.8, 1.5, 0};
-        QTest::newRow("integrator, PI") << process(Kind::Integrating, 3, 0.1) << Gains{0.8, 0.3, 0};
-        QTest::newRow("runs away, PI") << process(Kind::Unstable, 2, 0.05, 0.667) << Gains{1.5, 1, 0};
-        QTest::newRow("no dead time") << process(Kind::FirstOrder, 1, 0, 0.4) << Gains{0.8, 1, 0};
+        QTest::newRow("lag") << process(Kind::FirstOrder, 2, 0.1, 0.4) << Gains() << 1e9;
+        QTest::newRow("swing") << process(Kind::SecondOrder, 1.5, 0.1, 6, 0.25) << Gains() << 1e9;
+        QTest::newRow("integrator") << process(Kind::Integrating, 3, 0.5) << Gains() << 1e9;
+        QTest::newRow("lag, PI") << process(Kind::FirstOrder, 2, 0.1, 0.4) << Gains{0.8, 1, 0} << 1e9;
+        QTest::newRow("lag, P") << process(Kind::FirstOrder, 0.5, 0.05, 0.3) << Gains{3, 0, 0} << 1e9;
+        QTest::newRow("lag, PID") << process(Kind::FirstOrder, 1, 0.2, 0.5) << Gains{1, 2, 0.05} << 1e9;
+        QTest::newRow("swing, PI") << process(Kind::SecondOrder, 1, 0.1, 6, 0.25) << Gains{0.2, 1, 0} << 1e9;
+        QTest::newRow("two lags, PI")
+            << process(Kind::SecondOrder, 1, 0.1, 5, 1.5) << Gains{0.8, 1.5, 0} << 1e9;
+        QTest::newRow("integrator, PI") << process(Kind::Integrating, 3, 0.1) << Gains{0.8, 0.3, 0} << 1e9;
+        QTest::newRow("runs away, PI") << process(Kind::Unstable, 2, 0.05, 0.667) << Gains{1.5, 1, 0} << 1e9;
+        QTest::newRow("at the limit") << process(Kind::FirstOrder, 2, 0.1, 0.4) << Gains{0.8, 1, 0} << 90.0;
+        QTest::newRow("no dead time") << process(Kind::FirstOrder, 1, 0, 0.4) << Gains{0.8, 1, 0} << 1e9;
     }
 
     // Within 5 % at a noise of 2 %, with a controller that acts every 10 ms.
@@ -376,7 +382,8 @@ private slots:
     {
         QFETCH(PlantModel, plant);
         QFETCH(ParallelGains, gains);
-        const StepInput input{gains.p > 0, 1, gains, 0.01};
+        QFETCH(double, limit);
+        const StepInput input{gains.p > 0, 1, gains, 0.01, limit};
         const PlantFit fit = fitPlant({looped(plant, input, 2), 50, 150, {}, 0.02}, input);
         QCOMPARE(int(fit.problem), int(PlantFit::Problem::None));
         QCOMPARE(int(fit.model.kind), int(plant.kind));
