@@ -190,7 +190,11 @@ void LoopFit::search()
 
 double LoopFit::gainDeviation(double atLeast) const
 {
-    const double variance = equations(m_candidate).inverseAt(LogGain, LogGain);
+    LoopFit fit = *this;
+    // A dead time of 0 is at its end, where it can make up for no other gain.
+    if (m_candidate.plant.delay < m_data.step())
+        fit.m_parameters.erase(fit.m_parameters.begin() + Delay);
+    const double variance = fit.equations(m_candidate).inverseAt(LogGain, LogGain);
     if (!(variance > 0))
         return std::numeric_limits<double>::infinity();
     const double square = std::max(m_distance, atLeast * atLeast);

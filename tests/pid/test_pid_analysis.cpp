@@ -420,6 +420,8 @@ private slots:
         QTest::newRow("still") << sampled(ramp(0), 3, 1000, 1) << usual << Problem::NoMovement;
         QTest::newRow("small") << sampled(firstOrder(0, 3, 0.4), 3, 5000, 1) << usual
                                << Problem::StepTooSmall;
+        QTest::newRow("a jump") << sampled(delayed(1, firstOrder(0, 300, 0.01)), 2, 25, 3)
+                                << StepInput{false, 1, {}} << Problem::NotIdentifiable;
         QTest::newRow("no process") << sampled(steps, 6, 1000) << usual << Problem::PoorFit;
         QTest::newRow("at the limit") << sampled(steps, 6, 1000) << closed(8, 1, 100) << Problem::Saturated;
     }
