@@ -34,15 +34,16 @@ struct Case
     double noise; // RMS
 };
 
-Response delayed(double delay, const Response &response)
-{
-    return [=](double t) { return t < delay ? response(0) : response(t - delay); };
-}
-
-Response firstOrder(double from, double to, double lag)
-{
-    return [=](double t) { return to + (from - to) * std::exp(-t / lag); };
-}
+const auto ramp = [](double rate) { return Response([=](double t) { return rate * t; }); };
+const auto firstOrder = [](double from, double to, double lag) {
+    return Response([=](double t) { return to + (from - to) * std::exp(-t / lag); });
+};
+const auto delayed = [](double delay, const Response &response) {
+    return Response([=](double t) { return response(std::max(0.0, t - delay)); });
+};
+const auto limited = [](double low, double high, const Response &response) {
+    return Response([=](double t) { return std::clamp(response(t), low, high); });
+};
 
 Response swinging(double to, double frequency, double damping)
 {
@@ -51,16 +52,6 @@ Response swinging(double to, double frequency, double damping)
         return to * (1 - std::exp(-damping * frequency * t) *
                              (std::cos(damped * t) + damping * frequency / damped * std::sin(damped * t)));
     };
-}
-
-Response limited(double low, double high, const Response &response)
-{
-    return [=](double t) { return std::clamp(response(t), low, high); };
-}
-
-Response ramp(double rate)
-{
-    return [=](double t) { return rate * t; };
 }
 
 const std::vector<Case> &cases()
@@ -487,8 +478,7 @@ private slots:
         const PlantModel integrator = process(Kind::Integrating, 0.5, 2);
         const PlantModel twoLags = process(Kind::SecondOrder, 2, 1, 0.5, 1.25); // 4 s and 1 s
         check(simcTuning(lag, pi, 1, none), {1, 0.25, 0});
-        check(simcTuning(lag, pi, 3, none), {0.5, 0.125, 0});
-        check(simcTuning(lag, pi, 1, {0.5, 3}), {4 / 7.0, 1 / 7.0, 0}); // dead time 1.75
+        check(simcTuning(lag, pi, 3, {0.5, 3}), {2 / 7.0, 1 / 14.0, 0}); // dead time 1.75
         check(simcTuning(integrator, pi, 1, none), {0.5, 0.03125, 0});
         check(simcTuning(twoLags, pid, 1, none), {1.25, 0.25, 1});
         check(simcTuning(twoLags, pi, 1, none), {0.75, 1 / 6.0, 0}); // 4.5 s behind 1.5 s
