@@ -25,7 +25,6 @@
 
 #include <optional>
 
-enum class TuningRule { Simc, Amigo, ZieglerNichols };
 enum class ControllerKind { P, Pi, Pid };
 
 struct Tuning
