@@ -238,7 +238,7 @@ public:
         Setting<int> periodUnit{this, "PeriodUnit", 0, notWritten, {0, 2}}; // ms, us, s
         Setting<int> tuningRule{this, "TuningRule", 0, notWritten, {0}}; // index into the list
         Setting<int> tuningSpeed{this, "TuningSpeed", 50, notWritten, {0, 100}}; // slow to fast
-        Setting<int> tuningController{this, "TuningController", 0, notWritten, {0, 1}}; // PI, PID
+        Setting<int> tuningController{this, "TuningController", 0, notWritten, {0, 1}}; // PID, PI
         Setting<bool> openLoop{this, "OpenLoop", false}; // the target is the output
         Setting<int> outputLimit{this, "OutputLimit", 0, notWritten, {0}}; // of the board; 0: unknown
     } pid{&m_table, "Pid"};

@@ -15,6 +15,8 @@
 
 namespace {
 
+enum Rule { Simc, Amigo, ZieglerNichols }; // by index in the list
+
 constexpr double kPeriodUnits[] = {1e-3, 1e-6, 1}; // seconds
 constexpr double kSlowest = 5;                     // times the dead time
 constexpr double kFastest = 0.5;
@@ -178,9 +180,11 @@ QLayout *TuningPanel::buildResult()
 {
     m_rule->setObjectName(QStringLiteral("comboTuningRule"));
     m_rule->addItems({QStringLiteral("SIMC"), QStringLiteral("AMIGO"), QStringLiteral("Ziegler-Nichols")});
-    m_rule->setToolTip(QStringLiteral("Ziegler-Nichols：由等幅振荡的临界增益和周期计算，不需要模型"));
+    m_rule->setToolTip(QStringLiteral(
+        "Ziegler-Nichols：由等幅振荡的临界增益和周期计算，不需要模型；临界增益是能维持等幅振荡的最小的P"));
     m_controller->setObjectName(QStringLiteral("comboTuningController"));
-    m_controller->addItems({QStringLiteral("PI"), QStringLiteral("PID")});
+    m_controller->addItems({QStringLiteral("PID"), QStringLiteral("PI")});
+    m_controller->setToolTip(QStringLiteral("不需要微分的对象，PID的D为0"));
     m_speed->setObjectName(QStringLiteral("sliderTuningSpeed"));
     m_speed->setRange(0, 100);
     m_speed->setMinimumWidth(80);
@@ -354,10 +358,10 @@ QString TuningPanel::modelText() const
 
 Tuning TuningPanel::tuning(const PidRun &run, QString *reason) const
 {
-    const auto controller = m_controller->currentIndex() == 0 ? ControllerKind::Pi : ControllerKind::Pid;
-    const auto rule = TuningRule(m_rule->currentIndex());
+    const auto controller = m_controller->currentIndex() == 0 ? ControllerKind::Pid : ControllerKind::Pi;
+    const int rule = m_rule->currentIndex();
     const StepFigures &figures = m_figures->of(run);
-    if (rule == TuningRule::ZieglerNichols) {
+    if (rule == ZieglerNichols) {
         const UltimatePoint point = ultimatePoint(figures, m_boardGains);
         *reason = ultimateProblemText(point.problem);
         return point.problem == UltimatePoint::Problem::None ? zieglerNicholsTuning(point, controller)
@@ -371,15 +375,15 @@ Tuning TuningPanel::tuning(const PidRun &run, QString *reason) const
     timing.period = periodOf(run);
     timing.reportInterval = figures.reportRate.value_or(0) > 0 ? 1 / *figures.reportRate : 0;
     const double slowness = kSlowest * std::pow(kFastest / kSlowest, m_speed->value() / 100.0);
-    const Tuning tuning = rule == TuningRule::Simc ? simcTuning(m_fit.model, controller, slowness, timing)
-                                                   : amigoTuning(m_fit.model, controller, timing);
+    const Tuning tuning = rule == Simc ? simcTuning(m_fit.model, controller, slowness, timing)
+                                       : amigoTuning(m_fit.model, controller, timing);
     *reason = tuningProblemText(tuning.problem);
     return tuning;
 }
 
 void TuningPanel::showTuning()
 {
-    m_speed->setEnabled(TuningRule(m_rule->currentIndex()) == TuningRule::Simc);
+    m_speed->setEnabled(m_rule->currentIndex() == Simc);
     m_apply->setEnabled(false);
     m_result->clear();
     const PidRun *run = m_recorder->runs()->find(m_fittedRun);
