@@ -2,6 +2,7 @@
 // chunks of several sizes.
 
 #include "frameassembler.h"
+#include "frameresynchronizer.h"
 #include "jpegscanner.h"
 #include "pixelformat.h"
 
@@ -65,11 +66,12 @@ QList<QByteArray> inChunks(const QByteArray &bytes, int chunk)
     return chunks;
 }
 
-void assemble(benchmark::State &state)
+// By the reader that drops chunks, or the one that searches bytes.
+template <typename Reader> void assemble(benchmark::State &state)
 {
     const QByteArray packet = CameraFrame::build(0, CameraFrame::ImageData, noise(kFrameBytes));
     const QList<QByteArray> chunks = inChunks(packet, static_cast<int>(state.range(0)));
-    FrameAssembler assembler;
+    Reader assembler;
     CameraEvent event;
     qint64 images = 0;
     for (auto _ : state) {
@@ -110,7 +112,8 @@ void scanJpeg(benchmark::State &state)
 BENCHMARK(copyPixels)->Args({640, 480})->Args({1920, 1080});
 BENCHMARK(decode)->ArgNames({"code", "w", "h", "big"})->ArgsProduct({{4, 5, 7}, {640}, {480}, {0, 1}});
 BENCHMARK(decode)->ArgNames({"code", "w", "h", "big"})->Args({4, 1920, 1080, 0});
-BENCHMARK(assemble)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
+BENCHMARK_TEMPLATE(assemble, FrameAssembler)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
+BENCHMARK_TEMPLATE(assemble, FrameResynchronizer)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
 BENCHMARK(scanJpeg)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
 
 } // namespace

@@ -145,11 +145,17 @@ void CameraDebugWidget::connectParts()
     connect(m_actions, &PictureActions::notify, this, &CameraDebugWidget::notify);
     connect(m_config, &ImageFormatConfig::signalReadWriteRegister, this,
             &CameraDebugWidget::SltReadWriteRegister);
+    connect(m_config, &ImageFormatConfig::recordEdited, m_receiver, &CameraReceiver::forgetAnnounced);
     connect(m_config, &ImageFormatConfig::notify, this, &CameraDebugWidget::notify);
-    connect(m_show, &FrameShow::pictureReady, this, [this](int device, const QImage &picture) {
-        m_viewer->setImage(device, QPixmap::fromImage(picture));
-    });
-    connect(m_show, &FrameShow::undecodable, this, [this](int device) {
+    connect(m_show, &FrameShow::pictureReady, this,
+            [this](int device, const QImage &picture, const QString &sender) {
+                m_viewer->setImage(device, QPixmap::fromImage(picture));
+                m_receiver->countShown(sender, device);
+            });
+    connect(m_show, &FrameShow::skipping, this,
+            [this](int device, const QString &sender) { m_receiver->countSkipped(sender, device); });
+    connect(m_show, &FrameShow::undecodable, this, [this](int device, const CameraFrameData &frame) {
+        m_receiver->countUndecodable(frame.sender, device, frame.offset, frame.data);
         showError(QStringLiteral("设备[%1]的数据无法按当前格式解码").arg(device + 1));
     });
     connect(&m_rateTimer, &QTimer::timeout, this, &CameraDebugWidget::SltCalculationRate);
@@ -298,9 +304,10 @@ void CameraDebugWidget::SltSerialportChanged(QStringList serialports)
 void CameraDebugWidget::connectReceiver()
 {
     connect(m_receiver, &CameraReceiver::image, this, &CameraDebugWidget::showImage);
-    connect(m_receiver, &CameraReceiver::jpeg, m_show, [this](const QByteArray &file) {
-        m_show->add(0, {file, std::nullopt, false});
-    });
+    connect(m_receiver, &CameraReceiver::jpeg, m_show,
+            [this](const QString &sender, const QByteArray &file, qint64 offset) {
+                m_show->add(0, {file, std::nullopt, false, sender, offset});
+            });
     connect(m_receiver, &CameraReceiver::format, this, &CameraDebugWidget::showFormat);
     connect(m_receiver, &CameraReceiver::registerReply, this, &CameraDebugWidget::showReply);
     connect(m_receiver, &CameraReceiver::wrongReplyLength, this,
@@ -315,13 +322,17 @@ void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
     m_receiver->receive(name, byData, m_link->protocol() == CameraLinkPanel::Udp, m_config->valueLength());
 }
 
-void CameraDebugWidget::showImage(const CameraEvent &event)
+// By the format that its sender has announced. A sender that has announced none, as
+// one that has connected again, sends in the format of the panel.
+void CameraDebugWidget::showImage(const QString &sender, const CameraEvent &event)
 {
-    const ImageRecord &record = m_config->record(event.device);
+    const CameraEvent *const format = m_receiver->announced(sender, event.device);
+    const ImageRecord record =
+        format ? ImageRecord{format->format, format->width, format->height} : m_config->record(event.device);
     if (frames() == kTimedFrame &&
         (record.format == ImageRecord::Rgb565 || record.format == ImageRecord::Bmp))
         qDebug() << m_receiver->sinceFirstMs() << "ms";
-    m_show->add(event.device, {event.data, record, m_bigEndian->isChecked()});
+    m_show->add(event.device, {event.data, record, m_bigEndian->isChecked(), sender, event.offset});
 }
 
 void CameraDebugWidget::showFormat(const CameraEvent &event)
@@ -402,14 +413,16 @@ void CameraDebugWidget::SltCalculationRate()
                         static_cast<double>(m_recvCount - m_recvAtRate) / seconds);
     m_framesAtRate = frames();
     m_recvAtRate = m_recvCount;
+    if (m_session->isOpen())
+        m_receiver->tickHealth();
     showCounts();
 }
 
 void CameraDebugWidget::showCounts()
 {
     m_status->showFrames(frames(),
-                         {m_show->skipped(), m_show->unusable(), m_receiver->streams().partialFrames(),
-                          m_receiver->streams().lostBytes()});
+                         {m_show->skipped(), m_show->unusable(), m_receiver->health().total().cutShort,
+                          m_receiver->health().total().lostBytes});
     emit signalRefresCounts(pageIndex);
 }
 

@@ -77,7 +77,7 @@ private:
     void connectReceiver();
 
     void endLink();
-    void showImage(const CameraEvent &event);
+    void showImage(const QString &sender, const CameraEvent &event);
     void showFormat(const CameraEvent &event);
     void showReply(const QString &sender, const CameraEvent &event);
     void showError(const QString &reason);

@@ -22,37 +22,69 @@ CameraReceiver::CameraReceiver(QObject *parent)
 void CameraReceiver::setRawJpeg(bool raw)
 {
     m_isRawJpeg = raw;
-    forget();
+    m_streams.restart();
+}
+
+void CameraReceiver::setResynchronizes(bool resynchronizes)
+{
+    m_resynchronizes = resynchronizes;
+    m_streams.restart();
+}
+
+void CameraReceiver::forget()
+{
+    m_health.setNow(m_clock.elapsed());
+    m_streams.clear();
+    m_health.pause();
+}
+
+void CameraReceiver::forget(const QString &sender)
+{
+    m_health.setNow(m_clock.elapsed());
+    m_streams.end(sender);
 }
 
 void CameraReceiver::receive(const QString &sender, const QByteArray &bytes, bool isDatagram, int valueLength)
 {
+    m_health.setNow(m_clock.elapsed());
     CameraStreams::Stream &stream = m_streams.of(sender, isDatagram);
     if (m_streams.takeForgotten())
         emit notify(Notice::error(
             QStringLiteral("UDP发送方超过%1个，图像可能不完整！").arg(CameraStreams::maxDatagramSenders)));
     if (m_isRawJpeg) {
         stream.jpeg.append(bytes);
-        readJpegs(stream);
+        readJpegs(sender, stream);
     } else {
-        stream.packets.append(bytes, m_clock.elapsed());
-        reportLoss(stream);
+        if (m_resynchronizes)
+            stream.bytewise.append(bytes, m_health.now());
+        else
+            stream.packets.append(bytes, m_health.now());
+        reportLoss(sender, stream);
         readPackets(sender, stream, valueLength);
     }
+}
+
+bool CameraReceiver::nextEvent(CameraStreams::Stream &stream, CameraEvent *event, int valueLength) const
+{
+    return m_resynchronizes ? stream.bytewise.next(event, valueLength)
+                            : stream.packets.next(event, valueLength);
 }
 
 void CameraReceiver::readPackets(const QString &sender, CameraStreams::Stream &stream, int valueLength)
 {
     CameraEvent event;
-    while (stream.packets.next(&event, valueLength)) {
+    stream.bytewise.setRequiresChecksums(m_dropBadChecksums);
+    while (nextEvent(stream, &event, valueLength)) {
         if (event.kind == CameraEvent::ImpossibleLength)
             emit faulty(QStringLiteral("数据包长度异常，已丢弃"));
         stream.lossTold = stream.lossTold || event.kind == CameraEvent::ImpossibleLength;
-        reportLoss(stream);
+        reportLoss(sender, stream);
+        if (event.kind == CameraEvent::Format)
+            stream.announced.at(event.device) = event;
         readPacket(sender, event);
         stream.lossTold = stream.lossTold && !isPacket(event.kind);
     }
-    reportLoss(stream);
+    reportLoss(sender, stream);
 }
 
 void CameraReceiver::readPacket(const QString &sender, const CameraEvent &event)
@@ -62,12 +94,13 @@ void CameraReceiver::readPacket(const QString &sender, const CameraEvent &event)
         beginFrame();
         break;
     case CameraEvent::Image:
+        m_health.addFrame(sender, event);
         if (!event.checksumRight) {
             emit faulty(QStringLiteral("设备[%1]的图像数据校验错误").arg(event.device + 1));
             if (m_dropBadChecksums)
                 break;
         }
-        emit image(event);
+        emit image(sender, event);
         ++m_frames;
         break;
     case CameraEvent::Format:
@@ -91,27 +124,36 @@ void CameraReceiver::readPacket(const QString &sender, const CameraEvent &event)
     }
 }
 
-void CameraReceiver::readJpegs(CameraStreams::Stream &stream)
+void CameraReceiver::readJpegs(const QString &sender, CameraStreams::Stream &stream)
 {
     QByteArray file;
     bool more = true;
     while (more) {
         more = stream.jpeg.next(&file);
-        reportLoss(stream);
+        const qint64 offset = stream.jpeg.offset() - file.size();
+        reportLoss(sender, stream);
         if (stream.jpeg.takeOverflow())
             emit faulty(QStringLiteral("JPEG图像没有结束标记，已丢弃"));
         if (more || stream.jpeg.hasStart())
             beginFrame();
         if (!more)
             break;
-        emit jpeg(file);
-        ++m_frames;
+        reportJpeg(sender, file, offset);
     }
 }
 
-void CameraReceiver::reportLoss(CameraStreams::Stream &stream)
+void CameraReceiver::reportJpeg(const QString &sender, const QByteArray &file, qint64 offset)
 {
-    const QString reason = m_streams.countLoss(stream);
+    CameraEvent complete;
+    complete.kind = CameraEvent::Image;
+    m_health.addFrame(sender, complete);
+    emit jpeg(sender, file, offset);
+    ++m_frames;
+}
+
+void CameraReceiver::reportLoss(const QString &sender, CameraStreams::Stream &stream)
+{
+    const QString reason = m_streams.countLoss(sender, stream);
     if (!reason.isEmpty())
         emit faulty(reason);
 }
@@ -142,6 +184,31 @@ qint64 CameraReceiver::sinceFirstMs() const
 void CameraReceiver::clearCounts()
 {
     m_frames = 0;
-    m_streams.clearCounts();
+    m_health.clear();
     m_sinceFirst.invalidate();
+}
+
+// ---- health
+
+void CameraReceiver::countShown(const QString &sender, int device)
+{
+    m_health.addShown(sender, device);
+}
+
+void CameraReceiver::countSkipped(const QString &sender, int device)
+{
+    m_health.addSkipped(sender, device);
+}
+
+void CameraReceiver::countUndecodable(const QString &sender, int device, qint64 offset,
+                                      const QByteArray &data)
+{
+    m_health.setNow(m_clock.elapsed());
+    m_health.addUndecodable(sender, device, offset, data);
+}
+
+void CameraReceiver::tickHealth()
+{
+    m_health.setNow(m_clock.elapsed());
+    m_health.tick();
 }

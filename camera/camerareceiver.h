@@ -22,24 +22,39 @@ public:
     void setRawJpeg(bool raw);
     // Instead of reporting them as good.
     void setDropBadChecksums(bool drop) { m_dropBadChecksums = drop; }
+    // Every byte may begin a packet.
+    void setResynchronizes(bool resynchronizes);
 
     // valueLength: of a register, in bytes. A datagram may come from anybody.
     void receive(const QString &sender, const QByteArray &bytes, bool isDatagram, int valueLength);
     // What is incomplete belongs to the link that it came over.
-    void forget() { m_streams.clear(); }
-    void forget(const QString &sender) { m_streams.end(sender); }
+    void forget();
+    void forget(const QString &sender);
+    // As the sender has announced it for the device; null where it has not.
+    const CameraEvent *announced(const QString &sender, int device) const
+    {
+        return m_streams.announced(sender, device);
+    }
+    void forgetAnnounced(int device) { m_streams.forgetAnnounced(device); }
     // Whether a datagram's sender may be the board that is asked at that address. It
     // may answer from another port, unless the asked one is known to send.
     bool mayAnswer(const QString &sender, const QHostAddress &address, quint16 port) const;
 
     qint64 frames() const { return m_frames; } // reported; one that is being reported not yet
     qint64 sinceFirstMs() const;               // since the first frame began
-    const CameraStreams &streams() const { return m_streams; }
+    const CameraHealth &health() const { return m_health; }
     void clearCounts();
 
+    // What became of the frames that were reported.
+    void countShown(const QString &sender, int device);
+    void countSkipped(const QString &sender, int device);
+    void countUndecodable(const QString &sender, int device, qint64 offset, const QByteArray &data);
+    // Ends a period of the rates, while the link is open.
+    void tickHealth();
+
 signals:
-    void jpeg(const QByteArray &file);
-    void image(const CameraEvent &event);
+    void jpeg(const QString &sender, const QByteArray &file, qint64 offset);
+    void image(const QString &sender, const CameraEvent &event);
     void format(const CameraEvent &event);
     void registerReply(const QString &sender, const CameraEvent &event);
     void wrongReplyLength();
@@ -48,15 +63,19 @@ signals:
 
 private:
     void readPackets(const QString &sender, CameraStreams::Stream &stream, int valueLength);
+    bool nextEvent(CameraStreams::Stream &stream, CameraEvent *event, int valueLength) const;
     void readPacket(const QString &sender, const CameraEvent &event);
-    void readJpegs(CameraStreams::Stream &stream);
-    void reportLoss(CameraStreams::Stream &stream);
+    void readJpegs(const QString &sender, CameraStreams::Stream &stream);
+    void reportJpeg(const QString &sender, const QByteArray &file, qint64 offset);
+    void reportLoss(const QString &sender, CameraStreams::Stream &stream);
     void beginFrame();
 
-    CameraStreams m_streams;
+    CameraHealth m_health;
+    CameraStreams m_streams{&m_health};
     QElapsedTimer m_clock;
     QElapsedTimer m_sinceFirst;
     bool m_isRawJpeg = false;
     bool m_dropBadChecksums = false;
+    bool m_resynchronizes = false;
     qint64 m_frames = 0;
 };

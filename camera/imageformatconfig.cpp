@@ -232,6 +232,7 @@ void ImageFormatConfig::storeRecord()
         edited.format = static_cast<quint8>(m_format->currentData().toInt());
     edited.width = static_cast<quint16>(m_width->value());
     edited.height = static_cast<quint16>(m_height->value());
+    emit recordEdited(m_device->currentIndex());
 }
 
 // ---- registers

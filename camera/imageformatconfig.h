@@ -52,6 +52,7 @@ public slots:
 signals:
     // An empty value reads.
     void signalReadWriteRegister(QString strAddr, QString strValue, int regId);
+    void recordEdited(int device); // by the user
     void notify(const Notice &notice);
 
 private:

@@ -1,13 +1,18 @@
 #pragma once
 
 // The incomplete frames of each sender of a camera link, so that two senders do not
-// mix, and the count of what was lost. Knows no link and shows nothing.
+// mix, and the formats that each has announced. Counts what was lost in the health of
+// the link, which outlives this. Knows no link and shows nothing.
 
+#include "camerahealth.h"
 #include "frameassembler.h"
+#include "frameresynchronizer.h"
 #include "jpegscanner.h"
 
 #include <QHash>
 #include <QString>
+
+#include <array>
 
 class CameraStreams
 {
@@ -19,32 +24,43 @@ public:
     struct Stream
     {
         FrameAssembler packets;
+        FrameResynchronizer bytewise; // instead of packets, where the user wants it
         JpegScanner jpeg;
         qint64 lastUse = 0;
-        bool lossTold = false; // the user knows of the loss since the last complete packet
+        std::array<CameraEvent, 2> announced; // by device; of another kind: not yet
+        bool lossTold = false;                // the user knows of the loss since the last complete packet
     };
+
+    explicit CameraStreams(CameraHealth *health)
+        : m_health(health)
+    {
+    }
 
     Stream &of(const QString &sender, bool sendsDatagrams);
     bool contains(const QString &sender) const { return m_streams.contains(sender); }
-    // The sender has left; an incomplete frame of it is counted.
+    // The sender's announcement; null where there is none.
+    const CameraEvent *announced(const QString &sender, int device) const;
+    // The user has chosen another format for the device.
+    void forgetAnnounced(int device);
+    // The sender has left, or all; what is incomplete is counted.
     void end(const QString &sender);
-    void clear(); // not the counts
+    void clear();
+    // The streams are read in another way from here on: what is incomplete is counted.
+    void restart();
 
     // Whether a sender has been forgotten since clear(); true once only.
     bool takeForgotten();
 
     // Counts what the stream has lost. Returns the reason when the user is to see
     // it, once for consecutive losses; otherwise an empty text.
-    QString countLoss(Stream &stream);
-    qint64 partialFrames() const { return m_partialFrames; }
-    qint64 lostBytes() const { return m_lostBytes; }
-    void clearCounts();
+    QString countLoss(const QString &sender, Stream &stream);
 
 private:
+    void countRest(const QString &sender, Stream &stream);
+
+    CameraHealth *m_health;
     QHash<QString, Stream> m_streams;
     qint64 m_uses = 0;
     bool m_hasForgotten = false;
     bool m_forgottenTold = false;
-    qint64 m_partialFrames = 0;
-    qint64 m_lostBytes = 0;
 };

@@ -1,14 +1,15 @@
 #include "frameassembler.h"
 
+#include "camerapacket.h"
+
 #include <cstring>
 #include <utility>
 
 using namespace CameraFrame;
+using CameraPacket::formatSize;
+using CameraPacket::mayBeHeader;
 
 namespace {
-
-constexpr int kFormatSize = 15; // of an announcement, without its checksum
-constexpr int kChecksumSize = 2;
 
 bool beginsWithMagic(const char *bytes, qsizetype size)
 {
@@ -25,36 +26,19 @@ int magicReached(const QByteArray &chunk, int before)
                : 0;
 }
 
-// Whether the bytes can be the header of a packet that a board sends, or its
-// beginning.
-bool mayBeHeader(const char *bytes, qsizetype size)
-{
-    if (std::memcmp(bytes, magic, static_cast<size_t>(qMin<qsizetype>(size, magicSize))) != 0)
-        return false;
-    if (size < bodyAt)
-        return true;
-    const quint32 length = readU32(bytes + lengthAt);
-    switch (static_cast<quint8>(bytes[commandAt])) {
-    case ImageData:
-        return length >= overhead && length <= maxBytes;
-    case ImageFormat:
-        return length >= kFormatSize && length <= kFormatSize + kChecksumSize;
-    case ReadRegister:
-        return length > registerOverhead && length <= registerOverhead + maxValueBytes;
-    default:
-        return false;
-    }
-}
-
 } // namespace
 
-FrameAssembler::Loss FrameAssembler::takeLoss()
+CameraLoss FrameAssembler::takeLoss()
 {
     return std::exchange(m_loss, {});
 }
 
 void FrameAssembler::discard(qint64 bytes)
 {
+    if (m_loss.bytes == 0) {
+        m_loss.offset = offset();
+        m_loss.head = QByteArray(m_buffer.front(), qMin<int>(m_buffer.size(), CameraLoss::headBytes));
+    }
     m_loss.bytes += qMin<qint64>(bytes, m_buffer.size());
     m_buffer.drop(bytes);
 }
@@ -63,7 +47,15 @@ void FrameAssembler::discard(qint64 bytes)
 void FrameAssembler::discardFrame()
 {
     m_loss.frames += m_receiving ? 1 : 0;
+    m_loss.device = m_receiving ? m_device : m_loss.device;
     m_receiving = false;
+}
+
+void FrameAssembler::end()
+{
+    discardFrame();
+    discard(m_buffer.size());
+    m_begun = 0;
 }
 
 // Finds a magic that begins with a chunk.
@@ -89,6 +81,7 @@ void FrameAssembler::append(const QByteArray &chunk, qint64 nowMs)
     if (m_begun > 0 || chunk.startsWith(magic[0]))
         lookForHeader(chunk);
     m_buffer.append(chunk);
+    m_received += chunk.size();
     if (m_receiving)
         extendChecksum();
 }
@@ -171,16 +164,18 @@ bool FrameAssembler::readImage(CameraEvent *event)
     if (m_buffer.size() < static_cast<qsizetype>(m_packetLength))
         return false;
     m_receiving = false;
-    *event = CameraEvent();
-    event->kind = CameraEvent::Image;
-    event->device = static_cast<quint8>(m_buffer.front()[deviceAt]) & 1;
-    if (m_packetLength < overhead) { // no room for a checksum
+    const int length = static_cast<int>(m_packetLength);
+    if (length < overhead) { // no room for a checksum
+        *event = CameraEvent();
+        event->kind = CameraEvent::Image;
+        event->device = static_cast<quint8>(m_device);
         event->checksumRight = false;
+        event->head = QByteArray(m_buffer.front(), length);
     } else {
-        const int length = static_cast<int>(m_packetLength);
-        event->checksumRight = m_checksum.value() == readU16(m_buffer.front() + length - 2);
-        event->data = QByteArray(m_buffer.front() + bodyAt, length - overhead);
+        *event = CameraPacket::image(m_buffer.front(), length,
+                                     m_checksum.value() == readU16(m_buffer.front() + length - 2));
     }
+    event->offset = offset();
     m_buffer.drop(m_packetLength);
     if (event->checksumRight)
         m_frameBytes = m_packetLength;
@@ -228,6 +223,7 @@ bool FrameAssembler::readHeader(CameraEvent *event, int valueLength, bool *isEve
 void FrameAssembler::beginImage(quint32 length)
 {
     m_receiving = true;
+    m_device = static_cast<quint8>(m_buffer.front()[deviceAt]) & 1;
     m_packetLength = length;
     m_checked = 0;
     m_searched = 0;
@@ -238,14 +234,11 @@ void FrameAssembler::beginImage(quint32 length)
 // False for a cut announcement, which is dropped with what follows it.
 bool FrameAssembler::readFormat(CameraEvent *event, quint32 length)
 {
-    if (length < kFormatSize || m_buffer.size() < static_cast<qsizetype>(length)) {
+    if (length < formatSize || m_buffer.size() < static_cast<qsizetype>(length)) {
         discard(length);
         return false;
     }
-    event->kind = CameraEvent::Format;
-    event->format = static_cast<quint8>(m_buffer.front()[bodyAt]);
-    event->width = readU16(m_buffer.front() + bodyAt + 1);
-    event->height = readU16(m_buffer.front() + bodyAt + 3);
+    *event = CameraPacket::format(m_buffer.front());
     m_buffer.drop(length);
     endPacket();
     return true;
@@ -274,10 +267,7 @@ bool FrameAssembler::readReply(CameraEvent *event, int valueLength)
         dropPacket(length);
         return true;
     }
-    event->kind = CameraEvent::Register;
-    event->status = static_cast<quint8>(m_buffer.front()[bodyAt]);
-    event->address = readU16(m_buffer.front() + bodyAt + 1);
-    event->data = QByteArray(m_buffer.front() + bodyAt + 3, valueLength);
+    *event = CameraPacket::reply(m_buffer.front(), valueLength);
     m_buffer.drop(length);
     endPacket();
     return true;

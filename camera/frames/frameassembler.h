@@ -6,31 +6,9 @@
 // format beyond the announcement and no link; the time is passed in.
 
 #include "bytequeue.h"
+#include "cameraevent.h"
 #include "cameraframe.h"
 #include "checksum.h"
-
-struct CameraEvent
-{
-    enum Kind {
-        ImageBegins,      // the header of an image packet has arrived
-        Image,            // a complete image packet: data, checksumRight
-        Format,           // an announcement: format, width, height
-        Register,         // a complete read reply: status, address, data (the value)
-        WrongLength,      // a read reply whose length does not fit the value length
-        NoHeader,         // the buffered bytes are no packet; data holds the first four
-        ImpossibleLength, // a length that no packet has; all buffered bytes are dropped
-        Resynchronized    // a search for a header has led to the packet before
-    };
-    Kind kind = NoHeader;
-    quint8 device = 0; // 0 or 1
-    QByteArray data;
-    bool checksumRight = true;
-    quint8 format = 0;
-    quint16 width = 0;
-    quint16 height = 0;
-    quint8 status = 0;
-    quint16 address = 0;
-};
 
 class FrameAssembler
 {
@@ -38,13 +16,6 @@ public:
     // After this time without a complete packet, in which the bytes of a frame
     // arrived, the stream is searched for the next possible header.
     static constexpr qint64 searchAfterMs = 1000;
-
-    // Bytes that were dropped because they belong to no complete packet.
-    struct Loss
-    {
-        qint64 bytes = 0;
-        qint64 frames = 0; // image packets without an end
-    };
 
     explicit FrameAssembler(int maxIdleBytes = ByteQueue::defaultIdleBytes)
         : m_buffer(maxIdleBytes)
@@ -59,7 +30,9 @@ public:
     // The next event; false when more has to arrive first.
     // valueLength: the bytes of a register's value, 1 to 4.
     bool next(CameraEvent *event, int valueLength);
-    Loss takeLoss();                                 // since the last call
+    CameraLoss takeLoss(); // since the last call
+    // The stream has ended: what is buffered is lost.
+    void end();
     bool isReceiving() const { return m_receiving; } // an image packet
 
     qsizetype size() const { return m_buffer.size(); }
@@ -73,6 +46,7 @@ private:
     void searchHeader();
     void discard(qint64 bytes);
     void discardFrame();
+    qint64 offset() const { return m_received - m_buffer.size(); } // of the front
     void dropPacket(quint32 length);
     bool readImage(CameraEvent *event);
     bool readHeader(CameraEvent *event, int valueLength, bool *isEvent);
@@ -87,7 +61,9 @@ private:
     qsizetype m_checked = 0;    // bytes of the packet that m_checksum covers
     Crc m_checksum{CrcModels::crc16Modbus};
 
-    Loss m_loss;
+    CameraLoss m_loss;
+    qint64 m_received = 0; // bytes since the stream began
+    int m_device = 0;      // of the awaited image packet
     qint64 m_now = 0;
     qint64 m_since = 0;                          // when the first of m_bytesSince arrived
     qint64 m_bytesSince = 0;                     // since the last complete packet

@@ -31,19 +31,22 @@ int JpegScanner::find(char second, int from) const
 
 void JpegScanner::drop(int bytes)
 {
-    m_lost += bytes;
+    if (bytes > 0 && m_loss.bytes == 0) {
+        m_loss.offset = offset();
+        m_loss.head = QByteArray(m_buffer.front(), qMin(size(), CameraLoss::headBytes));
+    }
+    m_loss.bytes += bytes;
     m_buffer.drop(bytes);
 }
 
 void JpegScanner::append(const QByteArray &chunk)
 {
     if (chunk.size() > static_cast<int>(CameraFrame::maxBytes) - size()) {
-        drop(size());
-        m_hasStart = false;
-        m_scanned = 0;
+        end();
         m_hasOverflown = true;
     }
     m_buffer.append(chunk);
+    m_received += chunk.size();
 }
 
 bool JpegScanner::takeOverflow()
@@ -51,9 +54,17 @@ bool JpegScanner::takeOverflow()
     return std::exchange(m_hasOverflown, false);
 }
 
-qint64 JpegScanner::takeLost()
+CameraLoss JpegScanner::takeLoss()
 {
-    return std::exchange(m_lost, 0);
+    return std::exchange(m_loss, {});
+}
+
+void JpegScanner::end()
+{
+    m_loss.frames += m_hasStart ? 1 : 0;
+    drop(size());
+    m_hasStart = false;
+    m_scanned = 0;
 }
 
 bool JpegScanner::next(QByteArray *picture)

@@ -4,6 +4,7 @@
 // markers. The time it needs grows with the bytes, not with how they are cut.
 
 #include "bytequeue.h"
+#include "cameraevent.h"
 
 class JpegScanner
 {
@@ -21,8 +22,10 @@ public:
     bool hasStart() const { return m_hasStart; }
     // Whether a picture without an end was dropped since the last call.
     bool takeOverflow();
-    // The bytes that were dropped since the last call.
-    qint64 takeLost();
+    CameraLoss takeLoss(); // since the last call
+    // The stream has ended: what is buffered is lost.
+    void end();
+    qint64 offset() const { return m_received - m_buffer.size(); } // of the front
 
     int size() const { return m_buffer.size(); }
     int capacity() const { return m_buffer.capacity(); }
@@ -35,5 +38,6 @@ private:
     bool m_hasStart = false; // the buffer begins with a start marker
     int m_scanned = 0;       // bytes in which no end marker begins
     bool m_hasOverflown = false;
-    qint64 m_lost = 0;
+    qint64 m_received = 0; // bytes since the stream began
+    CameraLoss m_loss;
 };

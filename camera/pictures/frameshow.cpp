@@ -50,8 +50,10 @@ FrameShow::FrameShow(QObject *parent)
 void FrameShow::add(int device, const CameraFrameData &frame)
 {
     auto &pending = m_pending.at(device == 1 ? 1 : 0);
-    if (pending)
+    if (pending) {
         ++m_skipped;
+        emit skipping(device == 1 ? 1 : 0, pending->sender);
+    }
     pending = frame;
     if (m_timer.isActive())
         return;
@@ -81,10 +83,10 @@ void FrameShow::showNewest()
     const QImage picture = decode(*frame);
     if (picture.isNull()) {
         ++m_unusable;
-        emit undecodable(device);
+        emit undecodable(device, *frame);
     } else {
         ++m_shown;
-        emit pictureReady(device, picture);
+        emit pictureReady(device, picture, frame->sender);
     }
     m_pauseMs = qMax(kMinPauseMs, cost.elapsed());
     m_sinceShown.start();

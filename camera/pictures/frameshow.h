@@ -19,6 +19,8 @@ struct CameraFrameData
     QByteArray data;
     std::optional<ImageRecord> record; // none: an image file
     bool bigEndian = false;
+    QString sender = {}; // for the signals only
+    qint64 offset = 0;   // the same
 };
 
 class FrameShow : public QObject
@@ -39,8 +41,9 @@ public:
     static QImage decode(const CameraFrameData &frame);
 
 signals:
-    void pictureReady(int device, QImage picture);
-    void undecodable(int device);
+    void pictureReady(int device, QImage picture, const QString &sender);
+    void undecodable(int device, const CameraFrameData &frame);
+    void skipping(int device, const QString &sender); // for a newer one
 
 private:
     void showNewest();

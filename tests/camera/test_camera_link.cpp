@@ -158,7 +158,7 @@ private slots:
         const auto loss = [&assembler](const QByteArray &chunk) {
             assembler.append(chunk, 0);
             events(assembler);
-            const FrameAssembler::Loss lost = assembler.takeLoss();
+            const CameraLoss lost = assembler.takeLoss();
             return QStringLiteral("%1/%2").arg(lost.bytes).arg(lost.frames);
         };
         QCOMPARE(loss(kImage + kReply + kFormat), QStringLiteral("0/0"));
@@ -203,12 +203,13 @@ private slots:
     // Of datagrams, the sender that has been silent for longest is forgotten.
     void separatesSenders()
     {
-        CameraStreams streams;
+        CameraHealth health;
+        CameraStreams streams(&health);
         const auto add = [&](int sender, bool isDatagram) {
             CameraStreams::Stream &stream = streams.of(QString::number(sender), isDatagram);
             stream.packets.append("garbage-" + kImage.left(13), 0);
             events(stream.packets);
-            return streams.countLoss(stream);
+            return streams.countLoss(QString(), stream);
         };
         for (int sender = 0; sender < 16; ++sender)
             QCOMPARE(add(sender, true), QStringLiteral("无法识别的数据，已丢弃"));
@@ -219,7 +220,7 @@ private slots:
         QVERIFY(streams.takeForgotten() && !streams.takeForgotten());
         add(17, false);
         QVERIFY(streams.contains("2"));
-        QCOMPARE(streams.lostBytes(), 19 * 21);
+        QCOMPARE(health.total().lostBytes, 19 * 21);
         streams.clear();
         add(1, true);
         QVERIFY(!streams.contains("2") && !streams.takeForgotten());
@@ -229,19 +230,17 @@ private slots:
             stream.packets.append(chunk, 0);
             events(stream.packets);
         }
-        QCOMPARE(streams.countLoss(stream), QStringLiteral("图像数据不完整，已丢弃"));
-        QCOMPARE(streams.partialFrames(), 1);
+        QCOMPARE(streams.countLoss(QString(), stream), QStringLiteral("图像数据不完整，已丢弃"));
+        QCOMPARE(health.total().cutShort, 1);
         streams.end("a");
-        QCOMPARE(streams.partialFrames(), 2);
+        QCOMPARE(health.total().cutShort, 2);
         QByteArray picture;
         streams.of("b", false).jpeg.append(hex("01ffd801"));
         QVERIFY(!streams.of("b", false).jpeg.next(&picture));
-        QCOMPARE(streams.countLoss(streams.of("b", false)), QString());
-        QCOMPARE(streams.lostBytes(), 20 * 21 + 13 + 1);
+        QCOMPARE(streams.countLoss("b", streams.of("b", false)), QString());
+        QCOMPARE(health.total().lostBytes, 20 * 21 + 2 * 13 + 1);
         streams.end("b");
-        QCOMPARE(streams.partialFrames(), 3);
-        streams.clearCounts();
-        QVERIFY(streams.lostBytes() == 0 && streams.partialFrames() == 0);
+        QCOMPARE(health.total().cutShort, 3);
     }
 
     void findsJpegs_data()
@@ -283,7 +282,7 @@ private slots:
                 pictures += QLatin1String(picture.toHex());
         }
         QTEST(pictures, "pictures");
-        QTEST(int(scanner.takeLost()), "lost");
+        QTEST(int(scanner.takeLoss().bytes), "lost");
     }
 
     // The memory of a large picture is given back, and one without an end is reported
@@ -303,8 +302,8 @@ private slots:
         scanner.append(megabyte);
         QVERIFY(!scanner.next(&picture) && scanner.takeOverflow() && !scanner.takeOverflow());
         QVERIFY(!scanner.hasStart() && scanner.size() == 1);
-        QCOMPARE(scanner.takeLost(), (65 << 20) - 1);
-        QCOMPARE(scanner.takeLost(), 0);
+        QCOMPARE(scanner.takeLoss().bytes, (65 << 20) - 1);
+        QCOMPARE(scanner.takeLoss().bytes, 0);
         scanner.append(hex("ffd801ffd9"));
         QVERIFY(scanner.next(&picture));
     }
