@@ -1,5 +1,6 @@
 #include "cameradebugwidget.h"
 
+#include "camerahealthpane.h"
 #include "cameralinkpanel.h"
 #include "cameraport.h"
 #include "camerareceiver.h"
@@ -100,10 +101,15 @@ void CameraDebugWidget::addChecks(FormGroup *group)
     m_bigEndian = new QCheckBox(QStringLiteral("数据大端"), group);
     m_bigEndian->setObjectName(QStringLiteral("checkBigEndian"));
     m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前；YUV422为UYVY，不勾选时为YUYV"));
+    m_resynchronizes = new QCheckBox(QStringLiteral("逐字节同步"), group);
+    m_resynchronizes->setObjectName(QStringLiteral("checkResynchronize"));
+    m_resynchronizes->setToolTip(
+        QStringLiteral("数据出错后逐字节查找下一个包头，每处错误最多损失一帧；只用于带数据包头的数据"));
     QHBoxLayout *line = group->addLine();
     for (QCheckBox *check : {m_jpegData, m_checkCrc, m_bigEndian})
         line->addWidget(check);
     line->addStretch();
+    group->addLine()->addWidget(m_resynchronizes);
 }
 
 QWidget *CameraDebugWidget::buildWorkArea()
@@ -127,7 +133,10 @@ QWidget *CameraDebugWidget::buildWorkArea()
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
+    m_health = new CameraHealthPane(m_receiver, area);
+    m_status->addTool(m_health->button());
     column->addWidget(m_status);
+    column->addWidget(m_health);
     column->addWidget(m_viewer, 1);
     column->addLayout(bottom);
     return area;
@@ -142,6 +151,10 @@ void CameraDebugWidget::connectParts()
     connect(m_link, &CameraLinkPanel::protocolChanged, this, &CameraDebugWidget::SltChangeProtocol);
     connect(m_jpegData, &QCheckBox::toggled, m_receiver, &CameraReceiver::setRawJpeg);
     connect(m_checkCrc, &QCheckBox::toggled, m_receiver, &CameraReceiver::setDropBadChecksums);
+    connect(m_resynchronizes, &QCheckBox::toggled, m_receiver, &CameraReceiver::setResynchronizes);
+    connect(m_health, &CameraHealthPane::resynchronizeWanted, this,
+            [this] { m_resynchronizes->setChecked(true); });
+    connect(m_health, &CameraHealthPane::notify, this, &CameraDebugWidget::notify);
     connect(m_actions, &PictureActions::notify, this, &CameraDebugWidget::notify);
     connect(m_config, &ImageFormatConfig::signalReadWriteRegister, this,
             &CameraDebugWidget::SltReadWriteRegister);
@@ -169,6 +182,8 @@ void CameraDebugWidget::rememberFields()
     m_memory->add(m_jpegData, &kept.jpegData);
     m_memory->add(m_checkCrc, &kept.checkCrc);
     m_memory->add(m_bigEndian, &kept.bigEndian);
+    m_memory->add(m_resynchronizes, &kept.resynchronizes);
+    m_memory->add(m_health->button(), &kept.health);
     m_config->remember(m_memory);
 }
 
@@ -202,8 +217,11 @@ void CameraDebugWidget::connectSession()
 {
     connect(m_session, &LinkSession::notify, this, &CameraDebugWidget::notify);
     connect(m_session, &LinkSession::joined, m_session, &LinkSession::notifyJoined);
-    connect(m_session, &LinkSession::left, this, [this](const QString &name) {
-        m_receiver->forget(name);
+    connect(m_session, &LinkSession::left, this, [this](const QString &name, const QString &reason) {
+        if (reason.isEmpty() && m_session->isOpen()) // and was not closed here
+            m_receiver->finish(name);
+        else
+            m_receiver->forget(name);
         if (m_link->protocol() == CameraLinkPanel::TcpServer)
             m_session->notifyLeft(name);
     });
@@ -415,6 +433,7 @@ void CameraDebugWidget::SltCalculationRate()
     m_recvAtRate = m_recvCount;
     if (m_session->isOpen())
         m_receiver->tickHealth();
+    m_health->refresh(m_session->isOpen() && !m_jpegData->isChecked() && !m_resynchronizes->isChecked());
     showCounts();
 }
 

@@ -12,6 +12,7 @@
 #include <QTimer>
 
 struct CameraEvent;
+class CameraHealthPane;
 class CameraLinkPanel;
 class CameraPort;
 class CameraReceiver;
@@ -92,7 +93,9 @@ private:
     QCheckBox *m_jpegData = nullptr;
     QCheckBox *m_checkCrc = nullptr;
     QCheckBox *m_bigEndian = nullptr;
+    QCheckBox *m_resynchronizes = nullptr;
     CameraStatusRow *m_status = nullptr;
+    CameraHealthPane *m_health = nullptr;
     ImageViewer *m_viewer = nullptr;
     PictureActions *m_actions = nullptr;
 

@@ -44,6 +44,18 @@ void CameraReceiver::forget(const QString &sender)
     m_streams.end(sender);
 }
 
+void CameraReceiver::finish(const QString &sender)
+{
+    QByteArray file;
+    if (m_isRawJpeg && m_streams.contains(sender)) {
+        CameraStreams::Stream &stream = m_streams.of(sender, false);
+        const qint64 offset = stream.jpeg.offset();
+        if (stream.jpeg.takeLast(&file))
+            reportJpeg(sender, file, offset);
+    }
+    forget(sender);
+}
+
 void CameraReceiver::receive(const QString &sender, const QByteArray &bytes, bool isDatagram, int valueLength)
 {
     m_health.setNow(m_clock.elapsed());

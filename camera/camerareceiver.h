@@ -30,6 +30,8 @@ public:
     // What is incomplete belongs to the link that it came over.
     void forget();
     void forget(const QString &sender);
+    // The same; the sender has closed in order, which also ends a JPEG.
+    void finish(const QString &sender);
     // As the sender has announced it for the device; null where it has not.
     const CameraEvent *announced(const QString &sender, int device) const
     {

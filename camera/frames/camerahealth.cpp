@@ -24,9 +24,10 @@ CameraHealth::Counted &CameraHealth::of(const QString &sender, int device)
     });
     if (found == m_rows.end()) {
         if (m_rows.size() >= maxRows)
-            m_rows.erase(std::min_element(m_rows.begin(), m_rows.end(), [](const Counted &a, const Counted &b) {
-                return a.lastChange < b.lastChange;
-            }));
+            m_rows.erase(
+                std::min_element(m_rows.begin(), m_rows.end(), [](const Counted &a, const Counted &b) {
+                    return a.lastChange < b.lastChange;
+                }));
         Counted added;
         added.row.sender = sender;
         added.row.device = device;
@@ -68,10 +69,10 @@ void CameraHealth::addFrame(const QString &sender, const CameraEvent &image)
 {
     for (Counted *counted : {&of(sender, image.device), &m_total})
         countFrame(counted, image.checksumRight);
-    if (image.checksumRight)
-        m_lostSinceGood = 0;
-    else
-        addFault({CameraFault::WrongChecksum, sender, image.device, image.offset, image.data.size(), image.head});
+    m_droppedBytes = 0;
+    if (!image.checksumRight)
+        addFault(
+            {CameraFault::WrongChecksum, sender, image.device, image.offset, image.data.size(), image.head});
 }
 
 void CameraHealth::addLoss(const QString &sender, const CameraLoss &loss)
@@ -82,7 +83,10 @@ void CameraHealth::addLoss(const QString &sender, const CameraLoss &loss)
         counted->row.lostBytes += loss.bytes;
         counted->row.cutShort += loss.frames;
     }
-    m_lostSinceGood += loss.bytes;
+    if (m_droppedBytes == 0)
+        m_firstDropMs = m_now;
+    m_lastDropMs = m_now;
+    m_droppedBytes += loss.bytes;
     CameraFault *const last = m_faults.isEmpty() ? nullptr : &m_faults.front();
     if (loss.frames == 0 && last && last->kind == CameraFault::UnknownBytes && last->sender == sender &&
         last->offset + last->bytes == loss.offset)
@@ -108,7 +112,8 @@ void CameraHealth::addUndecodable(const QString &sender, int device, qint64 offs
 {
     for (Counted *counted : {&of(sender, device), &m_total})
         ++counted->row.undecodable;
-    addFault({CameraFault::Undecodable, sender, device, offset, data.size(), data.left(CameraLoss::headBytes)});
+    addFault(
+        {CameraFault::Undecodable, sender, device, offset, data.size(), data.left(CameraLoss::headBytes)});
 }
 
 void CameraHealth::endPeriod(Counted *counted) const
@@ -116,12 +121,20 @@ void CameraHealth::endPeriod(Counted *counted) const
     const qint64 period = m_now - counted->periodStart;
     if (counted->periodStart < 0 || period < kMinPeriodMs)
         return;
-    counted->row.received.add(static_cast<double>(counted->framesInPeriod) * 1000 / static_cast<double>(period));
-    counted->row.shown.add(static_cast<double>(qMax<qint64>(0, counted->picturesInPeriod)) * 1000 / static_cast<double>(period));
+    counted->row.received.add(static_cast<double>(counted->framesInPeriod) * 1000 /
+                              static_cast<double>(period));
+    counted->row.shown.add(static_cast<double>(qMax<qint64>(0, counted->picturesInPeriod)) * 1000 /
+                           static_cast<double>(period));
     counted->row.longestGapMs = qMax(counted->row.longestGapMs, m_now - counted->row.lastFrameMs);
     counted->periodStart = m_now;
     counted->framesInPeriod = 0;
     counted->picturesInPeriod = 0;
+}
+
+bool CameraHealth::lacksFrames() const
+{
+    return m_droppedBytes >= lacksFramesBytes && m_lastDropMs - m_firstDropMs >= lacksFramesMs &&
+           m_now - m_lastDropMs < lacksFramesMs;
 }
 
 void CameraHealth::tick()
@@ -142,7 +155,7 @@ void CameraHealth::pause()
     for (Counted &counted : m_rows)
         stop(&counted);
     stop(&m_total);
-    m_lostSinceGood = 0;
+    m_droppedBytes = 0;
 }
 
 void CameraHealth::clear()
@@ -150,7 +163,7 @@ void CameraHealth::clear()
     m_rows.clear();
     m_faults.clear();
     m_total = Counted();
-    m_lostSinceGood = 0;
+    m_droppedBytes = 0;
 }
 
 QVector<CameraHealthRow> CameraHealth::rows() const

@@ -58,6 +58,8 @@ class CameraHealth
 {
 public:
     static constexpr int maxFaults = 10;
+    static constexpr qint64 lacksFramesMs = 3000;
+    static constexpr qint64 lacksFramesBytes = 1000; // less is not a picture
     // Any host may send datagrams: beyond this limit, the row that has been unchanged
     // for longest goes. The total keeps what it counted.
     static constexpr int maxRows = 32;
@@ -80,18 +82,18 @@ public:
     QVector<CameraHealthRow> rows() const; // in the order in which they appeared
     const CameraHealthRow &total() const { return m_total.row; }
     const QVector<CameraFault> &faults() const { return m_faults; } // the newest first
-    // Bytes dropped since the last good frame; 0 before anything arrived.
-    qint64 lostSinceGood() const { return m_lostSinceGood; }
+    // Bytes arrive and are dropped, and for a while there has been no frame among them.
+    bool lacksFrames() const;
 
 private:
     struct Counted
     {
         CameraHealthRow row;
         qint64 lastChange = 0;
-        qint64 periodStart = -1;      // -1: no frame yet, or paused
-        qint64 framesInPeriod = 0;    // received
-        qint64 picturesInPeriod = 0;  // shown
-        bool isPaused = false;        // since the last frame
+        qint64 periodStart = -1;     // -1: no frame yet, or paused
+        qint64 framesInPeriod = 0;   // received
+        qint64 picturesInPeriod = 0; // shown
+        bool isPaused = false;       // since the last frame
     };
 
     Counted &of(const QString &sender, int device);
@@ -101,7 +103,10 @@ private:
 
     qint64 m_now = 0;
     qint64 m_changes = 0;
-    qint64 m_lostSinceGood = 0;
+    // Since the last complete frame:
+    qint64 m_droppedBytes = 0;
+    qint64 m_firstDropMs = 0;
+    qint64 m_lastDropMs = 0;
     QVector<Counted> m_rows;
     Counted m_total;
     QVector<CameraFault> m_faults;

@@ -45,7 +45,8 @@ void FrameResynchronizer::append(const QByteArray &chunk, qint64 nowMs)
     m_lastChunkMs = nowMs;
     m_buffer.append(chunk);
     m_received += chunk.size();
-    m_budget = qMin<qint64>(m_budget + kBudgetFactor * qint64(chunk.size()), kBudgetFactor * qint64(maxBytes));
+    m_budget =
+        qMin<qint64>(m_budget + kBudgetFactor * qint64(chunk.size()), kBudgetFactor * qint64(maxBytes));
 }
 
 void FrameResynchronizer::end()
@@ -89,8 +90,8 @@ void FrameResynchronizer::discardTo(qint64 at)
     const qint64 lostFrom = qMax(frontAt(), m_reportedTo);
     if (at > lostFrom && m_loss.bytes == 0) {
         m_loss.offset = lostFrom;
-        m_loss.head = QByteArray(bytesAt(lostFrom), static_cast<int>(qMin<qint64>(m_received - lostFrom,
-                                                                                 CameraLoss::headBytes)));
+        m_loss.head = QByteArray(
+            bytesAt(lostFrom), static_cast<int>(qMin<qint64>(m_received - lostFrom, CameraLoss::headBytes)));
     }
     m_loss.bytes += qMax<qint64>(0, at - lostFrom);
     m_buffer.drop(at - frontAt());

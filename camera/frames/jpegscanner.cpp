@@ -9,6 +9,7 @@ namespace {
 
 constexpr char kPrefix = '\xFF';
 constexpr char kStart = '\xD8';
+constexpr char kScan = '\xDA';
 constexpr char kEnd = '\xD9';
 constexpr int kMarkerSize = 2;
 
@@ -57,6 +58,16 @@ bool JpegScanner::takeOverflow()
 CameraLoss JpegScanner::takeLoss()
 {
     return std::exchange(m_loss, {});
+}
+
+bool JpegScanner::takeLast(QByteArray *picture)
+{
+    if (!m_hasStart || find(kScan, 0) < 0)
+        return false;
+    *picture = QByteArray(m_buffer.front(), size());
+    m_buffer.drop(size());
+    end();
+    return true;
 }
 
 void JpegScanner::end()

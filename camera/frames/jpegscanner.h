@@ -25,6 +25,9 @@ public:
     CameraLoss takeLoss(); // since the last call
     // The stream has ended: what is buffered is lost.
     void end();
+    // The same, but where the data of a picture have begun, they are the last picture,
+    // which counts as one without an end.
+    bool takeLast(QByteArray *picture);
     qint64 offset() const { return m_received - m_buffer.size(); } // of the front
 
     int size() const { return m_buffer.size(); }

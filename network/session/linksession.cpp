@@ -344,7 +344,7 @@ void LinkSession::endWaiting()
 void LinkSession::handleLeft(Entry &entry, const Peer &peer, const QString &reason)
 {
     const QString name = entry.transport.link->peerName(peer);
-    emit left(name);
+    emit left(name, reason);
     if (peer.id == 0) {
         entry.hasFailed = !reason.isEmpty();
         return; // the link ends with its only peer, and reports it then

@@ -100,7 +100,8 @@ signals:
     void received(const QString &sender, const QByteArray &bytes);
     void joined(const QString &name);
     // A server's client, or the server; may come again under the same name.
-    void left(const QString &name);
+    // reason: empty where it left in order, or was closed here.
+    void left(const QString &name, const QString &reason);
     void handedOver(qint64 bytes);
     void socketError(QAbstractSocket::SocketError error);
 

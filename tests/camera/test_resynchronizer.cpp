@@ -67,7 +67,9 @@ private slots:
         QFETCH(int, piece);
         QFETCH(bool, requires);
         std::mt19937 random(static_cast<unsigned>(percent * 7 + frameBytes));
-        const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+        const auto below = [&](int limit) {
+            return static_cast<int>(random() % static_cast<unsigned>(limit));
+        };
         QByteArray stream;
         QSet<QByteArray> undamaged;
         QSet<QByteArray> all;
@@ -124,34 +126,44 @@ private slots:
             return packet;
         };
         QTest::newRow("garbage before and between")
-            << Chunks{"ORgarbageORV" + one + "ORVN\x07xxxxx" + two} << true << "first second" << "22 0";
+            << Chunks{"ORgarbageORV" + one + "ORVN\x07xxxxx" + two} << true << "first second"
+            << "22 0";
         QTest::newRow("a cut announcement is waited for")
-            << Chunks{one + kFormat.left(9), kFormat.mid(9) + kReply} << false << "first FR" << "0 0";
+            << Chunks{one + kFormat.left(9), kFormat.mid(9) + kReply} << false << "first FR"
+            << "0 0";
         QTest::newRow("damaged ones are reported once")
             << Chunks{flipped(kFormat, 12) + flipped(kReply, 12) + flipped(one, 12) + two} << true
-            << "second -fivst" << "33 0";
+            << "second -fivst"
+            << "33 0";
         QTest::newRow("and read where no checksum is asked for")
             << Chunks{flipped(kFormat, 12) + flipped(kReply, 12) + flipped(one, 12) + two} << false
-            << "second -fivst FR" << "0 0";
+            << "second -fivst FR"
+            << "0 0";
         QTest::newRow("a lost byte where no checksum is asked for")
             << Chunks{QByteArray(one).remove(12, 1) + two + kReply} << false << "second R"
             << "16 1";
         QTest::newRow("a new header before the end")
-            << Chunks{one.left(14) + two + one} << false << "second first" << "14 1";
+            << Chunks{one.left(14) + two + one} << false << "second first"
+            << "14 1";
         QTest::newRow("a short frame, a pause, a reply")
             << Chunks{image(QByteArray(99, 'x')) + one.left(14), kReply + two} << false
-            << QString(99, 'x') + " second R" << "14 1";
+            << QString(99, 'x') + " second R"
+            << "14 1";
         QTest::newRow("a packet in the data")
-            << Chunks{image(QByteArray(50, 'x')), image(two + "behind").left(30), image(two + "behind").mid(30)}
+            << Chunks{image(QByteArray(50, 'x')), image(two + "behind").left(30),
+                      image(two + "behind").mid(30)}
             << false << QString(50, 'x') + ' ' + QString::fromLatin1(two + "behind") << "0 0";
         QTest::newRow("a false length")
-            << Chunks{flipped(one, 7), two.repeated(3)} << true << "second second second" << "17 1";
-        QTest::newRow("another command") << Chunks{CameraFrame::build(0, 0x63, "beat") + one} << true << "first"
-                                         << "0 0";
+            << Chunks{flipped(one, 7), two.repeated(3)} << true << "second second second"
+            << "17 1";
+        QTest::newRow("another command")
+            << Chunks{CameraFrame::build(0, 0x63, "beat") + one} << true << "first"
+            << "0 0";
         QTest::newRow("a reply of another length")
             << Chunks{CameraFrame::build(0, CameraFrame::ReadRegister, "12345") + one} << true << "first W"
             << "0 0";
-        QTest::newRow("an end in the middle") << Chunks{one + two.left(15)} << true << "first" << "15 1";
+        QTest::newRow("an end in the middle") << Chunks{one + two.left(15)} << true << "first"
+                                              << "15 1";
     }
 
     void readsChunks()

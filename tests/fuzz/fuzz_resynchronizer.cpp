@@ -41,7 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         require(loss.bytes >= 0 && loss.offset + qMin<qint64>(loss.bytes, 1) <= came);
         require(loss.head.size() <= CameraLoss::headBytes && loss.frames >= 0);
         lost += loss.bytes;
-        require(handedOut + lost + reader.size() <= came + CameraFrame::bodyAt * came / CameraFrame::overhead);
+        require(handedOut + lost + reader.size() <=
+                came + CameraFrame::bodyAt * came / CameraFrame::overhead);
         require(lost <= came && reader.size() <= came);
         require(reader.capacity() <= 2 * came + kAlwaysThere);
     };
