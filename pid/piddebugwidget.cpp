@@ -246,6 +246,8 @@ void PidDebugWidget::SltOpenSerialport()
 
 void PidDebugWidget::handlePortState(Link::State state)
 {
+    if (state != Link::State::Closed)
+        m_record->cancelOpening();
     if (state == Link::State::Opening) {
         m_portPanel->setOpening();
         m_chart->state()->setState(StateIndicator::Busy,

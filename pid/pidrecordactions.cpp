@@ -100,8 +100,8 @@ void PidRecordActions::clear()
         m_page, QString(), text.arg(m_recorder->held()).arg(m_recorder->runs()->runs().size()));
     if (answer == QtMessageBox::Discard)
         clearAll();
-    else if (answer == QtMessageBox::Save && saveAs())
-        m_afterSave = clearAll;
+    else if (answer == QtMessageBox::Save)
+        saveAs(clearAll);
 }
 
 // ---- files
@@ -119,16 +119,20 @@ PidSessionInfo PidRecordActions::info() const
     return info;
 }
 
-bool PidRecordActions::saveAs()
+bool PidRecordActions::saveAs(const std::function<void()> &next)
 {
-    if (m_files->isRunning())
+    if (m_files->isRunning()) {
+        emit notify(Notice::error(QStringLiteral("上一次会话操作尚未完成，请稍候！")));
         return false;
+    }
     const QString fileName =
         QtFileDialog::getSaveFileName(m_page, QStringLiteral("保存会话"), QString(), kSessionFilter);
     if (fileName.isEmpty())
         return false;
+    m_failed = false;
+    m_afterSave = next; // a short session is saved at once
     m_files->save(fileName, info());
-    return true;
+    return !m_failed;
 }
 
 void PidRecordActions::exportTable()
@@ -139,14 +143,27 @@ void PidRecordActions::exportTable()
         m_files->exportTable(fileName, info());
 }
 
-void PidRecordActions::open()
+bool PidRecordActions::mayOpen()
 {
     const QString refusal = m_refusal ? m_refusal() : QString();
-    if (!refusal.isEmpty()) {
+    if (!refusal.isEmpty())
         emit notify(Notice::error(refusal));
+    return refusal.isEmpty();
+}
+
+void PidRecordActions::cancelOpening()
+{
+    if (m_files->isOpening())
+        m_files->cancel();
+}
+
+void PidRecordActions::open()
+{
+    if (!mayOpen())
         return;
-    }
     const auto choose = [this] {
+        if (!mayOpen()) // saving took its time
+            return;
         const QString fileName =
             QtFileDialog::getOpenFileName(m_page, QStringLiteral("打开会话"), QString(), kSessionFilter);
         if (!fileName.isEmpty())
@@ -161,8 +178,8 @@ void PidRecordActions::open()
         QStringLiteral("打开会话会替换当前的记录（%1个点），是否先保存？").arg(m_recorder->held()));
     if (answer == QtMessageBox::Discard)
         choose();
-    else if (answer == QtMessageBox::Save && saveAs())
-        m_afterSave = choose;
+    else if (answer == QtMessageBox::Save)
+        saveAs(choose);
 }
 
 void PidRecordActions::handleFinished(const PidSessionFiles::Outcome &outcome)
@@ -204,8 +221,6 @@ void PidRecordActions::handleFinished(const PidSessionFiles::Outcome &outcome)
         emit notify(Notice::information(QStringLiteral("会话已打开：") + place));
         return;
     }
-    if (outcome.kind == Kind::Save)
-        m_recorder->runs()->setSaved();
     emit notify(Notice::information(
         (outcome.kind == Kind::Save ? QStringLiteral("会话已保存：") : QStringLiteral("文件已导出：")) +
         place));
@@ -217,16 +232,20 @@ void PidRecordActions::handleFinished(const PidSessionFiles::Outcome &outcome)
 
 bool PidRecordActions::mayClose()
 {
+    m_savesAtExit = false;
     if (!m_recorder->runs()->isEdited())
         return true;
     const QtMessageBox::SaveAnswer answer = QtMessageBox::saveQuestion(
         m_page, QString(), QStringLiteral("已命名的运行记录还没有保存，是否保存会话？"));
-    return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && saveAs());
+    m_savesAtExit = answer == QtMessageBox::Save && saveAs();
+    return answer == QtMessageBox::Discard || m_savesAtExit;
 }
 
 bool PidRecordActions::saveBeforeExit()
 {
     m_failed = false;
+    m_afterSave = nullptr; // no further file is chosen
     m_files->complete();
-    return !m_failed;
+    // The save may also have failed, or been stopped, while other pages asked.
+    return !m_failed && !(m_savesAtExit && m_recorder->runs()->isEdited());
 }

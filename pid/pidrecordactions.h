@@ -24,6 +24,8 @@ public:
 
     // Why a session can't be opened now; empty where it can.
     void setRefusal(const std::function<QString()> &refusal) { m_refusal = refusal; }
+    // A connection records; the file would replace what it recorded.
+    void cancelOpening();
     // Asks about what the user wrote about runs and has not saved. False: cancelled.
     bool mayClose();
     // Completes a running save, and the one that was agreed to. False where it failed.
@@ -35,7 +37,9 @@ signals:
 private:
     void buildMenu(QMenu *menu);
     void addLimits(QMenu *menu);
-    bool saveAs();
+    // Asks for a file; `next` follows when it is written. False: cancelled or failed at once.
+    bool saveAs(const std::function<void()> &next = {});
+    bool mayOpen();
     void open();
     void exportTable();
     void clear();
@@ -49,5 +53,6 @@ private:
     PidSessionFiles *m_files;
     std::function<QString()> m_refusal;
     std::function<void()> m_afterSave;
-    bool m_failed = false;
+    bool m_failed = false;      // the last operation
+    bool m_savesAtExit = false; // the user agreed to it in mayClose()
 };

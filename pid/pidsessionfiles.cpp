@@ -166,6 +166,11 @@ void PidSessionFiles::open(const QString &fileName)
     start(std::make_unique<OpenJob>(fileName, m_recorder));
 }
 
+bool PidSessionFiles::isOpening() const
+{
+    return m_job && m_job->outcome.kind == Kind::Open;
+}
+
 void PidSessionFiles::cancel()
 {
     if (m_job)
@@ -176,10 +181,10 @@ void PidSessionFiles::complete()
 {
     if (!m_job)
         return;
-    const bool isOpening = m_job->outcome.kind == Kind::Open;
-    while (!isOpening && !m_job->advance()) {
+    const bool isCancelled = isOpening();
+    while (!isCancelled && !m_job->advance()) {
     }
-    end(isOpening);
+    end(isCancelled);
 }
 
 void PidSessionFiles::start(std::unique_ptr<Job> job)

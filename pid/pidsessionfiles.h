@@ -41,6 +41,7 @@ public:
     void open(const QString &fileName);
 
     bool isRunning() const { return m_job != nullptr; }
+    bool isOpening() const;
     // The file and the record stay as they were.
     void cancel();
     // For quitting: writes the remaining part now; cancels opening.

@@ -205,6 +205,46 @@ private slots:
         QVERIFY(QFile::exists(m_root->filePath("b.kvpid")));
     }
 
+    // A save that fails deletes nothing, neither now nor after a later one, and stops quitting.
+    void keepsWhatWasNotSaved()
+    {
+        recordSteps();
+        const qint64 samples = recorder()->held();
+        m_questions->answer = QtMessageBox::Save;
+        chooseFile(m_root->filePath("none/a.kvpid"));
+        trigger("清空记录…");
+        chooseFile(m_root->filePath("a.csv"));
+        trigger("导出带时间的数据…");
+        QTRY_VERIFY_WITH_TIMEOUT(lastNotice().startsWith(QString("文件已导出：")), 60000);
+        QCOMPARE(recorder()->held(), samples);
+        recorder()->runs()->rename(recorder()->runs()->newest(1)->id, "a");
+        chooseFile(m_root->filePath("none/a.kvpid"));
+        QVERIFY(!m_page->mayClose() && recorder()->runs()->isEdited());
+
+        // A name that was given while saving is not in the file.
+        for (int k = 0; k < 600000; ++k)
+            recorder()->addActual(1, k, second(30) + k);
+        chooseFile(m_root->filePath("a.kvpid"));
+        trigger("保存会话…");
+        recorder()->runs()->rename(recorder()->runs()->newest(1)->id, "b");
+        QTRY_VERIFY_WITH_TIMEOUT(lastNotice().startsWith(QString("会话已保存：")), 60000);
+        QVERIFY(recorder()->runs()->isEdited());
+
+        // What a connection records is not replaced by a file.
+        m_questions->answer = QtMessageBox::Discard;
+        trigger("打开会话…");
+        PtyPeer board;
+        child<QComboBox>("comboPidPort")->setEditText(board.device());
+        click("btnPidOpen");
+        m_page->SltRecvFromSerialport(PidFrame::build(PidFrame::Actual, 3, PidFrame::int32ToBytes(5)));
+        QTRY_COMPARE_WITH_TIMEOUT(child<QPushButton>("btnPidView")->text(), QString("视图"), 60000);
+        QCOMPARE(recorder()->record(2).end(), qint64(1));
+
+        m_questions->answer = QtMessageBox::Save;
+        trigger("清空记录…");
+        QTRY_COMPARE_WITH_TIMEOUT(recorder()->held(), qint64(0), 60000);
+    }
+
     void showsOtherSpans()
     {
         recordSteps();
