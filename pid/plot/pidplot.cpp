@@ -48,6 +48,7 @@ PidPlot::PidPlot(PidRecorder *recorder, QWidget *parent)
     showHint(false);
     connect(m_recorder, &PidRecorder::sampleAdded, this, &PidPlot::noteSample);
     connect(m_recorder, &PidRecorder::cleared, this, &PidPlot::recreateCurves);
+    connect(this, &QCustomPlot::beforeReplot, this, &PidPlot::matchExtras);
     recreateCurves();
 }
 
@@ -205,21 +206,34 @@ void PidPlot::addExtras()
         HaloGraph *curve = addCurve();
         curve->setValueAxis(m_axes.axisOf(overlay.channel));
         curve->setName(overlay.name);
-        QColor color = graph(overlay.channel + channels)->pen().color();
-        color = QColor((color.red() + ground().red()) / 2, (color.green() + ground().green()) / 2,
-                       (color.blue() + ground().blue()) / 2);
-        curve->setPen(QPen(color, 0));
-        curve->setVisible(graph(overlay.channel + channels)->visible());
     }
+    matchExtras();
     if (m_fit.points.isEmpty())
         return;
     HaloGraph *curve = addCurve();
     curve->setName(m_fit.name);
-    curve->setPen(QPen(xAxis->labelColor(), 0, Qt::DashLine));
     QVector<QCPGraphData> loaded;
     for (const QPointF &point : qAsConst(m_fit.points))
         loaded.append({m_recorder->secondsOf(qRound64(point.x())), point.y()});
     curve->data()->set(loaded, true);
+    matchExtras();
+}
+
+// Overlays are as pale and as visible as the curves of their channels, also after a change
+// of colors or of the skin.
+void PidPlot::matchExtras()
+{
+    for (int i = 0; i < m_overlays.size() && curves + i < graphCount(); ++i) {
+        const QCPGraph *own = graph(m_overlays.at(i).channel + channels);
+        const QColor color = own->pen().color();
+        graph(curves + i)
+            ->setPen(QPen(QColor((color.red() + ground().red()) / 2, (color.green() + ground().green()) / 2,
+                                 (color.blue() + ground().blue()) / 2),
+                          0));
+        graph(curves + i)->setVisible(own->visible());
+    }
+    if (graphCount() > curves + m_overlays.size())
+        graph(graphCount() - 1)->setPen(QPen(xAxis->labelColor(), 0, Qt::DashLine));
 }
 
 void PidPlot::setOverlays(const QVector<Overlay> &overlays)
@@ -314,12 +328,7 @@ QCPRange PidPlot::liveKeys() const
 void PidPlot::fitValues()
 {
     const QScopedValueRollback<bool> fitting(isFitting(), true);
-    if (m_axes.isSplit()) {
-        m_axes.fit();
-        return;
-    }
-    yAxis->rescale(true);
-    yAxis->scaleRange(1.1);
+    m_axes.fit();
 }
 
 void PidPlot::fitAxes()

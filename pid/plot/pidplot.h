@@ -85,6 +85,7 @@ private:
     QCPRange liveKeys() const;
     QVector<QCPGraphData> graphData(const QVector<SampleStore::Point> &points, qint64 shiftUs = 0) const;
     void addExtras();
+    void matchExtras();
     void fitValues();
 
     PidRecorder *m_recorder;

@@ -62,13 +62,16 @@ QCPAxis *UnitAxes::axisOf(int channel) const
         return m_plot->yAxis;
     QStringList distinct = m_units;
     distinct.removeDuplicates();
-    return m_axes.at(distinct.indexOf(m_units.value(channel)));
+    return m_axes.at(qMax(0, distinct.indexOf(m_units.value(channel)))); // a list may be short
 }
 
 void UnitAxes::fit() const
 {
-    for (QCPAxis *axis : m_axes) {
+    for (QCPAxis *axis : isSplit() ? m_axes : QVector<QCPAxis *>{m_plot->yAxis}) {
+        const double size = axis->range().size();
         axis->rescale(true);
-        axis->scaleRange(1.1);
+        // Without points, or around a constant, the size stays: each picture would add room.
+        if (!qFuzzyCompare(axis->range().size(), size))
+            axis->scaleRange(1.1);
     }
 }

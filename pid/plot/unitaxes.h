@@ -17,7 +17,7 @@ public:
     void setUnits(const QStringList &units);
     bool isSplit() const { return m_axes.size() > 1; }
     QCPAxis *axisOf(int channel) const;
-    // Each axis includes the visible ones of its curves.
+    // Each axis includes the visible ones of its curves, with a little room.
     void fit() const;
 
 private:

@@ -80,6 +80,30 @@ private slots:
         QTRY_VERIFY(values->range().contains(1000) && qAbs(values->range().size() - 1105) < 50);
     }
 
+    // Around a constant, and without points, no picture adds room; a reference goes with its curve.
+    void keepsItsAxes()
+    {
+        m_plot->setFitAll(true);
+        m_plot->setUnits({"A", "B"}); // the others have none
+        add(0, 1, 5, 5);
+        const auto sizes = [this] {
+            m_plot->drawNew();
+            QStringList text;
+            for (int graph = 5; graph < 10; ++graph)
+                text << QString::number(m_plot->graph(graph)->valueAxis()->range().size());
+            return text;
+        };
+        const QStringList split = sizes();
+        QCOMPARE(sizes(), split);
+        m_plot->setUnits({});
+        const QStringList joined = sizes();
+        QCOMPARE(sizes(), joined);
+        m_plot->setOverlays({{0, 0, 1000000, 0, "a"}});
+        m_plot->graph(5)->setVisible(false);
+        m_plot->replot();
+        QVERIFY(!m_plot->graph(10)->visible());
+    }
+
     void holds()
     {
         const QSignalSpy drawn(m_plot.get(), &PidPlot::drawn);
