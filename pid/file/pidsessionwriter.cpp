@@ -19,7 +19,8 @@ PidSessionWriter::PidSessionWriter(const PidRecorder *recorder, const PidSession
         const qint64 begin = m_range.begin(run.channel);
         const qint64 end = m_range.end(run.channel);
         run.end = std::clamp(run.isOpen() ? end : run.end, begin, end) - begin;
-        run.first = std::clamp(run.first - begin, qint64(0), run.end);
+        // Without its step, the rest of a run would give false figures.
+        run.first = run.first < begin ? run.end : std::min(run.first - begin, run.end);
     }
 }
 
