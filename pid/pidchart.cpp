@@ -122,10 +122,9 @@ void PidChart::openAnalysis(bool open)
     } else if (open) {
         m_analysis->load();
     } else if (m_analysis) {
+        delete std::exchange(m_analysis, nullptr); // first: a fit may end just now
         m_plot->setOverlays({});
         m_plot->setFit({});
-        m_analysis->hide();
-        std::exchange(m_analysis, nullptr)->deleteLater();
     }
 }
 

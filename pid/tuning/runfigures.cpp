@@ -5,6 +5,10 @@
 namespace {
 constexpr int kBefore = 10;          // samples before the step at most
 constexpr qint64 kBeforeUs = 200000; // and how old they may be
+// A longer run that goes on is measured again when it is so much longer: its samples are
+// millions after an hour, and measuring reads them all.
+constexpr qint64 kLong = 10000;
+constexpr qint64 kShare = 10; // a tenth
 } // namespace
 
 RunFigures::RunFigures(const PidRecorder *recorder)
@@ -14,6 +18,8 @@ RunFigures::RunFigures(const PidRecorder *recorder)
 
 void RunFigures::setBand(double band)
 {
+    if (m_band == band)
+        return;
     m_band = band;
     clear();
 }
@@ -53,6 +59,9 @@ const StepFigures &RunFigures::of(const PidRun &run)
     const qint64 end = run.isOpen() ? record.end() : run.end;
     if (measured.end == end || (measured.end >= 0 && run.first < record.begin()))
         return measured.figures; // also of samples that are dropped by now
+    if (run.isOpen() && measured.end >= run.first + kLong &&
+        end - measured.end < (end - run.first) / kShare)
+        return measured.figures;
     measured.end = end;
     measured.figures = measureStep(stepOf(run));
     const qint64 stride = 1 + (end - run.first) / maxSamples;

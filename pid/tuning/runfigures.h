@@ -25,7 +25,7 @@ public:
     // The samples of a run as an analysis takes them, and up to a few before its step.
     // Without samples where the record has dropped them.
     Step stepOf(const PidRun &run) const;
-    // Measures where the run has changed.
+    // Measures where the run has changed; a long one that goes on, now and then.
     const StepFigures &of(const PidRun &run);
     void clear() { m_measured.clear(); }
 

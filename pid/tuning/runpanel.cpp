@@ -148,6 +148,10 @@ void RunPanel::showEvent(QShowEvent *event)
 
 void RunPanel::refresh()
 {
+    if (m_table->isPersistentEditorOpen(m_table->currentIndex())) { // any editor; it would lose its text
+        m_refresh.start();
+        return;
+    }
     const QVector<int> before = selectedIds();
     m_model->refresh();
     if (selectedIds() != before) // the table forgets it where rows were removed

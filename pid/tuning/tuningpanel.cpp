@@ -213,7 +213,12 @@ void TuningPanel::connectParts()
             store();
             clearResult(QStringLiteral("设置已改变，请重新分析"));
         });
-    connect(m_limit, &QSpinBox::editingFinished, this, &TuningPanel::store);
+    connect(m_limit, &QSpinBox::editingFinished, this, [this] {
+        if (Settings::instance().pid.outputLimit == m_limit->value())
+            return;
+        store();
+        clearResult(QStringLiteral("设置已改变，请重新分析"));
+    });
     for (const QComboBox *box : {m_rule, m_controller})
         connect(box, changed, this, [this] {
             store();
@@ -234,6 +239,10 @@ void TuningPanel::connectParts()
 void TuningPanel::load()
 {
     const auto &choices = Settings::instance().pid;
+    const bool isOther = (m_loop->currentIndex() == 1) != choices.openLoop ||
+                         m_form->currentIndex() != choices.gainForm ||
+                         m_unit->currentIndex() != choices.periodUnit ||
+                         m_limit->value() != choices.outputLimit;
     m_loop->setCurrentIndex(choices.openLoop ? 1 : 0);
     m_form->setCurrentIndex(choices.gainForm);
     m_unit->setCurrentIndex(choices.periodUnit);
@@ -241,6 +250,12 @@ void TuningPanel::load()
     m_rule->setCurrentIndex(std::min<int>(choices.tuningRule, m_rule->count() - 1));
     m_controller->setCurrentIndex(choices.tuningController);
     m_speed->setValue(choices.tuningSpeed);
+    if (m_fittedRun == 0)
+        return;
+    if (isOther)
+        clearResult(QStringLiteral("设置已改变，请重新分析"));
+    else
+        showTuning();
 }
 
 void TuningPanel::store()
@@ -324,12 +339,12 @@ void TuningPanel::showFit(const PlantFit &fit)
     emit fitted(curve);
     const QString problem = fitProblemText(fit.problem);
     m_model->setText(!fit.hasModel()     ? problem
-                     : problem.isEmpty() ? modelText()
-                                         : modelText() + QLatin1Char('\n') + problem);
+                     : problem.isEmpty() ? modelText(*run)
+                                         : modelText(*run) + QLatin1Char('\n') + problem);
     showTuning();
 }
 
-QString TuningPanel::modelText() const
+QString TuningPanel::modelText(const PidRun &run) const
 {
     const PlantModel &model = m_fit.model;
     QString text;
@@ -350,6 +365,8 @@ QString TuningPanel::modelText() const
     }
     text += m_fit.delayAtMost ? QStringLiteral("，纯滞后≤%1 s").arg(number(*m_fit.delayAtMost))
                               : QStringLiteral("，纯滞后%1 s").arg(number(model.delay));
+    if (run.gainsChanged && m_loop->currentIndex() == 0)
+        text += QStringLiteral("（运行中增益改变过，按开始时的计算）");
     return QStringLiteral("对象模型：%1；残差%2（响应幅度的%3%）")
         .arg(text, number(m_fit.residual), number(m_fit.residualShare));
 }

@@ -49,7 +49,7 @@ private:
     void clearResult(const QString &text);
     double periodOf(const PidRun &run) const; // seconds; 0 where unknown
     Tuning tuning(const PidRun &run, QString *reason) const;
-    QString modelText() const;
+    QString modelText(const PidRun &run) const;
 
     const PidRecorder *m_recorder;
     RunFigures *m_figures;

@@ -11,6 +11,7 @@
 #include "pidviewmenu.h"
 #include "ptypeer.h"
 #include "qtmessagebox.h"
+#include "runfigures.h"
 #include "settings.h"
 #include "testfiles.h"
 
@@ -98,6 +99,19 @@ private slots:
         QVERIFY(lines.at(0).contains("上升(s)") && lines.at(2).contains(",0 → 100,"));
         QCOMPARE(lines.at(1).count(','), lines.at(0).count(','));
 
+        // A name that is being typed survives what arrives meanwhile.
+        const int nameColumn = 3;
+        table->setCurrentIndex(model->index(0, nameColumn));
+        table->edit(model->index(0, nameColumn));
+        auto *editor = table->viewport()->findChild<QLineEdit *>();
+        QVERIFY(editor);
+        editor->setText("abc");
+        refresh();
+        QCOMPARE(editor->text(), QString("abc"));
+        QTest::keyClick(editor, Qt::Key_Return);
+        QTRY_COMPARE(recorder()->runs()->newest(1)->name, QString("abc"));
+        recorder()->runs()->rename(recorder()->runs()->newest(1)->id, {});
+
         // The first run as a pale curve, aligned at the step of the second one.
         QVERIFY(table->model()->setData(model->index(1, 0), Qt::Checked, Qt::CheckStateRole));
         plot()->showRange(second(20), second(25));
@@ -149,6 +163,12 @@ private slots:
         child<QComboBox>("comboTuningRule")->setCurrentIndex(2);
         emit child<QComboBox>("comboTuningRule")->activated(2);
         QVERIFY(!child<QPushButton>("btnApplyTuning")->isEnabled()); // nothing swings
+        child<QComboBox>("comboTuningRule")->setCurrentIndex(0);
+        emit child<QComboBox>("comboTuningRule")->activated(0);
+        QVERIFY(child<QPushButton>("btnApplyTuning")->isEnabled());
+        Settings::instance().pid.gainForm.set(2); // as a profile does
+        m_page->reloadSettings();
+        QVERIFY(!child<QPushButton>("btnApplyTuning")->isEnabled());
         recorder()->runs()->remove(recorder()->runs()->newest(1)->id);
         table->clearSelection();
         QCOMPARE(plot()->graphCount(), 10);
@@ -185,6 +205,30 @@ private slots:
         trigger("打开会话…");
         QTRY_VERIFY_WITH_TIMEOUT(m_questions->asked.contains("会话打开失败!"), 60000);
         QCOMPARE(recorder()->held(), samples);
+    }
+
+    // An hour of one run is not read again twice a second, but is right in the end.
+    void measuresLongRuns()
+    {
+        PidRecorder record;
+        record.addEvent({PidEvent::Started, 0, 0, false});
+        const auto add = [&record](int count, qint32 value) {
+            for (int k = 0; k < count; ++k)
+                record.addActual(0, value, record.record(0).end() * 1000);
+        };
+        RunFigures figures(&record);
+        const auto error = [&] { return figures.of(*record.runs()->newest(0)).iae; };
+        add(20000, 1);
+        const auto first = error();
+        QVERIFY(first);
+        add(500, 100);
+        QVERIFY(error() == first);
+        add(5000, 100);
+        const auto second = error();
+        QVERIFY(second > first);
+        add(10, 100);
+        record.addEvent({PidEvent::Stopped, 0, TestPidTuning::second(30), false});
+        QVERIFY(error() > second);
     }
 
     // What the user wrote about runs is saved at quitting, or the quitting is off.
