@@ -197,6 +197,7 @@ void PidDebugWidget::reloadSettings()
     m_chart->fitAllBox()->setChecked(Settings::instance().pid.fitAll);
     m_memory.load();
     m_chart->load();
+    m_record->load();
     if (!m_link->isOpen())
         m_portPanel->load();
 }

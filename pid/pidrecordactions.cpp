@@ -44,7 +44,14 @@ PidRecordActions::PidRecordActions(PidRecorder *recorder, PidChart *chart, QWidg
         emit notify(Notice::error(
             QStringLiteral("无法把较早的记录写入临时文件（%1），只保留最近的数据").arg(reason)));
     });
-    m_recorder->setLimit(Settings::instance().pid.recordLimit * kMillion);
+    load();
+}
+
+void PidRecordActions::load()
+{
+    const qint64 limit = Settings::instance().pid.recordLimit * kMillion;
+    if (m_recorder->held() <= limit) // nothing is deleted without a question
+        m_recorder->setLimit(limit);
 }
 
 // ---- the menu
@@ -76,7 +83,7 @@ void PidRecordActions::addLimits(QMenu *menu)
                                                  : QStringLiteral("%1万点").arg(millions * 100);
         QAction *action = menu->addAction(text);
         action->setCheckable(true);
-        action->setChecked(Settings::instance().pid.recordLimit == millions);
+        action->setChecked(m_recorder->limit() == millions * kMillion);
         group->addAction(action);
         connect(action, &QAction::triggered, this, [this, millions] { setLimit(millions); });
     }

@@ -24,6 +24,7 @@ public:
 
     // Why a session can't be opened now; empty where it can.
     void setRefusal(const std::function<QString()> &refusal) { m_refusal = refusal; }
+    void load(); // the limit in the settings, unless samples would be dropped
     // A connection records; the file would replace what it recorded.
     void cancelOpening();
     // Asks about what the user wrote about runs and has not saved. False: cancelled.
