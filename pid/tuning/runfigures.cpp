@@ -59,8 +59,7 @@ const StepFigures &RunFigures::of(const PidRun &run)
     const qint64 end = run.isOpen() ? record.end() : run.end;
     if (measured.end == end || (measured.end >= 0 && run.first < record.begin()))
         return measured.figures; // also of samples that are dropped by now
-    if (run.isOpen() && measured.end >= run.first + kLong &&
-        end - measured.end < (end - run.first) / kShare)
+    if (run.isOpen() && measured.end >= run.first + kLong && end - measured.end < (end - run.first) / kShare)
         return measured.figures;
     measured.end = end;
     measured.figures = measureStep(stepOf(run));

@@ -90,8 +90,8 @@ void RunModel::refresh()
     const QVector<PidRun> &runs = m_recorder->runs()->runs();
     for (auto run = runs.crbegin(); run != runs.crend(); ++run) {
         // Each step of a ramp begins a run, which is none in the end.
-        const bool hasSamples = !run->isOpen() || m_recorder->record(run->channel).end() - run->first >=
-                                                      PidRuns::minSamples;
+        const bool hasSamples =
+            !run->isOpen() || m_recorder->record(run->channel).end() - run->first >= PidRuns::minSamples;
         if (!hasSamples || (run->isHidden && !m_showsHidden))
             continue;
         Row row{run->id, run->channel, {}};

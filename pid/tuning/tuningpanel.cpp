@@ -239,10 +239,9 @@ void TuningPanel::connectParts()
 void TuningPanel::load()
 {
     const auto &choices = Settings::instance().pid;
-    const bool isOther = (m_loop->currentIndex() == 1) != choices.openLoop ||
-                         m_form->currentIndex() != choices.gainForm ||
-                         m_unit->currentIndex() != choices.periodUnit ||
-                         m_limit->value() != choices.outputLimit;
+    const bool isOther =
+        (m_loop->currentIndex() == 1) != choices.openLoop || m_form->currentIndex() != choices.gainForm ||
+        m_unit->currentIndex() != choices.periodUnit || m_limit->value() != choices.outputLimit;
     m_loop->setCurrentIndex(choices.openLoop ? 1 : 0);
     m_form->setCurrentIndex(choices.gainForm);
     m_unit->setCurrentIndex(choices.periodUnit);
