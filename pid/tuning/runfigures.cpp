@@ -52,15 +52,28 @@ Step RunFigures::stepOf(const PidRun &run) const
     return step;
 }
 
+bool RunFigures::isMeasured(const PidRun &run) const
+{
+    const auto measured = m_measured.constFind(run.id);
+    if (measured == m_measured.constEnd())
+        return false;
+    const SampleStore &record = m_recorder->record(run.channel);
+    if (run.first < record.begin())
+        return true; // its first samples are dropped by now
+    if (!run.isOpen())
+        return measured->end == run.end;
+    const qint64 end = record.end();
+    return measured->end == end ||
+           (measured->end >= run.first + kLong && end - measured->end < (end - run.first) / kShare);
+}
+
 const StepFigures &RunFigures::of(const PidRun &run)
 {
+    const bool isKnown = isMeasured(run);
     Measured &measured = m_measured[run.id];
-    const SampleStore &record = m_recorder->record(run.channel);
-    const qint64 end = run.isOpen() ? record.end() : run.end;
-    if (measured.end == end || (measured.end >= 0 && run.first < record.begin()))
-        return measured.figures; // also of samples that are dropped by now
-    if (run.isOpen() && measured.end >= run.first + kLong && end - measured.end < (end - run.first) / kShare)
+    if (isKnown)
         return measured.figures;
+    const qint64 end = run.isOpen() ? m_recorder->record(run.channel).end() : run.end;
     measured.end = end;
     measured.figures = measureStep(stepOf(run));
     const qint64 stride = 1 + (end - run.first) / maxSamples;

@@ -27,6 +27,9 @@ public:
     Step stepOf(const PidRun &run) const;
     // Measures where the run has changed; a long one that goes on, now and then.
     const StepFigures &of(const PidRun &run);
+    // What of() returns needs no measuring; what was measured last.
+    bool isMeasured(const PidRun &run) const;
+    StepFigures known(int run) const { return m_measured.value(run).figures; }
     void clear() { m_measured.clear(); }
 
 private:

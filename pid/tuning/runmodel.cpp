@@ -75,17 +75,16 @@ RunModel::RunModel(PidRecorder *recorder, QObject *parent)
 void RunModel::setShowsHidden(bool shows)
 {
     m_showsHidden = shows;
-    refresh();
 }
 
 void RunModel::setBand(double band)
 {
     m_figures.setBand(band);
-    refresh();
 }
 
-void RunModel::refresh()
+void RunModel::refresh(qint64 maxMeasured)
 {
+    m_isComplete = true;
     QVector<Row> rows;
     const QVector<PidRun> &runs = m_recorder->runs()->runs();
     for (auto run = runs.crbegin(); run != runs.crend(); ++run) {
@@ -95,7 +94,12 @@ void RunModel::refresh()
         if (!hasSamples || (run->isHidden && !m_showsHidden))
             continue;
         Row row{run->id, run->channel, {}};
-        const StepFigures &figures = m_figures.of(*run);
+        const bool isMeasured = m_figures.isMeasured(*run);
+        const bool isLater = !isMeasured && maxMeasured <= 0;
+        const StepFigures figures = isLater ? m_figures.known(run->id) : m_figures.of(*run);
+        m_isComplete = m_isComplete && !isLater;
+        if (!isMeasured && !isLater)
+            maxMeasured -= (run->isOpen() ? m_recorder->record(run->channel).end() : run->end) - run->first;
         for (const Figure &figure : kFigures) {
             std::optional<double> value = figures.*figure.value;
             if (value && figure.value == &StepFigures::jitter)

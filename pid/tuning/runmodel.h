@@ -21,13 +21,16 @@ public:
     // The recorder outlives the model.
     explicit RunModel(PidRecorder *recorder, QObject *parent = nullptr);
 
+    // Both are shown by the next refresh().
     void setShowsHidden(bool shows);
-    bool showsHidden() const { return m_showsHidden; }
     void setBand(double band);
     RunFigures &figures() { return m_figures; }
 
-    // Runs that came, went or changed, and the figures of open ones.
-    void refresh();
+    // Runs that came, went or changed, and the figures of open ones. Measures so many
+    // samples, so that a long list does not stop the window; until it isComplete(), some
+    // figures are missing.
+    void refresh(qint64 maxMeasured = 100000);
+    bool isComplete() const { return m_isComplete; }
     int idAt(int row) const { return m_rows.value(row).id; }
     int rowOf(int id) const;
     // As shown, all rows: comma-separated, UTF-8 with a byte order mark.
@@ -56,4 +59,5 @@ private:
     RunFigures m_figures;
     QVector<Row> m_rows; // the newest first
     bool m_showsHidden = false;
+    bool m_isComplete = true;
 };

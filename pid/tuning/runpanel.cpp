@@ -17,10 +17,12 @@
 #include <QTableView>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
 constexpr int kRefreshMs = 500;
+constexpr int kNextMs = 20; // between parts of a long list
 constexpr int kRowHeight = 24;
 constexpr double kBands[] = {0.02, 0.05};
 // Pixels, by column up to the first figure; figures have the last one's.
@@ -72,10 +74,14 @@ RunPanel::RunPanel(PidRecorder *recorder, QWidget *parent)
     });
     connect(m_remove, &QPushButton::clicked, this, &RunPanel::removeSelected);
     connect(m_export, &QPushButton::clicked, this, &RunPanel::exportTable);
-    connect(m_hidden, &QCheckBox::toggled, m_model, &RunModel::setShowsHidden);
+    connect(m_hidden, &QCheckBox::toggled, this, [this](bool shows) {
+        m_model->setShowsHidden(shows);
+        refresh();
+    });
     connect(m_band, QOverload<int>::of(&QComboBox::activated), this, [this](int index) {
         Settings::instance().pid.settlingBand.change(index);
         m_model->setBand(kBands[index]);
+        refresh();
     });
     load();
 }
@@ -138,6 +144,7 @@ void RunPanel::load()
 {
     m_band->setCurrentIndex(Settings::instance().pid.settlingBand);
     m_model->setBand(kBands[m_band->currentIndex()]);
+    refresh();
 }
 
 void RunPanel::showEvent(QShowEvent *event)
@@ -154,6 +161,9 @@ void RunPanel::refresh()
     }
     const QVector<int> before = selectedIds();
     m_model->refresh();
+    m_refresh.setInterval(m_model->isComplete() ? kRefreshMs : kNextMs);
+    if (!m_model->isComplete())
+        m_refresh.start();
     if (selectedIds() != before) // the table forgets it where rows were removed
         for (const int id : before)
             if (const int row = m_model->rowOf(id); row >= 0)
@@ -221,6 +231,8 @@ void RunPanel::exportTable()
                                                            QStringLiteral("CSV文件(*.csv)"));
     if (fileName.isEmpty())
         return;
+    if (!m_model->isComplete())
+        m_model->refresh(std::numeric_limits<qint64>::max());
     QString error;
     if (SafeFile::write(fileName, m_model->csv(), &error))
         emit notify(Notice::information(QStringLiteral("文件已导出：") + QDir::toNativeSeparators(fileName)));

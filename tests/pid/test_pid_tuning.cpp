@@ -11,7 +11,7 @@
 #include "pidviewmenu.h"
 #include "ptypeer.h"
 #include "qtmessagebox.h"
-#include "runfigures.h"
+#include "runmodel.h"
 #include "settings.h"
 #include "testfiles.h"
 
@@ -224,11 +224,20 @@ private slots:
         add(500, 100);
         QVERIFY(error() == first);
         add(5000, 100);
-        const auto second = error();
-        QVERIFY(second > first);
+        const auto longer = error();
+        QVERIFY(longer > first);
         add(10, 100);
-        record.addEvent({PidEvent::Stopped, 0, TestPidTuning::second(30), false});
-        QVERIFY(error() > second);
+        record.addEvent({PidEvent::Stopped, 0, second(30), false});
+        QVERIFY(error() > longer);
+
+        // A long list is measured in parts.
+        RunModel model(&record);
+        record.addEvent({PidEvent::Started, 0, second(40), false});
+        add(10, 1);
+        model.refresh(1);
+        QVERIFY(!model.isComplete() && model.rowCount() == 2);
+        model.refresh(1);
+        QVERIFY(model.isComplete());
     }
 
     // What the user wrote about runs is saved at quitting, or the quitting is off.
