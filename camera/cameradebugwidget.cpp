@@ -101,15 +101,10 @@ void CameraDebugWidget::addChecks(FormGroup *group)
     m_bigEndian = new QCheckBox(QStringLiteral("数据大端"), group);
     m_bigEndian->setObjectName(QStringLiteral("checkBigEndian"));
     m_bigEndian->setToolTip(QStringLiteral("RGB565像素的高字节在前；YUV422为UYVY，不勾选时为YUYV"));
-    m_resynchronizes = new QCheckBox(QStringLiteral("逐字节同步"), group);
-    m_resynchronizes->setObjectName(QStringLiteral("checkResynchronize"));
-    m_resynchronizes->setToolTip(
-        QStringLiteral("数据出错后逐字节查找下一个包头，每处错误最多损失一帧；只用于带数据包头的数据"));
     QHBoxLayout *line = group->addLine();
     for (QCheckBox *check : {m_jpegData, m_checkCrc, m_bigEndian})
         line->addWidget(check);
     line->addStretch();
-    group->addLine()->addWidget(m_resynchronizes);
 }
 
 QWidget *CameraDebugWidget::buildWorkArea()
@@ -124,17 +119,22 @@ QWidget *CameraDebugWidget::buildWorkArea()
     m_deviceCount->setToolTip(QStringLiteral("同时显示几个设备的图像"));
     m_deviceCount->addItems({QStringLiteral("1"), QStringLiteral("2")});
     countLabel->setBuddy(m_deviceCount);
+    m_resynchronizes = new QCheckBox(QStringLiteral("逐字节同步"), area);
+    m_resynchronizes->setObjectName(QStringLiteral("checkResynchronize"));
+    m_resynchronizes->setToolTip(
+        QStringLiteral("数据出错后逐字节查找下一个包头，每处错误最多损失一帧；只用于带数据包头的数据"));
     m_actions = new PictureActions(m_viewer, area);
     auto *bottom = new QHBoxLayout;
     bottom->setSpacing(4);
     bottom->addWidget(countLabel);
     bottom->addWidget(m_deviceCount);
+    bottom->addSpacing(8);
+    bottom->addWidget(m_resynchronizes);
     bottom->addWidget(m_actions, 1);
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     m_health = new CameraHealthPane(m_receiver, area);
-    m_status->addTool(m_health->button());
     column->addWidget(m_status);
     column->addWidget(m_health);
     column->addWidget(m_viewer, 1);
@@ -192,6 +192,7 @@ void CameraDebugWidget::addProfiles()
     auto *profiles = new ProfileButton(
         QStringLiteral("camera"), {{QStringLiteral("Camera"), QStringLiteral("CameraPage")}, {}}, m_status);
     m_status->addTool(profiles);
+    m_status->addTool(m_health->button());
     profiles->setRefusal([this] { return isClosed() ? QString() : QStringLiteral("请先断开连接"); });
     connect(profiles, &ProfileButton::collecting, m_link, &CameraLinkPanel::saveDefaults);
     connect(profiles, &ProfileButton::chosen, this, &CameraDebugWidget::reloadSettings);

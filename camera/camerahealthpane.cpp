@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -63,12 +64,12 @@ void showRows(QTableWidget *table, const QVector<QStringList> &rows)
 CameraHealthPane::CameraHealthPane(CameraReceiver *receiver, QWidget *parent)
     : QWidget(parent)
     , m_receiver(receiver)
-    , m_button(new QPushButton(QStringLiteral("链路状况"), parent))
+    , m_button(new QPushButton(QStringLiteral("状况"), parent))
     , m_offer(buildOffer())
     , m_panel(buildPanel())
 {
     m_button->setObjectName(QStringLiteral("btnCameraHealth"));
-    m_button->setToolTip(QStringLiteral("各发送方的帧数、帧率、间隔和最近的错误"));
+    m_button->setToolTip(QStringLiteral("链路状况：各发送方的帧数、帧率、间隔和最近的错误"));
     m_button->setCheckable(true);
     connect(m_button, &QPushButton::toggled, this, &CameraHealthPane::openPanel);
     auto *column = new QVBoxLayout(this);
@@ -114,12 +115,12 @@ QWidget *CameraHealthPane::buildPanel()
     auto *panel = new QTabWidget(this);
     panel->setObjectName(QStringLiteral("cameraHealthPanel"));
     panel->setDocumentMode(true);
+    panel->tabBar()->setDrawBase(false);
     panel->setFixedHeight(kPanelHeight);
-    m_counts =
-        makeTable(HealthTable::counts(none), "tableCameraHealth", QStringLiteral("链路状况"), panel);
+    m_counts = makeTable(HealthTable::summary(none), "tableCameraHealth", QStringLiteral("链路状况"), panel);
     m_faults =
         makeTable(HealthTable::faults(none, {}), "tableCameraFaults", QStringLiteral("最近的错误"), panel);
-    panel->addTab(m_counts, QStringLiteral("统计"));
+    panel->addTab(m_counts, QStringLiteral("统计(帧)"));
     panel->addTab(m_faults, QStringLiteral("最近的错误"));
     auto *save = new QPushButton(QStringLiteral("导出"), panel);
     save->setObjectName(QStringLiteral("btnExportHealth"));
@@ -139,7 +140,7 @@ void CameraHealthPane::openPanel(bool open)
 
 void CameraHealthPane::showTables()
 {
-    showRows(m_counts, HealthTable::counts(m_receiver->health()));
+    showRows(m_counts, HealthTable::summary(m_receiver->health()));
     showRows(m_faults, HealthTable::faults(m_receiver->health(), QDateTime::currentDateTime()));
 }
 

@@ -23,6 +23,7 @@ QString rateText(double bytesPerSecond)
 CameraStatusRow::CameraStatusRow(QWidget *parent)
     : QWidget(parent)
     , m_row(new QHBoxLayout(this))
+    , m_tools(new QHBoxLayout)
     , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
     , m_fps(new QLabel(this))
     , m_rate(new QLabel(this))
@@ -40,8 +41,10 @@ CameraStatusRow::CameraStatusRow(QWidget *parent)
     m_error->setProperty("kind", QStringLiteral("error"));
 
     m_row->setContentsMargins(0, 0, 0, 0);
-    m_row->setSpacing(16);
-    m_row->addWidget(m_fold);
+    m_row->setSpacing(12);
+    m_tools->setSpacing(4);
+    m_tools->addWidget(m_fold);
+    m_row->addLayout(m_tools);
     m_row->addStretch();
     for (QLabel *label : {m_error, m_skipped, m_fps, m_rate, m_number})
         m_row->addWidget(label);
@@ -53,8 +56,8 @@ CameraStatusRow::CameraStatusRow(QWidget *parent)
 
 void CameraStatusRow::addTool(QWidget *tool)
 {
-    m_row->insertWidget(1, tool);
-    setTabOrder(m_fold, tool);
+    setTabOrder(m_tools->itemAt(m_tools->count() - 1)->widget(), tool);
+    m_tools->addWidget(tool);
 }
 
 void CameraStatusRow::showRates(double framesPerSecond, double bytesPerSecond)

@@ -27,7 +27,7 @@ public:
     explicit CameraStatusRow(QWidget *parent = nullptr);
 
     QPushButton *foldButton() const { return m_fold; }
-    void addTool(QWidget *tool); // beside it
+    void addTool(QWidget *tool); // beside the last one
     StateIndicator *state() const { return m_state; }
 
     void showRates(double framesPerSecond, double bytesPerSecond);
@@ -37,6 +37,7 @@ public:
 
 private:
     QHBoxLayout *m_row;
+    QHBoxLayout *m_tools; // the buttons at the left
     QPushButton *m_fold;
     QLabel *m_fps;
     QLabel *m_rate;

@@ -2,6 +2,9 @@
 
 namespace {
 
+constexpr int kReceivedRate = 8; // columns, of the current one
+constexpr int kShownRate = 11;
+
 const auto kNone = QStringLiteral("-");
 
 QString device(int device)
@@ -64,15 +67,28 @@ namespace HealthTable {
 QVector<QStringList> counts(const CameraHealth &health)
 {
     QVector<QStringList> rows{
-        {QStringLiteral("发送方"), QStringLiteral("设备"), QStringLiteral("正常(帧)"),
-         QStringLiteral("校验错误(帧)"), QStringLiteral("不完整(帧)"), QStringLiteral("跳过(帧)"),
-         QStringLiteral("无法解码(帧)"), QStringLiteral("丢弃(字节)"), QStringLiteral("接收(帧/秒)"),
-         QStringLiteral("接收最小"), QStringLiteral("接收最大"), QStringLiteral("显示(帧/秒)"),
-         QStringLiteral("显示最小"), QStringLiteral("显示最大"), QStringLiteral("最长间隔(ms)"),
-         QStringLiteral("距上一帧(ms)")}};
+        {QStringLiteral("发送方"), QStringLiteral("设备"), QStringLiteral("正常"), QStringLiteral("校验错误"),
+         QStringLiteral("不完整"), QStringLiteral("跳过"), QStringLiteral("无法解码"),
+         QStringLiteral("丢弃(字节)"), QStringLiteral("接收(帧/秒)"), QStringLiteral("接收最小"),
+         QStringLiteral("接收最大"), QStringLiteral("显示(帧/秒)"), QStringLiteral("显示最小"),
+         QStringLiteral("显示最大"), QStringLiteral("最长间隔(ms)"), QStringLiteral("距上一帧(ms)")}};
     rows += countsRow(QStringLiteral("合计"), health.total(), health.now());
     for (const CameraHealthRow &row : health.rows())
         rows += countsRow(row.sender, row, health.now());
+    return rows;
+}
+
+QVector<QStringList> summary(const CameraHealth &health)
+{
+    QVector<QStringList> rows = counts(health);
+    for (QStringList &row : rows) {
+        for (const int at : {kShownRate, kReceivedRate}) { // the later one first
+            const QString max = row.takeAt(at + 2);
+            const QString min = row.takeAt(at + 1);
+            if (&row != &rows.front() && min != kNone)
+                row[at] += QStringLiteral(" (%1~%2)").arg(min, max);
+        }
+    }
     return rows;
 }
 
@@ -82,14 +98,13 @@ QVector<QStringList> faults(const CameraHealth &health, const QDateTime &now)
                                QStringLiteral("设备"), QStringLiteral("偏移(字节)"),
                                QStringLiteral("长度(字节)"), QStringLiteral("开头的数据(HEX)")}};
     for (const CameraFault &fault : health.faults())
-        rows += QStringList{
-            now.addMSecs(fault.atMs - health.now()).toString(QStringLiteral("HH:mm:ss.zzz")),
-            kindText(fault.kind),
-            fault.sender,
-            device(fault.device),
-            QString::number(fault.offset),
-            QString::number(fault.bytes),
-            QString::fromLatin1(fault.head.toHex(' ').toUpper())};
+        rows += QStringList{now.addMSecs(fault.atMs - health.now()).toString(QStringLiteral("HH:mm:ss.zzz")),
+                            kindText(fault.kind),
+                            fault.sender,
+                            device(fault.device),
+                            QString::number(fault.offset),
+                            QString::number(fault.bytes),
+                            QString::fromLatin1(fault.head.toHex(' ').toUpper())};
     return rows;
 }
 
