@@ -112,6 +112,7 @@ void RunModel::refresh(qint64 maxMeasured)
                                     [](const Row &a, const Row &b) { return a.id == b.id; });
     if (sameIds) {
         m_rows = rows;
+        findExtremes();
         if (!m_rows.isEmpty())
             emit dataChanged(index(0, 0), index(m_rows.size() - 1, columnCount() - 1));
         return;
@@ -123,11 +124,13 @@ void RunModel::refresh(qint64 maxMeasured)
     if (isAdded) {
         beginInsertRows({}, 0, 0);
         m_rows = rows;
+        findExtremes();
         endInsertRows();
         emit dataChanged(index(0, 0), index(m_rows.size() - 1, columnCount() - 1));
     } else {
         beginResetModel();
         m_rows = rows;
+        findExtremes();
         endResetModel();
     }
 }
@@ -151,23 +154,31 @@ int RunModel::columnCount(const QModelIndex &parent) const
 }
 
 // Among the runs of the channel that have the figure.
+void RunModel::findExtremes()
+{
+    for (QVector<Extremes> &figures : m_extremes)
+        figures = QVector<Extremes>(kFigureCount);
+    for (const Row &row : qAsConst(m_rows)) {
+        for (int figure = 0; figure < kFigureCount; ++figure) {
+            const std::optional<double> value = row.figures.at(figure);
+            if (!value)
+                continue;
+            Extremes &extremes = m_extremes.at(size_t(row.channel))[figure];
+            extremes.lowest = std::min(extremes.lowest, *value);
+            extremes.highest = std::max(extremes.highest, *value);
+        }
+    }
+}
+
 RunModel::Rank RunModel::rank(const Row &row, int figure) const
 {
     const std::optional<double> own = row.figures.at(figure);
     if (!own || !kFigures[figure].isRanked)
         return None;
-    double lowest = *own;
-    double highest = *own;
-    for (const Row &other : m_rows) {
-        const std::optional<double> value = other.figures.at(figure);
-        if (other.channel != row.channel || !value)
-            continue;
-        lowest = std::min(lowest, *value);
-        highest = std::max(highest, *value);
-    }
-    if (lowest == highest)
+    const Extremes &extremes = m_extremes.at(size_t(row.channel)).at(figure);
+    if (extremes.lowest == extremes.highest)
         return None;
-    return *own == lowest ? Best : *own == highest ? Worst : None;
+    return *own == extremes.lowest ? Best : *own == extremes.highest ? Worst : None;
 }
 
 QString RunModel::text(const Row &row, int column) const

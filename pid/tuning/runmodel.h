@@ -9,6 +9,9 @@
 #include <QAbstractTableModel>
 #include <QVector>
 
+#include <array>
+#include <limits>
+
 class PidRecorder;
 
 class RunModel : public QAbstractTableModel
@@ -51,13 +54,21 @@ private:
         QVector<std::optional<double>> figures; // by column behind FirstFigure
     };
     enum Rank { None, Best, Worst };
+    struct Extremes
+    {
+        double lowest = std::numeric_limits<double>::infinity();
+        double highest = -std::numeric_limits<double>::infinity();
+    };
+
+    void findExtremes();
 
     QString text(const Row &row, int column) const;
     Rank rank(const Row &row, int figure) const;
 
     PidRecorder *m_recorder;
     RunFigures m_figures;
-    QVector<Row> m_rows; // the newest first
+    QVector<Row> m_rows;                         // the newest first
+    std::array<QVector<Extremes>, 5> m_extremes; // by channel and figure
     bool m_showsHidden = false;
     bool m_isComplete = true;
 };
