@@ -5,6 +5,7 @@
 #include "qtmessagetip.h"
 #include "settings.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -20,6 +21,7 @@
 namespace {
 
 constexpr int kMinDigits = 2;
+const auto kValueTip = QStringLiteral("十六进制，2到8位");
 
 } // namespace
 
@@ -101,7 +103,8 @@ FormGroup *ImageFormatConfig::buildRegister()
     m_readTable->setObjectName(QStringLiteral("btnReadTable"));
     m_writeTable->setObjectName(QStringLiteral("btnWriteTable"));
     m_readTable->setToolTip(QStringLiteral("按寄存器表批量读取"));
-    m_writeTable->setToolTip(QStringLiteral("按寄存器表批量写入"));
+    m_writeTable->setToolTip(QStringLiteral("按寄存器表批量写入；右键可选择回读校验"));
+    m_write->setToolTip(QStringLiteral("右键可选择写入后回读校验"));
     for (QSpinBox *length : {m_addressLength, m_valueLength}) {
         length->setRange(0, 8);
         length->setToolTip(QStringLiteral("字节数，1到4"));
@@ -111,7 +114,7 @@ FormGroup *ImageFormatConfig::buildRegister()
     static const QRegularExpression hex(QStringLiteral("[0-9A-Fa-f]{2,8}"));
     for (QLineEdit *field : {m_address, m_value}) {
         field->setValidator(new QRegularExpressionValidator(hex, field));
-        field->setToolTip(QStringLiteral("十六进制，2到8位"));
+        field->setToolTip(kValueTip);
     }
     group->addRow(QStringLiteral("寄存器地址长度(字节)"), m_addressLength);
     group->addRow(QStringLiteral("寄存器值长度(字节)"), m_valueLength);
@@ -122,7 +125,26 @@ FormGroup *ImageFormatConfig::buildRegister()
     QHBoxLayout *buttons = group->addLine();
     for (QPushButton *button : {m_read, m_write, m_readTable, m_writeTable})
         buttons->addWidget(button, 1);
+    addReadBackAction();
     return group;
+}
+
+void ImageFormatConfig::addReadBackAction()
+{
+    Setting<bool> &setting = Settings::instance().cameraPage.verifiesWrites;
+    auto *action = new QAction(QStringLiteral("写入后回读校验"), this);
+    action->setObjectName(QStringLiteral("actionVerifyWrites"));
+    action->setCheckable(true);
+    action->setChecked(setting);
+    m_session.setReadsBack(setting);
+    for (QPushButton *button : {m_write, m_writeTable}) {
+        button->setContextMenuPolicy(Qt::ActionsContextMenu);
+        button->addAction(action);
+    }
+    connect(action, &QAction::toggled, this, [this](bool isOn) {
+        Settings::instance().cameraPage.verifiesWrites.set(isOn);
+        m_session.setReadsBack(isOn);
+    });
 }
 
 void ImageFormatConfig::connectParts()
@@ -159,10 +181,15 @@ void ImageFormatConfig::connectSession()
         emit signalReadWriteRegister(text(request.address), request.value ? text(*request.value) : QString(),
                                      m_regId->value());
     });
-    connect(&m_session, &RegisterSession::valueRead, this, [this](const QString &value) {
-        if (!m_value->isModified()) // else another value has been typed since
-            m_value->setText(value);
-    });
+    connect(&m_session, &RegisterSession::valueRead, this,
+            [this](const QString &value, const QString &sender) {
+                if (m_value->isModified()) // another value has been typed since
+                    return;
+                m_value->setText(value);
+                if (!sender.isEmpty())
+                    m_value->setToolTip(kValueTip + QStringLiteral("\n应答者：%1").arg(sender));
+            });
+    connect(&m_session, &RegisterSession::readBack, this, &ImageFormatConfig::showReadBack);
     connect(&m_session, &RegisterSession::unanswered, this, [this](quint32 address) {
         emit notify(Notice::error(
             QStringLiteral("寄存器[%1]没有应答！").arg(address, 4, 16, QLatin1Char('0')).toUpper()));
@@ -258,7 +285,7 @@ bool ImageFormatConfig::checkHex(QLineEdit *field, int length)
 void ImageFormatConfig::readRegister()
 {
     if (checkHex(m_address, addressLength()) && m_session.read(m_address->text().toUInt(nullptr, 16)))
-        m_value->setText({}); // the old one is not what is read
+        clearValue(); // the old one is not what is read
 }
 
 void ImageFormatConfig::writeRegister()
@@ -267,10 +294,32 @@ void ImageFormatConfig::writeRegister()
         m_session.write(m_address->text().toUInt(nullptr, 16), m_value->text().toUInt(nullptr, 16));
 }
 
-void ImageFormatConfig::addReply(int device, quint16 address, quint8 status, quint32 value, int valueLength)
+void ImageFormatConfig::clearValue()
+{
+    m_value->setText({});
+    m_value->setToolTip(kValueTip);
+}
+
+void ImageFormatConfig::showReadBack(quint32 address, quint32 written, const RegisterSession::Reply &reply)
+{
+    const auto hex = [](quint32 number, int digits) {
+        return QStringLiteral("%1").arg(number, digits, 16, QLatin1Char('0')).toUpper();
+    };
+    const QString what = QStringLiteral("寄存器[%1]写入%2，").arg(hex(address, 4), hex(written, 2));
+    const QString from = reply.sender.isEmpty() ? QString() : QStringLiteral("（%1）").arg(reply.sender);
+    if (!reply.isGood)
+        emit notify(Notice::error(what + QStringLiteral("回读时开发板报告错误！") + from));
+    else if (!reply.isValue(written))
+        emit notify(Notice::error(what + QStringLiteral("回读为%1！").arg(reply.value) + from));
+    else
+        emit notify(Notice::information(what + QStringLiteral("回读一致！") + from));
+}
+
+void ImageFormatConfig::addReply(const QString &sender, int device, quint16 address, quint8 status,
+                                 quint32 value, int valueLength)
 {
     const QString text = QStringLiteral("%1").arg(value, 2 * valueLength, 16, QLatin1Char('0')).toUpper();
-    m_session.addReply({device, address, status == 0, text});
+    m_session.addReply({device, address, status == 0, text, sender});
 }
 
 void ImageFormatConfig::stopRequests()
@@ -323,7 +372,9 @@ void ImageFormatConfig::showProgress(RegisterSession::Access access)
 {
     const RegisterSession::Progress progress = m_session.progress();
     QString text = QStringLiteral("%1/%2").arg(progress.done).arg(progress.total);
-    if (access == RegisterSession::Read)
+    if (progress.isReadBack)
+        text += QStringLiteral("，不符 %1").arg(progress.differing);
+    if (access == RegisterSession::Read || progress.isReadBack)
         text += QStringLiteral("，无应答 %1，错误 %2").arg(progress.unanswered).arg(progress.refused);
     if (progress.notSent > 0)
         text += QStringLiteral("，未发送 %1").arg(progress.notSent);

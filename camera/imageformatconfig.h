@@ -38,7 +38,8 @@ public:
 
     // A read reply: the low 16 bits of the address, and the value where the status
     // is 0. One of another device than the asked one is ignored.
-    void addReply(int device, quint16 address, quint8 status, quint32 value, int valueLength);
+    void addReply(const QString &sender, int device, quint16 address, quint8 status, quint32 value,
+                  int valueLength);
     // Nothing can be sent any more, or a request could not be.
     void stopRequests();
     // Offers to save the rows of the tables. False: the user wants to stay.
@@ -58,6 +59,7 @@ signals:
 private:
     FormGroup *buildFormat();
     FormGroup *buildRegister();
+    void addReadBackAction();
     void connectParts();
     void connectSession();
     void storeLength(QSpinBox *field, Setting<int> *setting);
@@ -67,6 +69,8 @@ private:
     bool checkHex(QLineEdit *field, int length);
     void readRegister();
     void writeRegister();
+    void clearValue();
+    void showReadBack(quint32 address, quint32 written, const RegisterSession::Reply &reply);
     void openTable(RegisterSession::Access access);
     void startTable(RegisterSession::Access access);
     void showProgress(RegisterSession::Access access);

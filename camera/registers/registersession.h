@@ -2,8 +2,9 @@
 
 // Reads and writes the registers of a board: one at a time, or a whole table, at
 // a pace that a small board keeps up with. Owns the two tables, the pending
-// requests and their timeouts, and matches replies to requests. Sends nothing
-// itself: emits each request, and is given the replies.
+// requests and their timeouts, and matches replies to requests. On demand, reads
+// back what was written. Sends nothing itself: emits each request, and is given the
+// replies.
 
 #include "registertablemodel.h"
 
@@ -35,7 +36,10 @@ public:
         int device = 0;
         quint16 address = 0;
         bool isGood = true;
-        QString value; // hexadecimal
+        QString value;  // hexadecimal
+        QString sender; // the peer that it came from
+
+        bool isValue(quint32 number) const;
     };
     struct Request
     {
@@ -49,13 +53,17 @@ public:
         int total = 0;
         int unanswered = 0;
         int refused = 0;
-        int notSent = 0; // rows that don't fit the target's lengths
+        int notSent = 0;   // rows that don't fit the target's lengths
+        int differing = 0; // rows that read back another value
+        bool isReadBack = false;
     };
 
     explicit RegisterSession(QObject *parent = nullptr);
 
     RegisterTableModel *table(Access access) { return &m_tables.at(access); }
     void setTarget(const Target &target) { m_target = target; }
+    // Reads each register back after it was written; for a table, from its next start.
+    void setReadsBack(bool readsBack) { m_readsBack = readsBack; }
 
     // Whether the number fits into that many bytes; true where the length is not 1
     // to 4, which is an error of its own.
@@ -63,7 +71,7 @@ public:
 
     // One register. read() returns false when the request could not be sent.
     bool read(quint32 address);
-    void write(quint32 address, quint32 value) { emit requested({address, value}); }
+    void write(quint32 address, quint32 value);
 
     // Reads or writes all registers of a table. Rows without an address are left
     // out. False while a table is being read or written.
@@ -82,12 +90,13 @@ public:
 
 public slots:
     // The timers call these; a test does instead of waiting.
-    void reportUnanswered(); // the single read; a late reply still counts
-    void advance();          // the table, to its next request
+    void advanceSingle(); // reports that there is no reply, which still counts when late
+    void advance();       // the table, to its next request
 
 signals:
     void requested(const RegisterSession::Request &request);
-    void valueRead(const QString &value); // answers read()
+    void valueRead(const QString &value, const QString &sender); // answers read()
+    void readBack(quint32 address, quint32 written, const RegisterSession::Reply &reply);
     void unanswered(quint32 address);
     void progressed(RegisterSession::Access access); // by a late reply also after finished()
     void finished(RegisterSession::Access access);
@@ -102,11 +111,16 @@ private:
     {
         int device = 0;
         quint32 address = 0;
+        std::optional<quint32> written; // that is read back
+        bool isSent = true;
     };
 
     void queueRow(int row);
     void sendNext();
-    void endRead(RegisterTableModel::Outcome outcome, const QString &value);
+    void sendReadBack();
+    bool isAwaited(const Reply &reply) const;
+    void endRequest(RegisterTableModel::Outcome outcome, const Reply &reply);
+    void endSingle(const Reply &reply);
     void stopTable();
     void addLateReply(const Reply &reply);
 
@@ -119,7 +133,10 @@ private:
     Access m_access = Read; // of the table started last
     QVector<TableRequest> m_queue;
     Progress m_progress;
+    bool m_readsBack = false;
     bool m_isAwaiting = false;       // a reply to the last sent request of the queue
+    bool m_isReadBackDue = false;    // of the last sent request of the queue
+    int m_askedDevice = 0;           // which that request went to
     std::optional<int> m_readDevice; // which the read table was last read from
     QTimer m_timer;                  // runs while a table does
 };

@@ -11,19 +11,6 @@ QString RegisterRow::*cellOf(int column)
     return cells[column];
 }
 
-QString outcomeText(RegisterTableModel::Outcome outcome)
-{
-    switch (outcome) {
-    case RegisterTableModel::Unanswered:
-        return QStringLiteral("开发板没有应答");
-    case RegisterTableModel::Refused:
-    case RegisterTableModel::NotSent:
-        return QStringLiteral("开发板报告错误，或地址、值与设置的长度不符");
-    default:
-        return {};
-    }
-}
-
 } // namespace
 
 RegisterTableModel::RegisterTableModel(QObject *parent)
@@ -52,7 +39,7 @@ QVariant RegisterTableModel::data(const QModelIndex &index, int role) const
     if (index.column() == Value && role == outcomeRole)
         return entry.outcome;
     if (index.column() == Value && role == Qt::ToolTipRole)
-        return outcomeText(entry.outcome);
+        return outcomeText(index.row());
     return {};
 }
 
@@ -91,11 +78,29 @@ void RegisterTableModel::setValue(int row, const QString &value)
     setData(index(row, Value), value);
 }
 
-void RegisterTableModel::setOutcome(int row, Outcome outcome)
+QString RegisterTableModel::outcomeText(int row) const
 {
-    if (m_entries.at(row).outcome == outcome)
+    const Entry &entry = m_entries.at(row);
+    QStringList lines;
+    if (entry.outcome == Unanswered)
+        lines += QStringLiteral("开发板没有应答");
+    else if (entry.outcome == Refused || entry.outcome == NotSent)
+        lines += QStringLiteral("开发板报告错误，或地址、值与设置的长度不符");
+    else if (entry.outcome == Differs)
+        lines += QStringLiteral("回读为%1，与写入的值不同").arg(entry.readBack);
+    if (!entry.sender.isEmpty())
+        lines += QStringLiteral("应答者：%1").arg(entry.sender);
+    return lines.join(QLatin1Char('\n'));
+}
+
+void RegisterTableModel::setOutcome(int row, Outcome outcome, const QString &sender, const QString &readBack)
+{
+    Entry &entry = m_entries[row];
+    if (entry.outcome == outcome && entry.sender == sender && entry.readBack == readBack)
         return;
-    m_entries[row].outcome = outcome;
+    entry.outcome = outcome;
+    entry.sender = sender;
+    entry.readBack = readBack;
     const QModelIndex changed = index(row, Value);
     emit dataChanged(changed, changed, {outcomeRole, Qt::ToolTipRole});
 }

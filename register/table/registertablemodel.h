@@ -18,7 +18,8 @@ public:
     static constexpr int maxRows = maxPages * rowsPerPage;
 
     enum Column { Number, Address, Value, Description, columns };
-    enum Outcome { NoOutcome, Answered, Written, Refused, Unanswered, NotSent };
+    // Answered: read, or written and read back. Differs: another value was read back.
+    enum Outcome { NoOutcome, Answered, Written, Refused, Unanswered, NotSent, Differs };
     static constexpr int outcomeRole = Qt::UserRole; // of the value: how its request ended
 
     explicit RegisterTableModel(QObject *parent = nullptr);
@@ -34,7 +35,9 @@ public:
     const RegisterRow &row(int row) const { return m_entries.at(row).cells; }
     Outcome outcome(int row) const { return m_entries.at(row).outcome; }
     void setValue(int row, const QString &value);
-    void setOutcome(int row, Outcome outcome);
+    // The sender of the reply, if there was one; what was read back of a write.
+    void setOutcome(int row, Outcome outcome, const QString &sender = {}, const QString &readBack = {});
+    const QString &sender(int row) const { return m_entries.at(row).sender; }
 
     int pageCount() const { return m_entries.size() / rowsPerPage; }
     int filledRows(int page) const;
@@ -52,10 +55,14 @@ public:
     void setSaved() { m_isModified = false; }
 
 private:
+    QString outcomeText(int row) const;
+
     struct Entry
     {
         RegisterRow cells;
         Outcome outcome = NoOutcome;
+        QString sender;
+        QString readBack;
     };
 
     QVector<Entry> m_entries; // complete pages

@@ -10,6 +10,7 @@
 #include "settings.h"
 
 #include <QAbstractItemModel>
+#include <QAction>
 #include <QLabel>
 #include <QSpinBox>
 #include <QTableView>
@@ -34,6 +35,16 @@ private slots:
         click("btnWriteRegister");
         QCOMPARE(readValue("3008"), QStringLiteral("FFEE"));
         QCOMPARE(m_page->counts().at(0).toInt(), 16 + 16 + 16);
+        auto *readsBack = m_page->findChild<QAction *>("actionVerifyWrites");
+        QVERIFY(!readsBack->isChecked());
+        readsBack->trigger();
+        click("btnWriteRegister");
+        const auto confirmed = QStringLiteral("寄存器[3008]写入FFEE，回读一致！");
+        QTRY_COMPARE_WITH_TIMEOUT(lastNotice().section(QStringLiteral("（"), 0, 0), confirmed, 20000);
+        DataManagerWidget *const writes = openTable("btnWriteTable", {{"3001", "11"}, {"00DD", "22"}});
+        press(writes, "btnConfirm"); // the board is silent about the second
+        QTRY_COMPARE_WITH_TIMEOUT(progress(writes), QString("已完成 2/2，不符 0，无应答 1，错误 0"), 20000);
+        readsBack->trigger();
         for (const auto &error : {std::make_pair("4000", "没有这个寄存器!"),
                                   std::make_pair("00EE", "寄存器读取错误，错误代码[5]!")}) {
             child<QLineEdit>("editRegisterAddress")->setText(error.first);
@@ -41,9 +52,10 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(tip(), QString::fromUtf8(error.second), 20000);
         }
         child<QSpinBox>("spinAddressLength")->setValue(5);
+        m_notices->clear(); // a slow board's
         click("btnReadRegister");
         QCOMPARE(tip(), QStringLiteral("寄存器地址长度设置错误[1~4]"));
-        m_page->findChild<RegisterSession *>()->reportUnanswered();
+        m_page->findChild<RegisterSession *>()->advanceSingle();
         QVERIFY(!lastNotice().contains(QStringLiteral("没有应答")));
         child<QSpinBox>("spinAddressLength")->setValue(2);
         child<QSpinBox>("spinValueLength")->setValue(0);
@@ -91,8 +103,8 @@ private slots:
                                    20000);
         };
         click("btnReadRegister");
-        QCOMPARE(value->text(), QString());                         // no answer leaves none
-        m_page->findChild<RegisterSession *>()->reportUnanswered(); // its timer does in a second
+        QCOMPARE(value->text(), QString());                      // no answer leaves none
+        m_page->findChild<RegisterSession *>()->advanceSingle(); // its timer does in a second
         QCOMPARE(lastNotice(), QStringLiteral("寄存器[3008]没有应答！"));
         QVERIFY(reply(asked, "00100000001100aaaa010000")); // the board is known now
         QVERIFY(reply(other, "001000000011000830020000"));
@@ -112,7 +124,7 @@ private slots:
             click("btnReadRegister");
             emit(m_page->findChild<LinkSession *>()->*end)();
             QCoreApplication::processEvents();
-            m_page->findChild<RegisterSession *>()->reportUnanswered();
+            m_page->findChild<RegisterSession *>()->advanceSingle();
             QCOMPARE(m_notices->size(), 0);
         }
         child<QSpinBox>("spinAddressLength")->setValue(3); // counts for tables, too

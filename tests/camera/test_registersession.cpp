@@ -43,10 +43,10 @@ private slots:
         QVERIFY(m_session->read(0x23008));
         reply(0, 0x3008, "01"); // of the other device
         reply(1, 0x3009, "02");
-        m_session->reportUnanswered();
+        m_session->advanceSingle();
         reply(1, 0x3008, "03"); // late
         reply(1, 0x3008, "04"); // asked for once
-        m_session->reportUnanswered();
+        m_session->advanceSingle();
         COMPARE_LOG("23008 unanswered 23008 value 03");
         m_session->read(0x10);
         reply(1, 0x10, "05", false);
@@ -55,7 +55,7 @@ private slots:
         COMPARE_LOG("10 3008=0");
         m_session->read(1);
         m_session->stopAll();
-        m_session->reportUnanswered();
+        m_session->advanceSingle();
         reply(1, 1, "07");
         COMPARE_LOG("1");
         m_isConnected = false;
@@ -135,6 +135,61 @@ private slots:
         QVERIFY(RegisterSession::fits(0xFFFFFFFF, 4) && RegisterSession::fits(0xFFFFFFFF, 0));
     }
 
+    // Confirmed by the device that was written to, and by its value only.
+    void readsBackWrites()
+    {
+        connect(m_session.get(), &RegisterSession::readBack, this,
+                [this](quint32, quint32 written, const RegisterSession::Reply &reply) {
+                    m_log += reply.isValue(written) ? QStringLiteral("same ") : "not " + reply.value + ' ';
+                });
+        m_session->setReadsBack(true);
+        for (const char *value : {"5a", "5B"}) {
+            m_session->write(0x3008, 0x5A);
+            reply(0, 0x3008, "5A"); // of an earlier request
+            m_session->advanceSingle();
+            reply(1, 0x3008, "5A");
+            reply(0, 0x3008, value);
+        }
+        COMPARE_LOG("3008=5a 3008 same 3008=5a 3008 not 5B");
+        fill(RegisterSession::Write, {{"01", "11"}, {"02", "12"}, {"03", "13"}, {"04", "14"}, {"05", "15"}});
+        m_session->start(RegisterSession::Write);
+        for (int row = 1; row <= 5; ++row) {
+            m_session->advance(); // writes
+            QCOMPARE(m_session->table(RegisterSession::Write)->outcome(row - 1),
+                     RegisterTableModel::NoOutcome);
+            if (row == 5)
+                m_session->setTarget({1, 2, 1}); // the other one can't confirm it
+            m_session->advance();                // reads back
+            reply(1, quint16(row), "FF");
+            if (row < 4)
+                reply(0, quint16(row), row == 2 ? "FF" : "011", row != 3, "a:1");
+            else if (row == 4)
+                m_session->advance(); // no reply
+        }
+        m_session->advance();
+        QCOMPARE(rows(RegisterSession::Write), QStringLiteral("11A|12D|13R|14U|15U"));
+        COMPARE_LOG("1=11 . 1 . 2=12 . 2 . 3=13 . 3 . 4=14 . 4 . 5=15 . . 1 finished 5/5 2 1 0");
+        RegisterTableModel *const table = m_session->table(RegisterSession::Write);
+        QCOMPARE(table->index(1, RegisterTableModel::Value).data(Qt::ToolTipRole).toString(),
+                 QStringLiteral("回读为FF，与写入的值不同\n应答者：a:1"));
+    }
+
+    // The second one's answer must not become the value of a register whose low 16
+    // bits are the same.
+    void hearsTwoBoards()
+    {
+        fill(RegisterSession::Read, {{"00DD", ""}, {"100DD", "old"}});
+        m_session->setTarget({0, 3, 1});
+        m_session->start(RegisterSession::Read);
+        m_session->advance();
+        reply(0, 0x00DD, "01", true, "a:1");
+        m_session->advance();
+        m_session->advance(); // no reply
+        reply(0, 0x00DD, "02", true, "b:1");
+        QCOMPARE(rows(), QStringLiteral("01A|U"));
+        QCOMPARE(m_session->table(RegisterSession::Read)->sender(0), QStringLiteral("a:1"));
+    }
+
     void stops()
     {
         fill(RegisterSession::Read, {{"01", "old"}, {"02", ""}});
@@ -187,12 +242,12 @@ private:
         QStringList rows;
         const RegisterTableModel *const table = m_session->table(access);
         for (int row = 0; !table->row(row).address.isEmpty(); ++row)
-            rows += table->row(row).value + QString(" AWRUN").at(table->outcome(row));
+            rows += table->row(row).value + QString(" AWRUND").at(table->outcome(row));
         return rows.join(QLatin1Char('|'));
     }
-    void reply(int device, quint16 address, const char *value, bool isGood = true)
+    void reply(int device, quint16 address, const char *value, bool isGood = true, const char *sender = "")
     {
-        m_session->addReply({device, address, isGood, value});
+        m_session->addReply({device, address, isGood, value, sender});
     }
 
     std::unique_ptr<RegisterSession> m_session;
