@@ -93,6 +93,14 @@ void DataManagerWidget::connectParts()
     connect(m_pageBar, &QtPageBar::signalChangePage, this, &DataManagerWidget::SltChangePage);
     connect(m_pageBar, &QtPageBar::addPage, this, &DataManagerWidget::addPage);
     m_pageBar->setDeleteGuard([this](int page) { return askToDeletePage(page); });
+    m_pageBar->setOnlyPageHandler([this] {
+        const int filled = m_table->filledRows(0);
+        const QString text = QStringLiteral("只有一页，其中%1行已填写，是否清空？").arg(filled);
+        if (filled == 0 || QtMessageBox::question(this, kQuestion, text) != 1)
+            return;
+        m_table->removePage(0); // which empties it
+        SltChangePage(1);
+    });
     connect(m_pageBar, &QtPageBar::deletePage, this, [this](int shownPage) {
         m_table->removePage(m_pageToDelete - 1);
         SltChangePage(shownPage);

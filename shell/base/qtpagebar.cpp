@@ -75,7 +75,14 @@ void QtPageBar::SltAddNewPage()
 
 void QtPageBar::SltDeleteCurrentPage()
 {
-    if (m_count <= 1 || (m_mayDelete && !m_mayDelete(m_current)))
+    if (m_count <= 1) {
+        if (m_deleteOnly)
+            m_deleteOnly();
+        return;
+    }
+    // A number that was typed without jumping there names another page.
+    m_pageEdit->setText(QString::number(m_current));
+    if (m_mayDelete && !m_mayDelete(m_current))
         return;
     --m_count;
     showCount();

@@ -32,6 +32,9 @@ public:
     // Asked with the number of the page that is to be deleted, while it is still
     // there; false keeps it.
     void setDeleteGuard(std::function<bool(int page)> guard) { m_mayDelete = std::move(guard); }
+    // The only page stays when it is deleted, and nothing is emitted. The owner can
+    // empty it here.
+    void setOnlyPageHandler(std::function<void()> handler) { m_deleteOnly = std::move(handler); }
 
 public slots:
     void SltAddNewPage();
@@ -55,6 +58,7 @@ private:
     int m_current = 1;
     int m_count = 5;
     std::function<bool(int page)> m_mayDelete;
+    std::function<void()> m_deleteOnly;
     QLineEdit *m_pageEdit = nullptr;
     QLabel *m_countLabel = nullptr;
 };

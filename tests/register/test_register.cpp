@@ -141,6 +141,22 @@ private slots:
         m_view->scrollToBottom();
         click("btnFirstPage");
         QVERIFY(mark(0).isNull() && m_view->rowAt(0) == 0);
+
+        // The only page is emptied; a number that was only typed names no page.
+        type(0, RegisterTableModel::Address, QStringLiteral("01"));
+        auto *number = m_dialog->findChild<QLineEdit *>("pageEdit");
+        number->setText(QStringLiteral("2"));
+        click("btnDeletePage");
+        QCOMPARE(number->text(), QStringLiteral("1"));
+        QCOMPARE(address(), QStringLiteral("03"));
+        m_questions.clear();
+        for (m_answer = 0; m_answer < 2; ++m_answer) {
+            click("btnDeletePage");
+            QCOMPARE(address(), m_answer == 0 ? QStringLiteral("03") : QString());
+        }
+        click("btnDeletePage"); // nothing is left to lose
+        QCOMPARE(m_questions.size(), 2);
+        QCOMPARE(m_view->model()->rowCount(), 100);
     }
 
     void limitsCells()
