@@ -4,6 +4,8 @@
 #include "qtpagebar.h"
 #include "registertablemodel.h"
 
+#include <QFont>
+
 namespace {
 
 constexpr int kIconPixels = 14;
@@ -28,6 +30,11 @@ bool RegisterPageModel::filterAcceptsRow(int row, const QModelIndex &) const
 
 QVariant RegisterPageModel::data(const QModelIndex &index, int role) const
 {
+    if (role == Qt::FontRole && index.data(RegisterTableModel::changedRole).toBool()) {
+        QFont font;
+        font.setBold(true);
+        return font;
+    }
     if (role != Qt::DecorationRole || index.column() != RegisterTableModel::Value)
         return QSortFilterProxyModel::data(index, role);
     switch (index.data(RegisterTableModel::outcomeRole).toInt()) {

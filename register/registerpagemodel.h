@@ -1,7 +1,8 @@
 #pragma once
 
 // The page of a register table that a page bar shows, with a mark on each value
-// whose request has ended. Holds neither rows nor the page.
+// whose request has ended; rows that have changed since they were saved are bold.
+// Holds neither rows nor the page.
 
 #include <QIcon>
 #include <QSortFilterProxyModel>

@@ -36,6 +36,8 @@ QVariant RegisterTableModel::data(const QModelIndex &index, int role) const
     const Entry &entry = m_entries.at(index.row());
     if (role == Qt::DisplayRole || role == Qt::EditRole)
         return entry.cells.*cellOf(index.column());
+    if (role == changedRole)
+        return entry.isChanged;
     if (index.column() == Value && role == outcomeRole)
         return entry.outcome;
     if (index.column() == Value && role == Qt::ToolTipRole)
@@ -51,11 +53,14 @@ bool RegisterTableModel::setData(const QModelIndex &index, const QVariant &value
     });
     if (!index.isValid() || role != Qt::EditRole || !fitsFile)
         return false;
-    QString &cell = m_entries[index.row()].cells.*cellOf(index.column());
+    Entry &entry = m_entries[index.row()];
+    QString &cell = entry.cells.*cellOf(index.column());
     if (cell != text) {
         cell = text;
         m_isModified = true;
-        emit dataChanged(index, index, {Qt::DisplayRole, Qt::EditRole});
+        entry.isChanged = true;
+        emit dataChanged(index.siblingAtColumn(0), index.siblingAtColumn(columns - 1),
+                         {Qt::DisplayRole, Qt::EditRole, changedRole, Qt::FontRole});
     }
     return true;
 }
@@ -76,6 +81,14 @@ Qt::ItemFlags RegisterTableModel::flags(const QModelIndex &index) const
 void RegisterTableModel::setValue(int row, const QString &value)
 {
     setData(index(row, Value), value);
+}
+
+void RegisterTableModel::setSaved()
+{
+    m_isModified = false;
+    for (Entry &entry : m_entries)
+        entry.isChanged = false;
+    emit dataChanged(index(0, 0), index(rowCount() - 1, columns - 1), {changedRole, Qt::FontRole});
 }
 
 QString RegisterTableModel::outcomeText(int row) const

@@ -20,7 +20,8 @@ public:
     enum Column { Number, Address, Value, Description, columns };
     // Answered: read, or written and read back. Differs: another value was read back.
     enum Outcome { NoOutcome, Answered, Written, Refused, Unanswered, NotSent, Differs };
-    static constexpr int outcomeRole = Qt::UserRole; // of the value: how its request ended
+    static constexpr int outcomeRole = Qt::UserRole;     // of the value: how its request ended
+    static constexpr int changedRole = Qt::UserRole + 1; // whether the row has changed since it was saved
 
     explicit RegisterTableModel(QObject *parent = nullptr);
 
@@ -52,7 +53,7 @@ public:
     void clear();
 
     bool hasUnsavedRows() const { return m_isModified && usedRows() > 0; }
-    void setSaved() { m_isModified = false; }
+    void setSaved();
 
 private:
     QString outcomeText(int row) const;
@@ -63,6 +64,7 @@ private:
         Outcome outcome = NoOutcome;
         QString sender;
         QString readBack;
+        bool isChanged = false;
     };
 
     QVector<Entry> m_entries; // complete pages

@@ -52,7 +52,12 @@ private slots:
         m_fileName = folder.filePath(QStringLiteral("table.csv"));
         for (const int row : {0, 98})
             type(row, RegisterTableModel::Address, QStringLiteral("3008"));
+        const auto isBold = [this](int row) {
+            return shown(row, 3).data(Qt::FontRole).value<QFont>().bold();
+        };
+        QVERIFY(isBold(98) && !isBold(97));
         click("btnExport");
+        QVERIFY(!isBold(98));
         QCOMPARE(QtMessageTip::current()->text(), QStringLiteral("文件导出成功！"));
         click("btnImport");
         QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 100 行，跳过 0 行"), 20000);
