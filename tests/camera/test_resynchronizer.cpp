@@ -121,8 +121,8 @@ private slots:
         QTest::newRow("a lost byte, unchecked")
             << Chunks{QByteArray(one).remove(12, 1) + two + kReply} << false << "second R 16 1";
         QTest::newRow("a short frame, a pause, a reply")
-            << Chunks{image(QByteArray(9, 'x')) + one.left(14), kReply + two} << false
-            << "xxxxxxxxx R second 14 1";
+            << Chunks{image("long" + one) + image("long" + two).left(14), kReply} << false
+            << QString::fromLatin1("long" + QByteArray(one).replace('\0', '_')) + " R 14 1";
         QTest::newRow("a packet in the data")
             << Chunks{image(QByteArray(30, 'x')), nested.left(30), nested.mid(30)} << true
             << QString(30, 'x') + ' ' + QString::fromLatin1(nested.mid(10).chopped(2).replace('\0', '_')) +
