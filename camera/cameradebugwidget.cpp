@@ -31,7 +31,7 @@ constexpr int kTipMs = 2000;
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
 
 const auto kClosedHint = QStringLiteral("选择协议并打开后，收到的图像将显示在这里");
-const auto kFromSerial = QStringLiteral("serial");
+const auto kFromSerial = QStringLiteral("串口"); // the sender's name
 
 } // namespace
 
