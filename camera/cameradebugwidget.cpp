@@ -5,6 +5,7 @@
 #include "cameraport.h"
 #include "camerareceiver.h"
 #include "camerastatusrow.h"
+#include "cameraviewmenu.h"
 #include "fieldmemory.h"
 #include "formpanel.h"
 #include "frameshow.h"
@@ -130,6 +131,8 @@ QWidget *CameraDebugWidget::buildWorkArea()
     bottom->addWidget(m_deviceCount);
     bottom->addSpacing(8);
     bottom->addWidget(m_resynchronizes);
+    m_view = new CameraViewMenu(m_viewer, area);
+    bottom->addWidget(m_view);
     bottom->addWidget(m_actions, 1);
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
@@ -479,6 +482,7 @@ void CameraDebugWidget::reloadSettings()
 {
     m_config->loadDefaults();
     m_memory->load();
+    m_view->load();
     if (isClosed()) // else its fields are the ones shown
         m_link->loadDefaults();
 }

@@ -17,6 +17,7 @@ class CameraLinkPanel;
 class CameraPort;
 class CameraReceiver;
 class CameraStatusRow;
+class CameraViewMenu;
 class FormGroup;
 class FieldMemory;
 class FormPanel;
@@ -94,6 +95,7 @@ private:
     QCheckBox *m_checkCrc = nullptr;
     QCheckBox *m_bigEndian = nullptr;
     QCheckBox *m_resynchronizes = nullptr;
+    CameraViewMenu *m_view = nullptr;
     CameraStatusRow *m_status = nullptr;
     CameraHealthPane *m_health = nullptr;
     ImageViewer *m_viewer = nullptr;

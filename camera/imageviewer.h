@@ -1,7 +1,10 @@
 #pragma once
 
-// The pictures of the camera page: one or two, each in its natural size and
-// clipped to its place. Knows no stream and no format.
+// The pictures of the camera page: one or two, each in its natural size and clipped
+// to its place. The user may fit, zoom, move and mirror them, and reads the pixel
+// under the pointer. Knows no stream and no format.
+
+#include "pictureplace.h"
 
 #include <QPixmap>
 #include <QWidget>
@@ -13,6 +16,8 @@ class ImageViewer : public QWidget
     Q_OBJECT
 
 public:
+    enum Mirror { LeftRight = 1, UpDown = 2 };
+
     explicit ImageViewer(QWidget *parent = nullptr);
 
     // A null pixmap is ignored; device 1 is the second picture, any other the first.
@@ -22,18 +27,38 @@ public:
     int displayCount() const { return m_displayCount; }
     void setDisplayCount(int count); // 1 or 2
 
+    // Fitted to their places, or in their natural size; ends what the user zoomed.
+    void setFitted(bool fitted);
+    void setMirror(int bits); // of Mirror
+
     // Shown below the text that stands for a missing picture.
     void setHint(const QString &hint);
+
+    // The pixel at a position, for the user; empty where there is none.
+    QString pixelText(const QPoint &position) const;
 
     QSize sizeHint() const override { return {640, 360}; }
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
-    void paintImage(QPainter &painter, int device, const QRect &place, int x, const QString &missing) const;
+    void restore(int device);
+    PicturePlace::Room roomOf(int device) const;
+    int deviceAt(const QPoint &position) const;
+    void paintImage(QPainter &painter, int device, const QString &missing) const;
+    void showPixel(const QPoint &position);
 
     std::array<QPixmap, 2> m_images;
+    std::array<PicturePlace, 2> m_places;
     int m_displayCount = 1;
+    bool m_isFitted = false;
+    int m_mirror = 0;
     QString m_hint;
+    QPoint m_dragged; // where the pointer was last
 };

@@ -1,0 +1,52 @@
+#include "cameraviewmenu.h"
+
+#include "imageviewer.h"
+#include "settings.h"
+
+#include <QMenu>
+
+CameraViewMenu::CameraViewMenu(ImageViewer *viewer, QWidget *parent)
+    : QPushButton(QStringLiteral("视图"), parent)
+    , m_viewer(viewer)
+{
+    setObjectName(QStringLiteral("btnCameraView"));
+    setToolTip(QStringLiteral("滚轮缩放图像，拖动移动，双击恢复"));
+    setMenu(new QMenu(this));
+    m_fit = addToggle(QStringLiteral("适应窗口"), "actionFitPicture");
+    QAction *natural = menu()->addAction(QStringLiteral("恢复缩放前的大小"));
+    natural->setObjectName(QStringLiteral("actionRestorePicture"));
+    connect(natural, &QAction::triggered, this, [this] { m_viewer->setFitted(m_fit->isChecked()); });
+    menu()->addSeparator();
+    m_leftRight = addToggle(QStringLiteral("左右镜像"), "actionMirrorLeftRight");
+    m_upDown = addToggle(QStringLiteral("上下镜像"), "actionMirrorUpDown");
+    for (const QAction *action : {m_fit, m_leftRight, m_upDown})
+        connect(action, &QAction::triggered, this, &CameraViewMenu::store);
+    load();
+}
+
+QAction *CameraViewMenu::addToggle(const QString &text, const char *name)
+{
+    QAction *action = menu()->addAction(text);
+    action->setObjectName(QLatin1String(name));
+    action->setCheckable(true);
+    return action;
+}
+
+void CameraViewMenu::load()
+{
+    const auto &choices = Settings::instance().cameraPage;
+    m_fit->setChecked(choices.zoom == 1);
+    m_leftRight->setChecked(choices.mirror & ImageViewer::LeftRight);
+    m_upDown->setChecked(choices.mirror & ImageViewer::UpDown);
+    m_viewer->setFitted(m_fit->isChecked());
+    m_viewer->setMirror(choices.mirror);
+}
+
+void CameraViewMenu::store()
+{
+    auto &choices = Settings::instance().cameraPage;
+    choices.zoom.change(m_fit->isChecked() ? 1 : 0);
+    choices.mirror.change((m_leftRight->isChecked() ? ImageViewer::LeftRight : 0) |
+                          (m_upDown->isChecked() ? ImageViewer::UpDown : 0));
+    load();
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+// "视图" in the row below the pictures: how they are shown. The settings own the
+// choices.
+
+#include <QPushButton>
+
+class ImageViewer;
+class QAction;
+
+class CameraViewMenu : public QPushButton
+{
+    Q_OBJECT
+
+public:
+    // The viewer outlives the menu.
+    explicit CameraViewMenu(ImageViewer *viewer, QWidget *parent = nullptr);
+
+    void load(); // shows what the settings hold
+
+private:
+    QAction *addToggle(const QString &text, const char *name);
+    void store();
+
+    ImageViewer *m_viewer;
+    QAction *m_fit;
+    QAction *m_leftRight;
+    QAction *m_upDown;
+};
