@@ -55,7 +55,7 @@ public:
     // The connection ended: so does every run.
     void endAll();
     void clear();
-    // Those of a session file; ends no run. Identities are given anew.
+    // Those of a session file; ends no run. They get new identities.
     void replace(const QVector<PidRun> &runs);
 
     const QVector<PidRun> &runs() const { return m_runs; } // by their begin; open ones included
