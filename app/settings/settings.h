@@ -268,6 +268,25 @@ public:
         Setting<QString> curveExpression{this, "CurveExpression", QString()};
     } view{&m_table, "View"};
 
+    struct HexEditPage : SettingsGroup // of the binary editor
+    {
+        using SettingsGroup::SettingsGroup;
+        Setting<int> bytesPerRow{this, "BytesPerRow", 16, notWritten, {0, 64}}; // 0: as many as fit
+        Setting<QStringList> jumpHistory{this, "JumpHistory", {}};
+        Setting<int> findKind{this, "FindKind", 0, notWritten, {0, 9}}; // index into the list
+        Setting<bool> showsResults{this, "ShowResults", false};
+        Setting<bool> showsStrings{this, "ShowStrings", false};
+        Setting<int> stringLength{this, "StringLength", 6, notWritten, {1, 1000}}; // min, characters
+        Setting<int> stringCodes{this, "StringCodes", 1, notWritten, {0, 31}};     // a bit for each encoding
+        Setting<bool> showsBookmarks{this, "ShowBookmarks", false};
+        Setting<bool> notesBeside{this, "NotesBesideFile", false}; // bookmarks and rules in a file beside it
+        Setting<bool> alignsCompare{this, "AlignCompare", false};
+        Setting<int> checksumKind{this, "ChecksumKind", 0, notWritten, {0, 99}}; // index into the list
+        Setting<QString> checksumForm{this, "ChecksumForm", QString()};          // of a CRC: its parameters
+        Setting<int> fillByte{this, "FillByte", 255, notWritten, {0, 255}};
+        Setting<int> recordLength{this, "RecordLength", 16, notWritten, {1, 250}}; // bytes in a record of text
+    } hexEditPage{&m_table, "HexEditPage"};
+
     Setting<QString> colorRules{&m_viewWork, "ColorRules", QString()}; // see ColorRuleFile
     Setting<QStringList> recentFiles{&m_hexEdit, "RecentFiles", {}}; // of the binary editor, newest first
     // clang-format on
