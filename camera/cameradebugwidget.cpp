@@ -15,6 +15,7 @@
 #include "pictureactions.h"
 #include "profilebutton.h"
 #include "qtmessagetip.h"
+#include "recordingbar.h"
 #include "settings.h"
 
 #include <QCheckBox>
@@ -29,6 +30,7 @@ namespace {
 
 constexpr int kRatePeriodMs = 1000;
 constexpr int kTipMs = 2000;
+constexpr int kFinishMs = 5000;    // for files at the end of the program
 constexpr qint64 kTimedFrame = 59; // whose time since the first is logged
 
 const auto kClosedHint = QStringLiteral("选择协议并打开后，收到的图像将显示在这里");
@@ -52,6 +54,7 @@ CameraDebugWidget::CameraDebugWidget(QWidget *parent)
     connectParts();
     connectSession();
     connectReceiver();
+    connectRecording();
     rememberFields();
     addProfiles();
     SltChangeProtocol(m_link->protocol());
@@ -124,6 +127,7 @@ QWidget *CameraDebugWidget::buildWorkArea()
     m_resynchronizes->setObjectName(QStringLiteral("checkResynchronize"));
     m_resynchronizes->setToolTip(
         QStringLiteral("数据出错后逐字节查找下一个包头，每处错误最多损失一帧；只用于带数据包头的数据"));
+    m_recording = new RecordingBar(area);
     m_actions = new PictureActions(m_viewer, area);
     auto *bottom = new QHBoxLayout;
     bottom->setSpacing(4);
@@ -133,6 +137,7 @@ QWidget *CameraDebugWidget::buildWorkArea()
     bottom->addWidget(m_resynchronizes);
     m_view = new CameraViewMenu(m_viewer, area);
     bottom->addWidget(m_view);
+    bottom->addWidget(m_recording->button());
     bottom->addWidget(m_actions, 1);
     auto *column = new QVBoxLayout(area);
     column->setContentsMargins(0, 0, 0, 0);
@@ -141,6 +146,7 @@ QWidget *CameraDebugWidget::buildWorkArea()
     column->addWidget(m_status);
     column->addWidget(m_health);
     column->addWidget(m_viewer, 1);
+    column->addWidget(m_recording);
     column->addLayout(bottom);
     return area;
 }
@@ -196,7 +202,8 @@ void CameraDebugWidget::addProfiles()
         QStringLiteral("camera"), {{QStringLiteral("Camera"), QStringLiteral("CameraPage")}, {}}, m_status);
     m_status->addTool(profiles);
     m_status->addTool(m_health->button());
-    profiles->setRefusal([this] { return isClosed() ? QString() : QStringLiteral("请先断开连接"); });
+    profiles->setRefusal(
+        [this] { return m_session->isClosed() ? QString() : QStringLiteral("请先断开连接"); });
     connect(profiles, &ProfileButton::collecting, m_link, &CameraLinkPanel::saveDefaults);
     connect(profiles, &ProfileButton::chosen, this, &CameraDebugWidget::reloadSettings);
     connect(profiles, &ProfileButton::notify, this, &CameraDebugWidget::notify);
@@ -213,6 +220,7 @@ void CameraDebugWidget::SltChangeImageShow(int index)
 {
     m_viewer->setDisplayCount(index + 1);
     m_actions->setTwo(index == 1);
+    m_recording->setDeviceCount(index + 1);
 }
 
 // ---- the link
@@ -222,7 +230,9 @@ void CameraDebugWidget::connectSession()
     connect(m_session, &LinkSession::notify, this, &CameraDebugWidget::notify);
     connect(m_session, &LinkSession::joined, m_session, &LinkSession::notifyJoined);
     connect(m_session, &LinkSession::left, this, [this](const QString &name, const QString &reason) {
-        if (reason.isEmpty() && m_session->isOpen()) // and was not closed here
+        const bool inOrder = reason.isEmpty() && m_session->isOpen(); // and was not closed here
+        m_recording->recorder()->addEnd(name, inOrder);
+        if (inOrder)
             m_receiver->finish(name);
         else
             m_receiver->forget(name);
@@ -261,6 +271,7 @@ void CameraDebugWidget::connectSession()
 void CameraDebugWidget::endLink()
 {
     m_port->passOn();
+    m_recording->recorder()->addEnd({}, false);
     m_receiver->forget();
     m_config->stopRequests();
     m_viewer->setHint(kClosedHint);
@@ -288,12 +299,22 @@ void CameraDebugWidget::SltOpenLink()
 
 void CameraDebugWidget::closeLinks()
 {
+    m_recording->player()->stop();
     m_session->close();
+    m_recording->recorder()->stop();
 }
 
 bool CameraDebugWidget::isClosed() const
 {
-    return m_session->isClosed();
+    return m_session->isClosed() && m_recording->recorder()->isFinished();
+}
+
+// At a log-off nothing is closed before.
+bool CameraDebugWidget::saveBeforeExit()
+{
+    if (!m_recording->recorder()->waitForFinished(kFinishMs))
+        qWarning() << "a recording of the camera page is not complete";
+    return true;
 }
 
 void CameraDebugWidget::SltReadFromTcpSocket()
@@ -326,9 +347,9 @@ void CameraDebugWidget::SltSerialportChanged(QStringList serialports)
 void CameraDebugWidget::connectReceiver()
 {
     connect(m_receiver, &CameraReceiver::image, this, &CameraDebugWidget::showImage);
-    connect(m_receiver, &CameraReceiver::jpeg, m_show,
+    connect(m_receiver, &CameraReceiver::jpeg, this,
             [this](const QString &sender, const QByteArray &file, qint64 offset) {
-                m_show->add(0, {file, std::nullopt, false, sender, offset});
+                showFrame(0, {file, std::nullopt, false, sender, offset});
             });
     connect(m_receiver, &CameraReceiver::format, this, &CameraDebugWidget::showFormat);
     connect(m_receiver, &CameraReceiver::registerReply, this, &CameraDebugWidget::showReply);
@@ -341,7 +362,15 @@ void CameraDebugWidget::connectReceiver()
 void CameraDebugWidget::SltRecvImageData(QString name, QByteArray byData)
 {
     m_recvCount += byData.size();
-    m_receiver->receive(name, byData, m_link->protocol() == CameraLinkPanel::Udp, m_config->valueLength());
+    const bool isDatagram = m_link->protocol() == CameraLinkPanel::Udp;
+    m_recording->recorder()->addBytes(name, byData, isDatagram);
+    m_receiver->receive(name, byData, isDatagram, m_config->valueLength());
+}
+
+void CameraDebugWidget::showFrame(int device, const CameraFrameData &frame)
+{
+    m_recording->recorder()->addFrame(device, frame);
+    m_show->add(device, frame);
 }
 
 // By the format that its sender has announced. A sender that has announced none, as
@@ -354,7 +383,7 @@ void CameraDebugWidget::showImage(const QString &sender, const CameraEvent &even
     if (frames() == kTimedFrame &&
         (record.format == ImageRecord::Rgb565 || record.format == ImageRecord::Bmp))
         qDebug() << m_receiver->sinceFirstMs() << "ms";
-    m_show->add(event.device, {event.data, record, m_bigEndian->isChecked(), sender, event.offset});
+    showFrame(event.device, {event.data, record, m_bigEndian->isChecked(), sender, event.offset});
 }
 
 void CameraDebugWidget::showFormat(const CameraEvent &event)
@@ -391,6 +420,59 @@ void CameraDebugWidget::showReply(const QString &sender, const CameraEvent &even
 void CameraDebugWidget::showError(const QString &why)
 {
     m_status->showErrors(++m_errors, why);
+}
+
+// ---- recordings
+
+void CameraDebugWidget::connectRecording()
+{
+    m_recording->setHead([this] { return streamHead(); });
+    m_recording->setPlayRefusal(
+        [this] { return m_session->isClosed() ? QString() : QStringLiteral("请先断开连接"); });
+    connect(m_recording, &RecordingBar::notify, this, &CameraDebugWidget::notify);
+    connect(m_recording, &RecordingBar::playing, this, &CameraDebugWidget::beginPlaying);
+    connect(m_recording->player(), &StreamPlayer::played, this, &CameraDebugWidget::playRecord);
+    connect(m_recording->player(), &StreamPlayer::ended, m_receiver, [this] { m_receiver->forget(); });
+    connect(m_session, &LinkSession::opening, m_recording->player(), &StreamPlayer::stop);
+    connect(m_recording->recorder(), &CameraRecorder::changed, this, [this] {
+        if (m_recording->recorder()->isFinished() && isClosed())
+            emit signalClosed();
+    });
+}
+
+StreamHead CameraDebugWidget::streamHead() const
+{
+    StreamHead head;
+    head.isRawJpeg = m_jpegData->isChecked();
+    head.isBigEndian = m_bigEndian->isChecked();
+    head.valueLength = static_cast<quint8>(m_config->valueLength());
+    head.formats = {m_config->record(0), m_config->record(1)};
+    return head;
+}
+
+// The page reads the recorded bytes as it did when they came.
+void CameraDebugWidget::beginPlaying()
+{
+    const StreamHead &head = m_recording->player()->head();
+    m_jpegData->setChecked(head.isRawJpeg);
+    m_bigEndian->setChecked(head.isBigEndian);
+    for (const int device : {0, 1})
+        m_config->setRecord(device, head.formats.at(static_cast<size_t>(device)));
+    m_receiver->forget();
+}
+
+void CameraDebugWidget::playRecord(const StreamRecord &record)
+{
+    m_recvCount += record.bytes.size();
+    if (record.kind == StreamRecord::Bytes)
+        m_receiver->receive(record.sender, record.bytes, record.isDatagram,
+                            m_recording->player()->head().valueLength);
+    else if (record.kind == StreamRecord::Ended)
+        m_receiver->finish(record.sender);
+    else if (record.sender.isEmpty())
+        m_receiver->forget();
+    else
+        m_receiver->forget(record.sender);
 }
 
 // ---- registers
@@ -483,6 +565,7 @@ void CameraDebugWidget::reloadSettings()
     m_config->loadDefaults();
     m_memory->load();
     m_view->load();
+    m_recording->load();
     if (isClosed()) // else its fields are the ones shown
         m_link->loadDefaults();
 }

@@ -3,7 +3,8 @@
 // The camera assistant: receives the packets of a camera board, or raw JPEG
 // pictures, from a serial port or the network, shows the pictures and reads and
 // writes the board's registers. The links are LinkSession's, the received bytes
-// CameraReceiver's, the pictures FrameShow's, the registers ImageFormatConfig's.
+// CameraReceiver's, the pictures FrameShow's, the registers ImageFormatConfig's, recordings and playing them
+// RecordingBar's.
 
 #include "qtwidgetbase.h"
 
@@ -28,6 +29,10 @@ class LinkSession;
 class PictureActions;
 class QCheckBox;
 class QComboBox;
+class RecordingBar;
+struct CameraFrameData;
+struct StreamHead;
+struct StreamRecord;
 
 class CameraDebugWidget : public QtWidgetBase
 {
@@ -44,6 +49,7 @@ public:
     bool mayClose() override;
     void closeLinks() override;
     bool isClosed() const override;
+    bool saveBeforeExit() override;
     void reloadSettings() override;
 
     qint64 frames() const; // counted, shown or not
@@ -77,14 +83,19 @@ private:
 
     void connectSession();
     void connectReceiver();
+    void connectRecording();
 
     void endLink();
+    void showFrame(int device, const CameraFrameData &frame);
     void showImage(const QString &sender, const CameraEvent &event);
     void showFormat(const CameraEvent &event);
     void showReply(const QString &sender, const CameraEvent &event);
     void showError(const QString &reason);
     void showCounts();
     void fold();
+    StreamHead streamHead() const;
+    void beginPlaying();
+    void playRecord(const StreamRecord &record);
 
     FormPanel *m_panel = nullptr;
     CameraLinkPanel *m_link = nullptr;
@@ -100,6 +111,7 @@ private:
     CameraHealthPane *m_health = nullptr;
     ImageViewer *m_viewer = nullptr;
     PictureActions *m_actions = nullptr;
+    RecordingBar *m_recording = nullptr;
 
     LinkSession *m_session = nullptr;
     CameraPort *m_port = nullptr;
