@@ -7,23 +7,30 @@
 #include "hexeditcommands.h"
 #include "hexfilesession.h"
 #include "hexfindpanel.h"
+#include "hexhitlist.h"
 #include "hexinspectorpanel.h"
 #include "hexjumppanel.h"
+#include "hexpanes.h"
 #include "hexrecentbutton.h"
 #include "hexstaterow.h"
+#include "hexstringspanel.h"
 #include "hextoolrow.h"
 #include "qhexedit.h"
 #include "settings.h"
 
 #include <QButtonGroup>
 #include <QDragEnterEvent>
+#include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSplitter>
 #include <QTimer>
 #include <QUrl>
 #include <QVBoxLayout>
 
 namespace {
+
+constexpr int kPaneHeight = 160;
 
 QString onlyFileOf(const QMimeData *data)
 {
@@ -50,6 +57,7 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     buildUi();
     m_file = new HexFileSession(m_edit, m_recent, m_changeBar, this);
     buildCommands();
+    buildPanes();
     connectParts();
     reloadCodec();
     setAddress(0);
@@ -103,12 +111,25 @@ QWidget *HexEditWidget::buildWorkArea()
     m_edit = new QHexEdit(area);
     m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
     m_edit->setReadOnly(true, QStringLiteral("请先打开文件"));
-    auto *inspector = new HexInspectorPanel(m_edit, area);
+    m_inspector = new HexInspectorPanel(m_edit, area);
+    m_panes = new HexPanes;
     m_state = new HexStateRow(m_edit, area);
     column->addWidget(m_tools);
     column->addWidget(m_changeBar);
-    column->addWidget(m_edit, 1);
-    column->addWidget(inspector);
+    auto *split = new QSplitter(Qt::Vertical, area);
+    split->setObjectName(QStringLiteral("hexSplit"));
+    split->setChildrenCollapsible(false);
+    auto *bytes = new QWidget(split);
+    auto *rows = new QVBoxLayout(bytes);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(4);
+    rows->addWidget(m_edit, 1);
+    rows->addWidget(m_inspector);
+    split->addWidget(bytes);
+    split->addWidget(m_panes);
+    split->setStretchFactor(0, 1);
+    split->setSizes({1000, kPaneHeight});
+    column->addWidget(split, 1);
     column->addWidget(m_state);
     return area;
 }
@@ -135,6 +156,38 @@ void HexEditWidget::buildCommands()
     m_reloadCommand = add(QStringLiteral("重新载入"), {}, &HexFileSession::reload);
 }
 
+void HexEditWidget::buildPanes()
+{
+    Settings::HexEditPage &kept = Settings::instance().hexEditPage;
+    m_results = new HexHitList(m_edit, "hexResults", QStringLiteral("查找结果"), m_panes);
+    auto *list = new QPushButton(m_find->listCommand()->text(), m_results);
+    list->setObjectName(QStringLiteral("btnListAll"));
+    list->setToolTip(QStringLiteral("列出左侧查找内容的所有位置（Ctrl+Shift+F）"));
+    m_find->listCommand()->bind(list);
+    m_results->addTool(list);
+    m_strings = new HexStringsPanel(m_edit, m_panes);
+    QMenu *const menu = m_tools->viewMenu();
+    QAction *const inspector = menu->addAction(QStringLiteral("数据解析"));
+    inspector->setObjectName(QStringLiteral("actionHexInspector"));
+    inspector->setCheckable(true);
+    inspector->setChecked(true);
+    connect(inspector, &QAction::toggled, m_inspector, &QWidget::setVisible);
+    menu->addSeparator();
+    m_panes->add(m_results, QStringLiteral("查找结果"), "actionHexResults", menu, &kept.showsResults);
+    m_panes->add(m_strings, QStringLiteral("字符串"), "actionHexStrings", menu, &kept.showsStrings);
+    connect(m_find, &HexFindPanel::listed, this,
+            [this](const std::vector<HexHit> &hits, const QString &summary) {
+                m_results->show(hits, summary);
+                m_panes->open(m_results);
+            });
+    const auto clear = [this] {
+        m_results->clear(QStringLiteral("列出查找内容的所有位置，单击可跳转"));
+        m_strings->clear();
+    };
+    connect(m_edit, &QHexEdit::documentReplaced, this, clear);
+    clear();
+}
+
 void HexEditWidget::connectParts()
 {
     // The group reports a click on a tool button, see sltToolBtnsClicked().
@@ -145,7 +198,7 @@ void HexEditWidget::connectParts()
     m_openCommand->enableWith(m_recent);
     m_saveAsCommand->bind(m_saveAsButton);
     for (HexCommand *command : {m_saveAsCommand, m_find->findCommand(), m_jump->goTo(), m_find->nextCommand(),
-                                m_find->previousCommand()})
+                                m_find->previousCommand(), m_find->listCommand()})
         command->listenIn(this);
     setPageKeys(nullptr, m_tools->fold());
     connect(m_tools->fold(), &QPushButton::clicked, this, [this] {

@@ -10,9 +10,13 @@ class HexChangeBar;
 class HexCommand;
 class HexFileSession;
 class HexFindPanel;
+class HexHitList;
+class HexInspectorPanel;
 class HexJumpPanel;
+class HexPanes;
 class HexRecentButton;
 class HexStateRow;
+class HexStringsPanel;
 class HexToolRow;
 class QHexEdit;
 class QPushButton;
@@ -57,6 +61,7 @@ private:
     QWidget *buildPanel();
     QWidget *buildWorkArea();
     void buildCommands();
+    void buildPanes();
     void connectParts();
 
     void showState();
@@ -74,6 +79,10 @@ private:
     HexToolRow *m_tools = nullptr;
     HexStateRow *m_state = nullptr;
     HexChangeBar *m_changeBar = nullptr;
+    HexInspectorPanel *m_inspector = nullptr;
+    HexPanes *m_panes = nullptr;
+    HexHitList *m_results = nullptr;
+    HexStringsPanel *m_strings = nullptr;
 
     HexCommand *m_commands[5] = {}; // of the tool buttons, by their ids
     HexCommand *m_openCommand = nullptr;

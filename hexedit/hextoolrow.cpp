@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QVariant>
 
@@ -60,6 +61,7 @@ HexToolRow::HexToolRow(QWidget *parent)
     : QWidget(parent)
     , m_fold(new QPushButton(QStringLiteral("隐藏配置界面"), this))
     , m_tools(new QButtonGroup(this))
+    , m_view(new QPushButton(QStringLiteral("视图"), this))
     , m_address(makeLabel(this, "labelAddress"))
     , m_size(makeLabel(this, "labelSize"))
 {
@@ -70,6 +72,9 @@ HexToolRow::HexToolRow(QWidget *parent)
     row->addWidget(m_fold);
     for (int id = 0; id < toolCount; ++id)
         addTool(id);
+    m_view->setObjectName(QStringLiteral("btnHexView"));
+    m_view->setMenu(new QMenu(m_view));
+    row->addWidget(m_view);
     row->addStretch();
     row->addWidget(m_address);
     row->addSpacing(8);
@@ -89,6 +94,11 @@ void HexToolRow::addTool(int id)
     button->setShortcut(tool.key);
     m_tools->addButton(button, id);
     layout()->addWidget(button);
+}
+
+QMenu *HexToolRow::viewMenu() const
+{
+    return m_view->menu();
 }
 
 void HexToolRow::showAddress(const QString &text)

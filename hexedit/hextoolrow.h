@@ -1,13 +1,14 @@
 #pragma once
 
-// The row above the bytes: folding the panel, the five tool buttons, the
-// read-out of address and size. Owns the buttons and their group; knows
+// The row above the bytes: folding the panel, the five tool buttons, the menu
+// "视图", the read-out of address and size. Owns the buttons and their group; knows
 // no document and not what the buttons do.
 
 #include <QWidget>
 
 class QButtonGroup;
 class QLabel;
+class QMenu;
 class QPushButton;
 
 class HexToolRow : public QWidget
@@ -20,6 +21,7 @@ public:
     explicit HexToolRow(QWidget *parent);
 
     QPushButton *fold() const { return m_fold; }
+    QMenu *viewMenu() const; // of the button "视图"
     QButtonGroup *tools() const { return m_tools; }
 
     void showAddress(const QString &text);
@@ -34,6 +36,7 @@ private:
 
     QPushButton *m_fold;
     QButtonGroup *m_tools;
+    QPushButton *m_view;
     QLabel *m_address;
     QLabel *m_size;
 };

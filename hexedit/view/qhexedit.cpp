@@ -56,6 +56,7 @@ void QHexEdit::setDocument(HexDocument document, qint64 address)
     updateLayout();
     verticalScrollBar()->setValue(0);
     showEdit();
+    emit documentReplaced();
 }
 
 // Only the scroll bar changes where the rows on display are complete.

@@ -93,7 +93,8 @@ signals:
     void currentAddressChanged(qint64 address);
     void currentSizeChanged(qint64 size);
     void contentChanged();
-    void stateChanged(); // bytes, caret, selection, mode, work or whether it is modified
+    void documentReplaced(); // by setDocument()
+    void stateChanged();     // bytes, caret, selection, mode, work or whether it is modified
 
 protected:
     void paintEvent(QPaintEvent *event) override;

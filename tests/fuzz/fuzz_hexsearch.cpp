@@ -9,7 +9,7 @@
 
 namespace {
 
-qint64 found(const HexDocument &document, const QByteArray &pattern, int from, HexSearch::Direction direction)
+qint64 found(const HexDocument &document, const HexPattern &pattern, int from, HexSearch::Direction direction)
 {
     HexSearch search(document, pattern, from, direction);
     HexSearch::State state = HexSearch::State::Running;
@@ -36,12 +36,28 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     int next = bytes.indexOf(pattern, from);
     if (next < 0)
         next = bytes.indexOf(pattern);
-    if (found(document, pattern, from, HexSearch::Forward) != next)
-        abort();
     int previous = from > 0 ? bytes.lastIndexOf(pattern, from - 1) : -1;
     if (previous < 0)
         previous = bytes.lastIndexOf(pattern);
-    if (found(document, pattern, from, HexSearch::Backward) != previous)
+    // The same bytes in four ways: whole, their first digits alone, and as an expression.
+    QString expression, digits = QString::fromLatin1(pattern.toHex());
+    for (const char byte : pattern)
+        expression += QStringLiteral("\\x%1").arg(uchar(byte), 2, 16, QLatin1Char('0'));
+    QString fault;
+    for (const auto &same : {HexPattern::bytes(pattern), *HexPattern::digits(digits),
+                             *HexPattern::expression(expression, &fault)})
+        if (found(document, same, from, HexSearch::Forward) != next ||
+            found(document, same, from, HexSearch::Backward) != previous)
+            abort();
+    digits[digits.size() - 1] = QLatin1Char('?');
+    const qint64 open = found(document, *HexPattern::digits(digits), from, HexSearch::Forward);
+    if ((open < 0) != (next < 0) && next >= 0)
         abort();
+    if (open >= 0) {
+        QByteArray there = bytes.mid(int(open), pattern.size());
+        there[there.size() - 1] = char((there.back() & 0xF0) | (pattern.back() & 0x0F));
+        if (there != pattern)
+            abort();
+    }
     return 0;
 }

@@ -196,7 +196,7 @@ private slots:
         HexDocument document = documentOf("", 1);
         document.replace(0, 0, bytes);
         QVERIFY(all(document) == bytes);
-        HexSearch nowhere(document, "nowhere", 0, HexSearch::Forward);
+        HexSearch nowhere(document, HexPattern::bytes("nowhere"), 0, HexSearch::Forward);
         QVERIFY(nowhere.permille() == 0 && nowhere.step() == HexSearch::State::Running);
         QCOMPARE(nowhere.permille(), slice * 1000 / bytes.size());
         document = documentOf(bytes, 4096);
@@ -221,7 +221,7 @@ private slots:
             {QByteArray(700000, '.'), 5, HexSearch::Forward, -1, true},
             {QByteArray(), 5, HexSearch::Forward, -1, true}};
         for (const auto &[pattern, from, direction, position, wraps] : rows) {
-            HexSearch search(document, pattern, from, direction);
+            HexSearch search(document, HexPattern::bytes(pattern), from, direction);
             HexSearch::State state = HexSearch::State::Running;
             for (int steps = 0; state == HexSearch::State::Running && steps < 20; ++steps)
                 state = search.step();
