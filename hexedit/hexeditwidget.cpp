@@ -4,6 +4,7 @@
 #include "hexchangebar.h"
 #include "hexchecksumpanel.h"
 #include "hexcommand.h"
+#include "hexcomparepanel.h"
 #include "hexeditcommands.h"
 #include "hexfilesession.h"
 #include "hexfindpanel.h"
@@ -166,6 +167,7 @@ void HexEditWidget::buildPanes()
     m_find->listCommand()->bind(list);
     m_results->addTool(list);
     m_strings = new HexStringsPanel(m_edit, m_panes);
+    m_compare = new HexComparePanel(m_edit, m_panes);
     QMenu *const menu = m_tools->viewMenu();
     QAction *const inspector = menu->addAction(QStringLiteral("数据解析"));
     inspector->setObjectName(QStringLiteral("actionHexInspector"));
@@ -175,6 +177,7 @@ void HexEditWidget::buildPanes()
     menu->addSeparator();
     m_panes->add(m_results, QStringLiteral("查找结果"), "actionHexResults", menu, &kept.showsResults);
     m_panes->add(m_strings, QStringLiteral("字符串"), "actionHexStrings", menu, &kept.showsStrings);
+    m_panes->add(m_compare, QStringLiteral("比较"), "actionHexCompare", menu, nullptr);
     connect(m_find, &HexFindPanel::listed, this,
             [this](const std::vector<HexHit> &hits, const QString &summary) {
                 m_results->show(hits, summary);
@@ -198,7 +201,8 @@ void HexEditWidget::connectParts()
     m_openCommand->enableWith(m_recent);
     m_saveAsCommand->bind(m_saveAsButton);
     for (HexCommand *command : {m_saveAsCommand, m_find->findCommand(), m_jump->goTo(), m_find->nextCommand(),
-                                m_find->previousCommand(), m_find->listCommand()})
+                                m_find->previousCommand(), m_find->listCommand(), m_compare->nextCommand(),
+                                m_compare->previousCommand()})
         command->listenIn(this);
     setPageKeys(nullptr, m_tools->fold());
     connect(m_tools->fold(), &QPushButton::clicked, this, [this] {

@@ -8,6 +8,7 @@
 class FormPanel;
 class HexChangeBar;
 class HexCommand;
+class HexComparePanel;
 class HexFileSession;
 class HexFindPanel;
 class HexHitList;
@@ -83,6 +84,7 @@ private:
     HexPanes *m_panes = nullptr;
     HexHitList *m_results = nullptr;
     HexStringsPanel *m_strings = nullptr;
+    HexComparePanel *m_compare = nullptr;
 
     HexCommand *m_commands[5] = {}; // of the tool buttons, by their ids
     HexCommand *m_openCommand = nullptr;

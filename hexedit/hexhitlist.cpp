@@ -148,6 +148,14 @@ void HexHitList::clear(const QString &summary)
     show({}, summary);
 }
 
+void HexHitList::setCompact()
+{
+    m_summary->hide();
+    m_table->setColumnHidden(Model::Bytes, true);
+    m_table->setColumnHidden(Model::Text, true);
+    m_table->setColumnWidth(Model::Address, 110);
+}
+
 void HexHitList::addTool(QWidget *tool)
 {
     m_row->insertWidget(m_row->count() - 1, tool);
@@ -160,6 +168,7 @@ void HexHitList::goTo(int row)
     const HexHit &hit = m_model->hits().at(static_cast<size_t>(row));
     if (hit.address + hit.length <= m_edit->size())
         m_edit->select(hit.address, hit.length);
+    emit chosen(row);
 }
 
 // The places are those of the bytes as they were.

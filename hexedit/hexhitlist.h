@@ -30,7 +30,11 @@ public:
 
     void show(std::vector<HexHit> hits, const QString &summary);
     void clear(const QString &summary);
+    void setCompact();           // addresses and lengths alone
     void addTool(QWidget *tool); // in the row of the summary, before it
+
+signals:
+    void chosen(int row);
 
 private:
     class Model;

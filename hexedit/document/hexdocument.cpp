@@ -156,6 +156,16 @@ void HexDocument::setUnsaved()
     m_savedAt = std::numeric_limits<size_t>::max();
 }
 
+HexDocument HexDocument::savedState() const
+{
+    HexDocument saved;
+    saved.m_original = m_original;
+    saved.m_added = m_added;
+    saved.m_table = m_saved.table();
+    saved.m_saved = m_saved;
+    return saved;
+}
+
 Pieces HexDocument::keep(const QByteArray &bytes)
 {
     Pieces pieces;

@@ -68,6 +68,8 @@ public:
     void setSaved();
     // No file has the present bytes: modified until it is saved.
     void setUnsaved();
+    // The bytes as the file was opened or saved, without history.
+    HexDocument savedState() const;
 
 private:
     struct Edit

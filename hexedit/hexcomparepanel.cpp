@@ -1,0 +1,304 @@
+#include "hexcomparepanel.h"
+
+#include "hexcommand.h"
+#include "hexcompareview.h"
+#include "hexhitlist.h"
+#include "hexreader.h"
+#include "qhexedit.h"
+#include "qtfiledialog.h"
+#include "qtmessagetip.h"
+#include "settings.h"
+
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace {
+constexpr int kSettleMs = 200; // after an edit
+constexpr int kTipMs = 4000;
+constexpr int kListWidth = 190;
+} // namespace
+
+HexComparePanel::HexComparePanel(QHexEdit *edit, QWidget *parent)
+    : QWidget(parent)
+    , m_edit(edit)
+    , m_watch(this)
+    , m_task(this)
+    , m_settle(this)
+    , m_next(new HexCommand(QStringLiteral("下一处不同"), {Qt::Key_F8}, this))
+    , m_previous(new HexCommand(QStringLiteral("上一处不同"), {int(Qt::SHIFT) + Qt::Key_F8}, this))
+    , m_file(new QPushButton(QStringLiteral("选择文件"), this))
+    , m_saved(new QPushButton(QStringLiteral("与已保存的内容"), this))
+    , m_align(new QPushButton(QStringLiteral("对齐插入"), this))
+    , m_reload(new QPushButton(QStringLiteral("重新载入"), this))
+    , m_summary(new QLabel(this))
+    , m_list(new HexHitList(edit, "hexDifferences", QStringLiteral("不同之处"), this))
+    , m_view(new HexCompareView(this))
+{
+    setObjectName(QStringLiteral("hexComparePanel"));
+    buildUi();
+    m_settle.setSingleShot(true);
+    connect(&m_settle, &QTimer::timeout, this, &HexComparePanel::restart);
+    connect(m_file, &QPushButton::clicked, this, &HexComparePanel::chooseFile);
+    connect(m_saved, &QPushButton::clicked, this, &HexComparePanel::compareWithSaved);
+    connect(m_reload, &QPushButton::clicked, this, [this] { compareWithFile(m_fileName); });
+    connect(m_align, &QPushButton::toggled, this, [this](bool isOn) {
+        Settings::instance().hexEditPage.alignsCompare.change(isOn);
+        restart();
+    });
+    connect(m_next, &QAction::triggered, this, [this] { step(1); });
+    connect(m_previous, &QAction::triggered, this, [this] { step(-1); });
+    connect(&m_watch, &HexFileWatch::changed, this, &HexComparePanel::showState);
+    connect(m_view, &HexCompareView::chosen, this, [this](qint64 address) { m_edit->goTo(address); });
+    connect(m_list, &HexHitList::chosen, this, &HexComparePanel::showDifference);
+    connect(m_edit, &QHexEdit::contentChanged, this, [this] {
+        m_task.stop(); // it reads what has changed
+        if (m_with != With::Nothing)
+            m_settle.start(kSettleMs);
+        m_view->viewport()->update();
+    });
+    connect(m_edit, &QHexEdit::stateChanged, this, [this] {
+        if (m_with == With::Saved && m_wasModified && !m_edit->isModified())
+            m_settle.start(0); // it was saved
+        m_wasModified = m_edit->isModified();
+        showState();
+    });
+    connect(m_edit, &QHexEdit::documentReplaced, this, &HexComparePanel::close);
+    close();
+}
+
+void HexComparePanel::buildUi()
+{
+    m_file->setObjectName(QStringLiteral("btnCompareFile"));
+    m_saved->setObjectName(QStringLiteral("btnCompareSaved"));
+    m_saved->setToolTip(QStringLiteral("与文件打开或上次保存时的内容比较"));
+    m_align->setObjectName(QStringLiteral("btnCompareAlign"));
+    m_align->setCheckable(true);
+    m_align->setChecked(Settings::instance().hexEditPage.alignsCompare);
+    m_align->setToolTip(QStringLiteral("找出插入和删除的字节（每处最多64 KB），之后的内容仍然对齐"));
+    m_reload->setObjectName(QStringLiteral("btnCompareReload"));
+    m_summary->setObjectName(QStringLiteral("labelCompare"));
+    m_summary->setProperty("kind", QStringLiteral("hint"));
+    m_summary->setTextFormat(Qt::PlainText);
+    m_summary->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    const auto button = [this](HexCommand *command, const char *name, const QString &text,
+                               const QString &tip) {
+        auto *made = new QPushButton(text, this);
+        made->setObjectName(QLatin1String(name));
+        made->setToolTip(tip);
+        command->bind(made);
+        return made;
+    };
+    auto *row = new QHBoxLayout;
+    row->setSpacing(4);
+    for (QPushButton *tool :
+         {m_file, m_saved, m_align,
+          button(m_previous, "btnPreviousDifference", QStringLiteral("上一处"), QStringLiteral("Shift+F8")),
+          button(m_next, "btnNextDifference", QStringLiteral("下一处"), QStringLiteral("F8")), m_reload})
+        row->addWidget(tool);
+    row->addSpacing(4);
+    row->addWidget(m_summary, 1);
+    m_list->setCompact();
+    auto *split = new QSplitter(Qt::Horizontal, this);
+    split->setChildrenCollapsible(false);
+    split->addWidget(m_list);
+    split->addWidget(m_view);
+    split->setStretchFactor(1, 1);
+    split->setSizes({kListWidth, 1000});
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    column->addLayout(row);
+    column->addWidget(split, 1);
+    m_view->setPlaceholderText(QStringLiteral("选择另一个文件，与当前内容并排比较"));
+}
+
+// ---- what to compare with
+
+void HexComparePanel::chooseFile()
+{
+    const QString name = QtFileDialog::getOpenFileName(this, QStringLiteral("比较的文件"), QString(),
+                                                       QStringLiteral("所有文件(*)"));
+    if (!name.isEmpty())
+        compareWithFile(name);
+}
+
+void HexComparePanel::compareWithFile(const QString &fileName)
+{
+    struct Reading
+    {
+        HexReader reader;
+        HexReader::State state = HexReader::State::Running;
+        HexDocument document;
+        FileStamp stamp;
+    };
+    close();
+    const auto reading = std::make_shared<Reading>();
+    reading->stamp = FileStamp::of(fileName);
+    if (!reading->reader.open(fileName))
+        return endReading(fileName, reading->reader.reason());
+    m_with = With::File;
+    m_fileName = fileName;
+    m_task.start({QStringLiteral("正在读取"),
+                  [reading] {
+                      QByteArray block;
+                      reading->state = reading->reader.step(&block);
+                      if (reading->state != HexReader::State::Running)
+                          return SlicedTask::Step::Done;
+                      reading->document.appendContent(block);
+                      return SlicedTask::Step::Running;
+                  },
+                  [reading] { return reading->reader.permille(); },
+                  [this, reading, fileName](bool isDone) {
+                      if (!isDone)
+                          return;
+                      if (reading->state == HexReader::State::Failed)
+                          return endReading(fileName, reading->reader.reason());
+                      if (reading->state == HexReader::State::OutOfMemory)
+                          return endReading(fileName, QStringLiteral("内存不足"));
+                      m_other = std::move(reading->document);
+                      m_watch.follow(fileName, reading->stamp);
+                      endReading(fileName, QString());
+                  },
+                  {}});
+    showState();
+}
+
+void HexComparePanel::endReading(const QString &fileName, const QString &reason)
+{
+    if (reason.isEmpty()) {
+        m_settle.start(0); // not from within the task
+        return;
+    }
+    close();
+    QtMessageTip::showTip(QStringLiteral("%1 打开失败：%2").arg(QFileInfo(fileName).fileName(), reason),
+                          kTipMs);
+}
+
+void HexComparePanel::compareWithSaved()
+{
+    close();
+    m_with = With::Saved;
+    restart();
+}
+
+void HexComparePanel::close()
+{
+    m_task.stop();
+    m_settle.stop();
+    m_with = With::Nothing;
+    m_view->show(nullptr, nullptr, nullptr);
+    m_list->clear({});
+    m_compare.reset();
+    m_other = HexDocument();
+    m_watch.follow(QString(), FileStamp());
+    showState();
+}
+
+// ---- comparing
+
+void HexComparePanel::restart()
+{
+    if (m_with == With::Nothing || (m_with == With::File && m_task.isRunning()))
+        return;
+    if (!m_edit->busyReason().isEmpty()) { // the bytes are being read or replaced
+        m_settle.start(kSettleMs);
+        return;
+    }
+    m_task.stop();
+    if (m_with == With::Saved) {
+        m_view->show(nullptr, nullptr, nullptr);
+        m_other = m_edit->document().savedState();
+    }
+    const auto compare = std::make_shared<std::unique_ptr<HexCompare>>(
+        std::make_unique<HexCompare>(m_edit->document(), m_other, m_align->isChecked()));
+    m_task.start(
+        {QStringLiteral("正在比较"),
+         [compare] { return (*compare)->step() ? SlicedTask::Step::Running : SlicedTask::Step::Done; },
+         [compare] { return (*compare)->permille(); },
+         [this, compare](bool isDone) {
+             if (!isDone)
+                 return;
+             m_view->show(nullptr, nullptr, nullptr);
+             m_compare = std::move(*compare);
+             showResult(isDone);
+         },
+         {}});
+    showState();
+}
+
+void HexComparePanel::showResult(bool)
+{
+    std::vector<HexHit> hits;
+    hits.reserve(m_compare->differences().size());
+    for (const HexCompare::Difference &difference : m_compare->differences())
+        hits.push_back({difference.left, static_cast<int>(std::min<qint64>(difference.leftLength, 1 << 30))});
+    m_list->show(std::move(hits), {});
+    m_view->show(&m_edit->document(), &m_other, m_compare.get());
+    showState();
+}
+
+void HexComparePanel::showState()
+{
+    m_reload->setVisible(m_with == With::File && m_watch.differs());
+    const QString busy = m_task.isRunning() ? m_task.name() : QString();
+    const bool hasResult = m_compare && !m_compare->differences().empty();
+    for (HexCommand *command : {m_next, m_previous})
+        command->setRefusal(hasResult ? QString() : QStringLiteral("没有不同之处"));
+    m_saved->setEnabled(m_edit->size() > 0 || m_edit->isModified());
+    QString text;
+    if (m_with == With::File)
+        text = QFileInfo(m_fileName).fileName() + QStringLiteral("：");
+    if (m_with == With::Nothing)
+        text = QStringLiteral("未选择比较的对象");
+    else if (!m_compare || !busy.isEmpty())
+        text += busy.isEmpty() ? QStringLiteral("正在比较") : busy;
+    else if (m_compare->differences().empty())
+        text += QStringLiteral("完全相同");
+    else
+        text += QStringLiteral("%1处不同").arg(m_compare->differences().size());
+    if (m_compare && m_compare->isCut())
+        text += QStringLiteral("，之后的未比较");
+    if (m_reload->isVisibleTo(this))
+        text += m_watch.isGone() ? QStringLiteral("（文件已不存在）") : QStringLiteral("（文件已变化）");
+    m_summary->setText(text);
+    m_summary->setToolTip(m_fileName);
+}
+
+// ---- going through the differences
+
+void HexComparePanel::showDifference(int index)
+{
+    if (!m_compare || index < 0 || index >= static_cast<int>(m_compare->differences().size()))
+        return;
+    m_view->showPlace(m_compare->differences().at(static_cast<size_t>(index)).row);
+}
+
+// From the caret, so that one may go on from where one has edited.
+void HexComparePanel::step(int direction)
+{
+    const auto &differences = m_compare->differences();
+    const qint64 from = m_edit->selectionBegin();
+    const auto isBefore = [](const HexCompare::Difference &difference, qint64 address) {
+        return difference.left < address;
+    };
+    auto place =
+        std::lower_bound(differences.begin(), differences.end(), direction > 0 ? from + 1 : from, isBefore);
+    if (direction > 0 && place == differences.end()) {
+        place = differences.begin();
+        QtMessageTip::showTip(QStringLiteral("已到末尾，从开头继续"));
+    } else if (direction < 0) {
+        if (place == differences.begin()) {
+            place = differences.end();
+            QtMessageTip::showTip(QStringLiteral("已到开头，从末尾继续"));
+        }
+        --place;
+    }
+    m_edit->select(place->left, place->leftLength);
+    showDifference(static_cast<int>(place - differences.begin()));
+}
