@@ -19,16 +19,16 @@ namespace {
 
 struct Encoding
 {
-    HexStrings::Encoding bit;
     const char *name;
+    HexStrings::Encoding bit;
     int codec; // of HexHit
 };
 
-constexpr Encoding kEncodings[] = {{HexStrings::Ascii, "ASCII", -1},
-                                   {HexStrings::Utf8, "UTF-8", TextCodec::Utf8},
-                                   {HexStrings::Utf16Le, "UTF-16LE", -2},
-                                   {HexStrings::Utf16Be, "UTF-16BE", -3},
-                                   {HexStrings::Gb18030, "GB18030", TextCodec::Gb18030}};
+constexpr Encoding kEncodings[] = {{"ASCII", HexStrings::Ascii, -1},
+                                   {"UTF-8", HexStrings::Utf8, TextCodec::Utf8},
+                                   {"UTF-16LE", HexStrings::Utf16Le, -2},
+                                   {"UTF-16BE", HexStrings::Utf16Be, -3},
+                                   {"GB18030", HexStrings::Gb18030, TextCodec::Gb18030}};
 
 int codecOf(HexStrings::Encoding bit)
 {

@@ -27,6 +27,25 @@ template <class Iterator> std::function<qint64(Iterator, Iterator)> makeFinder(I
     };
 }
 
+using Finder = std::function<qint64(const char *, const char *)>;
+
+// The bytes are kept: the search points into them.
+Finder forwardFinder(const QByteArray &bytes)
+{
+    const auto find = makeFinder(bytes.constBegin(), bytes.constEnd());
+    return [bytes, find](const char *first, const char *last) { return find(first, last); };
+}
+
+Finder backwardFinder(const QByteArray &bytes)
+{
+    using Reverse = std::reverse_iterator<const char *>;
+    const auto find = makeFinder(Reverse(bytes.constEnd()), Reverse(bytes.constBegin()));
+    return [bytes, find](const char *first, const char *last) {
+        const qint64 fromEnd = find(Reverse(last), Reverse(first));
+        return fromEnd < 0 ? fromEnd : last - first - fromEnd - bytes.size();
+    };
+}
+
 // Decimal, or hexadecimal digits that stand for the bits.
 template <class T> std::optional<T> integerOf(const QString &text)
 {
@@ -191,11 +210,8 @@ std::optional<HexPattern> HexPattern::expression(const QString &text, QString *f
 qint64 HexPattern::firstFixed(const char *data, qint64 from, qint64 end) const
 {
     if (!m_check) {
-        if (!m_forward) {
-            const QByteArray kept = m_bytes; // which the finder points into
-            m_forward = [kept, find = makeFinder(kept.constBegin(), kept.constEnd())](
-                            const char *first, const char *last) { return find(first, last); };
-        }
+        if (!m_forward)
+            m_forward = forwardFinder(m_bytes);
         const qint64 hit = m_forward(data + from, data + end);
         return hit < 0 ? hit : from + hit;
     }
@@ -254,15 +270,8 @@ bool HexPattern::last(const char *data, qint64 size, qint64 from, qint64 to, Mat
     }
     const qint64 end = std::min(size, to + m_maxLength - 1);
     if (!m_check) {
-        if (!m_backward) {
-            using Reverse = std::reverse_iterator<const char *>;
-            const QByteArray kept = m_bytes;
-            m_backward = [kept, find = makeFinder(Reverse(kept.constEnd()), Reverse(kept.constBegin()))](
-                             const char *first, const char *last) {
-                const qint64 fromEnd = find(Reverse(last), Reverse(first));
-                return fromEnd < 0 ? fromEnd : last - first - fromEnd - kept.size();
-            };
-        }
+        if (!m_backward)
+            m_backward = backwardFinder(m_bytes);
         const qint64 hit = m_backward(data + from, data + end);
         if (hit >= 0)
             *match = {from + hit, m_maxLength};
