@@ -107,6 +107,14 @@ Reader::State Reader::read(int characters)
 std::optional<qint64> address(const QString &text, int base, qint64 current, qint64 size)
 {
     QString number = text.trimmed();
+    if (number.startsWith(QLatin1String("end"), Qt::CaseInsensitive)) { // relative to it
+        number = number.mid(3).trimmed();
+        current = size;
+        if (number.isEmpty())
+            return size;
+        if (!number.startsWith(QLatin1Char('+')) && !number.startsWith(QLatin1Char('-')))
+            return std::nullopt;
+    }
     const bool forward = number.startsWith(QLatin1Char('+'));
     const bool backward = number.startsWith(QLatin1Char('-'));
     if (forward || backward)

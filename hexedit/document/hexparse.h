@@ -42,7 +42,8 @@ private:
 };
 
 // An address: hexadecimal with "0x" before or "h" behind it, otherwise to the
-// base; a sign in front makes it relative to `current`. Nothing where it is no
+// base; a sign in front makes it relative to `current`,
+// and "end" before the sign to the size. Nothing where it is no
 // number or lies outside 0 to `size`.
 std::optional<qint64> address(const QString &text, int base, qint64 current, qint64 size);
 

@@ -1,0 +1,31 @@
+#pragma once
+
+// What the user keeps about a file: bookmarks with names and colors, and checksum rules.
+// A value; HexNotesFile knows where it is kept.
+
+#include "hexrule.h"
+
+#include <QVector>
+
+struct HexBookmark
+{
+    qint64 address = 0;
+    qint64 length = 1; // bytes
+    QString name;
+    int color = 0; // index into the list, see colorCount
+
+    static constexpr int colorCount = 6;
+};
+
+struct HexNotes
+{
+    static constexpr int maxEntries = 10000; // of each list
+
+    QVector<HexBookmark> bookmarks; // by address
+    QVector<HexRule> rules;
+
+    bool isEmpty() const { return bookmarks.isEmpty() && rules.isEmpty(); }
+    QByteArray toJson() const;
+    // Ignores entries that are impossible. False where it is no such file.
+    bool fromJson(const QByteArray &content);
+};
