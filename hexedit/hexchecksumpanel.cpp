@@ -102,9 +102,12 @@ SlicedTask::Step HexChecksumPanel::addSlice(Range &range) const
 
 void HexChecksumPanel::showSums(Range &range)
 {
-    m_range->setText(
-        range.isAll ? QStringLiteral("范围：整个文件")
-                    : QStringLiteral("范围：地址%1起%2字节").arg(range.begin).arg(range.end - range.begin));
+    m_range->setText(range.isAll ? (m_edit->addresses().runCount() > 1
+                                        ? QStringLiteral("范围：全部数据，不含各段之间的间隔")
+                                        : QStringLiteral("范围：整个文件"))
+                                 : QStringLiteral("范围：地址%1起%2字节")
+                                       .arg(m_edit->shownAddress(range.begin))
+                                       .arg(range.end - range.begin));
     showResult(m_crc32, hexOf(range.sums.crc32(), 8));
     showResult(m_crc16, hexOf(range.sums.crc16Modbus(), 4));
     showResult(m_sum, hexOf(range.sums.sum(), 8));

@@ -297,6 +297,11 @@ void HexFindPanel::replaceAll()
                                if (*state == HexSearch::State::Found) {
                                    const qint64 at = job->search.position();
                                    const qint64 length = job->search.length();
+                                   // Bytes on both sides of a gap don't follow each other.
+                                   if (at + length > m_edit->addresses().endOf(at, m_edit->size())) {
+                                       job->search.continueFrom(at + 1);
+                                       return SlicedTask::Step::Running;
+                                   }
                                    m_edit->document().addToBatch(job->batch, at, length, job->with);
                                    job->search.continueFrom(at + length);
                                    ++job->count;

@@ -75,7 +75,11 @@ HexInspectorPanel::HexInspectorPanel(QHexEdit *edit, QWidget *parent)
 
 void HexInspectorPanel::showValues()
 {
-    const QByteArray bytes = m_edit->document().read(m_edit->selectionBegin(), HexInspector::maxBytes);
+    // What lies behind a gap is not the rest of a number.
+    const qint64 begin = m_edit->selectionBegin();
+    const qint64 left = m_edit->addresses().endOf(begin, m_edit->size()) - begin;
+    const QByteArray bytes =
+        m_edit->document().read(begin, static_cast<int>(qBound<qint64>(0, left, HexInspector::maxBytes)));
     const auto values = HexInspector::values(bytes, m_byteOrder->currentIndex() == 1);
     for (int i = 0; i < values.size(); ++i) {
         m_values.at(i)->setText(values.at(i).text.isEmpty() ? QStringLiteral("-") : values.at(i).text);

@@ -10,6 +10,15 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+namespace {
+
+QString hexadecimal(qint64 address)
+{
+    return QStringLiteral("0x") + QString::number(address, 16).toUpper();
+}
+
+} // namespace
+
 HexJumpPanel::HexJumpPanel(QHexEdit *edit, QWidget *parent)
     : FormGroup(QStringLiteral("跳转"), parent)
     , m_edit(edit)
@@ -42,15 +51,24 @@ void HexJumpPanel::begin()
 
 void HexJumpPanel::jump()
 {
+    const qint64 first = m_edit->addresses().firstAddress();
+    const qint64 end = m_edit->shownAddress(m_edit->size());
     const auto address = HexParse::address(m_address->text(), m_base->currentData().toInt(),
-                                           m_edit->address(), m_edit->size());
-    if (!address) {
+                                           m_edit->shownAddress(m_edit->address()), end);
+    if (!address || *address < first) {
         QtMessageTip::showBelow(
-            m_address, QStringLiteral("地址无效或超出文件范围（0到%1）")
-                           .arg(QStringLiteral("0x%1").arg(QString::number(m_edit->size(), 16).toUpper())));
+            m_address, QStringLiteral("地址无效或超出文件范围（%1到%2）")
+                           .arg(first > 0 ? hexadecimal(first) : QStringLiteral("0"), hexadecimal(end)));
         return;
     }
-    m_edit->goTo(*address);
+    const auto offset = m_edit->addresses().offsetOf(*address, m_edit->size());
+    if (!offset) {
+        QtMessageTip::showBelow(
+            m_address, QStringLiteral("%1在两段数据之间，文件中没有此地址的数据").arg(hexadecimal(*address)),
+            3000);
+        return;
+    }
+    m_edit->goTo(*offset);
     m_edit->setFocus();
 }
 

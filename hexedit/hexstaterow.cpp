@@ -80,10 +80,11 @@ void HexStateRow::showFile(const QString &fileName, bool isModified)
 void HexStateRow::showState()
 {
     const qint64 selected = m_edit->selectionLength();
-    m_selection->setText(selected > 0 ? QStringLiteral("选中：0x%1起%2字节")
-                                            .arg(QString::number(m_edit->selectionBegin(), 16).toUpper())
-                                            .arg(selected)
-                                      : QString());
+    m_selection->setText(
+        selected > 0 ? QStringLiteral("选中：0x%1起%2字节")
+                           .arg(QString::number(m_edit->shownAddress(m_edit->selectionBegin()), 16).toUpper())
+                           .arg(selected)
+                     : QString());
     m_mode->setText(m_edit->isOverwrite() ? QStringLiteral("改写") : QStringLiteral("插入"));
 }
 

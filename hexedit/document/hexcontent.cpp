@@ -76,6 +76,19 @@ HexContent::Range HexContent::withWholeCharacters(Range range) const
     return range;
 }
 
+bool HexContent::leavesRun(qint64 count) const
+{
+    const qint64 begin = selection().begin;
+    return m_addresses.isFixed() && begin + count > m_addresses.endOf(begin, size());
+}
+
+qint64 HexContent::typedLength(const QString &text) const
+{
+    if (m_isInText)
+        return TextCodec::encode(text, m_codec).size();
+    return text.isEmpty() ? 0 : 1; // digits fill one byte after the other
+}
+
 // The rest of a character that is edited in part would join with its neighbors
 // into other characters.
 HexContent::Range HexContent::editedSelection() const

@@ -1,9 +1,11 @@
 #pragma once
 
 // The bytes that are edited, with caret, selection and mode, and the edits that
-// keys, text and the clipboard make. Owns the document. Addresses count from 0
-// to the size, where the caret can stand as well. Knows no widget and no key.
+// keys, text and the clipboard make. Owns the document and the addresses of its
+// bytes. All else here counts offsets from 0 to the size, where the caret can
+// stand as well. Knows no widget and no key.
 
+#include "hexaddressmap.h"
 #include "hexdocument.h"
 
 #include <QString>
@@ -21,6 +23,11 @@ public:
     };
 
     void setDocument(HexDocument document, qint64 address);
+    void setAddresses(const HexAddressMap &addresses) { m_addresses = addresses; }
+    const HexAddressMap &addresses() const { return m_addresses; }
+    // Bytes put over those at the begin of the selection would not stay in the
+    // run there, whose addresses are fixed.
+    bool leavesRun(qint64 count) const;
     HexDocument &document() { return m_document; }
     const HexDocument &document() const { return m_document; }
     qint64 size() const { return m_document.size(); }
@@ -56,6 +63,7 @@ public:
     // Digits in the hexadecimal column, where other characters are ignored.
     // False where nothing was typed.
     bool typeText(const QString &text);
+    qint64 typedLength(const QString &text) const; // bytes that it overwrites at once
     bool canEraseDigit() const { return m_isOnLowDigit && m_beforeDigit; }
     void eraseDigit(); // the first digit of a byte, which was typed last
     // At the caret, over the bytes there or between them as the mode says.
@@ -73,6 +81,7 @@ private:
     bool isInsideCharacter(qint64 address) const; // not at its first byte
 
     HexDocument m_document;
+    HexAddressMap m_addresses;
     qint64 m_caret = 0;
     qint64 m_anchor = 0;
     bool m_isOnLowDigit = false;

@@ -30,13 +30,15 @@ bool HexKeys::zoom(const QKeyEvent *event)
 
 bool HexKeys::move(const QKeyEvent *event)
 {
-    constexpr int row = HexLayout::bytesPerRow;
     const bool shift = event->modifiers() & Qt::ShiftModifier;
     const bool control = event->modifiers() & Qt::ControlModifier;
+    const HexRows &rows = m_edit->view().lines();
     const qint64 caret = m_edit->address();
+    const HexRows::Place place = rows.placeOf(caret);
     // Behind the last byte of a selected row one is still in that row.
-    const qint64 rowStart = (shift && caret > m_edit->content().anchor() ? caret - 1 : caret) / row * row;
-    const qint64 page = qint64(m_edit->view().rows()) * row;
+    const bool isBehind = shift && caret > m_edit->content().anchor();
+    const HexRows::Row row = rows.row(isBehind ? rows.placeOf(caret - 1).row : place.row);
+    const int page = m_edit->view().rows();
     qint64 to = caret;
     switch (event->key()) {
     case Qt::Key_Left:
@@ -46,24 +48,24 @@ bool HexKeys::move(const QKeyEvent *event)
         to = caret + 1;
         break;
     case Qt::Key_Up:
-        to = caret >= row ? caret - row : caret;
+        to = place.row > 0 ? rows.offsetAt(place.row - 1, place.column) : caret;
         break;
     case Qt::Key_Down:
-        to = caret + row <= m_edit->size() ? caret + row : caret;
+        to = rows.offsetBelow(place, 1).value_or(caret);
         break;
     case Qt::Key_PageUp:
         m_edit->view().scrollByPages(-1);
-        to = caret >= page ? caret - page : caret % row;
+        to = rows.offsetAt(qMax<qint64>(place.row - page, 0), place.column);
         break;
     case Qt::Key_PageDown:
         m_edit->view().scrollByPages(1);
-        to = caret + page <= m_edit->size() ? caret + page : m_edit->size();
+        to = rows.offsetBelow(place, page).value_or(m_edit->size());
         break;
     case Qt::Key_Home:
-        to = control ? 0 : rowStart;
+        to = control ? 0 : row.begin;
         break;
     case Qt::Key_End:
-        to = control ? m_edit->size() : qMin(rowStart + row - (shift ? 0 : 1), m_edit->size());
+        to = control ? m_edit->size() : rows.endOf(row, shift);
         break;
     default:
         return false;

@@ -4,11 +4,11 @@ namespace {
 constexpr int kMargin = 8;
 }
 
-void HexLayout::update(const QFontMetrics &font, qint64 size)
+void HexLayout::update(const QFontMetrics &font, qint64 highest)
 {
     m_cell = qMax(font.horizontalAdvance(QLatin1Char('0')), font.horizontalAdvance(QLatin1Char('W')));
     m_rowHeight = font.height() + 2;
-    m_digits = qMax(8, QString::number(size, 16).size());
+    m_digits = qMax(8, QString::number(highest, 16).size());
     m_hexLeft = 2 * kMargin + m_digits * m_cell + m_cell;
     // Three cells for a byte, and a gap in the middle.
     m_textLeft = m_hexLeft + (bytesPerRow * 3 + 1) * m_cell + m_cell;

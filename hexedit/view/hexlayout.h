@@ -20,8 +20,8 @@ public:
         bool inText = false;
     };
 
-    // The address column is as wide as the size needs.
-    void update(const QFontMetrics &font, qint64 size);
+    // The address column is as wide as the highest address needs.
+    void update(const QFontMetrics &font, qint64 highest);
 
     int rowHeight() const { return m_rowHeight; }
     int cellWidth() const { return m_cell; }

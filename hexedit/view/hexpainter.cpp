@@ -44,12 +44,14 @@ QString pairOf(quint8 byte)
 
 } // namespace
 
-HexPainter::HexPainter(QPainter *painter, const HexContent &content, const HexLayout &layout,
-                       const View &view)
+HexPainter::HexPainter(QPainter *painter, const HexContent &content, const HexRows &rows,
+                       const HexLayout &layout, const View &view)
     : m_painter(*painter)
     , m_content(content)
+    , m_rows(rows)
     , m_layout(layout)
     , m_view(view)
+    , m_caret(rows.placeOf(content.caret()))
 {
 }
 
@@ -57,13 +59,9 @@ void HexPainter::paint()
 {
     paintHeader();
     m_painter.translate(m_view.origin);
-    const qint64 first = m_view.topRow * HexLayout::bytesPerRow;
-    for (int row = 0; row <= m_view.rows; ++row) {
-        const qint64 address = first + row * HexLayout::bytesPerRow;
-        if (address > m_content.size())
-            break;
-        paintRow(row, address);
-    }
+    const qint64 count = m_rows.count();
+    for (int row = 0; row <= m_view.rows && m_view.topRow + row < count; ++row)
+        paintRow(row, m_rows.row(m_view.topRow + row));
     paintCaret();
 }
 
@@ -74,7 +72,7 @@ void HexPainter::paintHeader()
     m_painter.setPen(headerText(false));
     m_painter.translate(m_view.origin.x(), 0);
     m_painter.drawText(m_layout.address(0), Qt::AlignCenter, QStringLiteral("地址"));
-    const qint64 column = m_content.caret() % HexLayout::bytesPerRow;
+    const int column = m_caret.column;
     for (int i = 0; i < HexLayout::bytesPerRow; ++i) {
         if (i == column)
             m_painter.fillRect(m_layout.hex(0, i), headerGround(true));
@@ -87,21 +85,25 @@ void HexPainter::paintHeader()
     m_painter.restore();
 }
 
-void HexPainter::paintRow(int row, qint64 address)
+void HexPainter::paintRow(int row, const HexRows::Row &line)
 {
     const QRect place = m_layout.address(row);
-    const bool current = m_content.caret() / HexLayout::bytesPerRow == address / HexLayout::bytesPerRow;
+    const bool current = m_caret.row == m_view.topRow + row;
     m_painter.fillRect(place, headerGround(current));
     m_painter.setPen(headerText(current));
     m_painter.drawText(
         place, Qt::AlignCenter,
-        QStringLiteral("%1").arg(address, m_layout.addressDigits(), 16, QLatin1Char('0')).toUpper());
+        QStringLiteral("%1").arg(line.address, m_layout.addressDigits(), 16, QLatin1Char('0')).toUpper());
 
-    const QByteArray bytes = m_content.document().read(address, HexLayout::bytesPerRow);
-    const std::vector<bool> changed = m_content.document().changes(address, HexLayout::bytesPerRow);
+    const int count = static_cast<int>(line.end - line.begin);
+    const QByteArray bytes = m_content.document().read(line.begin, count);
+    const std::vector<bool> changed = m_content.document().changes(line.begin, count);
     for (int i = 0; i < bytes.size(); ++i)
-        paintByte(row, address + i, static_cast<quint8>(bytes.at(i)), changed[static_cast<size_t>(i)]);
-    paintText(row, address);
+        paintByte(row, line.column + i, line.begin + i, static_cast<quint8>(bytes.at(i)),
+                  changed[static_cast<size_t>(i)]);
+    paintText(row, line);
+    if (line.isBehindGap)
+        m_painter.fillRect(0, place.top(), m_layout.width(), 1, QColor(Skin::palette().secondaryText));
 }
 
 QColor HexPainter::colorOf(qint64 address) const
@@ -110,11 +112,10 @@ QColor HexPainter::colorOf(qint64 address) const
                                          : QColor(Skin::palette().text);
 }
 
-void HexPainter::paintByte(int row, qint64 address, quint8 byte, bool changed)
+void HexPainter::paintByte(int row, int column, qint64 address, quint8 byte, bool changed)
 {
     const SkinPalette &skin = Skin::palette();
     const QColor accent(skin.accent);
-    const int column = static_cast<int>(address % HexLayout::bytesPerRow);
     const bool selected = m_content.isSelected(address);
     QRect hex = m_layout.hex(row, column);
     const QRect text = m_layout.text(row, column);
@@ -136,15 +137,16 @@ void HexPainter::paintByte(int row, qint64 address, quint8 byte, bool changed)
 
 // A character is drawn at its first byte, over two cells if it is a wide one;
 // further cells of its bytes stay blank.
-void HexPainter::paintText(int row, qint64 address)
+void HexPainter::paintText(int row, const HexRows::Row &line)
 {
-    const auto cells =
-        HexCharacters::cells(m_content.document(), address, HexLayout::bytesPerRow, m_content.shownCodec());
-    for (int column = 0; column < static_cast<int>(cells.size()); ++column) {
-        const QString &text = cells[static_cast<size_t>(column)];
+    const auto cells = HexCharacters::cells(m_content.document(), line.begin,
+                                            static_cast<int>(line.end - line.begin), m_content.shownCodec());
+    for (int i = 0; i < static_cast<int>(cells.size()); ++i) {
+        const QString &text = cells[static_cast<size_t>(i)];
         if (text.isEmpty())
             continue;
-        const qint64 at = address + column;
+        const int column = line.column + i;
+        const qint64 at = line.begin + i;
         const bool wide = text.at(0).unicode() >= kFirstWide;
         const QRect place = m_layout.text(row, column, wide ? 2 : 1);
         m_painter.setPen(colorOf(at));
@@ -164,10 +166,10 @@ void HexPainter::paintText(int row, qint64 address)
 
 void HexPainter::paintCaret()
 {
-    const qint64 row = m_content.caret() / HexLayout::bytesPerRow - m_view.topRow;
+    const qint64 row = m_caret.row - m_view.topRow;
     if (row < 0 || row > m_view.rows)
         return;
-    const int column = static_cast<int>(m_content.caret() % HexLayout::bytesPerRow);
+    const int column = m_caret.column;
     QRect hex = m_layout.hex(static_cast<int>(row), column);
     const QRect text = m_layout.text(static_cast<int>(row), column);
     // The same byte in the other column.

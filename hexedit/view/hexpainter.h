@@ -5,6 +5,7 @@
 
 #include "hexcontent.h"
 #include "hexlayout.h"
+#include "hexrows.h"
 
 #include <QColor>
 #include <QPoint>
@@ -24,20 +25,23 @@ public:
         bool isCaretOn = false;
     };
 
-    HexPainter(QPainter *painter, const HexContent &content, const HexLayout &layout, const View &view);
+    HexPainter(QPainter *painter, const HexContent &content, const HexRows &rows, const HexLayout &layout,
+               const View &view);
 
     void paint();
 
 private:
     void paintHeader();
-    void paintRow(int row, qint64 address);
-    void paintByte(int row, qint64 address, quint8 byte, bool changed);
-    void paintText(int row, qint64 address);
+    void paintRow(int row, const HexRows::Row &line);
+    void paintByte(int row, int column, qint64 address, quint8 byte, bool changed);
+    void paintText(int row, const HexRows::Row &line);
     void paintCaret();
     QColor colorOf(qint64 address) const;
 
     QPainter &m_painter;
     const HexContent &m_content;
+    const HexRows &m_rows;
     const HexLayout &m_layout;
     View m_view;
+    HexRows::Place m_caret;
 };

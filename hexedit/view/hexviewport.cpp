@@ -7,20 +7,26 @@
 HexViewport::HexViewport(QAbstractScrollArea *area, const HexContent &content)
     : m_area(area)
     , m_content(content)
+    , m_rows(content, HexLayout::bytesPerRow)
 {
 }
 
 void HexViewport::update()
 {
-    m_layout.update(m_area->fontMetrics(), m_content.size());
-    const qint64 lastRow = m_content.size() / HexLayout::bytesPerRow;
+    m_layout.update(m_area->fontMetrics(), m_rows.endAddress());
     m_area->verticalScrollBar()->setPageStep(rows());
     m_area->verticalScrollBar()->setRange(
-        0, static_cast<int>(qBound<qint64>(0, lastRow + 1 - rows(), std::numeric_limits<int>::max())));
+        0, static_cast<int>(qBound<qint64>(0, m_rows.count() - rows(), std::numeric_limits<int>::max())));
     const int width = m_area->viewport()->width();
     m_area->horizontalScrollBar()->setPageStep(width);
     m_area->horizontalScrollBar()->setRange(0, qMax(0, m_layout.width() - width));
     m_area->horizontalScrollBar()->setSingleStep(m_layout.cellWidth());
+}
+
+void HexViewport::resetRows()
+{
+    m_rows.reset();
+    update();
 }
 
 qint64 HexViewport::topRow() const
@@ -35,12 +41,12 @@ int HexViewport::rows() const
 
 bool HexViewport::endsAt(qint64 address) const
 {
-    return address <= (topRow() + rows() + 1) * HexLayout::bytesPerRow;
+    return m_rows.placeOf(address).row <= topRow() + rows() + 1;
 }
 
 void HexViewport::scrollTo(qint64 address)
 {
-    const qint64 row = address / HexLayout::bytesPerRow;
+    const qint64 row = m_rows.placeOf(address).row;
     if (row < topRow())
         m_area->verticalScrollBar()->setValue(static_cast<int>(row));
     else if (row >= topRow() + rows())
@@ -64,9 +70,9 @@ QRect HexViewport::rowsRect() const
 
 QRect HexViewport::caretRect() const
 {
-    const qint64 below = m_content.caret() / HexLayout::bytesPerRow - topRow();
-    const int row = static_cast<int>(qBound<qint64>(0, below, rows()));
-    const int column = static_cast<int>(m_content.caret() % HexLayout::bytesPerRow);
+    const HexRows::Place place = m_rows.placeOf(m_content.caret());
+    const int row = static_cast<int>(qBound<qint64>(0, place.row - topRow(), rows()));
+    const int column = place.column;
     const QRect cell = m_content.isInText() ? m_layout.text(row, column) : m_layout.hex(row, column);
     return cell.translated(origin());
 }
@@ -81,5 +87,5 @@ HexLayout::Place HexViewport::placeAt(const QPoint &point) const
 qint64 HexViewport::addressAt(const QPoint &point) const
 {
     const HexLayout::Place place = placeAt(point);
-    return qBound<qint64>(0, place.row * HexLayout::bytesPerRow + place.column, m_content.size());
+    return m_rows.offsetAt(place.row, place.column);
 }

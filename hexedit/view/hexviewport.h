@@ -2,10 +2,11 @@
 
 // Which rows of the content are on display: the layout of the font, the scroll
 // bars that follow from it, and where a byte or a point lies. Pixels of the
-// area's viewport, whose first row is the header. Owns the layout only.
+// area's viewport, whose first row is the header. Owns layout and rows only.
 
 #include "hexcontent.h"
 #include "hexlayout.h"
+#include "hexrows.h"
 
 class QAbstractScrollArea;
 
@@ -16,7 +17,10 @@ public:
 
     // After the font, the viewport or the number of bytes has changed.
     void update();
+    // After the addresses of the bytes have changed as well.
+    void resetRows();
     const HexLayout &layout() const { return m_layout; }
+    const HexRows &lines() const { return m_rows; }
 
     qint64 topRow() const;
     int rows() const;                  // that are complete
@@ -34,4 +38,5 @@ private:
     QAbstractScrollArea *m_area;
     const HexContent &m_content;
     HexLayout m_layout;
+    HexRows m_rows;
 };

@@ -51,12 +51,24 @@ void QHexEdit::setData(const QByteArray &bytes)
 
 void QHexEdit::setDocument(HexDocument document, qint64 address)
 {
+    m_content.setAddresses(HexAddressMap());
     m_content.setDocument(std::move(document), address);
+    m_view.resetRows();
     m_drag->end();
     updateLayout();
     verticalScrollBar()->setValue(0);
     showEdit();
     emit documentReplaced();
+}
+
+void QHexEdit::setAddresses(const HexAddressMap &addresses)
+{
+    m_content.setAddresses(addresses);
+    if (addresses.isFixed())
+        m_content.setOverwrite(true);
+    m_view.resetRows();
+    m_view.scrollTo(address());
+    showState();
 }
 
 // Only the scroll bar changes where the rows on display are complete.
@@ -114,9 +126,20 @@ bool QHexEdit::refuseEdit() const
 // The bytes of an image must keep their addresses.
 bool QHexEdit::refuseShift() const
 {
-    if (isOverwrite())
+    if (addresses().isFixed())
+        QtMessageTip::showTip(QStringLiteral("各段数据的地址固定，只能改写，不能插入或删除字节"), 3000);
+    else if (isOverwrite())
         QtMessageTip::showTip(QStringLiteral("改写模式下不能删除字节，按Insert键切换到插入模式"), 3000);
     return isOverwrite();
+}
+
+bool QHexEdit::refuseBeyondRun(qint64 count) const
+{
+    const bool leaves = m_content.leavesRun(count);
+    if (leaves)
+        QtMessageTip::showTip(QStringLiteral("未改写：内容超出本段数据的末尾，各段数据的地址和长度固定"),
+                              3000);
+    return leaves;
 }
 
 void QHexEdit::goTo(qint64 address, bool keepAnchor)
@@ -167,6 +190,10 @@ void QHexEdit::setReadOnly(bool readOnly, const QString &reason)
 
 void QHexEdit::setOverwrite(bool overwrite)
 {
+    if (!overwrite && addresses().isFixed()) {
+        refuseShift();
+        return;
+    }
     m_content.setOverwrite(overwrite);
     showState();
 }
@@ -249,6 +276,8 @@ void QHexEdit::paste()
         return;
     m_clipboard.paste([this](qint64 anchor, qint64 caret, const QByteArray &bytes) {
         m_content.select(anchor, caret); // the caret may have been moved meanwhile
+        if (refuseBeyondRun(bytes.size()))
+            return;
         m_content.putBytes(bytes, HexDocument::Step::Alone);
         showEdit();
     });
@@ -290,7 +319,7 @@ void QHexEdit::erase(bool forwards)
 
 void QHexEdit::typeText(const QString &text)
 {
-    if (!refuseEdit() && m_content.typeText(text))
+    if (!refuseEdit() && !refuseBeyondRun(m_content.typedLength(text)) && m_content.typeText(text))
         showEdit();
 }
 
@@ -367,6 +396,9 @@ void QHexEdit::contextMenuEvent(QContextMenuEvent *event)
 {
     QMenu menu(this);
     m_commands->fill(&menu);
+    if (!actions().isEmpty())
+        menu.addSeparator();
+    menu.addActions(actions());
     menu.exec(event->globalPos());
 }
 
@@ -391,8 +423,8 @@ void QHexEdit::showState()
     m_caretOn = true;
     viewport()->update();
     showSize();
-    if (m_content.caret() != m_shownAddress) {
-        m_shownAddress = m_content.caret();
+    if (shownAddress(address()) != m_shownAddress) {
+        m_shownAddress = shownAddress(address());
         emit currentAddressChanged(m_shownAddress);
     }
     updateMicroFocus();
@@ -419,7 +451,7 @@ void QHexEdit::paintEvent(QPaintEvent *)
         return;
     }
     HexPainter(
-        &painter, m_content, m_view.layout(),
+        &painter, m_content, m_view.lines(), m_view.layout(),
         {viewport()->width(), m_view.origin(), m_view.topRow(), m_view.rows(), hasFocus() && m_caretOn})
         .paint();
 }

@@ -27,6 +27,9 @@ public:
     // Both forget all edits.
     void setData(const QByteArray &bytes);
     void setDocument(HexDocument document, qint64 address = 0);
+    // Those that are shown, from 0 after a new document. Bytes of fixed ones can be overwritten only.
+    void setAddresses(const HexAddressMap &addresses);
+    const HexAddressMap &addresses() const { return m_content.addresses(); }
     // More of the data, before the first edit.
     void appendData(const QByteArray &block);
 
@@ -45,7 +48,8 @@ public:
     QString busyReason() const;
     QString editRefusal() const; // also where it is read-only
     qint64 size() const { return m_content.size(); }
-    qint64 address() const { return m_content.caret(); }
+    qint64 address() const { return m_content.caret(); } // as an offset from 0, as all below
+    qint64 shownAddress(qint64 offset) const { return addresses().addressOf(offset); }
     qint64 selectionBegin() const { return m_content.selection().begin; }
     qint64 selectionLength() const { return m_content.selection().length(); }
     bool isModified() const { return document().isModified(); }
@@ -90,7 +94,7 @@ public slots:
     void selectAll();
 
 signals:
-    void currentAddressChanged(qint64 address);
+    void currentAddressChanged(qint64 address); // the one that is shown
     void currentSizeChanged(qint64 size);
     void contentChanged();
     void documentReplaced(); // by setDocument()
@@ -117,6 +121,7 @@ protected:
 private:
     bool refuseEdit() const;
     bool refuseShift() const; // of the bytes behind, where they are overwritten
+    bool refuseBeyondRun(qint64 count) const;
 
     void showEdit();
     void showState(); // notifies of what has changed since the last time

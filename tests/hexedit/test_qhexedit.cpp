@@ -80,6 +80,73 @@ private slots:
         QVERIFY(QtMessageTip::current()->text().startsWith("改写模式下不能删除"));
     }
 
+    // Rows begin at multiples of 16 and with each run: at 08000004 with 12 bytes,
+    // 08000010 with 8, and 08001002 with 5.
+    void showsRunsAtTheirAddresses()
+    {
+        showData("0123456789abcdefghijklmno");
+        m_edit->setAddresses(HexAddressMap(HexRuns{{0x8000004, 0, 20}, {0x8001002, 20, 5}}));
+        const std::tuple<const char *, qint64, qint64> rows[] = {
+            {"Ctrl+Home Down", 16, 0x8000014},
+            {"Ctrl+Home Down Down", 22, 0x8001004},
+            {"Ctrl+Home Down Up", 0, 0x8000004},
+            {"Ctrl+Home End Down", 19, 0x8000017}, // no byte is below: the nearest
+            {"Ctrl+Home Down End Right", 20, 0x8001002},
+            {"Ctrl+End Home", 20, 0x8001002},
+            {"Ctrl+End", 25, 0x8001007},
+            {"Ctrl+End Up", 19, 0x8000017},
+            {"PgUp PgDown", 25, 0x8001007},
+        };
+        const QSignalSpy addresses(m_edit.get(), &QHexEdit::currentAddressChanged);
+        for (const auto &[pressed, offset, address] : rows) {
+            keys(pressed);
+            QCOMPARE(m_edit->address(), offset);
+            QCOMPARE(addresses.last().at(0).toLongLong(), address);
+            QCOMPARE(m_edit->shownAddress(offset), address);
+        }
+        // Each byte is where a click finds it.
+        const std::tuple<int, int, qint64> places[] = {{0, 4, 0},  {0, 15, 11}, {1, 7, 19},
+                                                       {2, 2, 20}, {0, 0, 0},   {1, 15, 19},
+                                                       {2, 0, 20}, {2, 15, 25}, {3, 0, 25}};
+        for (const auto &[row, column, offset] : places) {
+            click(16 * row + column, false);
+            QCOMPARE(m_edit->address(), offset);
+        }
+        // Bytes stay where they are, and in their run.
+        QApplication::clipboard()->setText("41 42");
+        for (const char *pressed :
+             {"Ins 41", "Ctrl+End 41", "Del", "Backspace", "Shift+Left Del", "Ctrl+X"}) {
+            m_edit->goTo(25);
+            keys(pressed);
+            QCOMPARE(m_edit->size(), 25);
+        }
+        while (m_edit->document().canUndo())
+            m_edit->undo();
+        m_edit->goTo(19);
+        QtMessageTip::showTip(QString());
+        m_edit->paste();
+        QCOMPARE(content(), QByteArray("0123456789abcdefghijklmno"));
+        QVERIFY(QtMessageTip::current()->text().contains("超出本段"));
+        keys("41");
+        m_edit->goTo(0);
+        m_edit->paste();
+        QCOMPARE(content(), QByteArray("AB23456789abcdefghiAklmno"));
+    }
+
+    // A plain file from an address of the user's, also while it grows.
+    void showsAFirstAddress()
+    {
+        showData("0123");
+        m_edit->setAddresses(HexAddressMap(0xFFFFFFFE));
+        keys("Ins Ctrl+End 41");
+        QCOMPARE(content(), QByteArray("0123A"));
+        QCOMPARE(m_edit->shownAddress(m_edit->address()), qint64(0x100000003));
+        keys("Up");
+        QCOMPARE(m_edit->address(), 0);
+        m_edit->setData("0");
+        QCOMPARE(m_edit->shownAddress(0), 0);
+    }
+
     void movesAndSelects()
     {
         const std::tuple<const char *, qint64, qint64> rows[] = {
