@@ -20,6 +20,9 @@ struct DialogAnswers
                               const QString &filter)>
         fileNames;
 
+    // The chosen one of a save or open dialog's name filters; without it that shown first.
+    std::function<QString(const QString &filters)> filter;
+
     // A name that is asked for, empty for "取消".
     std::function<QString(const QString &title)> name;
 

@@ -181,6 +181,8 @@ QStringList QtFileDialog::run(Mode mode, QWidget *parent, const QString &caption
                                 : mode == OpenFiles ? DialogAnswers::FileMode::OpenMany
                                 : mode == Folder    ? DialogAnswers::FileMode::Folder
                                                     : DialogAnswers::FileMode::Save;
+        if (selectedFilter && DialogAnswers::instance().filter)
+            *selectedFilter = DialogAnswers::instance().filter(filter);
         return answer(answerMode, caption, dir, filter);
     }
     QtFileDialog dialog(mode, caption, dir, filter, parent ? parent->window() : nullptr);
