@@ -9,6 +9,8 @@
 #include "hexfilesession.h"
 #include "hexfindpanel.h"
 #include "hexhitlist.h"
+#include "hexfirstaddress.h"
+#include "heximagebar.h"
 #include "hexinspectorpanel.h"
 #include "hexjumppanel.h"
 #include "hexpanes.h"
@@ -56,7 +58,7 @@ HexEditWidget::HexEditWidget(QWidget *parent)
     setObjectName(QStringLiteral("HexEditWidget"));
     setAcceptDrops(true);
     buildUi();
-    m_file = new HexFileSession(m_edit, m_recent, m_changeBar, this);
+    m_file = new HexFileSession(m_edit, m_recent, {m_changeBar, m_imageBar}, this);
     buildCommands();
     buildPanes();
     connectParts();
@@ -109,6 +111,7 @@ QWidget *HexEditWidget::buildWorkArea()
     column->setSpacing(4);
     m_tools = new HexToolRow(area);
     m_changeBar = new HexChangeBar(area);
+    m_imageBar = new HexImageBar(area);
     m_edit = new QHexEdit(area);
     m_edit->setPlaceholderText(QStringLiteral("打开文件，或将文件拖到此处，内容将以十六进制显示"));
     m_edit->setReadOnly(true, QStringLiteral("请先打开文件"));
@@ -117,6 +120,7 @@ QWidget *HexEditWidget::buildWorkArea()
     m_state = new HexStateRow(m_edit, area);
     column->addWidget(m_tools);
     column->addWidget(m_changeBar);
+    column->addWidget(m_imageBar);
     auto *split = new QSplitter(Qt::Vertical, area);
     split->setObjectName(QStringLiteral("hexSplit"));
     split->setChildrenCollapsible(false);
@@ -155,6 +159,7 @@ void HexEditWidget::buildCommands()
     m_saveAsCommand =
         add(QStringLiteral("另存为"), {int(Qt::CTRL) + Qt::SHIFT + Qt::Key_S}, &HexFileSession::saveAs);
     m_reloadCommand = add(QStringLiteral("重新载入"), {}, &HexFileSession::reload);
+    m_edit->addAction(new HexFirstAddress(m_edit)); // in its context menu
 }
 
 void HexEditWidget::buildPanes()

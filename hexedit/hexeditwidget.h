@@ -13,6 +13,7 @@ class HexFileSession;
 class HexFindPanel;
 class HexHitList;
 class HexInspectorPanel;
+class HexImageBar;
 class HexJumpPanel;
 class HexPanes;
 class HexRecentButton;
@@ -85,6 +86,7 @@ private:
     HexHitList *m_results = nullptr;
     HexStringsPanel *m_strings = nullptr;
     HexComparePanel *m_compare = nullptr;
+    HexImageBar *m_imageBar = nullptr;
 
     HexCommand *m_commands[5] = {}; // of the tool buttons, by their ids
     HexCommand *m_openCommand = nullptr;

@@ -1,7 +1,10 @@
 #include "hexfilesession.h"
 
 #include "hexchangebar.h"
+#include "heximagebar.h"
 #include "hexrecentbutton.h"
+#include "hexrecordoutput.h"
+#include "hexsaveform.h"
 #include "notice.h"
 #include "qhexedit.h"
 #include "qtfiledialog.h"
@@ -17,15 +20,16 @@ namespace {
 constexpr int kTipMs = 2000;
 constexpr int kLongTipMs = 5000; // more to read
 constexpr qint64 kLargeFile = qint64(4) << 30;
+constexpr qint64 kLargeFill = 256 << 20;
 
 } // namespace
 
-HexFileSession::HexFileSession(QHexEdit *edit, HexRecentButton *recent, HexChangeBar *changeBar,
-                               QWidget *page)
+HexFileSession::HexFileSession(QHexEdit *edit, HexRecentButton *recent, const Bars &bars, QWidget *page)
     : QObject(page)
     , m_edit(edit)
     , m_recent(recent)
-    , m_changeBar(changeBar)
+    , m_changeBar(bars.change)
+    , m_imageBar(bars.image)
     , m_page(page)
     , m_file(new HexFile(edit->task(), HexSaver::realDisk(), this))
 {
@@ -33,6 +37,8 @@ HexFileSession::HexFileSession(QHexEdit *edit, HexRecentButton *recent, HexChang
     connect(m_file, &HexFile::blockRead, m_edit, &QHexEdit::appendData);
     connect(m_file, &HexFile::changedOutside, this, &HexFileSession::showOutsideChange);
     connect(m_changeBar, &HexChangeBar::keepWanted, this, &HexFileSession::keepOurs);
+    connect(m_imageBar, &HexImageBar::bytesWanted, this, [this] { openAs(HexFile::As::Bytes); });
+    connect(m_imageBar, &HexImageBar::addressesWanted, this, [this] { openAs(HexFile::As::Content); });
 }
 
 HexFileSession::~HexFileSession()
@@ -54,9 +60,9 @@ bool HexFileSession::refuseWhileBusy() const
 
 void HexFileSession::chooseFile()
 {
-    const QString name =
-        QtFileDialog::getOpenFileName(m_page, QStringLiteral("打开文件"), QString(),
-                                      QStringLiteral("固件和数据(*.bin *.img *.rom *.dat);;所有文件(*)"));
+    const QString name = QtFileDialog::getOpenFileName(
+        m_page, QStringLiteral("打开文件"), QString(),
+        QStringLiteral("固件和数据(*.bin *.img *.rom *.dat *.hex *.ihex *.s19 *.srec *.mot);;所有文件(*)"));
     if (!name.isEmpty())
         open(name);
 }
@@ -67,7 +73,7 @@ void HexFileSession::open(const QString &fileName)
         return;
     withoutEdits([this, fileName] {
         const QString leftover = chosenLeftover(fileName);
-        load(fileName, leftover.isEmpty() ? fileName : leftover, 0);
+        load(fileName, {leftover.isEmpty() ? fileName : leftover});
     });
 }
 
@@ -89,9 +95,17 @@ QString HexFileSession::chosenLeftover(const QString &fileName)
     return QString();
 }
 
-void HexFileSession::load(const QString &fileName, const QString &source, qint64 address)
+// The same file in the other way.
+void HexFileSession::openAs(HexFile::As as)
 {
-    const qint64 size = FileStamp::of(source).size;
+    if (refuseWhileBusy())
+        return;
+    withoutEdits([this, as] { load(m_file->name(), {m_file->name(), as}); });
+}
+
+void HexFileSession::load(const QString &fileName, const Opening &opening)
+{
+    const qint64 size = FileStamp::of(opening.source).size;
     if (size > kLargeFile &&
         QtMessageBox::question(m_page, QString(),
                                QStringLiteral("文件大小为%1 GB，打开需要同样多的内存，确定打开吗？")
@@ -99,14 +113,14 @@ void HexFileSession::load(const QString &fileName, const QString &source, qint64
         return;
     if (refuseWhileBusy())
         return;
-    m_file->open(fileName, source, [this, source, address](const HexFile::Result &result) {
-        endOpening(source, address, result);
-    });
+    m_file->open(
+        fileName, opening.source,
+        [this, opening](const HexFile::Result &result) { endOpening(opening, result); }, opening.as);
 }
 
 void HexFileSession::makeRoom()
 {
-    m_before = Shown{std::move(m_edit->document()), m_edit->address()};
+    m_before = Shown{std::move(m_edit->document()), m_edit->addresses(), m_edit->address()};
     showDocument({});
     m_edit->setFocus();
 }
@@ -114,24 +128,38 @@ void HexFileSession::makeRoom()
 void HexFileSession::showDocument(Shown shown)
 {
     m_changeBar->hide();
-    m_edit->setDocument(std::move(shown.document), shown.address);
+    m_edit->setDocument(std::move(shown.document), shown.offset);
+    m_edit->setAddresses(shown.addresses);
+    showImage();
     m_edit->setReadOnly(!m_file->isOpen(), QStringLiteral("请先打开文件"));
 }
 
-void HexFileSession::endOpening(const QString &source, qint64 address, const HexFile::Result &result)
+void HexFileSession::showImage()
+{
+    m_imageBar->showFile(m_file->image(), m_file->contentForm(), m_edit->addresses(), m_edit->size());
+}
+
+void HexFileSession::endOpening(const Opening &opening, const HexFile::Result &result)
 {
     auto before = std::exchange(m_before, std::nullopt);
     if (result.done) {
         m_recent->remember(m_file->name());
-        if (address > 0)
-            m_edit->goTo(address);
+        m_as = opening.as;
+        m_acceptsLoss = false;
+        const HexImage &image = m_file->image();
+        m_edit->setAddresses(image.form == HexForm::Bytes ? HexAddressMap(opening.firstAddress)
+                                                          : HexAddressMap(image.runs));
+        showImage();
+        const auto offset = m_edit->addresses().offsetOf(opening.address, m_edit->size());
+        if (offset.value_or(0) > 0)
+            m_edit->goTo(*offset);
         if (!result.inPlace)
             m_edit->setUnsaved();
         if (!result.consequence.isEmpty())
             QtMessageTip::showTip(result.consequence, kLongTipMs);
         return;
     }
-    const bool isGone = !before && m_recent->forgetIfGone(source);
+    const bool isGone = !before && m_recent->forgetIfGone(opening.source);
     if (before) {
         showDocument(std::move(*before));
         m_file->checkOutside();
@@ -156,7 +184,9 @@ void HexFileSession::showOutsideChange()
 
 void HexFileSession::reload()
 {
-    load(m_file->name(), m_file->name(), m_edit->address());
+    const HexAddressMap &addresses = m_edit->addresses();
+    load(m_file->name(), {m_file->name(), m_as, addresses.isFixed() ? 0 : addresses.firstAddress(),
+                          m_edit->shownAddress(m_edit->address())});
 }
 
 // Saving still asks before it overwrites the other program's bytes.
@@ -171,34 +201,84 @@ void HexFileSession::keepOurs()
 
 void HexFileSession::saveAs()
 {
-    const QString name = QtFileDialog::getSaveFileName(m_page, QStringLiteral("另存为"), m_file->name(),
-                                                       QStringLiteral("所有文件(*.*)"));
+    const QString filters = HexSaveForm::filters(m_file->image());
+    QString filter = filters.section(QStringLiteral(";;"), 0, 0);
+    const QString name =
+        QtFileDialog::getSaveFileName(m_page, QStringLiteral("另存为"), m_file->name(), filters, &filter);
     if (name.isEmpty() || refuseWhileBusy())
         return;
-    if (m_file->isSame(name)) {
+    const auto image = chosenImage(name, filter);
+    if (!image || refuseWhileBusy())
+        return;
+    if (m_file->isSame(name) && image->form == m_file->image().form) {
         save();
         return;
     }
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    m_file->saveAs(name, m_edit->document(), // the dialog has asked before it overwrites
+    m_file->saveAs(name, HexSaveForm::output(m_edit->document(), runs(), *image),
+                   *image, // the dialog has asked before it overwrites
                    [this, name](const HexFile::Result &result) { endSaving(name, result); });
+}
+
+HexRuns HexFileSession::runs() const
+{
+    return m_edit->addresses().runs(m_edit->size());
+}
+
+bool HexFileSession::refuseForm(const HexImage &image) const
+{
+    const QString reason = image.form == HexForm::Bytes ? QString() : HexRecordOutput::refusal(runs());
+    if (!reason.isEmpty())
+        QtMessageTip::showTip(QStringLiteral("未保存：") + reason, kLongTipMs);
+    return !reason.isEmpty();
+}
+
+// Nothing where it can't be, or the user thinks better of it.
+std::optional<HexImage> HexFileSession::chosenImage(const QString &fileName, const QString &filter)
+{
+    const HexImage image = HexSaveForm::imageFor(fileName, filter, m_file->image());
+    if (refuseForm(image))
+        return std::nullopt;
+    QString question;
+    const qint64 fill = image.form == HexForm::Bytes ? HexFilledOutput::fillSize(runs()) : 0;
+    if (image.form != m_file->image().form && HexSaveForm::contradicts(fileName, image.form))
+        question =
+            QStringLiteral("所选格式与文件名的扩展名不符，仍以“%1”保存为%2吗？")
+                .arg(QFileInfo(fileName).fileName(),
+                     image.form == HexForm::Bytes ? QStringLiteral("原始数据") : HexForms::name(image.form));
+    else if (fill > kLargeFill)
+        question = QStringLiteral("各段数据之间要填充%1 MB，确定保存吗？").arg(fill >> 20);
+    if (!question.isEmpty() && QtMessageBox::question(m_page, QString(), question) != 1)
+        return std::nullopt;
+    return image;
 }
 
 // Calls next() once the bytes are on the disk.
 void HexFileSession::saveAnd(const std::function<void()> &next)
 {
-    if (refuseWhileBusy() || !mayOverwrite())
+    if (refuseWhileBusy() || refuseForm(m_file->image()) || !mayOverwrite() || refuseWhileBusy())
         return;
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    m_file->save(m_edit->document(), [this, next](const HexFile::Result &result) {
-        endSaving(m_file->name(), result);
-        if (result.done && next)
-            next();
-    });
+    m_file->save(HexSaveForm::output(m_edit->document(), runs(), m_file->image()),
+                 [this, next](const HexFile::Result &result) {
+                     endSaving(m_file->name(), result);
+                     if (result.done && next)
+                         next();
+                 });
 }
 
 bool HexFileSession::mayOverwrite()
 {
+    const HexFaults &faults = m_file->image().faults;
+    if (faults.losesOnSaving() && !m_acceptsLoss) {
+        m_acceptsLoss = QtMessageBox::question(
+                            m_page, QStringLiteral("告警"),
+                            QStringLiteral("文件中有%1处问题，保存后只保留已载入的数据，校验和将重新计算。\n"
+                                           "确定保存吗？")
+                                .arg(faults.count())) == 1;
+        if (!m_acceptsLoss)
+            return false;
+    }
     if (!m_file->needsConsent())
         return true;
     if (QtMessageBox::question(m_page, QStringLiteral("告警"),
@@ -213,6 +293,7 @@ void HexFileSession::endSaving(const QString &fileName, const HexFile::Result &r
     QApplication::restoreOverrideCursor();
     if (result.inPlace) {
         m_changeBar->hide();
+        showImage();
         m_edit->setSaved();
         m_recent->remember(fileName);
     }

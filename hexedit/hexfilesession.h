@@ -14,6 +14,7 @@
 #include <optional>
 
 class HexChangeBar;
+class HexImageBar;
 class HexRecentButton;
 class QHexEdit;
 struct Notice;
@@ -23,8 +24,13 @@ class HexFileSession : public QObject
     Q_OBJECT
 
 public:
+    struct Bars
+    {
+        HexChangeBar *change;
+        HexImageBar *image;
+    };
     // Works on these parts of the page, which is the parent of its questions.
-    HexFileSession(QHexEdit *edit, HexRecentButton *recent, HexChangeBar *changeBar, QWidget *page);
+    HexFileSession(QHexEdit *edit, HexRecentButton *recent, const Bars &bars, QWidget *page);
     ~HexFileSession() override;
 
     const HexFile &file() const { return *m_file; }
@@ -53,7 +59,16 @@ private:
     struct Shown
     {
         HexDocument document;
-        qint64 address = 0;
+        HexAddressMap addresses = HexAddressMap();
+        qint64 offset = 0;
+    };
+    // What a file is opened for.
+    struct Opening
+    {
+        QString source; // the file, or what a failed save left for it
+        HexFile::As as = HexFile::As::Content;
+        qint64 firstAddress = 0; // of a plain file
+        qint64 address = 0;      // to go to
     };
 
     // What becomes of the edits when the program ends.
@@ -61,16 +76,21 @@ private:
 
     bool refuseWhileBusy() const;
     QString chosenLeftover(const QString &fileName);
-    void load(const QString &fileName, const QString &source, qint64 address);
+    void load(const QString &fileName, const Opening &opening);
     void makeRoom();
     void showDocument(Shown shown);
-    void endOpening(const QString &source, qint64 address, const HexFile::Result &result);
+    void endOpening(const Opening &opening, const HexFile::Result &result);
+    void openAs(HexFile::As as);
+    void showImage();
     void keepOurs();
     void showOutsideChange();
 
     void saveAnd(const std::function<void()> &next);
     void endSaving(const QString &fileName, const HexFile::Result &result);
     bool mayOverwrite();
+    std::optional<HexImage> chosenImage(const QString &fileName, const QString &filter);
+    HexRuns runs() const;
+    bool refuseForm(const HexImage &image) const;
     void beginExitSave();
     QtMessageBox::SaveAnswer askAboutEdits();
     void withoutEdits(const std::function<void()> &next);
@@ -78,8 +98,11 @@ private:
     QHexEdit *m_edit;
     HexRecentButton *m_recent;
     HexChangeBar *m_changeBar;
+    HexImageBar *m_imageBar;
     QWidget *m_page;
     HexFile *m_file;
-    std::optional<Shown> m_before; // while a file is being opened
+    std::optional<Shown> m_before;           // while a file is being opened
+    HexFile::As m_as = HexFile::As::Content; // how the file was opened
+    bool m_acceptsLoss = false;              // of what is wrong with the file's text
     Exit m_exit = Exit::Undecided;
 };

@@ -8,6 +8,7 @@
 #include <QStorageInfo>
 #include <QTemporaryFile>
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -80,8 +81,8 @@ HexSaver::Disk HexSaver::realDisk()
             [](const QString &folder) { return QStorageInfo(folder).bytesAvailable(); }};
 }
 
-HexSaver::HexSaver(const QString &fileName, const HexDocument &document, const Disk &disk)
-    : m_document(document)
+HexSaver::HexSaver(const QString &fileName, std::unique_ptr<HexOutput> output, const Disk &disk)
+    : m_output(std::move(output))
     , m_disk(disk)
     , m_target(targetOf(fileName))
     , m_temporary(temporaryOf(m_target))
@@ -133,7 +134,7 @@ QString HexSaver::refusal() const
     }
     // The temporary file stands beside the old one, and then beside its copy.
     const qint64 oldSize = old.exists() ? old.size() : 0;
-    const qint64 size = m_document.size();
+    const qint64 size = m_output->size();
     const qint64 available = m_disk.freeBytes(folder);
     if (available >= 0 && available + freed < std::max(size, 2 * size - oldSize) + kMargin)
         return QStringLiteral("磁盘空间不足");
@@ -190,7 +191,7 @@ HexSaver::State HexSaver::step()
 int HexSaver::permille() const
 {
     // All is written twice: into the temporary file and from there.
-    return static_cast<int>((m_written + m_copied) * 500 / std::max<qint64>(m_document.size(), 1));
+    return static_cast<int>((m_written + m_copied) * 500 / std::max<qint64>(m_output->size(), 1));
 }
 
 void HexSaver::stop()
@@ -236,14 +237,15 @@ void HexSaver::begin()
 
 void HexSaver::writeSlice()
 {
-    if (!m_document.write(m_temporary, m_written, kSlice)) {
+    const QByteArray slice = m_output->next();
+    if (m_temporary.write(slice) != slice.size()) {
         failWriting();
         return;
     }
-    m_written = std::min(m_document.size(), m_written + kSlice);
-    if (m_written < m_document.size())
+    m_written += slice.size();
+    if (!slice.isEmpty())
         return;
-    const bool isComplete = m_temporary.size() == m_document.size();
+    const bool isComplete = m_temporary.size() == m_written;
     if (closes(m_temporary) && isComplete)
         startFlush(m_temporary.fileName(), Stage::FlushTemporary);
     else
@@ -291,7 +293,7 @@ void HexSaver::copySlice()
     m_copied += slice.size();
     if (!slice.isEmpty())
         return;
-    const bool isComplete = m_part.size() == m_temporary.size() && m_copied == m_document.size();
+    const bool isComplete = m_part.size() == m_temporary.size() && m_copied == m_written;
     if (closes(m_part) && isComplete)
         startFlush(m_part.fileName(), Stage::FlushCopy);
     else

@@ -1,12 +1,12 @@
 #pragma once
 
-// Puts a document in a file's place by way of a temporary file beside it:
+// Puts what a document is written as in a file's place by way of a temporary file beside it:
 // write, remove the old one, copy, remove the temporary one, a slice at a time.
 // At no moment are the old and the new bytes both missing from the disk. Owns
 // the open files and the thread that waits for the disk; shows nothing.
 
 #include "fileaccess.h"
-#include "hexdocument.h"
+#include "hexoutput.h"
 
 #include <QFile>
 #include <QStringList>
@@ -36,8 +36,8 @@ public:
     };
     static Disk realDisk();
 
-    // The document must keep still until the end.
-    HexSaver(const QString &fileName, const HexDocument &document, const Disk &disk = realDisk());
+    // The document of the output must keep still until the end.
+    HexSaver(const QString &fileName, std::unique_ptr<HexOutput> output, const Disk &disk = realDisk());
     ~HexSaver(); // as stop(), where it may be stopped
     Q_DISABLE_COPY_MOVE(HexSaver)
 
@@ -81,7 +81,7 @@ private:
 
     Stage m_stage = Stage::Begin;
     Outcome m_outcome;
-    const HexDocument &m_document;
+    std::unique_ptr<HexOutput> m_output;
     Disk m_disk;
     QString m_target;
     QFile m_temporary;

@@ -42,10 +42,10 @@ bool HexKeys::move(const QKeyEvent *event)
     qint64 to = caret;
     switch (event->key()) {
     case Qt::Key_Left:
-        to = caret - 1;
+        --to;
         break;
     case Qt::Key_Right:
-        to = caret + 1;
+        ++to;
         break;
     case Qt::Key_Up:
         to = place.row > 0 ? rows.offsetAt(place.row - 1, place.column) : caret;

@@ -38,7 +38,8 @@ HexRows::Row HexRows::row(qint64 index) const
     Row row;
     row.address = (run.address / m_length + index - m_first[number]) * m_length;
     row.begin = run.offset + std::max<qint64>(row.address - run.address, 0);
-    row.end = std::clamp(run.offset + row.address + m_length - run.address, row.begin, run.offset + run.length);
+    row.end =
+        std::clamp(run.offset + row.address + m_length - run.address, row.begin, run.offset + run.length);
     row.column = static_cast<int>(std::max<qint64>(run.address - row.address, 0));
     row.isBehindGap = number > 0 && index == m_first[number];
     return row;

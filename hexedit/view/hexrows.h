@@ -14,7 +14,7 @@ public:
         qint64 address = 0; // of the first column
         qint64 begin = 0;   // offsets in the document
         qint64 end = 0;
-        int column = 0;        // of the first byte
+        int column = 0;           // of the first byte
         bool isBehindGap = false; // the first of a run that is not the first
     };
     struct Place
@@ -42,6 +42,6 @@ public:
 
 private:
     const HexContent &m_content;
-    int m_length; // bytes
+    int m_length;                // bytes
     std::vector<qint64> m_first; // row of each run
 };

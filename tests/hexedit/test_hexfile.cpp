@@ -88,7 +88,7 @@ private slots:
             return true;
         };
         setContent(large);
-        m_file->save(m_document, keepResult());
+        m_file->save(plain(), keepResult());
         QVERIFY(m_file->isSaving() && !m_result);
         go.release(100);
         bool wasPart = false;
@@ -219,7 +219,7 @@ private slots:
         };
         open("rom.bin");
         setContent("new");
-        m_file->save(m_document, keepResult());
+        m_file->save(plain(), keepResult());
         begun.acquire();
         QVERIFY(m_task->isStoppable());
         put("rom.bin", "another program's"); // unnoticed while we save
@@ -229,10 +229,10 @@ private slots:
         QVERIFY(!result().done && !m_result->inPlace && m_result->reason.isEmpty());
         QVERIFY(changed.size() == 1 && m_file->isChangedOutside());
         QCOMPARE(content("rom.bin"), QByteArray("another program's"));
-        HexSaver(path("rom.bin"), m_document, m_disk).step(); // goes when it has begun to write
+        HexSaver(path("rom.bin"), plain(), m_disk).step(); // goes when it has begun to write
         QCOMPARE(files(), QStringList{"rom.bin"});
 
-        m_file->save(m_document, keepResult());
+        m_file->save(plain(), keepResult());
         go.release();
         QVERIFY(QTest::qWaitFor([&] { return begun.available() == 2; }, 30000)); // the copy
         m_task->stop();
@@ -352,6 +352,10 @@ private slots:
     }
 
 private:
+    std::unique_ptr<HexOutput> plain() const
+    {
+        return std::make_unique<HexPlainOutput>(m_document);
+    }
     QString path(const QString &name) const
     {
         return m_root->filePath(name);
@@ -393,7 +397,7 @@ private:
     HexFile::Result save(const QString &name, const QByteArray &bytes)
     {
         setContent(bytes);
-        m_file->saveAs(path(name), m_document, keepResult());
+        m_file->saveAs(path(name), plain(), m_file->image(), keepResult());
         return result();
     }
 
