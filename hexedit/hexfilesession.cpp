@@ -129,7 +129,7 @@ void HexFileSession::showDocument(Shown shown)
 {
     m_changeBar->hide();
     m_edit->setDocument(std::move(shown.document), shown.offset);
-    m_edit->setAddresses(shown.addresses);
+    m_edit->setAddresses(std::move(shown.addresses));
     showImage();
     m_edit->setReadOnly(!m_file->isOpen(), QStringLiteral("请先打开文件"));
 }
@@ -146,9 +146,8 @@ void HexFileSession::endOpening(const Opening &opening, const HexFile::Result &r
         m_recent->remember(m_file->name());
         m_as = opening.as;
         m_acceptsLoss = false;
-        const HexImage &image = m_file->image();
-        m_edit->setAddresses(image.form == HexForm::Bytes ? HexAddressMap(opening.firstAddress)
-                                                          : HexAddressMap(image.runs));
+        m_edit->setAddresses(m_file->image().form == HexForm::Bytes ? HexAddressMap(opening.firstAddress)
+                                                                    : HexAddressMap(m_file->takeRuns()));
         showImage();
         const auto offset = m_edit->addresses().offsetOf(opening.address, m_edit->size());
         if (offset.value_or(0) > 0)

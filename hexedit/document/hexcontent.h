@@ -10,6 +10,7 @@
 
 #include <QString>
 #include <optional>
+#include <utility>
 
 class HexContent
 {
@@ -23,7 +24,7 @@ public:
     };
 
     void setDocument(HexDocument document, qint64 address);
-    void setAddresses(const HexAddressMap &addresses) { m_addresses = addresses; }
+    void setAddresses(HexAddressMap addresses) { m_addresses = std::move(addresses); }
     const HexAddressMap &addresses() const { return m_addresses; }
     // Bytes put over those at the begin of the selection would not stay in the
     // run there, whose addresses are fixed.

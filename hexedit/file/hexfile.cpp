@@ -102,12 +102,12 @@ void HexFile::readContent(Loading &loading, const QByteArray &block)
         emit blockRead(block);
 }
 
-HexFile::Result HexFile::endOpening(const Loading &loading, bool done)
+HexFile::Result HexFile::endOpening(Loading &loading, bool done)
 {
     Result result;
     if (done && loading.state == HexReader::State::Done) {
         if (loading.records) {
-            m_state.image = loading.records->image();
+            m_state.image = loading.records->takeImage();
             for (const QByteArray &block : loading.records->blocks())
                 emit blockRead(block);
         }

@@ -15,6 +15,7 @@
 #include <QSet>
 #include <functional>
 #include <memory>
+#include <utility>
 
 class HexFile : public QObject
 {
@@ -51,6 +52,7 @@ public:
     // The form that the file is saved in, with what else it says, and what its
     // content showed when it was opened.
     const HexImage &image() const { return m_state.image; }
+    HexRuns takeRuns() { return std::exchange(m_state.image.runs, HexRuns()); } // which may be many
     HexForm contentForm() const { return m_state.contentForm; }
     void close();
 
@@ -101,7 +103,7 @@ private:
     void follow(const QString &fileName, const FileStamp &stamp);
     void readContent(Loading &loading, const QByteArray &block);
     SlicedTask::Step readBlock(Loading &loading);
-    Result endOpening(const Loading &loading, bool done);
+    Result endOpening(Loading &loading, bool done);
     void start(const QString &fileName, std::unique_ptr<HexOutput> output, const HexImage &image,
                const Report &report);
     Result endSaving(const QString &fileName, const HexImage &image, bool done);

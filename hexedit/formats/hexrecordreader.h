@@ -8,6 +8,8 @@
 #include "hexrecord.h"
 #include "hexrunmerge.h"
 
+#include <utility>
+
 class HexRecordReader
 {
 public:
@@ -21,6 +23,7 @@ public:
     State finish();
 
     const HexImage &image() const { return m_image; }
+    HexImage takeImage() { return std::move(m_image); }
     // One after another the bytes of all runs. Empty before it is done.
     const std::vector<QByteArray> &blocks() const { return m_ordered; }
 

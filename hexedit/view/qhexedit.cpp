@@ -61,10 +61,10 @@ void QHexEdit::setDocument(HexDocument document, qint64 address)
     emit documentReplaced();
 }
 
-void QHexEdit::setAddresses(const HexAddressMap &addresses)
+void QHexEdit::setAddresses(HexAddressMap addresses)
 {
-    m_content.setAddresses(addresses);
-    if (addresses.isFixed())
+    m_content.setAddresses(std::move(addresses));
+    if (m_content.addresses().isFixed())
         m_content.setOverwrite(true);
     m_view.resetRows();
     m_view.scrollTo(address());

@@ -28,7 +28,7 @@ public:
     void setData(const QByteArray &bytes);
     void setDocument(HexDocument document, qint64 address = 0);
     // Those that are shown, from 0 after a new document. Bytes of fixed ones can be overwritten only.
-    void setAddresses(const HexAddressMap &addresses);
+    void setAddresses(HexAddressMap addresses);
     const HexAddressMap &addresses() const { return m_content.addresses(); }
     // More of the data, before the first edit.
     void appendData(const QByteArray &block);
