@@ -287,12 +287,23 @@ bool HexFileSession::mayOverwrite()
     return true;
 }
 
+// As it would be opened now, but that gaps which were filled stay gaps.
+void HexFileSession::showSavedForm()
+{
+    if (m_file->image().form != HexForm::Bytes) {
+        m_as = HexFile::As::Content;
+        if (!m_edit->addresses().isFixed())
+            m_edit->setAddresses(HexAddressMap(runs()));
+    }
+    showImage();
+}
+
 void HexFileSession::endSaving(const QString &fileName, const HexFile::Result &result)
 {
     QApplication::restoreOverrideCursor();
     if (result.inPlace) {
         m_changeBar->hide();
-        showImage();
+        showSavedForm();
         m_edit->setSaved();
         m_recent->remember(fileName);
     }

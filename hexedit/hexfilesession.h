@@ -87,6 +87,7 @@ private:
 
     void saveAnd(const std::function<void()> &next);
     void endSaving(const QString &fileName, const HexFile::Result &result);
+    void showSavedForm();
     bool mayOverwrite();
     std::optional<HexImage> chosenImage(const QString &fileName, const QString &filter);
     HexRuns runs() const;

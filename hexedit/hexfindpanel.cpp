@@ -227,14 +227,25 @@ void HexFindPanel::find(HexSearch::Direction direction)
     const auto search = std::make_shared<HexSearch>(m_edit->document(), *wanted, from, direction);
     const auto state = std::make_shared<HexSearch::State>(HexSearch::State::Running);
     m_edit->task()->start({QStringLiteral("正在查找"),
-                           [search, state] {
+                           [this, search, state, direction] {
                                *state = search->step();
+                               const qint64 at = search->position();
+                               if (*state == HexSearch::State::Found && hasGap(at, search->length())) {
+                                   search->continueFrom(direction == HexSearch::Forward ? at + 1 : at);
+                                   *state = HexSearch::State::Running;
+                               }
                                return *state == HexSearch::State::Running ? SlicedTask::Step::Running
                                                                           : SlicedTask::Step::Done;
                            },
                            [search] { return search->permille(); },
                            [this, search, state, direction](bool) { showFound(*search, *state, direction); },
                            {}});
+}
+
+// Bytes on both sides of a gap don't follow each other.
+bool HexFindPanel::hasGap(qint64 begin, qint64 length) const
+{
+    return begin + length > m_edit->addresses().endOf(begin, m_edit->size());
 }
 
 void HexFindPanel::showFound(const HexSearch &search, HexSearch::State state, HexSearch::Direction direction)
@@ -297,8 +308,7 @@ void HexFindPanel::replaceAll()
                                if (*state == HexSearch::State::Found) {
                                    const qint64 at = job->search.position();
                                    const qint64 length = job->search.length();
-                                   // Bytes on both sides of a gap don't follow each other.
-                                   if (at + length > m_edit->addresses().endOf(at, m_edit->size())) {
+                                   if (hasGap(at, length)) {
                                        job->search.continueFrom(at + 1);
                                        return SlicedTask::Step::Running;
                                    }
@@ -346,12 +356,14 @@ void HexFindPanel::listAll()
         new Listing{{m_edit->document(), *wanted, 0, HexSearch::Forward, HexSearch::StopAtEnd}, {}});
     m_edit->task()->start(
         {QStringLiteral("正在查找"),
-         [job, codec] {
+         [this, job, codec] {
              job->state = job->search.step();
              if (job->state == HexSearch::State::Found) {
                  const qint64 at = job->search.position();
-                 job->hits.push_back({at, static_cast<int>(job->search.length()), codec});
-                 job->search.continueFrom(at + job->search.length());
+                 const qint64 length = job->search.length();
+                 if (!hasGap(at, length))
+                     job->hits.push_back({at, static_cast<int>(length), codec});
+                 job->search.continueFrom(hasGap(at, length) ? at + 1 : at + length);
              }
              return job->hits.size() >= maxResults ? SlicedTask::Step::Done : stepOf(job->state);
          },

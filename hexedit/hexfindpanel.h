@@ -63,6 +63,7 @@ private:
     std::optional<HexPattern> readPattern() const;
     bool mayReplace(const std::optional<HexPattern> &old, const std::optional<QByteArray> &with);
     void find(HexSearch::Direction direction);
+    bool hasGap(qint64 begin, qint64 length) const;
 
     QHexEdit *m_edit;
     FieldMemory m_memory;

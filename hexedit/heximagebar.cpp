@@ -11,12 +11,11 @@
 
 namespace {
 
-constexpr int kFaultRows = 5; // visible at once
+constexpr int kMaxRows = 4; // of faults, visible at once
 
 QString hexadecimal(qint64 address)
 {
-    return QStringLiteral("0x") +
-           QString::number(address, 16).toUpper().rightJustified(8, QLatin1Char('0'));
+    return QStringLiteral("0x") + QString::number(address, 16).toUpper().rightJustified(8, QLatin1Char('0'));
 }
 
 QString rangeText(const HexAddressMap &addresses, qint64 size)
@@ -52,7 +51,6 @@ HexImageBar::HexImageBar(QWidget *parent)
     m_other->setFocusPolicy(Qt::TabFocus);
     m_faults->setObjectName(QStringLiteral("listFaults"));
     m_faults->setAccessibleName(QStringLiteral("文件中的问题"));
-    m_faults->setFixedHeight((kFaultRows + 1) * (fontMetrics().height() + 6));
     auto *row = new QHBoxLayout;
     row->setSpacing(8);
     row->addWidget(m_text, 1);
@@ -80,7 +78,8 @@ void HexImageBar::showFile(const HexImage &image, HexForm contentForm, const Hex
         m_text->setText(QStringLiteral("已保存为原始数据，此处仍按地址显示：") + rangeText(addresses, size));
     else
         m_text->setText(QStringLiteral("按原始字节显示，文件内容为%1").arg(HexForms::name(contentForm)));
-    m_text->setToolTip(m_isImage ? QStringLiteral("各段数据的地址固定，只能改写，不能插入或删除字节") : QString());
+    m_text->setToolTip(m_isImage ? QStringLiteral("各段数据的地址固定，只能改写，不能插入或删除字节")
+                                 : QString());
     m_other->setText(m_isImage ? QStringLiteral("按原始字节打开") : QStringLiteral("按地址打开"));
     m_other->setVisible(m_isImage || !isText);
     showFaults(image);
@@ -100,4 +99,6 @@ void HexImageBar::showFaults(const HexImage &image)
         m_faults->addItem(fault.text());
     if (count > m_faults->count())
         m_faults->addItem(QStringLiteral("另有%1处未列出").arg(count - m_faults->count()));
+    const int rows = qBound(1, m_faults->count(), kMaxRows);
+    m_faults->setFixedHeight(rows * qMax(m_faults->sizeHintForRow(0), 1) + 2 * m_faults->frameWidth());
 }

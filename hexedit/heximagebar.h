@@ -24,7 +24,7 @@ public:
     void showFile(const HexImage &image, HexForm contentForm, const HexAddressMap &addresses, qint64 size);
 
 signals:
-    void bytesWanted();   // the text's own
+    void bytesWanted();     // the text's own
     void addressesWanted(); // those that the text says
 
 private:

@@ -75,9 +75,9 @@ std::unique_ptr<HexOutput> output(const HexDocument &document, const HexRuns &ru
 {
     const auto &settings = Settings::instance().hexEditPage;
     if (image.form != HexForm::Bytes)
-        return std::make_unique<HexRecordOutput>(
-            document, runs, image,
-            image.recordLength > 0 ? image.recordLength : settings.recordLength.value());
+        return std::make_unique<HexRecordOutput>(document, runs, image,
+                                                 image.recordLength > 0 ? image.recordLength
+                                                                        : settings.recordLength.value());
     if (runs.size() > 1)
         return std::make_unique<HexFilledOutput>(document, runs,
                                                  static_cast<quint8>(settings.fillByte.value()));

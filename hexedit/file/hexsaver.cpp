@@ -245,7 +245,7 @@ void HexSaver::writeSlice()
     m_written += slice.size();
     if (!slice.isEmpty())
         return;
-    const bool isComplete = m_temporary.size() == m_written;
+    const bool isComplete = m_output->isComplete() && m_temporary.size() == m_written;
     if (closes(m_temporary) && isComplete)
         startFlush(m_temporary.fileName(), Stage::FlushTemporary);
     else

@@ -63,6 +63,7 @@ struct HexImage
     std::vector<QByteArray> headers;     // S-record
     std::optional<quint32> start;        // linear address
     std::optional<quint32> segmentStart; // Intel: CS in the upper 16 bits, IP
+    quint32 endAddress = 0;              // Intel: of the end record, where old files start
 
     HexFaults faults;
 };

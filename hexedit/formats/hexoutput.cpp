@@ -52,6 +52,7 @@ QByteArray HexFilledOutput::next()
             const int count = static_cast<int>(std::min(room, run.length - inside));
             bytes += m_document.read(run.offset + inside, count);
             m_address += count;
+            m_bytes += count;
             m_run += m_address == run.address + run.length ? 1 : 0;
         }
     }

@@ -19,6 +19,8 @@ public:
     virtual qint64 size() const = 0;
     // About a slice, empty at the end.
     virtual QByteArray next() = 0;
+    // At the end: all bytes of the document were written.
+    virtual bool isComplete() const = 0;
 };
 
 // The bytes one after another.
@@ -28,6 +30,7 @@ public:
     explicit HexPlainOutput(const HexDocument &document);
     qint64 size() const override { return m_document.size(); }
     QByteArray next() override;
+    bool isComplete() const override { return m_at == m_document.size(); }
 
 private:
     const HexDocument &m_document;
@@ -41,6 +44,7 @@ public:
     HexFilledOutput(const HexDocument &document, HexRuns runs, quint8 fill);
     qint64 size() const override;
     QByteArray next() override;
+    bool isComplete() const override { return m_bytes == m_document.size(); }
 
     static qint64 fillSize(const HexRuns &runs);
 
@@ -49,5 +53,6 @@ private:
     HexRuns m_runs;
     char m_fill;
     size_t m_run = 0;
-    qint64 m_address; // of the next byte
+    qint64 m_address;   // of the next byte
+    qint64 m_bytes = 0; // of the document
 };

@@ -141,6 +141,7 @@ void HexRecordOutput::appendData(QByteArray *text)
                      m_document.read(run.offset + m_inside, static_cast<int>(count)), text);
     }
     m_inside += count;
+    m_bytes += count;
     ++m_records;
 }
 
@@ -154,7 +155,7 @@ void HexRecordOutput::appendCount(QByteArray *text)
 void HexRecordOutput::appendEnd(QByteArray *text)
 {
     if (m_image.form == HexForm::IntelHex)
-        appendRecord(HexRecord::End, 0, QByteArray(), text);
+        appendRecord(HexRecord::End, m_image.endAddress, QByteArray(), text);
     else
         appendRecord(11 - m_addressBytes, linearStart(), QByteArray(), text);
 }

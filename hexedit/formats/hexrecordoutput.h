@@ -14,6 +14,7 @@ public:
     HexRecordOutput(const HexDocument &document, HexRuns runs, const HexImage &image, int recordLength);
     qint64 size() const override;
     QByteArray next() override;
+    bool isComplete() const override { return m_bytes == m_document.size(); }
 
     // Why runs can't be written, for the user; empty where they can.
     static QString refusal(const HexRuns &runs);
@@ -40,4 +41,5 @@ private:
     qint64 m_inside = 0;
     qint64 m_base = 0; // the number of the last extended address record
     qint64 m_records = 0;
+    qint64 m_bytes = 0;
 };

@@ -151,6 +151,7 @@ void HexRecordReader::readIntel(const HexRecord &record)
     }
     case HexRecord::End:
         m_isEnded = true;
+        m_image.endAddress = record.address;
         break;
     case HexRecord::Segment:
         m_isLinear = false;

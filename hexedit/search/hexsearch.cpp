@@ -1,6 +1,7 @@
 #include "hexsearch.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 HexSearch::HexSearch(const HexDocument &document, const HexPattern &pattern, qint64 from, Direction direction,
                      Around around)
@@ -69,6 +70,8 @@ int HexSearch::permille() const
 
 void HexSearch::continueFrom(qint64 from)
 {
-    m_searched += from - m_legs[m_leg].begin;
-    m_legs[m_leg].begin = from;
+    Leg &leg = m_legs[m_leg];
+    qint64 &bound = m_direction == Forward ? leg.begin : leg.end;
+    m_searched += std::abs(from - bound);
+    bound = from;
 }

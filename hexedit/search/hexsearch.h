@@ -29,7 +29,8 @@ public:
     bool hasWrapped() const { return m_leg > 0; }
     int permille() const;
 
-    // Continues the search after a find.
+    // Continues the search after a find: next ones begin at `from` or behind it, or
+    // before it.
     void continueFrom(qint64 from);
 
 private:

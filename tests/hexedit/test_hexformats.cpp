@@ -83,7 +83,7 @@ private slots:
         QTest::newRow("linear") << QByteArray(":020000040800F2\r\n:03FFFD00010203FB\r\n:020000040801F1\r\n"
                                               ":0100000004FB\r\n:0400000508000131BD\r\n:00000001FF\r\n");
         QTest::newRow("segments") << QByteArray(":03000000010203F7\n:020000021000EC\n:03000000040506EE\n"
-                                                ":0400000300003800C1\n:00000001FF\n");
+                                                ":0400000300003800C1\n:00012301DB\n");
         QTest::newRow("S1") << QByteArray("S00600004844521B\r\nS104010001F9\r\nS104020002F7\r\nS5030002FA\r\n"
                                           "S9030000FC\r\n");
         QTest::newRow("S3 though S1 would do")

@@ -48,7 +48,8 @@ private slots:
     void editsAtAddresses()
     {
         open("fw.bin");
-        QCOMPARE(shown(), QByteArray("\1\2\3\4" "AB"));
+        QCOMPARE(shown(), QByteArray("\1\2\3\4"
+                                     "AB"));
         QCOMPARE(m_page->counts().at(0), QString("Address: %1").arg(0x800FFFD));
         QCOMPARE(text("labelImage"), QString("Intel HEX：2段，6字节，0x0800FFFD到0x20000011"));
         QVERIFY(child<QWidget>("btnFaults")->isHidden() && !edit()->isModified());
@@ -79,9 +80,15 @@ private slots:
         child<QLineEdit>("editReplace")->setText("00 00");
         click("btnReplaceAll");
         QVERIFY(!edit()->isModified());
+        for (const char *button : {"btnFindNext", "btnFindPrevious"}) {
+            click(button);
+            QCOMPARE(edit()->selectionLength(), 0);
+        }
         child<QLineEdit>("editFind")->setText("03 04");
         click("btnReplaceAll");
-        QCOMPARE(shown(), QByteArray("\1\2\0\0" "AB", 6));
+        QCOMPARE(shown(), QByteArray("\1\2\0\0"
+                                     "AB",
+                                     6));
     }
 
     void showsTheTextItself()
@@ -110,7 +117,8 @@ private slots:
     {
         put("fw.bin", QByteArray(kImage).replace("6B\n", "6C\nnote\n"));
         open("fw.bin");
-        QCOMPARE(shown(), QByteArray("\1\2\3\4" "AB"));
+        QCOMPARE(shown(), QByteArray("\1\2\3\4"
+                                     "AB"));
         QCOMPARE(text("labelFaults"), QString("2处问题"));
         auto *list = child<QListWidget>("listFaults");
         QVERIFY(list->isHidden());
@@ -133,7 +141,8 @@ private slots:
         put("fw.bin", QByteArray(kImage).replace(":020000042000DA\n", ""));
         open("fw.bin"); // at 08010010 now
         saveAs("fw.s19", "S-record");
-        QCOMPARE(content("fw.s19"), QByteArray("S3090800FFFD01020304E8\r\nS3070801001041425C\r\nS70508000131C0\r\n"));
+        QCOMPARE(content("fw.s19"),
+                 QByteArray("S3090800FFFD01020304E8\r\nS3070801001041425C\r\nS70508000131C0\r\n"));
         saveAs("filled.bin", "原始数据");
         QCOMPARE(content("filled.bin"), QByteArray("\1\2\3\4") + QByteArray(15, '\xFF') + "AB");
         QTest::keyClicks(edit(), "61");
@@ -162,6 +171,8 @@ private slots:
         QCOMPARE(m_page->counts().at(0), QString("Address: %1").arg(0x8000020));
         QTest::keyClicks(edit(), "41");
         saveAs("rom.hex", "Intel HEX");
+        edit()->setOverwrite(false);
+        QVERIFY(edit()->isOverwrite()); // as in a file that was opened
         open("rom.hex");
         QCOMPARE(shown().at(24), 'A');
         QCOMPARE(edit()->shownAddress(0), 0x8000008);
@@ -169,7 +180,10 @@ private slots:
     }
 
 private:
-    template <class Widget> Widget *child(const QString &name) const { return m_page->findChild<Widget *>(name); }
+    template <class Widget> Widget *child(const QString &name) const
+    {
+        return m_page->findChild<Widget *>(name);
+    }
     QString text(const char *label) const { return child<QLabel>(label)->text(); }
     QHexEdit *edit() const { return m_page->findChild<QHexEdit *>(); }
     void waitForWork() { QTRY_VERIFY_WITH_TIMEOUT(!edit()->task()->isRunning(), 60000); }
