@@ -55,9 +55,10 @@ private slots:
                 QCOMPARE(of(HexDigest::customCrc(), crc, "123456789"), checks.value(name));
         }
         QCOMPARE(checked, checks.size());
-        QCOMPARE(of(HexDigest::customCrc(), "3,3,0,0,0,7", "123456789"), QByteArray("04")); // CRC-3/GSM
+        QCOMPARE(of(HexDigest::customCrc(), "3,3,0,0,0,7", "123456789"), QByteArray("04"));  // CRC-3/GSM
         QCOMPARE(of(HexDigest::customCrc(), "5,15,0,1,1,0", "123456789"), QByteArray("07")); // CRC-5/G-704
-        for (const char *wrong : {"", "32,1,2,1,1", "33,1,0,0,0,0", "8,100,0,0,0,0", "8,7,0,2,0,0", "8,x,0,0,0,0"})
+        for (const char *wrong :
+             {"", "32,1,2,1,1", "33,1,0,0,0,0", "8,100,0,0,0,0", "8,7,0,2,0,0", "8,x,0,0,0,0"})
             QVERIFY(!HexDigest::make(HexDigest::customCrc(), wrong));
     }
 
@@ -100,7 +101,8 @@ private slots:
         QCOMPARE(again.rules[0].text(), notes.rules[0].text());
         QVERIFY(again.rules[0].renews && !again.rules[0].isLittleEndian);
         QVERIFY(!again.fromJson("[]") && again.isEmpty());
-        QVERIFY(again.fromJson(R"({"korvexNotes":1,"bookmarks":[{"address":-1,"length":1},{"address":1e300,"length":1},
+        QVERIFY(again.fromJson(
+            R"({"korvexNotes":1,"bookmarks":[{"address":-1,"length":1},{"address":1e300,"length":1},
             {"address":2,"length":0},{"address":9,"length":1,"color":99},{"address":7,"length":2}],"checksums":[{}]})"));
         QVERIFY(again.bookmarks.size() == 2 && again.bookmarks[0].address == 7 && again.rules.isEmpty());
         QCOMPARE(again.bookmarks[1].color, HexBookmark::colorCount - 1);
