@@ -165,7 +165,8 @@ void HexComparePanel::compareWithFile(const QString &fileName)
                       m_watch.follow(fileName, reading->stamp);
                       endReading(fileName, QString());
                   },
-                  {}});
+                  {},
+                  8});
     showState();
 }
 
@@ -228,7 +229,8 @@ void HexComparePanel::restart()
              m_compare = std::move(*compare);
              showResult(isDone);
          },
-         {}});
+         {},
+         8});
     showState();
 }
 

@@ -1,6 +1,7 @@
 #include "hexeditwidget.h"
 
 #include "formpanel.h"
+#include "hexbookmarkspanel.h"
 #include "hexchangebar.h"
 #include "hexchecksumpanel.h"
 #include "hexcommand.h"
@@ -13,8 +14,10 @@
 #include "heximagebar.h"
 #include "hexinspectorpanel.h"
 #include "hexjumppanel.h"
+#include "hexnoteskeeper.h"
 #include "hexpanes.h"
 #include "hexrecentbutton.h"
+#include "hexrulespanel.h"
 #include "hexstaterow.h"
 #include "hexstringspanel.h"
 #include "hextoolrow.h"
@@ -173,6 +176,9 @@ void HexEditWidget::buildPanes()
     m_results->addTool(list);
     m_strings = new HexStringsPanel(m_edit, m_panes);
     m_compare = new HexComparePanel(m_edit, m_panes);
+    m_keeper = new HexNotesKeeper(this);
+    m_bookmarks = new HexBookmarksPanel(m_edit, m_keeper, m_panes);
+    m_rules = new HexRulesPanel(m_edit, m_keeper, m_panes);
     QMenu *const menu = m_tools->viewMenu();
     QAction *const inspector = menu->addAction(QStringLiteral("数据解析"));
     inspector->setObjectName(QStringLiteral("actionHexInspector"));
@@ -183,6 +189,9 @@ void HexEditWidget::buildPanes()
     m_panes->add(m_results, QStringLiteral("查找结果"), "actionHexResults", menu, &kept.showsResults);
     m_panes->add(m_strings, QStringLiteral("字符串"), "actionHexStrings", menu, &kept.showsStrings);
     m_panes->add(m_compare, QStringLiteral("比较"), "actionHexCompare", menu, nullptr);
+    m_panes->add(m_bookmarks, QStringLiteral("书签"), "actionHexBookmarks", menu, &kept.showsBookmarks);
+    m_panes->add(m_rules, QStringLiteral("校验规则"), "actionHexRules", menu, nullptr);
+    connectNotes();
     connect(m_find, &HexFindPanel::listed, this,
             [this](const std::vector<HexHit> &hits, const QString &summary) {
                 m_results->show(hits, summary);
@@ -196,6 +205,34 @@ void HexEditWidget::buildPanes()
     clear();
 }
 
+void HexEditWidget::connectNotes()
+{
+    m_file->setPreparation([this](const std::function<void(bool)> &next) { m_rules->renew(next); });
+    connect(m_file, &HexFileSession::opened, this, [this] {
+        m_keeper->open(fileName());
+        m_rules->check();
+    });
+    connect(m_file, &HexFileSession::renamed, this, [this] { m_keeper->rename(fileName()); });
+    connect(m_keeper, &HexNotesKeeper::changed, this, &HexEditWidget::showMarks);
+    connect(m_edit, &QHexEdit::contentChanged, this, &HexEditWidget::showMarks);
+    connect(m_keeper, &HexNotesKeeper::notify, this, &HexEditWidget::notify);
+    connect(m_rules, &HexRulesPanel::notify, this, &HexEditWidget::notify);
+    connect(m_rules, &HexRulesPanel::checked, this, [this](int wrong) {
+        notify(wrong > 0 ? Notice::error(QStringLiteral("有%1条校验规则与文件内容不符").arg(wrong))
+                         : Notice::information(QStringLiteral("校验规则全部一致")));
+    });
+    connect(m_bookmarks, &HexBookmarksPanel::added, this, [this] { m_panes->open(m_bookmarks); });
+}
+
+void HexEditWidget::showMarks()
+{
+    std::vector<HexMark> marks;
+    for (const HexBookmark &bookmark : m_keeper->notes().bookmarks)
+        if (const auto offset = m_edit->addresses().offsetOf(bookmark.address, m_edit->size()))
+            marks.push_back({*offset, *offset + bookmark.length, bookmark.color});
+    m_edit->setMarks(std::move(marks));
+}
+
 void HexEditWidget::connectParts()
 {
     // The group reports a click on a tool button, see sltToolBtnsClicked().
@@ -207,7 +244,7 @@ void HexEditWidget::connectParts()
     m_saveAsCommand->bind(m_saveAsButton);
     for (HexCommand *command : {m_saveAsCommand, m_find->findCommand(), m_jump->goTo(), m_find->nextCommand(),
                                 m_find->previousCommand(), m_find->listCommand(), m_compare->nextCommand(),
-                                m_compare->previousCommand()})
+                                m_compare->previousCommand(), m_bookmarks->addCommand()})
         command->listenIn(this);
     setPageKeys(nullptr, m_tools->fold());
     connect(m_tools->fold(), &QPushButton::clicked, this, [this] {
@@ -328,7 +365,7 @@ void HexEditWidget::closeLinks()
 
 bool HexEditWidget::isClosed() const
 {
-    return !m_file->file().isSaving();
+    return !m_file->isSaving();
 }
 
 bool HexEditWidget::saveBeforeExit()

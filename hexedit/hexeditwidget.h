@@ -6,6 +6,7 @@
 #include "qtwidgetbase.h"
 
 class FormPanel;
+class HexBookmarksPanel;
 class HexChangeBar;
 class HexCommand;
 class HexComparePanel;
@@ -15,8 +16,10 @@ class HexHitList;
 class HexInspectorPanel;
 class HexImageBar;
 class HexJumpPanel;
+class HexNotesKeeper;
 class HexPanes;
 class HexRecentButton;
+class HexRulesPanel;
 class HexStateRow;
 class HexStringsPanel;
 class HexToolRow;
@@ -64,9 +67,11 @@ private:
     QWidget *buildWorkArea();
     void buildCommands();
     void buildPanes();
+    void connectNotes();
     void connectParts();
 
     void showState();
+    void showMarks();
 
     QHexEdit *m_edit = nullptr;
     HexFileSession *m_file = nullptr;
@@ -86,6 +91,9 @@ private:
     HexHitList *m_results = nullptr;
     HexStringsPanel *m_strings = nullptr;
     HexComparePanel *m_compare = nullptr;
+    HexNotesKeeper *m_keeper = nullptr;
+    HexBookmarksPanel *m_bookmarks = nullptr;
+    HexRulesPanel *m_rules = nullptr;
     HexImageBar *m_imageBar = nullptr;
 
     HexCommand *m_commands[5] = {}; // of the tool buttons, by their ids

@@ -156,6 +156,7 @@ void HexFileSession::endOpening(const Opening &opening, const HexFile::Result &r
             m_edit->setUnsaved();
         if (!result.consequence.isEmpty())
             QtMessageTip::showTip(result.consequence, kLongTipMs);
+        emit opened();
         return;
     }
     const bool isGone = !before && m_recent->forgetIfGone(opening.source);
@@ -213,10 +214,33 @@ void HexFileSession::saveAs()
         save();
         return;
     }
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    m_file->saveAs(name, HexSaveForm::output(m_edit->document(), runs(), *image),
-                   *image, // the dialog has asked before it overwrites
-                   [this, name](const HexFile::Result &result) { endSaving(name, result); });
+    prepareAnd([this, name, image] {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        m_file->saveAs(name, HexSaveForm::output(m_edit->document(), runs(), *image),
+                       *image, // the dialog has asked before it overwrites
+                       [this, name](const HexFile::Result &result) {
+                           endSaving(name, result);
+                           if (result.inPlace)
+                               emit renamed();
+                       });
+    });
+}
+
+// Nothing else may begin between both.
+void HexFileSession::prepareAnd(const std::function<void()> &save)
+{
+    m_isPreparing = true;
+    const auto go = [this, save](bool maySave) {
+        m_isPreparing = false;
+        if (maySave)
+            return save();
+        QtMessageTip::showTip(QStringLiteral("已停止，文件未保存"), kTipMs);
+        emit savingEnded();
+    };
+    if (m_prepare)
+        m_prepare(go);
+    else
+        go(true);
 }
 
 HexRuns HexFileSession::runs() const
@@ -257,13 +281,15 @@ void HexFileSession::saveAnd(const std::function<void()> &next)
 {
     if (refuseWhileBusy() || refuseForm(m_file->image()) || !mayOverwrite() || refuseWhileBusy())
         return;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    m_file->save(HexSaveForm::output(m_edit->document(), runs(), m_file->image()),
-                 [this, next](const HexFile::Result &result) {
-                     endSaving(m_file->name(), result);
-                     if (result.done && next)
-                         next();
-                 });
+    prepareAnd([this, next] {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        m_file->save(HexSaveForm::output(m_edit->document(), runs(), m_file->image()),
+                     [this, next](const HexFile::Result &result) {
+                         endSaving(m_file->name(), result);
+                         if (result.done && next)
+                             next();
+                     });
+    });
 }
 
 bool HexFileSession::mayOverwrite()
@@ -334,6 +360,7 @@ void HexFileSession::close()
             return;
         m_file->close();
         showDocument({});
+        emit opened();
     });
 }
 
@@ -357,7 +384,7 @@ void HexFileSession::withoutEdits(const std::function<void()> &next)
 // The user asked for the running save: closing waits for it.
 bool HexFileSession::mayClose()
 {
-    m_exit = m_file->isSaving() ? Exit::SaveBegan : Exit::Undecided;
+    m_exit = isSaving() ? Exit::SaveBegan : Exit::Undecided;
     if (m_exit == Exit::SaveBegan || !m_edit->isModified())
         return true;
     m_edit->task()->stop(); // saving needs bytes that keep still
@@ -391,7 +418,7 @@ bool HexFileSession::saveBeforeExit()
     }
     if (m_edit->isModified() && m_exit == Exit::Save)
         beginExitSave();
-    if (m_file->isSaving())
+    while (isSaving() && m_edit->task()->isRunning())
         m_edit->task()->runToEnd();
     const bool isSaved = !m_edit->isModified();
     if (isSaved && m_exit == Exit::SaveBegan)

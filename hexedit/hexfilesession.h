@@ -34,6 +34,11 @@ public:
     ~HexFileSession() override;
 
     const HexFile &file() const { return *m_file; }
+    // What has to be done to the bytes before they are saved; calls what it is given at the
+    // end, with false where nothing may be saved.
+    using Preparation = std::function<void(const std::function<void(bool)> &)>;
+    void setPreparation(const Preparation &preparation) { m_prepare = preparation; }
+    bool isSaving() const { return m_isPreparing || m_file->isSaving(); }
     void checkOutside() { m_file->checkOutside(); }
 
     void chooseFile();
@@ -54,6 +59,8 @@ public:
 signals:
     void notify(const Notice &notice);
     void savingEnded();
+    void opened();  // another file, or none; its bytes are there
+    void renamed(); // by saving it under another name
 
 private:
     struct Shown
@@ -86,6 +93,7 @@ private:
     void showOutsideChange();
 
     void saveAnd(const std::function<void()> &next);
+    void prepareAnd(const std::function<void()> &save);
     void endSaving(const QString &fileName, const HexFile::Result &result);
     void showSavedForm();
     bool mayOverwrite();
@@ -106,4 +114,6 @@ private:
     HexFile::As m_as = HexFile::As::Content; // how the file was opened
     bool m_acceptsLoss = false;              // of what is wrong with the file's text
     Exit m_exit = Exit::Undecided;
+    Preparation m_prepare;
+    bool m_isPreparing = false;
 };

@@ -376,5 +376,6 @@ void HexFindPanel::listAll()
                  summary += done ? QStringLiteral("，之后的没有列出") : QStringLiteral("，已停止");
              emit listed(job->hits, summary);
          },
-         {}});
+         {},
+         8});
 }

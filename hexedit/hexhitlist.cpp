@@ -77,7 +77,7 @@ public:
         const HexHit &hit = m_hits.at(static_cast<size_t>(index.row()));
         switch (index.column()) {
         case Address:
-            return QStringLiteral("0x") + QString::number(hit.address, 16).toUpper();
+            return QStringLiteral("0x") + QString::number(m_edit->shownAddress(hit.address), 16).toUpper();
         case Length:
             return hit.length;
         case Bytes:

@@ -117,5 +117,6 @@ void HexStringsPanel::search()
                                    summary += QStringLiteral("，已停止");
                                m_list->show(std::move(hits), summary);
                            },
-                           {}});
+                           {},
+                           8});
 }

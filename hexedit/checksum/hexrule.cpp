@@ -10,19 +10,26 @@ constexpr qint64 kSlice = 1 << 18;
 constexpr int kMaxText = 200; // characters of a field in a file
 } // namespace
 
-std::optional<HexRule::Places> HexRule::places(qint64 size) const
+std::optional<HexRule::Places> HexRule::places(const HexAddressMap &addresses, qint64 size) const
 {
     const auto digestOf = HexDigest::make(digest, crc);
-    const auto from = HexParse::address(begin, 16, 0, size);
-    const auto to = HexParse::address(end, 16, 0, size);
-    const auto place = HexParse::address(at, 16, 0, size);
-    if (!digestOf || !from || !to || !place || *from > *to)
+    const auto addressIn = [last = addresses.addressOf(size)](const QString &text) {
+        return HexParse::address(text, 16, 0, last);
+    };
+    const auto beginAt = addressIn(begin), endAt = addressIn(end), place = addressIn(at);
+    if (!digestOf || !beginAt || !endAt || !place || *beginAt >= *endAt)
+        return std::nullopt;
+    const auto from = addresses.offsetOf(*beginAt, size);
+    const auto last = addresses.offsetOf(*endAt - 1, size); // behind it may be a gap
+    const auto to = addresses.offsetOf(*place, size);
+    if (!from || !last || !to)
         return std::nullopt;
     const int bytes = digestOf->value().size();
-    const bool isInside = *place<*to && * place + bytes> * from;
-    if (isInside || *place + bytes > size)
+    const bool isInside = *to <= *last && *to + bytes > *from;
+    const bool hasGap = addresses.endOf(*from, size) <= *last || addresses.endOf(*to, size) < *to + bytes;
+    if (isInside || hasGap)
         return std::nullopt;
-    return Places{*from, *to, *place, bytes};
+    return Places{*from, *last + 1, *to, bytes};
 }
 
 QByteArray HexRule::ordered(const QByteArray &value) const

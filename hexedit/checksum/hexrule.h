@@ -4,6 +4,7 @@
 // order. Places are written as the user types them ("0", "end-4"), so that they move with
 // the end of the file.
 
+#include "hexaddressmap.h"
 #include "hexdigest.h"
 #include "hexdocument.h"
 
@@ -19,16 +20,16 @@ struct HexRule
     bool isLittleEndian = true;
     bool renews = false; // when the file is saved
 
-    struct Places
+    struct Places // offsets
     {
         qint64 begin = 0;
         qint64 end = 0;
         qint64 at = 0;
         int bytes = 0; // of the checksum
     };
-    // In a file of that size. Nothing where they are outside of it, or where the checksum
-    // stands among its own bytes.
-    std::optional<Places> places(qint64 size) const;
+    // Offsets in a document of that size whose bytes have these addresses. Nothing where
+    // they are outside of it or have a gap, or where the checksum stands among its own bytes.
+    std::optional<Places> places(const HexAddressMap &addresses, qint64 size) const;
     // The value as it stands in the file.
     QByteArray ordered(const QByteArray &value) const;
 

@@ -4,8 +4,7 @@
 #include <limits>
 
 namespace {
-constexpr qint64 kSliceMs = 8;       // and as much for drawing make a frame
-constexpr qint64 kFirstSliceMs = 25; // not felt; a small file is saved within it
+constexpr qint64 kSliceMs = 8; // and as much for drawing make a frame
 constexpr int kWaitMs = 8;
 constexpr qint64 kProgressMs = 100; // more often, drawing it costs too much
 } // namespace
@@ -25,7 +24,7 @@ bool SlicedTask::start(const Work &work)
     m_running = true;
     m_isAnnounced = false;
     m_sinceProgress.start();
-    runSlice(kFirstSliceMs, true);
+    runSlice(m_work.firstSliceMs, true);
     if (m_running && !m_isAnnounced) {
         m_isAnnounced = true;
         emit started(m_work.name);

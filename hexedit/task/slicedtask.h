@@ -26,6 +26,7 @@ public:
         std::function<int()> permille;   // how far it is
         std::function<void(bool)> ended; // true when it was done, false when stopped
         std::function<bool()> mayStop;   // empty: it may be stopped at any time
+        qint64 firstSliceMs = 25;        // not felt; a small file is saved within it
     };
 
     explicit SlicedTask(QObject *parent = nullptr);

@@ -6,6 +6,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace {
 
 constexpr ushort kFirstWide = 0x0250; // Latin letters are narrow
@@ -43,6 +45,15 @@ QString pairOf(quint8 byte)
 }
 
 } // namespace
+
+QColor HexMark::ground(int color)
+{
+    static const QColor colors[] = {QColor(0xf0, 0xb4, 0x2a), QColor(0x3c, 0xb4, 0x5a),
+                                    QColor(0x3a, 0x8e, 0xe0), QColor(0xd0, 0x55, 0xc0),
+                                    QColor(0xe0, 0x5a, 0x46), QColor(0x2a, 0xb0, 0xb0)};
+    return mixed(colors[static_cast<size_t>(color) % (sizeof colors / sizeof *colors)],
+                 QColor(Skin::palette().panel), 0.4);
+}
 
 HexPainter::HexPainter(QPainter *painter, const HexContent &content, const HexRows &rows,
                        const HexLayout &layout, const View &view)
@@ -95,6 +106,7 @@ void HexPainter::paintRow(int row, const HexRows::Row &line)
         place, Qt::AlignCenter,
         QStringLiteral("%1").arg(line.address, m_layout.addressDigits(), 16, QLatin1Char('0')).toUpper());
 
+    paintMarks(row, line);
     const int count = static_cast<int>(line.end - line.begin);
     const QByteArray bytes = m_content.document().read(line.begin, count);
     const std::vector<bool> changed = m_content.document().changes(line.begin, count);
@@ -104,6 +116,24 @@ void HexPainter::paintRow(int row, const HexRows::Row &line)
     paintText(row, line);
     if (line.isBehindGap)
         m_painter.fillRect(0, place.top(), m_layout.width(), 1, QColor(Skin::palette().secondaryText));
+}
+
+// Below what says that a byte is selected or changed. Few marks are expected.
+void HexPainter::paintMarks(int row, const HexRows::Row &line)
+{
+    if (!m_view.marks)
+        return;
+    for (const HexMark &mark : *m_view.marks) {
+        const qint64 begin = std::max(mark.begin, line.begin);
+        const qint64 end = std::min(mark.end, line.end);
+        if (begin >= end)
+            continue;
+        const int first = line.column + static_cast<int>(begin - line.begin);
+        const int last = line.column + static_cast<int>(end - 1 - line.begin);
+        for (const QRect &area : {m_layout.hex(row, first).united(m_layout.hex(row, last)),
+                                  m_layout.text(row, first).united(m_layout.text(row, last))})
+            m_painter.fillRect(area, HexMark::ground(mark.color));
+    }
 }
 
 QColor HexPainter::colorOf(qint64 address) const

@@ -5,6 +5,7 @@
 
 #include "hexcontent.h"
 #include "hexlayout.h"
+#include "hexmark.h"
 #include "hexrows.h"
 
 #include <QColor>
@@ -23,6 +24,7 @@ public:
         qint64 topRow = 0;
         int rows = 0; // that are complete
         bool isCaretOn = false;
+        const std::vector<HexMark> *marks = nullptr; // by their beginnings
     };
 
     HexPainter(QPainter *painter, const HexContent &content, const HexRows &rows, const HexLayout &layout,
@@ -34,6 +36,7 @@ private:
     void paintHeader();
     void paintRow(int row, const HexRows::Row &line);
     void paintByte(int row, int column, qint64 address, quint8 byte, bool changed);
+    void paintMarks(int row, const HexRows::Row &line);
     void paintText(int row, const HexRows::Row &line);
     void paintCaret();
     QColor colorOf(qint64 address) const;

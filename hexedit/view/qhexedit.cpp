@@ -217,6 +217,12 @@ void QHexEdit::setAsciiOnly(bool asciiOnly)
     viewport()->update();
 }
 
+void QHexEdit::setMarks(std::vector<HexMark> marks)
+{
+    m_marks = std::move(marks);
+    viewport()->update();
+}
+
 void QHexEdit::setPlaceholderText(const QString &text)
 {
     m_placeholder = text;
@@ -450,9 +456,9 @@ void QHexEdit::paintEvent(QPaintEvent *)
                          m_placeholder);
         return;
     }
-    HexPainter(
-        &painter, m_content, m_view.lines(), m_view.layout(),
-        {viewport()->width(), m_view.origin(), m_view.topRow(), m_view.rows(), hasFocus() && m_caretOn})
+    HexPainter(&painter, m_content, m_view.lines(), m_view.layout(),
+               {viewport()->width(), m_view.origin(), m_view.topRow(), m_view.rows(), hasFocus() && m_caretOn,
+                &m_marks})
         .paint();
 }
 

@@ -7,6 +7,7 @@
 
 #include "hexclipboard.h"
 #include "hexcontent.h"
+#include "hexmark.h"
 #include "hexviewport.h"
 #include "slicedtask.h"
 
@@ -69,6 +70,7 @@ public:
     // How text that is typed, pasted, copied and shown becomes bytes and back.
     void setTextCodec(int index);
     void setAsciiOnly(bool asciiOnly); // shows nothing else as text
+    void setMarks(std::vector<HexMark> marks);
     void setPlaceholderText(const QString &text);
     void zoom(int steps); // 0 goes back to the beginning
 
@@ -134,6 +136,7 @@ private:
     HexViewport m_view;
     HexEditCommands *m_commands = nullptr;
     HexDrag *m_drag = nullptr;
+    std::vector<HexMark> m_marks;
     QString m_placeholder;
     bool m_readOnly = false;
     QString m_readOnlyReason;

@@ -66,20 +66,30 @@ private slots:
     {
         HexRule rule;
         rule.digest = "CRC-32";
-        auto places = rule.places(100);
+        auto places = rule.places(HexAddressMap(), 100);
         QVERIFY(places && places->begin == 0 && places->end == 96 && places->at == 96 && places->bytes == 4);
         QCOMPARE(rule.ordered("\1\2\3\4"), QByteArray("\4\3\2\1"));
         rule.at = "10";
-        QVERIFY(!rule.places(100)); // among its own bytes
+        QVERIFY(!rule.places(HexAddressMap(), 100)); // among its own bytes
         rule.begin = "14";
-        QVERIFY(rule.places(100)); // hexadecimal: directly before them
+        QVERIFY(rule.places(HexAddressMap(), 100)); // hexadecimal: directly before them
         rule.begin = "13";
-        QVERIFY(!rule.places(100));
+        QVERIFY(!rule.places(HexAddressMap(), 100));
         rule.begin = "0";
         rule.at = "end-3";
-        QVERIFY(!rule.places(100)); // does not fit
-        QVERIFY((!HexRule{"CRC-32", {}, "0", "end-4", "end-4"}.places(3)));
-        QVERIFY((!HexRule{"CRC-33", {}, "0", "end-4", "end-4"}.places(100)));
+        QVERIFY(!rule.places(HexAddressMap(), 100)); // does not fit
+        QVERIFY((!HexRule{"CRC-32", {}, "0", "end-4", "end-4"}.places(HexAddressMap(), 3)));
+        QVERIFY((!HexRule{"CRC-33", {}, "0", "end-4", "end-4"}.places(HexAddressMap(), 100)));
+        // Where the bytes have addresses, with a gap.
+        const HexAddressMap image(HexRuns{{0x1000, 0, 0x20}, {0x2000, 0x20, 0x20}});
+        rule = HexRule{"CRC-32", {}, "1000", "1020", "end-4"};
+        places = rule.places(image, 0x40);
+        QVERIFY(places && places->begin == 0 && places->end == 0x20 && places->at == 0x3C);
+        rule.end = "2001";
+        QVERIFY(!rule.places(image, 0x40)); // over the gap
+        rule.end = "1010";
+        rule.at = "101E";
+        QVERIFY(!rule.places(image, 0x40)); // into the gap
         HexDocument document;
         document.appendContent("0123456789xx");
         HexDigestJob job(document, *HexDigest::make("累加和 8位", {}), 1, 4);

@@ -1,0 +1,40 @@
+#pragma once
+
+// The notes of the file that is open: reads them when it is opened, and keeps each change
+// at once. The only owner of the notes; the panels show and change them.
+
+#include "hexnotes.h"
+#include "notice.h"
+
+#include <QObject>
+
+class HexNotesKeeper : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit HexNotesKeeper(QObject *parent = nullptr);
+
+    const HexNotes &notes() const { return m_notes; }
+    bool hasFile() const { return !m_fileName.isEmpty(); }
+    void change(const HexNotes &notes);
+    bool isBeside() const { return m_isBeside; }
+    void setBeside(bool beside);
+
+    void open(const QString &fileName); // empty: no file is open
+    // The same bytes have another name from now on.
+    void rename(const QString &fileName);
+
+signals:
+    void changed();
+    void opened(); // after changed()
+    void notify(const Notice &notice);
+
+private:
+    void write();
+
+    QString m_fileName;
+    HexNotes m_notes;
+    bool m_isBeside = false;
+    bool m_isForeign = false; // what is kept there could not be read
+};
