@@ -61,7 +61,8 @@ private slots:
     void staysWhereOpeningFails()
     {
         QSignalSpy began(m_file.get(), &HexFile::readingBegan);
-        open("rom.bin");
+        put("rom.bin", ":0300300002337A1E\n:00000001FF\n");
+        QVERIFY(open("rom.bin").inPlace && m_read == QByteArray("\x02\x33\x7A"));
         QVERIFY(!open("missing").done && m_result->reason == QString("文件不存在"));
         QVERIFY(!open(".").done && m_result->reason == QString("不是普通文件"));
         QCOMPARE(began.size(), 1);
@@ -74,6 +75,10 @@ private slots:
         QVERIFY(!result().done && m_result->reason.isEmpty());
         QCOMPARE(m_file->name(), path("rom.bin"));
         QVERIFY(!m_file->needsConsent());
+        // Plain bytes must not be saved over a file of records.
+        QCOMPARE(m_file->image().form, HexForm::IntelHex);
+        m_file->saveAs(path("missing/new.bin"), plain(), HexImage(), keepResult());
+        QVERIFY(!result().done && m_file->image().form == HexForm::IntelHex);
     }
 
     void savesOverTheFile()
