@@ -56,6 +56,7 @@ struct HexImage
 
     // As it was written, to be written so again.
     int recordLength = 0;                // bytes in most records; 0 where it differs
+    bool isAligned = false;              // records of that length begin at its multiples only
     bool hasLineFeedOnly = false;        // at the ends of lines, instead of CR LF
     int addressBytes = 2;                // S-record: at least
     bool hasCount = false;               // S-record: of the data records

@@ -60,7 +60,7 @@ qint64 HexRecordOutput::size() const
         20; // characters of a record without its bytes, and bytes of an extended address
     qint64 records = 8;
     for (const HexRun &run : m_runs) // with extended addresses and what they part
-        records += run.length / m_recordLength + 2 + 2 * (run.length / kPart + 1);
+        records += run.length / m_recordLength + 3 + 2 * (run.length / kPart + 1);
     qint64 size = records * around + 2 * m_document.size();
     for (const QByteArray &header : m_image.headers)
         size += around + 2 * qint64(header.size());
@@ -123,26 +123,30 @@ void HexRecordOutput::appendData(QByteArray *text)
         m_inside = 0;
         return;
     }
+    const bool isIntel = m_image.form == HexForm::IntelHex;
     const qint64 address = run.address + m_inside;
-    qint64 count = std::min<qint64>(m_recordLength, run.length - m_inside);
-    if (m_image.form == HexForm::SRecord) {
-        appendRecord(m_addressBytes - 1, static_cast<quint32>(address),
-                     m_document.read(run.offset + m_inside, static_cast<int>(count)), text);
-    } else {
-        const qint64 part = address / kPart;
-        const qint64 wanted = m_hasSegments ? part << 12 : part;
-        if (wanted != m_base) {
-            appendRecord(m_hasSegments ? HexRecord::Segment : HexRecord::Linear, 0,
-                         bigEndian(static_cast<quint32>(wanted), 2), text);
-            m_base = wanted;
-        }
-        count = std::min(count, kPart - address % kPart);
-        appendRecord(HexRecord::Data, static_cast<quint32>(address % kPart),
-                     m_document.read(run.offset + m_inside, static_cast<int>(count)), text);
+    const qint64 inRecord = isIntel ? address % kPart : address; // the address that it has
+    qint64 count = m_recordLength - (m_image.isAligned ? inRecord % m_recordLength : 0);
+    count = std::min(count, run.length - m_inside);
+    if (isIntel) {
+        count = std::min(count, kPart - inRecord);
+        appendBase(address / kPart, text);
     }
+    appendRecord(isIntel ? HexRecord::Data : m_addressBytes - 1, static_cast<quint32>(inRecord),
+                 m_document.read(run.offset + m_inside, static_cast<int>(count)), text);
     m_inside += count;
     m_bytes += count;
     ++m_records;
+}
+
+void HexRecordOutput::appendBase(qint64 part, QByteArray *text)
+{
+    const qint64 base = m_hasSegments ? part << 12 : part;
+    if (base == m_base)
+        return;
+    appendRecord(m_hasSegments ? HexRecord::Segment : HexRecord::Linear, 0,
+                 bigEndian(static_cast<quint32>(base), 2), text);
+    m_base = base;
 }
 
 // A number that fits no record is left out.

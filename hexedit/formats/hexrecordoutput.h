@@ -24,6 +24,7 @@ private:
 
     void appendNext(QByteArray *text); // a record, or nothing but the next stage
     void appendData(QByteArray *text);
+    void appendBase(qint64 part, QByteArray *text); // where it is another one than before
     void appendCount(QByteArray *text);
     void appendEnd(QByteArray *text);
     void appendRecord(int type, quint32 address, const QByteArray &bytes, QByteArray *text);

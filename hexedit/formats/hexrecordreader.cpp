@@ -139,8 +139,7 @@ void HexRecordReader::readIntel(const HexRecord &record)
     };
     switch (record.type) {
     case HexRecord::Data: {
-        ++m_records;
-        m_bytesByLength[record.length] += record.length;
+        countRecord(record);
         // In a segment the offset wraps, in the linear address space it does not.
         const qint64 inside =
             m_isLinear ? record.length : std::min<qint64>(record.length, kSegment - record.address);
@@ -181,8 +180,7 @@ void HexRecordReader::readSRecord(const HexRecord &record)
     case 1:
     case 2:
     case 3:
-        ++m_records;
-        m_bytesByLength[record.length] += record.length;
+        countRecord(record);
         m_image.addressBytes = std::max(m_image.addressBytes, HexRecord::addressBytesOf(record.type));
         addBytes(record.address, record.bytes, record.length);
         break;
@@ -198,6 +196,14 @@ void HexRecordReader::readSRecord(const HexRecord &record)
         m_image.addressBytes = std::max(m_image.addressBytes, HexRecord::addressBytesOf(record.type));
         break;
     }
+}
+
+void HexRecordReader::countRecord(const HexRecord &record)
+{
+    ++m_records;
+    m_bytesByLength[record.length] += record.length;
+    m_hasUnaligned[record.length] |=
+        record.length > 0 && record.address % static_cast<quint32>(record.length) != 0;
 }
 
 void HexRecordReader::addBytes(qint64 address, const quint8 *bytes, int length)
@@ -238,8 +244,10 @@ void HexRecordReader::endLines()
     if (!m_isEnded)
         m_image.faults.add({HexFault::Kind::NoEnd, 0});
     const auto most = std::max_element(std::begin(m_bytesByLength), std::end(m_bytesByLength));
-    if (2 * *most > m_merge.byteCount())
-        m_image.recordLength = static_cast<int>(most - std::begin(m_bytesByLength));
+    if (2 * *most <= m_merge.byteCount())
+        return;
+    m_image.recordLength = static_cast<int>(most - std::begin(m_bytesByLength));
+    m_image.isAligned = !m_hasUnaligned[m_image.recordLength];
 }
 
 HexRecordReader::State HexRecordReader::orderSlice()

@@ -35,6 +35,7 @@ private:
     void readIntel(const HexRecord &record);
     void readSRecord(const HexRecord &record);
     void addBytes(qint64 address, const quint8 *bytes, int length);
+    void countRecord(const HexRecord &record);
     void addFault(HexFault::Kind kind, qint64 address = 0, qint64 length = 0);
     void endLines();
     void appendRun(const HexRunMerge::Stretch &stretch, qint64 from, qint64 count);
@@ -54,6 +55,7 @@ private:
     qint64 m_records = 0; // of data
     bool m_hasLinear = false;
     qint64 m_bytesByLength[256] = {}; // in records of that length
+    bool m_hasUnaligned[256] = {};    // such that begin at no multiple of their length
 
     HexRunMerge m_merge;
     std::vector<QByteArray> m_blocks; // as they came, all but the last of one size

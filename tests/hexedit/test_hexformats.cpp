@@ -88,6 +88,10 @@ private slots:
                                           "S9030000FC\r\n");
         QTest::newRow("S3 though S1 would do")
             << QByteArray("S306000000000102\r\n").replace("0102", "01F8") + "S70508000000F2\r\n";
+        QTest::newRow("aligned") << QByteArray(
+            "S10501060102F0\nS10B01080001020304050607CF\nS104011003E7\nS9030000FC\n");
+        QTest::newRow("not aligned") << QByteArray(
+            "S10B01060001020304050607D1\nS106010E010203E4\nS9030000FC\n");
         QTest::newRow("nothing") << QByteArray(":00000001FF\r\n");
     }
 
