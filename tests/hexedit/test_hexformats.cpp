@@ -160,6 +160,7 @@ private slots:
         QCOMPARE(shownFaults(), QString());
         QVERIFY((m_image.runs == HexRuns{{address.toLongLong(nullptr, 16), 0, bytes.size()}}));
         QCOMPARE(m_document.read(0, 200000), bytes);
+        QCOMPARE(write(m_image, m_image.recordLength), contentOf(folder.filePath("theirs")));
         m_image.runs = {{m_image.runs.front().address, 0, 149000},
                         {m_image.runs.front().address + 149500, 149000, 1000}};
         QVERIFY(writeFile(folder.filePath("ours"), write(m_image, m_image.recordLength)));
