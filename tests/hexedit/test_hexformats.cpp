@@ -112,7 +112,7 @@ private slots:
         const HexRuns high{{0xFF, 0, 70000}, {0x7FFFFFFF, 70000, 229999}, {0xFFFFFFFF, 299999, 1}};
         for (const HexRuns &runs : {low, high})
             for (const HexForm form : {HexForm::IntelHex, HexForm::SRecord})
-                for (const int length : {1, 16, 33, 255}) {
+                for (const int length : {7, 16, 255}) {
                     HexImage image;
                     image.form = form;
                     image.hasSegments = runs == low;
@@ -173,16 +173,16 @@ private slots:
         QCOMPARE(output.size(), qint64(filled.size()));
     }
 
-    // A million records the wrong way round, and all at one address.
+    // Many records the wrong way round, and all at one address.
     void ordersManyRecords()
     {
         QByteArray text;
-        for (int i = 999999; i >= 0; --i)
+        for (int i = 199999; i >= 0; --i)
             HexRecord::append(HexForm::SRecord, 3, static_cast<quint32>(i % 2 ? i : 0), QByteArray(1, 'a'),
                               &(text += '\n'));
         read(HexForm::SRecord, text, 1 << 20);
-        QCOMPARE(m_document.size(), 500001);
-        QCOMPARE(m_image.faults.count(), qint64(499999 + 1)); // and no end
+        QCOMPARE(m_document.size(), 100001);
+        QCOMPARE(m_image.faults.count(), qint64(99999 + 1)); // and no end
         QCOMPARE(m_image.faults.first().size(), HexFaults::maxKept);
     }
 
