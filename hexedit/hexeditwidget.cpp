@@ -24,6 +24,7 @@
 #include "qhexedit.h"
 #include "settings.h"
 
+#include <QActionGroup>
 #include <QButtonGroup>
 #include <QDragEnterEvent>
 #include <QMenu>
@@ -185,6 +186,7 @@ void HexEditWidget::buildPanes()
     inspector->setCheckable(true);
     inspector->setChecked(true);
     connect(inspector, &QAction::toggled, m_inspector, &QWidget::setVisible);
+    addColumnsMenu(menu);
     menu->addSeparator();
     m_panes->add(m_results, QStringLiteral("查找结果"), "actionHexResults", menu, &kept.showsResults);
     m_panes->add(m_strings, QStringLiteral("字符串"), "actionHexStrings", menu, &kept.showsStrings);
@@ -203,6 +205,26 @@ void HexEditWidget::buildPanes()
     };
     connect(m_edit, &QHexEdit::documentReplaced, this, clear);
     clear();
+}
+
+void HexEditWidget::addColumnsMenu(QMenu *menu)
+{
+    QMenu *const columns = menu->addMenu(QStringLiteral("每行字节数"));
+    auto *group = new QActionGroup(columns);
+    Setting<int> &kept = Settings::instance().hexEditPage.bytesPerRow;
+    for (const int bytes : {8, 16, 24, 32, 48, 64, 0}) {
+        QAction *const action =
+            columns->addAction(bytes > 0 ? QString::number(bytes) : QStringLiteral("随窗口宽度"));
+        action->setObjectName(QStringLiteral("actionBytesPerRow%1").arg(bytes));
+        action->setCheckable(true);
+        action->setChecked(bytes == kept);
+        group->addAction(action);
+        connect(action, &QAction::triggered, this, [this, bytes, &kept] {
+            kept.change(bytes);
+            m_edit->setBytesPerRow(bytes);
+        });
+    }
+    m_edit->setBytesPerRow(kept);
 }
 
 void HexEditWidget::connectNotes()

@@ -24,6 +24,7 @@ class HexStateRow;
 class HexStringsPanel;
 class HexToolRow;
 class QHexEdit;
+class QMenu;
 class QPushButton;
 
 class HexEditWidget : public QtWidgetBase
@@ -67,6 +68,7 @@ private:
     QWidget *buildWorkArea();
     void buildCommands();
     void buildPanes();
+    void addColumnsMenu(QMenu *menu);
     void connectNotes();
     void connectParts();
 

@@ -10,7 +10,8 @@
 class HexLayout
 {
 public:
-    static constexpr int bytesPerRow = 16;
+    static constexpr int minBytes = 8;
+    static constexpr int maxBytes = 64;
 
     struct Place
     {
@@ -21,7 +22,11 @@ public:
     };
 
     // The address column is as wide as the highest address needs.
-    void update(const QFontMetrics &font, qint64 highest);
+    void update(const QFontMetrics &font, qint64 highest, int bytes);
+    // How many bytes, in steps of 8, a row of that width has room for; 8 at least.
+    static int bytesFor(int width, const QFontMetrics &font, qint64 highest);
+
+    int bytes() const { return m_bytes; } // of a row
 
     int rowHeight() const { return m_rowHeight; }
     int cellWidth() const { return m_cell; }
@@ -35,6 +40,7 @@ public:
     Place placeAt(const QPoint &point) const;
 
 private:
+    int m_bytes = 16;
     int m_cell = 1;
     int m_rowHeight = 1;
     int m_digits = 8;

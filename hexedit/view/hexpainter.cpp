@@ -84,13 +84,13 @@ void HexPainter::paintHeader()
     m_painter.translate(m_view.origin.x(), 0);
     m_painter.drawText(m_layout.address(0), Qt::AlignCenter, QStringLiteral("地址"));
     const int column = m_caret.column;
-    for (int i = 0; i < HexLayout::bytesPerRow; ++i) {
+    for (int i = 0; i < m_layout.bytes(); ++i) {
         if (i == column)
             m_painter.fillRect(m_layout.hex(0, i), headerGround(true));
         m_painter.setPen(headerText(i == column));
         m_painter.drawText(m_layout.hex(0, i), Qt::AlignCenter, pairOf(static_cast<quint8>(i)));
     }
-    const QRect text = m_layout.text(0, 0).united(m_layout.text(0, HexLayout::bytesPerRow - 1));
+    const QRect text = m_layout.text(0, 0).united(m_layout.text(0, m_layout.bytes() - 1));
     m_painter.setPen(headerText(false));
     m_painter.drawText(text, Qt::AlignCenter, QStringLiteral("文本"));
     m_painter.restore();
@@ -152,8 +152,7 @@ void HexPainter::paintByte(int row, int column, qint64 address, quint8 byte, boo
     m_painter.setPen(colorOf(address));
     if (selected || changed) {
         const QColor ground = selected ? accent : mixed(accent, QColor(skin.panel), 0.3);
-        const bool goesOn =
-            selected && m_content.isSelected(address + 1) && column + 1 < HexLayout::bytesPerRow;
+        const bool goesOn = selected && m_content.isSelected(address + 1) && column + 1 < m_layout.bytes();
         const int right = goesOn ? m_layout.hex(row, column + 1).left() : hex.right() + 1;
         m_painter.fillRect(hex.left(), hex.top(), right - hex.left(), hex.height(), ground);
         m_painter.fillRect(text, ground);
@@ -182,7 +181,7 @@ void HexPainter::paintText(int row, const HexRows::Row &line)
         m_painter.setPen(colorOf(at));
         m_painter.drawText(place, Qt::AlignCenter | Qt::TextDontClip, text);
         // The other half in the color of its byte, or of the ground behind the last cell.
-        const bool beyond = column + 1 == HexLayout::bytesPerRow;
+        const bool beyond = column + 1 == m_layout.bytes();
         const QColor other = beyond ? QColor(Skin::palette().text) : colorOf(at + 1);
         if (wide && other != colorOf(at)) {
             m_painter.save();

@@ -9,6 +9,12 @@ HexRows::HexRows(const HexContent &content, int length)
     reset();
 }
 
+void HexRows::setLength(int length)
+{
+    m_length = length;
+    reset();
+}
+
 void HexRows::reset()
 {
     const HexAddressMap &map = m_content.addresses();

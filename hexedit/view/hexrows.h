@@ -25,6 +25,8 @@ public:
 
     HexRows(const HexContent &content, int length);
 
+    int length() const { return m_length; } // bytes
+    void setLength(int length);
     // After the addresses of the content have changed.
     void reset();
 

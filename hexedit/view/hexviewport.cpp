@@ -7,13 +7,27 @@
 HexViewport::HexViewport(QAbstractScrollArea *area, const HexContent &content)
     : m_area(area)
     , m_content(content)
-    , m_rows(content, HexLayout::bytesPerRow)
+    , m_rows(content, m_bytesPerRow)
 {
+}
+
+// The row on top keeps its first byte.
+void HexViewport::setBytesPerRow(int bytes)
+{
+    const qint64 first = m_rows.offsetAt(topRow(), 0);
+    m_bytesPerRow = bytes == 0 ? 0 : qBound(HexLayout::minBytes, bytes, HexLayout::maxBytes);
+    update();
+    m_area->verticalScrollBar()->setValue(static_cast<int>(m_rows.placeOf(first).row));
 }
 
 void HexViewport::update()
 {
-    m_layout.update(m_area->fontMetrics(), m_rows.endAddress());
+    const int bytes = m_bytesPerRow > 0 ? m_bytesPerRow
+                                        : HexLayout::bytesFor(m_area->viewport()->width(),
+                                                              m_area->fontMetrics(), m_rows.endAddress());
+    if (bytes != m_rows.length())
+        m_rows.setLength(bytes);
+    m_layout.update(m_area->fontMetrics(), m_rows.endAddress(), bytes);
     m_area->verticalScrollBar()->setPageStep(rows());
     m_area->verticalScrollBar()->setRange(
         0, static_cast<int>(qBound<qint64>(0, m_rows.count() - rows(), std::numeric_limits<int>::max())));

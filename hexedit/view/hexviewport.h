@@ -15,6 +15,8 @@ class HexViewport
 public:
     HexViewport(QAbstractScrollArea *area, const HexContent &content);
 
+    // 8 to 64 bytes in a row; 0: as many as fit.
+    void setBytesPerRow(int bytes);
     // After the font, the viewport or the number of bytes has changed.
     void update();
     // After the addresses of the bytes have changed as well.
@@ -36,6 +38,7 @@ public:
 
 private:
     QAbstractScrollArea *m_area;
+    int m_bytesPerRow = 16;
     const HexContent &m_content;
     HexLayout m_layout;
     HexRows m_rows;

@@ -217,6 +217,12 @@ void QHexEdit::setAsciiOnly(bool asciiOnly)
     viewport()->update();
 }
 
+void QHexEdit::setBytesPerRow(int bytes)
+{
+    m_view.setBytesPerRow(bytes);
+    viewport()->update();
+}
+
 void QHexEdit::setMarks(std::vector<HexMark> marks)
 {
     m_marks = std::move(marks);

@@ -70,6 +70,7 @@ public:
     // How text that is typed, pasted, copied and shown becomes bytes and back.
     void setTextCodec(int index);
     void setAsciiOnly(bool asciiOnly); // shows nothing else as text
+    void setBytesPerRow(int bytes);    // 8 to 64; 0: as many as fit
     void setMarks(std::vector<HexMark> marks);
     void setPlaceholderText(const QString &text);
     void zoom(int steps); // 0 goes back to the beginning

@@ -33,6 +33,27 @@ private slots:
         m_edit.reset();
     }
 
+    void choosesBytesPerRow()
+    {
+        showData(QByteArray(1000, 'x'));
+        m_edit->goTo(100);
+        for (const int bytes : {8, 16, 24, 64}) {
+            m_edit->setBytesPerRow(bytes);
+            m_edit->goTo(100);
+            QTest::keyClick(m_edit.get(), Qt::Key_Down);
+            QCOMPARE(m_edit->address(), 100 + bytes);
+            QTest::keyClick(m_edit.get(), Qt::Key_Home);
+            QCOMPARE(m_edit->address(), (100 + bytes) / bytes * bytes);
+        }
+        m_edit->setBytesPerRow(0); // what fits is shown without a scroll bar
+        QCOMPARE(m_edit->horizontalScrollBar()->maximum(), 0);
+        const int before = m_edit->view().layout().bytes();
+        m_edit->resize(2000, 400);
+        QVERIFY(m_edit->view().layout().bytes() > before && before >= 16);
+        m_edit->resize(900, 400);
+        m_edit->setBytesPerRow(16);
+    }
+
     void types()
     {
         const std::tuple<const char *, const char *, qint64> rows[] = {
@@ -606,7 +627,7 @@ private:
     HexLayout layout() const
     {
         HexLayout layout;
-        layout.update(m_edit->fontMetrics(), m_edit->size());
+        layout.update(m_edit->fontMetrics(), m_edit->size(), 16);
         return layout;
     }
     // The middle of a byte's left digit, or of its character.
