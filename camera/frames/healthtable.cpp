@@ -1,5 +1,7 @@
 #include "healthtable.h"
 
+#include "csvtext.h"
+
 namespace {
 
 constexpr int kReceivedRate = 8; // columns, of the current one
@@ -51,12 +53,11 @@ QString kindText(CameraFault::Kind kind)
     return {};
 }
 
-// A sender's name has no comma, quote or line end; see Link::peerName().
 QByteArray lines(const QVector<QStringList> &rows)
 {
     QByteArray text;
     for (const QStringList &row : rows)
-        text += row.join(QLatin1Char(',')).toUtf8() + "\r\n";
+        text += CsvText::line(row);
     return text;
 }
 

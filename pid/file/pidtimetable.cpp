@@ -1,5 +1,7 @@
 #include "pidtimetable.h"
 
+#include "csvtext.h"
+
 #include <QDateTime>
 #include <QIODevice>
 
@@ -8,15 +10,6 @@
 namespace {
 
 constexpr qint64 kSecond = 1000000; // microseconds
-
-QByteArray quoted(const QString &text)
-{
-    QByteArray field = text.toUtf8();
-    bool isPlain = true;
-    for (const char special : {',', '"', '\r', '\n'})
-        isPlain = isPlain && !field.contains(special);
-    return isPlain ? field : '"' + field.replace('"', "\"\"") + '"';
-}
 
 QByteArray shortest(float value)
 {
@@ -57,8 +50,9 @@ PidTimeTable::PidTimeTable(const PidRecorder *recorder, const PidSessionInfo &in
     if (recorder->hasOrigin())
         m_originUs = recorder->origin();
     for (int i = 0; i < PidRecorder::channels; ++i)
-        m_channels.at(size_t(i)) = ',' + QByteArray::number(i + 1) + ',' + quoted(info.names.at(size_t(i))) +
-                                   ',' + quoted(info.units.at(size_t(i))) + ',';
+        m_channels.at(size_t(i)) = ',' + QByteArray::number(i + 1) + ',' +
+                                   CsvText::field(info.names.at(size_t(i))) + ',' +
+                                   CsvText::field(info.units.at(size_t(i))) + ',';
 }
 
 bool PidTimeTable::advance(int maxRows)

@@ -1,5 +1,6 @@
 #include "runmodel.h"
 
+#include "csvtext.h"
 #include "pidrecorder.h"
 
 #include <QDateTime>
@@ -292,11 +293,10 @@ QVariant RunModel::headerData(int section, Qt::Orientation orientation, int role
 
 QByteArray RunModel::csv() const
 {
-    QStringList lines;
     QStringList fields;
     for (int column = Channel; column < columnCount(); ++column)
         fields << headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
-    lines << fields.join(QLatin1Char(','));
+    QByteArray lines = "\xEF\xBB\xBF" + CsvText::line(fields);
     for (const Row &row : m_rows) {
         fields.clear();
         for (int column = Channel; column < columnCount(); ++column) {
@@ -309,13 +309,9 @@ QByteArray RunModel::csv() const
                                       : QString();
             if (field == QLatin1String("—"))
                 field.clear();
-            if (field.contains(QLatin1Char(',')) || field.contains(QLatin1Char('"')))
-                field = QLatin1Char('"') + field.replace(QLatin1Char('"'), QLatin1String("\"\"")) +
-                        QLatin1Char('"');
             fields << field;
         }
-        lines << fields.join(QLatin1Char(','));
+        lines += CsvText::line(fields);
     }
-    return QByteArrayLiteral("\xef\xbb\xbf") +
-           (lines.join(QLatin1String("\r\n")) + QLatin1String("\r\n")).toUtf8();
+    return lines;
 }

@@ -1,22 +1,11 @@
 #include "curvetable.h"
 
+#include "csvtext.h"
+
 #include <QDateTime>
 #include <QLocale>
 #include <limits>
 #include <utility>
-
-namespace {
-
-QByteArray quoted(const QString &text)
-{
-    QByteArray field = text.toUtf8();
-    bool isPlain = true;
-    for (const char special : {',', '"', '\r', '\n'})
-        isPlain = isPlain && !field.contains(special);
-    return isPlain ? field : '"' + field.replace('"', "\"\"") + '"';
-}
-
-} // namespace
 
 CurveTable::CurveTable(const QStringList &names, const QVector<CurvePoints> &curves)
     : m_curves(curves)
@@ -24,7 +13,7 @@ CurveTable::CurveTable(const QStringList &names, const QVector<CurvePoints> &cur
     , m_piece("\xEF\xBB\xBF" + QStringLiteral("时间").toUtf8())
 {
     for (const QString &name : names)
-        m_piece += ',' + quoted(name);
+        m_piece += ',' + CsvText::field(name);
     m_piece += "\r\n";
 }
 

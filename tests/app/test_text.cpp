@@ -4,6 +4,7 @@
 #include "bytequeue.h"
 #include "checksum.h"
 #include "codecguess.h"
+#include "csvtext.h"
 #include "filereason.h"
 #include "hextext.h"
 #include "safefile.h"
@@ -46,6 +47,30 @@ private slots:
             QCOMPARE(parsed.bytes, bytes);
             QCOMPARE(parsed.ignored, ignored);
         }
+    }
+
+    // Fields with |, records with /.
+    void readsQuotedFields()
+    {
+        const std::tuple<QByteArray, char, QByteArray> files[] = {
+            {"a,\"b,c\",\"\"\"d\"\"\"\r\n, \"e\" ,\n", ',', "a|b,c|\"d\"/|e|"},
+            {"a;\"two\nlines\"\r\n\nb", ';', "a|two\nlines//b"},
+            {"\"a\tb\"\t\"c\"\r\n", '\t', "a\tb|c"},
+            {"1,\"stray\n2,\"x\"y\n3,z\"\"\n", ',', "1|\"stray/2|\"x\"y/3|z\"\""},
+            {"1,\"" + QByteArray("\n").repeated(21) + "\"", ',',
+             "1|\"" + QByteArray("/").repeated(21) + "\""},
+            {"1,\"open", ',', "1|\"open"}};
+        for (const auto &[content, separator, expected] : files) {
+            CsvText::Reader reader(content, separator);
+            QByteArrayList records;
+            while (!reader.atEnd())
+                records += reader.next(9).toList().join('|');
+            QCOMPARE(records.join('/'), expected);
+        }
+        CsvText::Reader reader("\"1\n2\",3,4\r\n5", ',');
+        QVERIFY(reader.next(1).size() == 1 && reader.fieldCount() == 3 && reader.line() == 1);
+        QVERIFY(reader.next(9).size() == 1 && reader.line() == 3);
+        QCOMPARE(CsvText::line({"", "a\"", "b,", "c\n", "曝"}), ",\"a\"\"\",\"b,\",\"c\n\",曝\r\n");
     }
 
     // The check values that catalogues of CRCs list for "123456789".
