@@ -267,6 +267,9 @@ void ImageFormatConfig::storeRecord()
 void ImageFormatConfig::setTarget()
 {
     m_session.setTarget({device(), addressLength(), valueLength()});
+    for (DataManagerWidget *table : m_tables)
+        if (table)
+            table->setLengths(addressLength(), valueLength());
 }
 
 bool ImageFormatConfig::checkHex(QLineEdit *field, int length)
@@ -352,6 +355,7 @@ void ImageFormatConfig::openTable(RegisterSession::Access access)
         const auto mode =
             access == RegisterSession::Read ? DataManagerWidget::Read : DataManagerWidget::Write;
         table = new DataManagerWidget(mode, m_session.table(access), this);
+        table->setLengths(addressLength(), valueLength());
         connect(table, &DataManagerWidget::confirmed, this, [this, access] { startTable(access); });
         connect(table, &DataManagerWidget::stopRequested, this, [this, access] { m_session.stop(access); });
     }

@@ -23,6 +23,9 @@ namespace {
 const auto kWarning = QStringLiteral("告警");
 const auto kQuestion = QStringLiteral("询问");
 const auto kFilter = QStringLiteral("*.csv;;*.txt");
+const auto kListFilter = QStringLiteral("地址和值的列表(*.h *.c *.txt *.ini *.set)");
+const auto kImportFilters = kFilter + QStringLiteral(";;") + kListFilter + QStringLiteral(";;所有文件(*)");
+const auto kExportFilters = kFilter + QStringLiteral(";;C 数组(*.c);;C 头文件(*.h)");
 
 enum Button { Import, Export, Clear, Confirm, Cancel };
 
@@ -155,6 +158,12 @@ void DataManagerWidget::showProgress(const QString &text)
     m_progress->setText(text);
 }
 
+void DataManagerWidget::setLengths(int address, int value)
+{
+    m_addressLength = address;
+    m_valueLength = value;
+}
+
 void DataManagerWidget::hideEvent(QHideEvent *event)
 {
     QtFramelessDialog::hideEvent(event);
@@ -170,7 +179,7 @@ void DataManagerWidget::SltButtonClicked(int index)
     case Import:
         return importTable();
     case Export:
-        exportTable();
+        exportTable(kExportFilters);
         return;
     case Clear:
         return clearTable();
@@ -192,7 +201,7 @@ bool DataManagerWidget::mayClose()
     const QString text =
         QStringLiteral("寄存器表[%1]有尚未导出的数据，是否保存？").arg(windowTitle().trimmed());
     const auto answer = QtMessageBox::saveQuestion(this, kQuestion, text);
-    return answer == QtMessageBox::Save ? exportTable() : answer == QtMessageBox::Discard;
+    return answer == QtMessageBox::Save ? exportTable(kFilter) : answer == QtMessageBox::Discard;
 }
 
 void DataManagerWidget::showFileError(const QString &what, const QString &reason)
@@ -201,17 +210,20 @@ void DataManagerWidget::showFileError(const QString &what, const QString &reason
     QtMessageBox::warning(this, kWarning, QStringLiteral("文件打开失败，请重试！"));
 }
 
-bool DataManagerWidget::exportTable()
+bool DataManagerWidget::exportTable(const QString &filters)
 {
     const QString what = QStringLiteral("导出");
-    const QString name = QtFileDialog::getSaveFileName(this, what, QString(), kFilter);
+    const QString name = QtFileDialog::getSaveFileName(this, what, QString(), filters);
     if (name.isEmpty())
         return false;
     QString reason;
-    if (!m_file.save(name, &reason)) {
+    const bool isC = filters == kExportFilters && RegisterFile::isC(name);
+    if (isC ? !m_file.saveAsC(name, m_addressLength, m_valueLength, &reason) : !m_file.save(name, &reason)) {
         showFileError(what, reason);
         return false;
     }
+    showProgress(m_table->hasUnsavedRows() ? QStringLiteral("C 文件不含编号和不完整的行，表格仍需导出为 csv")
+                                           : QString());
     QtMessageTip::showTip(QStringLiteral("文件导出成功！"));
     return true;
 }
@@ -219,11 +231,12 @@ bool DataManagerWidget::exportTable()
 void DataManagerWidget::importTable()
 {
     const QString what = QStringLiteral("导入");
-    const QString name = QtFileDialog::getOpenFileName(this, what, QString(), kFilter);
+    QString filter;
+    const QString name = QtFileDialog::getOpenFileName(this, what, QString(), kImportFilters, &filter);
     if (name.isEmpty())
         return;
     QString reason;
-    if (!m_file.open(name, &reason))
+    if (!m_file.open(name, filter == kListFilter, &reason))
         return showFileError(what, reason);
     setBusy(true);
     m_stop->setVisible(false);
@@ -248,8 +261,13 @@ void DataManagerWidget::importSlice()
 void DataManagerWidget::endImport()
 {
     setBusy(false);
-    const int tooMany = m_file.beyondLimit();
-    QString text = QStringLiteral("读取 %1 行，跳过 %2 行").arg(m_file.rowsRead()).arg(m_file.skippedLines());
+    const int tooMany = m_file.reader().beyondLimit();
+    const int skipped = m_file.reader().skipped();
+    QString text = QStringLiteral("读取 %1 行，跳过 %2 行").arg(m_file.rowsRead()).arg(skipped);
+    if (skipped > 0)
+        text += QStringLiteral("（首行为第 %1 行）").arg(m_file.reader().firstSkipped());
+    if (m_file.isList() && m_file.isHexadecimalList())
+        text += QStringLiteral("，无前缀的数按十六进制读取");
     if (tooMany > 0)
         text += QStringLiteral("，超出 %1 行").arg(tooMany);
     showProgress(text);

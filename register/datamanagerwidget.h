@@ -29,6 +29,8 @@ public:
     // and it can be asked to stop.
     void setBusy(bool busy);
     void showProgress(const QString &text);
+    // Bytes of an address and of a value on the board, for exported C source.
+    void setLengths(int address, int value);
 
     // Offers to save rows that no file has. False: the user wants to stay.
     bool mayClose();
@@ -52,7 +54,7 @@ private:
     void connectParts();
     void addPage();
     bool askToDeletePage(int page);
-    bool exportTable(); // false when the user cancelled it, or it failed
+    bool exportTable(const QString &filters); // false when the user cancelled it, or it failed
     void importTable();
     void importSlice();
     void endImport();
@@ -62,6 +64,8 @@ private:
     Mode m_mode;
     RegisterTableModel *m_table;
     RegisterFile m_file;
+    int m_addressLength = 2;
+    int m_valueLength = 1;
     int m_pageToDelete = 0; // counted from 1; the bar has turned when it reports the deletion
     QTableView *m_view;
     QtPageBar *m_pageBar;

@@ -2,49 +2,18 @@
 
 #include "textcodec.h"
 
-#include <QStringList>
-#include <QTextCodec>
-
-#include <cstring>
-
 namespace {
 
 constexpr int kColumns = 4;
-constexpr int kMaxDigits = 8;
-constexpr int kTestedBytes = 1024 * 1024; // more than most full tables have
+constexpr int kTestedLines = 200;
+constexpr int kTestedBytes = 64 * 1024;
 
-bool isUtf8(const QByteArray &content)
+QString written(const QString &cell)
 {
-    QTextCodec::ConverterState state;
-    QTextCodec::codecForName("UTF-8")->toUnicode(content.constData(), qMin(content.size(), kTestedBytes),
-                                                 &state);
-    const bool isCut = content.size() > kTestedBytes; // possibly within a character
-    return state.invalidChars == 0 && (isCut || state.remainingChars == 0);
+    return cell.startsWith(QLatin1Char('"')) ? QString::fromUtf8(CsvText::field(cell)) : cell;
 }
 
 } // namespace
-
-bool RegisterRow::isEmpty() const
-{
-    return number.isEmpty() && address.isEmpty() && value.isEmpty() && description.isEmpty();
-}
-
-// Tables of other programs may have blanks and "0x" before the digits.
-bool RegisterRow::parse(const QString &text, quint32 *result)
-{
-    QString digits = text.trimmed();
-    if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
-        digits.remove(0, 2);
-    if (digits.isEmpty() || digits.size() > kMaxDigits)
-        return false;
-    for (const QChar c : qAsConst(digits)) {
-        const ushort code = c.toLower().unicode();
-        if (!(code >= '0' && code <= '9') && !(code >= 'a' && code <= 'f'))
-            return false;
-    }
-    *result = digits.toUInt(nullptr, 16);
-    return true;
-}
 
 namespace RegisterCsv {
 
@@ -58,58 +27,47 @@ QByteArray write(const QVector<RegisterRow> &rows)
 {
     QString text = titles().join(QLatin1Char(',')) + QLatin1Char('\n');
     for (const RegisterRow &row : rows)
-        text += row.number + QLatin1Char(',') + row.address + QLatin1Char(',') + row.value +
-                QLatin1Char(',') + row.description + QLatin1Char('\n');
+        text += written(row.number) + QLatin1Char(',') + written(row.address) + QLatin1Char(',') +
+                written(row.value) + QLatin1Char(',') + written(row.description) + QLatin1Char('\n');
     return TextCodec::encode(text, TextCodec::Gb18030);
 }
 
-Reader::Reader(const QByteArray &content, int maxRows)
-    : m_content(content)
-    , m_codec(TextCodec::Gb18030)
-    , m_maxRows(maxRows)
+Form formOf(const QByteArray &text)
 {
-    if (m_content.startsWith("\xEF\xBB\xBF")) {
-        m_at = 3;
-        m_codec = TextCodec::Utf8;
-    } else if (isUtf8(m_content)) {
-        m_codec = TextCodec::Utf8;
+    Form form;
+    const QByteArray tested = text.left(kTestedBytes);
+    for (const char separator : {',', ';', '\t'}) {
+        CsvText::Reader records(tested, separator);
+        int lines = 0;
+        for (int i = 0; i < kTestedLines && !records.atEnd(); ++i) {
+            records.next(0);
+            lines += records.fieldCount() >= kColumns ? 1 : 0;
+        }
+        if (lines > form.lines)
+            form = {separator, lines};
     }
+    return form;
 }
 
-// In both encodings a line end or a comma is never part of another character.
+Reader::Reader(const RegisterText &text, int maxRows)
+    : RegisterReader(maxRows)
+    , m_text(text)
+    , m_records(m_text.bytes, formOf(m_text.bytes).separator)
+{
+}
+
 bool Reader::read(int lines)
 {
-    for (; lines > 0 && m_at < m_content.size(); --lines) {
-        const char *const line = m_content.constData() + m_at;
-        const int left = m_content.size() - m_at;
-        const void *const end = std::memchr(line, '\n', static_cast<size_t>(left));
-        const int size = end ? static_cast<int>(static_cast<const char *>(end) - line) : left;
-        m_at += size + (end ? 1 : 0);
-        readLine(line, size > 0 && line[size - 1] == '\r' ? size - 1 : size);
+    for (; lines > 0 && !m_records.atEnd(); --lines) {
+        const QVector<QByteArray> cells = m_records.next(kColumns);
+        const auto cell = [&](int column) { return RegisterRow::fitted(m_text.decoded(cells.at(column))); };
+        const bool isBlank = m_records.fieldCount() == 1 && cells.at(0).isEmpty();
+        if (m_records.fieldCount() >= kColumns)
+            add(hasRoom() ? RegisterRow{cell(0), cell(1), cell(2), cell(3)} : RegisterRow());
+        else if (!isBlank)
+            skip(m_records.line());
     }
-    return m_at < m_content.size();
-}
-
-void Reader::readLine(const char *line, int size)
-{
-    QString cells[kColumns];
-    int column = 0;
-    int begin = 0;
-    const bool hasRoom = m_rows.size() < m_maxRows;
-    for (int at = 0; at <= size && column < kColumns; ++at) {
-        if (at < size && line[at] != ',')
-            continue;
-        if (hasRoom)
-            cells[column] = TextCodec::decode(QByteArray::fromRawData(line + begin, at - begin), m_codec);
-        ++column;
-        begin = at + 1;
-    }
-    if (column < kColumns)
-        m_skipped += size > 0 ? 1 : 0;
-    else if (hasRoom)
-        m_rows.append({cells[0], cells[1], cells[2], cells[3]});
-    else
-        ++m_beyondLimit;
+    return !m_records.atEnd();
 }
 
 } // namespace RegisterCsv

@@ -3,7 +3,7 @@
 // A register table on disk: saves a table, and reads a file into one, a slice at
 // a time so that a large file does not stop the window. Shows nothing.
 
-#include "registercsv.h"
+#include "registerreader.h"
 
 #include <memory>
 
@@ -21,16 +21,26 @@ public:
     // On failure, reason says why, for the user.
     bool save(const QString &fileName, QString *reason) const;
 
-    // Begins to read. On failure, reason says why, for the user.
-    bool open(const QString &fileName, QString *reason);
+    // Saves as C source, see RegisterList. The table remains unsaved where the file does
+    // not have the text of all its cells. Without any pair nothing is written.
+    bool saveAsC(const QString &fileName, int addressLength, int valueLength, QString *reason) const;
+    // By the suffix of its name.
+    static bool isC(const QString &fileName);
+
+    // Begins to read a table or a list; which of them, the content decides unless it is
+    // known to be a list. On failure, reason says why, for the user.
+    bool open(const QString &fileName, bool isList, QString *reason);
     // Reads the next slice. False at the end; then the rows are in the table.
     bool readSlice();
 
+    const RegisterReader &reader() const { return *m_reader; }
     int rowsRead() const { return m_reader->rows().size(); }
-    int skippedLines() const { return m_reader->skipped(); }
-    int beyondLimit() const { return m_reader->beyondLimit(); } // rows for which there was no room
+    bool isList() const { return m_isList; }
+    bool isHexadecimalList() const { return m_isHexadecimal; } // also numbers without a prefix
 
 private:
     RegisterTableModel *m_table;
-    std::unique_ptr<RegisterCsv::Reader> m_reader; // of the file opened last
+    std::unique_ptr<RegisterReader> m_reader; // of the file opened last
+    bool m_isList = false;
+    bool m_isHexadecimal = false;
 };

@@ -1,5 +1,7 @@
 #include "registertablemodel.h"
 
+#include "registercsv.h"
+
 #include <algorithm>
 
 namespace {

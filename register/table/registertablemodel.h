@@ -4,7 +4,7 @@
 // ended, and whether a file has them. Holds complete pages, empty rows included.
 // Rows and pages are counted from 0. Knows no file, no board and no view.
 
-#include "registercsv.h"
+#include "registerrow.h"
 
 #include <QAbstractTableModel>
 

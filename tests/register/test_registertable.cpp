@@ -1,6 +1,8 @@
 // The rows of a register table and its file.
 
+#include "registercsv.h"
 #include "registerfile.h"
+#include "registerlist.h"
 #include "registertablemodel.h"
 #include "testfiles.h"
 
@@ -27,7 +29,16 @@ private slots:
             {"1,2,3,\xc6\xd8\xb9\xe2\n", "1|2|3|曝光", 0},            // GB18030
             {"\xef\xbb\xbf" + QByteArray("1,2,3,曝"), "1|2|3|曝", 0}, // with a byte order mark
             {"1,2,3,曝光\n", "1|2|3|曝光", 0},
-            {"\"1\",\"30\",4,5", "\"1\"|\"30\"|4|5", 0},
+            {"\xef\xbb\xbf\"1\";\"30\";4;\"a, \"\"b\"\"\"\r\n2;31;5;x,y,z\r\n",
+             "1|30|4|a， \"b\"/2|31|5|x，y，z", 0},
+            {"1\t30\t4\t\"two\nlines\"\n", "1|30|4|two lines", 0},
+            {"1,30,4,a;b;c;d\n2,31,5,\n", "1|30|4|a;b;c;d/2|31|5|", 0},
+            {QByteArray("\xff\xfe"
+                        "1\0\t\0"
+                        "2\0\t\0"
+                        "3\0\t\0\xdd\x66\n\0",
+                        18),
+             "1|2|3|曝", 0},
             {"1,2,3,\xc6", "1|2|3|", 0},
             {"1,2,3,4\n5,6,7,8\n9,,,\n1,1,1,1\n2,2,2,2\n", "1|2|3|4/5|6|7|8/9|||", 0}};
         for (const auto &[content, rows, skipped] : files) {
@@ -41,6 +52,57 @@ private slots:
             QCOMPARE(reader.skipped(), skipped);
             QCOMPARE(reader.beyondLimit(), qMax(0, content.count("\n") - 3));
         }
+    }
+
+    // Pairs with =, their description behind /; lines that were skipped, the first of them.
+    void readsLists()
+    {
+        const std::tuple<QByteArray, const char *, int, int> files[] = {
+            {"{0x3008, 0x82},\n  { 0x3009 , 16 }, // gain, high\n\n/* a\n {1, 2},\n*/ {0x5, 0x6}\n",
+             "3008=82 3009=10/gain， high 05=06", 0, 0},
+            {"#include <x.h>\nstatic const struct reg init[] = {\n{0x1, 2}, {0x3, 4}, /* both */\n};\n",
+             "01=02/both 03=04/both", 2, 1},
+            {"const u8 a[][2] = { {0x01, 0x02}, {0x03, 0x04u} };", "01=02 03=04", 0, 0},
+            {"3008 82\n3009,5a\nAAh = 10 ; dark\n", "3008=82 3009=5a AA=10/dark", 0, 0},
+            {"(0x3008, 0x82)\n[12296,130]\n0x3009\t0x01 # on\n", "3008=82 3008=82 3009=01/on", 0, 0},
+            {"0x1,2\n{0x1, 2, 3},\n{REG, 0x1},\n{0x1, 010},\nwrite(0x1, 0x2);\n{0x123456789, 1}\n"
+             "{0x1, 0x2}, end\n{0x1, -1}\n{0x0x1, 1}\n0x1 0x2 0x3 0x4\n",
+             "01=02", 9, 2}};
+        for (const auto &[content, expected, skipped, first] : files) {
+            QVERIFY2(RegisterList::isList(content) || skipped > 2, content);
+            RegisterList::Reader reader(content, 100);
+            while (reader.read(1)) {
+            }
+            QStringList seen;
+            for (const RegisterRow &row : reader.rows())
+                seen += row.address + '=' + row.value +
+                        (row.description.isEmpty() ? QString() : "/" + row.description);
+            QCOMPARE(seen.join(' '), QString(expected));
+            QCOMPARE(reader.skipped(), skipped);
+            QCOMPARE(reader.firstSkipped(), first);
+        }
+        for (const char *table : {"1,3008,5A,x\n", "1;2;3;4\n2;3;4;5", "寄存器编号,a,b,c\n1,2\n", ""})
+            QVERIFY(!RegisterList::isList(QByteArray(table)));
+    }
+
+    // A compiler accepts it, and what it says is read again.
+    void writesC()
+    {
+        const QVector<RegisterRow> rows{
+            {{}, "3008", "82", "曝光\\"}, {"7", "0x123456", "5", {}}, {}, {{}, "1", {}, {}}};
+        const RegisterList::Written header = RegisterList::write(rows, RegisterList::Header, "1 int", 2, 2);
+        QCOMPARE(header.text, QByteArray("#ifndef R1_INT_REGISTERS_H\n#define R1_INT_REGISTERS_H\n\n"
+                                         "#include <stdint.h>\n\n"
+                                         "static const uint32_t r1_int_registers[][2] = {\n"
+                                         "    {0x3008, 0x0082}, // 曝光\n    {0x123456, 0x0005}, // 7\n};\n"
+                                         "\n#endif\n"));
+        QVERIFY(header.pairs == 2 && !header.hasAll);
+        const RegisterList::Written array =
+            RegisterList::write(rows.mid(0, 1), RegisterList::Array, "表", 2, 1);
+        QCOMPARE(array.text, QByteArray("#include <stdint.h>\n\nconst uint16_t registers[][2] = {\n"
+                                        "    {0x3008, 0x82}, // 曝光\n};\n"));
+        RegisterList::Reader reader(array.text, 9);
+        QVERIFY(!reader.read(99) && reader.rows().size() == 1 && reader.rows().at(0).value == "82");
     }
 
     void parsesHexadecimal()
@@ -143,20 +205,21 @@ private slots:
         QCOMPARE(contentOf(name), titles + "1,3008,5A,\xc6\xd8\xb9\xe2\n");
 
         RegisterFile again(&table);
-        QVERIFY(again.open(name, &reason) && !again.readSlice());
+        QVERIFY(again.open(name, false, &reason) && !again.readSlice());
         QCOMPARE(again.rowsRead(), 2); // after the first one, the titles as a row
         QCOMPARE(table.row(1).address, QStringLiteral("寄存器地址"));
         QCOMPARE(table.row(2).description, QStringLiteral("曝光"));
 
         RegisterTableModel copy;
         RegisterFile complete(&copy);
-        QVERIFY(complete.open(name, &reason) && !complete.readSlice() && !copy.hasUnsavedRows());
+        QVERIFY(complete.open(name, false, &reason) && !complete.readSlice() && !copy.hasUnsavedRows());
         RegisterTableModel full;
         RegisterFile tooLong(&full);
-        QVERIFY(writeFile(name, QByteArray("1,3008,5A,x\n").repeated(10005)) && tooLong.open(name, &reason));
+        QVERIFY(writeFile(name, QByteArray("1,3008,5A,x\n").repeated(10005)) &&
+                tooLong.open(name, false, &reason));
         while (tooLong.readSlice()) {
         }
-        QVERIFY(tooLong.beyondLimit() == 5 && full.hasUnsavedRows());
+        QVERIFY(tooLong.reader().beyondLimit() == 5 && full.hasUnsavedRows());
     }
 
     void refusesFiles()
@@ -174,7 +237,7 @@ private slots:
         for (auto file = reasons.begin(); file != reasons.end(); ++file) {
             RegisterTableModel table;
             QString reason;
-            QVERIFY(!RegisterFile(&table).open(file.key(), &reason));
+            QVERIFY(!RegisterFile(&table).open(file.key(), false, &reason));
             QCOMPARE(reason, file.value());
         }
     }
