@@ -4,17 +4,21 @@
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
 #include "qtpagebar.h"
-#include "registercelldelegate.h"
-#include "registerpagemodel.h"
+#include "registerbatchbar.h"
+#include "registermenu.h"
 #include "registertablemodel.h"
+#include "registertableview.h"
+#include "registerviewmodel.h"
+#include "settings.h"
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QHideEvent>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
-#include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -37,9 +41,12 @@ DataManagerWidget::DataManagerWidget(Mode mode, RegisterTableModel *table, QWidg
     , m_mode(mode)
     , m_table(table)
     , m_file(table)
-    , m_view(new QTableView(this))
     , m_pageBar(new QtPageBar(this))
-    , m_page(new RegisterPageModel(table, m_pageBar, this))
+    , m_view(new RegisterTableView(table, m_pageBar, this))
+    , m_menu(new RegisterMenu(mode == Read, m_view, this))
+    , m_search(new QLineEdit(this))
+    , m_found(new QLabel(this))
+    , m_batchBar(new RegisterBatchBar(this))
     , m_buttons(new QButtonGroup(this))
     , m_stop(new QPushButton(QStringLiteral("停止"), this))
     , m_progress(new QLabel(this))
@@ -48,6 +55,7 @@ DataManagerWidget::DataManagerWidget(Mode mode, RegisterTableModel *table, QWidg
     setWindowModality(Qt::NonModal);
     buildUi();
     connectParts();
+    connectMenu();
     m_pageBar->reset(m_table->pageCount());
     setBusy(false);
     resize(720, 480);
@@ -57,12 +65,6 @@ void DataManagerWidget::buildUi()
 {
     m_view->setObjectName(QStringLiteral("tableRegisters"));
     m_view->setAccessibleName(windowTitle().trimmed());
-    m_view->setModel(m_page);
-    m_view->setItemDelegate(new RegisterCellDelegate(m_view));
-    m_view->horizontalHeader()->setStretchLastSection(true);
-    m_view->horizontalHeader()->setDefaultSectionSize(130);
-    m_view->verticalHeader()->setDefaultSectionSize(26);
-    m_view->verticalHeader()->setVisible(false);
     m_stop->setObjectName(QStringLiteral("btnStopRegisters"));
     m_stop->setAutoDefault(false);
     m_progress->setObjectName(QStringLiteral("labelRegisterProgress"));
@@ -79,6 +81,11 @@ void DataManagerWidget::buildUi()
         button->setProperty("primary", i == Confirm);
         m_buttons->addButton(button, i);
         if (i == Confirm) {
+            auto *more = new QPushButton(QStringLiteral("更多"), this);
+            more->setObjectName(QStringLiteral("btnMoreRegisters"));
+            more->setAutoDefault(false);
+            more->setMenu(m_menu);
+            row->addWidget(more);
             row->addWidget(m_progress, 1);
             row->addWidget(m_stop);
         }
@@ -86,9 +93,30 @@ void DataManagerWidget::buildUi()
     }
     m_buttons->button(Confirm)->setToolTip(m_mode == Read ? QStringLiteral("从开发板读取表中所有寄存器")
                                                           : QStringLiteral("把表中所有寄存器写入开发板"));
+    m_searchBar = buildSearch();
+    m_batchBar->hide();
+    body()->addWidget(m_searchBar);
     body()->addWidget(m_view, 1);
+    body()->addWidget(m_batchBar);
     body()->addWidget(m_pageBar);
     body()->addLayout(row);
+}
+
+QWidget *DataManagerWidget::buildSearch()
+{
+    auto *bar = new QWidget(this);
+    auto *row = new QHBoxLayout(bar);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(8);
+    m_search->setObjectName(QStringLiteral("editFindRegister"));
+    m_search->setAccessibleName(QStringLiteral("查找"));
+    m_search->setPlaceholderText(QStringLiteral("在所有页中查找地址、值、编号或描述"));
+    m_search->setClearButtonEnabled(true);
+    m_found->setObjectName(QStringLiteral("labelFoundRegisters"));
+    row->addWidget(m_search, 1);
+    row->addWidget(m_found);
+    bar->hide();
+    return bar;
 }
 
 void DataManagerWidget::connectParts()
@@ -113,13 +141,106 @@ void DataManagerWidget::connectParts()
     connect(this, &DataManagerWidget::signalCloseWindow, this, &QWidget::hide);
 }
 
+void DataManagerWidget::connectMenu()
+{
+    const auto on = [this](RegisterMenu::Action action, auto slot) {
+        connect(m_menu->action(action), &QAction::triggered, this, slot);
+    };
+    on(RegisterMenu::Find, &DataManagerWidget::showSearch);
+    on(RegisterMenu::Copy, [this] { m_view->copy(); });
+    on(RegisterMenu::Paste, [this] { m_view->paste(); });
+    on(RegisterMenu::Selected, &DataManagerWidget::confirmSelected);
+    on(RegisterMenu::Compare, &DataManagerWidget::compareRequested);
+    on(RegisterMenu::CopyReadTable, &DataManagerWidget::readTableRequested);
+    on(RegisterMenu::SaveReport, &DataManagerWidget::reportRequested);
+    on(RegisterMenu::BatchOptions, [this](bool isOn) { m_batchBar->setVisible(isOn); });
+    on(RegisterMenu::DifferencesOnly, [this](bool isOn) {
+        m_view->rows()->setDifferencesOnly(isOn);
+        showRows();
+    });
+    connect(m_menu, &RegisterMenu::baseChosen, this, [this](int base) {
+        Settings::instance().cameraPage.valueBase.set(base);
+        m_view->rows()->setBase(static_cast<RegisterCell::Base>(base));
+    });
+    connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
+        m_view->rows()->setSearch(text);
+        showRows();
+    });
+    connect(m_view, &RegisterTableView::orderChanged, this, &DataManagerWidget::showRows);
+    connect(m_view, &RegisterTableView::notified, this, &DataManagerWidget::showProgress);
+    connect(m_view, &RegisterTableView::pasted, this, [this] {
+        const int page = m_pageBar->currentPage();
+        m_pageBar->reset(m_table->pageCount());
+        m_pageBar->setCurrentPage(page);
+    });
+}
+
+void DataManagerWidget::addOption(QAction *option)
+{
+    m_menu->insertAction(m_menu->action(RegisterMenu::SaveReport), option);
+}
+
+// ---- rows of all pages
+
+void DataManagerWidget::showSearch(bool isOn)
+{
+    m_menu->action(RegisterMenu::Find)->setChecked(isOn);
+    m_searchBar->setVisible(isOn);
+    if (!isOn)
+        m_search->clear();
+    (isOn ? static_cast<QWidget *>(m_search) : m_view)->setFocus();
+}
+
+void DataManagerWidget::showRows()
+{
+    const bool isList = m_view->rows()->isList();
+    m_view->verticalHeader()->setVisible(isList); // where a row is in the table
+    m_pageBar->setEnabled(!isList);
+    m_found->setText(isList ? QStringLiteral("%1 行").arg(m_view->rows()->rowCount()) : QString());
+    m_pageBar->setToolTip(isList ? QStringLiteral("查找、排序和只显示不同的行时，列出所有页的行")
+                                 : QString());
+    m_view->scrollToTop();
+}
+
+void DataManagerWidget::showPages()
+{
+    m_menu->action(RegisterMenu::DifferencesOnly)->setChecked(false);
+    m_view->rows()->setDifferencesOnly(false);
+    showSearch(false);
+    m_view->resetOrder();
+}
+
+void DataManagerWidget::confirmSelected()
+{
+    const QVector<int> rows = m_view->selectedTableRows();
+    if (rows.isEmpty())
+        showProgress(QStringLiteral("没有选中的行"));
+    else
+        emit rowsConfirmed(rows);
+}
+
+void DataManagerWidget::copyRows(const QVector<RegisterRow> &rows)
+{
+    const QString text =
+        QStringLiteral("当前表有%1行，复制会替换所有行，是否继续？").arg(m_table->usedRows());
+    if (rows.isEmpty())
+        return showProgress(QStringLiteral("读表中没有行"));
+    if (m_table->usedRows() > 0 && QtMessageBox::question(this, kQuestion, text) != 1)
+        return;
+    m_table->replace(rows);
+    m_pageBar->reset(m_table->pageCount());
+    showPages();
+    SltChangePage(1);
+    showProgress(QStringLiteral("从读表复制 %1 行").arg(rows.size()));
+}
+
 // ---- pages
 
 void DataManagerWidget::SltChangePage(int index)
 {
     if (index != m_pageBar->currentPage())
         return m_pageBar->setCurrentPage(index); // which calls this slot
-    m_page->turn();
+    m_view->rows()->refresh();
     m_view->scrollToTop();
     emit signalChangePage(index);
     emit signalRefreshData(index);
@@ -148,9 +269,8 @@ void DataManagerWidget::setBusy(bool busy)
         m_buttons->button(button)->setEnabled(!busy);
     for (const char *name : {"btnAddPage", "btnDeletePage"})
         m_pageBar->findChild<QPushButton *>(QLatin1String(name))->setEnabled(!busy);
-    m_view->setEditTriggers(busy ? QAbstractItemView::NoEditTriggers
-                                 : QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                                       QAbstractItemView::AnyKeyPressed);
+    m_menu->setBusy(busy);
+    m_view->setReadOnly(busy);
 }
 
 void DataManagerWidget::showProgress(const QString &text)
@@ -169,6 +289,23 @@ void DataManagerWidget::hideEvent(QHideEvent *event)
     QtFramelessDialog::hideEvent(event);
     if (!event->spontaneous()) // minimised, it goes on
         emit stopRequested();
+}
+
+void DataManagerWidget::showEvent(QShowEvent *event)
+{
+    const int base = Settings::instance().cameraPage.valueBase;
+    m_menu->setBase(base);
+    m_view->rows()->setBase(static_cast<RegisterCell::Base>(base));
+    QtFramelessDialog::showEvent(event);
+}
+
+// In the search field, Esc ends the search and not the dialog.
+void DataManagerWidget::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && m_searchBar->isVisible())
+        showSearch(false);
+    else
+        QtFramelessDialog::keyPressEvent(event);
 }
 
 // ---- buttons
@@ -238,6 +375,7 @@ void DataManagerWidget::importTable()
     QString reason;
     if (!m_file.open(name, filter == kListFilter, &reason))
         return showFileError(what, reason);
+    showPages();
     setBusy(true);
     m_stop->setVisible(false);
     importSlice();
@@ -285,6 +423,7 @@ void DataManagerWidget::clearTable()
         QtMessageBox::question(this, kQuestion, QStringLiteral("是否清空所有寄存器？")) != 1)
         return;
     m_table->clear();
+    showPages();
     m_pageBar->reset(m_table->pageCount());
     SltChangePage(1);
     showProgress({});

@@ -1,7 +1,8 @@
 #pragma once
 
-// Edits the register table's cells: hexadecimal in address and value, anything
-// but commas and line breaks elsewhere. Tells the user why it refuses a character.
+// Edits the cells that a RegisterViewModel shows: hexadecimal addresses, values in the
+// base shown, anything but commas and line breaks elsewhere. Tells the user why it
+// refuses a text.
 
 #include <QStyledItemDelegate>
 
@@ -14,4 +15,5 @@ public:
 
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
                           const QModelIndex &index) const override;
+    void setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const override;
 };

@@ -273,7 +273,8 @@ bool Reader::read(int lines)
         const int end = m_text.bytes.indexOf('\n', m_at);
         const int size = (end < 0 ? m_text.bytes.size() : end) - m_at;
         const bool isTooLong = size > kMaxLineBytes;
-        const QByteArray line = QByteArray::fromRawData(m_text.bytes.constData() + m_at, isTooLong ? 0 : size);
+        const QByteArray line =
+            QByteArray::fromRawData(m_text.bytes.constData() + m_at, isTooLong ? 0 : size);
         LineParser parser(m_text.decoded(line), m_isHexadecimal, m_isInComment);
         parser.parse();
         m_isInComment = parser.isInComment();

@@ -40,8 +40,8 @@ enum Form { Array, Header };
 
 struct Written
 {
-    QByteArray text;   // UTF-8
-    int pairs = 0;     // that it has
+    QByteArray text;    // UTF-8
+    int pairs = 0;      // that it has
     bool hasAll = true; // the text of all cells is in it
 };
 // An array of pairs; the header has an include guard. Rows without an address or a

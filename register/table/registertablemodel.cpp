@@ -42,6 +42,8 @@ QVariant RegisterTableModel::data(const QModelIndex &index, int role) const
         return entry.isChanged;
     if (index.column() == Value && role == outcomeRole)
         return entry.outcome;
+    if (index.column() == Value && role == boardRole)
+        return entry.outcome == Differs || entry.outcome == Unequal ? entry.readBack : QString();
     if (index.column() == Value && role == Qt::ToolTipRole)
         return outcomeText(index.row());
     return {};
@@ -55,16 +57,42 @@ bool RegisterTableModel::setData(const QModelIndex &index, const QVariant &value
     });
     if (!index.isValid() || role != Qt::EditRole || !fitsFile)
         return false;
-    Entry &entry = m_entries[index.row()];
-    QString &cell = entry.cells.*cellOf(index.column());
-    if (cell != text) {
-        cell = text;
-        m_isModified = true;
-        entry.isChanged = true;
-        emit dataChanged(index.siblingAtColumn(0), index.siblingAtColumn(columns - 1),
-                         {Qt::DisplayRole, Qt::EditRole, changedRole, Qt::FontRole});
+    if (setCell(index.row(), index.column(), text))
+        emit dataChanged(index.siblingAtColumn(0), index.siblingAtColumn(columns - 1));
+    return true;
+}
+
+bool RegisterTableModel::setCell(int row, int column, const QString &text)
+{
+    Entry &entry = m_entries[row];
+    QString &cell = entry.cells.*cellOf(column);
+    if (cell == text)
+        return false;
+    cell = text;
+    m_isModified = true;
+    entry.isChanged = true;
+    if (column == Address || column == Value) {
+        entry.outcome = NoOutcome;
+        entry.sender.clear();
+        entry.readBack.clear();
     }
     return true;
+}
+
+void RegisterTableModel::setCells(const QVector<Cell> &cells)
+{
+    int first = maxRows;
+    int last = -1;
+    for (const Cell &cell : cells) {
+        while (cell.row >= rowCount() && addPage()) {
+        }
+        if (cell.row < rowCount() && setCell(cell.row, cell.column, cell.text)) {
+            first = qMin(first, cell.row);
+            last = qMax(last, cell.row);
+        }
+    }
+    if (last >= 0)
+        emit dataChanged(index(first, 0), index(last, columns - 1));
 }
 
 QVariant RegisterTableModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -103,6 +131,8 @@ QString RegisterTableModel::outcomeText(int row) const
         lines += QStringLiteral("开发板报告错误，或地址、值与设置的长度不符");
     else if (entry.outcome == Differs)
         lines += QStringLiteral("回读为%1，与写入的值不同").arg(entry.readBack);
+    else if (entry.outcome == Unequal)
+        lines += QStringLiteral("开发板的值为%1，与表中的不同").arg(entry.readBack);
     if (!entry.sender.isEmpty())
         lines += QStringLiteral("应答者：%1").arg(entry.sender);
     return lines.join(QLatin1Char('\n'));
@@ -177,6 +207,12 @@ void RegisterTableModel::append(const QVector<RegisterRow> &rows, bool isWholeFi
     for (int i = 0; i < added; ++i)
         m_entries[used + i].cells = rows.at(i);
     endResetModel();
+}
+
+void RegisterTableModel::replace(const QVector<RegisterRow> &rows)
+{
+    clear();
+    append(rows, false);
 }
 
 void RegisterTableModel::clear()

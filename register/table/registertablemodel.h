@@ -18,17 +18,20 @@ public:
     static constexpr int maxRows = maxPages * rowsPerPage;
 
     enum Column { Number, Address, Value, Description, columns };
-    // Answered: read, or written and read back. Differs: another value was read back.
-    enum Outcome { NoOutcome, Answered, Written, Refused, Unanswered, NotSent, Differs };
+    // Answered: read, compared and equal, or written and read back. Differs: another
+    // value was read back. Unequal: compared, the board has another value.
+    enum Outcome { NoOutcome, Answered, Written, Refused, Unanswered, NotSent, Differs, Unequal };
     static constexpr int outcomeRole = Qt::UserRole;     // of the value: how its request ended
     static constexpr int changedRole = Qt::UserRole + 1; // whether the row has changed since it was saved
+    static constexpr int boardRole = Qt::UserRole + 2;   // of the value: the board's, where it is another
 
     explicit RegisterTableModel(QObject *parent = nullptr);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
-    // Refuses what a cell of the file can't hold: commas and line breaks.
+    // Refuses what a cell of the file can't hold: commas and line breaks. Another address
+    // or value has no outcome.
     bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
@@ -51,12 +54,23 @@ public:
     // come from has no others.
     void append(const QVector<RegisterRow> &rows, bool isWholeFile);
     void clear();
+    // These rows instead of all others; no file has them.
+    void replace(const QVector<RegisterRow> &rows);
+    // What is pasted: cells of any rows, for which pages are added. The texts fit.
+    struct Cell
+    {
+        int row = 0;
+        int column = 0;
+        QString text;
+    };
+    void setCells(const QVector<Cell> &cells);
 
     bool hasUnsavedRows() const { return m_isModified && usedRows() > 0; }
     void setSaved();
 
 private:
     QString outcomeText(int row) const;
+    bool setCell(int row, int column, const QString &text);
 
     struct Entry
     {
