@@ -405,7 +405,8 @@ void CameraDebugWidget::showReply(const QString &sender, const CameraEvent &even
     quint32 value = 0;
     for (int i = event.data.size() - 1; i >= 0; --i)
         value = value << 8 | static_cast<uchar>(event.data.at(i));
-    m_config->addReply(sender, event.device, event.address, event.status, value, event.data.size());
+    if (!m_config->addReply(sender, event.device, event.address, event.status, value, event.data.size()))
+        return; // of a device that was not asked
     QString text;
     if (event.status == 1)
         text = QStringLiteral("数据包接收错误!");

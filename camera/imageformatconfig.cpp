@@ -2,7 +2,10 @@
 
 #include "datamanagerwidget.h"
 #include "fieldmemory.h"
+#include "qtfiledialog.h"
+#include "qtmessagebox.h"
 #include "qtmessagetip.h"
+#include "safefile.h"
 #include "settings.h"
 
 #include <QAction>
@@ -132,7 +135,7 @@ FormGroup *ImageFormatConfig::buildRegister()
 void ImageFormatConfig::addReadBackAction()
 {
     Setting<bool> &setting = Settings::instance().cameraPage.verifiesWrites;
-    auto *action = new QAction(QStringLiteral("写入后回读校验"), this);
+    auto *action = m_readsBack = new QAction(QStringLiteral("写入后回读校验"), this);
     action->setObjectName(QStringLiteral("actionVerifyWrites"));
     action->setCheckable(true);
     action->setChecked(setting);
@@ -153,6 +156,7 @@ void ImageFormatConfig::connectParts()
     const auto valueChanged = QOverload<int>::of(&QSpinBox::valueChanged);
     connect(m_device, indexChanged, this, &ImageFormatConfig::showRecord);
     connect(m_device, indexChanged, this, &ImageFormatConfig::setTarget);
+    connect(m_regId, valueChanged, this, &ImageFormatConfig::setTarget);
     connect(m_format, QOverload<int>::of(&QComboBox::activated), this, &ImageFormatConfig::storeRecord);
     connect(m_width, valueChanged, this, &ImageFormatConfig::storeRecord);
     connect(m_height, valueChanged, this, &ImageFormatConfig::storeRecord);
@@ -176,6 +180,7 @@ void ImageFormatConfig::storeLength(QSpinBox *field, Setting<int> *setting)
 
 void ImageFormatConfig::connectSession()
 {
+    m_session.setClock([] { return QDateTime::currentDateTime(); });
     connect(&m_session, &RegisterSession::requested, this, [this](const RegisterSession::Request &request) {
         const auto text = [](quint32 number) { return QString::number(number, 16); };
         emit signalReadWriteRegister(text(request.address), request.value ? text(*request.value) : QString(),
@@ -266,7 +271,7 @@ void ImageFormatConfig::storeRecord()
 
 void ImageFormatConfig::setTarget()
 {
-    m_session.setTarget({device(), addressLength(), valueLength()});
+    m_session.setTarget({device(), addressLength(), valueLength(), m_regId->value()});
     for (DataManagerWidget *table : m_tables)
         if (table)
             table->setLengths(addressLength(), valueLength());
@@ -318,11 +323,11 @@ void ImageFormatConfig::showReadBack(quint32 address, quint32 written, const Reg
         emit notify(Notice::information(what + QStringLiteral("回读一致！") + from));
 }
 
-void ImageFormatConfig::addReply(const QString &sender, int device, quint16 address, quint8 status,
+bool ImageFormatConfig::addReply(const QString &sender, int device, quint16 address, quint8 status,
                                  quint32 value, int valueLength)
 {
     const QString text = QStringLiteral("%1").arg(value, 2 * valueLength, 16, QLatin1Char('0')).toUpper();
-    m_session.addReply({device, address, status == 0, text, sender});
+    return m_session.addReply({device, address, status == 0, text, sender});
 }
 
 void ImageFormatConfig::stopRequests()
@@ -356,7 +361,16 @@ void ImageFormatConfig::openTable(RegisterSession::Access access)
             access == RegisterSession::Read ? DataManagerWidget::Read : DataManagerWidget::Write;
         table = new DataManagerWidget(mode, m_session.table(access), this);
         table->setLengths(addressLength(), valueLength());
+        if (access == RegisterSession::Write)
+            table->addOption(m_readsBack);
         connect(table, &DataManagerWidget::confirmed, this, [this, access] { startTable(access); });
+        connect(table, &DataManagerWidget::rowsConfirmed, this, [this, access](const QVector<int> &rows) {
+            startTable(access, RegisterSession::Transfer, rows);
+        });
+        connect(table, &DataManagerWidget::compareRequested, this,
+                [this, access] { startTable(access, RegisterSession::Compare); });
+        connect(table, &DataManagerWidget::readTableRequested, this, &ImageFormatConfig::copyReadTable);
+        connect(table, &DataManagerWidget::reportRequested, this, [this, access] { saveReport(access); });
         connect(table, &DataManagerWidget::stopRequested, this, [this, access] { m_session.stop(access); });
     }
     table->show();
@@ -364,26 +378,61 @@ void ImageFormatConfig::openTable(RegisterSession::Access access)
     table->activateWindow();
 }
 
-void ImageFormatConfig::startTable(RegisterSession::Access access)
+void ImageFormatConfig::startTable(RegisterSession::Access access, RegisterSession::Task task,
+                                   const std::optional<QVector<int>> &rows)
 {
-    if (m_session.start(access))
+    const Settings::CameraPage &settings = Settings::instance().cameraPage;
+    if (!m_session.isRunning())
+        m_session.setBatch({settings.batchRetries, settings.batchDelay, settings.batchStops});
+    if (m_session.start(access, task, rows))
         m_tables.at(access)->setBusy(true);
     else
         emit notify(Notice::error(QStringLiteral("另一个寄存器表正在读写，请稍候！")));
 }
 
+void ImageFormatConfig::copyReadTable()
+{
+    DataManagerWidget *const writes = m_tables.at(RegisterSession::Write);
+    if (m_session.isRunning())
+        writes->showProgress(QStringLiteral("读表正在读取，请稍候"));
+    else
+        writes->copyRows(m_session.table(RegisterSession::Read)->rowsToSave());
+}
+
+void ImageFormatConfig::saveReport(RegisterSession::Access access)
+{
+    DataManagerWidget *const table = m_tables.at(access);
+    if (m_session.isRunning() || m_session.access() != access || m_session.report().isEmpty())
+        return table->showProgress(m_session.isRunning() ? QStringLiteral("结束之后才有报告")
+                                                         : QStringLiteral("此表没有最近一次读写的报告"));
+    const QString name = QtFileDialog::getSaveFileName(table, QStringLiteral("保存读写报告"), QString(),
+                                                       QStringLiteral("*.csv"));
+    QString reason;
+    if (name.isEmpty())
+        return;
+    if (SafeFile::write(name, m_session.report().csv(), &reason))
+        return table->showProgress(QStringLiteral("报告已保存"));
+    table->showProgress(QStringLiteral("保存报告失败：%1").arg(reason));
+    QtMessageBox::warning(table, QStringLiteral("告警"), QStringLiteral("文件打开失败，请重试！"));
+}
+
 void ImageFormatConfig::showProgress(RegisterSession::Access access)
 {
-    const RegisterSession::Progress progress = m_session.progress();
+    const RegisterSession::Progress &progress = m_session.progress();
     QString text = QStringLiteral("%1/%2").arg(progress.done).arg(progress.total);
-    if (progress.isReadBack)
+    if (progress.task == RegisterSession::Compare)
+        text += QStringLiteral("，不同 %1").arg(progress.differing);
+    else if (progress.isReadBack)
         text += QStringLiteral("，不符 %1").arg(progress.differing);
-    if (access == RegisterSession::Read || progress.isReadBack)
+    if (access == RegisterSession::Read || progress.isReadBack || progress.task == RegisterSession::Compare)
         text += QStringLiteral("，无应答 %1，错误 %2").arg(progress.unanswered).arg(progress.refused);
     if (progress.notSent > 0)
         text += QStringLiteral("，未发送 %1").arg(progress.notSent);
-    const QString state = m_session.isRunning()            ? QStringLiteral("正在进行 ")
-                          : progress.done < progress.total ? QStringLiteral("已停止 ")
-                                                           : QStringLiteral("已完成 ");
+    const bool isStopped = progress.stopReason != RegisterSession::NotStopped;
+    if (isStopped && progress.stopReason != RegisterSession::ByUser)
+        text += QStringLiteral("，%1").arg(RegisterSession::stopText(progress.stopReason));
+    const QString state = m_session.isRunning() ? QStringLiteral("正在进行 ")
+                          : isStopped           ? QStringLiteral("已停止 ")
+                                                : QStringLiteral("已完成 ");
     m_tables.at(access)->showProgress(state + text);
 }

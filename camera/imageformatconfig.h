@@ -12,6 +12,7 @@
 
 class DataManagerWidget;
 class FieldMemory;
+class QAction;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -38,8 +39,8 @@ public:
 
     // A read reply: the low 16 bits of the address, and the value where the status
     // is 0. One of another device than the asked one is ignored.
-    void addReply(const QString &sender, int device, quint16 address, quint8 status, quint32 value,
-                  int valueLength);
+    bool addReply(const QString &sender, int device, quint16 address, quint8 status, quint32 value,
+                  int valueLength); // false: ignored
     // Nothing can be sent any more, or a request could not be.
     void stopRequests();
     // Offers to save the rows of the tables. False: the user wants to stay.
@@ -72,7 +73,10 @@ private:
     void clearValue();
     void showReadBack(quint32 address, quint32 written, const RegisterSession::Reply &reply);
     void openTable(RegisterSession::Access access);
-    void startTable(RegisterSession::Access access);
+    void startTable(RegisterSession::Access access, RegisterSession::Task task = RegisterSession::Transfer,
+                    const std::optional<QVector<int>> &rows = std::nullopt);
+    void copyReadTable();
+    void saveReport(RegisterSession::Access access);
     void showProgress(RegisterSession::Access access);
 
     FormGroup *m_formatGroup = nullptr;
@@ -90,6 +94,7 @@ private:
     QPushButton *m_write;
     QPushButton *m_readTable;
     QPushButton *m_writeTable;
+    QAction *m_readsBack = nullptr;
     RegisterSession m_session;
     std::array<DataManagerWidget *, 2> m_tables{}; // made when first opened
 };

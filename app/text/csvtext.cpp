@@ -7,9 +7,8 @@ namespace CsvText {
 QByteArray field(const QString &text)
 {
     QByteArray bytes = text.toUtf8();
-    const bool isPlain = std::none_of(bytes.begin(), bytes.end(), [](char c) {
-        return c == ',' || c == '"' || c == '\r' || c == '\n';
-    });
+    const bool isPlain = std::none_of(bytes.begin(), bytes.end(),
+                                      [](char c) { return c == ',' || c == '"' || c == '\r' || c == '\n'; });
     return isPlain ? bytes : '"' + bytes.replace('"', "\"\"") + '"';
 }
 

@@ -81,14 +81,13 @@ private slots:
         reply(0, 0x3001, "07");
         COMPARE_LOG("3001 . .");
         m_session->advance();
-        m_session->setTarget({1, 3, 1}); // for the next request
         reply(0, 0x3002, "0E");
         m_session->advance();
         m_session->advance(); // no reply
         m_session->advance();
-        reply(1, 0x4000, "99", false);
+        reply(0, 0x4000, "99", false);
         m_session->advance();
-        reply(1, 0xFFFF, "70");
+        reply(0, 0xFFFF, "70");
         COMPARE_LOG("13002 . . dd . . 4000 . . ffffff . .");
         m_session->advance();
         QVERIFY(!m_session->isRunning());
@@ -109,8 +108,7 @@ private slots:
         m_session->advance();
         m_session->advance(); // no reply
         m_session->advance();
-        m_session->setTarget({0, 3, 1});
-        reply(0, 0x00DD, "99"); // the device that is chosen now
+        reply(0, 0x00DD, "99");
         reply(1, 0x00DD, "99", false);
         QCOMPARE(rows(), QStringLiteral("U|41 | "));
         reply(1, 0x00DD, "42");
@@ -157,18 +155,19 @@ private slots:
             m_session->advance(); // writes
             QCOMPARE(m_session->table(RegisterSession::Write)->outcome(row - 1),
                      RegisterTableModel::NoOutcome);
-            if (row == 5)
+            if (row == 5) {
                 m_session->setTarget({1, 2, 1}); // the other one can't confirm it
-            m_session->advance();                // reads back
+                break;
+            }
+            m_session->advance(); // reads back
             reply(1, quint16(row), "FF");
             if (row < 4)
                 reply(0, quint16(row), row == 2 ? "FF" : "011", row != 3, "a:1");
             else if (row == 4)
                 m_session->advance(); // no reply
         }
-        m_session->advance();
-        QCOMPARE(rows(RegisterSession::Write), QStringLiteral("11A|12D|13R|14U|15U"));
-        COMPARE_LOG("1=11 . 1 . 2=12 . 2 . 3=13 . 3 . 4=14 . 4 . 5=15 . . 1 finished 5/5 2 1 0");
+        QCOMPARE(rows(RegisterSession::Write), QStringLiteral("11A|12D|13R|14U|15 "));
+        COMPARE_LOG("1=11 . 1 . 2=12 . 2 . 3=13 . 3 . 4=14 . 4 . 5=15 . 1 finished 5/5 1 1 0");
         RegisterTableModel *const table = m_session->table(RegisterSession::Write);
         QCOMPARE(table->index(1, RegisterTableModel::Value).data(Qt::ToolTipRole).toString(),
                  QStringLiteral("回读为FF，与写入的值不同\n应答者：a:1"));
@@ -188,6 +187,94 @@ private slots:
         reply(0, 0x00DD, "02", true, "b:1");
         QCOMPARE(rows(), QStringLiteral("01A|U"));
         QCOMPARE(m_session->table(RegisterSession::Read)->sender(0), QStringLiteral("a:1"));
+    }
+
+    // Tries an error again, and then stops or goes on; the rows that the user chose.
+    void triesAgain()
+    {
+        const QDateTime now(QDate(2026, 1, 2), QTime(3, 4, 5, 6));
+        m_session->setClock([now] { return now; });
+        m_session->setReadsBack(true);
+        m_session->setBatch({1, 0, true});
+        fill(RegisterSession::Write, {{"01", "11"}, {"02", "12"}, {"x", "1"}, {"03", "13"}, {"04", "14"}});
+        QVERIFY(
+            m_session->start(RegisterSession::Write, RegisterSession::Transfer, QVector<int>{1, 2, 3, 4}));
+        const auto answer = [this](quint16 address, const char *value) {
+            m_session->advance(); // writes
+            m_session->advance(); // reads back
+            reply(0, address, value, true, "a,1");
+        };
+        answer(2, "FF");
+        answer(2, "12");
+        answer(3, "FF");
+        answer(3, "13F");
+        COMPARE_LOG("2=12 . 2 2=12 . 2 . 3=13 . 3 3=13 . 3 . 1 finished 2/3 0 0 0");
+        QCOMPARE(m_session->progress().stopReason, RegisterSession::AtError);
+        QCOMPARE(rows(RegisterSession::Write), QStringLiteral("11 |12A|1 |13D|14 "));
+        const QStringList report = QString::fromUtf8(m_session->report().csv()).split("\r\n");
+        const QString time = QStringLiteral("2026-01-02 03:04:05.006");
+        QCOMPARE(report.at(0), QString("操作,写入并回读,设备,1,开始,%1,结束,遇错停止").arg(time));
+        QCOMPARE(report.mid(2),
+                 (QStringList{"2,02,12,12,回读一致,2," + time + ",\"a,1\"",
+                              "4,03,13,13F,回读不符,2," + time + ",\"a,1\"", "5,04,14,,未执行,0,,", ""}));
+
+        // A row that can't be sent is an error, too.
+        m_session->setReadsBack(false);
+        fill(RegisterSession::Write, {{"01", "111"}});
+        m_session->start(RegisterSession::Write);
+        m_session->advance();
+        COMPARE_LOG("1 finished 0/3 0 0 1");
+        m_session->setBatch({2, 5, false});
+        fill(RegisterSession::Read, {{"01", "old"}, {"02", ""}});
+        m_session->start(RegisterSession::Read);
+        for (int i = 0; i < 3; ++i) {
+            m_session->advance();
+            m_session->advance(); // no reply
+        }
+        m_session->advance();
+        m_session->setTarget({1, 2, 1});
+        COMPARE_LOG("1 . 1 . 1 . . 2 . 0 finished 2/2 1 0 0");
+        QCOMPARE(m_session->progress().stopReason, RegisterSession::TargetChanged);
+        QCOMPARE(rows(), QStringLiteral("U| "));
+    }
+
+    // With what a board has; no cell changes, also by a late reply.
+    void compares()
+    {
+        fill(RegisterSession::Read, {{"01", "5A"}, {"02", "old"}});
+        for (const auto access : {RegisterSession::Write, RegisterSession::Read}) {
+            fill(access, {{"01", "5A"}, {"02", "12"}, {"03", ""}, {"04", "14"}});
+            m_session->start(access, RegisterSession::Compare);
+            for (const char *value : {"05A", "FF", "33", ""}) {
+                m_session->advance();
+                const auto address = quint16(m_session->progress().done);
+                if (address < 4)
+                    reply(0, address, value);
+            }
+            m_session->advance(); // no reply
+            m_session->advance();
+            QCOMPARE(rows(access), QStringLiteral("5AA|12E|E|14U"));
+            reply(0, 4, "41");
+            reply(0, 2, "42");
+            QCOMPARE(rows(access), QStringLiteral("5AA|12E|E|14E"));
+            QVERIFY(m_session->progress().unanswered == 0 && m_session->progress().differing == 3);
+            const QModelIndex value = m_session->table(access)->index(1, RegisterTableModel::Value);
+            QCOMPARE(value.data(RegisterTableModel::boardRole).toString(), QStringLiteral("FF"));
+            QVERIFY(m_session->report().csv().contains("4,04,14,41,不同,1,"));
+            m_session->table(access)->setValue(1, QStringLiteral("13")); // which was not compared
+            QCOMPARE(rows(access), QStringLiteral("5AA|13 |E|14E"));
+        }
+    }
+
+    // Where no other device was asked, also what nobody asked for.
+    void knowsWhoWasAsked()
+    {
+        const auto isHeard = [this](int device) { return m_session->addReply({device, 9, false, {}, {}}); };
+        QVERIFY(isHeard(0) && !isHeard(1));
+        m_session->setTarget({1, 2, 1});
+        m_session->read(9);
+        m_session->setTarget({0, 2, 1});
+        QVERIFY(!isHeard(0) && isHeard(1));
     }
 
     void stops()
@@ -242,7 +329,7 @@ private:
         QStringList rows;
         const RegisterTableModel *const table = m_session->table(access);
         for (int row = 0; !table->row(row).address.isEmpty(); ++row)
-            rows += table->row(row).value + QString(" AWRUND").at(table->outcome(row));
+            rows += table->row(row).value + QString(" AWRUNDE").at(table->outcome(row));
         return rows.join(QLatin1Char('|'));
     }
     void reply(int device, quint16 address, const char *value, bool isGood = true, const char *sender = "")
