@@ -83,9 +83,11 @@ void RegisterTableModel::setCells(const QVector<Cell> &cells)
 {
     int first = maxRows;
     int last = -1;
+    int rows = 0;
+    for (const Cell &cell : cells)
+        rows = qMax(rows, cell.row + 1);
+    addRows(rows);
     for (const Cell &cell : cells) {
-        while (cell.row >= rowCount() && addPage()) {
-        }
         if (cell.row < rowCount() && setCell(cell.row, cell.column, cell.text)) {
             first = qMin(first, cell.row);
             last = qMax(last, cell.row);
@@ -159,11 +161,17 @@ int RegisterTableModel::filledRows(int page) const
 
 bool RegisterTableModel::addPage()
 {
+    return addRows(m_entries.size() + 1);
+}
+
+bool RegisterTableModel::addRows(int count)
+{
+    const int pages = (qMin(count, maxRows) + rowsPerPage - 1) / rowsPerPage;
     const int rows = m_entries.size();
-    if (rows >= maxRows)
+    if (pages * rowsPerPage <= rows)
         return false;
-    beginInsertRows({}, rows, rows + rowsPerPage - 1);
-    m_entries.resize(rows + rowsPerPage);
+    beginInsertRows({}, rows, pages * rowsPerPage - 1);
+    m_entries.resize(pages * rowsPerPage);
     endInsertRows();
     return true;
 }

@@ -70,6 +70,7 @@ public:
 
 private:
     QString outcomeText(int row) const;
+    bool addRows(int count); // up to that many, as pages; false where none is missing
     bool setCell(int row, int column, const QString &text);
 
     struct Entry

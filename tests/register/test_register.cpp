@@ -8,8 +8,10 @@
 #include "testfiles.h"
 
 #include <QAbstractItemModelTester>
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -189,6 +191,158 @@ private slots:
         QCOMPARE(m_view->findChild<QLineEdit *>()->text(), QString());
     }
 
+    // Rows of all pages, edited where they are; the table keeps its order.
+    void findsAndSortsRows()
+    {
+        fill({{"10", "3009", "0A", "gain"}, {"9", "300A", "2", "曝光"}, {"x", "", "", "GAIN"}});
+        m_table->setCells({{150, 1, "13008"}, {150, 2, "100"}});
+        const QAbstractItemModelTester tester(m_view->model());
+        const auto places = [this] {
+            QStringList rows;
+            for (int row = 0; row < m_view->model()->rowCount(); ++row)
+                rows += m_view->model()->headerData(row, Qt::Vertical).toString();
+            return rows.join(' ');
+        };
+        action("actionFindRegister")->trigger();
+        auto *search = m_dialog->findChild<QLineEdit *>("editFindRegister");
+        for (const auto &[text, found] : {std::pair{"gain", "1 3"},
+                                          {"0x3008", "151"},
+                                          {"300", "1 2 151"},
+                                          {"曝", "2"},
+                                          {"9", "1 2"},
+                                          {"none", ""}}) {
+            search->setText(text);
+            QCOMPARE(places(), QString(found));
+        }
+        QVERIFY(!m_dialog->findChild<QWidget *>("btnAddPage")->isEnabled());
+        search->setText("13008");
+        type(0, RegisterTableModel::Value, "5B");
+        QCOMPARE(m_table->row(150).value, QStringLiteral("5B"));
+        search->setFocus();
+        QTest::keyClick(search, Qt::Key_Escape);
+        QVERIFY(m_dialog->isVisible() && m_view->model()->rowCount() == 100);
+        const auto sortBy = [this](int column) {
+            QHeaderView *const header = m_view->horizontalHeader();
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                              {header->sectionViewportPosition(column) + 20, header->height() / 2});
+        };
+        for (const auto &[column, rows] :
+             {std::pair{0, "2 1 3 151"}, {1, "1 2 151 3"}, {1, "3 151 2 1"}, {2, "2 1 151 3"}}) {
+            sortBy(column);
+            QCOMPARE(places(), QString(rows));
+        }
+        type(0, RegisterTableModel::Value, "FF"); // stays where it is
+        QCOMPARE(m_table->row(1).value, QStringLiteral("FF"));
+        const QSignalSpy confirmed(m_dialog.get(), &DataManagerWidget::rowsConfirmed);
+        m_view->setSelectionMode(QAbstractItemView::MultiSelection);
+        for (const int row : {2, 0})
+            m_view->selectRow(row);
+        action("actionSelectedRegisters")->trigger();
+        QCOMPARE(confirmed.value(0).value(0).value<QVector<int>>(), (QVector<int>{1, 150}));
+        sortBy(2);
+        sortBy(2);
+        QCOMPARE(m_view->model()->rowCount(), 100);
+        m_table->setOutcome(150, RegisterTableModel::Unequal, {}, "7F");
+        action("actionDifferencesOnly")->trigger();
+        QCOMPARE(shown(0, 2).data().toString(), QStringLiteral("5B ≠ 板上 7F"));
+        m_dialog->SltButtonClicked(2); // what is cleared is not searched any more
+        QVERIFY(m_view->model()->rowCount() == 100 && !action("actionDifferencesOnly")->isChecked());
+    }
+
+    // Shown and edited in a base, stored in hexadecimal.
+    void showsValuesInBases()
+    {
+        fill({{"", "10", "0x5a", ""}, {"", "", "寄存器值", ""}});
+        const std::tuple<int, const char *, const char *, const char *> rows[] = {
+            {1, "90", "4294967295", "FFFFFFFF"},
+            {1, "90", "4294967296", nullptr},
+            {1, "90", "-1", nullptr},
+            {2, "0101 1010", "1 0000 0001", "0101"},
+            {2, "0101 1010", "2", nullptr},
+            {0, "0x5a", "7", "07"},
+            {0, "0x5a", "5g", nullptr},
+            {1, "90", "", ""}};
+        for (const auto &[base, text, typed, stored] : rows) {
+            m_table->setValue(0, "0x5a");
+            action(QStringLiteral("actionBase%1").arg(base))->trigger();
+            QCOMPARE(shown(0, 2).data().toString(), QString(text));
+            QCOMPARE(shown(1, 2).data().toString(), QStringLiteral("寄存器值"));
+            QVERIFY(m_view->model()->setData(shown(0, 2), text) && m_table->row(0).value == "0x5a");
+            QCOMPARE(m_view->model()->setData(shown(0, 2), QString(typed)), stored != nullptr);
+            QCOMPARE(m_table->row(0).value, QString(stored ? stored : "0x5a"));
+        }
+        action("actionBase0")->trigger();
+    }
+
+    // As from a spreadsheet; refused as a whole, or what has no place.
+    void copiesAndPastes()
+    {
+        fill({{"1", "3008", "5A", "a\tb"}, {"2", "3009", "5B", ""}});
+        m_view->selectAll();
+        m_view->selectionModel()->select(shown(99, 3), QItemSelectionModel::Deselect);
+        action("actionCopyRegisters")->trigger();
+        QVERIFY(
+            QApplication::clipboard()->text().startsWith("1\t3008\t5A\t\"a\tb\"\n2\t3009\t5B\t\n\t\t\t\n"));
+        const auto paste = [this](int row, int column, const QString &text) {
+            m_questions.clear();
+            QApplication::clipboard()->setText(text);
+            m_view->selectionModel()->setCurrentIndex(shown(row, column),
+                                                      QItemSelectionModel::ClearAndSelect);
+            QApplication::setActiveWindow(m_dialog.get());
+            m_view->setFocus();
+            QTest::keyClick(m_view, Qt::Key_V, Qt::ControlModifier);
+            return progress();
+        };
+        QCOMPARE(paste(5, 1, "0x3010\t5\r\n3011\t\r\n"), QStringLiteral("粘贴 2 行"));
+        QVERIFY(m_table->row(5).address == "3010" && m_table->row(5).value == "05" && m_questions.isEmpty());
+        for (const char *refused : {"30\n3g", "30\t5\ta,b", "30\t5\tx\ty"}) {
+            QVERIFY(paste(7, 1, refused).startsWith(QStringLiteral("没有粘贴：第")));
+            QVERIFY(m_table->row(7).isEmpty());
+        }
+        m_answer = 0;
+        paste(0, 1, "3008\n40");
+        QCOMPARE(m_questions, QStringList(QStringLiteral("粘贴会覆盖1个已填写的单元格，是否继续？")));
+        QCOMPARE(m_table->row(1).address, QStringLiteral("3009"));
+        m_answer = 1;
+        paste(99, 1, QString("01\n").repeated(202)); // pages are added
+        QVERIFY(m_table->pageCount() == 4 && m_table->row(300).address == "01");
+        QCOMPARE(m_dialog->findChild<QLabel *>("pageCount")->text(), "/ 4");
+        QCOMPARE(paste(98, 3, QString("x\n").repeated(9905)),
+                 QStringLiteral("粘贴 9902 行，超出表格 3 行未粘贴"));
+        action("actionFindRegister")->trigger();
+        m_dialog->findChild<QLineEdit *>("editFindRegister")->setText("300");
+        QCOMPARE(paste(0, 3, "p\nq\nr\n"), QStringLiteral("粘贴 2 行，超出表格 1 行未粘贴"));
+        QVERIFY(m_table->row(0).description == "p" && m_table->row(1).description == "q");
+        m_dialog->setBusy(true);
+        paste(0, 3, "busy");
+        QCOMPARE(m_table->row(0).description, QStringLiteral("p"));
+    }
+
+    // Rows without a value, and numbers, are not in C source.
+    void keepsWhatNoFileHas()
+    {
+        const QTemporaryDir folder;
+        m_fileName = folder.filePath("list.h");
+        click("btnExport");
+        QVERIFY(progress().startsWith(QStringLiteral("导出失败：")) && !QFile::exists(m_fileName));
+        fill({{"1", "3008", "5A", "x"}});
+        click("btnExport");
+        QVERIFY(contentOf(m_fileName).contains("{0x3008, 0x5A}, // x") && m_table->hasUnsavedRows());
+        m_table->setCells({{0, 0, ""}});
+        click("btnExport");
+        QVERIFY(!m_table->hasUnsavedRows());
+        click("btnImport");
+        QTRY_COMPARE_WITH_TIMEOUT(progress(), QStringLiteral("读取 1 行，跳过 5 行（首行为第 1 行）"), 20000);
+        m_dialog->copyRows({});
+        m_answer = 0;
+        m_questions.clear();
+        m_dialog->copyRows({{{}, "40", {}, {}}});
+        QCOMPARE(m_questions, QStringList(QStringLiteral("当前表有2行，复制会替换所有行，是否继续？")));
+        m_answer = 1;
+        m_dialog->copyRows({{{}, "40", {}, {}}});
+        QVERIFY(m_table->usedRows() == 1 && m_table->row(0).address == "40" && m_table->hasUnsavedRows());
+    }
+
     void stopsWhenItIsClosed()
     {
         const QSignalSpy stops(m_dialog.get(), &DataManagerWidget::stopRequested);
@@ -212,6 +366,13 @@ private:
         QTest::mouseClick(m_dialog->findChild<QPushButton *>(QLatin1String(name)), Qt::LeftButton);
     }
     QModelIndex shown(int row, int column) const { return m_view->model()->index(row, column); }
+    QAction *action(const QString &name) const { return m_dialog->findChild<QAction *>(name); }
+    void fill(const QList<QStringList> &rows)
+    {
+        for (int row = 0; row < rows.size(); ++row)
+            for (int column = 0; column < rows.at(row).size(); ++column)
+                m_table->setData(m_table->index(row, column), rows.at(row).at(column));
+    }
     void type(int row, int column, const QString &text) const
     {
         m_view->model()->setData(shown(row, column), text);
