@@ -2,6 +2,21 @@
 
 #include "csvtext.h"
 
+namespace {
+
+// QDateTime's own formatting takes ten times as long, which is felt with 10,000 rows.
+QString timeText(const QDateTime &time)
+{
+    const QDate day = time.date();
+    const QTime clock = time.time();
+    return time.isValid()
+               ? QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d.%03d", day.year(), day.month(), day.day(),
+                                   clock.hour(), clock.minute(), clock.second(), clock.msec())
+               : QString();
+}
+
+} // namespace
+
 void RegisterReport::begin(Task task, int device, const QDateTime &now)
 {
     *this = RegisterReport();
@@ -49,17 +64,15 @@ QByteArray RegisterReport::csv() const
 {
     const QStringList tasks{QStringLiteral("读取"), QStringLiteral("写入"), QStringLiteral("写入并回读"),
                             QStringLiteral("比较")};
-    const QString dateForm = QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz");
     QByteArray text("\xEF\xBB\xBF");
     text += CsvText::line({QStringLiteral("操作"), tasks.at(m_task), QStringLiteral("设备"),
-                           QString::number(m_device + 1), QStringLiteral("开始"), m_begin.toString(dateForm),
+                           QString::number(m_device + 1), QStringLiteral("开始"), timeText(m_begin),
                            QStringLiteral("结束"), m_end.isEmpty() ? QStringLiteral("已完成") : m_end});
     text += CsvText::line({QStringLiteral("行"), QStringLiteral("地址"), QStringLiteral("表中的值"),
                            QStringLiteral("板上的值"), QStringLiteral("结果"), QStringLiteral("次数"),
                            QStringLiteral("时间"), QStringLiteral("应答者")});
     for (const Line &line : m_lines)
         text += CsvText::line({QString::number(line.row + 1), line.address, line.value, line.board,
-                               result(line), QString::number(line.tries),
-                               line.time.isValid() ? line.time.toString(dateForm) : QString(), line.sender});
+                               result(line), QString::number(line.tries), timeText(line.time), line.sender});
     return text;
 }

@@ -107,6 +107,8 @@ bool RegisterSession::start(Access access, Task task, const std::optional<QVecto
     m_stopBefore.reset();
     m_askedDevice = m_target.device;
     beginReport();
+    if (!rows)
+        table(access)->clearOutcomes();
     const int count = rows ? rows->size() : table(access)->rowCount();
     for (int i = 0; i < count; ++i)
         queueRow(rows ? rows->at(i) : i);

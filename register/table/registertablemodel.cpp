@@ -152,6 +152,16 @@ void RegisterTableModel::setOutcome(int row, Outcome outcome, const QString &sen
     emit dataChanged(changed, changed, {outcomeRole, Qt::ToolTipRole});
 }
 
+void RegisterTableModel::clearOutcomes()
+{
+    for (Entry &entry : m_entries) {
+        entry.outcome = NoOutcome;
+        entry.sender.clear();
+        entry.readBack.clear();
+    }
+    emit dataChanged(index(0, Value), index(rowCount() - 1, Value), {outcomeRole, Qt::ToolTipRole});
+}
+
 int RegisterTableModel::filledRows(int page) const
 {
     const auto first = m_entries.begin() + static_cast<qsizetype>(page) * rowsPerPage;

@@ -41,6 +41,7 @@ public:
     void setValue(int row, const QString &value);
     // The sender of the reply, if there was one; what was read back of a write.
     void setOutcome(int row, Outcome outcome, const QString &sender = {}, const QString &readBack = {});
+    void clearOutcomes();
     const QString &sender(int row) const { return m_entries.at(row).sender; }
 
     int pageCount() const { return m_entries.size() / rowsPerPage; }
