@@ -36,8 +36,9 @@ void wait(const std::function<bool()> &isDone, int minMs)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
-void measure(const char *what, const std::function<void()> &act,
-             const std::function<bool()> &isDone = [] { return true; })
+void measure(
+    const char *what, const std::function<void()> &act,
+    const std::function<bool()> &isDone = [] { return true; })
 {
     wait([] { return true; }, 300);
     heartbeat->takeWorst();
@@ -84,7 +85,9 @@ int main(int argc, char *argv[])
     std::fflush(stdout);
     wait([page] { return page->frames() > 0; }, 0);
 
-    const auto click = [page](const char *name) { page->findChild<QPushButton *>(QLatin1String(name))->click(); };
+    const auto click = [page](const char *name) {
+        page->findChild<QPushButton *>(QLatin1String(name))->click();
+    };
     measure("opening the dialog", [click] { click("btnReadTable"); });
     auto *dialog = page->findChild<DataManagerWidget *>();
     measure("closing and opening it", [=] {
@@ -99,8 +102,9 @@ int main(int argc, char *argv[])
     const auto trigger = [dialog](const char *name) {
         dialog->findChild<QAction *>(QLatin1String(name))->trigger();
     };
-    measure("importing", [press] { press("btnImport"); },
-            [progress] { return progress->text().startsWith(QStringLiteral("读取")); });
+    measure(
+        "importing", [press] { press("btnImport"); },
+        [progress] { return progress->text().startsWith(QStringLiteral("读取")); });
     auto *header = view->horizontalHeader();
     measure("sorting by value", [header] { emit header->sectionClicked(2); });
     measure("sorting by description", [header] { emit header->sectionClicked(3); });
@@ -110,13 +114,15 @@ int main(int argc, char *argv[])
         measure(text[0] ? text : "no search", [=] { search->setText(QString::fromUtf8(text)); });
     measure("values in binary", [trigger] { trigger("actionBase2"); });
     const auto isOver = [progress] { return progress->text().startsWith(QStringLiteral("已")); };
-    measure("reading, sorted", [press] { press("btnConfirm"); }, isOver);
+    measure(
+        "reading, sorted", [press] { press("btnConfirm"); }, isOver);
     std::printf("  %s\n", qPrintable(progress->text()));
     search->clear();
     for (int i = 0; i < 2; ++i)
         emit header->sectionClicked(3);
     progress->clear();
-    measure("comparing, by pages", [trigger] { trigger("actionCompareRegisters"); }, isOver);
+    measure(
+        "comparing, by pages", [trigger] { trigger("actionCompareRegisters"); }, isOver);
     std::printf("  %s\n", qPrintable(progress->text()));
     measure("differences only", [trigger] { trigger("actionDifferencesOnly"); });
     trigger("actionDifferencesOnly");

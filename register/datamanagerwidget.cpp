@@ -1,5 +1,6 @@
 #include "datamanagerwidget.h"
 
+#include "placeholdertext.h"
 #include "qtfiledialog.h"
 #include "qtmessagebox.h"
 #include "qtmessagetip.h"
@@ -112,6 +113,7 @@ QWidget *DataManagerWidget::buildSearch()
     m_search->setAccessibleName(QStringLiteral("查找"));
     m_search->setPlaceholderText(QStringLiteral("在所有页中查找地址、值、编号或描述"));
     m_search->setClearButtonEnabled(true);
+    PlaceholderText::keepFaint(m_search);
     m_found->setObjectName(QStringLiteral("labelFoundRegisters"));
     row->addWidget(m_search, 1);
     row->addWidget(m_found);
@@ -271,6 +273,10 @@ void DataManagerWidget::setBusy(bool busy)
         m_pageBar->findChild<QPushButton *>(QLatin1String(name))->setEnabled(!busy);
     m_menu->setBusy(busy);
     m_view->setReadOnly(busy);
+    if (!busy && m_menu->action(RegisterMenu::DifferencesOnly)->isChecked()) {
+        m_view->rows()->refresh(); // others differ now
+        showRows();
+    }
 }
 
 void DataManagerWidget::showProgress(const QString &text)
@@ -321,7 +327,8 @@ void DataManagerWidget::SltButtonClicked(int index)
     case Clear:
         return clearTable();
     case Confirm:
-        emit confirmed();
+        if (mayWriteHidden())
+            emit confirmed();
         break;
     case Cancel:
         emit signalCloseWindow();
@@ -329,6 +336,15 @@ void DataManagerWidget::SltButtonClicked(int index)
     default:
         break;
     }
+}
+
+// Someone who sees some rows may think that only these are written.
+bool DataManagerWidget::mayWriteHidden()
+{
+    const QString text =
+        QStringLiteral("当前只显示%1行，“确定”会写入表中所有行，是否继续？").arg(m_view->rows()->rowCount());
+    return m_mode == Read || !m_view->rows()->isPartial() ||
+           QtMessageBox::question(this, kQuestion, text) == 1;
 }
 
 bool DataManagerWidget::mayClose()

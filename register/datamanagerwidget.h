@@ -72,6 +72,7 @@ private:
     void addPage();
     bool askToDeletePage(int page);
     void confirmSelected();
+    bool mayWriteHidden();
     void showSearch(bool isOn);
     void showRows();                          // the view has other rows now
     void showPages();                         // instead of rows that were searched or sorted

@@ -36,6 +36,9 @@ public:
     // Rows of all pages, instead of a page.
     bool isList() const { return !m_search.isEmpty() || m_column >= 0 || m_isDifferencesOnly; }
 
+    // Of these, not all that are filled.
+    bool isPartial() const { return !m_search.isEmpty() || m_isDifferencesOnly; }
+
     int tableRow(int row) const { return m_rows.at(row); }
 
     QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;

@@ -15,6 +15,7 @@
 #include <QSpinBox>
 #include <QTableView>
 #include <QTcpServer>
+#include <QTemporaryDir>
 #include <QUdpSocket>
 
 class TestCameraRegisters : public CameraPageTest
@@ -168,6 +169,48 @@ private slots:
         DialogAnswers::instance().message = [&questions](auto...) { return questions++; }; // cancelled
         QVERIFY(!m_page->mayClose());
         QCOMPARE(questions, 1);
+    }
+
+    // What the menu does, and what another device does to a table that runs.
+    void comparesAndReports()
+    {
+        BoardProcess board;
+        QVERIFY(connectBoard(board));
+        openTable("btnReadTable", {{"3001", "07"}, {"3002", "0F"}});
+        DataManagerWidget *const writes = openTable("btnWriteTable", {});
+        const auto trigger = [writes](const char *name) {
+            writes->findChild<QAction *>(QLatin1String(name))->trigger();
+        };
+        trigger("actionCopyReadTable");
+        trigger("actionCompareRegisters");
+        const auto compared = QStringLiteral("已完成 2/2，不同 1，无应答 0，错误 0");
+        QTRY_COMPARE_WITH_TIMEOUT(progress(writes), compared, 20000);
+        auto *view = writes->findChild<QTableView *>();
+        QCOMPARE(view->model()->index(1, 2).data().toString(), QStringLiteral("0F ≠ 板上 0E"));
+        const QTemporaryDir folder;
+        const QString name = folder.filePath("report.csv");
+        DialogAnswers::instance().fileNames = [name](auto...) { return QStringList(name); };
+        trigger("actionSaveReport");
+        QFile report(name);
+        QVERIFY(report.open(QIODevice::ReadOnly));
+        QVERIFY(report.readAll().contains("2,3002,0F,0E,不同,1,"));
+        trigger("actionDifferencesOnly");
+        DialogAnswers::instance().message = [](auto...) { return 0; };
+        press(writes, "btnConfirm"); // would write the hidden row, too
+        QCOMPARE(progress(writes), QStringLiteral("报告已保存"));
+        view->selectAll();
+        trigger("actionSelectedRegisters");
+        QTRY_COMPARE_WITH_TIMEOUT(progress(writes), QStringLiteral("已完成 1/1"), 20000);
+
+        auto *delay = writes->findChild<QSpinBox *>("spinBatchDelay");
+        trigger("actionDifferencesOnly");
+        trigger("actionBatchOptions");
+        delay->setValue(10000);
+        press(writes, "btnConfirm");
+        QTRY_COMPARE_WITH_TIMEOUT(progress(writes), QStringLiteral("正在进行 1/2"), 20000);
+        child<QComboBox>("comboCameraDevice")->setCurrentIndex(1);
+        QCOMPARE(progress(writes), QStringLiteral("已停止 1/2，设备、长度或组编号已更改"));
+        delay->setValue(0);
     }
 
     void stopsTables()
