@@ -26,6 +26,27 @@ QRegularExpression charactersOf(int column, RegisterCell::Base base)
     return column == RegisterTableModel::Address ? hex : text;
 }
 
+// A single digit is completed as a pasted one, so that no editor drops it when it
+// loses the focus.
+class CellValidator : public QRegularExpressionValidator
+{
+public:
+    CellValidator(int column, RegisterCell::Base base, QObject *parent)
+        : QRegularExpressionValidator(charactersOf(column, base), parent)
+        , m_column(column)
+        , m_base(base)
+    {
+    }
+    void fixup(QString &text) const override
+    {
+        text = RegisterCell::stored(m_column, text, m_base).value_or(text);
+    }
+
+private:
+    int m_column;
+    RegisterCell::Base m_base;
+};
+
 } // namespace
 
 QWidget *RegisterCellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,
@@ -33,8 +54,7 @@ QWidget *RegisterCellDelegate::createEditor(QWidget *parent, const QStyleOptionV
 {
     auto *editor = new QLineEdit(parent);
     editor->setFrame(false);
-    editor->setValidator(
-        new QRegularExpressionValidator(charactersOf(index.column(), baseOf(index)), editor));
+    editor->setValidator(new CellValidator(index.column(), baseOf(index), editor));
     const QString rule = RegisterCell::rule(index.column(), baseOf(index));
     connect(editor, &QLineEdit::inputRejected, editor,
             [editor, rule] { QtMessageTip::showBelow(editor, rule); });

@@ -233,6 +233,14 @@ private slots:
         }
         type(0, RegisterTableModel::Value, "FF"); // stays where it is
         QCOMPARE(m_table->row(1).value, QStringLiteral("FF"));
+        QApplication::setActiveWindow(m_dialog.get());
+        m_view->setFocus();
+        m_view->setCurrentIndex(shown(0, RegisterTableModel::Value));
+        QTest::keyClick(m_view, '8');
+        sortBy(2);
+        QCOMPARE(m_table->row(1).value, QStringLiteral("08")); // what was typed is not lost
+        sortBy(1);
+        sortBy(2);
         const QSignalSpy confirmed(m_dialog.get(), &DataManagerWidget::rowsConfirmed);
         m_view->setSelectionMode(QAbstractItemView::MultiSelection);
         for (const int row : {2, 0})
