@@ -42,11 +42,11 @@ DataManagerWidget::DataManagerWidget(Mode mode, RegisterTableModel *table, QWidg
     , m_mode(mode)
     , m_table(table)
     , m_file(table)
-    , m_pageBar(new QtPageBar(this))
-    , m_view(new RegisterTableView(table, m_pageBar, this))
-    , m_menu(new RegisterMenu(mode == Read, m_view, this))
     , m_search(new QLineEdit(this))
     , m_found(new QLabel(this))
+    , m_view(new RegisterTableView(table, this))
+    , m_pageBar(new QtPageBar(this))
+    , m_menu(new RegisterMenu(mode == Read, m_view, this))
     , m_batchBar(new RegisterBatchBar(this))
     , m_buttons(new QButtonGroup(this))
     , m_stop(new QPushButton(QStringLiteral("停止"), this))
@@ -54,6 +54,7 @@ DataManagerWidget::DataManagerWidget(Mode mode, RegisterTableModel *table, QWidg
 {
     setObjectName(QStringLiteral("DataManagerWidget"));
     setWindowModality(Qt::NonModal);
+    m_view->rows()->setPageBar(m_pageBar);
     buildUi();
     connectParts();
     connectMenu();
@@ -76,17 +77,14 @@ void DataManagerWidget::buildUi()
                                QStringLiteral("确定"), QStringLiteral("取消")};
     const char *const names[] = {"btnImport", "btnExport", "btnClear", "btnConfirm", "btnCancel"};
     for (int i = 0; i < captions.size(); ++i) {
+        if (i == Confirm)
+            addMoreButton(row);
         auto *button = new QPushButton(captions.at(i), this);
         button->setObjectName(QLatin1String(names[i]));
         button->setAutoDefault(false); // Return belongs to the cells
         button->setProperty("primary", i == Confirm);
         m_buttons->addButton(button, i);
         if (i == Confirm) {
-            auto *more = new QPushButton(QStringLiteral("更多"), this);
-            more->setObjectName(QStringLiteral("btnMoreRegisters"));
-            more->setAutoDefault(false);
-            more->setMenu(m_menu);
-            row->addWidget(more);
             row->addWidget(m_progress, 1);
             row->addWidget(m_stop);
         }
@@ -101,6 +99,15 @@ void DataManagerWidget::buildUi()
     body()->addWidget(m_batchBar);
     body()->addWidget(m_pageBar);
     body()->addLayout(row);
+}
+
+void DataManagerWidget::addMoreButton(QHBoxLayout *row)
+{
+    auto *more = new QPushButton(QStringLiteral("更多"), this);
+    more->setObjectName(QStringLiteral("btnMoreRegisters"));
+    more->setAutoDefault(false);
+    more->setMenu(m_menu);
+    row->addWidget(more);
 }
 
 QWidget *DataManagerWidget::buildSearch()

@@ -11,6 +11,7 @@
 #include <QVector>
 
 class QButtonGroup;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -66,6 +67,7 @@ protected:
 
 private:
     void buildUi();
+    void addMoreButton(QHBoxLayout *row);
     QWidget *buildSearch();
     void connectParts();
     void connectMenu();
@@ -89,12 +91,12 @@ private:
     int m_addressLength = 2;
     int m_valueLength = 1;
     int m_pageToDelete = 0; // counted from 1; the bar has turned when it reports the deletion
-    QtPageBar *m_pageBar;
-    RegisterTableView *m_view;
-    RegisterMenu *m_menu;
     QWidget *m_searchBar = nullptr;
-    QLineEdit *m_search;
+    QLineEdit *m_search; // made in the order of Tab
     QLabel *m_found;
+    RegisterTableView *m_view;
+    QtPageBar *m_pageBar;
+    RegisterMenu *m_menu;
     RegisterBatchBar *m_batchBar;
     QButtonGroup *m_buttons;
     QPushButton *m_stop;

@@ -12,10 +12,10 @@
 
 #include <algorithm>
 
-RegisterTableView::RegisterTableView(RegisterTableModel *table, const QtPageBar *pageBar, QWidget *parent)
+RegisterTableView::RegisterTableView(RegisterTableModel *table, QWidget *parent)
     : QTableView(parent)
     , m_table(table)
-    , m_rows(new RegisterViewModel(table, pageBar, this))
+    , m_rows(new RegisterViewModel(table, this))
 {
     setModel(m_rows);
     setItemDelegate(new RegisterCellDelegate(this));

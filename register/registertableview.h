@@ -6,7 +6,6 @@
 #include <QTableView>
 #include <QVector>
 
-class QtPageBar;
 class RegisterTableModel;
 class RegisterViewModel;
 
@@ -15,8 +14,8 @@ class RegisterTableView : public QTableView
     Q_OBJECT
 
 public:
-    // The table and the page bar outlive the view.
-    RegisterTableView(RegisterTableModel *table, const QtPageBar *pageBar, QWidget *parent = nullptr);
+    // The table outlives the view.
+    explicit RegisterTableView(RegisterTableModel *table, QWidget *parent = nullptr);
 
     RegisterViewModel *rows() const { return m_rows; }
     void setReadOnly(bool isReadOnly);

@@ -50,10 +50,9 @@ Key keyOf(const RegisterRow &cells, int column, int row)
 
 } // namespace
 
-RegisterViewModel::RegisterViewModel(RegisterTableModel *table, const QtPageBar *pageBar, QObject *parent)
+RegisterViewModel::RegisterViewModel(RegisterTableModel *table, QObject *parent)
     : QAbstractProxyModel(parent)
     , m_table(table)
-    , m_pageBar(pageBar)
     , m_goodIcon(IconFont::icon(IconFont::CheckCircle, kGood, kIconPixels))
     , m_badIcon(IconFont::icon(IconFont::AlertCircle, kBad, kIconPixels))
 {
@@ -123,7 +122,8 @@ void RegisterViewModel::chooseRows()
         if (m_column >= 0)
             sort();
     } else {
-        const int first = (m_pageBar->currentPage() - 1) * RegisterTableModel::rowsPerPage;
+        const int page = m_pageBar ? m_pageBar->currentPage() - 1 : 0;
+        const int first = page * RegisterTableModel::rowsPerPage;
         const int end = qMin(m_table->rowCount(), first + RegisterTableModel::rowsPerPage);
         for (int row = first; row < end; ++row)
             m_rows.append(row);

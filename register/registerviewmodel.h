@@ -21,7 +21,10 @@ class RegisterViewModel : public QAbstractProxyModel
     Q_OBJECT
 
 public:
-    RegisterViewModel(RegisterTableModel *table, const QtPageBar *pageBar, QObject *parent = nullptr);
+    explicit RegisterViewModel(RegisterTableModel *table, QObject *parent = nullptr);
+
+    // Which page is shown; the first one without a bar.
+    void setPageBar(const QtPageBar *pageBar) { m_pageBar = pageBar; }
 
     void refresh(); // the page bar has turned, or rows may fit now that did not
 
@@ -60,7 +63,7 @@ private:
     QVariant shownValue(const QModelIndex &index) const;
 
     RegisterTableModel *m_table;
-    const QtPageBar *m_pageBar;
+    const QtPageBar *m_pageBar = nullptr;
     RegisterCell::Base m_base = RegisterCell::Hexadecimal;
     QString m_search;
     int m_column = -1;
