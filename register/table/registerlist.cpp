@@ -152,7 +152,8 @@ bool LineParser::parsePair()
         return false;
     const int end = m_at;
     skipBlanks();
-    const bool isSeparated = accept(",:=;") || m_at > end;
+    const bool hasSemicolon = accept(";");
+    const bool isSeparated = hasSemicolon || accept(",:=") || m_at > end;
     skipBlanks();
     const std::optional<QString> value = isSeparated ? number() : std::nullopt;
     if (!value)
@@ -163,7 +164,7 @@ bool LineParser::parsePair()
         skipBlanks();
         if (!accept("})]"))
             return false;
-    } else if (m_at < m_code.size() && !isOneOf(m_code.at(m_at), ";#")) {
+    } else if (m_at < m_code.size() && !isOneOf(m_code.at(m_at), hasSemicolon ? "#" : ";#")) {
         // Several pairs without brackets may as well be something else.
         accept(",");
         skipBlanks();
@@ -252,12 +253,25 @@ QByteArray commentOf(const RegisterRow &row)
 
 namespace RegisterList {
 
+// Comments of pairs may have commas, too.
 bool isList(const RegisterText &text)
 {
     const QByteArray tested = text.bytes.left(kTestedBytes);
-    Reader reader(tested, kTestedLines);
-    reader.read(kTestedLines);
-    return reader.rows().size() > RegisterCsv::formOf(tested).lines;
+    Reader reader(tested, kTestedBytes);
+    int pairs = 0;
+    int others = 0;
+    int count = 0;
+    for (const QByteArray &line : tested.split('\n')) {
+        const int before = reader.rows().size();
+        reader.read(1);
+        if (reader.rows().size() > before)
+            ++pairs;
+        else if (RegisterCsv::formOf(line).lines > 0)
+            ++others;
+        if (++count == kTestedLines)
+            break;
+    }
+    return pairs > others;
 }
 
 Reader::Reader(const RegisterText &text, int maxRows)

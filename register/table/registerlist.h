@@ -14,7 +14,8 @@
 
 namespace RegisterList {
 
-// Whether the first lines are of such a list rather than a table's.
+// Whether the first lines are of such a list rather than a table's: more lines of
+// pairs than others with four cells.
 bool isList(const RegisterText &text);
 
 // Blank lines, comments and lines of brackets only are no rows and not counted. Any
