@@ -111,6 +111,9 @@ void scanJpeg(benchmark::State &state)
 
 BENCHMARK(copyPixels)->Args({640, 480})->Args({1920, 1080});
 BENCHMARK(decode)->ArgNames({"code", "w", "h", "big"})->ArgsProduct({{4, 5, 7}, {640}, {480}, {0, 1}});
+BENCHMARK(decode) // what the user may choose
+    ->ArgNames({"code", "w", "h", "big"})
+    ->ArgsProduct({{257, 258, 259, 260, 261, 262, 263}, {640}, {480}, {0}});
 BENCHMARK(decode)->ArgNames({"code", "w", "h", "big"})->Args({4, 1920, 1080, 0});
 BENCHMARK_TEMPLATE(assemble, FrameAssembler)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);
 BENCHMARK_TEMPLATE(assemble, FrameResynchronizer)->Arg(1)->Arg(64)->Arg(1460)->Arg(65536);

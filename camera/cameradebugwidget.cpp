@@ -374,12 +374,14 @@ void CameraDebugWidget::showFrame(int device, const CameraFrameData &frame)
 }
 
 // By the format that its sender has announced. A sender that has announced none, as
-// one that has connected again, sends in the format of the panel.
+// one that has connected again, sends in the format of the panel. The user may have
+// chosen another than either.
 void CameraDebugWidget::showImage(const QString &sender, const CameraEvent &event)
 {
     const CameraEvent *const format = m_receiver->announced(sender, event.device);
-    const ImageRecord record =
+    const ImageRecord declared =
         format ? ImageRecord{format->format, format->width, format->height} : m_config->record(event.device);
+    const ImageRecord record = declared.readAs(Settings::instance().cameraPage.pictureFormat);
     if (frames() == kTimedFrame &&
         (record.format == ImageRecord::Rgb565 || record.format == ImageRecord::Bmp))
         qDebug() << m_receiver->sinceFirstMs() << "ms";

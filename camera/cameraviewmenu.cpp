@@ -1,13 +1,16 @@
 #include "cameraviewmenu.h"
 
 #include "imageviewer.h"
+#include "pixelformat.h"
 #include "settings.h"
 
+#include <QActionGroup>
 #include <QMenu>
 
 CameraViewMenu::CameraViewMenu(ImageViewer *viewer, QWidget *parent)
     : QPushButton(QStringLiteral("视图"), parent)
     , m_viewer(viewer)
+    , m_formats(new QActionGroup(this))
 {
     setObjectName(QStringLiteral("btnCameraView"));
     setToolTip(QStringLiteral("滚轮缩放图像，拖动移动，双击恢复"));
@@ -21,6 +24,8 @@ CameraViewMenu::CameraViewMenu(ImageViewer *viewer, QWidget *parent)
     m_upDown = addToggle(QStringLiteral("上下镜像"), "actionMirrorUpDown");
     for (const QAction *action : {m_fit, m_leftRight, m_upDown})
         connect(action, &QAction::triggered, this, &CameraViewMenu::store);
+    menu()->addSeparator();
+    addFormats();
     load();
 }
 
@@ -32,6 +37,28 @@ QAction *CameraViewMenu::addToggle(const QString &text, const char *name)
     return action;
 }
 
+void CameraViewMenu::addFormats()
+{
+    QMenu *formats = menu()->addMenu(QStringLiteral("像素格式"));
+    formats->setObjectName(QStringLiteral("menuPixelFormat"));
+    const auto add = [this, formats](const QString &text, int choice) {
+        QAction *action = formats->addAction(text);
+        action->setObjectName(QStringLiteral("actionPixelFormat%1").arg(choice));
+        action->setCheckable(true);
+        action->setData(choice);
+        m_formats->addAction(action);
+    };
+    add(QStringLiteral("按开发板声明"), 0);
+    formats->addSeparator();
+    for (const PixelFormat &format : PixelFormat::all()) {
+        if (!format.isAnnounced())
+            add(format.name, format.choice());
+    }
+    connect(m_formats, &QActionGroup::triggered, this, [](const QAction *action) {
+        Settings::instance().cameraPage.pictureFormat.change(action->data().toInt());
+    });
+}
+
 void CameraViewMenu::load()
 {
     const auto &choices = Settings::instance().cameraPage;
@@ -40,6 +67,11 @@ void CameraViewMenu::load()
     m_upDown->setChecked(choices.mirror & ImageViewer::UpDown);
     m_viewer->setFitted(m_fit->isChecked());
     m_viewer->setMirror(choices.mirror);
+    m_formats->actions().constFirst()->setChecked(true); // where the number is unknown
+    for (QAction *action : m_formats->actions()) {
+        if (action->data().toInt() == choices.pictureFormat)
+            action->setChecked(true);
+    }
 }
 
 void CameraViewMenu::store()

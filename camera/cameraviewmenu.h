@@ -1,12 +1,13 @@
 #pragma once
 
-// "视图" in the row below the pictures: how they are shown. The settings own the
-// choices.
+// "视图" in the row below the pictures: how they are shown, and as what their bytes are
+// read. The settings own the choices.
 
 #include <QPushButton>
 
 class ImageViewer;
 class QAction;
+class QActionGroup;
 
 class CameraViewMenu : public QPushButton
 {
@@ -20,10 +21,12 @@ public:
 
 private:
     QAction *addToggle(const QString &text, const char *name);
+    void addFormats();
     void store();
 
     ImageViewer *m_viewer;
     QAction *m_fit;
     QAction *m_leftRight;
     QAction *m_upDown;
+    QActionGroup *m_formats; // their data is the number that the settings keep
 };

@@ -74,8 +74,10 @@ FormGroup *ImageFormatConfig::buildFormat()
     m_height->setObjectName(QStringLiteral("spinImageHeight"));
     m_device->addItems({QStringLiteral("设备1"), QStringLiteral("设备2")});
     m_device->setToolTip(QStringLiteral("图像格式和寄存器请求所属的设备"));
-    for (const PixelFormat &format : PixelFormat::all())
-        m_format->addItem(format.name, format.code);
+    for (const PixelFormat &format : PixelFormat::all()) {
+        if (format.isAnnounced())
+            m_format->addItem(format.name, format.code);
+    }
     for (QSpinBox *side : {m_width, m_height}) {
         side->setRange(0, 0xFFFF);
         side->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // two in a row

@@ -22,18 +22,25 @@ bool hasFewScans(const QByteArray &data)
 }
 
 // Checks what decoding the file would cost first. No camera sends drawings, which
-// may take any time.
-QImage decodeFile(const QByteArray &data)
+// may take any time. type: of the file; null for any.
+QImage decodeFile(const QByteArray &data, const char *type)
 {
     QBuffer buffer;
     buffer.setData(data);
     buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
+    QImageReader reader(&buffer, type);
     const QByteArray format = reader.format();
     if (format.startsWith("svg") || (format == "jpeg" && !hasFewScans(data)))
         return {};
     const QSize size = reader.size();
     return PixelDecoder::imageBytes(size.width(), size.height()) > 0 ? reader.read() : QImage();
+}
+
+// The frame has a record.
+PixelDecoder::Source sourceOf(const CameraFrameData &frame)
+{
+    return {reinterpret_cast<const uchar *>(frame.data.constData()), frame.data.size(), frame.record->width,
+            frame.record->height, frame.bigEndian};
 }
 
 } // namespace
@@ -97,22 +104,18 @@ void FrameShow::showNewest()
 QImage FrameShow::decode(const CameraFrameData &frame)
 {
     if (!frame.record)
-        return decodeFile(frame.data);
+        return decodeFile(frame.data, nullptr);
     const ImageRecord &record = *frame.record;
     const PixelFormat *const format = PixelFormat::find(record.format);
     if (!format)
         return {};
-    const bool isPicture = PixelDecoder::imageBytes(record.width, record.height) > 0;
-    const qint64 pixelBytes = qint64(record.width) * record.height * format->bytesPerPixel;
-    if (format->mayBeFile && (!isPicture || frame.data.size() < pixelBytes))
-        return decodeFile(frame.data);
-    if (!isPicture)
+    if (format->isFile(frame.data.size(), record.width, record.height))
+        return decodeFile(frame.data, format->fileType);
+    if (PixelDecoder::imageBytes(record.width, record.height) == 0)
         return {};
     QImage picture(record.width, record.height, QImage::Format_RGB888);
     if (picture.isNull())
         return {};
-    format->decode({reinterpret_cast<const uchar *>(frame.data.constData()), frame.data.size(), record.width,
-                    record.height, frame.bigEndian},
-                   picture.bits(), picture.bytesPerLine());
+    format->decode(sourceOf(frame), picture.bits(), picture.bytesPerLine());
     return picture;
 }

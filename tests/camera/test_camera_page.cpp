@@ -1,5 +1,6 @@
 // The camera page fed with bytes.
 
+#include "cameraframe.h"
 #include "camerapagetest.h"
 #include "camerastatusrow.h"
 #include "dialoganswers.h"
@@ -9,6 +10,7 @@
 #include "seriallink.h"
 #include "stateindicator.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
@@ -49,6 +51,30 @@ private slots:
         QCOMPARE(refreshes.count(), 2);
         m_page->SltRecvImageData("b", red);
         QCOMPARE(child<QLabel>("labelImageError")->text(), QStringLiteral("数据错误: 1"));
+    }
+
+    // Whatever was announced, but for raw JPEGs; the sides are still those announced.
+    void readsAsChosen()
+    {
+        const QByteArray frame = CameraFrame::build(0, CameraFrame::ImageData, QByteArray::fromHex("ff0000"));
+        m_page->SltRecvImageData("b", "ORVN" + QByteArray::fromHex("000f000000010501000100"));
+        m_page->SltRecvImageData("b", frame);
+        QTRY_VERIFY(hasPicture(0) && shown(0, 0, 0) == qRgb(255, 0, 0));
+        child<QAction>("actionPixelFormat7")->trigger();
+        m_page->SltRecvImageData("b", frame);
+        QTRY_COMPARE(shown(0, 0, 0), qRgb(0, 0, 255));
+        child<QAction>("actionPixelFormat9")->trigger(); // PNG
+        m_page->SltRecvImageData("b", frame);
+        QTRY_COMPARE(m_page->frameShow().unusable(), qint64(1));
+        child<QCheckBox>("checkJpegData")->setChecked(true);
+        m_page->SltRecvImageData("b", jpegFile(40, Qt::green));
+        QTRY_COMPARE(child<ImageViewer>("imageViewer")->image(0).size(), QSize(40, 40));
+        m_page.reset();
+        Settings::instance() = Settings();
+        Settings::load(); // as the next start does
+        m_page = std::make_unique<CameraDebugWidget>();
+        QVERIFY(child<QAction>("actionPixelFormat9")->isChecked());
+        child<QAction>("actionPixelFormat0")->trigger();
     }
 
     // The line hands over byte after byte; two announcements have to arrive whole.

@@ -48,6 +48,21 @@ private slots:
             "ffffff 000000 1d00fe 2e  4c4c4c 000000 000000 2e");
         add("422 big, no second Y", 7, true, "80ff 8000 ff1d  554c ff",
             "ffffff 000000 1d00fe 2e  fe0000 000000 000000 2e");
+        // What the user chooses: pixels 0 1 2 are row 0, whatever the byte order.
+        add("gray", 257, true, "00 7fff 10", "000000 7f7f7f ffffff 2e  101010 000000 000000 2e");
+        add("YUYV", 258, true, "ff80 0080 1dff  4c55 1eff 8080",
+            "ffffff 000000 1d00fe 2e  fe0000 d00000 808080 2e");
+        add("UYVY", 259, false, "80ff 8000 ff1d  554c ff1e",
+            "ffffff 000000 1d00fe 2e  fe0000 d00000 000000 2e");
+        add("565 little rows", 260, true, "00f8 e007 1f00  ffff 1084 ff",
+            "ff0000 00ff00 0000ff 2e  ffffff 848284 000000 2e");
+        add("565 big rows", 261, false, "f800 07e0 001f  ffff",
+            "ff0000 00ff00 0000ff 2e  ffffff 000000 000000 2e");
+        add("888 rows", 262, true, "616263 646566 676869",
+            "616263 646566 676869 2e  000000 000000 000000 2e");
+        add("BGR, too much", 263, false, "616263 646566 676869  010203 040506 070809 99",
+            "636261 666564 696867 2e  030201 060504 090807 2e");
+        add("BGR, cut", 263, false, "616263 6465", "636261 000000 000000 2e  000000 000000 000000 2e");
         add("422, nothing", 7, true, "", "000000 000000 000000 2e  000000 000000 000000 2e");
     }
 
@@ -62,6 +77,90 @@ private slots:
                                          size.width(), size.height(), isBigEndian},
                                         reinterpret_cast<uchar *>(output.data()), 10);
         QTEST(output.toHex(' '), "output");
+    }
+
+    // The number of a choice is kept by the settings.
+    void readsAsChosen_data()
+    {
+        QTest::addColumn<int>("choice");
+        QTest::addColumn<QString>("name");
+        const QStringList names{"RGB565",
+                                "GRAY8",
+                                "YUV422 YUYV",
+                                "YUV422 UYVY",
+                                QStringLiteral("RGB565 小端"),
+                                QStringLiteral("RGB565 大端"),
+                                "RGB888",
+                                "BGR888",
+                                "JPEG",
+                                "PNG",
+                                "BMP",
+                                "RGB565"};
+        for (int choice = 0; choice < names.size(); ++choice)
+            QTest::addRow("%d", choice) << choice << names.at(choice);
+    }
+
+    void readsAsChosen()
+    {
+        QFETCH(int, choice);
+        const ImageRecord record = ImageRecord{4, 7, 9}.readAs(choice);
+        QTEST(ImageRecord::formatName(record.format), "name");
+        QVERIFY(record.width == 7 && record.height == 9);
+    }
+
+    // The pixel's bytes are those that make it: a picture in which only they are not 0
+    // is black but for this pixel, and for its neighbor in a pair.
+    void knowsWhereAPixelComesFrom()
+    {
+        for (const PixelFormat &format : PixelFormat::all()) {
+            for (int pixel = 0; format.decode && pixel < 12; ++pixel) {
+                QByteArray bytes(40, '\0');
+                const auto source = [&bytes] {
+                    return PixelDecoder::Source{reinterpret_cast<const uchar *>(bytes.constData()),
+                                                bytes.size(), 4, 3};
+                };
+                const PixelDecoder::PixelBytes from = format.bytesOf(source(), pixel % 4, pixel / 4);
+                for (int k = 0; k < (from.isYuv ? 1 : from.count); ++k)
+                    bytes[int(from.at[size_t(k)])] = '\xFF';
+                QByteArray all(36, '.');
+                QByteArray none(36, '.');
+                format.decode(source(), reinterpret_cast<uchar *>(all.data()), 12);
+                bytes.fill('\0');
+                format.decode(source(), reinterpret_cast<uchar *>(none.data()), 12);
+                for (int at = 0; at < 12; ++at)
+                    QVERIFY2((all.mid(at * 3, 3) != none.mid(at * 3, 3)) == (at == pixel),
+                             qPrintable(format.name));
+            }
+        }
+    }
+
+    void tellsRawValues_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QPoint>("pixel");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("565, mirrored and a row below") << 4 << QPoint(0, 0) << "0C 0D";
+        QTest::newRow("565, half of it there") << 4 << QPoint(2, 1) << "0E --";
+        QTest::newRow("565, beyond the data") << 4 << QPoint(0, 1) << QString();
+        QTest::newRow("565 rows") << 261 << QPoint(0, 1) << "06 07";
+        QTest::newRow("888") << 263 << QPoint(1, 1) << "0C 0D 0E";
+        QTest::newRow("YUYV") << 258 << QPoint(1, 0) << "Y 02 U 01 V 03";
+        QTest::newRow("UYVY") << 259 << QPoint(1, 0) << "Y 03 U 00 V 02";
+        QTest::newRow("end of an odd row") << 258 << QPoint(2, 1) << "Y 0A U 0B V --";
+        QTest::newRow("file") << 264 << QPoint(0, 0) << QString();
+    }
+
+    void tellsRawValues()
+    {
+        QFETCH(int, code);
+        QFETCH(QPoint, pixel);
+        QByteArray bytes;
+        for (int k = 0; k < 15; ++k)
+            bytes.append(char(k));
+        QTEST(PixelFormat::find(code)->rawText(
+                  {reinterpret_cast<const uchar *>(bytes.constData()), bytes.size(), 3, 2}, pixel.x(),
+                  pixel.y()),
+              "text");
     }
 
     void limitsSizes()

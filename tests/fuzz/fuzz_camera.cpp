@@ -30,8 +30,13 @@ void decode(const CameraEvent &image, quint16 width, quint16 height)
     std::vector<uchar> output(bytes);
     const PixelDecoder::Source source{reinterpret_cast<const uchar *>(image.data.constData()),
                                       image.data.size(), width, height, image.device != 0};
-    for (const PixelFormat &format : PixelFormat::all())
+    for (const PixelFormat &format : PixelFormat::all()) {
+        if (!format.decode)
+            continue;
         format.decode(source, output.data(), width * 3);
+        require(format.rawText(source, width - 1, height - 1).size() <= 14 &&
+                format.rawText(source, width / 2, 0).size() <= 14);
+    }
 }
 
 } // namespace
