@@ -3,9 +3,10 @@
 // the user-interface thread was blocked at worst, and what memory it took. The
 // port goes to standard output first: "port 4711".
 //
-//   cameraload [--frames N] [--seconds S]
+//   cameraload [--frames N] [--seconds S] [--fit] [--histogram]
 //
 // --frames: ends when so many have come, or nothing has come for three seconds.
+// --fit, --histogram: fits the pictures to the window; shows their histogram.
 
 #include "cameradebugwidget.h"
 #include "frameshow.h"
@@ -13,6 +14,7 @@
 #include "loadrun.h"
 #include "processfigures.h"
 
+#include <QAction>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QTimer>
@@ -21,13 +23,19 @@
 
 int main(int argc, char *argv[])
 {
-    LoadRun run(argc, argv, {"frames", "seconds"});
+    LoadRun run(argc, argv, {"frames", "seconds"}, {"fit", "histogram"});
     const qint64 expected = run.number("frames");
     const qint64 seconds = run.number("seconds");
     run.showPage(CameraDebugWidget::pageIndex);
     auto *page = run.window().findChild<CameraDebugWidget *>();
     const quint16 port = LoadRun::freePort();
     page->findChild<QLineEdit *>(QStringLiteral("editCameraPort"))->setText(QString::number(port));
+
+    for (const auto &[flag, action] :
+         {std::pair("fit", "actionFitPicture"), {"histogram", "actionHistogram"}}) {
+        if (run.isSet(flag))
+            page->findChild<QAction *>(QLatin1String(action))->trigger();
+    }
 
     Heartbeat heartbeat;
 

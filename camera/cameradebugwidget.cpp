@@ -170,9 +170,9 @@ void CameraDebugWidget::connectParts()
     connect(m_config, &ImageFormatConfig::recordEdited, m_receiver, &CameraReceiver::forgetAnnounced);
     connect(m_config, &ImageFormatConfig::notify, this, &CameraDebugWidget::notify);
     connect(m_show, &FrameShow::pictureReady, this,
-            [this](int device, const QImage &picture, const QString &sender) {
-                m_viewer->setImage(device, QPixmap::fromImage(picture));
-                m_receiver->countShown(sender, device);
+            [this](int device, const QImage &picture, const CameraFrameData &frame) {
+                m_viewer->setImage(device, QPixmap::fromImage(picture, Qt::NoOpaqueDetection));
+                m_receiver->countShown(frame.sender, device);
             });
     connect(m_show, &FrameShow::skipping, this,
             [this](int device, const QString &sender) { m_receiver->countSkipped(sender, device); });

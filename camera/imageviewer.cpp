@@ -30,6 +30,7 @@ void ImageViewer::setImage(int device, const QPixmap &image)
     QPixmap &shown = m_images.at(device == 1 ? 1 : 0);
     const bool isOther = shown.size() != image.size();
     shown = image;
+    m_reduced.at(device == 1 ? 1 : 0) = Reduced();
     if (isOther) // what was zoomed is no part of it
         restore(device == 1 ? 1 : 0);
     update();
@@ -111,7 +112,7 @@ void ImageViewer::paintEvent(QPaintEvent *)
     paintImage(painter, 1, QStringLiteral("图像2显示区域"));
 }
 
-void ImageViewer::paintImage(QPainter &painter, int device, const QString &missing) const
+void ImageViewer::paintImage(QPainter &painter, int device, const QString &missing)
 {
     const QPixmap &image = m_images.at(size_t(device));
     const PicturePlace::Room room = roomOf(device);
@@ -122,6 +123,32 @@ void ImageViewer::paintImage(QPainter &painter, int device, const QString &missi
             Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, m_hint);
         return;
     }
+    if (m_places.at(size_t(device)).scale(room) < 1)
+        paintReduced(painter, device, room);
+    else
+        paintPicture(painter, device, room);
+}
+
+void ImageViewer::paintReduced(QPainter &painter, int device, const PicturePlace::Room &room)
+{
+    Reduced &reduced = m_reduced.at(size_t(device));
+    const QRectF target = m_places.at(size_t(device)).target(room);
+    if (reduced.picture.isNull() || reduced.target != target || reduced.place != room.place ||
+        reduced.mirror != m_mirror) {
+        reduced = {QPixmap(room.place.size() * devicePixelRatio()), target, room.place, m_mirror};
+        reduced.picture.setDevicePixelRatio(devicePixelRatio());
+        reduced.picture.fill(Qt::white);
+        QPainter once(&reduced.picture);
+        once.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+        once.translate(-room.place.topLeft());
+        paintPicture(once, device, room);
+    }
+    painter.drawPixmap(room.place.topLeft(), reduced.picture);
+}
+
+void ImageViewer::paintPicture(QPainter &painter, int device, const PicturePlace::Room &room) const
+{
+    const QPixmap &image = m_images.at(size_t(device));
     const PicturePlace &place = m_places.at(size_t(device));
     const QRectF target = place.target(room);
     painter.save();

@@ -48,14 +48,27 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
+    // What is visible of a picture, scaled down: each picture is scaled once, and not
+    // whenever a tip or a menu has covered it.
+    struct Reduced
+    {
+        QPixmap picture;
+        QRectF target;
+        QRect place;
+        int mirror = 0;
+    };
+
     void restore(int device);
     PicturePlace::Room roomOf(int device) const;
     int deviceAt(const QPoint &position) const;
-    void paintImage(QPainter &painter, int device, const QString &missing) const;
+    void paintImage(QPainter &painter, int device, const QString &missing);
+    void paintReduced(QPainter &painter, int device, const PicturePlace::Room &room);
+    void paintPicture(QPainter &painter, int device, const PicturePlace::Room &room) const;
     void showPixel(const QPoint &position);
 
     std::array<QPixmap, 2> m_images;
     std::array<PicturePlace, 2> m_places;
+    std::array<Reduced, 2> m_reduced;
     int m_displayCount = 1;
     bool m_isFitted = false;
     int m_mirror = 0;

@@ -1,5 +1,7 @@
 #include "bytequeue.h"
 
+#include <utility>
+
 namespace {
 
 // Below this, dropped bytes stay: their room is not worth a move.
@@ -7,9 +9,31 @@ constexpr int kCompactBytes = 4096;
 
 } // namespace
 
+// The new memory is not written to before bytes arrive: where there is much of it, this
+// alone would need tens of milliseconds.
 void ByteQueue::makeRoom(int bytes)
 {
-    m_store.resize(static_cast<size_t>(qMax(2 * m_end, m_end + bytes)));
+    const int capacity = qMax(2 * m_end, m_end + bytes);
+    m_store.reserve(capacity); // no more than that
+    m_store.resize(capacity);
+}
+
+QByteArray ByteQueue::take(int before, int count, int behind)
+{
+    const int all = before + count + behind;
+    if (capacity() <= m_maxIdleBytes || size() - all > count) {
+        const QByteArray bytes(front() + before, count);
+        drop(all);
+        return bytes;
+    }
+    const QByteArray rest(front() + all, size() - all);
+    QByteArray bytes = std::exchange(m_store, QByteArray());
+    std::memmove(bytes.data(), bytes.constData() + m_begin + before, static_cast<size_t>(count));
+    bytes.resize(count);
+    bytes.squeeze();
+    clear();
+    append(rest);
+    return bytes;
 }
 
 // Dropped bytes keep their room until they are at least as many as the rest.

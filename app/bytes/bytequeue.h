@@ -7,7 +7,6 @@
 #include <QByteArray>
 
 #include <cstring>
-#include <vector>
 
 class ByteQueue
 {
@@ -21,11 +20,11 @@ public:
     }
 
     // May be null while the queue is empty.
-    const char *front() const { return m_store.data() + m_begin; }
+    const char *front() const { return m_store.constData() + m_begin; }
     // Without a copy; valid until the queue changes.
     QByteArray view() const { return QByteArray::fromRawData(front(), size()); }
     int size() const { return m_end - m_begin; }
-    int capacity() const { return static_cast<int>(m_store.size()); }
+    int capacity() const { return m_store.size(); }
 
     void append(const char *bytes, int count)
     {
@@ -37,14 +36,17 @@ public:
         m_end += count;
     }
     void append(const QByteArray &chunk) { append(chunk.constData(), chunk.size()); }
-    void drop(qint64 count);                     // all, where there are no more
+    void drop(qint64 count); // all, where there are no more
+    // Drops bytes before and behind those that it returns; there are as many. Large ones
+    // are not copied into other memory, which would need as long as receiving them.
+    QByteArray take(int before, int count, int behind);
     void dropBack(int count) { m_end -= count; } // not more than there are
     void clear();                                // gives the memory back
 
 private:
     void makeRoom(int bytes);
 
-    std::vector<char> m_store; // the bytes are those from m_begin to m_end
+    QByteArray m_store; // the bytes are those from m_begin to m_end; the others have no value
     int m_maxIdleBytes;
     int m_begin = 0;
     int m_end = 0;

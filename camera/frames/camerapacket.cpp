@@ -37,13 +37,19 @@ bool mayBeHeader(const char *bytes, qsizetype size)
     }
 }
 
-CameraEvent image(const char *packet, int length, bool checksumRight)
+CameraEvent imageWithoutData(const char *packet, int length, bool checksumRight)
 {
     CameraEvent image = event(CameraEvent::Image, packet);
     image.checksumRight = checksumRight;
-    image.data = QByteArray(packet + bodyAt, length - overhead);
     if (!checksumRight)
         image.head = QByteArray(packet, qMin(length, CameraLoss::headBytes));
+    return image;
+}
+
+CameraEvent image(const char *packet, int length, bool checksumRight)
+{
+    CameraEvent image = imageWithoutData(packet, length, checksumRight);
+    image.data = QByteArray(packet + bodyAt, length - overhead);
     return image;
 }
 

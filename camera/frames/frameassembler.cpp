@@ -172,11 +172,14 @@ bool FrameAssembler::readImage(CameraEvent *event)
         event->checksumRight = false;
         event->head = QByteArray(m_buffer.front(), length);
     } else {
-        *event = CameraPacket::image(m_buffer.front(), length,
-                                     m_checksum.value() == readU16(m_buffer.front() + length - 2));
+        *event = CameraPacket::imageWithoutData(m_buffer.front(), length,
+                                                m_checksum.value() == readU16(m_buffer.front() + length - 2));
     }
     event->offset = offset();
-    m_buffer.drop(m_packetLength);
+    if (length < overhead)
+        m_buffer.drop(m_packetLength);
+    else
+        event->data = m_buffer.take(bodyAt, length - overhead, overhead - bodyAt);
     if (event->checksumRight)
         m_frameBytes = m_packetLength;
     endPacket();

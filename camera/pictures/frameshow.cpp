@@ -51,7 +51,8 @@ FrameShow::FrameShow(QObject *parent)
 {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::PreciseTimer);
-    connect(&m_timer, &QTimer::timeout, this, &FrameShow::showNewest);
+    connect(&m_timer, &QTimer::timeout, this, &FrameShow::decodeNewest);
+    connect(&m_decoder, &FrameDecoder::finished, this, &FrameShow::showDecoded);
 }
 
 void FrameShow::add(int device, const CameraFrameData &frame)
@@ -62,7 +63,7 @@ void FrameShow::add(int device, const CameraFrameData &frame)
         emit skipping(device == 1 ? 1 : 0, pending->sender);
     }
     pending = frame;
-    if (m_timer.isActive())
+    if (m_timer.isActive() || m_decoder.isBusy())
         return;
     const qint64 since = m_sinceShown.isValid() ? m_sinceShown.elapsed() : m_pauseMs;
     m_timer.start(static_cast<int>(qMax<qint64>(0, m_pauseMs - since)));
@@ -75,30 +76,40 @@ void FrameShow::clearCounts()
     m_unusable = 0;
 }
 
-// One picture in a turn of the event loop, the devices in turn. After a large
-// picture, which takes long to decode, the event loop has as much time for the rest.
-void FrameShow::showNewest()
+// One picture at a time, the devices in turn.
+void FrameShow::decodeNewest()
 {
     m_device = m_pending.at(1 - m_device) ? 1 - m_device : m_device;
-    std::optional<CameraFrameData> frame;
-    frame.swap(m_pending.at(m_device));
-    if (!frame)
+    auto &pending = m_pending.at(m_device);
+    if (!pending)
         return;
+    m_frame = *pending;
+    pending.reset();
+    m_decoder.start(m_frame);
+}
+
+// What shows a picture may need long for it: then the event loop has as much time for
+// the rest.
+void FrameShow::showDecoded(const QImage &picture)
+{
     QElapsedTimer cost;
     cost.start();
+    CameraFrameData frame;
+    std::swap(frame, m_frame);
     const int device = static_cast<int>(m_device);
-    const QImage picture = decode(*frame);
     if (picture.isNull()) {
         ++m_unusable;
-        emit undecodable(device, *frame);
+        emit undecodable(device, frame);
     } else {
         ++m_shown;
-        emit pictureReady(device, picture, frame->sender);
+        emit pictureReady(device, picture, frame);
     }
     m_pauseMs = qMax(kMinPauseMs, cost.elapsed());
     m_sinceShown.start();
     if (m_pending.at(1 - m_device))
         m_timer.start(m_pauseMs > kMinPauseMs ? static_cast<int>(m_pauseMs) : 0);
+    else if (m_pending.at(m_device) && !m_timer.isActive())
+        m_timer.start(static_cast<int>(m_pauseMs));
 }
 
 QImage FrameShow::decode(const CameraFrameData &frame)

@@ -1,10 +1,10 @@
 #pragma once
 
-// Decodes frames and emits their pictures, not faster than they can be looked at:
-// of the frames that arrive meanwhile, only the newest of each device is pending,
-// and the others are counted as skipped. Knows no stream and no widget.
+// Has frames decoded, in a thread, and emits their pictures, not faster than they can
+// be looked at: of the frames that arrive meanwhile, only the newest of each device is
+// pending, and the others are counted as skipped. Knows no stream and no widget.
 
-#include "pixelformat.h"
+#include "framedecoder.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -13,15 +13,6 @@
 
 #include <array>
 #include <optional>
-
-struct CameraFrameData
-{
-    QByteArray data;
-    std::optional<ImageRecord> record; // none: an image file
-    bool bigEndian = false;
-    QString sender = {}; // for the signals only
-    qint64 offset = 0;   // the same
-};
 
 class FrameShow : public QObject
 {
@@ -37,19 +28,23 @@ public:
     qint64 unusable() const { return m_unusable; } // were no picture
     void clearCounts();
 
-    // Null where the data is no picture.
+    // Null where the data is no picture. For any thread.
     static QImage decode(const CameraFrameData &frame);
 
 signals:
-    void pictureReady(int device, QImage picture, const QString &sender);
+    // The picture is as the screen has it.
+    void pictureReady(int device, const QImage &picture, const CameraFrameData &frame);
     void undecodable(int device, const CameraFrameData &frame);
     void skipping(int device, const QString &sender); // for a newer one
 
 private:
-    void showNewest();
+    void decodeNewest();
+    void showDecoded(const QImage &picture);
 
+    FrameDecoder m_decoder;
     std::array<std::optional<CameraFrameData>, 2> m_pending;
-    size_t m_device = 0; // of the frame shown last
+    CameraFrameData m_frame; // in work
+    size_t m_device = 0;     // of the frame in work, or shown last
     QTimer m_timer;
     QElapsedTimer m_sinceShown;
     qint64 m_pauseMs = 0;

@@ -86,6 +86,40 @@ private slots:
         }
     }
 
+    // A large picture is decoded while the event loop turns, which would otherwise turn
+    // once or twice.
+    void decodesBesideTheWindow()
+    {
+        FrameShow show;
+        QTimer turn;
+        int turns = 0;
+        int turnsAtPicture = -1;
+        connect(&turn, &QTimer::timeout, this, [&turns] { ++turns; });
+        connect(&show, &FrameShow::pictureReady, this, [&](int, const QImage &picture) {
+            QCOMPARE(picture.format(), QImage::Format_RGB32);
+            QCOMPARE(picture.size(), QSize(4096, 4096));
+            turnsAtPicture = turns;
+        });
+        turn.start(0);
+        show.add(0, {QByteArray(32 * 1024 * 1024, 'x'), ImageRecord{4, 4096, 4096}, false});
+        QTRY_VERIFY_WITH_TIMEOUT(turnsAtPicture >= 0, 20000);
+        QVERIFY2(turnsAtPicture > 10, qPrintable(QString::number(turnsAtPicture)));
+    }
+
+    // The page may be closed while a frame is in work, or before.
+    void endsAtAnyTime()
+    {
+        for (int turns = 0; turns < 30; ++turns) {
+            FrameShow show;
+            show.add(0, {QByteArray(8 * 1024 * 1024, 'x'), ImageRecord{7, 2048, 2048}, false});
+            show.add(1, {jpegFile(), std::nullopt, false});
+            for (int turn = 0; turn < turns % 3; ++turn)
+                QCoreApplication::processEvents();
+            QVERIFY(show.shown() <= 2); // with an end that leaves nothing behind
+        }
+        QCoreApplication::processEvents();
+    }
+
     // And a picture that takes long leaves as much time for the rest.
     void showsOnlyTheNewest()
     {
