@@ -9,6 +9,7 @@
 #include "fieldmemory.h"
 #include "formpanel.h"
 #include "frameshow.h"
+#include "histogrampane.h"
 #include "imageformatconfig.h"
 #include "imageviewer.h"
 #include "linksession.h"
@@ -143,10 +144,14 @@ QWidget *CameraDebugWidget::buildWorkArea()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
     m_health = new CameraHealthPane(m_receiver, area);
+    auto *histogram = new HistogramPane(m_viewer, area);
+    connect(m_view, &CameraViewMenu::histogramWanted, histogram, &QWidget::setVisible);
+    m_view->load();
     column->addWidget(m_status);
     column->addWidget(m_health);
     column->addWidget(m_viewer, 1);
     column->addWidget(m_recording);
+    column->addWidget(histogram);
     column->addLayout(bottom);
     return area;
 }
@@ -171,7 +176,8 @@ void CameraDebugWidget::connectParts()
     connect(m_config, &ImageFormatConfig::notify, this, &CameraDebugWidget::notify);
     connect(m_show, &FrameShow::pictureReady, this,
             [this](int device, const QImage &picture, const CameraFrameData &frame) {
-                m_viewer->setImage(device, QPixmap::fromImage(picture, Qt::NoOpaqueDetection));
+                m_viewer->setImage(device, QPixmap::fromImage(picture, Qt::NoOpaqueDetection),
+                                   [frame](const QPoint &pixel) { return FrameShow::rawText(frame, pixel); });
                 m_receiver->countShown(frame.sender, device);
             });
     connect(m_show, &FrameShow::skipping, this,

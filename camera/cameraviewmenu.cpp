@@ -13,7 +13,7 @@ CameraViewMenu::CameraViewMenu(ImageViewer *viewer, QWidget *parent)
     , m_formats(new QActionGroup(this))
 {
     setObjectName(QStringLiteral("btnCameraView"));
-    setToolTip(QStringLiteral("滚轮缩放图像，拖动移动，双击恢复"));
+    setToolTip(QStringLiteral("滚轮缩放图像，拖动移动，双击恢复；Shift+拖动选择直方图的区域"));
     setMenu(new QMenu(this));
     m_fit = addToggle(QStringLiteral("适应窗口"), "actionFitPicture");
     QAction *natural = menu()->addAction(QStringLiteral("恢复缩放前的大小"));
@@ -22,9 +22,10 @@ CameraViewMenu::CameraViewMenu(ImageViewer *viewer, QWidget *parent)
     menu()->addSeparator();
     m_leftRight = addToggle(QStringLiteral("左右镜像"), "actionMirrorLeftRight");
     m_upDown = addToggle(QStringLiteral("上下镜像"), "actionMirrorUpDown");
-    for (const QAction *action : {m_fit, m_leftRight, m_upDown})
-        connect(action, &QAction::triggered, this, &CameraViewMenu::store);
     menu()->addSeparator();
+    m_histogram = addToggle(QStringLiteral("直方图"), "actionHistogram");
+    for (const QAction *action : {m_fit, m_leftRight, m_upDown, m_histogram})
+        connect(action, &QAction::triggered, this, &CameraViewMenu::store);
     addFormats();
     load();
 }
@@ -67,6 +68,8 @@ void CameraViewMenu::load()
     m_upDown->setChecked(choices.mirror & ImageViewer::UpDown);
     m_viewer->setFitted(m_fit->isChecked());
     m_viewer->setMirror(choices.mirror);
+    m_histogram->setChecked(choices.histogram);
+    emit histogramWanted(choices.histogram);
     m_formats->actions().constFirst()->setChecked(true); // where the number is unknown
     for (QAction *action : m_formats->actions()) {
         if (action->data().toInt() == choices.pictureFormat)
@@ -80,5 +83,6 @@ void CameraViewMenu::store()
     choices.zoom.change(m_fit->isChecked() ? 1 : 0);
     choices.mirror.change((m_leftRight->isChecked() ? ImageViewer::LeftRight : 0) |
                           (m_upDown->isChecked() ? ImageViewer::UpDown : 0));
+    choices.histogram.change(m_histogram->isChecked());
     load();
 }

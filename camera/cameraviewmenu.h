@@ -19,6 +19,9 @@ public:
 
     void load(); // shows what the settings hold
 
+signals:
+    void histogramWanted(bool wanted); // whenever the choices are loaded
+
 private:
     QAction *addToggle(const QString &text, const char *name);
     void addFormats();
@@ -28,5 +31,6 @@ private:
     QAction *m_fit;
     QAction *m_leftRight;
     QAction *m_upDown;
+    QAction *m_histogram;
     QActionGroup *m_formats; // their data is the number that the settings keep
 };

@@ -1,9 +1,12 @@
 #include "imageviewer.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
 #include <QWheelEvent>
+
+#include <cmath>
 
 namespace {
 
@@ -21,9 +24,10 @@ ImageViewer::ImageViewer(QWidget *parent)
     setMinimumSize(160, 120);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMouseTracking(true);
+    setFocusPolicy(Qt::ClickFocus); // for Esc
 }
 
-void ImageViewer::setImage(int device, const QPixmap &image)
+void ImageViewer::setImage(int device, const QPixmap &image, const RawText &rawText)
 {
     if (image.isNull())
         return;
@@ -31,9 +35,13 @@ void ImageViewer::setImage(int device, const QPixmap &image)
     const bool isOther = shown.size() != image.size();
     shown = image;
     m_reduced.at(device == 1 ? 1 : 0) = Reduced();
+    m_rawTexts.at(device == 1 ? 1 : 0) = rawText;
     if (isOther) // what was zoomed is no part of it
         restore(device == 1 ? 1 : 0);
+    if (!m_region.isNull() && region().isNull()) // outside of a smaller picture
+        clearRegion();
     update();
+    emit pictureChanged(device == 1 ? 1 : 0);
     if (underMouse() && QToolTip::isVisible())
         showPixel(mapFromGlobal(QCursor::pos()));
 }
@@ -41,6 +49,8 @@ void ImageViewer::setImage(int device, const QPixmap &image)
 void ImageViewer::setDisplayCount(int count)
 {
     m_displayCount = count == 2 ? 2 : 1;
+    if (m_displayCount == 1 && m_regionDevice == 1)
+        clearRegion();
     update();
 }
 
@@ -106,10 +116,11 @@ void ImageViewer::paintEvent(QPaintEvent *)
     painter.setPen(kMissingColor);
     if (m_displayCount == 1) {
         paintImage(painter, 0, QStringLiteral("图像显示区域"));
-        return;
+    } else {
+        paintImage(painter, 0, QStringLiteral("图像1显示区域"));
+        paintImage(painter, 1, QStringLiteral("图像2显示区域"));
     }
-    paintImage(painter, 0, QStringLiteral("图像1显示区域"));
-    paintImage(painter, 1, QStringLiteral("图像2显示区域"));
+    paintRegion(painter);
 }
 
 void ImageViewer::paintImage(QPainter &painter, int device, const QString &missing)
@@ -165,6 +176,82 @@ void ImageViewer::paintPicture(QPainter &painter, int device, const PicturePlace
     painter.restore();
 }
 
+// ---- the region
+
+QRect ImageViewer::region() const
+{
+    return m_region & image(m_regionDevice).rect();
+}
+
+void ImageViewer::clearRegion()
+{
+    m_isMarking = false;
+    m_region = {};
+    m_regionDevice = 0;
+    update();
+    emit regionChanged();
+}
+
+// Black and white, so that it stands out from any picture.
+void ImageViewer::paintRegion(QPainter &painter) const
+{
+    const QRect pixels = region();
+    if (pixels.isNull())
+        return;
+    const PicturePlace::Room room = roomOf(m_regionDevice);
+    const PicturePlace &place = m_places.at(size_t(m_regionDevice));
+    const QRect shown =
+        QRect(mirrored(m_regionDevice, pixels.topLeft()), mirrored(m_regionDevice, pixels.bottomRight()));
+    const QRect ordered(QPoint(qMin(shown.left(), shown.right()), qMin(shown.top(), shown.bottom())),
+                        pixels.size());
+    const double factor = place.scale(room);
+    const QRectF frame(place.target(room).topLeft() + QPointF(ordered.topLeft()) * factor,
+                       QSizeF(ordered.size()) * factor);
+    painter.save();
+    painter.setClipRect(room.place);
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(Qt::white);
+    painter.drawRect(frame.toRect().adjusted(0, 0, -1, -1));
+    painter.setPen(QPen(Qt::black, 1, Qt::DashLine));
+    painter.drawRect(frame.toRect().adjusted(0, 0, -1, -1));
+    painter.restore();
+}
+
+// From the picture to what is shown, or back.
+QPoint ImageViewer::mirrored(int device, const QPoint &pixel) const
+{
+    const QPixmap &image = m_images.at(size_t(device));
+    return {m_mirror & LeftRight ? image.width() - 1 - pixel.x() : pixel.x(),
+            m_mirror & UpDown ? image.height() - 1 - pixel.y() : pixel.y()};
+}
+
+QPoint ImageViewer::pixelNear(int device, const QPointF &position) const
+{
+    const PicturePlace::Room room = roomOf(device);
+    const PicturePlace &place = m_places.at(size_t(device));
+    const QPointF pixel = (position - place.target(room).topLeft()) / place.scale(room);
+    const QPoint shown(static_cast<int>(std::floor(qBound(0.0, pixel.x(), room.picture.width() - 1.0))),
+                       static_cast<int>(std::floor(qBound(0.0, pixel.y(), room.picture.height() - 1.0))));
+    return mirrored(device, shown);
+}
+
+void ImageViewer::markTo(const QPoint &position)
+{
+    const QPoint corner = pixelNear(m_regionDevice, position);
+    m_region = QRect(QPoint(qMin(corner.x(), m_corner.x()), qMin(corner.y(), m_corner.y())),
+                     QPoint(qMax(corner.x(), m_corner.x()), qMax(corner.y(), m_corner.y())));
+    update();
+    emit regionChanged();
+}
+
+void ImageViewer::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && !m_region.isNull())
+        clearRegion();
+    else
+        QWidget::keyPressEvent(event);
+}
+
 // ---- the pointer
 
 QString ImageViewer::pixelText(const QPoint &position) const
@@ -174,15 +261,17 @@ QString ImageViewer::pixelText(const QPoint &position) const
     const auto shown = m_places.at(size_t(device)).pixelAt(position, roomOf(device));
     if (image.isNull() || !shown)
         return {};
-    const QPoint pixel(m_mirror & LeftRight ? image.width() - 1 - shown->x() : shown->x(),
-                       m_mirror & UpDown ? image.height() - 1 - shown->y() : shown->y());
+    const QPoint pixel = mirrored(device, *shown);
     const QColor color = image.copy(QRect(pixel, QSize(1, 1))).toImage().pixelColor(0, 0);
-    return QStringLiteral("x %1　y %2　R %3　G %4　B %5")
+    const RawText &rawText = m_rawTexts.at(size_t(device));
+    const QString raw = rawText ? rawText(pixel) : QString();
+    return QStringLiteral("x %1　y %2　R %3　G %4　B %5%6")
         .arg(pixel.x())
         .arg(pixel.y())
         .arg(color.red())
         .arg(color.green())
-        .arg(color.blue());
+        .arg(color.blue())
+        .arg(raw.isEmpty() ? QString() : QStringLiteral("　原始 ") + raw);
 }
 
 void ImageViewer::showPixel(const QPoint &position)
@@ -209,8 +298,19 @@ void ImageViewer::wheelEvent(QWheelEvent *event)
 
 void ImageViewer::mousePressEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton)
-        m_dragged = event->pos();
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_dragged = event->pos();
+    const int device = deviceAt(event->pos());
+    m_isMarking = event->modifiers() & Qt::ShiftModifier && !image(device).isNull();
+    if (!m_isMarking)
+        return;
+    clearRegion();
+    m_isMarking = true;
+    m_regionDevice = device;
+    m_corner = pixelNear(device, event->pos());
+    QToolTip::hideText();
+    setCursor(Qt::CrossCursor);
 }
 
 // A picture that is shown completely stays where it is until it is zoomed.
@@ -218,6 +318,10 @@ void ImageViewer::mouseMoveEvent(QMouseEvent *event)
 {
     if (!(event->buttons() & Qt::LeftButton)) {
         showPixel(event->pos());
+        return;
+    }
+    if (m_isMarking) {
+        markTo(event->pos());
         return;
     }
     const int device = deviceAt(m_dragged);
@@ -234,9 +338,13 @@ void ImageViewer::mouseMoveEvent(QMouseEvent *event)
 void ImageViewer::mouseReleaseEvent(QMouseEvent *)
 {
     unsetCursor();
+    m_isMarking = false;
 }
 
 void ImageViewer::mouseDoubleClickEvent(QMouseEvent *)
 {
-    setFitted(m_isFitted);
+    if (m_region.isNull())
+        setFitted(m_isFitted);
+    else
+        clearRegion();
 }

@@ -6,10 +6,10 @@ namespace {
 
 QImage forScreen(const QImage &picture)
 {
-    return picture.isNull() ? picture
-                            : picture.convertToFormat(picture.hasAlphaChannel()
-                                                          ? QImage::Format_ARGB32_Premultiplied
-                                                          : QImage::Format_RGB32);
+    return picture.isNull()
+               ? picture
+               : picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
+                                                                   : QImage::Format_RGB32);
 }
 
 } // namespace
@@ -19,6 +19,7 @@ FrameDecoder::FrameDecoder(QObject *parent)
 {
     m_thread.setObjectName(QStringLiteral("pictures"));
     m_worker.moveToThread(&m_thread);
+    connect(this, &FrameDecoder::decoded, this, &FrameDecoder::report, Qt::QueuedConnection);
 }
 
 FrameDecoder::~FrameDecoder()
@@ -33,11 +34,7 @@ void FrameDecoder::start(const CameraFrameData &frame)
     if (!m_thread.isRunning())
         m_thread.start();
     QMetaObject::invokeMethod(
-        &m_worker,
-        [this, frame] {
-            const QImage picture = forScreen(FrameShow::decode(frame));
-            QMetaObject::invokeMethod(this, [this, picture] { report(picture); }, Qt::QueuedConnection);
-        },
+        &m_worker, [this, frame] { emit decoded(forScreen(FrameShow::decode(frame))); },
         Qt::QueuedConnection);
 }
 

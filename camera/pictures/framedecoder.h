@@ -26,6 +26,7 @@ signals:
     // Not before start has returned. The picture is null where the frame is none, and
     // else as the screen has it: a pixmap of it needs no conversion.
     void finished(const QImage &picture);
+    void decoded(const QImage &picture); // in the thread; for this class alone
 
 private:
     void report(const QImage &picture);

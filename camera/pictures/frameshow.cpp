@@ -130,3 +130,11 @@ QImage FrameShow::decode(const CameraFrameData &frame)
     format->decode(sourceOf(frame), picture.bits(), picture.bytesPerLine());
     return picture;
 }
+
+QString FrameShow::rawText(const CameraFrameData &frame, const QPoint &pixel)
+{
+    const PixelFormat *const format = frame.record ? PixelFormat::find(frame.record->format) : nullptr;
+    if (!format || format->isFile(frame.data.size(), frame.record->width, frame.record->height))
+        return {};
+    return format->rawText(sourceOf(frame), pixel.x(), pixel.y());
+}

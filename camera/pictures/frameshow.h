@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QImage>
 #include <QObject>
+#include <QPoint>
 #include <QTimer>
 
 #include <array>
@@ -30,6 +31,9 @@ public:
 
     // Null where the data is no picture. For any thread.
     static QImage decode(const CameraFrameData &frame);
+    // The bytes of a pixel of its picture, as PixelFormat has them; empty where the
+    // frame is an image file.
+    static QString rawText(const CameraFrameData &frame, const QPoint &pixel);
 
 signals:
     // The picture is as the screen has it.

@@ -103,7 +103,7 @@ PixelBytes bytesOfPairs(const Source &source, int x, int y, int lumaAt)
     const qsizetype pair = row + qsizetype(x / 2) * 4;
     const qsizetype v = pair + 2 + 1 - lumaAt;
     const bool hasV = v < row + static_cast<qsizetype>(source.width) * 2; // an odd row ends before it
-    return {{pair + x % 2 * 2 + lumaAt, pair + 1 - lumaAt, hasV ? v : -1}, 3, true};
+    return {{pair + qsizetype(x % 2) * 2 + lumaAt, pair + 1 - lumaAt, hasV ? v : -1}, 3, true};
 }
 
 } // namespace

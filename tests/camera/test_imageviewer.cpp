@@ -2,6 +2,7 @@
 // pixel is under the pointer.
 
 #include "cameraviewmenu.h"
+#include "histogrampane.h"
 #include "imageviewer.h"
 #include "settings.h"
 
@@ -77,6 +78,63 @@ private slots:
         QCOMPARE(viewer.pixelText({98, 58}), QString("x 0　y 0　R 0　G 0　B 7"));
     }
 
+    // The region is one of the picture, however it is shown; its histogram is the one
+    // that is counted.
+    void marksARegion()
+    {
+        QImage image(20, 10, QImage::Format_RGB32);
+        image.fill(qRgb(10, 20, 30));
+        for (int y = 2; y < 6; ++y)
+            for (int x = 4; x < 8; ++x)
+                image.setPixel(x, y, qRgb(255, 255, 255));
+        QWidget window;
+        window.resize(600, 300);
+        auto *viewer = new ImageViewer(&window);
+        viewer->resize(240, 120);
+        auto *pane = new HistogramPane(viewer, &window);
+        pane->resize(500, 100);
+        pane->move(0, 150);
+        window.show();
+        QCOMPARE(pane->texts(), QStringList{QStringLiteral("还没有图像")});
+        viewer->setFitted(true); // twelve times as large
+        viewer->setMirror(ImageViewer::LeftRight);
+        viewer->setImage(0, QPixmap::fromImage(image));
+        QCOMPARE(pane->texts().at(0), QStringLiteral("整幅图像 20 × 10"));
+        QCOMPARE(pane->texts().at(1), QStringLiteral("像素数: 200"));
+        QCOMPARE(pane->texts().at(2), QStringLiteral("R 平均: 29.6"));
+        drag(viewer, {185, 29}, {149, 65}, Qt::ShiftModifier); // mirrored: from x 4 to 7
+        QCOMPARE(viewer->region(), QRect(4, 2, 4, 4));
+        QCOMPARE(pane->texts().at(0), QStringLiteral("区域 x 4　y 2　4 × 4"));
+        QCOMPARE(pane->texts().at(5), QStringLiteral("亮度 平均: 255.0"));
+        const QImage page = viewer->grab().toImage();
+        QVERIFY(page.pixelColor(144, 30) != page.pixelColor(142, 30)); // the frame's side
+        int dark = 0;
+        for (int y = 24; y < 72; ++y)
+            dark += page.pixelColor(144, y) == Qt::black ? 1 : 0;
+        QVERIFY(dark > 5 && dark < 48);
+        viewer->setImage(0, QPixmap::fromImage(image.copy(0, 0, 6, 4))); // of which some is left
+        QCOMPARE(viewer->region(), QRect(4, 2, 2, 2));
+        viewer->setImage(0, QPixmap::fromImage(image.copy(0, 0, 1, 1)));
+        QVERIFY(viewer->region().isNull());
+        QCOMPARE(pane->texts().at(0), QStringLiteral("整幅图像 1 × 1"));
+        viewer->setImage(0, QPixmap::fromImage(image));
+        drag(viewer, {-50, 29}, {900, 900}, Qt::ShiftModifier); // beyond its sides
+        QCOMPARE(viewer->region(), QRect(0, 2, 20, 8));
+        QTest::keyClick(viewer, Qt::Key_Escape);
+        QVERIFY(viewer->region().isNull());
+        // Of two pictures the one with the region, else the first.
+        viewer->setDisplayCount(2);
+        viewer->setImage(1, QPixmap::fromImage(image.copy(4, 2, 4, 4)));
+        QCOMPARE(pane->texts().at(0), QStringLiteral("整幅图像 20 × 10"));
+        drag(viewer, {130, 20}, {230, 80}, Qt::ShiftModifier);
+        QCOMPARE(pane->texts().at(3), QStringLiteral("G 平均: 255.0"));
+        viewer->setDisplayCount(1);
+        QCOMPARE(pane->texts().at(0), QStringLiteral("整幅图像 20 × 10"));
+        drag(viewer, {20, 20}, {90, 80}, Qt::ShiftModifier);
+        QTest::mouseDClick(viewer, Qt::LeftButton, {}, {95, 60});
+        QVERIFY(viewer->region().isNull());
+    }
+
     void remembersTheChoices()
     {
         Settings::instance() = Settings();
@@ -90,6 +148,9 @@ private slots:
         QVERIFY(viewer.pixelText({0, 15}).startsWith("x 0　y 9")); // fitted: from (0, 10) on
         menu.findChild<QAction *>(QString("actionFitPicture"))->trigger();
         QVERIFY(viewer.pixelText({0, 15}).isEmpty());
+        const QSignalSpy wanted(&menu, &CameraViewMenu::histogramWanted);
+        menu.findChild<QAction *>(QString("actionHistogram"))->trigger();
+        QVERIFY(Settings::instance().cameraPage.histogram && wanted.last().at(0).toBool());
     }
 
 private:
@@ -99,10 +160,11 @@ private:
                           Qt::NoScrollPhase, false);
         QApplication::sendEvent(widget, &event);
     }
-    static void drag(QWidget *widget, const QPoint &from, const QPoint &to)
+    static void drag(QWidget *widget, const QPoint &from, const QPoint &to,
+                     Qt::KeyboardModifiers modifiers = {})
     {
-        QTest::mousePress(widget, Qt::LeftButton, {}, from);
-        QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, {});
+        QTest::mousePress(widget, Qt::LeftButton, modifiers, from);
+        QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, modifiers);
         QApplication::sendEvent(widget, &move);
         QTest::mouseRelease(widget, Qt::LeftButton, {}, to);
     }

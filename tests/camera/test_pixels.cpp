@@ -1,8 +1,11 @@
 // The picture formats and their decoders. Sources and pictures are written out.
 
+#include "picturehistogram.h"
 #include "pixelformat.h"
 
 #include <QtTest>
+
+#include <vector>
 
 class TestPixels : public QObject
 {
@@ -161,6 +164,30 @@ private slots:
                   {reinterpret_cast<const uchar *>(bytes.constData()), bytes.size(), 3, 2}, pixel.x(),
                   pixel.y()),
               "text");
+    }
+
+    // Every value of every channel, in rows with a margin; of many rows every so many.
+    void countsValues()
+    {
+        std::vector<quint32> words(258 * 4, 0xFFFFFFFF);
+        for (int y = 0; y < 4; ++y)
+            for (quint32 x = 0; x < 256; ++x)
+                words[size_t(y) * 258 + x] = 0xFF000000 | x << 16 | (255 - x) << 8 | x / 2;
+        const auto *rows = reinterpret_cast<const uchar *>(words.data());
+        PictureHistogram histogram = PictureHistogram::of(rows, 258 * 4, 256, 4);
+        QVERIFY(histogram.pixels == 1024 && histogram.counted() == 1024 && histogram.rowStep == 1);
+        QVERIFY(histogram.counts[PictureHistogram::Red][255] == 4 &&
+                histogram.counts[PictureHistogram::Blue][127] == 8);
+        QCOMPARE(histogram.mean(PictureHistogram::Green), 127.5);
+        QCOMPARE(histogram.mean(PictureHistogram::Blue), 63.5);
+        histogram = PictureHistogram::of(rows, 258 * 4, 1, 1); // 0, 255, 0
+        QCOMPARE(histogram.counts[PictureHistogram::Luma][149], 1U);
+        QCOMPARE(PictureHistogram::of(rows, 0, 1, 1).mean(PictureHistogram::Luma), 149.0);
+        histogram = PictureHistogram::of(rows, 0, 256, 1000 * 1000); // the same row, that often
+        QVERIFY(histogram.pixels == 256000000 && histogram.counted() <= PictureHistogram::maxPixels);
+        QVERIFY(histogram.rowStep > 1 && histogram.counted() > 0);
+        QCOMPARE(histogram.mean(PictureHistogram::Green), 127.5);
+        QCOMPARE(PictureHistogram::of(nullptr, 0, 0, 0).mean(PictureHistogram::Red), 0.0);
     }
 
     void limitsSizes()
