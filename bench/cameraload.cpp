@@ -84,7 +84,7 @@ int main(int argc, char *argv[])
                 double(show.shown()) / time, show.skipped(), show.unusable());
     std::printf("data: %.1f MB/s, heartbeat held up at worst: %.1f ms\n",
                 page->counts().value(1).toDouble() / time / 1e6, heartbeat.worst());
-    std::printf("memory: %.1f MB after a second, %.1f MB at most; %.2f CPU seconds a second\n", firstResident,
+    std::printf("memory: %.1f MB after a second, %.1f MB at most; %.3f CPU seconds a second\n", firstResident,
                 resident, (ProcessFigures::cpuSeconds() - cpuBefore) / time);
     return 0;
 }

@@ -23,6 +23,7 @@ HistogramPane::HistogramPane(const ImageViewer *viewer, QWidget *parent)
     setAccessibleName(QStringLiteral("直方图"));
     setToolTip(QStringLiteral("红、绿、蓝和亮度的分布，纵轴为像素数的平方根。"
                               "在图像上按住Shift拖动选择区域，双击图像或按Esc取消"));
+    setAttribute(Qt::WA_OpaquePaintEvent); // what is below need not be painted at each picture
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     connect(viewer, &ImageViewer::pictureChanged, this, [this](int device) {
         if (device == m_viewer->regionDevice())
@@ -66,9 +67,10 @@ QStringList HistogramPane::texts() const
     QString pixels = QStringLiteral("像素数: %1").arg(m_histogram.pixels);
     if (m_histogram.rowStep > 1)
         pixels += QStringLiteral("（每%1行取1行）").arg(m_histogram.rowStep);
-    QStringList texts{m_isPart ? QStringLiteral("区域 x %1　y %2　%3").arg(m_region.x()).arg(m_region.y()).arg(size)
-                               : QStringLiteral("整幅图像 ") + size,
-                      pixels};
+    QStringList texts{
+        m_isPart ? QStringLiteral("区域 x %1　y %2　%3").arg(m_region.x()).arg(m_region.y()).arg(size)
+                 : QStringLiteral("整幅图像 ") + size,
+        pixels};
     static const QString names[] = {QStringLiteral("R"), QStringLiteral("G"), QStringLiteral("B"),
                                     QStringLiteral("亮度")};
     for (int channel = 0; channel < PictureHistogram::channels; ++channel)
@@ -82,12 +84,14 @@ QStringList HistogramPane::texts() const
 QColor HistogramPane::colorOf(int channel) const
 {
     static constexpr QRgb kColors[] = {0xFFE5484D, 0xFF3C9A3C, 0xFF3D8BFF};
-    return channel == PictureHistogram::Luma ? palette().color(QPalette::WindowText) : QColor(kColors[channel]);
+    return channel == PictureHistogram::Luma ? palette().color(QPalette::WindowText)
+                                             : QColor(kColors[channel]);
 }
 
 void HistogramPane::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Window));
     const QRect place = rect().adjusted(kMargin, kMargin, -kMargin - kTextWidth - kGap, -kMargin);
     painter.setPen(palette().color(QPalette::Mid));
     painter.drawRect(place);
