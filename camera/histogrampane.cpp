@@ -1,6 +1,7 @@
 #include "histogrampane.h"
 
 #include "imageviewer.h"
+#include "skin.h"
 
 #include <QPainter>
 
@@ -81,19 +82,18 @@ QStringList HistogramPane::texts() const
 }
 
 // Each stands out from the grounds of all skins.
-QColor HistogramPane::colorOf(int channel) const
+QColor HistogramPane::colorOf(int channel)
 {
     static constexpr QRgb kColors[] = {0xFFE5484D, 0xFF3C9A3C, 0xFF3D8BFF};
-    return channel == PictureHistogram::Luma ? palette().color(QPalette::WindowText)
-                                             : QColor(kColors[channel]);
+    return channel == PictureHistogram::Luma ? QColor(Skin::palette().text) : QColor(kColors[channel]);
 }
 
 void HistogramPane::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), palette().color(QPalette::Window));
-    const QRect place = rect().adjusted(kMargin, kMargin, -kMargin - kTextWidth - kGap, -kMargin);
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.fillRect(rect(), QColor(Skin::palette().window));
+    const QRect place = rect().adjusted(0, kMargin, -kMargin - kTextWidth - kGap, -kMargin);
+    painter.setPen(QColor(Skin::palette().border));
     painter.drawRect(place);
     paintCurves(&painter, place.adjusted(1, 1, -1, -1));
     const int lineHeight = fontMetrics().height();
@@ -105,7 +105,7 @@ void HistogramPane::paintEvent(QPaintEvent *)
             painter.fillRect(line.left(), line.center().y() - 1, 10, 3, colorOf(k - 2));
             text.setLeft(line.left() + 16);
         }
-        painter.setPen(palette().color(QPalette::WindowText));
+        painter.setPen(QColor(Skin::palette().text));
         painter.drawText(text, Qt::AlignLeft | Qt::AlignVCenter, shown.at(k));
     }
 }

@@ -32,7 +32,7 @@ protected:
 private:
     void count();
     void paintCurves(QPainter *painter, const QRect &place) const;
-    QColor colorOf(int channel) const;
+    static QColor colorOf(int channel);
 
     const ImageViewer *m_viewer;
     PictureHistogram m_histogram;
