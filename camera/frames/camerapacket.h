@@ -15,9 +15,9 @@ constexpr int checksumSize = 2;
 bool mayBeHeader(const char *bytes, qsizetype size);
 
 // Of complete packets. An image needs at least the size of one without data.
+CameraEvent image(const char *packet, int length, bool checksumRight);
 // For data that need not be copied.
 CameraEvent imageWithoutData(const char *packet, int length, bool checksumRight);
-CameraEvent image(const char *packet, int length, bool checksumRight);
 CameraEvent format(const char *packet);
 CameraEvent reply(const char *packet, int valueLength);
 

@@ -266,12 +266,15 @@ qint64 FrameResynchronizer::findInside()
 
 // The end of a damaged packet may be the beginning of the next one, which has moved
 // by a lost byte.
-void FrameResynchronizer::finish(bool isRight)
+void FrameResynchronizer::finish(CameraEvent *event, bool isRight)
 {
     const qint64 end = m_front.end();
     const qint64 to = isRight ? end : findHeader(qMax(m_front.at + 1, end - bodyAt + 1), end);
     m_reportedTo = end;
-    m_buffer.drop(to - frontAt());
+    if (isRight && m_front.command == ImageData) // its data are not in the event yet
+        event->data = m_buffer.take(bodyAt, m_front.length - overhead, overhead - bodyAt);
+    else
+        m_buffer.drop(to - frontAt());
     m_hasFront = false;
 }
 
@@ -292,7 +295,7 @@ bool FrameResynchronizer::readFront(CameraEvent *event, int valueLength)
     }
     if (isKnown)
         readPacket(event, valueLength, isRight);
-    finish(isRight);
+    finish(event, isRight);
     return isKnown;
 }
 
@@ -300,7 +303,8 @@ void FrameResynchronizer::readPacket(CameraEvent *event, int valueLength, bool i
 {
     const char *const packet = m_buffer.front();
     if (m_front.command == ImageData) {
-        *event = CameraPacket::image(packet, m_front.length, isRight);
+        *event = isRight ? CameraPacket::imageWithoutData(packet, m_front.length, true)
+                         : CameraPacket::image(packet, m_front.length, false);
         if (isRight)
             m_usual.at(m_front.device) = m_front.length;
     } else if (m_front.command == ImageFormat) {

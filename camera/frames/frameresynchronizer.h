@@ -86,7 +86,7 @@ private:
     qint64 findInside();
     bool readFront(CameraEvent *event, int valueLength);
     void readPacket(CameraEvent *event, int valueLength, bool isRight);
-    void finish(bool isRight);
+    void finish(CameraEvent *event, bool isRight);
 
     ByteQueue m_buffer;
     qint64 m_received = 0; // bytes since the stream began

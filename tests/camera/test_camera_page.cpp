@@ -63,12 +63,19 @@ private slots:
         child<QAction>("actionPixelFormat7")->trigger();
         m_page->SltRecvImageData("b", frame);
         QTRY_COMPARE(shown(0, 0, 0), qRgb(0, 0, 255));
+        child<QAction>("actionFitPicture")->trigger();
+        const auto tip = [this] {
+            auto *viewer = child<ImageViewer>("imageViewer");
+            return viewer->pixelText(viewer->rect().center());
+        };
+        QVERIFY(tip().endsWith(QStringLiteral("B 255　原始 FF 00 00")));
         child<QAction>("actionPixelFormat9")->trigger(); // PNG
         m_page->SltRecvImageData("b", frame);
         QTRY_COMPARE(m_page->frameShow().unusable(), qint64(1));
         child<QCheckBox>("checkJpegData")->setChecked(true);
         m_page->SltRecvImageData("b", jpegFile(40, Qt::green));
         QTRY_COMPARE(child<ImageViewer>("imageViewer")->image(0).size(), QSize(40, 40));
+        QVERIFY(tip().startsWith("x ") && !tip().contains(QStringLiteral("原始")));
         m_page.reset();
         Settings::instance() = Settings();
         Settings::load(); // as the next start does

@@ -145,8 +145,6 @@ private slots:
         QTest::newRow("565, mirrored and a row below") << 4 << QPoint(0, 0) << "0C 0D";
         QTest::newRow("565, half of it there") << 4 << QPoint(2, 1) << "0E --";
         QTest::newRow("565, beyond the data") << 4 << QPoint(0, 1) << QString();
-        QTest::newRow("565 rows") << 261 << QPoint(0, 1) << "06 07";
-        QTest::newRow("888") << 263 << QPoint(1, 1) << "0C 0D 0E";
         QTest::newRow("YUYV") << 258 << QPoint(1, 0) << "Y 02 U 01 V 03";
         QTest::newRow("UYVY") << 259 << QPoint(1, 0) << "Y 03 U 00 V 02";
         QTest::newRow("end of an odd row") << 258 << QPoint(2, 1) << "Y 0A U 0B V --";
