@@ -54,8 +54,9 @@ void HistogramPane::count()
     m_histogram = {};
     if (!picture.isNull()) {
         const QImage words = picture.depth() == 32 ? picture : picture.convertToFormat(QImage::Format_RGB32);
-        m_histogram = PictureHistogram::of(words.constScanLine(m_region.top()) + 4 * m_region.left(),
-                                           words.bytesPerLine(), m_region.width(), m_region.height());
+        m_histogram =
+            PictureHistogram::of(words.constScanLine(m_region.top()) + qsizetype(4) * m_region.left(),
+                                 words.bytesPerLine(), m_region.width(), m_region.height());
     }
     update();
 }

@@ -19,6 +19,9 @@ FrameDecoder::FrameDecoder(QObject *parent)
 {
     m_thread.setObjectName(QStringLiteral("pictures"));
     m_worker.moveToThread(&m_thread);
+    connect(
+        this, &FrameDecoder::begun, &m_worker,
+        [this] { emit decoded(forScreen(FrameShow::decode(m_frame))); }, Qt::QueuedConnection);
     connect(this, &FrameDecoder::decoded, this, &FrameDecoder::report, Qt::QueuedConnection);
 }
 
@@ -33,13 +36,13 @@ void FrameDecoder::start(const CameraFrameData &frame)
     m_isBusy = true;
     if (!m_thread.isRunning())
         m_thread.start();
-    QMetaObject::invokeMethod(
-        &m_worker, [this, frame] { emit decoded(forScreen(FrameShow::decode(frame))); },
-        Qt::QueuedConnection);
+    m_frame = frame;
+    emit begun();
 }
 
 void FrameDecoder::report(const QImage &picture)
 {
     m_isBusy = false;
+    m_frame = {};
     emit finished(picture);
 }

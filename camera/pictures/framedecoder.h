@@ -26,12 +26,15 @@ signals:
     // Not before start has returned. The picture is null where the frame is none, and
     // else as the screen has it: a pixmap of it needs no conversion.
     void finished(const QImage &picture);
-    void decoded(const QImage &picture); // in the thread; for this class alone
+    // For this class alone: into the thread, and out of it.
+    void begun();
+    void decoded(const QImage &picture);
 
 private:
     void report(const QImage &picture);
 
     QThread m_thread;
-    QObject m_worker; // lives in the thread
+    QObject m_worker;        // lives in the thread
+    CameraFrameData m_frame; // left alone while it is decoded
     bool m_isBusy = false;
 };

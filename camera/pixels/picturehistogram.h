@@ -13,7 +13,7 @@ struct PictureHistogram
     enum Channel { Red, Green, Blue, Luma };
     static constexpr int channels = 4;
     static constexpr int values = 256;
-    static constexpr qint64 maxPixels = 128 * 1024;
+    static constexpr qint64 maxPixels = qint64(128) * 1024;
 
     std::array<std::array<quint32, values>, channels> counts{};
     qint64 pixels = 0; // of the region
