@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr qint64 kMinPauseMs = 15; // about sixty pictures a second
-constexpr int kMaxScans = 32;      // encoders make about ten, or one of a plain picture
+constexpr qint64 kPaceMs = 15; // timers are late: about sixty pictures a second of each device
+constexpr int kMaxScans = 32;  // encoders make about ten, or one of a plain picture
 
 // Each scan of a progressive JPEG goes over the whole picture, and a file of a few
 // kilobytes may have thousands.
@@ -65,8 +65,16 @@ void FrameShow::add(int device, const CameraFrameData &frame)
     pending = frame;
     if (m_timer.isActive() || m_decoder.isBusy())
         return;
-    const qint64 since = m_sinceShown.isValid() ? m_sinceShown.elapsed() : m_pauseMs;
-    m_timer.start(static_cast<int>(qMax<qint64>(0, m_pauseMs - since)));
+    m_timer.start(waitMs());
+}
+
+// What shows a picture may need long for it: then the event loop has as much time for
+// the rest.
+int FrameShow::waitMs() const
+{
+    const qint64 pace = m_sinceBegun.isValid() ? kPaceMs - m_sinceBegun.elapsed() : 0;
+    const qint64 rest = m_sinceShown.isValid() ? m_costMs - m_sinceShown.elapsed() : 0;
+    return static_cast<int>(qMax<qint64>(0, qMax(pace, rest)));
 }
 
 void FrameShow::clearCounts()
@@ -83,13 +91,14 @@ void FrameShow::decodeNewest()
     auto &pending = m_pending.at(m_device);
     if (!pending)
         return;
+    if (!m_isSecond)
+        m_sinceBegun.start();
     m_frame = *pending;
     pending.reset();
     m_decoder.start(m_frame);
 }
 
-// What shows a picture may need long for it: then the event loop has as much time for
-// the rest.
+// The other device follows at once, and then both wait.
 void FrameShow::showDecoded(const QImage &picture)
 {
     QElapsedTimer cost;
@@ -104,12 +113,14 @@ void FrameShow::showDecoded(const QImage &picture)
         ++m_shown;
         emit pictureReady(device, picture, frame);
     }
-    m_pauseMs = qMax(kMinPauseMs, cost.elapsed());
+    m_costMs = cost.elapsed();
     m_sinceShown.start();
-    if (m_pending.at(1 - m_device))
-        m_timer.start(m_pauseMs > kMinPauseMs ? static_cast<int>(m_pauseMs) : 0);
-    else if (m_pending.at(m_device) && !m_timer.isActive())
-        m_timer.start(static_cast<int>(m_pauseMs));
+    const bool hasOther = m_pending.at(1 - m_device).has_value();
+    m_isSecond = hasOther && !m_isSecond;
+    if (m_isSecond)
+        m_timer.start(m_costMs > kPaceMs ? static_cast<int>(m_costMs) : 0);
+    else if (hasOther || m_pending.at(m_device))
+        m_timer.start(waitMs());
 }
 
 QImage FrameShow::decode(const CameraFrameData &frame)

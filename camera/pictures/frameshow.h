@@ -42,6 +42,7 @@ signals:
     void skipping(int device, const QString &sender); // for a newer one
 
 private:
+    int waitMs() const;
     void decodeNewest();
     void showDecoded(const QImage &picture);
 
@@ -50,8 +51,10 @@ private:
     CameraFrameData m_frame; // in work
     size_t m_device = 0;     // of the frame in work, or shown last
     QTimer m_timer;
+    bool m_isSecond = false; // it is the other device's, and followed at once
+    QElapsedTimer m_sinceBegun;
     QElapsedTimer m_sinceShown;
-    qint64 m_pauseMs = 0;
+    qint64 m_costMs = 0; // of showing it
     qint64 m_shown = 0;
     qint64 m_skipped = 0;
     qint64 m_unusable = 0;

@@ -86,6 +86,25 @@ private slots:
         }
     }
 
+    // However fast frames arrive, sixty a second of each device are decoded.
+    void keepsThePace()
+    {
+        for (const int devices : {1, 2}) {
+            FrameShow show;
+            const CameraFrameData noPicture{"no picture", std::nullopt, false};
+            const auto addAll = [&] {
+                for (int device = 0; device < devices; ++device)
+                    show.add(device, noPicture);
+            };
+            connect(&show, &FrameShow::undecodable, this, addAll);
+            QElapsedTimer clock;
+            clock.start();
+            addAll();
+            QTRY_VERIFY_WITH_TIMEOUT(show.unusable() >= 20 * devices, 20000);
+            QVERIFY2(clock.elapsed() >= 19 * 14, qPrintable(QString::number(clock.elapsed())));
+        }
+    }
+
     // A large picture is decoded while the event loop turns, which would otherwise turn
     // once or twice.
     void decodesBesideTheWindow()
@@ -143,7 +162,7 @@ private slots:
             show.add(1, {QByteArray(75, 'x'), ImageRecord{5, quint16(side), quint16(side)}, false});
         show.add(0, noPicture);
         QTRY_VERIFY_WITH_TIMEOUT(show.unusable() == 2, 20000);
-        QVERIFY(pausesMs.at(0) >= 40 && pausesMs.at(1) >= 15);
+        QVERIFY(pausesMs.at(0) >= 40);
         QCOMPARE(widths, QList<int>{5});
         QVERIFY(show.shown() == 1 && show.skipped() == 4 && !show.findChild<QTimer *>()->isActive());
         show.clearCounts();
