@@ -35,7 +35,7 @@ QByteArray StreamHead::bytes() const
     put<quint8>(&head, valueLength);
     put<quint8>(&head, 0);
     for (const ImageRecord &format : formats) {
-        put<quint8>(&head, format.format);
+        put<quint8>(&head, static_cast<quint8>(format.format)); // as a board announces it
         put<quint16>(&head, format.width);
         put<quint16>(&head, format.height);
     }
