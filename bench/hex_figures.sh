@@ -1,4 +1,4 @@
-#!/bin/sh
+#!/bin/bash
 # The figures of the binary editor at 16 MB, 256 MB and 1 GB, and those of
 # Okteta and wxHexEditor with the same files (tools/setup-bench.sh installs them).
 #   tools/with-display.sh bench/hex_figures.sh build/release/bin [MEGABYTES...]
@@ -19,7 +19,13 @@ for megabytes; do
   cp "$file" "$work/warm.bin"
   "$bin/hexload" "$work/warm.bin" >"$work/warm.log" 2>&1
   rm "$work/warm.bin"
-  "$bin/hexload" "$file" 2>/dev/null
+  cp "$file" "$work/same.bin"
+  "$bin/hexload" "$file" "$work/same.bin" 2>/dev/null
+  cp "$work/same.bin" "$file"
+  cmp "$file" "$work/same.bin" # into the cache
+  echo "           cmp:"
+  time -p cmp "$file" "$work/same.bin"
+  rm "$work/same.bin"
   "$here/editor_figures.py" okteta "$file"
   "$here/editor_figures.py" wxHexEditor "$file"
   rm "$file"

@@ -2,26 +2,32 @@
 // for: until it is drawn, an insertion in the middle and its undo, a search to
 // the end, a page scrolled, saving; and the memory beyond the file's size.
 //
-//   hexload FILE        the file is changed; its last bytes must be "pattern!"
+//   hexload FILE [OTHER]  the file is changed; its last bytes must be "pattern!";
+//                         it is compared with the other one before
 
 #include "apppaths.h"
+#include "hexcomparepanel.h"
 #include "hexeditwidget.h"
 #include "processfigures.h"
 #include "qhexedit.h"
 #include "startup.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QWindow>
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 
 namespace {
 
@@ -112,6 +118,34 @@ int main(int argc, char **argv)
     pause = std::max(pause, runUntil([&] { return edit->selectionLength() > 0; }));
     std::printf("           search %.0f ms (longest pause %.0f), found at %s\n", milliseconds(clock), pause,
                 edit->selectionBegin() == edit->size() - 8 ? "the end" : "A WRONG PLACE");
+
+    page.findChild<QAction *>(QStringLiteral("actionHexStrings"))->trigger();
+    auto *strings = page.findChild<QTableView *>(QStringLiteral("hexStringsTable"))->model();
+    clock.start();
+    page.findChild<QPushButton *>(QStringLiteral("btnListStrings"))->click();
+    pause = milliseconds(clock);
+    pause = std::max(pause, runUntil([&] { return !edit->task()->isRunning(); }));
+    std::printf("           %d texts %.0f ms (longest pause %.0f)\n", strings->rowCount(),
+                milliseconds(clock), pause);
+    const QString other = QCoreApplication::arguments().value(2);
+    if (!other.isEmpty()) {
+        page.findChild<QAction *>(QStringLiteral("actionHexCompare"))->trigger();
+        auto *panel = page.findChild<HexComparePanel *>();
+        const auto *result = page.findChild<QLabel *>(QStringLiteral("labelCompare"));
+        for (const bool isAligned : {false, true}) {
+            page.findChild<QPushButton *>(QStringLiteral("btnCompareAlign"))->setChecked(isAligned);
+            clock.start();
+            const std::clock_t cpu = std::clock();
+            panel->compareWithFile(other);
+            pause = milliseconds(clock);
+            pause =
+                std::max(pause, runUntil([&] { return !result->text().contains(QStringLiteral("正在")); }));
+            std::printf("           compare%s %.0f ms, processor %.0f ms (longest pause %.0f): %s\n",
+                        isAligned ? " aligned" : "", milliseconds(clock),
+                        1e3 * double(std::clock() - cpu) / CLOCKS_PER_SEC, pause, qPrintable(result->text()));
+        }
+        panel->close();
+    }
 
     press(edit, Qt::Key_5, QStringLiteral("5"));
     clock.start();

@@ -2,8 +2,8 @@
 
 #include "hexcommand.h"
 #include "hexcompareview.h"
+#include "hexfilebytes.h"
 #include "hexhitlist.h"
-#include "hexreader.h"
 #include "qhexedit.h"
 #include "qtfiledialog.h"
 #include "qtmessagetip.h"
@@ -130,55 +130,17 @@ void HexComparePanel::chooseFile()
 
 void HexComparePanel::compareWithFile(const QString &fileName)
 {
-    struct Reading
-    {
-        HexReader reader;
-        HexReader::State state = HexReader::State::Running;
-        HexDocument document;
-        FileStamp stamp;
-    };
     close();
-    const auto reading = std::make_shared<Reading>();
-    reading->stamp = FileStamp::of(fileName);
-    if (!reading->reader.open(fileName))
-        return endReading(fileName, reading->reader.reason());
+    auto file = std::make_unique<HexFileBytes>();
+    const FileStamp stamp = FileStamp::of(fileName);
+    if (!file->open(fileName))
+        return QtMessageTip::showTip(
+            QStringLiteral("%1 打开失败：%2").arg(QFileInfo(fileName).fileName(), file->reason()), kTipMs);
     m_with = With::File;
     m_fileName = fileName;
-    m_task.start({QStringLiteral("正在读取"),
-                  [reading] {
-                      QByteArray block;
-                      reading->state = reading->reader.step(&block);
-                      if (reading->state != HexReader::State::Running)
-                          return SlicedTask::Step::Done;
-                      reading->document.appendContent(block);
-                      return SlicedTask::Step::Running;
-                  },
-                  [reading] { return reading->reader.permille(); },
-                  [this, reading, fileName](bool isDone) {
-                      if (!isDone)
-                          return;
-                      if (reading->state == HexReader::State::Failed)
-                          return endReading(fileName, reading->reader.reason());
-                      if (reading->state == HexReader::State::OutOfMemory)
-                          return endReading(fileName, QStringLiteral("内存不足"));
-                      m_other = std::move(reading->document);
-                      m_watch.follow(fileName, reading->stamp);
-                      endReading(fileName, QString());
-                  },
-                  {},
-                  8});
-    showState();
-}
-
-void HexComparePanel::endReading(const QString &fileName, const QString &reason)
-{
-    if (reason.isEmpty()) {
-        m_settle.start(0); // not from within the task
-        return;
-    }
-    close();
-    QtMessageTip::showTip(QStringLiteral("%1 打开失败：%2").arg(QFileInfo(fileName).fileName(), reason),
-                          kTipMs);
+    m_other = std::move(file);
+    m_watch.follow(fileName, stamp);
+    restart();
 }
 
 void HexComparePanel::compareWithSaved()
@@ -196,7 +158,7 @@ void HexComparePanel::close()
     m_view->show(nullptr, nullptr, nullptr);
     m_list->clear({});
     m_compare.reset();
-    m_other = HexDocument();
+    m_other.reset();
     m_watch.follow(QString(), FileStamp());
     showState();
 }
@@ -205,7 +167,7 @@ void HexComparePanel::close()
 
 void HexComparePanel::restart()
 {
-    if (m_with == With::Nothing || (m_with == With::File && m_task.isRunning()))
+    if (m_with == With::Nothing)
         return;
     if (!m_edit->busyReason().isEmpty()) { // the bytes are being read or replaced
         m_settle.start(kSettleMs);
@@ -214,10 +176,11 @@ void HexComparePanel::restart()
     m_task.stop();
     if (m_with == With::Saved) {
         m_view->show(nullptr, nullptr, nullptr);
-        m_other = m_edit->document().savedState();
+        m_compare.reset();
+        m_other = std::make_unique<HexDocumentBytes>(m_edit->document().savedState());
     }
     const auto compare = std::make_shared<std::unique_ptr<HexCompare>>(
-        std::make_unique<HexCompare>(m_edit->document(), m_other, m_align->isChecked()));
+        std::make_unique<HexCompare>(m_edit->document(), *m_other, m_align->isChecked()));
     m_task.start(
         {QStringLiteral("正在比较"),
          [compare] { return (*compare)->step() ? SlicedTask::Step::Running : SlicedTask::Step::Done; },
@@ -227,21 +190,21 @@ void HexComparePanel::restart()
                  return;
              m_view->show(nullptr, nullptr, nullptr);
              m_compare = std::move(*compare);
-             showResult(isDone);
+             showResult();
          },
          {},
          8});
     showState();
 }
 
-void HexComparePanel::showResult(bool)
+void HexComparePanel::showResult()
 {
     std::vector<HexHit> hits;
     hits.reserve(m_compare->differences().size());
     for (const HexCompare::Difference &difference : m_compare->differences())
         hits.push_back({difference.left, static_cast<int>(std::min<qint64>(difference.leftLength, 1 << 30))});
     m_list->show(std::move(hits), {});
-    m_view->show(&m_edit->document(), &m_other, m_compare.get());
+    m_view->show(&m_edit->document(), m_other.get(), m_compare.get());
     showState();
 }
 
@@ -266,6 +229,8 @@ void HexComparePanel::showState()
         text += QStringLiteral("%1处不同").arg(m_compare->differences().size());
     if (m_compare && m_compare->isCut())
         text += QStringLiteral("，之后的未比较");
+    if (m_compare && m_compare->hasFailed())
+        text += QStringLiteral("，其余部分无法读取");
     if (m_reload->isVisibleTo(this))
         text += m_watch.isGone() ? QStringLiteral("（文件已不存在）") : QStringLiteral("（文件已变化）");
     m_summary->setText(text);

@@ -2,7 +2,7 @@
 
 // Compares the bytes in the editor with another file, or with the file as it was saved:
 // side by side, with a list of the differences. Goes on while the bytes are edited. Owns
-// the other bytes.
+// the other bytes, which stay in their file.
 
 #include "hexcompare.h"
 #include "hexfilewatch.h"
@@ -39,9 +39,8 @@ private:
 
     void buildUi();
     void chooseFile();
-    void endReading(const QString &fileName, const QString &reason);
     void restart(); // with the bytes as they are now
-    void showResult(bool isDone);
+    void showResult();
     void showDifference(int index);
     void step(int direction);
     void showState();
@@ -49,7 +48,7 @@ private:
     QHexEdit *m_edit;
     With m_with = With::Nothing;
     QString m_fileName;
-    HexDocument m_other;
+    std::unique_ptr<HexBytes> m_other;
     HexFileWatch m_watch;
     std::unique_ptr<HexCompare> m_compare; // shown
     bool m_wasModified = false;

@@ -49,7 +49,7 @@ HexCompareView::HexCompareView(QWidget *parent)
     connect(verticalScrollBar(), &QScrollBar::valueChanged, viewport(), QOverload<>::of(&QWidget::update));
 }
 
-void HexCompareView::show(const HexDocument *left, const HexDocument *right, const HexCompare *compare)
+void HexCompareView::show(const HexDocument *left, const HexBytes *right, const HexCompare *compare)
 {
     m_left = left;
     m_right = right;
@@ -149,7 +149,6 @@ void HexCompareView::paintRow(QPainter &painter, int y, qint64 place)
 void HexCompareView::paintSide(QPainter &painter, const QRect &area, const QVector<Cell> &cells, bool isLeft)
 {
     const int character = fontMetrics().horizontalAdvance(QLatin1Char('0'));
-    const HexDocument &document = isLeft ? *m_left : *m_right;
     const auto addressOf = [isLeft](const Cell &cell) { return isLeft ? cell.left : cell.right; };
     const auto first = std::find_if(cells.begin(), cells.end(),
                                     [&addressOf](const Cell &cell) { return addressOf(cell) >= 0; });
@@ -162,12 +161,14 @@ void HexCompareView::paintSide(QPainter &painter, const QRect &area, const QVect
         const qint64 address = addressOf(cells.at(i));
         const QRect cell(area.left() + character * (kAddressDigits + 2 + 3 * i), area.top(), 2 * character,
                          area.height());
-        if (address < 0 || address >= document.size())
+        const QByteArray byte = address < 0 ? QByteArray()
+                                : isLeft    ? m_left->read(address, 1)
+                                            : m_right->read(address, 1);
+        if (byte.isEmpty()) // or gone since
             continue;
         if (cells.at(i).differs)
             painter.fillRect(cell.adjusted(-character / 2, 1, character / 2, -1),
                              colorOf(cells.at(i).left < 0 || cells.at(i).right < 0));
-        const QByteArray byte = document.read(address, 1);
         painter.drawText(cell, Qt::AlignCenter, hexOf(static_cast<quint8>(byte.at(0)), 2));
     }
 }

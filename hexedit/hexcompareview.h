@@ -16,7 +16,7 @@ public:
     explicit HexCompareView(QWidget *parent = nullptr);
 
     // The documents and the comparison outlive this, or show() is called again. Null: nothing.
-    void show(const HexDocument *left, const HexDocument *right, const HexCompare *compare);
+    void show(const HexDocument *left, const HexBytes *right, const HexCompare *compare);
     void setPlaceholderText(const QString &text);
     // Scrolls to the bytes at a place of HexCompare::rows().
     void showPlace(qint64 place);
@@ -46,7 +46,7 @@ private:
     int sideWidth(int bytes) const;
 
     const HexDocument *m_left = nullptr;
-    const HexDocument *m_right = nullptr;
+    const HexBytes *m_right = nullptr;
     const HexCompare *m_compare = nullptr;
     QString m_placeholder;
     int m_bytes = 8; // of a row on each side

@@ -1,5 +1,6 @@
 #include "hexfilesession.h"
 
+#include "discard.h"
 #include "hexchangebar.h"
 #include "heximagebar.h"
 #include "hexrecentbutton.h"
@@ -18,7 +19,8 @@
 namespace {
 
 constexpr int kTipMs = 2000;
-constexpr int kLongTipMs = 5000; // more to read
+constexpr int kLongTipMs = 5000;            // more to read
+constexpr qint64 kLargeDocument = 16 << 20; // takes long to give back
 constexpr qint64 kLargeFile = qint64(4) << 30;
 constexpr qint64 kLargeFill = 256 << 20;
 
@@ -156,6 +158,8 @@ void HexFileSession::endOpening(const Opening &opening, const HexFile::Result &r
             m_edit->setUnsaved();
         if (!result.consequence.isEmpty())
             QtMessageTip::showTip(result.consequence, kLongTipMs);
+        if (before && before->document.size() > kLargeDocument)
+            discardBeside(std::move(before->document));
         emit opened();
         return;
     }

@@ -27,7 +27,7 @@ public:
     HexCommand *previousCommand() const { return m_previous; }
     HexCommand *listCommand() const { return m_listAll; }
 
-    static constexpr size_t maxResults = 1000000; // of one list
+    static constexpr size_t maxResults = 250000; // of one list
 
 signals:
     void listed(const std::vector<HexHit> &hits, const QString &summary);

@@ -13,7 +13,7 @@ constexpr int kFirstWindow = 256;
 
 } // namespace
 
-HexCompare::HexCompare(const HexDocument &left, const HexDocument &right, bool findsInsertions)
+HexCompare::HexCompare(const HexDocument &left, const HexBytes &right, bool findsInsertions)
     : m_left(left)
     , m_right(right)
     , m_findsInsertions(findsInsertions)
@@ -27,13 +27,16 @@ int HexCompare::permille() const
 }
 
 // From the present places on, at most `limit`.
-qint64 HexCompare::equalBytes(qint64 limit) const
+qint64 HexCompare::equalBytes(qint64 limit)
 {
     qint64 equal = 0;
     while (equal < limit) {
         qint64 leftRow = 0, rightRow = 0;
         const char *const left = m_left.span(m_leftAt + equal, &leftRow);
         const char *const right = m_right.span(m_rightAt + equal, &rightRow);
+        m_hasFailed = !right;
+        if (m_hasFailed)
+            return equal;
         const qint64 count = std::min({leftRow, rightRow, limit - equal});
         if (std::memcmp(left, right, static_cast<size_t>(count)) != 0)
             return equal + (std::mismatch(left, left + count, right).first - left);
@@ -42,13 +45,16 @@ qint64 HexCompare::equalBytes(qint64 limit) const
     return equal;
 }
 
-qint64 HexCompare::differentBytes(qint64 limit) const
+qint64 HexCompare::differentBytes(qint64 limit)
 {
     qint64 different = 0;
     while (different < limit) {
         qint64 leftRow = 0, rightRow = 0;
         const char *const left = m_left.span(m_leftAt + different, &leftRow);
         const char *const right = m_right.span(m_rightAt + different, &rightRow);
+        m_hasFailed = !right;
+        if (m_hasFailed)
+            return different;
         const qint64 count = std::min({leftRow, rightRow, limit - different});
         for (qint64 i = 0; i < count; ++i)
             if (left[i] == right[i])
@@ -69,8 +75,8 @@ bool HexCompare::step()
     m_leftAt += equal;
     m_rightAt += equal;
     m_row += equal;
-    if (equal == limit)
-        return true;
+    if (m_hasFailed || equal == limit)
+        return !m_hasFailed;
     if (m_findsInsertions) {
         const Shift shift = findShift();
         addDifference(shift.left, shift.right);
@@ -78,7 +84,7 @@ bool HexCompare::step()
         const qint64 different = differentBytes(limit - equal);
         addDifference(different, different);
     }
-    return !isCut();
+    return !isCut() && !m_hasFailed;
 }
 
 // Goes on behind them. Differences that touch are one.

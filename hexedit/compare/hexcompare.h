@@ -1,11 +1,10 @@
 #pragma once
 
-// Compares two documents, a slice at a time, and lists where they differ. Bytes stand at
+// Compares a document with other bytes, a slice at a time, and lists where they differ. Bytes stand at
 // the same offset in both, or, where insertions are to be found, at offsets that shift
-// with each insertion and removal of up to maxShift bytes. The documents must not change
-// meanwhile.
+// with each insertion and removal of up to maxShift bytes. Neither must change meanwhile.
 
-#include "hexdocument.h"
+#include "hexbytes.h"
 
 #include <algorithm>
 #include <vector>
@@ -29,12 +28,14 @@ public:
         qint64 length() const { return std::max(leftLength, rightLength); }
     };
 
-    HexCompare(const HexDocument &left, const HexDocument &right, bool findsInsertions);
+    HexCompare(const HexDocument &left, const HexBytes &right, bool findsInsertions);
     Q_DISABLE_COPY_MOVE(HexCompare)
 
-    // False at the end, or where there are too many differences: the rest is unknown.
+    // False at the end, or where there are too many differences or the other bytes can't be
+    // read: the rest is unknown.
     bool step();
     bool isCut() const { return m_differences.size() >= maxDifferences; }
+    bool hasFailed() const { return m_hasFailed; } // to read the other bytes
     int permille() const;
     const std::vector<Difference> &differences() const { return m_differences; }
     qint64 rows() const { return m_row; } // bytes side by side, so far
@@ -46,17 +47,18 @@ private:
         qint64 right = 0;
     };
 
-    qint64 equalBytes(qint64 limit) const;
-    qint64 differentBytes(qint64 limit) const;
+    qint64 equalBytes(qint64 limit);
+    qint64 differentBytes(qint64 limit);
     void addDifference(qint64 left, qint64 right);
     Shift findShift() const;
     Shift findShift(int window) const;
 
     const HexDocument &m_left;
-    const HexDocument &m_right;
+    const HexBytes &m_right;
     bool m_findsInsertions;
     qint64 m_leftAt = 0;
     qint64 m_rightAt = 0;
     qint64 m_row = 0;
+    bool m_hasFailed = false;
     std::vector<Difference> m_differences;
 };

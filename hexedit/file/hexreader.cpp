@@ -17,22 +17,27 @@ constexpr int kBlock = 1 << 20; // bytes; a slow disk reads them in less than 50
 
 bool HexReader::open(const QString &fileName)
 {
+    return open(&m_file, fileName, &m_isOrdinary);
+}
+
+bool HexReader::open(QFile *file, const QString &fileName, bool *isOrdinary)
+{
     // Where saving will put it. A shortcut on Windows is a link and also a file
     // of its own, whose bytes must not end up in the file that it leads to.
     const QString target = HexSaver::targetOf(fileName);
     // A pipe or a device may never end, or block.
-    m_isOrdinary = QFileInfo(target).isFile() || !QFileInfo::exists(target);
-    if (!m_isOrdinary)
+    *isOrdinary = QFileInfo(target).isFile() || !QFileInfo::exists(target);
+    if (!*isOrdinary)
         return false;
     constexpr QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Unbuffered;
 #ifdef Q_OS_UNIX
     // The kernel's log claims to be a file, and blocks until the next message.
     const int handle = ::open(QFile::encodeName(target).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (handle >= 0)
-        return m_file.open(handle, mode, QFileDevice::AutoCloseHandle);
+        return file->open(handle, mode, QFileDevice::AutoCloseHandle);
 #endif
-    m_file.setFileName(target);
-    return m_file.open(mode); // or has the reason
+    file->setFileName(target);
+    return file->open(mode); // or has the reason
 }
 
 QString HexReader::reason() const

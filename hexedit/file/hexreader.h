@@ -12,6 +12,7 @@ class HexReader
 public:
     // False where it is no ordinary file or can't be opened for reading.
     bool open(const QString &fileName);
+    static bool open(QFile *file, const QString &fileName, bool *isOrdinary);
     QString reason() const; // of the last failure, for the user
 
     enum class State { Running, Done, Failed, OutOfMemory };

@@ -202,8 +202,31 @@ HexStrings::HexStrings(const HexDocument &document, int encodings, int minCharac
 
 HexStrings::~HexStrings() = default;
 
+// What the scanners have added goes among the texts before: only a few of them, as no
+// text is long.
+void HexStrings::sortFrom(size_t first)
+{
+    const auto byPlace = [](const Text &left, const Text &right) {
+        return std::tie(left.address, left.length, left.encoding) <
+               std::tie(right.address, right.length, right.encoding);
+    };
+    const auto added = m_texts.begin() + static_cast<std::ptrdiff_t>(first);
+    if (added == m_texts.end())
+        return;
+    std::sort(added, m_texts.end(), byPlace);
+    const auto from = std::upper_bound(m_texts.begin(), added, *added, byPlace);
+    std::inplace_merge(from, added, m_texts.end(), byPlace);
+    // What two scanners have found alike.
+    const auto isSame = [&byPlace](const Text &left, const Text &right) {
+        return !byPlace(left, right) && !byPlace(right, left);
+    };
+    const auto before = from == m_texts.begin() ? from : std::prev(from);
+    m_texts.erase(std::unique(before, m_texts.end(), isSame), m_texts.end());
+}
+
 bool HexStrings::step()
 {
+    const size_t known = m_texts.size();
     const qint64 end = std::min(m_at + kSlice, m_document.size());
     while (m_at < end) {
         qint64 inRow = 0;
@@ -214,12 +237,12 @@ bool HexStrings::step()
                 scanner->add(m_at + i, static_cast<uchar>(bytes[i]));
         m_at += inRow;
     }
-    if (m_at < m_document.size() && !isCut())
-        return true;
+    const bool isEnd = m_at >= m_document.size() || isCut();
     for (const auto &scanner : m_scanners)
-        scanner->end();
-    m_scanners.clear();
-    return false;
+        if (isEnd)
+            scanner->end();
+    sortFrom(known);
+    return !isEnd;
 }
 
 int HexStrings::permille() const
@@ -229,16 +252,5 @@ int HexStrings::permille() const
 
 std::vector<HexStrings::Text> HexStrings::takeTexts()
 {
-    const auto byPlace = [](const Text &left, const Text &right) {
-        return std::tie(left.address, left.length, left.encoding) <
-               std::tie(right.address, right.length, right.encoding);
-    };
-    std::sort(m_texts.begin(), m_texts.end(), byPlace);
-    // What two scanners have found alike.
-    m_texts.erase(std::unique(m_texts.begin(), m_texts.end(),
-                              [&byPlace](const Text &left, const Text &right) {
-                                  return !byPlace(left, right) && !byPlace(right, left);
-                              }),
-                  m_texts.end());
     return std::move(m_texts);
 }

@@ -21,7 +21,7 @@ public:
         Encoding encoding = Ascii; // Ascii also of what other encodings write the same way
     };
     static constexpr int maxLength = 4096; // characters of a reported part
-    static constexpr size_t maxTexts = 1000000;
+    static constexpr size_t maxTexts = 250000;
 
     // encodings: bits. Texts of different encodings may overlap.
     HexStrings(const HexDocument &document, int encodings, int minCharacters);
@@ -32,12 +32,13 @@ public:
     bool step();
     int permille() const;
     bool isCut() const { return m_texts.size() >= maxTexts; }
-    // By the addresses at which they end, until takeTexts() sorts them.
-    std::vector<Text> takeTexts();
+    std::vector<Text> takeTexts(); // by address
 
     class Scanner;
 
 private:
+    void sortFrom(size_t first);
+
     const HexDocument &m_document;
     qint64 m_at = 0;
     std::vector<Text> m_texts;

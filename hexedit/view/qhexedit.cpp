@@ -1,5 +1,6 @@
 #include "qhexedit.h"
 
+#include "discard.h"
 #include "fonts.h"
 #include "hexdrag.h"
 #include "hexeditcommands.h"
@@ -21,6 +22,7 @@
 namespace {
 constexpr int kMaxZoom = 16;
 constexpr int kMinZoom = -4;
+constexpr qint64 kLargeDocument = 16 << 20;
 } // namespace
 
 QHexEdit::QHexEdit(QWidget *parent)
@@ -52,6 +54,8 @@ void QHexEdit::setData(const QByteArray &bytes)
 void QHexEdit::setDocument(HexDocument document, qint64 address)
 {
     m_content.setAddresses(HexAddressMap());
+    if (size() > kLargeDocument)
+        discardBeside(std::move(this->document()));
     m_content.setDocument(std::move(document), address);
     m_view.resetRows();
     m_drag->end();

@@ -1,7 +1,10 @@
 // Where two documents differ: the differences lead from the one to the other.
 
 #include "hexcompare.h"
+#include "hexfilebytes.h"
 
+#include <QDir>
+#include <QTemporaryFile>
 #include <QtTest>
 
 #include <random>
@@ -20,15 +23,15 @@ struct Compared
 {
     Compared(const QByteArray &left, const QByteArray &right, bool aligned)
         : leftDocument(documentOf(left, 1000))
-        , rightDocument(documentOf(right, 77))
-        , compare(leftDocument, rightDocument, aligned)
+        , rightBytes(documentOf(right, 77))
+        , compare(leftDocument, rightBytes, aligned)
     {
         while (compare.step()) {
         }
     }
 
     HexDocument leftDocument;
-    HexDocument rightDocument;
+    HexDocumentBytes rightBytes;
     HexCompare compare;
 };
 
@@ -109,13 +112,36 @@ private slots:
         QVERIFY(!Compared(bytes.left(200000), random(generator, 200000), true).compare.differences().empty());
     }
 
+    void endsWhereAFileIsCut()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        const QByteArray bytes(600000, 'x');
+        QVERIFY(file.write(bytes) == bytes.size() && file.flush());
+        HexFileBytes other;
+        QVERIFY(other.open(file.fileName()));
+        const HexDocument document = documentOf(bytes, 100000);
+        HexCompare whole(document, other, false);
+        while (whole.step()) {
+        }
+        QVERIFY(!whole.hasFailed() && whole.differences().empty() && whole.rows() == bytes.size());
+        HexCompare compare(document, other, false);
+        QVERIFY(file.resize(300000));
+        qint64 inRow = 0;
+        QVERIFY(other.span(0, &inRow) && !other.span(299999 + 262144, &inRow));
+        while (compare.step()) {
+        }
+        QVERIFY(compare.hasFailed() && compare.differences().empty() && compare.rows() == 300000);
+        QVERIFY(!HexFileBytes().open(QDir::tempPath()));
+    }
+
     void comparesWithTheSavedBytes()
     {
         HexDocument document = documentOf("0123456789", 3);
         document.replace(2, 1, "x");
         document.setSaved();
         document.replace(8, 0, "new");
-        const HexDocument saved = document.savedState();
+        const HexDocumentBytes saved(document.savedState());
         QCOMPARE(saved.read(0, 100), QByteArray("01x3456789"));
         HexCompare compare(document, saved, true);
         while (compare.step()) {
