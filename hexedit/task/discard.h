@@ -5,8 +5,7 @@
 #include <thread>
 #include <utility>
 
-template<class T>
-void discardBeside(T value)
+template <class T> void discardBeside(T value)
 {
     std::thread([kept = std::move(value)] { static_cast<void>(kept); }).detach();
 }
