@@ -3,7 +3,10 @@
 #include "hexcommand.h"
 #include "hexcompareview.h"
 #include "hexfilebytes.h"
+#include "hexform.h"
 #include "hexhitlist.h"
+#include "heximagebytes.h"
+#include "hexrecordreader.h"
 #include "qhexedit.h"
 #include "qtfiledialog.h"
 #include "qtmessagetip.h"
@@ -22,6 +25,7 @@ namespace {
 constexpr int kSettleMs = 200; // after an edit
 constexpr int kTipMs = 4000;
 constexpr int kListWidth = 190;
+constexpr int kBeginning = 4096; // bytes that say which form a file has
 } // namespace
 
 HexComparePanel::HexComparePanel(QHexEdit *edit, QWidget *parent)
@@ -115,6 +119,7 @@ void HexComparePanel::buildUi()
     column->setSpacing(2);
     column->addLayout(row);
     column->addWidget(split, 1);
+    m_view->setAddresses(&m_edit->addresses());
     m_view->setPlaceholderText(QStringLiteral("选择另一个文件，与当前内容并排比较"));
 }
 
@@ -138,9 +143,85 @@ void HexComparePanel::compareWithFile(const QString &fileName)
             QStringLiteral("%1 打开失败：%2").arg(QFileInfo(fileName).fileName(), file->reason()), kTipMs);
     m_with = With::File;
     m_fileName = fileName;
-    m_other = std::move(file);
     m_watch.follow(fileName, stamp);
+    if (isImage(fileName))
+        return readImage(fileName);
+    m_other = std::move(file);
     restart();
+}
+
+// Records of text are compared at their addresses, unless the editor shows the text of
+// such a file as well.
+bool HexComparePanel::isImage(const QString &fileName) const
+{
+    if (m_edit->addresses().isFixed())
+        return true;
+    HexFileBytes file;
+    const QByteArray beginning = m_edit->document().read(0, kBeginning);
+    return HexForms::ofContent(beginning, QString()) == HexForm::Bytes && file.open(fileName) &&
+           HexForms::ofContent(file.read(0, kBeginning), fileName) != HexForm::Bytes;
+}
+
+// Bytes without addresses begin at the editor's first one.
+void HexComparePanel::readImage(const QString &fileName)
+{
+    struct Reading
+    {
+        HexFileBytes file;
+        qint64 at = 0;
+        std::unique_ptr<HexRecordReader> records; // of an image
+        HexDocument document;
+        bool hasFailed = false;
+    };
+    const auto reading = std::make_shared<Reading>();
+    reading->hasFailed = !reading->file.open(fileName);
+    const HexForm form = HexForms::ofContent(reading->file.read(0, kBeginning), fileName);
+    if (form != HexForm::Bytes)
+        reading->records = std::make_unique<HexRecordReader>(form);
+    m_task.start({QStringLiteral("正在读取"),
+                  [reading] {
+                      if (reading->hasFailed)
+                          return SlicedTask::Step::Done;
+                      if (reading->at >= reading->file.size())
+                          return !reading->records ||
+                                         reading->records->finish() == HexRecordReader::State::Done
+                                     ? SlicedTask::Step::Done
+                                     : SlicedTask::Step::Running;
+                      qint64 inRow = 0;
+                      const char *const bytes = reading->file.span(reading->at, &inRow);
+                      reading->hasFailed = !bytes;
+                      if (bytes && reading->records)
+                          reading->records->add(bytes, static_cast<int>(inRow));
+                      else if (bytes)
+                          reading->document.appendContent(QByteArray(bytes, static_cast<int>(inRow)));
+                      reading->at += inRow;
+                      return SlicedTask::Step::Running;
+                  },
+                  [] { return 0; },
+                  [this, reading](bool isDone) {
+                      if (!isDone)
+                          return;
+                      if (reading->hasFailed) {
+                          close();
+                          return QtMessageTip::showTip(QStringLiteral("比较的文件无法读取"), kTipMs);
+                      }
+                      HexAddressMap addresses(m_edit->addresses().firstAddress());
+                      if (reading->records) {
+                          for (const QByteArray &block : reading->records->blocks())
+                              reading->document.appendContent(block);
+                          HexImage image = reading->records->takeImage();
+                          m_faults = image.faults.count();
+                          addresses = HexAddressMap(std::move(image.runs));
+                      }
+                      auto bytes = std::make_unique<HexImageBytes>(&m_edit->document(), m_edit->addresses(),
+                                                                   std::move(reading->document), addresses);
+                      m_elsewhere = bytes->elsewhere();
+                      m_other = std::move(bytes);
+                      m_settle.start(0); // not from within the task
+                  },
+                  {},
+                  8});
+    showState();
 }
 
 void HexComparePanel::compareWithSaved()
@@ -159,6 +240,8 @@ void HexComparePanel::close()
     m_list->clear({});
     m_compare.reset();
     m_other.reset();
+    m_elsewhere = 0;
+    m_faults = 0;
     m_watch.follow(QString(), FileStamp());
     showState();
 }
@@ -167,7 +250,7 @@ void HexComparePanel::close()
 
 void HexComparePanel::restart()
 {
-    if (m_with == With::Nothing)
+    if (m_with == With::Nothing || (m_with == With::File && !m_other))
         return;
     if (!m_edit->busyReason().isEmpty()) { // the bytes are being read or replaced
         m_settle.start(kSettleMs);
@@ -179,8 +262,8 @@ void HexComparePanel::restart()
         m_compare.reset();
         m_other = std::make_unique<HexDocumentBytes>(m_edit->document().savedState());
     }
-    const auto compare = std::make_shared<std::unique_ptr<HexCompare>>(
-        std::make_unique<HexCompare>(m_edit->document(), *m_other, m_align->isChecked()));
+    const auto compare = std::make_shared<std::unique_ptr<HexCompare>>(std::make_unique<HexCompare>(
+        m_edit->document(), *m_other, m_align->isChecked() && !m_edit->addresses().isFixed()));
     m_task.start(
         {QStringLiteral("正在比较"),
          [compare] { return (*compare)->step() ? SlicedTask::Step::Running : SlicedTask::Step::Done; },
@@ -231,6 +314,10 @@ void HexComparePanel::showState()
         text += QStringLiteral("，之后的未比较");
     if (m_compare && m_compare->hasFailed())
         text += QStringLiteral("，其余部分无法读取");
+    if (m_compare && m_faults > 0)
+        text += QStringLiteral("，比较的文件有%1处问题").arg(m_faults);
+    if (m_compare && m_elsewhere > 0)
+        text += QStringLiteral("，另有%1字节在当前文件没有的地址").arg(m_elsewhere);
     if (m_reload->isVisibleTo(this))
         text += m_watch.isGone() ? QStringLiteral("（文件已不存在）") : QStringLiteral("（文件已变化）");
     m_summary->setText(text);

@@ -39,6 +39,8 @@ private:
 
     void buildUi();
     void chooseFile();
+    bool isImage(const QString &fileName) const;
+    void readImage(const QString &fileName);
     void restart(); // with the bytes as they are now
     void showResult();
     void showDifference(int index);
@@ -49,8 +51,10 @@ private:
     With m_with = With::Nothing;
     QString m_fileName;
     std::unique_ptr<HexBytes> m_other;
+    qint64 m_elsewhere = 0; // bytes of an image that are at other addresses
     HexFileWatch m_watch;
     std::unique_ptr<HexCompare> m_compare; // shown
+    qint64 m_faults = 0;                   // in the text of one
     bool m_wasModified = false;
     SlicedTask m_task;
     QTimer m_settle;

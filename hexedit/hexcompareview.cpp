@@ -154,7 +154,8 @@ void HexCompareView::paintSide(QPainter &painter, const QRect &area, const QVect
                                     [&addressOf](const Cell &cell) { return addressOf(cell) >= 0; });
     if (first != cells.end()) {
         painter.setPen(QColor(Skin::palette().secondaryText));
-        painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter, hexOf(addressOf(*first), kAddressDigits));
+        painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter,
+                         hexOf(m_addresses->addressOf(addressOf(*first)), kAddressDigits));
     }
     painter.setPen(QColor(Skin::palette().text));
     for (int i = 0; i < cells.size(); ++i) {
@@ -164,11 +165,12 @@ void HexCompareView::paintSide(QPainter &painter, const QRect &area, const QVect
         const QByteArray byte = address < 0 ? QByteArray()
                                 : isLeft    ? m_left->read(address, 1)
                                             : m_right->read(address, 1);
-        if (byte.isEmpty()) // or gone since
+        if (byte.isEmpty() || (!isLeft && m_right->isAbsent(address))) // or gone since
             continue;
         if (cells.at(i).differs)
             painter.fillRect(cell.adjusted(-character / 2, 1, character / 2, -1),
-                             colorOf(cells.at(i).left < 0 || cells.at(i).right < 0));
+                             colorOf(cells.at(i).left < 0 || cells.at(i).right < 0 ||
+                                     m_right->isAbsent(cells.at(i).right)));
         painter.drawText(cell, Qt::AlignCenter, hexOf(static_cast<quint8>(byte.at(0)), 2));
     }
 }

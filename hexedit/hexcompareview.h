@@ -4,6 +4,7 @@
 // differs in color. Draws only the rows on display; owns neither the documents nor the
 // differences.
 
+#include "hexaddressmap.h"
 #include "hexcompare.h"
 
 #include <QAbstractScrollArea>
@@ -17,6 +18,8 @@ public:
 
     // The documents and the comparison outlive this, or show() is called again. Null: nothing.
     void show(const HexDocument *left, const HexBytes *right, const HexCompare *compare);
+    // Of the left side; the right one's are the same. Outlives this.
+    void setAddresses(const HexAddressMap *addresses) { m_addresses = addresses; }
     void setPlaceholderText(const QString &text);
     // Scrolls to the bytes at a place of HexCompare::rows().
     void showPlace(qint64 place);
@@ -48,6 +51,7 @@ private:
     const HexDocument *m_left = nullptr;
     const HexBytes *m_right = nullptr;
     const HexCompare *m_compare = nullptr;
+    const HexAddressMap *m_addresses = nullptr;
     QString m_placeholder;
     int m_bytes = 8; // of a row on each side
     qint64 m_marked = -1;

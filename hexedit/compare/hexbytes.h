@@ -16,6 +16,9 @@ public:
     // next call. Null where they can't be read.
     virtual const char *span(qint64 address, qint64 *inRow) const = 0;
 
+    // A byte that only stands in for one that is not there.
+    virtual bool isAbsent(qint64) const { return false; }
+
     // At most `count`, fewer at the end or where they can't be read.
     QByteArray read(qint64 address, int count) const;
 };

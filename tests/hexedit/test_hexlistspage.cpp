@@ -74,6 +74,30 @@ private slots:
         QVERIFY(child<QLabel>("labelCompare")->text().contains("未选择"));
     }
 
+    // Firmware images stand beside each other by their addresses.
+    void comparesImages()
+    {
+        const QByteArray records = ":020000040800F2\n:0400100001020304E2\n:02010000AABB98\n";
+        QVERIFY(
+            writeFile(path("b.hex"), ":020000040800F2\n:0400100001020904DC\n:01020000CC31\n:00000001FF\n"));
+        QVERIFY(writeFile(path("c.bin"), QByteArray("\1\2\3\4", 4) + QByteArray(0xEC, '\0') + "\xAA\xBB"));
+        QVERIFY(writeFile(path("a.hex"), records + ":00000001FF\n"));
+        m_page->openFile(path("a.hex"));
+        QTRY_COMPARE(edit()->size(), 6);
+        child<QAction>("actionHexCompare")->trigger();
+        chooseFile(path("b.hex"));
+        click("btnCompareFile");
+        auto *list = child<QTableView>("hexDifferencesTable")->model();
+        QTRY_COMPARE(list->rowCount(), 2); // a byte, and two that are not there
+        QCOMPARE(list->index(0, 0).data().toString(), QString("0x8000012"));
+        QCOMPARE(list->index(1, 0).data().toString(), QString("0x8000100"));
+        QVERIFY(child<QLabel>("labelCompare")->text().contains("另有1字节"));
+        chooseFile(path("c.bin")); // which begins where the image does
+        click("btnCompareFile");
+        QTRY_VERIFY(child<QLabel>("labelCompare")->text().contains("完全相同"));
+        QCOMPARE(list->rowCount(), 0);
+    }
+
     void keepsBookmarks()
     {
         open("a.bin", "0123456789");
