@@ -21,7 +21,9 @@
 #include "hexstaterow.h"
 #include "hexstringspanel.h"
 #include "hextoolrow.h"
+#include "namedialog.h"
 #include "qhexedit.h"
+#include "qtmessagetip.h"
 #include "settings.h"
 
 #include <QActionGroup>
@@ -38,6 +40,9 @@
 namespace {
 
 constexpr int kPaneHeight = 160;
+constexpr int kRoomyHeight = 540; // of the page
+constexpr int kMaxDigits = 4;     // of a number that is asked for
+constexpr int kTipMs = 3000;
 
 QString onlyFileOf(const QMimeData *data)
 {
@@ -181,12 +186,14 @@ void HexEditWidget::buildPanes()
     m_bookmarks = new HexBookmarksPanel(m_edit, m_keeper, m_panes);
     m_rules = new HexRulesPanel(m_edit, m_keeper, m_panes);
     QMenu *const menu = m_tools->viewMenu();
-    QAction *const inspector = menu->addAction(QStringLiteral("数据解析"));
-    inspector->setObjectName(QStringLiteral("actionHexInspector"));
-    inspector->setCheckable(true);
-    inspector->setChecked(true);
-    connect(inspector, &QAction::toggled, m_inspector, &QWidget::setVisible);
+    m_showsInspector = menu->addAction(QStringLiteral("数据解析"));
+    m_showsInspector->setObjectName(QStringLiteral("actionHexInspector"));
+    m_showsInspector->setCheckable(true);
+    m_showsInspector->setChecked(true);
+    connect(m_showsInspector, &QAction::toggled, this, &HexEditWidget::showInspector);
+    connect(m_panes, &HexPanes::openChanged, this, &HexEditWidget::showInspector);
     addColumnsMenu(menu);
+    addSaveMenu(menu);
     menu->addSeparator();
     m_panes->add(m_results, QStringLiteral("查找结果"), "actionHexResults", menu, &kept.showsResults);
     m_panes->add(m_strings, QStringLiteral("字符串"), "actionHexStrings", menu, &kept.showsStrings);
@@ -207,6 +214,19 @@ void HexEditWidget::buildPanes()
     clear();
 }
 
+// In a small window an open list takes its place.
+void HexEditWidget::showInspector()
+{
+    const bool isCrowded = m_panes->count() > 0 && height() < kRoomyHeight;
+    m_inspector->setVisible(m_showsInspector->isChecked() && !isCrowded);
+}
+
+void HexEditWidget::resizeEvent(QResizeEvent *event)
+{
+    QtWidgetBase::resizeEvent(event);
+    showInspector();
+}
+
 void HexEditWidget::addColumnsMenu(QMenu *menu)
 {
     QMenu *const columns = menu->addMenu(QStringLiteral("每行字节数"));
@@ -225,6 +245,32 @@ void HexEditWidget::addColumnsMenu(QMenu *menu)
         });
     }
     m_edit->setBytesPerRow(kept);
+}
+
+// How "另存为" writes firmware images.
+void HexEditWidget::addSaveMenu(QMenu *menu)
+{
+    Settings::HexEditPage &kept = Settings::instance().hexEditPage;
+    QMenu *const options = menu->addMenu(QStringLiteral("保存固件文件时"));
+    const auto add = [this, options](const QString &text, const char *name, const QString &label, int base,
+                                     QPair<int, int> range, Setting<int> *setting) {
+        QAction *const action = options->addAction(text);
+        action->setObjectName(QLatin1String(name));
+        connect(action, &QAction::triggered, this, [this, text, label, base, range, setting] {
+            const QString typed =
+                NameDialog::ask(window(), text, label, QString::number(*setting, base).toUpper(), kMaxDigits);
+            bool isNumber = false;
+            const int number = typed.toInt(&isNumber, base);
+            if (isNumber && number >= range.first && number <= range.second)
+                setting->change(number);
+            else if (!typed.isEmpty())
+                QtMessageTip::showTip(QStringLiteral("未更改：") + label, kTipMs);
+        });
+    };
+    add(QStringLiteral("填充字节…"), "actionFillByte", QStringLiteral("空隙以此字节填充（十六进制，00到FF）"),
+        16, {0, 255}, &kept.fillByte);
+    add(QStringLiteral("记录长度…"), "actionRecordLength", QStringLiteral("新的记录中的字节数（1到250）"), 10,
+        {1, 250}, &kept.recordLength);
 }
 
 void HexEditWidget::connectNotes()

@@ -23,6 +23,7 @@ class HexRulesPanel;
 class HexStateRow;
 class HexStringsPanel;
 class HexToolRow;
+class QAction;
 class QHexEdit;
 class QMenu;
 class QPushButton;
@@ -57,6 +58,7 @@ public slots:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
@@ -68,7 +70,9 @@ private:
     QWidget *buildWorkArea();
     void buildCommands();
     void buildPanes();
+    void showInspector();
     void addColumnsMenu(QMenu *menu);
+    void addSaveMenu(QMenu *menu);
     void connectNotes();
     void connectParts();
 
@@ -89,6 +93,7 @@ private:
     HexStateRow *m_state = nullptr;
     HexChangeBar *m_changeBar = nullptr;
     HexInspectorPanel *m_inspector = nullptr;
+    QAction *m_showsInspector = nullptr;
     HexPanes *m_panes = nullptr;
     HexHitList *m_results = nullptr;
     HexStringsPanel *m_strings = nullptr;

@@ -54,6 +54,7 @@ void HexPanes::setOpen(const Pane &pane, bool open)
     if (pane.isOpen)
         pane.isOpen->change(open);
     setVisible(count() > 0);
+    emit openChanged();
 }
 
 const HexPanes::Pane *HexPanes::find(const QWidget *widget) const

@@ -22,6 +22,9 @@ public:
                  Setting<bool> *isOpen);
     void open(QWidget *pane); // and brings it to the front
 
+signals:
+    void openChanged();
+
 private:
     struct Pane
     {

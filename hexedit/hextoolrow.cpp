@@ -68,7 +68,7 @@ HexToolRow::HexToolRow(QWidget *parent)
     m_fold->setObjectName(QStringLiteral("btnFold"));
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(8);
+    row->setSpacing(4);
     row->addWidget(m_fold);
     for (int id = 0; id < toolCount; ++id)
         addTool(id);
