@@ -34,6 +34,12 @@ QString create(QFile *file, const QString &fileName)
     return QFile::exists(fileName) ? QStringLiteral("文件已存在") : reasonOf(*file);
 }
 
+QString reasonIfGone(const QFile &file)
+{
+    return !file.isOpen() || QFile::exists(file.fileName()) ? QString()
+                                                            : QStringLiteral("文件已被删除或移走");
+}
+
 // ---- the bytes as they came
 
 class StreamOutput : public RecordingOutput
@@ -56,6 +62,9 @@ public:
             return {0, true, reasonOf(m_file)};
         return {item.record.size(), true, {}};
     }
+
+    QString secure() override { return reasonIfGone(m_file); }
+    QString finish() override { return reasonIfGone(m_file); }
 
 private:
     bool write(const QByteArray &bytes)
@@ -130,11 +139,17 @@ public:
         return {reason.isEmpty() ? jpeg.file.size() : 0, true, reason};
     }
 
-    void secure() override
+    QString secure() override
     {
-        for (const Video &video : m_videos)
-            if (video.avi)
-                video.avi->writeHead();
+        QString reason;
+        for (const Video &video : m_videos) {
+            if (!video.avi)
+                continue;
+            video.avi->writeHead();
+            if (reason.isEmpty())
+                reason = reasonIfGone(*video.file);
+        }
+        return reason;
     }
 
     QString finish() override
@@ -174,8 +189,8 @@ private:
             const bool isFinished = video->avi->finish();
             if (video->avi->frames() == 0)
                 video->file->remove();
-            else if (!isFinished)
-                reason = reasonOf(*video->file);
+            else
+                reason = isFinished ? reasonIfGone(*video->file) : reasonOf(*video->file);
         }
         video->avi.reset();
         video->file.reset();

@@ -36,8 +36,9 @@ public:
 
     virtual ~RecordingOutput() = default;
     virtual Result add(const Item &item) = 0;
-    // Makes what has been written readable, if this program ends unexpectedly.
-    virtual void secure() {}
+    // Makes what has been written readable, if this program ends unexpectedly. The reason
+    // where a file is gone, to which one can write all the same.
+    virtual QString secure() { return {}; }
     virtual QString finish() { return {}; } // the reason where that fails
     QString lastFile() const { return m_lastFile; }
 

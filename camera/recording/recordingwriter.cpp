@@ -59,10 +59,12 @@ private:
         const auto isDue = [this] { return isFinishing || !pending.empty(); };
         while (!changed.wait_for(lock, kSecurePeriod, isDue) || m_sinceSecured.hasExpired(1000)) {
             lock.unlock();
-            m_output->secure();
+            const QString reason = m_output->secure();
             reportDisk();
             m_sinceSecured.start();
             lock.lock();
+            if (!reason.isEmpty())
+                refuse(reason);
         }
         if (!status.reason.isEmpty()) {
             status.dropped += static_cast<qint64>(pending.size());
@@ -82,14 +84,20 @@ private:
         status.lastFile = m_output->lastFile();
         status.bytes += result.bytes;
         if (!result.reason.isEmpty()) {
-            status.reason = result.reason;
+            refuse(result.reason);
             ++status.dropped;
-            isFinishing = true;
         } else if (result.isPicture) {
             ++status.items;
         } else {
             ++status.undecodable;
         }
+    }
+
+    // Under the mutex.
+    void refuse(const QString &reason)
+    {
+        status.reason = reason;
+        isFinishing = true;
     }
 
     void reportDisk()

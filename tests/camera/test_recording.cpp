@@ -201,6 +201,22 @@ private slots:
         QVERIFY(video.status().items > 10 && u32(avi, 4) + 8 == quint32(avi.size()));
     }
 
+    void stopsWhenItsFileIsGone()
+    {
+        CameraRecorder recorder;
+        QSignalSpy failed(&recorder, &CameraRecorder::failed);
+        for (const auto kind : {CameraRecorder::Kind::Stream, CameraRecorder::Kind::Video}) {
+            recorder.start({kind, m_folder.filePath("out"), 0}, {});
+            recorder.addBytes("a", "b", false);
+            recorder.addFrame(0, {jpeg(16), std::nullopt});
+            WAIT_FOR(recorder.status().items == 1);
+            QVERIFY(QDir(m_folder.filePath("out")).removeRecursively());
+            WAIT_FOR(recorder.isFinished()); // by itself
+            QVERIFY(!recorder.status().reason.isEmpty());
+        }
+        QCOMPARE(failed.count(), 2);
+    }
+
     void dropsWhatTheDiskCannotFollow()
     {
         RecordingWriter writer(RecordingWriter::Kind::Video, m_folder.path(), "a", {});
