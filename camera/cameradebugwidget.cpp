@@ -208,8 +208,11 @@ void CameraDebugWidget::addProfiles()
         QStringLiteral("camera"), {{QStringLiteral("Camera"), QStringLiteral("CameraPage")}, {}}, m_status);
     m_status->addTool(profiles);
     m_status->addTool(m_health->button());
-    profiles->setRefusal(
-        [this] { return m_session->isClosed() ? QString() : QStringLiteral("请先断开连接"); });
+    profiles->setRefusal([this] {
+        return !m_session->isClosed()               ? QStringLiteral("请先断开连接")
+               : m_recording->player()->isPlaying() ? QStringLiteral("请先停止回放")
+                                                    : QString();
+    });
     connect(profiles, &ProfileButton::collecting, m_link, &CameraLinkPanel::saveDefaults);
     connect(profiles, &ProfileButton::chosen, this, &CameraDebugWidget::reloadSettings);
     connect(profiles, &ProfileButton::notify, this, &CameraDebugWidget::notify);
@@ -406,6 +409,8 @@ void CameraDebugWidget::showFormat(const CameraEvent &event)
 
 void CameraDebugWidget::showReply(const QString &sender, const CameraEvent &event)
 {
+    if (m_recording->player()->isPlaying())
+        return; // nothing was asked now
     // Datagrams may come from anywhere.
     if (m_link->protocol() == CameraLinkPanel::Udp &&
         !m_receiver->mayAnswer(sender, m_link->destinationAddress(), m_link->destinationPort()))
@@ -441,7 +446,7 @@ void CameraDebugWidget::connectRecording()
     connect(m_recording, &RecordingBar::notify, this, &CameraDebugWidget::notify);
     connect(m_recording, &RecordingBar::playing, this, &CameraDebugWidget::beginPlaying);
     connect(m_recording->player(), &StreamPlayer::played, this, &CameraDebugWidget::playRecord);
-    connect(m_recording->player(), &StreamPlayer::ended, m_receiver, [this] { m_receiver->forget(); });
+    connect(m_recording->player(), &StreamPlayer::ended, this, &CameraDebugWidget::endPlaying);
     connect(m_session, &LinkSession::opening, m_recording->player(), &StreamPlayer::stop);
     connect(m_recording->recorder(), &CameraRecorder::changed, this, [this] {
         if (m_recording->recorder()->isFinished() && isClosed())
@@ -462,17 +467,31 @@ StreamHead CameraDebugWidget::streamHead() const
 // The page reads the recorded bytes as it did when they came.
 void CameraDebugWidget::beginPlaying()
 {
-    const StreamHead &head = m_recording->player()->head();
+    m_ownHead = streamHead();
+    readAs(m_recording->player()->head());
+    m_receiver->forget();
+}
+
+// A board that comes next sends as the user has set it before.
+void CameraDebugWidget::endPlaying()
+{
+    m_receiver->forget();
+    m_recording->recorder()->setPlayedTime(std::nullopt);
+    readAs(m_ownHead);
+}
+
+void CameraDebugWidget::readAs(const StreamHead &head)
+{
     m_jpegData->setChecked(head.isRawJpeg);
     m_bigEndian->setChecked(head.isBigEndian);
     for (const int device : {0, 1})
         m_config->setRecord(device, head.formats.at(static_cast<size_t>(device)));
-    m_receiver->forget();
 }
 
 void CameraDebugWidget::playRecord(const StreamRecord &record)
 {
     m_recvCount += record.bytes.size();
+    m_recording->recorder()->setPlayedTime(record.timeUs);
     if (record.kind == StreamRecord::Bytes)
         m_receiver->receive(record.sender, record.bytes, record.isDatagram,
                             m_recording->player()->head().valueLength);

@@ -7,6 +7,7 @@
 // RecordingBar's.
 
 #include "qtwidgetbase.h"
+#include "streamfile.h"
 
 #include <QAbstractSocket>
 #include <QElapsedTimer>
@@ -31,8 +32,6 @@ class QCheckBox;
 class QComboBox;
 class RecordingBar;
 struct CameraFrameData;
-struct StreamHead;
-struct StreamRecord;
 
 class CameraDebugWidget : public QtWidgetBase
 {
@@ -95,6 +94,8 @@ private:
     void fold();
     StreamHead streamHead() const;
     void beginPlaying();
+    void endPlaying();
+    void readAs(const StreamHead &head);
     void playRecord(const StreamRecord &record);
 
     FormPanel *m_panel = nullptr;
@@ -120,6 +121,7 @@ private:
 
     QElapsedTimer m_sinceRate;
     QTimer m_rateTimer;
+    StreamHead m_ownHead; // while another one is played
     qint64 m_framesAtRate = 0;
     qint64 m_errors = 0;
     qint64 m_sendCount = 0;

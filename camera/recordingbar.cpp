@@ -82,6 +82,7 @@ RecordingBar::RecordingBar(QWidget *parent)
     connect(&m_recorder, &CameraRecorder::pictureSaved, this, [this](const QString &fileName) {
         emit notify(Notice::information(QStringLiteral("图像已保存：") + QDir::toNativeSeparators(fileName)));
     });
+    m_player.setThrottle([this] { return m_recorder.isBehind(); });
     connect(&m_player, &StreamPlayer::ended, this, &RecordingBar::endPlaying);
     connect(&m_progress, &QTimer::timeout, this, &RecordingBar::showState);
     showKind();

@@ -28,7 +28,8 @@ void CameraRecorder::start(const Target &target, StreamHead head)
     m_target = target;
     m_status = {};
     m_isStopping = false;
-    m_lastPictureMs.fill(-1);
+    m_lastPictureUs.fill(-1);
+    m_shiftUs = -m_playedUs.value_or(0);
     m_elapsedMs = 0;
     head.beganMs = QDateTime::currentMSecsSinceEpoch();
     m_writer = std::make_unique<RecordingWriter>(target.kind, target.folder,
@@ -96,7 +97,7 @@ void CameraRecorder::addFrame(int device, const CameraFrameData &frame)
     RecordingOutput::Item item;
     item.device = device;
     item.frame = frame;
-    item.timeUs = m_clock.nsecsElapsed() / 1000;
+    item.timeUs = nowUs();
     m_writer->add(item);
 }
 
@@ -104,12 +105,27 @@ bool CameraRecorder::isDue(int device)
 {
     if (m_target.kind != Kind::Pictures)
         return true;
-    qint64 &last = m_lastPictureMs.at(static_cast<size_t>(device));
-    const qint64 now = m_clock.elapsed();
-    if (last >= 0 && now - last < m_target.intervalMs)
+    qint64 &last = m_lastPictureUs.at(static_cast<size_t>(device));
+    const qint64 now = nowUs();
+    if (last >= 0 && now - last < m_target.intervalMs * 1000LL)
         return false;
     last = now;
     return true;
+}
+
+// Goes on where it was when playing begins or ends.
+void CameraRecorder::setPlayedTime(const std::optional<qint64> &us)
+{
+    const qint64 now = nowUs();
+    const bool goesOn = us.has_value() == m_playedUs.has_value();
+    m_playedUs = us && m_playedUs ? qMax(*us, *m_playedUs) : us;
+    if (!goesOn)
+        m_shiftUs += now - nowUs();
+}
+
+qint64 CameraRecorder::nowUs() const
+{
+    return m_shiftUs + (m_playedUs ? *m_playedUs : isOn() ? m_clock.nsecsElapsed() / 1000 : 0);
 }
 
 // ---- single pictures

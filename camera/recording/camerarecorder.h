@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <array>
+#include <optional>
 #include <vector>
 
 class CameraRecorder : public QObject
@@ -47,6 +48,12 @@ public:
     void addEnd(const QString &sender, bool inOrder); // an empty sender: the link with all
     void addFrame(int device, const CameraFrameData &frame);
 
+    // Frames of a stream that is played have its time: us since it began, rising; none:
+    // nothing is played.
+    void setPlayedTime(const std::optional<qint64> &us);
+    // The disk does not follow; what is played can wait for it.
+    bool isBehind() const { return isOn() && m_writer->isBehind(); }
+
     // Saves the last frame of a device as a picture. False: there is none yet.
     bool takePicture(int device, const QString &folder);
 
@@ -59,6 +66,7 @@ signals:
 private:
     void addRecord(const StreamRecord &record);
     bool isDue(int device);
+    qint64 nowUs() const;
     void poll();
     void pollPictures();
 
@@ -68,8 +76,10 @@ private:
     RecordingWriter::Status m_status;
     bool m_isStopping = false;
     QElapsedTimer m_clock;
+    std::optional<qint64> m_playedUs;
+    qint64 m_shiftUs = 0;   // from the clock, or the played time, to that of the recording
     qint64 m_elapsedMs = 0; // of the recording, up to its stop
     std::array<CameraFrameData, 2> m_lastFrames;
-    std::array<qint64, 2> m_lastPictureMs{};
+    std::array<qint64, 2> m_lastPictureUs{};
     QTimer m_poll;
 };

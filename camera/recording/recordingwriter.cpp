@@ -151,6 +151,12 @@ bool RecordingWriter::waitForFinished(int ms)
                                        [this] { return m_thread->status.isFinished; });
 }
 
+bool RecordingWriter::isBehind() const
+{
+    const std::lock_guard<std::mutex> lock(m_thread->mutex);
+    return m_thread->pendingBytes > maxPendingBytes / 2;
+}
+
 RecordingWriter::Status RecordingWriter::status() const
 {
     const std::lock_guard<std::mutex> lock(m_thread->mutex);

@@ -42,6 +42,8 @@ public:
     void finish();
     // True when that is done; waits at most that long.
     bool waitForFinished(int ms);
+    // More than half of what may be pending is.
+    bool isBehind() const;
     Status status() const;
 
 private:

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr int kSliceMs = 8;
+constexpr int kThrottleMs = 10;
 constexpr qint64 kMaxPauseUs = 2000000;
 
 } // namespace
@@ -67,6 +68,8 @@ void StreamPlayer::play()
     if (!m_next)
         readNext();
     while (m_next) {
+        if (m_isBehind && m_isBehind())
+            return m_timer.start(kThrottleMs);
         const qint64 pauseMs = m_isFast ? 0 : (m_next->timeUs - m_skippedUs) / 1000 - m_clock.elapsed();
         if (pauseMs > 0 || slice.elapsed() >= kSliceMs) {
             m_timer.start(static_cast<int>(qMax<qint64>(0, pauseMs)));

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <functional>
 #include <optional>
 
 class StreamPlayer : public QObject
@@ -23,6 +24,8 @@ public:
     // Empty, or why the file can't be played, for the user. The first record comes from
     // the event loop.
     QString start(const QString &fileName, bool isFast);
+    // While that is true, nothing is played.
+    void setThrottle(const std::function<bool()> &isBehind) { m_isBehind = isBehind; }
     void stop(); // emits ended() where it was playing
     bool isPlaying() const { return m_file.isOpen(); }
     const StreamHead &head() const { return m_reader.head(); }
@@ -45,6 +48,7 @@ private:
     qint64 m_timeUs = 0;
     qint64 m_skippedUs = 0; // of pauses
     bool m_isFast = false;
+    std::function<bool()> m_isBehind;
     QElapsedTimer m_clock;
     QTimer m_timer;
 };

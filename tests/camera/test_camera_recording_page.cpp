@@ -43,6 +43,7 @@ private slots:
         QVERIFY(child<RecordingBar>("recordingBar")->player()->isPlaying());
         QVERIFY(!child<QCheckBox>("checkBigEndian")->isChecked());
         QTRY_VERIFY_WITH_TIMEOUT(!child<RecordingBar>("recordingBar")->player()->isPlaying(), 30000);
+        QVERIFY(child<QCheckBox>("checkBigEndian")->isChecked()); // for the next board
         QVERIFY(m_page->frames() > frames);
         QTRY_COMPARE_WITH_TIMEOUT(child<ImageViewer>("imageViewer")->image(0).size(), QSize(16, 16), 30000);
     }

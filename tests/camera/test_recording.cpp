@@ -201,6 +201,36 @@ private slots:
         QVERIFY(video.status().items > 10 && u32(avi, 4) + 8 == quint32(avi.size()));
     }
 
+    // However fast that is.
+    void recordsWhatIsPlayedAtItsPace()
+    {
+        CameraRecorder recorder;
+        recorder.setPlayedTime(7000000);
+        recorder.start({CameraRecorder::Kind::Video, m_folder.path(), 0}, {});
+        for (const qint64 us : {7000000, 7100000, 7200000}) {
+            recorder.setPlayedTime(us);
+            recorder.addFrame(0, {jpeg(16), std::nullopt});
+        }
+        recorder.stop();
+        WAIT_FOR(recorder.isFinished());
+        QCOMPARE(u32(fileOf(m_folder.filePath(files("*.avi").value(0))), 32), 100000U);
+    }
+
+    void waitsForTheDiskWhilePlaying()
+    {
+        QFile file(m_folder.filePath("a.kvcam"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(StreamHead().bytes() + StreamRecord().toBytes());
+        file.close();
+        StreamPlayer player;
+        int checks = 0;
+        int playedAt = 0;
+        player.setThrottle([&checks] { return ++checks < 3; });
+        connect(&player, &StreamPlayer::played, this, [&] { playedAt = checks; });
+        QCOMPARE(player.start(file.fileName(), true), QString());
+        WAIT_EQUAL(playedAt, 3);
+    }
+
     void stopsWhenItsFileIsGone()
     {
         CameraRecorder recorder;
