@@ -14,6 +14,6 @@ struct CameraFrameData
     QByteArray data;
     std::optional<ImageRecord> record; // none: an image file
     bool bigEndian = false;
-    QString sender = {}; // for the signals only
-    qint64 offset = 0;   // the same
+    QString sender = {};
+    qint64 offset = 0; // for the signals only
 };

@@ -9,12 +9,15 @@
 #include <QImageReader>
 #include <QImageWriter>
 
+#include <algorithm>
 #include <array>
+#include <vector>
 
 namespace {
 
 constexpr int kJpegQuality = 90;
 constexpr int kNumberDigits = 6;
+constexpr size_t kMaxVideos = 16; // open at a time
 
 using Item = RecordingOutput::Item;
 using Result = RecordingOutput::Result;
@@ -126,14 +129,13 @@ public:
         const Jpeg jpeg = jpegOf(item.frame);
         if (jpeg.file.isEmpty())
             return {0, false, {}};
-        const int device = item.device == 1 ? 1 : 0;
-        Video &video = m_videos.at(static_cast<size_t>(device));
-        QString reason;
+        QString reason = choose(item.device == 1 ? 1 : 0, item.frame.sender);
+        Video &video = m_videos.back();
         // Another size, or the file is full: in the next one.
         if (video.avi && (video.avi->size() != jpeg.size || !video.avi->hasRoomFor(jpeg.file.size())))
             reason = close(&video);
         if (reason.isEmpty() && !video.avi)
-            reason = open(&video, device, jpeg.size);
+            reason = open(&video, jpeg.size);
         if (reason.isEmpty() && !video.avi->add(jpeg.file, item.timeUs))
             reason = reasonOf(*video.file);
         return {reason.isEmpty() ? jpeg.file.size() : 0, true, reason};
@@ -166,15 +168,34 @@ public:
 private:
     struct Video
     {
+        int device = 0;
+        QString sender;
         std::unique_ptr<QFile> file;
         std::unique_ptr<AviFile> avi;
-        int number = 0;
     };
 
-    QString open(Video *video, int device, QSize size)
+    // Makes it the last one. A board that connects again may be another sender.
+    QString choose(int device, const QString &sender)
     {
-        const QString part = ++video->number > 1 ? QStringLiteral("_%1").arg(video->number) : QString();
-        m_lastFile = QStringLiteral("%1_%2%3.avi").arg(m_stem).arg(device + 1).arg(part);
+        const auto video = std::find_if(m_videos.begin(), m_videos.end(), [&](const Video &one) {
+            return one.device == device && one.sender == sender;
+        });
+        if (video != m_videos.end())
+            std::rotate(video, video + 1, m_videos.end());
+        else
+            m_videos.push_back({device, sender, nullptr, nullptr});
+        if (m_videos.size() <= kMaxVideos)
+            return {};
+        const QString reason = close(&m_videos.front());
+        m_videos.erase(m_videos.begin());
+        return reason;
+    }
+
+    QString open(Video *video, QSize size)
+    {
+        const int number = ++m_files.at(static_cast<size_t>(video->device));
+        const QString part = number > 1 ? QStringLiteral("_%1").arg(number) : QString();
+        m_lastFile = QStringLiteral("%1_%2%3.avi").arg(m_stem).arg(video->device + 1).arg(part);
         video->file = std::make_unique<QFile>();
         const QString reason = create(video->file.get(), m_lastFile);
         if (reason.isEmpty())
@@ -198,7 +219,8 @@ private:
     }
 
     QString m_stem;
-    std::array<Video, 2> m_videos;
+    std::vector<Video> m_videos;  // open; the one written last at the end
+    std::array<int, 2> m_files{}; // of each device
 };
 
 // ---- single pictures

@@ -1,7 +1,7 @@
 #pragma once
 
 // The files that a recording makes in a folder, and what goes into them: the bytes as
-// they came, a video for each device, or single pictures. Blocks while the disk works;
+// they came, a video for each device of each sender, or single pictures. Blocks while the disk works;
 // RecordingWriter calls it in a thread of its own.
 
 #include "frameshow.h"

@@ -117,6 +117,20 @@ private slots:
         QCOMPARE(QImage::fromData(second.value(0), "jpg").size(), QSize(8, 8));
     }
 
+    // Two boards of a server are both the first device.
+    void recordsEachSenderInAVideo()
+    {
+        CameraRecorder recorder;
+        recorder.start({CameraRecorder::Kind::Video, m_folder.path(), 0}, {});
+        for (int i = 0; i < 6; ++i)
+            recorder.addFrame(0, {jpeg(16 + i % 2 * 8), std::nullopt, false, QString::number(i % 2)});
+        recorder.stop();
+        WAIT_FOR(recorder.isFinished());
+        QCOMPARE(files("*.avi").size(), 2);
+        for (const QString &name : files("*.avi"))
+            QCOMPARE(pictures(fileOf(m_folder.filePath(name))).size(), 3);
+    }
+
     void savesPictures()
     {
         CameraRecorder recorder;
