@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QRegularExpressionValidator>
 
+#include <limits>
+
 namespace {
 
 RegisterCell::Base baseOf(const QModelIndex &index)
@@ -54,6 +56,7 @@ QWidget *RegisterCellDelegate::createEditor(QWidget *parent, const QStyleOptionV
 {
     auto *editor = new QLineEdit(parent);
     editor->setFrame(false);
+    editor->setMaxLength(std::numeric_limits<int>::max()); // opened, it cuts nothing
     editor->setValidator(new CellValidator(index.column(), baseOf(index), editor));
     const QString rule = RegisterCell::rule(index.column(), baseOf(index));
     connect(editor, &QLineEdit::inputRejected, editor,

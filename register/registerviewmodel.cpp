@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int kIconPixels = 14;
+constexpr int kMaxShown = 500; // wider than any cell; a pasted megabyte takes a second to paint
 const QColor kGood(0x34, 0xc3, 0x88);
 const QColor kBad(0xf8, 0x69, 0x34);
 
@@ -216,10 +217,12 @@ QVariant RegisterViewModel::data(const QModelIndex &index, int role) const
         font.setBold(true);
         return font;
     }
+    if (role == Qt::DisplayRole) {
+        const bool isValue = index.column() == RegisterTableModel::Value;
+        return (isValue ? shownValue(index) : QAbstractProxyModel::data(index)).toString().left(kMaxShown);
+    }
     if (index.column() != RegisterTableModel::Value)
         return QAbstractProxyModel::data(index, role);
-    if (role == Qt::DisplayRole)
-        return shownValue(index);
     if (role == Qt::EditRole)
         return RegisterCell::shown(mapToSource(index).data().toString(), m_base);
     if (role != Qt::DecorationRole)

@@ -189,6 +189,13 @@ private slots:
         QApplication::clipboard()->setText(QStringLiteral("two\nlines")); // refused as a whole
         QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_V, Qt::ControlModifier);
         QCOMPARE(m_view->findChild<QLineEdit *>()->text(), QString());
+        QTest::keyClick(m_view->findChild<QLineEdit *>(), Qt::Key_Escape);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        // A pasted megabyte is kept, and does not stop the window at each repaint.
+        fill({{"", "", "", QString(100000, 'x')}});
+        QVERIFY(shown(0, 3).data().toString().size() < 1000);
+        m_view->edit(shown(0, 3));
+        QCOMPARE(m_view->findChild<QLineEdit *>()->text().size(), 100000);
     }
 
     // Rows of all pages, edited where they are; the table keeps its order.
