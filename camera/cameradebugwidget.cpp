@@ -594,6 +594,6 @@ void CameraDebugWidget::reloadSettings()
     m_memory->load();
     m_view->load();
     m_recording->load();
-    if (isClosed()) // else its fields are the ones shown
+    if (m_session->isClosed()) // else its fields are the ones shown
         m_link->loadDefaults();
 }

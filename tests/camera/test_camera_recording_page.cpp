@@ -4,6 +4,7 @@
 #include "camerapagetest.h"
 #include "freshfolder.h"
 #include "recordingbar.h"
+#include "settings.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -46,6 +47,17 @@ private slots:
         QVERIFY(child<QCheckBox>("checkBigEndian")->isChecked()); // for the next board
         QVERIFY(m_page->frames() > frames);
         QTRY_COMPARE_WITH_TIMEOUT(child<ImageViewer>("imageViewer")->image(0).size(), QSize(16, 16), 30000);
+    }
+
+    // A recording that is waiting for a board does not keep the old address.
+    void takesAProfileWhileItRecords()
+    {
+        const FreshFolder folder;
+        child<QLineEdit>("editRecordFolder")->setText(folder.path());
+        click("btnRecord");
+        Settings::instance().camera.port.set(4711);
+        m_page->reloadSettings();
+        QCOMPARE(child<QLineEdit>("editCameraPort")->text(), QStringLiteral("4711"));
     }
 
     // Files are complete before the program ends, or the session does.
