@@ -189,7 +189,7 @@ void RecordingBar::toggleRecording()
     target.kind = static_cast<CameraRecorder::Kind>(m_kind->currentIndex());
     target.folder = folder();
     target.intervalMs = m_interval->value();
-    m_recorder.start(target, m_head ? m_head() : StreamHead());
+    m_recorder.start(target, m_head);
 }
 
 void RecordingBar::takePicture()

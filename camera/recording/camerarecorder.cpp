@@ -3,6 +3,7 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -23,17 +24,18 @@ CameraRecorder::CameraRecorder(QObject *parent)
     connect(&m_poll, &QTimer::timeout, this, &CameraRecorder::poll);
 }
 
-void CameraRecorder::start(const Target &target, StreamHead head)
+void CameraRecorder::start(const Target &target, const std::function<StreamHead()> &head)
 {
     m_target = target;
+    m_head = head;
     m_status = {};
     m_isStopping = false;
     m_lastPictureUs.fill(-1);
     m_shiftUs = -m_playedUs.value_or(0);
     m_elapsedMs = 0;
-    head.beganMs = QDateTime::currentMSecsSinceEpoch();
-    m_writer = std::make_unique<RecordingWriter>(target.kind, target.folder,
-                                                 newStem(QStringLiteral("camera")), head.bytes());
+    m_beganMs = QDateTime::currentMSecsSinceEpoch();
+    m_writer =
+        std::make_unique<RecordingWriter>(target.kind, target.folder, newStem(QStringLiteral("camera")));
     m_clock.start();
     m_poll.start(kPollMs);
     emit changed();
@@ -68,7 +70,12 @@ bool CameraRecorder::waitForFinished(int ms)
 void CameraRecorder::addRecord(const StreamRecord &record)
 {
     RecordingOutput::Item item;
-    item.record = record.toBytes();
+    if (m_head) {
+        StreamHead head = std::exchange(m_head, nullptr)();
+        head.beganMs = m_beganMs;
+        item.record = head.bytes();
+    }
+    item.record += record.toBytes();
     m_writer->add(item);
 }
 
@@ -138,8 +145,8 @@ bool CameraRecorder::takePicture(int device, const QString &folder)
     item.frame = m_lastFrames.at(static_cast<size_t>(device));
     if (item.frame.data.isEmpty())
         return false;
-    m_pictures.push_back(std::make_unique<RecordingWriter>(Kind::Pictures, folder,
-                                                           newStem(QStringLiteral("picture")), QByteArray()));
+    m_pictures.push_back(
+        std::make_unique<RecordingWriter>(Kind::Pictures, folder, newStem(QStringLiteral("picture"))));
     m_pictures.back()->add(item);
     m_pictures.back()->finish();
     m_poll.start(kPollMs);

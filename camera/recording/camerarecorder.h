@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -30,8 +31,9 @@ public:
 
     explicit CameraRecorder(QObject *parent = nullptr);
 
-    // Ends what is being recorded.
-    void start(const Target &target, StreamHead head);
+    // Ends what is being recorded. head: how a stream's bytes are read when the first
+    // ones arrive.
+    void start(const Target &target, const std::function<StreamHead()> &head);
     void stop();
     bool isOn() const { return m_writer && !m_isStopping; }
     bool isStopping() const { return m_isStopping; } // what is pending is being written
@@ -71,6 +73,8 @@ private:
     void pollPictures();
 
     Target m_target;
+    std::function<StreamHead()> m_head; // empty when that has been written
+    qint64 m_beganMs = 0;               // since 1970
     std::unique_ptr<RecordingWriter> m_writer;
     std::vector<std::unique_ptr<RecordingWriter>> m_pictures; // on demand
     RecordingWriter::Status m_status;

@@ -48,18 +48,14 @@ QString reasonIfGone(const QFile &file)
 class StreamOutput : public RecordingOutput
 {
 public:
-    StreamOutput(const QString &fileName, const QByteArray &head)
-        : m_head(head)
-    {
-        m_lastFile = fileName;
-    }
+    explicit StreamOutput(const QString &fileName) { m_lastFile = fileName; }
 
     Result add(const Item &item) override
     {
         if (!m_file.isOpen()) {
             const QString reason = create(&m_file, m_lastFile);
-            if (!reason.isEmpty() || !write(m_head))
-                return {0, true, reason.isEmpty() ? reasonOf(m_file) : reason};
+            if (!reason.isEmpty())
+                return {0, true, reason};
         }
         if (!write(item.record))
             return {0, true, reasonOf(m_file)};
@@ -80,7 +76,6 @@ private:
         return false;
     }
 
-    QByteArray m_head;
     QFile m_file;
 };
 
@@ -262,13 +257,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<RecordingOutput> RecordingOutput::make(Kind kind, const QString &folder, const QString &stem,
-                                                       const QByteArray &streamHead)
+std::unique_ptr<RecordingOutput> RecordingOutput::make(Kind kind, const QString &folder, const QString &stem)
 {
     const QString path = QDir(folder).filePath(stem);
     switch (kind) {
     case Kind::Stream:
-        return std::make_unique<StreamOutput>(path + QStringLiteral(".kvcam"), streamHead);
+        return std::make_unique<StreamOutput>(path + QStringLiteral(".kvcam"));
     case Kind::Video:
         return std::make_unique<VideoOutput>(path);
     default:

@@ -16,7 +16,7 @@ class RecordingOutput
 public:
     enum class Kind { Stream, Video, Pictures };
 
-    // What is added: bytes for a stream, otherwise a frame.
+    // What is added: bytes for a stream, the first with its head, otherwise a frame.
     struct Item
     {
         QByteArray record;
@@ -43,8 +43,7 @@ public:
     QString lastFile() const { return m_lastFile; }
 
     // stem: of all files' names, such as "camera_20260131_235959".
-    static std::unique_ptr<RecordingOutput> make(Kind kind, const QString &folder, const QString &stem,
-                                                 const QByteArray &streamHead);
+    static std::unique_ptr<RecordingOutput> make(Kind kind, const QString &folder, const QString &stem);
 
 protected:
     QString m_lastFile;

@@ -20,8 +20,8 @@ constexpr auto kSecurePeriod = std::chrono::milliseconds(1000);
 class RecordingWriter::Thread
 {
 public:
-    Thread(Kind kind, const QString &folder, const QString &stem, const QByteArray &streamHead)
-        : m_output(RecordingOutput::make(kind, folder, stem, streamHead))
+    Thread(Kind kind, const QString &folder, const QString &stem)
+        : m_output(RecordingOutput::make(kind, folder, stem))
         , m_folder(folder)
     {
     }
@@ -112,9 +112,8 @@ private:
     QElapsedTimer m_sinceSecured;
 };
 
-RecordingWriter::RecordingWriter(Kind kind, const QString &folder, const QString &stem,
-                                 const QByteArray &streamHead)
-    : m_thread(std::make_shared<Thread>(kind, folder, stem, streamHead))
+RecordingWriter::RecordingWriter(Kind kind, const QString &folder, const QString &stem)
+    : m_thread(std::make_shared<Thread>(kind, folder, stem))
 {
     std::thread([thread = m_thread] { thread->run(); }).detach();
 }

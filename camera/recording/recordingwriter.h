@@ -31,7 +31,7 @@ public:
 
     using Kind = RecordingOutput::Kind;
 
-    RecordingWriter(Kind kind, const QString &folder, const QString &stem, const QByteArray &streamHead);
+    RecordingWriter(Kind kind, const QString &folder, const QString &stem);
     // The thread goes on with what is pending, on its own where that takes long.
     ~RecordingWriter();
     RecordingWriter(const RecordingWriter &) = delete;

@@ -152,10 +152,10 @@ private slots:
     {
         CameraRecorder recorder;
         StreamHead head;
-        head.isRawJpeg = true;
+        recorder.start({CameraRecorder::Kind::Stream, m_folder.path(), 0}, [&head] { return head; });
+        head.isRawJpeg = true; // chosen before anything arrived
         head.valueLength = 3;
         head.formats[1] = {ImageRecord::Yuv422, 640, 480};
-        recorder.start({CameraRecorder::Kind::Stream, m_folder.path(), 0}, head);
         recorder.addBytes("板子 1", QByteArray("a\0b", 3), true);
         recorder.addBytes("板子 1", "c", false);
         recorder.addEnd("板子 1", true);
@@ -197,7 +197,7 @@ private slots:
         const QByteArray bytes(10000, 'x'), picture = jpeg(16);
         {
             const FullDisk full(25000);
-            stream.start({CameraRecorder::Kind::Stream, m_folder.path(), 0}, {});
+            stream.start({CameraRecorder::Kind::Stream, m_folder.path(), 0}, [] { return StreamHead(); });
             video.start({CameraRecorder::Kind::Video, m_folder.path(), 0}, {});
             for (int i = 0; i < 5; ++i)
                 stream.addBytes("a", bytes, false);
@@ -263,7 +263,7 @@ private slots:
 
     void dropsWhatTheDiskCannotFollow()
     {
-        RecordingWriter writer(RecordingWriter::Kind::Video, m_folder.path(), "a", {});
+        RecordingWriter writer(RecordingWriter::Kind::Video, m_folder.path(), "a");
         const CameraFrameData frame = red(2000); // which takes long to encode
         for (int i = 0; i < 50; ++i)
             writer.add({{}, 0, frame, i * 1000LL});
