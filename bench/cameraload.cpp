@@ -3,10 +3,14 @@
 // the user-interface thread was blocked at worst, and what memory it took. The
 // port goes to standard output first: "port 4711".
 //
-//   cameraload [--frames N] [--seconds S] [--fit] [--histogram]
+//   cameraload [--frames N] [--seconds S] [--record KIND] [--fit] [--histogram]
+//              [--health] [--resynchronize]
 //
 // --frames: ends when so many have come, or nothing has come for three seconds.
-// --fit, --histogram: fits the pictures to the window; shows their histogram.
+// --record: what is recorded, by its place in the list: 0 bytes, 1 AVI, 2 pictures.
+// --fit, --histogram, --health: fits the pictures to the window; shows their histogram
+// or the health of the link.
+// --resynchronize: every byte may begin a packet.
 
 #include "cameradebugwidget.h"
 #include "frameshow.h"
@@ -15,15 +19,18 @@
 #include "processfigures.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTimer>
 
 #include <cstdio>
 
 int main(int argc, char *argv[])
 {
-    LoadRun run(argc, argv, {"frames", "seconds"}, {"fit", "histogram"});
+    LoadRun run(argc, argv, {"frames", "seconds", "record"}, {"fit", "histogram", "health", "resynchronize"});
     const qint64 expected = run.number("frames");
     const qint64 seconds = run.number("seconds");
     run.showPage(CameraDebugWidget::pageIndex);
@@ -35,6 +42,19 @@ int main(int argc, char *argv[])
          {std::pair("fit", "actionFitPicture"), {"histogram", "actionHistogram"}}) {
         if (run.isSet(flag))
             page->findChild<QAction *>(QLatin1String(action))->trigger();
+    }
+
+    for (const auto &[flag, button] :
+         {std::pair("health", "btnCameraHealth"), {"resynchronize", "checkResynchronize"}}) {
+        if (run.isSet(flag))
+            page->findChild<QAbstractButton *>(QLatin1String(button))->click();
+    }
+    if (run.isSet("record")) {
+        page->findChild<QPushButton *>(QStringLiteral("btnRecording"))->click();
+        page->findChild<QComboBox *>(QStringLiteral("comboRecordKind"))
+            ->setCurrentIndex(static_cast<int>(run.number("record")));
+        page->findChild<QLineEdit *>(QStringLiteral("editRecordFolder"))->setText(QStringLiteral("out"));
+        page->findChild<QPushButton *>(QStringLiteral("btnRecord"))->click();
     }
 
     Heartbeat heartbeat;
@@ -86,5 +106,12 @@ int main(int argc, char *argv[])
                 page->counts().value(1).toDouble() / time / 1e6, heartbeat.worst());
     std::printf("memory: %.1f MB after a second, %.1f MB at most; %.3f CPU seconds a second\n", firstResident,
                 resident, (ProcessFigures::cpuSeconds() - cpuBefore) / time);
+    if (run.isSet("record")) {
+        page->closeLinks();
+        while (!page->isClosed())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        std::printf("recording: %s\n",
+                    qUtf8Printable(page->findChild<QLabel *>(QStringLiteral("labelRecordState"))->text()));
+    }
     return 0;
 }
