@@ -15,6 +15,13 @@ HexClip::HexClip(const QByteArray &bytes, As as, int codec)
 {
 }
 
+HexClip::HexClip(const QByteArray &bytes, HexCopyText::Form form, const HexRuns &runs)
+    : m_bytes(bytes)
+    , m_form(form)
+    , m_runs(runs)
+{
+}
+
 bool HexClip::isExactText() const
 {
     // Many programs end a text at a zero.
@@ -47,6 +54,8 @@ QVariant HexClip::retrieveData(const QString &mimeType, QVariant::Type) const
 
 QString HexClip::text() const
 {
+    if (m_form)
+        return HexCopyText::text(m_bytes, *m_form, m_runs);
     if (m_as == As::Hex)
         return HexParse::text(m_bytes);
     const QString text = TextCodec::decode(m_bytes, m_codec);

@@ -3,6 +3,8 @@
 // Bytes on the clipboard: exact for this program, text for others. The text is
 // made on request: most copies never need it.
 
+#include "hexcopytext.h"
+
 #include <QByteArray>
 #include <QMimeData>
 #include <optional>
@@ -14,6 +16,7 @@ class HexClip : public QMimeData
 public:
     enum class As { Hex, Text };
     HexClip(const QByteArray &bytes, As as, int codec);
+    HexClip(const QByteArray &bytes, HexCopyText::Form form, const HexRuns &runs);
 
     // Text that leads back to the same bytes.
     bool isExactText() const;
@@ -31,6 +34,8 @@ private:
     QString text() const;
 
     QByteArray m_bytes;
-    As m_as;
-    int m_codec;
+    As m_as = As::Hex;
+    int m_codec = 0;
+    std::optional<HexCopyText::Form> m_form; // in the place of the two
+    HexRuns m_runs;
 };

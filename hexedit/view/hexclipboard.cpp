@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -22,15 +23,21 @@ HexClipboard::HexClipboard(HexContent *content, SlicedTask *task)
 {
 }
 
+bool HexClipboard::isTooLong() const
+{
+    const bool tooLong = m_content->selection().length() > kMaxCopied;
+    if (tooLong)
+        QtMessageTip::showTip(QStringLiteral("选中的内容超过16 MB，不能复制"));
+    return tooLong;
+}
+
 bool HexClipboard::copy(HexClip::As as) const
 {
     HexContent::Range range = m_content->selection();
     if (range.length() == 0)
         return false;
-    if (range.length() > kMaxCopied) {
-        QtMessageTip::showTip(QStringLiteral("选中的内容超过16 MB，不能复制"));
+    if (isTooLong())
         return false;
-    }
     if (as == HexClip::As::Text)
         range = m_content->withWholeCharacters(range);
     const QByteArray bytes = m_content->document().read(range.begin, static_cast<int>(range.length()));
@@ -40,6 +47,22 @@ bool HexClipboard::copy(HexClip::As as) const
             QStringLiteral("选中的内容不全是文本：在本程序中粘贴不变，其他程序请用“复制为十六进制”"), 5000);
     QApplication::clipboard()->setMimeData(clip);
     return true;
+}
+
+void HexClipboard::copyAs(HexCopyText::Form form) const
+{
+    const HexContent::Range range = m_content->selection();
+    if (range.length() == 0 || isTooLong())
+        return;
+    HexRuns runs; // within the selection, counted from its begin
+    for (const HexRun &run : m_content->addresses().runs(m_content->size())) {
+        const qint64 begin = std::max(run.offset, range.begin);
+        const qint64 length = std::min(run.offset + run.length, range.end) - begin;
+        if (length > 0)
+            runs.push_back({run.address + begin - run.offset, begin - range.begin, length});
+    }
+    const QByteArray bytes = m_content->document().read(range.begin, static_cast<int>(range.length()));
+    QApplication::clipboard()->setMimeData(new HexClip(bytes, form, runs));
 }
 
 void HexClipboard::paste(const Put &put) const

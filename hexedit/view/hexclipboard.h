@@ -17,6 +17,7 @@ public:
 
     // The selection. False where nothing was copied, which it shows.
     bool copy(HexClip::As as) const;
+    void copyAs(HexCopyText::Form form) const;
 
     // Calls put() with the selection and the bytes for it, perhaps later; where
     // they can't be pasted, it shows why.
@@ -24,6 +25,8 @@ public:
     void paste(const Put &put) const;
 
 private:
+    bool isTooLong() const;
+
     HexContent *m_content;
     SlicedTask *m_task;
 };

@@ -18,6 +18,7 @@ HexCommand::HexCommand(const QString &text, const QList<QKeySequence> &keys, QOb
 void HexCommand::setRefusal(const QString &reason)
 {
     m_refusal = reason;
+    setToolTip(reason); // in a menu
     setEnabled(reason.isEmpty());
 }
 

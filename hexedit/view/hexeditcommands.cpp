@@ -18,6 +18,7 @@ HexEditCommands::HexEditCommands(QHexEdit *edit)
     m_paste = add(QStringLiteral("粘贴"), keys(QKeySequence::Paste), &QHexEdit::paste);
     m_delete = add(QStringLiteral("删除"), {}, &QHexEdit::deleteSelection);
     m_selectAll = add(QStringLiteral("全选"), keys(QKeySequence::SelectAll), &QHexEdit::selectAll);
+    addCopies();
     // In bytes that are no text, characters come about by chance.
     m_asciiOnly = new QAction(QStringLiteral("文本列仅显示ASCII"), this);
     m_asciiOnly->setCheckable(true);
@@ -35,6 +36,20 @@ HexCommand *HexEditCommands::add(const QString &text, const QList<QKeySequence> 
     return command;
 }
 
+void HexEditCommands::addCopies()
+{
+    using Form = HexCopyText::Form;
+    const std::pair<const char *, Form> forms[] = {{"C数组", Form::CArray},
+                                                   {"Python", Form::Python},
+                                                   {"Base64", Form::Base64},
+                                                   {"带地址和文本的列表", Form::HexDump}};
+    for (const auto &[text, form] : forms) {
+        auto *command = new HexCommand(QString::fromUtf8(text), {}, this);
+        connect(command, &QAction::triggered, m_edit, [this, form = form] { m_edit->copyAs(form); });
+        m_copiesAs.append(command);
+    }
+}
+
 void HexEditCommands::update()
 {
     const auto refuse = [](HexCommand *command, const QString &general, bool isPossible, const char *why) {
@@ -47,6 +62,8 @@ void HexEditCommands::update()
     refuse(m_redo, noEdit, m_edit->document().canRedo(), "没有可恢复的修改");
     for (HexCommand *command : {m_copy, m_copyHex, m_copyText})
         refuse(command, QString(), isSelected, "请先选中内容");
+    for (HexCommand *command : qAsConst(m_copiesAs))
+        refuse(command, QString(), isSelected, "请先选中内容");
     for (HexCommand *command : {m_cut, m_delete})
         refuse(command, noEdit, isSelected, "请先选中内容");
     m_paste->setRefusal(noEdit);
@@ -55,7 +72,14 @@ void HexEditCommands::update()
 
 void HexEditCommands::fill(QMenu *menu) const
 {
-    for (HexCommand *command : {m_cut, m_copyHex, m_copyText, m_paste, m_delete})
+    menu->setToolTipsVisible(true);
+    for (HexCommand *command : {m_cut, m_copyHex, m_copyText})
+        menu->addAction(command);
+    QMenu *const copies = menu->addMenu(QStringLiteral("复制为"));
+    copies->setToolTipsVisible(true);
+    for (HexCommand *command : m_copiesAs)
+        copies->addAction(command);
+    for (HexCommand *command : {m_paste, m_delete})
         menu->addAction(command);
     menu->addSeparator();
     menu->addAction(m_selectAll);

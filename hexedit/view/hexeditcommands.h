@@ -27,6 +27,7 @@ public:
 
 private:
     HexCommand *add(const QString &text, const QList<QKeySequence> &keys, void (QHexEdit::*slot)());
+    void addCopies();
     void update();
 
     QHexEdit *m_edit;
@@ -37,6 +38,7 @@ private:
     HexCommand *m_copy; // by the key only: as the column shows it
     HexCommand *m_copyHex;
     HexCommand *m_copyText;
+    QVector<HexCommand *> m_copiesAs; // in a menu of their own
     HexCommand *m_paste;
     HexCommand *m_delete;
     HexCommand *m_selectAll;

@@ -119,6 +119,13 @@ QString QHexEdit::editRefusal() const
     return busy.isEmpty() && m_readOnly ? m_readOnlyReason : busy;
 }
 
+QString QHexEdit::insertRefusal() const
+{
+    if (addresses().isFixed())
+        return QStringLiteral("各段数据的地址固定，只能改写，不能插入或删除字节");
+    return isOverwrite() ? QStringLiteral("改写模式下不能插入字节，按Insert键切换到插入模式") : QString();
+}
+
 bool QHexEdit::refuseEdit() const
 {
     const QString reason = editRefusal();
@@ -131,7 +138,7 @@ bool QHexEdit::refuseEdit() const
 bool QHexEdit::refuseShift() const
 {
     if (addresses().isFixed())
-        QtMessageTip::showTip(QStringLiteral("各段数据的地址固定，只能改写，不能插入或删除字节"), 3000);
+        QtMessageTip::showTip(insertRefusal(), 3000);
     else if (isOverwrite())
         QtMessageTip::showTip(QStringLiteral("改写模式下不能删除字节，按Insert键切换到插入模式"), 3000);
     return isOverwrite();
@@ -176,6 +183,15 @@ void QHexEdit::selectAll()
 void QHexEdit::replaceSelection(const QByteArray &bytes)
 {
     m_content.replaceSelection(bytes);
+    showEdit();
+}
+
+void QHexEdit::overwrite(qint64 address, const QByteArray &bytes)
+{
+    const qint64 anchor = m_content.anchor();
+    const qint64 caret = m_content.caret();
+    document().replace(address, bytes.size(), bytes);
+    m_content.select(anchor, caret);
     showEdit();
 }
 
@@ -277,6 +293,11 @@ void QHexEdit::copyHex()
 void QHexEdit::copyText()
 {
     m_clipboard.copy(HexClip::As::Text);
+}
+
+void QHexEdit::copyAs(HexCopyText::Form form)
+{
+    m_clipboard.copyAs(form);
 }
 
 void QHexEdit::cut()

@@ -48,6 +48,8 @@ public:
     // is being done on them; for the user. Empty where they can.
     QString busyReason() const;
     QString editRefusal() const; // also where it is read-only
+    // Why no byte can be put between others; empty where one can.
+    QString insertRefusal() const;
     qint64 size() const { return m_content.size(); }
     qint64 address() const { return m_content.caret(); } // as an offset from 0, as all below
     qint64 shownAddress(qint64 offset) const { return addresses().addressOf(offset); }
@@ -61,6 +63,9 @@ public:
     void select(qint64 address, qint64 length);
     // One undo step, in both modes.
     void replaceSelection(const QByteArray &bytes);
+    // One undo step; caret and selection stay.
+    void overwrite(qint64 address, const QByteArray &bytes);
+    void copyAs(HexCopyText::Form form);
 
     bool isReadOnly() const { return m_readOnly; }
     // The reason is shown where an edit is refused.

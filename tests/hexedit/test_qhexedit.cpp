@@ -287,11 +287,11 @@ private slots:
         QCOMPARE(clipboard->text(), QString("01 AB"));
         m_edit->select(2, 2);
         QCOMPARE(choose("复制为文本"),
-                 QString("剪切|复制为十六进制|复制为文本|粘贴|删除||全选|文本列仅显示ASCII"));
+                 QString("剪切|复制为十六进制|复制为文本|复制为|粘贴|删除||全选|文本列仅显示ASCII"));
         QCOMPARE(clipboard->text(), QString("cd"));
         m_edit->goTo(0);
         m_edit->setReadOnly(true, "because");
-        QCOMPARE(choose("全选"), QString("|全选|文本列仅显示ASCII"));
+        QCOMPARE(choose("全选"), QString("复制为||全选|文本列仅显示ASCII"));
         QCOMPARE(m_edit->selectionLength(), qint64(4));
         m_edit->setReadOnly(false, QString());
         clipboard->setText(QString("0x31, 0x32"));
