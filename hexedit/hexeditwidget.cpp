@@ -15,6 +15,7 @@
 #include "hexinspectorpanel.h"
 #include "hexjumppanel.h"
 #include "hexnoteskeeper.h"
+#include "hexoperations.h"
 #include "hexpanes.h"
 #include "hexrecentbutton.h"
 #include "hexrulespanel.h"
@@ -168,7 +169,8 @@ void HexEditWidget::buildCommands()
     m_saveAsCommand =
         add(QStringLiteral("另存为"), {int(Qt::CTRL) + Qt::SHIFT + Qt::Key_S}, &HexFileSession::saveAs);
     m_reloadCommand = add(QStringLiteral("重新载入"), {}, &HexFileSession::reload);
-    m_edit->addAction(new HexFirstAddress(m_edit)); // in its context menu
+    m_edit->addAction((new HexOperations(m_edit))->menuAction()); // in its context menu
+    m_edit->addAction(new HexFirstAddress(m_edit));
 }
 
 void HexEditWidget::buildPanes()
