@@ -4,6 +4,7 @@
 #include "hexparse.h"
 #include "qhexedit.h"
 #include "qtmessagetip.h"
+#include "settings.h"
 
 #include <QComboBox>
 #include <QKeyEvent>
@@ -11,6 +12,8 @@
 #include <QPushButton>
 
 namespace {
+
+constexpr int kMaxRemembered = 10;
 
 QString hexadecimal(qint64 address)
 {
@@ -29,7 +32,8 @@ HexJumpPanel::HexJumpPanel(QHexEdit *edit, QWidget *parent)
     m_address->setObjectName(QStringLiteral("editJumpAddress"));
     m_address->setPlaceholderText(QStringLiteral("如 1F00、+10"));
     m_address->setToolTip(
-        QStringLiteral("按所选的进制输入，以0x开头时为十六进制；以+或-开头时相对当前地址（Ctrl+G）"));
+        QStringLiteral("按所选的进制输入，以0x开头时为十六进制；以+或-开头时相对当前地址，\n"
+                       "end-20从文件末尾往前；上下方向键选择最近的地址（Ctrl+G）"));
     m_base->setObjectName(QStringLiteral("comboJumpBase"));
     m_base->setAccessibleName(QStringLiteral("地址的进制"));
     m_base->addItem(QStringLiteral("十六进制"), 16); // as the address column
@@ -38,6 +42,7 @@ HexJumpPanel::HexJumpPanel(QHexEdit *edit, QWidget *parent)
     jump->setObjectName(QStringLiteral("btnJump"));
     addRow(QStringLiteral("地址"), m_address);
     addPair(m_base, jump);
+    connect(m_address, &QLineEdit::textEdited, this, [this] { m_recalled = -1; });
     connect(m_goTo, &QAction::triggered, this, &HexJumpPanel::begin);
     connect(m_address, &QLineEdit::returnPressed, this, &HexJumpPanel::jump);
     connect(jump, &QPushButton::clicked, this, &HexJumpPanel::jump);
@@ -68,14 +73,39 @@ void HexJumpPanel::jump()
             3000);
         return;
     }
+    remember(hexadecimal(*address));
     m_edit->goTo(*offset);
     m_edit->setFocus();
+}
+
+void HexJumpPanel::remember(const QString &address)
+{
+    Setting<QStringList> &kept = Settings::instance().hexEditPage.jumpHistory;
+    QStringList addresses = kept;
+    addresses.removeAll(address);
+    addresses.prepend(address);
+    kept.change(addresses.mid(0, kMaxRemembered));
+    m_recalled = -1;
+}
+
+void HexJumpPanel::recall(int steps)
+{
+    const QStringList addresses = Settings::instance().hexEditPage.jumpHistory;
+    if (m_recalled < 0)
+        m_typed = m_address->text();
+    const int last = qMin(addresses.size(), kMaxRemembered) - 1; // the file may hold more
+    m_recalled = qBound(-1, m_recalled + steps, last);
+    m_address->setText(m_recalled < 0 ? m_typed : addresses.at(m_recalled));
 }
 
 void HexJumpPanel::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape)
         m_edit->setFocus();
+    else if (m_address->hasFocus() && event->key() == Qt::Key_Up)
+        recall(1);
+    else if (m_address->hasFocus() && event->key() == Qt::Key_Down)
+        recall(-1);
     else
         FormGroup::keyPressEvent(event);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Goes to an address that the user types.
+// Goes to an address that the user types, or to one of the last ones.
 
 #include "formpanel.h"
 
@@ -19,14 +19,19 @@ public:
     HexCommand *goTo() const { return m_goTo; } // moves the focus to the address
 
 protected:
-    void keyPressEvent(QKeyEvent *event) override; // Esc leads back to the bytes
+    void keyPressEvent(QKeyEvent *event) override; // Esc leads back to the bytes, Up and Down
+                                                   // through the last addresses
 
 private:
     void begin();
     void jump();
+    void remember(const QString &address);
+    void recall(int steps);
 
     QHexEdit *m_edit;
     QLineEdit *m_address;
     QComboBox *m_base;
     HexCommand *m_goTo;
+    int m_recalled = -1; // index of the last addresses; what is being typed comes before them
+    QString m_typed;
 };

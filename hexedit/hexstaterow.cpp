@@ -28,12 +28,18 @@ protected:
     }
 };
 
+QString hexadecimal(qint64 address)
+{
+    return QStringLiteral("0x") + QString::number(address, 16).toUpper();
+}
+
 } // namespace
 
 HexStateRow::HexStateRow(QHexEdit *edit, QWidget *parent)
     : QWidget(parent)
     , m_edit(edit)
     , m_file(new NameLabel(this))
+    , m_address(new QLabel(this))
     , m_selection(new QLabel(this))
     , m_progress(new QProgressBar(this))
     , m_stop(new QPushButton(QStringLiteral("停止"), this))
@@ -41,6 +47,8 @@ HexStateRow::HexStateRow(QHexEdit *edit, QWidget *parent)
 {
     m_file->setObjectName(QStringLiteral("labelFile"));
     m_file->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_address->setObjectName(QStringLiteral("labelHexAddress"));
+    m_address->setToolTip(QStringLiteral("当前地址（十六进制）"));
     m_selection->setObjectName(QStringLiteral("labelSelection"));
     m_selection->setTextFormat(Qt::PlainText);
     m_selection->setMinimumWidth(1); // a long text must not widen the window
@@ -55,7 +63,8 @@ HexStateRow::HexStateRow(QHexEdit *edit, QWidget *parent)
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(8);
     row->addWidget(m_file, 1);
-    for (QWidget *widget : std::initializer_list<QWidget *>{m_selection, m_progress, m_stop, m_mode})
+    for (QWidget *widget :
+         std::initializer_list<QWidget *>{m_address, m_selection, m_progress, m_stop, m_mode})
         row->addWidget(widget);
     m_progress->hide();
     m_stop->hide();
@@ -80,11 +89,11 @@ void HexStateRow::showFile(const QString &fileName, bool isModified)
 void HexStateRow::showState()
 {
     const qint64 selected = m_edit->selectionLength();
-    m_selection->setText(
-        selected > 0 ? QStringLiteral("选中：0x%1起%2字节")
-                           .arg(QString::number(m_edit->shownAddress(m_edit->selectionBegin()), 16).toUpper())
-                           .arg(selected)
-                     : QString());
+    m_selection->setText(selected > 0 ? QStringLiteral("选中：%1起%2字节")
+                                            .arg(hexadecimal(m_edit->shownAddress(m_edit->selectionBegin())))
+                                            .arg(selected)
+                                      : QString());
+    m_address->setText(hexadecimal(m_edit->shownAddress(m_edit->address())));
     m_mode->setText(m_edit->isOverwrite() ? QStringLiteral("改写") : QStringLiteral("插入"));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The row below the bytes: the file's name, the selection, the progress of long
+// The row below the bytes: the file's name, the caret's address, the selection, the progress of long
 // work with its stop button, the mode. Owns its widgets; shows what it is given.
 
 #include <QWidget>
@@ -26,6 +26,7 @@ private:
 
     QHexEdit *m_edit;
     QLabel *m_file;
+    QLabel *m_address;
     QLabel *m_selection;
     QProgressBar *m_progress;
     QPushButton *m_stop;

@@ -57,6 +57,7 @@ void QHexEdit::setDocument(HexDocument document, qint64 address)
     if (size() > kLargeDocument)
         discardBeside(std::move(this->document()));
     m_content.setDocument(std::move(document), address);
+    m_hasToldGrowth = false;
     m_view.resetRows();
     m_drag->end();
     updateLayout();
@@ -315,8 +316,10 @@ void QHexEdit::paste()
         m_content.select(anchor, caret); // the caret may have been moved meanwhile
         if (refuseBeyondRun(bytes.size()))
             return;
+        const qint64 before = size();
         m_content.putBytes(bytes, HexDocument::Step::Alone);
         showEdit();
+        tellGrowth(before);
     });
 }
 
@@ -356,8 +359,20 @@ void QHexEdit::erase(bool forwards)
 
 void QHexEdit::typeText(const QString &text)
 {
-    if (!refuseEdit() && !refuseBeyondRun(m_content.typedLength(text)) && m_content.typeText(text))
-        showEdit();
+    const qint64 before = size();
+    if (refuseEdit() || refuseBeyondRun(m_content.typedLength(text)) || !m_content.typeText(text))
+        return;
+    showEdit();
+    tellGrowth(before);
+}
+
+// Who overwrites bytes may not expect it; once is enough.
+void QHexEdit::tellGrowth(qint64 before)
+{
+    if (m_hasToldGrowth || !isOverwrite() || size() <= before)
+        return;
+    m_hasToldGrowth = true;
+    QtMessageTip::showTip(QStringLiteral("已超出文件末尾，新字节追加在末尾，文件变长"), 3000);
 }
 
 // Tab leads through the two columns before it leads to the next widget.

@@ -131,6 +131,7 @@ private:
     bool refuseShift() const; // of the bytes behind, where they are overwritten
     bool refuseBeyondRun(qint64 count) const;
 
+    void tellGrowth(qint64 before);
     void showEdit();
     void showState(); // notifies of what has changed since the last time
     void showSize();
@@ -146,6 +147,7 @@ private:
     QString m_placeholder;
     bool m_readOnly = false;
     QString m_readOnlyReason;
+    bool m_hasToldGrowth = false; // of this document
     bool m_caretOn = true;
     int m_zoom = 0;
     qint64 m_shownAddress = 0;
