@@ -160,6 +160,9 @@ void HexEditWidget::buildCommands()
     const auto keyOf = [this](int id) {
         return QList<QKeySequence>{m_tools->tools()->button(id)->shortcut()};
     };
+    m_newCommand =
+        add(QStringLiteral("新建文件（Ctrl+N）"), {int(Qt::CTRL) + Qt::Key_N}, &HexFileSession::makeNew);
+    m_recent->setFirst(m_newCommand);
     m_openCommand = add(QStringLiteral("打开文件"), keyOf(OpenFile), &HexFileSession::chooseFile);
     m_commands[OpenFile] = m_openCommand;
     m_commands[SaveFile] = add(QStringLiteral("保存文件"), keyOf(SaveFile), &HexFileSession::save);
@@ -278,6 +281,9 @@ void HexEditWidget::addSaveMenu(QMenu *menu)
 void HexEditWidget::connectNotes()
 {
     m_file->setPreparation([this](const std::function<void(bool)> &next) { m_rules->renew(next); });
+    const auto showReadOnly = [this] { m_state->showReadOnly(HexSaver::readOnlyReason(fileName())); };
+    connect(m_file, &HexFileSession::opened, this, showReadOnly);
+    connect(m_file, &HexFileSession::renamed, this, showReadOnly);
     connect(m_file, &HexFileSession::opened, this, [this] {
         m_keeper->open(fileName());
         m_rules->check();
@@ -312,9 +318,10 @@ void HexEditWidget::connectParts()
             &HexEditWidget::sltToolBtnsClicked);
     m_openCommand->enableWith(m_recent);
     m_saveAsCommand->bind(m_saveAsButton);
-    for (HexCommand *command : {m_saveAsCommand, m_find->findCommand(), m_jump->goTo(), m_find->nextCommand(),
-                                m_find->previousCommand(), m_find->listCommand(), m_compare->nextCommand(),
-                                m_compare->previousCommand(), m_bookmarks->addCommand()})
+    for (HexCommand *command :
+         {m_newCommand, m_saveAsCommand, m_find->findCommand(), m_jump->goTo(), m_find->nextCommand(),
+          m_find->previousCommand(), m_find->listCommand(), m_compare->nextCommand(),
+          m_compare->previousCommand(), m_bookmarks->addCommand()})
         command->listenIn(this);
     setPageKeys(nullptr, m_tools->fold());
     connect(m_tools->fold(), &QPushButton::clicked, this, [this] {
@@ -355,10 +362,10 @@ void HexEditWidget::setAddress(qint64 address)
 
 void HexEditWidget::showState()
 {
-    m_state->showFile(fileName(), m_edit->isModified());
+    m_state->showFile(m_file->title(), fileName(), m_edit->isModified());
     const QString busy = m_edit->busyReason();
-    const QString noFile = busy.isEmpty() && !m_file->file().isOpen() ? QStringLiteral("请先打开文件") : busy;
-    for (HexCommand *command : {m_openCommand, m_reloadCommand})
+    const QString noFile = busy.isEmpty() && !m_file->isOpen() ? QStringLiteral("请先打开文件") : busy;
+    for (HexCommand *command : {m_newCommand, m_openCommand, m_reloadCommand})
         command->setRefusal(busy);
     for (HexCommand *command : {m_commands[SaveFile], m_saveAsCommand, m_commands[CloseFile]})
         command->setRefusal(noFile);

@@ -104,6 +104,7 @@ private:
     HexImageBar *m_imageBar = nullptr;
 
     HexCommand *m_commands[5] = {}; // of the tool buttons, by their ids
+    HexCommand *m_newCommand = nullptr;
     HexCommand *m_openCommand = nullptr;
     HexCommand *m_reloadCommand = nullptr;
     HexCommand *m_saveAsCommand = nullptr;

@@ -58,7 +58,38 @@ bool HexFileSession::refuseWhileBusy() const
     return !busy.isEmpty();
 }
 
+QString HexFileSession::title() const
+{
+    if (m_file->isOpen())
+        return QFileInfo(m_file->name()).fileName();
+    return m_isNew ? QStringLiteral("未命名") : QString();
+}
+
 // ---- opening
+
+// Typing must add bytes: there are none to overwrite.
+void HexFileSession::makeNew()
+{
+    withoutEdits([this] {
+        if (refuseWhileBusy())
+            return;
+        m_file->close();
+        m_isNew = true;
+        showDocument({});
+        restoreMode();
+        m_overwriteBefore = m_edit->isOverwrite();
+        m_edit->setOverwrite(false);
+        m_edit->setFocus();
+        emit opened();
+    });
+}
+
+// Other files are edited as before.
+void HexFileSession::restoreMode()
+{
+    if (const auto overwrite = std::exchange(m_overwriteBefore, std::nullopt))
+        m_edit->setOverwrite(*overwrite);
+}
 
 void HexFileSession::chooseFile()
 {
@@ -133,7 +164,7 @@ void HexFileSession::showDocument(Shown shown)
     m_edit->setDocument(std::move(shown.document), shown.offset);
     m_edit->setAddresses(std::move(shown.addresses));
     showImage();
-    m_edit->setReadOnly(!m_file->isOpen(), QStringLiteral("请先打开文件"));
+    m_edit->setReadOnly(!isOpen(), QStringLiteral("请先打开文件"));
 }
 
 void HexFileSession::showImage()
@@ -146,6 +177,8 @@ void HexFileSession::endOpening(const Opening &opening, const HexFile::Result &r
     auto before = std::exchange(m_before, std::nullopt);
     if (result.done) {
         m_recent->remember(m_file->name());
+        m_isNew = false;
+        restoreMode();
         m_as = opening.as;
         m_acceptsLoss = false;
         m_edit->setAddresses(m_file->image().form == HexForm::Bytes ? HexAddressMap(opening.firstAddress)
@@ -203,29 +236,43 @@ void HexFileSession::keepOurs()
 
 // ---- saving
 
-void HexFileSession::saveAs()
+std::optional<HexFileSession::Target> HexFileSession::chosenTarget()
 {
     const QString filters = HexSaveForm::filters(m_file->image());
     QString filter = filters.section(QStringLiteral(";;"), 0, 0);
     const QString name =
         QtFileDialog::getSaveFileName(m_page, QStringLiteral("另存为"), m_file->name(), filters, &filter);
     if (name.isEmpty() || refuseWhileBusy())
-        return;
+        return std::nullopt;
     const auto image = chosenImage(name, filter);
     if (!image || refuseWhileBusy())
+        return std::nullopt;
+    return Target{name, *image};
+}
+
+void HexFileSession::saveAsAnd(const std::function<void()> &next)
+{
+    const auto target = chosenTarget();
+    if (!target)
         return;
-    if (m_file->isSame(name) && image->form == m_file->image().form) {
-        save();
-        return;
-    }
-    prepareAnd([this, name, image] {
+    if (m_file->isOpen() && m_file->isSame(target->fileName) && target->image.form == m_file->image().form)
+        saveAnd(next);
+    else
+        saveTo(*target, next);
+}
+
+void HexFileSession::saveTo(const Target &target, const std::function<void()> &next)
+{
+    prepareAnd([this, target, next] {
         QApplication::setOverrideCursor(Qt::WaitCursor);
-        m_file->saveAs(name, HexSaveForm::output(m_edit->document(), runs(), *image),
-                       *image, // the dialog has asked before it overwrites
-                       [this, name](const HexFile::Result &result) {
+        m_file->saveAs(target.fileName, HexSaveForm::output(m_edit->document(), runs(), target.image),
+                       target.image, // the dialog has asked before it overwrites
+                       [this, name = target.fileName, next](const HexFile::Result &result) {
                            endSaving(name, result);
                            if (result.inPlace)
                                emit renamed();
+                           if (result.done && next)
+                               next();
                        });
     });
 }
@@ -283,6 +330,10 @@ std::optional<HexImage> HexFileSession::chosenImage(const QString &fileName, con
 // Calls next() once the bytes are on the disk.
 void HexFileSession::saveAnd(const std::function<void()> &next)
 {
+    if (!m_file->isOpen()) {
+        saveAsAnd(next);
+        return;
+    }
     if (refuseWhileBusy() || refuseForm(m_file->image()) || !mayOverwrite() || refuseWhileBusy())
         return;
     prepareAnd([this, next] {
@@ -332,6 +383,7 @@ void HexFileSession::endSaving(const QString &fileName, const HexFile::Result &r
 {
     QApplication::restoreOverrideCursor();
     if (result.inPlace) {
+        m_isNew = false;
         m_changeBar->hide();
         showSavedForm();
         m_edit->setSaved();
@@ -363,16 +415,17 @@ void HexFileSession::close()
         if (refuseWhileBusy())
             return;
         m_file->close();
+        m_isNew = false;
         showDocument({});
+        restoreMode();
         emit opened();
     });
 }
 
 QtMessageBox::SaveAnswer HexFileSession::askAboutEdits()
 {
-    return QtMessageBox::saveQuestion(
-        m_page, QString(),
-        QStringLiteral("文件有未保存的修改，是否保存？\n%1").arg(QFileInfo(m_file->name()).fileName()));
+    return QtMessageBox::saveQuestion(m_page, QString(),
+                                      QStringLiteral("文件有未保存的修改，是否保存？\n%1").arg(title()));
 }
 
 // Calls next() once the edits are saved or discarded.
@@ -395,7 +448,17 @@ bool HexFileSession::mayClose()
     const QtMessageBox::SaveAnswer answer = askAboutEdits();
     if (answer != QtMessageBox::Cancel)
         m_exit = answer == QtMessageBox::Save ? Exit::Save : Exit::Discard;
-    return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && mayOverwrite());
+    return answer == QtMessageBox::Discard || (answer == QtMessageBox::Save && maySaveAtExit());
+}
+
+// A new file needs its name while there can still be a question.
+bool HexFileSession::maySaveAtExit()
+{
+    if (m_file->isOpen())
+        return mayOverwrite();
+    m_edit->task()->stop();
+    m_exitTarget = chosenTarget();
+    return m_exitTarget.has_value();
 }
 
 void HexFileSession::beginClosing()
@@ -408,7 +471,11 @@ void HexFileSession::beginExitSave()
 {
     m_exit = Exit::SaveBegan;
     m_edit->task()->stop();
-    save();
+    const auto target = std::exchange(m_exitTarget, std::nullopt);
+    if (!m_file->isOpen() && target)
+        saveTo(*target, {});
+    else
+        save();
 }
 
 // At a log-off nothing was begun, and there is no time for the event loop.
@@ -416,7 +483,7 @@ bool HexFileSession::saveBeforeExit()
 {
     if (m_edit->isModified() && m_exit == Exit::Undecided) { // edited after the question
         const QtMessageBox::SaveAnswer answer = askAboutEdits();
-        if (answer == QtMessageBox::Cancel)
+        if (answer == QtMessageBox::Cancel || (answer == QtMessageBox::Save && !maySaveAtExit()))
             return false;
         m_exit = answer == QtMessageBox::Save ? Exit::Save : Exit::Discard;
     }

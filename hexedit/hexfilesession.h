@@ -1,6 +1,6 @@
 #pragma once
 
-// What the user does with the file in the editor: open, save, reload, close, and
+// What the user does with the file in the editor: make, open, save, reload, close, and
 // end the program. Asks where bytes would be lost, fills the editor, and tells
 // how each ended. Owns the file; knows neither how it is read and saved nor how
 // bytes are edited.
@@ -34,6 +34,9 @@ public:
     ~HexFileSession() override;
 
     const HexFile &file() const { return *m_file; }
+    // Bytes can be edited: of a file, or of a new one that has no name until it is saved.
+    bool isOpen() const { return m_file->isOpen() || m_isNew; }
+    QString title() const; // the file's name without its folder; empty where none is open
     // What has to be done to the bytes before they are saved; calls what it is given at the
     // end, with false where nothing may be saved.
     using Preparation = std::function<void(const std::function<void(bool)> &)>;
@@ -41,13 +44,14 @@ public:
     bool isSaving() const { return m_isPreparing || m_file->isSaving(); }
     void checkOutside() { m_file->checkOutside(); }
 
+    void makeNew();
     void chooseFile();
     // Asks where edits would be lost, and whether bytes that a failed save left
     // beside the file are meant, then shows the file, a large one while it is
     // being read. Where that fails, the file that was open is open again.
     void open(const QString &fileName);
     void save() { saveAnd({}); }
-    void saveAs();
+    void saveAs() { saveAsAnd({}); }
     void reload();
     void close();
 
@@ -78,6 +82,13 @@ private:
         qint64 address = 0;      // to go to
     };
 
+    // Where and in which form the bytes are saved.
+    struct Target
+    {
+        QString fileName;
+        HexImage image;
+    };
+
     // What becomes of the edits when the program ends.
     enum class Exit { Undecided, Discard, Save, SaveBegan };
 
@@ -93,6 +104,11 @@ private:
     void showOutsideChange();
 
     void saveAnd(const std::function<void()> &next);
+    void saveAsAnd(const std::function<void()> &next);
+    std::optional<Target> chosenTarget();
+    void saveTo(const Target &target, const std::function<void()> &next);
+    void restoreMode();
+    bool maySaveAtExit();
     void prepareAnd(const std::function<void()> &save);
     void endSaving(const QString &fileName, const HexFile::Result &result);
     void showSavedForm();
@@ -112,6 +128,9 @@ private:
     HexFile *m_file;
     std::optional<Shown> m_before;           // while a file is being opened
     HexFile::As m_as = HexFile::As::Content; // how the file was opened
+    bool m_isNew = false;                    // until it is saved; while a file is being opened as well
+    std::optional<bool> m_overwriteBefore;   // the mode to return to when another file replaces it
+    std::optional<Target> m_exitTarget;      // of a new file
     bool m_acceptsLoss = false;              // of what is wrong with the file's text
     Exit m_exit = Exit::Undecided;
     Preparation m_prepare;

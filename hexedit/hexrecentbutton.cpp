@@ -42,12 +42,17 @@ bool HexRecentButton::forgetIfGone(const QString &fileName)
 void HexRecentButton::fillMenu()
 {
     menu()->clear();
-    for (const QString &name : Settings::instance().recentFiles.value()) {
+    if (m_first) {
+        menu()->addAction(m_first);
+        menu()->addSeparator();
+    }
+    const QStringList names = Settings::instance().recentFiles;
+    for (const QString &name : names) {
         QAction *action =
             menu()->addAction(QFileInfo(name).fileName().replace(QLatin1Char('&'), QStringLiteral("&&")));
         action->setToolTip(QDir::toNativeSeparators(name));
         connect(action, &QAction::triggered, this, [this, name] { emit chosen(name); });
     }
-    if (menu()->isEmpty())
+    if (names.isEmpty())
         menu()->addAction(QStringLiteral("（没有最近打开的文件）"))->setEnabled(false);
 }

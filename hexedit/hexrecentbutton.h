@@ -1,7 +1,7 @@
 #pragma once
 
-// "最近打开" with its menu. Shows and updates the list of recently opened files,
-// which the settings own.
+// "最近打开" with its menu, in which other ways to begin stand first. Shows and updates the list of recently
+// opened files, which the settings own.
 
 #include <QPushButton>
 
@@ -12,6 +12,8 @@ class HexRecentButton : public QPushButton
 public:
     explicit HexRecentButton(QWidget *parent = nullptr);
 
+    void setFirst(QAction *action) { m_first = action; } // of the menu
+
     void remember(const QString &fileName);
     bool forgetIfGone(const QString &fileName); // true when it was in the list
 
@@ -20,4 +22,6 @@ signals:
 
 private:
     void fillMenu();
+
+    QAction *m_first = nullptr;
 };

@@ -3,7 +3,6 @@
 #include "qhexedit.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -39,6 +38,7 @@ HexStateRow::HexStateRow(QHexEdit *edit, QWidget *parent)
     : QWidget(parent)
     , m_edit(edit)
     , m_file(new NameLabel(this))
+    , m_readOnly(new QLabel(QStringLiteral("只读"), this))
     , m_address(new QLabel(this))
     , m_selection(new QLabel(this))
     , m_progress(new QProgressBar(this))
@@ -47,6 +47,8 @@ HexStateRow::HexStateRow(QHexEdit *edit, QWidget *parent)
 {
     m_file->setObjectName(QStringLiteral("labelFile"));
     m_file->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_readOnly->setObjectName(QStringLiteral("labelReadOnly"));
+    m_readOnly->hide();
     m_address->setObjectName(QStringLiteral("labelHexAddress"));
     m_address->setToolTip(QStringLiteral("当前地址（十六进制）"));
     m_selection->setObjectName(QStringLiteral("labelSelection"));
@@ -64,7 +66,7 @@ HexStateRow::HexStateRow(QHexEdit *edit, QWidget *parent)
     row->setSpacing(8);
     row->addWidget(m_file, 1);
     for (QWidget *widget :
-         std::initializer_list<QWidget *>{m_address, m_selection, m_progress, m_stop, m_mode})
+         std::initializer_list<QWidget *>{m_readOnly, m_address, m_selection, m_progress, m_stop, m_mode})
         row->addWidget(widget);
     m_progress->hide();
     m_stop->hide();
@@ -79,11 +81,17 @@ HexStateRow::HexStateRow(QHexEdit *edit, QWidget *parent)
     showState();
 }
 
-void HexStateRow::showFile(const QString &fileName, bool isModified)
+void HexStateRow::showFile(const QString &name, const QString &path, bool isModified)
 {
-    const QString name = fileName.isEmpty() ? QStringLiteral("未打开文件") : QFileInfo(fileName).fileName();
-    m_file->setText(isModified ? name + QStringLiteral(" *（未保存）") : name);
-    m_file->setToolTip(QDir::toNativeSeparators(fileName));
+    const QString shown = name.isEmpty() ? QStringLiteral("未打开文件") : name;
+    m_file->setText(isModified ? shown + QStringLiteral(" *（未保存）") : shown);
+    m_file->setToolTip(QDir::toNativeSeparators(path));
+}
+
+void HexStateRow::showReadOnly(const QString &reason)
+{
+    m_readOnly->setVisible(!reason.isEmpty());
+    m_readOnly->setToolTip(reason + QStringLiteral("，修改后请另存为其他文件"));
 }
 
 void HexStateRow::showState()

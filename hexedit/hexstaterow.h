@@ -1,7 +1,7 @@
 #pragma once
 
-// The row below the bytes: the file's name, the caret's address, the selection, the progress of long
-// work with its stop button, the mode. Owns its widgets; shows what it is given.
+// The row below the bytes: the file's name, whether it is read-only, the caret's address, the selection, the
+// progress of long work with its stop button, the mode. Owns its widgets; shows what it is given.
 
 #include <QWidget>
 
@@ -17,7 +17,10 @@ class HexStateRow : public QWidget
 public:
     explicit HexStateRow(QHexEdit *edit, QWidget *parent);
 
-    void showFile(const QString &fileName, bool isModified); // no file where it is empty
+    // The name is shown, the path is its tool tip. No file where the name is empty.
+    void showFile(const QString &name, const QString &path, bool isModified);
+    // Why the file can't be saved under its name; empty where it can.
+    void showReadOnly(const QString &reason);
 
 private:
     void showState();
@@ -26,6 +29,7 @@ private:
 
     QHexEdit *m_edit;
     QLabel *m_file;
+    QLabel *m_readOnly;
     QLabel *m_address;
     QLabel *m_selection;
     QProgressBar *m_progress;

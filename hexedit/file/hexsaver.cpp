@@ -110,6 +110,21 @@ QString HexSaver::targetOf(const QString &fileName)
     return canonical.isEmpty() ? target : canonical;
 }
 
+// See takesFiles(): opening a file must not write, and only POSIX's attributes count.
+QString HexSaver::readOnlyReason(const QString &fileName)
+{
+    const QFileInfo file(targetOf(fileName));
+    if (fileName.isEmpty() || !file.exists())
+        return QString();
+    if (!file.isWritable())
+        return QStringLiteral("文件为只读");
+#ifdef Q_OS_UNIX
+    if (!QFileInfo(file.absolutePath()).isWritable())
+        return QStringLiteral("文件夹不可写入");
+#endif
+    return QString();
+}
+
 QString HexSaver::temporaryOf(const QString &fileName)
 {
     return fileName + QStringLiteral(".~tmp");

@@ -51,6 +51,9 @@ public:
     void stop(); // the old file stays
 
     // Behind all links; the name itself where there is no such file yet.
+    // Why nothing can be saved there, as far as it shows without trying; for the
+    // user. Empty where it may be possible, or without a name.
+    static QString readOnlyReason(const QString &fileName);
     static QString targetOf(const QString &fileName);
 
     // The given name's temporary file.
