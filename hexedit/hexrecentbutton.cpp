@@ -43,7 +43,9 @@ void HexRecentButton::fillMenu()
 {
     menu()->clear();
     if (m_first) {
-        menu()->addAction(m_first);
+        // An action of its own: with its key in the menu as well, the key would be ambiguous.
+        QAction *const first = menu()->addAction(m_first->text());
+        connect(first, &QAction::triggered, m_first, &QAction::trigger);
         menu()->addSeparator();
     }
     const QStringList names = Settings::instance().recentFiles;
