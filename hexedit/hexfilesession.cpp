@@ -442,6 +442,7 @@ void HexFileSession::withoutEdits(const std::function<void()> &next)
 bool HexFileSession::mayClose()
 {
     m_exit = isSaving() ? Exit::SaveBegan : Exit::Undecided;
+    m_exitTarget.reset();
     if (m_exit == Exit::SaveBegan || !m_edit->isModified())
         return true;
     m_edit->task()->stop(); // saving needs bytes that keep still

@@ -104,7 +104,7 @@ void HexDocument::addToBatch(Batch &batch, qint64 address, qint64 length, const 
         batch.m_begin = batch.m_end = address;
     }
     const qint64 between = address - batch.m_end;
-    const bool near = between < kNear && !batch.m_pieces.empty();
+    const bool near = between > 0 && between < kNear && !batch.m_pieces.empty();
     const Pieces kept =
         near ? keepCopy(batch.m_end, static_cast<int>(between)) : m_table.copy(batch.m_end, between);
     for (const Piece &piece : kept)
