@@ -5,6 +5,7 @@
 #include "qtmessagetip.h"
 #include "settings.h"
 
+#include <QScrollBar>
 #include <memory>
 #include <new>
 
@@ -120,10 +121,13 @@ void HexOperations::end(Job &job, bool done)
                               kTipMs);
         return;
     }
+    const int row = m_edit->verticalScrollBar()->value();
     m_edit->document().applyBatch(job.batch);
     m_edit->contentEdited(job.begin + job.length);
-    if (!job.inserts)
+    if (!job.inserts) { // what is on display stays there
         m_edit->select(job.begin, job.length);
+        m_edit->verticalScrollBar()->setValue(row);
+    }
     if (job.transform.unchanged() > 0)
         QtMessageTip::showTip(
             QStringLiteral("末尾%1字节不足一个单元，保持不变").arg(job.transform.unchanged()), kTipMs);
