@@ -337,6 +337,10 @@ void HexFileSession::saveAnd(const std::function<void()> &next)
     if (refuseWhileBusy() || refuseForm(m_file->image()) || !mayOverwrite() || refuseWhileBusy())
         return;
     prepareAnd([this, next] {
+        if (!mayOverwrite()) { // another program has changed it meanwhile
+            emit savingEnded();
+            return;
+        }
         QApplication::setOverrideCursor(Qt::WaitCursor);
         m_file->save(HexSaveForm::output(m_edit->document(), runs(), m_file->image()),
                      [this, next](const HexFile::Result &result) {

@@ -341,78 +341,121 @@ void HexRulesPanel::showState()
     m_write->setRefusal(m_value.isEmpty() ? QStringLiteral("请先计算") : m_edit->editRefusal());
     m_keep->setRefusal(noFile);
     m_check->setRefusal(noRule);
-    m_remove->setRefusal(m_table->currentRow() < 0 || m_table->currentRow() >= rules.size()
-                             ? QStringLiteral("请先选中规则")
-                             : QString());
+    const bool isRule = m_table->currentRow() >= 0 && m_table->currentRow() < rules.size();
+    m_remove->setRefusal(isRule ? busy : QStringLiteral("请先选中规则"));
 }
 
-// One after the other, as one piece of work. Impossible rules have no value.
-void HexRulesPanel::runRules(const QVector<int> &rules, const QString &name,
+// Each rule after those whose checksums are among its bytes. Impossible are rules that need
+// each other, and those that would write where another one does.
+QVector<HexRulesPanel::Run> HexRulesPanel::inOrder(const QVector<Run> &runs)
+{
+    const auto writesInto = [](const HexRule::Places &from, qint64 begin, qint64 end) {
+        return from.at < end && from.at + from.bytes > begin;
+    };
+    const auto needs = [&runs, writesInto](int rule, int other) {
+        return writesInto(runs.at(other).places, runs.at(rule).places.begin, runs.at(rule).places.end);
+    };
+    QVector<int> needed(runs.size(), 0);
+    QVector<int> order;
+    for (int rule = 0; rule < runs.size(); ++rule) {
+        for (int other = 0; other < runs.size(); ++other)
+            needed[rule] += needs(rule, other) ? 1 : 0;
+        if (needed.at(rule) == 0)
+            order.append(rule);
+    }
+    QVector<Run> sorted;
+    for (int i = 0; i < order.size(); ++i) { // grows
+        Run run = runs.at(order.at(i));
+        const bool isTaken = std::any_of(sorted.cbegin(), sorted.cend(), [&](const Run &other) {
+            return writesInto(other.places, run.places.at, run.places.at + run.places.bytes);
+        });
+        if (isTaken)
+            run.places = {};
+        sorted.append(run);
+        for (int rule = 0; rule < runs.size(); ++rule)
+            if (needs(rule, order.at(i)) && --needed[rule] == 0)
+                order.append(rule);
+    }
+    for (int rule = 0; rule < runs.size(); ++rule) {
+        if (needed.at(rule) > 0) {
+            sorted.append(runs.at(rule));
+            sorted.last().places = {};
+        }
+    }
+    return sorted;
+}
+
+// One after the other, as one piece of work. Impossible rules have no value. To be renewed,
+// a rule is computed over the new values of those before it.
+void HexRulesPanel::runRules(const QVector<int> &rows, Purpose purpose,
                              const std::function<void(bool, const QVector<Run> &)> &ended)
 {
     struct Work
     {
         QVector<Run> runs;
         int at = 0;
+        std::optional<HexDocument> renewed;
         std::unique_ptr<HexDigestJob> job;
     };
     const auto work = std::make_shared<Work>();
-    for (const int rule : rules) {
-        Run run;
-        run.rule = rule;
-        if (const auto places = m_keeper->notes().rules.at(rule).places(m_edit->addresses(), m_edit->size()))
-            run.places = *places;
+    for (const int row : rows) {
+        Run run{row, m_keeper->notes().rules.at(row), {}, {}};
+        run.places = run.rule.places(m_edit->addresses(), m_edit->size()).value_or(HexRule::Places());
         work->runs.append(run);
     }
-    m_edit->task()->start({name,
-                           [this, work] {
-                               if (work->at >= work->runs.size())
-                                   return SlicedTask::Step::Done;
-                               Run &run = work->runs[work->at];
-                               if (run.places.bytes == 0) {
-                                   ++work->at;
-                                   return SlicedTask::Step::Running;
-                               }
-                               if (!work->job) {
-                                   const HexRule &rule = m_keeper->notes().rules.at(run.rule);
-                                   work->job = std::make_unique<HexDigestJob>(
-                                       m_edit->document(), *HexDigest::make(rule.digest, rule.crc),
-                                       run.places.begin, run.places.end);
-                               }
-                               if (!work->job->step()) {
-                                   run.value = work->job->value();
-                                   work->job.reset();
-                                   ++work->at;
-                               }
-                               return SlicedTask::Step::Running;
-                           },
-                           [work] { return work->at * 1000 / qMax(1, work->runs.size()); },
-                           [work, ended](bool done) { ended(done, work->runs); },
-                           {},
-                           8});
+    if (purpose == Purpose::Renew)
+        work->runs = inOrder(work->runs);
+    if (purpose == Purpose::Renew && work->runs.size() > 1)
+        work->renewed = m_edit->document();
+    m_edit->task()->start(
+        {purpose == Purpose::Renew ? QStringLiteral("正在更新校验") : QStringLiteral("正在检查校验"),
+         [this, work] {
+             if (work->at >= work->runs.size())
+                 return SlicedTask::Step::Done;
+             Run &run = work->runs[work->at];
+             if (run.places.bytes == 0) {
+                 ++work->at;
+                 return SlicedTask::Step::Running;
+             }
+             if (!work->job)
+                 work->job = std::make_unique<HexDigestJob>(
+                     work->renewed ? *work->renewed : m_edit->document(),
+                     *HexDigest::make(run.rule.digest, run.rule.crc), run.places.begin, run.places.end);
+             if (!work->job->step()) {
+                 run.value = work->job->value();
+                 work->job.reset();
+                 ++work->at;
+                 if (work->renewed)
+                     work->renewed->replace(run.places.at, run.places.bytes, run.rule.ordered(run.value));
+             }
+             return SlicedTask::Step::Running;
+         },
+         [work] { return work->at * 1000 / qMax(1, work->runs.size()); },
+         [work, ended](bool done) { ended(done, work->runs); },
+         {},
+         8});
 }
 
 void HexRulesPanel::check()
 {
     if (m_keeper->notes().rules.isEmpty() || !m_edit->busyReason().isEmpty())
         return;
-    QVector<int> rules;
+    QVector<int> rows;
     for (int i = 0; i < m_keeper->notes().rules.size(); ++i)
-        rules.append(i);
-    runRules(rules, QStringLiteral("正在检查校验"), [this](bool done, const QVector<Run> &runs) {
+        rows.append(i);
+    runRules(rows, Purpose::Check, [this](bool done, const QVector<Run> &runs) {
         int wrong = 0;
         for (const Run &run : runs) {
-            if (run.rule >= m_keeper->notes().rules.size() || !done)
+            if (!done)
                 continue;
-            const HexRule &rule = m_keeper->notes().rules.at(run.rule);
             const QByteArray there = m_edit->document().read(run.places.at, run.places.bytes);
-            const bool isRight = !run.value.isEmpty() && there == rule.ordered(run.value);
+            const QByteArray right = run.rule.ordered(run.value);
+            const bool isRight = !run.value.isEmpty() && there == right;
             wrong += isRight ? 0 : 1;
-            showOutcome(run.rule,
+            showOutcome(run.row,
                         run.value.isEmpty() ? QStringLiteral("无法计算：范围无效")
-                        : isRight
-                            ? QStringLiteral("一致")
-                            : QStringLiteral("不同，应为%1").arg(HexParse::text(rule.ordered(run.value))),
+                        : isRight           ? QStringLiteral("一致")
+                                            : QStringLiteral("不同，应为%1").arg(HexParse::text(right)),
                         !isRight);
         }
         if (done)
@@ -422,13 +465,13 @@ void HexRulesPanel::check()
 
 void HexRulesPanel::renew(const std::function<void(bool)> &next)
 {
-    QVector<int> rules;
+    QVector<int> rows;
     for (int i = 0; i < m_keeper->notes().rules.size(); ++i)
         if (m_keeper->notes().rules.at(i).renews)
-            rules.append(i);
-    if (rules.isEmpty() || !m_edit->editRefusal().isEmpty())
+            rows.append(i);
+    if (rows.isEmpty() || !m_edit->editRefusal().isEmpty())
         return next(true);
-    runRules(rules, QStringLiteral("正在更新校验"), [this, next](bool done, const QVector<Run> &runs) {
+    runRules(rows, Purpose::Renew, [this, next](bool done, const QVector<Run> &runs) {
         if (!done)
             return next(false);
         HexDocument::Batch batch;
@@ -436,16 +479,12 @@ void HexRulesPanel::renew(const std::function<void(bool)> &next)
         QVector<Run> sorted = runs;
         std::sort(sorted.begin(), sorted.end(),
                   [](const Run &left, const Run &right) { return left.places.at < right.places.at; });
-        qint64 end = 0;
         for (const Run &run : qAsConst(sorted)) {
-            const bool isPossible = !run.value.isEmpty() && run.rule < m_keeper->notes().rules.size();
-            const QByteArray bytes =
-                isPossible ? m_keeper->notes().rules.at(run.rule).ordered(run.value) : QByteArray();
-            if (!isPossible || run.places.at < end) { // or it overlaps another one
+            const QByteArray bytes = run.rule.ordered(run.value);
+            if (run.value.isEmpty()) {
                 ++impossible;
             } else if (m_edit->document().read(run.places.at, bytes.size()) != bytes) {
                 m_edit->document().addToBatch(batch, run.places.at, bytes.size(), bytes);
-                end = run.places.at + bytes.size();
                 ++renewed;
             }
         }
@@ -456,7 +495,8 @@ void HexRulesPanel::renew(const std::function<void(bool)> &next)
             emit notify(Notice::information(QStringLiteral("保存前更新了%1处校验").arg(renewed)));
         }
         if (impossible > 0)
-            emit notify(Notice::error(QStringLiteral("%1条校验规则的范围无效，没有更新").arg(impossible)));
+            emit notify(
+                Notice::error(QStringLiteral("%1条校验规则的范围无效或互相冲突，没有更新").arg(impossible)));
         next(true);
     });
 }

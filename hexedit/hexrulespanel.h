@@ -40,13 +40,15 @@ signals:
     void checked(int wrong);
 
 private:
-    // A rule on its way, or nothing but a range.
+    // A rule on its way.
     struct Run
     {
-        int rule = -1;
-        HexRule::Places places;
-        QByteArray value; // most significant byte first
+        int row = -1;
+        HexRule rule;
+        HexRule::Places places; // no bytes: impossible
+        QByteArray value;       // most significant byte first
     };
+    enum class Purpose { Check, Renew };
 
     void buildUi();
     QLineEdit *addField(class QHBoxLayout *row, const QString &label, const char *name, const QString &text);
@@ -62,7 +64,8 @@ private:
     void showNotes();
     void showState();
     void showOutcome(int rule, const QString &text, bool isWrong);
-    void runRules(const QVector<int> &rules, const QString &name,
+    static QVector<Run> inOrder(const QVector<Run> &runs);
+    void runRules(const QVector<int> &rows, Purpose purpose,
                   const std::function<void(bool, const QVector<Run> &)> &ended);
 
     QHexEdit *m_edit;

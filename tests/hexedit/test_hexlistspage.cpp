@@ -166,6 +166,42 @@ private slots:
         QTRY_COMPARE(m_informations, 1);
     }
 
+    // The first rule's range has the second one's checksum; the last two have each other's.
+    void renewsRulesInOrder()
+    {
+        const QByteArray form = R"({"digest":"%1","begin":"%2","end":"%3","at":"%4","renew":true})";
+        QStringList rules;
+        for (const QStringList &rule : QList<QStringList>{{"累加和 8位", "0", "A", "A"},
+                                                          {"异或 8位", "0", "9", "9"},
+                                                          {"异或 8位", "B", "D", "D"},
+                                                          {"异或 8位", "C", "E", "B"}})
+            rules += QString(form).arg(rule[0], rule[1], rule[2], rule[3]);
+        const QString notes = QString(R"({"korvexNotes":1,"checksums":[%1]})").arg(rules.join(','));
+        QVERIFY(writeFile(path("a.bin.kvnotes"), notes.toUtf8()));
+        open("a.bin", "123456789??xyz");
+        m_errors = 0;
+        m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
+        QTRY_COMPARE(contentOf(path("a.bin")), QByteArray("123456789\x31\x0Exyz")); // 0x1DD + 0x31
+        QCOMPARE(m_errors, 1);
+    }
+
+    // What another program writes while checksums are renewed is not overwritten unasked.
+    void asksAgainAfterRenewal()
+    {
+        QVERIFY(writeFile(path("a.bin.kvnotes"), R"({"korvexNotes":1,"checksums":[{"digest":"SHA-512",
+            "begin":"0","end":"end-40","at":"end-40","renew":true}]})"));
+        open("a.bin", QByteArray(64 << 20, 'a'));
+        m_page->sltToolBtnsClicked(HexEditWidget::SaveFile);
+        QVERIFY(edit()->task()->isRunning());
+        child<QAction>("actionHexRules")->trigger();
+        child<QTableWidget>("tableDigestRules")->selectRow(0);
+        click("btnDigestRemove"); // not now
+        QVERIFY(writeFile(path("a.bin"), "theirs"));
+        Questions cancel(0);
+        QTRY_VERIFY_WITH_TIMEOUT(m_page->isClosed(), 60000);
+        QCOMPARE(contentOf(path("a.bin")), QByteArray("theirs"));
+    }
+
 private:
     void makePage()
     {
