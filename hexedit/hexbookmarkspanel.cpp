@@ -174,7 +174,8 @@ void HexBookmarksPanel::showNotes()
 
 void HexBookmarksPanel::showState()
 {
-    const QString noFile = m_keeper->hasFile() ? QString() : QStringLiteral("请先打开文件");
+    // While another file is read, the notes are still those of the one before.
+    const QString noFile = m_keeper->hasFile() ? m_edit->busyReason() : QStringLiteral("请先打开文件");
     m_add->setRefusal(noFile);
     const QString noMark = current() < 0 ? QStringLiteral("请先选中书签") : QString();
     for (HexCommand *command : {m_remove, m_color})

@@ -18,20 +18,29 @@ HexNotesKeeper::HexNotesKeeper(QObject *parent)
 {
 }
 
+// Nothing where they can't be read.
+std::optional<HexNotes> HexNotesKeeper::readKept(QString *reason) const
+{
+    HexNotes notes;
+    const QByteArray content = fileOf(m_fileName).read(reason);
+    if (reason->isEmpty() && !content.isEmpty() && !notes.fromJson(content))
+        *reason = QStringLiteral("文件已损坏");
+    return reason->isEmpty() ? std::optional<HexNotes>(notes) : std::nullopt;
+}
+
 void HexNotesKeeper::open(const QString &fileName)
 {
     m_fileName = fileName;
-    m_notes = HexNotes();
+    m_notes = m_kept = HexNotes();
     m_isBeside = Settings::instance().hexEditPage.notesBeside;
-    m_isForeign = false;
     if (hasFile()) {
         QString reason;
-        const QByteArray content = fileOf(fileName).read(&reason);
-        m_isBeside = content.isEmpty() ? m_isBeside : fileOf(fileName).isBeside();
-        m_isForeign = !reason.isEmpty() || (!content.isEmpty() && !m_notes.fromJson(content));
-        if (m_isForeign)
-            emit notify(Notice::error(QStringLiteral("书签和校验规则无法读取：%1")
-                                          .arg(reason.isEmpty() ? QStringLiteral("文件已损坏") : reason)));
+        const auto kept = readKept(&reason);
+        m_notes = m_kept = kept.value_or(HexNotes());
+        if (!kept || !m_kept.isEmpty())
+            m_isBeside = fileOf(fileName).isBeside();
+        if (!kept)
+            emit notify(Notice::error(QStringLiteral("书签和校验规则无法读取：%1").arg(reason)));
     }
     emit changed();
     emit opened();
@@ -42,6 +51,7 @@ void HexNotesKeeper::rename(const QString &fileName)
     if (m_fileName == fileName)
         return;
     m_fileName = fileName;
+    m_kept = HexNotes();
     if (!m_notes.isEmpty())
         write();
     emit changed();
@@ -66,11 +76,17 @@ void HexNotesKeeper::setBeside(bool beside)
     emit changed();
 }
 
-// What could not be read is not written over.
+// What can't be read is not written over, and what others have added stays.
 void HexNotesKeeper::write()
 {
-    QString reason = QStringLiteral("原有的文件无法读取");
+    QString reason;
+    const auto kept = readKept(&reason);
+    if (kept)
+        m_notes.addNew(*kept, m_kept);
     const QByteArray content = m_notes.isEmpty() ? QByteArray() : m_notes.toJson();
-    if (m_isForeign || !fileOf(m_fileName).write(content, m_isBeside, &reason))
-        emit notify(Notice::error(QStringLiteral("书签和校验规则无法保存：%1").arg(reason)));
+    if (kept && fileOf(m_fileName).write(content, m_isBeside, &reason))
+        m_kept = m_notes;
+    else
+        emit notify(Notice::error(QStringLiteral("书签和校验规则无法保存：%1")
+                                      .arg(kept ? reason : QStringLiteral("原有的文件无法读取"))));
 }

@@ -1,12 +1,15 @@
 #pragma once
 
 // The notes of the file that is open: reads them when it is opened, and keeps each change
-// at once. The only owner of the notes; the panels show and change them.
+// at once. The only owner of the notes; the panels show and change them. What another copy
+// of the program adds meanwhile is kept as well.
 
 #include "hexnotes.h"
 #include "notice.h"
 
 #include <QObject>
+
+#include <optional>
 
 class HexNotesKeeper : public QObject
 {
@@ -31,10 +34,11 @@ signals:
     void notify(const Notice &notice);
 
 private:
+    std::optional<HexNotes> readKept(QString *reason) const;
     void write();
 
     QString m_fileName;
     HexNotes m_notes;
+    HexNotes m_kept; // as they were read or written last
     bool m_isBeside = false;
-    bool m_isForeign = false; // what is kept there could not be read
 };

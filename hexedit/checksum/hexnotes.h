@@ -15,6 +15,8 @@ struct HexBookmark
     int color = 0; // index into the list, see colorCount
 
     static constexpr int colorCount = 6;
+
+    QJsonObject toJson() const;
 };
 
 struct HexNotes
@@ -28,4 +30,7 @@ struct HexNotes
     QByteArray toJson() const;
     // Ignores entries that are impossible. False where it is no such file.
     bool fromJson(const QByteArray &content);
+    // Adds what others put there: entries that are neither here nor in `base`.
+    void addNew(const HexNotes &others, const HexNotes &base);
+    void sortBookmarks();
 };
