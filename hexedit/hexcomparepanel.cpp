@@ -66,6 +66,13 @@ HexComparePanel::HexComparePanel(QHexEdit *edit, QWidget *parent)
             m_settle.start(kSettleMs);
         m_view->viewport()->update();
     });
+    connect(m_edit, &QHexEdit::addressesChanged, this, [this] {
+        m_view->viewport()->update();
+        if (m_image) {
+            m_task.stop();
+            m_settle.start(0);
+        }
+    });
     connect(m_edit, &QHexEdit::stateChanged, this, [this] {
         if (m_with == With::Saved && m_wasModified && !m_edit->isModified())
             m_settle.start(0); // it was saved
@@ -135,6 +142,9 @@ void HexComparePanel::chooseFile()
 
 void HexComparePanel::compareWithFile(const QString &fileName)
 {
+    const QString busy = m_edit->busyReason(); // which bytes to compare is not known yet
+    if (!busy.isEmpty())
+        return QtMessageTip::showTip(busy, kTipMs);
     close();
     auto file = std::make_unique<HexFileBytes>();
     const FileStamp stamp = FileStamp::of(fileName);
@@ -215,7 +225,7 @@ void HexComparePanel::readImage(const QString &fileName)
                       }
                       auto bytes = std::make_unique<HexImageBytes>(&m_edit->document(), m_edit->addresses(),
                                                                    std::move(reading->document), addresses);
-                      m_elsewhere = bytes->elsewhere();
+                      m_image = bytes.get();
                       m_other = std::move(bytes);
                       m_settle.start(0); // not from within the task
                   },
@@ -240,6 +250,7 @@ void HexComparePanel::close()
     m_list->clear({});
     m_compare.reset();
     m_other.reset();
+    m_image = nullptr;
     m_elsewhere = 0;
     m_faults = 0;
     m_watch.follow(QString(), FileStamp());
@@ -262,8 +273,12 @@ void HexComparePanel::restart()
         m_compare.reset();
         m_other = std::make_unique<HexDocumentBytes>(m_edit->document().savedState());
     }
+    if (m_image) {
+        m_image->place(m_edit->addresses());
+        m_elsewhere = m_image->elsewhere();
+    }
     const auto compare = std::make_shared<std::unique_ptr<HexCompare>>(std::make_unique<HexCompare>(
-        m_edit->document(), *m_other, m_align->isChecked() && !m_edit->addresses().isFixed()));
+        m_edit->document(), *m_other, m_align->isChecked() && !m_image && !m_edit->addresses().isFixed()));
     m_task.start(
         {QStringLiteral("正在比较"),
          [compare] { return (*compare)->step() ? SlicedTask::Step::Running : SlicedTask::Step::Done; },

@@ -51,7 +51,8 @@ private:
     With m_with = With::Nothing;
     QString m_fileName;
     std::unique_ptr<HexBytes> m_other;
-    qint64 m_elsewhere = 0; // bytes of an image that are at other addresses
+    class HexImageBytes *m_image = nullptr; // where m_other is at addresses
+    qint64 m_elsewhere = 0;                 // bytes of an image that are at other addresses
     HexFileWatch m_watch;
     std::unique_ptr<HexCompare> m_compare; // shown
     qint64 m_faults = 0;                   // in the text of one

@@ -291,6 +291,7 @@ void HexEditWidget::connectNotes()
     connect(m_file, &HexFileSession::renamed, this, [this] { m_keeper->rename(fileName()); });
     connect(m_keeper, &HexNotesKeeper::changed, this, &HexEditWidget::showMarks);
     connect(m_edit, &QHexEdit::contentChanged, this, &HexEditWidget::showMarks);
+    connect(m_edit, &QHexEdit::addressesChanged, this, &HexEditWidget::showMarks);
     connect(m_keeper, &HexNotesKeeper::notify, this, &HexEditWidget::notify);
     connect(m_rules, &HexRulesPanel::notify, this, &HexEditWidget::notify);
     connect(m_rules, &HexRulesPanel::checked, this, [this](int wrong) {

@@ -134,6 +134,7 @@ HexHitList::HexHitList(QHexEdit *edit, const char *name, const QString &accessib
             [this](const QModelIndex &index) { goTo(index.row()); });
     connect(m_table, &QAbstractItemView::activated, this, [this] { m_edit->setFocus(); });
     connect(edit, &QHexEdit::contentChanged, this, &HexHitList::markStale);
+    connect(edit, &QHexEdit::addressesChanged, m_table->viewport(), QOverload<>::of(&QWidget::update));
 }
 
 void HexHitList::show(std::vector<HexHit> hits, const QString &summary)

@@ -10,9 +10,16 @@ HexImageBytes::HexImageBytes(const HexDocument *document, const HexAddressMap &a
                              const HexAddressMap &otherAddresses)
     : m_document(document)
     , m_other(std::move(other))
+    , m_otherRuns(otherAddresses.runs(m_other.size()))
 {
-    const HexRuns here = addresses.runs(document->size());
-    const HexRuns there = otherAddresses.runs(m_other.size());
+    place(addresses);
+}
+
+void HexImageBytes::place(const HexAddressMap &addresses)
+{
+    m_pieces.clear();
+    const HexRuns here = addresses.runs(m_document->size());
+    const HexRuns &there = m_otherRuns;
     for (size_t i = 0, j = 0; i < here.size() && j < there.size();) {
         const qint64 begin = std::max(here[i].address, there[j].address);
         const qint64 hereEnd = here[i].address + here[i].length;

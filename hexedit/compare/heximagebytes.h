@@ -14,6 +14,8 @@ public:
     HexImageBytes(const HexDocument *document, const HexAddressMap &addresses, HexDocument other,
                   const HexAddressMap &otherAddresses);
 
+    // After the document has got other addresses or another size.
+    void place(const HexAddressMap &addresses);
     qint64 size() const override { return m_document->size(); }
     const char *span(qint64 address, qint64 *inRow) const override;
     bool isAbsent(qint64 address) const override;
@@ -32,6 +34,7 @@ private:
 
     const HexDocument *m_document;
     HexDocument m_other;
+    HexRuns m_otherRuns;
     std::vector<Piece> m_pieces; // in order, without overlap
     mutable QByteArray m_standIn;
 };

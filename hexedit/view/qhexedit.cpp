@@ -74,6 +74,7 @@ void QHexEdit::setAddresses(HexAddressMap addresses)
     m_view.resetRows();
     m_view.scrollTo(address());
     showState();
+    emit addressesChanged();
 }
 
 // Only the scroll bar changes where the rows on display are complete.

@@ -105,6 +105,7 @@ signals:
     void currentAddressChanged(qint64 address); // the one that is shown
     void currentSizeChanged(qint64 size);
     void contentChanged();
+    void addressesChanged();
     void documentReplaced(); // by setDocument()
     void stateChanged();     // bytes, caret, selection, mode, work or whether it is modified
 

@@ -96,6 +96,16 @@ private slots:
         click("btnCompareFile");
         QTRY_VERIFY(child<QLabel>("labelCompare")->text().contains("完全相同"));
         QCOMPARE(list->rowCount(), 0);
+        open("d.bin", QByteArray("\1\2\3", 3)); // plain bytes, which grow
+        edit()->setAddresses(HexAddressMap(0x8000010));
+        chooseFile(path("a.hex"));
+        click("btnCompareFile");
+        QTRY_VERIFY(child<QLabel>("labelCompare")->text().contains("完全相同，另有3字节"));
+        edit()->document().replace(3, 0, "\4");
+        edit()->contentEdited(4);
+        QTRY_VERIFY(child<QLabel>("labelCompare")->text().contains("完全相同，另有2字节"));
+        edit()->setAddresses(HexAddressMap(0));
+        QTRY_VERIFY(child<QLabel>("labelCompare")->text().contains("另有6字节"));
     }
 
     void keepsBookmarks()
@@ -119,6 +129,20 @@ private slots:
         QTRY_VERIFY(QFile::exists(path("copy.bin.kvnotes"))); // they go with the bytes
         click("btnRemoveBookmark");
         QVERIFY(!QFile::exists(path("copy.bin.kvnotes")) && QFile::exists(path("a.bin.kvnotes")));
+        // What another copy of the program adds stays, and what was removed is gone.
+        makePage();
+        m_page->openFile(path("a.bin"));
+        auto other = std::move(m_page);
+        makePage();
+        m_page->openFile(path("a.bin"));
+        edit()->select(7, 1);
+        click("btnAddBookmark");
+        QCOMPARE(child<QTableWidget>("tableBookmarks")->rowCount(), 2);
+        m_page.swap(other);
+        child<QTableWidget>("tableBookmarks")->selectRow(0);
+        click("btnRemoveBookmark");
+        QCOMPARE(child<QTableWidget>("tableBookmarks")->rowCount(), 1);
+        QCOMPARE(child<QTableWidget>("tableBookmarks")->item(0, 0)->text(), QString("0x7"));
         // What can't be read is not written over.
         QVERIFY(writeFile(path("b.bin.kvnotes"), "{"));
         open("b.bin", "bytes");
