@@ -11,26 +11,28 @@ HexViewport::HexViewport(QAbstractScrollArea *area, const HexContent &content)
 {
 }
 
-// The row on top keeps its first byte.
 void HexViewport::setBytesPerRow(int bytes)
 {
-    const qint64 first = m_rows.offsetAt(topRow(), 0);
     m_bytesPerRow = bytes == 0 ? 0 : qBound(HexLayout::minBytes, bytes, HexLayout::maxBytes);
     update();
-    m_area->verticalScrollBar()->setValue(static_cast<int>(m_rows.placeOf(first).row));
 }
 
+// The row on top keeps its first byte where the rows get another length.
 void HexViewport::update()
 {
     const int bytes = m_bytesPerRow > 0 ? m_bytesPerRow
                                         : HexLayout::bytesFor(m_area->viewport()->width(),
                                                               m_area->fontMetrics(), m_rows.endAddress());
-    if (bytes != m_rows.length())
+    const bool isOtherLength = bytes != m_rows.length();
+    const qint64 first = isOtherLength ? m_rows.offsetAt(topRow(), 0) : 0;
+    if (isOtherLength)
         m_rows.setLength(bytes);
     m_layout.update(m_area->fontMetrics(), m_rows.endAddress(), bytes);
     m_area->verticalScrollBar()->setPageStep(rows());
     m_area->verticalScrollBar()->setRange(
         0, static_cast<int>(qBound<qint64>(0, m_rows.count() - rows(), std::numeric_limits<int>::max())));
+    if (isOtherLength)
+        m_area->verticalScrollBar()->setValue(static_cast<int>(m_rows.placeOf(first).row));
     const int width = m_area->viewport()->width();
     m_area->horizontalScrollBar()->setPageStep(width);
     m_area->horizontalScrollBar()->setRange(0, qMax(0, m_layout.width() - width));
@@ -60,11 +62,20 @@ bool HexViewport::endsAt(qint64 address) const
 
 void HexViewport::scrollTo(qint64 address)
 {
-    const qint64 row = m_rows.placeOf(address).row;
+    const HexRows::Place place = m_rows.placeOf(address);
+    const qint64 row = place.row;
     if (row < topRow())
         m_area->verticalScrollBar()->setValue(static_cast<int>(row));
     else if (row >= topRow() + rows())
         m_area->verticalScrollBar()->setValue(static_cast<int>(row - rows() + 1));
+    const QRect cell = m_content.isInText() ? m_layout.text(0, place.column) : m_layout.hex(0, place.column);
+    QScrollBar *const sideways = m_area->horizontalScrollBar();
+    const int leftmost = cell.right() + m_layout.cellWidth() - m_area->viewport()->width();
+    const int rightmost = cell.left() - m_layout.hex(0, 0).left(); // with room for the address
+    if (cell.left() < sideways->value())
+        sideways->setValue(rightmost);
+    else if (leftmost > sideways->value())
+        sideways->setValue(qMin(leftmost, rightmost)); // a narrow one shows where the cell begins
 }
 
 void HexViewport::scrollByPages(int pages)

@@ -45,7 +45,22 @@ private slots:
             QTest::keyClick(m_edit.get(), Qt::Key_Home);
             QCOMPARE(m_edit->address(), (100 + bytes) / bytes * bytes);
         }
-        m_edit->setBytesPerRow(0); // what fits is shown without a scroll bar
+        m_edit->resize(600, 200);
+        for (const int column : {63, 0, 40}) { // the caret is brought into sight
+            m_edit->goTo(640 + column);
+            const QRect caret = m_edit->view().caretRect();
+            QVERIFY(m_edit->viewport()->rect().contains(caret.topLeft()));
+            QVERIFY(column == 0 ? m_edit->horizontalScrollBar()->value() == 0
+                                : m_edit->viewport()->rect().contains(caret.topRight()));
+        }
+        m_edit->setBytesPerRow(0);
+        m_edit->goTo(0);
+        m_edit->verticalScrollBar()->setValue(4);
+        const int top = 4 * m_edit->view().layout().bytes();
+        m_edit->resize(2000, 100); // the same bytes stay on top
+        const int bytes = m_edit->view().layout().bytes();
+        QCOMPARE(m_edit->verticalScrollBar()->value(), top / bytes);
+        m_edit->resize(900, 400); // what fits is shown without a scroll bar
         QCOMPARE(m_edit->horizontalScrollBar()->maximum(), 0);
         const int before = m_edit->view().layout().bytes();
         m_edit->resize(2000, 400);
