@@ -186,6 +186,7 @@ void HexRulesPanel::showKind()
     const bool isCustom = m_kind->currentText() == HexDigest::customCrc();
     m_crc->setVisible(isCustom || !named.isEmpty());
     m_crc->setReadOnly(!isCustom);
+    m_byteOrder->setEnabled(!HexDigest::isHash(m_kind->currentText()));
     const QString &custom = Settings::instance().hexEditPage.checksumForm;
     if (!isCustom)
         m_crc->setText(named);

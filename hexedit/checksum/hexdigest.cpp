@@ -62,6 +62,12 @@ QString HexDigest::customCrc()
     return QStringLiteral("CRC 自定义");
 }
 
+bool HexDigest::isHash(const QString &name)
+{
+    const Kind *const kind = find(name);
+    return kind && kind->method == Kind::Hash;
+}
+
 QStringList HexDigest::names()
 {
     QStringList names;

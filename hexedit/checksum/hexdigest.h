@@ -21,6 +21,7 @@ public:
     // The names, in the order of the user's list; customCrc is one of them.
     static QStringList names();
     static QString customCrc();
+    static bool isHash(const QString &name); // a row of bytes, not a number
     // "width,polynomial,initial,reflected in,reflected out,final": the first one decimal,
     // 3 to 32, the others hexadecimal, those of reflecting 0 or 1.
     static std::optional<CrcModel> crcOf(const QString &text);

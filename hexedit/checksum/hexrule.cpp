@@ -35,16 +35,18 @@ std::optional<HexRule::Places> HexRule::places(const HexAddressMap &addresses, q
 QByteArray HexRule::ordered(const QByteArray &value) const
 {
     QByteArray bytes = value;
-    if (isLittleEndian)
+    if (isLittleEndian && !HexDigest::isHash(digest))
         std::reverse(bytes.begin(), bytes.end());
     return bytes;
 }
 
 QString HexRule::text() const
 {
-    return QStringLiteral("%1，%2..%3，存放于%4，%5")
-        .arg(crc.isEmpty() ? digest : QStringLiteral("CRC(%1)").arg(crc), begin, end, at,
-             isLittleEndian ? QStringLiteral("小端") : QStringLiteral("大端"));
+    const QString order = HexDigest::isHash(digest) ? QString()
+                          : isLittleEndian          ? QStringLiteral("，小端")
+                                                    : QStringLiteral("，大端");
+    return QStringLiteral("%1，%2..%3，存放于%4%5")
+        .arg(crc.isEmpty() ? digest : QStringLiteral("CRC(%1)").arg(crc), begin, end, at, order);
 }
 
 QJsonObject HexRule::toJson() const

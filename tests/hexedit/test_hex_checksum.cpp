@@ -69,6 +69,8 @@ private slots:
         auto places = rule.places(HexAddressMap(), 100);
         QVERIFY(places && places->begin == 0 && places->end == 96 && places->at == 96 && places->bytes == 4);
         QCOMPARE(rule.ordered("\1\2\3\4"), QByteArray("\4\3\2\1"));
+        QCOMPARE((HexRule{"MD5", {}, "0", "end-10", "end-10"}.ordered("\1\2\3\4")),
+                 QByteArray("\1\2\3\4")); // no number
         rule.at = "10";
         QVERIFY(!rule.places(HexAddressMap(), 100)); // among its own bytes
         rule.begin = "14";
