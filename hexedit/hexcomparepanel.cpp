@@ -61,7 +61,8 @@ HexComparePanel::HexComparePanel(QHexEdit *edit, QWidget *parent)
     connect(m_view, &HexCompareView::chosen, this, [this](qint64 address) { m_edit->goTo(address); });
     connect(m_list, &HexHitList::chosen, this, &HexComparePanel::showDifference);
     connect(m_edit, &QHexEdit::contentChanged, this, [this] {
-        m_task.stop(); // it reads what has changed
+        if (m_other)
+            m_task.stop(); // it reads what has changed
         if (m_with != With::Nothing)
             m_settle.start(kSettleMs);
         m_view->viewport()->update();

@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+Q_DECLARE_METATYPE(HexPattern::Number)
+
 namespace {
 
 // One byte to a block: what is found stands over many of them.
@@ -158,8 +160,6 @@ private slots:
         QVERIFY(parts == (Rows{{0, 4096, HexStrings::Ascii}, {4096, 904, HexStrings::Ascii}}));
     }
 };
-
-Q_DECLARE_METATYPE(HexPattern::Number)
 
 QTEST_APPLESS_MAIN(TestHexSearch)
 #include "test_hex_search.moc"
