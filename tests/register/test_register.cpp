@@ -45,7 +45,10 @@ private slots:
     void cleanup()
     {
         DialogAnswers::instance() = DialogAnswers();
+        if (QtMessageTip::current())
+            QtMessageTip::current()->close();
         m_dialog.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     void exportsAndImports()
