@@ -119,7 +119,6 @@ QWidget *DataManagerWidget::buildSearch()
     m_search->setObjectName(QStringLiteral("editFindRegister"));
     m_search->setAccessibleName(QStringLiteral("查找"));
     m_search->setPlaceholderText(QStringLiteral("在所有页中查找地址、值、编号或描述"));
-    m_search->setClearButtonEnabled(true);
     PlaceholderText::keepFaint(m_search);
     m_found->setObjectName(QStringLiteral("labelFoundRegisters"));
     row->addWidget(m_search, 1);
