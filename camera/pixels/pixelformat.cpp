@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <array>
 
 using namespace PixelDecoder;
 
@@ -49,7 +50,8 @@ QString PixelFormat::rawText(const Source &source, int x, int y) const
 {
     if (!bytesOf)
         return {};
-    static constexpr const char *kParts[] = {"Y ", "U ", "V "};
+    static const std::array<QString, 3> parts{QStringLiteral("Y "), QStringLiteral("U "),
+                                              QStringLiteral("V ")};
     const PixelBytes bytes = bytesOf(source, x, y);
     QStringList texts;
     bool isThere = false;
@@ -59,7 +61,7 @@ QString PixelFormat::rawText(const Source &source, int x, int y) const
         const QString hex =
             has ? QStringLiteral("%1").arg(source.bytes[at], 2, 16, QLatin1Char('0')).toUpper()
                 : QStringLiteral("--");
-        texts.append(bytes.isYuv ? QLatin1String(kParts[k]) + hex : hex);
+        texts.append(bytes.isYuv ? parts.at(static_cast<size_t>(k)) + hex : hex);
         isThere = isThere || has;
     }
     return isThere ? texts.join(QLatin1Char(' ')) : QString();
